@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <string>
+
+/// The configuration entry of one projector. Owned by the configuration; stays valid and identical while the entry is
+/// renamed or moved, and dies when it is removed. Lengths in native units, angles in radians.
+class ProjectorConfig {
+public:
+    virtual ~ProjectorConfig() = default;
+
+    /// The configuration id: unique in the configuration, equal to the UID of the projector once it has been found.
+    [[nodiscard]] virtual std::wstring getIdentity() const = 0;
+    /// The entry's own label in the configuration file, used in messages.
+    [[nodiscard]] virtual std::wstring getSectionID() const = 0;
+    [[nodiscard]] virtual std::wstring getName() const = 0;
+    virtual void setName(const std::wstring& name) = 0;
+    /// The id before the last rename; empty when the entry was never renamed.
+    [[nodiscard]] virtual std::wstring getOldUID() const = 0;
+    /// The description of the device, an XML text that the device framework reads.
+    [[nodiscard]] virtual std::wstring getDeviceSnippet() const = 0;
+    virtual void setDeviceSnippet(const std::wstring& snippet) = 0;
+    /// Size of the picture in pixels.
+    [[nodiscard]] virtual int getWidth() const = 0;
+    virtual void setWidth(int pixels) = 0;
+    [[nodiscard]] virtual int getHeight() const = 0;
+    virtual void setHeight(int pixels) = 0;
+    /// @param index 0 to 3; others throw `VeltraniException`
+    virtual void setPondOfMirror(int index, unsigned char size) = 0;
+    [[nodiscard]] virtual int getPondOfMirror(int index) const = 0;
+    /// Name of the custom planar map file as configured (see `XMLConfigManager::processPath`); empty when there is
+    /// none.
+    [[nodiscard]] virtual std::wstring getCustomPlanarFile() const = 0;
+    /// Name of the projection model, "Name" or "Name:file" with the file already resolved; empty when there is none.
+    [[nodiscard]] virtual std::wstring getProjectionModelName() const = 0;
+    /// Orientation, as `Veltrani::rotationZXY` takes its angles.
+    [[nodiscard]] virtual double getOrientationZ() const = 0;
+    [[nodiscard]] virtual double getOrientationX() const = 0;
+    [[nodiscard]] virtual double getOrientationY() const = 0;
+    /// Angles of the picture's edges against the forward direction.
+    [[nodiscard]] virtual double getFrustumTop() const = 0;
+    [[nodiscard]] virtual double getFrustumBottom() const = 0;
+    [[nodiscard]] virtual double getFrustumLeft() const = 0;
+    [[nodiscard]] virtual double getFrustumRight() const = 0;
+    [[nodiscard]] virtual Point<double, 3> getPosition() const = 0;
+    /// The screen area that the channel covers, in the screen's normalised 2D parameters; -1000.0 where not configured.
+    [[nodiscard]] virtual double getScreenLeft() const = 0;
+    [[nodiscard]] virtual double getScreenRight() const = 0;
+    [[nodiscard]] virtual double getScreenTop() const = 0;
+    [[nodiscard]] virtual double getScreenBottom() const = 0;
+    /// The channel's rectangle in the planar layout.
+    [[nodiscard]] virtual double getLayoutXMin() const = 0;
+    [[nodiscard]] virtual double getLayoutXMax() const = 0;
+    [[nodiscard]] virtual double getLayoutYMin() const = 0;
+    [[nodiscard]] virtual double getLayoutYMax() const = 0;
+
+    /// What a bound of the screen area answers when it is not configured.
+    static constexpr double SCREEN_BOUND_NOT_CONFIGURED = -1000.0;
+};

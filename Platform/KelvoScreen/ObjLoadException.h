@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <string>
+
+/// A faulty OBJ text: an unreadable or non-finite number, an index of zero or out of range, a face below three corners.
+struct ObjLoadException : std::exception {
+    /// @param faultyLine line of the fault, 1 is the first
+    /// @param foundText what stands there, UTF-8, shortened when long
+    /// @param expectedText what should stand there
+    ObjLoadException(std::size_t faultyLine, std::string foundText, std::string expectedText);
+
+    /// "line 12: found "1,5", expected a finite number with a decimal point"
+    [[nodiscard]] const char* what() const noexcept override;
+
+    std::size_t line = 0;
+    std::string found;
+    std::string expected;
+
+private:
+    std::string m_what;
+};

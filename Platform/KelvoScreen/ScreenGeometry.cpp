@@ -1,0 +1,31 @@
+#include "KelvoScreen/ScreenGeometry.h"
+
+#include "Common/VeltraniException.h"
+
+#include <cstddef>
+
+int sideOfSurface(const Point<double, 3>& direction, const Point<double, 3>& normal) {
+    const double along = dot(direction, normal);
+    if (along > 0) {
+        return 1;
+    }
+    return along < 0 ? -1 : 0;
+}
+
+void ScreenGeometry::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    if (rays.size() != hits.size()) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"intersectRays: " + std::to_wstring(rays.size()) + L" rays but room for " +
+                                    std::to_wstring(hits.size()) + L" hits");
+    }
+    for (std::size_t i = 0; i < rays.size(); ++i) {
+        const auto& [from, to] = rays[i];
+        hits[i] = SurfaceHit{};
+        const IntersectionSet intersections = intersect(from, to);
+        if (!intersections.empty()) {
+            const Intersection& nearest = intersections.first();
+            const Point<double, 3> normal = getScreenNormal(nearest.point);
+            hits[i] = {nearest.point, normal, nearest.t, sideOfSurface(to - from, normal), true};
+        }
+    }
+}

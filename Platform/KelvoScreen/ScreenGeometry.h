@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "KelvoScreen/IScreenGeometry.h"
+
+#include <array>
+#include <map>
+#include <span>
+#include <utility>
+#include <vector>
+
+class IScreenConfig;
+
+/// A ray: its origin and a second point that it passes through.
+using Ray = std::pair<Point<double, 3>, Point<double, 3>>;
+
+/// The answer to one ray of a batch.
+struct SurfaceHit {
+    Point<double, 3> point;   ///< nearest hit; zero on a miss
+    Point<double, 3> normal;  ///< unit normal at the hit; zero on a miss
+    double t = 0;             ///< position along the ray: point = origin + t (second point - origin)
+    int side = 1;             ///< +1 along the normal, -1 against it, 0 across; 1 on a miss
+    bool hit = false;
+};
+
+/// The side from which a direction reaches a surface: +1 when it travels along the normal, -1 against it, 0 across it
+/// or when either is not a number.
+[[nodiscard]] int sideOfSurface(const Point<double, 3>& direction, const Point<double, 3>& normal);
+
+/// The geometry of a physical screen, with everything that the calibration asks of it.
+///
+/// Operations that this class adds after its first release have default bodies, so that classes derived elsewhere go on
+/// compiling.
+class ScreenGeometry : public IScreenGeometry {
+public:
+    /// Grid sample map: from (column, row) to a surface point.
+    using Grid = std::map<Point<int, 2>, Point<double, 3>>;
+
+    /// SHA-1 of the description: covers the kind, equal for equal descriptions, never all zero.
+    [[nodiscard]] virtual std::array<unsigned char, 20> getUniqueDataHash() const = 0;
+
+    /// Reads the numbers of the shape again. Does nothing when the description is of another shape, and for a mesh.
+    virtual void updateGeometry(const IScreenConfig* screen) = 0;
+
+    /// Samples one row at height y: for column i, x = ((xMax - xMin) * i) / (columns - 1) + xMin (xMin for a single
+    /// column), then `mapInto3D`; points that map go to (i, row) and overwrite what stands there. Throws
+    /// `VeltraniException` at once when the surface has no 2D parameterisation.
+    virtual void sampleHorizontally(double y, double xMin, double xMax, int columns, int row, Grid& grid,
+                                    bool extrapolate) const = 0;
+
+    /// As `intersect`, with the surface continued past its edges; keeps the hits with sign((to - from) . normal) ==
+    /// sign.
+    [[nodiscard]] virtual IntersectionSet intersectExtrapolatedWithSpecifiedNormal(const Point<double, 3>& from,
+                                                                                   const Point<double, 3>& to,
+                                                                                   int sign) const = 0;
+
+    /// The outline of a channel: with the side that the majority of the centre rays hit (when none hits, of the
+    /// boundary rays; when none of those hits either, nothing), the first extrapolated hit of every boundary ray, in
+    /// order. Rays without one are dropped.
+    [[nodiscard]] virtual std::vector<Point<double, 3>> intersectChannelBoundary(
+        const std::vector<Ray>& boundary, const std::vector<Ray>& centre) const = 0;
+
+    /// Many rays at once: the nearest hit of each with its normal and side, in order. `hits` is as long as `rays`;
+    /// throws `VeltraniException` when it is not. The default body asks per ray.
+    virtual void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
+};

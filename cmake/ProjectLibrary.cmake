@@ -1,0 +1,17 @@
+# sm_add_library(NAME SOURCES a.cpp b.cpp [PUBLIC lib...] [PRIVATE lib...])
+#
+# One shared library of a layer. All libraries are shared, so that a singleton exists once in a process. Sources are
+# listed by hand: one class, one header, one source, one line. Headers are exported from include/ and Platform/.
+function(sm_add_library NAME)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${NAME} SHARED ${ARG_SOURCES})
+  add_library(ScreenManager::${NAME} ALIAS ${NAME})
+  target_compile_features(${NAME} PUBLIC cxx_std_20)
+  target_include_directories(${NAME} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/Platform>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/screenmanager>)
+  target_link_libraries(${NAME} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} $<BUILD_INTERFACE:sm_options>)
+  set_target_properties(${NAME} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+  set_property(GLOBAL APPEND PROPERTY SM_LIBRARIES ${NAME})
+endfunction()

@@ -1,0 +1,42 @@
+# Compiler settings of our own code, as one interface target that every target of ours links privately.
+#
+# Results are bit-exact by contract, so contraction into fused multiply-add is off, and no target may use fast-math.
+# Nothing may be built for a particular processor: Eigen's alignment must match the packaged Point Cloud Library.
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
+endif()
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# Programs and tests find the libraries of their own build tree and, once installed, those beside them.
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
+
+find_program(SM_CCACHE ccache)
+if(SM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;${SM_CCACHE}")
+endif()
+
+add_library(sm_options INTERFACE)
+target_compile_features(sm_options INTERFACE cxx_std_20)
+target_compile_options(sm_options INTERFACE
+  -ffp-contract=off
+  # Exceptions record where they were thrown: the path inside the project, not that of the building machine.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Werror)
+target_link_options(sm_options INTERFACE -Wl,--no-undefined -Wl,--as-needed)
+
+if(SM_SANITIZERS)
+  string(REPLACE "," ";" _sanitizers "${SM_SANITIZERS}")
+  foreach(_sanitizer IN LISTS _sanitizers)
+    target_compile_options(sm_options INTERFACE -fsanitize=${_sanitizer} -fno-omit-frame-pointer)
+    target_link_options(sm_options INTERFACE -fsanitize=${_sanitizer})
+  endforeach()
+  if("undefined" IN_LIST _sanitizers)
+    target_compile_options(sm_options INTERFACE -fno-sanitize-recover=undefined)
+  endif()
+  # Shared libraries leave the run-time symbols of the sanitizer to the program.
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    get_target_property(_options sm_options INTERFACE_LINK_OPTIONS)
+    list(REMOVE_ITEM _options -Wl,--no-undefined)
+    set_target_properties(sm_options PROPERTIES INTERFACE_LINK_OPTIONS "${_options}")
+  endif()
+endif()

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <log4cxx/level.h>
+#include <log4cxx/logger.h>
+#include <log4cxx/spi/location/locationinfo.h>
+
+#include <string>
+
+/// Logging helpers. Log text is wide everywhere: log4cxx decodes narrow text with the locale of the process, which
+/// turns UTF-8 into question marks under the C locale.
+class VeltraniLogging {
+public:
+    VeltraniLogging() = delete;
+
+    /// Logs a text of several lines at info: the header as one record, then every piece of the body between line feeds
+    /// as a record of its own, so n line feeds give n + 1 records after the header. Nothing when info is off at the
+    /// start; the level is tested again before each piece. The records carry the location of this helper.
+    static void multiLineLog(const log4cxx::LoggerPtr& logger, const std::wstring& header, const std::wstring& body);
+};
+
+/// The log statement of the suite: tests the level first, builds the wide text only when it is enabled, and logs it
+/// with the location of the statement. `level` is one of Info, Warn, Error, Fatal.
+///
+///     VELTRANI_LOG(log, Info, L"initialize: replaceMissingWithOffline " + std::to_wstring(flag));
+#define VELTRANI_LOG(logger, level, wideText)                                                              \
+    do {                                                                                                   \
+        if ((logger)->is##level##Enabled()) {                                                              \
+            (logger)->forcedLog(::log4cxx::Level::get##level(), std::wstring(wideText), LOG4CXX_LOCATION); \
+        }                                                                                                  \
+    } while (false)
