@@ -68,7 +68,7 @@ void onError(void* context, xmlErrorPtr error) {
     const std::string_view message = error->message == nullptr ? "unknown" : error->message;
     findings.faults->add({FaultList::Kind::Structure, std::max(error->line, 1),
                           elementAt(static_cast<xmlParserCtxt*>(context)),
-                          "broken XML (" + quoted(withoutLineEnd(message)) + ")", "a well-formed XML document",
+                          "broken XML (" + inQuotes(withoutLineEnd(message)) + ")", "a well-formed XML document",
                           "correct the text at this line or just before it"});
 }
 
@@ -76,7 +76,7 @@ void onDocumentType(void* context, const xmlChar* name, const xmlChar*, const xm
     Findings& findings = findingsOf(context);
     auto* const parser = static_cast<xmlParserCtxt*>(context);
     findings.faults->add({FaultList::Kind::Structure, parser->input->line, ROOT,
-                          "a document type declaration (DOCTYPE " + quoted(Xml::view(name)) + ")",
+                          "a document type declaration (DOCTYPE " + inQuotes(Xml::view(name)) + ")",
                           "a document without one",
                           "remove the declaration and write out what its entities stand for"});
     findings.ended = true;
@@ -139,11 +139,11 @@ std::optional<Fault> faultOfBytes(std::string_view text) {
 std::optional<Fault> faultOfDeclaration(const xmlDoc& document) {
     const std::string_view version = Xml::view(document.version);
     if (version != "1.0") {
-        return Fault{FaultList::Kind::Structure,       1, ROOT, "XML version " + quoted(version), "version \"1.0\"",
+        return Fault{FaultList::Kind::Structure,       1, ROOT, "XML version " + inQuotes(version), "version \"1.0\"",
                      "declare <?xml version=\"1.0\"?>"};
     }
     if (document.encoding != nullptr && xmlStrcasecmp(document.encoding, Xml::chars("UTF-8")) != 0) {
-        return encodingFault(1, "encoding " + quoted(Xml::view(document.encoding)));
+        return encodingFault(1, "encoding " + inQuotes(Xml::view(document.encoding)));
     }
     return std::nullopt;
 }
