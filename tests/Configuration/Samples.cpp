@@ -10,7 +10,7 @@
 std::string fullConfiguration() {
     return R"(<?xml version="1.0" encoding="UTF-8"?>
 <!-- The simulator dome of hall 2 -->
-<Display version="1" lengthUnit="m" angleUnit="deg" xmlns:v="urn:example:vendor" v:revision="7">
+<Display xmlns:v="urn:example:vendor" version="1" lengthUnit="m" angleUnit="deg" v:revision="7">
     <Units native="m"/>
     <Screen shape="Sphere" fileUnit="custom" scale="0.0254">
         <EyePoint x="0.1" y="-0.2" z="1.25"/>

@@ -176,10 +176,18 @@ void FormatChecker::checkContent(const xmlNode* element, const ElementRule& rule
 
 void FormatChecker::checkStrayText(const xmlNode* element, const xmlNode* node) {
     const bool isText = node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
-    if (isText && Xml::view(node->content).find_first_not_of(" \t\r\n") != std::string_view::npos) {
-        add(Kind::Structure, element, "the text " + inQuotes(Xml::view(node->content)), "elements only",
-            "remove the text or make it a comment");
+    const std::string_view text = isText ? Xml::view(node->content) : std::string_view();
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos) {
+        return;
     }
+    // The tree knows the line on which a text ends, and that on which a CDATA section begins.
+    const auto linesBehind = node->type == XML_TEXT_NODE
+                                 ? std::count(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), '\n')
+                                 : 0;
+    m_faults.add({Kind::Structure, std::max(Xml::lineOf(node) - static_cast<int>(linesBehind), Xml::lineOf(element)),
+                  std::string(Xml::view(element->name)), "the text " + inQuotes(text.substr(first)), "elements only",
+                  "remove the text or make it a comment"});
 }
 
 void FormatChecker::checkChild(const xmlNode* child, const std::vector<ChildRule>& rules, std::vector<int>& counts) {
