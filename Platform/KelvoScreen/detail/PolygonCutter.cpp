@@ -101,6 +101,7 @@ void PolygonCutter::linkCorners() {
     m_next.resize(count);
     m_hollow.clear();
     m_hollowPlace.assign(count, NOWHERE);
+    m_turn.resize(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         m_previous[i] = (i + count - 1) % count;
         m_next[i] = (i + 1) % count;
@@ -113,40 +114,42 @@ void PolygonCutter::linkCorners() {
     listAllCandidates();
 }
 
-/// Every second corner first: a round polygon then falls into triangles of similar width instead of a fan of slivers.
 void PolygonCutter::listAllCandidates() {
     m_candidates.clear();
-    for (const std::uint32_t first : {0U, 1U}) {
-        std::uint32_t corner = first == 0 ? m_current : m_next[m_current];
-        for (std::size_t i = first; i < m_cornersLeft; i += 2) {
-            m_candidates.push_back(corner);
-            corner = m_next[m_next[corner]];
-        }
+    std::uint32_t corner = m_current;
+    for (std::size_t i = 0; i < m_cornersLeft; ++i, corner = m_next[corner]) {
+        addCandidate(corner);
     }
+}
+
+/// A corner that is listed again waits for its new turn, so that the neighbours of an ear come last: a round polygon
+/// then falls into triangles of similar width instead of a fan of slivers.
+void PolygonCutter::addCandidate(std::uint32_t corner) {
+    m_turn[corner] = m_candidates.size();
+    m_candidates.push_back(corner);
 }
 
 /// A clipped ear changes only whether its two neighbours are ears: a diagonal that left the polygon also leaves what
 /// remains of it. So every corner is tested once, and again when a neighbour goes.
 bool PolygonCutter::clipEars() {
-    std::size_t tested = 0;
+    std::size_t turn = 0;
     int recoveries = 0;
-    while (m_cornersLeft > 3) {
-        if (tested == m_candidates.size()) {
-            const bool retestAll = recoveries++ < MAX_RECOVERIES;
-            clip(retestAll ? findFlatCorner() : m_current);
-            if (retestAll) {
-                listAllCandidates();
-                tested = 0;
+    while (m_cornersLeft > 3 && m_stepsLeft > 0) {
+        if (turn < m_candidates.size()) {
+            const std::uint32_t corner = m_candidates[turn];
+            if (m_turn[corner] == turn++ && isEar(corner)) {
+                clip(corner);
             }
-        } else if (const std::uint32_t corner = m_candidates[tested++]; m_next[corner] != NOWHERE && isEar(corner)) {
-            clip(corner);
-        }
-        if (m_stepsLeft == 0) {
-            return false;
+        } else if (recoveries++ < MAX_RECOVERIES) {
+            clip(findFlatCorner());
+            listAllCandidates();
+            turn = 0;
+        } else {
+            clip(m_current);
         }
     }
     m_triangles.push_back({m_previous[m_current], m_current, m_next[m_current]});
-    return true;
+    return m_cornersLeft <= 3;
 }
 
 /// A corner whose triangle has no area, such as the tip of a spike; the current one when there is none.
@@ -154,7 +157,7 @@ std::uint32_t PolygonCutter::findFlatCorner() {
     spend(m_cornersLeft);
     std::uint32_t corner = m_current;
     for (std::size_t i = 0; i < m_cornersLeft; ++i, corner = m_next[corner]) {
-        if (turn(corner) == 0) {
+        if (bulge(corner) == 0) {
             return corner;
         }
     }
@@ -167,13 +170,13 @@ void PolygonCutter::clip(std::uint32_t corner) {
     m_triangles.push_back({previous, corner, next});
     m_next[previous] = next;
     m_previous[next] = previous;
-    m_next[corner] = NOWHERE;
+    m_turn[corner] = SIZE_MAX;
     forgetHollow(corner);
     --m_cornersLeft;
     m_current = next;
     for (const std::uint32_t neighbour : {previous, next}) {
         classify(neighbour);
-        m_candidates.push_back(neighbour);
+        addCandidate(neighbour);
     }
 }
 
@@ -193,7 +196,7 @@ bool PolygonCutter::isEar(std::uint32_t corner) {
 }
 
 void PolygonCutter::classify(std::uint32_t corner) {
-    if (turn(corner) > 0) {
+    if (bulge(corner) > 0) {
         forgetHollow(corner);
     } else if (m_hollowPlace[corner] == NOWHERE) {
         m_hollowPlace[corner] = static_cast<std::uint32_t>(m_hollow.size());
@@ -211,6 +214,6 @@ void PolygonCutter::forgetHollow(std::uint32_t corner) {
     }
 }
 
-double PolygonCutter::turn(std::uint32_t corner) const {
+double PolygonCutter::bulge(std::uint32_t corner) const {
     return doubleArea(m_corners[m_previous[corner]], m_corners[corner], m_corners[m_next[corner]]);
 }

@@ -43,13 +43,14 @@ private:
     void flatten(std::span<const Point<double, 3>> corners);
     void linkCorners();
     void listAllCandidates();
+    void addCandidate(std::uint32_t corner);
     [[nodiscard]] bool clipEars();
     [[nodiscard]] std::uint32_t findFlatCorner();
     void clip(std::uint32_t corner);
     [[nodiscard]] bool isEar(std::uint32_t corner);
     void classify(std::uint32_t corner);
     void forgetHollow(std::uint32_t corner);
-    [[nodiscard]] double turn(std::uint32_t corner) const;
+    [[nodiscard]] double bulge(std::uint32_t corner) const;
     void spend(std::size_t steps) { m_stepsLeft -= steps < m_stepsLeft ? steps : m_stepsLeft; }
 
     std::size_t m_stepsLeft;
@@ -60,6 +61,7 @@ private:
     std::vector<std::uint32_t> m_hollow;       ///< corners left that do not bulge outwards, in no order
     std::vector<std::uint32_t> m_hollowPlace;  ///< of a corner in `m_hollow`, or nowhere
     std::vector<std::uint32_t> m_candidates;   ///< corners to be tested, first in first out
+    std::vector<std::size_t> m_turn;           ///< of a corner in `m_candidates`; the largest number once it is clipped
     std::uint32_t m_current = 0;               ///< some corner that is left
     std::size_t m_cornersLeft = 0;
 };
