@@ -22,7 +22,9 @@ namespace {
     throw VeltraniException(L"Unable to write " + fromUtf8OrBytes(path) + L": " + fromUtf8OrBytes(reason));
 }
 
-std::string systemReason() { return std::generic_category().message(errno); }
+std::string systemReason() {
+    return std::generic_category().message(errno);
+}
 
 /// The name without symbolic links, so that the file behind a link is replaced and not the link; the name itself where
 /// there is no such file yet.
@@ -73,7 +75,9 @@ AtomicFile::AtomicFile(const std::string& utf8Path) : m_target(resolved(utf8Path
     }
 }
 
-AtomicFile::~AtomicFile() { discard(); }
+AtomicFile::~AtomicFile() {
+    discard();
+}
 
 void AtomicFile::write(std::string_view bytes) {
     while (!bytes.empty()) {

@@ -19,7 +19,9 @@ namespace {
     throw VeltraniMissingFileException(fromUtf8OrBytes(path) + L": " + fromUtf8OrBytes(reason));
 }
 
-std::string systemReason() { return std::generic_category().message(errno); }
+std::string systemReason() {
+    return std::generic_category().message(errno);
+}
 
 const char* kindOf(mode_t mode) {
     switch (mode & S_IFMT) {
@@ -63,7 +65,9 @@ RegularFile::RegularFile(const std::string& utf8Path) : m_path(utf8Path) {
     m_size = static_cast<std::size_t>(status.st_size);
 }
 
-RegularFile::~RegularFile() { ::close(m_descriptor); }
+RegularFile::~RegularFile() {
+    ::close(m_descriptor);
+}
 
 std::string RegularFile::readAll() {
     std::string content;
@@ -77,8 +81,8 @@ std::string RegularFile::readAll() {
         if (filled == content.size()) {
             content.resize(content.size() + content.size() / 2);
         }
-        const ssize_t count = ::pread(m_descriptor, content.data() + filled, content.size() - filled,
-                                      static_cast<off_t>(filled));
+        const ssize_t count =
+            ::pread(m_descriptor, content.data() + filled, content.size() - filled, static_cast<off_t>(filled));
         if (count == 0) {
             break;
         }

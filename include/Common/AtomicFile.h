@@ -5,8 +5,9 @@
 
 namespace Veltrani {
 
-/// Replaces a file as a whole: the content is written beside it and renamed over it by `commit`, so that a crash, a full disk
-/// or an exception never leaves half a file. Without `commit` the old file stays and nothing is left beside it.
+/// Replaces a file as a whole: the content is written beside it and renamed over it by `commit`, so that a crash, a
+/// full disk or an exception never leaves half a file. Without `commit` the old file stays and nothing is left beside
+/// it.
 ///
 /// A symbolic link stays one: the file that it leads to is replaced. The permissions of a replaced file are kept.
 ///
@@ -25,8 +26,8 @@ public:
     /// Appends. Throws `VeltraniException` when writing fails.
     void write(std::string_view bytes);
 
-    /// Brings the content to the disk and puts it in place of the old file. Throws `VeltraniException` when that fails; the
-    /// old file then stays. Nothing can be written afterwards.
+    /// Brings the content to the disk and puts it in place of the old file. Throws `VeltraniException` when that fails;
+    /// the old file then stays. Nothing can be written afterwards.
     void commit();
 
 private:
