@@ -6,15 +6,19 @@
 #include "KelvoScreen/detail/ObjSizeEstimate.h"
 #include "KelvoScreen/detail/PolygonCutter.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace {
 
+using KelvoScreenDetail::ObjCursor;
+using KelvoScreenDetail::ObjIndices;
+using KelvoScreenDetail::ObjSizeEstimate;
+using KelvoScreenDetail::PolygonCutter;
 using Triangle = TriangleMesh::Triangle;
 
 /// A face of more than three corners, held as the fan of triangles around its first corner until all vertices are

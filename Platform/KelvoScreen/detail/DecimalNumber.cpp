@@ -4,6 +4,8 @@
 #include <charconv>
 #include <system_error>
 
+namespace KelvoScreenDetail {
+
 namespace {
 
 bool isDigit(char c) {
@@ -58,3 +60,5 @@ const char* DecimalNumber::parseAny(const char* first, const char* last, double&
     }
     return first;
 }
+
+}  // namespace KelvoScreenDetail

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace KelvoScreenDetail {
+
 /// Decimal numbers in text, read as `std::from_chars` reads them, bit for bit, and faster for those that mesh files
 /// hold: up to nineteen digits without an exponent.
 ///
@@ -59,3 +61,5 @@ inline const char* DecimalNumber::parse(const char* first, const char* last, dou
     value = negative ? -magnitude : magnitude;
     return at;
 }
+
+}  // namespace KelvoScreenDetail

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace KelvoScreenDetail {
+
 namespace {
 
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
@@ -52,8 +54,10 @@ bool ObjCursor::findStatement() {
 }
 
 std::string_view ObjCursor::takeKeyword() {
-    while (!endsWord(m_at)) {
-        ++m_at;
+    for (; !endsWord(m_at); ++m_at) {
+        if (*m_at == '\0') {
+            failNul();
+        }
     }
     return {m_word, static_cast<std::size_t>(m_at - m_word)};
 }
@@ -131,3 +135,5 @@ void ObjCursor::failStatement(std::string expected) const {
 void ObjCursor::failNul() const {
     throw ObjLoadException(m_line, quoted({m_at, 1}), "text without NUL bytes");
 }
+
+}  // namespace KelvoScreenDetail

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace KelvoScreenDetail {
+
 /// A position in OBJ text that knows its line: takes the text apart into statements and their words.
 ///
 /// Lines end in LF, CR or CRLF. Blanks and tabs part the words. A `#` starts a comment, anywhere; the comment ends with
@@ -24,9 +26,9 @@ public:
 
     /// Goes to the first word of the next statement that is not empty; false at the end of the text.
     [[nodiscard]] bool findStatement();
-    /// The first word of the statement; goes past it.
+    /// The first word of the statement; goes past it. Throws when there is a NUL byte in it: that is no text.
     [[nodiscard]] std::string_view takeKeyword();
-    /// Goes past the rest of the statement and its line end. Throws when there is a NUL byte in it: that is no text.
+    /// Goes past the rest of the statement and its line end. Throws when there is a NUL byte in it.
     void skipStatement();
 
     /// Goes to the next word of the statement; false when there is none.
@@ -124,3 +126,5 @@ inline void ObjCursor::requireWordEnd() const {
         failWord("a corner such as 1, 1/1, 1//1 or 1/1/1");
     }
 }
+
+}  // namespace KelvoScreenDetail

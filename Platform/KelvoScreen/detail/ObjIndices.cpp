@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <string>
 
+namespace KelvoScreenDetail {
+
 std::uint32_t ObjIndices::resolveUnusual(std::int64_t index, const ObjCursor& cursor) {
     if (index == 0) {
         cursor.failWord("a " + std::string(m_kind) + " index other than 0: the first one is 1");
@@ -37,3 +39,5 @@ void ObjIndices::requireAllDefined() const {
             "a " + std::string(m_kind) + " index no greater than " + std::to_string(m_count) + ", their number");
     }
 }
+
+}  // namespace KelvoScreenDetail

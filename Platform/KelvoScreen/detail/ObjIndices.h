@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace KelvoScreenDetail {
+
 class ObjCursor;
 
 /// The elements of one kind (vertices, texture coordinates or normals) of an OBJ text, as its faces refer to them.
@@ -49,3 +51,5 @@ private:
     /// of range is always among them.
     std::vector<Forward> m_forward;
 };
+
+}  // namespace KelvoScreenDetail

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace KelvoScreenDetail {
+
 namespace {
 
 /// Many small samples meet the boundaries between vertices and faces of a usual file to within half a percent.
@@ -81,3 +83,5 @@ ObjSizeEstimate ObjSizeEstimate::of(std::string_view text) {
     counts.triangles = scaled(counts.triangles, sampledBytes, text.size());
     return counts;
 }
+
+}  // namespace KelvoScreenDetail

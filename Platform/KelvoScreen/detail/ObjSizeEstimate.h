@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
+namespace KelvoScreenDetail {
+
 /// Roughly how many elements an OBJ text defines, from samples spread over it, so that room for them can be reserved
 /// at once. A short text is counted whole. Never more than the text has room for.
 struct ObjSizeEstimate {
@@ -13,3 +15,5 @@ struct ObjSizeEstimate {
     std::size_t textureCoordinates = 0;
     std::size_t triangles = 0;
 };
+
+}  // namespace KelvoScreenDetail

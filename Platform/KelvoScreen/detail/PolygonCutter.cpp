@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace KelvoScreenDetail {
+
 namespace {
 
 using P2 = Point<double, 2>;
@@ -217,3 +219,5 @@ void PolygonCutter::forgetHollow(std::uint32_t corner) {
 double PolygonCutter::bulge(std::uint32_t corner) const {
     return doubleArea(m_corners[m_previous[corner]], m_corners[corner], m_corners[m_next[corner]]);
 }
+
+}  // namespace KelvoScreenDetail

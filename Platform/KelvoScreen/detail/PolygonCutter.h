@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+namespace KelvoScreenDetail {
+
 /// Cuts polygons, concave ones included, into triangles.
 ///
 /// A polygon is seen along the coordinate axis that its normal (Newell's) is nearest to, and its ears are clipped: a
@@ -24,8 +26,8 @@ public:
     /// Corner numbers of the polygon, 0 is the first.
     using Triangle = std::array<std::uint32_t, 3>;
 
-    /// About three seconds of work; a concave polygon of 20,000 corners stays below it.
-    static constexpr std::size_t DEFAULT_MAX_STEPS = 1'000'000'000;
+    /// About two seconds of work; a concave polygon of 20,000 corners stays below it.
+    static constexpr std::size_t DEFAULT_MAX_STEPS = 300'000'000;
 
     /// @param maxSteps corner tests for all polygons together
     explicit PolygonCutter(std::size_t maxSteps = DEFAULT_MAX_STEPS) : m_stepsLeft(maxSteps) {}
@@ -65,3 +67,5 @@ private:
     std::uint32_t m_current = 0;               ///< some corner that is left
     std::size_t m_cornersLeft = 0;
 };
+
+}  // namespace KelvoScreenDetail

@@ -14,6 +14,8 @@
 
 namespace {
 
+using KelvoScreenDetail::DecimalNumber;
+
 struct Parsed {
     double value = 0;
     std::size_t length = 0;  ///< 0: refused
