@@ -96,4 +96,26 @@ std::string RegularFile::readAll() {
     return content;
 }
 
+std::size_t RegularFile::readAt(std::size_t offset, char* buffer, std::size_t count) const {
+    std::size_t filled = 0;
+    while (filled < count) {
+        const ssize_t read =
+            ::pread(m_descriptor, buffer + filled, count - filled, static_cast<off_t>(offset + filled));
+        if (read == 0) {
+            break;
+        }
+        if (read > 0) {
+            filled += static_cast<std::size_t>(read);
+        } else if (errno != EINTR) {
+            fail(m_path, systemReason());
+        }
+    }
+    return filled;
+}
+
+std::string RegularFile::nameForReopening() const {
+    std::string name = "/proc/self/fd/" + std::to_string(m_descriptor);
+    return ::access(name.c_str(), R_OK) == 0 ? name : m_path;
+}
+
 }  // namespace Veltrani
