@@ -69,7 +69,7 @@ RegularFile::~RegularFile() {
     ::close(m_descriptor);
 }
 
-std::string RegularFile::readAll() {
+std::string RegularFile::readAll() const {
     std::string content;
     if (m_size > content.max_size() - 1) {
         throw std::bad_alloc();

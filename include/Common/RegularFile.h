@@ -23,7 +23,7 @@ public:
 
     /// The whole content, to its end even when the file has grown or shrunk since. Throws
     /// `VeltraniMissingFileException` when reading fails and `std::bad_alloc` when it does not fit into memory.
-    [[nodiscard]] std::string readAll();
+    [[nodiscard]] std::string readAll() const;
 
     /// Up to `count` bytes from `offset` on into `buffer`; answers how many, fewer only at the end of the file. Throws
     /// `VeltraniMissingFileException` when reading fails.
