@@ -10,9 +10,12 @@
 #include "ProgressMeter.h"
 #include "ScreenManager/ScreenManager.h"
 
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <sstream>
+#include <system_error>
 
 namespace {
 
@@ -39,17 +42,38 @@ TargetSurvey placeTargets(const XMLConfigFile& config, const TargetsCommand::Opt
         .place(config);
 }
 
+/// True when writing to `output` would replace the configuration that is being read.
+bool isSameFile(const std::string& output, const std::string& configuration) {
+    std::error_code unknown;
+    return std::filesystem::equivalent(output, configuration, unknown);
+}
+
+/// True for what exists and cannot be replaced as a whole: a pipe, a device.
+bool isSpecialFile(const std::string& path) {
+    std::error_code unknown;
+    return std::filesystem::is_other(std::filesystem::status(path, unknown));
+}
+
+/// False when the stream did not take everything, which has been reported then.
+bool writeToStream(const TargetSurvey& survey, const TargetWriter& writer, std::ostream& out, const std::string& name) {
+    writer.write(survey, out);
+    if (out.flush()) {
+        return true;
+    }
+    std::cerr << "error: " + name + " cannot be written\n";
+    return false;
+}
+
 /// False when the result cannot be written, which has been reported then.
 bool writeTargets(const TargetSurvey& survey, const TargetsCommand::Options& options) {
     try {
         const auto writer = TargetWriter::ofFormat(options.format);
         if (options.output.empty()) {
-            writer->write(survey, std::cout);
-            if (!std::cout.flush()) {
-                std::cerr << "error: standard output cannot be written\n";
-                return false;
-            }
-            return true;
+            return writeToStream(survey, *writer, std::cout, "standard output");
+        }
+        if (isSpecialFile(options.output)) {
+            std::ofstream special(options.output, std::ios::binary);
+            return writeToStream(survey, *writer, special, options.output);
         }
         std::ostringstream text;
         writer->write(survey, text);
@@ -66,6 +90,10 @@ bool writeTargets(const TargetSurvey& survey, const TargetsCommand::Options& opt
 }  // namespace
 
 int TargetsCommand::run(const Options& options) {
+    if (!options.output.empty() && isSameFile(options.output, options.file)) {
+        std::cerr << "error: " + options.output + " is the configuration itself: name another file with --output\n";
+        return EXIT_USAGE;
+    }
     const auto config = prepareDisplay(options);
     if (!config) {
         return EXIT_INPUT;

@@ -6,6 +6,7 @@
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/ScreenArea.h"
 #include "ScreenManager/PlanarTargetLocator.h"
+#include "ScreenManager/ScreenManager.h"
 
 #include <map>
 #include <string>
@@ -60,6 +61,10 @@ ChannelTargets TargetPlacer::placeChannel(const ProjectorConfig& projector) cons
     const ScreenArea area = screenAreaOf(projector);
     if (!area.complete()) {
         channel.fault = area.describe() + ": give the channel a ScreenArea with left, right, bottom and top";
+        return channel;
+    }
+    if (!ScreenManager::getInstance()->getScreenGeometry()) {
+        channel.fault = "there is no screen to place targets on";
         return channel;
     }
     const PlanarTargetLocator locator(PlanarTargetLocatorParams(area.left, area.right, area.bottom, area.top));

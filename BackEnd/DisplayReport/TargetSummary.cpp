@@ -36,8 +36,11 @@ void printSummary(const TargetSurvey& survey, std::ostream& out) {
                    rangeText(extent, 1), rangeText(extent, 2)});
     }
     table.print(out);
-    out << survey.placed() << " targets placed, " << survey.missed() << " missed, on "
-        << sizeText(survey.extent(), survey.unit) << '\n';
+    out << survey.placed() << " targets placed, " << survey.missed() << " missed";
+    if (const Extent extent = survey.extent(); !extent.empty()) {
+        out << ", on " << sizeText(extent, survey.unit);
+    }
+    out << '\n';
     for (const ChannelTargets& channel : survey.channels) {
         if (!channel.fault.empty()) {
             out << "channel " << printable(channel.name) << " has no targets: " << printable(channel.fault) << '\n';
