@@ -1,0 +1,13 @@
+#pragma once
+
+#include <log4cxx/level.h>
+
+/// Puts the log records of the process on standard error, one line each: "warning: Loading screen geometry failed:
+/// ...". Always UTF-8, whatever the locale is.
+class ConsoleLog {
+public:
+    ConsoleLog() = delete;
+
+    /// Shows records at this level and above. Replaces what was installed before.
+    static void install(const log4cxx::LevelPtr& threshold);
+};

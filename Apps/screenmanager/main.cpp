@@ -1,0 +1,23 @@
+#include "CommandLine.h"
+#include "ExitCode.h"
+#include "FailureReport.h"
+#include "ScreenManager/ScreenManager.h"
+
+#include <exception>
+
+int main(int argc, char** argv) {
+    try {
+        CommandLine commandLine;
+        try {
+            commandLine.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return commandLine.report(error);
+        }
+        const int code = commandLine.run();
+        ScreenManager::deleteInstance();
+        return code;
+    } catch (...) {
+        reportFailure("internal fault", std::current_exception());
+        return EXIT_INTERNAL;
+    }
+}

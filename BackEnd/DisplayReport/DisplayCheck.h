@@ -1,0 +1,24 @@
+#pragma once
+
+#include "DisplayReport/DisplayDescription.h"
+
+#include <string>
+
+class XMLConfigManager;
+
+namespace Veltrani::DisplayReport {
+
+/// Loads everything that a configuration names and describes what a calibration would work with.
+///
+/// Every fault is collected, with its cause; none stops the check. The screens stay loaded in the `ScreenManager`.
+/// Nothing is archived and no projector is asked.
+class DisplayCheck {
+public:
+    /// A configuration file. One that is missing or faulty gives its faults and nothing else.
+    [[nodiscard]] static DisplayDescription ofFile(const std::string& utf8Path);
+
+    /// A configuration in memory.
+    [[nodiscard]] static DisplayDescription ofConfiguration(XMLConfigManager& config);
+};
+
+}  // namespace Veltrani::DisplayReport

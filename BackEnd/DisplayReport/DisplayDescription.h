@@ -1,0 +1,34 @@
+#pragma once
+
+#include "DisplayReport/Fault.h"
+
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+/// One line of the description of a display.
+struct DisplayFact {
+    std::string label;  ///< "screen", "size", "units", ...
+    std::string value;
+};
+
+/// What one channel will use.
+struct ChannelDescription {
+    std::string name;
+    std::string projectorId;
+    std::string resolution;  ///< "1920 x 1200"
+    std::string locator;     ///< kind of target locator and what it is built from
+    std::string device;      ///< type and address of the device
+};
+
+/// A display as its configuration and the files that it names describe it, with everything that is wrong. UTF-8.
+struct DisplayDescription {
+    std::string file;
+    bool readable = true;  ///< false when the configuration itself cannot be used
+    std::vector<DisplayFact> facts;
+    std::vector<ChannelDescription> channels;
+    std::vector<Fault> faults;
+};
+
+}  // namespace Veltrani::DisplayReport

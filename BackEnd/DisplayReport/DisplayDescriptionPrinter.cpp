@@ -1,0 +1,68 @@
+#include "DisplayReport/DisplayDescriptionPrinter.h"
+
+#include "DisplayReport/DisplayDescription.h"
+#include "DisplayReport/TextTable.h"
+
+#include <algorithm>
+#include <ostream>
+#include <sstream>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+/// A text of several lines, every line behind the same indent.
+void printLines(const std::string& text, const std::string& first, const std::string& further, std::ostream& out) {
+    std::istringstream lines(text);
+    const std::string* indent = &first;
+    for (std::string line; std::getline(lines, line);) {
+        out << *indent << printable(line) << '\n';
+        indent = &further;
+    }
+}
+
+void printFacts(const std::vector<DisplayFact>& facts, std::ostream& out) {
+    std::size_t width = 0;
+    for (const DisplayFact& fact : facts) {
+        width = std::max(width, fact.label.size());
+    }
+    for (const DisplayFact& fact : facts) {
+        out << fact.label << std::string(width - fact.label.size() + 2, ' ') << printable(fact.value) << '\n';
+    }
+}
+
+void printChannels(const std::vector<ChannelDescription>& channels, std::ostream& out) {
+    TextTable table({"channel", "projector", "picture", "targets by", "device"});
+    for (const ChannelDescription& channel : channels) {
+        table.add({channel.name, channel.projectorId, channel.resolution, channel.locator, channel.device});
+    }
+    if (!table.empty()) {
+        out << '\n';
+        table.print(out);
+    }
+}
+
+void printFaults(const std::vector<Fault>& faults, std::ostream& out) {
+    out << '\n';
+    if (faults.empty()) {
+        out << "No faults.\n";
+        return;
+    }
+    out << faults.size() << (faults.size() == 1 ? " fault:" : " faults:") << '\n';
+    for (const Fault& fault : faults) {
+        printLines(fault.where + ": " + fault.what, "  - ", "    ", out);
+        for (const std::string& cause : fault.causes) {
+            printLines(cause, "      because: ", "               ", out);
+        }
+    }
+}
+
+}  // namespace
+
+void print(const DisplayDescription& description, std::ostream& out) {
+    printFacts(description.facts, out);
+    printChannels(description.channels, out);
+    printFaults(description.faults, out);
+}
+
+}  // namespace Veltrani::DisplayReport

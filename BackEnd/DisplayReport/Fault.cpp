@@ -1,0 +1,30 @@
+#include "DisplayReport/Fault.h"
+
+#include "Common/RunCatch.h"
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+/// The exception that a thrown one carries as its cause; null when it carries none.
+std::exception_ptr causeOf(const std::exception_ptr& exception) {
+    try {
+        std::rethrow_exception(exception);
+    } catch (const std::nested_exception& carrier) {
+        return carrier.nested_ptr();
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+Fault faultOf(const std::string& where, const std::exception_ptr& exception) {
+    Fault fault{where, RunCatch::describe(exception), {}};
+    for (auto cause = causeOf(exception); cause; cause = causeOf(cause)) {
+        fault.causes.push_back(RunCatch::describe(cause));
+    }
+    return fault;
+}
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+/// Something that keeps a display from working, as a technician reads it. All texts UTF-8.
+struct Fault {
+    std::string where;                ///< what it concerns: "content mesh", "channel Left", ...
+    std::string what;                 ///< what is wrong
+    std::vector<std::string> causes;  ///< why, outermost first; may be empty
+};
+
+/// The fault that an exception tells of: its message, and as causes those of the exceptions nested in it.
+[[nodiscard]] Fault faultOf(const std::string& where, const std::exception_ptr& exception);
+
+}  // namespace Veltrani::DisplayReport

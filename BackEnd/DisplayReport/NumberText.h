@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+/// Numbers as people and programs read them, whatever the locale is.
+namespace Veltrani::DisplayReport {
+
+/// The shortest text that reads back as exactly this number; "nan", "inf" and "-inf" where it is none.
+[[nodiscard]] std::string exactText(double value);
+
+/// Rounded to three decimals, without trailing zeros: for tables, in which a millimetre is enough of a metre.
+[[nodiscard]] std::string roundedText(double value);
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,31 @@
+# install(): libraries, exported headers, the program with its manual page, and a CMake package, so that
+#   find_package(ScreenManager) and target_link_libraries(mine ScreenManager::ScreenManager)
+# is all that a program outside this tree needs.
+include(CMakePackageConfigHelpers)
+
+set(SM_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/ScreenManager")
+set(SM_HEADER_DIR "${CMAKE_INSTALL_INCLUDEDIR}/screenmanager")
+
+get_property(_libraries GLOBAL PROPERTY SM_LIBRARIES)
+install(TARGETS ${_libraries} EXPORT ScreenManagerTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS screenmanager RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(EXPORT ScreenManagerTargets NAMESPACE ScreenManager:: DESTINATION ${SM_PACKAGE_DIR})
+
+# Headers below a folder named "detail" belong to one library and are not exported.
+install(DIRECTORY include/ Platform/ DESTINATION ${SM_HEADER_DIR}
+  FILES_MATCHING PATTERN "*.h" PATTERN "detail" EXCLUDE)
+
+configure_package_config_file(cmake/ScreenManagerConfig.cmake.in
+  "${PROJECT_BINARY_DIR}/ScreenManagerConfig.cmake" INSTALL_DESTINATION ${SM_PACKAGE_DIR})
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/ScreenManagerConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES
+  "${PROJECT_BINARY_DIR}/ScreenManagerConfig.cmake"
+  "${PROJECT_BINARY_DIR}/ScreenManagerConfigVersion.cmake"
+  cmake/FindPointCloudLibrary.cmake
+  DESTINATION ${SM_PACKAGE_DIR})
+
+install(FILES docs/screenmanager.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES docs/configuration.md docs/display.rng DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+  PATTERN "*.cpp" EXCLUDE PATTERN "CMakeLists.txt" EXCLUDE)

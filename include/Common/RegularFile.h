@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace Veltrani {
+
+/// A regular file opened for reading.
+///
+/// Opening never blocks and accepts nothing but a regular file: a directory opened as a stream reports absurd sizes,
+/// and a pipe or a device never ends. What was examined is what is read: the file is opened once, by its UTF-8 name.
+class RegularFile {
+public:
+    /// Throws `VeltraniMissingFileException` whose message names the file and says why: no such file, permission
+    /// denied, name too long, a directory, a device, ...
+    explicit RegularFile(const std::string& utf8Path);
+    ~RegularFile();
+    RegularFile(const RegularFile&) = delete;
+    RegularFile& operator=(const RegularFile&) = delete;
+
+    /// Size in bytes at the time of opening.
+    [[nodiscard]] std::size_t size() const { return m_size; }
+
+    /// The whole content, to its end even when the file has grown or shrunk since. Throws
+    /// `VeltraniMissingFileException` when reading fails and `std::bad_alloc` when it does not fit into memory.
+    [[nodiscard]] std::string readAll() const;
+
+    /// Up to `count` bytes from `offset` on into `buffer`; answers how many, fewer only at the end of the file. Throws
+    /// `VeltraniMissingFileException` when reading fails.
+    std::size_t readAt(std::size_t offset, char* buffer, std::size_t count) const;
+
+    /// A name under which another library opens this very file again, whatever stands under its own name by then. Valid
+    /// while this object lives. Where the system offers no such names it is the file's own.
+    [[nodiscard]] std::string nameForReopening() const;
+
+private:
+    std::string m_path;
+    int m_descriptor = -1;
+    std::size_t m_size = 0;
+};
+
+}  // namespace Veltrani

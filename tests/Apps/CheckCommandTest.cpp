@@ -1,0 +1,76 @@
+#include "ProgramRun.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::HasSubstr;
+
+const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+
+TEST(CheckCommand, TheExamplesAreAllRight) {
+    for (const char* example : {"planar-wall", "curved-wall"}) {
+        const ProgramRun run = runScreenManager({"check", EXAMPLES + example + "/display.xml"});
+        EXPECT_EQ(run.exitCode, 0) << run.output;
+        EXPECT_THAT(run.output, HasSubstr("No faults."));
+        EXPECT_EQ(run.errors, "");
+    }
+}
+
+TEST(CheckCommand, PrintsTheDisplayAsATable) {
+    const ProgramRun run = runScreenManager({"check", EXAMPLES + "planar-wall/display.xml"});
+    EXPECT_THAT(run.output, HasSubstr("6 x 0 x 2.5 m (right x forward x up)"));
+    EXPECT_THAT(run.output, HasSubstr("channels     6\n"));
+    EXPECT_THAT(run.output, HasSubstr("channel       projector     picture      targets by"));
+    EXPECT_THAT(run.output, HasSubstr("Upper centre  020000000002  1920 x 1200"));
+}
+
+TEST(CheckCommand, FaultsAreToldAndExitWithOne) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write(
+        "display.xml",
+        "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Mesh' fileUnit='m'><ContentMesh "
+        "file='gone.obj'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector "
+        "id='A'/></Projectors></Display>");
+    const ProgramRun run = runScreenManager({"check", file});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, HasSubstr("2 faults:"));
+    EXPECT_THAT(run.output, HasSubstr("because: "));
+    EXPECT_THAT(run.output, HasSubstr("No such file or directory"));
+    EXPECT_THAT(run.output, HasSubstr("channel A, screen area: no screen area"));
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST(CheckCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(runScreenManager({"check", folder.file("gone.xml")}).exitCode, 3);
+    EXPECT_EQ(runScreenManager({"check", folder.path()}).exitCode, 3);
+    EXPECT_EQ(runScreenManager({"check", folder.write("bad.xml", "<Display")}).exitCode, 3);
+    EXPECT_EQ(runScreenManager({"check", "/dev/zero"}).exitCode, 3);
+}
+
+TEST(CheckCommand, NamesOfEveryScriptWorkInTheCLocale) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write(
+        "B\xc3\xbchne 100%s/d\xc3\xadsplay.xml",
+        "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Mesh' fileUnit='m'><ContentMesh "
+        "file='W\xc3\xa4nde.obj'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector "
+        "id='A'><Name>\xe5\xb7\xa6"
+        "</Name><ScreenArea left='0' right='1' bottom='0' top='1'/></Projector></Projectors></Display>");
+    folder.write("B\xc3\xbchne 100%s/W\xc3\xa4nde.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const ProgramRun run = runScreenManager({"check", file}, {{"LC_ALL", "C"}});
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_THAT(run.output, HasSubstr("W\xc3\xa4nde.obj): 1 triangle"));
+    EXPECT_THAT(run.output, HasSubstr("\xe5\xb7\xa6"));
+}
+
+TEST(CheckCommand, AFullDiskExitsWithFour) {
+    const ProgramRun run = runProgram(
+        "/bin/sh", {"-c", std::string(SM_PROGRAM) + " check '" + EXAMPLES + "planar-wall/display.xml' > /dev/full"});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_THAT(run.errors, HasSubstr("standard output cannot be written"));
+}
+
+}  // namespace

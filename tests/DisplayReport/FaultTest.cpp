@@ -1,0 +1,50 @@
+#include "DisplayReport/Fault.h"
+
+#include "Common/VeltraniException.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Veltrani::DisplayReport::Fault;
+using Veltrani::DisplayReport::faultOf;
+
+TEST(Fault, TellsTheMessage) {
+    const Fault fault = faultOf("screen", std::make_exception_ptr(VeltraniException(L"no B\u00fchne")));
+    EXPECT_EQ(fault.where, "screen");
+    EXPECT_EQ(fault.what, "no B\xc3\xbchne");
+    EXPECT_THAT(fault.causes, IsEmpty());
+}
+
+TEST(Fault, TellsEveryNestedCauseOutermostFirst) {
+    std::exception_ptr outer;
+    try {
+        try {
+            try {
+                throw std::runtime_error("disk");
+            } catch (...) {
+                std::throw_with_nested(std::runtime_error("line 3"));
+            }
+        } catch (...) {
+            std::throw_with_nested(VeltraniMissingFileException(L"no screen"));
+        }
+    } catch (...) {
+        outer = std::current_exception();
+    }
+    const Fault fault = faultOf("screen", outer);
+    EXPECT_EQ(fault.what, "no screen");
+    EXPECT_THAT(fault.causes, ElementsAre("line 3", "disk"));
+}
+
+TEST(Fault, ToleratesAnythingThrown) {
+    const Fault fault = faultOf("screen", std::make_exception_ptr(42));
+    EXPECT_EQ(fault.what, "(...) No details");
+    EXPECT_THAT(fault.causes, IsEmpty());
+}
+
+}  // namespace
