@@ -88,7 +88,7 @@ std::string concatenated(std::initializer_list<std::string_view> pieces) {
     return text;
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     const std::string_view shown = cutBetweenCharacters(text, LONGEST_QUOTE_BYTES);
     return concatenated({"\"", onOneLine(shown), shown.size() < text.size() ? "..." : "", "\""});
 }

@@ -57,6 +57,6 @@ private:
 
 /// A text from a document, in quotes, for a message: cut when it is long, control characters spelled out so that the
 /// message stays on its line.
-[[nodiscard]] std::string quoted(std::string_view text);
+[[nodiscard]] std::string inQuotes(std::string_view text);
 
 }  // namespace Veltrani

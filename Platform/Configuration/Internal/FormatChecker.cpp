@@ -16,7 +16,7 @@ using Kind = FaultList::Kind;
 using Unit = UnitConversionTable::UnitSubType;
 
 std::string assignment(std::string_view name, std::string_view value) {
-    return concatenated({name, "=", quoted(value)});
+    return concatenated({name, "=", inQuotes(value)});
 }
 
 std::string tag(std::string_view name) {
@@ -83,7 +83,7 @@ void FormatChecker::check(const xmlNode* root, FaultList& faults) {
     if (Xml::isOwnElement(root, rule.name)) {
         checker.checkElement(root, rule);
     } else if (root->ns != nullptr) {
-        checker.add(Kind::Structure, root, "the namespace " + quoted(Xml::view(root->ns->href)), "no namespace",
+        checker.add(Kind::Structure, root, "the namespace " + inQuotes(Xml::view(root->ns->href)), "no namespace",
                     "remove the declaration of a default namespace");
     } else {
         checker.add(Kind::Structure, root, tag(Xml::view(root->name)), tag(rule.name),
@@ -112,7 +112,7 @@ void FormatChecker::checkAttributes(const xmlNode* element, const ElementRule& r
         std::vector<std::string> names;
         std::transform(rules.begin(), rules.end(), std::back_inserter(names),
                        [](const AttributeRule& other) { return std::string(other.name); });
-        add(Kind::Structure, element, "the attribute " + quoted(name), oneOf(names), "remove it or correct its name");
+        add(Kind::Structure, element, "the attribute " + inQuotes(name), oneOf(names), "remove it or correct its name");
     }
     for (const AttributeRule& wanted : rules) {
         if (wanted.required && !Xml::attribute(element, wanted.name.data())) {
@@ -176,10 +176,18 @@ void FormatChecker::checkContent(const xmlNode* element, const ElementRule& rule
 
 void FormatChecker::checkStrayText(const xmlNode* element, const xmlNode* node) {
     const bool isText = node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
-    if (isText && Xml::view(node->content).find_first_not_of(" \t\r\n") != std::string_view::npos) {
-        add(Kind::Structure, element, "the text " + quoted(Xml::view(node->content)), "elements only",
-            "remove the text or make it a comment");
+    const std::string_view text = isText ? Xml::view(node->content) : std::string_view();
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos) {
+        return;
     }
+    // The tree knows the line on which a text ends, and that on which a CDATA section begins.
+    const auto linesBehind = node->type == XML_TEXT_NODE
+                                 ? std::count(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), '\n')
+                                 : 0;
+    m_faults.add({Kind::Structure, std::max(Xml::lineOf(node) - static_cast<int>(linesBehind), Xml::lineOf(element)),
+                  std::string(Xml::view(element->name)), "the text " + inQuotes(text.substr(first)), "elements only",
+                  "remove the text or make it a comment"});
 }
 
 void FormatChecker::checkChild(const xmlNode* child, const std::vector<ChildRule>& rules, std::vector<int>& counts) {

@@ -24,7 +24,7 @@ std::string lineOfAxis(const std::string& axis) {
 }
 
 std::string assignment(const char* name, const std::optional<std::string>& value) {
-    return std::string(name) + "=" + quoted(value.value_or(""));
+    return std::string(name) + "=" + inQuotes(value.value_or(""));
 }
 
 }  // namespace
@@ -135,7 +135,7 @@ void MeaningChecker::checkIncreasing(const xmlNode* pair, const xmlNode* previou
     const std::optional<double> before = m_reader.angle(previous, attribute);
     if (value && before && !(*before < *value)) {
         add(pair, assignment(attribute, m_reader.text(pair, attribute)),
-            "more than the " + quoted(m_reader.text(previous, attribute).value_or("")) + " of the pair before",
+            "more than the " + inQuotes(m_reader.text(previous, attribute).value_or("")) + " of the pair before",
             "put the pairs into increasing order");
     }
 }

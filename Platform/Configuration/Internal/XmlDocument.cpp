@@ -9,9 +9,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <new>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace Veltrani {
 
@@ -33,11 +34,11 @@ struct FreeContext {
     }
 };
 
-/// What one run of the parser has to say. The first fault that ends the parsing is the whole truth: what the parser
-/// says after it is about the ruins.
+/// What one run of the parser has to say. A fault that ends the parsing is the whole truth: what the parser says after
+/// it is about the ruins, and a prefix that seemed to be undeclared may have been declared behind it.
 struct Findings {
-    FaultList* faults = nullptr;
-    bool ended = false;
+    std::optional<Fault> end;
+    std::vector<Fault> undeclared;
 };
 
 Findings& findingsOf(void* context) {
@@ -61,25 +62,32 @@ bool isFault(const xmlError& error) {
 
 void onError(void* context, xmlErrorPtr error) {
     Findings& findings = findingsOf(context);
-    if (findings.ended || !isFault(*error)) {
+    if (findings.end || !isFault(*error)) {
         return;
     }
-    findings.ended = error->level == XML_ERR_FATAL;
     const std::string_view message = error->message == nullptr ? "unknown" : error->message;
-    findings.faults->add({FaultList::Kind::Structure, std::max(error->line, 1),
-                          elementAt(static_cast<xmlParserCtxt*>(context)),
-                          "broken XML (" + quoted(withoutLineEnd(message)) + ")", "a well-formed XML document",
-                          "correct the text at this line or just before it"});
+    Fault fault{FaultList::Kind::Structure,
+                std::max(error->line, 1),
+                elementAt(static_cast<xmlParserCtxt*>(context)),
+                concatenated({"broken XML (", inQuotes(withoutLineEnd(message)), ")"}),
+                "a well-formed XML document",
+                "correct the text at this line or just before it"};
+    if (error->level == XML_ERR_FATAL) {
+        findings.end = std::move(fault);
+    } else if (findings.undeclared.size() < FaultList::MOST_FAULTS_SHOWN) {
+        findings.undeclared.push_back(std::move(fault));
+    }
 }
 
 void onDocumentType(void* context, const xmlChar* name, const xmlChar*, const xmlChar*) {
-    Findings& findings = findingsOf(context);
     auto* const parser = static_cast<xmlParserCtxt*>(context);
-    findings.faults->add({FaultList::Kind::Structure, parser->input->line, ROOT,
-                          "a document type declaration (DOCTYPE " + quoted(Xml::view(name)) + ")",
-                          "a document without one",
-                          "remove the declaration and write out what its entities stand for"});
-    findings.ended = true;
+    findingsOf(context).end =
+        Fault{FaultList::Kind::Structure,
+              parser->input->line,
+              ROOT,
+              concatenated({"a document type declaration (DOCTYPE ", inQuotes(Xml::view(name)), ")"}),
+              "a document without one",
+              "remove the declaration and write out what its entities stand for"};
     xmlStopParser(parser);
 }
 
@@ -139,13 +147,24 @@ std::optional<Fault> faultOfBytes(std::string_view text) {
 std::optional<Fault> faultOfDeclaration(const xmlDoc& document) {
     const std::string_view version = Xml::view(document.version);
     if (version != "1.0") {
-        return Fault{FaultList::Kind::Structure,       1, ROOT, "XML version " + quoted(version), "version \"1.0\"",
+        return Fault{FaultList::Kind::Structure,       1, ROOT, "XML version " + inQuotes(version), "version \"1.0\"",
                      "declare <?xml version=\"1.0\"?>"};
     }
     if (document.encoding != nullptr && xmlStrcasecmp(document.encoding, Xml::chars("UTF-8")) != 0) {
-        return encodingFault(1, "encoding " + quoted(Xml::view(document.encoding)));
+        return encodingFault(1, "encoding " + inQuotes(Xml::view(document.encoding)));
     }
     return std::nullopt;
+}
+
+/// True when there was one.
+bool report(Findings& findings, FaultList& faults) {
+    if (findings.end) {
+        findings.undeclared = {std::move(*findings.end)};
+    }
+    for (Fault& fault : findings.undeclared) {
+        faults.add(std::move(fault));
+    }
+    return !findings.undeclared.empty();
 }
 
 /// The document, owned by the caller; null when faults were added.
@@ -154,15 +173,14 @@ xmlDoc* read(std::string_view text, FaultList& faults) {
     if (context == nullptr) {
         throw std::bad_alloc();
     }
-    Findings findings{&faults, false};
-    const std::size_t faultsBefore = faults.size();
+    Findings findings;
     context->_private = &findings;
     context->sax->serror = onError;
     context->sax->internalSubset = onDocumentType;
     context->sax->startElementNs = onStartElement;
     xmlDoc* const document =
         xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, OPTIONS);
-    if (faults.size() != faultsBefore) {
+    if (report(findings, faults)) {
         xmlFreeDoc(document);
         return nullptr;
     }
