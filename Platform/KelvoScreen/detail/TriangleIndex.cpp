@@ -1,5 +1,6 @@
 #include "KelvoScreen/detail/TriangleIndex.h"
 
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/EmbreeDevice.h"
 #include "KelvoScreen/detail/Rounding.h"
 
@@ -12,9 +13,9 @@ namespace KelvoScreenDetail {
 
 namespace {
 
-/// Units of the structure. Inside the box coordinates are at most 1 and rays at most 2 sqrt(3) long. Rounding an origin,
-/// a direction and a corner to single precision (6e-8 each) moves them by less than 4e-7 in all, and the box test of
-/// Embree, in single precision too, by less than 1e-6.
+/// Units of the structure. Inside the box coordinates are at most 1 and rays at most 2 sqrt(3) long. Rounding an
+/// origin, a direction and a corner to single precision (6e-8 each) moves them by less than 4e-7 in all, and the box
+/// test of Embree, in single precision too, by less than 1e-6.
 constexpr double PADDING = 3e-6;
 /// Units by which rays start before their origin and reach past their end: the boxes are padded along the ray as well.
 constexpr double RAY_MARGIN = 1e-5;
@@ -86,10 +87,6 @@ bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
         return true;
     }
     return false;
-}
-
-double largestComponent(const Point<double, 3>& p) {
-    return std::max({std::abs(p[0]), std::abs(p[1]), std::abs(p[2])});
 }
 
 }  // namespace
