@@ -103,7 +103,7 @@ TEST_F(ScreenCheckTest, CausesThatTheLibraryFoldsIntoOneTextAreToldApart) {
     m_folder.makeFolder("folder.obj");
     EXPECT_THAT(causes("missing.obj"), Contains(HasSubstr("No such file")));
     EXPECT_THAT(causes("folder.obj"), Contains(HasSubstr("directory")));
-    EXPECT_THAT(causes("WALL.OBJ"), Contains(HasSubstr("extension")));
+    EXPECT_THAT(causes("WALL.OBJ"), Contains(HasSubstr("does not end in \".obj\"")));
     EXPECT_THAT(causes("points.obj"), Contains(HasSubstr("no")));
     EXPECT_THAT(causes("line.obj"), Contains(HasSubstr("area")));
 }
