@@ -8,6 +8,7 @@
 #include "DisplayReport/DisplayDescription.h"
 #include "DisplayReport/GeometryText.h"
 #include "DisplayReport/NumberText.h"
+#include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
 
 #include <pcl/point_cloud.h>
