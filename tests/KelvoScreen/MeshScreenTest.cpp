@@ -13,6 +13,7 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <vector>
@@ -248,6 +249,49 @@ TEST(MeshScreen, VerticesThatAreNotFiniteMakeItNotValid) {
             EXPECT_FALSE(screen.mapInto3D({0.25, 0.1}, out, true));
         }
     }
+}
+
+TEST(MeshScreen, ExtremeNumbersDoNoHarm) {
+    const double numbers[] = {0,     -0.0, 1,     -1,   0.1,   1e-320, 1e-200, 1e-100, 1e-70,
+                              -1e-8, 1e8,  -1e20, 1e39, -1e70, 1e78,   1e100,  1e200,  -1.7e308};
+    oracle::Random random(86);
+    const auto anyPoint = [&] {
+        const auto any = [&] { return numbers[random.below(std::size(numbers))]; };
+        const double x = any();
+        const double y = any();
+        return Vector{x, y, any()};
+    };
+    int hits = 0;
+    for (int i = 0; i < 3000; ++i) {
+        TriangleMesh mesh;
+        for (std::uint32_t k = 0; k < 12; ++k) {
+            const Vector place = anyPoint();
+            mesh.vertices.push_back(place);
+            mesh.textureCoordinates.push_back({place[1], place[2]});
+        }
+        mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 10, 11}};
+        mesh.textureTriangles = mesh.triangles;
+        const MeshScreen screen(mesh);
+        for (int k = 0; k < 10; ++k) {
+            const Vector from = anyPoint();
+            const Vector to = k % 2 == 0 ? anyPoint() : 0.3 * (mesh.vertices[0] + mesh.vertices[1] + mesh.vertices[2]);
+            for (const IntersectionSet& set :
+                 {screen.intersect(from, to), screen.intersectExtrapolatedWithSpecifiedNormal(from, to, 1)}) {
+                if (!set.empty()) {
+                    ++hits;
+                    ASSERT_GE(set.first().t, 0);
+                    const double length = norm(screen.getScreenNormal(set.first().point));
+                    ASSERT_TRUE(std::abs(length - 1) < 1e-9) << "mesh " << i << " length " << length;
+                }
+            }
+            const double length = norm(screen.getScreenNormal(from));
+            ASSERT_TRUE(length == 0 || std::abs(length - 1) < 1e-9) << "mesh " << i << " length " << length;
+            Vector out;
+            const bool mapped = screen.mapInto3D({from[0], from[1]}, out, true);
+            ASSERT_TRUE(!mapped || std::isfinite(out[0] + 0 * out[1] + 0 * out[2]));
+        }
+    }
+    EXPECT_GT(hits, 100);
 }
 
 TEST(MeshScreen, APointThatIsNotFiniteHasNoNormal) {
