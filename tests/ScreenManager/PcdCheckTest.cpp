@@ -89,7 +89,7 @@ TEST_F(PcdCheckTest, AsciiValuesThatAReaderMisreadsAreRefusedWithTheirLine) {
     for (const char* word : {"x", "1,5", "inf", "-nan", "1e39", "0x1", "1.5.", "#"}) {
         EXPECT_EQ(fault(two + "4 " + word + " 6\n"), std::string("line 13: found \"") + word + "\"" + EXPECTED);
     }
-    EXPECT_EQ(fault(two + "4 5\n"), "line 13: found \"2 values\", expected 3");
+    EXPECT_EQ(fault(two + "4.125 5.125\n"), "line 13: found \"2 values\", expected 3");
     EXPECT_EQ(fault(two + "4 5 6 7\n"), "line 13: found \"4 values\", expected 3");
     EXPECT_EQ(fault(two + "\r\n4 5 6\r\n"), "line 13: found \"0 values\", expected 3")
         << "the reader counts a line with a carriage return as a point";
@@ -107,7 +107,8 @@ TEST_F(PcdCheckTest, AsciiFilesThatAreOddButCompletePass) {
 }
 
 TEST_F(PcdCheckTest, ValuesThatAreNoCoordinatesNeedOnlyBeNumbers) {
-    const std::string file = headerOf("FIELDS n x y z rgb\nSIZE 4 4 4 4 4\nTYPE F F F F U\nCOUNT 2 1 1 1 1", 1, "ascii");
+    const std::string file =
+        headerOf("FIELDS n x y z rgb\nSIZE 4 4 4 4 4\nTYPE F F F F U\nCOUNT 2 1 1 1 1", 1, "ascii");
     EXPECT_EQ(fault(file + "-nan inf 1 2 3 4.2108e+06\n"), "");
     EXPECT_EQ(fault(file + "0 red 1 2 3 0\n"), "line 9: found \"red\", expected a number with a decimal point");
     EXPECT_EQ(fault(file + "0 0 1 2 inf 0\n"),

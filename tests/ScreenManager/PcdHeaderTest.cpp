@@ -126,7 +126,8 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"HEIGHT 1", "HEIGHT 0", "WIDTH 2 x HEIGHT 0 is not POINTS 2"},
         // 65536 x 65536 is 0 in 32 bits.
         Change{"WIDTH 2\nHEIGHT 1", "WIDTH 65536\nHEIGHT 65536", "WIDTH 65536 x HEIGHT 65536 is not POINTS 2"},
-        Change{"VIEWPOINT 0 0 0 1 0 0 0", "VIEWPOINT 0 0 0", "line 9: found \"3 values\", expected 7: tx ty tz qw qx qy qz"},
+        Change{"VIEWPOINT 0 0 0 1 0 0 0", "VIEWPOINT 0 0 0",
+               "line 9: found \"3 values\", expected 7: tx ty tz qw qx qy qz"},
         Change{"VIEWPOINT 0 0 0 1 0 0 0", "VIEWPOINT 0 0 0 1 0 0 a",
                "line 9: found \"a\", expected a number with a decimal point"},
         Change{"POINTS 2", "POINTS two", "line 10: found \"two\", expected a whole number from 0 to 2147483647"},

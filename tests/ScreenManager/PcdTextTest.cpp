@@ -24,9 +24,9 @@ TEST(PcdText, CoordinatesAreFiniteNumbersWithinFloatOrNan) {
                              "1e-45", "1e-60", "nan", "NaN", "NAN"}) {
         EXPECT_TRUE(PcdText::isCoordinate(word)) << word;
     }
-    for (const char* word :
-         {"", "x", "1,5", "1.5f", "0x10", "1e", "e5", "+", "-", "--1", "+-1", "++1", "1 2", "inf", "-inf", "infinity",
-          "-nan", "+nan", "nan(1)", "nanx", "3.5e38", "-3.5e38", "1e400", "1_000", "1'000"}) {
+    for (const char* word : {"",       "x",    "1,5",    "1.5f",    "0x10",  "1e",    "e5",       "+",    "-",
+                             "--1",    "+-1",  "++1",    "1 2",     "inf",   "-inf",  "infinity", "-nan", "+nan",
+                             "nan(1)", "nanx", "3.5e38", "-3.5e38", "1e400", "1_000", "1'000"}) {
         EXPECT_FALSE(PcdText::isCoordinate(word)) << word;
     }
     EXPECT_FALSE(PcdText::isCoordinate(std::string_view("1\0", 2)));

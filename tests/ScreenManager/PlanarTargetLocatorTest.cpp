@@ -117,9 +117,9 @@ TEST_F(PlanarTargetLocatorTest, WithoutAScreenTheGridStaysAndTheManagerWarns) {
 
 TEST_F(PlanarTargetLocatorTest, OneSamplePerEdgeIsTheFourCornersFromTheTopLeftClockwise) {
     installGeometry();
-    EXPECT_THAT(locator.projectBoundaryOnTargetLocationSurface(1),
-                ElementsAre(Vector{0.0, 0.0, 1.0}, Vector{2.0, 0.0, 1.0}, Vector{2.0, 0.0, 0.0},
-                            Vector{0.0, 0.0, 0.0}));
+    EXPECT_THAT(
+        locator.projectBoundaryOnTargetLocationSurface(1),
+        ElementsAre(Vector{0.0, 0.0, 1.0}, Vector{2.0, 0.0, 1.0}, Vector{2.0, 0.0, 0.0}, Vector{0.0, 0.0, 0.0}));
     EXPECT_THAT(trace.lines(), ElementsAre("geometry.mapInto3D((0, 1), true)", "geometry.mapInto3D((2, 1), true)",
                                            "geometry.mapInto3D((2, 0), true)", "geometry.mapInto3D((0, 0), true)"));
 }
@@ -187,7 +187,7 @@ TEST_F(PlanarTargetLocatorTest, ABoundaryThatFailsHalfwayKeepsWhatWasCollected) 
 
 TEST_F(PlanarTargetLocatorTest, OtherExceptionsPassThroughTheBoundary) {
     installGeometry()->throwFrom("mapInto3D", std::runtime_error("broken"));
-    EXPECT_THROW(static_cast<void>(locator.projectBoundaryOnTargetLocationSurface(4)), std::runtime_error);
+    EXPECT_THROW(locator.projectBoundaryOnTargetLocationSurface(4), std::runtime_error);
     EXPECT_THAT(log.records(), IsEmpty());
 }
 

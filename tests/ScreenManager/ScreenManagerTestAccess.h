@@ -10,6 +10,9 @@ struct ScreenManagerTestAccess {
     static std::string id(const Screen& screen) { return screen.m_id.value(); }
     static std::wstring importTransformParam1(const Screen& screen) { return screen.m_importTransformParam1; }
     static std::wstring importTransformParam2(const Screen& screen) { return screen.m_importTransformParam2; }
+    static void setImportTransformParamsSwapped(Screen& screen) {
+        screen.setImportTransformParams(screen.m_importTransformParam2, screen.m_importTransformParam1);
+    }
     static bool reservedFlag(const Screen& screen) { return screen.m_reservedFlag; }
     static void setReservedFlag(Screen& screen, bool flag) { screen.m_reservedFlag = flag; }
     static void updateModelPCDTimestamp(Screen& screen) { screen.updateModelPCDTimestamp(); }

@@ -89,10 +89,10 @@ TEST(TargetLocatorParams, InequalityHonoursAReplacedEquality) {
 }
 
 TEST(TargetLocatorParams, TheSignaturesAreThoseThatOtherRecordsOverride) {
-    static_assert(
-        std::is_same_v<decltype(&TargetLocatorParams::operator==), bool (TargetLocatorParams::*)(const TargetLocatorParams&) const>);
-    static_assert(
-        std::is_same_v<decltype(&TargetLocatorParams::operator!=), bool (TargetLocatorParams::*)(const TargetLocatorParams&)>);
+    static_assert(std::is_same_v<decltype(&TargetLocatorParams::operator==),
+                                 bool (TargetLocatorParams::*)(const TargetLocatorParams&) const>);
+    static_assert(std::is_same_v<decltype(&TargetLocatorParams::operator!=),
+                                 bool (TargetLocatorParams::*)(const TargetLocatorParams&)>);
     static_assert(!std::has_virtual_destructor_v<TargetLocatorParams>);
     static_assert(std::is_abstract_v<TargetLocatorParams>);
 }

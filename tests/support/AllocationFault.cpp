@@ -7,10 +7,11 @@ namespace {
 
 /// Allocations left until the one that fails; below zero when none does.
 thread_local long long remaining = -1;
+thread_local std::size_t smallest = 0;
 thread_local bool failed = false;
 
 void* allocate(std::size_t size) {
-    if (remaining >= 0 && remaining-- == 0) {
+    if (remaining >= 0 && size >= smallest && remaining-- == 0) {
         failed = true;
         throw std::bad_alloc();
     }
@@ -41,8 +42,9 @@ void operator delete[](void* block, std::size_t) noexcept {
     std::free(block);
 }
 
-AllocationFault::AllocationFault(std::size_t allocation) {
+AllocationFault::AllocationFault(std::size_t allocation, std::size_t leastSize) {
     remaining = static_cast<long long>(allocation);
+    smallest = leastSize;
     failed = false;
 }
 

@@ -19,7 +19,9 @@ std::string Recorder::text(double value) {
 }
 
 std::string Recorder::text(const std::wstring& value) {
-    return "\"" + Veltrani::toUtf8(value) + "\"";
+    std::string quoted(1, '"');
+    quoted += Veltrani::toUtf8(value);
+    return quoted += '"';
 }
 
 void Recorder::recordCall(const std::string& operation, const std::string& arguments) const {

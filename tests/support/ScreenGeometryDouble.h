@@ -18,11 +18,11 @@ public:
     Point<double, 3> normal{0.0, 1.0, 0.0};
     std::vector<Point<double, 3>> channelBoundary;
     /// What `mapInto3D` does; at first (s, t) -> (s, 0, t) everywhere.
-    std::function<bool(const Point<double, 2>&, Point<double, 3>&, bool)> mapping =
-        [](const Point<double, 2>& st, Point<double, 3>& out, bool) {
-            out = {st[0], 0.0, st[1]};
-            return true;
-        };
+    std::function<bool(const Point<double, 2>&, Point<double, 3>&, bool)> mapping = [](const Point<double, 2>& st,
+                                                                                       Point<double, 3>& out, bool) {
+        out = {st[0], 0.0, st[1]};
+        return true;
+    };
     /// What `sampleHorizontally` does to the grid for a row at a height; at first nothing.
     std::function<void(double y, int row, Grid& grid)> sampling = [](double, int, Grid&) {};
 
