@@ -45,7 +45,7 @@ private:
     /// A corner that does not bulge outwards, with its coordinates at hand: every test of an ear goes through them all.
     struct Hollow {
         Point<double, 2> place;
-        std::uint32_t corner;
+        std::uint32_t corner = 0;
     };
 
     void flatten(std::span<const Point<double, 3>> corners);
