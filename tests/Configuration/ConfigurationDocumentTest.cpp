@@ -1,4 +1,4 @@
-#include "Configuration/Internal/DisplayFormat.h"
+#include "Configuration/detail/DisplayFormat.h"
 #include "Samples.h"
 
 #include <gmock/gmock.h>
