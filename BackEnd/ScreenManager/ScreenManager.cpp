@@ -204,7 +204,7 @@ double ScreenManager::getScaleFromXml(XMLConfigManager* config) {
     const double scale = screenUnits == UnitConversionTable::UNIT_CUSTOM
                              ? screen->getScale()
                              : UnitConverter<5, 0, 5>(nativeUnits, LENGTH).getNativeFromTarget(1.0, screenUnits);
-    // A NaN passes: it makes the next mesh invalid, and the fault is seen.
+    // A NaN is answered as it is: the next file is refused with it, and the fault is seen.
     return scale <= 0.0 ? 1.0 : scale;
 }
 
