@@ -29,10 +29,10 @@ constexpr double FARTHEST_POINT = 1e5;
 constexpr double PAIR_GROWTH = 0.8;
 
 struct BuildContext {
-    const TriangleIndex::Source* source;
-    const std::vector<bool>* isPaired;
+    const TriangleIndex::Source* source = nullptr;
+    const std::vector<bool>* isPaired = nullptr;
     Point<double, 3> centre;
-    double toUnits;
+    double toUnits = 1;
 
     /// The box of a triangle in units, and of the next one if they are a pair. Empty for a triangle that is left out
     /// and for the second of a pair: Embree takes no notice of those.
@@ -240,7 +240,7 @@ void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, Po
     ball.y = static_cast<float>(place[1]);
     ball.z = static_cast<float>(place[2]);
     ball.radius = query.radius(radius);
-    RTCPointQueryContext context;
+    RTCPointQueryContext context{};
     rtcInitPointQueryContext(&context);
     rtcPointQuery(m_scene, &ball, &context, visitAroundPoint, &query);
 }
