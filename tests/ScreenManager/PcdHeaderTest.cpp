@@ -68,6 +68,14 @@ TEST(PcdHeader, EveryPrefixIsRefused) {
     EXPECT_EQ(refusal(VALID), "accepted");
 }
 
+// Found by the fuzz target: the reader took the blanks for the end of the header and answered a cloud without points.
+TEST(PcdHeader, ALineOfBlanksIsRefusedAndAnEmptyLineIsSkipped) {
+    const std::string expected = "line 2: found \"a line of blanks\", expected a line of a PCD header";
+    EXPECT_EQ(refusal("FIELDS x y z\n \nWIDTH 1\nPOINTS 1\nDATA ascii\n"), expected);
+    EXPECT_EQ(refusal("FIELDS x y z\r\n\r\nWIDTH 1\r\nPOINTS 1\r\nDATA ascii\r\n"), expected);
+    EXPECT_EQ(PcdHeader("FIELDS x y z\n\nWIDTH 1\nPOINTS 1\nDATA ascii\n").points(), 1U);
+}
+
 TEST(PcdHeader, EveryMissingLineThatIsNeededIsNamed) {
     EXPECT_EQ(refusal(""), "the header has no complete DATA line");
     EXPECT_EQ(refusal("POINTS 1\n"), "line 1: found \"POINTS\", expected FIELDS before this line");
