@@ -58,3 +58,13 @@ void ConsoleLog::install(const log4cxx::LevelPtr& threshold) {
     root->addAppender(std::make_shared<StandardErrorAppender>());
     root->setLevel(threshold);
 }
+
+ConsoleLog::ErrorsOnly::ErrorsOnly(bool enabled) : m_before(Logger::getRootLogger()->getLevel()) {
+    if (enabled) {
+        Logger::getRootLogger()->setLevel(Level::getError());
+    }
+}
+
+ConsoleLog::ErrorsOnly::~ErrorsOnly() {
+    Logger::getRootLogger()->setLevel(m_before);
+}

@@ -10,4 +10,16 @@ public:
 
     /// Shows records at this level and above. Replaces what was installed before.
     static void install(const log4cxx::LevelPtr& threshold);
+
+    /// While it lives, shows errors alone, unless `enabled` is false.
+    class ErrorsOnly {
+    public:
+        explicit ErrorsOnly(bool enabled);
+        ~ErrorsOnly();
+        ErrorsOnly(const ErrorsOnly&) = delete;
+        ErrorsOnly& operator=(const ErrorsOnly&) = delete;
+
+    private:
+        log4cxx::LevelPtr m_before;
+    };
 };

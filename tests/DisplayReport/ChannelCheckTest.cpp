@@ -44,6 +44,14 @@ TEST(ChannelCheck, AnIncompleteScreenAreaIsAFault) {
     EXPECT_THAT(description.faults[0].what, HasSubstr("without right, bottom, top"));
 }
 
+TEST(ChannelCheck, AScreenAreaBesideTheScreenIsAFault) {
+    const auto description =
+        checked("<TargetData type='PlanarBasic'/>", "<ScreenArea left='5' right='6' bottom='0' top='1'/>");
+    ASSERT_THAT(description.faults, SizeIs(1));
+    EXPECT_EQ(description.faults[0].where, "channel A, screen area");
+    EXPECT_THAT(description.faults[0].what, HasSubstr("lies outside the screen"));
+}
+
 TEST(ChannelCheck, ADomeChannelUsesItsFrustum) {
     const auto description = checked("<TargetData type='Spherical'/>", FRUSTUM);
     EXPECT_EQ(description.channels.at(0).locator, "frustum left -30 right 30 bottom -20 top 20 deg");
