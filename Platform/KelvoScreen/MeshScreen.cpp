@@ -61,6 +61,10 @@ bool hasParameterisation(const TriangleMesh& mesh) {
            std::all_of(mesh.textureCoordinates.begin(), mesh.textureCoordinates.end(), isFinite<2>);
 }
 
+Point<double, 3> normalise(const Point<double, 3>& vector) {
+    return vector * (1 / norm(vector));
+}
+
 void requireParameterised(bool parameterised) {
     if (!parameterised) {
         throw VeltraniException(__FILE__, __LINE__,
@@ -98,7 +102,7 @@ struct MeshScreen::Implementation {
     /// The last hit, which is usually asked for its normal next.
     struct LastHit {
         Point<double, 3> point;
-        std::uint32_t triangle;
+        Point<double, 3> area;  ///< along the normal
     };
 
     Implementation(TriangleMesh theMesh, const std::array<unsigned char, 20>& theHash)
@@ -130,7 +134,7 @@ struct MeshScreen::Implementation {
         if (!nearest) {
             return {};
         }
-        lastHit = LastHit{nearest->point, nearest->triangle};
+        lastHit = LastHit{nearest->point, nearest->area};
         return {Intersection{nearest->point, nearest->t}};
     }
 
@@ -180,10 +184,10 @@ IntersectionSet MeshScreen::intersect(const Point<double, 3>& from, const Point<
 Point<double, 3> MeshScreen::getScreenNormal(const Point<double, 3>& point) const {
     Implementation& self = *m_implementation;
     if (self.isLastHit(point)) {
-        return unitNormal(cornersOf(self.mesh, self.lastHit->triangle));
+        return normalise(self.lastHit->area);
     }
     const std::optional<MeshPoint> nearest = self.valid ? self.getSurface().nearestPoint(point) : std::nullopt;
-    return nearest ? unitNormal(cornersOf(self.mesh, nearest->triangle)) : Point<double, 3>{};
+    return nearest ? normalise(nearest->area) : Point<double, 3>{};
 }
 
 bool MeshScreen::mapInto3D(const Point<double, 2>& st, Point<double, 3>& out, bool extrapolate) const {

@@ -85,7 +85,7 @@ std::optional<MeshPoint> hitPlane(const Point<double, 3>& from, const Point<doub
     if (!(t >= 0) || !isFinite(point)) {
         return std::nullopt;
     }
-    return MeshPoint{point, t, 0};
+    return MeshPoint{point, normal, t, 0};
 }
 
 }  // namespace
@@ -120,7 +120,8 @@ std::optional<MeshPoint> MeshBorder::continuedHit(const Point<double, 3>& from, 
         const double distance = hit ? norm(closestPoint(border.corners, hit->point) - hit->point) : Box::INFINITE;
         if (distance < smallest) {
             smallest = distance;
-            best = MeshPoint{hit->point, hit->t, border.triangle};
+            best = hit;
+            best->triangle = border.triangle;
         }
     }
     return best;

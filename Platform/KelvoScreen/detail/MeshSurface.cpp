@@ -47,44 +47,48 @@ public:
           m_side(side) {}
 
     double visit(std::uint32_t triangle) override {
-        const Corners corners = cornersOf(m_mesh, triangle);
+        const TriangleMesh::Triangle& index = m_mesh.triangles[triangle];
+        const Point<double, 3>& a = m_mesh.vertices[index[0]];
+        const Point<double, 3>& b = m_mesh.vertices[index[1]];
+        const Point<double, 3>& c = m_mesh.vertices[index[2]];
         Meeting meeting;
-        if (m_probe.meets(corners, meeting) && isNearer(triangle, meeting.t) && isSeen(corners)) {
-            m_best = MeshPoint{pointWithWeights(corners, meeting.weights), meeting.t, triangle};
-            m_reach = meeting.t;
+        if (m_probe.meets(a, b, c, meeting) && isNearer(triangle, meeting.t)) {
+            keepIfSeen({a, b, c}, meeting, triangle);
         }
         return m_reach;
     }
 
-    [[nodiscard]] std::optional<MeshPoint> best() const {
-        std::optional<MeshPoint> best = m_best;
-        if (best) {
-            best->t = std::max(0.0, m_ray.skipped + best->t);
-        }
+    [[nodiscard]] bool hasHit() const { return m_reach < Box::INFINITE; }
+    /// The nearest hit; its t counts from the origin of the ray as it was before it was moved.
+    [[nodiscard]] MeshPoint best() const {
+        MeshPoint best = m_best;
+        best.t = std::max(0.0, m_ray.skipped + best.t);
         return best;
     }
 
 private:
     [[nodiscard]] bool isNearer(std::uint32_t triangle, double t) const {
-        const bool ahead = m_ray.skipped + t >= m_earliest;
-        return ahead && (t < m_reach || (m_best && t == m_reach && triangle < m_best->triangle));
+        return m_ray.skipped + t >= m_earliest && (t < m_reach || (t == m_reach && triangle < m_best.triangle));
     }
 
-    /// Not edge-on, and on the wanted side.
-    [[nodiscard]] bool isSeen(const Corners& corners) const {
+    /// Leaves out triangles that the ray sees edge-on or from the side that is not wanted.
+    void keepIfSeen(const Corners& corners, const Meeting& meeting, std::uint32_t triangle) {
         const Point<double, 3> area = areaVector(corners);
         const double along = dot(m_ray.direction, area);
         const double size2 = dot(area, area) * dot(m_ray.direction, m_ray.direction);
-        return along * along > ROUNDING * ROUNDING * size2 && (!m_side || *m_side == (along > 0 ? 1 : -1));
+        if (along * along > ROUNDING * ROUNDING * size2 && (!m_side || *m_side == (along > 0 ? 1 : -1))) {
+            m_best = {pointWithWeights(corners, meeting.weights), area, meeting.t, triangle};
+            m_reach = meeting.t;
+        }
     }
 
     const TriangleMesh& m_mesh;
     const MovedRay& m_ray;
     RayProbe m_probe;
     double m_earliest;
-    double m_reach = Box::INFINITE;
+    double m_reach = Box::INFINITE;  ///< t of the nearest hit
     std::optional<int> m_side;
-    std::optional<MeshPoint> m_best;
+    MeshPoint m_best;
 };
 
 /// Keeps the nearest point.
@@ -93,11 +97,12 @@ public:
     NearestCollector(const TriangleMesh& mesh, const Point<double, 3>& point) : m_mesh(mesh), m_point(point) {}
 
     double visit(std::uint32_t triangle) override {
-        const Point<double, 3> candidate = closestPoint(cornersOf(m_mesh, triangle), m_point);
+        const Corners corners = cornersOf(m_mesh, triangle);
+        const Point<double, 3> candidate = closestPoint(corners, m_point);
         const double distance = norm(candidate - m_point);
         if (distance < m_distance || (m_best && distance == m_distance && triangle < m_best->triangle)) {
             m_distance = distance;
-            m_best = MeshPoint{candidate, 0, triangle};
+            m_best = MeshPoint{candidate, areaVector(corners), 0, triangle};
         }
         return m_distance;
     }
@@ -112,11 +117,6 @@ private:
 };
 
 }  // namespace
-
-Corners cornersOf(const TriangleMesh& mesh, std::uint32_t triangle) {
-    const TriangleMesh::Triangle& corners = mesh.triangles[triangle];
-    return {mesh.vertices[corners[0]], mesh.vertices[corners[1]], mesh.vertices[corners[2]]};
-}
 
 MeshSurface::MeshSurface(const TriangleMesh& mesh)
     : m_mesh(mesh),
@@ -134,7 +134,7 @@ std::optional<MeshPoint> MeshSurface::nearestHit(const Point<double, 3>& from, c
     ray.rounding = ROUNDING * std::max({m_largestCoordinate, std::abs(from[0]), std::abs(from[1]), std::abs(from[2])});
     HitCollector collector(m_mesh, ray, side);
     m_index.alongRay(ray.origin, ray.direction, end - ray.skipped, collector);
-    return collector.best();
+    return collector.hasHit() ? std::optional(collector.best()) : std::nullopt;
 }
 
 std::optional<MeshPoint> MeshSurface::nearestPoint(const Point<double, 3>& point) const {

@@ -11,11 +11,15 @@ namespace KelvoScreenDetail {
 /// A point of a mesh.
 struct MeshPoint {
     Point<double, 3> point;
-    double t = 0;  ///< along the ray; zero where there is none
+    Point<double, 3> area;  ///< area vector of the triangle: along its normal
+    double t = 0;           ///< along the ray; zero where there is none
     std::uint32_t triangle = 0;
 };
 
-[[nodiscard]] Corners cornersOf(const TriangleMesh& mesh, std::uint32_t triangle);
+[[nodiscard]] inline Corners cornersOf(const TriangleMesh& mesh, std::uint32_t triangle) {
+    const TriangleMesh::Triangle& corners = mesh.triangles[triangle];
+    return {mesh.vertices[corners[0]], mesh.vertices[corners[1]], mesh.vertices[corners[2]]};
+}
 
 /// The triangles of a mesh as a surface for rays and nearest points. Triangles without area do not take part.
 ///

@@ -5,21 +5,33 @@
 
 namespace KelvoScreenDetail {
 
-RayProbe::RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance)
-    : m_origin(origin), m_tolerance2(tolerance * tolerance), m_along(0) {
-    for (std::size_t axis = 1; axis < 3; ++axis) {
-        if (std::abs(direction[axis]) > std::abs(direction[m_along])) {
-            m_along = axis;
-        }
+namespace {
+
+std::size_t largestAxis(const Point<double, 3>& direction) {
+    const double x = std::abs(direction[0]);
+    const double y = std::abs(direction[1]);
+    const double z = std::abs(direction[2]);
+    if (x > y) {
+        return x > z ? 0 : 2;
     }
-    m_x = (m_along + 1) % 3;
-    m_y = (m_along + 2) % 3;
-    m_perDepth = 1 / direction[m_along];
-    m_shearX = direction[m_x] / direction[m_along];
-    m_shearY = direction[m_y] / direction[m_along];
+    return y > z ? 1 : 2;
 }
 
-bool RayProbe::meetsEdge(const Flat (&flat)[3], const std::array<double, 3>& edges, double area,
+}  // namespace
+
+RayProbe::RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance)
+    : m_tolerance2(tolerance * tolerance),
+      m_along(largestAxis(direction)),
+      m_x((m_along + 1) % 3),
+      m_y((m_along + 2) % 3),
+      m_originX(origin[m_x]),
+      m_originY(origin[m_y]),
+      m_originDepth(origin[m_along]),
+      m_shearX(direction[m_x] / direction[m_along]),
+      m_shearY(direction[m_y] / direction[m_along]),
+      m_perDepth(1 / direction[m_along]) {}
+
+bool RayProbe::meetsEdge(const std::array<Flat, 3>& flat, const std::array<double, 3>& edges, double area,
                          std::array<double, 3>& weights) const {
     // A line that the ray passes at more than the tolerance, on its outer side, settles it: nearly always the first.
     for (std::size_t i = 0; i < 3; ++i) {

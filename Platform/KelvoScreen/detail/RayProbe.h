@@ -2,6 +2,7 @@
 
 #include "KelvoScreen/detail/TriangleMath.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -26,18 +27,16 @@ public:
     RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance);
 
     /// False when the ray misses the triangle or sees it edge-on.
-    [[nodiscard]] bool meets(const Corners& corners, Meeting& meeting) const {
-        Flat flat[3];
-        for (std::size_t i = 0; i < 3; ++i) {
-            flat[i] = flatten(corners[i]);
-        }
+    [[nodiscard]] bool meets(const Point<double, 3>& a, const Point<double, 3>& b, const Point<double, 3>& c,
+                             Meeting& meeting) const {
+        const std::array<Flat, 3> flat{flatten(a), flatten(b), flatten(c)};
         const std::array<double, 3> edges{edgeFunction(flat[1].x, flat[1].y, flat[2].x, flat[2].y),
                                           edgeFunction(flat[2].x, flat[2].y, flat[0].x, flat[0].y),
                                           edgeFunction(flat[0].x, flat[0].y, flat[1].x, flat[1].y)};
         const double area = edges[0] + edges[1] + edges[2];
-        const bool outside =
-            (edges[0] < 0 || edges[1] < 0 || edges[2] < 0) && (edges[0] > 0 || edges[1] > 0 || edges[2] > 0);
-        if (!outside && area != 0) {
+        const double least = std::min(std::min(edges[0], edges[1]), edges[2]);
+        const double greatest = std::max(std::max(edges[0], edges[1]), edges[2]);
+        if ((least >= 0 || greatest <= 0) && area != 0) {
             const double scale = 1 / area;
             meeting.weights = {edges[0] * scale, edges[1] * scale, edges[2] * scale};
         } else if (!meetsEdge(flat, edges, area, meeting.weights)) {
@@ -54,18 +53,18 @@ private:
     };
 
     [[nodiscard]] Flat flatten(const Point<double, 3>& corner) const {
-        const Point<double, 3> relative = corner - m_origin;
-        const double depth = relative[m_along];
-        return {relative[m_x] - m_shearX * depth, relative[m_y] - m_shearY * depth, depth * m_perDepth};
+        const double depth = corner[m_along] - m_originDepth;
+        return {corner[m_x] - m_originX - m_shearX * depth, corner[m_y] - m_originY - m_shearY * depth,
+                depth * m_perDepth};
     }
 
-    [[nodiscard]] bool meetsEdge(const Flat (&flat)[3], const std::array<double, 3>& edges, double area,
+    [[nodiscard]] bool meetsEdge(const std::array<Flat, 3>& flat, const std::array<double, 3>& edges, double area,
                                  std::array<double, 3>& weights) const;
 
-    Point<double, 3> m_origin;
     double m_tolerance2;
     std::size_t m_along;  ///< the axis along which the ray runs most
     std::size_t m_x, m_y;
+    double m_originX, m_originY, m_originDepth;
     double m_shearX, m_shearY;
     double m_perDepth;  ///< t per length along that axis
 };

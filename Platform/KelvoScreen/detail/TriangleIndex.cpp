@@ -12,11 +12,12 @@ namespace KelvoScreenDetail {
 
 namespace {
 
-/// Units of the structure. Inside the box coordinates are at most 1 and rays at most 2 sqrt(3) long, so that rounding
-/// an origin, a direction and a corner to single precision (6e-8 each) moves them by less than 4e-7 in all.
-constexpr double PADDING = 1e-6;
+/// Units of the structure. Inside the box coordinates are at most 1 and rays at most 2 sqrt(3) long. Rounding an origin,
+/// a direction and a corner to single precision (6e-8 each) moves them by less than 4e-7 in all, and the box test of
+/// Embree, in single precision too, by less than 1e-6.
+constexpr double PADDING = 3e-6;
 /// Units by which rays start before their origin and reach past their end: the boxes are padded along the ray as well.
-constexpr double RAY_MARGIN = 4e-6;
+constexpr double RAY_MARGIN = 1e-5;
 /// Relative to the distance of the point from the centre in units: more than single precision loses in a distance.
 constexpr double DISTANCE_MARGIN = 1e-6;
 /// Units. From beyond, single precision cannot tell the triangles apart: all are visited.

@@ -31,10 +31,6 @@ bool isAbove(const Corners& corners, const Point<double, 3>& area, const Point<d
 
 }  // namespace
 
-Point<double, 3> areaVector(const Corners& corners) {
-    return cross(corners[1] - corners[0], corners[2] - corners[0]);
-}
-
 bool hasArea(const Corners& corners) {
     const Point<double, 3> ab = corners[1] - corners[0];
     const Point<double, 3> bc = corners[2] - corners[1];
@@ -87,10 +83,6 @@ Point<double, 3> closestOnSegment(const Point<double, 3>& end1, const Point<doub
         return inOrder ? end2 : end1;
     }
     return position > 0 ? start + position * along : start;
-}
-
-Point<double, 3> pointWithWeights(const Corners& corners, const std::array<double, 3>& weights) {
-    return corners[0] + weights[1] * (corners[1] - corners[0]) + weights[2] * (corners[2] - corners[0]);
 }
 
 }  // namespace KelvoScreenDetail

@@ -12,7 +12,9 @@ namespace KelvoScreenDetail {
 using Corners = std::array<Point<double, 3>, 3>;
 
 /// Twice the area along the normal, by the winding: (b - a) x (c - a).
-[[nodiscard]] Point<double, 3> areaVector(const Corners& corners);
+[[nodiscard]] inline Point<double, 3> areaVector(const Corners& corners) {
+    return cross(corners[1] - corners[0], corners[2] - corners[0]);
+}
 
 /// True when the triangle has an area: its height over its longest edge exceeds what the rounding of its own
 /// coordinates can produce. Three points on a line that are not exact in binary leave such a sliver, whose direction is
@@ -32,7 +34,9 @@ using Corners = std::array<Point<double, 3>, 3>;
                                                 const Point<double, 3>& point);
 
 /// a + weights[1] (b - a) + weights[2] (c - a): the point with these barycentric weights, whose sum is 1.
-[[nodiscard]] Point<double, 3> pointWithWeights(const Corners& corners, const std::array<double, 3>& weights);
+[[nodiscard]] inline Point<double, 3> pointWithWeights(const Corners& corners, const std::array<double, 3>& weights) {
+    return corners[0] + weights[1] * (corners[1] - corners[0]) + weights[2] * (corners[2] - corners[0]);
+}
 
 /// On which side of the line from (px, py) to (qx, qy) the origin lies: the cross product p x q, positive to the left.
 ///
