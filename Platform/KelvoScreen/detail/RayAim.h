@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace KelvoScreenDetail {
+
+/// The largest absolute component.
+[[nodiscard]] inline double largestComponent(const Point<double, 3>& p) {
+    return std::max({std::abs(p[0]), std::abs(p[1]), std::abs(p[2])});
+}
+
+/// The direction of a ray, of a length whose square neither overflows nor vanishes.
+struct RayAim {
+    RayAim(const Point<double, 3>& from, const Point<double, 3>& to)
+        : direction(to - from), length2(dot(direction, direction)) {
+        if (!(length2 >= SMALLEST_SQUARE && length2 <= LARGEST_SQUARE)) {
+            rescale();
+        }
+    }
+
+    /// False for a ray of length zero and for one that is not finite.
+    [[nodiscard]] bool isUsable() const { return length2 > 0; }
+
+    /// `to - from`, scaled when that is extremely short or long.
+    Point<double, 3> direction;
+    /// The square of the length of `direction`; zero when the ray is not usable.
+    double length2;
+    /// Positions along the ray, in units of `to - from`, per unit of `direction`.
+    double scale = 1;
+
+private:
+    /// Outside these bounds the square of a length loses digits or leaves the range of a double.
+    static constexpr double SMALLEST_SQUARE = 1e-200;
+    static constexpr double LARGEST_SQUARE = 1e200;
+
+    void rescale();
+};
+
+/// Moves a hit, which lies beyond a limit of its surface, to a place on that limit, when the ray passes the place
+/// within `tolerance` (a length): a ray at an edge hits it, whatever rounding says. False, with nothing changed, when
+/// it does not. The distance is measured across the ray: along it, a grazing hit is uncertain by far more than the ray
+/// itself.
+[[nodiscard]] inline bool moveToLimit(const RayAim& aim, double tolerance, const Point<double, 3>& limit,
+                                      Point<double, 3>& place, double& t) {
+    const Point<double, 3> offset = limit - place;
+    const Point<double, 3> across = cross(offset, aim.direction);
+    if (!(dot(across, across) <= tolerance * tolerance * aim.length2)) {
+        return false;
+    }
+    place = limit;
+    t = std::max(0.0, t + dot(offset, aim.direction) / aim.length2);
+    return true;
+}
+
+}  // namespace KelvoScreenDetail

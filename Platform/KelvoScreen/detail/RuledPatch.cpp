@@ -1,0 +1,279 @@
+#include "KelvoScreen/detail/RuledPatch.h"
+
+#include "KelvoScreen/detail/RayAim.h"
+#include "KelvoScreen/detail/Rounding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+/// How far from a corner that has shrunk to a point, in parts of the patch, its normal is taken.
+constexpr double BESIDE_CORNER = 1e-6;
+/// Sines below this are noise: the two directions are parallel.
+constexpr double PARALLEL = 64 * ROUNDING;
+/// Roots are improved on the surface itself until they stop getting better, usually once.
+constexpr int ROOT_STEPS = 4;
+/// Rulings tried before the nearest point is improved: more than the distance of a twisted patch has minima.
+constexpr std::size_t CLOSEST_SAMPLES = 9;
+/// Newton's method doubles the digits per step; the bound is for the search far from the minimum.
+constexpr int CLOSEST_STEPS = 32;
+/// A discriminant this little below zero, relative to its terms, may be a touching line: the tolerance decides.
+constexpr double TOUCHING = 1e-6;
+
+/// The real roots of c0 + c1 u + c2 u^2, and the place of the extremum where the roots have just vanished. Infinite
+/// ones included: the caller discards what is out of its range.
+struct Roots {
+    Roots(double c0, double c1, double c2) {
+        const double square = c1 * c1;
+        const double product = 4 * c0 * c2;
+        if (square < product) {
+            if (product - square <= TOUCHING * (square + std::abs(product))) {
+                values[count++] = -c1 / (2 * c2);
+            }
+            return;
+        }
+        // The sum of equal signs does not cancel; the other root follows from the product of both.
+        const double sum = -(c1 + std::copysign(std::sqrt(square - product), c1)) / 2;
+        if (sum != 0) {
+            values[count++] = c0 / sum;
+        } else if (c2 != 0) {
+            values[count++] = 0;
+        }
+        if (c2 != 0 && square > product) {
+            values[count++] = sum / c2;
+        }
+    }
+
+    std::array<double, 2> values{};
+    std::size_t count = 0;
+};
+
+}  // namespace
+
+PatchPlace PatchRange::clamp(const PatchPlace& place) const {
+    return {std::clamp(place.u, uMin, uMax), std::clamp(place.v, vMin, vMax)};
+}
+
+RuledPatch::RuledPatch(const Point<double, 3>& lowerLeft, const Point<double, 3>& lowerRight,
+                       const Point<double, 3>& upperLeft, const Point<double, 3>& upperRight)
+    : m_lower{lowerLeft, lowerRight},
+      m_upper{upperLeft, upperRight},
+      m_twist((upperRight - lowerRight) - (upperLeft - lowerLeft)),
+      m_centre((lowerLeft + lowerRight + upperLeft + upperRight) * 0.25) {
+    for (const Point<double, 3>& corner : {lowerLeft, lowerRight, upperLeft, upperRight}) {
+        m_radius = std::max(m_radius, norm(corner - m_centre));
+    }
+}
+
+Point<double, 3> RuledPatch::lowerAt(double u) const {
+    // In this form the ends are the corners to the last bit, so that neighbours meet without a gap.
+    return (1 - u) * m_lower[0] + u * m_lower[1];
+}
+
+Point<double, 3> RuledPatch::rulingAt(double u) const {
+    return (1 - u) * m_upper[0] + u * m_upper[1] - lowerAt(u);
+}
+
+Point<double, 3> RuledPatch::alongEdge(double v) const {
+    return (m_lower[1] - m_lower[0]) + v * m_twist;
+}
+
+Point<double, 3> RuledPatch::pointAt(const PatchPlace& place) const {
+    const Point<double, 3> upper = (1 - place.u) * m_upper[0] + place.u * m_upper[1];
+    return (1 - place.v) * lowerAt(place.u) + place.v * upper;
+}
+
+Point<double, 3> RuledPatch::normalAt(const PatchPlace& place) const {
+    PatchPlace beside = place;
+    for (const double shift : {0.0, BESIDE_CORNER}) {
+        beside.u += shift * (0.5 - place.u);
+        beside.v += shift * (0.5 - place.v);
+        const Point<double, 3> up = rulingAt(beside.u);
+        const Point<double, 3> right = alongEdge(beside.v);
+        const Point<double, 3> normal = cross(up, right);
+        const double length = norm(normal);
+        if (length > PARALLEL * norm(up) * norm(right) && length > 0) {
+            return normal * (1 / length);
+        }
+    }
+    return {};
+}
+
+bool RuledPatch::hasArea() const {
+    return normalAt({0.5, 0.5}) != Point<double, 3>{} || normalAt({0.25, 0.25}) != Point<double, 3>{};
+}
+
+bool RuledPatch::mayMeet(const Line& line, double tolerance) const {
+    const Point<double, 3> offset = m_centre - line.origin;
+    const Point<double, 3> across = offset - dot(offset, line.direction) * line.direction;
+    const double reach = m_radius * (1 + ROUNDING) + tolerance;
+    return dot(across, across) <= reach * reach;
+}
+
+std::size_t RuledPatch::meet(const Line& line, const PatchRange& range, double tolerance,
+                             std::array<PatchMeeting, 2>& meetings) const {
+    // A ruling meets the line when the volume that both span with a connection of the two vanishes: a quadratic in u.
+    const Point<double, 3> offset = m_lower[0] - line.origin;
+    const Point<double, 3> edge = m_lower[1] - m_lower[0];
+    const Point<double, 3> byRuling = cross(line.direction, m_upper[0] - m_lower[0]);
+    const Point<double, 3> byTwist = cross(line.direction, m_twist);
+    const double c0 = dot(offset, byRuling);
+    const double c1 = dot(offset, byTwist) + dot(edge, byRuling);
+    const double c2 = dot(edge, byTwist);
+    const double noise = tolerance * m_radius;
+    if (std::abs(c0) <= noise && std::abs(c1) <= noise && std::abs(c2) <= noise) {
+        return 0;
+    }
+    std::size_t count = 0;
+    const Roots roots(c0, c1, c2);
+    for (std::size_t i = 0; i < roots.count; ++i) {
+        PatchMeeting& meeting = meetings[count];
+        if (!place(line, roots.values[i], range, meeting.place)) {
+            continue;
+        }
+        meeting.point = pointAt(meeting.place);
+        const Point<double, 3> connection = meeting.point - line.origin;
+        meeting.along = dot(connection, line.direction);
+        const double allowed = tolerance + ROUNDING * largestComponent(meeting.point);
+        if (norm(connection - meeting.along * line.direction) <= allowed) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+bool RuledPatch::place(const Line& line, double u, const PatchRange& range, PatchPlace& out) const {
+    // A root further out than this does not come back by improvement.
+    if (!(u >= range.uMin - 1 && u <= range.uMax + 1)) {
+        return false;
+    }
+    const auto volume = [&](double at) { return dot(lowerAt(at) - line.origin, cross(line.direction, rulingAt(at))); };
+    double error = volume(u);
+    for (int step = 0; step < ROOT_STEPS && error != 0; ++step) {
+        const double slope = dot(m_lower[1] - m_lower[0], cross(line.direction, rulingAt(u))) +
+                             dot(lowerAt(u) - line.origin, cross(line.direction, m_twist));
+        const double improved = u - error / slope;
+        const double remaining = volume(improved);
+        if (!(std::abs(remaining) < std::abs(error))) {
+            break;
+        }
+        u = improved;
+        error = remaining;
+    }
+    out.u = std::clamp(u, range.uMin, range.uMax);
+    const Point<double, 3> ruling = rulingAt(out.u);
+    const Point<double, 3> across = cross(ruling, line.direction);
+    const double across2 = dot(across, across);
+    const double ruling2 = dot(ruling, ruling);
+    if (ruling2 > 0) {
+        if (!(across2 > PARALLEL * PARALLEL * ruling2)) {
+            return false;
+        }
+        out.v = dot(cross(line.origin - lowerAt(out.u), line.direction), across) / across2;
+    } else {
+        out.v = 0.5;
+    }
+    if (out.v >= range.vMin && out.v <= range.vMax) {
+        return true;
+    }
+    // Past the end of the ruling: the place on the edge that the line passes nearest.
+    out.v = std::clamp(out.v, range.vMin, range.vMax);
+    const Point<double, 3> right = alongEdge(out.v);
+    const Point<double, 3> acrossEdge = cross(right, line.direction);
+    const double acrossEdge2 = dot(acrossEdge, acrossEdge);
+    if (acrossEdge2 > PARALLEL * PARALLEL * dot(right, right)) {
+        const Point<double, 3> start = pointAt({0.0, out.v});
+        const double onEdge = dot(cross(line.origin - start, line.direction), acrossEdge) / acrossEdge2;
+        out.u = std::clamp(onEdge, range.uMin, range.uMax);
+    }
+    return true;
+}
+
+double RuledPatch::distanceBound(const Point<double, 3>& point) const {
+    return norm(point - m_centre) - m_radius;
+}
+
+double RuledPatch::distance2(const Point<double, 3>& point, const PatchPlace& place) const {
+    const Point<double, 3> away = pointAt(place) - point;
+    return dot(away, away);
+}
+
+PatchPlace RuledPatch::closest(const Point<double, 3>& point) const {
+    // The distance to the rulings may have several minima on a twisted patch: sample it, improve every minimum.
+    const PatchRange range;
+    std::array<PatchPlace, CLOSEST_SAMPLES> places;
+    std::array<double, CLOSEST_SAMPLES> distances{};
+    for (std::size_t i = 0; i < CLOSEST_SAMPLES; ++i) {
+        places[i].u = static_cast<double>(i) / (CLOSEST_SAMPLES - 1);
+        places[i].v = closestOnRuling(point, places[i].u, range);
+        distances[i] = distance2(point, places[i]);
+    }
+    PatchPlace best = places[0];
+    double smallest = std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < CLOSEST_SAMPLES; ++i) {
+        const bool isMinimum = (i == 0 || distances[i] <= distances[i - 1]) &&
+                               (i + 1 == CLOSEST_SAMPLES || distances[i] <= distances[i + 1]);
+        if (isMinimum) {
+            const PatchPlace improved = refineClosest(point, places[i], range);
+            const double distance = distance2(point, improved);
+            if (distance < smallest) {
+                smallest = distance;
+                best = improved;
+            }
+        }
+    }
+    return best;
+}
+
+double RuledPatch::closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const {
+    const Point<double, 3> ruling = rulingAt(u);
+    const double length2 = dot(ruling, ruling);
+    const double v = length2 > 0 ? dot(point - lowerAt(u), ruling) / length2 : 0.5;
+    return std::clamp(v, range.vMin, range.vMax);
+}
+
+PatchPlace RuledPatch::refineClosest(const Point<double, 3>& point, PatchPlace start, const PatchRange& range) const {
+    PatchPlace best = range.clamp(start);
+    double smallest = distance2(point, best);
+    for (int step = 0; step < CLOSEST_STEPS && smallest > 0; ++step) {
+        PatchPlace next = range.clamp(newtonStep(point, best, range));
+        if (!(distance2(point, next) < smallest)) {
+            // Far from the minimum Newton's step may lead away; the nearest point of the ruling never does.
+            next = {best.u, closestOnRuling(point, best.u, range)};
+        }
+        const double distance = distance2(point, next);
+        if (!(distance < smallest)) {
+            break;
+        }
+        smallest = distance;
+        best = next;
+    }
+    return best;
+}
+
+PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range) const {
+    const Point<double, 3> away = pointAt(at) - point;
+    const Point<double, 3> right = alongEdge(at.v);
+    const Point<double, 3> up = rulingAt(at.u);
+    const double slopeU = dot(away, right);
+    const double slopeV = dot(away, up);
+    const double bendU = dot(right, right);
+    const double bendV = dot(up, up);
+    const double mixed = dot(right, up) + dot(away, m_twist);
+    // A parameter that its end of the range holds back takes no part.
+    const bool fixedU = (at.u <= range.uMin && slopeU > 0) || (at.u >= range.uMax && slopeU < 0);
+    const bool fixedV = (at.v <= range.vMin && slopeV > 0) || (at.v >= range.vMax && slopeV < 0);
+    const double determinant = bendU * bendV - mixed * mixed;
+    if (!fixedU && !fixedV && determinant > 0) {
+        return {at.u - (slopeU * bendV - slopeV * mixed) / determinant,
+                at.v - (slopeV * bendU - slopeU * mixed) / determinant};
+    }
+    return {fixedU || !(bendU > 0) ? at.u : at.u - slopeU / bendU,
+            fixedV || !(bendV > 0) ? at.v : at.v - slopeV / bendV};
+}
+
+}  // namespace KelvoScreenDetail
