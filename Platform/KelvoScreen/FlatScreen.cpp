@@ -3,6 +3,7 @@
 #include "Common/Matrix.h"
 #include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
+#include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
@@ -16,11 +17,6 @@ namespace {
 
 double largestComponent(const Point<double, 3>& p) {
     return std::max({std::abs(p[0]), std::abs(p[1]), std::abs(p[2])});
-}
-
-/// How far a coordinate is outside [0, 1], with its sign.
-double overshoot(double coordinate) {
-    return coordinate - std::clamp(coordinate, 0.0, 1.0);
 }
 
 }  // namespace
@@ -159,18 +155,21 @@ bool FlatScreen::limitToRectangle(const Point<double, 3>& from, const Point<doub
     const Point<double, 3> inPlane = hit.point - m_corner;
     const double s = dot(inPlane, m_across) / dot(m_across, m_across);
     const double t = dot(inPlane, m_upward) / dot(m_upward, m_upward);
-    const Point<double, 3> outside = overshoot(s) * m_across + overshoot(t) * m_upward;
-    if (outside == Point<double, 3>{}) {
+    if (s >= 0 && s <= 1 && t >= 0 && t <= 1) {
         return true;
     }
     // Measured across the ray: along it, a grazing hit is uncertain by far more than the ray itself.
-    const Point<double, 3> direction = to - from;
-    const double passing = norm(cross(outside, direction)) / norm(direction);
-    if (!(passing <= ROUNDING * largestCoordinate(from))) {
-        return false;
+    const RayProbe probe(from, to - from, ROUNDING * largestCoordinate(from));
+    const Corners lower{pointAt(0, 0), pointAt(1, 0), pointAt(1, 1)};
+    const Corners upper{pointAt(0, 0), pointAt(1, 1), pointAt(0, 1)};
+    for (const Corners& half : {lower, upper}) {
+        Meeting meeting;
+        if (probe.meets(half[0], half[1], half[2], meeting)) {
+            hit = {pointWithWeights(half, meeting.weights), std::max(0.0, meeting.t)};
+            return true;
+        }
     }
-    hit.point = pointAt(std::clamp(s, 0.0, 1.0), std::clamp(t, 0.0, 1.0));
-    return true;
+    return false;
 }
 
 double FlatScreen::largestCoordinate(const Point<double, 3>& from) const {
