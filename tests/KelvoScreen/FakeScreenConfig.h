@@ -3,6 +3,7 @@
 #include "Configuration/IScreenConfig.h"
 
 #include <string>
+#include <vector>
 
 /// A screen description whose numbers are set by the test.
 class FakeScreenConfig : public IScreenConfig {
@@ -18,12 +19,26 @@ public:
     [[nodiscard]] Point<double, 3> getEyePoint() const override { return {}; }
     [[nodiscard]] Point<double, 3> getCentre() const override { return centre; }
     [[nodiscard]] Point<double, 3> getOrientation() const override { return orientation; }
+    [[nodiscard]] double getRadius() const override { return radius; }
     [[nodiscard]] double getWidth() const override { return width; }
     [[nodiscard]] double getHeight() const override { return height; }
+    [[nodiscard]] double getAzimuthMin() const override { return azimuthMin; }
+    [[nodiscard]] double getAzimuthMax() const override { return azimuthMax; }
+    [[nodiscard]] double getElevationMin() const override { return elevationMin; }
+    [[nodiscard]] double getElevationMax() const override { return elevationMax; }
+    [[nodiscard]] std::vector<Point<double, 3>> getLowerRail() const override { return lowerRail; }
+    [[nodiscard]] std::vector<Point<double, 3>> getUpperRail() const override { return upperRail; }
 
     std::wstring shape;
     Point<double, 3> centre;
     Point<double, 3> orientation;
+    double radius = 0;
     double width = 0;
     double height = 0;
+    double azimuthMin = 0;
+    double azimuthMax = 0;
+    double elevationMin = 0;
+    double elevationMax = 0;
+    std::vector<Point<double, 3>> lowerRail;
+    std::vector<Point<double, 3>> upperRail;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "KelvoScreen/detail/LimitSearch.h"
 
 namespace KelvoScreenDetail {
 
@@ -32,6 +33,9 @@ public:
         return m_isWide ? fromMin >= 0 || fromMax >= 0
                         : fromMin >= 0 && fromMax >= 0 && x * m_middle[0] + y * m_middle[1] >= 0;
     }
+
+    /// The half-plane of the nearest limit, seen from a place beyond it.
+    [[nodiscard]] LimitPlane limitPlane(const Point<double, 3>& place, const Point<double, 3>& direction) const;
 
     /// The limit nearest to the direction (x, y), as a unit vector.
     [[nodiscard]] const Point<double, 2>& nearestLimit(double x, double y) const;

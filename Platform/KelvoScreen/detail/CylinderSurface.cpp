@@ -1,6 +1,7 @@
 #include "KelvoScreen/detail/CylinderSurface.h"
 
 #include "KelvoScreen/detail/Chord.h"
+#include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
@@ -44,23 +45,33 @@ IntersectionSet CylinderSurface::hits(const Point<double, 3>& from, const Point<
     const Chord<2> chord =
         chordInFront(Point<double, 2>{origin[0], origin[1]}, across, across2, m_numbers.radius, tolerance);
     for (std::size_t i = 0; i < chord.count; ++i) {
-        double t = chord.ends[i].t;
-        Point<double, 3> own{chord.ends[i].place[0], chord.ends[i].place[1], origin[2] + t * aim.direction[2]};
-        if (limit(own, t, aim, tolerance)) {
-            found.add({m_numbers.centre + m_placement.toWorld(own), t * aim.scale});
+        const auto& [place, t] = chord.ends[i];
+        OwnHit hit{{place[0], place[1], origin[2] + t * aim.direction[2]}, t};
+        if (limit(hit, aim, tolerance)) {
+            found.add({m_numbers.centre + m_placement.toWorld(hit.place), hit.t * aim.scale});
         }
     }
     return found;
 }
 
 IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
-    return hits(from, to, [this](Point<double, 3>& own, double& t, const RayAim& aim, double tolerance) {
-        return isWithinLimits(own) || moveToLimit(aim, tolerance, moveWithinLimits(own), own, t);
+    return hits(from, to, [this](OwnHit& hit, const RayAim& aim, double tolerance) {
+        if (isWithinLimits(hit.place)) {
+            return true;
+        }
+        const double perRadius = 1 / m_numbers.radius;
+        const Point<double, 3> outward{hit.place[0] * perRadius, hit.place[1] * perRadius, 0.0};
+        const LimitSearch search(aim.direction, aim.length2, outward, tolerance);
+        const double rim = std::copysign(m_numbers.height / 2, hit.place[2]);
+        const std::array planes{m_sector.limitPlane(hit.place, aim.direction),
+                                LimitPlane{hit.place[2] - rim, aim.direction[2]}};
+        return search.move(
+            planes, [this](const auto& own) { return moveWithinLimits(own); }, hit);
     });
 }
 
 IntersectionSet CylinderSurface::intersectEndless(const Point<double, 3>& from, const Point<double, 3>& to) const {
-    return hits(from, to, [](const Point<double, 3>& own, double, const RayAim&, double) { return isFinite(own); });
+    return hits(from, to, [](const OwnHit& hit, const RayAim&, double) { return isFinite(hit.place); });
 }
 
 bool CylinderSurface::isWithinLimits(const Point<double, 3>& own) const {
@@ -68,13 +79,13 @@ bool CylinderSurface::isWithinLimits(const Point<double, 3>& own) const {
 }
 
 Point<double, 3> CylinderSurface::moveWithinLimits(const Point<double, 3>& own) const {
-    Point<double, 3> moved = own;
+    const double height = std::clamp(own[2], -m_numbers.height / 2, m_numbers.height / 2);
     if (!m_sector.contains(own[0], own[1])) {
         const Point<double, 2>& limit = m_sector.nearestLimit(own[0], own[1]);
-        moved = {m_numbers.radius * limit[0], m_numbers.radius * limit[1], own[2]};
+        return {m_numbers.radius * limit[0], m_numbers.radius * limit[1], height};
     }
-    moved[2] = std::clamp(own[2], -m_numbers.height / 2, m_numbers.height / 2);
-    return moved;
+    const double outward = m_numbers.radius / std::hypot(own[0], own[1]);
+    return {own[0] * outward, own[1] * outward, height};
 }
 
 Point<double, 3> CylinderSurface::normal(const Point<double, 3>& point) const {

@@ -39,7 +39,7 @@ private:
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
     [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
-    /// The point within the limits nearest to a point of the wall, both relative to the centre, in the own frame.
+    /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
     [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
 
     CylinderNumbers m_numbers;

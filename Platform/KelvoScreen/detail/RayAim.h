@@ -39,20 +39,4 @@ private:
     void rescale();
 };
 
-/// Moves a hit, which lies beyond a limit of its surface, to a place on that limit, when the ray passes the place
-/// within `tolerance` (a length): a ray at an edge hits it, whatever rounding says. False, with nothing changed, when
-/// it does not. The distance is measured across the ray: along it, a grazing hit is uncertain by far more than the ray
-/// itself.
-[[nodiscard]] inline bool moveToLimit(const RayAim& aim, double tolerance, const Point<double, 3>& limit,
-                                      Point<double, 3>& place, double& t) {
-    const Point<double, 3> offset = limit - place;
-    const Point<double, 3> across = cross(offset, aim.direction);
-    if (!(dot(across, across) <= tolerance * tolerance * aim.length2)) {
-        return false;
-    }
-    place = limit;
-    t = std::max(0.0, t + dot(offset, aim.direction) / aim.length2);
-    return true;
-}
-
 }  // namespace KelvoScreenDetail

@@ -1,6 +1,7 @@
 #include "KelvoScreen/detail/RuledSurface.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
@@ -30,13 +31,8 @@ struct RuledSurface::AimedLine : Line {
     double length = 1;  ///< of the direction of the ray
     double scale = 1;   ///< see `RayAim::scale`
     double tolerance = 0;
-    double size = 0;  ///< the largest coordinate involved
 
-    /// How far along the line a hit is uncertain. For a touching line, where the angle says nothing, by the curvature
-    /// of a surface of this size.
-    [[nodiscard]] double uncertainty(double cosine) const {
-        return tolerance / std::max(std::abs(cosine), std::sqrt(tolerance / size));
-    }
+    [[nodiscard]] double uncertainty(double cosine) const { return uncertaintyAlong(tolerance, cosine); }
 };
 
 /// Collects the meetings with the patches as hits of the surface: in front of the start, once each.
@@ -183,8 +179,7 @@ RuledSurface::AimedLine RuledSurface::aimedLine(const Point<double, 3>& from, co
         line.origin += ahead * line.direction;
         line.middle += ahead;
     }
-    line.size = largestComponent(from) + m_extent;
-    line.tolerance = PATCH_ROUNDING * line.size;
+    line.tolerance = PATCH_ROUNDING * (largestComponent(from) + m_extent);
     return line;
 }
 

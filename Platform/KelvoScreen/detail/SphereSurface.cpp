@@ -1,6 +1,7 @@
 #include "KelvoScreen/detail/SphereSurface.h"
 
 #include "KelvoScreen/detail/Chord.h"
+#include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
@@ -70,12 +71,21 @@ IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Poi
         return intersectWhole(from, to);
     }
     return hits(from, to, [this](Chord<3>::End& end, const RayAim& aim, double tolerance) {
-        const Point<double, 3> own = m_placement.toOwn(end.place);
-        if (isWithinLimits(own)) {
+        OwnHit hit{m_placement.toOwn(end.place), end.t};
+        if (isWithinLimits(hit.place)) {
             return true;
         }
-        const Point<double, 3> moved = m_placement.toWorld(moveWithinLimits(own));
-        return moveToLimit(aim, tolerance, moved, end.place, end.t);
+        const Point<double, 3> direction = m_placement.toOwn(aim.direction);
+        const Point<double, 3> outward = hit.place * (1 / m_numbers.radius);
+        const LimitSearch search(direction, aim.length2, outward, tolerance);
+        const std::array planes{m_sector.limitPlane(hit.place, direction),
+                                LimitPlane{hit.place[2] - nearestRim(hit.place[2]).height, direction[2]}};
+        if (!search.move(
+                planes, [this](const auto& own) { return moveWithinLimits(own); }, hit)) {
+            return false;
+        }
+        end = {m_placement.toWorld(hit.place), hit.t};
+        return true;
     });
 }
 
@@ -87,17 +97,22 @@ bool SphereSurface::isWithinLimits(const Point<double, 3>& own) const {
     return own[2] >= m_lower.height && own[2] <= m_upper.height && m_sector.contains(own[0], own[1]);
 }
 
+const SphereSurface::Rim& SphereSurface::nearestRim(double height) const {
+    return std::abs(height - m_lower.height) < std::abs(height - m_upper.height) ? m_lower : m_upper;
+}
+
 Point<double, 3> SphereSurface::moveWithinLimits(const Point<double, 3>& own) const {
-    Point<double, 3> moved = own;
-    double fromAxis = std::hypot(own[0], own[1]);
+    Point<double, 3> moved = own * (m_numbers.radius / norm(own));
     if (!m_sector.contains(own[0], own[1])) {
+        const double fromAxis = std::hypot(moved[0], moved[1]);
         const Point<double, 2>& limit = m_sector.nearestLimit(own[0], own[1]);
-        moved = {fromAxis * limit[0], fromAxis * limit[1], own[2]};
+        moved = {fromAxis * limit[0], fromAxis * limit[1], moved[2]};
     }
-    if (own[2] >= m_lower.height && own[2] <= m_upper.height) {
+    if (moved[2] >= m_lower.height && moved[2] <= m_upper.height) {
         return moved;
     }
-    const Rim& rim = own[2] < m_lower.height ? m_lower : m_upper;
+    const Rim& rim = nearestRim(moved[2]);
+    const double fromAxis = std::hypot(moved[0], moved[1]);
     const double narrowing = fromAxis > 0 ? rim.radius / fromAxis : 0.0;
     return {narrowing * moved[0], narrowing * moved[1], rim.height};
 }

@@ -50,7 +50,8 @@ private:
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
     [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
-    /// The point within the limits nearest to a point of the sphere, both relative to the centre, in the own frame.
+    [[nodiscard]] const Rim& nearestRim(double height) const;
+    /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
     [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
 
     SphereNumbers m_numbers;
