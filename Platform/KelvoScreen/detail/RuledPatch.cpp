@@ -62,7 +62,9 @@ RuledPatch::RuledPatch(const Point<double, 3>& lowerLeft, const Point<double, 3>
                        const Point<double, 3>& upperLeft, const Point<double, 3>& upperRight)
     : m_lower{lowerLeft, lowerRight},
       m_upper{upperLeft, upperRight},
-      m_twist((upperRight - lowerRight) - (upperLeft - lowerLeft)),
+      m_rulings{upperLeft - lowerLeft, upperRight - lowerRight},
+      m_edges{lowerRight - lowerLeft, upperRight - upperLeft},
+      m_twist(m_rulings[1] - m_rulings[0]),
       m_centre((lowerLeft + lowerRight + upperLeft + upperRight) * 0.25) {
     for (const Point<double, 3>& corner : {lowerLeft, lowerRight, upperLeft, upperRight}) {
         m_radius = std::max(m_radius, norm(corner - m_centre));
@@ -75,11 +77,11 @@ Point<double, 3> RuledPatch::lowerAt(double u) const {
 }
 
 Point<double, 3> RuledPatch::rulingAt(double u) const {
-    return (1 - u) * m_upper[0] + u * m_upper[1] - lowerAt(u);
+    return (1 - u) * m_rulings[0] + u * m_rulings[1];
 }
 
 Point<double, 3> RuledPatch::alongEdge(double v) const {
-    return (m_lower[1] - m_lower[0]) + v * m_twist;
+    return (1 - v) * m_edges[0] + v * m_edges[1];
 }
 
 Point<double, 3> RuledPatch::pointAt(const PatchPlace& place) const {
@@ -118,32 +120,43 @@ std::size_t RuledPatch::meet(const Line& line, const PatchRange& range, double t
                              std::array<PatchMeeting, 2>& meetings) const {
     // A ruling meets the line when the volume that both span with a connection of the two vanishes: a quadratic in u.
     const Point<double, 3> offset = m_lower[0] - line.origin;
-    const Point<double, 3> edge = m_lower[1] - m_lower[0];
-    const Point<double, 3> byRuling = cross(line.direction, m_upper[0] - m_lower[0]);
+    const Point<double, 3> byRuling = cross(line.direction, m_rulings[0]);
     const Point<double, 3> byTwist = cross(line.direction, m_twist);
     const double c0 = dot(offset, byRuling);
-    const double c1 = dot(offset, byTwist) + dot(edge, byRuling);
-    const double c2 = dot(edge, byTwist);
+    const double c1 = dot(offset, byTwist) + dot(m_edges[0], byRuling);
+    const double c2 = dot(m_edges[0], byTwist);
     const double noise = tolerance * m_radius;
-    if (std::abs(c0) <= noise && std::abs(c1) <= noise && std::abs(c2) <= noise) {
-        return 0;
-    }
     std::size_t count = 0;
+    const auto keep = [&](const PatchPlace& at) {
+        meetings[count].place = at;
+        count += passes(line, tolerance, meetings[count]) ? 1 : 0;
+    };
+    if (std::abs(c0) <= noise && std::abs(c1) <= noise && std::abs(c2) <= noise) {
+        // The line lies in the patch, or it passes the tip that all rulings have in common.
+        for (const double v : {0.0, 1.0}) {
+            const bool isTip = alongEdge(v) == Point<double, 3>{};
+            if (isTip && std::abs(dot(normalAt({0.5, v}), line.direction)) > PARALLEL) {
+                keep({0.5, v});
+            }
+        }
+        return count;
+    }
     const Roots roots(c0, c1, c2);
     for (std::size_t i = 0; i < roots.count; ++i) {
-        PatchMeeting& meeting = meetings[count];
-        if (!place(line, roots.values[i], range, meeting.place)) {
-            continue;
-        }
-        meeting.point = pointAt(meeting.place);
-        const Point<double, 3> connection = meeting.point - line.origin;
-        meeting.along = dot(connection, line.direction);
-        const double allowed = tolerance + ROUNDING * largestComponent(meeting.point);
-        if (norm(connection - meeting.along * line.direction) <= allowed) {
-            ++count;
+        PatchPlace at;
+        if (place(line, roots.values[i], range, at)) {
+            keep(at);
         }
     }
     return count;
+}
+
+bool RuledPatch::passes(const Line& line, double tolerance, PatchMeeting& meeting) const {
+    meeting.point = pointAt(meeting.place);
+    const Point<double, 3> connection = meeting.point - line.origin;
+    meeting.along = dot(connection, line.direction);
+    const double allowed = tolerance + ROUNDING * largestComponent(meeting.point);
+    return norm(connection - meeting.along * line.direction) <= allowed;
 }
 
 bool RuledPatch::place(const Line& line, double u, const PatchRange& range, PatchPlace& out) const {
@@ -154,7 +167,7 @@ bool RuledPatch::place(const Line& line, double u, const PatchRange& range, Patc
     const auto volume = [&](double at) { return dot(lowerAt(at) - line.origin, cross(line.direction, rulingAt(at))); };
     double error = volume(u);
     for (int step = 0; step < ROOT_STEPS && error != 0; ++step) {
-        const double slope = dot(m_lower[1] - m_lower[0], cross(line.direction, rulingAt(u))) +
+        const double slope = dot(m_edges[0], cross(line.direction, rulingAt(u))) +
                              dot(lowerAt(u) - line.origin, cross(line.direction, m_twist));
         const double improved = u - error / slope;
         const double remaining = volume(improved);

@@ -74,6 +74,9 @@ private:
     [[nodiscard]] Point<double, 3> lowerAt(double u) const;
     [[nodiscard]] Point<double, 3> rulingAt(double u) const;
     [[nodiscard]] Point<double, 3> alongEdge(double v) const;
+    /// Completes a meeting at its place; false when the line passes it at more than the tolerance.
+    [[nodiscard]] bool passes(const Line& line, double tolerance, PatchMeeting& meeting) const;
+    /// From a root u, the place of the range that the line passes nearest.
     [[nodiscard]] bool place(const Line& line, double u, const PatchRange& range, PatchPlace& out) const;
 
     [[nodiscard]] double distance2(const Point<double, 3>& point, const PatchPlace& place) const;
@@ -83,7 +86,9 @@ private:
 
     std::array<Point<double, 3>, 2> m_lower;  ///< left, right
     std::array<Point<double, 3>, 2> m_upper;
-    Point<double, 3> m_twist;  ///< how the ruling changes from left to right; zero for a parallelogram
+    std::array<Point<double, 3>, 2> m_rulings;  ///< left, right, from the lower to the upper edge
+    std::array<Point<double, 3>, 2> m_edges;    ///< lower, upper, from left to right
+    Point<double, 3> m_twist;                   ///< how the ruling changes from left to right; zero for a parallelogram
     Point<double, 3> m_centre;
     double m_radius = 0;  ///< of a ball around the centre that holds the patch
 };

@@ -21,6 +21,9 @@ namespace {
 constexpr double CONTINUATION = 1e6;
 /// The error of a point of a patch, in units of ROUNDING: it takes more operations than those of the other shapes.
 constexpr double PATCH_ROUNDING = 4 * ROUNDING;
+/// Two neighbours that meet the ray this near to each other, in units of the uncertainty of each, meet it on the ruling
+/// that they have in common.
+constexpr double SAME = 4;
 
 }  // namespace
 
@@ -71,31 +74,18 @@ private:
     /// True for a meeting on the ruling that two patches have in common, when the other one has reported it.
     [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
         const bool isLast = patch + 1 == m_surface.m_patches.size();
-        return (patch > 0 && m_previous.patch + 1 == patch && repeats(m_previous, meeting, cosine)) ||
-               (m_surface.m_isClosed && patch > 0 && isLast && repeatsFirst(meeting, cosine));
+        return (m_previous.patch + 1 == patch && repeats(m_previous, meeting, cosine)) ||
+               (m_surface.m_isClosed && isLast && repeats(m_first, meeting, cosine));
     }
 
-    [[nodiscard]] bool repeats(const Memory& left, const PatchMeeting& right, double cosine) const {
-        return std::any_of(left.meetings.begin(), left.meetings.begin() + static_cast<std::ptrdiff_t>(left.count),
-                           [&](const PatchMeeting& meeting) {
-                               return (meeting.place.u == 1 || right.place.u == 0) &&
-                                      areOne(meeting, left.patch, right, cosine);
-                           });
-    }
-
-    [[nodiscard]] bool repeatsFirst(const PatchMeeting& left, double cosine) const {
-        return std::any_of(m_first.meetings.begin(),
-                           m_first.meetings.begin() + static_cast<std::ptrdiff_t>(m_first.count),
-                           [&](const PatchMeeting& meeting) {
-                               return (meeting.place.u == 0 || left.place.u == 1) && areOne(meeting, 0, left, cosine);
-                           });
-    }
-
-    [[nodiscard]] bool areOne(const PatchMeeting& known, std::size_t patch, const PatchMeeting& meeting,
-                              double cosine) const {
-        const double knownCosine = dot(m_surface.m_patches[patch].normalAt(known.place), m_line.direction);
-        const double smaller = std::min(std::abs(cosine), std::abs(knownCosine));
-        return std::abs(known.along - meeting.along) <= 4 * m_line.uncertainty(smaller);
+    [[nodiscard]] bool repeats(const Memory& neighbour, const PatchMeeting& meeting, double cosine) const {
+        return std::any_of(
+            neighbour.meetings.begin(), neighbour.meetings.begin() + static_cast<std::ptrdiff_t>(neighbour.count),
+            [&](const PatchMeeting& known) {
+                const Point<double, 3> normal = m_surface.m_patches[neighbour.patch].normalAt(known.place);
+                const double smaller = std::min(std::abs(cosine), std::abs(dot(normal, m_line.direction)));
+                return std::abs(known.along - meeting.along) <= SAME * m_line.uncertainty(smaller);
+            });
     }
 
     void remember(std::size_t patch, const PatchMeeting& meeting) {
