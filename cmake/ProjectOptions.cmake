@@ -10,9 +10,11 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 # Programs and tests find the libraries of their own build tree and, once installed, those beside them.
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
 
+# Repeated builds, also of other clones of the project: paths below the project are hashed relative to it.
 find_program(SM_CCACHE ccache)
 if(SM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;${SM_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND};-E;env;CCACHE_BASEDIR=${PROJECT_SOURCE_DIR};CCACHE_NOHASHDIR=1"
+    "CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;${SM_CCACHE}")
 endif()
 
 add_library(sm_options INTERFACE)
@@ -22,6 +24,10 @@ target_compile_options(sm_options INTERFACE
   # Exceptions record where they were thrown: the path inside the project, not that of the building machine.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # g++ 12 warns of overlapping copies inside std::string concatenation where there are none (its bug 105651).
+  target_compile_options(sm_options INTERFACE -Wno-restrict)
+endif()
 target_link_options(sm_options INTERFACE -Wl,--no-undefined -Wl,--as-needed)
 
 if(SM_SANITIZERS)

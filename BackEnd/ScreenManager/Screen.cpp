@@ -40,9 +40,19 @@ private:
     pcl::console::VERBOSITY_LEVEL m_level = pcl::console::getVerbosityLevel();
 };
 
-VeltraniMissingFileException unableToLoad(const std::wstring& before, const std::wstring& path,
-                                          const std::wstring& after) {
-    return VeltraniMissingFileException(before + path + after);
+VeltraniMissingFileException contentFault(const std::wstring& path) {
+    return VeltraniMissingFileException(L"Unable to load screen file. Ensure the screen file " + path +
+                                        L" exists and is a valid .obj file.");
+}
+
+VeltraniMissingFileException measuredFault(const std::wstring& path) {
+    return VeltraniMissingFileException(L"Unable to load measured screen file. Ensure the screen file " + path +
+                                        L" exists and is a valid .obj file.");
+}
+
+VeltraniMissingFileException cloudFault(const std::wstring& path) {
+    return VeltraniMissingFileException(L"Unable to load Point Cloud Data file! Ensure the PCD file " + path +
+                                        L" exists and is valid.");
 }
 
 std::wstring extensionOf(const std::wstring& path) {
@@ -169,8 +179,6 @@ bool Screen::loadContent(const std::wstring& path, bool force) {
         m_content = std::make_shared<FlatScreen>();
         return false;
     }
-    const auto fault = unableToLoad(L"Unable to load screen file. Ensure the screen file ", path,
-                                    L" exists and is a valid .obj file.");
     std::wstring reason;
     try {
         if (loadMesh(path, m_content, force, &reason)) {
@@ -182,9 +190,9 @@ bool Screen::loadContent(const std::wstring& path, bool force) {
     } catch (const ObjLoadException&) {
         throw;
     } catch (...) {
-        Veltrani::throwWithCause(fault);
+        Veltrani::throwWithCause(contentFault(path));
     }
-    Veltrani::throwWithCause(fault, reason);
+    Veltrani::throwWithCause(contentFault(path), reason);
 }
 
 bool Screen::loadMeasured(const std::wstring& path, bool force) {
@@ -192,17 +200,15 @@ bool Screen::loadMeasured(const std::wstring& path, bool force) {
         m_measured.reset();
         return false;
     }
-    const auto fault = unableToLoad(L"Unable to load measured screen file. Ensure the screen file ", path,
-                                    L" exists and is a valid .obj file.");
     std::wstring reason;
     try {
         if (loadMesh(path, m_measured, force, &reason)) {
             return true;
         }
     } catch (...) {
-        Veltrani::throwWithCause(fault);
+        Veltrani::throwWithCause(measuredFault(path));
     }
-    Veltrani::throwWithCause(fault, reason);
+    Veltrani::throwWithCause(measuredFault(path), reason);
 }
 
 bool Screen::loadModelPCD(const std::wstring& path, bool /*force*/) {
@@ -215,8 +221,7 @@ bool Screen::loadModelPCD(const std::wstring& path, bool /*force*/) {
     try {
         cloud = readPointCloud(path);
     } catch (...) {
-        Veltrani::throwWithCause(unableToLoad(L"Unable to load Point Cloud Data file! Ensure the PCD file ", path,
-                                              L" exists and is valid."));
+        Veltrani::throwWithCause(cloudFault(path));
     }
     const auto transform = importTransform(m_importTransformParam1, m_importTransformParam2, m_scale);
     pcl::transformPointCloud(*cloud, *cloud, transform, true);

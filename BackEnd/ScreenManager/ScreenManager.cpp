@@ -10,7 +10,10 @@
 #include "Configuration/UnitConverter.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DravixDiagnostics/DravixDiagnostics.h"
+#include "KelvoScreen/CylinderScreen.h"
 #include "KelvoScreen/FlatScreen.h"
+#include "KelvoScreen/RuledSurfaceScreen.h"
+#include "KelvoScreen/SphericalScreen.h"
 
 #include <array>
 #include <exception>
@@ -59,7 +62,12 @@ struct NumericShape {
 
 /// In the order in which a shape name is compared.
 const NumericShape* findNumericShape(const std::wstring& name) {
-    static const std::array SHAPES{NumericShape{BaseConfig::SHAPE_FLAT, rebuildIfDifferent<FlatScreen>}};
+    static const std::array SHAPES{
+        NumericShape{BaseConfig::SHAPE_SPHERE, rebuildIfDifferent<SphericalScreen>},
+        NumericShape{BaseConfig::SHAPE_CYLINDER, rebuildIfDifferent<CylinderScreen>},
+        NumericShape{BaseConfig::SHAPE_RULED, rebuildIfDifferent<RuledSurfaceScreen>},
+        NumericShape{BaseConfig::SHAPE_FLAT, rebuildIfDifferent<FlatScreen>},
+    };
     for (const NumericShape& shape : SHAPES) {
         if (shape.name == name) {
             return &shape;
@@ -204,7 +212,7 @@ double ScreenManager::getScaleFromXml(XMLConfigManager* config) {
     const double scale = screenUnits == UnitConversionTable::UNIT_CUSTOM
                              ? screen->getScale()
                              : UnitConverter<5, 0, 5>(nativeUnits, LENGTH).getNativeFromTarget(1.0, screenUnits);
-    // A NaN passes: it makes the next mesh invalid, and the fault is seen.
+    // A NaN is answered as it is: the next file is refused with it, and the fault is seen.
     return scale <= 0.0 ? 1.0 : scale;
 }
 

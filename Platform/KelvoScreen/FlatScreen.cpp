@@ -3,6 +3,7 @@
 #include "Common/Matrix.h"
 #include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
@@ -13,13 +14,7 @@
 
 using namespace KelvoScreenDetail;
 
-namespace {
-
-double largestComponent(const Point<double, 3>& p) {
-    return std::max({std::abs(p[0]), std::abs(p[1]), std::abs(p[2])});
-}
-
-}  // namespace
+namespace {}  // namespace
 
 FlatScreen::Numbers::Numbers(const IScreenConfig* screen) {
     if (screen != nullptr) {

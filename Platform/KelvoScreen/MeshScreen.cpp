@@ -1,6 +1,7 @@
 #include "KelvoScreen/MeshScreen.h"
 
 #include "Common/VeltraniException.h"
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/MeshBorder.h"
 #include "KelvoScreen/detail/MeshSurface.h"
 #include "KelvoScreen/detail/ScreenSampling.h"

@@ -14,8 +14,8 @@ public:
     ITargetLocatorProvider& operator=(const ITargetLocatorProvider&) = default;
 
     /// The locator of a projector; empty when the configuration does not describe one.
-    [[nodiscard]] virtual std::shared_ptr<const TargetLocator> getTargetLocator(const XMLConfigManager* config,
-                                                                                const ProjectorConfig* projector) = 0;
+    virtual std::shared_ptr<const TargetLocator> getTargetLocator(const XMLConfigManager* config,
+                                                                  const ProjectorConfig* projector) = 0;
 
     virtual ~ITargetLocatorProvider();
 };

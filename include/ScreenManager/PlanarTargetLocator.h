@@ -41,8 +41,7 @@ public:
     /// each edge gives its first corner and `samplesPerEdge` - 1 samples, never its last corner. Samples that do not
     /// map are dropped. Logs a warning and answers what was collected by then when the screen has no 2D
     /// parameterisation; empty without a screen.
-    [[nodiscard]] std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(
-        int samplesPerEdge) const override;
+    std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const override;
 
 private:
     static log4cxx::LoggerPtr log;

@@ -89,7 +89,7 @@ public:
     /// the current scale. The scale comes on top of the one that the cloud was loaded with: intended, callers compare
     /// widths that were computed so. Throws `pcl::InitFailedException` without a cloud or for fewer than 3 points; NaN
     /// for a cloud with a NaN.
-    [[nodiscard]] float calcPCDWidth();
+    float calcPCDWidth();
 
     /// Everything but the id as just constructed.
     void clearScreens();

@@ -30,7 +30,7 @@ public:
     static const std::wstring k_UNABLE_TO_LOAD;
 
     /// The instance, made on the first call.
-    [[nodiscard]] static ScreenManager* getInstance();
+    static ScreenManager* getInstance();
     /// Clears the screen and destroys the instance; nothing when there is none.
     static void deleteInstance();
 

@@ -32,8 +32,7 @@ public:
 
     /// The outline of the channel's area on the surface.
     /// @param samplesPerEdge number of samples on each of the four edges; no outline when it is zero or less
-    [[nodiscard]] virtual std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(
-        int samplesPerEdge) const = 0;
+    virtual std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const = 0;
 
     /// Where the ray from `from` through `to` meets the surface; here: the screen.
     /// @param hit receives the nearest point; untouched on a miss

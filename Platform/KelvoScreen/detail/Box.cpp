@@ -1,5 +1,7 @@
 #include "KelvoScreen/detail/Box.h"
 
+#include "KelvoScreen/detail/Components.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -22,11 +24,7 @@ double Box::halfSize() const {
 }
 
 double Box::largestCoordinate() const {
-    double largest = 0;
-    for (std::size_t i = 0; i < 3; ++i) {
-        largest = std::max({largest, std::abs(lower[i]), std::abs(upper[i])});
-    }
-    return largest;
+    return std::max(largestComponent(lower), largestComponent(upper));
 }
 
 bool Box::clip(const Point<double, 3>& from, const Point<double, 3>& direction, double margin, double& first,
@@ -36,6 +34,9 @@ bool Box::clip(const Point<double, 3>& from, const Point<double, 3>& direction, 
     for (std::size_t i = 0; i < 3; ++i) {
         const double low = lower[i] - margin - from[i];
         const double high = upper[i] + margin - from[i];
+        if (!std::isfinite(direction[i])) {
+            return false;
+        }
         if (direction[i] == 0) {
             if (!(low <= 0 && high >= 0)) {
                 return false;

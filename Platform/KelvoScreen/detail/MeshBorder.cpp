@@ -1,8 +1,8 @@
 #include "KelvoScreen/detail/MeshBorder.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
-#include "KelvoScreen/detail/ScreenSampling.h"
 
 #include <algorithm>
 #include <cmath>

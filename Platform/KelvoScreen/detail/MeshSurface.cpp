@@ -1,9 +1,9 @@
 #include "KelvoScreen/detail/MeshSurface.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
-#include "KelvoScreen/detail/ScreenSampling.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,10 +30,6 @@ struct MovedRay {
     Point<double, 3> direction;
     double skipped = 0;
     double rounding = 0;  ///< length that rounding the coordinates of ray and mesh can make
-
-    [[nodiscard]] double largestDirection() const {
-        return std::max({std::abs(direction[0]), std::abs(direction[1]), std::abs(direction[2])});
-    }
 };
 
 /// Keeps the nearest hit of a ray.
@@ -43,7 +39,8 @@ public:
         : m_mesh(mesh),
           m_ray(ray),
           m_probe(ray.origin, ray.direction, ray.rounding),
-          m_earliest(-ray.rounding / ray.largestDirection()),
+          m_heading(ray.direction * (1 / largestComponent(ray.direction))),
+          m_earliest(-ray.rounding / largestComponent(ray.direction)),
           m_side(side) {}
 
     double visit(std::uint32_t triangle) override {
@@ -74,8 +71,8 @@ private:
     /// Leaves out triangles that the ray sees edge-on or from the side that is not wanted.
     void keepIfSeen(const Corners& corners, const Meeting& meeting, std::uint32_t triangle) {
         const Point<double, 3> area = areaVector(corners);
-        const double along = dot(m_ray.direction, area);
-        const double size2 = dot(area, area) * dot(m_ray.direction, m_ray.direction);
+        const double along = dot(m_heading, area);
+        const double size2 = dot(area, area) * dot(m_heading, m_heading);
         if (along * along > ROUNDING * ROUNDING * size2 && (!m_side || *m_side == (along > 0 ? 1 : -1))) {
             m_best = {pointWithWeights(corners, meeting.weights), area, meeting.t, triangle};
             m_reach = meeting.t;
@@ -85,7 +82,8 @@ private:
     const TriangleMesh& m_mesh;
     const MovedRay& m_ray;
     RayProbe m_probe;
-    double m_earliest;
+    Point<double, 3> m_heading;      ///< the direction, scaled so that it can be squared
+    double m_earliest;               ///< t before which a hit is behind the origin
     double m_reach = Box::INFINITE;  ///< t of the nearest hit
     std::optional<int> m_side;
     MeshPoint m_best;

@@ -36,7 +36,10 @@ public:
         const double area = edges[0] + edges[1] + edges[2];
         const double least = std::min(std::min(edges[0], edges[1]), edges[2]);
         const double greatest = std::max(std::max(edges[0], edges[1]), edges[2]);
-        if ((least >= 0 || greatest <= 0) && area != 0) {
+        if (area == 0) {
+            return false;
+        }
+        if (least >= 0 || greatest <= 0) {
             const double scale = 1 / area;
             meeting.weights = {edges[0] * scale, edges[1] * scale, edges[2] * scale};
         } else if (!meetsEdge(flat, edges, area, meeting.weights)) {

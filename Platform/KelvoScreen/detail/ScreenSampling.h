@@ -2,8 +2,6 @@
 
 #include "KelvoScreen/ScreenGeometry.h"
 
-#include <cmath>
-#include <cstddef>
 #include <vector>
 
 /// What every kind of screen does in the same way, on top of its own ray and parameter queries.
@@ -19,17 +17,6 @@ void sampleRow(const IScreenGeometry& screen, double y, double xMin, double xMax
 [[nodiscard]] std::vector<Point<double, 3>> channelBoundary(const ScreenGeometry& screen,
                                                             const std::vector<Ray>& boundary,
                                                             const std::vector<Ray>& centre);
-
-/// True when all components of a point are finite.
-template <std::size_t N>
-[[nodiscard]] bool isFinite(const Point<double, N>& point) {
-    for (std::size_t i = 0; i < N; ++i) {
-        if (!std::isfinite(point[i])) {
-            return false;
-        }
-    }
-    return true;
-}
 
 /// Moves a normalised coordinate that is up to PARAMETER_TOLERANCE outside [0, 1] onto the edge; others stay.
 [[nodiscard]] double snapToEdge(double coordinate);

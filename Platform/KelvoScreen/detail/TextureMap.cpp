@@ -1,7 +1,7 @@
 #include "KelvoScreen/detail/TextureMap.h"
 
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
-#include "KelvoScreen/detail/ScreenSampling.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,6 @@
 #include "KelvoScreen/detail/TriangleIndex.h"
 
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/EmbreeDevice.h"
 #include "KelvoScreen/detail/Rounding.h"
 
@@ -12,9 +13,9 @@ namespace KelvoScreenDetail {
 
 namespace {
 
-/// Units of the structure. Inside the box coordinates are at most 1 and rays at most 2 sqrt(3) long. Rounding an origin,
-/// a direction and a corner to single precision (6e-8 each) moves them by less than 4e-7 in all, and the box test of
-/// Embree, in single precision too, by less than 1e-6.
+/// Units of the structure. Inside the box coordinates are at most 1 and rays at most 2 sqrt(3) long. Rounding an
+/// origin, a direction and a corner to single precision (6e-8 each) moves them by less than 4e-7 in all, and the box
+/// test of Embree, in single precision too, by less than 1e-6.
 constexpr double PADDING = 3e-6;
 /// Units by which rays start before their origin and reach past their end: the boxes are padded along the ray as well.
 constexpr double RAY_MARGIN = 1e-5;
@@ -54,15 +55,20 @@ void boundTriangle(const RTCBoundsFunctionArguments* arguments) {
 /// The ray query as its call-back finds it: Embree hands the context through.
 struct RayQuery : RTCIntersectContext {
     TriangleIndex::RayVisitor* visitor;
-    double unitsPerT;
+    double lengthPerT;
+    double toUnits;
+
+    /// In this order nothing overflows: a position inside the box is a length like that of the box.
+    [[nodiscard]] float reachInUnits(double t) const {
+        return static_cast<float>(t * lengthPerT * toUnits + 2 * RAY_MARGIN);
+    }
 };
 
 void visitAlongRay(const RTCIntersectFunctionNArguments* arguments) {
     const RayQuery& query = *static_cast<const RayQuery*>(arguments->context);
     RTCRay& ray = *reinterpret_cast<RTCRay*>(arguments->rayhit);
     if (arguments->valid[0] != 0) {
-        const double reach = query.visitor->visit(arguments->primID) * query.unitsPerT + 2 * RAY_MARGIN;
-        ray.tfar = std::min(ray.tfar, static_cast<float>(reach));
+        ray.tfar = std::min(ray.tfar, query.reachInUnits(query.visitor->visit(arguments->primID)));
     }
 }
 
@@ -86,10 +92,6 @@ bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
         return true;
     }
     return false;
-}
-
-double largestComponent(const Point<double, 3>& p) {
-    return std::max({std::abs(p[0]), std::abs(p[1]), std::abs(p[2])});
 }
 
 }  // namespace
@@ -140,8 +142,10 @@ void TriangleIndex::build(std::uint32_t count, const Source& source) {
 
 bool TriangleIndex::clip(const Point<double, 3>& from, const Point<double, 3>& direction, double& first,
                          double& second) const {
-    const double margin = RAY_MARGIN / m_toUnits + ROUNDING * largestComponent(from);
-    return m_scene != nullptr && m_box.clip(from, direction, margin, first, second);
+    const double uncertainty = ROUNDING * largestComponent(from);
+    // From where the rounding of the origin alone is as large as the mesh, nothing can be aimed at.
+    return m_scene != nullptr && uncertainty * m_toUnits <= 1 &&
+           m_box.clip(from, direction, RAY_MARGIN / m_toUnits + uncertainty, first, second);
 }
 
 void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double, 3>& direction, double reach,
@@ -152,7 +156,8 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     RayQuery query{};
     rtcInitIntersectContext(&query);
     query.visitor = &visitor;
-    query.unitsPerT = largest * m_toUnits;
+    query.lengthPerT = largest;
+    query.toUnits = m_toUnits;
 
     RTCRayHit ray{};
     ray.ray.org_x = static_cast<float>(start[0]);
@@ -161,7 +166,7 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     ray.ray.dir_x = static_cast<float>(unitDirection[0]);
     ray.ray.dir_y = static_cast<float>(unitDirection[1]);
     ray.ray.dir_z = static_cast<float>(unitDirection[2]);
-    ray.ray.tfar = static_cast<float>(reach * query.unitsPerT + 2 * RAY_MARGIN);
+    ray.ray.tfar = query.reachInUnits(reach);
     ray.ray.mask = ~0U;
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     ray.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;

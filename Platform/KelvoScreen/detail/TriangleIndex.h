@@ -56,7 +56,7 @@ public:
     [[nodiscard]] const Box& box() const { return m_box; }
 
     /// The part of a ray that can meet anything, see `Box::clip`. Far origins are moved up to it by the caller: only
-    /// near the box does a ray fit into single precision.
+    /// near the box does a ray fit into single precision. False as well from 1e14 times the size of the box away.
     [[nodiscard]] bool clip(const Point<double, 3>& from, const Point<double, 3>& direction, double& first,
                             double& second) const;
 

@@ -1,5 +1,7 @@
 #include "KelvoScreen/detail/TriangleMath.h"
 
+#include "KelvoScreen/detail/Components.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -13,7 +15,7 @@ constexpr double SLIVER_HEIGHT = 4 * std::numeric_limits<double>::epsilon();
 double largestCoordinate(const Corners& corners) {
     double largest = 0;
     for (const Point<double, 3>& corner : corners) {
-        largest = std::max({largest, std::abs(corner[0]), std::abs(corner[1]), std::abs(corner[2])});
+        largest = std::max(largest, largestComponent(corner));
     }
     return largest;
 }
@@ -38,7 +40,8 @@ bool hasArea(const Corners& corners) {
     const Point<double, 3> area = areaVector(corners);
     const double longest = std::max({dot(ab, ab), dot(bc, bc), dot(ca, ca)});
     const double noise = SLIVER_HEIGHT * largestCoordinate(corners);
-    return dot(area, area) > noise * noise * longest;
+    const double area2 = dot(area, area);
+    return area2 > noise * noise * longest && std::isfinite(area2);
 }
 
 Point<double, 3> unitNormal(const Corners& corners) {
