@@ -159,51 +159,61 @@ bool RuledPatch::passes(const Line& line, double tolerance, PatchMeeting& meetin
     return norm(connection - meeting.along * line.direction) <= allowed;
 }
 
-bool RuledPatch::place(const Line& line, double u, const PatchRange& range, PatchPlace& out) const {
+bool RuledPatch::place(const Line& line, double root, const PatchRange& range, PatchPlace& out) const {
     // A root further out than this does not come back by improvement.
-    if (!(u >= range.uMin - 1 && u <= range.uMax + 1)) {
+    if (!(root >= range.uMin - 1 && root <= range.uMax + 1)) {
         return false;
     }
-    const auto volume = [&](double at) { return dot(lowerAt(at) - line.origin, cross(line.direction, rulingAt(at))); };
-    double error = volume(u);
+    out.u = std::clamp(improvedRoot(line, root), range.uMin, range.uMax);
+    if (!passRuling(line, out)) {
+        return false;
+    }
+    if (out.v < range.vMin || out.v > range.vMax) {
+        out.v = std::clamp(out.v, range.vMin, range.vMax);
+        passEdge(line, range, out);
+    }
+    return true;
+}
+
+double RuledPatch::improvedRoot(const Line& line, double root) const {
+    const auto volume = [&](double u) { return dot(lowerAt(u) - line.origin, cross(line.direction, rulingAt(u))); };
+    double error = volume(root);
     for (int step = 0; step < ROOT_STEPS && error != 0; ++step) {
-        const double slope = dot(m_edges[0], cross(line.direction, rulingAt(u))) +
-                             dot(lowerAt(u) - line.origin, cross(line.direction, m_twist));
-        const double improved = u - error / slope;
+        const double slope = dot(m_edges[0], cross(line.direction, rulingAt(root))) +
+                             dot(lowerAt(root) - line.origin, cross(line.direction, m_twist));
+        const double improved = root - error / slope;
         const double remaining = volume(improved);
         if (!(std::abs(remaining) < std::abs(error))) {
             break;
         }
-        u = improved;
+        root = improved;
         error = remaining;
     }
-    out.u = std::clamp(u, range.uMin, range.uMax);
-    const Point<double, 3> ruling = rulingAt(out.u);
-    const Point<double, 3> across = cross(ruling, line.direction);
-    const double across2 = dot(across, across);
+    return root;
+}
+
+bool RuledPatch::passRuling(const Line& line, PatchPlace& place) const {
+    const Point<double, 3> ruling = rulingAt(place.u);
     const double ruling2 = dot(ruling, ruling);
-    if (ruling2 > 0) {
-        if (!(across2 > PARALLEL * PARALLEL * ruling2)) {
-            return false;
-        }
-        out.v = dot(cross(line.origin - lowerAt(out.u), line.direction), across) / across2;
-    } else {
-        out.v = 0.5;
-    }
-    if (out.v >= range.vMin && out.v <= range.vMax) {
+    if (!(ruling2 > 0)) {
+        place.v = 0.5;
         return true;
     }
-    // Past the end of the ruling: the place on the edge that the line passes nearest.
-    out.v = std::clamp(out.v, range.vMin, range.vMax);
-    const Point<double, 3> right = alongEdge(out.v);
-    const Point<double, 3> acrossEdge = cross(right, line.direction);
-    const double acrossEdge2 = dot(acrossEdge, acrossEdge);
-    if (acrossEdge2 > PARALLEL * PARALLEL * dot(right, right)) {
-        const Point<double, 3> start = pointAt({0.0, out.v});
-        const double onEdge = dot(cross(line.origin - start, line.direction), acrossEdge) / acrossEdge2;
-        out.u = std::clamp(onEdge, range.uMin, range.uMax);
+    const Point<double, 3> across = cross(ruling, line.direction);
+    const double across2 = dot(across, across);
+    place.v = dot(cross(line.origin - lowerAt(place.u), line.direction), across) / across2;
+    return across2 > PARALLEL * PARALLEL * ruling2;
+}
+
+void RuledPatch::passEdge(const Line& line, const PatchRange& range, PatchPlace& place) const {
+    const Point<double, 3> right = alongEdge(place.v);
+    const Point<double, 3> across = cross(right, line.direction);
+    const double across2 = dot(across, across);
+    if (across2 > PARALLEL * PARALLEL * dot(right, right)) {
+        const Point<double, 3> start = pointAt({0.0, place.v});
+        const double onEdge = dot(cross(line.origin - start, line.direction), across) / across2;
+        place.u = std::clamp(onEdge, range.uMin, range.uMax);
     }
-    return true;
 }
 
 double RuledPatch::distanceBound(const Point<double, 3>& point) const {

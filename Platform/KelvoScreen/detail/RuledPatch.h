@@ -76,9 +76,13 @@ private:
     [[nodiscard]] Point<double, 3> alongEdge(double v) const;
     /// Completes a meeting at its place; false when the line passes it at more than the tolerance.
     [[nodiscard]] bool passes(const Line& line, double tolerance, PatchMeeting& meeting) const;
-    /// From a root u, the place of the range that the line passes nearest.
-    [[nodiscard]] bool place(const Line& line, double u, const PatchRange& range, PatchPlace& out) const;
-
+    /// From a root u, the place of the range that the line passes nearest; false when there is none near.
+    [[nodiscard]] bool place(const Line& line, double root, const PatchRange& range, PatchPlace& out) const;
+    [[nodiscard]] double improvedRoot(const Line& line, double root) const;
+    /// Sets v to where the line passes the ruling of u; false when the two are parallel.
+    [[nodiscard]] bool passRuling(const Line& line, PatchPlace& place) const;
+    /// Past the end of a ruling: sets u to where the line passes the edge of v.
+    void passEdge(const Line& line, const PatchRange& range, PatchPlace& place) const;
     [[nodiscard]] double distance2(const Point<double, 3>& point, const PatchPlace& place) const;
     [[nodiscard]] double closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const;
     [[nodiscard]] PatchPlace newtonStep(const Point<double, 3>& point, const PatchPlace& at,
