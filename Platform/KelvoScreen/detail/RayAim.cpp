@@ -1,12 +1,13 @@
 #include "KelvoScreen/detail/RayAim.h"
 
+#include "KelvoScreen/detail/Components.h"
+
 namespace KelvoScreenDetail {
 
 void RayAim::rescale() {
     const double largest = largestComponent(direction);
     length2 = 0;
-    if (!(largest > 0) || !std::isfinite(direction[0]) || !std::isfinite(direction[1]) ||
-        !std::isfinite(direction[2])) {
+    if (!(largest > 0) || !isFinite(direction)) {
         return;
     }
     for (std::size_t i = 0; i < 3; ++i) {

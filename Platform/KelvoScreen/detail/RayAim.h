@@ -2,15 +2,7 @@
 
 #include "Common/Point.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace KelvoScreenDetail {
-
-/// The largest absolute component.
-[[nodiscard]] inline double largestComponent(const Point<double, 3>& p) {
-    return std::max({std::abs(p[0]), std::abs(p[1]), std::abs(p[2])});
-}
 
 /// The direction of a ray, of a length whose square neither overflows nor vanishes.
 struct RayAim {

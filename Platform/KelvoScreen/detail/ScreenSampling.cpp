@@ -1,5 +1,6 @@
 #include "KelvoScreen/detail/ScreenSampling.h"
 
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 namespace KelvoScreenDetail {

@@ -39,8 +39,4 @@ TEST(RayAim, IsNotUsableWithoutALengthOrWhenNotFinite) {
     }
 }
 
-TEST(RayAim, TheLargestComponentIsAbsolute) {
-    EXPECT_EQ(largestComponent({1.0, -7.0, 3.0}), 7);
-}
-
 }  // namespace
