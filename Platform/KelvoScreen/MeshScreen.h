@@ -22,9 +22,10 @@
 /// The mesh is parameterised by its texture coordinates; where triangles overlap there, the one with the lowest index
 /// answers. Coordinates that are not finite count as none.
 ///
-/// The search structures are built on first use: for rays and normals about a second and 80 MB for a million triangles,
-/// as much again for `mapInto3D`, and half a second for the border. Later queries allocate nothing. A normal at a point
-/// that was not just hit is a search of its own: microseconds on the surface, slower with the distance from it.
+/// The search structures are built on first use: for rays and normals about a second and 40 to 80 MB for a million
+/// triangles, as much again for `mapInto3D`, and half a second for the border. Later queries allocate nothing. A normal
+/// at a point that was not just hit is a search of its own: microseconds on the surface, slower with the distance from
+/// it.
 ///
 /// Past the border `intersectExtrapolatedWithSpecifiedNormal` continues the border triangles in their planes, and
 /// `mapInto3D` the triangle nearest in texture space.

@@ -17,8 +17,8 @@ constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 constexpr int RAYS = 400;
 
-FakeScreenConfig tiltedWall() {
-    FakeScreenConfig config;
+ScreenConfigDouble tiltedWall() {
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_CYLINDER;
     config.centre = {1.0, -2.0, 3.0};
     config.orientation = {0.4, -0.3, 0.2};
@@ -31,7 +31,7 @@ FakeScreenConfig tiltedWall() {
 
 /// Radius 1, height 2, a whole turn around the upright axis through the origin.
 CylinderScreen ring() {
-    FakeScreenConfig config;
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_CYLINDER;
     config.radius = 1;
     config.height = 2;
@@ -41,12 +41,12 @@ CylinderScreen ring() {
 }
 
 TEST(CylinderScreenRays, AgreeWithExtendedPrecisionOnAWideWall) {
-    const FakeScreenConfig config = tiltedWall();
+    const ScreenConfigDouble config = tiltedWall();
     roundrays::expectAgreement(CylinderScreen(&config), config, RAYS);
 }
 
 TEST(CylinderScreenRays, AgreeWithExtendedPrecisionOnANarrowHighStrip) {
-    FakeScreenConfig config = tiltedWall();
+    ScreenConfigDouble config = tiltedWall();
     config.azimuthMin = 3;
     config.azimuthMax = 3.5;
     config.height = 50;
@@ -54,7 +54,7 @@ TEST(CylinderScreenRays, AgreeWithExtendedPrecisionOnANarrowHighStrip) {
 }
 
 TEST(CylinderScreenRays, AgreeWithExtendedPrecisionOnALowRing) {
-    FakeScreenConfig config = tiltedWall();
+    ScreenConfigDouble config = tiltedWall();
     config.azimuthMin = -PI;
     config.azimuthMax = PI;
     config.height = 0.1;
@@ -64,14 +64,14 @@ TEST(CylinderScreenRays, AgreeWithExtendedPrecisionOnALowRing) {
 TEST(CylinderScreenRays, AgreeWithExtendedPrecisionAtEverySize) {
     for (const double factor : {1e-6, 1e-3, 1e3, 1e6}) {
         SCOPED_TRACE(factor);
-        const FakeScreenConfig config = roundrays::scaled(tiltedWall(), factor);
+        const ScreenConfigDouble config = roundrays::scaled(tiltedWall(), factor);
         roundrays::expectAgreement(CylinderScreen(&config), config, RAYS / 4);
     }
 }
 
 TEST(CylinderScreenRays, FromInsideTheWallAheadIsHitAndNotTheOneBehind) {
-    const FakeScreenConfig config = [] {
-        FakeScreenConfig half = tiltedWall();
+    const ScreenConfigDouble config = [] {
+        ScreenConfigDouble half = tiltedWall();
         half.centre = {};
         half.orientation = {};
         half.azimuthMin = -PI / 2;
@@ -103,7 +103,7 @@ TEST(CylinderScreenRays, ParallelToTheAxisNothingIsHit) {
 }
 
 TEST(CylinderScreenRays, RunningAlmostAlongTheAxisTheyAgreeWithExtendedPrecision) {
-    const FakeScreenConfig config = tiltedWall();
+    const ScreenConfigDouble config = tiltedWall();
     const CylinderScreen wall(&config);
     const oracle::RoundOracle truth(config);
     oracle::Random random(27);
@@ -137,7 +137,7 @@ TEST(CylinderScreenRays, ATouchingRayHitsOnceAcrossTheNormal) {
 }
 
 TEST(CylinderScreenRays, WhateverRoundingSaysAMappedOriginIsAHitAtZero) {
-    const FakeScreenConfig config = tiltedWall();
+    const ScreenConfigDouble config = tiltedWall();
     const CylinderScreen wall(&config);
     oracle::Random random(28);
     for (int i = 0; i < 2000; ++i) {
@@ -163,7 +163,7 @@ TEST(CylinderScreenRays, AWholeTurnHasNoGapAtTheSeam) {
 }
 
 TEST(CylinderScreenRays, MeetTheMappedEdgeUnderGrazingAngles) {
-    const FakeScreenConfig config = tiltedWall();
+    const ScreenConfigDouble config = tiltedWall();
     const CylinderScreen wall(&config);
     oracle::Random random(29);
     for (int i = 0; i < 4000; ++i) {

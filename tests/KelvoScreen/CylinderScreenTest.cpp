@@ -1,9 +1,9 @@
 #include "KelvoScreen/CylinderScreen.h"
 
 #include "Configuration/BaseConfig.h"
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/RoundOracle.h"
 #include "KelvoScreen/ShapeChecks.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <gtest/gtest.h>
 
@@ -21,8 +21,8 @@ constexpr double PI = std::numbers::pi;
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
-FakeScreenConfig tiltedWall() {
-    FakeScreenConfig config;
+ScreenConfigDouble tiltedWall() {
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_CYLINDER;
     config.centre = {1.0, -2.0, 3.0};
     config.orientation = {0.4, -0.3, 0.2};
@@ -34,7 +34,7 @@ FakeScreenConfig tiltedWall() {
 }
 
 TEST(CylinderScreen, MapsByAzimuthAndHeight) {
-    FakeScreenConfig config = tiltedWall();
+    ScreenConfigDouble config = tiltedWall();
     config.centre = {1.0, 2.0, 3.0};
     config.orientation = {};
     config.radius = 10;
@@ -56,7 +56,7 @@ TEST(CylinderScreen, MapsEveryPlaceOfATiltedWallEdgesIncluded) {
 }
 
 TEST(CylinderScreen, PastItsEdgesItMapsOnlyWhenExtrapolating) {
-    const FakeScreenConfig config = tiltedWall();
+    const ScreenConfigDouble config = tiltedWall();
     const CylinderScreen wall(&config);
     const oracle::RoundOracle truth(config);
     const Vector before{7.0, 8.0, 9.0};
@@ -70,7 +70,7 @@ TEST(CylinderScreen, PastItsEdgesItMapsOnlyWhenExtrapolating) {
 }
 
 TEST(CylinderScreen, TheSidesOfAWholeTurnMeet) {
-    FakeScreenConfig config = tiltedWall();
+    ScreenConfigDouble config = tiltedWall();
     config.azimuthMin = -PI;
     config.azimuthMax = PI;
     const CylinderScreen ring(&config);
@@ -82,7 +82,7 @@ TEST(CylinderScreen, TheSidesOfAWholeTurnMeet) {
 }
 
 TEST(CylinderScreen, NormalsPointOutwardAtTheNearestPoint) {
-    const FakeScreenConfig config = tiltedWall();
+    const ScreenConfigDouble config = tiltedWall();
     const CylinderScreen wall(&config);
     const Vector& angles = config.orientation;
     for (const double height : {-100.0, 0.0, 1.0, 1e4}) {
@@ -103,20 +103,20 @@ TEST(CylinderScreen, NormalsPointOutwardAtTheNearestPoint) {
 }
 
 TEST(CylinderScreen, OneWithoutAnExtentIsNotValidAndNeverHit) {
-    const std::vector<std::function<void(FakeScreenConfig&)>> faults{
-        [](FakeScreenConfig& c) { c.radius = 0; },
-        [](FakeScreenConfig& c) { c.radius = -5; },
-        [](FakeScreenConfig& c) { c.radius = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.radius = 1e200; },
-        [](FakeScreenConfig& c) { c.height = 0; },
-        [](FakeScreenConfig& c) { c.height = -1; },
-        [](FakeScreenConfig& c) { c.height = INFINITE; },
-        [](FakeScreenConfig& c) { c.height = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.centre[2] = INFINITE; },
-        [](FakeScreenConfig& c) { c.orientation[0] = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.azimuthMax = c.azimuthMin; },
-        [](FakeScreenConfig& c) { c.azimuthMax = c.azimuthMin + 6.3; },
-        [](FakeScreenConfig& c) { c.azimuthMin = NOT_A_NUMBER; },
+    const std::vector<std::function<void(ScreenConfigDouble&)>> faults{
+        [](ScreenConfigDouble& c) { c.radius = 0; },
+        [](ScreenConfigDouble& c) { c.radius = -5; },
+        [](ScreenConfigDouble& c) { c.radius = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.radius = 1e200; },
+        [](ScreenConfigDouble& c) { c.height = 0; },
+        [](ScreenConfigDouble& c) { c.height = -1; },
+        [](ScreenConfigDouble& c) { c.height = INFINITE; },
+        [](ScreenConfigDouble& c) { c.height = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.centre[2] = INFINITE; },
+        [](ScreenConfigDouble& c) { c.orientation[0] = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.azimuthMax = c.azimuthMin; },
+        [](ScreenConfigDouble& c) { c.azimuthMax = c.azimuthMin + 6.3; },
+        [](ScreenConfigDouble& c) { c.azimuthMin = NOT_A_NUMBER; },
     };
     shapes::expectNotValid<CylinderScreen>(tiltedWall(), faults);
 }
@@ -129,13 +129,13 @@ TEST(CylinderScreen, NoDescriptionGivesAScreenThatIsNotValid) {
 
 TEST(CylinderScreen, TheHashFollowsEveryNumberOfTheDescription) {
     std::vector<shapes::Number> numbers = shapes::roundNumbers();
-    numbers.push_back(shapes::number(&FakeScreenConfig::height));
+    numbers.push_back(shapes::number(&ScreenConfigDouble::height));
     shapes::expectHashFollows<CylinderScreen>(tiltedWall(), numbers);
 }
 
 TEST(CylinderScreen, UpdatesFromACylinderOnly) {
     shapes::expectUpdates<CylinderScreen>(tiltedWall(), BaseConfig::SHAPE_SPHERE,
-                                          [](FakeScreenConfig& c) { c.height = 8; });
+                                          [](ScreenConfigDouble& c) { c.height = 8; });
 }
 
 TEST(CylinderScreen, SamplesARowAndDropsWhatIsOutside) {
@@ -143,7 +143,7 @@ TEST(CylinderScreen, SamplesARowAndDropsWhatIsOutside) {
 }
 
 TEST(CylinderScreen, OutlinesAChannelPastItsEdges) {
-    FakeScreenConfig config = tiltedWall();
+    ScreenConfigDouble config = tiltedWall();
     config.centre = {};
     config.orientation = {};
     const CylinderScreen wall(&config);

@@ -2,10 +2,10 @@
 
 #include "Common/VeltraniException.h"
 #include "Configuration/BaseConfig.h"
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/FlatScreen.h"
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <gtest/gtest.h>
 
@@ -327,7 +327,7 @@ TEST(MeshScreen, ARealHitComesBeforeAnyContinuation) {
 }
 
 TEST(MeshScreen, OutlinesAChannelLikeTheFlatScreenOfTheSamePlace) {
-    FakeScreenConfig config;
+    ScreenConfigDouble config;
     config.centre = {2.0, 0.0, 1.5};
     config.width = 4;
     config.height = 3;
@@ -414,7 +414,7 @@ TEST(MeshScreen, TheHashOfAMeshOfNumbersFollowsEveryNumber) {
 TEST(MeshScreen, StaysAsItIsWhenTheConfigurationChanges) {
     MeshScreen screen(meshes::wall(1, 1, 1, 1));
     const auto before = screen.getUniqueDataHash();
-    FakeScreenConfig config;
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_MESH;
     screen.updateGeometry(&config);
     screen.updateGeometry(nullptr);

@@ -58,7 +58,7 @@ long double lineDistance(const Point<double, 3>& from, const Point<double, 3>& t
     return norm(cross(exact(point) - exact(from), direction)) / norm(direction);
 }
 
-RoundOracle::RoundOracle(FakeScreenConfig config) : m_config(std::move(config)) {}
+RoundOracle::RoundOracle(ScreenConfigDouble config) : m_config(std::move(config)) {}
 
 bool RoundOracle::isSphere() const {
     return m_config.shape == BaseConfig::SHAPE_SPHERE;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/IntersectionSet.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <string>
 #include <vector>
@@ -29,7 +29,7 @@ struct ExpectedHit {
 /// A sphere or, when the shape of the description says so, a cylinder.
 class RoundOracle {
 public:
-    explicit RoundOracle(FakeScreenConfig config);
+    explicit RoundOracle(ScreenConfigDouble config);
 
     /// The place that the formula of the class maps (s, t) to.
     [[nodiscard]] Exact mapped(long double s, long double t) const;
@@ -56,7 +56,7 @@ private:
     [[nodiscard]] Exact own(const Point<double, 3>& point) const;
     [[nodiscard]] long double slackOf(const Exact& ownPoint) const;
 
-    FakeScreenConfig m_config;
+    ScreenConfigDouble m_config;
 };
 
 /// The distance of a point from the line of a ray.

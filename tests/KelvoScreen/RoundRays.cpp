@@ -28,7 +28,7 @@ Vector unit(Random& random) {
 }
 
 /// Outward at a point of the surface.
-Vector outward(const FakeScreenConfig& config, const Vector& point) {
+Vector outward(const ScreenConfigDouble& config, const Vector& point) {
     oracle::Exact own = oracle::turnedBack(config.orientation, oracle::exact(point) - oracle::exact(config.centre));
     own[2] = config.shape == BaseConfig::SHAPE_SPHERE ? own[2] : 0;
     return rounded(oracle::turned(config.orientation, own * (1 / norm(own))));
@@ -41,7 +41,7 @@ Ray through(const Vector& aim, const Vector& direction, double distance, Random&
 }
 
 /// At an aim under a given cosine with the normal there.
-Ray slanted(const FakeScreenConfig& config, const Vector& aim, double cosine, double distance, Random& random) {
+Ray slanted(const ScreenConfigDouble& config, const Vector& aim, double cosine, double distance, Random& random) {
     const Vector normal = outward(config, aim);
     Vector across = cross(normal, unit(random));
     across *= 1 / norm(across);
@@ -51,37 +51,37 @@ Ray slanted(const FakeScreenConfig& config, const Vector& aim, double cosine, do
 std::vector<Situation> makeSituations() {
     std::vector<Situation> all;
     const auto add = [&all](const std::string& name, auto ray) { all.push_back({name, ray}); };
-    add("from inside", [](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+    add("from inside", [](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
         const Vector from = c.centre + 0.5 * c.radius * random.inCube();
         return Ray{from, from + random.uniform(0.1, 3) * (anywhereOn(shape, random) - from)};
     });
-    add("from outside", [](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+    add("from outside", [](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
         return through(anywhereOn(shape, random), unit(random), random.uniform(0.5, 20) * c.radius, random);
     });
-    add("from a million units", [](const FakeScreenConfig&, const RoundOracle& shape, Random& random) {
+    add("from a million units", [](const ScreenConfigDouble&, const RoundOracle& shape, Random& random) {
         return through(anywhereOn(shape, random), unit(random), 1e6, random);
     });
-    add("to a point a million units away", [](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+    add("to a point a million units away", [](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
         const Vector aim = anywhereOn(shape, random);
         const Vector direction = unit(random);
         return Ray{aim - c.radius * direction, aim + 1e6 * direction};
     });
     for (const double cosine : {1e-2, 1e-4, 1e-6, 1e-8, 1e-10, -1e-3, -1e-7}) {
-        add("grazing", [cosine](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+        add("grazing", [cosine](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
             return slanted(c, anywhereOn(shape, random), cosine, random.uniform(0.1, 10) * c.radius, random);
         });
     }
-    add("touching", [](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+    add("touching", [](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
         return slanted(c, anywhereOn(shape, random), 0, random.uniform(0.1, 10) * c.radius, random);
     });
-    add("touching from far away", [](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+    add("touching from far away", [](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
         return slanted(c, anywhereOn(shape, random), 0, 1e6, random);
     });
-    add("from the surface", [](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+    add("from the surface", [](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
         const Vector from = anywhereOn(shape, random);
         return Ray{from, from + c.radius * random.inCube()};
     });
-    add("at the edge", [](const FakeScreenConfig& c, const RoundOracle& shape, Random& random) {
+    add("at the edge", [](const ScreenConfigDouble& c, const RoundOracle& shape, Random& random) {
         const double along = random.uniform(0, 1);
         const Vector aim =
             rounded(random.below(2) == 0 ? shape.mapped(random.below(2), along) : shape.mapped(along, random.below(2)));
@@ -97,14 +97,14 @@ const std::vector<Situation>& situations() {
     return ALL;
 }
 
-FakeScreenConfig scaled(FakeScreenConfig config, double factor) {
+ScreenConfigDouble scaled(ScreenConfigDouble config, double factor) {
     config.centre = factor * config.centre;
     config.radius *= factor;
     config.height *= factor;
     return config;
 }
 
-void expectAgreement(const ScreenGeometry& screen, const FakeScreenConfig& config, int count) {
+void expectAgreement(const ScreenGeometry& screen, const ScreenConfigDouble& config, int count) {
     const RoundOracle shape(config);
     constexpr std::uint64_t SEED = 20;
     Random random(SEED);

@@ -13,16 +13,16 @@ namespace roundrays {
 
 struct Situation {
     std::string name;
-    std::function<Ray(const FakeScreenConfig&, const oracle::RoundOracle&, oracle::Random&)> ray;
+    std::function<Ray(const ScreenConfigDouble&, const oracle::RoundOracle&, oracle::Random&)> ray;
 };
 
 [[nodiscard]] const std::vector<Situation>& situations();
 
 /// The same shape, larger or smaller by a factor, centre included.
-[[nodiscard]] FakeScreenConfig scaled(FakeScreenConfig config, double factor);
+[[nodiscard]] ScreenConfigDouble scaled(ScreenConfigDouble config, double factor);
 
 /// Shoots `count` rays of every situation at the screen and expects every answer, limited and whole, to agree with the
 /// oracle; and that some rays of each situation hit.
-void expectAgreement(const ScreenGeometry& screen, const FakeScreenConfig& config, int count);
+void expectAgreement(const ScreenGeometry& screen, const ScreenConfigDouble& config, int count);
 
 }  // namespace roundrays

@@ -24,7 +24,7 @@ long double determinant(const Exact& a, const Exact& b, const Exact& c) {
 
 }  // namespace
 
-RuledOracle::RuledOracle(FakeScreenConfig config) : m_config(std::move(config)) {}
+RuledOracle::RuledOracle(ScreenConfigDouble config) : m_config(std::move(config)) {}
 
 std::size_t RuledOracle::patchCount() const {
     return m_config.lowerRail.size() - 1;

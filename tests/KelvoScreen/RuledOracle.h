@@ -1,8 +1,8 @@
 #pragma once
 
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/IntersectionSet.h"
 #include "KelvoScreen/RoundOracle.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <string>
 #include <vector>
@@ -13,7 +13,7 @@ namespace oracle {
 
 class RuledOracle {
 public:
-    explicit RuledOracle(FakeScreenConfig config);
+    explicit RuledOracle(ScreenConfigDouble config);
 
     /// The point of patch i at (u, v).
     [[nodiscard]] Exact at(std::size_t patch, long double u, long double v) const;
@@ -39,7 +39,7 @@ private:
     /// Of a ball around the middle of a patch that holds it.
     [[nodiscard]] long double radius(std::size_t patch) const;
 
-    FakeScreenConfig m_config;
+    ScreenConfigDouble m_config;
 };
 
 }  // namespace oracle

@@ -23,7 +23,7 @@ Vector anywhereOn(const RuledSurfaceScreen& screen, oracle::Random& random) {
 }
 
 /// Aims at places all over the surface from `distance` away and expects every answer to agree with the oracle.
-void expectAgreement(const FakeScreenConfig& config, double distance, int count, std::uint64_t seed) {
+void expectAgreement(const ScreenConfigDouble& config, double distance, int count, std::uint64_t seed) {
     const RuledSurfaceScreen screen(&config);
     const oracle::RuledOracle truth(config);
     oracle::Random random(seed);
@@ -85,7 +85,7 @@ TEST(RuledSurfaceScreenRays, GrazingOnesLieOnTheSurfaceAndOnTheRay) {
 }
 
 TEST(RuledSurfaceScreenRays, ASaddleIsHitTwice) {
-    const FakeScreenConfig config = ruled::saddle();
+    const ScreenConfigDouble config = ruled::saddle();
     const RuledSurfaceScreen screen(&config);
     const oracle::RuledOracle truth(config);
     oracle::Random random(35);
@@ -103,7 +103,7 @@ TEST(RuledSurfaceScreenRays, ASaddleIsHitTwice) {
 
 TEST(RuledSurfaceScreenRays, ATouchingRayIsAHit) {
     // z = x y / 2 touches its tangent plane z = 0 in the origin; between the rulings it bends either way.
-    const FakeScreenConfig config = ruled::saddle();
+    const ScreenConfigDouble config = ruled::saddle();
     const RuledSurfaceScreen screen(&config);
     const IntersectionSet exactly = screen.intersect({-2.0, 0.0, -2.0}, {2.0, 0.0, 2.0});
     ASSERT_GE(exactly.size(), 1U);
@@ -126,7 +126,7 @@ TEST(RuledSurfaceScreenRays, ATouchingRayIsAHit) {
 }
 
 TEST(RuledSurfaceScreenRays, OneThatLiesInAPatchMisses) {
-    const FakeScreenConfig config = ruled::saddle();
+    const ScreenConfigDouble config = ruled::saddle();
     const RuledSurfaceScreen screen(&config);
     for (const double at : {0.0, 0.25, 0.5, 1.0}) {
         Vector start;
@@ -138,7 +138,7 @@ TEST(RuledSurfaceScreenRays, OneThatLiesInAPatchMisses) {
         ASSERT_TRUE(screen.mapInto3D({1.0, at}, end, false));
         EXPECT_TRUE(screen.intersect(start - (end - start), end).empty()) << "across the rulings, t = " << at;
     }
-    const FakeScreenConfig flat = ruled::trapezoid();
+    const ScreenConfigDouble flat = ruled::trapezoid();
     const RuledSurfaceScreen plane(&flat);
     oracle::Random random(37);
     for (int i = 0; i < 300; ++i) {
@@ -175,7 +175,7 @@ TEST(RuledSurfaceScreenRays, MeetTheMappedPointEvenAtEdgesAndSeams) {
 }
 
 TEST(RuledSurfaceScreenRays, ASeamIsHitOnce) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     oracle::Random random(39);
     for (const double seam : ruled::seams(config)) {
@@ -186,7 +186,7 @@ TEST(RuledSurfaceScreenRays, ASeamIsHitOnce) {
             ASSERT_EQ(screen.intersect(eye, aim).size(), 1U) << "s = " << seam << ", ray " << i;
         }
     }
-    const FakeScreenConfig ring = ruled::ring();
+    const ScreenConfigDouble ring = ruled::ring();
     const RuledSurfaceScreen closed(&ring);
     for (int i = 0; i < 200; ++i) {
         Vector aim;
@@ -196,7 +196,7 @@ TEST(RuledSurfaceScreenRays, ASeamIsHitOnce) {
 }
 
 TEST(RuledSurfaceScreenRays, AMappedOriginIsAHitAtZero) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     oracle::Random random(40);
     for (int i = 0; i < 1000; ++i) {
@@ -210,7 +210,7 @@ TEST(RuledSurfaceScreenRays, AMappedOriginIsAHitAtZero) {
 }
 
 TEST(RuledSurfaceScreenRays, BehindAndBesideTheyMiss) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     EXPECT_EQ(screen.intersect({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}).size(), 1U);
     EXPECT_TRUE(screen.intersect({0.0, 0.0, 0.0}, {0.0, -1.0, 0.0}).empty()) << "behind";
@@ -219,7 +219,7 @@ TEST(RuledSurfaceScreenRays, BehindAndBesideTheyMiss) {
 }
 
 TEST(RuledSurfaceScreenRays, ARayThatIsNoneMisses) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     EXPECT_TRUE(screen.intersect({0.5, 0.0, 0.0}, {0.5, 0.0, 0.0}).empty()) << "no length";
     for (std::size_t i = 0; i < 3; ++i) {

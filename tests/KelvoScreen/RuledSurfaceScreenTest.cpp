@@ -25,7 +25,7 @@ constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
 TEST(RuledSurfaceScreen, MapsAlongTheRailsAndUpTheRulings) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     const oracle::RuledOracle truth(config);
     const std::vector<double> seams = ruled::seams(config);
@@ -46,7 +46,7 @@ TEST(RuledSurfaceScreen, MapsAlongTheRailsAndUpTheRulings) {
 }
 
 TEST(RuledSurfaceScreen, AGridIsEvenHoweverUnevenlyTheRailsWereMeasured) {
-    FakeScreenConfig config = ruled::rectangle();
+    ScreenConfigDouble config = ruled::rectangle();
     config.lowerRail = {{-2.0, 5.0, 0.0}, {-1.9, 5.0, 0.0}, {-1.0, 5.0, 0.0}, {2.0, 5.0, 0.0}};
     config.upperRail = {{-2.0, 5.0, 2.0}, {-1.9, 5.0, 2.0}, {-1.0, 5.0, 2.0}, {2.0, 5.0, 2.0}};
     const RuledSurfaceScreen screen(&config);
@@ -58,9 +58,9 @@ TEST(RuledSurfaceScreen, AGridIsEvenHoweverUnevenlyTheRailsWereMeasured) {
 }
 
 TEST(RuledSurfaceScreen, ARectangleAgreesWithTheFlatScreen) {
-    const FakeScreenConfig config = ruled::rectangle();
+    const ScreenConfigDouble config = ruled::rectangle();
     const RuledSurfaceScreen ruledScreen(&config);
-    FakeScreenConfig flatConfig;
+    ScreenConfigDouble flatConfig;
     flatConfig.centre = {0.0, 5.0, 1.0};
     flatConfig.width = 4;
     flatConfig.height = 2;
@@ -93,7 +93,7 @@ TEST(RuledSurfaceScreen, ARectangleAgreesWithTheFlatScreen) {
 }
 
 TEST(RuledSurfaceScreen, OutsideItMapsOnlyWhenExtrapolating) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     const oracle::RuledOracle truth(config);
     const std::vector<double> seams = ruled::seams(config);
@@ -121,14 +121,14 @@ TEST(RuledSurfaceScreen, OutsideItMapsOnlyWhenExtrapolating) {
 }
 
 TEST(RuledSurfaceScreen, UpToABillionthOutsideIsTheEdge) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     Vector out;
     ASSERT_TRUE(RuledSurfaceScreen(&config).mapInto3D({1 + 1e-9, -1e-9}, out, false));
     EXPECT_EQ(out, config.lowerRail.back());
 }
 
 TEST(RuledSurfaceScreen, AroundAClosedRingThereAreNoSides) {
-    const FakeScreenConfig config = ruled::ring();
+    const ScreenConfigDouble config = ruled::ring();
     const RuledSurfaceScreen ring(&config);
     for (const double s : {0.1, 0.5, 0.9}) {
         Vector inside;
@@ -190,7 +190,7 @@ TEST(RuledSurfaceScreen, TheNormalIsThatOfTheNearestPointFromAnywhere) {
 }
 
 TEST(RuledSurfaceScreen, AnEyeInFrontSeesTheSideOfTheNormal) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     const std::vector<Ray> rays{{{0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}}, {{0.0, 9.0, 0.0}, {0.0, 8.0, 0.0}}};
     std::vector<SurfaceHit> hits(2);
@@ -201,7 +201,7 @@ TEST(RuledSurfaceScreen, AnEyeInFrontSeesTheSideOfTheNormal) {
 }
 
 TEST(RuledSurfaceScreen, TheContinuationProlongsTheRulingsAndTheSides) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     const Vector eye{0.1, -0.2, 0.1};
     oracle::Random random(54);
@@ -223,7 +223,7 @@ TEST(RuledSurfaceScreen, TheContinuationProlongsTheRulingsAndTheSides) {
 
 TEST(RuledSurfaceScreen, AHitOfTheSurfaceItselfBeatsItsContinuation) {
     // The prolonged first patch crosses the line of sight to the second one.
-    FakeScreenConfig config = ruled::rectangle();
+    ScreenConfigDouble config = ruled::rectangle();
     config.lowerRail = {{3.0, 2.0, -1.0}, {6.0, 2.5, -1.0}, {0.0, 8.0, -1.0}};
     config.upperRail = {{3.0, 2.0, 1.0}, {6.0, 2.5, 1.0}, {0.0, 8.0, 1.0}};
     const RuledSurfaceScreen screen(&config);
@@ -237,7 +237,7 @@ TEST(RuledSurfaceScreen, AHitOfTheSurfaceItselfBeatsItsContinuation) {
 }
 
 TEST(RuledSurfaceScreen, OutlinesAChannelPastItsEdges) {
-    const FakeScreenConfig config = ruled::cockpit();
+    const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
     const Vector eye{0.0, 0.0, 0.0};
     const std::vector<Ray> boundary{{eye, {-0.3, 1.0, 0.6}}, {eye, {0.3, 1.0, 0.6}}, {eye, {0.3, 1.0, -0.6}}};
@@ -250,22 +250,22 @@ TEST(RuledSurfaceScreen, OutlinesAChannelPastItsEdges) {
 }
 
 TEST(RuledSurfaceScreen, OneWithoutAnAreaIsNotValidAndNeverHit) {
-    const std::vector<std::function<void(FakeScreenConfig&)>> faults{
-        [](FakeScreenConfig& c) { c.lowerRail.clear(); },
-        [](FakeScreenConfig& c) { c.upperRail.pop_back(); },
-        [](FakeScreenConfig& c) {
+    const std::vector<std::function<void(ScreenConfigDouble&)>> faults{
+        [](ScreenConfigDouble& c) { c.lowerRail.clear(); },
+        [](ScreenConfigDouble& c) { c.upperRail.pop_back(); },
+        [](ScreenConfigDouble& c) {
             c.lowerRail.resize(1);
             c.upperRail.resize(1);
         },
-        [](FakeScreenConfig& c) { c.lowerRail = c.upperRail; },
-        [](FakeScreenConfig& c) { c.lowerRail[3][1] = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.upperRail[0][2] = INFINITE; },
-        [](FakeScreenConfig& c) { c.upperRail[0][2] = 1e200; },
-        [](FakeScreenConfig& c) {
+        [](ScreenConfigDouble& c) { c.lowerRail = c.upperRail; },
+        [](ScreenConfigDouble& c) { c.lowerRail[3][1] = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.upperRail[0][2] = INFINITE; },
+        [](ScreenConfigDouble& c) { c.upperRail[0][2] = 1e200; },
+        [](ScreenConfigDouble& c) {
             std::fill(c.lowerRail.begin(), c.lowerRail.end(), c.lowerRail[0]);
             std::fill(c.upperRail.begin(), c.upperRail.end(), c.upperRail[0]);
         },
-        [](FakeScreenConfig& c) {
+        [](ScreenConfigDouble& c) {
             for (std::size_t i = 0; i < c.lowerRail.size(); ++i) {
                 c.lowerRail[i] = {0.1 * static_cast<double>(i), 0.2 * static_cast<double>(i), 0.0};
                 c.upperRail[i] = c.lowerRail[i] + Vector{0.1, 0.2, 0.0};
@@ -276,8 +276,8 @@ TEST(RuledSurfaceScreen, OneWithoutAnAreaIsNotValidAndNeverHit) {
 }
 
 TEST(RuledSurfaceScreen, PointsRepeatedOnBothRailsAddNothing) {
-    const FakeScreenConfig config = ruled::cockpit();
-    FakeScreenConfig repeated = config;
+    const ScreenConfigDouble config = ruled::cockpit();
+    ScreenConfigDouble repeated = config;
     repeated.lowerRail.insert(repeated.lowerRail.begin() + 3, repeated.lowerRail[3]);
     repeated.upperRail.insert(repeated.upperRail.begin() + 3, repeated.upperRail[3]);
     repeated.lowerRail.push_back(repeated.lowerRail.back());
@@ -303,11 +303,11 @@ TEST(RuledSurfaceScreen, NoDescriptionGivesAScreenThatIsNotValid) {
 
 TEST(RuledSurfaceScreen, TheHashFollowsEveryNumberOfTheDescription) {
     std::vector<shapes::Number> numbers;
-    const FakeScreenConfig config = ruled::cockpit();
-    for (auto rail : {&FakeScreenConfig::lowerRail, &FakeScreenConfig::upperRail}) {
+    const ScreenConfigDouble config = ruled::cockpit();
+    for (auto rail : {&ScreenConfigDouble::lowerRail, &ScreenConfigDouble::upperRail}) {
         for (std::size_t point = 0; point < config.lowerRail.size(); ++point) {
             for (std::size_t i = 0; i < 3; ++i) {
-                numbers.push_back([=](FakeScreenConfig& c) -> double& { return (c.*rail)[point][i]; });
+                numbers.push_back([=](ScreenConfigDouble& c) -> double& { return (c.*rail)[point][i]; });
             }
         }
     }
@@ -316,7 +316,7 @@ TEST(RuledSurfaceScreen, TheHashFollowsEveryNumberOfTheDescription) {
 }
 
 TEST(RuledSurfaceScreen, AHashTellsWhereOneRailEndsAndTheOtherBegins) {
-    FakeScreenConfig config = ruled::cockpit();
+    ScreenConfigDouble config = ruled::cockpit();
     const auto before = RuledSurfaceScreen::calcUniqueDataHash(&config);
     config.upperRail.insert(config.upperRail.begin(), config.lowerRail.back());
     config.lowerRail.pop_back();
@@ -324,7 +324,7 @@ TEST(RuledSurfaceScreen, AHashTellsWhereOneRailEndsAndTheOtherBegins) {
 }
 
 TEST(RuledSurfaceScreen, HashesOfDifferentKindsNeverCollide) {
-    FakeScreenConfig config = ruled::cockpit();
+    ScreenConfigDouble config = ruled::cockpit();
     config.radius = config.width = config.height = 1;
     const std::set<std::array<unsigned char, 20>> hashes{
         FlatScreen::calcUniqueDataHash(&config), SphericalScreen::calcUniqueDataHash(&config),
@@ -338,7 +338,7 @@ TEST(RuledSurfaceScreen, HashesOfDifferentKindsNeverCollide) {
 
 TEST(RuledSurfaceScreen, UpdatesFromARuledSurfaceOnly) {
     shapes::expectUpdates<RuledSurfaceScreen>(ruled::cockpit(), BaseConfig::SHAPE_MESH,
-                                              [](FakeScreenConfig& c) { c.upperRail.back()[2] = 2; });
+                                              [](ScreenConfigDouble& c) { c.upperRail.back()[2] = 2; });
 }
 
 TEST(RuledSurfaceScreen, SamplesARowAndDropsWhatIsOutside) {

@@ -11,8 +11,8 @@ namespace {
 
 using Vector = Point<double, 3>;
 
-FakeScreenConfig between(std::vector<Vector> lower, std::vector<Vector> upper) {
-    FakeScreenConfig config;
+ScreenConfigDouble between(std::vector<Vector> lower, std::vector<Vector> upper) {
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_RULED;
     config.lowerRail = std::move(lower);
     config.upperRail = std::move(upper);
@@ -21,7 +21,7 @@ FakeScreenConfig between(std::vector<Vector> lower, std::vector<Vector> upper) {
 
 }  // namespace
 
-FakeScreenConfig cockpit() {
+ScreenConfigDouble cockpit() {
     std::vector<Vector> lower;
     std::vector<Vector> upper;
     for (int i = 0; i <= 7; ++i) {
@@ -33,19 +33,19 @@ FakeScreenConfig cockpit() {
     return between(lower, upper);
 }
 
-FakeScreenConfig saddle() {
+ScreenConfigDouble saddle() {
     return between({{-1.0, -1.0, 0.5}, {1.0, -1.0, -0.5}}, {{-1.0, 1.0, -0.5}, {1.0, 1.0, 0.5}});
 }
 
-FakeScreenConfig trapezoid() {
+ScreenConfigDouble trapezoid() {
     return between({{-2.0, 4.0, 0.0}, {2.0, 5.0, 0.0}}, {{-1.0, 4.25, 2.0}, {1.5, 4.875, 2.5}});
 }
 
-FakeScreenConfig rectangle() {
+ScreenConfigDouble rectangle() {
     return between({{-2.0, 5.0, 0.0}, {2.0, 5.0, 0.0}}, {{-2.0, 5.0, 2.0}, {2.0, 5.0, 2.0}});
 }
 
-FakeScreenConfig cone() {
+ScreenConfigDouble cone() {
     std::vector<Vector> lower;
     for (int i = 0; i <= 5; ++i) {
         lower.push_back({2.0 * std::sin(0.3 * i - 0.7), 2.0 * std::cos(0.3 * i - 0.7), -1.0});
@@ -53,12 +53,12 @@ FakeScreenConfig cone() {
     return between(lower, std::vector<Vector>(lower.size(), Vector{0.2, 0.1, 1.5}));
 }
 
-FakeScreenConfig sail() {
+ScreenConfigDouble sail() {
     return between({{-2.0, 3.0, 0.0}, {0.0, 4.0, -1.0}, {2.0, 3.0, 0.3}},
                    {{-2.0, 3.0, 0.0}, {0.0, 4.5, 1.0}, {2.0, 3.0, 0.3}});
 }
 
-FakeScreenConfig ring() {
+ScreenConfigDouble ring() {
     std::vector<Vector> lower;
     std::vector<Vector> upper;
     for (int i = 0; i < 8; ++i) {
@@ -71,7 +71,7 @@ FakeScreenConfig ring() {
     return between(lower, upper);
 }
 
-std::vector<std::pair<std::string, FakeScreenConfig>> surfaces() {
+std::vector<std::pair<std::string, ScreenConfigDouble>> surfaces() {
     return {{"cockpit", cockpit()},
             {"saddle", saddle()},
             {"trapezoid", trapezoid()},
@@ -81,7 +81,7 @@ std::vector<std::pair<std::string, FakeScreenConfig>> surfaces() {
             {"ring", ring()}};
 }
 
-FakeScreenConfig scaled(FakeScreenConfig config, double factor) {
+ScreenConfigDouble scaled(ScreenConfigDouble config, double factor) {
     for (auto* rail : {&config.lowerRail, &config.upperRail}) {
         for (Vector& point : *rail) {
             point *= factor;
@@ -90,7 +90,7 @@ FakeScreenConfig scaled(FakeScreenConfig config, double factor) {
     return config;
 }
 
-std::vector<double> seams(const FakeScreenConfig& config) {
+std::vector<double> seams(const ScreenConfigDouble& config) {
     std::vector<double> ends{0.0};
     for (std::size_t i = 1; i < config.lowerRail.size(); ++i) {
         ends.push_back(ends.back() + norm(config.lowerRail[i] - config.lowerRail[i - 1]) +

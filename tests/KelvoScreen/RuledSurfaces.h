@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KelvoScreen/FakeScreenConfig.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <string>
 #include <utility>
@@ -10,23 +10,23 @@
 namespace ruled {
 
 /// A cockpit screen of seven twisted patches around the origin, its upper rail shifted and wider than the lower one.
-[[nodiscard]] FakeScreenConfig cockpit();
+[[nodiscard]] ScreenConfigDouble cockpit();
 /// One twisted patch: z = x y / 2 over [-1, 1] x [-1, 1], as rails along y = -1 and y = 1.
-[[nodiscard]] FakeScreenConfig saddle();
+[[nodiscard]] ScreenConfigDouble saddle();
 /// One upright plane patch whose rulings are not parallel.
-[[nodiscard]] FakeScreenConfig trapezoid();
+[[nodiscard]] ScreenConfigDouble trapezoid();
 /// An upright rectangle, 4 by 2, centred on (0, 5, 1): what a flat screen would be.
-[[nodiscard]] FakeScreenConfig rectangle();
+[[nodiscard]] ScreenConfigDouble rectangle();
 /// A cone: all points of the upper rail are one.
-[[nodiscard]] FakeScreenConfig cone();
+[[nodiscard]] ScreenConfigDouble cone();
 /// Two patches that taper to a point at either end, where both rails meet.
-[[nodiscard]] FakeScreenConfig sail();
+[[nodiscard]] ScreenConfigDouble sail();
 /// A closed ring of eight patches whose last ruling is the first one.
-[[nodiscard]] FakeScreenConfig ring();
+[[nodiscard]] ScreenConfigDouble ring();
 
-[[nodiscard]] std::vector<std::pair<std::string, FakeScreenConfig>> surfaces();
-[[nodiscard]] FakeScreenConfig scaled(FakeScreenConfig config, double factor);
+[[nodiscard]] std::vector<std::pair<std::string, ScreenConfigDouble>> surfaces();
+[[nodiscard]] ScreenConfigDouble scaled(ScreenConfigDouble config, double factor);
 /// s at every ruling that joins two points of the rails: by the mean length of both rails up to there.
-[[nodiscard]] std::vector<double> seams(const FakeScreenConfig& config);
+[[nodiscard]] std::vector<double> seams(const ScreenConfigDouble& config);
 
 }  // namespace ruled

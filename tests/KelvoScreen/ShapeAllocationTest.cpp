@@ -60,7 +60,7 @@ void expectNoAllocation(const ScreenGeometry& screen) {
 }
 
 TEST(ShapeAllocation, RaysNormalsAndMappedPointsAllocateNothing) {
-    FakeScreenConfig config;
+    ScreenConfigDouble config;
     config.radius = 5;
     config.height = 4;
     config.orientation = {0.1, 0.2, 0.3};
@@ -70,7 +70,7 @@ TEST(ShapeAllocation, RaysNormalsAndMappedPointsAllocateNothing) {
     config.elevationMax = 1;
     expectNoAllocation(SphericalScreen(&config));
     expectNoAllocation(CylinderScreen(&config));
-    const FakeScreenConfig cockpit = ruled::cockpit();
+    const ScreenConfigDouble cockpit = ruled::cockpit();
     expectNoAllocation(RuledSurfaceScreen(&cockpit));
 }
 

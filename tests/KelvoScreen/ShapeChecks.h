@@ -1,8 +1,8 @@
 #pragma once
 
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/RoundOracle.h"
 #include "KelvoScreen/ScreenGeometry.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <gtest/gtest.h>
 
@@ -36,46 +36,46 @@ inline void expectNothing(const ScreenGeometry& screen) {
 
 /// Expects a good description to make a valid screen, and each fault alone one that is not.
 template <class Screen>
-void expectNotValid(const FakeScreenConfig& good, const std::vector<std::function<void(FakeScreenConfig&)>>& faults) {
+void expectNotValid(const ScreenConfigDouble& good, const std::vector<std::function<void(ScreenConfigDouble&)>>& faults) {
     EXPECT_TRUE(Screen(&good).isValid());
     for (std::size_t i = 0; i < faults.size(); ++i) {
         SCOPED_TRACE("fault " + std::to_string(i));
-        FakeScreenConfig config = good;
+        ScreenConfigDouble config = good;
         faults[i](config);
         expectNothing(Screen(&config));
     }
 }
 
-using Number = std::function<double&(FakeScreenConfig&)>;
+using Number = std::function<double&(ScreenConfigDouble&)>;
 
-inline Number number(double FakeScreenConfig::*member) {
-    return [member](FakeScreenConfig& config) -> double& { return config.*member; };
+inline Number number(double ScreenConfigDouble::*member) {
+    return [member](ScreenConfigDouble& config) -> double& { return config.*member; };
 }
 
-inline Number number(Point<double, 3> FakeScreenConfig::*member, std::size_t component) {
-    return [member, component](FakeScreenConfig& config) -> double& { return (config.*member)[component]; };
+inline Number number(Point<double, 3> ScreenConfigDouble::*member, std::size_t component) {
+    return [member, component](ScreenConfigDouble& config) -> double& { return (config.*member)[component]; };
 }
 
 /// The nine numbers that every round shape has: where it stands, its radius and its azimuths.
 inline std::vector<Number> roundNumbers() {
-    std::vector<Number> numbers{number(&FakeScreenConfig::radius), number(&FakeScreenConfig::azimuthMin),
-                                number(&FakeScreenConfig::azimuthMax)};
+    std::vector<Number> numbers{number(&ScreenConfigDouble::radius), number(&ScreenConfigDouble::azimuthMin),
+                                number(&ScreenConfigDouble::azimuthMax)};
     for (std::size_t i = 0; i < 3; ++i) {
-        numbers.push_back(number(&FakeScreenConfig::centre, i));
-        numbers.push_back(number(&FakeScreenConfig::orientation, i));
+        numbers.push_back(number(&ScreenConfigDouble::centre, i));
+        numbers.push_back(number(&ScreenConfigDouble::orientation, i));
     }
     return numbers;
 }
 
 /// Expects the last bit of every number to change the hash, and equal descriptions to have equal ones.
 template <class Screen>
-void expectHashFollows(const FakeScreenConfig& config, const std::vector<Number>& numbers) {
+void expectHashFollows(const ScreenConfigDouble& config, const std::vector<Number>& numbers) {
     std::vector<std::array<unsigned char, 20>> seen{Screen::calcUniqueDataHash(&config)};
     EXPECT_EQ(Screen(&config).getUniqueDataHash(), seen.front());
-    const FakeScreenConfig equal = config;
+    const ScreenConfigDouble equal = config;
     EXPECT_EQ(Screen::calcUniqueDataHash(&equal), seen.front());
     for (const Number& number : numbers) {
-        FakeScreenConfig changed = config;
+        ScreenConfigDouble changed = config;
         number(changed) = std::nextafter(number(changed), std::numeric_limits<double>::infinity());
         const auto hash = Screen::calcUniqueDataHash(&changed);
         EXPECT_EQ(std::count(seen.begin(), seen.end(), hash), 0) << "number " << seen.size() - 1;
@@ -86,8 +86,8 @@ void expectHashFollows(const FakeScreenConfig& config, const std::vector<Number>
 
 /// Expects a screen to take a change from a description of its own shape, and from no other.
 template <class Screen>
-void expectUpdates(FakeScreenConfig config, const std::wstring& otherShape,
-                   const std::function<void(FakeScreenConfig&)>& change) {
+void expectUpdates(ScreenConfigDouble config, const std::wstring& otherShape,
+                   const std::function<void(ScreenConfigDouble&)>& change) {
     const std::wstring ownShape = config.shape;
     Screen screen(&config);
     const auto before = screen.getUniqueDataHash();
@@ -109,7 +109,7 @@ void expectUpdates(FakeScreenConfig config, const std::wstring& otherShape,
 
 /// Expects a row that ends outside to hold what `mapInto3D` answers for its columns, and to leave the rest alone.
 template <class Screen>
-void expectRow(const FakeScreenConfig& config) {
+void expectRow(const ScreenConfigDouble& config) {
     using Vector = Point<double, 3>;
     const Screen screen(&config);
     const Vector old{9.0, 9.0, 9.0};
@@ -130,7 +130,7 @@ void expectRow(const FakeScreenConfig& config) {
 
 /// Expects every (s, t), edges and the tolerance beyond them included, to map to where the formula says.
 template <class Screen>
-void expectMapping(const FakeScreenConfig& config) {
+void expectMapping(const ScreenConfigDouble& config) {
     const Screen screen(&config);
     const oracle::RoundOracle truth(config);
     for (const double s : {0.0, 0.1, 0.5, 0.9, 1.0}) {

@@ -17,8 +17,8 @@ constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 constexpr int RAYS = 400;
 
-FakeScreenConfig tiltedDome() {
-    FakeScreenConfig config;
+ScreenConfigDouble tiltedDome() {
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_SPHERE;
     config.centre = {1.0, -2.0, 3.0};
     config.orientation = {0.4, -0.3, 0.2};
@@ -35,12 +35,12 @@ SphericalScreen wholeSphere(double radius = 1) {
 }
 
 TEST(SphericalScreenRays, AgreeWithExtendedPrecisionOnADome) {
-    const FakeScreenConfig config = tiltedDome();
+    const ScreenConfigDouble config = tiltedDome();
     roundrays::expectAgreement(SphericalScreen(&config), config, RAYS);
 }
 
 TEST(SphericalScreenRays, AgreeWithExtendedPrecisionOnANarrowStrip) {
-    FakeScreenConfig config = tiltedDome();
+    ScreenConfigDouble config = tiltedDome();
     config.azimuthMin = 3;
     config.azimuthMax = 3.5;
     config.elevationMin = -0.2;
@@ -49,7 +49,7 @@ TEST(SphericalScreenRays, AgreeWithExtendedPrecisionOnANarrowStrip) {
 }
 
 TEST(SphericalScreenRays, AgreeWithExtendedPrecisionOnTheWholeSphere) {
-    FakeScreenConfig config = tiltedDome();
+    ScreenConfigDouble config = tiltedDome();
     config.azimuthMin = -PI;
     config.azimuthMax = PI;
     config.elevationMin = -PI / 2;
@@ -60,7 +60,7 @@ TEST(SphericalScreenRays, AgreeWithExtendedPrecisionOnTheWholeSphere) {
 TEST(SphericalScreenRays, AgreeWithExtendedPrecisionAtEverySize) {
     for (const double factor : {1e-6, 1e-3, 1e3, 1e6}) {
         SCOPED_TRACE(factor);
-        const FakeScreenConfig config = roundrays::scaled(tiltedDome(), factor);
+        const ScreenConfigDouble config = roundrays::scaled(tiltedDome(), factor);
         roundrays::expectAgreement(SphericalScreen(&config), config, RAYS / 4);
     }
 }
@@ -115,7 +115,7 @@ TEST(SphericalScreenRays, AnOriginOnTheSurfaceIsAHitAtZero) {
 }
 
 TEST(SphericalScreenRays, WhateverRoundingSaysAMappedOriginIsAHitAtZero) {
-    const FakeScreenConfig config = tiltedDome();
+    const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);
     oracle::Random random(24);
     for (int i = 0; i < 2000; ++i) {
@@ -161,7 +161,7 @@ TEST(SphericalScreenRays, LimitsAreInclusive) {
 }
 
 TEST(SphericalScreenRays, MeetTheMappedPointFromAnywhereEvenAtTheEdges) {
-    const FakeScreenConfig config = tiltedDome();
+    const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);
     oracle::Random random(22);
     int count = 0;
@@ -187,7 +187,7 @@ TEST(SphericalScreenRays, MeetTheMappedPointFromAnywhereEvenAtTheEdges) {
 }
 
 TEST(SphericalScreenRays, MeetTheMappedEdgeUnderGrazingAngles) {
-    const FakeScreenConfig config = tiltedDome();
+    const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);
     oracle::Random random(23);
     for (int i = 0; i < 4000; ++i) {

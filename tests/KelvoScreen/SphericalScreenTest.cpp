@@ -1,9 +1,9 @@
 #include "KelvoScreen/SphericalScreen.h"
 
 #include "Configuration/BaseConfig.h"
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/RoundOracle.h"
 #include "KelvoScreen/ShapeChecks.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <gtest/gtest.h>
 
@@ -21,8 +21,8 @@ constexpr double PI = std::numbers::pi;
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
-FakeScreenConfig tiltedDome() {
-    FakeScreenConfig config;
+ScreenConfigDouble tiltedDome() {
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_SPHERE;
     config.centre = {1.0, -2.0, 3.0};
     config.orientation = {0.4, -0.3, 0.2};
@@ -52,7 +52,7 @@ TEST(SphericalScreen, MapsEveryPlaceOfATiltedDomeEdgesIncluded) {
 }
 
 TEST(SphericalScreen, APositiveTiltRaisesTheFront) {
-    FakeScreenConfig config = tiltedDome();
+    ScreenConfigDouble config = tiltedDome();
     config.centre = {};
     config.orientation = {0.0, 0.25, 0.0};
     config.azimuthMin = -1;
@@ -65,7 +65,7 @@ TEST(SphericalScreen, APositiveTiltRaisesTheFront) {
 }
 
 TEST(SphericalScreen, PastItsLimitsItMapsOnlyWhenExtrapolatingAndNotPastAPole) {
-    const FakeScreenConfig config = tiltedDome();
+    const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);
     const oracle::RoundOracle truth(config);
     const Vector before{7.0, 8.0, 9.0};
@@ -101,7 +101,7 @@ TEST(SphericalScreen, TheSidesOfTheWholeSphereMeet) {
 }
 
 TEST(SphericalScreen, NormalsPointOutwardAtTheNearestPoint) {
-    const FakeScreenConfig config = tiltedDome();
+    const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);
     const Vector direction{2.0 / 7, 3.0 / 7, -6.0 / 7};
     for (const double distance : {1e-3, 5.0, 1e6}) {
@@ -113,7 +113,7 @@ TEST(SphericalScreen, NormalsPointOutwardAtTheNearestPoint) {
 }
 
 TEST(SphericalScreen, AnEyeInsideSeesTheSideOfTheNormal) {
-    const FakeScreenConfig config = tiltedDome();
+    const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);
     Vector ahead;
     ASSERT_TRUE(dome.mapInto3D({0.5, 0.5}, ahead, false));
@@ -127,22 +127,22 @@ TEST(SphericalScreen, AnEyeInsideSeesTheSideOfTheNormal) {
 }
 
 TEST(SphericalScreen, OneWithoutAnExtentIsNotValidAndNeverHit) {
-    const std::vector<std::function<void(FakeScreenConfig&)>> faults{
-        [](FakeScreenConfig& c) { c.radius = 0; },
-        [](FakeScreenConfig& c) { c.radius = -5; },
-        [](FakeScreenConfig& c) { c.radius = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.radius = INFINITE; },
-        [](FakeScreenConfig& c) { c.radius = 1e200; },
-        [](FakeScreenConfig& c) { c.centre[2] = INFINITE; },
-        [](FakeScreenConfig& c) { c.orientation[0] = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.azimuthMax = c.azimuthMin; },
-        [](FakeScreenConfig& c) { c.azimuthMax = c.azimuthMin - 1; },
-        [](FakeScreenConfig& c) { c.azimuthMax = c.azimuthMin + 6.3; },
-        [](FakeScreenConfig& c) { c.azimuthMin = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.elevationMin = c.elevationMax; },
-        [](FakeScreenConfig& c) { c.elevationMin = -1.6; },
-        [](FakeScreenConfig& c) { c.elevationMax = 1.6; },
-        [](FakeScreenConfig& c) { c.elevationMax = NOT_A_NUMBER; },
+    const std::vector<std::function<void(ScreenConfigDouble&)>> faults{
+        [](ScreenConfigDouble& c) { c.radius = 0; },
+        [](ScreenConfigDouble& c) { c.radius = -5; },
+        [](ScreenConfigDouble& c) { c.radius = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.radius = INFINITE; },
+        [](ScreenConfigDouble& c) { c.radius = 1e200; },
+        [](ScreenConfigDouble& c) { c.centre[2] = INFINITE; },
+        [](ScreenConfigDouble& c) { c.orientation[0] = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.azimuthMax = c.azimuthMin; },
+        [](ScreenConfigDouble& c) { c.azimuthMax = c.azimuthMin - 1; },
+        [](ScreenConfigDouble& c) { c.azimuthMax = c.azimuthMin + 6.3; },
+        [](ScreenConfigDouble& c) { c.azimuthMin = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.elevationMin = c.elevationMax; },
+        [](ScreenConfigDouble& c) { c.elevationMin = -1.6; },
+        [](ScreenConfigDouble& c) { c.elevationMax = 1.6; },
+        [](ScreenConfigDouble& c) { c.elevationMax = NOT_A_NUMBER; },
     };
     shapes::expectNotValid<SphericalScreen>(tiltedDome(), faults);
 }
@@ -161,13 +161,13 @@ TEST(SphericalScreen, NoDescriptionGivesAScreenThatIsNotValid) {
 
 TEST(SphericalScreen, TheHashFollowsEveryNumberOfTheDescription) {
     std::vector<shapes::Number> numbers = shapes::roundNumbers();
-    numbers.push_back(shapes::number(&FakeScreenConfig::elevationMin));
-    numbers.push_back(shapes::number(&FakeScreenConfig::elevationMax));
+    numbers.push_back(shapes::number(&ScreenConfigDouble::elevationMin));
+    numbers.push_back(shapes::number(&ScreenConfigDouble::elevationMax));
     shapes::expectHashFollows<SphericalScreen>(tiltedDome(), numbers);
 }
 
 TEST(SphericalScreen, EqualSpheresHaveEqualHashesHoweverTheyWereMade) {
-    FakeScreenConfig config = tiltedDome();
+    ScreenConfigDouble config = tiltedDome();
     config.orientation = {};
     const SphericalScreen direct(config.centre, config.radius, config.azimuthMin, config.azimuthMax,
                                  config.elevationMin, config.elevationMax);
@@ -176,7 +176,7 @@ TEST(SphericalScreen, EqualSpheresHaveEqualHashesHoweverTheyWereMade) {
 
 TEST(SphericalScreen, UpdatesFromASphereOnly) {
     shapes::expectUpdates<SphericalScreen>(tiltedDome(), BaseConfig::SHAPE_CYLINDER,
-                                           [](FakeScreenConfig& c) { c.radius = 8; });
+                                           [](ScreenConfigDouble& c) { c.radius = 8; });
 }
 
 TEST(SphericalScreen, SamplesARowAndDropsWhatIsOutside) {
@@ -184,7 +184,7 @@ TEST(SphericalScreen, SamplesARowAndDropsWhatIsOutside) {
 }
 
 TEST(SphericalScreen, ACopyGoesItsOwnWay) {
-    FakeScreenConfig config = tiltedDome();
+    ScreenConfigDouble config = tiltedDome();
     SphericalScreen original(&config);
     const SphericalScreen copy = original;
     const auto before = original.getUniqueDataHash();
