@@ -222,18 +222,18 @@ TEST(RuledSurfaceScreen, TheContinuationProlongsTheRulingsAndTheSides) {
 }
 
 TEST(RuledSurfaceScreen, AHitOfTheSurfaceItselfBeatsItsContinuation) {
-    // The prolonged first patch crosses the line of sight to the second one.
+    // The first patch, prolonged to the left, stands between the eye and the last one, and shows it the same side.
     ScreenConfigDouble config = ruled::rectangle();
-    config.lowerRail = {{3.0, 2.0, -1.0}, {6.0, 2.5, -1.0}, {0.0, 8.0, -1.0}};
-    config.upperRail = {{3.0, 2.0, 1.0}, {6.0, 2.5, 1.0}, {0.0, 8.0, 1.0}};
+    config.lowerRail = {{3.0, 2.0, -1.0}, {6.0, 2.5, -1.0}, {-3.0, 8.0, -1.0}, {3.0, 8.0, -1.0}};
+    config.upperRail = {{3.0, 2.0, 1.0}, {6.0, 2.5, 1.0}, {-3.0, 8.0, 1.0}, {3.0, 8.0, 1.0}};
     const RuledSurfaceScreen screen(&config);
     const Vector eye{0.0, 0.0, 0.0};
-    const Vector ahead{1.0, 7.0, 0.0};
-    const int sign = sideOfSurface(ahead, screen.getScreenNormal(ahead));
-    const IntersectionSet hits = screen.intersectExtrapolatedWithSpecifiedNormal(eye, ahead, sign);
-    ASSERT_EQ(hits.size(), 1U);
-    EXPECT_GT(hits.first().point[1], 5) << "on the second patch";
-    EXPECT_EQ(hits.first().point, screen.intersect(eye, ahead).first().point);
+    const IntersectionSet level = screen.intersectExtrapolatedWithSpecifiedNormal(eye, {0.5, 8.0, 0.0}, 1);
+    ASSERT_EQ(level.size(), 1U);
+    EXPECT_LE(norm(level.first().point - Vector{0.5, 8.0, 0.0}), 1e-14) << "on the last patch";
+    const IntersectionSet above = screen.intersectExtrapolatedWithSpecifiedNormal(eye, {0.5, 8.0, 4.0}, 1);
+    ASSERT_EQ(above.size(), 2U) << "above all rails only continuations are left";
+    EXPECT_LT(above.first().point[1], 2);
 }
 
 TEST(RuledSurfaceScreen, OutlinesAChannelPastItsEdges) {

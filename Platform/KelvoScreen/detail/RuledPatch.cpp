@@ -21,6 +21,8 @@ constexpr int ROOT_STEPS = 4;
 constexpr std::size_t CLOSEST_SAMPLES = 9;
 /// Newton's method doubles the digits per step; the bound is for the search far from the minimum.
 constexpr int CLOSEST_STEPS = 32;
+/// A step of this size, in parts of the patch, is rounding.
+constexpr double SETTLED = 1e-15;
 /// A discriminant this little below zero, relative to its terms, may be a touching line: the tolerance decides.
 constexpr double TOUCHING = 1e-6;
 
@@ -262,18 +264,24 @@ double RuledPatch::closestOnRuling(const Point<double, 3>& point, double u, cons
 PatchPlace RuledPatch::refineClosest(const Point<double, 3>& point, PatchPlace start, const PatchRange& range) const {
     PatchPlace best = range.clamp(start);
     double smallest = distance2(point, best);
-    for (int step = 0; step < CLOSEST_STEPS && smallest > 0; ++step) {
+    for (int step = 0; step < CLOSEST_STEPS; ++step) {
+        // Near the minimum the distance hardly changes while the place still does: equal to rounding is good enough.
+        const double allowed = smallest * (1 + ROUNDING);
         PatchPlace next = range.clamp(newtonStep(point, best, range));
-        if (!(distance2(point, next) < smallest)) {
+        if (!(distance2(point, next) <= allowed)) {
             // Far from the minimum Newton's step may lead away; the nearest point of the ruling never does.
             next = {best.u, closestOnRuling(point, best.u, range)};
         }
         const double distance = distance2(point, next);
-        if (!(distance < smallest)) {
+        const double moved = std::abs(next.u - best.u) + std::abs(next.v - best.v);
+        if (!(distance <= allowed) || moved == 0) {
             break;
         }
-        smallest = distance;
+        smallest = std::min(smallest, distance);
         best = next;
+        if (moved <= SETTLED) {
+            break;
+        }
     }
     return best;
 }
