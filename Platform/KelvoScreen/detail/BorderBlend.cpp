@@ -18,12 +18,12 @@ constexpr double SETTLED = 1e-9;
 /// Stretches count up to so many times the distance of the nearest, squared.
 constexpr double REACH2 = 4;
 /// The distance, in those between vertices, over which a step at the border fades.
-constexpr double FADING = 2;
+constexpr double FADING = 1;
 
 /// The squared distance of a stretch; never less than its own reach, so that the nearest one does not rule alone.
 double distance2(const BorderStretch& stretch, const Point<double, 3>& point) {
     const Point<double, 3> away = point - stretch.sheet.origin;
-    return dot(away, away) + stretch.reach * stretch.reach + stretch.radius * stretch.radius;
+    return dot(away, away) + stretch.reach * stretch.reach + stretch.bounds.radius * stretch.bounds.radius;
 }
 
 }  // namespace
@@ -36,22 +36,50 @@ struct BorderBlend::Sum {
     Point<double, 3> gradient;
 };
 
+std::uint32_t BorderBlend::nearestStretch(const Point<double, 3>& point) const {
+    std::uint32_t nearest = m_first;
+    double smallest = Box::INFINITE;
+    for (std::uint32_t i = m_first; i < m_last; ++i) {
+        const double distance = norm(point - m_border.stretches[i].bounds.centre);
+        if (distance < smallest) {
+            smallest = distance;
+            nearest = i;
+        }
+    }
+    return nearest;
+}
+
+/// The point of the triangles of a stretch that is nearest to `point`, when nearer than the one before.
+bool BorderBlend::approach(const BorderStretch& stretch, const Point<double, 3>& point, Point<double, 3>& nearest,
+                           double& smallest) const {
+    bool isNearer = false;
+    for (std::uint32_t i = stretch.first; i < stretch.last; ++i) {
+        const BorderTriangle& border = m_border.triangles[i];
+        if (!(border.bounds.leastDistance(point) < smallest)) {
+            continue;
+        }
+        const Point<double, 3> candidate = closestPoint(border.corners, point);
+        const double distance = norm(candidate - point);
+        if (distance < smallest) {
+            smallest = distance;
+            nearest = candidate;
+            isNearer = true;
+        }
+    }
+    return isNearer;
+}
+
 Point<double, 3> BorderBlend::nearestOnBorder(const Point<double, 3>& point, double& spacing) const {
     Point<double, 3> nearest = point;
     double smallest = Box::INFINITE;
+    // With a good one first, few others need a look at their triangles.
+    const std::uint32_t first = nearestStretch(point);
+    (void)approach(m_border.stretches[first], point, nearest, smallest);
+    spacing = m_border.stretches[first].spacing;
     for (std::uint32_t i = m_first; i < m_last; ++i) {
         const BorderStretch& stretch = m_border.stretches[i];
-        if (!(norm(point - stretch.centre) - stretch.radius < smallest)) {
-            continue;
-        }
-        for (std::uint32_t k = stretch.first; k < stretch.last; ++k) {
-            const Point<double, 3> candidate = closestPoint(m_border.triangles[k].corners, point);
-            const double distance = norm(candidate - point);
-            if (distance < smallest) {
-                smallest = distance;
-                nearest = candidate;
-                spacing = stretch.spacing;
-            }
+        if (stretch.bounds.leastDistance(point) < smallest && approach(stretch, point, nearest, smallest)) {
+            spacing = stretch.spacing;
         }
     }
     return nearest;

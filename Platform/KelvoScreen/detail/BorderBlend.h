@@ -34,6 +34,9 @@ public:
 private:
     struct Sum;
 
+    [[nodiscard]] std::uint32_t nearestStretch(const Point<double, 3>& point) const;
+    [[nodiscard]] bool approach(const BorderStretch& stretch, const Point<double, 3>& point, Point<double, 3>& nearest,
+                                double& smallest) const;
     [[nodiscard]] Point<double, 3> nearestOnBorder(const Point<double, 3>& point, double& spacing) const;
     [[nodiscard]] double smallestDistance2(const Point<double, 3>& point) const;
     [[nodiscard]] Sum blendAt(const Point<double, 3>& point, const Point<double, 3>& direction) const;

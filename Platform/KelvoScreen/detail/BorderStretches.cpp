@@ -26,8 +26,8 @@ constexpr double REACH_PART = 0.5;
 constexpr double ERROR_GROWTH = 1.5;
 /// ... or to this part of the distance between vertices, which is invisible beside the triangles themselves.
 constexpr double HARMLESS_ERROR = 0.01;
-/// The smallest region tells the noise, so it holds a few times as many points as a sheet has freedoms.
-constexpr std::size_t FEWEST_NOISE_POINTS = 18;
+/// The smallest region tells the noise, so it holds several times as many points as a sheet has freedoms.
+constexpr std::size_t FEWEST_NOISE_POINTS = 40;
 /// More points make a fit slower and no better.
 constexpr std::size_t MOST_FIT_POINTS = 600;
 /// Cells along the diagonal of the grid in which stretches are found; each is as long as the longest reach.
@@ -55,6 +55,10 @@ Points thinOut(Points points, std::vector<Point<double, 3>>& buffer) {
         buffer.push_back(points[i]);
     }
     return buffer;
+}
+
+BoundingSphere sphereAround(const Box& box) {
+    return {box.centre(), norm(box.upper - box.lower) / 2};
 }
 
 class Builder {
@@ -180,17 +184,24 @@ private:
             Box box;
             seed.stretch.first = static_cast<std::uint32_t>(result.triangles.size());
             for (const std::uint32_t triangle : seed.triangles) {
-                result.triangles.push_back({triangle, cornersOf(m_mesh, triangle)});
-                for (const Point<double, 3>& corner : result.triangles.back().corners) {
-                    box.add(corner);
-                }
+                result.triangles.push_back(borderTriangle(triangle, box));
             }
             seed.stretch.last = static_cast<std::uint32_t>(result.triangles.size());
-            seed.stretch.centre = box.centre();
-            seed.stretch.radius = norm(box.upper - box.lower) / 2;
+            seed.stretch.bounds = sphereAround(box);
             result.stretches.push_back(seed.stretch);
         }
         return result;
+    }
+
+    /// With the corners added to a box around all.
+    [[nodiscard]] BorderTriangle borderTriangle(std::uint32_t triangle, Box& all) const {
+        const Corners corners = cornersOf(m_mesh, triangle);
+        Box box;
+        for (const Point<double, 3>& corner : corners) {
+            box.add(corner);
+            all.add(corner);
+        }
+        return {triangle, corners, sphereAround(box)};
     }
 
     const TriangleMesh& m_mesh;

@@ -9,10 +9,20 @@
 
 namespace KelvoScreenDetail {
 
+/// Encloses triangles, so that most need no closer look.
+struct BoundingSphere {
+    Point<double, 3> centre;
+    double radius = 0;
+
+    /// No point inside is nearer to `point` than this; negative within the sphere.
+    [[nodiscard]] double leastDistance(const Point<double, 3>& point) const { return norm(point - centre) - radius; }
+};
+
 /// A triangle along the border.
 struct BorderTriangle {
     std::uint32_t triangle = 0;
     Corners corners;
+    BoundingSphere bounds;
 };
 
 /// A piece of the border that is continued by one sheet: the triangles first to last - 1 of `BorderStretches`.
@@ -21,9 +31,7 @@ struct BorderStretch {
     std::uint32_t face = 0;  ///< the smooth face of its triangles
     std::uint32_t first = 0;
     std::uint32_t last = 0;
-    /// A sphere around the triangles.
-    Point<double, 3> centre;
-    double radius = 0;
+    BoundingSphere bounds;  ///< of all its triangles
     /// About half the distance to the next stretch.
     double reach = 0;
     /// The mean distance of the vertices around.

@@ -3,6 +3,7 @@
 #include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/detail/BorderBlend.h"
 #include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/MeshTopology.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 
@@ -14,50 +15,111 @@ namespace KelvoScreenDetail {
 
 namespace {
 
-/// Finds the sheet that the ray meets nearest to its own stretch of the border.
-class NearestSheet {
-public:
-    NearestSheet(const BorderStretches& border, const Point<double, 3>& from, const RayAim& aim, int side)
-        : m_border(border), m_from(from), m_direction(aim.direction), m_length2(aim.length2), m_side(side) {}
+/// A point where the ray meets a sheet on the wanted side.
+struct SheetHit {
+    double tau = 0;
+    Point<double, 3> point;
+};
 
-    void visit(std::uint32_t index) {
-        const BorderStretch& candidate = m_border.stretches[index];
-        const double middle = dot(candidate.centre - m_from, m_direction) / m_length2;
-        const Point<double, 3> nearby = m_from + middle * m_direction;
-        // A hit lies on the ray: it is no nearer to the triangles than the ray is.
-        if (!(norm(nearby - candidate.centre) - candidate.radius <= m_distance)) {
-            return;
-        }
-        const AlongRay heights = candidate.sheet.alongRay(nearby, m_direction);
-        if (candidate.sheet.isPlane() && std::abs(heights.slope) <= ROUNDING * std::sqrt(m_length2)) {
+/// A ray, to be met with the sheets.
+class SheetRay {
+public:
+    SheetRay(const Point<double, 3>& from, const RayAim& aim, int side)
+        : m_from(from), m_direction(aim.direction), m_length2(aim.length2), m_side(side) {}
+
+    /// Where along the ray it passes a point nearest.
+    [[nodiscard]] double nearestTo(const Point<double, 3>& point) const {
+        return dot(point - m_from, m_direction) / m_length2;
+    }
+
+    [[nodiscard]] Point<double, 3> at(double tau) const { return m_from + tau * m_direction; }
+
+    /// Calls `use` for each hit, none to two.
+    template <class Use>
+    void meet(const BorderStretch& stretch, double middle, const Use& use) const {
+        const AlongRay heights = stretch.sheet.alongRay(at(middle), m_direction);
+        if (stretch.sheet.isPlane() && std::abs(heights.slope) <= ROUNDING * std::sqrt(m_length2)) {
             return;
         }
         const Zeros zeros(heights);
         for (int i = 0; i < zeros.count; ++i) {
-            offer(index, middle + zeros.tau[static_cast<std::size_t>(i)]);
+            const double tau = middle + zeros.tau[static_cast<std::size_t>(i)];
+            const Point<double, 3> point = at(tau);
+            if (tau >= 0 && isFinite(point) && sideOfSurface(m_direction, stretch.sheet.gradient(point)) == m_side) {
+                use(SheetHit{tau, point});
+            }
         }
     }
 
-    /// In units of the direction of the aim; negative until a sheet was met.
+private:
+    Point<double, 3> m_from;
+    Point<double, 3> m_direction;
+    double m_length2;
+    int m_side;
+};
+
+/// Finds the sheet that the ray meets nearest to its own stretch of the border.
+class NearestSheet {
+public:
+    NearestSheet(const BorderStretches& border, const SheetRay& ray) : m_border(border), m_ray(ray) {
+        // With a good one first, few others need a look at their triangles.
+        const std::uint32_t first = roughlyNearest();
+        if (first < m_border.stretches.size()) {
+            visit(first);
+        }
+        for (std::uint32_t i = 0; i < m_border.stretches.size(); ++i) {
+            if (i != first) {
+                visit(i);
+            }
+        }
+    }
+
+    /// In units of the direction of the aim; negative when no sheet was met.
     double tau = -1;
     std::uint32_t stretch = 0;
     std::uint32_t triangle = 0;
 
 private:
-    void offer(std::uint32_t index, double position) {
+    [[nodiscard]] std::uint32_t roughlyNearest() const {
+        double smallest = Box::INFINITE;
+        std::uint32_t nearest = MeshTopology::NONE;
+        for (std::uint32_t i = 0; i < m_border.stretches.size(); ++i) {
+            const BorderStretch& candidate = m_border.stretches[i];
+            const double middle = m_ray.nearestTo(candidate.bounds.centre);
+            if (candidate.bounds.leastDistance(m_ray.at(middle)) < smallest) {
+                m_ray.meet(candidate, middle, [&](const SheetHit& hit) {
+                    const double distance = norm(hit.point - candidate.bounds.centre);
+                    nearest = distance < smallest ? i : nearest;
+                    smallest = std::min(smallest, distance);
+                });
+            }
+        }
+        return nearest;
+    }
+
+    void visit(std::uint32_t index) {
         const BorderStretch& candidate = m_border.stretches[index];
-        const Point<double, 3> point = m_from + position * m_direction;
-        if (!(position >= 0) || !isFinite(point) ||
-            sideOfSurface(m_direction, candidate.sheet.gradient(point)) != m_side ||
-            !(norm(point - candidate.centre) - candidate.radius <= m_distance)) {
+        const double middle = m_ray.nearestTo(candidate.bounds.centre);
+        // A hit lies on the ray: it is no nearer to the triangles than the ray is.
+        if (candidate.bounds.leastDistance(m_ray.at(middle)) <= m_distance) {
+            m_ray.meet(candidate, middle, [&](const SheetHit& hit) { offer(index, hit); });
+        }
+    }
+
+    void offer(std::uint32_t index, const SheetHit& hit) {
+        const BorderStretch& candidate = m_border.stretches[index];
+        if (!(candidate.bounds.leastDistance(hit.point) <= m_distance)) {
             return;
         }
         for (std::uint32_t i = candidate.first; i < candidate.last; ++i) {
             const BorderTriangle& border = m_border.triangles[i];
-            const double distance = norm(closestPoint(border.corners, point) - point);
+            if (!(border.bounds.leastDistance(hit.point) <= m_distance)) {
+                continue;
+            }
+            const double distance = norm(closestPoint(border.corners, hit.point) - hit.point);
             if (distance < m_distance || (distance == m_distance && tau >= 0 && border.triangle < triangle)) {
                 m_distance = distance;
-                tau = position;
+                tau = hit.tau;
                 stretch = index;
                 triangle = border.triangle;
             }
@@ -65,10 +127,7 @@ private:
     }
 
     const BorderStretches& m_border;
-    Point<double, 3> m_from;
-    Point<double, 3> m_direction;
-    double m_length2;
-    int m_side;
+    const SheetRay& m_ray;
     double m_distance = Box::INFINITE;
 };
 
@@ -104,10 +163,8 @@ std::optional<MeshPoint> MeshBorder::continuedHit(const Point<double, 3>& from, 
     if (!aim.isUsable() || !isFinite(from)) {
         return std::nullopt;
     }
-    NearestSheet nearest(m_border, from, aim, side);
-    for (std::uint32_t i = 0; i < m_border.stretches.size(); ++i) {
-        nearest.visit(i);
-    }
+    const SheetRay ray(from, aim, side);
+    const NearestSheet nearest(m_border, ray);
     if (nearest.tau < 0) {
         return std::nullopt;
     }
@@ -116,16 +173,15 @@ std::optional<MeshPoint> MeshBorder::continuedHit(const Point<double, 3>& from, 
     Point<double, 3> normal = m_border.stretches[nearest.stretch].sheet.slope;
     if (face.isCurved) {
         const BorderBlend blend(m_border, face.first, face.last, normal);
-        const std::optional<BlendedHit> hit = blend.meet(from + tau * aim.direction, aim.direction);
+        const std::optional<BlendedHit> hit = blend.meet(ray.at(tau), aim.direction);
         tau += hit ? hit->tau : 0;
         if (!hit || !(tau >= 0) || sideOfSurface(aim.direction, hit->normal) != side) {
             return std::nullopt;
         }
         normal = hit->normal;
     }
-    const double t = tau * aim.scale;
-    const Point<double, 3> point = from + t * (to - from);
-    return isFinite(point) ? std::optional(MeshPoint{point, normal, t, nearest.triangle}) : std::nullopt;
+    const Point<double, 3> point = ray.at(tau);
+    return isFinite(point) ? std::optional(MeshPoint{point, normal, tau * aim.scale, nearest.triangle}) : std::nullopt;
 }
 
 }  // namespace KelvoScreenDetail
