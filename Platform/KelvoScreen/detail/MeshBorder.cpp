@@ -180,8 +180,8 @@ std::optional<MeshPoint> MeshBorder::continuedHit(const Point<double, 3>& from, 
         }
         normal = hit->normal;
     }
-    const Point<double, 3> point = ray.at(tau);
-    return isFinite(point) ? std::optional(MeshPoint{point, normal, tau * aim.scale, nearest.triangle}) : std::nullopt;
+    const MeshPoint hit{ray.at(tau), normal, tau * aim.scale, nearest.triangle};
+    return isFinite(hit.point) && std::isfinite(hit.t) ? std::optional(hit) : std::nullopt;
 }
 
 }  // namespace KelvoScreenDetail
