@@ -12,8 +12,8 @@ namespace {
 
 /// Rings of triangles whose mean is the normal of a place: enough that the noise of single ones cancels.
 constexpr int NORMAL_RINGS = 2;
-/// Rings that belong to a region whatever their size: fewer hold too few vertices for a curvature.
-constexpr int FEWEST_RINGS = 4;
+/// So many vertices belong to a region whatever their distance: fewer are too few for a curvature.
+constexpr std::size_t FEWEST_POINTS = 16;
 /// More vertices than this make a region no better and its search slow.
 constexpr std::size_t MOST_POINTS = 4000;
 /// Cosine of 45 degrees: beyond, a surface is not seen as heights over a plane any more.
@@ -66,9 +66,9 @@ void FaceRegion::grow(std::uint32_t triangle, const Point<double, 3>& place, dou
     m_normal = meanNormal(triangle);
     m_points.clear();
     double area = 0;
-    const auto accept = [&](std::uint32_t other, int ring) {
+    const auto accept = [&](std::uint32_t other, int /*ring*/) {
         const Point<double, 3>& normal = m_faces.normals()[other];
-        const bool isNear = ring <= FEWEST_RINGS || distanceTo(other, place) <= radius;
+        const bool isNear = m_points.size() < FEWEST_POINTS || distanceTo(other, place) <= radius;
         const bool isFlat = normal == Point<double, 3>{} || dot(normal, m_normal) >= FLATTEST_COSINE;
         return isNear && isFlat && m_points.size() < MOST_POINTS;
     };

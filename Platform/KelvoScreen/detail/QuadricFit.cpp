@@ -15,9 +15,12 @@ namespace {
 
 /// Rounds of fitting, each in the frame of the one before. On a sphere the error shrinks tenfold in each where the
 /// points reach a third of the radius, and by half at three quarters.
-constexpr int MOST_ROUNDS = 24;
+constexpr int MOST_ROUNDS = 40;
 /// The change of all coefficients, those of lengths in units of the radius, below which no further round is needed.
 constexpr double SETTLED = 1e-13;
+
+/// The same change after the last round, above which the fit does not tell what the surface is.
+constexpr double UNSETTLED = 1e-2;
 
 /// Information per point about a curvature, in units of the radius, that is too little to tell it: that of a strip
 /// about a tenth as wide as long. (A half disc has 1e-3, a disc 1e-2.)
@@ -171,9 +174,8 @@ std::optional<QuadricSheet> fitPlane(std::span<const Point<double, 3>> points, c
     return largestHeight(plane, points) <= noise ? std::optional(plane) : std::nullopt;
 }
 
-bool isSettled(const Coefficients& c, double across, double acrossBefore) {
-    return std::max({std::abs(c.height), std::abs(c.slopeX), std::abs(c.slopeY), std::abs(across - acrossBefore)}) <
-           SETTLED;
+double change(const Coefficients& c, double across, double acrossBefore) {
+    return std::max({std::abs(c.height), std::abs(c.slopeX), std::abs(c.slopeY), std::abs(across - acrossBefore)});
 }
 
 }  // namespace
@@ -188,6 +190,7 @@ std::optional<FittedSheet> fitSheet(std::span<const Point<double, 3>> points, co
         return FittedSheet{*plane, 0};
     }
     double across = 0;
+    double moved = 1;
     Coefficients c;
     for (int round = 0; round < MOST_ROUNDS; ++round) {
         if (!solveIn(frame, points, radius, across, c)) {
@@ -195,13 +198,15 @@ std::optional<FittedSheet> fitSheet(std::span<const Point<double, 3>> points, co
         }
         const double before = across;
         across = c.across();
-        if (std::max({std::abs(c.xx), std::abs(c.xy), std::abs(c.yy)}) > LARGEST_CURVATURE) {
-            return std::nullopt;
-        }
-        if (isSettled(c, across, before)) {
+        moved = change(c, across, before);
+        if (!(moved > SETTLED)) {
             break;
         }
         frame = Frame(frame.origin + (c.height * radius) * frame.z, frame.z - c.slopeX * frame.x - c.slopeY * frame.y);
+    }
+    const double curvature = std::max({std::abs(c.xx), std::abs(c.xy), std::abs(c.yy)});
+    if (!(moved <= UNSETTLED && curvature <= LARGEST_CURVATURE)) {
+        return std::nullopt;
     }
     const QuadricSheet sheet = sheetOf(frame, c, across, radius);
     return FittedSheet{sheet, errorOf(sheet, points)};
