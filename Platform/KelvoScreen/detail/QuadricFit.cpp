@@ -162,15 +162,22 @@ double errorOf(const QuadricSheet& sheet, std::span<const Point<double, 3>> poin
     return std::sqrt(sum / (static_cast<double>(points.size()) - FREEDOMS));
 }
 
-/// The plane of the points when they lie in one.
-std::optional<QuadricSheet> fitPlane(std::span<const Point<double, 3>> points, const Frame& frame, double radius,
+Frame turned(const Frame& frame, const Coefficients& c, double radius) {
+    return {frame.origin + (c.height * radius) * frame.z, frame.z - c.slopeX * frame.x - c.slopeY * frame.y};
+}
+
+/// The plane of the points when they lie in one. It takes two rounds, since the first one rounds in a tilted frame.
+std::optional<QuadricSheet> fitPlane(std::span<const Point<double, 3>> points, Frame frame, double radius,
                                      double noise) {
     Coefficients c;
-    if (!solveIn(frame, points, radius, 0, c)) {
-        return std::nullopt;
+    for (int round = 0; round < 2; ++round) {
+        if (!solveIn(frame, points, radius, 0, c)) {
+            return std::nullopt;
+        }
+        c.xx = c.xy = c.yy = 0;
+        frame = turned(frame, c, radius);
     }
-    c.xx = c.xy = c.yy = 0;
-    const QuadricSheet plane = sheetOf(frame, c, 0, radius);
+    const QuadricSheet plane = sheetOf(frame, {}, 0, radius);
     return largestHeight(plane, points) <= noise ? std::optional(plane) : std::nullopt;
 }
 
@@ -202,7 +209,7 @@ std::optional<FittedSheet> fitSheet(std::span<const Point<double, 3>> points, co
         if (!(moved > SETTLED)) {
             break;
         }
-        frame = Frame(frame.origin + (c.height * radius) * frame.z, frame.z - c.slopeX * frame.x - c.slopeY * frame.y);
+        frame = turned(frame, c, radius);
     }
     const double curvature = std::max({std::abs(c.xx), std::abs(c.xy), std::abs(c.yy)});
     if (!(moved <= UNSETTLED && curvature <= LARGEST_CURVATURE)) {
