@@ -181,6 +181,64 @@ void addRayPair(const std::string& name, const std::vector<Ray>& rays) {
         LIMIT);
 }
 
+/// Half a sphere with a border, about a million triangles: no bumps, so that its continuation is one sphere.
+const MeshScreen& dome() {
+    static const MeshScreen theDome([] {
+        TriangleMesh mesh;
+        for (int row = 0; row <= ROWS; ++row) {
+            for (int column = 0; column <= COLUMNS; ++column) {
+                const double azimuth = std::numbers::pi * (1.0 * column / COLUMNS - 0.5);
+                const double elevation = std::numbers::pi * (0.4 * row / ROWS - 0.05);
+                mesh.vertices.push_back({RADIUS * std::sin(azimuth) * std::cos(elevation),
+                                         RADIUS * std::cos(azimuth) * std::cos(elevation),
+                                         RADIUS * std::sin(elevation)});
+            }
+        }
+        const auto index = [](int row, int column) { return static_cast<std::uint32_t>(row * (COLUMNS + 1) + column); };
+        for (int row = 0; row < ROWS; ++row) {
+            for (int column = 0; column < COLUMNS; ++column) {
+                mesh.triangles.push_back({index(row, column), index(row + 1, column + 1), index(row, column + 1)});
+                mesh.triangles.push_back({index(row, column), index(row + 1, column), index(row + 1, column + 1)});
+            }
+        }
+        return mesh;
+    }());
+    return theDome;
+}
+
+/// Rays to just below the dome, or as far above its lower border.
+std::vector<Ray> borderRays(bool isBelow) {
+    constexpr int COUNT = 1000;
+    const Vector eye{0.5, -1.0, 0.25};
+    std::vector<Ray> rays;
+    for (int i = 0; i < COUNT; ++i) {
+        const double azimuth = std::numbers::pi * (0.9 * i / COUNT - 0.45);
+        const double elevation = -0.05 * std::numbers::pi + (isBelow ? -0.1 : 0.1);
+        rays.emplace_back(eye, RADIUS * Vector{std::sin(azimuth) * std::cos(elevation),
+                                               std::cos(azimuth) * std::cos(elevation), std::sin(elevation)});
+    }
+    return rays;
+}
+
+Answer askPastBorder(const Ray& ray) {
+    const IntersectionSet hits = dome().intersectExtrapolatedWithSpecifiedNormal(ray.first, ray.second, 1);
+    return hits.empty() ? Answer{} : Answer{hits.first().point, {}, 1};
+}
+
+Answer askWithinBorder(const Ray& ray) {
+    const IntersectionSet hits = dome().intersect(ray.first, ray.second);
+    return hits.empty() ? Answer{} : Answer{hits.first().point, {}, 1};
+}
+
+/// A ray past the border beside one that hits the mesh: outlines have hundreds of the former, grids thousands of the
+/// latter.
+void addContinuationPair(const std::vector<Ray>& past, const std::vector<Ray>& within) {
+    constexpr double LIMIT = 60;
+    ratio::pair(
+        "mesh_ray_past_border", [&past](benchmark::State& state) { castAll(state, past, askPastBorder); },
+        [&within](benchmark::State& state) { castAll(state, within, askWithinBorder); }, LIMIT);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -190,5 +248,9 @@ int main(int argc, char** argv) {
     (void)reference();
     addRayPair("mesh_ray_coherent", coherent);
     addRayPair("mesh_ray_random", random);
+    const std::vector<Ray> past = borderRays(true);
+    const std::vector<Ray> within = borderRays(false);
+    (void)askPastBorder(past.front());
+    addContinuationPair(past, within);
     return ratio::run(argc, argv);
 }

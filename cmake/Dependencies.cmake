@@ -1,6 +1,7 @@
 # Every third-party package, in one place. Their Debian packages are listed in packages.txt.
 find_package(log4cxx 1.0 REQUIRED)
 find_package(PointCloudLibrary 1.11 REQUIRED)
+find_package(Eigen3 3.4 REQUIRED NO_MODULE)
 find_package(embree 3.13 REQUIRED)
 find_package(LibXml2 2.9 REQUIRED)
 find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)

@@ -10,7 +10,10 @@
 #include "Configuration/UnitConverter.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DravixDiagnostics/DravixDiagnostics.h"
+#include "KelvoScreen/CylinderScreen.h"
 #include "KelvoScreen/FlatScreen.h"
+#include "KelvoScreen/RuledSurfaceScreen.h"
+#include "KelvoScreen/SphericalScreen.h"
 
 #include <array>
 #include <exception>
@@ -59,7 +62,12 @@ struct NumericShape {
 
 /// In the order in which a shape name is compared.
 const NumericShape* findNumericShape(const std::wstring& name) {
-    static const std::array SHAPES{NumericShape{BaseConfig::SHAPE_FLAT, rebuildIfDifferent<FlatScreen>}};
+    static const std::array SHAPES{
+        NumericShape{BaseConfig::SHAPE_SPHERE, rebuildIfDifferent<SphericalScreen>},
+        NumericShape{BaseConfig::SHAPE_CYLINDER, rebuildIfDifferent<CylinderScreen>},
+        NumericShape{BaseConfig::SHAPE_RULED, rebuildIfDifferent<RuledSurfaceScreen>},
+        NumericShape{BaseConfig::SHAPE_FLAT, rebuildIfDifferent<FlatScreen>},
+    };
     for (const NumericShape& shape : SHAPES) {
         if (shape.name == name) {
             return &shape;

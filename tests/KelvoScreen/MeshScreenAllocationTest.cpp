@@ -53,6 +53,28 @@ TEST(MeshScreenAllocation, ARayItsNormalAndItsSideAllocateNothing) {
     EXPECT_GT(hits, 900);
 }
 
+TEST(MeshScreenAllocation, ARayPastTheBorderAllocatesNothing) {
+    // A shallow bowl, seen from its inside.
+    const MeshScreen screen(meshes::surface(20, 20, [](double s, double t) {
+        const Vector flat{2 * s - 1, 2 * t - 1, 0.0};
+        return flat + Vector{0.0, 0.0, 0.1 * dot(flat, flat)};
+    }));
+    (void)screen.intersectExtrapolatedWithSpecifiedNormal({0.0, 0.0, 1.0}, {3.0, 0.0, 0.0}, 1);
+    oracle::Random random(93);
+    const std::size_t before = allocationCount;
+    int continued = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Vector from = Vector{0.0, 0.0, 2.0} + 0.5 * random.inCube();
+        const Vector to = 2.0 * random.inCube() - Vector{0.0, 0.0, 2.0};
+        for (const int side : {-1, 1}) {
+            const bool isHit = !screen.intersectExtrapolatedWithSpecifiedNormal(from, to, side).empty();
+            continued += isHit && screen.intersect(from, to).empty() ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_GT(continued, 100);
+}
+
 TEST(MeshScreenAllocation, TheSearchForABarePointAllocatesNothing) {
     const MeshScreen screen(meshes::room(6));
     (void)screen.getScreenNormal({0.0, 0.0, 0.0});

@@ -76,12 +76,16 @@ TriangleMesh place(TriangleMesh mesh, const Placement& placement) {
 }
 
 TriangleMesh wall(double width, double height, int columns, int rows) {
+    return surface(columns, rows, [&](double s, double t) { return Vector{s * width, 0.0, t * height}; });
+}
+
+TriangleMesh surface(int columns, int rows, const std::function<Vector(double s, double t)>& pointAt) {
     TriangleMesh mesh;
     for (int row = 0; row <= rows; ++row) {
         for (int column = 0; column <= columns; ++column) {
             const double s = 1.0 * column / columns;
             const double t = 1.0 * row / rows;
-            mesh.vertices.push_back({s * width, 0.0, t * height});
+            mesh.vertices.push_back(pointAt(s, t));
             mesh.textureCoordinates.push_back({s, t});
         }
     }
@@ -96,6 +100,14 @@ TriangleMesh wall(double width, double height, int columns, int rows) {
     }
     mesh.textureTriangles = mesh.triangles;
     return mesh;
+}
+
+TriangleMesh sampled(const ScreenGeometry& screen, int columns, int rows) {
+    return surface(columns, rows, [&screen](double s, double t) {
+        Vector point;
+        (void)screen.mapInto3D({s, t}, point, false);
+        return point;
+    });
 }
 
 TriangleMesh bumpyBall(double radius, int rows, int columns) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/TriangleMesh.h"
+
+#include <functional>
 
 /// Meshes of known shape for the tests.
 namespace meshes {
@@ -17,6 +20,14 @@ struct Placement {
 /// 1), cut into columns x rows cells of two triangles. Triangles of cell (column, row): 2 (row * columns + column)
 /// below its diagonal, which rises to the right, and the next one above.
 [[nodiscard]] TriangleMesh wall(double width, double height, int columns, int rows);
+
+/// The surface that a function gives over [0, 1] x [0, 1], cut into columns x rows cells like those of `wall`, with (s,
+/// t) as texture coordinates; normal along (d/dt) x (d/ds).
+[[nodiscard]] TriangleMesh surface(int columns, int rows,
+                                   const std::function<Point<double, 3>(double s, double t)>& pointAt);
+
+/// The same of a screen that maps all of [0, 1] x [0, 1]: its twin.
+[[nodiscard]] TriangleMesh sampled(const ScreenGeometry& screen, int columns, int rows);
 
 /// A closed dome-like ball around the origin whose radius varies by a tenth: rows x columns cells, triangles at the
 /// poles, wound outwards. No texture coordinates.

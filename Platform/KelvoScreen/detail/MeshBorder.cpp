@@ -1,130 +1,187 @@
 #include "KelvoScreen/detail/MeshBorder.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/BorderBlend.h"
 #include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/MeshTopology.h"
+#include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <numeric>
-#include <tuple>
-#include <utility>
 
 namespace KelvoScreenDetail {
 
 namespace {
 
-/// For each vertex the lowest one at the same place.
-std::vector<std::uint32_t> mergeVertices(const std::vector<Point<double, 3>>& vertices) {
-    std::vector<std::uint32_t> order(vertices.size());
-    std::iota(order.begin(), order.end(), 0U);
-    std::sort(order.begin(), order.end(), [&vertices](std::uint32_t a, std::uint32_t b) {
-        return vertices[a] == vertices[b] ? a < b : vertices[a] < vertices[b];
-    });
-    std::vector<std::uint32_t> merged(vertices.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        const bool same = i > 0 && vertices[order[i]] == vertices[order[i - 1]];
-        merged[order[i]] = same ? merged[order[i - 1]] : order[i];
-    }
-    return merged;
-}
-
-struct Edge {
-    std::uint32_t low;
-    std::uint32_t high;
-    std::uint32_t triangle;
+/// A point where the ray meets a sheet on the wanted side.
+struct SheetHit {
+    double tau = 0;
+    Point<double, 3> point;
 };
 
-bool areAlike(const Edge& a, const Edge& b) {
-    return a.low == b.low && a.high == b.high;
-}
+/// A ray, to be met with the sheets.
+class SheetRay {
+public:
+    SheetRay(const Point<double, 3>& from, const RayAim& aim, int side)
+        : m_from(from), m_direction(aim.direction), m_length2(aim.length2), m_side(side) {}
 
-std::vector<Edge> sortedEdges(const TriangleMesh& mesh) {
-    const std::vector<std::uint32_t> merged = mergeVertices(mesh.vertices);
-    std::vector<Edge> edges;
-    edges.reserve(3 * mesh.triangles.size());
-    for (std::uint32_t triangle = 0; triangle < mesh.triangles.size(); ++triangle) {
-        const TriangleMesh::Triangle& corners = mesh.triangles[triangle];
-        for (std::size_t i = 0; i < 3; ++i) {
-            const auto [low, high] = std::minmax(merged[corners[i]], merged[corners[(i + 1) % 3]]);
-            if (low != high) {
-                edges.push_back({low, high, triangle});
+    /// Where along the ray it passes a point nearest.
+    [[nodiscard]] double nearestTo(const Point<double, 3>& point) const {
+        return dot(point - m_from, m_direction) / m_length2;
+    }
+
+    [[nodiscard]] Point<double, 3> at(double tau) const { return m_from + tau * m_direction; }
+
+    /// Calls `use` for each hit, none to two.
+    template <class Use>
+    void meet(const BorderStretch& stretch, double middle, const Use& use) const {
+        const AlongRay heights = stretch.sheet.alongRay(at(middle), m_direction);
+        if (stretch.sheet.isPlane() && std::abs(heights.slope) <= ROUNDING * std::sqrt(m_length2)) {
+            return;
+        }
+        const Zeros zeros(heights);
+        for (int i = 0; i < zeros.count; ++i) {
+            const double tau = middle + zeros.tau[static_cast<std::size_t>(i)];
+            const Point<double, 3> point = at(tau);
+            if (tau >= 0 && isFinite(point) && sideOfSurface(m_direction, stretch.sheet.gradient(point)) == m_side) {
+                use(SheetHit{tau, point});
             }
         }
     }
-    std::sort(edges.begin(), edges.end(),
-              [](const Edge& a, const Edge& b) { return std::tie(a.low, a.high) < std::tie(b.low, b.high); });
-    return edges;
-}
 
-std::vector<std::uint32_t> borderTriangles(const TriangleMesh& mesh) {
-    const std::vector<Edge> edges = sortedEdges(mesh);
-    std::vector<std::uint32_t> triangles;
-    for (auto run = edges.begin(); run != edges.end();) {
-        const auto end = std::find_if(run, edges.end(), [run](const Edge& edge) { return !areAlike(edge, *run); });
-        if (end - run == 1) {
-            triangles.push_back(run->triangle);
+private:
+    Point<double, 3> m_from;
+    Point<double, 3> m_direction;
+    double m_length2;
+    int m_side;
+};
+
+/// Finds the sheet that the ray meets nearest to its own stretch of the border.
+class NearestSheet {
+public:
+    NearestSheet(const BorderStretches& border, const SheetRay& ray) : m_border(border), m_ray(ray) {
+        // With a good one first, few others need a look at their triangles.
+        const std::uint32_t first = roughlyNearest();
+        if (first < m_border.stretches.size()) {
+            visit(first);
         }
-        run = end;
+        for (std::uint32_t i = 0; i < m_border.stretches.size(); ++i) {
+            if (i != first) {
+                visit(i);
+            }
+        }
     }
-    std::sort(triangles.begin(), triangles.end());
-    triangles.erase(std::unique(triangles.begin(), triangles.end()), triangles.end());
-    return triangles;
-}
 
-/// Where a ray meets a plane at t >= 0; nothing when it runs along it.
-std::optional<MeshPoint> hitPlane(const Point<double, 3>& from, const Point<double, 3>& direction,
-                                  const Point<double, 3>& planePoint, const Point<double, 3>& normal) {
-    const double approach = dot(direction, normal);
-    if (!(std::abs(approach) > ROUNDING * norm(direction))) {
-        return std::nullopt;
+    /// In units of the direction of the aim; negative when no sheet was met.
+    double tau = -1;
+    std::uint32_t stretch = 0;
+    std::uint32_t triangle = 0;
+
+private:
+    [[nodiscard]] std::uint32_t roughlyNearest() const {
+        double smallest = Box::INFINITE;
+        std::uint32_t nearest = MeshTopology::NONE;
+        for (std::uint32_t i = 0; i < m_border.stretches.size(); ++i) {
+            const BorderStretch& candidate = m_border.stretches[i];
+            const double middle = m_ray.nearestTo(candidate.bounds.centre);
+            if (candidate.bounds.leastDistance(m_ray.at(middle)) < smallest) {
+                m_ray.meet(candidate, middle, [&](const SheetHit& hit) {
+                    const double distance = norm(hit.point - candidate.bounds.centre);
+                    nearest = distance < smallest ? i : nearest;
+                    smallest = std::min(smallest, distance);
+                });
+            }
+        }
+        return nearest;
     }
-    const double t = dot(planePoint - from, normal) / approach;
-    const Point<double, 3> point = from + t * direction;
-    if (!(t >= 0) || !isFinite(point)) {
-        return std::nullopt;
+
+    void visit(std::uint32_t index) {
+        const BorderStretch& candidate = m_border.stretches[index];
+        const double middle = m_ray.nearestTo(candidate.bounds.centre);
+        // A hit lies on the ray: it is no nearer to the triangles than the ray is.
+        if (candidate.bounds.leastDistance(m_ray.at(middle)) <= m_distance) {
+            m_ray.meet(candidate, middle, [&](const SheetHit& hit) { offer(index, hit); });
+        }
     }
-    return MeshPoint{point, normal, t, 0};
-}
+
+    void offer(std::uint32_t index, const SheetHit& hit) {
+        const BorderStretch& candidate = m_border.stretches[index];
+        if (!(candidate.bounds.leastDistance(hit.point) <= m_distance)) {
+            return;
+        }
+        for (std::uint32_t i = candidate.first; i < candidate.last; ++i) {
+            const BorderTriangle& border = m_border.triangles[i];
+            if (!(border.bounds.leastDistance(hit.point) <= m_distance)) {
+                continue;
+            }
+            const double distance = norm(closestPoint(border.corners, hit.point) - hit.point);
+            if (distance < m_distance || (distance == m_distance && tau >= 0 && border.triangle < triangle)) {
+                m_distance = distance;
+                tau = hit.tau;
+                stretch = index;
+                triangle = border.triangle;
+            }
+        }
+    }
+
+    const BorderStretches& m_border;
+    const SheetRay& m_ray;
+    double m_distance = Box::INFINITE;
+};
 
 }  // namespace
 
-MeshBorder::MeshBorder(const TriangleMesh& mesh) {
-    for (const std::uint32_t triangle : borderTriangles(mesh)) {
-        const Corners corners = cornersOf(mesh, triangle);
-        if (hasArea(corners)) {
-            m_triangles.push_back({triangle, corners, unitNormal(corners)});
+MeshBorder::MeshBorder(const TriangleMesh& mesh) : m_border(borderStretches(mesh)) {
+    for (std::uint32_t i = 0; i < m_border.stretches.size(); ++i) {
+        if (i == 0 || m_border.stretches[i].face != m_border.stretches[i - 1].face) {
+            m_faces.push_back({i, i, false});
         }
+        ++m_faces.back().last;
+        m_faces.back().isCurved = m_faces.back().isCurved || !m_border.stretches[i].sheet.isPlane();
     }
 }
 
 std::vector<std::uint32_t> MeshBorder::triangles() const {
     std::vector<std::uint32_t> triangles;
-    for (const BorderTriangle& border : m_triangles) {
+    for (const BorderTriangle& border : m_border.triangles) {
         triangles.push_back(border.triangle);
     }
+    std::sort(triangles.begin(), triangles.end());
     return triangles;
+}
+
+const MeshBorder::Face& MeshBorder::faceOf(std::uint32_t stretch) const {
+    return *std::partition_point(m_faces.begin(), m_faces.end(),
+                                 [stretch](const Face& face) { return face.last <= stretch; });
 }
 
 std::optional<MeshPoint> MeshBorder::continuedHit(const Point<double, 3>& from, const Point<double, 3>& to,
                                                   int side) const {
-    const Point<double, 3> direction = to - from;
-    std::optional<MeshPoint> best;
-    double smallest = Box::INFINITE;
-    for (const BorderTriangle& border : m_triangles) {
-        if (sideOfSurface(direction, border.normal) != side) {
-            continue;
-        }
-        const std::optional<MeshPoint> hit = hitPlane(from, direction, border.corners[0], border.normal);
-        const double distance = hit ? norm(closestPoint(border.corners, hit->point) - hit->point) : Box::INFINITE;
-        if (distance < smallest) {
-            smallest = distance;
-            best = hit;
-            best->triangle = border.triangle;
-        }
+    const RayAim aim(from, to);
+    if (!aim.isUsable() || !isFinite(from)) {
+        return std::nullopt;
     }
-    return best;
+    const SheetRay ray(from, aim, side);
+    const NearestSheet nearest(m_border, ray);
+    if (nearest.tau < 0) {
+        return std::nullopt;
+    }
+    const Face& face = faceOf(nearest.stretch);
+    double tau = nearest.tau;
+    Point<double, 3> normal = m_border.stretches[nearest.stretch].sheet.slope;
+    if (face.isCurved) {
+        const BorderBlend blend(m_border, face.first, face.last, normal);
+        const std::optional<BlendedHit> hit = blend.meet(ray.at(tau), aim.direction);
+        tau += hit ? hit->tau : 0;
+        if (!hit || !(tau >= 0) || sideOfSurface(aim.direction, hit->normal) != side) {
+            return std::nullopt;
+        }
+        normal = hit->normal;
+    }
+    const MeshPoint hit{ray.at(tau), normal, tau * aim.scale, nearest.triangle};
+    return isFinite(hit.point) && std::isfinite(hit.t) ? std::optional(hit) : std::nullopt;
 }
 
 }  // namespace KelvoScreenDetail

@@ -1,5 +1,6 @@
 #include "KelvoScreen/detail/ScreenSampling.h"
 
+#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 namespace KelvoScreenDetail {
@@ -62,6 +63,25 @@ double snapToEdge(double coordinate) {
         return 0;
     }
     return coordinate > 1 && coordinate <= 1 + PARAMETER_TOLERANCE ? 1 : coordinate;
+}
+
+bool storeIfFinite(const Point<double, 3>& point, Point<double, 3>& out) {
+    if (!isFinite(point)) {
+        return false;
+    }
+    out = point;
+    return true;
+}
+
+IntersectionSet keepSide(const IScreenGeometry& screen, const IntersectionSet& hits, const Point<double, 3>& direction,
+                         int sign) {
+    IntersectionSet kept;
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+        if (sideOfSurface(direction, screen.getScreenNormal(hits[i].point)) == sign) {
+            kept.add(hits[i]);
+        }
+    }
+    return kept;
 }
 
 }  // namespace KelvoScreenDetail

@@ -21,4 +21,16 @@ void sampleRow(const IScreenGeometry& screen, double y, double xMin, double xMax
 /// Moves a normalised coordinate that is up to PARAMETER_TOLERANCE outside [0, 1] onto the edge; others stay.
 [[nodiscard]] double snapToEdge(double coordinate);
 
+/// True when both coordinates are in [0, 1].
+[[nodiscard]] inline bool isWithinUnit(double s, double t) {
+    return s >= 0 && s <= 1 && t >= 0 && t <= 1;
+}
+
+/// Stores a mapped point; false, with `out` untouched, when it is not finite.
+[[nodiscard]] bool storeIfFinite(const Point<double, 3>& point, Point<double, 3>& out);
+
+/// The hits whose side, by the screen's own normal at each, is `sign`.
+[[nodiscard]] IntersectionSet keepSide(const IScreenGeometry& screen, const IntersectionSet& hits,
+                                       const Point<double, 3>& direction, int sign);
+
 }  // namespace KelvoScreenDetail

@@ -2,6 +2,8 @@
 
 #include "Common/VeltraniException.h"
 
+#include "KelvoScreen/SphericalScreen.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -153,6 +155,36 @@ TEST(SnapToEdge, MovesWhatIsABillionthOutsideOntoTheEdge) {
     EXPECT_EQ(KelvoScreenDetail::snapToEdge(1 + 1.001e-9), 1 + 1.001e-9);
     EXPECT_EQ(KelvoScreenDetail::snapToEdge(1e-12), 1e-12) << "inside nothing moves";
     EXPECT_TRUE(std::isnan(KelvoScreenDetail::snapToEdge(std::numeric_limits<double>::quiet_NaN())));
+}
+
+TEST(IsWithinUnit, IncludesTheEdgesAndNoNaN) {
+    EXPECT_TRUE(KelvoScreenDetail::isWithinUnit(0, 1));
+    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(-1e-300, 0.5));
+    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(0.5, 1.0000000000000002));
+    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(std::numeric_limits<double>::quiet_NaN(), 0.5));
+    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(0.5, std::numeric_limits<double>::quiet_NaN()));
+}
+
+TEST(StoreIfFinite, LeavesTheOutputAloneOtherwise) {
+    Vector out{7.0, 8.0, 9.0};
+    EXPECT_FALSE(KelvoScreenDetail::storeIfFinite({0.0, std::numeric_limits<double>::infinity(), 0.0}, out));
+    EXPECT_EQ(out, (Vector{7.0, 8.0, 9.0}));
+    EXPECT_TRUE(KelvoScreenDetail::storeIfFinite({1.0, 2.0, 3.0}, out));
+    EXPECT_EQ(out, (Vector{1.0, 2.0, 3.0}));
+}
+
+TEST(KeepSide, KeepsTheHitsWithThatSideInTheirOrder) {
+    // A sphere's normal points outward: the ray enters from side -1 and leaves from side +1.
+    const SphericalScreen sphere(Vector{}, 1, -4 * std::atan(1.0), 4 * std::atan(1.0), -2 * std::atan(1.0),
+                                 2 * std::atan(1.0));
+    const IntersectionSet hits{{{0.0, -1.0, 0.0}, 1}, {{0.0, 1.0, 0.0}, 3}};
+    const Vector direction{0.0, 2.0, 0.0};
+    ASSERT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, -1).size(), 1U);
+    EXPECT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, -1).first().t, 1);
+    ASSERT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, 1).size(), 1U);
+    EXPECT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, 1).first().t, 3);
+    EXPECT_TRUE(KelvoScreenDetail::keepSide(sphere, hits, direction, 0).empty());
+    EXPECT_EQ(KelvoScreenDetail::keepSide(sphere, hits, {1.0, 0.0, 0.0}, 0).size(), 2U);
 }
 
 }  // namespace

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "KelvoScreen/detail/LimitSearch.h"
+
+namespace KelvoScreenDetail {
+
+/// Angles come from degrees and from single precision: up to this far (radians) beyond a pole or a whole turn counts as
+/// the pole or the whole turn.
+inline constexpr double ANGLE_TOLERANCE = 1e-9;
+
+/// A range of azimuths, limits included; azimuth = atan2(x, y). Asked without any trigonometry.
+class AzimuthSector {
+public:
+    /// The whole turn.
+    AzimuthSector() = default;
+    /// From `min`, growing, to `max` (radians). See `isRange`.
+    AzimuthSector(double min, double max);
+
+    /// True when these limits make a sector: finite, growing, no more than one turn.
+    [[nodiscard]] static bool isRange(double min, double max);
+
+    [[nodiscard]] bool isWhole() const { return m_isWhole; }
+
+    /// True for every point when the sector is whole, and for x = y = 0 always.
+    [[nodiscard]] bool contains(double x, double y) const {
+        if (m_isWhole) {
+            return true;
+        }
+        // The distances from the two limiting half-planes, positive inwards.
+        const double fromMin = x * m_min[1] - y * m_min[0];
+        const double fromMax = y * m_max[0] - x * m_max[1];
+        return m_isWide ? fromMin >= 0 || fromMax >= 0
+                        : fromMin >= 0 && fromMax >= 0 && x * m_middle[0] + y * m_middle[1] >= 0;
+    }
+
+    /// The half-plane of the nearest limit, seen from a place beyond it.
+    [[nodiscard]] LimitPlane limitPlane(const Point<double, 3>& place, const Point<double, 3>& direction) const;
+
+    /// The limit nearest to the direction (x, y), as a unit vector.
+    [[nodiscard]] const Point<double, 2>& nearestLimit(double x, double y) const;
+
+private:
+    Point<double, 2> m_min, m_middle, m_max;  ///< unit vectors (sin, cos)
+    bool m_isWhole = true;
+    bool m_isWide = true;  ///< more than half a turn
+};
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "KelvoScreen/IntersectionSet.h"
+#include "KelvoScreen/detail/AzimuthSector.h"
+#include "KelvoScreen/detail/Placement.h"
+
+namespace KelvoScreenDetail {
+
+/// The numbers of a part of a cylinder; see `CylinderScreen`.
+struct CylinderNumbers {
+    Point<double, 3> centre;
+    Point<double, 3> orientation;  ///< angles for `Veltrani::rotationZXY`
+    double radius = 0;
+    double height = 0;
+    double azimuthMin = 0;
+    double azimuthMax = 0;
+};
+
+/// The wall of a cylinder between limits: what a cylinder screen computes, without its description.
+class CylinderSurface {
+public:
+    explicit CylinderSurface(const CylinderNumbers& numbers);
+
+    [[nodiscard]] const CylinderNumbers& numbers() const { return m_numbers; }
+    [[nodiscard]] bool isValid() const { return m_isValid; }
+
+    /// Hits within the limits; none when the surface is not valid.
+    [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// Hits of the endless cylinder; none when the surface is not valid.
+    [[nodiscard]] IntersectionSet intersectEndless(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// Outward at the nearest point of the endless cylinder; zero for a NaN.
+    [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const;
+    /// The point at (s, t); not finite when (s, t) or the result is not.
+    [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
+
+private:
+    [[nodiscard]] static bool areValid(const CylinderNumbers& numbers);
+    template <class Limit>
+    [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
+                                       const Limit& limit) const;
+    [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
+    /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
+    [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
+
+    CylinderNumbers m_numbers;
+    Placement m_placement;
+    AzimuthSector m_sector;
+    double m_extent = 0;  ///< the largest coordinate of the surface: the unit of its rounding
+    bool m_isValid = false;
+};
+
+}  // namespace KelvoScreenDetail

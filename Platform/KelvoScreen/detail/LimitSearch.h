@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "KelvoScreen/detail/Rounding.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace KelvoScreenDetail {
+
+/// How far along a ray a hit is uncertain when the ray is known to `tolerance` across: a length. For a touching ray,
+/// where the angle says nothing, the curvature of a surface as large as the coordinates bounds it.
+///
+/// @param cosine of the angle between the ray and the normal
+[[nodiscard]] inline double uncertaintyAlong(double tolerance, double cosine) {
+    constexpr double SMALLEST_COSINE = 0x1p-24;
+    static_assert(SMALLEST_COSINE * SMALLEST_COSINE == ROUNDING);
+    return tolerance / std::max(std::abs(cosine), SMALLEST_COSINE);
+}
+
+/// A hit in the own frame of a shape.
+struct OwnHit {
+    Point<double, 3> place;
+    double t = 0;
+};
+
+/// A plane in which a surface ends, seen from a hit.
+struct LimitPlane {
+    double distance = 0;  ///< of the hit from the plane, with a sign
+    double approach = 0;  ///< change of that distance per unit of the direction of the ray
+};
+
+/// Decides whether a ray whose hit lies beyond a limit of the surface passes the limit so closely that it hits it.
+///
+/// Closeness is measured across the ray, as a length. Along the ray a grazing hit is uncertain by far more: the hit may
+/// slide that far, to the plane of the limit, before it is moved onto the limit itself.
+class LimitSearch {
+public:
+    /// @param outward unit normal at the hit
+    LimitSearch(const Point<double, 3>& direction, double directionLength2, const Point<double, 3>& outward,
+                double tolerance)
+        : m_direction(direction), m_length2(directionLength2), m_tolerance(tolerance) {
+        const double length = std::sqrt(directionLength2);
+        m_reach = FARTHEST_SLIDE * uncertaintyAlong(tolerance, dot(direction, outward) / length);
+        m_reachT = m_reach / length;
+    }
+
+    /// @param moveWithinLimits the point of the surface within its limits nearest to a given one
+    /// @return false, with the hit unchanged, when the ray misses the limit
+    template <class MoveWithinLimits>
+    [[nodiscard]] bool move(const std::array<LimitPlane, 2>& planes, const MoveWithinLimits& moveWithinLimits,
+                            OwnHit& hit) const {
+        if (!(norm(moveWithinLimits(hit.place) - hit.place) <= m_reach)) {
+            return false;
+        }
+        const std::array<double, 3> slides{0.0, -planes[0].distance / planes[0].approach,
+                                           -planes[1].distance / planes[1].approach};
+        return std::any_of(slides.begin(), slides.end(), [&](double slide) {
+            return std::abs(slide) <= m_reachT && moveFrom(slide, moveWithinLimits, hit);
+        });
+    }
+
+private:
+    /// In units of the uncertainty; the limits may be oblique to the ray.
+    static constexpr double FARTHEST_SLIDE = 4;
+
+    template <class MoveWithinLimits>
+    [[nodiscard]] bool moveFrom(double slide, const MoveWithinLimits& moveWithinLimits, OwnHit& hit) const {
+        const Point<double, 3> start = hit.place + slide * m_direction;
+        const Point<double, 3> limit = moveWithinLimits(start);
+        const Point<double, 3> offset = limit - start;
+        const Point<double, 3> across = cross(offset, m_direction);
+        if (!(dot(across, across) <= m_tolerance * m_tolerance * m_length2)) {
+            return false;
+        }
+        hit.place = limit;
+        hit.t = std::max(0.0, hit.t + slide + dot(offset, m_direction) / m_length2);
+        return true;
+    }
+
+    Point<double, 3> m_direction;
+    double m_length2;
+    double m_tolerance;
+    double m_reach = 0;   ///< a length
+    double m_reachT = 0;  ///< in units of the direction
+};
+
+}  // namespace KelvoScreenDetail

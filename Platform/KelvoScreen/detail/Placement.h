@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Common/Matrix.h"
+
+namespace KelvoScreenDetail {
+
+/// Where the own frame of a shape stands in the world: its centre and its orientation.
+class Placement {
+public:
+    /// At the origin, unrotated.
+    Placement() = default;
+    /// @param angles about Z (sign reversed), X and Y, radians, as `Veltrani::rotationZXY` takes them
+    Placement(const Point<double, 3>& centre, const Point<double, 3>& angles)
+        : m_centre(centre),
+          m_world_from_own(Veltrani::rotationZXY(angles[0], angles[1], angles[2])),
+          m_own_from_world(transpose(m_world_from_own)) {}
+
+    [[nodiscard]] const Point<double, 3>& centre() const { return m_centre; }
+
+    /// A direction, or a position relative to the centre, in the own frame; and back.
+    [[nodiscard]] Point<double, 3> toOwn(const Point<double, 3>& vector) const { return m_own_from_world * vector; }
+    [[nodiscard]] Point<double, 3> toWorld(const Point<double, 3>& vector) const { return m_world_from_own * vector; }
+
+private:
+    Point<double, 3> m_centre;
+    Matrix<double, 3> m_world_from_own;
+    Matrix<double, 3> m_own_from_world;
+};
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <array>
+
+namespace KelvoScreenDetail {
+
+/// A symmetric 3 x 3 matrix: xx, xy, xz, yy, yz, zz.
+using SymmetricMatrix = std::array<double, 6>;
+
+/// m v
+[[nodiscard]] inline Point<double, 3> multiply(const SymmetricMatrix& m, const Point<double, 3>& v) {
+    return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2], m[1] * v[0] + m[3] * v[1] + m[4] * v[2],
+            m[2] * v[0] + m[4] * v[1] + m[5] * v[2]};
+}
+
+/// Values along a ray: f(tau) = value + slope tau + bend tau^2.
+struct AlongRay {
+    double value = 0;
+    double slope = 0;
+    double bend = 0;
+};
+
+/// A surface of second order: the points with height(p) = 0, a plane, sphere or cylinder among them.
+///
+/// height(p) = offset + slope . x + x . bend x with x = p - origin. Near the surface it is about the distance from it,
+/// positive on the side of the normal.
+struct QuadricSheet {
+    Point<double, 3> origin;
+    double offset = 0;
+    Point<double, 3> slope;
+    SymmetricMatrix bend{};
+
+    [[nodiscard]] bool isPlane() const { return bend == SymmetricMatrix{}; }
+    [[nodiscard]] double height(const Point<double, 3>& point) const;
+    /// Along the normal at a point of the surface.
+    [[nodiscard]] Point<double, 3> gradient(const Point<double, 3>& point) const;
+    /// The heights along point + tau direction.
+    [[nodiscard]] AlongRay alongRay(const Point<double, 3>& point, const Point<double, 3>& direction) const;
+};
+
+/// The zeros of value + slope tau + bend tau^2, the smaller in magnitude first; `count` of them, 0 to 2. None for
+/// numbers that are not finite and where all values are zero.
+struct Zeros {
+    explicit Zeros(const AlongRay& values);
+
+    std::array<double, 2> tau{};
+    int count = 0;
+};
+
+}  // namespace KelvoScreenDetail

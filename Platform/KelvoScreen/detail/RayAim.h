@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Common/Point.h"
+
+namespace KelvoScreenDetail {
+
+/// The direction of a ray, of a length whose square neither overflows nor vanishes.
+struct RayAim {
+    RayAim(const Point<double, 3>& from, const Point<double, 3>& to)
+        : direction(to - from), length2(dot(direction, direction)) {
+        if (!(length2 >= SMALLEST_SQUARE && length2 <= LARGEST_SQUARE)) {
+            rescale();
+        }
+    }
+
+    /// False for a ray of length zero and for one that is not finite.
+    [[nodiscard]] bool isUsable() const { return length2 > 0; }
+
+    /// `to - from`, scaled when that is extremely short or long.
+    Point<double, 3> direction;
+    /// The square of the length of `direction`; zero when the ray is not usable.
+    double length2;
+    /// Positions along the ray, in units of `to - from`, per unit of `direction`.
+    double scale = 1;
+
+private:
+    /// Outside these bounds the square of a length loses digits or leaves the range of a double.
+    static constexpr double SMALLEST_SQUARE = 1e-200;
+    static constexpr double LARGEST_SQUARE = 1e200;
+
+    void rescale();
+};
+
+}  // namespace KelvoScreenDetail

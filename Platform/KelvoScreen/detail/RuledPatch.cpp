@@ -1,0 +1,310 @@
+#include "KelvoScreen/detail/RuledPatch.h"
+
+#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/Rounding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+/// How far from a corner that has shrunk to a point, in parts of the patch, its normal is taken.
+constexpr double BESIDE_CORNER = 1e-6;
+/// Sines below this are noise: the two directions are parallel.
+constexpr double PARALLEL = 64 * ROUNDING;
+/// Roots are improved on the surface itself until they stop getting better, usually once.
+constexpr int ROOT_STEPS = 4;
+/// Rulings tried before the nearest point is improved: more than the distance of a twisted patch has minima.
+constexpr std::size_t CLOSEST_SAMPLES = 9;
+/// Newton's method doubles the digits per step; the bound is for the search far from the minimum.
+constexpr int CLOSEST_STEPS = 32;
+/// A step of this size, in parts of the patch, is rounding.
+constexpr double SETTLED = 1e-15;
+/// A discriminant this little below zero, relative to its terms, may be a touching line: the tolerance decides.
+constexpr double TOUCHING = 1e-6;
+
+/// The real roots of c0 + c1 u + c2 u^2, and the place of the extremum where the roots have just vanished. Infinite
+/// ones included: the caller discards what is out of its range.
+struct Roots {
+    Roots(double c0, double c1, double c2) {
+        const double square = c1 * c1;
+        const double product = 4 * c0 * c2;
+        if (square < product) {
+            if (product - square <= TOUCHING * (square + std::abs(product))) {
+                values[count++] = -c1 / (2 * c2);
+            }
+            return;
+        }
+        // The sum of equal signs does not cancel; the other root follows from the product of both.
+        const double sum = -(c1 + std::copysign(std::sqrt(square - product), c1)) / 2;
+        if (sum != 0) {
+            values[count++] = c0 / sum;
+        } else if (c2 != 0) {
+            values[count++] = 0;
+        }
+        if (c2 != 0 && square > product) {
+            values[count++] = sum / c2;
+        }
+    }
+
+    std::array<double, 2> values{};
+    std::size_t count = 0;
+};
+
+}  // namespace
+
+PatchPlace PatchRange::clamp(const PatchPlace& place) const {
+    return {std::clamp(place.u, uMin, uMax), std::clamp(place.v, vMin, vMax)};
+}
+
+RuledPatch::RuledPatch(const Point<double, 3>& lowerLeft, const Point<double, 3>& lowerRight,
+                       const Point<double, 3>& upperLeft, const Point<double, 3>& upperRight)
+    : m_lower{lowerLeft, lowerRight},
+      m_upper{upperLeft, upperRight},
+      m_rulings{upperLeft - lowerLeft, upperRight - lowerRight},
+      m_edges{lowerRight - lowerLeft, upperRight - upperLeft},
+      m_twist(m_rulings[1] - m_rulings[0]),
+      m_centre((lowerLeft + lowerRight + upperLeft + upperRight) * 0.25) {
+    for (const Point<double, 3>& corner : {lowerLeft, lowerRight, upperLeft, upperRight}) {
+        m_radius = std::max(m_radius, norm(corner - m_centre));
+    }
+}
+
+Point<double, 3> RuledPatch::lowerAt(double u) const {
+    // In this form the ends are the corners to the last bit, so that neighbours meet without a gap.
+    return (1 - u) * m_lower[0] + u * m_lower[1];
+}
+
+Point<double, 3> RuledPatch::rulingAt(double u) const {
+    return (1 - u) * m_rulings[0] + u * m_rulings[1];
+}
+
+Point<double, 3> RuledPatch::alongEdge(double v) const {
+    return (1 - v) * m_edges[0] + v * m_edges[1];
+}
+
+Point<double, 3> RuledPatch::pointAt(const PatchPlace& place) const {
+    const Point<double, 3> upper = (1 - place.u) * m_upper[0] + place.u * m_upper[1];
+    return (1 - place.v) * lowerAt(place.u) + place.v * upper;
+}
+
+Point<double, 3> RuledPatch::normalAt(const PatchPlace& place) const {
+    PatchPlace beside = place;
+    for (const double shift : {0.0, BESIDE_CORNER}) {
+        beside.u += shift * (0.5 - place.u);
+        beside.v += shift * (0.5 - place.v);
+        const Point<double, 3> up = rulingAt(beside.u);
+        const Point<double, 3> right = alongEdge(beside.v);
+        const Point<double, 3> normal = cross(up, right);
+        const double length = norm(normal);
+        if (length > PARALLEL * norm(up) * norm(right) && length > 0) {
+            return normal * (1 / length);
+        }
+    }
+    return {};
+}
+
+bool RuledPatch::hasArea() const {
+    return normalAt({0.5, 0.5}) != Point<double, 3>{} || normalAt({0.25, 0.25}) != Point<double, 3>{};
+}
+
+bool RuledPatch::mayMeet(const Line& line, double tolerance) const {
+    const Point<double, 3> offset = m_centre - line.origin;
+    const Point<double, 3> across = offset - dot(offset, line.direction) * line.direction;
+    const double reach = m_radius * (1 + ROUNDING) + tolerance;
+    return dot(across, across) <= reach * reach;
+}
+
+std::size_t RuledPatch::meet(const Line& line, const PatchRange& range, double tolerance,
+                             std::array<PatchMeeting, 2>& meetings) const {
+    // A ruling meets the line when the volume that both span with a connection of the two vanishes: a quadratic in u.
+    const Point<double, 3> offset = m_lower[0] - line.origin;
+    const Point<double, 3> byRuling = cross(line.direction, m_rulings[0]);
+    const Point<double, 3> byTwist = cross(line.direction, m_twist);
+    const double c0 = dot(offset, byRuling);
+    const double c1 = dot(offset, byTwist) + dot(m_edges[0], byRuling);
+    const double c2 = dot(m_edges[0], byTwist);
+    const double noise = tolerance * m_radius;
+    std::size_t count = 0;
+    const auto keep = [&](const PatchPlace& at) {
+        meetings[count].place = at;
+        count += passes(line, tolerance, meetings[count]) ? 1 : 0;
+    };
+    if (std::abs(c0) <= noise && std::abs(c1) <= noise && std::abs(c2) <= noise) {
+        // The line lies in the patch, or it passes the tip that all rulings have in common.
+        for (const double v : {0.0, 1.0}) {
+            const bool isTip = alongEdge(v) == Point<double, 3>{};
+            if (isTip && std::abs(dot(normalAt({0.5, v}), line.direction)) > PARALLEL) {
+                keep({0.5, v});
+            }
+        }
+        return count;
+    }
+    const Roots roots(c0, c1, c2);
+    for (std::size_t i = 0; i < roots.count; ++i) {
+        PatchPlace at;
+        if (place(line, roots.values[i], range, at)) {
+            keep(at);
+        }
+    }
+    return count;
+}
+
+bool RuledPatch::passes(const Line& line, double tolerance, PatchMeeting& meeting) const {
+    meeting.point = pointAt(meeting.place);
+    const Point<double, 3> connection = meeting.point - line.origin;
+    meeting.along = dot(connection, line.direction);
+    const double allowed = tolerance + ROUNDING * largestComponent(meeting.point);
+    return norm(connection - meeting.along * line.direction) <= allowed;
+}
+
+bool RuledPatch::place(const Line& line, double root, const PatchRange& range, PatchPlace& out) const {
+    // A root further out than this does not come back by improvement.
+    if (!(root >= range.uMin - 1 && root <= range.uMax + 1)) {
+        return false;
+    }
+    out.u = std::clamp(improvedRoot(line, root), range.uMin, range.uMax);
+    if (!passRuling(line, out)) {
+        return false;
+    }
+    if (out.v < range.vMin || out.v > range.vMax) {
+        out.v = std::clamp(out.v, range.vMin, range.vMax);
+        passEdge(line, range, out);
+    }
+    return true;
+}
+
+double RuledPatch::improvedRoot(const Line& line, double root) const {
+    const auto volume = [&](double u) { return dot(lowerAt(u) - line.origin, cross(line.direction, rulingAt(u))); };
+    double error = volume(root);
+    for (int step = 0; step < ROOT_STEPS && error != 0; ++step) {
+        const double slope = dot(m_edges[0], cross(line.direction, rulingAt(root))) +
+                             dot(lowerAt(root) - line.origin, cross(line.direction, m_twist));
+        const double improved = root - error / slope;
+        const double remaining = volume(improved);
+        if (!(std::abs(remaining) < std::abs(error))) {
+            break;
+        }
+        root = improved;
+        error = remaining;
+    }
+    return root;
+}
+
+bool RuledPatch::passRuling(const Line& line, PatchPlace& place) const {
+    const Point<double, 3> ruling = rulingAt(place.u);
+    const double ruling2 = dot(ruling, ruling);
+    if (!(ruling2 > 0)) {
+        place.v = 0.5;
+        return true;
+    }
+    const Point<double, 3> across = cross(ruling, line.direction);
+    const double across2 = dot(across, across);
+    place.v = dot(cross(line.origin - lowerAt(place.u), line.direction), across) / across2;
+    return across2 > PARALLEL * PARALLEL * ruling2;
+}
+
+void RuledPatch::passEdge(const Line& line, const PatchRange& range, PatchPlace& place) const {
+    const Point<double, 3> right = alongEdge(place.v);
+    const Point<double, 3> across = cross(right, line.direction);
+    const double across2 = dot(across, across);
+    if (across2 > PARALLEL * PARALLEL * dot(right, right)) {
+        const Point<double, 3> start = pointAt({0.0, place.v});
+        const double onEdge = dot(cross(line.origin - start, line.direction), across) / across2;
+        place.u = std::clamp(onEdge, range.uMin, range.uMax);
+    }
+}
+
+double RuledPatch::distanceBound(const Point<double, 3>& point) const {
+    return norm(point - m_centre) - m_radius;
+}
+
+double RuledPatch::distance2(const Point<double, 3>& point, const PatchPlace& place) const {
+    const Point<double, 3> away = pointAt(place) - point;
+    return dot(away, away);
+}
+
+PatchPlace RuledPatch::closest(const Point<double, 3>& point) const {
+    // The distance to the rulings may have several minima on a twisted patch: sample it, improve every minimum.
+    const PatchRange range;
+    std::array<PatchPlace, CLOSEST_SAMPLES> places;
+    std::array<double, CLOSEST_SAMPLES> distances{};
+    for (std::size_t i = 0; i < CLOSEST_SAMPLES; ++i) {
+        places[i].u = static_cast<double>(i) / (CLOSEST_SAMPLES - 1);
+        places[i].v = closestOnRuling(point, places[i].u, range);
+        distances[i] = distance2(point, places[i]);
+    }
+    PatchPlace best = places[0];
+    double smallest = std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < CLOSEST_SAMPLES; ++i) {
+        const bool isMinimum = (i == 0 || distances[i] <= distances[i - 1]) &&
+                               (i + 1 == CLOSEST_SAMPLES || distances[i] <= distances[i + 1]);
+        if (isMinimum) {
+            const PatchPlace improved = refineClosest(point, places[i], range);
+            const double distance = distance2(point, improved);
+            if (distance < smallest) {
+                smallest = distance;
+                best = improved;
+            }
+        }
+    }
+    return best;
+}
+
+double RuledPatch::closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const {
+    const Point<double, 3> ruling = rulingAt(u);
+    const double length2 = dot(ruling, ruling);
+    const double v = length2 > 0 ? dot(point - lowerAt(u), ruling) / length2 : 0.5;
+    return std::clamp(v, range.vMin, range.vMax);
+}
+
+PatchPlace RuledPatch::refineClosest(const Point<double, 3>& point, PatchPlace start, const PatchRange& range) const {
+    PatchPlace best = range.clamp(start);
+    double smallest = distance2(point, best);
+    for (int step = 0; step < CLOSEST_STEPS; ++step) {
+        // Near the minimum the distance hardly changes while the place still does: equal to rounding is good enough.
+        const double allowed = smallest * (1 + ROUNDING);
+        PatchPlace next = range.clamp(newtonStep(point, best, range));
+        if (!(distance2(point, next) <= allowed)) {
+            // Far from the minimum Newton's step may lead away; the nearest point of the ruling never does.
+            next = {best.u, closestOnRuling(point, best.u, range)};
+        }
+        const double distance = distance2(point, next);
+        const double moved = std::abs(next.u - best.u) + std::abs(next.v - best.v);
+        if (!(distance <= allowed) || moved == 0) {
+            break;
+        }
+        smallest = std::min(smallest, distance);
+        best = next;
+        if (moved <= SETTLED) {
+            break;
+        }
+    }
+    return best;
+}
+
+PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range) const {
+    const Point<double, 3> away = pointAt(at) - point;
+    const Point<double, 3> right = alongEdge(at.v);
+    const Point<double, 3> up = rulingAt(at.u);
+    const double slopeU = dot(away, right);
+    const double slopeV = dot(away, up);
+    const double bendU = dot(right, right);
+    const double bendV = dot(up, up);
+    const double mixed = dot(right, up) + dot(away, m_twist);
+    // A parameter that its end of the range holds back takes no part.
+    const bool fixedU = (at.u <= range.uMin && slopeU > 0) || (at.u >= range.uMax && slopeU < 0);
+    const bool fixedV = (at.v <= range.vMin && slopeV > 0) || (at.v >= range.vMax && slopeV < 0);
+    const double determinant = bendU * bendV - mixed * mixed;
+    if (!fixedU && !fixedV && determinant > 0) {
+        return {at.u - (slopeU * bendV - slopeV * mixed) / determinant,
+                at.v - (slopeV * bendU - slopeU * mixed) / determinant};
+    }
+    return {fixedU || !(bendU > 0) ? at.u : at.u - slopeU / bendU,
+            fixedV || !(bendV > 0) ? at.v : at.v - slopeV / bendV};
+}
+
+}  // namespace KelvoScreenDetail

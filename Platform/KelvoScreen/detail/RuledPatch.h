@@ -1,0 +1,100 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <array>
+#include <cstddef>
+
+namespace KelvoScreenDetail {
+
+/// Parameters on a patch: u from the left to the right ruling, v from the lower to the upper edge, both [0, 1] on the
+/// patch itself.
+struct PatchPlace {
+    double u = 0;
+    double v = 0;
+};
+
+/// The part of a patch, or of its continuation, that counts; ends included.
+struct PatchRange {
+    double uMin = 0;
+    double uMax = 1;
+    double vMin = 0;
+    double vMax = 1;
+
+    /// Moves a place into the range.
+    [[nodiscard]] PatchPlace clamp(const PatchPlace& place) const;
+};
+
+/// A line through space.
+struct Line {
+    Point<double, 3> origin;
+    Point<double, 3> direction;  ///< unit
+};
+
+/// Where a line meets a patch.
+struct PatchMeeting {
+    PatchPlace place;
+    Point<double, 3> point;
+    double along = 0;  ///< position on the line, a length
+};
+
+/// The surface that straight rulings sweep between two straight edges: P(u, v) = (1 - v) lower(u) + v upper(u).
+///
+/// It is a plane, or a part of a hyperbolic paraboloid when its four corners are not in one plane. Two corners may
+/// coincide: the patch is a triangle then. Coordinates are best near the origin: results are exact to rounding of the
+/// corners' coordinates.
+class RuledPatch {
+public:
+    RuledPatch(const Point<double, 3>& lowerLeft, const Point<double, 3>& lowerRight, const Point<double, 3>& upperLeft,
+               const Point<double, 3>& upperRight);
+
+    [[nodiscard]] Point<double, 3> pointAt(const PatchPlace& place) const;
+    /// (d/dv) x (d/du), of unit length: upwards x to the right. At a corner where the patch shrinks to a point, the
+    /// normal beside it; zero where there is none at all.
+    [[nodiscard]] Point<double, 3> normalAt(const PatchPlace& place) const;
+    /// False when all of the patch is one line or one point, to rounding.
+    [[nodiscard]] bool hasArea() const;
+
+    /// False when the line passes the patch (not its continuation) at more than `tolerance`.
+    [[nodiscard]] bool mayMeet(const Line& line, double tolerance) const;
+    /// The places in the range that the line passes within `tolerance`, at most two, in no order; their number is
+    /// returned. A line that lies in the patch, to rounding, does not meet it.
+    [[nodiscard]] std::size_t meet(const Line& line, const PatchRange& range, double tolerance,
+                                   std::array<PatchMeeting, 2>& meetings) const;
+
+    /// A lower bound of the distance from a point to the patch.
+    [[nodiscard]] double distanceBound(const Point<double, 3>& point) const;
+    /// The place on the patch nearest to a point.
+    [[nodiscard]] PatchPlace closest(const Point<double, 3>& point) const;
+    /// From a place near the answer, the place in the range where the distance to the point is smallest.
+    [[nodiscard]] PatchPlace refineClosest(const Point<double, 3>& point, PatchPlace start,
+                                           const PatchRange& range) const;
+
+private:
+    [[nodiscard]] Point<double, 3> lowerAt(double u) const;
+    [[nodiscard]] Point<double, 3> rulingAt(double u) const;
+    [[nodiscard]] Point<double, 3> alongEdge(double v) const;
+    /// Completes a meeting at its place; false when the line passes it at more than the tolerance.
+    [[nodiscard]] bool passes(const Line& line, double tolerance, PatchMeeting& meeting) const;
+    /// From a root u, the place of the range that the line passes nearest; false when there is none near.
+    [[nodiscard]] bool place(const Line& line, double root, const PatchRange& range, PatchPlace& out) const;
+    [[nodiscard]] double improvedRoot(const Line& line, double root) const;
+    /// Sets v to where the line passes the ruling of u; false when the two are parallel.
+    [[nodiscard]] bool passRuling(const Line& line, PatchPlace& place) const;
+    /// Past the end of a ruling: sets u to where the line passes the edge of v.
+    void passEdge(const Line& line, const PatchRange& range, PatchPlace& place) const;
+    [[nodiscard]] double distance2(const Point<double, 3>& point, const PatchPlace& place) const;
+    [[nodiscard]] double closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const;
+    [[nodiscard]] PatchPlace newtonStep(const Point<double, 3>& point, const PatchPlace& at,
+                                        const PatchRange& range) const;
+
+    std::array<Point<double, 3>, 2> m_lower;  ///< left, right
+    std::array<Point<double, 3>, 2> m_upper;
+    std::array<Point<double, 3>, 2> m_rulings;  ///< left, right, from the lower to the upper edge
+    std::array<Point<double, 3>, 2> m_edges;    ///< lower, upper, from left to right
+    Point<double, 3> m_twist;                   ///< how the ruling changes from left to right; zero for a parallelogram
+    Point<double, 3> m_centre;
+    double m_radius = 0;  ///< of a ball around the centre that holds the patch
+};
+
+}  // namespace KelvoScreenDetail

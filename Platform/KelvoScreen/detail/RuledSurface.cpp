@@ -1,0 +1,279 @@
+#include "KelvoScreen/detail/RuledSurface.h"
+
+#include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/LimitSearch.h"
+#include "KelvoScreen/detail/RayAim.h"
+#include "KelvoScreen/detail/Rounding.h"
+#include "KelvoScreen/detail/ScreenSampling.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+/// How far the surface goes on past its edges, in widths and heights of the patch there. Further out the coordinates
+/// of a twisted patch have no digits left.
+constexpr double CONTINUATION = 1e6;
+/// The error of a point of a patch, in units of ROUNDING: it takes more operations than those of the other shapes.
+constexpr double PATCH_ROUNDING = 4 * ROUNDING;
+/// Two neighbours that meet the ray this near to each other, in units of the uncertainty of each, meet it on the ruling
+/// that they have in common.
+constexpr double SAME = 4;
+
+}  // namespace
+
+/// The line of a ray, relative to the centre of the surface and moved to the point nearest to it: however far away the
+/// ray starts, what enters the patches is of their own size.
+struct RuledSurface::AimedLine : Line {
+    double middle = 0;  ///< distance along the ray from its start to `origin`
+    double length = 1;  ///< of the direction of the ray
+    double scale = 1;   ///< see `RayAim::scale`
+    double tolerance = 0;
+
+    [[nodiscard]] double uncertainty(double cosine) const { return uncertaintyAlong(tolerance, cosine); }
+};
+
+/// Collects the meetings with the patches as hits of the surface: in front of the start, once each.
+class RuledSurface::Collector {
+public:
+    Collector(const RuledSurface& surface, const AimedLine& line, const int* sign)
+        : m_surface(surface), m_line(line), m_sign(sign) {}
+
+    void add(std::size_t patch, const PatchMeeting& meeting) {
+        const Point<double, 3> normal = m_surface.m_patches[patch].normalAt(meeting.place);
+        const double cosine = dot(normal, m_line.direction);
+        if (isRepeated(patch, meeting, cosine)) {
+            return;
+        }
+        remember(patch, meeting);
+        double along = m_line.middle + meeting.along;
+        if (along < 0 && along >= -m_line.uncertainty(cosine)) {
+            along = 0;
+        }
+        const double t = along / m_line.length * m_line.scale;
+        const bool isWanted = m_sign == nullptr || sideOfSurface(m_line.direction, normal) == *m_sign;
+        if (t >= 0 && std::isfinite(t) && isWanted) {
+            m_hits.add({m_surface.m_centre + meeting.point, t});
+        }
+    }
+
+    [[nodiscard]] const IntersectionSet& hits() const { return m_hits; }
+
+private:
+    struct Memory {
+        std::size_t patch = 0;
+        std::array<PatchMeeting, 2> meetings;
+        std::size_t count = 0;
+    };
+
+    /// True for a meeting on the ruling that two patches have in common, when the other one has reported it.
+    [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
+        const bool isLast = patch + 1 == m_surface.m_patches.size();
+        return (m_previous.patch + 1 == patch && repeats(m_previous, meeting, cosine)) ||
+               (m_surface.m_isClosed && isLast && repeats(m_first, meeting, cosine));
+    }
+
+    [[nodiscard]] bool repeats(const Memory& neighbour, const PatchMeeting& meeting, double cosine) const {
+        return std::any_of(
+            neighbour.meetings.begin(), neighbour.meetings.begin() + static_cast<std::ptrdiff_t>(neighbour.count),
+            [&](const PatchMeeting& known) {
+                const Point<double, 3> normal = m_surface.m_patches[neighbour.patch].normalAt(known.place);
+                const double smaller = std::min(std::abs(cosine), std::abs(dot(normal, m_line.direction)));
+                return std::abs(known.along - meeting.along) <= SAME * m_line.uncertainty(smaller);
+            });
+    }
+
+    void remember(std::size_t patch, const PatchMeeting& meeting) {
+        if (m_previous.patch != patch) {
+            m_previous = {patch, {}, 0};
+        }
+        m_previous.meetings[m_previous.count++] = meeting;
+        if (patch == 0) {
+            m_first = m_previous;
+        }
+    }
+
+    const RuledSurface& m_surface;
+    const AimedLine& m_line;
+    const int* m_sign;  ///< null: both sides
+    Memory m_previous, m_first;
+    IntersectionSet m_hits;
+};
+
+RuledSurface::RuledSurface(RuledNumbers numbers) : m_numbers(std::move(numbers)) {
+    if (haveRails()) {
+        build();
+    }
+}
+
+bool RuledSurface::haveRails() const {
+    const auto areFinite = [](const std::vector<Point<double, 3>>& rail) {
+        return std::all_of(rail.begin(), rail.end(), [](const Point<double, 3>& point) { return isFinite(point); });
+    };
+    return m_numbers.lower.size() >= 2 && m_numbers.lower.size() == m_numbers.upper.size() &&
+           areFinite(m_numbers.lower) && areFinite(m_numbers.upper);
+}
+
+void RuledSurface::build() {
+    const auto& [lower, upper] = m_numbers;
+    Point<double, 3> low = lower[0];
+    Point<double, 3> high = lower[0];
+    for (const auto* rail : {&lower, &upper}) {
+        for (const Point<double, 3>& point : *rail) {
+            for (std::size_t i = 0; i < 3; ++i) {
+                low[i] = std::min(low[i], point[i]);
+                high[i] = std::max(high[i], point[i]);
+            }
+            m_extent = std::max(m_extent, largestComponent(point));
+        }
+    }
+    m_centre = low * 0.5 + high * 0.5;
+    const double length = parameterised();
+    m_isClosed = m_patches.size() > 1 && lower.front() == lower.back() && upper.front() == upper.back();
+    m_isValid = length > 0 && std::isfinite(length * length) &&
+                std::any_of(m_patches.begin(), m_patches.end(), [](const RuledPatch& p) { return p.hasArea(); });
+}
+
+double RuledSurface::parameterised() {
+    const auto& [lower, upper] = m_numbers;
+    double length = 0;
+    for (std::size_t i = 0; i + 1 < lower.size(); ++i) {
+        const double width = (norm(lower[i + 1] - lower[i]) + norm(upper[i + 1] - upper[i])) / 2;
+        if (width > 0) {
+            length += width;
+            m_patches.emplace_back(lower[i] - m_centre, lower[i + 1] - m_centre, upper[i] - m_centre,
+                                   upper[i + 1] - m_centre);
+            m_ends.push_back(length);
+        }
+    }
+    for (double& end : m_ends) {
+        end /= length;
+    }
+    return length;
+}
+
+RuledSurface::AimedLine RuledSurface::aimedLine(const Point<double, 3>& from, const RayAim& aim) const {
+    AimedLine line;
+    line.length = std::sqrt(aim.length2);
+    line.scale = aim.scale;
+    line.direction = aim.direction * (1 / line.length);
+    line.origin = from - m_centre;
+    // The first step rounds in units of the distance of the start, the second in units of what is left.
+    for (int step = 0; step < 2; ++step) {
+        const double ahead = -dot(line.origin, line.direction);
+        line.origin += ahead * line.direction;
+        line.middle += ahead;
+    }
+    line.tolerance = PATCH_ROUNDING * (largestComponent(from) + m_extent);
+    return line;
+}
+
+PatchRange RuledSurface::rangeOf(std::size_t patch, bool continued) const {
+    PatchRange range;
+    if (continued) {
+        range.vMin = -CONTINUATION;
+        range.vMax = 1 + CONTINUATION;
+        if (patch == 0 && !m_isClosed) {
+            range.uMin = -CONTINUATION;
+        }
+        if (patch + 1 == m_patches.size() && !m_isClosed) {
+            range.uMax = 1 + CONTINUATION;
+        }
+    }
+    return range;
+}
+
+void RuledSurface::collect(const AimedLine& line, bool continued, Collector& collector) const {
+    std::array<PatchMeeting, 2> meetings;
+    for (std::size_t i = 0; i < m_patches.size(); ++i) {
+        if (continued || m_patches[i].mayMeet(line, line.tolerance)) {
+            const std::size_t count = m_patches[i].meet(line, rangeOf(i, continued), line.tolerance, meetings);
+            for (std::size_t j = 0; j < count; ++j) {
+                collector.add(i, meetings[j]);
+            }
+        }
+    }
+}
+
+IntersectionSet RuledSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
+    const RayAim aim(from, to);
+    if (!m_isValid || !aim.isUsable()) {
+        return {};
+    }
+    const AimedLine line = aimedLine(from, aim);
+    Collector collector(*this, line, nullptr);
+    collect(line, false, collector);
+    return collector.hits();
+}
+
+IntersectionSet RuledSurface::intersectContinued(const Point<double, 3>& from, const Point<double, 3>& to,
+                                                 int sign) const {
+    const RayAim aim(from, to);
+    if (!m_isValid || !aim.isUsable()) {
+        return {};
+    }
+    const AimedLine line = aimedLine(from, aim);
+    for (const bool continued : {false, true}) {
+        Collector collector(*this, line, &sign);
+        collect(line, continued, collector);
+        if (!collector.hits().empty()) {
+            return collector.hits();
+        }
+    }
+    return {};
+}
+
+Point<double, 3> RuledSurface::normal(const Point<double, 3>& point) const {
+    if (!m_isValid || !isFinite(point)) {
+        return {};
+    }
+    const Point<double, 3> relative = point - m_centre;
+    PatchPlace place;
+    const std::size_t patch = nearestPatch(relative, place);
+    return m_patches[patch].normalAt(m_patches[patch].refineClosest(relative, place, rangeOf(patch, true)));
+}
+
+std::size_t RuledSurface::nearestPatch(const Point<double, 3>& point, PatchPlace& place) const {
+    const auto isNearer = [&](const RuledPatch& a, const RuledPatch& b) {
+        return a.distanceBound(point) < b.distanceBound(point);
+    };
+    // A likely one first: most others are out of question then.
+    std::size_t nearest =
+        static_cast<std::size_t>(std::min_element(m_patches.begin(), m_patches.end(), isNearer) - m_patches.begin());
+    place = m_patches[nearest].closest(point);
+    double smallest = norm(m_patches[nearest].pointAt(place) - point);
+    for (std::size_t i = 0; i < m_patches.size(); ++i) {
+        if (m_patches[i].distanceBound(point) < smallest) {
+            const PatchPlace candidate = m_patches[i].closest(point);
+            const double distance = norm(m_patches[i].pointAt(candidate) - point);
+            if (distance < smallest) {
+                smallest = distance;
+                nearest = i;
+                place = candidate;
+            }
+        }
+    }
+    return nearest;
+}
+
+bool RuledSurface::pointAt(double s, double t, Point<double, 3>& out) const {
+    const bool isOutside = s < 0 || s > 1;
+    const double turned = m_isClosed && isOutside ? s - std::floor(s) : s;
+    const auto end = std::upper_bound(m_ends.begin(), m_ends.end() - 1, turned);
+    const std::size_t patch = static_cast<std::size_t>(end - m_ends.begin());
+    const double start = patch == 0 ? 0.0 : m_ends[patch - 1];
+    const PatchPlace place{(turned - start) / (*end - start), t};
+    const PatchRange range = rangeOf(patch, true);
+    if (!(place.u >= range.uMin && place.u <= range.uMax && t >= range.vMin && t <= range.vMax)) {
+        return false;
+    }
+    return storeIfFinite(m_centre + m_patches[patch].pointAt(place), out);
+}
+
+}  // namespace KelvoScreenDetail

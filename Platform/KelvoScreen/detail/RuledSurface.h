@@ -1,0 +1,58 @@
+#pragma once
+
+#include "KelvoScreen/IntersectionSet.h"
+#include "KelvoScreen/detail/RuledPatch.h"
+
+#include <vector>
+
+namespace KelvoScreenDetail {
+
+struct RayAim;
+
+/// The rails of a ruled surface; see `RuledSurfaceScreen`. Compared and hashed point by point.
+struct RuledNumbers {
+    std::vector<Point<double, 3>> lower;
+    std::vector<Point<double, 3>> upper;
+};
+
+/// The patches between two rails, side by side: what a ruled screen computes, without its description.
+class RuledSurface {
+public:
+    explicit RuledSurface(RuledNumbers numbers);
+
+    [[nodiscard]] const RuledNumbers& numbers() const { return m_numbers; }
+    [[nodiscard]] bool isValid() const { return m_isValid; }
+
+    /// Hits between the rails; none when the surface is not valid.
+    [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// Hits between the rails with side `sign`; when there is none, those of the continuation.
+    [[nodiscard]] IntersectionSet intersectContinued(const Point<double, 3>& from, const Point<double, 3>& to,
+                                                     int sign) const;
+    /// At the nearest point between the rails, or of the continuation when that point is on an edge; zero for a NaN.
+    [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const;
+    /// The point at (s, t). False, with `out` untouched, where not even the continuation has one.
+    [[nodiscard]] bool pointAt(double s, double t, Point<double, 3>& out) const;
+
+private:
+    struct AimedLine;
+    class Collector;
+
+    void build();
+    [[nodiscard]] bool haveRails() const;
+    [[nodiscard]] double parameterised();
+    [[nodiscard]] AimedLine aimedLine(const Point<double, 3>& from, const RayAim& aim) const;
+    /// The whole patch, or with `continued` also what lies beyond the edges that it has in common with the surface.
+    [[nodiscard]] PatchRange rangeOf(std::size_t patch, bool continued) const;
+    void collect(const AimedLine& line, bool continued, Collector& collector) const;
+    [[nodiscard]] std::size_t nearestPatch(const Point<double, 3>& point, PatchPlace& place) const;
+
+    RuledNumbers m_numbers;
+    Point<double, 3> m_centre;          ///< the patches are relative to it
+    std::vector<RuledPatch> m_patches;  ///< left to right; segments of no length have none
+    std::vector<double> m_ends;         ///< s at the right end of each patch, growing, the last one 1
+    double m_extent = 0;                ///< the largest coordinate of a rail: the unit of rounding
+    bool m_isClosed = false;            ///< the last ruling is the first one
+    bool m_isValid = false;
+};
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,146 @@
+#include "KelvoScreen/detail/SphereSurface.h"
+
+#include "KelvoScreen/detail/Chord.h"
+#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/LimitSearch.h"
+#include "KelvoScreen/detail/RayAim.h"
+#include "KelvoScreen/detail/Rounding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+constexpr double POLE = std::numbers::pi / 2;
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
+
+}  // namespace
+
+SphereSurface::SphereSurface(const SphereNumbers& numbers)
+    : m_numbers(numbers), m_placement(numbers.centre, numbers.orientation), m_isValid(areValid(numbers)) {
+    if (!m_isValid) {
+        return;
+    }
+    m_sector = AzimuthSector(numbers.azimuthMin, numbers.azimuthMax);
+    m_lower = rimAt(numbers.elevationMin, numbers.radius);
+    m_upper = rimAt(numbers.elevationMax, numbers.radius);
+    m_extent = largestComponent(numbers.centre) + numbers.radius;
+    m_isWhole = m_sector.isWhole() && std::isinf(m_lower.height) && std::isinf(m_upper.height);
+}
+
+bool SphereSurface::areValid(const SphereNumbers& numbers) {
+    return isFinite(numbers.centre) && isFinite(numbers.orientation) && numbers.radius > 0 &&
+           std::isnormal(numbers.radius * numbers.radius) &&
+           AzimuthSector::isRange(numbers.azimuthMin, numbers.azimuthMax) &&
+           numbers.elevationMin >= -POLE - ANGLE_TOLERANCE && numbers.elevationMax <= POLE + ANGLE_TOLERANCE &&
+           numbers.elevationMin < numbers.elevationMax;
+}
+
+SphereSurface::Rim SphereSurface::rimAt(double elevation, double radius) {
+    if (std::abs(elevation) >= POLE - ANGLE_TOLERANCE) {
+        return {std::copysign(INFINITE, elevation), 0.0};
+    }
+    return {radius * std::sin(elevation), radius * std::cos(elevation)};
+}
+
+template <class Limit>
+IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<double, 3>& to,
+                                    const Limit& limit) const {
+    IntersectionSet found;
+    const RayAim aim(from, to);
+    if (!m_isValid || !aim.isUsable()) {
+        return found;
+    }
+    const double tolerance = ROUNDING * (largestComponent(from) + m_extent);
+    Chord<3> chord = chordInFront(from - m_numbers.centre, aim.direction, aim.length2, m_numbers.radius, tolerance);
+    for (std::size_t i = 0; i < chord.count; ++i) {
+        Chord<3>::End& end = chord.ends[i];
+        if (limit(end, aim, tolerance)) {
+            found.add({m_numbers.centre + end.place, end.t * aim.scale});
+        }
+    }
+    return found;
+}
+
+IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
+    if (m_isWhole) {
+        return intersectWhole(from, to);
+    }
+    return hits(from, to, [this](Chord<3>::End& end, const RayAim& aim, double tolerance) {
+        OwnHit hit{m_placement.toOwn(end.place), end.t};
+        if (isWithinLimits(hit.place)) {
+            return true;
+        }
+        const Point<double, 3> direction = m_placement.toOwn(aim.direction);
+        const Point<double, 3> outward = hit.place * (1 / m_numbers.radius);
+        const LimitSearch search(direction, aim.length2, outward, tolerance);
+        const std::array planes{m_sector.limitPlane(hit.place, direction),
+                                LimitPlane{hit.place[2] - nearestRim(hit.place[2]).height, direction[2]}};
+        if (!search.move(
+                planes, [this](const auto& own) { return moveWithinLimits(own); }, hit)) {
+            return false;
+        }
+        end = {m_placement.toWorld(hit.place), hit.t};
+        return true;
+    });
+}
+
+IntersectionSet SphereSurface::intersectWhole(const Point<double, 3>& from, const Point<double, 3>& to) const {
+    return hits(from, to, [](const Chord<3>::End&, const RayAim&, double) { return true; });
+}
+
+bool SphereSurface::isWithinLimits(const Point<double, 3>& own) const {
+    return own[2] >= m_lower.height && own[2] <= m_upper.height && m_sector.contains(own[0], own[1]);
+}
+
+const SphereSurface::Rim& SphereSurface::nearestRim(double height) const {
+    return std::abs(height - m_lower.height) < std::abs(height - m_upper.height) ? m_lower : m_upper;
+}
+
+Point<double, 3> SphereSurface::moveWithinLimits(const Point<double, 3>& own) const {
+    Point<double, 3> moved = own * (m_numbers.radius / norm(own));
+    if (!m_sector.contains(own[0], own[1])) {
+        const double fromAxis = std::hypot(moved[0], moved[1]);
+        const Point<double, 2>& limit = m_sector.nearestLimit(own[0], own[1]);
+        moved = {fromAxis * limit[0], fromAxis * limit[1], moved[2]};
+    }
+    if (moved[2] >= m_lower.height && moved[2] <= m_upper.height) {
+        return moved;
+    }
+    const Rim& rim = nearestRim(moved[2]);
+    const double fromAxis = std::hypot(moved[0], moved[1]);
+    const double narrowing = fromAxis > 0 ? rim.radius / fromAxis : 0.0;
+    return {narrowing * moved[0], narrowing * moved[1], rim.height};
+}
+
+Point<double, 3> SphereSurface::normal(const Point<double, 3>& point) const {
+    const Point<double, 3> outward = point - m_numbers.centre;
+    const double distance = norm(outward);
+    if (!m_isValid || !std::isfinite(distance)) {
+        return {};
+    }
+    return distance > 0 ? outward * (1 / distance) : m_placement.toWorld({0.0, 1.0, 0.0});
+}
+
+Point<double, 3> SphereSurface::pointAt(double s, double t) const {
+    const double azimuth = m_numbers.azimuthMin + s * (m_numbers.azimuthMax - m_numbers.azimuthMin);
+    const double elevation = elevationAt(t);
+    const double fromAxis = m_numbers.radius * std::cos(elevation);
+    const Point<double, 3> own{fromAxis * std::sin(azimuth), fromAxis * std::cos(azimuth),
+                               m_numbers.radius * std::sin(elevation)};
+    return m_numbers.centre + m_placement.toWorld(own);
+}
+
+bool SphereSurface::continuesAt(double t) const {
+    return std::abs(elevationAt(t)) <= POLE + ANGLE_TOLERANCE;
+}
+
+double SphereSurface::elevationAt(double t) const {
+    return m_numbers.elevationMin + t * (m_numbers.elevationMax - m_numbers.elevationMin);
+}
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "KelvoScreen/IntersectionSet.h"
+#include "KelvoScreen/detail/AzimuthSector.h"
+#include "KelvoScreen/detail/Placement.h"
+
+namespace KelvoScreenDetail {
+
+/// The numbers of a sphere between limits; see `SphericalScreen`.
+struct SphereNumbers {
+    Point<double, 3> centre;
+    Point<double, 3> orientation;  ///< angles for `Veltrani::rotationZXY`
+    double radius = 0;
+    double azimuthMin = 0;
+    double azimuthMax = 0;
+    double elevationMin = 0;
+    double elevationMax = 0;
+};
+
+/// The surface of a sphere between limits: what a spherical screen computes, without its description.
+class SphereSurface {
+public:
+    explicit SphereSurface(const SphereNumbers& numbers);
+
+    [[nodiscard]] const SphereNumbers& numbers() const { return m_numbers; }
+    [[nodiscard]] bool isValid() const { return m_isValid; }
+
+    /// Hits within the limits; none when the surface is not valid.
+    [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// Hits of the whole sphere; none when the surface is not valid.
+    [[nodiscard]] IntersectionSet intersectWhole(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// Outward at the nearest point of the whole sphere; zero for a NaN.
+    [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const;
+    /// The point at (s, t); not finite when (s, t) or the result is not.
+    [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
+    /// True when the whole sphere goes on at this t: not past a pole.
+    [[nodiscard]] bool continuesAt(double t) const;
+
+private:
+    /// The circle of a limiting elevation.
+    struct Rim {
+        double height = 0;  ///< above the centre, along the axis; infinite at a pole, which limits nothing
+        double radius = 0;
+    };
+
+    [[nodiscard]] static bool areValid(const SphereNumbers& numbers);
+    [[nodiscard]] static Rim rimAt(double elevation, double radius);
+    [[nodiscard]] double elevationAt(double t) const;
+    template <class Limit>
+    [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
+                                       const Limit& limit) const;
+    [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
+    [[nodiscard]] const Rim& nearestRim(double height) const;
+    /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
+    [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
+
+    SphereNumbers m_numbers;
+    Placement m_placement;
+    AzimuthSector m_sector;
+    Rim m_lower, m_upper;
+    double m_extent = 0;  ///< the largest coordinate of the sphere: the unit of its rounding
+    bool m_isWhole = false;
+    bool m_isValid = false;
+};
+
+}  // namespace KelvoScreenDetail

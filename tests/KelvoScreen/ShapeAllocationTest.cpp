@@ -1,0 +1,83 @@
+#include "KelvoScreen/CylinderScreen.h"
+#include "KelvoScreen/MeshOracle.h"
+#include "KelvoScreen/RuledSurfaceScreen.h"
+#include "KelvoScreen/RuledSurfaces.h"
+#include "KelvoScreen/SphericalScreen.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+/// Every allocation of this program is counted; that is why the test is a program of its own.
+
+namespace {
+
+std::size_t allocationCount = 0;
+
+}  // namespace
+
+// Not inlined: the compiler would see memory of `new` given to `free` and warn of a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    ++allocationCount;
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+namespace {
+
+using Vector = Point<double, 3>;
+
+void expectNoAllocation(const ScreenGeometry& screen) {
+    oracle::Random random(71);
+    const std::size_t before = allocationCount;
+    int hits = 0;
+    double sum = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Vector from = random.inCube();
+        const Vector to = from + random.inCube();
+        const IntersectionSet set = screen.intersect(from, to);
+        if (!set.empty()) {
+            hits += sideOfSurface(to - from, screen.getScreenNormal(set.first().point)) != 0 ? 1 : 0;
+        }
+        sum += static_cast<double>(screen.intersectExtrapolatedWithSpecifiedNormal(from, to, 1).size());
+        Vector out;
+        sum += screen.mapInto3D({random.uniform(0, 1), random.uniform(0, 1)}, out, false) ? out[0] : 0;
+    }
+    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_GT(hits, 150);
+    EXPECT_TRUE(std::isfinite(sum));
+}
+
+TEST(ShapeAllocation, RaysNormalsAndMappedPointsAllocateNothing) {
+    ScreenConfigDouble config;
+    config.radius = 5;
+    config.height = 4;
+    config.orientation = {0.1, 0.2, 0.3};
+    config.azimuthMin = -2;
+    config.azimuthMax = 2;
+    config.elevationMin = -0.5;
+    config.elevationMax = 1;
+    expectNoAllocation(SphericalScreen(&config));
+    expectNoAllocation(CylinderScreen(&config));
+    const ScreenConfigDouble cockpit = ruled::cockpit();
+    expectNoAllocation(RuledSurfaceScreen(&cockpit));
+}
+
+TEST(ShapeAllocation, TheCounterCounts) {
+    const std::size_t before = allocationCount;
+    const SphericalScreen sphere(Vector{}, 1, -1, 1, -1, 1);
+    EXPECT_GT(allocationCount, before) << sphere.isValid();
+}
+
+}  // namespace

@@ -1,0 +1,77 @@
+#include "KelvoScreen/detail/Chord.h"
+
+#include "KelvoScreen/MeshOracle.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+using namespace KelvoScreenDetail;
+using Plane = Point<double, 2>;
+using Vector = Point<double, 3>;
+
+constexpr double TOLERANCE = 1e-14;
+
+template <std::size_t N>
+Chord<N> chordOf(const Point<double, N>& origin, const Point<double, N>& direction, double radius = 1) {
+    return chordInFront(origin, direction, dot(direction, direction), radius, TOLERANCE);
+}
+
+TEST(Chord, HasItsEndsInOrder) {
+    const Chord<2> chord = chordOf(Plane{-3.0, 0.0}, Plane{2.0, 0.0});
+    ASSERT_EQ(chord.count, 2U);
+    EXPECT_EQ(chord.ends[0].place, (Plane{-1.0, 0.0}));
+    EXPECT_EQ(chord.ends[0].t, 1);
+    EXPECT_EQ(chord.ends[1].place, (Plane{1.0, 0.0}));
+    EXPECT_EQ(chord.ends[1].t, 2);
+}
+
+TEST(Chord, LeavesOutWhatIsBehind) {
+    EXPECT_EQ(chordOf(Plane{0.0, 0.0}, Plane{1.0, 0.0}).count, 1U);
+    EXPECT_EQ(chordOf(Plane{3.0, 0.0}, Plane{1.0, 0.0}).count, 0U);
+}
+
+TEST(Chord, TouchesWithinTheTolerance) {
+    EXPECT_EQ(chordOf(Plane{-3.0, 1.0}, Plane{1.0, 0.0}).count, 1U);
+    const Chord<2> outside = chordOf(Plane{-3.0, 1 + 5e-15}, Plane{1.0, 0.0});
+    ASSERT_EQ(outside.count, 1U);
+    EXPECT_EQ(outside.ends[0].place, (Plane{0.0, 1.0})) << "on the circle";
+    EXPECT_EQ(chordOf(Plane{-3.0, 1 + 3e-14}, Plane{1.0, 0.0}).count, 0U);
+}
+
+TEST(Chord, StartsOnTheSurfaceWithinTheTolerance) {
+    for (const double offset : {-5e-15, 0.0, 5e-15}) {
+        const Chord<2> outward = chordOf(Plane{1 + offset, 0.0}, Plane{1.0, 0.0});
+        ASSERT_EQ(outward.count, 1U) << offset;
+        EXPECT_NEAR(outward.ends[0].t, 0, 6e-15);
+        const Chord<2> inward = chordOf(Plane{1 + offset, 0.0}, Plane{-1.0, 0.0});
+        ASSERT_EQ(inward.count, 2U) << offset;
+        EXPECT_NEAR(inward.ends[0].t, 0, 6e-15);
+        EXPECT_NEAR(inward.ends[1].t, 2, 6e-15);
+    }
+    EXPECT_EQ(chordOf(Plane{1 + 3e-14, 0.0}, Plane{1.0, 0.0}).count, 0U);
+}
+
+TEST(Chord, LiesOnASmallBallToItsOwnRoundingWhenSeenFromFarAway) {
+    oracle::Random random(25);
+    int count = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Vector aim = 0.5 * random.inCube();
+        const Vector origin = 1e9 * random.inCube();
+        const Chord<3> chord = chordOf(origin, aim - origin);
+        for (std::size_t j = 0; j < chord.count; ++j, ++count) {
+            EXPECT_NEAR(norm(chord.ends[j].place), 1, 4 * std::numeric_limits<double>::epsilon());
+        }
+    }
+    EXPECT_GT(count, 1900);
+}
+
+TEST(Chord, OfANaNIsNone) {
+    const double bad = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(chordOf(Plane{bad, 0.0}, Plane{1.0, 0.0}).count, 0U);
+    EXPECT_EQ(chordOf(Plane{0.0, 0.0}, Plane{bad, 0.0}).count, 0U);
+}
+
+}  // namespace
