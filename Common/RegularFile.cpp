@@ -69,7 +69,7 @@ RegularFile::~RegularFile() {
     ::close(m_descriptor);
 }
 
-std::string RegularFile::readAll() {
+std::string RegularFile::readAll() const {
     std::string content;
     if (m_size > content.max_size() - 1) {
         throw std::bad_alloc();
@@ -94,6 +94,28 @@ std::string RegularFile::readAll() {
     }
     content.resize(filled);
     return content;
+}
+
+std::size_t RegularFile::readAt(std::size_t offset, char* buffer, std::size_t count) const {
+    std::size_t filled = 0;
+    while (filled < count) {
+        const ssize_t read =
+            ::pread(m_descriptor, buffer + filled, count - filled, static_cast<off_t>(offset + filled));
+        if (read == 0) {
+            break;
+        }
+        if (read > 0) {
+            filled += static_cast<std::size_t>(read);
+        } else if (errno != EINTR) {
+            fail(m_path, systemReason());
+        }
+    }
+    return filled;
+}
+
+std::string RegularFile::nameForReopening() const {
+    std::string name = "/proc/self/fd/" + std::to_string(m_descriptor);
+    return ::access(name.c_str(), R_OK) == 0 ? name : m_path;
 }
 
 }  // namespace Veltrani

@@ -6,7 +6,9 @@
 #include "ExitCode.h"
 
 #include <charconv>
+#include <iostream>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -86,6 +88,12 @@ void CommandLine::parse(int argc, char** argv) {
 }
 
 int CommandLine::report(const CLI::ParseError& error) const {
+    // A misspelt command is left over; the error itself only says that one is missing.
+    const std::vector<std::string> unknown = m_app.remaining();
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
+        std::cerr << "\"" + unknown.front() + "\" is not a command: check or targets. Run with --help for more.\n";
+        return EXIT_USAGE;
+    }
     return m_app.exit(error) == 0 ? EXIT_ALL_RIGHT : EXIT_USAGE;
 }
 

@@ -8,6 +8,7 @@
 #include "DisplayReport/DisplayDescription.h"
 #include "DisplayReport/GeometryText.h"
 #include "DisplayReport/NumberText.h"
+#include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
 
 #include <pcl/point_cloud.h>
@@ -21,13 +22,11 @@ namespace Veltrani::DisplayReport {
 namespace {
 
 /// Runs one step of loading; a fault is added and the check goes on.
-bool attempt(const std::string& where, DisplayDescription& description, const std::function<void()>& step) {
+void attempt(const std::string& where, DisplayDescription& description, const std::function<void()>& step) {
     try {
         step();
-        return true;
     } catch (...) {
         description.faults.push_back(faultOf(where, std::current_exception()));
-        return false;
     }
 }
 
@@ -57,22 +56,23 @@ std::string fileOr(const std::wstring& file, const std::string& none) {
     return file.empty() ? none : toUtf8(file);
 }
 
-/// "cloud.pcd: 4000 points, 1.9 m along its main axis"
-std::string cloudText(const std::wstring& file, const std::string& unit, DisplayDescription& description) {
-    ScreenManager& manager = *ScreenManager::getInstance();
-    const auto cloud = manager.getScreen().getModelPCD();
+Extent cloudExtent(const Screen::PointCloud& cloud) {
+    Extent extent;
+    for (const pcl::PointXYZ& point : cloud) {
+        extent.add({point.x, point.y, point.z});
+    }
+    return extent;
+}
+
+/// "cloud.pcd: 4000 points, 7.5 x 2.6 x 2.4 m (right x forward x up)"
+std::string cloudText(const std::wstring& file, const std::string& unit) {
+    const auto cloud = ScreenManager::getInstance()->getScreen().getModelPCD();
     if (!cloud) {
         return toUtf8(file) + ": not loaded";
     }
-    std::string text = toUtf8(file) + ": " + std::to_string(cloud->size()) + " points";
-    if (!cloud->is_dense) {
-        text += ", some of them undefined";
-    }
-    attempt("model cloud", description, [&] {
-        text += ", spread along its main axis " + roundedText(static_cast<double>(manager.getScreen().calcPCDWidth())) +
-                (unit.empty() ? "" : " " + unit);
-    });
-    return text;
+    const std::string undefined = cloud->is_dense ? "" : ", some of them undefined";
+    return toUtf8(file) + ": " + std::to_string(cloud->size()) + " points" + undefined + ", " +
+           sizeText(cloudExtent(*cloud), unit);
 }
 
 void describeContent(const IScreenConfig& screen, const std::string& unit, DisplayDescription& description) {
@@ -100,9 +100,11 @@ void describeFiles(const IScreenConfig& screen, const std::string& unit, Display
                                        : std::string("not loaded"))});
     }
     if (const std::wstring file = screen.getModelPcdFile(0); !file.empty()) {
-        description.facts.push_back({"cloud", cloudText(file, unit, description)});
+        description.facts.push_back({"cloud", cloudText(file, unit)});
     }
-    if (!screen.getUnitName().empty()) {
+    const bool hasFiles = screen.getShape() == BaseConfig::SHAPE_MESH || !screen.getMeasuredMeshFile(0).empty() ||
+                          !screen.getModelPcdFile(0).empty();
+    if (hasFiles && !screen.getUnitName().empty()) {
         description.facts.push_back({"file unit", toUtf8(screen.getUnitName())});
     }
 }

@@ -9,6 +9,11 @@
 /// A flat rectangle: (s, t) -> centre + R ((s - 1/2) width, 0, (t - 1/2) height), R from the three orientation angles.
 ///
 /// Unrotated it stands upright and looks along +y; its normal is +y. Its continuation is the whole plane.
+///
+/// The edges belong to the rectangle: a ray that passes one within the rounding of its own coordinates hits it there. A
+/// ray parallel to the plane, to rounding, never hits, one that lies in the plane included. A hit lies on the rectangle
+/// and on the ray to within rounding of the largest coordinate involved. A screen that is not valid is never hit, maps
+/// nothing and has a zero normal.
 class FlatScreen : public ScreenGeometry {
 public:
     /// The unit square (s, t) -> (s, 0, t).
@@ -33,4 +38,35 @@ public:
                                                                            int sign) const override;
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
+
+private:
+    /// The numbers of a description; all zero without one.
+    struct Numbers {
+        explicit Numbers(const IScreenConfig* screen);
+        Numbers(const Point<double, 3>& theCentre, double theWidth, double theHeight);
+
+        Point<double, 3> centre;
+        Point<double, 3> orientation;  ///< angles for `Veltrani::rotationZXY`
+        double width = 0;
+        double height = 0;
+    };
+
+    explicit FlatScreen(const Numbers& numbers);
+    [[nodiscard]] static std::array<unsigned char, 20> hash(const Numbers& numbers);
+    void set(const Numbers& numbers);
+    [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
+    /// Where the ray meets the whole plane, at t >= 0.
+    [[nodiscard]] IntersectionSet intersectPlane(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// Moves a hit of the plane onto the rectangle when the ray passes it within rounding; false when it misses it.
+    [[nodiscard]] bool limitToRectangle(const Point<double, 3>& from, const Point<double, 3>& to,
+                                        Intersection& hit) const;
+    /// The largest coordinate that enters a hit: the unit of its rounding.
+    [[nodiscard]] double largestCoordinate(const Point<double, 3>& from) const;
+
+    Numbers m_numbers;
+    Point<double, 3> m_corner;  ///< (s, t) = (0, 0)
+    Point<double, 3> m_across;  ///< from s = 0 to s = 1
+    Point<double, 3> m_upward;  ///< from t = 0 to t = 1
+    Point<double, 3> m_normal;
+    bool m_valid = false;
 };

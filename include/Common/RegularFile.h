@@ -23,7 +23,15 @@ public:
 
     /// The whole content, to its end even when the file has grown or shrunk since. Throws
     /// `VeltraniMissingFileException` when reading fails and `std::bad_alloc` when it does not fit into memory.
-    [[nodiscard]] std::string readAll();
+    [[nodiscard]] std::string readAll() const;
+
+    /// Up to `count` bytes from `offset` on into `buffer`; answers how many, fewer only at the end of the file. Throws
+    /// `VeltraniMissingFileException` when reading fails.
+    std::size_t readAt(std::size_t offset, char* buffer, std::size_t count) const;
+
+    /// A name under which another library opens this very file again, whatever stands under its own name by then. Valid
+    /// while this object lives. Where the system offers no such names it is the file's own.
+    [[nodiscard]] std::string nameForReopening() const;
 
 private:
     std::string m_path;

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include <clocale>
+#include <cstdio>
 
 namespace {
 
@@ -89,6 +90,26 @@ TEST(RegularFile, NamesAreUtf8WhateverTheLocale) {
     ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
     const TemporaryFolder folder;
     EXPECT_EQ(RegularFile(folder.write("B\xc3\xbchne 100%s.txt", "content")).readAll(), "content");
+}
+
+TEST(RegularFile, ReadsAPieceAndStopsAtTheEnd) {
+    const TemporaryFolder folder;
+    const RegularFile file(folder.write("digits", "0123456789"));
+    std::string piece(4, '-');
+    EXPECT_EQ(file.readAt(3, piece.data(), 4), 4U);
+    EXPECT_EQ(piece, "3456");
+    EXPECT_EQ(file.readAt(8, piece.data(), 4), 2U);
+    EXPECT_EQ(piece, "8956");
+    EXPECT_EQ(file.readAt(11, piece.data(), 4), 0U);
+}
+
+TEST(RegularFile, IsReopenedWhateverStandsUnderItsNameByThen) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("swapped", "first");
+    const RegularFile file(path);
+    ASSERT_EQ(std::remove(path.c_str()), 0);
+    folder.write("swapped", "second");
+    EXPECT_EQ(RegularFile(file.nameForReopening()).readAll(), "first");
 }
 
 }  // namespace

@@ -48,10 +48,11 @@ TEST(ChannelCheck, ADomeChannelUsesItsFrustum) {
     EXPECT_THAT(checked("<TargetData type='Spherical'/>", "").faults, SizeIs(1));
 }
 
-TEST(ChannelCheck, ACollimatedChannelNeedsAMirror) {
-    EXPECT_THAT(checked("<TargetData type='SphericalCollimated'/>", FRUSTUM).faults, SizeIs(1));
+TEST(ChannelCheck, ACollimatedChannelUsesItsFrustumAndTheMirror) {
     const std::string mirror = "<TargetData type='SphericalCollimated'><Mirror radius='3'/></TargetData>";
-    EXPECT_THAT(checked(mirror, FRUSTUM).faults, IsEmpty());
+    const auto description = checked(mirror, FRUSTUM);
+    EXPECT_EQ(description.channels.at(0).locator, "frustum left -30 right 30 bottom -20 top 20 deg via the mirror");
+    EXPECT_THAT(description.faults, IsEmpty());
 }
 
 TEST(ChannelCheck, ACustomPlanarChannelNeedsItsMap) {

@@ -68,8 +68,7 @@ TEST_F(ScreenCheckTest, DescribesMeshMeasuredMeshAndCloud) {
     EXPECT_THAT(fact(description, "screen"), HasSubstr("wall.obj): 1 triangle without texture coordinates"));
     EXPECT_EQ(fact(description, "size"), "1 x 0 x 1 m (right x forward x up)");
     EXPECT_THAT(fact(description, "measured"), HasSubstr("measured.obj: 2 triangles without texture coordinates"));
-    // Points 0, 1, 2, 3 on a line: the variance is 5/3.
-    EXPECT_THAT(fact(description, "cloud"), HasSubstr("scan.pcd: 4 points, spread along its main axis 1.291 m"));
+    EXPECT_THAT(fact(description, "cloud"), HasSubstr("scan.pcd: 4 points, 3 x 0 x 0 m (right x forward x up)"));
     EXPECT_THAT(description.faults, IsEmpty());
 }
 
@@ -104,20 +103,9 @@ TEST_F(ScreenCheckTest, CausesThatTheLibraryFoldsIntoOneTextAreToldApart) {
     m_folder.makeFolder("folder.obj");
     EXPECT_THAT(causes("missing.obj"), Contains(HasSubstr("No such file")));
     EXPECT_THAT(causes("folder.obj"), Contains(HasSubstr("directory")));
-    EXPECT_THAT(causes("WALL.OBJ"), Contains(HasSubstr("extension")));
+    EXPECT_THAT(causes("WALL.OBJ"), Contains(HasSubstr("does not end in \".obj\"")));
     EXPECT_THAT(causes("points.obj"), Contains(HasSubstr("no")));
     EXPECT_THAT(causes("line.obj"), Contains(HasSubstr("area")));
-}
-
-TEST_F(ScreenCheckTest, ACloudOfTwoPointsHasNoPrincipalAxis) {
-    m_folder.write("wall.obj", TRIANGLE);
-    m_folder.write(
-        "scan.pcd",
-        "VERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\nWIDTH 2\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\n"
-        "POINTS 2\nDATA ascii\n0 0 0\n1 0 0\n");
-    const auto description = checked(mesh("<ContentMesh file='wall.obj'/><ModelCloud file='scan.pcd'/>"));
-    ASSERT_THAT(description.faults, SizeIs(1));
-    EXPECT_THAT(description.faults[0].what, HasSubstr("number of points < 3"));
 }
 
 TEST_F(ScreenCheckTest, AConfigurationWithoutAScreenIsAFault) {

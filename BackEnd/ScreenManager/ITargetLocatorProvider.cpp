@@ -1,0 +1,3 @@
+#include "ScreenManager/ITargetLocatorProvider.h"
+
+ITargetLocatorProvider::~ITargetLocatorProvider() = default;

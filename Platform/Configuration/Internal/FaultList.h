@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Veltrani {
+
+/// Everything that is wrong with one document, collected so that its author sees all of it at once.
+class FaultList {
+public:
+    enum class Kind {
+        Structure,  ///< against the form: what the published schema can tell as well
+        Meaning,    ///< well formed, but the values contradict each other or cannot be represented
+    };
+
+    struct Fault {
+        Kind kind = Kind::Structure;
+        int line = 0;  ///< first line is 1
+        std::string element;
+        std::string found;
+        std::string expected;
+        std::string remedy;
+    };
+
+    /// @param documentName stands before the line of every fault, usually the path; UTF-8
+    explicit FaultList(std::string documentName);
+
+    void add(Fault fault);
+
+    [[nodiscard]] bool empty() const { return m_count == 0; }
+    /// How many faults were added, the ones beyond the limit of the message included.
+    [[nodiscard]] std::size_t size() const { return m_count; }
+    [[nodiscard]] bool hasStructureFault() const { return m_hasStructureFault; }
+
+    /// One line per fault, in the order of their lines:
+    /// `document:line: <element>: found ..., expected ...; remedy`.
+    [[nodiscard]] std::wstring message() const;
+
+    /// Throws `VeltraniParseException` with `message()` unless the list is empty.
+    void throwIfAny() const;
+
+    /// A document can be broken in every line; the message goes no further than this and counts the rest.
+    static constexpr std::size_t MOST_FAULTS_SHOWN = 1000;
+
+private:
+    std::string m_documentName;
+    std::vector<Fault> m_faults;
+    std::size_t m_count = 0;
+    bool m_hasStructureFault = false;
+};
+
+/// The pieces one behind the other.
+[[nodiscard]] std::string concatenated(std::initializer_list<std::string_view> pieces);
+
+/// A text from a document, in quotes, for a message: cut when it is long, control characters spelled out so that the
+/// message stays on its line.
+[[nodiscard]] std::string inQuotes(std::string_view text);
+
+}  // namespace Veltrani

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Numbers in the text of a configuration: the same in every locale, the whole text or nothing.
+namespace Veltrani {
+
+/// What became of a text that was to be a number.
+enum class NumberState {
+    Good,
+    NotANumber,  ///< the text has another form; infinities and NaN count as this
+    OutOfRange,  ///< a number, but none that the type can hold
+};
+
+template <class T>
+struct ParsedNumber {
+    T value{};  ///< zero unless good
+    NumberState state = NumberState::NotANumber;
+};
+
+/// A finite decimal number: an optional minus, digits with an optional decimal point, an optional exponent. No blanks,
+/// no plus sign, no grouping.
+[[nodiscard]] ParsedNumber<double> parseNumber(std::string_view text);
+
+/// A count of pixels: digits, greater than zero.
+[[nodiscard]] ParsedNumber<int> parsePixelCount(std::string_view text);
+
+/// Exactly four numbers from 0 to 255, apart by white space.
+[[nodiscard]] std::optional<std::array<unsigned char, 4>> parseFourBytes(std::string_view text);
+
+/// The shortest decimal text.
+[[nodiscard]] std::string numberText(int value);
+
+/// The counterpart of `parseFourBytes`.
+[[nodiscard]] std::string fourBytesText(const std::array<unsigned char, 4>& bytes);
+
+}  // namespace Veltrani

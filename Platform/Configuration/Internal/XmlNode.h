@@ -1,0 +1,45 @@
+#pragma once
+
+#include <libxml/tree.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Reading and changing nodes of an XML tree. Names are those of elements and attributes without a namespace: what
+/// stands in a namespace belongs to somebody else and is passed over. All text is UTF-8.
+namespace Veltrani::Xml {
+
+[[nodiscard]] std::string_view view(const xmlChar* text);
+[[nodiscard]] const xmlChar* chars(const char* text);
+
+[[nodiscard]] bool isOwnElement(const xmlNode* node);
+[[nodiscard]] bool isOwnElement(const xmlNode* node, std::string_view name);
+/// A text node of nothing but white space.
+[[nodiscard]] bool isBlankText(const xmlNode* node);
+
+/// The line on which the start tag of an element ends; for a text, the line that the tree remembers.
+[[nodiscard]] int lineOf(const xmlNode* node);
+
+[[nodiscard]] std::optional<std::string> attribute(const xmlNode* element, const char* name);
+void setAttribute(xmlNode* element, const char* name, const std::string& value);
+
+/// The first child element of this name; null when there is none. A null parent has no children.
+[[nodiscard]] xmlNode* child(const xmlNode* parent, std::string_view name);
+[[nodiscard]] std::vector<xmlNode*> children(const xmlNode* parent, std::string_view name);
+
+/// The text inside an element, comments left out.
+[[nodiscard]] std::string content(const xmlNode* element);
+/// Replaces everything inside an element.
+void setContent(xmlNode* element, const std::string& text);
+
+/// The XML inside an element. It stands on its own: a namespace that is declared further out is declared again in it.
+[[nodiscard]] std::string innerXml(const xmlNode* element);
+/// Replaces everything inside `element` by a copy of what stands inside `source`, which may be of another document.
+void setInnerXml(xmlNode* element, const xmlNode* source);
+
+/// A new element of the document, not yet in its tree: the caller puts it there.
+[[nodiscard]] xmlNode* newElement(xmlDoc* document, const char* name);
+
+}  // namespace Veltrani::Xml

@@ -1,0 +1,231 @@
+#include "Configuration/XMLConfigFile.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/Internal/ElementReader.h"
+#include "Configuration/Internal/FaultList.h"
+#include "Configuration/Internal/FileAccess.h"
+#include "Configuration/Internal/FolderPath.h"
+#include "Configuration/Internal/FormatChecker.h"
+#include "Configuration/Internal/MeaningChecker.h"
+#include "Configuration/Internal/NodePlacement.h"
+#include "Configuration/Internal/XmlDocument.h"
+#include "Configuration/Internal/XmlNode.h"
+#include "Configuration/Internal/XmlProjectorConfig.h"
+#include "Configuration/Internal/XmlScreenConfig.h"
+#include "Configuration/Internal/XmlTargetLocatorConfig.h"
+#include "Configuration/Internal/XmlText.h"
+#include "Configuration/Internal/XmlUnitsConfig.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+using Veltrani::ElementReader;
+using Veltrani::FaultList;
+using Veltrani::FolderPath;
+using Veltrani::XmlDocument;
+using Veltrani::XmlProjectorConfig;
+using Veltrani::XmlScreenConfig;
+using Veltrani::XmlTargetLocatorConfig;
+using Veltrani::XmlUnitsConfig;
+namespace Xml = Veltrani::Xml;
+
+namespace {
+
+constexpr int LATER = 1;
+constexpr int EARLIER = -1;
+
+/// A document without a fault, or every fault in `faults`.
+XmlDocument checkedDocument(std::string_view text, FaultList& faults) {
+    XmlDocument document = XmlDocument::parse(text, faults);
+    if (document.root() != nullptr) {
+        Veltrani::FormatChecker::check(document.root(), faults);
+        Veltrani::MeaningChecker::check(document.root(), faults);
+    }
+    return document;
+}
+
+}  // namespace
+
+struct XMLConfigFile::Impl {
+    using Entries = std::vector<std::unique_ptr<XmlProjectorConfig>>;
+
+    Impl(XmlDocument checked, FolderPath folderOfFile);
+    void addEntry(xmlNode* element);
+    [[nodiscard]] XmlProjectorConfig* find(const std::wstring& id) const;
+    [[nodiscard]] Entries::iterator position(const XmlProjectorConfig* entry);
+    [[nodiscard]] xmlNode* projectorsToWrite();
+
+    XmlDocument document;
+    FolderPath folder;
+    ElementReader reader;
+    std::unique_ptr<XmlUnitsConfig> units;
+    std::unique_ptr<XmlScreenConfig> screen;
+    std::unique_ptr<XmlTargetLocatorConfig> targetData;
+    Entries entries;  // configuration order
+    std::unordered_map<std::wstring, XmlProjectorConfig*> byId;
+};
+
+XMLConfigFile::Impl::Impl(XmlDocument checked, FolderPath folderOfFile)
+    : document(std::move(checked)),
+      folder(std::move(folderOfFile)),
+      reader(ElementReader::ofDisplay(document.root())),
+      units(std::make_unique<XmlUnitsConfig>(Xml::child(document.root(), "Units"))) {
+    if (const xmlNode* element = Xml::child(document.root(), "Screen")) {
+        screen = std::make_unique<XmlScreenConfig>(element, reader, folder, units->getUnitName());
+    }
+    if (const xmlNode* element = Xml::child(document.root(), "TargetData")) {
+        const Point<double, 3> eyePoint = screen == nullptr ? Point<double, 3>() : screen->getEyePoint();
+        targetData = std::make_unique<XmlTargetLocatorConfig>(element, reader, eyePoint);
+    }
+    for (xmlNode* element : Xml::children(Xml::child(document.root(), "Projectors"), "Projector")) {
+        addEntry(element);
+    }
+}
+
+void XMLConfigFile::Impl::addEntry(xmlNode* element) {
+    entries.push_back(std::make_unique<XmlProjectorConfig>(element, reader, folder));
+    byId.emplace(entries.back()->getIdentity(), entries.back().get());
+}
+
+XmlProjectorConfig* XMLConfigFile::Impl::find(const std::wstring& id) const {
+    const auto found = byId.find(id);
+    return found == byId.end() ? nullptr : found->second;
+}
+
+XMLConfigFile::Impl::Entries::iterator XMLConfigFile::Impl::position(const XmlProjectorConfig* entry) {
+    return std::find_if(entries.begin(), entries.end(), [&](const auto& owned) { return owned.get() == entry; });
+}
+
+xmlNode* XMLConfigFile::Impl::projectorsToWrite() {
+    if (xmlNode* existing = Xml::child(document.root(), "Projectors")) {
+        return existing;
+    }
+    xmlNode* const added = Xml::newElement(document.root()->doc, "Projectors");
+    Xml::appendIndented(document.root(), added);
+    return added;
+}
+
+std::unique_ptr<XMLConfigFile> XMLConfigFile::load(const std::string& utf8Path) {
+    return parse(Veltrani::readFile(utf8Path, XmlDocument::LARGEST_BYTES), utf8Path);
+}
+
+std::unique_ptr<XMLConfigFile> XMLConfigFile::parse(std::string_view text, const std::string& name) {
+    FaultList faults(name);
+    XmlDocument document = checkedDocument(text, faults);
+    faults.throwIfAny();
+    auto impl = std::make_unique<Impl>(std::move(document), FolderPath::ofFile(Veltrani::fromUtf8OrBytes(name)));
+    return std::unique_ptr<XMLConfigFile>(new XMLConfigFile(std::move(impl)));
+}
+
+XMLConfigFile::XMLConfigFile(std::unique_ptr<Impl> impl) : m_impl(std::move(impl)) {}
+
+XMLConfigFile::~XMLConfigFile() = default;
+
+void XMLConfigFile::save(const std::string& utf8Path) const {
+    const std::string content = text();
+    FaultList faults(utf8Path);
+    static_cast<void>(checkedDocument(content, faults));
+    if (!faults.empty()) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"The configuration cannot be saved, it could not be read again: " + faults.message());
+    }
+    Veltrani::replaceFile(utf8Path, content);
+}
+
+std::string XMLConfigFile::text() const {
+    return m_impl->document.text();
+}
+
+ProjectorConfig* XMLConfigFile::addProjectorConfig(const std::wstring& id) {
+    if (id.empty()) {
+        throw VeltraniException(__FILE__, __LINE__, L"A projector cannot be added with an empty id");
+    }
+    if (m_impl->find(id) != nullptr) {
+        throw VeltraniException(__FILE__, __LINE__, L"A projector \"" + id + L"\" is in the configuration already");
+    }
+    const std::string text = Veltrani::xmlText(id, L"The id of a new projector");
+    xmlNode* const parent = m_impl->projectorsToWrite();
+    xmlNode* const element = Xml::newElement(parent->doc, "Projector");
+    Xml::setAttribute(element, "id", text);
+    Xml::appendIndented(parent, element);
+    m_impl->addEntry(element);
+    return m_impl->entries.back().get();
+}
+
+std::vector<std::wstring> XMLConfigFile::getProjectorConfigIds() const {
+    std::vector<std::wstring> ids;
+    for (const auto& entry : m_impl->entries) {
+        ids.push_back(entry->getIdentity());
+    }
+    return ids;
+}
+
+ProjectorConfig* XMLConfigFile::getProjectorConfig(const std::wstring& id) const {
+    return m_impl->find(id);
+}
+
+bool XMLConfigFile::renameProjectorConfig(const std::wstring& oldId, const std::wstring& newId) {
+    if (oldId == newId) {
+        return true;
+    }
+    if (m_impl->find(newId) != nullptr) {
+        return false;
+    }
+    XmlProjectorConfig* const entry = m_impl->find(oldId);
+    if (entry == nullptr || newId.empty()) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"The projector \"" + oldId + L"\" cannot be renamed to \"" + newId + L"\": " +
+                                    (newId.empty() ? L"an id is never empty" : L"there is no such projector"));
+    }
+    entry->rename(newId);
+    m_impl->byId.erase(oldId);
+    m_impl->byId.emplace(newId, entry);
+    return true;
+}
+
+bool XMLConfigFile::moveProjectorConfig(const std::wstring& id, int direction) {
+    const auto from = m_impl->position(m_impl->find(id));
+    auto& entries = m_impl->entries;
+    const bool canMove = (direction == LATER && from != entries.end() && from + 1 != entries.end()) ||
+                         (direction == EARLIER && from != entries.end() && from != entries.begin());
+    if (!canMove) {
+        return false;
+    }
+    const auto to = from + direction;
+    const auto first = std::min(from, to);
+    const auto second = std::max(from, to);
+    Xml::exchange((*first)->element(), (*second)->element());
+    std::iter_swap(first, second);
+    return true;
+}
+
+bool XMLConfigFile::removeProjectorConfig(const std::wstring& id) {
+    const auto entry = m_impl->position(m_impl->find(id));
+    if (entry == m_impl->entries.end()) {
+        return false;
+    }
+    Xml::removeIndented((*entry)->element());
+    m_impl->byId.erase(id);
+    m_impl->entries.erase(entry);
+    return true;
+}
+
+const IScreenConfig* XMLConfigFile::getScreenConfig() const {
+    return m_impl->screen.get();
+}
+
+const IUnitsConfig* XMLConfigFile::getNativeUnitsConfig() const {
+    return m_impl->units.get();
+}
+
+const TargetLocatorConfig* XMLConfigFile::getTargetLocatorConfig() const {
+    return m_impl->targetData.get();
+}
+
+std::wstring XMLConfigFile::processPath(const std::wstring& name) const {
+    return m_impl->folder.resolve(name);
+}

@@ -1,0 +1,173 @@
+#include "KelvoScreen/FlatScreen.h"
+
+#include "Common/Matrix.h"
+#include "Configuration/BaseConfig.h"
+#include "Configuration/IScreenConfig.h"
+#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/RayProbe.h"
+#include "KelvoScreen/detail/Rounding.h"
+#include "KelvoScreen/detail/ScreenSampling.h"
+#include "KelvoScreen/detail/Sha1.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace KelvoScreenDetail;
+
+namespace {}  // namespace
+
+FlatScreen::Numbers::Numbers(const IScreenConfig* screen) {
+    if (screen != nullptr) {
+        centre = screen->getCentre();
+        orientation = screen->getOrientation();
+        width = screen->getWidth();
+        height = screen->getHeight();
+    }
+}
+
+FlatScreen::Numbers::Numbers(const Point<double, 3>& theCentre, double theWidth, double theHeight)
+    : centre(theCentre), width(theWidth), height(theHeight) {}
+
+FlatScreen::FlatScreen() : FlatScreen(Numbers({0.5, 0.0, 0.5}, 1.0, 1.0)) {}
+
+FlatScreen::FlatScreen(const IScreenConfig* screen) : FlatScreen(Numbers(screen)) {}
+
+FlatScreen::FlatScreen(const Numbers& numbers) : m_numbers(numbers) {
+    set(numbers);
+}
+
+std::array<unsigned char, 20> FlatScreen::calcUniqueDataHash(const IScreenConfig* screen) {
+    return hash(Numbers(screen));
+}
+
+std::array<unsigned char, 20> FlatScreen::hash(const Numbers& numbers) {
+    Sha1 sha1;
+    sha1.addText("Flat");
+    sha1.addPoint(numbers.centre);
+    sha1.addPoint(numbers.orientation);
+    sha1.addNumber(numbers.width);
+    sha1.addNumber(numbers.height);
+    return sha1.finish();
+}
+
+void FlatScreen::set(const Numbers& numbers) {
+    m_numbers = numbers;
+    const Point<double, 3>& angles = numbers.orientation;
+    const Matrix<double, 3> rotation = Veltrani::rotationZXY(angles[0], angles[1], angles[2]);
+    m_across = rotation * Point<double, 3>{numbers.width, 0.0, 0.0};
+    m_upward = rotation * Point<double, 3>{0.0, 0.0, numbers.height};
+    m_corner = numbers.centre - rotation * Point<double, 3>{numbers.width / 2, 0.0, numbers.height / 2};
+    m_normal = rotation * Point<double, 3>{0.0, 1.0, 0.0};
+    m_valid = numbers.width > 0 && numbers.height > 0 && isFinite(m_corner) && isFinite(m_across) &&
+              isFinite(m_upward) && isFinite(m_corner + m_across + m_upward);
+}
+
+bool FlatScreen::isValid() const {
+    return m_valid;
+}
+
+IntersectionSet FlatScreen::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
+    const IntersectionSet onPlane = intersectPlane(from, to);
+    if (onPlane.empty()) {
+        return {};
+    }
+    Intersection hit = onPlane.first();
+    if (!limitToRectangle(from, to, hit)) {
+        return {};
+    }
+    return {hit};
+}
+
+Point<double, 3> FlatScreen::getScreenNormal(const Point<double, 3>& /*point*/) const {
+    return m_valid ? m_normal : Point<double, 3>{};
+}
+
+bool FlatScreen::mapInto3D(const Point<double, 2>& st, Point<double, 3>& out, bool extrapolate) const {
+    const double s = snapToEdge(st[0]);
+    const double t = snapToEdge(st[1]);
+    const bool inside = s >= 0 && s <= 1 && t >= 0 && t <= 1;
+    if (!m_valid || !(inside || extrapolate)) {
+        return false;
+    }
+    const Point<double, 3> point = pointAt(s, t);
+    if (!isFinite(point)) {
+        return false;
+    }
+    out = point;
+    return true;
+}
+
+std::array<unsigned char, 20> FlatScreen::getUniqueDataHash() const {
+    return hash(m_numbers);
+}
+
+void FlatScreen::updateGeometry(const IScreenConfig* screen) {
+    if (screen != nullptr && screen->getShape() == BaseConfig::SHAPE_FLAT) {
+        set(Numbers(screen));
+    }
+}
+
+void FlatScreen::sampleHorizontally(double y, double xMin, double xMax, int columns, int row, Grid& grid,
+                                    bool extrapolate) const {
+    sampleRow(*this, y, xMin, xMax, columns, row, grid, extrapolate);
+}
+
+IntersectionSet FlatScreen::intersectExtrapolatedWithSpecifiedNormal(const Point<double, 3>& from,
+                                                                     const Point<double, 3>& to, int sign) const {
+    return sideOfSurface(to - from, m_normal) == sign ? intersectPlane(from, to) : IntersectionSet{};
+}
+
+std::vector<Point<double, 3>> FlatScreen::intersectChannelBoundary(const std::vector<Ray>& boundary,
+                                                                   const std::vector<Ray>& centre) const {
+    return channelBoundary(*this, boundary, centre);
+}
+
+Point<double, 3> FlatScreen::pointAt(double s, double t) const {
+    return m_corner + s * m_across + t * m_upward;
+}
+
+IntersectionSet FlatScreen::intersectPlane(const Point<double, 3>& from, const Point<double, 3>& to) const {
+    const Point<double, 3> direction = to - from;
+    const double approach = dot(direction, m_normal);
+    // Below this the direction itself is known too badly to tell whether the ray comes nearer to the plane at all.
+    const double noise = ROUNDING * std::max(largestComponent(from), largestComponent(to));
+    if (!m_valid || !(std::abs(approach) > noise)) {
+        return {};
+    }
+    double t = dot(m_corner - from, m_normal) / approach;
+    if (t < 0 && std::abs(t * approach) <= ROUNDING * largestCoordinate(from)) {
+        t = 0;
+    }
+    const Point<double, 3> nearPlane = from + t * direction;
+    const Point<double, 3> point = nearPlane - dot(nearPlane - m_corner, m_normal) * m_normal;
+    if (!(t >= 0) || !isFinite(point)) {
+        return {};
+    }
+    return {Intersection{point, t}};
+}
+
+bool FlatScreen::limitToRectangle(const Point<double, 3>& from, const Point<double, 3>& to, Intersection& hit) const {
+    const Point<double, 3> inPlane = hit.point - m_corner;
+    const double s = dot(inPlane, m_across) / dot(m_across, m_across);
+    const double t = dot(inPlane, m_upward) / dot(m_upward, m_upward);
+    if (s >= 0 && s <= 1 && t >= 0 && t <= 1) {
+        return true;
+    }
+    // Measured across the ray: along it, a grazing hit is uncertain by far more than the ray itself.
+    const RayProbe probe(from, to - from, ROUNDING * largestCoordinate(from));
+    const Corners lower{pointAt(0, 0), pointAt(1, 0), pointAt(1, 1)};
+    const Corners upper{pointAt(0, 0), pointAt(1, 1), pointAt(0, 1)};
+    for (const Corners& half : {lower, upper}) {
+        Meeting meeting;
+        if (probe.meets(half[0], half[1], half[2], meeting)) {
+            hit = {pointWithWeights(half, meeting.weights), std::max(0.0, meeting.t)};
+            return true;
+        }
+    }
+    return false;
+}
+
+double FlatScreen::largestCoordinate(const Point<double, 3>& from) const {
+    return std::max({largestComponent(from), largestComponent(m_corner), largestComponent(m_corner + m_across),
+                     largestComponent(m_corner + m_upward), largestComponent(m_corner + m_across + m_upward)});
+}

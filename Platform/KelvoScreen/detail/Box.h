@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <limits>
+
+namespace KelvoScreenDetail {
+
+/// An axis-aligned box; empty until a point is added.
+struct Box {
+    static constexpr double INFINITE = std::numeric_limits<double>::infinity();
+
+    Point<double, 3> lower{INFINITE, INFINITE, INFINITE};
+    Point<double, 3> upper{-INFINITE, -INFINITE, -INFINITE};
+
+    [[nodiscard]] bool isEmpty() const { return !(lower[0] <= upper[0]); }
+
+    void add(const Point<double, 3>& point);
+    [[nodiscard]] Point<double, 3> centre() const;
+    /// Half of the longest side.
+    [[nodiscard]] double halfSize() const;
+    /// The largest absolute coordinate.
+    [[nodiscard]] double largestCoordinate() const;
+
+    /// The part of a ray inside the box enlarged by `margin` on all sides: from t = first >= 0 to second. False when
+    /// there is none, and when the ray is not finite or has no length.
+    [[nodiscard]] bool clip(const Point<double, 3>& from, const Point<double, 3>& direction, double margin,
+                            double& first, double& second) const;
+};
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,41 @@
+#include "KelvoScreen/detail/EmbreeDevice.h"
+
+#include "Common/VeltraniException.h"
+
+#include <new>
+#include <string>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+RTCDevice createDevice() {
+    RTCDevice device = rtcNewDevice("threads=1");
+    if (device == nullptr) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"Embree cannot be started on this processor (error " +
+                                    std::to_wstring(rtcGetDeviceError(nullptr)) + L"); meshes cannot be searched");
+    }
+    return device;
+}
+
+}  // namespace
+
+RTCDevice embreeDevice() {
+    static RTCDevice device = createDevice();
+    return device;
+}
+
+void throwEmbreeFault() {
+    const RTCError error = rtcGetDeviceError(embreeDevice());
+    if (error == RTC_ERROR_OUT_OF_MEMORY) {
+        throw std::bad_alloc();
+    }
+    if (error != RTC_ERROR_NONE) {
+        throw VeltraniException(
+            __FILE__, __LINE__,
+            L"Embree could not build the search structure of a mesh (error " + std::to_wstring(error) + L")");
+    }
+}
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,147 @@
+#include "KelvoScreen/detail/MeshSurface.h"
+
+#include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/RayProbe.h"
+#include "KelvoScreen/detail/Rounding.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+class TrianglesWithArea final : public TriangleIndex::Source {
+public:
+    explicit TrianglesWithArea(const TriangleMesh& mesh) : m_mesh(mesh) {}
+    bool corners(std::uint32_t triangle, Corners& out) const override {
+        out = cornersOf(m_mesh, triangle);
+        return hasArea(out);
+    }
+
+private:
+    const TriangleMesh& m_mesh;
+};
+
+/// A ray whose origin was moved forward by `skipped` to where the mesh begins.
+struct MovedRay {
+    Point<double, 3> origin;
+    Point<double, 3> direction;
+    double skipped = 0;
+    double rounding = 0;  ///< length that rounding the coordinates of ray and mesh can make
+};
+
+/// Keeps the nearest hit of a ray.
+class HitCollector final : public TriangleIndex::RayVisitor {
+public:
+    HitCollector(const TriangleMesh& mesh, const MovedRay& ray, std::optional<int> side)
+        : m_mesh(mesh),
+          m_ray(ray),
+          m_probe(ray.origin, ray.direction, ray.rounding),
+          m_heading(ray.direction * (1 / largestComponent(ray.direction))),
+          m_earliest(-ray.rounding / largestComponent(ray.direction)),
+          m_side(side) {}
+
+    double visit(std::uint32_t triangle) override {
+        const TriangleMesh::Triangle& index = m_mesh.triangles[triangle];
+        const Point<double, 3>& a = m_mesh.vertices[index[0]];
+        const Point<double, 3>& b = m_mesh.vertices[index[1]];
+        const Point<double, 3>& c = m_mesh.vertices[index[2]];
+        Meeting meeting;
+        if (m_probe.meets(a, b, c, meeting) && isNearer(triangle, meeting.t)) {
+            keepIfSeen({a, b, c}, meeting, triangle);
+        }
+        return m_reach;
+    }
+
+    [[nodiscard]] bool hasHit() const { return m_reach < Box::INFINITE; }
+    /// The nearest hit; its t counts from the origin of the ray as it was before it was moved.
+    [[nodiscard]] MeshPoint best() const {
+        MeshPoint best = m_best;
+        best.t = std::max(0.0, m_ray.skipped + best.t);
+        return best;
+    }
+
+private:
+    [[nodiscard]] bool isNearer(std::uint32_t triangle, double t) const {
+        return m_ray.skipped + t >= m_earliest && (t < m_reach || (t == m_reach && triangle < m_best.triangle));
+    }
+
+    /// Leaves out triangles that the ray sees edge-on or from the side that is not wanted.
+    void keepIfSeen(const Corners& corners, const Meeting& meeting, std::uint32_t triangle) {
+        const Point<double, 3> area = areaVector(corners);
+        const double along = dot(m_heading, area);
+        const double size2 = dot(area, area) * dot(m_heading, m_heading);
+        if (along * along > ROUNDING * ROUNDING * size2 && (!m_side || *m_side == (along > 0 ? 1 : -1))) {
+            m_best = {pointWithWeights(corners, meeting.weights), area, meeting.t, triangle};
+            m_reach = meeting.t;
+        }
+    }
+
+    const TriangleMesh& m_mesh;
+    const MovedRay& m_ray;
+    RayProbe m_probe;
+    Point<double, 3> m_heading;      ///< the direction, scaled so that it can be squared
+    double m_earliest;               ///< t before which a hit is behind the origin
+    double m_reach = Box::INFINITE;  ///< t of the nearest hit
+    std::optional<int> m_side;
+    MeshPoint m_best;
+};
+
+/// Keeps the nearest point.
+class NearestCollector final : public TriangleIndex::PointVisitor {
+public:
+    NearestCollector(const TriangleMesh& mesh, const Point<double, 3>& point) : m_mesh(mesh), m_point(point) {}
+
+    double visit(std::uint32_t triangle) override {
+        const Corners corners = cornersOf(m_mesh, triangle);
+        const Point<double, 3> candidate = closestPoint(corners, m_point);
+        const double distance = norm(candidate - m_point);
+        if (distance < m_distance || (m_best && distance == m_distance && triangle < m_best->triangle)) {
+            m_distance = distance;
+            m_best = MeshPoint{candidate, areaVector(corners), 0, triangle};
+        }
+        return m_distance;
+    }
+
+    [[nodiscard]] const std::optional<MeshPoint>& best() const { return m_best; }
+
+private:
+    const TriangleMesh& m_mesh;
+    Point<double, 3> m_point;
+    double m_distance = Box::INFINITE;
+    std::optional<MeshPoint> m_best;
+};
+
+}  // namespace
+
+MeshSurface::MeshSurface(const TriangleMesh& mesh)
+    : m_mesh(mesh),
+      m_index(static_cast<std::uint32_t>(mesh.triangles.size()), TrianglesWithArea(mesh)),
+      m_largestCoordinate(m_index.box().largestCoordinate()) {}
+
+std::optional<MeshPoint> MeshSurface::nearestHit(const Point<double, 3>& from, const Point<double, 3>& to,
+                                                 std::optional<int> side) const {
+    MovedRay ray{from, to - from};
+    double end = 0;
+    if (!m_index.clip(from, ray.direction, ray.skipped, end)) {
+        return std::nullopt;
+    }
+    ray.origin += ray.skipped * ray.direction;
+    ray.rounding = ROUNDING * std::max({m_largestCoordinate, std::abs(from[0]), std::abs(from[1]), std::abs(from[2])});
+    HitCollector collector(m_mesh, ray, side);
+    m_index.alongRay(ray.origin, ray.direction, end - ray.skipped, collector);
+    return collector.hasHit() ? std::optional(collector.best()) : std::nullopt;
+}
+
+std::optional<MeshPoint> MeshSurface::nearestPoint(const Point<double, 3>& point) const {
+    if (!isFinite(point)) {
+        return std::nullopt;
+    }
+    NearestCollector collector(m_mesh, point);
+    m_index.aroundPoint(point, Box::INFINITE, collector);
+    return collector.best();
+}
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "KelvoScreen/TriangleMesh.h"
+#include "KelvoScreen/detail/TriangleIndex.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace KelvoScreenDetail {
+
+/// A point of a mesh.
+struct MeshPoint {
+    Point<double, 3> point;
+    Point<double, 3> area;  ///< area vector of the triangle: along its normal
+    double t = 0;           ///< along the ray; zero where there is none
+    std::uint32_t triangle = 0;
+};
+
+[[nodiscard]] inline Corners cornersOf(const TriangleMesh& mesh, std::uint32_t triangle) {
+    const TriangleMesh::Triangle& corners = mesh.triangles[triangle];
+    return {mesh.vertices[corners[0]], mesh.vertices[corners[1]], mesh.vertices[corners[2]]};
+}
+
+/// The triangles of a mesh as a surface for rays and nearest points. Triangles without area do not take part.
+///
+/// Refers to the mesh, which must stay as it is.
+class MeshSurface {
+public:
+    /// The vertices that the triangles use must be finite.
+    explicit MeshSurface(const TriangleMesh& mesh);
+
+    /// The nearest hit at t >= 0; only hits on a given side (see `sideOfSurface`) when one is wanted. Of hits at the
+    /// same t the one of the lowest triangle. Nothing for a ray that is not finite or has no length, and for triangles
+    /// that the ray sees edge-on.
+    [[nodiscard]] std::optional<MeshPoint> nearestHit(const Point<double, 3>& from, const Point<double, 3>& to,
+                                                      std::optional<int> side) const;
+
+    /// The point of the mesh nearest to a point; of equally near ones that of the lowest triangle. Nothing when no
+    /// triangle has an area or the point is not finite.
+    [[nodiscard]] std::optional<MeshPoint> nearestPoint(const Point<double, 3>& point) const;
+
+private:
+    const TriangleMesh& m_mesh;
+    TriangleIndex m_index;
+    double m_largestCoordinate;
+};
+
+}  // namespace KelvoScreenDetail

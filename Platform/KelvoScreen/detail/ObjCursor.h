@@ -1,0 +1,130 @@
+#pragma once
+
+#include "KelvoScreen/detail/DecimalNumber.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace KelvoScreenDetail {
+
+/// A position in OBJ text that knows its line: takes the text apart into statements and their words.
+///
+/// Lines end in LF, CR or CRLF. Blanks and tabs part the words. A `#` starts a comment, anywhere; the comment ends with
+/// its line. A backslash right before the end of a line continues the statement on the next one, between two words,
+/// and does nothing in a comment. A byte-order mark of UTF-8 at the start is passed over.
+///
+/// The text is only looked at, never copied; it must outlive the cursor. Faults throw `ObjLoadException` with the line
+/// of the word that they are about.
+class ObjCursor {
+public:
+    explicit ObjCursor(std::string_view text);
+
+    /// The line of the current position; 1 is the first.
+    [[nodiscard]] std::size_t line() const { return m_line; }
+
+    /// Goes to the first word of the next statement that is not empty; false at the end of the text.
+    [[nodiscard]] bool findStatement();
+    /// The first word of the statement; goes past it. Throws when there is a NUL byte in it: that is no text.
+    [[nodiscard]] std::string_view takeKeyword();
+    /// Goes past the rest of the statement and its line end. Throws when there is a NUL byte in it.
+    void skipStatement();
+
+    /// Goes to the next word of the statement; false when there is none.
+    [[nodiscard]] bool findWord();
+    /// Takes the word, which must be a finite number with a decimal point or none. Throws when it is not.
+    [[nodiscard]] double takeNumber();
+
+    /// Takes the whole number that the rest of the word starts with. Beyond 2^40 it is some number beyond 2^40. Throws
+    /// when no digit is there.
+    [[nodiscard]] std::int64_t takeIndex();
+    /// Takes this character if it comes next.
+    [[nodiscard]] bool take(char c);
+    /// Throws unless the word ends here.
+    void requireWordEnd() const;
+
+    /// Throws what stands in the current word against what should stand there.
+    [[noreturn]] void failWord(std::string expected) const;
+    /// Throws what stands in the current statement against what should stand there, with the line that it starts on.
+    [[noreturn]] void failStatement(std::string expected) const;
+
+private:
+    static constexpr std::int64_t INDEX_LIMIT = std::int64_t{1} << 40;
+
+    [[nodiscard]] bool endsWord(const char* at) const;
+    [[nodiscard]] bool isLineEnd(const char* at) const { return at != m_end && (*at == '\n' || *at == '\r'); }
+    void skipBlanks();
+    void skipContinuation();
+    void skipComment();
+    void skipLineEnd();
+    [[noreturn]] void failNul() const;
+
+    const char* m_at;
+    const char* m_end;
+    std::size_t m_line = 1;
+    const char* m_word;               ///< where the current word starts, on the current line
+    const char* m_statement;          ///< where the current statement starts
+    std::size_t m_statementLine = 1;  ///< the line of that
+};
+
+inline bool ObjCursor::endsWord(const char* at) const {
+    return at == m_end || *at == ' ' || *at == '\n' || *at == '\r' || *at == '\t' || *at == '#' || *at == '\\';
+}
+
+inline void ObjCursor::skipBlanks() {
+    while (m_at != m_end && (*m_at == ' ' || *m_at == '\t')) {
+        ++m_at;
+    }
+    if (m_at != m_end && *m_at == '\\') {
+        skipContinuation();
+    }
+}
+
+inline bool ObjCursor::findWord() {
+    skipBlanks();
+    m_word = m_at;
+    return m_at != m_end && !isLineEnd(m_at) && *m_at != '#';
+}
+
+inline double ObjCursor::takeNumber() {
+    double value = 0;
+    const char* const end = DecimalNumber::parse(m_at, m_end, value);
+    if (end == m_at || !endsWord(end)) {
+        failWord("a finite number with a decimal point");
+    }
+    m_at = end;
+    return value;
+}
+
+inline std::int64_t ObjCursor::takeIndex() {
+    const bool negative = m_at != m_end && *m_at == '-';
+    const bool isSigned = negative || (m_at != m_end && *m_at == '+');
+    const char* const digits = m_at + (isSigned ? 1 : 0);
+    const char* at = digits;
+    std::int64_t magnitude = 0;
+    for (; at != m_end && static_cast<unsigned char>(*at - '0') <= 9; ++at) {
+        if (magnitude < INDEX_LIMIT) {
+            magnitude = magnitude * 10 + (*at - '0');
+        }
+    }
+    if (at == digits) {
+        failWord("a corner such as 1, 1/1, 1//1 or 1/1/1");
+    }
+    m_at = at;
+    return negative ? -magnitude : magnitude;
+}
+
+inline bool ObjCursor::take(char c) {
+    const bool isNext = m_at != m_end && *m_at == c;
+    m_at += isNext ? 1 : 0;
+    return isNext;
+}
+
+inline void ObjCursor::requireWordEnd() const {
+    if (!endsWord(m_at)) {
+        failWord("a corner such as 1, 1/1, 1//1 or 1/1/1");
+    }
+}
+
+}  // namespace KelvoScreenDetail

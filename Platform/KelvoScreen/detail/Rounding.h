@@ -1,0 +1,16 @@
+#pragma once
+
+#include <limits>
+
+namespace KelvoScreenDetail {
+
+/// Relative error that a handful of double operations may leave: where coordinates of size x enter, lengths below
+/// ROUNDING * x are noise. A ray that passes an edge closer than that counts as on the edge, so that nothing slips
+/// between two surfaces whose common edge is rounded differently.
+inline constexpr double ROUNDING = 16 * std::numeric_limits<double>::epsilon();
+
+/// How far outside its range a normalised 2D screen coordinate still counts as the edge. The row formulas of the grids
+/// end up to a few last bits above 1, and mapped coordinates come out of single precision in some files.
+inline constexpr double PARAMETER_TOLERANCE = 1e-9;
+
+}  // namespace KelvoScreenDetail

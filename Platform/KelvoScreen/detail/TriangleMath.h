@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <array>
+#include <cmath>
+
+/// The arithmetic of single triangles.
+namespace KelvoScreenDetail {
+
+/// The three corners of a triangle, in the order of its winding.
+using Corners = std::array<Point<double, 3>, 3>;
+
+/// Twice the area along the normal, by the winding: (b - a) x (c - a).
+[[nodiscard]] inline Point<double, 3> areaVector(const Corners& corners) {
+    return cross(corners[1] - corners[0], corners[2] - corners[0]);
+}
+
+/// True when the triangle has an area: its height over its longest edge exceeds what the rounding of its own
+/// coordinates can produce. Three points on a line that are not exact in binary leave such a sliver, whose direction is
+/// noise. False when a corner is not finite.
+[[nodiscard]] bool hasArea(const Corners& corners);
+
+/// The unit normal by the winding; zero for a triangle without area.
+[[nodiscard]] Point<double, 3> unitNormal(const Corners& corners);
+
+/// The point of a triangle nearest to `point`; for a triangle without area the nearest one of its edges. Along an edge
+/// the result does not depend on the order of the corners, so that two triangles with a common edge are equally far
+/// from a point that is nearest to that edge.
+[[nodiscard]] Point<double, 3> closestPoint(const Corners& corners, const Point<double, 3>& point);
+
+/// The point of a segment nearest to `point`; the same to the last bit when the ends are exchanged.
+[[nodiscard]] Point<double, 3> closestOnSegment(const Point<double, 3>& end1, const Point<double, 3>& end2,
+                                                const Point<double, 3>& point);
+
+/// a + weights[1] (b - a) + weights[2] (c - a): the point with these barycentric weights, whose sum is 1.
+[[nodiscard]] inline Point<double, 3> pointWithWeights(const Corners& corners, const std::array<double, 3>& weights) {
+    return corners[0] + weights[1] * (corners[1] - corners[0]) + weights[2] * (corners[2] - corners[0]);
+}
+
+/// On which side of the line from (px, py) to (qx, qy) the origin lies: the cross product p x q, positive to the left.
+///
+/// Never of the wrong sign, exactly zero only on the line, and exactly negated when p and q are exchanged: two
+/// triangles that share an edge agree about every point, so that none falls between them. (Products rounded to nearest
+/// keep their order; only when they come out equal are their rounding errors compared.)
+[[nodiscard]] inline double edgeFunction(double px, double py, double qx, double qy) {
+    const double first = px * qy;
+    const double second = py * qx;
+    const double difference = first - second;
+    return difference != 0 ? difference : std::fma(px, qy, -first) - std::fma(py, qx, -second);
+}
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <string>
+
+/// Benchmarks that compare our code with the plain use of the library below it.
+///
+/// A pair is two benchmarks over the same input. All repetitions of all pairs run interleaved in random order, so that
+/// a machine that is busy for a while slows both sides alike, and the ratio of the two medians is what counts. Times
+/// are those of the processor, not of the clock: nothing measured here starts threads or waits.
+///
+///     ratio::pair("normal of a hit", ours, reference, 1.5);
+///     ...
+///     return ratio::run(argc, argv);      // prints the table "name, ours, reference, ratio, limit"
+///
+/// `run` answers 1 when a ratio is above its limit and the program was started with `--check`, else 0. All options of
+/// the benchmark library work as usual.
+namespace ratio {
+
+using Body = std::function<void(benchmark::State&)>;
+
+/// @param limit the largest ratio ours / reference that is accepted
+void pair(const std::string& name, const Body& ours, const Body& reference, double limit);
+
+/// Gives freed memory back to the system. A heap that was left shuffled by the previous repetition makes the next one
+/// several times slower: benchmarks that allocate call it before they start.
+void returnMemoryToSystem();
+
+/// Runs everything registered and prints the table.
+int run(int argc, char** argv);
+
+}  // namespace ratio

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Common/VeltraniException.h"
+
+#include <exception>
+#include <string>
+#include <utility>
+
+/// Exceptions that carry their cause.
+///
+/// Some messages of the suite are fixed texts that say what failed but not why. What is thrown here is still caught as
+/// the fault, with its message unchanged; the handler that wants to tell more asks `causeOf`. A copy of the fault has
+/// no cause: catch by reference.
+///
+///     try {
+///         screen.loadContent(path, false);
+///     } catch (const VeltraniMissingFileException& fault) {
+///         show(fault.message, Veltrani::causeOf(fault));   // "Unable to load ...", "line 12: found ..."
+///     }
+namespace Veltrani {
+
+/// Throws `fault` with the exception in flight as its cause; must be called inside a catch handler.
+template <class Fault>
+[[noreturn]] void throwWithCause(Fault fault) {
+    std::throw_with_nested(std::move(fault));
+}
+
+/// Throws `fault` with a text as its cause. An empty text is no cause.
+template <class Fault>
+[[noreturn]] void throwWithCause(Fault fault, const std::wstring& cause) {
+    if (cause.empty()) {
+        throw fault;
+    }
+    try {
+        throw VeltraniException(cause);
+    } catch (...) {
+        std::throw_with_nested(std::move(fault));
+    }
+}
+
+/// Why a fault happened: the full description of the exception that caused it. Empty when it was thrown without one.
+[[nodiscard]] std::wstring causeOf(const VeltraniExceptionBase& fault);
+
+}  // namespace Veltrani

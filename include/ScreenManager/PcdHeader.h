@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Veltrani {
+
+/// The header of a PCD file, read strictly.
+///
+/// The lines FIELDS, SIZE, TYPE, COUNT, WIDTH, HEIGHT, VIEWPOINT, POINTS and DATA, each at most once, with every number
+/// in full; `#` starts a comment line. FIELDS (or its old name COLUMNS), POINTS and DATA are required. Without SIZE,
+/// TYPE and COUNT every field is a single-precision number; without HEIGHT it is 1; without both WIDTH and HEIGHT the
+/// cloud is a single row. What the usual readers guess or skip is a fault here.
+class PcdHeader {
+public:
+    struct Field {
+        std::string name;         ///< "_" for bytes without a meaning
+        char type = 'F';          ///< F floating point, I signed, U unsigned, B boolean
+        std::uint64_t size = 4;   ///< bytes per element: 1, 2, 4 or 8, as the type has it
+        std::uint64_t count = 1;  ///< elements, at least 1
+    };
+
+    enum class Data { ASCII, BINARY, BINARY_COMPRESSED };
+
+    /// @param text the file, or as much of its beginning as can hold a header
+    /// Throws `VeltraniParseException` whose message names the line, what was found and what was expected.
+    explicit PcdHeader(std::string_view text);
+
+    [[nodiscard]] const std::vector<Field>& fields() const { return m_fields; }
+    /// Width x height.
+    [[nodiscard]] std::uint64_t points() const { return m_points; }
+    [[nodiscard]] Data data() const { return m_data; }
+    /// Where the points begin, in bytes from the beginning of the file and as a line number (1 is the first).
+    [[nodiscard]] std::size_t bodyOffset() const { return m_bodyOffset; }
+    [[nodiscard]] std::size_t bodyLine() const { return m_line + 1; }
+
+    /// Bytes and elements of one point, all fields together.
+    [[nodiscard]] std::uint64_t bytesPerPoint() const;
+    [[nodiscard]] std::uint64_t elementsPerPoint() const;
+
+    /// True when a reader that looks for header lines takes a line that begins with this word for one.
+    [[nodiscard]] static bool startsLikeKeyword(std::string_view word);
+
+private:
+    enum Keyword : std::size_t { VERSION, FIELDS, SIZE, TYPE, COUNT, WIDTH, HEIGHT, VIEWPOINT, POINTS, DATA, KEYWORDS };
+    using Words = std::vector<std::string_view>;
+
+    void readLine(std::string_view line);
+    void checkPlace(Keyword keyword, std::string_view word);
+    void readFields(const Words& words);
+    void readSizes(const Words& words);
+    void readTypes(const Words& words);
+    void readCounts(const Words& words);
+    void readViewpoint(const Words& words) const;
+    void readData(const Words& words);
+    [[nodiscard]] std::uint64_t readNumber(std::string_view word, std::uint64_t least, std::uint64_t most) const;
+    [[nodiscard]] std::uint64_t readSingleNumber(const Words& words) const;
+    void requireOnePerField(const Words& words) const;
+    void checkWhole() const;
+    [[noreturn]] void fail(std::string_view found, const std::string& expected) const;
+
+    std::vector<Field> m_fields;
+    std::uint64_t m_width = 0;
+    std::uint64_t m_height = 1;
+    std::uint64_t m_points = 0;
+    Data m_data = Data::ASCII;
+    std::size_t m_bodyOffset = 0;
+    std::size_t m_line = 0;
+    std::bitset<KEYWORDS> m_seen;
+};
+
+}  // namespace Veltrani

@@ -1,0 +1,74 @@
+#include "KelvoScreen/MeshOracle.h"
+#include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/Meshes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+/// Every allocation of this program is counted; that is why the test is a program of its own.
+
+namespace {
+
+std::size_t allocationCount = 0;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    ++allocationCount;
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+namespace {
+
+using Vector = Point<double, 3>;
+
+TEST(MeshScreenAllocation, ARayItsNormalAndItsSideAllocateNothing) {
+    const MeshScreen screen(meshes::room(6));
+    (void)screen.intersect({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0});
+    oracle::Random random(91);
+    const std::size_t before = allocationCount;
+    int hits = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Vector from = random.inCube();
+        const Vector to = from + random.inCube();
+        const IntersectionSet set = screen.intersect(from, to);
+        if (!set.empty()) {
+            hits += sideOfSurface(to - from, screen.getScreenNormal(set.first().point)) != 0 ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_GT(hits, 900);
+}
+
+TEST(MeshScreenAllocation, TheSearchForABarePointAllocatesNothing) {
+    const MeshScreen screen(meshes::room(6));
+    (void)screen.getScreenNormal({0.0, 0.0, 0.0});
+    oracle::Random random(92);
+    const std::size_t before = allocationCount;
+    double sum = 0;
+    for (int i = 0; i < 1000; ++i) {
+        sum += norm(screen.getScreenNormal(5.0 * random.inCube()));
+    }
+    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_NEAR(sum, 1000, 1e-9);
+}
+
+TEST(MeshScreenAllocation, TheCounterCounts) {
+    const std::size_t before = allocationCount;
+    const MeshScreen screen(meshes::room(1));
+    EXPECT_GT(allocationCount, before);
+}
+
+}  // namespace

@@ -1,0 +1,32 @@
+#include "KelvoScreen/detail/EmbreeDevice.h"
+
+#include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/Meshes.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <iterator>
+
+namespace {
+
+std::ptrdiff_t threadCount() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+TEST(EmbreeDevice, IsOneForTheWholeProcess) {
+    EXPECT_NE(KelvoScreenDetail::embreeDevice(), nullptr);
+    EXPECT_EQ(KelvoScreenDetail::embreeDevice(), KelvoScreenDetail::embreeDevice());
+}
+
+TEST(EmbreeDevice, BuildingAndSearchingAMeshStartsNoThread) {
+    const std::ptrdiff_t before = threadCount();
+    {
+        const MeshScreen screen(meshes::bumpyBall(5, 100, 100));
+        EXPECT_EQ(screen.intersect({0.0, 0.0, 0.0}, {1.0, 2.0, 3.0}).size(), 1U);
+        EXPECT_EQ(threadCount(), before);
+    }
+    EXPECT_EQ(threadCount(), before) << "after the mesh is gone";
+}
+
+}  // namespace

@@ -1,0 +1,110 @@
+#include "KelvoScreen/detail/TriangleMath.h"
+
+#include "KelvoScreen/MeshOracle.h"
+#include "KelvoScreen/Meshes.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace KelvoScreenDetail;
+using Vector = Point<double, 3>;
+
+const Corners RIGHT_ANGLE{Vector{0.0, 0.0, 0.0}, Vector{2.0, 0.0, 0.0}, Vector{0.0, 3.0, 0.0}};
+
+TEST(TriangleMath, TheAreaVectorFollowsTheWinding) {
+    EXPECT_EQ(areaVector(RIGHT_ANGLE), (Vector{0.0, 0.0, 6.0}));
+    EXPECT_EQ(areaVector({RIGHT_ANGLE[0], RIGHT_ANGLE[2], RIGHT_ANGLE[1]}), (Vector{0.0, 0.0, -6.0}));
+    EXPECT_EQ(unitNormal(RIGHT_ANGLE), (Vector{0.0, 0.0, 1.0}));
+}
+
+TEST(TriangleMath, PointsOnALineHaveNoAreaWhateverTheirRounding) {
+    oracle::Random random(21);
+    for (int i = 0; i < 10000; ++i) {
+        const Vector start = 100.0 * random.inCube();
+        const Vector step = random.inCube();
+        const Corners corners{start, start + random.uniform(-2, 2) * step, start + random.uniform(-2, 2) * step};
+        ASSERT_FALSE(hasArea(corners)) << "triangle " << i;
+        ASSERT_EQ(unitNormal(corners), Vector{});
+    }
+}
+
+TEST(TriangleMath, ThinTrianglesThatAreMeantHaveAnArea) {
+    EXPECT_TRUE(hasArea({Vector{0.0, 0.0, 0.0}, Vector{1.0, 0.0, 0.0}, Vector{0.5, 1e-9, 0.0}}));
+    EXPECT_TRUE(hasArea({Vector{14000.0, 0.0, 0.0}, Vector{14001.0, 0.0, 0.0}, Vector{14000.5, 1e-9, 0.0}}));
+    EXPECT_TRUE(hasArea({Vector{0.0, 0.0, 0.0}, Vector{1e-30, 0.0, 0.0}, Vector{0.0, 1e-30, 0.0}}));
+    EXPECT_TRUE(hasArea({Vector{0.0, 0.0, 0.0}, Vector{1e30, 0.0, 0.0}, Vector{0.0, 1e30, 0.0}}));
+}
+
+TEST(TriangleMath, NumbersThatAreNotFiniteHaveNoArea) {
+    for (const double bad : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
+        Corners corners = RIGHT_ANGLE;
+        corners[1][0] = bad;
+        EXPECT_FALSE(hasArea(corners));
+        EXPECT_EQ(unitNormal(corners), Vector{});
+    }
+}
+
+TEST(TriangleMath, TheClosestPointIsOnTheFaceTheEdgesOrTheCorners) {
+    EXPECT_EQ(closestPoint(RIGHT_ANGLE, {0.5, 0.5, 4.0}), (Vector{0.5, 0.5, 0.0}));
+    EXPECT_EQ(closestPoint(RIGHT_ANGLE, {1.0, -5.0, 1.0}), (Vector{1.0, 0.0, 0.0}));
+    EXPECT_EQ(closestPoint(RIGHT_ANGLE, {-1.0, -1.0, 2.0}), (Vector{0.0, 0.0, 0.0}));
+    EXPECT_EQ(closestPoint(RIGHT_ANGLE, {9.0, -1.0, 2.0}), (Vector{2.0, 0.0, 0.0}));
+    EXPECT_EQ(closestPoint(RIGHT_ANGLE, {-1.0, 9.0, 2.0}), (Vector{0.0, 3.0, 0.0}));
+}
+
+TEST(TriangleMath, TheClosestPointAgreesWithTheOracle) {
+    oracle::Random random(22);
+    for (int i = 0; i < 20000; ++i) {
+        const TriangleMesh mesh = meshes::triangle(random.inCube(), random.inCube(), random.inCube());
+        const Vector point = 3.0 * random.inCube();
+        const Vector closest = closestPoint({mesh.vertices[0], mesh.vertices[1], mesh.vertices[2]}, point);
+        ASSERT_NEAR(norm(closest - point), oracle::distance(mesh, 0, point), 1e-12) << "triangle " << i;
+        ASSERT_LE(oracle::distance(mesh, 0, closest), 1e-12) << "triangle " << i;
+    }
+}
+
+TEST(TriangleMath, OfATriangleWithoutAreaTheEdgesCount) {
+    const Corners line{Vector{0.0, 0.0, 0.0}, Vector{1.0, 0.0, 0.0}, Vector{4.0, 0.0, 0.0}};
+    EXPECT_EQ(closestPoint(line, {3.0, 2.0, 0.0}), (Vector{3.0, 0.0, 0.0}));
+    const Vector place{5.0, 6.0, 7.0};
+    EXPECT_EQ(closestPoint({place, place, place}, {0.0, 0.0, 0.0}), place);
+}
+
+TEST(TriangleMath, TheClosestPointOfASegmentDoesNotDependOnItsDirection) {
+    oracle::Random random(23);
+    for (int i = 0; i < 20000; ++i) {
+        const Vector a = random.inCube();
+        const Vector b = random.inCube();
+        const Vector p = 2.0 * random.inCube();
+        ASSERT_EQ(closestOnSegment(a, b, p), closestOnSegment(b, a, p));
+    }
+    EXPECT_EQ(closestOnSegment({1.0, 1.0, 1.0}, {1.0, 1.0, 1.0}, {0.0, 0.0, 0.0}), (Vector{1.0, 1.0, 1.0}));
+}
+
+TEST(TriangleMath, WeightsPlaceAPoint) {
+    EXPECT_EQ(pointWithWeights(RIGHT_ANGLE, {0.5, 0.25, 0.25}), (Vector{0.5, 0.75, 0.0}));
+    EXPECT_EQ(pointWithWeights(RIGHT_ANGLE, {2.0, -0.5, -0.5}), (Vector{-1.0, -1.5, 0.0}));
+}
+
+TEST(EdgeFunction, IsNegatedWhenThePointsAreExchanged) {
+    oracle::Random random(24);
+    for (int i = 0; i < 20000; ++i) {
+        const Vector p = random.inCube();
+        const Vector q = random.inCube();
+        ASSERT_EQ(edgeFunction(p[0], p[1], q[0], q[1]), -edgeFunction(q[0], q[1], p[0], p[1]));
+    }
+}
+
+TEST(EdgeFunction, HasTheExactSignWhereTheProductsRoundAlike) {
+    // p x q = (1 + e)(1 + e) - 1 (1 + 2 e) = e^2, far below the rounding of the products.
+    const double e = 0x1p-40;
+    EXPECT_EQ(edgeFunction(1 + e, 1.0, 1 + 2 * e, 1 + e), e * e);
+    EXPECT_EQ(edgeFunction(1 + 2 * e, 1 + e, 1 + e, 1.0), -e * e);
+    EXPECT_EQ(edgeFunction(0.1, 0.3, 0.2, 0.6), 0) << "on the line";
+}
+
+}  // namespace

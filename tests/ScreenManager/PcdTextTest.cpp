@@ -1,0 +1,74 @@
+#include "ScreenManager/PcdText.h"
+
+#include "Common/VeltraniException.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Veltrani::PcdText;
+
+TEST(PcdText, SplitsAtBlanksTabsAndCarriageReturns) {
+    EXPECT_THAT(PcdText::split(" \tFIELDS x\t\ty  z \r"), ElementsAre("FIELDS", "x", "y", "z"));
+    EXPECT_THAT(PcdText::split("one"), ElementsAre("one"));
+    EXPECT_THAT(PcdText::split(""), IsEmpty());
+    EXPECT_THAT(PcdText::split(" \t\r"), IsEmpty());
+    EXPECT_THAT(PcdText::split("1\v2"), ElementsAre("1\v2")) << "no other separators";
+}
+
+TEST(PcdText, CoordinatesAreFiniteNumbersWithinFloatOrNan) {
+    for (const char* word : {"0", "-0", "1", "+1", "-1.5", ".5", "5.", "1e5", "1E+5", "-1.25e-3", "3.4028234e38",
+                             "1e-45", "1e-60", "nan", "NaN", "NAN"}) {
+        EXPECT_TRUE(PcdText::isCoordinate(word)) << word;
+    }
+    for (const char* word : {"",       "x",    "1,5",    "1.5f",    "0x10",  "1e",    "e5",       "+",    "-",
+                             "--1",    "+-1",  "++1",    "1 2",     "inf",   "-inf",  "infinity", "-nan", "+nan",
+                             "nan(1)", "nanx", "3.5e38", "-3.5e38", "1e400", "1_000", "1'000"}) {
+        EXPECT_FALSE(PcdText::isCoordinate(word)) << word;
+    }
+    EXPECT_FALSE(PcdText::isCoordinate(std::string_view("1\0", 2)));
+}
+
+TEST(PcdText, OtherValuesMayBeAnyNumber) {
+    for (const char* word : {"1", "4.2108e+06", "nan", "-nan", "inf", "-inf", "1e300"}) {
+        EXPECT_TRUE(PcdText::isNumber(word)) << word;
+    }
+    for (const char* word : {"", "x", "1,5", "0x10", "1e400", "12a"}) {
+        EXPECT_FALSE(PcdText::isNumber(word)) << word;
+    }
+}
+
+TEST(PcdText, WholeNumbersHaveNoSignAndFit) {
+    std::uint64_t number = 0;
+    EXPECT_TRUE(PcdText::readWhole("007", number));
+    EXPECT_EQ(number, 7U);
+    EXPECT_TRUE(PcdText::readWhole("18446744073709551615", number));
+    EXPECT_EQ(number, 18446744073709551615U);
+    for (const char* word : {"", "-1", "+1", "1.0", "1e3", "18446744073709551616", "1x"}) {
+        EXPECT_FALSE(PcdText::readWhole(word, number)) << word;
+    }
+}
+
+/// The message of a refusal.
+std::wstring refusal(std::string_view found) {
+    try {
+        PcdText::fail(12, found, "a number");
+    } catch (const VeltraniParseException& fault) {
+        return fault.message;
+    }
+}
+
+TEST(PcdText, RefusalsNameLineFoundAndExpected) {
+    EXPECT_EQ(refusal("1,5"), L"line 12: found \"1,5\", expected a number");
+}
+
+TEST(PcdText, RefusalsStayOneShortLineOfPlainText) {
+    EXPECT_EQ(refusal("a\nb\x01\xff"), L"line 12: found \"a?b??\", expected a number");
+    EXPECT_EQ(refusal(std::string(1000, 'x')),
+              L"line 12: found \"" + std::wstring(60, L'x') + L"...\", expected a number");
+}
+
+}  // namespace

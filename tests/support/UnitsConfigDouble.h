@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Configuration/IUnitsConfig.h"
+#include "support/Recorder.h"
+
+/// Native units that answer what their member says.
+class UnitsConfigDouble : public IUnitsConfig, public Recorder {
+public:
+    explicit UnitsConfigDouble(Trace* trace = nullptr) : Recorder("units", trace) {}
+
+    std::wstring unitName = L"m";
+
+    std::wstring getUnitName() const override {
+        record("getUnitName");
+        return unitName;
+    }
+};
