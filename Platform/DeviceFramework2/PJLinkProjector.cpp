@@ -202,7 +202,9 @@ int PJLinkProjector::getTypeCode() const {
 
 void PJLinkProjector::readClass(PjlinkSession& session) {
     const PjlinkRequest request{'1', "CLSS", QUESTION};
-    const std::string value = askValue(session, request);
+    const PjlinkReply reply = session.ask(request);
+    // Projectors that do not know the question are older than class 2.
+    const std::string value = reply.outcome == Outcome::UNKNOWN_COMMAND ? "1" : valueOf(request, reply);
     m_class = understood(PjlinkValues::commandClass(value), request, value);
     m_inputClass = m_class == 2 ? '2' : '1';
 }

@@ -227,6 +227,18 @@ TEST(PJLinkProjector, TheClassInWordsIsUnderstood) {
     EXPECT_FALSE(pair->projector.supports(GetFirmware()));
 }
 
+TEST(PJLinkProjector, OneThatDoesNotKnowTheQuestionForItsClassHasClass1) {
+    const auto pair = Pair::contacted({"--answer", "CLSS=ERR1"});
+    EXPECT_FALSE(pair->projector.supports(GetFirmware()));
+    EXPECT_TRUE(pair->projector.supports(Device::Drawing::RunFillBlackTo(5)));
+}
+
+TEST(PJLinkProjector, AFailureAtTheFirstContactIsAFault) {
+    Pair pair({"--answer", "CLSS=ERR4"});
+    EXPECT_EQ(faultOf([&] { pair.projector.contact(); }),
+              pair.name() + ", first contact: CLSS ?: the projector reports a failure of its own (ERR4)");
+}
+
 TEST(PJLinkProjector, NoCommandAndUnknownCommandsAreFaults) {
     class Unknown : public Command {
     public:
