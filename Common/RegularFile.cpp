@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <system_error>
@@ -69,27 +70,22 @@ RegularFile::~RegularFile() {
     ::close(m_descriptor);
 }
 
-std::string RegularFile::readAll() const {
+std::string RegularFile::readAll(std::size_t limit) const {
     std::string content;
-    if (m_size > content.max_size() - 1) {
+    const std::size_t expected = std::min(m_size, limit);
+    if (expected > content.max_size() - 1) {
         throw std::bad_alloc();
     }
     // One byte more than announced: the read that finds the end of an unchanged file needs no larger buffer.
-    content.resize(m_size + 1);
+    content.resize(expected + 1);
     std::size_t filled = 0;
-    while (true) {
-        if (filled == content.size()) {
-            content.resize(content.size() + content.size() / 2);
-        }
-        const ssize_t count =
-            ::pread(m_descriptor, content.data() + filled, content.size() - filled, static_cast<off_t>(filled));
-        if (count == 0) {
+    while (const std::size_t count = readAt(filled, content.data() + filled, content.size() - filled)) {
+        filled += count;
+        if (filled > limit) {
             break;
         }
-        if (count > 0) {
-            filled += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
-            fail(m_path, systemReason());
+        if (filled == content.size()) {
+            content.resize(std::min(content.size() + content.size() / 2 + 1, limit + 1));
         }
     }
     content.resize(filled);

@@ -10,17 +10,23 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 # Programs and tests find the libraries of their own build tree and, once installed, those beside them.
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
 
+# Repeated builds, also of other clones of the project: paths below the project are hashed relative to it.
 find_program(SM_CCACHE ccache)
 if(SM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;${SM_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND};-E;env;CCACHE_BASEDIR=${PROJECT_SOURCE_DIR};CCACHE_NOHASHDIR=1"
+    "CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;${SM_CCACHE}")
 endif()
 
+file(RELATIVE_PATH SM_SOURCE_FROM_BUILD "${CMAKE_BINARY_DIR}" "${PROJECT_SOURCE_DIR}")
+string(REGEX REPLACE "/$" "" SM_SOURCE_FROM_BUILD "${SM_SOURCE_FROM_BUILD}")
 add_library(sm_options INTERFACE)
 target_compile_features(sm_options INTERFACE cxx_std_20)
 target_compile_options(sm_options INTERFACE
   -ffp-contract=off
   # Exceptions record where they were thrown: the path inside the project, not that of the building machine.
+  # The compiler cache hands the compiler paths relative to the build folder.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+  -ffile-prefix-map=${SM_SOURCE_FROM_BUILD}/=
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # g++ 12 warns of overlapping copies inside std::string concatenation where there are none (its bug 105651).
@@ -37,8 +43,9 @@ if(SM_SANITIZERS)
   if("undefined" IN_LIST _sanitizers)
     target_compile_options(sm_options INTERFACE -fno-sanitize-recover=undefined)
   endif()
-  # Shared libraries leave the run-time symbols of the sanitizer to the program.
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(sm_options INTERFACE -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignores.txt)
+    # Shared libraries leave the run-time symbols of the sanitizer to the program.
     get_target_property(_options sm_options INTERFACE_LINK_OPTIONS)
     list(REMOVE_ITEM _options -Wl,--no-undefined)
     set_target_properties(sm_options PROPERTIES INTERFACE_LINK_OPTIONS "${_options}")

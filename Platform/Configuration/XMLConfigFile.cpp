@@ -1,21 +1,22 @@
 #include "Configuration/XMLConfigFile.h"
 
+#include "Common/AtomicFile.h"
+#include "Common/RegularFile.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
-#include "Configuration/Internal/ElementReader.h"
-#include "Configuration/Internal/FaultList.h"
-#include "Configuration/Internal/FileAccess.h"
-#include "Configuration/Internal/FolderPath.h"
-#include "Configuration/Internal/FormatChecker.h"
-#include "Configuration/Internal/MeaningChecker.h"
-#include "Configuration/Internal/NodePlacement.h"
-#include "Configuration/Internal/XmlDocument.h"
-#include "Configuration/Internal/XmlNode.h"
-#include "Configuration/Internal/XmlProjectorConfig.h"
-#include "Configuration/Internal/XmlScreenConfig.h"
-#include "Configuration/Internal/XmlTargetLocatorConfig.h"
-#include "Configuration/Internal/XmlText.h"
-#include "Configuration/Internal/XmlUnitsConfig.h"
+#include "Configuration/detail/ElementReader.h"
+#include "Configuration/detail/FaultList.h"
+#include "Configuration/detail/FolderPath.h"
+#include "Configuration/detail/FormatChecker.h"
+#include "Configuration/detail/MeaningChecker.h"
+#include "Configuration/detail/NodePlacement.h"
+#include "Configuration/detail/XmlDocument.h"
+#include "Configuration/detail/XmlNode.h"
+#include "Configuration/detail/XmlProjectorConfig.h"
+#include "Configuration/detail/XmlScreenConfig.h"
+#include "Configuration/detail/XmlTargetLocatorConfig.h"
+#include "Configuration/detail/XmlText.h"
+#include "Configuration/detail/XmlUnitsConfig.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -110,7 +111,7 @@ xmlNode* XMLConfigFile::Impl::projectorsToWrite() {
 }
 
 std::unique_ptr<XMLConfigFile> XMLConfigFile::load(const std::string& utf8Path) {
-    return parse(Veltrani::readFile(utf8Path, XmlDocument::LARGEST_BYTES), utf8Path);
+    return parse(Veltrani::RegularFile(utf8Path).readAll(XmlDocument::LARGEST_BYTES), utf8Path);
 }
 
 std::unique_ptr<XMLConfigFile> XMLConfigFile::parse(std::string_view text, const std::string& name) {
@@ -133,7 +134,9 @@ void XMLConfigFile::save(const std::string& utf8Path) const {
         throw VeltraniException(__FILE__, __LINE__,
                                 L"The configuration cannot be saved, it could not be read again: " + faults.message());
     }
-    Veltrani::replaceFile(utf8Path, content);
+    Veltrani::AtomicFile file(utf8Path);
+    file.write(content);
+    file.commit();
 }
 
 std::string XMLConfigFile::text() const {

@@ -131,12 +131,16 @@ struct MeshScreen::Implementation {
     }
 
     IntersectionSet hit(const Point<double, 3>& from, const Point<double, 3>& to, std::optional<int> side) {
-        const std::optional<MeshPoint> nearest = valid ? getSurface().nearestHit(from, to, side) : std::nullopt;
-        if (!nearest) {
-            return {};
+        IntersectionSet set;
+        if (!valid) {
+            return set;
         }
-        lastHit = LastHit{nearest->point, nearest->area};
-        return {Intersection{nearest->point, nearest->t}};
+        const std::optional<MeshPoint> nearest = getSurface().nearestHit(from, to, side);
+        if (nearest) {
+            lastHit = LastHit{nearest->point, nearest->area};
+            set.add({nearest->point, nearest->t});
+        }
+        return set;
     }
 
     /// By their bits: 0.0 and -0.0 are different points here, and a NaN may be remembered without harm.

@@ -73,7 +73,7 @@ std::optional<std::string_view> takeInPlace(std::istream& stream) {
 /// have asked for do not replace ours.
 std::string takeInBlocks(std::istream& stream) {
     std::istream source(stream.rdbuf());
-    std::array<char, BLOCK_BYTES> block;
+    std::array<char, BLOCK_BYTES> block{};
     std::string text;
     while (source.good()) {
         source.read(block.data(), block.size());

@@ -9,7 +9,8 @@ namespace Veltrani {
 /// full disk or an exception never leaves half a file. Without `commit` the old file stays and nothing is left beside
 /// it.
 ///
-/// A symbolic link stays one: the file that it leads to is replaced. The permissions of a replaced file are kept.
+/// A symbolic link stays one: the file that it leads to is replaced, or made. The permissions of a replaced file are
+/// kept and, where the system permits, its owner.
 ///
 ///     AtomicFile file(path);
 ///     file.write(text);

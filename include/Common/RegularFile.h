@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <string>
 
 namespace Veltrani {
@@ -23,7 +24,8 @@ public:
 
     /// The whole content, to its end even when the file has grown or shrunk since. Throws
     /// `VeltraniMissingFileException` when reading fails and `std::bad_alloc` when it does not fit into memory.
-    [[nodiscard]] std::string readAll() const;
+    /// @param limit reading stops one byte behind it: a longer result tells that the file is too large
+    [[nodiscard]] std::string readAll(std::size_t limit = std::numeric_limits<std::size_t>::max() - 1) const;
 
     /// Up to `count` bytes from `offset` on into `buffer`; answers how many, fewer only at the end of the file. Throws
     /// `VeltraniMissingFileException` when reading fails.

@@ -6,9 +6,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 
 namespace {
@@ -110,6 +112,84 @@ TEST(AtomicFile, ARelativeNameIsWrittenInTheCurrentFolder) {
     std::filesystem::current_path(before);
     EXPECT_EQ(folder.read("relative"), "x");
     EXPECT_EQ(entries(folder), 1);
+}
+
+TEST(AtomicFile, ALinkToNothingYetIsFollowed) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::symlink("later", folder.file("link").c_str()), 0);
+    EXPECT_EQ(refusal(folder.file("link")), "written");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link")));
+    EXPECT_EQ(folder.read("later"), "x");
+}
+
+TEST(AtomicFile, ALinkToItselfIsAFault) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::symlink("link", folder.file("link").c_str()), 0);
+    EXPECT_EQ(refusal(folder.file("link")),
+              "Unable to write " + folder.file("link") + ": Too many levels of symbolic links");
+}
+
+TEST(AtomicFile, ANewFileIsAsTheProcessMakesItsOthers) {
+    const TemporaryFolder folder;
+    const mode_t before = ::umask(027);
+    EXPECT_EQ(refusal(folder.file("new")), "written");
+    ::umask(before);
+    struct stat status {};
+    ASSERT_EQ(::stat(folder.file("new").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & ALLPERMS, 0640U);
+}
+
+/// Ends the process: 0 when writing failed as it should. A limit on the size of files stands for the full disk.
+[[noreturn]] void writeWithoutRoom(const std::string& path) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{1000, 1000};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    try {
+        AtomicFile file(path);
+        file.write(std::string(5000, 'x'));
+        file.commit();
+    } catch (const VeltraniException& fault) {
+        ::_exit(fault.message.find(L"File too large") == std::wstring::npos ? 2 : 0);
+    }
+    ::_exit(1);
+}
+
+TEST(AtomicFile, AFullDiskLeavesTheOldFile) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "old");
+    EXPECT_EXIT(writeWithoutRoom(path), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(folder.read("file"), "old");
+    EXPECT_EQ(entries(folder), 1);
+}
+
+/// Ends the process: 0 when writing failed as it should. Nothing is protected from a privileged process, so it first
+/// becomes a common one.
+[[noreturn]] void writeUnprivileged(const std::string& path) {
+    constexpr uid_t NOBODY = 65534;
+    if (::geteuid() == 0 && ::setuid(NOBODY) != 0) {
+        ::_exit(3);
+    }
+    ::_exit(refusal(path).find("Permission denied") == std::string::npos ? 2 : 0);
+}
+
+TEST(AtomicFile, AWriteProtectedFileIsNotReplaced) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "old");
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0777), 0);
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    EXPECT_EXIT(writeUnprivileged(path), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(folder.read("file"), "old");
+    EXPECT_EQ(entries(folder), 1);
+}
+
+TEST(AtomicFile, AFolderThatCannotBeWrittenIsAFault) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "old");
+    ASSERT_EQ(::chmod(path.c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0555), 0);
+    EXPECT_EXIT(writeUnprivileged(path), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(folder.read("file"), "old");
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
 }
 
 }  // namespace

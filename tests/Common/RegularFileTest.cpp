@@ -112,4 +112,12 @@ TEST(RegularFile, IsReopenedWhateverStandsUnderItsNameByThen) {
     EXPECT_EQ(RegularFile(file.nameForReopening()).readAll(), "first");
 }
 
+TEST(RegularFile, ReadsOneByteBeyondTheLimitAtMost) {
+    const TemporaryFolder folder;
+    const RegularFile file(folder.write("large", std::string(300000, 'z')));
+    EXPECT_EQ(file.readAll(100000).size(), 100001U);
+    EXPECT_EQ(file.readAll(300000).size(), 300000U);
+    EXPECT_EQ(file.readAll(0).size(), 1U);
+}
+
 }  // namespace

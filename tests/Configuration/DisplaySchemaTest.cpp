@@ -1,7 +1,7 @@
-#include "Configuration/Internal/FaultList.h"
-#include "Configuration/Internal/FormatChecker.h"
-#include "Configuration/Internal/XmlDocument.h"
-#include "Configuration/Internal/XmlNode.h"
+#include "Configuration/detail/FaultList.h"
+#include "Configuration/detail/FormatChecker.h"
+#include "Configuration/detail/XmlDocument.h"
+#include "Configuration/detail/XmlNode.h"
 #include "Samples.h"
 
 #include <gtest/gtest.h>

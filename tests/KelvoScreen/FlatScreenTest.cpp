@@ -2,8 +2,8 @@
 
 #include "Common/Matrix.h"
 #include "Configuration/BaseConfig.h"
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/MeshOracle.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <gtest/gtest.h>
 
@@ -21,8 +21,8 @@ using Grid = ScreenGeometry::Grid;
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
-FakeScreenConfig tilted() {
-    FakeScreenConfig config;
+ScreenConfigDouble tilted() {
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_FLAT;
     config.centre = {1.0, 5.0, 2.0};
     config.orientation = {0.3, -0.2, 0.1};
@@ -32,7 +32,7 @@ FakeScreenConfig tilted() {
 }
 
 /// The point at (s, t) by the formula in the header of the class.
-Vector expectedPoint(const FakeScreenConfig& config, double s, double t) {
+Vector expectedPoint(const ScreenConfigDouble& config, double s, double t) {
     const Vector& angles = config.orientation;
     return config.centre + Veltrani::rotationZXY(angles[0], angles[1], angles[2]) *
                                Vector{(s - 0.5) * config.width, 0.0, (t - 0.5) * config.height};
@@ -55,7 +55,7 @@ TEST(FlatScreen, TheDefaultIsTheUprightUnitSquare) {
 }
 
 TEST(FlatScreen, MapsByCentreOrientationAndSize) {
-    const FakeScreenConfig config = tilted();
+    const ScreenConfigDouble config = tilted();
     const FlatScreen screen(&config);
     for (const double s : {0.0, 0.25, 1.0}) {
         for (const double t : {0.0, 0.6, 1.0}) {
@@ -67,7 +67,7 @@ TEST(FlatScreen, MapsByCentreOrientationAndSize) {
 }
 
 TEST(FlatScreen, OutsideItMapsOnlyWhenExtrapolating) {
-    const FakeScreenConfig config = tilted();
+    const ScreenConfigDouble config = tilted();
     const FlatScreen screen(&config);
     Vector out{7.0, 8.0, 9.0};
     for (const Point<double, 2> st : {Point<double, 2>{-0.1, 0.5}, {1.1, 0.5}, {0.5, -2.0}, {0.5, 1.0 + 2e-9}}) {
@@ -99,7 +99,7 @@ TEST(FlatScreen, NumbersThatAreNotFiniteMapNowhere) {
 }
 
 TEST(FlatScreen, ARayHitsWhereItIsAimed) {
-    const FakeScreenConfig config = tilted();
+    const ScreenConfigDouble config = tilted();
     const FlatScreen screen(&config);
     oracle::Random random(11);
     for (int i = 0; i < 2000; ++i) {
@@ -125,7 +125,7 @@ TEST(FlatScreen, MissesBehindBesideAndParallel) {
 }
 
 TEST(FlatScreen, ARayWithinATiltedPlaneMisses) {
-    const FakeScreenConfig config = tilted();
+    const ScreenConfigDouble config = tilted();
     const FlatScreen screen(&config);
     oracle::Random random(12);
     for (int i = 0; i < 1000; ++i) {
@@ -136,7 +136,7 @@ TEST(FlatScreen, ARayWithinATiltedPlaneMisses) {
 }
 
 TEST(FlatScreen, RaysOnTheSurfaceHitAtTheirOrigin) {
-    const FakeScreenConfig config = tilted();
+    const ScreenConfigDouble config = tilted();
     const FlatScreen screen(&config);
     const Vector normal = screen.getScreenNormal({});
     oracle::Random random(13);
@@ -151,7 +151,7 @@ TEST(FlatScreen, RaysOnTheSurfaceHitAtTheirOrigin) {
 }
 
 TEST(FlatScreen, EdgesAndCornersBelongToIt) {
-    const FakeScreenConfig config = tilted();
+    const ScreenConfigDouble config = tilted();
     const FlatScreen screen(&config);
     oracle::Random random(14);
     for (int i = 0; i < 3000; ++i) {
@@ -182,7 +182,7 @@ TEST(FlatScreen, RaysThatAreNotARayMiss) {
 
 TEST(FlatScreen, TinyAndHugeScreensAreHitAlike) {
     for (const double size : {1e-6, 1e-3, 1.0, 1e6, 1e12}) {
-        FakeScreenConfig config = tilted();
+        ScreenConfigDouble config = tilted();
         config.centre = size * config.centre;
         config.width *= size;
         config.height *= size;
@@ -210,16 +210,16 @@ TEST(FlatScreen, TheContinuationIsTheWholePlaneSeenFromTheWantedSide) {
 }
 
 TEST(FlatScreen, ADescriptionWithoutAnExtentIsNotValidAndNeverHit) {
-    const std::vector<std::function<void(FakeScreenConfig&)>> faults{
-        [](FakeScreenConfig& c) { c.width = 0; },
-        [](FakeScreenConfig& c) { c.height = -1; },
-        [](FakeScreenConfig& c) { c.width = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.height = INFINITE; },
-        [](FakeScreenConfig& c) { c.centre[1] = NOT_A_NUMBER; },
-        [](FakeScreenConfig& c) { c.orientation[2] = INFINITE; },
+    const std::vector<std::function<void(ScreenConfigDouble&)>> faults{
+        [](ScreenConfigDouble& c) { c.width = 0; },
+        [](ScreenConfigDouble& c) { c.height = -1; },
+        [](ScreenConfigDouble& c) { c.width = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.height = INFINITE; },
+        [](ScreenConfigDouble& c) { c.centre[1] = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.orientation[2] = INFINITE; },
     };
     for (const auto& fault : faults) {
-        FakeScreenConfig config = tilted();
+        ScreenConfigDouble config = tilted();
         fault(config);
         const FlatScreen screen(&config);
         EXPECT_FALSE(screen.isValid());
@@ -242,34 +242,34 @@ TEST(FlatScreen, NoDescriptionGivesAScreenThatIsNotValid) {
 }
 
 TEST(FlatScreen, TheHashFollowsEveryNumberOfTheDescription) {
-    const FakeScreenConfig config = tilted();
+    const ScreenConfigDouble config = tilted();
     const FlatScreen screen(&config);
     EXPECT_EQ(screen.getUniqueDataHash(), FlatScreen::calcUniqueDataHash(&config));
     std::vector<std::array<unsigned char, 20>> seen{screen.getUniqueDataHash(), FlatScreen().getUniqueDataHash()};
-    const auto expectNew = [&seen](const FakeScreenConfig& changed) {
+    const auto expectNew = [&seen](const ScreenConfigDouble& changed) {
         const auto hash = FlatScreen::calcUniqueDataHash(&changed);
         EXPECT_EQ(std::count(seen.begin(), seen.end(), hash), 0);
         seen.push_back(hash);
     };
     for (std::size_t i = 0; i < 3; ++i) {
-        FakeScreenConfig moved = config;
+        ScreenConfigDouble moved = config;
         moved.centre[i] = std::nextafter(moved.centre[i], INFINITE);
         expectNew(moved);
-        FakeScreenConfig turned = config;
+        ScreenConfigDouble turned = config;
         turned.orientation[i] = std::nextafter(turned.orientation[i], INFINITE);
         expectNew(turned);
     }
-    FakeScreenConfig wider = config;
+    ScreenConfigDouble wider = config;
     wider.width = std::nextafter(wider.width, INFINITE);
     expectNew(wider);
-    FakeScreenConfig higher = config;
+    ScreenConfigDouble higher = config;
     higher.height = std::nextafter(higher.height, INFINITE);
     expectNew(higher);
     EXPECT_EQ(seen.size(), 10U);
 }
 
 TEST(FlatScreen, TheHashOfTheDefaultIsThatOfItsDescription) {
-    FakeScreenConfig unitSquare;
+    ScreenConfigDouble unitSquare;
     unitSquare.centre = {0.5, -0.0, 0.5};
     unitSquare.width = 1;
     unitSquare.height = 1;
@@ -277,7 +277,7 @@ TEST(FlatScreen, TheHashOfTheDefaultIsThatOfItsDescription) {
 }
 
 TEST(FlatScreen, UpdatesFromAFlatDescriptionOnly) {
-    FakeScreenConfig config = tilted();
+    ScreenConfigDouble config = tilted();
     FlatScreen screen(&config);
     const auto before = screen.getUniqueDataHash();
     screen.updateGeometry(nullptr);

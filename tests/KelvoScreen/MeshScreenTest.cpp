@@ -2,10 +2,10 @@
 
 #include "Common/VeltraniException.h"
 #include "Configuration/BaseConfig.h"
-#include "KelvoScreen/FakeScreenConfig.h"
 #include "KelvoScreen/FlatScreen.h"
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"
+#include "support/ScreenConfigDouble.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,7 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <vector>
@@ -250,6 +251,49 @@ TEST(MeshScreen, VerticesThatAreNotFiniteMakeItNotValid) {
     }
 }
 
+TEST(MeshScreen, ExtremeNumbersDoNoHarm) {
+    const double numbers[] = {0,     -0.0, 1,     -1,   0.1,   1e-320, 1e-200, 1e-100, 1e-70,
+                              -1e-8, 1e8,  -1e20, 1e39, -1e70, 1e78,   1e100,  1e200,  -1.7e308};
+    oracle::Random random(86);
+    const auto anyPoint = [&] {
+        const auto any = [&] { return numbers[random.below(std::size(numbers))]; };
+        const double x = any();
+        const double y = any();
+        return Vector{x, y, any()};
+    };
+    int hits = 0;
+    for (int i = 0; i < 3000; ++i) {
+        TriangleMesh mesh;
+        for (std::uint32_t k = 0; k < 12; ++k) {
+            const Vector place = anyPoint();
+            mesh.vertices.push_back(place);
+            mesh.textureCoordinates.push_back({place[1], place[2]});
+        }
+        mesh.triangles = {{0, 1, 2}, {3, 4, 5}, {6, 7, 8}, {9, 10, 11}};
+        mesh.textureTriangles = mesh.triangles;
+        const MeshScreen screen(mesh);
+        for (int k = 0; k < 10; ++k) {
+            const Vector from = anyPoint();
+            const Vector to = k % 2 == 0 ? anyPoint() : 0.3 * (mesh.vertices[0] + mesh.vertices[1] + mesh.vertices[2]);
+            for (const IntersectionSet& set :
+                 {screen.intersect(from, to), screen.intersectExtrapolatedWithSpecifiedNormal(from, to, 1)}) {
+                if (!set.empty()) {
+                    ++hits;
+                    ASSERT_GE(set.first().t, 0);
+                    const double length = norm(screen.getScreenNormal(set.first().point));
+                    ASSERT_TRUE(std::abs(length - 1) < 1e-9) << "mesh " << i << " length " << length;
+                }
+            }
+            const double length = norm(screen.getScreenNormal(from));
+            ASSERT_TRUE(length == 0 || std::abs(length - 1) < 1e-9) << "mesh " << i << " length " << length;
+            Vector out;
+            const bool mapped = screen.mapInto3D({from[0], from[1]}, out, true);
+            ASSERT_TRUE(!mapped || std::isfinite(out[0] + 0 * out[1] + 0 * out[2]));
+        }
+    }
+    EXPECT_GT(hits, 100);
+}
+
 TEST(MeshScreen, APointThatIsNotFiniteHasNoNormal) {
     const MeshScreen screen(meshes::wall(1, 1, 1, 1));
     EXPECT_EQ(screen.getScreenNormal({NOT_A_NUMBER, 0.0, 0.0}), Vector{});
@@ -283,7 +327,7 @@ TEST(MeshScreen, ARealHitComesBeforeAnyContinuation) {
 }
 
 TEST(MeshScreen, OutlinesAChannelLikeTheFlatScreenOfTheSamePlace) {
-    FakeScreenConfig config;
+    ScreenConfigDouble config;
     config.centre = {2.0, 0.0, 1.5};
     config.width = 4;
     config.height = 3;
@@ -370,7 +414,7 @@ TEST(MeshScreen, TheHashOfAMeshOfNumbersFollowsEveryNumber) {
 TEST(MeshScreen, StaysAsItIsWhenTheConfigurationChanges) {
     MeshScreen screen(meshes::wall(1, 1, 1, 1));
     const auto before = screen.getUniqueDataHash();
-    FakeScreenConfig config;
+    ScreenConfigDouble config;
     config.shape = BaseConfig::SHAPE_MESH;
     screen.updateGeometry(&config);
     screen.updateGeometry(nullptr);

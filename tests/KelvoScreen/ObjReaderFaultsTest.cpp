@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <optional>
@@ -185,7 +184,7 @@ TEST(ObjReaderFaults, RefusesFacesOfTooManyCorners) {
     EXPECT_EQ(fault->expected, "a face of at most 1000000 corners");
 }
 
-/// A comb of so many teeth that cutting it would take minutes.
+/// A comb of so many teeth that cutting it would take longer than a test may.
 TEST(ObjReaderFaults, RefusesFacesThatWouldTakeForever) {
     constexpr int TEETH = 200'000;
     std::string text = "v 0 1 0\n";
@@ -197,13 +196,10 @@ TEST(ObjReaderFaults, RefusesFacesThatWouldTakeForever) {
     for (int i = 2 * TEETH + 3; i > 1; --i) {
         face += ' ' + std::to_string(i);
     }
-    const auto start = std::chrono::steady_clock::now();
     const auto fault = faultOf(text + "\n\n" + face);
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     ASSERT_TRUE(fault.has_value());
     EXPECT_EQ(fault->line, 2U * TEETH + 6U);
     EXPECT_EQ(fault->found, "a face of 400003 corners");
-    EXPECT_LT(seconds.count(), 60);
 }
 
 TEST(ObjReaderFaults, EveryPrefixIsReadOrRefusedWithALineOfItsOwn) {

@@ -165,6 +165,23 @@ TEST(ObjReader, CutsAConcavePolygonInsideItsOutline) {
     EXPECT_DOUBLE_EQ(area, 3);
 }
 
+TEST(ObjReader, TextureCoordinatesStayWithTheirCornersThroughACut) {
+    const std::string text =
+        "v 0 0 0\nv 2 0 0\nv 2 1 0\nv 1 1 0\nv 1 2 0\nv 0 2 0\nvt 9 9\n"
+        "vt 0 0\nvt 2 0\nvt 2 1\nvt 1 1\nvt 1 2\nvt 0 2\nf 2/3 3/4 4/5 5/6 6/7 1/2\nf 5/6 4/5 3/4 1/2\n";
+    const TriangleMesh mesh = read(text);
+    ASSERT_EQ(mesh.triangles.size(), 6U);
+    ASSERT_EQ(mesh.textureTriangles.size(), 6U);
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            EXPECT_EQ(mesh.textureTriangles[i][k], mesh.triangles[i][k] + 1);
+        }
+    }
+    // Neither of the two faces is the fan around its first corner.
+    EXPECT_NE((Triangles{mesh.triangles.begin(), mesh.triangles.begin() + 2}), (Triangles{{1, 2, 3}, {1, 3, 4}}));
+    EXPECT_EQ((Triangles{mesh.triangles.begin() + 4, mesh.triangles.end()}), (Triangles{{4, 3, 0}, {3, 2, 0}}));
+}
+
 TEST(ObjReader, KeepsFacesWithoutArea) {
     EXPECT_EQ(read(TRIANGLE + "f 1 1 1\nf 1 2 1\n").triangles, (Triangles{{0, 0, 0}, {0, 1, 0}}));
 }

@@ -292,19 +292,25 @@ TEST_F(ScreenCloudTest, AFileThatIsReplacedAndRemovedAllTheTimeIsLoadedWholeOrRe
     const std::string empty = folder.write("empty", "");
     std::atomic<bool> done{false};
     std::thread other([&] {
-        while (!done) {
-            for (const std::string& source : {valid, empty, valid}) {
-                std::filesystem::copy_file(source, path + ".new", std::filesystem::copy_options::overwrite_existing);
-                std::filesystem::rename(path + ".new", path);
-                std::filesystem::remove(path);
-            }
+        const auto put = [&](const std::string& source) {
+            std::filesystem::copy_file(source, path + ".new", std::filesystem::copy_options::overwrite_existing);
+            std::filesystem::rename(path + ".new", path);
+        };
+        for (int i = 0; !done; ++i) {
+            put(valid);
+            // Now and then the valid file stays long enough for a whole load.
+            std::this_thread::sleep_for(std::chrono::microseconds(i % 4 * 300));
+            put(empty);
+            std::filesystem::remove(path);
             std::filesystem::create_directory(path);
             std::filesystem::remove(path);
         }
     });
+    constexpr int ENOUGH = 20;
+    const auto deadline = steady_clock::now() + std::chrono::seconds(120);
     int loaded = 0;
     int refused = 0;
-    for (int i = 0; i < 20000 && (loaded < 20 || refused < 20); ++i) {
+    while ((loaded < ENOUGH || refused < ENOUGH) && steady_clock::now() < deadline) {
         if (causeOfRefusal(Veltrani::fromUtf8(path)) == "loaded") {
             EXPECT_THAT(screen.getModelPCD()->points, SizeIs(POINTS.size()));
             ++loaded;
@@ -314,8 +320,8 @@ TEST_F(ScreenCloudTest, AFileThatIsReplacedAndRemovedAllTheTimeIsLoadedWholeOrRe
     }
     done = true;
     other.join();
-    EXPECT_GE(loaded, 20);
-    EXPECT_GE(refused, 20);
+    EXPECT_GE(loaded, ENOUGH);
+    EXPECT_GE(refused, ENOUGH);
 }
 
 /// The largest eigenvalue of the covariance of the points, in double, by power iteration.

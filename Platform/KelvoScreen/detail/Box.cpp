@@ -23,6 +23,11 @@ double Box::halfSize() const {
     return std::max({upper[0] - lower[0], upper[1] - lower[1], upper[2] - lower[2]}) / 2;
 }
 
+double Box::halfSurface() const {
+    const Point<double, 3> size = upper - lower;
+    return size[0] * size[1] + size[1] * size[2] + size[2] * size[0];
+}
+
 double Box::largestCoordinate() const {
     return std::max(largestComponent(lower), largestComponent(upper));
 }

@@ -19,6 +19,8 @@ struct Box {
     [[nodiscard]] Point<double, 3> centre() const;
     /// Half of the longest side.
     [[nodiscard]] double halfSize() const;
+    /// Half of the surface: the chance of a random ray to pass the box is proportional to it.
+    [[nodiscard]] double halfSurface() const;
     /// The largest absolute coordinate.
     [[nodiscard]] double largestCoordinate() const;
 

@@ -28,7 +28,7 @@ public:
 
 private:
     struct BorderTriangle {
-        std::uint32_t triangle;
+        std::uint32_t triangle = 0;
         Corners corners;
         Point<double, 3> normal;
     };

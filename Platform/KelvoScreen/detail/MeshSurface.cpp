@@ -35,9 +35,11 @@ struct MovedRay {
 /// Keeps the nearest hit of a ray.
 class HitCollector final : public TriangleIndex::RayVisitor {
 public:
-    HitCollector(const TriangleMesh& mesh, const MovedRay& ray, std::optional<int> side)
+    /// @param best empty; receives the nearest hit, whose t counts from the moved origin
+    HitCollector(const TriangleMesh& mesh, const MovedRay& ray, std::optional<int> side, std::optional<MeshPoint>& best)
         : m_mesh(mesh),
           m_ray(ray),
+          m_best(best),
           m_probe(ray.origin, ray.direction, ray.rounding),
           m_heading(ray.direction * (1 / largestComponent(ray.direction))),
           m_earliest(-ray.rounding / largestComponent(ray.direction)),
@@ -55,17 +57,9 @@ public:
         return m_reach;
     }
 
-    [[nodiscard]] bool hasHit() const { return m_reach < Box::INFINITE; }
-    /// The nearest hit; its t counts from the origin of the ray as it was before it was moved.
-    [[nodiscard]] MeshPoint best() const {
-        MeshPoint best = m_best;
-        best.t = std::max(0.0, m_ray.skipped + best.t);
-        return best;
-    }
-
 private:
     [[nodiscard]] bool isNearer(std::uint32_t triangle, double t) const {
-        return m_ray.skipped + t >= m_earliest && (t < m_reach || (t == m_reach && triangle < m_best.triangle));
+        return m_ray.skipped + t >= m_earliest && (t < m_reach || (t == m_reach && triangle < m_best->triangle));
     }
 
     /// Leaves out triangles that the ray sees edge-on or from the side that is not wanted.
@@ -74,19 +68,19 @@ private:
         const double along = dot(m_heading, area);
         const double size2 = dot(area, area) * dot(m_heading, m_heading);
         if (along * along > ROUNDING * ROUNDING * size2 && (!m_side || *m_side == (along > 0 ? 1 : -1))) {
-            m_best = {pointWithWeights(corners, meeting.weights), area, meeting.t, triangle};
+            m_best.emplace(MeshPoint{pointWithWeights(corners, meeting.weights), area, meeting.t, triangle});
             m_reach = meeting.t;
         }
     }
 
     const TriangleMesh& m_mesh;
     const MovedRay& m_ray;
+    std::optional<MeshPoint>& m_best;
     RayProbe m_probe;
     Point<double, 3> m_heading;      ///< the direction, scaled so that it can be squared
     double m_earliest;               ///< t before which a hit is behind the origin
     double m_reach = Box::INFINITE;  ///< t of the nearest hit
     std::optional<int> m_side;
-    MeshPoint m_best;
 };
 
 /// Keeps the nearest point.
@@ -123,16 +117,20 @@ MeshSurface::MeshSurface(const TriangleMesh& mesh)
 
 std::optional<MeshPoint> MeshSurface::nearestHit(const Point<double, 3>& from, const Point<double, 3>& to,
                                                  std::optional<int> side) const {
+    std::optional<MeshPoint> best;
     MovedRay ray{from, to - from};
     double end = 0;
     if (!m_index.clip(from, ray.direction, ray.skipped, end)) {
-        return std::nullopt;
+        return best;
     }
     ray.origin += ray.skipped * ray.direction;
-    ray.rounding = ROUNDING * std::max({m_largestCoordinate, std::abs(from[0]), std::abs(from[1]), std::abs(from[2])});
-    HitCollector collector(m_mesh, ray, side);
+    ray.rounding = ROUNDING * std::max(m_largestCoordinate, largestComponent(from));
+    HitCollector collector(m_mesh, ray, side, best);
     m_index.alongRay(ray.origin, ray.direction, end - ray.skipped, collector);
-    return collector.hasHit() ? std::optional(collector.best()) : std::nullopt;
+    if (best) {
+        best->t = std::max(0.0, ray.skipped + best->t);
+    }
+    return best;
 }
 
 std::optional<MeshPoint> MeshSurface::nearestPoint(const Point<double, 3>& point) const {

@@ -192,7 +192,7 @@ bool PolygonCutter::isEar(std::uint32_t corner) {
     const P2& b = m_corners[corner];
     const P2& c = m_corners[m_next[corner]];
     const auto covered = std::find_if(m_hollow.begin(), m_hollow.end(),
-                                      [&](std::uint32_t other) { return isCovered(m_corners[other], a, b, c); });
+                                      [&](const Hollow& other) { return isCovered(other.place, a, b, c); });
     spend(static_cast<std::size_t>(covered - m_hollow.begin()));
     return covered == m_hollow.end();
 }
@@ -202,7 +202,7 @@ void PolygonCutter::classify(std::uint32_t corner) {
         forgetHollow(corner);
     } else if (m_hollowPlace[corner] == NOWHERE) {
         m_hollowPlace[corner] = static_cast<std::uint32_t>(m_hollow.size());
-        m_hollow.push_back(corner);
+        m_hollow.push_back({m_corners[corner], corner});
     }
 }
 
@@ -210,7 +210,7 @@ void PolygonCutter::forgetHollow(std::uint32_t corner) {
     const std::uint32_t place = m_hollowPlace[corner];
     if (place != NOWHERE) {
         m_hollow[place] = m_hollow.back();
-        m_hollowPlace[m_hollow[place]] = place;
+        m_hollowPlace[m_hollow[place].corner] = place;
         m_hollow.pop_back();
         m_hollowPlace[corner] = NOWHERE;
     }

@@ -42,6 +42,12 @@ private:
     static constexpr int MAX_RECOVERIES = 8;
     static constexpr std::uint32_t NOWHERE = UINT32_MAX;
 
+    /// A corner that does not bulge outwards, with its coordinates at hand: every test of an ear goes through them all.
+    struct Hollow {
+        Point<double, 2> place;
+        std::uint32_t corner = 0;
+    };
+
     void flatten(std::span<const Point<double, 3>> corners);
     void linkCorners();
     void listAllCandidates();
@@ -60,7 +66,7 @@ private:
     std::vector<Point<double, 2>> m_corners;  ///< seen along the main axis, counter-clockwise
     std::vector<std::uint32_t> m_previous;
     std::vector<std::uint32_t> m_next;         ///< nowhere once the corner is clipped
-    std::vector<std::uint32_t> m_hollow;       ///< corners left that do not bulge outwards, in no order
+    std::vector<Hollow> m_hollow;              ///< those left, in no order
     std::vector<std::uint32_t> m_hollowPlace;  ///< of a corner in `m_hollow`, or nowhere
     std::vector<std::uint32_t> m_candidates;   ///< corners to be tested, first in first out
     std::vector<std::size_t> m_turn;           ///< of a corner in `m_candidates`; the largest number once it is clipped

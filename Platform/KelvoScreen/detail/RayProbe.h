@@ -10,8 +10,8 @@ namespace KelvoScreenDetail {
 
 /// Where a ray meets a triangle.
 struct Meeting {
-    double t = 0;                   ///< in units of the ray's direction; may be negative
-    std::array<double, 3> weights;  ///< barycentric weights of the point, each within [0, 1]
+    double t = 0;                     ///< in units of the ray's direction; may be negative
+    std::array<double, 3> weights{};  ///< barycentric weights of the point, each within [0, 1]
 };
 
 /// One ray, tested against triangles in double precision without gaps.

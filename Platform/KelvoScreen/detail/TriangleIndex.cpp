@@ -24,10 +24,38 @@ constexpr double DISTANCE_MARGIN = 1e-6;
 /// Units. From beyond, single precision cannot tell the triangles apart: all are visited.
 constexpr double FARTHEST_POINT = 1e5;
 
+/// How large the common box of two triangles may be, relative to the sum of their own: each of them is then tested by
+/// all rays that pass it, but one box less is passed.
+constexpr double PAIR_GROWTH = 0.8;
+
 struct BuildContext {
-    const TriangleIndex::Source* source;
+    const TriangleIndex::Source* source = nullptr;
+    const std::vector<bool>* isPaired = nullptr;
     Point<double, 3> centre;
-    double toUnits;
+    double toUnits = 1;
+
+    /// The box of a triangle in units, and of the next one if they are a pair. Empty for a triangle that is left out
+    /// and for the second of a pair: Embree takes no notice of those.
+    [[nodiscard]] Box boxOf(std::uint32_t triangle) const {
+        Box box;
+        if (triangle == 0 || !(*isPaired)[triangle - 1]) {
+            addTriangle(box, triangle);
+            if ((*isPaired)[triangle]) {
+                addTriangle(box, triangle + 1);
+            }
+        }
+        return box;
+    }
+
+private:
+    void addTriangle(Box& box, std::uint32_t triangle) const {
+        Corners corners;
+        if (source->corners(triangle, corners)) {
+            for (const Point<double, 3>& corner : corners) {
+                box.add((corner - centre) * toUnits);
+            }
+        }
+    }
 };
 
 void setBounds(RTCBounds& bounds, const Point<double, 3>& lower, const Point<double, 3>& upper) {
@@ -39,36 +67,43 @@ void setBounds(RTCBounds& bounds, const Point<double, 3>& lower, const Point<dou
     bounds.upper_z = static_cast<float>(upper[2] + PADDING);
 }
 
-void boundTriangle(const RTCBoundsFunctionArguments* arguments) {
-    const BuildContext& build = *static_cast<const BuildContext*>(arguments->geometryUserPtr);
-    Corners corners;
-    Box box;
-    if (build.source->corners(arguments->primID, corners)) {
-        for (const Point<double, 3>& corner : corners) {
-            box.add((corner - build.centre) * build.toUnits);
-        }
-    }
-    // An empty box, with its lower end above its upper one, leaves the triangle out.
+void boundPair(const RTCBoundsFunctionArguments* arguments) {
+    const Box box = static_cast<const BuildContext*>(arguments->geometryUserPtr)->boxOf(arguments->primID);
     setBounds(*arguments->bounds_o, box.lower, box.upper);
+}
+
+/// Visits a triangle and the other one of its pair; the last answer is the tightest.
+template <class Visitor>
+double visitPair(Visitor& visitor, const std::vector<bool>& isPaired, std::uint32_t triangle) {
+    const double reach = visitor.visit(triangle);
+    return isPaired[triangle] ? visitor.visit(triangle + 1) : reach;
 }
 
 /// The ray query as its call-back finds it: Embree hands the context through.
 struct RayQuery : RTCIntersectContext {
     TriangleIndex::RayVisitor* visitor;
-    double unitsPerT;
+    const std::vector<bool>* isPaired;
+    double lengthPerT;
+    double toUnits;
+
+    /// In this order nothing overflows: a position inside the box is a length like that of the box.
+    [[nodiscard]] float reachInUnits(double t) const {
+        return static_cast<float>(t * lengthPerT * toUnits + 2 * RAY_MARGIN);
+    }
 };
 
 void visitAlongRay(const RTCIntersectFunctionNArguments* arguments) {
     const RayQuery& query = *static_cast<const RayQuery*>(arguments->context);
     RTCRay& ray = *reinterpret_cast<RTCRay*>(arguments->rayhit);
     if (arguments->valid[0] != 0) {
-        const double reach = query.visitor->visit(arguments->primID) * query.unitsPerT + 2 * RAY_MARGIN;
-        ray.tfar = std::min(ray.tfar, static_cast<float>(reach));
+        ray.tfar =
+            std::min(ray.tfar, query.reachInUnits(visitPair(*query.visitor, *query.isPaired, arguments->primID)));
     }
 }
 
 struct PointQuery {
     TriangleIndex::PointVisitor* visitor;
+    const std::vector<bool>* isPaired;
     double toUnits;
     double margin;
 
@@ -81,7 +116,7 @@ struct PointQuery {
 
 bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
     const PointQuery& query = *static_cast<const PointQuery*>(arguments->userPtr);
-    const float radius = query.radius(query.visitor->visit(arguments->primID));
+    const float radius = query.radius(visitPair(*query.visitor, *query.isPaired, arguments->primID));
     if (radius < arguments->query->radius) {
         arguments->query->radius = radius;
         return true;
@@ -89,19 +124,39 @@ bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
     return false;
 }
 
+bool areWorthJoining(const Box& a, const Box& b) {
+    Box joined = a;
+    joined.add(b.lower);
+    joined.add(b.upper);
+    return joined.halfSurface() <= PAIR_GROWTH * (a.halfSurface() + b.halfSurface());
+}
+
 }  // namespace
 
-TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) {
-    Corners corners;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (source.corners(i, corners)) {
-            std::for_each(corners.begin(), corners.end(), [this](const auto& corner) { m_box.add(corner); });
-        }
-    }
+TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) : m_isPaired(count) {
+    formPairs(count, source);
     if (!m_box.isEmpty()) {
         m_centre = m_box.centre();
         m_toUnits = 1 / m_box.halfSize();
         build(count, source);
+    }
+}
+
+void TriangleIndex::formPairs(std::uint32_t count, const Source& source) {
+    Corners corners;
+    Box waiting;  // of the previous triangle, while that is without a partner
+    for (std::uint32_t i = 0; i < count; ++i) {
+        Box box;
+        if (source.corners(i, corners)) {
+            std::for_each(corners.begin(), corners.end(), [&box](const auto& corner) { box.add(corner); });
+            m_box.add(box.lower);
+            m_box.add(box.upper);
+            if (!waiting.isEmpty() && areWorthJoining(waiting, box)) {
+                m_isPaired[i - 1] = true;
+                box = {};
+            }
+        }
+        waiting = box;
     }
 }
 
@@ -112,7 +167,7 @@ TriangleIndex::~TriangleIndex() {
 }
 
 void TriangleIndex::build(std::uint32_t count, const Source& source) {
-    BuildContext context{&source, m_centre, m_toUnits};
+    BuildContext context{&source, &m_isPaired, m_centre, m_toUnits};
     RTCDevice device = embreeDevice();
     m_scene = rtcNewScene(device);
     rtcSetSceneFlags(m_scene, RTC_SCENE_FLAG_ROBUST);
@@ -120,7 +175,7 @@ void TriangleIndex::build(std::uint32_t count, const Source& source) {
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_USER);
     rtcSetGeometryUserPrimitiveCount(geometry, count);
     rtcSetGeometryUserData(geometry, &context);
-    rtcSetGeometryBoundsFunction(geometry, boundTriangle, nullptr);
+    rtcSetGeometryBoundsFunction(geometry, boundPair, nullptr);
     rtcSetGeometryIntersectFunction(geometry, visitAlongRay);
     rtcCommitGeometry(geometry);
     rtcAttachGeometry(m_scene, geometry);
@@ -137,8 +192,10 @@ void TriangleIndex::build(std::uint32_t count, const Source& source) {
 
 bool TriangleIndex::clip(const Point<double, 3>& from, const Point<double, 3>& direction, double& first,
                          double& second) const {
-    const double margin = RAY_MARGIN / m_toUnits + ROUNDING * largestComponent(from);
-    return m_scene != nullptr && m_box.clip(from, direction, margin, first, second);
+    const double uncertainty = ROUNDING * largestComponent(from);
+    // From where the rounding of the origin alone is as large as the mesh, nothing can be aimed at.
+    return m_scene != nullptr && uncertainty * m_toUnits <= 1 &&
+           m_box.clip(from, direction, RAY_MARGIN / m_toUnits + uncertainty, first, second);
 }
 
 void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double, 3>& direction, double reach,
@@ -149,7 +206,9 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     RayQuery query{};
     rtcInitIntersectContext(&query);
     query.visitor = &visitor;
-    query.unitsPerT = largest * m_toUnits;
+    query.isPaired = &m_isPaired;
+    query.lengthPerT = largest;
+    query.toUnits = m_toUnits;
 
     RTCRayHit ray{};
     ray.ray.org_x = static_cast<float>(start[0]);
@@ -158,7 +217,7 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     ray.ray.dir_x = static_cast<float>(unitDirection[0]);
     ray.ray.dir_y = static_cast<float>(unitDirection[1]);
     ray.ray.dir_z = static_cast<float>(unitDirection[2]);
-    ray.ray.tfar = static_cast<float>(reach * query.unitsPerT + 2 * RAY_MARGIN);
+    ray.ray.tfar = query.reachInUnits(reach);
     ray.ray.mask = ~0U;
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     ray.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
@@ -171,7 +230,7 @@ void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, Po
     }
     Point<double, 3> place = (point - m_centre) * m_toUnits;
     const double distance = largestComponent(place);
-    PointQuery query{&visitor, m_toUnits, DISTANCE_MARGIN * (1 + distance)};
+    PointQuery query{&visitor, &m_isPaired, m_toUnits, DISTANCE_MARGIN * (1 + distance)};
     if (!(distance < FARTHEST_POINT)) {
         place = {};
         query.margin = Box::INFINITE;
@@ -181,7 +240,7 @@ void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, Po
     ball.y = static_cast<float>(place[1]);
     ball.z = static_cast<float>(place[2]);
     ball.radius = query.radius(radius);
-    RTCPointQueryContext context;
+    RTCPointQueryContext context{};
     rtcInitPointQueryContext(&context);
     rtcPointQuery(m_scene, &ball, &context, visitAroundPoint, &query);
 }

@@ -4,6 +4,7 @@
 #include "KelvoScreen/detail/TriangleMath.h"
 
 #include <cstdint>
+#include <vector>
 
 struct RTCSceneTy;
 
@@ -16,8 +17,11 @@ namespace KelvoScreenDetail {
 /// the ray, or is near enough, is visited, besides some that turn out not to. The visitor decides in double precision.
 /// That is what makes the results exact and watertight; the triangles themselves stay with the caller.
 ///
+/// Two triangles that follow each other and fill nearly the same box, as the halves of a quadrilateral do, share one:
+/// most meshes come from grids, and half as many boxes are half the memory and fewer steps for every ray.
+///
 /// Meshes of any size and place are alike to it: a millimetre at coordinates of kilometres, or a galaxy. Building costs
-/// about a second and 80 MB for a million triangles. A query allocates nothing.
+/// about a second and 40 to 80 MB for a million triangles. A query allocates nothing.
 class TriangleIndex {
 public:
     /// Where the triangles come from while the structure is built.
@@ -56,7 +60,7 @@ public:
     [[nodiscard]] const Box& box() const { return m_box; }
 
     /// The part of a ray that can meet anything, see `Box::clip`. Far origins are moved up to it by the caller: only
-    /// near the box does a ray fit into single precision.
+    /// near the box does a ray fit into single precision. False as well from 1e14 times the size of the box away.
     [[nodiscard]] bool clip(const Point<double, 3>& from, const Point<double, 3>& direction, double& first,
                             double& second) const;
 
@@ -70,8 +74,11 @@ public:
     void aroundPoint(const Point<double, 3>& point, double radius, PointVisitor& visitor) const;
 
 private:
+    void formPairs(std::uint32_t count, const Source& source);
     void build(std::uint32_t count, const Source& source);
 
+    /// For each triangle whether it shares its box with the next one. (A bit each, which stays in the cache.)
+    std::vector<bool> m_isPaired;
     Box m_box;
     Point<double, 3> m_centre;
     double m_toUnits = 1;  ///< units of the structure per length: the longest side of the box has two units

@@ -40,7 +40,8 @@ bool hasArea(const Corners& corners) {
     const Point<double, 3> area = areaVector(corners);
     const double longest = std::max({dot(ab, ab), dot(bc, bc), dot(ca, ca)});
     const double noise = SLIVER_HEIGHT * largestCoordinate(corners);
-    return dot(area, area) > noise * noise * longest;
+    const double area2 = dot(area, area);
+    return area2 > noise * noise * longest && std::isfinite(area2);
 }
 
 Point<double, 3> unitNormal(const Corners& corners) {

@@ -29,6 +29,7 @@ TEST(Box, KnowsItsCentreAndSize) {
     const Box result = box({-1.0, 4.0, 0.0}, {3.0, -6.0, 1.0});
     EXPECT_EQ(result.centre(), (Vector{1.0, -1.0, 0.5}));
     EXPECT_EQ(result.halfSize(), 5);
+    EXPECT_EQ(result.halfSurface(), 54);
     EXPECT_EQ(result.largestCoordinate(), 6);
 }
 

@@ -195,6 +195,13 @@ TEST(PolygonCutter, RemovesSpikes) {
     expectTriangulated(outline, cut(flat(outline)), "spike into the square");
 }
 
+/// No corner of it is an ear until the tip is gone.
+TEST(PolygonCutter, RemovesASpikeThatIsWalkedBackOnlyHalfWay) {
+    const Outline outline{{0.5, 0.0},    {0.625, 0.625}, {0.0, 0.8125},    {-0.9375, 0.0},
+                          {0.0, -0.875}, {0.0, -0.1875}, {0.0, -0.359375}, {0.0, -0.359375}};
+    expectTriangulated(outline, cut(flat(outline)), "half a spike");
+}
+
 TEST(PolygonCutter, RoundPolygonsGiveNoFanOfSlivers) {
     Outline circle;
     constexpr int CORNERS = 256;

@@ -1,0 +1,95 @@
+#include "Configuration/detail/ElementReader.h"
+
+#include "Common/Utf8.h"
+#include "Configuration/detail/DisplayFormat.h"
+#include "Configuration/detail/NumberText.h"
+#include "Configuration/detail/ValueRules.h"
+#include "Configuration/detail/XmlNode.h"
+#include "Configuration/UnitConverter.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace Veltrani {
+
+namespace {
+
+using Unit = UnitConversionTable::UnitSubType;
+
+constexpr double DEGREES_OF_HALF_TURN = 180.0;
+
+std::optional<double> finite(double value) {
+    return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+}
+
+/// Divided first: the quarter, half and full turns become exactly the multiples of pi that limits are compared with.
+double radiansFromDegrees(double degrees) {
+    return degrees / DEGREES_OF_HALF_TURN * std::numbers::pi;
+}
+
+}  // namespace
+
+ElementReader ElementReader::ofDisplay(const xmlNode* root) {
+    const std::string native = Xml::child(root, "Units") == nullptr
+                                   ? std::string()
+                                   : Xml::attribute(Xml::child(root, "Units"), "native").value_or("");
+    return ElementReader(UnitConversionTable::getUnitSubTypeFromName(fromUtf8(native)));
+}
+
+std::optional<std::string> ElementReader::text(const xmlNode* element, const char* attribute) const {
+    return element == nullptr ? std::nullopt : Xml::attribute(element, attribute);
+}
+
+std::optional<double> ElementReader::number(const xmlNode* element, const char* attribute) const {
+    const std::optional<std::string> value = text(element, attribute);
+    const ParsedNumber<double> parsed = parseNumber(value.value_or(""));
+    return parsed.state == NumberState::Good ? std::optional<double>(parsed.value) : std::nullopt;
+}
+
+std::optional<double> ElementReader::length(const xmlNode* element, const char* attribute) const {
+    const std::optional<double> value = number(element, attribute);
+    const std::optional<std::string> name = unitInScope(element, LENGTH_UNIT_ATTRIBUTE.name.data());
+    if (!value || !name) {
+        return std::nullopt;
+    }
+    const Unit unit = UnitConversionTable::getUnitSubTypeFromName(fromUtf8(*name));
+    if (unit == Unit::UNIT_NONE) {
+        return std::nullopt;
+    }
+    // The same unit must not cost a last bit.
+    return unit == m_native ? value : finite(UnitConverter<5, 0, 5>(m_native).getNativeFromTarget(*value, unit));
+}
+
+std::optional<double> ElementReader::angle(const xmlNode* element, const char* attribute) const {
+    const std::optional<double> value = number(element, attribute);
+    const std::optional<std::string> unit = unitInScope(element, ANGLE_UNIT_ATTRIBUTE.name.data());
+    if (!value || !unit || (*unit != DEGREES && *unit != RADIANS)) {
+        return std::nullopt;
+    }
+    return *unit == RADIANS ? value : finite(radiansFromDegrees(*value));
+}
+
+std::optional<int> ElementReader::pixels(const xmlNode* element, const char* attribute) const {
+    const std::optional<std::string> value = text(element, attribute);
+    const ParsedNumber<int> parsed = parsePixelCount(value.value_or(""));
+    return parsed.state == NumberState::Good ? std::optional<int>(parsed.value) : std::nullopt;
+}
+
+Point<double, 3> ElementReader::position(const xmlNode* element) const {
+    return {length(element, "x").value_or(0.0), length(element, "y").value_or(0.0), length(element, "z").value_or(0.0)};
+}
+
+Point<double, 3> ElementReader::orientation(const xmlNode* element) const {
+    return {angle(element, "z").value_or(0.0), angle(element, "x").value_or(0.0), angle(element, "y").value_or(0.0)};
+}
+
+std::optional<std::string> ElementReader::unitInScope(const xmlNode* element, const char* unitAttribute) {
+    for (const xmlNode* node = element; node != nullptr && node->type == XML_ELEMENT_NODE; node = node->parent) {
+        if (std::optional<std::string> unit = Xml::attribute(node, unitAttribute)) {
+            return unit;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace Veltrani

@@ -1,0 +1,158 @@
+#include "Configuration/detail/XmlNode.h"
+
+#include <libxml/xmlsave.h>
+
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace Veltrani::Xml {
+
+namespace {
+
+struct FreeText {
+    void operator()(xmlChar* text) const { xmlFree(text); }
+};
+struct FreeBuffer {
+    void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
+};
+struct FreeDocument {
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+using OwnedText = std::unique_ptr<xmlChar, FreeText>;
+using OwnedBuffer = std::unique_ptr<xmlBuffer, FreeBuffer>;
+using OwnedDocument = std::unique_ptr<xmlDoc, FreeDocument>;
+
+/// The library answers null when memory ran out.
+template <class T>
+T* allocated(T* pointer) {
+    if (pointer == nullptr) {
+        throw std::bad_alloc();
+    }
+    return pointer;
+}
+
+/// Old releases of the library take nodes that they do not change as non-constant.
+xmlNode* mutableNode(const xmlNode* node) {
+    return const_cast<xmlNode*>(node);
+}
+
+void removeContent(xmlNode* element) {
+    while (element->children != nullptr) {
+        xmlNode* const first = element->children;
+        xmlUnlinkNode(first);
+        xmlFreeNode(first);
+    }
+}
+
+std::string serialised(xmlNode* node) {
+    const OwnedBuffer buffer(allocated(xmlBufferCreate()));
+    xmlSaveCtxt* const saving = allocated(xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_NO_DECL));
+    xmlSaveTree(saving, node);
+    xmlSaveClose(saving);
+    return std::string(view(xmlBufferContent(buffer.get())));
+}
+
+}  // namespace
+
+std::string_view view(const xmlChar* text) {
+    return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
+}
+
+const xmlChar* chars(const char* text) {
+    return reinterpret_cast<const xmlChar*>(text);
+}
+
+bool isOwnElement(const xmlNode* node) {
+    return node->type == XML_ELEMENT_NODE && node->ns == nullptr;
+}
+
+bool isOwnElement(const xmlNode* node, std::string_view name) {
+    return isOwnElement(node) && view(node->name) == name;
+}
+
+bool isBlankText(const xmlNode* node) {
+    return node->type == XML_TEXT_NODE && view(node->content).find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+int lineOf(const xmlNode* node) {
+    if (node->type == XML_ELEMENT_NODE && node->_private != nullptr) {
+        // The parser's own line counter of an element ends at 65535.
+        return static_cast<int>(reinterpret_cast<std::intptr_t>(node->_private));
+    }
+    return static_cast<int>(xmlGetLineNo(node));
+}
+
+std::optional<std::string> attribute(const xmlNode* element, const char* name) {
+    const OwnedText value(xmlGetNoNsProp(mutableNode(element), chars(name)));
+    if (value == nullptr) {
+        return std::nullopt;
+    }
+    return std::string(view(value.get()));
+}
+
+void setAttribute(xmlNode* element, const char* name, const std::string& value) {
+    allocated(xmlSetNsProp(element, nullptr, chars(name), chars(value.c_str())));
+}
+
+xmlNode* child(const xmlNode* parent, std::string_view name) {
+    xmlNode* node = parent == nullptr ? nullptr : parent->children;
+    while (node != nullptr && !isOwnElement(node, name)) {
+        node = node->next;
+    }
+    return node;
+}
+
+std::vector<xmlNode*> children(const xmlNode* parent, std::string_view name) {
+    std::vector<xmlNode*> found;
+    for (xmlNode* node = parent == nullptr ? nullptr : parent->children; node != nullptr; node = node->next) {
+        if (isOwnElement(node, name)) {
+            found.push_back(node);
+        }
+    }
+    return found;
+}
+
+std::string content(const xmlNode* element) {
+    std::string text;
+    for (const xmlNode* node = element->children; node != nullptr; node = node->next) {
+        if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE) {
+            text += view(node->content);
+        }
+    }
+    return text;
+}
+
+void setContent(xmlNode* element, const std::string& text) {
+    // Made before anything is given up, and never parsed: an ampersand is an ampersand.
+    xmlNode* const node = allocated(xmlNewDocText(element->doc, chars(text.c_str())));
+    removeContent(element);
+    xmlAddChild(element, node);
+}
+
+std::string innerXml(const xmlNode* element) {
+    const OwnedDocument scratch(allocated(xmlNewDoc(chars("1.0"))));
+    // Without it, attributes would be written in pure ASCII with numeric references.
+    scratch->encoding = allocated(xmlStrdup(chars("UTF-8")));
+    std::string text;
+    for (xmlNode* node = element->children; node != nullptr; node = node->next) {
+        xmlNode* const copy = allocated(xmlDocCopyNode(node, scratch.get(), 1));
+        text += serialised(copy);
+        xmlFreeNode(copy);
+    }
+    return text;
+}
+
+void setInnerXml(xmlNode* element, const xmlNode* source) {
+    removeContent(element);
+    for (xmlNode* node = source->children; node != nullptr; node = node->next) {
+        xmlAddChild(element, allocated(xmlDocCopyNode(node, element->doc, 1)));
+    }
+}
+
+xmlNode* newElement(xmlDoc* document, const char* name) {
+    return allocated(xmlNewDocNode(document, nullptr, chars(name), nullptr));
+}
+
+}  // namespace Veltrani::Xml

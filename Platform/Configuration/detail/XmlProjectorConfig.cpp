@@ -1,0 +1,191 @@
+#include "Configuration/detail/XmlProjectorConfig.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/detail/FaultList.h"
+#include "Configuration/detail/NodePlacement.h"
+#include "Configuration/detail/NumberText.h"
+#include "Configuration/detail/XmlDocument.h"
+#include "Configuration/detail/XmlNode.h"
+#include "Configuration/detail/XmlText.h"
+
+#include <optional>
+#include <string_view>
+
+namespace Veltrani {
+
+namespace {
+
+// A snippet is tried as deep as it will stand in the file, where the parser limits the depth.
+constexpr std::string_view BEFORE_SNIPPET = "<Display><Projectors><Projector><Device>";
+constexpr std::string_view BEHIND_SNIPPET = "</Device></Projector></Projectors></Display>";
+
+/// The element that encloses the snippet. Null when the snippet closed it early and opened others in its place: then
+/// something stands beside it at some level.
+const xmlNode* soleDevice(const XmlDocument& document) {
+    const xmlNode* node = document.root();
+    for (int level = 0; level < 3; ++level) {
+        if (node->children != node->last) {
+            return nullptr;
+        }
+        node = node->children;
+    }
+    return node;
+}
+
+}  // namespace
+
+XmlProjectorConfig::XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder)
+    : m_element(element) {
+    readTexts(reader, folder);
+    readPicture(reader);
+    readGeometry(reader);
+}
+
+void XmlProjectorConfig::readTexts(const ElementReader& reader, const FolderPath& folder) {
+    m_id = fromUtf8(reader.text(m_element, "id").value_or(""));
+    const std::optional<std::string> section = reader.text(m_element, "section");
+    m_section = section ? fromUtf8(*section) : m_id;
+    m_oldId = fromUtf8(reader.text(m_element, "oldId").value_or(""));
+    const xmlNode* const name = Xml::child(m_element, "Name");
+    m_name = name == nullptr ? m_id : fromUtf8(Xml::content(name));
+    m_customPlanarFile = fromUtf8(reader.text(Xml::child(m_element, "CustomPlanarMap"), "file").value_or(""));
+    const xmlNode* const model = Xml::child(m_element, "ProjectionModel");
+    m_projectionModel = fromUtf8(reader.text(model, "name").value_or(""));
+    if (const std::optional<std::string> file = reader.text(model, "file")) {
+        m_projectionModel += L":" + folder.resolve(fromUtf8(*file));
+    }
+}
+
+void XmlProjectorConfig::readPicture(const ElementReader& reader) {
+    const xmlNode* const resolution = Xml::child(m_element, "Resolution");
+    m_width = reader.pixels(resolution, "width").value_or(0);
+    m_height = reader.pixels(resolution, "height").value_or(0);
+    const std::string sizes = reader.text(Xml::child(m_element, "PondOfMirror"), "sizes").value_or("");
+    m_pondOfMirror = parseFourBytes(sizes).value_or(std::array<unsigned char, 4>{});
+}
+
+void XmlProjectorConfig::readGeometry(const ElementReader& reader) {
+    m_orientation = reader.orientation(Xml::child(m_element, "Orientation"));
+    m_position = reader.position(Xml::child(m_element, "Position"));
+    const auto angle = [&, frustum = Xml::child(m_element, "Frustum")](const char* side) {
+        return reader.angle(frustum, side).value_or(0.0);
+    };
+    m_frustum = {angle("left"), angle("right"), angle("bottom"), angle("top")};
+    const auto bound = [&, area = Xml::child(m_element, "ScreenArea")](const char* side) {
+        return reader.number(area, side).value_or(SCREEN_BOUND_NOT_CONFIGURED);
+    };
+    m_screenArea = {bound("left"), bound("right"), bound("bottom"), bound("top")};
+    const auto extent = [&, layout = Xml::child(m_element, "Layout")](const char* side) {
+        return reader.length(layout, side).value_or(0.0);
+    };
+    m_layout = {extent("xMin"), extent("xMax"), extent("yMin"), extent("yMax")};
+}
+
+void XmlProjectorConfig::rename(const std::wstring& newId) {
+    const std::string text = xmlText(newId, described(L"the new id"));
+    Xml::setAttribute(m_element, "section", toUtf8(m_section));
+    writeName();
+    Xml::setAttribute(m_element, "oldId", toUtf8(m_id));
+    Xml::setAttribute(m_element, "id", text);
+    m_oldId = m_id;
+    m_id = newId;
+}
+
+void XmlProjectorConfig::setName(const std::wstring& name) {
+    if (name == m_name) {
+        return;
+    }
+    static_cast<void>(xmlText(name, described(L"the name")));
+    m_name = name;
+    writeName();
+}
+
+void XmlProjectorConfig::writeName() {
+    const std::string name = toUtf8(m_name);
+    xmlNode* const element = childToWrite("Name");
+    if (Xml::content(element) != name) {
+        Xml::setContent(element, name);
+    }
+}
+
+std::wstring XmlProjectorConfig::getDeviceSnippet() const {
+    const xmlNode* const device = Xml::child(m_element, "Device");
+    return device == nullptr ? std::wstring() : fromUtf8(Xml::innerXml(device));
+}
+
+void XmlProjectorConfig::setDeviceSnippet(const std::wstring& snippet) {
+    if (snippet == getDeviceSnippet()) {
+        return;
+    }
+    const std::wstring what = described(L"the device snippet");
+    FaultList faults(toUtf8(what));
+    const std::string text = std::string(BEFORE_SNIPPET) + xmlText(snippet, what) + std::string(BEHIND_SNIPPET);
+    const XmlDocument document = XmlDocument::parse(text, faults);
+    const xmlNode* const parsed = faults.empty() ? soleDevice(document) : nullptr;
+    if (parsed == nullptr) {
+        const std::wstring reason = faults.empty() ? L"it closes an element that it did not open" : faults.message();
+        throw VeltraniException(__FILE__, __LINE__, what + L" is not well-formed XML: " + reason);
+    }
+    Xml::setInnerXml(childToWrite("Device"), parsed);
+}
+
+void XmlProjectorConfig::setWidth(int pixels) {
+    setSize(m_width, pixels, L"the width");
+}
+
+void XmlProjectorConfig::setHeight(int pixels) {
+    setSize(m_height, pixels, L"the height");
+}
+
+void XmlProjectorConfig::setSize(int& side, int pixels, const wchar_t* what) {
+    if (pixels <= 0) {
+        throw VeltraniException(__FILE__, __LINE__, described(what) + L" is not a number of pixels above 0");
+    }
+    if (side == pixels) {
+        return;
+    }
+    side = pixels;
+    // Half a resolution is none: the first of the two waits for the other.
+    if (m_width > 0 && m_height > 0) {
+        xmlNode* const resolution = childToWrite("Resolution");
+        Xml::setAttribute(resolution, "width", numberText(m_width));
+        Xml::setAttribute(resolution, "height", numberText(m_height));
+    }
+}
+
+void XmlProjectorConfig::setPondOfMirror(int index, unsigned char size) {
+    unsigned char& entry = m_pondOfMirror[pondIndex(index)];
+    if (entry != size) {
+        entry = size;
+        Xml::setAttribute(childToWrite("PondOfMirror"), "sizes", fourBytesText(m_pondOfMirror));
+    }
+}
+
+int XmlProjectorConfig::getPondOfMirror(int index) const {
+    return m_pondOfMirror[pondIndex(index)];
+}
+
+std::size_t XmlProjectorConfig::pondIndex(int index) const {
+    if (index < 0 || static_cast<std::size_t>(index) >= m_pondOfMirror.size()) {
+        throw VeltraniException(
+            __FILE__, __LINE__,
+            described(L"the pond-of-mirror index " + std::to_wstring(index)) + L" is not one of 0 to 3");
+    }
+    return static_cast<std::size_t>(index);
+}
+
+std::wstring XmlProjectorConfig::described(const std::wstring& what) const {
+    return L"Projector \"" + m_id + L"\": " + what;
+}
+
+xmlNode* XmlProjectorConfig::childToWrite(const char* name) {
+    if (xmlNode* existing = Xml::child(m_element, name)) {
+        return existing;
+    }
+    xmlNode* const added = Xml::newElement(m_element->doc, name);
+    Xml::appendIndented(m_element, added);
+    return added;
+}
+
+}  // namespace Veltrani

@@ -1,0 +1,102 @@
+#include "Configuration/detail/XmlScreenConfig.h"
+
+#include "Common/Utf8.h"
+#include "Configuration/BaseConfig.h"
+#include "Configuration/detail/XmlNode.h"
+
+#include <cstddef>
+#include <numbers>
+#include <optional>
+#include <utility>
+
+namespace Veltrani {
+
+namespace {
+
+// The whole surface, in radians.
+constexpr double HALF_TURN = std::numbers::pi;
+constexpr double QUARTER_TURN = 0.5 * std::numbers::pi;
+// A file that says nothing is taken to be in the world frame: z up, y forward.
+constexpr const char* USUAL_UP = "Z";
+constexpr const char* USUAL_FORWARD = "Y";
+
+std::wstring at(const std::vector<std::wstring>& files, int index) {
+    const bool isThere = index >= 0 && static_cast<std::size_t>(index) < files.size();
+    return isThere ? files[static_cast<std::size_t>(index)] : std::wstring();
+}
+
+std::vector<std::wstring> filesOf(const xmlNode* screen, const char* name, const ElementReader& reader,
+                                  const FolderPath& folder) {
+    std::vector<std::wstring> files;
+    for (const xmlNode* element : Xml::children(screen, name)) {
+        files.push_back(folder.resolve(fromUtf8(reader.text(element, "file").value_or(""))));
+    }
+    return files;
+}
+
+std::vector<Point<double, 3>> pointsOf(const xmlNode* rail, const ElementReader& reader) {
+    std::vector<Point<double, 3>> points;
+    for (const xmlNode* point : Xml::children(rail, "Point")) {
+        points.push_back(reader.position(point));
+    }
+    return points;
+}
+
+}  // namespace
+
+XmlScreenConfig::XmlScreenConfig(const xmlNode* screen, const ElementReader& reader, const FolderPath& folder,
+                                 std::wstring nativeUnit)
+    : m_shape(fromUtf8(reader.text(screen, "shape").value_or(""))), m_fileUnit(std::move(nativeUnit)) {
+    if (const std::optional<std::string> unit = reader.text(screen, "fileUnit")) {
+        m_fileUnit = fromUtf8(*unit);
+    }
+    m_scale = reader.number(screen, "scale").value_or(1.0);
+    m_eyePoint = reader.position(Xml::child(screen, "EyePoint"));
+    readFiles(screen, reader, folder);
+    readShape(screen, reader);
+    readLimits(screen, reader);
+}
+
+void XmlScreenConfig::readFiles(const xmlNode* screen, const ElementReader& reader, const FolderPath& folder) {
+    m_contentMeshes = filesOf(screen, "ContentMesh", reader, folder);
+    m_measuredMeshes = filesOf(screen, "MeasuredMesh", reader, folder);
+    m_modelClouds = filesOf(screen, "ModelCloud", reader, folder);
+    const xmlNode* const import = Xml::child(screen, "ImportOrientation");
+    m_up = fromUtf8(reader.text(import, "up").value_or(USUAL_UP));
+    m_forward = fromUtf8(reader.text(import, "forward").value_or(USUAL_FORWARD));
+}
+
+void XmlScreenConfig::readShape(const xmlNode* screen, const ElementReader& reader) {
+    m_centre = reader.position(Xml::child(screen, "Centre"));
+    m_orientation = reader.orientation(Xml::child(screen, "Orientation"));
+    m_radius = reader.length(Xml::child(screen, "Radius"), "value").value_or(0.0);
+    m_width = reader.length(Xml::child(screen, "Size"), "width").value_or(0.0);
+    m_height = reader.length(Xml::child(screen, "Size"), "height").value_or(0.0);
+    m_lowerRail = pointsOf(Xml::child(screen, "LowerRail"), reader);
+    m_upperRail = pointsOf(Xml::child(screen, "UpperRail"), reader);
+}
+
+void XmlScreenConfig::readLimits(const xmlNode* screen, const ElementReader& reader) {
+    const bool isSphere = m_shape == BaseConfig::SHAPE_SPHERE;
+    const bool isRound = isSphere || m_shape == BaseConfig::SHAPE_CYLINDER;
+    const xmlNode* const azimuth = Xml::child(screen, "Azimuth");
+    m_azimuthMin = reader.angle(azimuth, "min").value_or(isRound ? -HALF_TURN : 0.0);
+    m_azimuthMax = reader.angle(azimuth, "max").value_or(isRound ? HALF_TURN : 0.0);
+    const xmlNode* const elevation = Xml::child(screen, "Elevation");
+    m_elevationMin = reader.angle(elevation, "min").value_or(isSphere ? -QUARTER_TURN : 0.0);
+    m_elevationMax = reader.angle(elevation, "max").value_or(isSphere ? QUARTER_TURN : 0.0);
+}
+
+std::wstring XmlScreenConfig::getContentMeshFile(int index) const {
+    return at(m_contentMeshes, index);
+}
+
+std::wstring XmlScreenConfig::getMeasuredMeshFile(int index) const {
+    return at(m_measuredMeshes, index);
+}
+
+std::wstring XmlScreenConfig::getModelPcdFile(int index) const {
+    return at(m_modelClouds, index);
+}
+
+}  // namespace Veltrani

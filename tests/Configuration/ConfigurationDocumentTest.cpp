@@ -1,0 +1,70 @@
+#include "Configuration/detail/DisplayFormat.h"
+#include "Samples.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// What the reference page says is true: its examples can be read, and it names every element and attribute there is.
+namespace {
+
+using Veltrani::ChildRule;
+using Veltrani::ElementRule;
+using Veltrani::VariantRule;
+
+std::string page() {
+    std::ifstream in(SM_DOCS_FOLDER "/configuration.md", std::ios::binary);
+    if (!in) {
+        throw std::runtime_error("the page cannot be read");
+    }
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> examples() {
+    static const std::string BEGIN = "```xml\n";
+    const std::string text = page();
+    std::vector<std::string> found;
+    for (std::size_t at = text.find(BEGIN); at != std::string::npos; at = text.find(BEGIN, at)) {
+        at += BEGIN.size();
+        found.push_back(text.substr(at, text.find("```", at) - at));
+    }
+    return found;
+}
+
+void visit(const ElementRule& rule, const std::function<void(const ElementRule&)>& action) {
+    action(rule);
+    for (const ChildRule& child : rule.children) {
+        visit(*child.element, action);
+    }
+    for (const VariantRule& variant : rule.variants) {
+        for (const ChildRule& child : variant.children) {
+            visit(*child.element, action);
+        }
+    }
+}
+
+TEST(ConfigurationDocument, ItsExamplesCanBeRead) {
+    ASSERT_EQ(examples().size(), 3U);
+    for (const std::string& example : examples()) {
+        EXPECT_THAT(faultsOf(example), testing::IsEmpty());
+    }
+}
+
+TEST(ConfigurationDocument, NamesEveryElementAndAttribute) {
+    const std::string text = page();
+    visit(Veltrani::displayFormat(), [&](const ElementRule& rule) {
+        EXPECT_NE(text.find(std::string("`<").append(rule.name).append(">`")), std::string::npos) << rule.name;
+        for (const auto& attribute : rule.attributes) {
+            EXPECT_NE(text.find(std::string("`").append(attribute.name).append("`")), std::string::npos)
+                << attribute.name;
+        }
+    });
+}
+
+}  // namespace

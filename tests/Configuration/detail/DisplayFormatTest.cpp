@@ -1,0 +1,83 @@
+#include "Configuration/detail/DisplayFormat.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <string>
+
+namespace {
+
+using Veltrani::ChildRule;
+using Veltrani::ElementRule;
+using Veltrani::VariantRule;
+
+void visit(const ElementRule& rule, const std::function<void(const ElementRule&)>& action) {
+    action(rule);
+    for (const ChildRule& child : rule.children) {
+        visit(*child.element, action);
+    }
+    for (const VariantRule& variant : rule.variants) {
+        for (const ChildRule& child : variant.children) {
+            visit(*child.element, action);
+        }
+    }
+}
+
+const ElementRule& ruleOf(const std::string& name) {
+    const ElementRule* found = nullptr;
+    visit(Veltrani::displayFormat(), [&](const ElementRule& rule) {
+        if (rule.name == name) {
+            found = &rule;
+        }
+    });
+    return *found;
+}
+
+TEST(DisplayFormat, NoElementHasAnAttributeOrAChildTwice) {
+    int elements = 0;
+    visit(Veltrani::displayFormat(), [&](const ElementRule& rule) {
+        ++elements;
+        std::set<std::string_view> names{"lengthUnit", "angleUnit"};
+        for (const auto& attribute : rule.attributes) {
+            EXPECT_TRUE(names.insert(attribute.name).second) << rule.name << " " << attribute.name;
+        }
+        std::set<std::string_view> children;
+        for (const ChildRule& child : rule.children) {
+            EXPECT_TRUE(children.insert(child.element->name).second) << rule.name << " " << child.element->name;
+        }
+    });
+    EXPECT_GT(elements, 40);
+}
+
+TEST(DisplayFormat, UnitsStandWhereSuchValuesAre) {
+    for (const char* name : {"Display", "Screen", "EyePoint", "Size", "LowerRail", "TargetData", "Mirror", "Projectors",
+                             "Projector", "Position", "Layout"}) {
+        EXPECT_TRUE(Veltrani::holdsLengths(ruleOf(name))) << name;
+    }
+    for (const char* name : {"Display", "Screen", "Orientation", "Azimuth", "YawTable", "Pair", "Mirror", "Projectors",
+                             "Projector", "Frustum"}) {
+        EXPECT_TRUE(Veltrani::holdsAngles(ruleOf(name))) << name;
+    }
+    for (const char* name :
+         {"Units", "Name", "Device", "Resolution", "ScreenArea", "ContentMesh", "ImportOrientation"}) {
+        EXPECT_FALSE(Veltrani::holdsLengths(ruleOf(name))) << name;
+        EXPECT_FALSE(Veltrani::holdsAngles(ruleOf(name))) << name;
+    }
+    EXPECT_FALSE(Veltrani::holdsLengths(ruleOf("Frustum")));
+    EXPECT_FALSE(Veltrani::holdsAngles(ruleOf("Layout")));
+}
+
+TEST(DisplayFormat, EveryShapeAndKindOfTargetDataHasItsVariant) {
+    for (const char* shape : {"Flat", "Sphere", "Cylinder", "Ruled", "Mesh"}) {
+        EXPECT_NE(Veltrani::variantOf(ruleOf("Screen"), shape), nullptr) << shape;
+    }
+    for (const char* type : {"PlanarBasic", "PlanarAdvanced", "Spherical", "SphericalCollimated", "CustomPlanar",
+                             "ProjectorCentric", "3D"}) {
+        EXPECT_NE(Veltrani::variantOf(ruleOf("TargetData"), type), nullptr) << type;
+    }
+    EXPECT_EQ(Veltrani::variantOf(ruleOf("Screen"), ""), nullptr);
+    EXPECT_EQ(Veltrani::variantOf(ruleOf("Screen"), "flat"), nullptr);
+}
+
+}  // namespace

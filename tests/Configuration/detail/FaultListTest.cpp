@@ -1,0 +1,78 @@
+#include "Configuration/detail/FaultList.h"
+
+#include "Common/VeltraniException.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using Veltrani::FaultList;
+using Veltrani::inQuotes;
+
+FaultList::Fault fault(FaultList::Kind kind, int line, const std::string& element) {
+    return {kind, line, element, "a", "b", "do c"};
+}
+
+TEST(FaultList, AnEmptyListThrowsNothing) {
+    const FaultList faults("a.xml");
+    EXPECT_TRUE(faults.empty());
+    EXPECT_FALSE(faults.hasStructureFault());
+    EXPECT_EQ(faults.message(), L"");
+    EXPECT_NO_THROW(faults.throwIfAny());
+}
+
+TEST(FaultList, OneLinePerFaultInTheOrderOfTheirLines) {
+    FaultList faults("d\u00f6me.xml");
+    faults.add(fault(FaultList::Kind::Meaning, 9, "Late"));
+    faults.add(fault(FaultList::Kind::Structure, 2, "Early"));
+    faults.add(fault(FaultList::Kind::Structure, 9, "LateToo"));
+    EXPECT_EQ(faults.message(),
+              L"d\u00f6me.xml:2: <Early>: found a, expected b; do c\n"
+              L"d\u00f6me.xml:9: <Late>: found a, expected b; do c\n"
+              L"d\u00f6me.xml:9: <LateToo>: found a, expected b; do c");
+    EXPECT_TRUE(faults.hasStructureFault());
+    EXPECT_EQ(faults.size(), 3U);
+}
+
+TEST(FaultList, ThrowsItsMessage) {
+    FaultList faults("a.xml");
+    faults.add(fault(FaultList::Kind::Meaning, 1, "X"));
+    EXPECT_FALSE(faults.hasStructureFault());
+    try {
+        faults.throwIfAny();
+        FAIL() << "nothing was thrown";
+    } catch (const VeltraniParseException& exception) {
+        EXPECT_EQ(exception.message, faults.message());
+    }
+}
+
+TEST(FaultList, CountsWhatItDoesNotShow) {
+    FaultList faults("a.xml");
+    for (int i = 0; i < 1234; ++i) {
+        faults.add(fault(FaultList::Kind::Structure, i, "X"));
+    }
+    const std::wstring message = faults.message();
+    EXPECT_EQ(std::count(message.begin(), message.end(), L'\n'), 1000);
+    EXPECT_EQ(message.substr(message.rfind(L'\n')), L"\n(and 234 more faults)");
+}
+
+TEST(FaultList, ANameWithALineFeedStaysOnItsLine) {
+    FaultList faults("a\nb.xml");
+    faults.add(fault(FaultList::Kind::Structure, 1, "X"));
+    EXPECT_EQ(faults.message(), L"a\\nb.xml:1: <X>: found a, expected b; do c");
+}
+
+TEST(FaultList, QuotesStayOnTheirLineAndShort) {
+    EXPECT_EQ(inQuotes(""), "\"\"");
+    EXPECT_EQ(inQuotes("a\tb\nc\x7f"), "\"a\\x09b\\nc\\x7f\"");
+    EXPECT_EQ(inQuotes(std::string(120, 'x')), "\"" + std::string(120, 'x') + "\"");
+    EXPECT_EQ(inQuotes(std::string(121, 'x')), "\"" + std::string(120, 'x') + "...\"");
+}
+
+TEST(FaultList, AQuoteIsNeverCutInsideACharacter) {
+    EXPECT_EQ(inQuotes(std::string(119, 'x') + "\u20ac and more"), "\"" + std::string(119, 'x') + "...\"");
+}
+
+}  // namespace
