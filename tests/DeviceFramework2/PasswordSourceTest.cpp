@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <initializer_list>
+
 namespace {
 
 using device_testing::Environment;
@@ -62,7 +64,7 @@ TEST_F(APasswordSource, AFileThatDoesNotKnowTheProjectorLeavesItToTheVariables) 
 TEST_F(APasswordSource, AFileThatOthersCanReadIsRefused) {
     const std::string path = privateFile("* secret\n");
     const Environment file("SM_TEST_PASSWORD_FILE", path);
-    for (const mode_t mode : {0640, 0604, 0620, 0601, 0666}) {
+    for (const mode_t mode : std::initializer_list<mode_t>{0640, 0604, 0620, 0601, 0666}) {
         ::chmod(path.c_str(), mode);
         const std::string message = faultOf([&] { static_cast<void>(source.find(uid)); });
         EXPECT_EQ(message,
