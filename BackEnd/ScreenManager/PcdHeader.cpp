@@ -71,6 +71,10 @@ bool PcdHeader::startsLikeKeyword(std::string_view word) {
 
 void PcdHeader::readLine(std::string_view line) {
     const Words words = PcdText::split(line);
+    if (words.empty() && !line.empty()) {
+        // The reader skips a line without any character but takes one of blanks for the end of the header.
+        fail("a line of blanks", "a line of a PCD header");
+    }
     if (words.empty() || words[0].starts_with('#')) {
         return;
     }

@@ -182,6 +182,8 @@ Screen& ScreenManager::getScreen() {
     return m_screen;
 }
 
+// By value, as the callers' interface has it; nothing reads it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 Screen& ScreenManager::getScreen(StrongId<std::string, ScreenIdTag> /*id*/) {
     return m_screen;
 }

@@ -58,7 +58,7 @@ TEST(PcdHeader, OlderAndShorterHeadersAreRead) {
 }
 
 TEST(PcdHeader, CommentsEmptyLinesTabsAndCarriageReturnsAreAllowed) {
-    EXPECT_EQ(refusal("\r\n# comment\r\n\n  \nFIELDS\tx y  z\r\nPOINTS 1\r\nDATA ascii\r\n"), "accepted");
+    EXPECT_EQ(refusal("\n# comment\r\n\nFIELDS\tx y  z\r\nWIDTH 1\r\nPOINTS 1\r\nDATA ascii\r\n"), "accepted");
 }
 
 TEST(PcdHeader, EveryPrefixIsRefused) {
@@ -66,6 +66,14 @@ TEST(PcdHeader, EveryPrefixIsRefused) {
         EXPECT_NE(refusal(VALID.substr(0, length)), "accepted") << length;
     }
     EXPECT_EQ(refusal(VALID), "accepted");
+}
+
+// Found by the fuzz target: the reader took the blanks for the end of the header and answered a cloud without points.
+TEST(PcdHeader, ALineOfBlanksIsRefusedAndAnEmptyLineIsSkipped) {
+    const std::string expected = "line 2: found \"a line of blanks\", expected a line of a PCD header";
+    EXPECT_EQ(refusal("FIELDS x y z\n \nWIDTH 1\nPOINTS 1\nDATA ascii\n"), expected);
+    EXPECT_EQ(refusal("FIELDS x y z\r\n\r\nWIDTH 1\r\nPOINTS 1\r\nDATA ascii\r\n"), expected);
+    EXPECT_EQ(PcdHeader("FIELDS x y z\n\nWIDTH 1\nPOINTS 1\nDATA ascii\n").points(), 1U);
 }
 
 TEST(PcdHeader, EveryMissingLineThatIsNeededIsNamed) {

@@ -1,11 +1,11 @@
 #include "Configuration/detail/ElementReader.h"
 
 #include "Common/Utf8.h"
+#include "Configuration/UnitConverter.h"
 #include "Configuration/detail/DisplayFormat.h"
 #include "Configuration/detail/NumberText.h"
 #include "Configuration/detail/ValueRules.h"
 #include "Configuration/detail/XmlNode.h"
-#include "Configuration/UnitConverter.h"
 
 #include <cmath>
 #include <numbers>

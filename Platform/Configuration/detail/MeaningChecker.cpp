@@ -1,7 +1,7 @@
 #include "Configuration/detail/MeaningChecker.h"
 
-#include "Configuration/detail/XmlNode.h"
 #include "Configuration/ProjectorConfig.h"
+#include "Configuration/detail/XmlNode.h"
 
 #include <cstddef>
 #include <map>

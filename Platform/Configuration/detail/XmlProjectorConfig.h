@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Configuration/ProjectorConfig.h"
 #include "Configuration/detail/ElementReader.h"
 #include "Configuration/detail/FolderPath.h"
-#include "Configuration/ProjectorConfig.h"
 
 #include <libxml/tree.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Configuration/detail/ElementReader.h"
 #include "Configuration/TargetLocatorConfig.h"
+#include "Configuration/detail/ElementReader.h"
 
 #include <libxml/tree.h>
 

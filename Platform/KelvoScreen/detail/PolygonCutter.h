@@ -26,8 +26,8 @@ public:
     /// Corner numbers of the polygon, 0 is the first.
     using Triangle = std::array<std::uint32_t, 3>;
 
-    /// About two seconds of work; a concave polygon of 20,000 corners stays below it.
-    static constexpr std::size_t DEFAULT_MAX_STEPS = 300'000'000;
+    /// Less than a second of work; a polygon of 10,000 corners, every second one hollow, stays below it.
+    static constexpr std::size_t DEFAULT_MAX_STEPS = 100'000'000;
 
     /// @param maxSteps corner tests for all polygons together
     explicit PolygonCutter(std::size_t maxSteps = DEFAULT_MAX_STEPS) : m_stepsLeft(maxSteps) {}

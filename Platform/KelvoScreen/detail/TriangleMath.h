@@ -18,7 +18,7 @@ using Corners = std::array<Point<double, 3>, 3>;
 
 /// True when the triangle has an area: its height over its longest edge exceeds what the rounding of its own
 /// coordinates can produce. Three points on a line that are not exact in binary leave such a sliver, whose direction is
-/// noise. False when a corner is not finite, and where the arithmetic ends: for extents below 1e-75 or above 1e75 units.
+/// noise. False when a corner is not finite, and where the arithmetic ends: extents below 1e-75 or above 1e75 units.
 [[nodiscard]] bool hasArea(const Corners& corners);
 
 /// The unit normal by the winding; zero for a triangle without area.
