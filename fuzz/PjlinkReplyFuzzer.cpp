@@ -56,6 +56,8 @@ void checkValues(const std::string& value) {
     if (const auto resolution = PjlinkValues::resolution(value)) {
         require((*resolution)[0] > 0 && (*resolution)[1] > 0);
     }
+    require(!PjlinkValues::power(value) || value.size() == 1);
+    require(!PjlinkValues::pictureMute(value) || value.size() == 2);
     if (const auto inputs = PjlinkValues::inputs(value)) {
         require(!inputs->empty());
         for (const std::string& input : *inputs) {

@@ -14,6 +14,22 @@ std::string GetActiveInputSignalIndex::typeName() const {
     return "GetActiveInputSignalIndex";
 }
 
+std::string GetPowerState::typeName() const {
+    return "GetPowerState";
+}
+
+std::string GetPictureMute::typeName() const {
+    return "GetPictureMute";
+}
+
+std::string GetProjectorName::typeName() const {
+    return "GetProjectorName";
+}
+
+std::string GetModel::typeName() const {
+    return "GetModel";
+}
+
 std::string SetActiveInputSignalIndex::typeName() const {
     return "SetActiveInputSignalIndex";
 }

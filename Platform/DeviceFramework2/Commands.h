@@ -49,6 +49,38 @@ public:
     [[nodiscard]] std::string typeName() const override;
 };
 
+/// What the lamp or light source does.
+enum class PowerState {
+    STANDBY,     ///< off: takes hardly any command
+    ON,          ///< shows a picture
+    COOLING,     ///< on its way to standby
+    WARMING_UP,  ///< on its way to on
+};
+
+/// Whether the projector is on.
+class GetPowerState : public GetCommand<PowerState> {
+public:
+    [[nodiscard]] std::string typeName() const override;
+};
+
+/// Whether the picture is muted: true while it is black, whatever the input signal is.
+class GetPictureMute : public GetCommand<bool> {
+public:
+    [[nodiscard]] std::string typeName() const override;
+};
+
+/// The name that the owner gave to the projector, UTF-8; may be empty.
+class GetProjectorName : public GetCommand<std::string> {
+public:
+    [[nodiscard]] std::string typeName() const override;
+};
+
+/// Maker and model, UTF-8, with a blank between them.
+class GetModel : public GetCommand<std::string> {
+public:
+    [[nodiscard]] std::string typeName() const override;
+};
+
 /// Shows another input.
 class SetActiveInputSignalIndex : public Command {
 public:

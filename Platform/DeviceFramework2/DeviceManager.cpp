@@ -122,21 +122,29 @@ DeviceManager::Entry* DeviceManager::findDevice(const AbstractDevice* device) co
     return nullptr;
 }
 
+Device* DeviceManager::connectDevice(const std::wstring& snippet) {
+    return connect(DeviceSnippet::parse(snippet));
+}
+
 Device* DeviceManager::createReal(const std::wstring& text) {
-    DeviceSnippet snippet = DeviceSnippet::parse(text);
-    if (Entry* known = findId(snippet.mac.uid())) {
-        return countAgain(*known, true);
-    }
-    if (snippet.host.empty() && !searchHost(snippet)) {
-        return nullptr;
-    }
-    auto projector = std::make_unique<PJLinkProjector>(snippet, m_settings.pjlink);
+    const DeviceSnippet snippet = DeviceSnippet::parse(text);
     try {
-        projector->contact();
+        return connect(snippet);
     } catch (const DeviceException& fault) {
         VELTRANI_LOG(LOGGER, Warn, L"createDevice: " + fault.message);
         return nullptr;
     }
+}
+
+Device* DeviceManager::connect(DeviceSnippet snippet) {
+    if (Entry* known = findId(snippet.mac.uid())) {
+        return countAgain(*known, true);
+    }
+    if (snippet.host.empty()) {
+        snippet.host = searchHost(snippet.mac);
+    }
+    auto projector = std::make_unique<PJLinkProjector>(snippet, m_settings.pjlink);
+    projector->contact();
     return add(std::move(projector), true);
 }
 
@@ -164,18 +172,15 @@ Device* DeviceManager::add(std::unique_ptr<Device> device, bool realDevice) {
     return m_entries.back()->device.get();
 }
 
-/// Completes a snippet without a host; false when the projector is not found, which is logged.
-bool DeviceManager::searchHost(DeviceSnippet& snippet) const {
-    const auto isWanted = [&](const PjlinkSearch::Answer& answer) { return answer.mac == snippet.mac; };
+std::string DeviceManager::searchHost(const MacAddress& mac) const {
+    const auto isWanted = [&](const PjlinkSearch::Answer& answer) { return answer.mac == mac; };
     const auto answers = PjlinkSearch(m_settings.search).run(isWanted);
     if (answers.empty() || !isWanted(answers.back())) {
-        VELTRANI_LOG(LOGGER, Warn,
-                     L"createDevice: PJLink projector " + snippet.mac.uid() + L" did not answer the search (" +
-                         std::to_wstring(answers.size()) + L" others did)");
-        return false;
+        throw DeviceException(__FILE__, __LINE__,
+                              L"PJLink projector " + mac.uid() + L" did not answer the search (" +
+                                  std::to_wstring(answers.size()) + L" others did)");
     }
-    snippet.host = answers.back().host;
-    return true;
+    return answers.back().host;
 }
 
 /// An identity for a virtual projector whose entry never had a device.

@@ -34,6 +34,8 @@ public:
     explicit DeviceManager(Settings settings);
     ~DeviceManager() override;
 
+    [[nodiscard]] const Settings& settings() const { return m_settings; }
+
     /// By the UID under which it was created, or by the id that it was bound to.
     AbstractDevice* getDevice(const std::wstring& configurationId) override;
 
@@ -41,6 +43,9 @@ public:
     /// it is not of the kind that was asked for. Throws `DeviceException` for a broken snippet and for a type that
     /// does not exist or contradicts `realDevice` or the snippet.
     Device* createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) override;
+
+    /// As `createDevice` for a real device, but says in a `DeviceException` why it does not answer, and logs nothing.
+    Device* connectDevice(const std::wstring& snippet);
 
     /// A device that is none of this manager's is left alone, with a warning.
     void releaseDevice(AbstractDevice* device) override;
@@ -62,7 +67,8 @@ private:
     Device* createVirtual(const std::wstring& text);
     Device* countAgain(Entry& entry, bool realDevice);
     Device* add(std::unique_ptr<Device> device, bool realDevice);
-    bool searchHost(DeviceSnippet& snippet) const;
+    Device* connect(DeviceSnippet snippet);
+    [[nodiscard]] std::string searchHost(const MacAddress& mac) const;
     std::wstring freshUid();
 
     Settings m_settings;

@@ -110,6 +110,10 @@ const std::vector<PJLinkProjector::Action>& PJLinkProjector::actions() {
     static const std::vector<Action> ACTIONS{Action::sent<GetFirmware, &PJLinkProjector::readFirmware>(2),
                                              Action::sent<GetNativeResolution, &PJLinkProjector::readResolution>(2),
                                              Action::sent<GetActiveInputSignalIndex, &PJLinkProjector::readInput>(1),
+                                             Action::sent<GetPowerState, &PJLinkProjector::readPower>(1),
+                                             Action::sent<GetPictureMute, &PJLinkProjector::readMute>(1),
+                                             Action::sent<GetProjectorName, &PJLinkProjector::readName>(1),
+                                             Action::sent<GetModel, &PJLinkProjector::readModel>(1),
                                              Action::sent<SetActiveInputSignalIndex, &PJLinkProjector::setInput>(1),
                                              Action::sent<Drawing::RunFillBlackTo, &PJLinkProjector::closeShutter>(1),
                                              Action::sent<Drawing::RunClearTo, &PJLinkProjector::openShutter>(1),
@@ -218,6 +222,28 @@ void PJLinkProjector::readResolution(PjlinkSession& session, GetNativeResolution
     const PjlinkRequest request{'2', "RRES", QUESTION};
     const std::string value = askValue(session, request);
     command.setResult(understood(PjlinkValues::resolution(value), request, value));
+}
+
+void PJLinkProjector::readPower(PjlinkSession& session, GetPowerState& command) {
+    const PjlinkRequest request{'1', "POWR", QUESTION};
+    const std::string value = askValue(session, request);
+    command.setResult(understood(PjlinkValues::power(value), request, value));
+}
+
+void PJLinkProjector::readMute(PjlinkSession& session, GetPictureMute& command) {
+    const PjlinkRequest request{'1', "AVMT", QUESTION};
+    const std::string value = askValue(session, request);
+    command.setResult(understood(PjlinkValues::pictureMute(value), request, value));
+}
+
+void PJLinkProjector::readName(PjlinkSession& session, GetProjectorName& command) {
+    command.setResult(toUtf8(readable(askValue(session, {'1', "NAME", QUESTION}))));
+}
+
+void PJLinkProjector::readModel(PjlinkSession& session, GetModel& command) {
+    const std::string maker = toUtf8(readable(askValue(session, {'1', "INF1", QUESTION})));
+    const std::string model = toUtf8(readable(askValue(session, {'1', "INF2", QUESTION})));
+    command.setResult(maker.empty() || model.empty() ? maker + model : maker + ' ' + model);
 }
 
 std::vector<std::string> PJLinkProjector::readInputs(PjlinkSession& session) {

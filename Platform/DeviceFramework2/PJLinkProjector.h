@@ -21,6 +21,10 @@ class PjlinkSession;
 /// | `RunClearTo` | `AVMT 10`, or `AVMT 30` |
 /// | `GetActiveInputSignalIndex` | the position of `INPT ?` in `INST ?` |
 /// | `SetActiveInputSignalIndex` | `INPT` with that entry of `INST ?` |
+/// | `GetPowerState` | `POWR ?` |
+/// | `GetPictureMute` | `AVMT ?` |
+/// | `GetProjectorName` | `NAME ?` |
+/// | `GetModel` | `INF1 ?`, `INF2 ?` |
 /// | `GetNativeResolution` (class 2) | `RRES ?` |
 /// | `GetFirmware` (class 2) | `SVER ?` |
 /// | `RunFill50GrayTo` | nothing: not in the standard, throws |
@@ -64,6 +68,10 @@ private:
     void readFirmware(PjlinkSession& session, GetFirmware& command);
     void readResolution(PjlinkSession& session, GetNativeResolution& command);
     void readInput(PjlinkSession& session, GetActiveInputSignalIndex& command);
+    void readPower(PjlinkSession& session, GetPowerState& command);
+    void readMute(PjlinkSession& session, GetPictureMute& command);
+    void readName(PjlinkSession& session, GetProjectorName& command);
+    void readModel(PjlinkSession& session, GetModel& command);
     void setInput(PjlinkSession& session, SetActiveInputSignalIndex& command);
     void closeShutter(PjlinkSession& session, Device::Drawing::RunFillBlackTo& command);
     void openShutter(PjlinkSession& session, Device::Drawing::RunClearTo& command);

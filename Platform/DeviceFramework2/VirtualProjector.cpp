@@ -8,6 +8,8 @@ namespace Veltrani::DeviceFramework2 {
 
 namespace {
 
+constexpr const char* SIMULATED = "simulated (virtual projector)";
+
 template <class... Kinds>
 bool isOneOf(const Command& command) {
     return ((dynamic_cast<const Kinds*>(&command) != nullptr) || ...);
@@ -19,10 +21,10 @@ VirtualProjector::VirtualProjector(const VirtualProjectorSnippet& snippet, const
     : m_snippet(snippet), m_uid(uid), m_place(uid), m_input(snippet.input) {}
 
 bool VirtualProjector::supports(const Command& command) const {
-    return isOneOf<GetFirmware, GetNativeResolution, GetActiveInputSignalIndex, SetActiveInputSignalIndex,
-                   Drawing::RunFillBlackTo, Drawing::RunFill50GrayTo, Drawing::RunClearTo,
-                   Geometry::DisableWhiteLevelWarp, Geometry::DisableWhiteLevelBlend, Geometry::DisableBlackLevelBlend>(
-        command);
+    return isOneOf<GetFirmware, GetNativeResolution, GetActiveInputSignalIndex, GetPowerState, GetPictureMute,
+                   GetProjectorName, GetModel, SetActiveInputSignalIndex, Drawing::RunFillBlackTo,
+                   Drawing::RunFill50GrayTo, Drawing::RunClearTo, Geometry::DisableWhiteLevelWarp,
+                   Geometry::DisableWhiteLevelBlend, Geometry::DisableBlackLevelBlend>(command);
 }
 
 void VirtualProjector::execute(const std::shared_ptr<Command>& command) {
@@ -77,11 +79,21 @@ std::optional<int> VirtualProjector::parameterOf(const Command& command) {
 
 void VirtualProjector::answer(Command& command) {
     if (auto* firmware = dynamic_cast<GetFirmware*>(&command)) {
-        firmware->setResult("simulated (virtual projector)");
+        firmware->setResult(SIMULATED);
     } else if (auto* resolution = dynamic_cast<GetNativeResolution*>(&command)) {
         resolution->setResult({m_snippet.width, m_snippet.height});
     } else if (auto* input = dynamic_cast<GetActiveInputSignalIndex*>(&command)) {
         input->setResult(m_input);
+    } else if (auto* power = dynamic_cast<GetPowerState*>(&command)) {
+        power->setResult(PowerState::ON);
+    } else if (auto* mute = dynamic_cast<GetPictureMute*>(&command)) {
+        mute->setResult(m_black);
+    } else if (auto* name = dynamic_cast<GetProjectorName*>(&command)) {
+        name->setResult(toUtf8(m_place.getDescription()));
+    } else if (auto* model = dynamic_cast<GetModel*>(&command)) {
+        model->setResult(SIMULATED);
+    } else if (isOneOf<Drawing::RunFillBlackTo, Drawing::RunFill50GrayTo, Drawing::RunClearTo>(command)) {
+        m_black = isOneOf<Drawing::RunFillBlackTo>(command);
     } else if (const auto* selected = dynamic_cast<const SetActiveInputSignalIndex*>(&command)) {
         m_input = selected->getIndex();
     }

@@ -64,6 +64,7 @@ private:
     std::wstring m_uid;
     Place m_place;
     int m_input;
+    bool m_black = false;
     std::deque<SentCommand> m_sent;
 };
 

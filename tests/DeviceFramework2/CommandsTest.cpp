@@ -32,6 +32,10 @@ TEST(Commands, AMissingResultNamesTheCommand) {
 TEST(Commands, ResultsHaveTheTypesThatCallersRelyOn) {
     static_assert(std::is_same_v<decltype(GetFirmware().getResult()), const std::string&>);
     static_assert(std::is_same_v<decltype(GetNativeResolution().getResult()), const Point<int, 2>&>);
+    static_assert(std::is_same_v<decltype(GetPowerState().getResult()), const PowerState&>);
+    static_assert(std::is_same_v<decltype(GetPictureMute().getResult()), const bool&>);
+    static_assert(std::is_same_v<decltype(GetProjectorName().getResult()), const std::string&>);
+    static_assert(std::is_same_v<decltype(GetModel().getResult()), const std::string&>);
     GetNativeResolution resolution;
     resolution.setResult({1920, 1200});
     EXPECT_EQ(resolution.getResult(), (Point<int, 2>{1920, 1200}));
@@ -45,6 +49,10 @@ TEST(Commands, ParametersArePassedThroughUnchanged) {
 }
 
 TEST(Commands, EveryCommandHasItsOwnName) {
+    EXPECT_EQ(GetPowerState().typeName(), "GetPowerState");
+    EXPECT_EQ(GetPictureMute().typeName(), "GetPictureMute");
+    EXPECT_EQ(GetProjectorName().typeName(), "GetProjectorName");
+    EXPECT_EQ(GetModel().typeName(), "GetModel");
     EXPECT_EQ(SetActiveInputSignalIndex(0).typeName(), "SetActiveInputSignalIndex");
     EXPECT_EQ(Device::Drawing::RunFillBlackTo(5).typeName(), "RunFillBlackTo");
     EXPECT_EQ(Device::Drawing::RunFill50GrayTo(5).typeName(), "RunFill50GrayTo");

@@ -212,6 +212,25 @@ TEST_F(ADeviceManager, AProjectorThatTheSearchDoesNotFindIsNull) {
         ElementsAre("WARN createDevice: PJLink projector 020000000099 did not answer the search (3 others did)"));
 }
 
+TEST_F(ADeviceManager, TellsWhyAProjectorThatMustAnswerDoesNotAndLogsNothing) {
+    LogTrap trap;
+    const std::string port = [] { return std::to_string(PjlinkSimulator().port()); }();
+    EXPECT_EQ(faultOf([&] { manager.connectDevice(snippetText(std::stoi(port))); }),
+              "PJLink projector 020000000001 at 127.0.0.1:" + port + ", first contact: Connection refused");
+    EXPECT_THAT(faultOf([&] { manager.connectDevice(L"<Device type='PJLink'/>"); }),
+                HasSubstr("the attribute mac is missing"));
+    EXPECT_EQ(manager.deviceCount(), 0U);
+    EXPECT_THAT(trap.messages(), IsEmpty());
+}
+
+TEST_F(ADeviceManager, ADeviceThatWasConnectedIsCountedLikeACreatedOne) {
+    const PjlinkSimulator simulator;
+    Device* device = manager.connectDevice(snippetText(simulator.port()));
+    EXPECT_EQ(manager.createDevice(snippetText(simulator.port()), true, L""), device);
+    EXPECT_EQ(manager.useCount(device), 2);
+    EXPECT_EQ(simulator.lines().size(), 1U) << "asked once";
+}
+
 TEST(DeviceManagerInstance, OpensNoSocketAndIsOnePerProcess) {
     const auto before = openDescriptors();
     IDeviceManager* instance = DeviceManager::getInstance();

@@ -145,12 +145,47 @@ TEST(PJLinkProjector, FirmwareTextIsMadeReadable) {
     EXPECT_EQ(pair->send<GetFirmware>()->getResult(), "v\xc3\xbf  B\xc3\x83\xc2\xbchne") << "UTF-8 whatever was sent";
 }
 
+TEST(PJLinkProjector, PowerAndMuteAreAsked) {
+    const auto pair = Pair::contacted();
+    EXPECT_EQ(pair->send<GetPowerState>()->getResult(), PowerState::ON);
+    EXPECT_FALSE(pair->send<GetPictureMute>()->getResult());
+    pair->send<Device::Drawing::RunFillBlackTo>(5);
+    EXPECT_TRUE(pair->send<GetPictureMute>()->getResult());
+    EXPECT_THAT(pair->lines(), ElementsAre("%1POWR ?", "%1AVMT ?", "%1AVMT 11", "%1AVMT ?"));
+    EXPECT_EQ(Pair::contacted({"--power", "3"})->send<GetPowerState>()->getResult(), PowerState::WARMING_UP);
+}
+
+TEST(PJLinkProjector, NameAndModelAreAskedInClass1) {
+    const auto pair = Pair::contacted({"--class", "1", "--answer", "NAME=B\xc3\xbchne\x1b[2J"});
+    EXPECT_EQ(pair->send<GetProjectorName>()->getResult(), "B\xc3\xbchne [2J") << "safe for a terminal";
+    EXPECT_EQ(pair->send<GetModel>()->getResult(), "Loopback SIM-1");
+    EXPECT_THAT(pair->lines(), ElementsAre("%1NAME ?", "%1INF1 ?", "%1INF2 ?"));
+}
+
+TEST(PJLinkProjector, AnEmptyNameOrMakerIsNoFault) {
+    const auto pair = Pair::contacted({"--answer", "NAME=", "--answer", "INF1="});
+    EXPECT_EQ(pair->send<GetProjectorName>()->getResult(), "");
+    EXPECT_EQ(pair->send<GetModel>()->getResult(), "SIM-2");
+}
+
+TEST(PJLinkProjector, AnUnknownPowerOrMuteIsAFault) {
+    const auto pair = Pair::contacted({"--answer", "POWR=9", "--answer", "AVMT=41"});
+    EXPECT_EQ(pair->faultOfSending<GetPowerState>(),
+              pair->name() + ", command GetPowerState: POWR ?: its answer \"9\" cannot be understood");
+    EXPECT_EQ(pair->faultOfSending<GetPictureMute>(),
+              pair->name() + ", command GetPictureMute: AVMT ?: its answer \"41\" cannot be understood");
+}
+
 TEST(PJLinkProjector, SupportsWhatTheStandardHas) {
     const auto pair = Pair::contacted();
     EXPECT_TRUE(pair->projector.supports(Device::Drawing::RunFillBlackTo(5)));
     EXPECT_TRUE(pair->projector.supports(Device::Drawing::RunClearTo(2)));
     EXPECT_TRUE(pair->projector.supports(GetActiveInputSignalIndex()));
     EXPECT_TRUE(pair->projector.supports(SetActiveInputSignalIndex(0)));
+    EXPECT_TRUE(pair->projector.supports(GetPowerState()));
+    EXPECT_TRUE(pair->projector.supports(GetPictureMute()));
+    EXPECT_TRUE(pair->projector.supports(GetProjectorName()));
+    EXPECT_TRUE(pair->projector.supports(GetModel()));
     EXPECT_FALSE(pair->projector.supports(Device::Drawing::RunFill50GrayTo(5)));
     EXPECT_FALSE(pair->projector.supports(Device::Geometry::DisableWhiteLevelWarp()));
     EXPECT_FALSE(pair->projector.supports(Device::Geometry::DisableWhiteLevelBlend()));

@@ -31,6 +31,28 @@ TEST(PjlinkValues, AResolutionIsTwoPositiveNumbers) {
     }
 }
 
+TEST(PjlinkValues, ThePowerIsOneOfFourDigits) {
+    EXPECT_EQ(PjlinkValues::power("0"), PowerState::STANDBY);
+    EXPECT_EQ(PjlinkValues::power("1"), PowerState::ON);
+    EXPECT_EQ(PjlinkValues::power("2"), PowerState::COOLING);
+    EXPECT_EQ(PjlinkValues::power("3"), PowerState::WARMING_UP);
+    for (const char* value : {"", "4", "-1", "01", "1 ", "on"}) {
+        EXPECT_EQ(PjlinkValues::power(value), std::nullopt) << value;
+    }
+}
+
+TEST(PjlinkValues, OnlyThePictureCountsAsMuted) {
+    for (const char* value : {"11", "31"}) {
+        EXPECT_EQ(PjlinkValues::pictureMute(value), true) << value;
+    }
+    for (const char* value : {"10", "20", "21", "30"}) {
+        EXPECT_EQ(PjlinkValues::pictureMute(value), false) << value;
+    }
+    for (const char* value : {"", "1", "12", "41", "111", "1 1"}) {
+        EXPECT_EQ(PjlinkValues::pictureMute(value), std::nullopt) << value;
+    }
+}
+
 TEST(PjlinkValues, AnInputIsAKindAndANumber) {
     EXPECT_EQ(PjlinkValues::input("11"), "11");
     EXPECT_EQ(PjlinkValues::input("69"), "69");

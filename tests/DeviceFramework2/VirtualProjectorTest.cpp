@@ -41,6 +41,8 @@ TEST_F(AVirtualProjector, IsMarkedAsSimulated) {
     ASSERT_NE(projector.getLocation(), nullptr);
     EXPECT_EQ(projector.getLocation()->getDescription(), L"Virtual projector 020000000001");
     EXPECT_EQ(send<GetFirmware>()->getResult(), "simulated (virtual projector)");
+    EXPECT_EQ(send<GetProjectorName>()->getResult(), "Virtual projector 020000000001");
+    EXPECT_EQ(send<GetModel>()->getResult(), "simulated (virtual projector)");
     EXPECT_EQ(projector.getTypeCode(), 0);
 }
 
@@ -49,6 +51,18 @@ TEST_F(AVirtualProjector, AnswersResolutionAndInputsFromItsSnippet) {
     EXPECT_EQ(send<GetActiveInputSignalIndex>()->getResult(), 1);
     send<SetActiveInputSignalIndex>(4);
     EXPECT_EQ(send<GetActiveInputSignalIndex>()->getResult(), 4);
+}
+
+TEST_F(AVirtualProjector, IsAlwaysOnAndBlackWhenItWasToldSo) {
+    EXPECT_EQ(send<GetPowerState>()->getResult(), PowerState::ON);
+    EXPECT_FALSE(send<GetPictureMute>()->getResult());
+    send<Device::Drawing::RunFillBlackTo>(5);
+    EXPECT_TRUE(send<GetPictureMute>()->getResult());
+    send<Device::Drawing::RunFill50GrayTo>(5);
+    EXPECT_FALSE(send<GetPictureMute>()->getResult());
+    send<Device::Drawing::RunFillBlackTo>(5);
+    send<Device::Drawing::RunClearTo>(2);
+    EXPECT_FALSE(send<GetPictureMute>()->getResult());
 }
 
 TEST_F(AVirtualProjector, RemembersWhatItWasSent) {
@@ -80,6 +94,10 @@ TEST_F(AVirtualProjector, SupportsEveryCommandOfTheFramework) {
     EXPECT_TRUE(projector.supports(GetNativeResolution()));
     EXPECT_TRUE(projector.supports(GetActiveInputSignalIndex()));
     EXPECT_TRUE(projector.supports(SetActiveInputSignalIndex(0)));
+    EXPECT_TRUE(projector.supports(GetPowerState()));
+    EXPECT_TRUE(projector.supports(GetPictureMute()));
+    EXPECT_TRUE(projector.supports(GetProjectorName()));
+    EXPECT_TRUE(projector.supports(GetModel()));
     EXPECT_TRUE(projector.supports(Device::Drawing::RunFillBlackTo(5)));
     EXPECT_TRUE(projector.supports(Device::Drawing::RunFill50GrayTo(5)));
     EXPECT_TRUE(projector.supports(Device::Drawing::RunClearTo(2)));

@@ -31,6 +31,32 @@ std::optional<Point<int, 2>> PjlinkValues::resolution(std::string_view value) {
     return Point<int, 2>{*width, *height};
 }
 
+std::optional<PowerState> PjlinkValues::power(std::string_view value) {
+    if (value == "0") {
+        return PowerState::STANDBY;
+    }
+    if (value == "1") {
+        return PowerState::ON;
+    }
+    if (value == "2") {
+        return PowerState::COOLING;
+    }
+    if (value == "3") {
+        return PowerState::WARMING_UP;
+    }
+    return std::nullopt;
+}
+
+std::optional<bool> PjlinkValues::pictureMute(std::string_view value) {
+    if (value == "11" || value == "31") {
+        return true;
+    }
+    if (value == "10" || value == "20" || value == "21" || value == "30") {
+        return false;
+    }
+    return std::nullopt;
+}
+
 std::optional<std::string> PjlinkValues::input(std::string_view value) {
     const std::string text = capitals(value);
     if (text.size() != 2 || text[0] < '1' || text[0] > '6') {

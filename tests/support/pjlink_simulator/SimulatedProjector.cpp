@@ -66,6 +66,15 @@ std::string SimulatedProjector::valueFor(char commandClass, const std::string& b
     if (body == "POWR") {
         return std::to_string(m_power);
     }
+    if (body == "NAME") {
+        return "Simulator";
+    }
+    if (body == "INF1") {
+        return "Loopback";
+    }
+    if (body == "INF2") {
+        return "SIM-" + std::to_string(m_options.commandClass);
+    }
     if (body != "AVMT" && body != "INPT" && body != "INST") {
         return "ERR1";
     }

@@ -42,6 +42,7 @@ void setAnswer(SimulatorOptions& options, const std::string& value) {
 const std::vector<Option>& allOptions() {
     static const std::vector<Option> OPTIONS{
         number("projectors", &SimulatorOptions::projectors, "how many, each with a port of its own"),
+        number("port", &SimulatorOptions::port, "port of the first projector and of the search; the others follow"),
         number("class", &SimulatorOptions::commandClass, "1 or 2"),
         number("power", &SimulatorOptions::power, "0 standby, 1 on, 2 cooling, 3 warming up"),
         text("seed", &SimulatorOptions::seed, "seed of the login that is wanted"),
@@ -56,6 +57,8 @@ const std::vector<Option>& allOptions() {
         number("flood", &SimulatorOptions::flood, "bytes of lines that follow the greeting"),
         number("endless", &SimulatorOptions::endless, "bytes without a line end in place of each answer"),
         text("raw-answer", &SimulatorOptions::rawAnswer, "line in place of each answer"),
+        number("die-after", &SimulatorOptions::dieAfter, "commands after which the program ends"),
+        text("mac", &SimulatorOptions::mac, "MAC address that answers each search request, alone"),
         number("search-answers", &SimulatorOptions::searchAnswers, "answers to each search request"),
         flag("search-noise", &SimulatorOptions::searchNoise, "yes: duplicates and junk among them"),
         text("journal", &SimulatorOptions::journal, "file that receives one line per event"),

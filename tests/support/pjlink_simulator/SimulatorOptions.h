@@ -12,6 +12,7 @@ struct SimulatorOptions {
     static std::string usage();
 
     int projectors = 1;    ///< each has a port of its own
+    int port = 0;          ///< of the first projector and of the search, the others follow; 0: any free ones
     int commandClass = 2;  ///< 1 or 2
     int power = 1;         ///< 0 standby, 1 on, 2 cooling, 3 warming up
     std::string seed;      ///< wants a login when not empty
@@ -26,6 +27,8 @@ struct SimulatorOptions {
     int flood = 0;             ///< bytes of lines that follow the greeting unasked
     int endless = 0;           ///< bytes without a line end in place of each answer
     std::string rawAnswer;     ///< line in place of each answer; empty: the usual one
+    int dieAfter = -1;         ///< commands after which, once answered, the program ends; -1 never
+    std::string mac;           ///< MAC address that answers each search request, alone
     int searchAnswers = 0;     ///< answers to each search request, each with a MAC address of its own
     bool searchNoise = false;  ///< duplicates and junk among them
     std::string journal;       ///< file that receives one line per event

@@ -25,12 +25,26 @@ sockaddr_in loopback(int port) {
     return address;
 }
 
-/// A socket on a free port.
-int boundSocket(int kind) {
+/// A socket on a port, or on a free one for 0; -1 when the port is in use.
+int tryToBind(int kind, int port) {
     const int descriptor = ::socket(AF_INET, kind | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    const sockaddr_in address = loopback(0);
+    const sockaddr_in address = loopback(port);
+    const int on = 1;
+    // A port that was served a moment ago can be served again.
+    if (kind == SOCK_STREAM) {
+        ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    }
     if (descriptor < 0 || ::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        throw std::runtime_error("no socket on 127.0.0.1");
+        ::close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
+
+int boundSocket(int kind, int port) {
+    const int descriptor = tryToBind(kind, port);
+    if (descriptor < 0) {
+        throw std::runtime_error("no socket on 127.0.0.1:" + std::to_string(port));
     }
     return descriptor;
 }
@@ -55,12 +69,27 @@ SimulatorServer::SimulatorServer(const SimulatorOptions& options) : m_options(op
         m_journal.open(options.journal, std::ios::app);
     }
     for (int i = 0; i < options.projectors; ++i) {
-        m_listeners.push_back({boundSocket(SOCK_STREAM), std::make_unique<SimulatedProjector>(options)});
+        const int listener = i == 0 ? bindFirst() : boundSocket(SOCK_STREAM, options.port == 0 ? 0 : options.port + i);
+        m_listeners.push_back({listener, std::make_unique<SimulatedProjector>(options)});
         if (::listen(m_listeners.back().descriptor, BACKLOG) != 0) {
             throw std::runtime_error("cannot listen");
         }
     }
-    m_search = boundSocket(SOCK_DGRAM);
+}
+
+/// Control and search share one port number, as with a real projector. A free one of one kind may be taken in the
+/// other.
+int SimulatorServer::bindFirst() {
+    constexpr int ATTEMPTS = 20;
+    for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
+        const int listener = boundSocket(SOCK_STREAM, m_options.port);
+        m_search = tryToBind(SOCK_DGRAM, portOf(listener));
+        if (m_search >= 0) {
+            return listener;
+        }
+        ::close(listener);
+    }
+    throw std::runtime_error("no port on 127.0.0.1 for control and search");
 }
 
 SimulatorServer::~SimulatorServer() {
@@ -118,6 +147,9 @@ void SimulatorServer::run(std::chrono::seconds longest) {
             answerSearch();
         }
         m_connections.remove_if([](const Connection& connection) { return connection.closed; });
+        if (m_options.dieAfter >= 0 && m_commands >= m_options.dieAfter && m_connections.empty()) {
+            return;
+        }
     }
 }
 
@@ -184,6 +216,7 @@ void SimulatorServer::take(Connection& connection, const std::string& line) {
     }
     const auto answer = m_listeners[connection.projector].projector->answer(line, connection.commands == 0);
     ++connection.commands;
+    ++m_commands;
     const bool last = answer.close || connection.commands == m_options.closeAfter;
     if (m_options.endless > 0) {
         queue(connection, std::string(static_cast<std::size_t>(m_options.endless), 'x'));
@@ -256,6 +289,9 @@ void SimulatorServer::answerSearch() {
     const auto answer = [&](const std::string& text) {
         ::sendto(m_search, text.data(), text.size(), 0, reinterpret_cast<const sockaddr*>(&sender), size);
     };
+    if (!m_options.mac.empty()) {
+        answer("%2ACKN=" + m_options.mac + "\r");
+    }
     for (int i = 1; i <= m_options.searchAnswers; ++i) {
         answer("%2ACKN=" + macOf(i) + "\r");
         if (m_options.searchNoise) {

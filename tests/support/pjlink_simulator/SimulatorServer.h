@@ -50,6 +50,7 @@ private:
         int open = 0;
     };
 
+    int bindFirst();
     void note(const std::string& event);
     void accept(std::size_t projector);
     void read(Connection& connection);
@@ -64,5 +65,6 @@ private:
     std::ofstream m_journal;
     std::vector<Listener> m_listeners;
     int m_search = -1;
+    int m_commands = 0;
     std::list<Connection> m_connections;
 };
