@@ -4,12 +4,12 @@
 
 #include <log4cxx/logger.h>
 
-#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+class ProjectorBinding;
 class XMLConfigManager;
 
 /// The channels of the display, in display order, kept in step with the configuration and with the devices.
@@ -32,8 +32,7 @@ public:
     /// Releases the device of every channel, in order. What a device manager throws is logged.
     ~ChannelManager() override;
 
-    /// The pond-of-mirror size that suits a projector (`ProjectorConfig::setPondOfMirror`), by its model and, for some
-    /// models, by its native resolution, which is asked for whenever the device can tell it.
+    /// The pond-of-mirror size that suits a projector (see `DeviceEntry`); the usual one for null.
     static int getPondOfMirrorSizeForChannel(Veltrani::DeviceFramework2::Device* device);
 
     /// Replaces the device manager by one that knows the device of every channel. Throws `VeltraniException` for null
@@ -76,6 +75,21 @@ private:
 
     /// The base, or the first of base_01, base_02, ... that no channel is called.
     [[nodiscard]] std::wstring generateUniqueChannelName(const std::wstring& base) const;
+
+    /// Throws the logic error for an index that is out of bounds.
+    [[nodiscard]] Channel& channelAt(int index) const;
+    [[nodiscard]] int indexOfChannelId(const Channel::Id& channelId) const;
+    [[nodiscard]] int indexOfProjectorId(const Channel::ProjectorId& projectorId) const;
+    /// The configuration's entry; null when there is none.
+    [[nodiscard]] ProjectorConfig* entryOf(const std::wstring& projectorConfigId) const;
+    /// The device manager's device; null when there is none.
+    [[nodiscard]] Veltrani::DeviceFramework2::AbstractDevice* deviceOf(const std::wstring& projectorConfigId) const;
+    void releaseDevice(Veltrani::DeviceFramework2::AbstractDevice* device) const;
+
+    void initializeChannel(const std::wstring& id, const ProjectorBinding& binding);
+    [[nodiscard]] bool isAtThePlaceOfAChannel(const Veltrani::DeviceFramework2::Device& device);
+    static void logUnreleased(const Channel& channel) noexcept;
+    void appendChannel(ProjectorConfig& entry, const std::wstring& projectorConfigId);
 
     std::vector<std::shared_ptr<Channel>> m_channels;
     XMLConfigManager* m_config;

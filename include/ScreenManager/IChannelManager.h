@@ -41,6 +41,11 @@ public:
         Clear = 2    ///< their input
     };
 
+    IChannelManager() = default;
+    IChannelManager(const IChannelManager&) = default;
+    IChannelManager& operator=(const IChannelManager&) = default;
+    ~IChannelManager() override;
+
     [[nodiscard]] virtual int getNumberOfChannels() const = 0;
     [[nodiscard]] virtual bool isChannelIndexInBounds(int index) const = 0;
     /// Throws `VeltraniException` when there is no such channel.
