@@ -58,3 +58,7 @@ void ConsoleLog::install(const log4cxx::LevelPtr& threshold) {
     root->addAppender(std::make_shared<StandardErrorAppender>());
     root->setLevel(threshold);
 }
+
+void ConsoleLog::showOnlyFatal(const std::wstring& logger) {
+    Logger::getLogger(logger)->setLevel(Level::getFatal());
+}

@@ -2,6 +2,8 @@
 
 #include <log4cxx/level.h>
 
+#include <string>
+
 /// Puts the log records of the process on standard error, one line each: "warning: Loading screen geometry failed:
 /// ...". Always UTF-8, whatever the locale is.
 class ConsoleLog {
@@ -10,4 +12,6 @@ public:
 
     /// Shows records at this level and above. Replaces what was installed before.
     static void install(const log4cxx::LevelPtr& threshold);
+    /// Hides what one logger says, unless it is fatal.
+    static void showOnlyFatal(const std::wstring& logger);
 };

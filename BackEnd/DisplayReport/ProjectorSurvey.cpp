@@ -1,7 +1,7 @@
 #include "DisplayReport/ProjectorSurvey.h"
 
-#include "Common/RunCatch.h"
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DeviceFramework2/Commands.h"
@@ -10,7 +10,6 @@
 #include "DeviceFramework2/DeviceSnippet.h"
 #include "DisplayReport/TextTable.h"
 
-#include <exception>
 #include <memory>
 #include <utility>
 
@@ -25,7 +24,7 @@ constexpr const wchar_t* REMEDY =
 
 [[noreturn]] void fail(const Device& device, const std::wstring& reason) {
     const Location* place = device.getLocation();
-    const std::wstring where = place == nullptr ? L"" : L" at " + place->getDescription();
+    const std::wstring where = place == nullptr ? L"" : L" (" + place->getDescription() + L")";
     throw DeviceException(__FILE__, __LINE__, L"projector " + device.getUID() + where + L" " + reason);
 }
 
@@ -106,8 +105,8 @@ ProjectorFinding ProjectorSurvey::ask(const std::wstring& id, const ProjectorCon
         requireSnippet(finding.snippet);
         finding.device = connect(finding.snippet, manager);
         requireNeed(*finding.device);
-    } catch (...) {
-        finding.fault = printable(RunCatch::describe(std::current_exception()));
+    } catch (const VeltraniExceptionBase& fault) {
+        finding.fault = printable(toUtf8(fault.message));
         manager.releaseDevice(finding.device);
         finding.device = nullptr;
     }

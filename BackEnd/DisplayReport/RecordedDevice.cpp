@@ -12,11 +12,11 @@ void RecordedDevice::execute(const std::shared_ptr<Command>& command) {
     try {
         m_device.execute(command);
     } catch (...) {
-        m_records.push_back({getUID(), command ? command->typeName() : std::string(), true});
+        m_recorder({getUID(), command ? command->typeName() : std::string(), true});
         throw;
     }
     if (m_device.supports(*command)) {
-        m_records.push_back({getUID(), command->typeName(), false});
+        m_recorder({getUID(), command->typeName(), false});
     }
 }
 

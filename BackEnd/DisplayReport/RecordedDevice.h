@@ -3,6 +3,9 @@
 #include "DeviceFramework2/Device.h"
 #include "DisplayReport/CommandRecord.h"
 
+#include <functional>
+#include <utility>
+
 namespace Veltrani::DisplayReport {
 
 /// Stands before a device and notes what it is sent; everything is passed through unchanged.
@@ -10,9 +13,12 @@ namespace Veltrani::DisplayReport {
 /// A command that the device takes without supporting it is not noted: nothing reaches the projector then.
 class RecordedDevice : public DeviceFramework2::Device {
 public:
+    using Recorder = std::function<void(const CommandRecord&)>;
+
     /// @param device not owned; must outlive this
-    /// @param records receives the commands; must outlive this
-    RecordedDevice(DeviceFramework2::Device& device, CommandRecords& records) : m_device(device), m_records(records) {}
+    /// @param recorder told of each command once it is over
+    RecordedDevice(DeviceFramework2::Device& device, Recorder recorder)
+        : m_device(device), m_recorder(std::move(recorder)) {}
 
     [[nodiscard]] bool supports(const DeviceFramework2::Command& command) const override;
     void execute(const std::shared_ptr<DeviceFramework2::Command>& command) override;
@@ -27,7 +33,7 @@ public:
 
 private:
     DeviceFramework2::Device& m_device;
-    CommandRecords& m_records;
+    Recorder m_recorder;
 };
 
 }  // namespace Veltrani::DisplayReport

@@ -13,6 +13,10 @@ namespace Veltrani::DeviceFramework2 {
 struct PjlinkSearchSettings {
     static constexpr int STANDARD_PORT = 4352;
 
+    /// The own port that answers come to: projectors answer to the standard port, whoever asks. Who serves another port
+    /// is a simulator or stands behind a forwarder, and answers to where the question came from: any free port does.
+    [[nodiscard]] static int ownPortFor(int targetPort) { return targetPort == STANDARD_PORT ? STANDARD_PORT : 0; }
+
     /// Own IPv4 address and port. Projectors answer to the standard port.
     std::string ownAddress = "0.0.0.0";
     int ownPort = STANDARD_PORT;

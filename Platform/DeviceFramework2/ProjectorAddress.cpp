@@ -48,6 +48,11 @@ std::optional<ProjectorAddress> ProjectorAddress::parse(std::string_view text) {
     return endpoint ? std::optional(ProjectorAddress{endpoint->host(), *port}) : std::nullopt;
 }
 
+std::optional<ProjectorAddress> ProjectorAddress::of(const DeviceSnippet& snippet) {
+    const auto endpoint = Endpoint::parse(snippet.host, snippet.port);
+    return endpoint ? std::optional(ProjectorAddress{endpoint->host(), snippet.port}) : std::nullopt;
+}
+
 std::string ProjectorAddress::text() const {
     return (isIpv4() ? host : "[" + host + "]") + ":" + std::to_string(port);
 }

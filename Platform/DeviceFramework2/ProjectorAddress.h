@@ -14,6 +14,9 @@ struct ProjectorAddress {
     /// text. Names are not taken, because looking one up has no time limit.
     [[nodiscard]] static std::optional<ProjectorAddress> parse(std::string_view text);
 
+    /// The address that a snippet states; nothing when it states none.
+    [[nodiscard]] static std::optional<ProjectorAddress> of(const DeviceSnippet& snippet);
+
     /// True for the kind of address that a search can ask.
     [[nodiscard]] bool isIpv4() const { return host.find(':') == std::string::npos; }
     /// "192.0.2.10:4352", "[2001:db8::1]:4352"
