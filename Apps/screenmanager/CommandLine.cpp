@@ -10,6 +10,7 @@
 #include <charconv>
 #include <chrono>
 #include <iostream>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -55,6 +56,16 @@ constexpr double LONGEST_TIMEOUT = 3600.0;
 
 using Veltrani::DeviceFramework2::MacAddress;
 using Veltrani::DeviceFramework2::ProjectorAddress;
+
+/// Throws the error of CLI11 for a wait that is none, NaN included.
+std::chrono::milliseconds readTimeout(double seconds) {
+    if (!(seconds >= SHORTEST_TIMEOUT && seconds <= LONGEST_TIMEOUT)) {
+        std::ostringstream text;
+        text << seconds << " s is not a wait of " << SHORTEST_TIMEOUT << " to " << LONGEST_TIMEOUT << " s";
+        throw CLI::ValidationError("--timeout", text.str());
+    }
+    return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
 
 /// Throws the error of CLI11 for what is no IPv4 address.
 ProjectorAddress readBroadcast(const std::string& text) {
@@ -194,13 +205,8 @@ void CommandLine::addAdd() {
 void CommandLine::addDeviceOptions(CLI::App& command) {
     command
         .add_option_function<double>(
-            "--timeout",
-            [this](double seconds) {
-                m_deviceOptions.timeout =
-                    std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
-            },
+            "--timeout", [this](double seconds) { m_deviceOptions.timeout = readTimeout(seconds); },
             "Longest wait for each answer of a projector, and for a search (default 3 to 10, search 30)")
-        ->check(CLI::Range(SHORTEST_TIMEOUT, LONGEST_TIMEOUT))
         ->type_name("SECONDS");
 }
 

@@ -215,8 +215,9 @@ TEST_F(ADeviceManager, AProjectorThatTheSearchDoesNotFindIsNull) {
 TEST_F(ADeviceManager, TellsWhyAProjectorThatMustAnswerDoesNotAndLogsNothing) {
     LogTrap trap;
     const std::string port = [] { return std::to_string(PjlinkSimulator().port()); }();
-    EXPECT_EQ(faultOf([&] { manager.connectDevice(snippetText(std::stoi(port))); }),
-              "PJLink projector 020000000001 at 127.0.0.1:" + port + ", first contact: no connection: Connection refused");
+    EXPECT_EQ(
+        faultOf([&] { manager.connectDevice(snippetText(std::stoi(port))); }),
+        "PJLink projector 020000000001 at 127.0.0.1:" + port + ", first contact: no connection: Connection refused");
     EXPECT_THAT(faultOf([&] { manager.connectDevice(L"<Device type='PJLink'/>"); }),
                 HasSubstr("the attribute mac is missing"));
     EXPECT_EQ(manager.deviceCount(), 0U);
