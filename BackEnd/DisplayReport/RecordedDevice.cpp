@@ -15,7 +15,7 @@ void RecordedDevice::execute(const std::shared_ptr<Command>& command) {
         m_recorder({getUID(), command ? command->typeName() : std::string(), true});
         throw;
     }
-    if (m_device.supports(*command)) {
+    if (command && m_device.supports(*command)) {
         m_recorder({getUID(), command->typeName(), false});
     }
 }
