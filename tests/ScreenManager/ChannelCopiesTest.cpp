@@ -2,6 +2,7 @@
 #include "ScreenManager/ChannelManager.h"
 #include "support/ConfigManagerDouble.h"
 #include "support/DeviceManagerDouble.h"
+#include "support/LogTrap.h"
 
 #include <gtest/gtest.h>
 
@@ -64,6 +65,7 @@ protected:
         Veltrani::DeviceFramework2::DeviceManager::setInstance(nullptr);
     }
 
+    LogTrap log{log4cxx::Level::getOff()};
     static constexpr int COUNT = 100;
     /// Of a text of this length: a growing string.
     static constexpr std::size_t LARGEST_CONVERSION = 8;

@@ -1,4 +1,5 @@
 #include "ChannelFixture.h"
+#include "Common/Utf8.h"
 
 /// Many channels at once.
 
@@ -26,14 +27,15 @@ TEST_F(ChannelLoadTest, AHundredChannelsAreFoundEveryWay) {
     makeMany();
     ASSERT_EQ(manager->getNumberOfChannels(), MANY);
     for (int i = 0; i < MANY; ++i) {
-        const std::string id = "P" + std::to_string(i);
+        const std::wstring id = entry(static_cast<std::size_t>(i)).identity;
+        const Channel::ProjectorId projectorId(Veltrani::toUtf8(id));
         const Channel channel = manager->getChannelInfo(i);
         EXPECT_EQ(channel.getName(), nameOf(i));
         EXPECT_EQ(manager->getChannelIndexByName(nameOf(i)), i);
-        EXPECT_EQ(manager->getChannelIndexByID(L"P" + std::to_wstring(i)), i);
+        EXPECT_EQ(manager->getChannelIndexByID(id), i);
         EXPECT_TRUE(manager->getChannelInfo(channel.getChannelId()) == channel);
-        EXPECT_TRUE(manager->getChannelInfoRefactor(Channel::ProjectorId(id)) == channel);
-        EXPECT_EQ(manager->getProjectorIdRefactor(i), Channel::ProjectorId(id));
+        EXPECT_TRUE(manager->getChannelInfoRefactor(projectorId) == channel);
+        EXPECT_EQ(manager->getProjectorIdRefactor(i), projectorId);
         EXPECT_EQ(manager->getDeviceRefactor(i), &device(static_cast<std::size_t>(i)));
     }
     EXPECT_EQ(manager->getChannelInfoMap().size(), static_cast<std::size_t>(MANY));

@@ -62,8 +62,9 @@ TEST_F(ProjectorBindingTest, AnEntryTakesTheSnippetAndTheUidOfItsDevice) {
 }
 
 TEST_F(ProjectorBindingTest, ADeviceWithoutAnAddressKeepsTheIdentityOfTheEntry) {
-    entry(0).identity = L"another identity";
-    EXPECT_EQ(bind(false).uid, L"another identity");
+    device(0).uidSourceText = L"<Device host='192.0.2.10'/>";
+    EXPECT_EQ(bind(false).uid, L"P0") << "never the address in the network";
+    EXPECT_EQ(entry(0).oldUid, L"");
 }
 
 TEST_F(ProjectorBindingTest, AProjectorThatDoesNotAnswerIsAFaultOfItsSection) {
