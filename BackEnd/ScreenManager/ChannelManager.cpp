@@ -223,7 +223,7 @@ void ChannelManager::setupProjectorState(ProjectorState state) {
     std::vector<AbstractDevice*> devices;
     devices.reserve(m_channels.size());
     for (const std::shared_ptr<Channel>& channel : m_channels) {
-        devices.push_back(getAbstractDeviceRefactor(channel->getProjectorConfigId()));
+        devices.push_back(deviceOf(channel->getProjectorConfigId()));
         if (devices.back() == nullptr) {
             throw VeltraniException(__FILE__, __LINE__,
                                     L"setupProjectorState: channel \"" + channel->getName() + L"\" has no device");
@@ -376,11 +376,11 @@ void ChannelManager::initializeChannel(const std::wstring& id, const ProjectorBi
 }
 
 /// Every channel is looked at, whether the new device has a place or not: one without a device is a fault of its own.
-bool ChannelManager::isAtThePlaceOfAChannel(const Device& device) {
+bool ChannelManager::isAtThePlaceOfAChannel(const Device& device) const {
     const Location* const place = device.getLocation();
     const std::wstring description = place != nullptr ? place->getDescription() : std::wstring();
     for (const std::shared_ptr<Channel>& channel : m_channels) {
-        AbstractDevice* const other = getAbstractDeviceRefactor(channel->getProjectorConfigId());
+        AbstractDevice* const other = deviceOf(channel->getProjectorConfigId());
         if (other == nullptr) {
             throw VeltraniException(L"The file does not contain a valid configuration.");
         }

@@ -22,7 +22,7 @@ constexpr int PONDS_OF_MIRROR = 4;
 constexpr int SMALL_SIZE = 7;
 constexpr int USUAL_SIZE = 14;
 /// Some models come with two panels; this one takes the small size.
-const Point<int, 2> SMALL_PANEL{2048, 1080};
+constexpr Point<int, 2> SMALL_PANEL{2048, 1080};
 
 void logDevice(Device& device, const Location& place, const std::wstring& uid, const std::wstring& snippet) {
     VELTRANI_LOG(LOGGER, Info, L"addChannel() - Projector UID = [" + uid + L"]");

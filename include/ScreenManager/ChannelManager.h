@@ -87,7 +87,7 @@ private:
     void releaseDevice(Veltrani::DeviceFramework2::AbstractDevice* device) const;
 
     void initializeChannel(const std::wstring& id, const ProjectorBinding& binding);
-    [[nodiscard]] bool isAtThePlaceOfAChannel(const Veltrani::DeviceFramework2::Device& device);
+    [[nodiscard]] bool isAtThePlaceOfAChannel(const Veltrani::DeviceFramework2::Device& device) const;
     static void logUnreleased(const Channel& channel) noexcept;
     void appendChannel(ProjectorConfig& entry, const std::wstring& projectorConfigId);
 
