@@ -17,7 +17,8 @@ namespace Veltrani {
 namespace {
 
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
-    throw VeltraniMissingFileException(fromUtf8OrBytes(path) + L": " + fromUtf8OrBytes(reason));
+    const std::wstring subject = path.empty() ? L"" : fromUtf8OrBytes(path) + L": ";
+    throw VeltraniMissingFileException(subject + fromUtf8OrBytes(reason));
 }
 
 std::string systemReason() {

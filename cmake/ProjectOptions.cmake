@@ -17,6 +17,11 @@ if(SM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     "CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;${SM_CCACHE}")
 endif()
 
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  # Without the time of the build inside, the compiler cache can serve what precompiled headers take part in.
+  add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+endif()
+
 file(RELATIVE_PATH SM_SOURCE_FROM_BUILD "${CMAKE_BINARY_DIR}" "${PROJECT_SOURCE_DIR}")
 string(REGEX REPLACE "/$" "" SM_SOURCE_FROM_BUILD "${SM_SOURCE_FROM_BUILD}")
 add_library(sm_options INTERFACE)

@@ -62,3 +62,13 @@ void ConsoleLog::install(const log4cxx::LevelPtr& threshold) {
 void ConsoleLog::showOnlyFatal(const std::wstring& logger) {
     Logger::getLogger(logger)->setLevel(Level::getFatal());
 }
+
+ConsoleLog::ErrorsOnly::ErrorsOnly(bool enabled) : m_before(Logger::getRootLogger()->getLevel()) {
+    if (enabled) {
+        Logger::getRootLogger()->setLevel(Level::getError());
+    }
+}
+
+ConsoleLog::ErrorsOnly::~ErrorsOnly() {
+    Logger::getRootLogger()->setLevel(m_before);
+}

@@ -14,4 +14,16 @@ public:
     static void install(const log4cxx::LevelPtr& threshold);
     /// Hides what one logger says, unless it is fatal.
     static void showOnlyFatal(const std::wstring& logger);
+
+    /// While it lives, shows errors alone, unless `enabled` is false.
+    class ErrorsOnly {
+    public:
+        explicit ErrorsOnly(bool enabled);
+        ~ErrorsOnly();
+        ErrorsOnly(const ErrorsOnly&) = delete;
+        ErrorsOnly& operator=(const ErrorsOnly&) = delete;
+
+    private:
+        log4cxx::LevelPtr m_before;
+    };
 };

@@ -33,6 +33,13 @@ void ProgressMeter::end() {
     m_enabled = false;
 }
 
+void ProgressMeter::begin() {
+    if (m_enabled) {
+        m_shown = true;
+        std::cerr << START_OF_LINE << m_work << " ..." << std::flush;
+    }
+}
+
 void ProgressMeter::update(std::size_t done, std::size_t total) {
     const double spent = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
     if (!m_enabled || spent < SECONDS_BEFORE_SHOWN) {

@@ -6,7 +6,7 @@
 
 /// One line on standard error that shows how far a long piece of work is and how long it will still take.
 ///
-/// Shown only on a terminal, and only once the work has taken a second; erased at the end.
+/// Shown only on a terminal, and only once the work has taken a second unless begun at once; erased at the end.
 class ProgressMeter {
 public:
     /// @param enabled false keeps it silent
@@ -14,6 +14,9 @@ public:
     ~ProgressMeter();
     ProgressMeter(const ProgressMeter&) = delete;
     ProgressMeter& operator=(const ProgressMeter&) = delete;
+
+    /// Shows at once that the work is under way, for work that cannot tell how far it is.
+    void begin();
 
     /// `done` of `total` equal pieces are done.
     void update(std::size_t done, std::size_t total);

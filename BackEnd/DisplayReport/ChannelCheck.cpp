@@ -42,11 +42,9 @@ void requireFile(const std::wstring& file, const std::string& what, std::vector<
 
 LocatorSource planar(const XMLConfigManager&, const ProjectorConfig& projector) {
     const ScreenArea area = screenAreaOf(projector);
-    LocatorSource source{"screen area " + area.describe(), {}};
-    if (!area.complete()) {
-        source.text = area.describe();
-        source.faults.push_back(
-            {"screen area", area.describe() + ": give the channel a ScreenArea with left, right, bottom and top", {}});
+    LocatorSource source{(area.complete() ? "screen area " : "") + area.describe(), {}};
+    if (const std::string fault = area.fault(); !fault.empty()) {
+        source.faults.push_back({"screen area", fault, {}});
     }
     return source;
 }

@@ -10,8 +10,9 @@ namespace Veltrani::DisplayReport {
 
 /// Loads everything that a configuration names and describes what a calibration would work with.
 ///
-/// Every fault is collected, with its cause; none stops the check. The screens stay loaded in the `ScreenManager`.
-/// Nothing is archived and no projector is asked.
+/// Every fault is collected, with its cause; none stops the check. The screens take the place of those in the
+/// `ScreenManager` and stay loaded there; with a data directory set, their files are archived as on any load. No
+/// projector is asked.
 class DisplayCheck {
 public:
     /// A configuration file. One that is missing or faulty gives its faults and nothing else.

@@ -1,5 +1,6 @@
 #include "DisplayReport/GeometryText.h"
 
+#include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "DisplayReport/NumberText.h"
 #include "KelvoScreen/MeshScreen.h"
@@ -40,6 +41,16 @@ std::string geometryText(const ScreenGeometry& geometry) {
     const std::size_t count = mesh->mesh().triangles.size();
     return std::to_string(count) + (count == 1 ? " triangle" : " triangles") +
            (mesh->isParameterised() ? " with texture coordinates" : " without texture coordinates");
+}
+
+std::string missingParameters(const ScreenGeometry& geometry) {
+    try {
+        Point<double, 3> ignored;
+        static_cast<void>(geometry.mapInto3D({0.5, 0.5}, ignored, false));
+        return {};
+    } catch (const VeltraniException& refusal) {
+        return toUtf8(refusal.message);
+    }
 }
 
 Extent extentOf(const ScreenGeometry& geometry) {

@@ -12,6 +12,9 @@ namespace Veltrani::DisplayReport {
 /// "2880 triangles with texture coordinates"; "given by its numbers" for every other kind.
 [[nodiscard]] std::string geometryText(const ScreenGeometry& geometry);
 
+/// Why a surface cannot be addressed by 2D parameters, and what to do; empty when it can.
+[[nodiscard]] std::string missingParameters(const ScreenGeometry& geometry);
+
 /// The box around a surface: the vertices of a mesh, samples over the 2D parameters of every other kind.
 [[nodiscard]] Extent extentOf(const ScreenGeometry& geometry);
 

@@ -3,6 +3,7 @@
 #include "Configuration/ProjectorConfig.h"
 #include "DisplayReport/NumberText.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -18,10 +19,28 @@ bool configured(double bound) {
     return bound != ProjectorConfig::SCREEN_BOUND_NOT_CONFIGURED;
 }
 
+/// True when no part of the range lies on the screen; either end may come first.
+bool outside(double from, double to) {
+    return std::max(from, to) < 0.0 || std::min(from, to) > 1.0;
+}
+
 }  // namespace
 
 bool ScreenArea::complete() const {
     return configured(left) && configured(right) && configured(bottom) && configured(top);
+}
+
+std::string ScreenArea::fault() const {
+    if (!complete()) {
+        return describe() + ": give the channel a ScreenArea with left, right, bottom and top";
+    }
+    if (left == right || bottom == top) {
+        return describe() + ": it has no " + (left == right ? "width" : "height");
+    }
+    if (outside(left, right) || outside(bottom, top)) {
+        return describe() + ": it lies outside the screen, which reaches from 0 to 1";
+    }
+    return {};
 }
 
 std::string ScreenArea::describe() const {

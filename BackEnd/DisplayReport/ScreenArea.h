@@ -15,6 +15,8 @@ struct ScreenArea {
 
     /// True when all four bounds are configured.
     [[nodiscard]] bool complete() const;
+    /// What keeps targets from being placed by it, and what to do; empty when nothing does.
+    [[nodiscard]] std::string fault() const;
     /// "left 0 right 0.5 bottom 0 top 1"; "no screen area" without any bound; "screen area without top" without some.
     [[nodiscard]] std::string describe() const;
 };

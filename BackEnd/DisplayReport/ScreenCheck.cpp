@@ -4,53 +4,25 @@
 #include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/IUnitsConfig.h"
+#include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/DisplayDescription.h"
 #include "DisplayReport/GeometryText.h"
+#include "DisplayReport/NamedFiles.h"
 #include "DisplayReport/NumberText.h"
+#include "DisplayReport/ScreenLoader.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
 
 #include <pcl/point_cloud.h>
 #include <pcl/point_types.h>
 
-#include <functional>
+#include <iterator>
 #include <memory>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
-
-/// Runs one step of loading; a fault is added and the check goes on.
-void attempt(const std::string& where, DisplayDescription& description, const std::function<void()>& step) {
-    try {
-        step();
-    } catch (...) {
-        description.faults.push_back(faultOf(where, std::current_exception()));
-    }
-}
-
-/// Loads all three screens. The screen manager stops at the first fault, so after one each is tried on its own.
-void loadScreens(XMLConfigManager& config, const IScreenConfig& screen, DisplayDescription& description) {
-    ScreenManager& manager = *ScreenManager::getInstance();
-    manager.resetScreen();
-    const bool isMesh = screen.getShape() == BaseConfig::SHAPE_MESH;
-    try {
-        manager.setScreenGeometry(&config, false);
-        return;
-    } catch (...) {
-        if (!isMesh && !manager.getContentModelScreenGeometry()) {
-            description.faults.push_back(faultOf("screen", std::current_exception()));
-        }
-    }
-    if (isMesh && !manager.getContentModelScreenGeometry()) {
-        attempt("content mesh", description,
-                [&] { manager.getScreen().loadContent(screen.getContentMeshFile(0), false); });
-    }
-    attempt("measured mesh", description,
-            [&] { manager.getScreen().loadMeasured(screen.getMeasuredMeshFile(0), false); });
-    attempt("model cloud", description, [&] { manager.getScreen().loadModelPCD(screen.getModelPcdFile(0), false); });
-}
 
 std::string fileOr(const std::wstring& file, const std::string& none) {
     return file.empty() ? none : toUtf8(file);
@@ -78,8 +50,11 @@ std::string cloudText(const std::wstring& file, const std::string& unit) {
 void describeContent(const IScreenConfig& screen, const std::string& unit, DisplayDescription& description) {
     const auto content = ScreenManager::getInstance()->getContentModelScreenGeometry();
     const bool isMesh = screen.getShape() == BaseConfig::SHAPE_MESH;
-    const std::string source =
-        isMesh ? " (" + fileOr(screen.getContentMeshFile(0), "no file: a unit square stands in") + ")" : "";
+    const std::wstring file = screen.getContentMeshFile(0);
+    const std::string source = isMesh ? " (" + fileOr(file, "no file: a unit square stands in") + ")" : "";
+    if (isMesh && file.empty()) {
+        description.faults.push_back({"content mesh", "no file is given: add a ContentMesh element", {}});
+    }
     description.facts.push_back({"screen", toUtf8(screen.getShape()) + source + ": " +
                                                (content ? geometryText(*content) : std::string("not built"))});
     if (!content) {
@@ -92,6 +67,10 @@ void describeContent(const IScreenConfig& screen, const std::string& unit, Displ
 }
 
 void describeFiles(const IScreenConfig& screen, const std::string& unit, DisplayDescription& description) {
+    const auto meshes = contentMeshesOf(screen);
+    for (std::size_t i = 1; i < meshes.size(); ++i) {
+        description.facts.push_back({"not used", toUtf8(meshes[i]) + ": a screen has one content mesh"});
+    }
     if (const std::wstring file = screen.getMeasuredMeshFile(0); !file.empty()) {
         const auto measured = ScreenManager::getInstance()->getMeasuredScreenGeometry();
         description.facts.push_back(
@@ -109,6 +88,23 @@ void describeFiles(const IScreenConfig& screen, const std::string& unit, Display
     }
 }
 
+/// Kinds of target data that address the screen by its 2D parameters.
+bool isAddressedByParameters(const std::wstring& targetData) {
+    return targetData == BaseConfig::TARGET_DATA_PLANAR_BASIC ||
+           targetData == BaseConfig::TARGET_DATA_PLANAR_ADVANCED || targetData == BaseConfig::TARGET_DATA_CUSTOM_PLANAR;
+}
+
+void requireParameters(const XMLConfigManager& config, DisplayDescription& description) {
+    const TargetLocatorConfig* targets = config.getTargetLocatorConfig();
+    const auto surface = ScreenManager::getInstance()->getScreenGeometry();
+    if (targets == nullptr || !surface || !isAddressedByParameters(targets->getTargetDataType())) {
+        return;
+    }
+    if (const std::string lack = missingParameters(*surface); !lack.empty()) {
+        description.faults.push_back({"screen", lack, {}});
+    }
+}
+
 }  // namespace
 
 void ScreenCheck::run(XMLConfigManager& config, DisplayDescription& description) {
@@ -120,9 +116,10 @@ void ScreenCheck::run(XMLConfigManager& config, DisplayDescription& description)
     }
     const IUnitsConfig* units = config.getNativeUnitsConfig();
     const std::string unit = units == nullptr ? "" : toUtf8(units->getUnitName());
-    ScreenManager::getInstance()->disableDiagnostics();
-    loadScreens(config, *screen, description);
+    std::vector<Fault> faults = ScreenLoader::load(config);
+    std::move(faults.begin(), faults.end(), std::back_inserter(description.faults));
     describeContent(*screen, unit, description);
+    requireParameters(config, description);
     describeFiles(*screen, unit, description);
 }
 

@@ -1,10 +1,14 @@
 #include "DisplayReport/TargetPlacer.h"
 
 #include "Common/Utf8.h"
+#include "Configuration/BaseConfig.h"
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/ProjectorConfig.h"
+#include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
+#include "DisplayReport/GeometryText.h"
 #include "DisplayReport/ScreenArea.h"
+#include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/PlanarTargetLocator.h"
 #include "ScreenManager/ScreenManager.h"
 
@@ -25,6 +29,28 @@ std::size_t product(int a, int b) {
     return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
 }
 
+std::string whyNothingWasPlaced(const ScreenGeometry& surface, const ScreenArea& area) {
+    for (const std::string& reason : {missingParameters(surface), area.fault()}) {
+        if (!reason.empty()) {
+            return reason;
+        }
+    }
+    return "none of its grid targets lies on the screen";
+}
+
+/// Kinds of target data that the screen areas alone decide.
+bool isPlanar(const std::wstring& targetData) {
+    return targetData == BaseConfig::TARGET_DATA_PLANAR_BASIC || targetData == BaseConfig::TARGET_DATA_PLANAR_ADVANCED;
+}
+
+std::string remarkOn(const TargetLocatorConfig* targets) {
+    const std::wstring type = targets == nullptr ? std::wstring() : targets->getTargetDataType();
+    if (type.empty() || isPlanar(type)) {
+        return {};
+    }
+    return "the target data is " + toUtf8(type) + "; the targets were placed by the screen areas";
+}
+
 }  // namespace
 
 TargetPlacer::TargetPlacer(const TargetPlan& plan, Progress progress) : m_plan(plan), m_progress(std::move(progress)) {}
@@ -35,6 +61,7 @@ TargetSurvey TargetPlacer::place(const XMLConfigManager& config) const {
     if (const IUnitsConfig* units = config.getNativeUnitsConfig()) {
         survey.unit = toUtf8(units->getUnitName());
     }
+    survey.remark = remarkOn(config.getTargetLocatorConfig());
     const auto ids = config.getProjectorConfigIds();
     for (std::size_t i = 0; i < ids.size(); ++i) {
         if (m_progress) {
@@ -60,10 +87,11 @@ ChannelTargets TargetPlacer::placeChannel(const ProjectorConfig& projector) cons
 
     const ScreenArea area = screenAreaOf(projector);
     if (!area.complete()) {
-        channel.fault = area.describe() + ": give the channel a ScreenArea with left, right, bottom and top";
+        channel.fault = area.fault();
         return channel;
     }
-    if (!ScreenManager::getInstance()->getScreenGeometry()) {
+    const auto surface = ScreenManager::getInstance()->getScreenGeometry();
+    if (!surface) {
         channel.fault = "there is no screen to place targets on";
         return channel;
     }
@@ -80,8 +108,8 @@ ChannelTargets TargetPlacer::placeChannel(const ProjectorConfig& projector) cons
     }
     channel.gridMissed -= channel.grid.size();
     channel.boundaryMissed -= channel.boundary.size();
-    if (channel.grid.empty() && channel.boundary.empty()) {
-        channel.fault = "none of its targets lies on the screen";
+    if (channel.grid.empty()) {
+        channel.fault = whyNothingWasPlaced(*surface, area);
     }
     return channel;
 }

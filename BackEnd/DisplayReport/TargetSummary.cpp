@@ -41,9 +41,13 @@ void printSummary(const TargetSurvey& survey, std::ostream& out) {
         out << ", on " << sizeText(extent, survey.unit);
     }
     out << '\n';
+    if (!survey.remark.empty()) {
+        out << "note: " << survey.remark << '\n';
+    }
     for (const ChannelTargets& channel : survey.channels) {
         if (!channel.fault.empty()) {
-            out << "channel " << printable(channel.name) << " has no targets: " << printable(channel.fault) << '\n';
+            out << "channel " << printable(channel.name) << " has no grid of targets: " << printable(channel.fault)
+                << '\n';
         }
     }
     if (survey.channels.empty()) {

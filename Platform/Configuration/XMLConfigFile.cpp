@@ -111,6 +111,11 @@ xmlNode* XMLConfigFile::Impl::projectorsToWrite() {
 }
 
 std::unique_ptr<XMLConfigFile> XMLConfigFile::load(const std::string& utf8Path) {
+    // The files that it names are looked for beside it, by wide names that could not lead there.
+    if (!utf8Path.empty() && Veltrani::fromUtf8(utf8Path).empty()) {
+        throw VeltraniMissingFileException(Veltrani::fromUtf8OrBytes(utf8Path) +
+                                           L": the name of the file or of a folder on the way is not UTF-8: rename it");
+    }
     return parse(Veltrani::RegularFile(utf8Path).readAll(XmlDocument::LARGEST_BYTES), utf8Path);
 }
 

@@ -14,8 +14,6 @@
 
 using namespace KelvoScreenDetail;
 
-namespace {}  // namespace
-
 FlatScreen::Numbers::Numbers(const IScreenConfig* screen) {
     if (screen != nullptr) {
         centre = screen->getCentre();

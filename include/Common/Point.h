@@ -19,16 +19,20 @@ template <class T, std::size_t N>
 class Point {
     static_assert(N > 0, "a point has at least one component");
 
+    template <class C>
+    static constexpr bool IsComponent =
+        std::convertible_to<C, T> && !(std::is_floating_point_v<C> && std::is_integral_v<T>);
+
 public:
     using value_type = T;
 
     constexpr Point() = default;
 
-    /// From exactly N components: `Point<double, 3>{x, y, z}`. Narrowing is refused as in any braced list.
+    /// From exactly N components, whole numbers included: `Point<double, 3>{0, 0, z}`. A fraction for a whole-numbered
+    /// component is refused.
     template <class... Components>
-    requires(sizeof...(Components) == N &&
-             (std::convertible_to<Components, T> && ...)) constexpr Point(Components... components)
-        : m_components{components...} {}
+    requires(sizeof...(Components) == N && (IsComponent<Components> && ...)) constexpr Point(Components... components)
+        : m_components{static_cast<T>(components)...} {}
 
     [[nodiscard]] static constexpr std::size_t size() { return N; }
 

@@ -59,7 +59,8 @@ TEST(CheckCommand, NamesOfEveryScriptWorkInTheCLocale) {
         "file='W\xc3\xa4nde.obj'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector "
         "id='A'><Name>\xe5\xb7\xa6"
         "</Name><ScreenArea left='0' right='1' bottom='0' top='1'/></Projector></Projectors></Display>");
-    folder.write("B\xc3\xbchne 100%s/W\xc3\xa4nde.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    folder.write("B\xc3\xbchne 100%s/W\xc3\xa4nde.obj",
+                 "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\nf 1/1 2/2 3/3\n");
     const ProgramRun run = runScreenManager({"check", file}, {{"LC_ALL", "C"}});
     EXPECT_EQ(run.exitCode, 0) << run.output;
     EXPECT_THAT(run.output, HasSubstr("W\xc3\xa4nde.obj): 1 triangle"));

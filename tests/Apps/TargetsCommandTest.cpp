@@ -99,6 +99,42 @@ TEST(TargetsCommand, NeverOverwritesItsOwnConfiguration) {
     EXPECT_EQ(folder.read("display.xml"), text);
 }
 
+TEST(TargetsCommand, NeverOverwritesAFileOfTheDisplay) {
+    const TemporaryFolder folder;
+    const std::string mesh = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    folder.write("wall.obj", mesh);
+    const std::string file = folder.write("display.xml",
+                                          "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Mesh' "
+                                          "fileUnit='m'><ContentMesh file='wall.obj'/></Screen></Display>");
+    const ProgramRun run = runScreenManager({"targets", file, "-o", folder.path() + "/./wall.obj"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.errors, HasSubstr("is a file that the configuration names"));
+    EXPECT_EQ(folder.read("wall.obj"), mesh);
+}
+
+TEST(TargetsCommand, ARedirectedDescriptorKeepsWhatItHasBeenGiven) {
+    const TemporaryFolder folder;
+    const std::string log = folder.write("log.txt", "earlier\n");
+    const ProgramRun run = runProgram(
+        "/bin/sh", {"-c", std::string(SM_PROGRAM) + " targets '" + PLANAR + "' -q -o /dev/stdout >> '" + log + "'"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(folder.read("log.txt"), StartsWith("earlier\nchannel,projector,kind,"));
+}
+
+TEST(TargetsCommand, AFaultOfAMeshNamesItsFileOnceAndOnlyOnce) {
+    const TemporaryFolder folder;
+    folder.write("wall.obj", "v 0 0 0\nv 1,5 0 0\n");
+    const std::string file = folder.write("display.xml",
+                                          "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Mesh' "
+                                          "fileUnit='m'><ContentMesh file='wall.obj'/></Screen></Display>");
+    const ProgramRun run = runScreenManager({"targets", file});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_THAT(run.errors, StartsWith("error: " + file + ": content mesh: " + folder.file("wall.obj") + ": line 2: "));
+    EXPECT_EQ(lines(run.errors), 1) << run.errors;
+    const ProgramRun missing = runScreenManager({"targets", folder.file("gone.xml")});
+    EXPECT_THAT(missing.errors, StartsWith("error: " + folder.file("gone.xml") + ": No such file"));
+}
+
 TEST(TargetsCommand, FilesThatCannotBeUsedExitWithThreeAndTellTheCause) {
     const TemporaryFolder folder;
     EXPECT_EQ(runScreenManager({"targets", folder.file("gone.xml")}).exitCode, 3);
@@ -128,7 +164,7 @@ TEST(TargetsCommand, AMeshWithoutTextureCoordinatesEndsInTwoWarningsPerChannel) 
                            "projectOnTargetLocationSurface\n"
                            "warning: Attempt to call ScreenGeometry::mapInto3D() with no parameterization in "
                            "projectBoundaryOnTargetLocationSurface\n"));
-    EXPECT_THAT(run.errors, HasSubstr("channel A has no targets"));
+    EXPECT_THAT(run.errors, HasSubstr("channel A has no grid of targets: The mesh has no 2D coordinates: export it"));
     EXPECT_THAT(runScreenManager({"targets", file, "--quiet"}).errors, Not(HasSubstr("warning")));
 }
 

@@ -21,6 +21,17 @@ TEST(Point, TakesExactlyItsNumberOfComponents) {
     static_assert(!std::is_constructible_v<P3, double, double, double, double>);
 }
 
+TEST(Point, TakesWholeNumbersForRealComponents) {
+    EXPECT_EQ((P3{0, 0, 1}), (P3{0.0, 0.0, 1.0}));
+    const int column = 3;
+    EXPECT_EQ((Point<double, 2>{column, 0.5}), (Point<double, 2>{3.0, 0.5}));
+}
+
+TEST(Point, RefusesFractionsForWholeNumberedComponents) {
+    static_assert(std::is_constructible_v<P2i, int, long>);
+    static_assert(!std::is_constructible_v<P2i, int, double>);
+}
+
 TEST(Point, ComparesComponentByComponent) {
     EXPECT_EQ((P3{0.0, 1.0, 2.0}), (P3{-0.0, 1.0, 2.0}));
     EXPECT_NE((P3{0.0, 1.0, 2.0}), (P3{0.0, 1.0, 3.0}));

@@ -69,7 +69,7 @@ TEST(RegularFile, RefusalsNameTheFileAndTheReason) {
     EXPECT_EQ(refusal(folder.file("missing")), folder.file("missing") + ": No such file or directory");
     EXPECT_EQ(refusal(folder.path()), folder.path() + ": is a directory, not a file");
     EXPECT_EQ(refusal("/dev/zero"), "/dev/zero: is a device, not a file");
-    EXPECT_EQ(refusal(""), ": the file name is empty");
+    EXPECT_EQ(refusal(""), "the file name is empty");
     EXPECT_EQ(refusal(std::string("a\0b", 3)), "a: the file name contains a zero character");
 }
 

@@ -111,6 +111,7 @@ TEST(RunCatchHandle, ThrowsTheVeryObjectOn) {
     }
     ASSERT_NE(thrown, nullptr);
     EXPECT_EQ(caught, thrown);
+    EXPECT_THAT(trap.messages(), ElementsAre("ERROR Caught exception: fault"));
 }
 
 }  // namespace

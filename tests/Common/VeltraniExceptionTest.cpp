@@ -52,9 +52,26 @@ TEST(VeltraniException, ParseAndMissingFileCarryNoLocation) {
 }
 
 TEST(VeltraniException, CopiesCarryEveryField) {
-    const ChannelSwapException copy = ChannelSwapException(ChannelSwapException(L"A", L"B"));
-    EXPECT_EQ(copy.message, L"A is being swapped by B");
-    EXPECT_EQ(copy.replacementName, L"B");
+    const VeltraniException located("Wall.cpp", 12, L"fault");
+    const VeltraniException locatedCopy(located);
+    EXPECT_EQ(locatedCopy.message, L"fault");
+    EXPECT_EQ(locatedCopy.file, "Wall.cpp");
+    EXPECT_EQ(locatedCopy.line, 12);
+
+    const ChannelInitializationException unbound(L"section 3");
+    const ChannelInitializationException unboundCopy(unbound);
+    EXPECT_EQ(unboundCopy.message, L"section 3");
+    EXPECT_EQ(unboundCopy.reason, L"section 3");
+
+    const ChannelSwapException swapped(L"A", L"B");
+    const ChannelSwapException swappedCopy(swapped);
+    EXPECT_EQ(swappedCopy.message, L"A is being swapped by B");
+    EXPECT_EQ(swappedCopy.projectorName, L"A");
+    EXPECT_EQ(swappedCopy.replacementName, L"B");
+
+    VeltraniException assigned(L"other");
+    assigned = located;
+    EXPECT_EQ(assigned.fullDescription(), located.fullDescription());
 }
 
 TEST(VeltraniException, TheFamilyStandsApartFromTheStandardOne) {

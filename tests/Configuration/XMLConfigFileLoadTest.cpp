@@ -7,6 +7,7 @@
 #include "support/ForeignLocale.h"
 #include "support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -22,6 +23,17 @@ TEST(XMLConfigFileLoad, ReadsAFileAndItsFolder) {
     const std::wstring base = Veltrani::fromUtf8(folder.file("B\u00fchne %s"));
     EXPECT_EQ(config->processPath(L""), base);
     EXPECT_EQ(config->getScreenConfig()->getMeasuredMeshFile(0), base + L"/scans/measured.obj");
+}
+
+TEST(XMLConfigFileLoad, AFolderWhoseNameIsNotUtf8IsRefused) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("caf\xe9/display.xml", "<Display version='1'><Units native='m'/></Display>");
+    try {
+        static_cast<void>(XMLConfigFile::load(path));
+        FAIL() << "loaded";
+    } catch (const VeltraniMissingFileException& refusal) {
+        EXPECT_THAT(Veltrani::toUtf8(refusal.message), testing::EndsWith("is not UTF-8: rename it"));
+    }
 }
 
 TEST(XMLConfigFileLoad, WhatIsNoFileIsMissing) {

@@ -1,7 +1,10 @@
 #include "DisplayReport/ChannelCheck.h"
 
+#include "Configuration/BaseConfig.h"
 #include "DisplayReport/DisplayDescription.h"
 #include "Displays.h"
+#include "support/ConfigManagerDouble.h"
+#include "support/TargetLocatorConfigDouble.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -41,6 +44,14 @@ TEST(ChannelCheck, AnIncompleteScreenAreaIsAFault) {
     EXPECT_THAT(description.faults[0].what, HasSubstr("without right, bottom, top"));
 }
 
+TEST(ChannelCheck, AScreenAreaBesideTheScreenIsAFault) {
+    const auto description =
+        checked("<TargetData type='PlanarBasic'/>", "<ScreenArea left='5' right='6' bottom='0' top='1'/>");
+    ASSERT_THAT(description.faults, SizeIs(1));
+    EXPECT_EQ(description.faults[0].where, "channel A, screen area");
+    EXPECT_THAT(description.faults[0].what, HasSubstr("lies outside the screen"));
+}
+
 TEST(ChannelCheck, ADomeChannelUsesItsFrustum) {
     const auto description = checked("<TargetData type='Spherical'/>", FRUSTUM);
     EXPECT_EQ(description.channels.at(0).locator, "frustum left -30 right 30 bottom -20 top 20 deg");
@@ -53,6 +64,32 @@ TEST(ChannelCheck, ACollimatedChannelUsesItsFrustumAndTheMirror) {
     const auto description = checked(mirror, FRUSTUM);
     EXPECT_EQ(description.channels.at(0).locator, "frustum left -30 right 30 bottom -20 top 20 deg via the mirror");
     EXPECT_THAT(description.faults, IsEmpty());
+}
+
+// The file format demands the mirror; a configuration from elsewhere may come without one.
+TEST(ChannelCheck, ACollimatedChannelWithoutAMirrorRadiusIsAFault) {
+    ProjectorConfigDouble projector(L"A");
+    projector.name = L"A";
+    projector.frustumLeft = -0.5;
+    projector.frustumRight = 0.5;
+    projector.frustumBottom = -0.4;
+    projector.frustumTop = 0.4;
+    TargetLocatorConfigDouble targets;
+    targets.targetDataType = BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED;
+    ConfigManagerDouble config;
+    config.projectors = {&projector};
+    config.targetLocators = &targets;
+
+    DisplayDescription description;
+    ChannelCheck::run(config, description);
+    ASSERT_THAT(description.faults, SizeIs(1));
+    EXPECT_EQ(description.faults[0].where, "channel A, mirror");
+    EXPECT_EQ(description.faults[0].what, "it has no radius: give the target data a Mirror");
+
+    targets.mirrorRadius = 3.0;
+    DisplayDescription mended;
+    ChannelCheck::run(config, mended);
+    EXPECT_THAT(mended.faults, IsEmpty());
 }
 
 TEST(ChannelCheck, ACustomPlanarChannelNeedsItsMap) {

@@ -40,6 +40,16 @@ TEST(GeometryText, TheExtentOfANumericShapeIsSampled) {
     EXPECT_EQ(extent.maximum(), (P3{1.0, 0.0, 1.0}));
 }
 
+TEST(GeometryText, TellsWhatKeepsASurfaceFromBeingAddressed) {
+    TriangleMesh mesh = oneTriangle();
+    EXPECT_EQ(missingParameters(MeshScreen(mesh)),
+              "The mesh has no 2D coordinates: export it with a texture coordinate at every corner");
+    mesh.textureCoordinates = {{0.0, 0.0}, {1.0, 0.0}, {0.0, 1.0}};
+    mesh.textureTriangles = {{0, 1, 2}};
+    EXPECT_EQ(missingParameters(MeshScreen(mesh)), "");
+    EXPECT_EQ(missingParameters(FlatScreen()), "");
+}
+
 TEST(GeometryText, TellsASize) {
     Extent extent;
     EXPECT_EQ(sizeText(extent, "m"), "empty");

@@ -27,8 +27,8 @@ class ScreenCheckTest : public testing::Test {
 protected:
     ~ScreenCheckTest() override { ScreenManager::deleteInstance(); }
 
-    DisplayDescription checked(const std::string& screen) {
-        m_folder.write("display.xml", displays::text(screen, ""));
+    DisplayDescription checked(const std::string& screen, const std::string& targets = "<TargetData type='3D'/>") {
+        m_folder.write("display.xml", displays::text(screen, "", targets));
         const auto config = XMLConfigFile::load(m_folder.file("display.xml"));
         DisplayDescription description;
         ScreenCheck::run(*config, description);
@@ -104,8 +104,32 @@ TEST_F(ScreenCheckTest, CausesThatTheLibraryFoldsIntoOneTextAreToldApart) {
     EXPECT_THAT(causes("missing.obj"), Contains(HasSubstr("No such file")));
     EXPECT_THAT(causes("folder.obj"), Contains(HasSubstr("directory")));
     EXPECT_THAT(causes("WALL.OBJ"), Contains(HasSubstr("does not end in \".obj\"")));
-    EXPECT_THAT(causes("points.obj"), Contains(HasSubstr("no")));
+    EXPECT_THAT(causes("points.obj"), Contains(HasSubstr("no faces")));
     EXPECT_THAT(causes("line.obj"), Contains(HasSubstr("area")));
+}
+
+TEST_F(ScreenCheckTest, AMeshWithoutTextureCoordinatesIsAFaultOfAPlanarDisplay) {
+    m_folder.write("wall.obj", TRIANGLE);
+    const std::string screen = mesh("<ContentMesh file='wall.obj'/>");
+    const auto description = checked(screen, "<TargetData type='PlanarBasic'/>");
+    ASSERT_THAT(description.faults, SizeIs(1));
+    EXPECT_EQ(description.faults[0].where, "screen");
+    EXPECT_THAT(description.faults[0].what, HasSubstr("export it with a texture coordinate at every corner"));
+    EXPECT_THAT(checked(screen, "<TargetData type='Spherical'/>").faults, IsEmpty());
+}
+
+TEST_F(ScreenCheckTest, AMeshScreenWithoutAFileIsAFault) {
+    const auto description = checked(mesh(""));
+    ASSERT_THAT(description.faults, SizeIs(1));
+    EXPECT_EQ(description.faults[0].where, "content mesh");
+    EXPECT_EQ(fact(description, "screen"), "Mesh (no file: a unit square stands in): given by its numbers");
+}
+
+TEST_F(ScreenCheckTest, FurtherContentMeshesAreToldAsUnused) {
+    m_folder.write("wall.obj", TRIANGLE);
+    const auto description =
+        checked(mesh("<ContentMesh file='wall.obj'/><ContentMesh file='gone.obj'/>"), "<TargetData type='Spherical'/>");
+    EXPECT_THAT(fact(description, "not used"), HasSubstr("gone.obj: a screen has one content mesh"));
 }
 
 TEST_F(ScreenCheckTest, AConfigurationWithoutAScreenIsAFault) {

@@ -74,6 +74,26 @@ TEST_F(TargetPlacerTest, AChannelWithoutAScreenAreaDoesNotKeepTheOthers) {
     EXPECT_FALSE(survey.complete());
 }
 
+TEST_F(TargetPlacerTest, AnOutlinePastTheScreenDoesNotHideThatTheGridMisses) {
+    const auto config = displays::parsed(
+        displays::FLAT, displays::projector("A", "<ScreenArea left='5' right='6' bottom='0' top='1'/>"));
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    const TargetSurvey survey = place(*config);
+    EXPECT_EQ(survey.channels.at(0).boundary.size(), 8U);
+    EXPECT_EQ(survey.channels.at(0).gridMissed, 6U);
+    EXPECT_THAT(survey.channels.at(0).fault, HasSubstr("lies outside the screen"));
+    EXPECT_FALSE(survey.complete());
+}
+
+TEST_F(TargetPlacerTest, RemarksOnTargetDataThatScreenAreasDoNotDecide) {
+    const std::string projector = displays::projector("A", displays::WHOLE_AREA);
+    const auto planar = displays::parsed(displays::FLAT, projector, "<TargetData type='PlanarAdvanced'/>");
+    ScreenManager::getInstance()->setScreenGeometry(planar.get(), false);
+    EXPECT_EQ(place(*planar).remark, "");
+    const auto spherical = displays::parsed(displays::FLAT, projector, "<TargetData type='Spherical'/>");
+    EXPECT_EQ(place(*spherical).remark, "the target data is Spherical; the targets were placed by the screen areas");
+}
+
 TEST_F(TargetPlacerTest, ASingleColumnStandsAtTheLeftEdge) {
     const auto config = displays::parsed(displays::FLAT, displays::projector("A", displays::WHOLE_AREA));
     ScreenManager::getInstance()->setScreenGeometry(config.get(), false);

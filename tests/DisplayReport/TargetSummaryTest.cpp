@@ -32,7 +32,7 @@ TEST(TargetSummary, TellsPlacedMissedAndExtent) {
               "Left     2       3       -1 .. 1  4 .. 4  0.5 .. 2\n"
               "Right    0       5       -        -       -\n"
               "2 targets placed, 8 missed, on 2 x 0 x 1.5 m (right x forward x up)\n"
-              "channel Right has no targets: no screen area\n");
+              "channel Right has no grid of targets: no screen area\n");
 }
 
 TEST(TargetSummary, SaysWhenThereAreNoProjectors) {

@@ -202,6 +202,17 @@ TEST_F(ScreenManagerTest, AMeshIsReadAgainButKeptWhenItsBytesAreTheSame) {
     EXPECT_NE(manager.getScreenGeometry(), first);
 }
 
+TEST_F(ScreenManagerTest, TheMeasuredMeshIsForcedTogetherWithTheContent) {
+    describeFlatScreen();
+    screen.measuredMeshFile = write("measured.obj", TRIANGLE);
+    manager.setScreenGeometry(&config, false);
+    const auto first = manager.getMeasuredScreenGeometry();
+    manager.setScreenGeometry(&config, false);
+    EXPECT_EQ(manager.getMeasuredScreenGeometry(), first);
+    manager.setScreenGeometry(&config, true);
+    EXPECT_NE(manager.getMeasuredScreenGeometry(), first);
+}
+
 TEST_F(ScreenManagerTest, AMeshWithoutAFileIsADefaultFlatScreenWithoutARecord) {
     screen.shape = BaseConfig::SHAPE_MESH;
     manager.setScreenGeometry(&config, false);

@@ -13,6 +13,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <log4cxx/logmanager.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -285,9 +286,6 @@ TEST_F(ScreenMeshTest, AFileTooLargeForAnyMemoryIsInsufficientMemory) {
     constexpr off_t TERABYTE = off_t{1} << 40;
     const std::string path = folder.write("a.obj", TRIANGLE);
     ASSERT_EQ(::truncate(path.c_str(), TERABYTE), 0);
-#if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the sanitizer ends the program at such an allocation";
-#endif
     EXPECT_EQ(contentRefusal(Veltrani::fromUtf8(path)),
               std::make_pair(std::string("Insufficient memory to load screen file."), std::string("std::bad_alloc")));
 }
@@ -317,6 +315,20 @@ TEST_F(ScreenMeshTest, AGeometryWithTheHashOfTheFileStaysUnlessForced) {
     EXPECT_TRUE(Access::loadMesh(screen, path, target, true));
     EXPECT_NE(target, installed);
     EXPECT_FALSE(Access::loadMesh(screen, write("a.txt", TRIANGLE), target, true));
+}
+
+TEST_F(ScreenMeshTest, AMeasuredMeshWithTheSameBytesStaysUnlessForced) {
+    const std::wstring path = write("a.obj", TRIANGLE);
+    EXPECT_TRUE(screen.loadMeasured(path, false));
+    const auto first = screen.getMeasured();
+    EXPECT_TRUE(screen.loadMeasured(path, false));
+    EXPECT_EQ(screen.getMeasured(), first);
+    EXPECT_TRUE(screen.loadMeasured(path, true));
+    EXPECT_NE(screen.getMeasured(), first);
+}
+
+TEST_F(ScreenMeshTest, TheLoggerOfTheScreenExistsFromTheStart) {
+    EXPECT_NE(log4cxx::LogManager::exists(L"Dravix.ScreenManager.Screen"), nullptr);
 }
 
 TEST_F(ScreenMeshTest, RealMeshesAreLoaded) {
