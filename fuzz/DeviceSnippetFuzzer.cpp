@@ -2,6 +2,7 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceSnippet.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
+#include "DeviceFramework2/ProjectorAddress.h"
 #include "DeviceFramework2/VirtualProjectorSnippet.h"
 
 #include <algorithm>
@@ -10,9 +11,11 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// Any text is either refused with a message that names it, or gives a snippet that is written and read again as the
-/// same; the identity is a MAC address or the one given; a wrapped text is the part of the input that it was.
+/// same, and so is an address; the identity is a MAC address or the one given; a wrapped text is the part of the input
+/// that it was.
 namespace {
 
 using namespace Veltrani::DeviceFramework2;
@@ -62,10 +65,18 @@ void checkVirtual(const std::wstring& text, const VirtualProjectorSnippet& snipp
     require(again.wrapped == snippet.wrapped);
 }
 
+void checkAddress(std::string_view text) {
+    if (const auto address = ProjectorAddress::parse(text)) {
+        require(address->port >= 1 && address->port <= 65535);
+        require(ProjectorAddress::parse(address->text()) == address);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::wstring text = Veltrani::fromUtf8OrBytes({reinterpret_cast<const char*>(data), size});
+    checkAddress({reinterpret_cast<const char*>(data), size});
     checkUid(createMACAddressDeviceUIDFromDeviceSnippet(IDENTITY, text));
     if (const auto device = readOrRefused([&] { return DeviceSnippet::parse(text); })) {
         checkDevice(text, *device);

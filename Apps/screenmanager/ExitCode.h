@@ -3,8 +3,8 @@
 /// What the program answers to the shell. Documented in its manual page.
 enum ExitCode : int {
     EXIT_ALL_RIGHT = 0,  ///< everything was done and nothing is wrong
-    /// done, but something is missing: `check` found faults, a channel got no grid of targets, a projector is missing, not
-    /// ready or failed
+    /// done, but something is missing: `check` found faults, a channel got no grid of targets, a projector is missing,
+    /// not ready or failed
     EXIT_INCOMPLETE = 1,
     EXIT_USAGE = 2,     ///< the command line is wrong
     EXIT_INPUT = 3,     ///< the configuration or a file that it names cannot be used
