@@ -1,12 +1,16 @@
 #include "CommandLine.h"
 
 #include "CheckCommand.h"
+#include "Common/Utf8.h"
 #include "ConsoleLog.h"
+#include "DiscoverCommand.h"
 #include "DisplayReport/TargetWriter.h"
 #include "ExitCode.h"
 
 #include <charconv>
+#include <chrono>
 #include <iostream>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -18,9 +22,9 @@ constexpr long long MOST_GRID_TARGETS = 4'000'000;
 constexpr int MOST_BOUNDARY_SAMPLES = 100000;
 
 constexpr const char* EXIT_CODES =
-    "Exit codes: 0 all right; 1 done, but faults were found or a channel has no grid of targets; 2 wrong command\n"
-    "line; 3 the configuration or a file that it names cannot be used; 4 the result cannot be written; 5 internal\n"
-    "fault.";
+    "Exit codes: 0 all right; 1 done, but faults were found, a channel has no grid of targets, or a projector is\n"
+    "missing, not ready or failed; 2 wrong command line; 3 the configuration or a file that it names cannot be\n"
+    "used; 4 the result cannot be written; 5 internal fault.";
 
 /// The whole of `text` as a number; 0 when it is none.
 int numberOf(std::string_view text) {
@@ -45,10 +49,72 @@ void readGrid(const std::string& text, Veltrani::DisplayReport::TargetPlan& plan
     plan.rows = rows;
 }
 
+/// Bounds of a wait in seconds: an answer on a local network takes milliseconds, and nobody waits for longer than an
+/// hour.
+constexpr double SHORTEST_TIMEOUT = 0.01;
+constexpr double LONGEST_TIMEOUT = 3600.0;
+
+using Veltrani::DeviceFramework2::MacAddress;
+using Veltrani::DeviceFramework2::ProjectorAddress;
+
+/// Throws the error of CLI11 for a wait that is none, NaN included.
+std::chrono::milliseconds readTimeout(double seconds) {
+    if (!(seconds >= SHORTEST_TIMEOUT && seconds <= LONGEST_TIMEOUT)) {
+        std::ostringstream text;
+        text << seconds << " s is not a wait of " << SHORTEST_TIMEOUT << " to " << LONGEST_TIMEOUT << " s";
+        throw CLI::ValidationError("--timeout", text.str());
+    }
+    return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
+/// Throws the error of CLI11 for what is no IPv4 address.
+ProjectorAddress readBroadcast(const std::string& text) {
+    const auto address = ProjectorAddress::parse(text);
+    if (!address || !address->isIpv4()) {
+        throw CLI::ValidationError("--broadcast", "\"" + text + "\" is not an IPv4 address with or without a port, " +
+                                                      "such as 192.0.2.255 or 192.0.2.255:4352");
+    }
+    return *address;
+}
+
+/// Throws the error of CLI11 for what is no MAC address.
+MacAddress readMac(const std::string& text) {
+    const auto mac = MacAddress::parse(Veltrani::fromUtf8(text));
+    if (!mac) {
+        throw CLI::ValidationError("--mac", "\"" + text + "\" is not a MAC address such as 02:00:00:00:00:01");
+    }
+    return *mac;
+}
+
+/// Throws the error of CLI11 for what is neither an address nor a MAC address.
+void readTarget(const std::string& text, Veltrani::DisplayReport::ProjectorAddition::Target& target) {
+    if (const auto mac = MacAddress::parse(Veltrani::fromUtf8(text))) {
+        target.mac = mac;
+        return;
+    }
+    target.address = ProjectorAddress::parse(text);
+    if (!target.address) {
+        throw CLI::ValidationError("PROJECTOR",
+                                   "\"" + text + "\" is neither an IP address with or without a port, " +
+                                       "such as 192.0.2.10, 192.0.2.10:4352 or [2001:db8::1]:4352, nor a " +
+                                       "MAC address such as 02:00:00:00:00:01");
+    }
+}
+
+/// Throws the error of CLI11 for a name that no channel can have.
+std::wstring readName(const std::string& text) {
+    const std::wstring name = Veltrani::fromUtf8(text);
+    if (name.empty()) {
+        throw CLI::ValidationError("--name", "a name has at least one character, in UTF-8");
+    }
+    return name;
+}
+
 }  // namespace
 
 CommandLine::CommandLine()
-    : m_app("Checks display configurations and places calibration targets on their screens.", "screenmanager") {
+    : m_app("Checks display configurations, places calibration targets on their screens and prepares their projectors.",
+            "screenmanager") {
     m_app.footer(EXIT_CODES);
     m_app.set_version_flag("--version", "screenmanager " SM_VERSION);
     m_app.require_subcommand(1);
@@ -57,6 +123,10 @@ CommandLine::CommandLine()
     m_app.add_flag("-v,--verbose", m_verbose, "Say on standard error what the library does")->excludes(quiet);
     addCheck();
     addTargets();
+    addChannels();
+    addPrepare();
+    addDiscover();
+    addAdd();
 }
 
 void CommandLine::addCheck() {
@@ -84,6 +154,70 @@ void CommandLine::addTargets() {
         ->type_name("N");
 }
 
+void CommandLine::addChannels() {
+    m_channels = m_app.add_subcommand("channels", "Ask every projector; print the channels and what they tell");
+    m_channels->add_option("FILE", m_channelOptions.file, "Configuration of the display (XML)")->required();
+    m_channels->add_flag("--offline", m_channelOptions.offline,
+                         "Put virtual projectors in place of those that cannot be reached");
+    addDeviceOptions(*m_channels);
+}
+
+void CommandLine::addPrepare() {
+    m_prepare = m_app.add_subcommand("prepare", "Make every projector show black, half grey or its input; or none");
+    m_prepare->add_option("FILE", m_prepareOptions.file, "Configuration of the display (XML)")->required();
+    m_prepare->add_option("STATE", m_prepareOptions.state, "black, gray50 or clear")
+        ->required()
+        ->check(CLI::IsMember(PrepareCommand::states()));
+    m_prepare->add_flag("--offline", m_prepareOptions.offline,
+                        "Put virtual projectors in place of those that are not ready");
+    addDeviceOptions(*m_prepare);
+}
+
+void CommandLine::addDiscover() {
+    m_discover = m_app.add_subcommand("discover", "Search the network for projectors and print those that answer");
+    addDeviceOptions(*m_discover);
+    addSearchOptions(*m_discover);
+}
+
+void CommandLine::addAdd() {
+    m_add = m_app.add_subcommand("add", "Add a projector to a configuration");
+    m_add->add_option("FILE", m_addOptions.file, "Configuration of the display (XML), which is changed")->required();
+    m_add
+        ->add_option_function<std::string>(
+            "PROJECTOR", [this](const std::string& text) { readTarget(text, m_addOptions.target); },
+            "Its IP address, or its MAC address to search for it")
+        ->required()
+        ->type_name("ADDRESS|MAC");
+    m_add
+        ->add_option_function<std::string>(
+            "--mac", [this](const std::string& text) { m_addOptions.target.mac = readMac(text); },
+            "MAC address of the projector at ADDRESS, for one that does not tell it")
+        ->type_name("MAC");
+    m_add
+        ->add_option_function<std::string>(
+            "--name", [this](const std::string& text) { m_addOptions.target.name = readName(text); },
+            "Name of the channel (default: where the projector is)")
+        ->type_name("NAME");
+    addDeviceOptions(*m_add);
+    addSearchOptions(*m_add);
+}
+
+void CommandLine::addDeviceOptions(CLI::App& command) {
+    command
+        .add_option_function<double>(
+            "--timeout", [this](double seconds) { m_deviceOptions.timeout = readTimeout(seconds); },
+            "Longest wait for each answer of a projector, and for a search (default 3 to 10, search 30)")
+        ->type_name("SECONDS");
+}
+
+void CommandLine::addSearchOptions(CLI::App& command) {
+    command
+        .add_option_function<std::string>(
+            "--broadcast", [this](const std::string& text) { m_deviceOptions.broadcast = readBroadcast(text); },
+            "Where to search (default: on all networks of this machine)")
+        ->type_name("ADDRESS[:PORT]");
+}
+
 void CommandLine::parse(int argc, char** argv) {
     m_app.parse(argc, argv);
 }
@@ -92,27 +226,48 @@ int CommandLine::report(const CLI::ParseError& error) const {
     // A misspelt command is left over; the error itself only says that one is missing.
     const std::vector<std::string> unknown = m_app.remaining();
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
-        std::cerr << "\"" + unknown.front() + "\" is not a command: check or targets. Run with --help for more.\n";
+        std::cerr << "\"" + unknown.front() +
+                         "\" is not a command: check, targets, channels, prepare, discover or add. Run with --help for "
+                         "more.\n";
         return EXIT_USAGE;
     }
     return m_app.exit(error) == 0 ? EXIT_ALL_RIGHT : EXIT_USAGE;
 }
 
-int CommandLine::run() {
-    Verbosity verbosity = Verbosity::NORMAL;
+Verbosity CommandLine::verbosity() const {
     if (m_quiet) {
-        verbosity = Verbosity::QUIET;
-    } else if (m_verbose) {
-        verbosity = Verbosity::VERBOSE;
+        return Verbosity::QUIET;
     }
-    // The check prints every fault itself, so warnings of the library would only repeat them.
-    const bool warnings = verbosity == Verbosity::NORMAL && m_targets->parsed();
-    const auto quietest = warnings ? log4cxx::Level::getWarn() : log4cxx::Level::getError();
-    ConsoleLog::install(verbosity == Verbosity::VERBOSE ? log4cxx::Level::getInfo() : quietest);
+    return m_verbose ? Verbosity::VERBOSE : Verbosity::NORMAL;
+}
 
+void CommandLine::installLog() const {
+    // The check prints every fault itself, so warnings of the library would only repeat them.
+    const bool warnings = verbosity() == Verbosity::NORMAL && !m_check->parsed();
+    const auto quietest = warnings ? log4cxx::Level::getWarn() : log4cxx::Level::getError();
+    ConsoleLog::install(verbosity() == Verbosity::VERBOSE ? log4cxx::Level::getInfo() : quietest);
+    if (verbosity() != Verbosity::VERBOSE) {
+        // The commands tell in their own words which projector is missing and what stands in for it.
+        ConsoleLog::showOnlyFatal(L"Dravix.ScreenManager.ChannelManager");
+    }
+}
+
+int CommandLine::run() {
+    installLog();
+    m_deviceOptions.verbosity = verbosity();
+    m_targetOptions.verbosity = verbosity();
+    m_channelOptions.devices = m_prepareOptions.devices = m_addOptions.devices = m_deviceOptions;
     if (m_check->parsed()) {
         return CheckCommand::run(m_checkedFile);
     }
-    m_targetOptions.verbosity = verbosity;
-    return TargetsCommand::run(m_targetOptions);
+    if (m_channels->parsed()) {
+        return ChannelsCommand::run(m_channelOptions);
+    }
+    if (m_prepare->parsed()) {
+        return PrepareCommand::run(m_prepareOptions);
+    }
+    if (m_discover->parsed()) {
+        return DiscoverCommand::run(m_deviceOptions);
+    }
+    return m_add->parsed() ? AddCommand::run(m_addOptions) : TargetsCommand::run(m_targetOptions);
 }

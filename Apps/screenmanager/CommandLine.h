@@ -1,5 +1,9 @@
 #pragma once
 
+#include "AddCommand.h"
+#include "ChannelsCommand.h"
+#include "DeviceOptions.h"
+#include "PrepareCommand.h"
 #include "TargetsCommand.h"
 #include "Verbosity.h"
 
@@ -22,12 +26,28 @@ public:
 private:
     void addCheck();
     void addTargets();
+    void addChannels();
+    void addPrepare();
+    void addDiscover();
+    void addAdd();
+    void addDeviceOptions(CLI::App& command);
+    void addSearchOptions(CLI::App& command);
+    [[nodiscard]] Verbosity verbosity() const;
+    void installLog() const;
 
     CLI::App m_app;
     CLI::App* m_check = nullptr;
     CLI::App* m_targets = nullptr;
+    CLI::App* m_channels = nullptr;
+    CLI::App* m_prepare = nullptr;
+    CLI::App* m_discover = nullptr;
+    CLI::App* m_add = nullptr;
     std::string m_checkedFile;
     TargetsCommand::Options m_targetOptions;
+    ChannelsCommand::Options m_channelOptions;
+    PrepareCommand::Options m_prepareOptions;
+    AddCommand::Options m_addOptions;
+    DeviceOptions m_deviceOptions;  ///< of whichever command was given
     bool m_quiet = false;
     bool m_verbose = false;
 };

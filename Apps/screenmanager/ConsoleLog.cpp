@@ -59,6 +59,10 @@ void ConsoleLog::install(const log4cxx::LevelPtr& threshold) {
     root->setLevel(threshold);
 }
 
+void ConsoleLog::showOnlyFatal(const std::wstring& logger) {
+    Logger::getLogger(logger)->setLevel(Level::getFatal());
+}
+
 ConsoleLog::ErrorsOnly::ErrorsOnly(bool enabled) : m_before(Logger::getRootLogger()->getLevel()) {
     if (enabled) {
         Logger::getRootLogger()->setLevel(Level::getError());

@@ -2,6 +2,8 @@
 
 #include <log4cxx/level.h>
 
+#include <string>
+
 /// Puts the log records of the process on standard error, one line each: "warning: Loading screen geometry failed:
 /// ...". Always UTF-8, whatever the locale is.
 class ConsoleLog {
@@ -10,6 +12,8 @@ public:
 
     /// Shows records at this level and above. Replaces what was installed before.
     static void install(const log4cxx::LevelPtr& threshold);
+    /// Hides what one logger says, unless it is fatal.
+    static void showOnlyFatal(const std::wstring& logger);
 
     /// While it lives, shows errors alone, unless `enabled` is false.
     class ErrorsOnly {

@@ -22,9 +22,15 @@ ProgressMeter::ProgressMeter(bool enabled, std::string work)
     : m_enabled(enabled && ::isatty(STDERR_FILENO) == 1), m_work(std::move(work)) {}
 
 ProgressMeter::~ProgressMeter() {
+    end();
+}
+
+void ProgressMeter::end() {
     if (m_shown) {
         std::cerr << START_OF_LINE << std::flush;
     }
+    m_shown = false;
+    m_enabled = false;
 }
 
 void ProgressMeter::begin() {

@@ -21,6 +21,9 @@ public:
     /// `done` of `total` equal pieces are done.
     void update(std::size_t done, std::size_t total);
 
+    /// Erases the line; nothing is shown afterwards.
+    void end();
+
     /// ", about 12 s left", ", about 3 min left"; nothing before the first piece and after the last.
     [[nodiscard]] static std::string timeLeft(double secondsSpent, std::size_t done, std::size_t total);
 

@@ -8,11 +8,25 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
+using WrongLines = std::vector<std::pair<std::vector<std::string>, std::string>>;
+
+/// Every line ends in the exit code 2 and a message that holds the text beside it.
+void expectRefused(const WrongLines& lines) {
+    for (const auto& [arguments, expected] : lines) {
+        const ProgramRun run = runScreenManager(arguments);
+        EXPECT_EQ(run.exitCode, 2) << expected;
+        EXPECT_THAT(run.errors, HasSubstr(expected));
+        EXPECT_EQ(run.output, "") << expected;
+    }
+}
+
 TEST(CommandLine, HelpNamesEveryCommandAndExitsWithZero) {
     const ProgramRun run = runScreenManager({"--help"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_THAT(run.output, HasSubstr("check"));
-    EXPECT_THAT(run.output, HasSubstr("targets"));
+    for (const char* command : {"targets", "channels", "prepare", "discover", "add"}) {
+        EXPECT_THAT(run.output, HasSubstr(command));
+    }
     EXPECT_THAT(run.output, HasSubstr("Exit codes:"));
     EXPECT_EQ(run.errors, "");
 }
@@ -27,7 +41,7 @@ TEST(CommandLine, TellsItsVersion) {
 }
 
 TEST(CommandLine, AWrongCommandLineExitsWithTwoAndSaysWhatIsWrong) {
-    const std::vector<std::pair<std::vector<std::string>, std::string>> wrong{
+    expectRefused({
         {{}, "subcommand"},
         {{"chek", "a.xml"}, "chek"},
         {{"check"}, "FILE"},
@@ -42,13 +56,29 @@ TEST(CommandLine, AWrongCommandLineExitsWithTwoAndSaysWhatIsWrong) {
         {{"targets", "a.xml", "--boundary", "-1"}, "-1"},
         {{"targets", "a.xml", "--boundary", "many"}, "many"},
         {{"--quiet", "--verbose", "check", "a.xml"}, "--quiet"},
-    };
-    for (const auto& [arguments, expected] : wrong) {
-        const ProgramRun run = runScreenManager(arguments);
-        EXPECT_EQ(run.exitCode, 2) << expected;
-        EXPECT_THAT(run.errors, HasSubstr(expected));
-        EXPECT_EQ(run.output, "") << expected;
-    }
+    });
+}
+
+TEST(CommandLine, WaitsAndSearchAddressesAreChecked) {
+    expectRefused({
+        {{"channels", "a.xml", "--timeout", "0"}, "0 s is not a wait of 0.01 to 3600 s"},
+        {{"channels", "a.xml", "--timeout", "nan"}, "nan s is not a wait"},
+        {{"channels", "a.xml", "--timeout", "1e99"}, "1e+99 s is not a wait"},
+        {{"discover", "--timeout", "soon"}, "--timeout"},
+        {{"discover", "--broadcast", "::1"}, "\"::1\" is not an IPv4 address"},
+        {{"discover", "--broadcast", "127.0.0.1:0"}, "is not an IPv4 address"},
+    });
+}
+
+TEST(CommandLine, ProjectorsAndStatesAreChecked) {
+    expectRefused({
+        {{"prepare", "a.xml"}, "STATE"},
+        {{"prepare", "a.xml", "grey"}, "grey"},
+        {{"add", "a.xml", "projector.example"}, "\"projector.example\" is neither an IP address"},
+        {{"add", "a.xml", "00:00:00:00:00:00"}, "nor a MAC address"},
+        {{"add", "a.xml", "192.0.2.1", "--mac", "02:00"}, "\"02:00\" is not a MAC address"},
+        {{"add", "a.xml", "192.0.2.1", "--name", "\xff"}, "a name has at least one character"},
+    });
 }
 
 }  // namespace

@@ -25,8 +25,13 @@ TEST(ManualPage, NamesEveryOptionOfTheHelp) {
         "/bin/sh", {"-c", "MANWIDTH=200 man -E ascii -l " SM_SOURCE_DIR "/docs/screenmanager.1 | sed 's/.\x08//g'"});
     ASSERT_EQ(page.exitCode, 0);
     std::set<std::string> options;
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"--help"}, {"check", "--help"}, {"targets", "--help"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
+                                                      {"check", "--help"},
+                                                      {"targets", "--help"},
+                                                      {"channels", "--help"},
+                                                      {"prepare", "--help"},
+                                                      {"discover", "--help"},
+                                                      {"add", "--help"}}) {
         options.merge(longOptions(runScreenManager(arguments).output));
     }
     ASSERT_GE(options.size(), 7U);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ScreenManager/ChannelManager.h"
 #include "ScreenManager/Screen.h"
 #include "ScreenManager/ScreenManager.h"
 
@@ -28,6 +29,9 @@ struct ScreenManagerTestAccess {
 
     static bool createScreenIfDifferent(ScreenManager& manager, XMLConfigManager* config, bool force) {
         return manager.createScreenIfDifferent(config, force);
+    }
+    static std::wstring generateUniqueChannelName(const ChannelManager& manager, const std::wstring& base) {
+        return manager.generateUniqueChannelName(base);
     }
     static bool hasInstance() { return ScreenManager::m_instance != nullptr; }
 };

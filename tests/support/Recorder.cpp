@@ -30,7 +30,8 @@ void Recorder::recordCall(const std::string& operation, const std::string& argum
     }
     const std::size_t call = m_calls[operation]++;
     const auto fault = m_faults.find(operation);
-    if (fault != m_faults.end() && call >= fault->second.fromCall) {
+    if (fault != m_faults.end() && call >= fault->second.fromCall &&
+        call - fault->second.fromCall < fault->second.count) {
         fault->second.raise();
     }
 }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <map>
 #include <string>
 #include <utility>
@@ -25,7 +26,12 @@ public:
     /// is recorded first.
     template <class Fault>
     void throwFrom(const std::string& operation, Fault fault, std::size_t call = 0) {
-        m_faults[operation] = {m_calls[operation] + call, [fault] { throw fault; }};
+        m_faults[operation] = {m_calls[operation] + call, EVERY_CALL, [fault] { throw fault; }};
+    }
+    /// Makes the next call of an operation throw `fault`, and no later one.
+    template <class Fault>
+    void throwOnce(const std::string& operation, Fault fault) {
+        m_faults[operation] = {m_calls[operation], 1, [fault] { throw fault; }};
     }
     void throwNoMore(const std::string& operation) { m_faults.erase(operation); }
 
@@ -59,9 +65,17 @@ protected:
         recordCall(operation, list);
     }
 
+    /// Records arguments that are a text already; it stands without quotes.
+    void recordLine(const std::string& operation, const std::string& arguments) const {
+        recordCall(operation, arguments);
+    }
+
 private:
+    static constexpr std::size_t EVERY_CALL = std::numeric_limits<std::size_t>::max();
+
     struct Fault {
         std::size_t fromCall;
+        std::size_t count;
         std::function<void()> raise;
     };
 

@@ -1,0 +1,134 @@
+#include "PrepareCommand.h"
+
+#include "Common/Utf8.h"
+#include "Configuration/XMLConfigFile.h"
+#include "DisplayReport/ProjectorRun.h"
+#include "DisplayReport/TextTable.h"
+#include "ExitCode.h"
+#include "FailureReport.h"
+#include "ProgressMeter.h"
+#include "ProjectorReport.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <memory>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+using Veltrani::DeviceFramework2::DeviceManager;
+
+struct State {
+    const char* name;
+    const char* picture;
+    ProjectorNeed need;
+    IChannelManager::ProjectorState state;
+};
+
+constexpr std::array<State, 3> STATES{{{"black", "black", ProjectorNeed::BLACK, IChannelManager::Black},
+                                       {"gray50", "half grey", ProjectorNeed::GRAY50, IChannelManager::Gray50},
+                                       {"clear", "their input", ProjectorNeed::CLEAR, IChannelManager::Clear}}};
+
+const State& stateNamed(const std::string& name) {
+    return *std::find_if(STATES.begin(), STATES.end() - 1, [&](const State& state) { return name == state.name; });
+}
+
+/// What reached the projectors before a fault: they keep it until somebody changes it.
+void reportSent(const ProjectorRun& run, const std::string& file) {
+    std::string text;
+    for (const CommandRecord& record : run.records()) {
+        text += "  " + std::string(record.failed ? "failed: " : "sent: ") + record.command + " to channel " +
+                printable(run.nameOf(record.uid)) + '\n';
+    }
+    const bool changed = std::any_of(run.records().begin(), run.records().end(),
+                                     [](const CommandRecord& record) { return !record.failed; });
+    text += changed ? "  what was sent stays in effect; undo it with: screenmanager prepare " + file + " clear\n"
+                    : "  nothing was sent before\n";
+    std::cerr << text;
+}
+
+void printSummary(ProjectorRun& run, const State& state) {
+    const auto all = static_cast<std::size_t>(run.channels().getNumberOfChannels());
+    const std::size_t simulated = run.simulatedChannels();
+    std::cout << "channels that show " << state.picture << ": " << all - simulated << " of " << all;
+    if (simulated > 0) {
+        std::cout << ", " << simulated << " simulated";
+    }
+    std::cout << '\n';
+}
+
+/// False when a projector failed, which has been reported then.
+bool send(ProjectorRun& run, const State& state, const PrepareCommand::Options& options) {
+    const auto total = static_cast<std::size_t>(run.channels().getNumberOfChannels());
+    ProgressMeter progress(options.devices.talkative(), "sending to projectors");
+    run.setObserver([&](const CommandRecord&) { progress.update(std::min(run.records().size(), total), total); });
+    bool complete = false;
+    try {
+        run.channels().setupProjectorState(state.state);
+        // The last step of a preparation ends without an exception whatever happens in it.
+        complete = std::none_of(run.records().begin(), run.records().end(),
+                                [](const CommandRecord& record) { return record.failed; });
+    } catch (...) {
+        progress.end();
+        reportDeviceFailure(options.file, std::current_exception());
+    }
+    run.setObserver({});
+    progress.end();
+    if (!complete) {
+        reportSent(run, options.file);
+    }
+    return complete;
+}
+
+int prepare(XMLConfigFile& config, const State& state, const PrepareCommand::Options& options) {
+    DeviceManager devices(options.devices.settings());
+    ProgressMeter progress(options.devices.talkative(), "asking projectors");
+    ProjectorRun run(config, devices, state.need,
+                     [&progress](std::size_t done, std::size_t total) { progress.update(done, total); });
+    progress.end();
+    if (reportNone(run.findings(), options.file)) {
+        return EXIT_INCOMPLETE;
+    }
+    const bool replace = options.offline && !run.complete();
+    if (!replace || options.devices.talkative()) {
+        reportUnusable(run.findings(), replace);
+    }
+    if (!run.complete() && !replace) {
+        std::cerr << "error: nothing was sent; mend this, or let virtual projectors stand in with --offline\n";
+        return EXIT_INCOMPLETE;
+    }
+    try {
+        run.buildChannels();
+    } catch (...) {
+        reportDeviceFailure(options.file, std::current_exception());
+        return EXIT_INPUT;
+    }
+    if (!send(run, state, options)) {
+        return EXIT_INCOMPLETE;
+    }
+    printSummary(run, state);
+    return std::cout.flush() ? EXIT_ALL_RIGHT : EXIT_OUTPUT;
+}
+
+}  // namespace
+
+std::vector<std::string> PrepareCommand::states() {
+    std::vector<std::string> names;
+    names.reserve(STATES.size());
+    for (const State& state : STATES) {
+        names.emplace_back(state.name);
+    }
+    return names;
+}
+
+int PrepareCommand::run(const Options& options) {
+    std::unique_ptr<XMLConfigFile> config;
+    try {
+        config = XMLConfigFile::load(options.file);
+    } catch (...) {
+        reportFailure(options.file, std::current_exception());
+        return EXIT_INPUT;
+    }
+    return prepare(*config, stateNamed(options.state), options);
+}

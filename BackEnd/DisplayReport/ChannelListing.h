@@ -1,0 +1,38 @@
+#pragma once
+
+#include "DisplayReport/Fault.h"
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+class ProjectorRun;
+
+/// One line of the table of channels. All texts UTF-8; "-" stands for what cannot be told.
+struct ChannelLine {
+    std::string name;
+    std::string id;          ///< of the configuration entry
+    std::string device;      ///< where it is, or where the configuration has it
+    std::string state;       ///< "on", "standby", "cooling", "warming up", "reachable", "simulated" or "missing"
+    std::string resolution;  ///< "1920 x 1200"
+    std::string input;       ///< number in the projector's own list, 0 is the first
+    std::string firmware;
+};
+
+/// The channels of a display with what their projectors tell of themselves.
+struct ChannelListing {
+    std::vector<ChannelLine> lines;
+    /// Questions that a projector which is on did not answer.
+    std::vector<Fault> faults;
+
+    /// Before there are channels: the entries of the configuration, with those that were not found.
+    [[nodiscard]] static ChannelListing ofEntries(const ProjectorRun& run);
+    /// The channels, once they were built.
+    [[nodiscard]] static ChannelListing ofChannels(ProjectorRun& run);
+
+    void print(std::ostream& out) const;
+};
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,128 @@
+#include "DisplayReport/ProjectorAddition.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/ProjectorConfig.h"
+#include "Configuration/XMLConfigFile.h"
+#include "DeviceFramework2/DeviceException.h"
+#include "DeviceFramework2/DeviceManager.h"
+#include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/DeviceTypeManager.h"
+#include "ScreenManager/ChannelManager.h"
+
+namespace Veltrani::DisplayReport {
+
+using namespace DeviceFramework2;
+
+namespace {
+
+[[noreturn]] void refuse(const ProjectorConfig& entry, const std::wstring& what) {
+    throw VeltraniException(what + L" is there already: entry " + entry.getIdentity() + L", channel \"" +
+                            entry.getName() + L"\"");
+}
+
+/// Nothing for an entry whose snippet is broken or states no address.
+std::optional<ProjectorAddress> addressOf(const ProjectorConfig& entry) {
+    try {
+        return ProjectorAddress::of(DeviceSnippet::parse(entry.getDeviceSnippet()));
+    } catch (const DeviceException&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace
+
+ProjectorAddition::Added ProjectorAddition::add(const Target& target) const {
+    requireNewName(target.name);
+    requireNew(target.address);
+    const MacAddress mac = target.mac ? *target.mac : macAt(target.address.value());
+    requireNew(mac);
+    Device* const device = connect(mac, target);
+    ChannelManager channels(&m_config);
+    channels.setDeviceManager(&m_devices);
+    addChannel(channels, device);
+
+    Channel channel = channels.getChannelInfo(channels.getChannelIndexByID(mac.uid()));
+    if (!target.name.empty()) {
+        channel.setName(target.name);
+    }
+    const Location* const place = device->getLocation();
+    return {mac.uid(), channel.getName(), place == nullptr ? std::wstring() : place->getDescription(),
+            channel.getConfig()->getWidth(), channel.getConfig()->getHeight()};
+}
+
+/// A question to this one address: the answer to a search is the only one in which a projector tells its MAC address.
+MacAddress ProjectorAddition::macAt(const ProjectorAddress& address) const {
+    const std::wstring place = fromUtf8(address.text());
+    if (!address.isIpv4()) {
+        throw VeltraniException(L"the projector at " + place +
+                                L" cannot be asked for its MAC address over IPv6; state it with --mac");
+    }
+    PjlinkSearchSettings settings = m_devices.settings().search;
+    settings.targets = {address.host};
+    settings.targetPort = address.port;
+    settings.ownPort = PjlinkSearchSettings::ownPortFor(address.port);
+    const auto isIt = [&](const PjlinkSearch::Answer& answer) { return answer.host == address.host; };
+    const auto answers = PjlinkSearch(settings).run(isIt);
+    if (answers.empty() || !isIt(answers.back())) {
+        throw VeltraniException(L"the projector at " + place +
+                                L" does not tell its MAC address; check that it has power and that its network " +
+                                L"control is switched on; if it has PJLink class 1, state the address with --mac");
+    }
+    return answers.back().mac;
+}
+
+void ProjectorAddition::requireNew(const MacAddress& mac) const {
+    for (const std::wstring& id : m_config.getProjectorConfigIds()) {
+        const ProjectorConfig* const entry = m_config.getProjectorConfig(id);
+        const std::wstring uid = createMACAddressDeviceUIDFromDeviceSnippet(id, entry->getDeviceSnippet());
+        if (id == mac.uid() || uid == mac.uid()) {
+            refuse(*entry, L"the projector " + mac.text());
+        }
+    }
+}
+
+void ProjectorAddition::requireNew(const std::optional<ProjectorAddress>& address) const {
+    for (const std::wstring& id : m_config.getProjectorConfigIds()) {
+        const ProjectorConfig* const entry = m_config.getProjectorConfig(id);
+        if (address && addressOf(*entry) == address) {
+            refuse(*entry, L"a projector at " + fromUtf8(address->text()));
+        }
+    }
+}
+
+void ProjectorAddition::requireNewName(const std::wstring& name) const {
+    for (const std::wstring& id : m_config.getProjectorConfigIds()) {
+        const ProjectorConfig* const entry = m_config.getProjectorConfig(id);
+        if (!name.empty() && entry->getName() == name) {
+            refuse(*entry, L"the name \"" + name + L"\"");
+        }
+    }
+}
+
+Device* ProjectorAddition::connect(const MacAddress& mac, const Target& target) const {
+    const bool located = target.address.has_value();
+    const DeviceSnippet snippet{DeviceTypeManager::pjlinkTypeName(), mac, located ? target.address->host : "",
+                                located ? target.address->port : m_devices.settings().search.targetPort};
+    Device* const device = m_devices.connectDevice(snippet.text());
+    try {
+        requireNew(ProjectorAddress::of(DeviceSnippet::parse(device->getDeviceSnippet())));
+        m_config.addProjectorConfig(mac.uid());
+    } catch (...) {
+        m_devices.releaseDevice(device);
+        throw;
+    }
+    return device;
+}
+
+/// The device belongs to its channel afterwards, and is given back when there is none.
+void ProjectorAddition::addChannel(ChannelManager& channels, Device* device) const {
+    try {
+        channels.addChannel(device, &m_devices);
+    } catch (...) {
+        m_devices.releaseDevice(device);
+        throw;
+    }
+}
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "DeviceFramework2/MacAddress.h"
+#include "DeviceFramework2/ProjectorAddress.h"
+
+#include <optional>
+#include <string>
+
+class ChannelManager;
+class XMLConfigFile;
+
+namespace Veltrani::DeviceFramework2 {
+
+class Device;
+class DeviceManager;
+
+}  // namespace Veltrani::DeviceFramework2
+
+namespace Veltrani::DisplayReport {
+
+/// Adds a projector to a configuration, as an entry and as a channel. No projector but the new one is asked anything.
+///
+/// Every fault is a `VeltraniException` with a message for people; the configuration may be half changed then and must
+/// not be saved.
+class ProjectorAddition {
+public:
+    /// Which projector: by its address, by its MAC address, or both.
+    struct Target {
+        std::optional<DeviceFramework2::ProjectorAddress> address;  ///< without: the network is searched
+        std::optional<DeviceFramework2::MacAddress> mac;            ///< without: the projector is asked for it
+        std::wstring name;                                          ///< of the channel; empty: where it is
+    };
+
+    struct Added {
+        std::wstring uid;
+        std::wstring name;
+        std::wstring place;  ///< "PJLink 192.0.2.10:4352"
+        int width = 0;       ///< pixels, 0 when the projector does not tell
+        int height = 0;
+    };
+
+    ProjectorAddition(XMLConfigFile& config, DeviceFramework2::DeviceManager& devices)
+        : m_config(config), m_devices(devices) {}
+
+    /// Refuses a projector, an address and a name that the configuration has already.
+    Added add(const Target& target) const;
+
+private:
+    [[nodiscard]] DeviceFramework2::MacAddress macAt(const DeviceFramework2::ProjectorAddress& address) const;
+    void requireNew(const DeviceFramework2::MacAddress& mac) const;
+    void requireNew(const std::optional<DeviceFramework2::ProjectorAddress>& address) const;
+    void requireNewName(const std::wstring& name) const;
+    DeviceFramework2::Device* connect(const DeviceFramework2::MacAddress& mac, const Target& target) const;
+    void addChannel(ChannelManager& channels, DeviceFramework2::Device* device) const;
+
+    XMLConfigFile& m_config;
+    DeviceFramework2::DeviceManager& m_devices;
+};
+
+}  // namespace Veltrani::DisplayReport

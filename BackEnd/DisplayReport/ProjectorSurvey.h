@@ -1,0 +1,51 @@
+#pragma once
+
+#include "DisplayReport/ProjectorFinding.h"
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+class ProjectorConfig;
+class XMLConfigManager;
+
+namespace Veltrani::DeviceFramework2 {
+
+class DeviceManager;
+
+}  // namespace Veltrani::DeviceFramework2
+
+namespace Veltrani::DisplayReport {
+
+/// What is going to be asked of the projectors.
+enum class ProjectorNeed {
+    ANSWER,  ///< that they are there
+    BLACK,   ///< a black picture
+    GRAY50,  ///< a half grey picture
+    CLEAR,   ///< their input
+};
+
+/// Asks every projector of a configuration, each by itself, whether it is there, on, and able to do what is needed.
+/// Changes nothing on any of them, and one that does not do keeps none of the others from being asked.
+class ProjectorSurvey {
+public:
+    /// Told before each projector how many are done, of how many; once more at the end.
+    using Progress = std::function<void(std::size_t done, std::size_t total)>;
+
+    explicit ProjectorSurvey(ProjectorNeed need, Progress progress = {});
+
+    /// One finding per entry, in configuration order. Takes up to the limits of the manager's settings for each.
+    [[nodiscard]] std::vector<ProjectorFinding> run(const XMLConfigManager& config,
+                                                    DeviceFramework2::DeviceManager& manager) const;
+
+private:
+    [[nodiscard]] ProjectorFinding ask(const std::wstring& id, const ProjectorConfig& entry,
+                                       DeviceFramework2::DeviceManager& manager) const;
+    void requireNeed(DeviceFramework2::Device& device) const;
+
+    ProjectorNeed m_need;
+    Progress m_progress;
+};
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,3 @@
+#include "ScreenManager/IChannelManager.h"
+
+IChannelManager::~IChannelManager() = default;

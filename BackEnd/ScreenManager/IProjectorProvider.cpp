@@ -1,0 +1,3 @@
+#include "ScreenManager/IProjectorProvider.h"
+
+IProjectorProvider::~IProjectorProvider() = default;

@@ -1,0 +1,87 @@
+#include "ScreenManager/ProjectorBinding.h"
+
+#include "Common/VeltraniException.h"
+#include "Common/VeltraniLogging.h"
+#include "Configuration/ProjectorConfig.h"
+#include "Configuration/XMLConfigManager.h"
+#include "DeviceFramework2/DeviceTypeManager.h"
+#include "DeviceFramework2/IDeviceManager.h"
+#include "DravixDiagnostics/DravixDiagnostics.h"
+
+using Veltrani::DeviceFramework2::Device;
+using Veltrani::DeviceFramework2::DeviceTypeManager;
+using Veltrani::DeviceFramework2::IDeviceManager;
+
+namespace {
+
+/// Of whom this is the part that talks to the devices.
+const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.ChannelManager");
+
+}  // namespace
+
+ProjectorBinding::ProjectorBinding(XMLConfigManager* config, IDeviceManager* deviceManager, bool replaceMissing)
+    : m_config(config), m_deviceManager(deviceManager), m_replaceMissing(replaceMissing) {}
+
+ProjectorBinding::Result ProjectorBinding::bind(const std::wstring& id, ProjectorConfig& entry) const {
+    Device* const device = acquire(id, entry);
+    const std::wstring identity = entry.getIdentity();
+    const std::wstring uid =
+        Veltrani::DeviceFramework2::createMACAddressDeviceUIDFromDeviceSnippet(identity, device->getUidSourceText());
+    if (!m_config->renameProjectorConfig(id, uid)) {
+        m_deviceManager->releaseDevice(device);
+        VELTRANI_LOG(LOGGER, Error,
+                     id + L" is replaced by " + uid +
+                         L" which is already in the config.  Quorvane does not support projector swapping");
+        throw ChannelSwapException(id, uid);
+    }
+    entry.setDeviceSnippet(device->getDeviceSnippet());
+    return {device, uid};
+}
+
+Device* ProjectorBinding::acquire(const std::wstring& id, const ProjectorConfig& entry) const {
+    try {
+        Device* const device = DravixDiagnostics::doVirtualLoad() ? createVirtual(id, entry) : createConfigured(entry);
+        if (device == nullptr) {
+            throw ChannelInitializationException(entry.getSectionID());
+        }
+        return device;
+    } catch (const ChannelInitializationException&) {
+        VELTRANI_LOG(LOGGER, Error, L"AddDevice threw ChannelInitializationException for " + id);
+        if (!m_replaceMissing) {
+            throw;
+        }
+        return replace(id, entry, L"Virtual replace failed for ");
+    } catch (...) {
+        VELTRANI_LOG(LOGGER, Error, L"Exception occured when adding " + id);
+        if (!m_replaceMissing) {
+            throw ChannelInitializationException(entry.getSectionID());
+        }
+        return replace(id, entry, L"Virtual replace (2) failed for ");
+    }
+}
+
+Device* ProjectorBinding::createConfigured(const ProjectorConfig& entry) const {
+    const std::wstring snippet = entry.getDeviceSnippet();
+    return m_deviceManager != nullptr ? m_deviceManager->createDevice(snippet, true, std::wstring()) : nullptr;
+}
+
+Device* ProjectorBinding::createVirtual(const std::wstring& id, const ProjectorConfig& entry) const {
+    VELTRANI_LOG(LOGGER, Warn, L"Replacing projector " + id + L"with (offline) virtual projector");
+    std::wstring snippet = L"<Wrapper><Projector Width='" + std::to_wstring(entry.getWidth());
+    snippet += L"' Height='" + std::to_wstring(entry.getHeight());
+    snippet += L"'>" + entry.getDeviceSnippet() + L"</Projector></Wrapper>";
+    return m_deviceManager != nullptr
+               ? m_deviceManager->createDevice(snippet, false, DeviceTypeManager::virtualProjectorTypeName())
+               : nullptr;
+}
+
+/// @param failure what is logged, before the id, when there is no virtual projector either
+Device* ProjectorBinding::replace(const std::wstring& id, const ProjectorConfig& entry,
+                                  const std::wstring& failure) const {
+    Device* const device = createVirtual(id, entry);
+    if (device == nullptr) {
+        VELTRANI_LOG(LOGGER, Error, failure + id);
+        throw ChannelInitializationException(entry.getSectionID());
+    }
+    return device;
+}

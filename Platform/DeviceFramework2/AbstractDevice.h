@@ -1,0 +1,25 @@
+#pragma once
+
+#include "DeviceFramework2/Command.h"
+
+#include <memory>
+
+namespace Veltrani::DeviceFramework2 {
+
+/// Whatever takes commands.
+class AbstractDevice {
+public:
+    AbstractDevice() = default;
+    AbstractDevice(const AbstractDevice&) = delete;
+    AbstractDevice& operator=(const AbstractDevice&) = delete;
+    virtual ~AbstractDevice() = default;
+
+    /// True when the device can carry the command out. Asks nothing of the hardware.
+    [[nodiscard]] virtual bool supports(const Command& command) const = 0;
+
+    /// Carries the command out and stores the answer in it. Throws `DeviceException` when that fails; the command then
+    /// has no new result.
+    virtual void execute(const std::shared_ptr<Command>& command) = 0;
+};
+
+}  // namespace Veltrani::DeviceFramework2

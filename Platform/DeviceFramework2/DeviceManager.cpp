@@ -1,0 +1,195 @@
+#include "DeviceFramework2/DeviceManager.h"
+
+#include "Common/VeltraniLogging.h"
+#include "DeviceFramework2/DeviceException.h"
+#include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/DeviceTypeManager.h"
+#include "DeviceFramework2/PJLinkProjector.h"
+#include "DeviceFramework2/VirtualProjector.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace Veltrani::DeviceFramework2 {
+
+namespace {
+
+const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.DeviceFramework2.DeviceManager");
+
+/// Set once somebody has chosen; null is a choice too.
+std::optional<IDeviceManager*>& chosenInstance() {
+    static std::optional<IDeviceManager*> chosen;
+    return chosen;
+}
+
+void requireType(bool realDevice, const std::wstring& typeName) {
+    const std::wstring expected =
+        realDevice ? DeviceTypeManager::pjlinkTypeName() : DeviceTypeManager::virtualProjectorTypeName();
+    if (!typeName.empty() && typeName != expected) {
+        throw DeviceException(__FILE__, __LINE__,
+                              L"Device type \"" + typeName + L"\": the type of a " +
+                                  (realDevice ? L"real" : L"simulated") + L" device is " + expected);
+    }
+}
+
+}  // namespace
+
+struct DeviceManager::Entry {
+    std::unique_ptr<Device> device;
+    bool real = false;
+    int count = 1;
+    std::wstring boundId{};  ///< empty until the device is bound
+};
+
+IDeviceManager* DeviceManager::getInstance() {
+    if (chosenInstance()) {
+        return *chosenInstance();
+    }
+    static DeviceManager standard;
+    return &standard;
+}
+
+void DeviceManager::setInstance(IDeviceManager* instance) {
+    chosenInstance() = instance;
+}
+
+DeviceManager::DeviceManager() = default;
+
+DeviceManager::DeviceManager(Settings settings) : m_settings(std::move(settings)) {}
+
+DeviceManager::~DeviceManager() = default;
+
+AbstractDevice* DeviceManager::getDevice(const std::wstring& configurationId) {
+    Entry* entry = findId(configurationId);
+    return entry == nullptr ? nullptr : entry->device.get();
+}
+
+Device* DeviceManager::createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) {
+    requireType(realDevice, typeName);
+    return realDevice ? createReal(snippet) : createVirtual(snippet);
+}
+
+void DeviceManager::releaseDevice(AbstractDevice* device) {
+    if (device == nullptr) {
+        return;
+    }
+    Entry* entry = findDevice(device);
+    if (entry == nullptr) {
+        VELTRANI_LOG(LOGGER, Warn, L"releaseDevice: the device is none of this manager's, or was released before");
+        return;
+    }
+    if (--entry->count == 0) {
+        m_entries.erase(std::find_if(m_entries.begin(), m_entries.end(),
+                                     [entry](const auto& candidate) { return candidate.get() == entry; }));
+    }
+}
+
+bool DeviceManager::bindDevice(AbstractDevice* device, const std::wstring& configurationId) {
+    Entry* entry = findDevice(device);
+    const Entry* present = findId(configurationId);
+    if (entry == nullptr || configurationId.empty() || (present != nullptr && present != entry)) {
+        return false;
+    }
+    entry->boundId = configurationId;
+    return true;
+}
+
+std::size_t DeviceManager::deviceCount() const {
+    return m_entries.size();
+}
+
+int DeviceManager::useCount(const AbstractDevice* device) const {
+    const Entry* entry = findDevice(device);
+    return entry == nullptr ? 0 : entry->count;
+}
+
+DeviceManager::Entry* DeviceManager::findId(const std::wstring& id) const {
+    for (const auto& entry : m_entries) {
+        if (entry->device->getUID() == id || (!entry->boundId.empty() && entry->boundId == id)) {
+            return entry.get();
+        }
+    }
+    return nullptr;
+}
+
+DeviceManager::Entry* DeviceManager::findDevice(const AbstractDevice* device) const {
+    for (const auto& entry : m_entries) {
+        if (entry->device.get() == device) {
+            return entry.get();
+        }
+    }
+    return nullptr;
+}
+
+Device* DeviceManager::connectDevice(const std::wstring& snippet) {
+    return connect(DeviceSnippet::parse(snippet));
+}
+
+Device* DeviceManager::createReal(const std::wstring& text) {
+    const DeviceSnippet snippet = DeviceSnippet::parse(text);
+    try {
+        return connect(snippet);
+    } catch (const DeviceException& fault) {
+        VELTRANI_LOG(LOGGER, Warn, L"createDevice: " + fault.message);
+        return nullptr;
+    }
+}
+
+Device* DeviceManager::connect(DeviceSnippet snippet) {
+    if (Entry* known = findId(snippet.mac.uid())) {
+        return countAgain(*known, true);
+    }
+    if (snippet.host.empty()) {
+        snippet.host = searchHost(snippet.mac);
+    }
+    auto projector = std::make_unique<PJLinkProjector>(snippet, m_settings.pjlink);
+    projector->contact();
+    return add(std::move(projector), true);
+}
+
+Device* DeviceManager::createVirtual(const std::wstring& text) {
+    const VirtualProjectorSnippet snippet = VirtualProjectorSnippet::parse(text);
+    const auto mac = DeviceSnippet::macAddressIn(snippet.wrapped);
+    if (Entry* known = mac ? findId(mac->uid()) : nullptr) {
+        return countAgain(*known, false);
+    }
+    return add(std::make_unique<VirtualProjector>(snippet, mac ? mac->uid() : freshUid()), false);
+}
+
+Device* DeviceManager::countAgain(Entry& entry, bool realDevice) {
+    ++entry.count;
+    if (entry.real != realDevice) {
+        VELTRANI_LOG(LOGGER, Warn,
+                     L"createDevice: " + entry.device->getUID() + L" is in use as a " +
+                         (entry.real ? L"real" : L"virtual") + L" projector and stays one until it is released");
+    }
+    return entry.device.get();
+}
+
+Device* DeviceManager::add(std::unique_ptr<Device> device, bool realDevice) {
+    m_entries.push_back(std::make_unique<Entry>(Entry{std::move(device), realDevice}));
+    return m_entries.back()->device.get();
+}
+
+std::string DeviceManager::searchHost(const MacAddress& mac) const {
+    const auto isWanted = [&](const PjlinkSearch::Answer& answer) { return answer.mac == mac; };
+    const auto answers = PjlinkSearch(m_settings.search).run(isWanted);
+    if (answers.empty() || !isWanted(answers.back())) {
+        throw DeviceException(__FILE__, __LINE__,
+                              L"PJLink projector " + mac.uid() + L" did not answer the search (" +
+                                  std::to_wstring(answers.size()) + L" others did)");
+    }
+    return answers.back().host;
+}
+
+/// An identity for a virtual projector whose entry never had a device.
+std::wstring DeviceManager::freshUid() {
+    std::wstring uid;
+    do {
+        uid = L"virtual-" + std::to_wstring(++m_anonymous);
+    } while (findId(uid) != nullptr);
+    return uid;
+}
+
+}  // namespace Veltrani::DeviceFramework2

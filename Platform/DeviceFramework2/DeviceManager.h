@@ -1,0 +1,79 @@
+#pragma once
+
+#include "DeviceFramework2/IDeviceManager.h"
+#include "DeviceFramework2/PjlinkSearch.h"
+#include "DeviceFramework2/PjlinkSettings.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DeviceFramework2 {
+
+struct DeviceSnippet;
+
+/// The device manager: PJLink projectors and virtual ones.
+///
+/// Opens no socket on its own; `createDevice` of a real projector does. A snippet without a host makes it search for
+/// the projector, which takes up to the time of `PjlinkSearchSettings`.
+class DeviceManager : public IDeviceManager {
+public:
+    struct Settings {
+        PjlinkSettings pjlink;
+        PjlinkSearchSettings search;
+    };
+
+    /// The manager of the process: one with the default settings, unless another one was set.
+    [[nodiscard]] static IDeviceManager* getInstance();
+    /// Puts another manager in its place, for instance a double; null too, for a system without one. Not owned. Keep
+    /// what `getInstance` answered before to put it back.
+    static void setInstance(IDeviceManager* instance);
+
+    DeviceManager();
+    explicit DeviceManager(Settings settings);
+    ~DeviceManager() override;
+
+    [[nodiscard]] const Settings& settings() const { return m_settings; }
+
+    /// By the UID under which it was created, or by the id that it was bound to.
+    AbstractDevice* getDevice(const std::wstring& configurationId) override;
+
+    /// A device whose UID is already known is counted once more and answered, whatever its kind; a warning tells when
+    /// it is not of the kind that was asked for. Throws `DeviceException` for a broken snippet and for a type that
+    /// does not exist or contradicts `realDevice` or the snippet.
+    Device* createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) override;
+
+    /// As `createDevice` for a real device, but says in a `DeviceException` why it does not answer, and logs nothing.
+    Device* connectDevice(const std::wstring& snippet);
+
+    /// A device that is none of this manager's is left alone, with a warning.
+    void releaseDevice(AbstractDevice* device) override;
+
+    /// False when the device is none of this manager's or another one has the id.
+    bool bindDevice(AbstractDevice* device, const std::wstring& configurationId) override;
+
+    /// Devices that exist.
+    [[nodiscard]] std::size_t deviceCount() const;
+    /// How often a device must still be released; 0 for one that is none of this manager's.
+    [[nodiscard]] int useCount(const AbstractDevice* device) const;
+
+private:
+    struct Entry;
+
+    [[nodiscard]] Entry* findId(const std::wstring& id) const;
+    [[nodiscard]] Entry* findDevice(const AbstractDevice* device) const;
+    Device* createReal(const std::wstring& text);
+    Device* createVirtual(const std::wstring& text);
+    Device* countAgain(Entry& entry, bool realDevice);
+    Device* add(std::unique_ptr<Device> device, bool realDevice);
+    Device* connect(DeviceSnippet snippet);
+    [[nodiscard]] std::string searchHost(const MacAddress& mac) const;
+    std::wstring freshUid();
+
+    Settings m_settings;
+    std::vector<std::unique_ptr<Entry>> m_entries;
+    int m_anonymous = 0;
+};
+
+}  // namespace Veltrani::DeviceFramework2

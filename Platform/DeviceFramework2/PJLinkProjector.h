@@ -1,0 +1,90 @@
+#pragma once
+
+#include "DeviceFramework2/Commands.h"
+#include "DeviceFramework2/Device.h"
+#include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/PjlinkSettings.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DeviceFramework2 {
+
+class PjlinkSession;
+
+/// A projector that is controlled over the network by the PJLink standard, class 1 or 2.
+///
+/// | Command | Sent |
+/// |---|---|
+/// | `RunFillBlackTo` | the shutter: `AVMT 11`, or `AVMT 31` when the projector only mutes picture and sound together |
+/// | `RunClearTo` | `AVMT 10`, or `AVMT 30` |
+/// | `GetActiveInputSignalIndex` | the position of `INPT ?` in `INST ?` |
+/// | `SetActiveInputSignalIndex` | `INPT` with that entry of `INST ?` |
+/// | `GetPowerState` | `POWR ?` |
+/// | `GetPictureMute` | `AVMT ?` |
+/// | `GetProjectorName` | `NAME ?` |
+/// | `GetModel` | `INF1 ?`, `INF2 ?` |
+/// | `GetNativeResolution` (class 2) | `RRES ?` |
+/// | `GetFirmware` (class 2) | `SVER ?` |
+/// | `RunFill50GrayTo` | nothing: not in the standard, throws |
+/// | `DisableWhiteLevelWarp`, `DisableWhiteLevelBlend`, `DisableBlackLevelBlend` | nothing: not in the standard; one
+/// warning per projector that its own warp and blend must be off |
+///
+/// `supports` is false for the last two rows, and for the class 2 commands of a class 1 projector. Fill parameters have
+/// no meaning here. Each command is a session of its own, and every wait in it has a limit (`PjlinkSettings`). Every
+/// fault is a `DeviceException` that names the projector, its address and the command.
+class PJLinkProjector : public Device {
+public:
+    /// Opens no connection. The snippet must have a host.
+    PJLinkProjector(const DeviceSnippet& snippet, const PjlinkSettings& settings);
+    ~PJLinkProjector() override;
+
+    /// Connects, logs in and asks for the class. Throws `DeviceException` when the projector does not answer; until
+    /// this has succeeded it is taken for class 1.
+    void contact();
+
+    [[nodiscard]] bool supports(const Command& command) const override;
+    void execute(const std::shared_ptr<Command>& command) override;
+
+    [[nodiscard]] std::wstring getUID() const override;
+    /// In one line; with the host, even where a search found it.
+    [[nodiscard]] std::wstring getDeviceSnippet() const override;
+    /// The MAC address.
+    [[nodiscard]] std::wstring getUidSourceText() const override;
+    /// "PJLink 192.0.2.10:4352"; never null.
+    [[nodiscard]] const Location* getLocation() const override;
+    [[nodiscard]] int getTypeCode() const override;
+
+private:
+    struct Action;
+    class Address;
+
+    static const std::vector<Action>& actions();
+    static const Action* actionFor(const Command& command);
+    [[nodiscard]] std::wstring name() const;
+
+    void readClass(PjlinkSession& session);
+    void readFirmware(PjlinkSession& session, GetFirmware& command);
+    void readResolution(PjlinkSession& session, GetNativeResolution& command);
+    void readInput(PjlinkSession& session, GetActiveInputSignalIndex& command);
+    void readPower(PjlinkSession& session, GetPowerState& command);
+    void readMute(PjlinkSession& session, GetPictureMute& command);
+    void readName(PjlinkSession& session, GetProjectorName& command);
+    void readModel(PjlinkSession& session, GetModel& command);
+    void setInput(PjlinkSession& session, SetActiveInputSignalIndex& command);
+    void closeShutter(PjlinkSession& session, Device::Drawing::RunFillBlackTo& command);
+    void openShutter(PjlinkSession& session, Device::Drawing::RunClearTo& command);
+    std::vector<std::string> readInputs(PjlinkSession& session);
+    void warnAboutCorrections(const Command& command);
+
+    DeviceSnippet m_snippet;
+    PjlinkSettings m_settings;
+    std::unique_ptr<Address> m_address;
+    int m_class = 1;
+    char m_inputClass = '1';        ///< class of the input commands that the projector knows
+    bool m_mutesWithSound = false;  ///< the shutter was last closed by `AVMT 31`
+    bool m_warned = false;
+};
+
+}  // namespace Veltrani::DeviceFramework2

@@ -1,0 +1,132 @@
+#include "DeviceFramework2/PasswordSource.h"
+
+#include "Common/Utf8.h"
+#include "DeviceFramework2/DeviceException.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <sstream>
+#include <system_error>
+
+namespace Veltrani::DeviceFramework2 {
+
+namespace {
+
+/// Largest password file in bytes: room for a thousand projectors.
+constexpr std::size_t LARGEST_FILE = 65536;
+constexpr mode_t RIGHTS_OF_OTHERS = S_IRWXG | S_IRWXO;
+
+[[noreturn]] void fail(const std::string& path, const std::wstring& reason) {
+    throw DeviceException(__FILE__, __LINE__, L"password file " + fromUtf8OrBytes(path) + L": " + reason);
+}
+
+std::wstring systemReason() {
+    return fromUtf8OrBytes(std::generic_category().message(errno));
+}
+
+class PasswordFile {
+public:
+    explicit PasswordFile(const std::string& path)
+        : m_path(path), m_descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
+        if (m_descriptor < 0) {
+            fail(m_path, systemReason());
+        }
+    }
+    ~PasswordFile() { ::close(m_descriptor); }
+    PasswordFile(const PasswordFile&) = delete;
+    PasswordFile& operator=(const PasswordFile&) = delete;
+
+    /// Examines what was opened, not the name, which may lead elsewhere by then.
+    void requirePrivate() const {
+        struct stat status {};
+        if (::fstat(m_descriptor, &status) != 0) {
+            fail(m_path, systemReason());
+        }
+        if (!S_ISREG(status.st_mode)) {
+            fail(m_path, L"it is not a regular file");
+        }
+        if ((status.st_uid != ::geteuid() && status.st_uid != 0) || (status.st_mode & RIGHTS_OF_OTHERS) != 0) {
+            fail(m_path, L"others have rights to it: make it your own and give it the mode 600");
+        }
+    }
+
+    [[nodiscard]] std::string read() const {
+        std::string content(LARGEST_FILE + 1, '\0');
+        std::size_t filled = 0;
+        while (filled < content.size()) {
+            const ssize_t count = ::read(m_descriptor, content.data() + filled, content.size() - filled);
+            if (count == 0) {
+                break;
+            }
+            if (count > 0) {
+                filled += static_cast<std::size_t>(count);
+            } else if (errno != EINTR) {
+                fail(m_path, systemReason());
+            }
+        }
+        if (filled > LARGEST_FILE) {
+            fail(m_path, L"it is larger than " + std::to_wstring(LARGEST_FILE) + L" bytes");
+        }
+        content.resize(filled);
+        return content;
+    }
+
+private:
+    std::string m_path;
+    int m_descriptor;
+};
+
+std::optional<std::string> findInFile(const std::string& path, const std::string& uid) {
+    constexpr const char* BLANKS = " \t";
+    const PasswordFile file(path);
+    file.requirePrivate();
+    std::istringstream lines(file.read());
+    std::optional<std::string> forAll;
+    for (std::string line; std::getline(lines, line);) {
+        line.erase(line.find_last_not_of("\r") + 1);
+        const std::size_t nameEnd = line.find_first_of(BLANKS);
+        const std::size_t begin = line.find_first_not_of(BLANKS, nameEnd);
+        if (line.starts_with('#') || nameEnd == std::string::npos || begin == std::string::npos) {
+            continue;
+        }
+        const std::string name = line.substr(0, nameEnd);
+        if (name == uid) {
+            return line.substr(begin);
+        }
+        if (name == "*") {
+            forAll = line.substr(begin);
+        }
+    }
+    return forAll;
+}
+
+std::optional<std::string> environment(const std::string& name) {
+    const char* value = std::getenv(name.c_str());
+    return value == nullptr || *value == '\0' ? std::nullopt : std::optional<std::string>(value);
+}
+
+}  // namespace
+
+std::optional<std::string> PasswordSource::find(const std::wstring& uid) const {
+    const std::string name = toUtf8(uid);
+    if (const auto path = environment(fileVariable)) {
+        if (auto password = findInFile(*path, name)) {
+            return password;
+        }
+    }
+    if (auto own = environment(variable + "_" + name)) {
+        return own;
+    }
+    return environment(variable);
+}
+
+std::wstring PasswordSource::remedy() const {
+    return L"set the environment variable " + fromUtf8(variable) + L", or name a password file in " +
+           fromUtf8(fileVariable);
+}
+
+}  // namespace Veltrani::DeviceFramework2

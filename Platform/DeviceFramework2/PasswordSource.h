@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace Veltrani::DeviceFramework2 {
+
+/// Where the login passwords of projectors come from. Never from a snippet, which is shown and stored in the open.
+///
+/// Asked in this order; the first that knows the projector counts:
+///
+/// 1. the file that the environment variable `fileVariable` names: one projector per line, its UID (twelve hex digits,
+///    or `*` for all others), blanks, the password; lines that begin with `#` are comments. Nobody but the user (or
+///    the administrator) may own it, and nobody else may have any right to it.
+/// 2. the environment variable `variable` + "_" + UID;
+/// 3. the environment variable `variable`.
+///
+/// An empty password counts as none. Everything is read afresh at each login, and nothing is kept.
+struct PasswordSource {
+    std::string variable = "SCREENMANAGER_PJLINK_PASSWORD";
+    std::string fileVariable = "SCREENMANAGER_PJLINK_PASSWORD_FILE";
+
+    /// Throws `DeviceException`, naming the file and the remedy but nothing of its content, for a file that cannot be
+    /// used; it is not passed over silently.
+    [[nodiscard]] std::optional<std::string> find(const std::wstring& uid) const;
+
+    /// How a user can provide one, for messages.
+    [[nodiscard]] std::wstring remedy() const;
+};
+
+}  // namespace Veltrani::DeviceFramework2

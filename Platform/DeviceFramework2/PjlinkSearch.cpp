@@ -1,0 +1,123 @@
+#include "DeviceFramework2/PjlinkSearch.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniLogging.h"
+#include "DeviceFramework2/DeviceException.h"
+#include "DeviceFramework2/detail/BroadcastAddresses.h"
+#include "DeviceFramework2/detail/Endpoint.h"
+#include "DeviceFramework2/detail/PjlinkSearchReply.h"
+#include "DeviceFramework2/detail/Socket.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <optional>
+#include <set>
+
+namespace Veltrani::DeviceFramework2 {
+
+namespace {
+
+const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.DeviceFramework2.PjlinkSearch");
+
+constexpr std::string_view REQUEST = "%2SRCH\r";
+/// Bytes of a datagram that are looked at: an answer has 25.
+constexpr std::size_t LONGEST_DATAGRAM = 64;
+/// Room for the answers of a large installation that arrive at once; the system may give less.
+constexpr int RECEIVE_BUFFER = 1 << 20;
+
+/// One search: the socket, and what has been heard.
+class Hearing {
+public:
+    explicit Hearing(const PjlinkSearchSettings& settings) : m_settings(settings), m_socket(AF_INET, SOCK_DGRAM) {
+        const int on = 1;
+        ::setsockopt(m_socket.descriptor(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
+        ::setsockopt(m_socket.descriptor(), SOL_SOCKET, SO_RCVBUF, &RECEIVE_BUFFER, sizeof RECEIVE_BUFFER);
+        const auto own = Endpoint::parse(settings.ownAddress, settings.ownPort);
+        if (!own || own->family() != AF_INET) {
+            throw DeviceException(__FILE__, __LINE__, L"the own address is not IPv4");
+        }
+        if (::bind(m_socket.descriptor(), own->address(), own->size()) != 0) {
+            throw DeviceException(__FILE__, __LINE__, fromUtf8(own->text()) + L": " + Socket::reason(errno));
+        }
+    }
+
+    /// An address that cannot be asked is logged; the others still can.
+    void request(const std::vector<std::string>& targets) const {
+        for (const std::string& target : targets) {
+            const auto peer = Endpoint::parse(target, m_settings.targetPort);
+            const bool usable = peer && peer->family() == AF_INET;
+            if (!usable || ::sendto(m_socket.descriptor(), REQUEST.data(), REQUEST.size(), MSG_NOSIGNAL,
+                                    peer->address(), peer->size()) < 0) {
+                const std::wstring cause = usable ? Socket::reason(errno) : L"not an IPv4 address";
+                VELTRANI_LOG(LOGGER, Warn, L"search: " + fromUtf8OrBytes(target) + L" cannot be asked: " + cause);
+            }
+        }
+    }
+
+    /// The next new answer; nothing when the time is over first. The deadline is looked at for every datagram, so that
+    /// a flood does not prolong the search.
+    std::optional<PjlinkSearch::Answer> next(const Deadline& deadline) {
+        while (!deadline.expired() && m_socket.waitFor(POLLIN, deadline)) {
+            if (auto answer = receive()) {
+                return answer;
+            }
+        }
+        return std::nullopt;
+    }
+
+private:
+    std::optional<PjlinkSearch::Answer> receive() {
+        std::array<char, LONGEST_DATAGRAM> bytes{};
+        sockaddr_storage sender{};
+        socklen_t size = sizeof sender;
+        const ssize_t count = ::recvfrom(m_socket.descriptor(), bytes.data(), bytes.size(), MSG_TRUNC,
+                                         reinterpret_cast<sockaddr*>(&sender), &size);
+        if (count < 0 || static_cast<std::size_t>(count) > bytes.size()) {
+            return std::nullopt;
+        }
+        const auto mac = parsePjlinkSearchReply({bytes.data(), static_cast<std::size_t>(count)});
+        if (!mac || !m_heard.insert(*mac).second) {
+            return std::nullopt;
+        }
+        return PjlinkSearch::Answer{*mac, Endpoint::of(sender).host()};
+    }
+
+    const PjlinkSearchSettings& m_settings;
+    Socket m_socket;
+    std::set<MacAddress> m_heard;
+};
+
+}  // namespace
+
+std::vector<PjlinkSearch::Answer> PjlinkSearch::run(const std::function<bool(const Answer&)>& enough) const {
+    std::vector<Answer> answers;
+    try {
+        Hearing hearing(m_settings);
+        const auto targets = m_settings.targets.empty() ? broadcastAddresses() : m_settings.targets;
+        const Deadline end(m_settings.duration);
+        for (int sent = 1; !end.expired(); ++sent) {
+            const bool last = sent >= m_settings.requests;
+            hearing.request(targets);
+            const Deadline pause(last ? end.remaining() : std::min(m_settings.interval, end.remaining()));
+            while (auto answer = hearing.next(pause)) {
+                answers.push_back(*answer);
+                if (answers.size() >= MOST_ANSWERS || (enough && enough(*answer))) {
+                    return answers;
+                }
+            }
+            if (last) {
+                break;
+            }
+        }
+    } catch (const DeviceException& fault) {
+        VELTRANI_LOG(LOGGER, Warn,
+                     L"No search for projectors: " + fault.message + L". Give the address of each projector instead");
+    }
+    return answers;
+}
+
+}  // namespace Veltrani::DeviceFramework2

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "DeviceFramework2/MacAddress.h"
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DeviceFramework2 {
+
+/// How projectors are searched for. The defaults are those of the standard.
+struct PjlinkSearchSettings {
+    static constexpr int STANDARD_PORT = 4352;
+
+    /// The own port that answers come to: projectors answer to the standard port, whoever asks. Who serves another port
+    /// is a simulator or stands behind a forwarder, and answers to where the question came from: any free port does.
+    [[nodiscard]] static int ownPortFor(int targetPort) { return targetPort == STANDARD_PORT ? STANDARD_PORT : 0; }
+
+    /// Own IPv4 address and port. Projectors answer to the standard port.
+    std::string ownAddress = "0.0.0.0";
+    int ownPort = STANDARD_PORT;
+    /// IPv4 addresses to ask; empty: the broadcast addresses of all networks of this machine.
+    std::vector<std::string> targets;
+    int targetPort = STANDARD_PORT;
+    /// The whole search. A projector answers within 10 s of a request.
+    std::chrono::milliseconds duration{30000};
+    /// How often the request is sent, and the time between: a datagram can be lost.
+    int requests = 3;
+    std::chrono::milliseconds interval{5000};
+};
+
+/// A search for class 2 projectors by broadcast.
+class PjlinkSearch {
+public:
+    struct Answer {
+        MacAddress mac;
+        std::string host;  ///< IPv4 address of the sender
+    };
+
+    /// Answers that are kept; a network with more has another problem.
+    static constexpr std::size_t MOST_ANSWERS = 1024;
+
+    explicit PjlinkSearch(PjlinkSearchSettings settings) : m_settings(std::move(settings)) {}
+
+    /// Collects answers, each MAC address once, in order of arrival, for the time given or until `enough` says true
+    /// to one. Requests of others, our own echo and junk are passed over. When no socket can be had, for instance
+    /// because another program holds the port, that is a warning in the log and an empty list. Never throws
+    /// `DeviceException`.
+    [[nodiscard]] std::vector<Answer> run(const std::function<bool(const Answer&)>& enough = {}) const;
+
+private:
+    PjlinkSearchSettings m_settings;
+};
+
+}  // namespace Veltrani::DeviceFramework2

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "DeviceFramework2/DeviceSnippet.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Veltrani::DeviceFramework2 {
+
+/// Where a projector is, as people write it.
+struct ProjectorAddress {
+    /// "192.0.2.10", "192.0.2.10:4352", "2001:db8::1", "[2001:db8::1]" or "[2001:db8::1]:4352"; nothing for any other
+    /// text. Names are not taken, because looking one up has no time limit.
+    [[nodiscard]] static std::optional<ProjectorAddress> parse(std::string_view text);
+
+    /// The address that a snippet states; nothing when it states none.
+    [[nodiscard]] static std::optional<ProjectorAddress> of(const DeviceSnippet& snippet);
+
+    /// True for the kind of address that a search can ask.
+    [[nodiscard]] bool isIpv4() const { return host.find(':') == std::string::npos; }
+    /// "192.0.2.10:4352", "[2001:db8::1]:4352"
+    [[nodiscard]] std::string text() const;
+
+    friend bool operator==(const ProjectorAddress&, const ProjectorAddress&) = default;
+
+    std::string host;  ///< in the shortest spelling of the address
+    int port = DeviceSnippet::STANDARD_PORT;
+};
+
+}  // namespace Veltrani::DeviceFramework2

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace Veltrani::DeviceFramework2 {
+
+class Device;
+
+}  // namespace Veltrani::DeviceFramework2
+
+/// A projector as the channel maps see it.
+class KelvoProjector {
+public:
+    KelvoProjector() = delete;
+
+    /// What a new channel is called: where its device is, such as "PJLink 192.0.2.10:4352", or the UID of a device that
+    /// does not tell. Empty for null.
+    [[nodiscard]] static std::wstring suggestNameForChannel(const Veltrani::DeviceFramework2::Device* device);
+};

@@ -1,0 +1,154 @@
+#include "ProgramRun.h"
+#include "ProjectorDisplays.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace projector_displays;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class TheAddCommand : public testing::Test {
+protected:
+    TheAddCommand() : file(folder.write("display.xml", display(""))) {}
+
+    [[nodiscard]] ProgramRun add(std::vector<std::string> arguments,
+                                 const std::map<std::string, std::string>& environment = {}) const {
+        arguments.insert(arguments.begin(), {"add", file});
+        arguments.insert(arguments.end(), {"--timeout", IMPATIENT});
+        return runScreenManager(arguments, environment);
+    }
+
+    /// Expects that adding is refused for a reason and leaves the file alone.
+    void expectRefusal(const ProgramRun& run, const std::string& content, const std::string& reason) const {
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_EQ(run.output, "");
+        EXPECT_THAT(run.errors, HasSubstr(reason));
+        EXPECT_THAT(run.errors, testing::StartsWith("error: " + file + ": "));
+        EXPECT_EQ(folder.read("display.xml"), content);
+    }
+
+    static std::string at(const PjlinkSimulator& simulator) { return "127.0.0.1:" + std::to_string(simulator.port()); }
+
+    TemporaryFolder folder;
+    std::string file;
+};
+
+TEST_F(TheAddCommand, ByAddressThenChannelsListsIt) {
+    const PjlinkSimulator left({"--mac", mac(1)});
+    const PjlinkSimulator right({"--mac", mac(2)});
+    const ProgramRun first = add({at(left), "--name", "B\xc3\xbchne links"}, {{"LC_ALL", "C"}});
+    EXPECT_EQ(first.exitCode, 0) << first.errors;
+    EXPECT_EQ(first.output, "added 020000000001: channel B\xc3\xbchne links, PJLink " + at(left) + ", 1920 x 1200\n");
+    EXPECT_EQ(add({at(right)}).exitCode, 0);
+    const std::string content = folder.read("display.xml");
+    EXPECT_THAT(content, HasSubstr("<!-- hall 2 -->"));
+    EXPECT_THAT(content, HasSubstr("<Projector id=\"020000000001\">"));
+    EXPECT_THAT(content, HasSubstr("mac=\"02:00:00:00:00:02\" host=\"127.0.0.1\""));
+
+    const ProgramRun channels = runScreenManager({"channels", file, "--timeout", PATIENT});
+    EXPECT_EQ(channels.exitCode, 0) << channels.errors;
+    EXPECT_THAT(channels.output, ContainsRegex("B\xc3\xbchne links +020000000001 +PJLink " + at(left) + " +on "));
+    EXPECT_THAT(channels.output,
+                ContainsRegex("PJLink " + at(right) + " +020000000002 +PJLink " + at(right) + " +on "));
+}
+
+TEST_F(TheAddCommand, ByMacAddressSearchesForIt) {
+    const PjlinkSimulator simulator({"--search-answers", "3"});
+    const ProgramRun run = add({"02-00-00-00-00-03", "--broadcast", at(simulator)});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.output,
+              "added 020000000003: channel PJLink " + at(simulator) + ", PJLink " + at(simulator) + ", 1920 x 1200\n");
+    EXPECT_THAT(folder.read("display.xml"), HasSubstr("mac=\"02:00:00:00:00:03\" host=\"127.0.0.1\" port=\"" +
+                                                      std::to_string(simulator.port()) + "\""));
+}
+
+TEST_F(TheAddCommand, AMacAddressThatNobodyHasIsAFault) {
+    const PjlinkSimulator simulator({"--search-answers", "3"});
+    const std::string before = folder.read("display.xml");
+    expectRefusal(add({"02:00:00:00:00:09", "--broadcast", at(simulator)}), before,
+                  "PJLink projector 020000000009 did not answer the search (3 others did)");
+}
+
+TEST_F(TheAddCommand, ByBothAddressesSearchesForNothing) {
+    const PjlinkSimulator simulator({"--class", "1"});
+    const ProgramRun run = add({at(simulator), "--mac", "020000000007"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(run.output, HasSubstr("added 020000000007: "));
+    EXPECT_THAT(run.output, HasSubstr("resolution not told; state it in the file\n"));
+    EXPECT_THAT(simulator.journal(), Not(testing::Contains("SEARCH %2SRCH")));
+    EXPECT_THAT(folder.read("display.xml"), Not(HasSubstr("Resolution")));
+}
+
+TEST_F(TheAddCommand, AProjectorThatDoesNotTellItsMacAddressNeedsTheOption) {
+    const PjlinkSimulator simulator;
+    const std::string before = folder.read("display.xml");
+    expectRefusal(add({at(simulator)}), before,
+                  "the projector at " + at(simulator) +
+                      " does not tell its MAC address; check that it has power and "
+                      "that its network control is switched on; if it has PJLink "
+                      "class 1, state the address with --mac\n");
+    EXPECT_THAT(simulator.lines(), IsEmpty());
+    expectRefusal(add({"[::1]:14351"}), before, "[::1]:14351 cannot be asked for its MAC address over IPv6");
+    expectRefusal(add({"[::1]:1", "--mac", mac(1)}), before,
+                  "PJLink projector 020000000001 at [::1]:1, first contact: ");
+}
+
+TEST_F(TheAddCommand, AProjectorThatTheFileHasIsRefused) {
+    const PjlinkSimulator simulator({"--mac", mac(1)});
+    ASSERT_EQ(add({at(simulator), "--name", "Left"}).exitCode, 0);
+    const std::string before = folder.read("display.xml");
+    expectRefusal(add({at(simulator)}), before,
+                  "a projector at " + at(simulator) + " is there already: entry 020000000001, channel \"Left\"");
+    expectRefusal(add({"02:00:00:00:00:01"}), before,
+                  "the projector 02:00:00:00:00:01 is there already: entry 020000000001, channel \"Left\"");
+    const PjlinkSimulator moved({"--mac", mac(1)});
+    expectRefusal(add({at(moved)}), before, "the projector 02:00:00:00:00:01 is there already");
+    const PjlinkSimulator other({"--mac", mac(2)});
+    expectRefusal(add({at(other), "--name", "Left"}), before, "the name \"Left\" is there already");
+}
+
+TEST_F(TheAddCommand, AnEntryThatWasNeverFoundCountsByItsSnippet) {
+    const std::string content = twoProjectors(1, 2);
+    folder.write("display.xml", content);
+    const PjlinkSimulator simulator({"--mac", mac(2)});
+    expectRefusal(add({at(simulator)}), content,
+                  "the projector 02:00:00:00:00:02 is there already: entry R, channel \"Right\"");
+}
+
+TEST_F(TheAddCommand, AProjectorThatIsNotThereIsAFault) {
+    const std::string port = std::to_string(deadPort());
+    expectRefusal(
+        add({"127.0.0.1:" + port, "--mac", mac(1)}), folder.read("display.xml"),
+        "PJLink projector 020000000001 at 127.0.0.1:" + port + ", first contact: no connection: Connection refused\n");
+}
+
+TEST_F(TheAddCommand, ALockedProjectorNamesWhereThePasswordBelongs) {
+    const PjlinkSimulator simulator(
+        {"--mac", mac(1), "--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
+    expectRefusal(add({at(simulator)}), folder.read("display.xml"),
+                  "set the environment variable SCREENMANAGER_PJLINK_PASSWORD, or name a password file in "
+                  "SCREENMANAGER_PJLINK_PASSWORD_FILE\n");
+    const ProgramRun run = add({at(simulator)}, {{"SCREENMANAGER_PJLINK_PASSWORD_020000000001", "12345678"}});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(folder.read("display.xml"), Not(HasSubstr("12345678")));
+}
+
+TEST_F(TheAddCommand, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
+    const PjlinkSimulator simulator({"--mac", mac(1), "--answer", "RRES=ERR4"});
+    expectRefusal(add({at(simulator)}), folder.read("display.xml"),
+                  "command GetNativeResolution: RRES ?: the projector reports a failure of its own (ERR4)\n");
+}
+
+TEST_F(TheAddCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
+    folder.write("display.xml", "<Display");
+    EXPECT_EQ(add({"192.0.2.1"}).exitCode, 3);
+    EXPECT_EQ(folder.read("display.xml"), "<Display");
+}
+
+}  // namespace

@@ -1,0 +1,207 @@
+#include "ProgramRun.h"
+#include "ProjectorDisplays.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+using namespace projector_displays;
+using testing::AllOf;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+
+class TheChannelsCommand : public testing::Test {
+protected:
+    /// Runs `channels` over a file with this content, which must not change.
+    ProgramRun channels(const std::string& content, std::vector<std::string> options = {},
+                        const std::map<std::string, std::string>& environment = {}) const {
+        const std::string file = folder.write("display.xml", content);
+        options.insert(options.begin(), {"channels", file});
+        ProgramRun run = runScreenManager(options, environment);
+        EXPECT_EQ(folder.read("display.xml"), content) << "the file is not changed";
+        return run;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(TheChannelsCommand, ListsWhatTheProjectorsTell) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right({"--class", "1", "--answer", "INPT ?=11"});
+    const ProgramRun run = channels(twoProjectors(left.port(), right.port()), {"--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_THAT(run.output, ContainsRegex("channel +id +device +state +resolution +input +firmware"));
+    EXPECT_THAT(run.output, ContainsRegex("Left +020000000001 +PJLink 127.0.0.1:" + std::to_string(left.port()) +
+                                          " +on +1920 x 1200 +2 +1.02.003\n"));
+    EXPECT_THAT(run.output, ContainsRegex("Right +020000000002 +PJLink 127.0.0.1:" + std::to_string(right.port()) +
+                                          " +on +- +0 +-\n"));
+    const std::vector<std::string> lines = left.lines();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "%1CLSS ?"), 1) << "contacted once";
+}
+
+TEST_F(TheChannelsCommand, EveryMissingProjectorIsNamedInOneGo) {
+    const PjlinkSimulator there;
+    const std::string ports[] = {std::to_string(deadPort()), std::to_string(deadPort())};
+    const ProgramRun run = channels(
+        display(entry("A", "Left", snippet(std::stoi(ports[0]), 1)) + entry("B", "Centre", snippet(there.port(), 2)) +
+                entry("C", "Right", snippet(std::stoi(ports[1]), 3))),
+        {"--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, ContainsRegex("Left +A +PJLink 127.0.0.1:" + ports[0] + " +missing +- +- +-\n"));
+    EXPECT_THAT(run.output, ContainsRegex("Centre +B .* on +1920 x 1200 "));
+    EXPECT_THAT(run.output, ContainsRegex("Right +C .* missing "));
+    EXPECT_EQ(run.errors,
+              "error: channel Left (A): PJLink projector 020000000001 at 127.0.0.1:" + ports[0] +
+                  ", first contact: no connection: Connection refused; check that it has power, that its network "
+                  "control is switched on, and its address and password\n"
+                  "error: channel Right (C): PJLink projector 020000000003 at 127.0.0.1:" +
+                  ports[1] +
+                  ", first contact: no connection: Connection refused; check that it has power, that its network "
+                  "control is switched on, and its address and password\n");
+}
+
+TEST_F(TheChannelsCommand, OfflineReplacesTheMissingOnes) {
+    const PjlinkSimulator there;
+    const ProgramRun run = channels(twoProjectors(there.port(), deadPort()), {"--offline", "--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.output, ContainsRegex("Left +020000000001 .* on +1920 x 1200 "));
+    EXPECT_THAT(run.output,
+                ContainsRegex("Right +020000000002 +Virtual projector 020000000002 +simulated +1280 x 800 +0 +simu"));
+    EXPECT_THAT(run.errors, ContainsRegex("^warning: channel Right \\(R\\): .*; a virtual projector stands in\n$"));
+}
+
+TEST_F(TheChannelsCommand, QuietSaysNothingOfReplacements) {
+    const ProgramRun run = channels(twoProjectors(deadPort(), deadPort()), {"--offline", "--quiet"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(TheChannelsCommand, VerboseShowsWhatTheLibraryDoes) {
+    const ProgramRun run = channels(twoProjectors(deadPort(), deadPort()), {"--offline", "--verbose"});
+    EXPECT_THAT(run.errors, HasSubstr("info: initialize: replaceMissingWithOffline 1\n"));
+    EXPECT_THAT(run.errors, HasSubstr("warning: Replacing projector Lwith (offline) virtual projector\n"));
+}
+
+TEST_F(TheChannelsCommand, StandbyIsAStateAndNoFault) {
+    const PjlinkSimulator left({"--power", "0"});
+    const PjlinkSimulator right({"--power", "3"});
+    const ProgramRun run = channels(twoProjectors(left.port(), right.port()), {"--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(run.output, ContainsRegex("Left .* standby +1920 x 1200 +- +1.02.003"));
+    EXPECT_THAT(run.output, ContainsRegex("Right .* warming up "));
+}
+
+TEST_F(TheChannelsCommand, AQuestionThatAProjectorDoesNotAnswerIsAFault) {
+    const PjlinkSimulator left({"--answer", "INST=ERR4"});
+    const PjlinkSimulator right;
+    const ProgramRun run = channels(twoProjectors(left.port(), right.port()), {"--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, ContainsRegex("Left .* on +1920 x 1200 +- +1.02.003"));
+    EXPECT_THAT(run.errors, HasSubstr("error: channel Left: PJLink projector 020000000001"));
+    EXPECT_THAT(run.errors, HasSubstr("INST ?: the projector reports a failure of its own (ERR4)"));
+}
+
+TEST_F(TheChannelsCommand, ASilentProjectorHoldsNobodyUpForLongerThanTheTimeout) {
+    const PjlinkSimulator silent({"--greeting", "-"});
+    const PjlinkSimulator there;
+    const auto begin = std::chrono::steady_clock::now();
+    const ProgramRun run = channels(twoProjectors(silent.port(), there.port()), {"--timeout", IMPATIENT});
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("first contact: no answer within 200 ms; check that it has power"));
+    EXPECT_THAT(run.output, ContainsRegex("Left .* missing "));
+}
+
+TEST_F(TheChannelsCommand, AMissingPasswordNamesWhereItBelongs) {
+    const PjlinkSimulator locked({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
+    const PjlinkSimulator open;
+    const ProgramRun run = channels(twoProjectors(locked.port(), open.port()), {"--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors,
+                HasSubstr("it wants a password and none is configured, nothing was sent: set the environment "
+                          "variable SCREENMANAGER_PJLINK_PASSWORD, or name a password file in "
+                          "SCREENMANAGER_PJLINK_PASSWORD_FILE\n"));
+}
+
+TEST_F(TheChannelsCommand, ThePasswordIsUsedAndNeverShown) {
+    const PjlinkSimulator left({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
+    const PjlinkSimulator right({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
+    const ProgramRun run = channels(
+        twoProjectors(left.port(), right.port()), {"--verbose", "--timeout", PATIENT},
+        {{"SCREENMANAGER_PJLINK_PASSWORD", "12345678"}, {"SCREENMANAGER_PJLINK_PASSWORD_020000000002", "87654321"}});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, ContainsRegex("Left .* on "));
+    EXPECT_THAT(run.errors, HasSubstr("first contact: it refused the password (ERRA); check that"));
+    EXPECT_THAT(run.errors + run.output, AllOf(Not(HasSubstr("12345678")), Not(HasSubstr("87654321"))));
+}
+
+TEST_F(TheChannelsCommand, ABrokenSnippetIsNamedAndCanBeReplaced) {
+    const PjlinkSimulator there;
+    const std::string content = display(entry("A", "Left", "<Device type='PJLink' host='192.0.2.1'/>") +
+                                        entry("B", "Centre", "") + entry("C", "Right", snippet(there.port(), 3)));
+    const ProgramRun refused = channels(content, {"--timeout", PATIENT});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.errors,
+                HasSubstr("error: channel Left (A): Device snippet without a MAC address: the attribute "
+                          "mac is missing; correct the Device element of the entry\n"));
+    EXPECT_THAT(refused.errors,
+                HasSubstr("error: channel Centre (B): Device snippet without a MAC address: it is empty: "
+                          "the entry names no device; correct the Device element of the entry\n"));
+    const ProgramRun replaced = channels(content, {"--offline", "--timeout", PATIENT});
+    EXPECT_EQ(replaced.exitCode, 0) << replaced.errors;
+    EXPECT_THAT(replaced.output, ContainsRegex("Left +A +Virtual projector [^ ]+ +simulated "));
+    EXPECT_THAT(replaced.output, ContainsRegex("Centre +B +Virtual projector [^ ]+ +simulated "));
+    EXPECT_THAT(replaced.output, ContainsRegex("Right +020000000003 .* on "));
+}
+
+TEST_F(TheChannelsCommand, TwoEntriesWithOneProjectorCannotBeUsed) {
+    const PjlinkSimulator there;
+    const ProgramRun run = channels(twoProjectors(there.port(), there.port()), {"--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_THAT(run.errors, HasSubstr("S-R"));
+    EXPECT_EQ(run.output, "");
+}
+
+TEST_F(TheChannelsCommand, NamesOfEveryScriptWorkInTheCLocale) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right;
+    const ProgramRun run =
+        channels(display(entry("\xe5\xb7\xa6", "B\xc3\xbchne 100%s &amp; \"links\"", snippet(left.port(), 1)) +
+                         entry("R", "B\xc3\xbchne 100%s &amp; \"links\"", snippet(right.port(), 2)) +
+                         entry("X", "\xe5\xb7\xa6&#10;x", snippet(deadPort(), 3))),
+                 {"--offline", "--timeout", PATIENT}, {{"LC_ALL", "C"}});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.output, HasSubstr("B\xc3\xbchne 100%s & \"links\"     020000000001 "));
+    EXPECT_THAT(run.output, HasSubstr("B\xc3\xbchne 100%s & \"links\"_01  020000000002 "));
+    EXPECT_THAT(run.output, HasSubstr("\xe5\xb7\xa6?x "));
+    EXPECT_THAT(run.errors, HasSubstr("channel \xe5\xb7\xa6?x (X): "));
+}
+
+TEST_F(TheChannelsCommand, AFileWithoutProjectorsSaysHowToAddOne) {
+    const ProgramRun run = channels(display(""));
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors,
+                ContainsRegex("has no projectors; add one with: screenmanager add .*display.xml ADDRESS\n"));
+}
+
+TEST_F(TheChannelsCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
+    EXPECT_EQ(channels("<Display").exitCode, 3);
+    EXPECT_EQ(runScreenManager({"channels", folder.file("gone.xml")}).exitCode, 3);
+}
+
+TEST_F(TheChannelsCommand, AFullDiskExitsWithFour) {
+    const std::string file = folder.write("display.xml", twoProjectors(deadPort(), deadPort()));
+    const ProgramRun run =
+        runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " channels --offline '" + file + "' > /dev/full"});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_THAT(run.errors, HasSubstr("standard output cannot be written"));
+}
+
+}  // namespace

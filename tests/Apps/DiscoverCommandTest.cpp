@@ -1,0 +1,65 @@
+#include "ProgramRun.h"
+#include "ProjectorDisplays.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using namespace projector_displays;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+
+/// Searches on loopback, where a simulator answers the question and serves its control on one port.
+ProgramRun discover(const PjlinkSimulator& simulator, std::vector<std::string> options = {}) {
+    options.insert(options.begin(), {"discover", "--broadcast", "127.0.0.1:" + std::to_string(simulator.searchPort()),
+                                     "--timeout", IMPATIENT});
+    return runScreenManager(options);
+}
+
+TEST(DiscoverCommand, ListsWhoAnswersWithNameAndModel) {
+    const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:0a", "--answer", "NAME=B\xc3\xbchne \x1b[31m"});
+    const ProgramRun run = discover(simulator);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.errors, "searching for 0.2 s\n");
+    EXPECT_THAT(run.output, ContainsRegex("^mac +address +name +model\n"));
+    EXPECT_THAT(run.output, HasSubstr("02:00:00:00:00:0A  127.0.0.1:" + std::to_string(simulator.port()) +
+                                      "  B\xc3\xbchne  [31m  Loopback SIM-2\n"));
+}
+
+TEST(DiscoverCommand, EveryProjectorIsListedOnce) {
+    const PjlinkSimulator simulator({"--search-answers", "3", "--search-noise", "yes"});
+    const ProgramRun run = discover(simulator, {"--quiet"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 4);
+    EXPECT_THAT(run.output, ContainsRegex("00:01 .*\n.*00:02 .*\n.*00:03 "));
+}
+
+TEST(DiscoverCommand, NobodyIsAFaultWithTheRemedy) {
+    const ProgramRun run = discover(PjlinkSimulator());
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.errors,
+                HasSubstr("error: no projector answered; projectors of PJLink class 1 never do: use their address\n"));
+}
+
+TEST(DiscoverCommand, AProjectorThatDoesNotTellItsNameIsListedAllTheSame) {
+    const PjlinkSimulator simulator({"--mac", mac(1), "--seed", "61fa922e", "--digest", "x"});
+    const ProgramRun run = discover(simulator);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, HasSubstr("02:00:00:00:00:01  127.0.0.1:"));
+    EXPECT_THAT(run.errors, HasSubstr("it wants a password and none is configured"));
+}
+
+TEST(DiscoverCommand, AFullDiskExitsWithFour) {
+    const PjlinkSimulator simulator({"--mac", mac(1)});
+    const ProgramRun run = runProgram(
+        "/bin/sh", {"-c", std::string(SM_PROGRAM) + " discover --timeout " + IMPATIENT +
+                              " --broadcast 127.0.0.1:" + std::to_string(simulator.port()) + " > /dev/full"});
+    EXPECT_EQ(run.exitCode, 4);
+}
+
+}  // namespace

@@ -1,0 +1,213 @@
+#include "ProgramRun.h"
+#include "ProjectorDisplays.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using namespace projector_displays;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// The orders among the lines that a projector received: what changes something.
+std::vector<std::string> orders(const PjlinkSimulator& projector) {
+    std::vector<std::string> lines = projector.lines();
+    lines.erase(std::remove_if(lines.begin(), lines.end(), [](const std::string& line) { return line.ends_with('?'); }),
+                lines.end());
+    return lines;
+}
+
+class ThePrepareCommand : public testing::Test {
+protected:
+    /// Runs `prepare` over a file with this content, which must not change.
+    ProgramRun prepare(const std::string& content, const std::string& state,
+                       std::vector<std::string> options = {"--timeout", PATIENT}) const {
+        const std::string file = folder.write("display.xml", content);
+        options.insert(options.begin(), {"prepare", file, state});
+        ProgramRun run = runScreenManager(options);
+        EXPECT_EQ(folder.read("display.xml"), content) << "the file is not changed";
+        return run;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(ThePrepareCommand, BlackAndClearReachEveryProjectorInARow) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right;
+    const std::string two = twoProjectors(left.port(), right.port());
+    const ProgramRun black = prepare(two, "black");
+    EXPECT_EQ(black.exitCode, 0) << black.errors;
+    EXPECT_EQ(black.output, "channels that show black: 2 of 2\n");
+    EXPECT_THAT(black.errors, HasSubstr("Make sure that the projector's own warp and blend are switched off"));
+    EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
+    EXPECT_THAT(orders(right), ElementsAre("%1AVMT 11"));
+
+    const ProgramRun clear = prepare(two, "clear");
+    EXPECT_EQ(clear.exitCode, 0);
+    EXPECT_EQ(clear.errors, "");
+    EXPECT_EQ(clear.output, "channels that show their input: 2 of 2\n");
+    EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11", "%1AVMT 10"));
+    EXPECT_THAT(orders(right), ElementsAre("%1AVMT 11", "%1AVMT 10"));
+    EXPECT_EQ(left.mostConnections(), 1) << "one session at a time";
+}
+
+TEST_F(ThePrepareCommand, QuietShowsTheResultAlone) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right;
+    const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "black", {"--quiet"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(ThePrepareCommand, WithAMissingProjectorNothingIsSent) {
+    const PjlinkSimulator left;
+    const ProgramRun run = prepare(twoProjectors(left.port(), deadPort()), "black");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.errors, HasSubstr("error: channel Right (R): PJLink projector 020000000002 at 127.0.0.1:"));
+    EXPECT_THAT(run.errors, HasSubstr("error: nothing was sent; mend this, or let virtual projectors stand in with "
+                                      "--offline\n"));
+    EXPECT_THAT(orders(left), IsEmpty());
+}
+
+TEST_F(ThePrepareCommand, OfflineReplacesAMissingProjectorAndSendsToTheOthers) {
+    const PjlinkSimulator left;
+    const ProgramRun run =
+        prepare(twoProjectors(left.port(), deadPort()), "black", {"--offline", "--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.output, "channels that show black: 1 of 2, 1 simulated\n");
+    EXPECT_THAT(run.errors, HasSubstr("warning: channel Right (R): "));
+    EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
+}
+
+TEST_F(ThePrepareCommand, AProjectorThatIsNotOnIsNotReady) {
+    const std::vector<std::pair<std::string, std::string>> states{{"0", "is in standby; switch it on"},
+                                                                  {"2", "is cooling down; wait, then switch it on"},
+                                                                  {"3", "is warming up; wait until it is on"}};
+    for (const auto& [power, expected] : states) {
+        const PjlinkSimulator left;
+        const PjlinkSimulator right({"--power", power});
+        const std::string two = twoProjectors(left.port(), right.port());
+        const ProgramRun run = prepare(two, "clear");
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_THAT(run.errors, HasSubstr("error: channel Right (R): projector 020000000002 (PJLink 127.0.0.1:" +
+                                          std::to_string(right.port()) + ") " + expected + '\n'));
+        EXPECT_THAT(orders(left), IsEmpty());
+        EXPECT_THAT(right.lines(), Not(Contains("%1AVMT ?"))) << "a sleeping projector is not asked further";
+    }
+}
+
+TEST_F(ThePrepareCommand, OfflineReplacesAProjectorThatIsNotOn) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right({"--power", "0"});
+    EXPECT_EQ(prepare(twoProjectors(left.port(), right.port()), "clear", {"--offline"}).exitCode, 0);
+    EXPECT_THAT(orders(left), ElementsAre("%1AVMT 10"));
+    EXPECT_THAT(orders(right), IsEmpty());
+}
+
+TEST_F(ThePrepareCommand, AProjectorWithoutAShutterIsNotReady) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right({"--answer", "AVMT=ERR1"});
+    const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "black");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("command GetPictureMute: AVMT ?: it does not know the command (ERR1)"));
+    EXPECT_THAT(orders(left), IsEmpty());
+    EXPECT_THAT(orders(right), IsEmpty());
+}
+
+TEST_F(ThePrepareCommand, GreyNamesTheProjectorsThatCannotShowIt) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right;
+    const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "gray50");
+    EXPECT_EQ(run.exitCode, 1);
+    const std::string cause = " cannot show a grey picture by itself; show one through its input\n";
+    EXPECT_THAT(run.errors, HasSubstr("channel Left (L): projector 020000000001 (PJLink 127.0.0.1:" +
+                                      std::to_string(left.port()) + ")" + cause));
+    EXPECT_THAT(run.errors, HasSubstr("channel Right (R): projector 020000000002 (PJLink 127.0.0.1:" +
+                                      std::to_string(right.port()) + ")" + cause));
+    EXPECT_THAT(orders(left), IsEmpty());
+    EXPECT_THAT(orders(right), IsEmpty());
+}
+
+TEST_F(ThePrepareCommand, GreyWithOfflineIsShownBySimulatedProjectorsAlone) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right;
+    const ProgramRun run =
+        prepare(twoProjectors(left.port(), right.port()), "gray50", {"--offline", "--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.output, "channels that show half grey: 0 of 2, 2 simulated\n");
+    EXPECT_THAT(run.errors, HasSubstr("cannot show a grey picture by itself; show one through its input; a virtual "
+                                      "projector stands in\n"));
+    EXPECT_THAT(orders(left), IsEmpty());
+    EXPECT_THAT(orders(right), IsEmpty());
+}
+
+TEST_F(ThePrepareCommand, AFaultWhileSendingNamesWhatWasSentAndTheUndoing) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right({"--answer", "AVMT 11=ERR4"});
+    const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "black");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.output, "");
+    const std::string file = folder.file("display.xml");
+    EXPECT_EQ(run.errors, "error: " + file +
+                              ": PJLink projector 020000000002 at 127.0.0.1:" + std::to_string(right.port()) +
+                              ", command RunFillBlackTo: AVMT 11: the projector reports a failure of its own (ERR4)\n"
+                              "  sent: RunFillBlackTo to channel Left\n"
+                              "  failed: RunFillBlackTo to channel Right\n"
+                              "  what was sent stays in effect; undo it with: screenmanager prepare " +
+                              file + " clear\n");
+    EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
+}
+
+TEST_F(ThePrepareCommand, AFaultAtTheFirstProjectorSaysThatNothingWasSent) {
+    const PjlinkSimulator left({"--answer", "AVMT 10=ERR3"});
+    const PjlinkSimulator right;
+    const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "clear");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("  failed: RunClearTo to channel Left\n  nothing was sent before\n"));
+    EXPECT_THAT(orders(right), IsEmpty());
+}
+
+TEST_F(ThePrepareCommand, AProjectorThatDiesBetweenTwoCommandsEndsTheRun) {
+    // How many questions come before the order is counted on a pair that lives.
+    int questions = 0;
+    {
+        const PjlinkSimulator left;
+        const PjlinkSimulator right;
+        ASSERT_EQ(prepare(twoProjectors(left.port(), right.port()), "black").exitCode, 0);
+        questions = static_cast<int>(right.lines().size() - orders(right).size());
+        ASSERT_GE(questions, 3);
+    }
+    const PjlinkSimulator left;
+    const PjlinkSimulator right({"--die-after", std::to_string(questions)});
+    const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "black");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("command RunFillBlackTo: no connection: Connection refused\n"
+                                      "  sent: RunFillBlackTo to channel Left\n"
+                                      "  failed: RunFillBlackTo to channel Right\n"));
+    EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
+}
+
+TEST_F(ThePrepareCommand, TwoEntriesWithOneProjectorCannotBeUsedAndNothingIsSent) {
+    const PjlinkSimulator there;
+    const std::string one = snippet(there.port(), 1);
+    const ProgramRun run = prepare(display(entry("L", "Left", one) + entry("R", "Right", one)), "black");
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_THAT(orders(there), IsEmpty());
+}
+
+TEST_F(ThePrepareCommand, AFileWithoutProjectorsIsAFault) {
+    const ProgramRun run = prepare(display(""), "black");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("has no projectors"));
+}
+
+}  // namespace

@@ -1,0 +1,97 @@
+#include "DeviceFramework2/PasswordSource.h"
+
+#include "DeviceTesting.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <initializer_list>
+
+namespace {
+
+using device_testing::Environment;
+using device_testing::faultOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::Optional;
+using Veltrani::DeviceFramework2::PasswordSource;
+
+class APasswordSource : public testing::Test {
+protected:
+    std::string privateFile(const std::string& content) const {
+        std::string path = folder.write("passwords", content);
+        ::chmod(path.c_str(), 0600);
+        return path;
+    }
+
+    TemporaryFolder folder;
+    PasswordSource source{"SM_TEST_PASSWORD", "SM_TEST_PASSWORD_FILE"};
+    const std::wstring uid = L"020000000001";
+};
+
+TEST_F(APasswordSource, HasNoneWhenNothingIsSet) {
+    EXPECT_EQ(source.find(uid), std::nullopt);
+    const Environment empty("SM_TEST_PASSWORD", "");
+    EXPECT_EQ(source.find(uid), std::nullopt);
+}
+
+TEST_F(APasswordSource, TheVariableOfTheProjectorComesBeforeThatOfAll) {
+    const Environment all("SM_TEST_PASSWORD", "for all");
+    EXPECT_THAT(source.find(uid), Optional(std::string("for all")));
+    const Environment own("SM_TEST_PASSWORD_020000000001", "own");
+    EXPECT_THAT(source.find(uid), Optional(std::string("own")));
+    EXPECT_THAT(source.find(L"020000000002"), Optional(std::string("for all")));
+}
+
+TEST_F(APasswordSource, TheFileComesBeforeTheVariables) {
+    const Environment all("SM_TEST_PASSWORD", "variable");
+    const Environment file("SM_TEST_PASSWORD_FILE",
+                           privateFile("# projectors\n*  any\n020000000001\tone two\r\n020000000003 three\nlonely\n"));
+    EXPECT_THAT(source.find(uid), Optional(std::string("one two")));
+    EXPECT_THAT(source.find(L"020000000003"), Optional(std::string("three")));
+    EXPECT_THAT(source.find(L"020000000009"), Optional(std::string("any")));
+}
+
+TEST_F(APasswordSource, AFileThatDoesNotKnowTheProjectorLeavesItToTheVariables) {
+    const Environment all("SM_TEST_PASSWORD", "variable");
+    const Environment file("SM_TEST_PASSWORD_FILE", privateFile("020000000003 three\n"));
+    EXPECT_THAT(source.find(uid), Optional(std::string("variable")));
+}
+
+TEST_F(APasswordSource, AFileThatOthersCanReadIsRefused) {
+    const std::string path = privateFile("* secret\n");
+    const Environment file("SM_TEST_PASSWORD_FILE", path);
+    for (const mode_t mode : std::initializer_list<mode_t>{0640, 0604, 0620, 0601, 0666}) {
+        ::chmod(path.c_str(), mode);
+        const std::string message = faultOf([&] { static_cast<void>(source.find(uid)); });
+        EXPECT_EQ(message,
+                  "password file " + path + ": others have rights to it: make it your own and give it the mode 600");
+        EXPECT_THAT(message, Not(HasSubstr("secret")));
+    }
+    ::chmod(path.c_str(), 0400);
+    EXPECT_THAT(source.find(uid), Optional(std::string("secret")));
+}
+
+TEST_F(APasswordSource, WhatIsNoPlainFileIsRefused) {
+    const auto refusal = [&](const std::string& path) {
+        const Environment file("SM_TEST_PASSWORD_FILE", path);
+        return faultOf([&] { static_cast<void>(source.find(uid)); });
+    };
+    EXPECT_THAT(refusal(folder.file("missing")), EndsWith("missing: No such file or directory"));
+    EXPECT_THAT(refusal(folder.path()), EndsWith("it is not a regular file"));
+    ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
+    EXPECT_THAT(refusal(folder.file("pipe")), EndsWith("it is not a regular file"));
+    EXPECT_THAT(refusal(privateFile(std::string(70000, 'x'))), EndsWith("it is larger than 65536 bytes"));
+}
+
+TEST_F(APasswordSource, TheRemedyNamesTheVariables) {
+    EXPECT_EQ(source.remedy(),
+              L"set the environment variable SM_TEST_PASSWORD, or name a password file in SM_TEST_PASSWORD_FILE");
+    EXPECT_EQ(PasswordSource().variable, "SCREENMANAGER_PJLINK_PASSWORD");
+    EXPECT_EQ(PasswordSource().fileVariable, "SCREENMANAGER_PJLINK_PASSWORD_FILE");
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#include "DisplayReport/ChannelListing.h"
+
+#include "DisplayReport/ProjectorRun.h"
+#include "ProjectorTesting.h"
+#include "support/LogTrap.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+using namespace projector_testing;
+using namespace Veltrani::DisplayReport;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class AChannelListing : public testing::Test {
+protected:
+    LogTrap trap;
+    DeviceManager manager{settings()};
+};
+
+TEST_F(AChannelListing, TellsWhatTheProjectorTells) {
+    const PjlinkSimulator simulator({"--answer", "RRES=3840x2160", "--answer", "INPT ?=5A"});
+    const auto config = configOf(entry("L", device(simulator.port(), 1)));
+    ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
+    run.buildChannels();
+    const ChannelListing listing = ChannelListing::ofChannels(run);
+    ASSERT_THAT(listing.lines, SizeIs(1));
+    const ChannelLine& line = listing.lines[0];
+    EXPECT_EQ(line.name, "L");
+    EXPECT_EQ(line.id, "020000000001");
+    EXPECT_EQ(line.device, "PJLink 127.0.0.1:" + std::to_string(simulator.port()));
+    EXPECT_EQ(line.state, "on");
+    EXPECT_EQ(line.resolution, "3840 x 2160");
+    EXPECT_EQ(line.input, "4");
+    EXPECT_EQ(line.firmware, "1.02.003");
+    EXPECT_THAT(listing.faults, IsEmpty());
+}
+
+TEST_F(AChannelListing, OfEntriesShowsWhereAMissingOneShouldBe) {
+    const int dead = deadPort();
+    const PjlinkSimulator simulator({"--power", "2"});
+    const auto config =
+        configOf(entry("L", device(dead, 1)) + entry("R", device(simulator.port(), 2)) + entry("X", ""));
+    const ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
+    const ChannelListing listing = ChannelListing::ofEntries(run);
+    ASSERT_THAT(listing.lines, SizeIs(3));
+    EXPECT_EQ(listing.lines[0].device, "PJLink 127.0.0.1:" + std::to_string(dead));
+    EXPECT_EQ(listing.lines[0].state, "missing");
+    EXPECT_EQ(listing.lines[1].id, "R") << "the id is that of the entry until there are channels";
+    EXPECT_EQ(listing.lines[1].state, "cooling");
+    EXPECT_EQ(listing.lines[1].input, "-");
+    EXPECT_EQ(listing.lines[2].device, "-");
+    EXPECT_THAT(listing.faults, IsEmpty()) << "a projector that is not on need not tell its input";
+}
+
+TEST_F(AChannelListing, WhatIsNotAnsweredIsAFaultAndTheRestIsShown) {
+    const PjlinkSimulator simulator({"--answer", "SVER=ERR4"});
+    const auto config = configOf(entry("L", device(simulator.port(), 1)));
+    ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
+    run.buildChannels();
+    const ChannelListing listing = ChannelListing::ofChannels(run);
+    EXPECT_EQ(listing.lines.at(0).firmware, "-");
+    EXPECT_EQ(listing.lines.at(0).input, "2");
+    ASSERT_THAT(listing.faults, SizeIs(1));
+    EXPECT_EQ(listing.faults[0].where, "channel L");
+    EXPECT_THAT(listing.faults[0].what, HasSubstr("command GetFirmware: SVER ?: the projector reports a failure"));
+}
+
+TEST_F(AChannelListing, AVirtualProjectorIsPlainlySimulated) {
+    const auto config = configOf(displays::projector("L", "") + "<Projector id='M'/>");
+    ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
+    run.buildChannels();
+    const ChannelListing listing = ChannelListing::ofChannels(run);
+    ASSERT_THAT(listing.lines, SizeIs(2));
+    EXPECT_EQ(listing.lines[0].state, "simulated");
+    EXPECT_EQ(listing.lines[0].resolution, "1920 x 1200") << "as configured";
+    EXPECT_EQ(listing.lines[1].resolution, "-") << "none is configured";
+}
+
+TEST(ChannelListing, IsPrintedAsATable) {
+    ChannelListing listing;
+    listing.lines.push_back({"Left\nupper", "1", "here", "on", "4 x 3", "0", "v1"});
+    std::ostringstream out;
+    listing.print(out);
+    EXPECT_EQ(out.str(),
+              "channel     id  device  state  resolution  input  firmware\n"
+              "Left?upper  1   here    on     4 x 3       0      v1\n");
+}
+
+}  // namespace

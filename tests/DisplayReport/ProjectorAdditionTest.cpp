@@ -1,0 +1,112 @@
+#include "DisplayReport/ProjectorAddition.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/ProjectorConfig.h"
+#include "ProjectorTesting.h"
+#include "support/LogTrap.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace projector_testing;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Veltrani::DeviceFramework2::MacAddress;
+using Veltrani::DeviceFramework2::ProjectorAddress;
+using Veltrani::DisplayReport::ProjectorAddition;
+
+class AProjectorAddition : public testing::Test {
+protected:
+    [[nodiscard]] ProjectorAddition::Added add(const ProjectorAddition::Target& target) {
+        return ProjectorAddition(*config, manager).add(target);
+    }
+
+    /// The message of the refusal; "added" when there is none.
+    [[nodiscard]] std::string refusal(const ProjectorAddition::Target& target) {
+        try {
+            static_cast<void>(add(target));
+        } catch (const VeltraniException& fault) {
+            return Veltrani::toUtf8(fault.message);
+        }
+        return "added";
+    }
+
+    static ProjectorAddress at(const PjlinkSimulator& simulator) { return {"127.0.0.1", simulator.port()}; }
+
+    LogTrap trap;
+    DeviceManager manager{settings()};
+    std::unique_ptr<XMLConfigFile> config = configOf(displays::projector("L", ""));
+};
+
+TEST_F(AProjectorAddition, MakesAnEntryWithWhatTheProjectorTells) {
+    const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07", "--answer", "RRES=3840x2160"});
+    const auto added = add({at(simulator), {}, L""});
+    EXPECT_EQ(added.uid, L"020000000007");
+    EXPECT_EQ(added.width, 3840);
+    EXPECT_THAT(config->getProjectorConfigIds(), ElementsAre(L"L", L"020000000007"));
+    const ProjectorConfig* const entry = config->getProjectorConfig(L"020000000007");
+    const std::wstring place = L"PJLink 127.0.0.1:" + std::to_wstring(simulator.port());
+    EXPECT_EQ(entry->getName(), place);
+    EXPECT_EQ(added.name, place);
+    EXPECT_EQ(added.place, place);
+    EXPECT_EQ(entry->getHeight(), 2160);
+    EXPECT_EQ(entry->getPondOfMirror(3), 14);
+    EXPECT_THAT(Veltrani::toUtf8(entry->getDeviceSnippet()), HasSubstr("02:00:00:00:00:07"));
+    EXPECT_EQ(manager.deviceCount(), 0U) << "the device is given back";
+    EXPECT_THAT(orders(simulator), testing::IsEmpty());
+}
+
+TEST_F(AProjectorAddition, OnlyTheNewProjectorIsAsked) {
+    const PjlinkSimulator present;
+    config = configOf(entry("L", device(present.port(), 1)));
+    const PjlinkSimulator simulator;
+    EXPECT_EQ(add({at(simulator), MacAddress::parse(L"020000000002"), L"Right"}).name, L"Right");
+    EXPECT_EQ(config->getProjectorConfig(L"020000000002")->getName(), L"Right");
+    EXPECT_TRUE(present.journal().empty());
+}
+
+TEST_F(AProjectorAddition, AProjectorThatMovedToAKnownAddressIsRefused) {
+    // The search leads to the address of the entry that is there: one of the two is wrong.
+    const PjlinkSimulator simulator({"--search-answers", "2"});
+    config = configOf(entry("L", device(simulator.port(), 1)));
+    DeviceManager::Settings searching = settings();
+    searching.search.targets = {"127.0.0.1"};
+    searching.search.targetPort = simulator.searchPort();
+    DeviceManager finder(searching);
+    try {
+        static_cast<void>(ProjectorAddition(*config, finder).add({{}, MacAddress::parse(L"020000000002"), L""}));
+        FAIL() << "it was added";
+    } catch (const VeltraniException& fault) {
+        EXPECT_EQ(fault.message, L"a projector at 127.0.0.1:" + std::to_wstring(simulator.port()) +
+                                     L" is there already: entry L, channel \"L\"");
+    }
+    EXPECT_EQ(finder.deviceCount(), 0U);
+}
+
+TEST_F(AProjectorAddition, AnotherProjectorThanTheOneAtTheAddressIsNotTakenForIt) {
+    // Many answer, as behind a broadcast address; only the answer from the address counts.
+    const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
+    EXPECT_THAT(refusal({ProjectorAddress{"127.0.0.2", simulator.port()}, {}, L""}),
+                HasSubstr("does not tell its MAC address"));
+}
+
+TEST_F(AProjectorAddition, WhatFailsHalfwayGivesTheDeviceBack) {
+    const PjlinkSimulator simulator({"--answer", "SVER=ERR3"});
+    EXPECT_THAT(refusal({at(simulator), MacAddress::parse(L"020000000001"), L""}),
+                HasSubstr("command GetFirmware: SVER ?: not available now"));
+    EXPECT_EQ(manager.deviceCount(), 0U);
+}
+
+TEST_F(AProjectorAddition, AnEmptyNameOfAnEntryIsNobodysName) {
+    config->getProjectorConfig(L"L")->setName(L"");
+    const PjlinkSimulator simulator;
+    EXPECT_EQ(refusal({at(simulator), MacAddress::parse(L"020000000001"), L""}), "added");
+    EXPECT_EQ(refusal({at(simulator), MacAddress::parse(L"020000000002"), L"x"}),
+              "a projector at " + at(simulator).text() + " is there already: entry 020000000001, channel \"PJLink " +
+                  at(simulator).text() + "\"");
+}
+
+}  // namespace

@@ -1,0 +1,99 @@
+#include "DisplayReport/ProjectorSurvey.h"
+
+#include "DeviceFramework2/Device.h"
+#include "ProjectorTesting.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace projector_testing;
+using namespace Veltrani::DisplayReport;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+
+class AProjectorSurvey : public testing::Test {
+protected:
+    /// The finding on one simulated projector; its device is given back.
+    ProjectorFinding findingOn(const PjlinkSimulator& simulator, ProjectorNeed need) {
+        const auto config = configOf(entry("A", device(simulator.port(), 1)));
+        auto findings = ProjectorSurvey(need).run(*config, manager);
+        manager.releaseDevice(findings.at(0).device);
+        return findings.at(0);
+    }
+
+    DeviceManager manager{settings()};
+};
+
+TEST_F(AProjectorSurvey, AsksEveryEntryWhateverIsFound) {
+    const PjlinkSimulator there;
+    const auto config =
+        configOf(entry("A", device(deadPort(), 1)) + entry("B", device(there.port(), 2)) + entry("C", ""));
+    std::vector<std::pair<std::size_t, std::size_t>> progress;
+    const auto findings = ProjectorSurvey(ProjectorNeed::ANSWER, [&](std::size_t done, std::size_t total) {
+                              progress.emplace_back(done, total);
+                          }).run(*config, manager);
+    ASSERT_THAT(findings, SizeIs(3));
+    EXPECT_EQ(findings[0].id, L"A");
+    EXPECT_THAT(findings[0].fault, HasSubstr("no connection: Connection refused; check that it has power"));
+    EXPECT_EQ(findings[0].device, nullptr);
+    EXPECT_TRUE(findings[1].usable());
+    ASSERT_NE(findings[1].device, nullptr);
+    EXPECT_EQ(findings[1].device->getUID(), L"020000000002");
+    EXPECT_THAT(findings[2].fault, HasSubstr("it is empty: the entry names no device; correct the Device element"));
+    EXPECT_THAT(progress, ElementsAre(Pair(0U, 3U), Pair(1U, 3U), Pair(2U, 3U), Pair(3U, 3U)));
+    EXPECT_EQ(manager.useCount(findings[1].device), 1);
+    manager.releaseDevice(findings[1].device);
+}
+
+TEST_F(AProjectorSurvey, OnlyAsksWhatIsNeededAndChangesNothing) {
+    const PjlinkSimulator simulator;
+    EXPECT_TRUE(findingOn(simulator, ProjectorNeed::ANSWER).usable());
+    EXPECT_THAT(simulator.lines(), ElementsAre("%1CLSS ?"));
+    EXPECT_TRUE(findingOn(simulator, ProjectorNeed::BLACK).usable());
+    EXPECT_TRUE(findingOn(simulator, ProjectorNeed::CLEAR).usable());
+    EXPECT_THAT(simulator.lines(),
+                ElementsAre("%1CLSS ?", "%1CLSS ?", "%1POWR ?", "%1AVMT ?", "%1CLSS ?", "%1POWR ?", "%1AVMT ?"));
+}
+
+TEST_F(AProjectorSurvey, StandbyDoesForAnAnswerAndForNothingElse) {
+    const PjlinkSimulator simulator({"--power", "0"});
+    EXPECT_TRUE(findingOn(simulator, ProjectorNeed::ANSWER).usable());
+    for (const ProjectorNeed need : {ProjectorNeed::BLACK, ProjectorNeed::GRAY50, ProjectorNeed::CLEAR}) {
+        const ProjectorFinding finding = findingOn(simulator, need);
+        EXPECT_THAT(finding.fault, EndsWith("is in standby; switch it on"));
+        EXPECT_EQ(finding.device, nullptr);
+    }
+    EXPECT_EQ(manager.deviceCount(), 0U) << "one that is not usable is given back";
+}
+
+TEST_F(AProjectorSurvey, AProjectorThatFailsAQuestionIsNotReady) {
+    EXPECT_THAT(findingOn(PjlinkSimulator({"--answer", "POWR=ERR4"}), ProjectorNeed::CLEAR).fault,
+                HasSubstr("command GetPowerState: POWR ?: the projector reports a failure of its own (ERR4)"));
+    EXPECT_THAT(findingOn(PjlinkSimulator({"--answer", "AVMT=ERR2"}), ProjectorNeed::BLACK).fault,
+                HasSubstr("command GetPictureMute: AVMT ?: it does not take the parameter (ERR2)"));
+}
+
+TEST_F(AProjectorSurvey, GreyIsNotToBeHadByPjlink) {
+    const PjlinkSimulator simulator;
+    EXPECT_EQ(findingOn(simulator, ProjectorNeed::GRAY50).fault,
+              "projector 020000000001 (PJLink 127.0.0.1:" + std::to_string(simulator.port()) +
+                  ") cannot show a grey picture by itself; show one through its input");
+}
+
+TEST_F(AProjectorSurvey, AFaultIsOneLine) {
+    const PjlinkSimulator simulator({"--greeting", "hello \x1b[2J"});
+    EXPECT_THAT(findingOn(simulator, ProjectorNeed::ANSWER).fault,
+                HasSubstr("it greeted with \"hello  [2J\", which is not PJLink; check that it has power"));
+}
+
+TEST_F(AProjectorSurvey, AnEmptyConfigurationHasNoFindings) {
+    EXPECT_THAT(ProjectorSurvey(ProjectorNeed::BLACK).run(*configOf(""), manager), IsEmpty());
+}
+
+}  // namespace

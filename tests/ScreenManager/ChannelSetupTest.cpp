@@ -1,0 +1,211 @@
+#include "ChannelFixture.h"
+#include "DeviceFramework2/VirtualProjector.h"
+
+/// `ChannelManager::initialize`. What happens between an entry and its device is tested with `ProjectorBinding`.
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ChannelSetupTest : public ChannelFixture {
+protected:
+    /// The channels, as "name at projector id".
+    [[nodiscard]] std::vector<std::wstring> channels() const {
+        std::vector<std::wstring> texts;
+        for (const Channel& channel : manager->getChannels()) {
+            texts.push_back(channel.getName() + L" at " + channel.getProjectorConfigId());
+        }
+        return texts;
+    }
+
+    /// What is asked of entry and device before the duplicates are looked for.
+    static std::vector<std::string> bindingOf(const std::string& id) {
+        return {"config.getProjectorConfig(\"" + id + "\")",
+                "projector.getDeviceSnippet()",
+                "devices.createDevice(\"<" + id + "/>\", true, \"\")",
+                "projector.getIdentity()",
+                "device " + id + ".getUidSourceText()",
+                "config.renameProjectorConfig(\"" + id + "\", \"" + id + "\")",
+                "device " + id + ".getDeviceSnippet()",
+                "projector.setDeviceSnippet(\"<" + id + " now/>\")"};
+    }
+
+    static std::vector<std::string> joined(std::initializer_list<std::vector<std::string>> parts) {
+        std::vector<std::string> all;
+        for (const std::vector<std::string>& part : parts) {
+            all.insert(all.end(), part.begin(), part.end());
+        }
+        return all;
+    }
+};
+
+TEST_F(ChannelSetupTest, AConfigurationWithoutProjectorsHasNoChannels) {
+    manager->initialize(true);
+    EXPECT_EQ(manager->getNumberOfChannels(), 0);
+    EXPECT_THAT(trace.lines(), ElementsAre(INFO + "initialize: replaceMissingWithOffline 1",
+                                           "config.getProjectorConfigIds()", INFO + "initialize end"));
+    EXPECT_THAT(log.records().at(0).function, testing::HasSubstr("initialize"));
+}
+
+TEST_F(ChannelSetupTest, EveryEntryBecomesAChannelInOrderStepByStep) {
+    addProjector(L"P0", L"Left");
+    addProjector(L"P1", L"Right");
+    manager->initialize(false);
+    EXPECT_EQ(trace.lines(),
+              joined({{INFO + "initialize: replaceMissingWithOffline 0", "config.getProjectorConfigIds()"},
+                      bindingOf("P0"),
+                      {"device P0.getLocation()", "devices.bindDevice(\"P0\", \"P0\")", "projector.getName()",
+                       "projector.setName(\"Left\")"},
+                      bindingOf("P1"),
+                      {"device P1.getLocation()", "devices.getDevice(\"P0\")", "device P0.getLocation()",
+                       "devices.bindDevice(\"P1\", \"P1\")", "projector.getName()", "projector.setName(\"Right\")"},
+                      {INFO + "initialize end"}}));
+    EXPECT_TRUE(manager->getChannelInfo(0) == Channel(L"Left", &entry(0), L"P0", -1, -1));
+    EXPECT_TRUE(manager->getChannelInfo(1) == Channel(L"Right", &entry(1), L"P1", -1, -1));
+}
+
+TEST_F(ChannelSetupTest, EqualNamesAreMadeUniqueInChannelAndEntry) {
+    addProjector(L"P0", L"Name");
+    addProjector(L"P1", L"Name");
+    addProjector(L"P2", L"Name");
+    manager->initialize(false);
+    EXPECT_THAT(channels(), ElementsAre(L"Name at P0", L"Name_01 at P1", L"Name_02 at P2"));
+    EXPECT_EQ(entry(1).name, L"Name_01");
+    EXPECT_EQ(entry(2).name, L"Name_02");
+}
+
+TEST_F(ChannelSetupTest, TheListIsNotClearedFirst) {
+    makeChannels({L"A"});
+    config.projectors.clear();
+    addProjector(L"Q", L"A");
+    manager->initialize(false);
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0", L"A_01 at Q"));
+}
+
+TEST_F(ChannelSetupTest, AnUnreachableProjectorEndsItAndEarlierChannelsRemain) {
+    addProjector(L"P0", L"A");
+    addEntry(L"P1", L"B");
+    addProjector(L"P2", L"C");
+    const auto fault = faultOf<ChannelInitializationException>([&] { manager->initialize(false); });
+    EXPECT_EQ(fault.message, L"section P1");
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0"));
+    EXPECT_EQ(trace.lines().back(), ERROR + "AddDevice threw ChannelInitializationException for P1");
+    EXPECT_EQ(config.calls("getProjectorConfig"), 2U) << "the third is not looked at";
+}
+
+TEST_F(ChannelSetupTest, AnUnreachableProjectorBecomesAVirtualOneWhenAskedFor) {
+    addEntry(L"P0", L"A").height = 1200;
+    DeviceDouble& virtualOne = makeDevice(L"P0");
+    devices.creatable[{L"<Wrapper><Projector Width='1920' Height='1200'><P0/></Projector></Wrapper>", false}] =
+        &virtualOne;
+    manager->initialize(true);
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0"));
+    EXPECT_EQ(manager->getDeviceRefactor(0), &virtualOne);
+    EXPECT_THAT(log.messages(), testing::Contains("WARN Replacing projector P0with (offline) virtual projector"));
+}
+
+TEST_F(ChannelSetupTest, AnEntryThatTheServiceDoesNotHaveIsNamedByItsId) {
+    struct Forgetful : ConfigManagerDouble {
+        std::vector<std::wstring> getProjectorConfigIds() const override { return {L"gone"}; }
+    } forgetful;
+    ChannelManager channels(&forgetful);
+    const auto fault = faultOf<ChannelInitializationException>([&] { channels.initialize(true); });
+    EXPECT_EQ(fault.message, L"gone");
+    EXPECT_EQ(channels.getNumberOfChannels(), 0);
+}
+
+TEST_F(ChannelSetupTest, AProjectorThatIsAnotherOneThanConfiguredIsRefused) {
+    addProjector(L"020000000001", L"A");
+    addProjector(L"P1", L"B").uidSourceText = L"<Device mac='02:00:00:00:00:01'/>";
+    const auto fault = faultOf<ChannelSwapException>([&] { manager->initialize(true); });
+    EXPECT_EQ(fault.message, L"P1 is being swapped by 020000000001");
+    EXPECT_THAT(channels(), ElementsAre(L"A at 020000000001"));
+}
+
+TEST_F(ChannelSetupTest, ADeviceAtThePlaceOfAChannelIsReleasedAndRefused) {
+    addProjector(L"P0", L"A");
+    addProjector(L"P1", L"B");
+    addProjector(L"P2", L"C").locationDescription = L"at P0";
+    const auto fault = faultOf<ChannelSwapException>([&] { manager->initialize(true); });
+    EXPECT_EQ(fault.projectorName, L"section P2");
+    EXPECT_EQ(fault.replacementName, L"P2");
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0", L"B at P1"));
+    const std::vector<std::string> lines = trace.lines();
+    EXPECT_EQ(std::vector<std::string>(lines.end() - 6, lines.end()),
+              (std::vector<std::string>{
+                  "device P2.getLocation()", "devices.getDevice(\"P0\")", "device P0.getLocation()",
+                  "devices.releaseDevice(\"P2\")",
+                  ERROR + "P2 is being associated with a duplicate device. Possibly IP addresses were remapped between "
+                          "projectors already in the configuration.",
+                  "projector.getSectionID()"}));
+}
+
+TEST_F(ChannelSetupTest, EmptyDescriptionsOfPlacesAreEqualTexts) {
+    addProjector(L"P0", L"A").locationDescription = L"";
+    addProjector(L"P1", L"B").locationDescription = L"";
+    EXPECT_EQ(faultOf<ChannelSwapException>([&] { manager->initialize(false); }).projectorName, L"section P1");
+}
+
+TEST_F(ChannelSetupTest, ADeviceWithoutAPlaceIsNobodysDuplicate) {
+    addProjector(L"P0", L"A").locationDescription.reset();
+    addProjector(L"P1", L"B").locationDescription.reset();
+    addProjector(L"P2", L"C").locationDescription = L"";
+    manager->initialize(false);
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0", L"B at P1", L"C at P2"));
+}
+
+TEST_F(ChannelSetupTest, AChannelWithoutADeviceMakesTheConfigurationInvalid) {
+    makeChannels({L"A"});
+    devices.devices.clear();
+    config.projectors.clear();
+    addProjector(L"Q", L"B").locationDescription.reset();
+    const auto fault = faultOf<VeltraniException>([&] { manager->initialize(false); });
+    EXPECT_EQ(fault.message, L"The file does not contain a valid configuration.");
+    EXPECT_EQ(fault.line, -1);
+    EXPECT_EQ(fault.file, "");
+    EXPECT_EQ(trace.lines().back(), "devices.getDevice(\"P0\")") << "nothing is logged or released";
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0"));
+}
+
+TEST_F(ChannelSetupTest, WithoutADeviceManagerNoProjectorCanBeReached) {
+    useDeviceManager(nullptr);
+    addEntry(L"P0", L"A");
+    EXPECT_EQ(faultOf<ChannelInitializationException>([&] { manager->initialize(false); }).message, L"section P0");
+    EXPECT_EQ(faultOf<ChannelInitializationException>([&] { manager->initialize(true); }).message, L"section P0");
+    EXPECT_EQ(manager->getNumberOfChannels(), 0);
+}
+
+TEST_F(ChannelSetupTest, WithoutAConfigurationThereAreNoChannels) {
+    ChannelManager channels(nullptr);
+    channels.initialize(true);
+    EXPECT_EQ(channels.getNumberOfChannels(), 0);
+    EXPECT_EQ(channels.getProjectorConfig(L"P0"), nullptr);
+}
+
+TEST_F(ChannelSetupTest, FaultsOfTheConfigurationPassThrough) {
+    addProjector(L"P0", L"A");
+    config.throwFrom("renameProjectorConfig", VeltraniException(L"cannot be stored"));
+    EXPECT_EQ(faultOf<VeltraniException>([&] { manager->initialize(true); }).message, L"cannot be stored");
+    EXPECT_EQ(manager->getNumberOfChannels(), 0);
+}
+
+// On the real device manager: two projectors that were never found have no address, so each is known only under the id
+// of its entry.
+TEST_F(ChannelSetupTest, EntriesThatNeverHadADeviceBecomeVirtualProjectorsOfTheirOwn) {
+    Veltrani::DeviceFramework2::DeviceManager real;
+    useDeviceManager(&real);
+    addEntry(L"P0", L"A").deviceSnippet = L"";
+    addEntry(L"P1", L"B").deviceSnippet = L"";
+    DravixDiagnostics::setVirtualLoad(true);
+    manager->initialize(false);
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0", L"B at P1"));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_NE(dynamic_cast<Veltrani::DeviceFramework2::VirtualProjector*>(manager->getDeviceRefactor(i)), nullptr);
+    }
+    EXPECT_NE(manager->getDeviceRefactor(0), manager->getDeviceRefactor(1));
+    manager.reset();
+    EXPECT_EQ(real.deviceCount(), 0U) << "all are given back";
+}
+
+}  // namespace
