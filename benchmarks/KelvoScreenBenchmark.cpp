@@ -1,256 +1,122 @@
+#include "EmbreeReference.h"
 #include "KelvoScreen/MeshScreen.h"
+#include "MeshRays.h"
 #include "Ratio.h"
 
-#include <embree3/rtcore.h>
-
-#include <cmath>
 #include <cstdint>
-#include <numbers>
-#include <random>
+#include <memory>
+#include <string>
 #include <vector>
 
-/// Rays on a mesh of a million triangles, against what Embree takes for the same.
+/// Rays on meshes, one by one and many at once, against what Embree takes for the same.
 
 namespace {
 
-using Vector = Point<double, 3>;
+/// The most that a query may take, relative to a single ray of Embree whose hit is recomputed in double.
+constexpr double INTERSECT_LIMIT = 1.4;
+constexpr double NORMAL_LIMIT = 1.5;
+constexpr double BATCH_LIMIT = 0.6;
+/// Rays in any order gain nothing from company; they must not lose either.
+constexpr double SCATTERED_BATCH_LIMIT = 1.5;
 
-constexpr int ROWS = 708;
-constexpr int COLUMNS = 708;
-constexpr int RAY_COUNT = 100000;
-constexpr double RADIUS = 5;  // metres: a dome
-
-Vector bumpyPoint(int row, int column) {
-    const double polar = std::numbers::pi * row / ROWS;
-    const double azimuth = 2 * std::numbers::pi * column / COLUMNS;
-    const double radius = RADIUS * (1 + 0.05 * std::sin(9 * polar) * std::cos(7 * azimuth));
-    return {radius * std::sin(polar) * std::cos(azimuth), radius * std::sin(polar) * std::sin(azimuth),
-            radius * std::cos(polar)};
-}
-
-/// A closed sphere with bumps, about a million triangles.
-TriangleMesh bumpySphere() {
-    TriangleMesh mesh;
-    for (int row = 0; row <= ROWS; ++row) {
-        for (int column = 0; column < COLUMNS; ++column) {
-            mesh.vertices.push_back(bumpyPoint(row, column));
-        }
-    }
-    const auto index = [](int row, int column) { return static_cast<std::uint32_t>(row * COLUMNS + column % COLUMNS); };
-    for (int row = 0; row < ROWS; ++row) {
-        for (int column = 0; column < COLUMNS; ++column) {
-            mesh.triangles.push_back({index(row, column), index(row + 1, column), index(row, column + 1)});
-            mesh.triangles.push_back({index(row, column + 1), index(row + 1, column), index(row + 1, column + 1)});
-        }
-    }
-    return mesh;
-}
-
-const MeshScreen& screen() {
-    static const MeshScreen theScreen(bumpySphere());
-    return theScreen;
-}
-
-/// The rays of a channel, row by row, from a point off the centre.
-std::vector<Ray> coherentRays() {
-    std::vector<Ray> rays;
-    const Vector eye{0.5, 1.0, 0.25};
-    constexpr int WIDTH = 400;
-    for (int i = 0; i < RAY_COUNT; ++i) {
-        const double across = 2.0 * (i % WIDTH) / WIDTH - 1;
-        const double up = 2.0 * (i / WIDTH) / (RAY_COUNT / WIDTH) - 1;
-        rays.emplace_back(eye, eye + Vector{across + 1e-4, 1.0, up + 1e-4});
-    }
-    return rays;
-}
-
-/// Rays from anywhere in the middle to anywhere.
-std::vector<Ray> randomRays() {
-    std::mt19937_64 generator(1);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    const auto random = [&] { return Vector{uniform(generator), uniform(generator), uniform(generator)}; };
-    std::vector<Ray> rays;
-    for (int i = 0; i < RAY_COUNT; ++i) {
-        const Vector from = 1.5 * random();
-        rays.emplace_back(from, from + random());
-    }
-    return rays;
-}
-
-struct Answer {
-    Vector point;
-    Vector normal;
-    int side = 0;
-};
-
-/// What a target locator asks: the hit, the normal at the bare point, the side.
-Answer askScreen(const Ray& ray) {
-    const IntersectionSet hits = screen().intersect(ray.first, ray.second);
-    if (hits.empty()) {
-        return {};
-    }
-    const Vector point = hits.first().point;
-    const Vector normal = screen().getScreenNormal(point);
-    return {point, normal, sideOfSurface(ray.second - ray.first, normal)};
-}
-
-/// The mesh in an Embree scene of triangles, in single precision, with the settings that make Embree itself watertight.
-class EmbreeReference {
+/// A mesh as both sides have it, built when it is first asked for.
+class Contest {
 public:
-    explicit EmbreeReference(const TriangleMesh& mesh) : m_mesh(mesh), m_device(rtcNewDevice("threads=1")) {
-        m_scene = rtcNewScene(m_device);
-        rtcSetSceneFlags(m_scene, RTC_SCENE_FLAG_ROBUST);
-        RTCGeometry geometry = rtcNewGeometry(m_device, RTC_GEOMETRY_TYPE_TRIANGLE);
-        auto* vertices = static_cast<float*>(
-            rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, 12, mesh.vertices.size()));
-        for (const Vector& vertex : mesh.vertices) {
-            for (std::size_t i = 0; i < 3; ++i) {
-                *vertices++ = static_cast<float>(vertex[i]);
-            }
-        }
-        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, mesh.triangles.data(), 0, 12,
-                                   mesh.triangles.size());
-        rtcCommitGeometry(geometry);
-        rtcAttachGeometry(m_scene, geometry);
-        rtcReleaseGeometry(geometry);
-        rtcCommitScene(m_scene);
-    }
-    ~EmbreeReference() { rtcReleaseScene(m_scene); }
-    EmbreeReference(const EmbreeReference&) = delete;
-    EmbreeReference& operator=(const EmbreeReference&) = delete;
+    explicit Contest(int cells) : m_cells(cells) {}
 
-    /// One ray, the hit recomputed in double on the plane of the triangle.
-    [[nodiscard]] Answer ask(const Ray& ray) const {
-        const Vector direction = ray.second - ray.first;
-        RTCIntersectContext context;
-        rtcInitIntersectContext(&context);
-        RTCRayHit hit{};
-        hit.ray.org_x = static_cast<float>(ray.first[0]);
-        hit.ray.org_y = static_cast<float>(ray.first[1]);
-        hit.ray.org_z = static_cast<float>(ray.first[2]);
-        hit.ray.dir_x = static_cast<float>(direction[0]);
-        hit.ray.dir_y = static_cast<float>(direction[1]);
-        hit.ray.dir_z = static_cast<float>(direction[2]);
-        hit.ray.tfar = INFINITY;
-        hit.ray.mask = ~0U;
-        hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-        rtcIntersect1(m_scene, &context, &hit);
-        return hit.hit.geomID == RTC_INVALID_GEOMETRY_ID ? Answer{} : refine(ray.first, direction, hit.hit.primID);
+    [[nodiscard]] const MeshScreen& screen() {
+        if (!m_screen) {
+            m_screen = std::make_unique<MeshScreen>(meshRays::bumpySphere(m_cells));
+        }
+        return *m_screen;
+    }
+
+    [[nodiscard]] const EmbreeReference& embree() {
+        if (!m_embree) {
+            m_embree = std::make_unique<EmbreeReference>(screen().mesh());
+        }
+        return *m_embree;
     }
 
 private:
-    [[nodiscard]] Answer refine(const Vector& from, const Vector& direction, std::uint32_t triangle) const {
-        const TriangleMesh::Triangle& corners = m_mesh.triangles[triangle];
-        const Vector& corner = m_mesh.vertices[corners[0]];
-        const Vector area = cross(m_mesh.vertices[corners[1]] - corner, m_mesh.vertices[corners[2]] - corner);
-        const double t = dot(corner - from, area) / dot(direction, area);
-        const Vector normal = area * (1 / norm(area));
-        return {from + t * direction, normal, sideOfSurface(direction, normal)};
-    }
-
-    const TriangleMesh& m_mesh;
-    RTCDevice m_device;
-    RTCScene m_scene = nullptr;
+    int m_cells;
+    std::unique_ptr<MeshScreen> m_screen;
+    std::unique_ptr<EmbreeReference> m_embree;
 };
 
-const EmbreeReference& reference() {
-    static const EmbreeReference theReference(screen().mesh());
-    return theReference;
+/// What a target locator asks: the hit, the normal at the bare point, the side.
+SurfaceHit askScreen(const MeshScreen& screen, const Ray& ray) {
+    const IntersectionSet hits = screen.intersect(ray.first, ray.second);
+    if (hits.empty()) {
+        return {};
+    }
+    const auto [point, t] = hits.first();
+    const Point<double, 3> normal = screen.getScreenNormal(point);
+    return {point, normal, t, sideOfSurface(ray.second - ray.first, normal), true};
+}
+
+void countRays(benchmark::State& state, const std::vector<Ray>& rays) {
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(rays.size()));
 }
 
 template <class Ask>
 void castAll(benchmark::State& state, const std::vector<Ray>& rays, const Ask& ask) {
-    double sum = 0;
+    (void)ask(rays.front());
     for (auto _ : state) {
         for (const Ray& ray : rays) {
-            const Answer answer = ask(ray);
-            sum += answer.point[0] + answer.normal[1] + answer.side;
+            benchmark::DoNotOptimize(ask(ray));
         }
     }
-    benchmark::DoNotOptimize(sum);
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(rays.size()));
+    countRays(state, rays);
 }
 
-void addRayPair(const std::string& name, const std::vector<Ray>& rays) {
-    constexpr double LIMIT = 1.5;
+void castAtOnce(benchmark::State& state, const std::vector<Ray>& rays, const MeshScreen& screen) {
+    std::vector<SurfaceHit> hits(rays.size());
+    screen.intersectRays(rays, hits);
+    for (auto _ : state) {
+        screen.intersectRays(rays, hits);
+        benchmark::DoNotOptimize(hits.data());
+    }
+    countRays(state, rays);
+}
+
+void addRows(const std::string& name, Contest& contest, const std::vector<Ray>& rays, double batchLimit) {
+    const auto embreeAsks = [&](benchmark::State& state) {
+        castAll(state, rays, [&embree = contest.embree()](const Ray& ray) { return embree.ask(ray); });
+    };
     ratio::pair(
-        name, [&rays](benchmark::State& state) { castAll(state, rays, askScreen); },
-        [&rays](benchmark::State& state) {
-            castAll(state, rays, [&embree = reference()](const Ray& ray) { return embree.ask(ray); });
+        "intersect_" + name,
+        [&](benchmark::State& state) {
+            castAll(state, rays,
+                    [&screen = contest.screen()](const Ray& ray) { return screen.intersect(ray.first, ray.second); });
         },
-        LIMIT);
-}
-
-/// Half a sphere with a border, about a million triangles: no bumps, so that its continuation is one sphere.
-const MeshScreen& dome() {
-    static const MeshScreen theDome([] {
-        TriangleMesh mesh;
-        for (int row = 0; row <= ROWS; ++row) {
-            for (int column = 0; column <= COLUMNS; ++column) {
-                const double azimuth = std::numbers::pi * (1.0 * column / COLUMNS - 0.5);
-                const double elevation = std::numbers::pi * (0.4 * row / ROWS - 0.05);
-                mesh.vertices.push_back({RADIUS * std::sin(azimuth) * std::cos(elevation),
-                                         RADIUS * std::cos(azimuth) * std::cos(elevation),
-                                         RADIUS * std::sin(elevation)});
-            }
-        }
-        const auto index = [](int row, int column) { return static_cast<std::uint32_t>(row * (COLUMNS + 1) + column); };
-        for (int row = 0; row < ROWS; ++row) {
-            for (int column = 0; column < COLUMNS; ++column) {
-                mesh.triangles.push_back({index(row, column), index(row + 1, column + 1), index(row, column + 1)});
-                mesh.triangles.push_back({index(row, column), index(row + 1, column), index(row + 1, column + 1)});
-            }
-        }
-        return mesh;
-    }());
-    return theDome;
-}
-
-/// Rays to just below the dome, or as far above its lower border.
-std::vector<Ray> borderRays(bool isBelow) {
-    constexpr int COUNT = 1000;
-    const Vector eye{0.5, -1.0, 0.25};
-    std::vector<Ray> rays;
-    for (int i = 0; i < COUNT; ++i) {
-        const double azimuth = std::numbers::pi * (0.9 * i / COUNT - 0.45);
-        const double elevation = -0.05 * std::numbers::pi + (isBelow ? -0.1 : 0.1);
-        rays.emplace_back(eye, RADIUS * Vector{std::sin(azimuth) * std::cos(elevation),
-                                               std::cos(azimuth) * std::cos(elevation), std::sin(elevation)});
-    }
-    return rays;
-}
-
-Answer askPastBorder(const Ray& ray) {
-    const IntersectionSet hits = dome().intersectExtrapolatedWithSpecifiedNormal(ray.first, ray.second, 1);
-    return hits.empty() ? Answer{} : Answer{hits.first().point, {}, 1};
-}
-
-Answer askWithinBorder(const Ray& ray) {
-    const IntersectionSet hits = dome().intersect(ray.first, ray.second);
-    return hits.empty() ? Answer{} : Answer{hits.first().point, {}, 1};
-}
-
-/// A ray past the border beside one that hits the mesh: outlines have hundreds of the former, grids thousands of the
-/// latter.
-void addContinuationPair(const std::vector<Ray>& past, const std::vector<Ray>& within) {
-    constexpr double LIMIT = 60;
+        [&](benchmark::State& state) {
+            castAll(state, rays, [&embree = contest.embree()](const Ray& ray) { return embree.intersect(ray); });
+        },
+        INTERSECT_LIMIT);
     ratio::pair(
-        "mesh_ray_past_border", [&past](benchmark::State& state) { castAll(state, past, askPastBorder); },
-        [&within](benchmark::State& state) { castAll(state, within, askWithinBorder); }, LIMIT);
+        "normal_side_" + name,
+        [&](benchmark::State& state) {
+            castAll(state, rays, [&screen = contest.screen()](const Ray& ray) { return askScreen(screen, ray); });
+        },
+        embreeAsks, NORMAL_LIMIT);
+    ratio::pair(
+        "batch_" + name, [&](benchmark::State& state) { castAtOnce(state, rays, contest.screen()); }, embreeAsks,
+        batchLimit);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<Ray> coherent = coherentRays();
-    const std::vector<Ray> random = randomRays();
-    (void)askScreen(coherent.front());
-    (void)reference();
-    addRayPair("mesh_ray_coherent", coherent);
-    addRayPair("mesh_ray_random", random);
-    const std::vector<Ray> past = borderRays(true);
-    const std::vector<Ray> within = borderRays(false);
-    (void)askPastBorder(past.front());
-    addContinuationPair(past, within);
+    const meshRays::Pattern patterns[] = {meshRays::coherentRays(), meshRays::sparseRays(), meshRays::randomRays()};
+    Contest small(meshRays::CELLS_10K);
+    Contest medium(meshRays::CELLS_100K);
+    Contest large(meshRays::CELLS_1M);
+    for (const meshRays::Pattern& pattern : patterns) {
+        const double batchLimit = pattern.name == "coherent" ? BATCH_LIMIT : SCATTERED_BATCH_LIMIT;
+        addRows(pattern.name + "_10k", small, pattern.rays, batchLimit);
+        addRows(pattern.name + "_100k", medium, pattern.rays, batchLimit);
+        addRows(pattern.name + "_1M", large, pattern.rays, batchLimit);
+    }
     return ratio::run(argc, argv);
 }

@@ -13,11 +13,15 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <typeinfo>
 #include <utility>
 
 using namespace KelvoScreenDetail;
 
 namespace {
+
+/// Fewer rays are asked one by one: one more is cast at the end of a batch.
+constexpr std::size_t FEWEST_AT_ONCE = 8;
 
 void requireIndices(const std::vector<TriangleMesh::Triangle>& triangles, std::size_t size, const std::wstring& what) {
     for (std::size_t i = 0; i < triangles.size(); ++i) {
@@ -239,6 +243,29 @@ IntersectionSet MeshScreen::intersectExtrapolatedWithSpecifiedNormal(const Point
 std::vector<Point<double, 3>> MeshScreen::intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                    const std::vector<Ray>& centre) const {
     return channelBoundary(*this, boundary, centre);
+}
+
+void MeshScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    if (typeid(*this) == typeid(MeshScreen)) {
+        intersectAtOnce(rays, hits);
+    } else {
+        ScreenGeometry::intersectRays(rays, hits);
+    }
+}
+
+void MeshScreen::intersectAtOnce(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    Implementation& self = *m_implementation;
+    if (rays.size() != hits.size() || rays.size() < FEWEST_AT_ONCE || !self.valid) {
+        ScreenGeometry::intersectRays(rays, hits);
+        return;
+    }
+    self.getSurface().nearestHits(rays, hits);
+    // The last hit is remembered as if the rays had been asked one by one.
+    const auto last = std::find_if(hits.rbegin(), hits.rend(), [](const SurfaceHit& hit) { return hit.hit; });
+    if (last != hits.rend()) {
+        const auto& [from, to] = rays[static_cast<std::size_t>(hits.rend() - last) - 1];
+        (void)self.hit(from, to, std::nullopt);
+    }
 }
 
 const TriangleMesh& MeshScreen::mesh() const {

@@ -59,6 +59,11 @@ public:
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
 
+    /// Several times as fast as ray by ray when neighbouring rays run close to each other, as those of a channel do,
+    /// and to the last bit the same. A class derived from this one is asked ray by ray, since it may answer
+    /// differently; one that does not calls `intersectAtOnce`.
+    void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
+
     /// The mesh as held.
     [[nodiscard]] const TriangleMesh& mesh() const;
     /// True when every corner has a texture coordinate.
@@ -70,6 +75,9 @@ protected:
 
     /// Replaces the mesh and everything derived from it. Throws as the constructor does; the old mesh stays then.
     void setMesh(TriangleMesh mesh, const std::array<unsigned char, 20>& hash);
+
+    /// As `intersectRays`, by this class's own `intersect` and `getScreenNormal`.
+    void intersectAtOnce(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
 
 private:
     struct Implementation;

@@ -113,6 +113,14 @@ void OBJScreen::deserialize(std::istream& text) {
     setMesh(std::move(mesh), sha1.finish());
 }
 
+void OBJScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    if (typeid(*this) == typeid(OBJScreen)) {
+        intersectAtOnce(rays, hits);
+    } else {
+        MeshScreen::intersectRays(rays, hits);
+    }
+}
+
 Matrix<float, 4> OBJScreen::getTransformMatrix(const std::wstring& up, const std::wstring& forward, float scale) {
     const std::optional<Axis> upAxis = axisNamed(up);
     const std::optional<Axis> forwardAxis = axisNamed(forward);

@@ -22,6 +22,8 @@ public:
     /// is read in place, without a copy of its text.
     void deserialize(std::istream& text);
 
+    void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
+
     /// The transform from a file whose up and forward axes are named into the world frame, with the scale: column
     /// vectors, no translation, right = forward x up, never a mirror image. Throws `VeltraniException` for unknown or
     /// parallel names and for a scale that is not finite or not above zero, which would flatten or mirror the screen.

@@ -1,7 +1,7 @@
 #include "KelvoScreen/detail/MeshSurface.h"
 
-#include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/RayPacket.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
 
@@ -11,6 +11,14 @@
 namespace KelvoScreenDetail {
 
 namespace {
+
+/// Relative to half the longest side of the mesh. Rays whose rounding is less visit every triangle that they pass
+/// within it, whatever their company: the boxes are enlarged by more.
+constexpr double LARGEST_PACKET_ROUNDING = 1e-7;
+
+/// Relative to the typical size of a triangle. Rays further apart have few boxes in common (measured: from about ten on
+/// they are faster one by one).
+constexpr double LARGEST_PACKET_SPREAD = 8;
 
 class TrianglesWithArea final : public TriangleIndex::Source {
 public:
@@ -65,9 +73,7 @@ private:
     /// Leaves out triangles that the ray sees edge-on or from the side that is not wanted.
     void keepIfSeen(const Corners& corners, const Meeting& meeting, std::uint32_t triangle) {
         const Point<double, 3> area = areaVector(corners);
-        const double along = dot(m_heading, area);
-        const double size2 = dot(area, area) * dot(m_heading, m_heading);
-        if (along * along > ROUNDING * ROUNDING * size2 && (!m_side || *m_side == (along > 0 ? 1 : -1))) {
+        if (isSeen(m_heading, area) && (!m_side || *m_side == sideOfSurface(m_heading, area))) {
             m_best.emplace(MeshPoint{pointWithWeights(corners, meeting.weights), area, meeting.t, triangle});
             m_reach = meeting.t;
         }
@@ -131,6 +137,34 @@ std::optional<MeshPoint> MeshSurface::nearestHit(const Point<double, 3>& from, c
         best->t = std::max(0.0, ray.skipped + best->t);
     }
     return best;
+}
+
+void MeshSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    const PacketTarget target{m_mesh,
+                              m_index.box(),
+                              m_index.clipMargin(),
+                              LARGEST_PACKET_ROUNDING * m_index.box().halfSize(),
+                              LARGEST_PACKET_SPREAD * m_index.typicalSize(),
+                              m_largestCoordinate};
+    for (std::size_t begin = 0; begin < rays.size(); begin += LANES) {
+        const std::size_t count = std::min(LANES, rays.size() - begin);
+        const std::span<const Ray> some = rays.subspan(begin, count);
+        const std::span<SurfaceHit> found = hits.subspan(begin, count);
+        RayPacket packet(target, some);
+        m_index.alongRays(packet.rays(), packet.active(), widestPacket(), packet);
+        packet.finish(found);
+        forEachLane(packet.refused(), [&](std::size_t i) { found[i] = surfaceHit(some[i]); });
+    }
+}
+
+SurfaceHit MeshSurface::surfaceHit(const Ray& ray) const {
+    const auto& [from, to] = ray;
+    const std::optional<MeshPoint> nearest = nearestHit(from, to, std::nullopt);
+    if (!nearest) {
+        return {};
+    }
+    const Point<double, 3> normal = nearest->area * (1 / norm(nearest->area));
+    return {nearest->point, normal, nearest->t, sideOfSurface(to - from, normal), true};
 }
 
 std::optional<MeshPoint> MeshSurface::nearestPoint(const Point<double, 3>& point) const {

@@ -5,8 +5,6 @@
 
 namespace KelvoScreenDetail {
 
-namespace {
-
 std::size_t largestAxis(const Point<double, 3>& direction) {
     const double x = std::abs(direction[0]);
     const double y = std::abs(direction[1]);
@@ -16,8 +14,6 @@ std::size_t largestAxis(const Point<double, 3>& direction) {
     }
     return y > z ? 1 : 2;
 }
-
-}  // namespace
 
 RayProbe::RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance)
     : m_tolerance2(tolerance * tolerance),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/TriangleMath.h"
 
 #include <algorithm>
@@ -7,6 +8,16 @@
 #include <cstddef>
 
 namespace KelvoScreenDetail {
+
+/// The axis of the largest component: a direction runs most along it.
+[[nodiscard]] std::size_t largestAxis(const Point<double, 3>& direction);
+
+/// False when a ray sees a triangle edge-on: it then runs along the triangle and has no hit.
+/// @param heading the direction, scaled so that it can be squared
+[[nodiscard]] inline bool isSeen(const Point<double, 3>& heading, const Point<double, 3>& area) {
+    const double along = dot(heading, area);
+    return along * along > ROUNDING * ROUNDING * (dot(area, area) * dot(heading, heading));
+}
 
 /// Where a ray meets a triangle.
 struct Meeting {

@@ -17,8 +17,6 @@ namespace {
 /// origin, a direction and a corner to single precision (6e-8 each) moves them by less than 4e-7 in all, and the box
 /// test of Embree, in single precision too, by less than 1e-6.
 constexpr double PADDING = 3e-6;
-/// Units by which rays start before their origin and reach past their end: the boxes are padded along the ray as well.
-constexpr double RAY_MARGIN = 1e-5;
 /// Relative to the distance of the point from the centre in units: more than single precision loses in a distance.
 constexpr double DISTANCE_MARGIN = 1e-6;
 /// Units. From beyond, single precision cannot tell the triangles apart: all are visited.
@@ -31,8 +29,7 @@ constexpr double PAIR_GROWTH = 0.8;
 struct BuildContext {
     const TriangleIndex::Source* source = nullptr;
     const std::vector<bool>* isPaired = nullptr;
-    Point<double, 3> centre;
-    double toUnits = 1;
+    IndexUnits units;
 
     /// The box of a triangle in units, and of the next one if they are a pair. Empty for a triangle that is left out
     /// and for the second of a pair: Embree takes no notice of those.
@@ -52,7 +49,7 @@ private:
         Corners corners;
         if (source->corners(triangle, corners)) {
             for (const Point<double, 3>& corner : corners) {
-                box.add((corner - centre) * toUnits);
+                box.add((corner - units.centre) * units.perLength);
             }
         }
     }
@@ -83,21 +80,20 @@ double visitPair(Visitor& visitor, const std::vector<bool>& isPaired, std::uint3
 struct RayQuery : RTCIntersectContext {
     TriangleIndex::RayVisitor* visitor;
     const std::vector<bool>* isPaired;
+    const IndexUnits* units;
     double lengthPerT;
-    double toUnits;
-
-    /// In this order nothing overflows: a position inside the box is a length like that of the box.
-    [[nodiscard]] float reachInUnits(double t) const {
-        return static_cast<float>(t * lengthPerT * toUnits + 2 * RAY_MARGIN);
-    }
 };
 
 void visitAlongRay(const RTCIntersectFunctionNArguments* arguments) {
+    if (arguments->N > 1) {
+        visitAlongPacket(arguments);
+        return;
+    }
     const RayQuery& query = *static_cast<const RayQuery*>(arguments->context);
     RTCRay& ray = *reinterpret_cast<RTCRay*>(arguments->rayhit);
     if (arguments->valid[0] != 0) {
-        ray.tfar =
-            std::min(ray.tfar, query.reachInUnits(visitPair(*query.visitor, *query.isPaired, arguments->primID)));
+        const double reach = visitPair(*query.visitor, *query.isPaired, arguments->primID);
+        ray.tfar = std::min(ray.tfar, query.units->reach(reach, query.lengthPerT));
     }
 }
 
@@ -136,14 +132,15 @@ bool areWorthJoining(const Box& a, const Box& b) {
 TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) : m_isPaired(count) {
     formPairs(count, source);
     if (!m_box.isEmpty()) {
-        m_centre = m_box.centre();
-        m_toUnits = 1 / m_box.halfSize();
+        m_units = {m_box.centre(), 1 / m_box.halfSize()};
         build(count, source);
     }
 }
 
 void TriangleIndex::formPairs(std::uint32_t count, const Source& source) {
     Corners corners;
+    double sizes = 0;
+    std::uint32_t used = 0;
     Box waiting;  // of the previous triangle, while that is without a partner
     for (std::uint32_t i = 0; i < count; ++i) {
         Box box;
@@ -151,6 +148,8 @@ void TriangleIndex::formPairs(std::uint32_t count, const Source& source) {
             std::for_each(corners.begin(), corners.end(), [&box](const auto& corner) { box.add(corner); });
             m_box.add(box.lower);
             m_box.add(box.upper);
+            sizes += 2 * box.halfSize();
+            ++used;
             if (!waiting.isEmpty() && areWorthJoining(waiting, box)) {
                 m_isPaired[i - 1] = true;
                 box = {};
@@ -158,6 +157,7 @@ void TriangleIndex::formPairs(std::uint32_t count, const Source& source) {
         }
         waiting = box;
     }
+    m_typicalSize = used > 0 ? sizes / used : 0;
 }
 
 TriangleIndex::~TriangleIndex() {
@@ -167,7 +167,7 @@ TriangleIndex::~TriangleIndex() {
 }
 
 void TriangleIndex::build(std::uint32_t count, const Source& source) {
-    BuildContext context{&source, &m_isPaired, m_centre, m_toUnits};
+    BuildContext context{&source, &m_isPaired, m_units};
     RTCDevice device = embreeDevice();
     m_scene = rtcNewScene(device);
     rtcSetSceneFlags(m_scene, RTC_SCENE_FLAG_ROBUST);
@@ -194,21 +194,22 @@ bool TriangleIndex::clip(const Point<double, 3>& from, const Point<double, 3>& d
                          double& second) const {
     const double uncertainty = ROUNDING * largestComponent(from);
     // From where the rounding of the origin alone is as large as the mesh, nothing can be aimed at.
-    return m_scene != nullptr && uncertainty * m_toUnits <= 1 &&
-           m_box.clip(from, direction, RAY_MARGIN / m_toUnits + uncertainty, first, second);
+    return m_scene != nullptr && uncertainty * m_units.perLength <= 1 &&
+           m_box.clip(from, direction, clipMargin() + uncertainty, first, second);
 }
 
 void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double, 3>& direction, double reach,
                              RayVisitor& visitor) const {
     const double largest = largestComponent(direction);
     const Point<double, 3> unitDirection = direction * (1 / largest);
-    const Point<double, 3> start = (origin - m_centre) * m_toUnits - RAY_MARGIN * unitDirection;
+    const Point<double, 3> start =
+        (origin - m_units.centre) * m_units.perLength - IndexUnits::RAY_MARGIN * unitDirection;
     RayQuery query{};
     rtcInitIntersectContext(&query);
     query.visitor = &visitor;
     query.isPaired = &m_isPaired;
+    query.units = &m_units;
     query.lengthPerT = largest;
-    query.toUnits = m_toUnits;
 
     RTCRayHit ray{};
     ray.ray.org_x = static_cast<float>(start[0]);
@@ -217,20 +218,26 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     ray.ray.dir_x = static_cast<float>(unitDirection[0]);
     ray.ray.dir_y = static_cast<float>(unitDirection[1]);
     ray.ray.dir_z = static_cast<float>(unitDirection[2]);
-    ray.ray.tfar = query.reachInUnits(reach);
+    ray.ray.tfar = m_units.reach(reach, largest);
     ray.ray.mask = ~0U;
     ray.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     ray.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
     rtcIntersect1(m_scene, &query, &ray);
 }
 
+void TriangleIndex::alongRays(const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor) const {
+    if (lanes != 0) {
+        castPacket({m_scene, m_isPaired, m_units}, rays, lanes, width, visitor);
+    }
+}
+
 void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, PointVisitor& visitor) const {
     if (m_scene == nullptr) {
         return;
     }
-    Point<double, 3> place = (point - m_centre) * m_toUnits;
+    Point<double, 3> place = (point - m_units.centre) * m_units.perLength;
     const double distance = largestComponent(place);
-    PointQuery query{&visitor, &m_isPaired, m_toUnits, DISTANCE_MARGIN * (1 + distance)};
+    PointQuery query{&visitor, &m_isPaired, m_units.perLength, DISTANCE_MARGIN * (1 + distance)};
     if (!(distance < FARTHEST_POINT)) {
         place = {};
         query.margin = Box::INFINITE;

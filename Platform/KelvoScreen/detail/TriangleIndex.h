@@ -1,8 +1,11 @@
 #pragma once
 
 #include "KelvoScreen/detail/Box.h"
+#include "KelvoScreen/detail/IndexUnits.h"
+#include "KelvoScreen/detail/PacketCast.h"
 #include "KelvoScreen/detail/TriangleMath.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -69,6 +72,16 @@ public:
     void alongRay(const Point<double, 3>& origin, const Point<double, 3>& direction, double reach,
                   RayVisitor& visitor) const;
 
+    /// The same for the given lanes of a packet, each from its origin to its end.
+    /// @param width how many rays are handed on at once: 4, 8 or 16, and not more than `widestPacket`
+    void alongRays(const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor) const;
+
+    /// Length by which the box is enlarged before a ray is clipped to it, besides the rounding of its origin.
+    [[nodiscard]] double clipMargin() const { return IndexUnits::RAY_MARGIN / m_units.perLength; }
+
+    /// Length of the longest side of all triangles' boxes, on average.
+    [[nodiscard]] double typicalSize() const { return m_typicalSize; }
+
     /// Visits every triangle that may be within `radius` (infinite allowed) of the point, roughly nearest first. The
     /// point is finite; from points very far away every triangle is visited.
     void aroundPoint(const Point<double, 3>& point, double radius, PointVisitor& visitor) const;
@@ -80,8 +93,8 @@ private:
     /// For each triangle whether it shares its box with the next one. (A bit each, which stays in the cache.)
     std::vector<bool> m_isPaired;
     Box m_box;
-    Point<double, 3> m_centre;
-    double m_toUnits = 1;  ///< units of the structure per length: the longest side of the box has two units
+    IndexUnits m_units;
+    double m_typicalSize = 0;
     RTCSceneTy* m_scene = nullptr;
 };
 

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <emmintrin.h>
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+/// Doubles side by side, one for each ray of a packet, and the arithmetic on four of them at a time.
+///
+/// The results are those of the same operations one by one, to the last bit: vector instructions round each lane as the
+/// scalar ones do, and none is fused.
+namespace KelvoScreenDetail {
+
+inline constexpr std::size_t LANES = 16;
+
+/// A bit for each lane, the lowest for lane 0.
+using LaneMask = std::uint32_t;
+inline constexpr LaneMask ALL_LANES = (LaneMask{1} << LANES) - 1;
+
+/// Aligned for any vector register.
+struct alignas(64) Lanes : std::array<double, LANES> {};
+
+/// x, y and z of as many points.
+using LanePoints = std::array<Lanes, 3>;
+
+/// Four neighbouring lanes; the operators of double work on each of them. Where the processor has no vectors of four,
+/// the compiler takes two of two.
+using Wide [[gnu::vector_size(32)]] = double;
+/// All bits or none for each of four lanes: what comparing yields, and `mask ? a : b` takes.
+using WideMask [[gnu::vector_size(32)]] = long long;
+inline constexpr std::size_t WIDTH = 4;
+
+// The functions below are always part of their callers, so that how vectors are passed does not matter.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
+[[nodiscard, gnu::always_inline]] inline Wide load(const Lanes& lanes, std::size_t i) {
+    return *reinterpret_cast<const Wide*>(&lanes[i]);
+}
+[[gnu::always_inline]] inline void store(Lanes& lanes, std::size_t i, Wide value) {
+    *reinterpret_cast<Wide*>(&lanes[i]) = value;
+}
+[[nodiscard, gnu::always_inline]] inline Wide all(double value) {
+    return Wide{value, value, value, value};
+}
+/// As `std::min` and `std::max`: the first of two that are equal or not comparable.
+[[nodiscard, gnu::always_inline]] inline Wide smaller(Wide a, Wide b) {
+    return b < a ? b : a;
+}
+[[nodiscard, gnu::always_inline]] inline Wide larger(Wide a, Wide b) {
+    return a < b ? b : a;
+}
+[[nodiscard, gnu::always_inline]] inline Wide absolute(Wide a) {
+    constexpr long long WITHOUT_SIGN = 0x7fff'ffff'ffff'ffff;
+    return reinterpret_cast<Wide>(reinterpret_cast<WideMask>(a) & WITHOUT_SIGN);
+}
+[[nodiscard, gnu::always_inline]] inline Wide squareRoot(Wide a) {
+    return Wide{std::sqrt(a[0]), std::sqrt(a[1]), std::sqrt(a[2]), std::sqrt(a[3])};
+}
+/// As `dot`: summed from zero, first component first.
+[[nodiscard, gnu::always_inline]] inline Wide innerProduct(Wide ax, Wide ay, Wide az, Wide bx, Wide by, Wide bz) {
+    return 0.0 + ax * bx + ay * by + az * bz;
+}
+
+/// The lanes below zero; -0.0 is among them.
+[[nodiscard]] inline LaneMask negativeLanes(const Lanes& lanes) {
+    LaneMask mask = 0;
+    for (std::size_t i = 0; i < LANES; i += 2) {
+        mask |= static_cast<LaneMask>(_mm_movemask_pd(_mm_load_pd(&lanes[i]))) << i;
+    }
+    return mask;
+}
+
+/// Calls `action(lane)` for each lane of a mask, lowest first.
+template <class Action>
+void forEachLane(LaneMask mask, const Action& action) {
+    for (; mask != 0; mask &= mask - 1) {
+        action(static_cast<std::size_t>(std::countr_zero(mask)));
+    }
+}
+
+}  // namespace KelvoScreenDetail
+
+/// Compiles a function twice, for processors with vectors of four doubles and for all others; which one runs is decided
+/// when the library is loaded. Both give the same bits. (clang 14 cannot do that to members: it takes two of two.)
+#ifdef __clang__
+#define KELVO_SCREEN_WIDE_VECTORS
+#else
+#define KELVO_SCREEN_WIDE_VECTORS [[gnu::target_clones("avx2", "default")]]
+#endif

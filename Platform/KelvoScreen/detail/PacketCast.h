@@ -1,0 +1,52 @@
+#pragma once
+
+#include "KelvoScreen/detail/IndexUnits.h"
+#include "KelvoScreen/detail/Lanes.h"
+
+#include <embree3/rtcore.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace KelvoScreenDetail {
+
+/// Rays side by side, as a search structure needs them. Lanes that do not take part hold anything finite.
+struct LaneRays {
+    LanePoints origin;
+    LanePoints heading;  ///< the direction divided by its largest component
+    Lanes largest;       ///< that component: length per t along each ray
+    Lanes end;           ///< t up to which triangles matter at first
+};
+
+/// What is told of the triangles that a packet of rays may meet.
+class PacketVisitor {
+public:
+    /// Tests one triangle with some of the lanes. Returns those for which it brought the reach nearer.
+    virtual LaneMask visit(std::uint32_t triangle, LaneMask lanes) = 0;
+    /// How far along each ray, in units of its direction, triangles still matter.
+    [[nodiscard]] virtual const Lanes& reach() const = 0;
+
+protected:
+    ~PacketVisitor() = default;
+};
+
+/// A scene of boxes, each around a triangle or around two that follow each other.
+struct PairScene {
+    RTCScene scene = nullptr;
+    const std::vector<bool>& isPaired;  ///< for each triangle whether it shares its box with the next one
+    const IndexUnits& units;
+};
+
+/// How many rays Embree takes at once on this processor: 4, 8 or 16.
+[[nodiscard]] std::size_t widestPacket();
+
+/// Visits every triangle that one of the lanes may meet, roughly nearest first.
+/// @param width how many rays are handed to Embree at once: not more than `widestPacket`
+void castPacket(const PairScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width,
+                PacketVisitor& visitor);
+
+/// The part of the intersection call-back of such a scene for packets.
+void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments);
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,359 @@
+#include "KelvoScreen/detail/RayPacket.h"
+
+#include "KelvoScreen/detail/MeshCorners.h"
+#include "KelvoScreen/detail/RayProbe.h"
+#include "KelvoScreen/detail/Rounding.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+/// Lengths of directions, in length units, between which no product below leaves the range of a double.
+constexpr double SHORTEST = 1e-100;
+constexpr double LONGEST = 1e100;
+
+/// No edge, sheared along a ray that is at most at 45 degrees to it, is longer than 1 + sqrt(2) times its own length.
+constexpr double LONGER = 3;
+
+/// Fewer rays than these are faster one by one.
+constexpr int FEWEST = 4;
+
+constexpr double YES = -1;
+constexpr double NO = 1;
+
+}  // namespace
+
+/// A triangle; its corners have their components in the order of the packet: two across, one along.
+struct RayPacket::Target {
+    Target(const RayPacket& packet, std::uint32_t number)
+        : index(packet.m_target.mesh.triangles[number]),
+          a(packet.m_target.mesh.vertices[index[0]]),
+          b(packet.m_target.mesh.vertices[index[1]]),
+          c(packet.m_target.mesh.vertices[index[2]]),
+          ax(a[packet.m_x]),
+          ay(a[packet.m_y]),
+          ad(a[packet.m_along]),
+          bx(b[packet.m_x]),
+          by(b[packet.m_y]),
+          bd(b[packet.m_along]),
+          cx(c[packet.m_x]),
+          cy(c[packet.m_y]),
+          cd(c[packet.m_along]),
+          triangle(number) {
+        const Point<double, 3> ab = b - a;
+        const Point<double, 3> ac = c - a;
+        area = cross(ab, ac);
+        longestEdge = LONGER * (std::abs(ab[0]) + std::abs(ab[1]) + std::abs(ab[2]) + std::abs(ac[0]) +
+                                std::abs(ac[1]) + std::abs(ac[2]));
+    }
+
+    const TriangleMesh::Triangle& index;
+    const Point<double, 3>& a;
+    const Point<double, 3>& b;
+    const Point<double, 3>& c;
+    double ax, ay, ad, bx, by, bd, cx, cy, cd;
+    Point<double, 3> area;
+    double longestEdge;  ///< at least: as any ray of the packet sees it
+    double triangle;
+};
+
+/// The corners of the triangles that were hit, and what follows from them.
+struct RayPacket::Completion {
+    LanePoints a, b, c;
+    LanePoints point, normal;
+    Lanes t, along;
+};
+
+RayPacket::RayPacket(const PacketTarget& target, std::span<const Ray> rays) : m_target(target) {
+    const LaneMask given = ALL_LANES >> (LANES - rays.size());
+    read(rays);
+    clip();
+    m_refused = given & ~negativeLanes(m_usable);
+    m_active = given & ~m_refused & negativeLanes(m_met);
+    if (m_active == 0) {
+        return;
+    }
+    chooseAxis();
+    if (std::popcount(m_active) < FEWEST || isSpread()) {
+        m_refused |= m_active;
+        m_active = 0;
+    } else {
+        aim();
+    }
+}
+
+/// Lanes without a ray repeat the last one.
+void RayPacket::read(std::span<const Ray> rays) {
+    for (std::size_t i = 0; i < LANES; ++i) {
+        const auto& [from, to] = rays[std::min(i, rays.size() - 1)];
+        for (std::size_t k = 0; k < 3; ++k) {
+            m_from[k][i] = from[k];
+            m_to[k][i] = to[k];
+        }
+    }
+}
+
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::clip() {
+    const Box box = m_target.box;
+    for (std::size_t i = 0; i < LANES; i += WIDTH) {
+        const Wide from[3] = {load(m_from[0], i), load(m_from[1], i), load(m_from[2], i)};
+        Wide direction[3];
+        for (std::size_t k = 0; k < 3; ++k) {
+            direction[k] = load(m_to[k], i) - from[k];
+            store(m_direction[k], i, direction[k]);
+        }
+        const Wide x = absolute(direction[0]);
+        const Wide y = absolute(direction[1]);
+        const Wide z = absolute(direction[2]);
+        const Wide farthest = larger(larger(absolute(from[0]), absolute(from[1])), absolute(from[2]));
+        const Wide uncertainty = ROUNDING * farthest;
+        const Wide margin = m_target.clipMargin + uncertainty;
+        const Wide largest = larger(larger(x, y), z);
+        const Wide least = smaller(smaller(x, y), z);
+        Wide first = all(0);
+        Wide second = all(Box::INFINITE);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const Wide inverse = 1 / direction[k];
+            const Wide low = (box.lower[k] - margin - from[k]) * inverse;
+            const Wide high = (box.upper[k] + margin - from[k]) * inverse;
+            first = larger(first, smaller(low, high));
+            second = smaller(second, larger(low, high));
+        }
+        const Wide rounding = ROUNDING * larger(all(m_target.largestCoordinate), farthest);
+        // The sum is not below anything when one of the six is not a number.
+        const Wide sum = absolute(from[0]) + absolute(from[1]) + absolute(from[2]) + x + y + z;
+        const WideMask usable = (rounding <= m_target.largestRounding) & (least >= SHORTEST) & (sum <= LONGEST);
+        store(m_usable, i, usable ? all(YES) : all(NO));
+        store(m_met, i, first <= second ? all(YES) : all(NO));
+        const WideMask mostlyX = (x > y) & (x > z);
+        const WideMask mostlyY = (x <= y) & (y > z);
+        store(m_axis, i, mostlyX ? all(0) : mostlyY ? all(1) : all(2));
+        store(m_rays.largest, i, largest);
+        store(m_rays.end, i, second - first);
+        store(m_skipped, i, first);
+        store(m_rounding, i, rounding);
+        store(m_earliest, i, -rounding / largest);
+        const Wide scale = 1 / largest;
+        Wide heading2 = all(0);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const Wide heading = direction[k] * scale;
+            heading2 += heading * heading;
+            store(m_rays.heading[k], i, heading);
+            store(m_rays.origin[k], i, from[k] + first * direction[k]);
+            store(m_exit[k], i, from[k] + second * direction[k]);
+        }
+        store(m_heading2, i, heading2);
+    }
+}
+
+/// Rays that run most along another axis than the first one are refused.
+void RayPacket::chooseAxis() {
+    const double axis = m_axis[static_cast<std::size_t>(std::countr_zero(m_active))];
+    m_along = static_cast<std::size_t>(axis);
+    m_x = (m_along + 1) % 3;
+    m_y = (m_along + 2) % 3;
+    LaneMask same = 0;
+    for (std::size_t i = 0; i < LANES; ++i) {
+        same |= (m_axis[i] == axis ? LaneMask{1} : 0) << i;
+    }
+    m_refused |= m_active & ~same;
+    m_active &= same;
+}
+
+bool RayPacket::isSpread() const {
+    Box origins;
+    Box exits;
+    forEachLane(m_active, [&](std::size_t i) {
+        origins.add({m_rays.origin[0][i], m_rays.origin[1][i], m_rays.origin[2][i]});
+        exits.add({m_exit[0][i], m_exit[1][i], m_exit[2][i]});
+    });
+    return 2 * std::max(origins.halfSize(), exits.halfSize()) > m_target.largestSpread;
+}
+
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::aim() {
+    for (std::size_t i = 0; i < LANES; i += WIDTH) {
+        const Wide along = load(m_direction[m_along], i);
+        store(m_shearX, i, load(m_direction[m_x], i) / along);
+        store(m_shearY, i, load(m_direction[m_y], i) / along);
+        store(m_perDepth, i, 1 / along);
+        store(m_reach, i, all(Box::INFINITE));
+        store(m_triangle, i, all(-1));
+    }
+}
+
+LaneMask RayPacket::visit(std::uint32_t triangle, LaneMask lanes) {
+    const Target target(*this, triangle);
+    Lanes result;
+    findPossible(target, result);
+    lanes &= negativeLanes(result);
+    if (lanes == 0) {
+        return 0;
+    }
+    forEachLane(lanes ^ ALL_LANES, [&](std::size_t i) { result[i] = NO; });
+    Lanes touching;
+    keepNearer(target, result, touching);
+    LaneMask nearer = negativeLanes(result);
+    forEachLane(negativeLanes(touching), [&](std::size_t i) { nearer |= touch(target, i) ? LaneMask{1} << i : 0; });
+    return nearer;
+}
+
+/// The corners of a triangle as four rays see them: across each ray, and along it.
+struct RayPacket::Flat {
+    [[gnu::always_inline]] Flat(const RayPacket& packet, const Target& target, std::size_t i)
+        : ad(target.ad - load(packet.m_rays.origin[packet.m_along], i)),
+          bd(target.bd - load(packet.m_rays.origin[packet.m_along], i)),
+          cd(target.cd - load(packet.m_rays.origin[packet.m_along], i)) {
+        const Wide originX = load(packet.m_rays.origin[packet.m_x], i);
+        const Wide originY = load(packet.m_rays.origin[packet.m_y], i);
+        const Wide shearX = load(packet.m_shearX, i);
+        const Wide shearY = load(packet.m_shearY, i);
+        const Wide ax = target.ax - originX - shearX * ad;
+        const Wide ay = target.ay - originY - shearY * ad;
+        const Wide bx = target.bx - originX - shearX * bd;
+        const Wide by = target.by - originY - shearY * bd;
+        const Wide cx = target.cx - originX - shearX * cd;
+        const Wide cy = target.cy - originY - shearY * cd;
+        edge0 = bx * cy - by * cx;
+        edge1 = cx * ay - cy * ax;
+        edge2 = ax * by - ay * bx;
+    }
+    Wide ad, bd, cd;
+    Wide edge0, edge1, edge2;
+};
+
+/// Leaves out only lanes that `RayProbe` would leave out at first sight: their rays pass one edge outside and another
+/// one inside, both at more than the tolerance.
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::findPossible(const Target& target, Lanes& possible) const {
+    for (std::size_t i = 0; i < LANES; i += WIDTH) {
+        const Flat flat(*this, target, i);
+        const Wide least = smaller(smaller(flat.edge0, flat.edge1), flat.edge2);
+        const Wide greatest = larger(larger(flat.edge0, flat.edge1), flat.edge2);
+        const Wide bound = load(m_rounding, i) * target.longestEdge;
+        const WideMask misses = (-least > bound) & (greatest > bound);
+        store(possible, i, misses ? all(NO) : all(YES));
+    }
+}
+
+/// @param possible the lanes to look at; afterwards those that met the triangle
+/// @param touching receives those that `RayProbe` must decide on
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::keepNearer(const Target& target, Lanes& possible, Lanes& touching) {
+    const double area2 = dot(target.area, target.area);
+    for (std::size_t i = 0; i < LANES; i += WIDTH) {
+        const Flat flat(*this, target, i);
+        const Wide scale = 1 / (flat.edge0 + flat.edge1 + flat.edge2);
+        const Wide weight0 = flat.edge0 * scale;
+        const Wide weight1 = flat.edge1 * scale;
+        const Wide weight2 = flat.edge2 * scale;
+        const Wide perDepth = load(m_perDepth, i);
+        const Wide t = weight0 * (flat.ad * perDepth) + weight1 * (flat.bd * perDepth) + weight2 * (flat.cd * perDepth);
+        const Wide along =
+            innerProduct(load(m_rays.heading[0], i), load(m_rays.heading[1], i), load(m_rays.heading[2], i),
+                         all(target.area[0]), all(target.area[1]), all(target.area[2]));
+        const Wide size2 = area2 * load(m_heading2, i);
+        const WideMask inside = (smaller(smaller(flat.edge0, flat.edge1), flat.edge2) > 0) |
+                                (larger(larger(flat.edge0, flat.edge1), flat.edge2) < 0);
+        const Wide reach = load(m_reach, i);
+        const Wide triangle = load(m_triangle, i);
+        const WideMask nearer = (load(m_skipped, i) + t >= load(m_earliest, i)) &
+                                ((t < reach) | ((t == reach) & (target.triangle < triangle)));
+        const WideMask seen = along * along > ROUNDING * ROUNDING * size2;
+        const WideMask wanted = load(possible, i) < 0;
+        const WideMask kept = wanted & inside & nearer & seen;
+        store(touching, i, (wanted & ~inside) ? all(YES) : all(NO));
+        store(possible, i, kept ? all(YES) : all(NO));
+        store(m_reach, i, kept ? t : reach);
+        store(m_triangle, i, kept ? all(target.triangle) : triangle);
+        store(m_weight1, i, kept ? weight1 : load(m_weight1, i));
+        store(m_weight2, i, kept ? weight2 : load(m_weight2, i));
+    }
+}
+
+/// A ray that passes on or near an edge, for which `RayProbe` decides.
+bool RayPacket::touch(const Target& target, std::size_t lane) {
+    const auto pointOf = [lane](const LanePoints& points) {
+        return Point<double, 3>{points[0][lane], points[1][lane], points[2][lane]};
+    };
+    const RayProbe probe(pointOf(m_rays.origin), pointOf(m_direction), m_rounding[lane]);
+    Meeting meeting;
+    if (!probe.meets(target.a, target.b, target.c, meeting)) {
+        return false;
+    }
+    const bool isNearer =
+        m_skipped[lane] + meeting.t >= m_earliest[lane] &&
+        (meeting.t < m_reach[lane] || (meeting.t == m_reach[lane] && target.triangle < m_triangle[lane]));
+    if (!isNearer || !isSeen(pointOf(m_rays.heading), target.area)) {
+        return false;
+    }
+    m_reach[lane] = meeting.t;
+    m_triangle[lane] = target.triangle;
+    m_weight1[lane] = meeting.weights[1];
+    m_weight2[lane] = meeting.weights[2];
+    return true;
+}
+
+LaneMask RayPacket::metLanes() const {
+    return m_active & ~negativeLanes(m_triangle);
+}
+
+/// Lanes without a hit repeat the corners of another one.
+void RayPacket::gather(LaneMask met, Completion& completion) const {
+    const auto any = static_cast<std::size_t>(std::countr_zero(met));
+    for (std::size_t i = 0; i < LANES; ++i) {
+        const double triangle = m_triangle[(met >> i & 1U) != 0 ? i : any];
+        const Corners corners = cornersOf(m_target.mesh, static_cast<std::uint32_t>(triangle));
+        for (std::size_t k = 0; k < 3; ++k) {
+            completion.a[k][i] = corners[0][k];
+            completion.b[k][i] = corners[1][k];
+            completion.c[k][i] = corners[2][k];
+        }
+    }
+}
+
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete(Completion& completion) const {
+    for (std::size_t i = 0; i < LANES; i += WIDTH) {
+        Wide ab[3], ac[3];
+        for (std::size_t k = 0; k < 3; ++k) {
+            const Wide a = load(completion.a[k], i);
+            ab[k] = load(completion.b[k], i) - a;
+            ac[k] = load(completion.c[k], i) - a;
+            store(completion.point[k], i, a + load(m_weight1, i) * ab[k] + load(m_weight2, i) * ac[k]);
+        }
+        const Wide area[3] = {ab[1] * ac[2] - ab[2] * ac[1], ab[2] * ac[0] - ab[0] * ac[2],
+                              ab[0] * ac[1] - ab[1] * ac[0]};
+        const Wide inverse = 1 / squareRoot(innerProduct(area[0], area[1], area[2], area[0], area[1], area[2]));
+        Wide along = all(0);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const Wide normal = area[k] * inverse;
+            along += load(m_direction[k], i) * normal;
+            store(completion.normal[k], i, normal);
+        }
+        store(completion.along, i, along);
+        store(completion.t, i, larger(all(0), load(m_skipped, i) + load(m_reach, i)));
+    }
+}
+
+void RayPacket::finish(std::span<SurfaceHit> hits) const {
+    const LaneMask met = m_active != 0 ? metLanes() : 0;
+    const LaneMask given = ALL_LANES >> (LANES - hits.size());
+    forEachLane(given & ~met & ~m_refused, [&](std::size_t i) { hits[i] = SurfaceHit{}; });
+    if (met == 0) {
+        return;
+    }
+    Completion found;
+    gather(met, found);
+    complete(found);
+    forEachLane(met, [&](std::size_t i) {
+        const int side = found.along[i] > 0 ? 1 : found.along[i] < 0 ? -1 : 0;
+        hits[i] = {{found.point[0][i], found.point[1][i], found.point[2][i]},
+                   {found.normal[0][i], found.normal[1][i], found.normal[2][i]},
+                   found.t[i],
+                   side,
+                   true};
+    });
+}
+
+}  // namespace KelvoScreenDetail

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/TriangleMesh.h"
+#include "KelvoScreen/detail/Box.h"
+#include "KelvoScreen/detail/Lanes.h"
+#include "KelvoScreen/detail/PacketCast.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace KelvoScreenDetail {
+
+/// A mesh as a packet of rays needs to know it.
+struct PacketTarget {
+    const TriangleMesh& mesh;
+    Box box;                   ///< around all triangles
+    double clipMargin;         ///< length by which the box is enlarged on all sides before rays are clipped to it
+    double largestRounding;    ///< rays whose coordinates are rounded by more than this length are refused
+    double largestSpread;      ///< rays that are further apart than this length where they leave the box are refused
+    double largestCoordinate;  ///< of the box
+};
+
+/// Up to sixteen rays, and the nearest hit of each so far.
+///
+/// Every ray gets the answer of a single search, to the last bit: the arithmetic is that of `Box::clip`, of `RayProbe`
+/// and of the collector of single hits, operation by operation, four rays at a time. What is rare, a ray that touches
+/// an edge or a corner, is left to `RayProbe` itself.
+///
+/// Rays are refused, to be asked one by one, when they are unusual (parallel to an axis, extremely long or short, not
+/// finite, from far away), when they run most along another axis than the first one, and all of them when they have so
+/// little in common that company would cost time.
+class RayPacket final : public PacketVisitor {
+public:
+    /// Reads between one and `LANES` rays; ray i stands in lane i.
+    RayPacket(const PacketTarget& target, std::span<const Ray> rays);
+
+    /// Lanes of rays that must be asked one by one.
+    [[nodiscard]] LaneMask refused() const { return m_refused; }
+    /// Lanes of rays that come near the mesh; those in neither mask miss it.
+    [[nodiscard]] LaneMask active() const { return m_active; }
+    /// The rays, from where they come near the mesh.
+    [[nodiscard]] const LaneRays& rays() const { return m_rays; }
+
+    LaneMask visit(std::uint32_t triangle, LaneMask lanes) override;
+    [[nodiscard]] const Lanes& reach() const override { return m_reach; }
+
+    /// Writes the answers of all lanes that were not refused.
+    void finish(std::span<SurfaceHit> hits) const;
+
+private:
+    struct Target;
+    struct Flat;
+    struct Completion;
+
+    void read(std::span<const Ray> rays);
+    void clip();
+    void chooseAxis();
+    [[nodiscard]] bool isSpread() const;
+    void aim();
+    void findPossible(const Target& target, Lanes& possible) const;
+    void keepNearer(const Target& target, Lanes& possible, Lanes& touching);
+    bool touch(const Target& target, std::size_t lane);
+    [[nodiscard]] LaneMask metLanes() const;
+    void gather(LaneMask met, Completion& completion) const;
+    void complete(Completion& completion) const;
+
+    const PacketTarget& m_target;
+    LaneMask m_refused = 0;
+    LaneMask m_active = 0;
+    std::size_t m_along = 0;       ///< the axis along which the rays run most
+    std::size_t m_x = 1, m_y = 2;  ///< the two across
+    LanePoints m_from, m_to, m_direction;
+    LaneRays m_rays;
+    Lanes m_heading2;       ///< square of the heading
+    LanePoints m_exit;      ///< where each ray leaves the box
+    Lanes m_usable, m_met;  ///< below zero: the ray may be taken; it meets the box
+    Lanes m_axis;
+    Lanes m_rounding;  ///< length that rounding the coordinates of ray and mesh can make
+    Lanes m_earliest;  ///< t before which a hit is behind the origin
+    Lanes m_skipped;   ///< t at which the origin of `m_rays` stands on the ray as given
+    Lanes m_shearX, m_shearY, m_perDepth;
+    Lanes m_reach;     ///< t of the nearest hit, as are the following
+    Lanes m_triangle;  ///< -1 while there is none
+    Lanes m_weight1, m_weight2;
+};
+
+}  // namespace KelvoScreenDetail
