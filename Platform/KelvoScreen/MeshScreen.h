@@ -23,12 +23,13 @@
 /// answers. Coordinates that are not finite count as none.
 ///
 /// The search structures are built on first use: for rays and normals about a second and 40 to 80 MB for a million
-/// triangles, as much again for `mapInto3D`, and half a second for the border. Later queries allocate nothing. A normal
+/// triangles, as much again for `mapInto3D`, and again for the border. Later queries allocate nothing. A normal
 /// at a point that was not just hit is a search of its own: microseconds on the surface, slower with the distance from
 /// it.
 ///
-/// Past the border `intersectExtrapolatedWithSpecifiedNormal` continues the border triangles in their planes, and
-/// `mapInto3D` the triangle nearest in texture space.
+/// Past the border `intersectExtrapolatedWithSpecifiedNormal` continues the surface from the nearest piece of the
+/// border: a flat mesh in its plane, a curved one with the curvature that it has there, each triangle in its own plane
+/// where there are too few for a curvature. `mapInto3D` continues the triangle nearest in texture space.
 ///
 /// The triangle of the last hit is remembered for a normal asked at the bit-identical point, so that the usual pair of
 /// `intersect` and `getScreenNormal` costs one search. Not safe to use from two threads at once.
