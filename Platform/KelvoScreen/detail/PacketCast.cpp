@@ -20,7 +20,7 @@ struct NarrowRays {
 /// A query as its call-back finds it: Embree hands the context through.
 struct PacketQuery : RTCIntersectContext {
     PacketVisitor* visitor;
-    const PairScene* scene;
+    const BoxScene* scene;
     const Lanes* largest;
     std::size_t firstLane;
     float* end;  ///< of the rays that Embree works on, the first of which stands in `firstLane`
@@ -92,7 +92,7 @@ std::size_t widestPacket() {
     return width;
 }
 
-void castPacket(const PairScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width,
+void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width,
                 PacketVisitor& visitor) {
     PacketQuery query{};
     rtcInitIntersectContext(&query);
@@ -118,10 +118,10 @@ void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments) {
         lanes |= (static_cast<LaneMask>(arguments->valid[i]) & 1U) << i;
     }
     lanes <<= query.firstLane;
-    const std::uint32_t triangle = arguments->primID;
-    LaneMask nearer = query.visitor->visit(triangle, lanes);
-    if (query.scene->isPaired[triangle]) {
-        nearer |= query.visitor->visit(triangle + 1, lanes);
+    const auto [first, isPair] = query.scene->boxes[arguments->primID];
+    LaneMask nearer = query.visitor->visit(first, lanes);
+    if (isPair) {
+        nearer |= query.visitor->visit(first + 1, lanes);
     }
     const Lanes& reach = query.visitor->reach();
     forEachLane(nearer, [&](std::size_t lane) {
