@@ -21,7 +21,7 @@ constexpr std::size_t WATERTIGHT_RAYS = IS_SANITIZED ? 300'000 : 10'000'000;
 /// A corner of a triangle, a point of an edge or a point of its face.
 Vector placeOf(const TriangleMesh& mesh, std::uint32_t triangle, oracle::Random& random) {
     const TriangleMesh::Triangle& corners = mesh.triangles[triangle];
-    const std::uint32_t kind = random.below(4);
+    const std::uint32_t kind = random.below(8);
     const Vector& a = mesh.vertices[corners[random.below(3)]];
     if (kind == 0) {
         return a;

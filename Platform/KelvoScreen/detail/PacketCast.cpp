@@ -12,9 +12,9 @@ namespace {
 /// Rays in single precision, in units of the structure.
 struct NarrowRays {
     using Row = std::array<float, LANES>;
-    alignas(64) std::array<Row, 3> origin;
-    alignas(64) std::array<Row, 3> direction;
-    alignas(64) Row end;
+    alignas(64) std::array<Row, 3> origin{};
+    alignas(64) std::array<Row, 3> direction{};
+    alignas(64) Row end{};
 };
 
 /// A query as its call-back finds it: Embree hands the context through.
@@ -45,6 +45,7 @@ KELVO_SCREEN_WIDE_VECTORS void narrow(const LaneRays& rays, const IndexUnits& un
     }
 }
 
+/// @param rays all zero
 template <class Rays, std::size_t COUNT>
 void fill(Rays& rays, const NarrowRays& from, std::size_t first) {
     std::copy_n(&from.origin[0][first], COUNT, rays.ray.org_x);
@@ -54,11 +55,7 @@ void fill(Rays& rays, const NarrowRays& from, std::size_t first) {
     std::copy_n(&from.direction[1][first], COUNT, rays.ray.dir_y);
     std::copy_n(&from.direction[2][first], COUNT, rays.ray.dir_z);
     std::copy_n(&from.end[first], COUNT, rays.ray.tfar);
-    std::fill_n(rays.ray.tnear, COUNT, 0.0F);
-    std::fill_n(rays.ray.time, COUNT, 0.0F);
     std::fill_n(rays.ray.mask, COUNT, ~0U);
-    std::fill_n(rays.ray.id, COUNT, 0U);
-    std::fill_n(rays.ray.flags, COUNT, 0U);
     std::fill_n(rays.hit.geomID, COUNT, RTC_INVALID_GEOMETRY_ID);
     std::fill_n(rays.hit.instID[0], COUNT, RTC_INVALID_GEOMETRY_ID);
 }
@@ -67,11 +64,11 @@ void fill(Rays& rays, const NarrowRays& from, std::size_t first) {
 template <class Rays, std::size_t COUNT, class Intersect>
 void castInParts(PacketQuery& query, const NarrowRays& rays, LaneMask lanes, const Intersect& intersect) {
     for (std::size_t first = 0; first < LANES; first += COUNT) {
-        alignas(64) std::array<int, COUNT> valid;
+        alignas(64) std::array<int, COUNT> valid{};
         for (std::size_t i = 0; i < COUNT; ++i) {
             valid[i] = (lanes >> (first + i) & 1U) != 0 ? -1 : 0;
         }
-        Rays part;
+        Rays part{};
         fill<Rays, COUNT>(part, rays, first);
         query.firstLane = first;
         query.end = part.ray.tfar;

@@ -13,10 +13,10 @@ namespace KelvoScreenDetail {
 
 /// Rays side by side, as a search structure needs them. Lanes that do not take part hold anything finite.
 struct LaneRays {
-    LanePoints origin;
-    LanePoints heading;  ///< the direction divided by its largest component
-    Lanes largest;       ///< that component: length per t along each ray
-    Lanes end;           ///< t up to which triangles matter at first
+    LanePoints origin{};
+    LanePoints heading{};  ///< the direction divided by its largest component
+    Lanes largest{};       ///< that component: length per t along each ray
+    Lanes end{};           ///< t up to which triangles matter at first
 };
 
 /// What is told of the triangles that a packet of rays may meet.

@@ -46,7 +46,8 @@ protected:
 
 TEST_F(RayPacketOnAWall, FindsTheNearestHitOfEachLane) {
     const std::vector<Ray> rays = beside(LANES);
-    RayPacket packet(target, rays);
+    RayPacket packet(target);
+    packet.take(rays);
     ASSERT_EQ(packet.active(), ALL_LANES);
     ASSERT_EQ(packet.refused(), 0U);
     const std::vector<SurfaceHit> hits = visitAll(packet, rays.size());
@@ -62,7 +63,8 @@ TEST_F(RayPacketOnAWall, FindsTheNearestHitOfEachLane) {
 
 TEST_F(RayPacketOnAWall, LanesThatAreNotAskedKeepTheirState) {
     const std::vector<Ray> rays = beside(LANES);
-    RayPacket packet(target, rays);
+    RayPacket packet(target);
+    packet.take(rays);
     for (std::uint32_t i = 0; i < mesh.triangles.size(); ++i) {
         EXPECT_EQ(packet.visit(i, packet.active() & 0xFFU) & ~0xFFU, 0U);
     }
@@ -74,7 +76,8 @@ TEST_F(RayPacketOnAWall, LanesThatAreNotAskedKeepTheirState) {
 
 TEST_F(RayPacketOnAWall, FewerRaysThanLanesFillTheLowest) {
     for (std::size_t count = 4; count <= LANES; ++count) {
-        RayPacket packet(target, beside(count));
+        RayPacket packet(target);
+        packet.take(beside(count));
         EXPECT_EQ(std::popcount(packet.active()), static_cast<int>(count));
         EXPECT_TRUE(visitAll(packet, count).back().hit);
     }
@@ -82,7 +85,8 @@ TEST_F(RayPacketOnAWall, FewerRaysThanLanesFillTheLowest) {
 
 TEST_F(RayPacketOnAWall, TooFewRaysAreRefused) {
     for (std::size_t count = 1; count < 4; ++count) {
-        const RayPacket packet(target, beside(count));
+        RayPacket packet(target);
+        packet.take(beside(count));
         EXPECT_EQ(packet.active(), 0U);
         EXPECT_EQ(std::popcount(packet.refused()), static_cast<int>(count));
     }
@@ -91,7 +95,8 @@ TEST_F(RayPacketOnAWall, TooFewRaysAreRefused) {
 TEST_F(RayPacketOnAWall, RaysPastTheBoxAreNeitherActiveNorRefused) {
     std::vector<Ray> rays = beside(LANES);
     rays[3].second = {9.0, 0.5, 9.0};
-    const RayPacket packet(target, rays);
+    RayPacket packet(target);
+    packet.take(rays);
     EXPECT_EQ(packet.active(), ALL_LANES & ~(1U << 3));
     EXPECT_EQ(packet.refused(), 0U);
     std::vector<SurfaceHit> hits(LANES, SurfaceHit{{}, {}, 5, 0, true});
@@ -110,7 +115,8 @@ TEST_F(RayPacketOnAWall, UnusualRaysAreRefusedAlone) {
           Ray{eye, {1e120, 1e120, 1e120}}, Ray{eye, {9.0, 0.0, 1.2}}}) {
         std::vector<Ray> rays = beside(LANES);
         rays[5] = unusual;
-        const RayPacket packet(target, rays);
+        RayPacket packet(target);
+        packet.take(rays);
         EXPECT_EQ(packet.refused() & ~(1U << 5), 0U);
         EXPECT_EQ(packet.active(), ALL_LANES & ~(1U << 5));
     }
@@ -118,13 +124,15 @@ TEST_F(RayPacketOnAWall, UnusualRaysAreRefusedAlone) {
 
 TEST_F(RayPacketOnAWall, RaysFarApartAreRefusedTogether) {
     target.largestSpread = 0.5;
-    const RayPacket packet(target, beside(LANES));
+    RayPacket packet(target);
+    packet.take(beside(LANES));
     EXPECT_EQ(packet.active(), 0U);
     EXPECT_EQ(packet.refused(), ALL_LANES);
 }
 
 TEST_F(RayPacketOnAWall, AHitMakesTheReachShorter) {
-    RayPacket packet(target, beside(LANES));
+    RayPacket packet(target);
+    packet.take(beside(LANES));
     EXPECT_EQ(packet.reach()[2], std::numeric_limits<double>::infinity());
     (void)visitAll(packet, LANES);
     EXPECT_NEAR(packet.reach()[2] * packet.rays().largest[2], 0, 1e-4) << "from where the ray enters the box";
