@@ -110,7 +110,8 @@ struct MeshScreen::Implementation {
         Point<double, 3> area;  ///< along the normal
     };
 
-    Implementation(TriangleMesh theMesh, const std::array<unsigned char, 20>& theHash)
+    /// @param theHash none: that of the numbers, when it is first asked for
+    Implementation(TriangleMesh theMesh, const std::optional<std::array<unsigned char, 20>>& theHash)
         : mesh(std::move(theMesh)), hash(theHash), valid(isValidMesh(mesh)), parameterised(hasParameterisation(mesh)) {}
 
     [[nodiscard]] const MeshSurface& getSurface() {
@@ -153,7 +154,7 @@ struct MeshScreen::Implementation {
     }
 
     TriangleMesh mesh;
-    std::array<unsigned char, 20> hash;
+    std::optional<std::array<unsigned char, 20>> hash;
     bool valid;
     bool parameterised;
     std::optional<MeshSurface> surface;
@@ -165,8 +166,8 @@ struct MeshScreen::Implementation {
 MeshScreen::MeshScreen() : m_implementation(std::make_unique<Implementation>(TriangleMesh{}, calcUniqueDataHash({}))) {}
 
 MeshScreen::MeshScreen(TriangleMesh mesh) {
-    const std::array<unsigned char, 20> hash = hashOf(mesh);
-    setMesh(std::move(mesh), hash);
+    requireConsistent(mesh);
+    m_implementation = std::make_unique<Implementation>(std::move(mesh), std::nullopt);
 }
 
 MeshScreen::~MeshScreen() = default;
@@ -215,7 +216,10 @@ bool MeshScreen::mapInto3D(const Point<double, 2>& st, Point<double, 3>& out, bo
 }
 
 std::array<unsigned char, 20> MeshScreen::getUniqueDataHash() const {
-    return m_implementation->hash;
+    if (!m_implementation->hash) {
+        m_implementation->hash = hashOf(m_implementation->mesh);
+    }
+    return *m_implementation->hash;
 }
 
 void MeshScreen::updateGeometry(const IScreenConfig* /*screen*/) {}

@@ -4,9 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#include <span>
+#include <vector>
 
 /// Every allocation of this program is counted; that is why the test is a program of its own.
 
@@ -73,6 +76,25 @@ TEST(MeshScreenAllocation, ARayPastTheBorderAllocatesNothing) {
     }
     EXPECT_EQ(allocationCount - before, 0U);
     EXPECT_GT(continued, 100);
+}
+
+TEST(MeshScreenAllocation, ManyRaysAtOnceAllocateNothing) {
+    const MeshScreen screen(meshes::room(6));
+    (void)screen.intersect({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0});
+    oracle::Random random(93);
+    std::vector<Ray> rays;
+    for (int i = 0; i < 2000; ++i) {
+        // Half of them close to each other, half in any order: packets and single rays.
+        const Vector from = i < 1000 ? Vector{0.1, 0.2, 0.3} : random.inCube();
+        const Vector direction = i < 1000 ? Vector{0.0003 * i, 1.0, 0.11} : random.inCube();
+        rays.emplace_back(from, from + direction);
+    }
+    std::vector<SurfaceHit> hits(rays.size());
+    screen.intersectRays(std::span(rays).first(16), std::span(hits).first(16));
+    const std::size_t before = allocationCount;
+    screen.intersectRays(rays, hits);
+    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_GT(std::count_if(hits.begin(), hits.end(), [](const SurfaceHit& hit) { return hit.hit; }), 1900);
 }
 
 TEST(MeshScreenAllocation, TheSearchForABarePointAllocatesNothing) {

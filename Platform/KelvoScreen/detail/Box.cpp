@@ -8,24 +8,8 @@
 
 namespace KelvoScreenDetail {
 
-void Box::add(const Point<double, 3>& point) {
-    for (std::size_t i = 0; i < 3; ++i) {
-        lower[i] = std::min(lower[i], point[i]);
-        upper[i] = std::max(upper[i], point[i]);
-    }
-}
-
 Point<double, 3> Box::centre() const {
     return 0.5 * lower + 0.5 * upper;
-}
-
-double Box::halfSize() const {
-    return std::max({upper[0] - lower[0], upper[1] - lower[1], upper[2] - lower[2]}) / 2;
-}
-
-double Box::halfSurface() const {
-    const Point<double, 3> size = upper - lower;
-    return size[0] * size[1] + size[1] * size[2] + size[2] * size[0];
 }
 
 double Box::largestCoordinate() const {

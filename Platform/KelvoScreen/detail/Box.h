@@ -2,6 +2,8 @@
 
 #include "Common/Point.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <limits>
 
 namespace KelvoScreenDetail {
@@ -15,12 +17,26 @@ struct Box {
 
     [[nodiscard]] bool isEmpty() const { return !(lower[0] <= upper[0]); }
 
-    void add(const Point<double, 3>& point);
+    void add(const Point<double, 3>& point) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            lower[i] = std::min(lower[i], point[i]);
+            upper[i] = std::max(upper[i], point[i]);
+        }
+    }
+    void add(const Box& box) {
+        add(box.lower);
+        add(box.upper);
+    }
     [[nodiscard]] Point<double, 3> centre() const;
     /// Half of the longest side.
-    [[nodiscard]] double halfSize() const;
+    [[nodiscard]] double halfSize() const {
+        return std::max(std::max(upper[0] - lower[0], upper[1] - lower[1]), upper[2] - lower[2]) / 2;
+    }
     /// Half of the surface: the chance of a random ray to pass the box is proportional to it.
-    [[nodiscard]] double halfSurface() const;
+    [[nodiscard]] double halfSurface() const {
+        const Point<double, 3> size = upper - lower;
+        return size[0] * size[1] + size[1] * size[2] + size[2] * size[0];
+    }
     /// The largest absolute coordinate.
     [[nodiscard]] double largestCoordinate() const;
 

@@ -146,11 +146,12 @@ void MeshSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> h
                               LARGEST_PACKET_ROUNDING * m_index.box().halfSize(),
                               LARGEST_PACKET_SPREAD * m_index.typicalSize(),
                               m_largestCoordinate};
+    RayPacket packet(target);
     for (std::size_t begin = 0; begin < rays.size(); begin += LANES) {
         const std::size_t count = std::min(LANES, rays.size() - begin);
         const std::span<const Ray> some = rays.subspan(begin, count);
         const std::span<SurfaceHit> found = hits.subspan(begin, count);
-        RayPacket packet(target, some);
+        packet.take(some);
         m_index.alongRays(packet.rays(), packet.active(), widestPacket(), packet);
         packet.finish(found);
         forEachLane(packet.refused(), [&](std::size_t i) { found[i] = surfaceHit(some[i]); });

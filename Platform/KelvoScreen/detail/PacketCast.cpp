@@ -12,15 +12,15 @@ namespace {
 /// Rays in single precision, in units of the structure.
 struct NarrowRays {
     using Row = std::array<float, LANES>;
-    alignas(64) std::array<Row, 3> origin;
-    alignas(64) std::array<Row, 3> direction;
-    alignas(64) Row end;
+    alignas(64) std::array<Row, 3> origin{};
+    alignas(64) std::array<Row, 3> direction{};
+    alignas(64) Row end{};
 };
 
 /// A query as its call-back finds it: Embree hands the context through.
 struct PacketQuery : RTCIntersectContext {
     PacketVisitor* visitor;
-    const PairScene* scene;
+    const BoxScene* scene;
     const Lanes* largest;
     std::size_t firstLane;
     float* end;  ///< of the rays that Embree works on, the first of which stands in `firstLane`
@@ -45,6 +45,7 @@ KELVO_SCREEN_WIDE_VECTORS void narrow(const LaneRays& rays, const IndexUnits& un
     }
 }
 
+/// @param rays all zero
 template <class Rays, std::size_t COUNT>
 void fill(Rays& rays, const NarrowRays& from, std::size_t first) {
     std::copy_n(&from.origin[0][first], COUNT, rays.ray.org_x);
@@ -54,11 +55,7 @@ void fill(Rays& rays, const NarrowRays& from, std::size_t first) {
     std::copy_n(&from.direction[1][first], COUNT, rays.ray.dir_y);
     std::copy_n(&from.direction[2][first], COUNT, rays.ray.dir_z);
     std::copy_n(&from.end[first], COUNT, rays.ray.tfar);
-    std::fill_n(rays.ray.tnear, COUNT, 0.0F);
-    std::fill_n(rays.ray.time, COUNT, 0.0F);
     std::fill_n(rays.ray.mask, COUNT, ~0U);
-    std::fill_n(rays.ray.id, COUNT, 0U);
-    std::fill_n(rays.ray.flags, COUNT, 0U);
     std::fill_n(rays.hit.geomID, COUNT, RTC_INVALID_GEOMETRY_ID);
     std::fill_n(rays.hit.instID[0], COUNT, RTC_INVALID_GEOMETRY_ID);
 }
@@ -67,11 +64,11 @@ void fill(Rays& rays, const NarrowRays& from, std::size_t first) {
 template <class Rays, std::size_t COUNT, class Intersect>
 void castInParts(PacketQuery& query, const NarrowRays& rays, LaneMask lanes, const Intersect& intersect) {
     for (std::size_t first = 0; first < LANES; first += COUNT) {
-        alignas(64) std::array<int, COUNT> valid;
+        alignas(64) std::array<int, COUNT> valid{};
         for (std::size_t i = 0; i < COUNT; ++i) {
             valid[i] = (lanes >> (first + i) & 1U) != 0 ? -1 : 0;
         }
-        Rays part;
+        Rays part{};
         fill<Rays, COUNT>(part, rays, first);
         query.firstLane = first;
         query.end = part.ray.tfar;
@@ -92,7 +89,7 @@ std::size_t widestPacket() {
     return width;
 }
 
-void castPacket(const PairScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width,
+void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width,
                 PacketVisitor& visitor) {
     PacketQuery query{};
     rtcInitIntersectContext(&query);
@@ -118,10 +115,10 @@ void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments) {
         lanes |= (static_cast<LaneMask>(arguments->valid[i]) & 1U) << i;
     }
     lanes <<= query.firstLane;
-    const std::uint32_t triangle = arguments->primID;
-    LaneMask nearer = query.visitor->visit(triangle, lanes);
-    if (query.scene->isPaired[triangle]) {
-        nearer |= query.visitor->visit(triangle + 1, lanes);
+    const auto [first, isPair] = query.scene->boxes[arguments->primID];
+    LaneMask nearer = query.visitor->visit(first, lanes);
+    if (isPair) {
+        nearer |= query.visitor->visit(first + 1, lanes);
     }
     const Lanes& reach = query.visitor->reach();
     forEachLane(nearer, [&](std::size_t lane) {

@@ -2,21 +2,21 @@
 
 #include "KelvoScreen/detail/IndexUnits.h"
 #include "KelvoScreen/detail/Lanes.h"
+#include "KelvoScreen/detail/TriangleBoxes.h"
 
 #include <embree3/rtcore.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace KelvoScreenDetail {
 
 /// Rays side by side, as a search structure needs them. Lanes that do not take part hold anything finite.
 struct LaneRays {
-    LanePoints origin;
-    LanePoints heading;  ///< the direction divided by its largest component
-    Lanes largest;       ///< that component: length per t along each ray
-    Lanes end;           ///< t up to which triangles matter at first
+    LanePoints origin{};
+    LanePoints heading{};  ///< the direction divided by its largest component
+    Lanes largest{};       ///< that component: length per t along each ray
+    Lanes end{};           ///< t up to which triangles matter at first
 };
 
 /// What is told of the triangles that a packet of rays may meet.
@@ -31,10 +31,10 @@ protected:
     ~PacketVisitor() = default;
 };
 
-/// A scene of boxes, each around a triangle or around two that follow each other.
-struct PairScene {
+/// A scene of boxes.
+struct BoxScene {
     RTCScene scene = nullptr;
-    const std::vector<bool>& isPaired;  ///< for each triangle whether it shares its box with the next one
+    const TriangleBoxes& boxes;
     const IndexUnits& units;
 };
 
@@ -43,8 +43,7 @@ struct PairScene {
 
 /// Visits every triangle that one of the lanes may meet, roughly nearest first.
 /// @param width how many rays are handed to Embree at once: not more than `widestPacket`
-void castPacket(const PairScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width,
-                PacketVisitor& visitor);
+void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor);
 
 /// The part of the intersection call-back of such a scene for packets.
 void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments);

@@ -61,14 +61,7 @@ struct RayPacket::Target {
     double triangle;
 };
 
-/// The corners of the triangles that were hit, and what follows from them.
-struct RayPacket::Completion {
-    LanePoints a, b, c;
-    LanePoints point, normal;
-    Lanes t, along;
-};
-
-RayPacket::RayPacket(const PacketTarget& target, std::span<const Ray> rays) : m_target(target) {
+void RayPacket::take(std::span<const Ray> rays) {
     const LaneMask given = ALL_LANES >> (LANES - rays.size());
     read(rays);
     clip();
@@ -187,14 +180,14 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::aim() {
 
 LaneMask RayPacket::visit(std::uint32_t triangle, LaneMask lanes) {
     const Target target(*this, triangle);
-    Lanes result;
+    Lanes result{};
     findPossible(target, result);
     lanes &= negativeLanes(result);
     if (lanes == 0) {
         return 0;
     }
     forEachLane(lanes ^ ALL_LANES, [&](std::size_t i) { result[i] = NO; });
-    Lanes touching;
+    Lanes touching{};
     keepNearer(target, result, touching);
     LaneMask nearer = negativeLanes(result);
     forEachLane(negativeLanes(touching), [&](std::size_t i) { nearer |= touch(target, i) ? LaneMask{1} << i : 0; });
@@ -300,27 +293,27 @@ LaneMask RayPacket::metLanes() const {
 }
 
 /// Lanes without a hit repeat the corners of another one.
-void RayPacket::gather(LaneMask met, Completion& completion) const {
+void RayPacket::gather(LaneMask met) {
     const auto any = static_cast<std::size_t>(std::countr_zero(met));
     for (std::size_t i = 0; i < LANES; ++i) {
         const double triangle = m_triangle[(met >> i & 1U) != 0 ? i : any];
         const Corners corners = cornersOf(m_target.mesh, static_cast<std::uint32_t>(triangle));
         for (std::size_t k = 0; k < 3; ++k) {
-            completion.a[k][i] = corners[0][k];
-            completion.b[k][i] = corners[1][k];
-            completion.c[k][i] = corners[2][k];
+            m_completion.a[k][i] = corners[0][k];
+            m_completion.b[k][i] = corners[1][k];
+            m_completion.c[k][i] = corners[2][k];
         }
     }
 }
 
-KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete(Completion& completion) const {
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete() {
     for (std::size_t i = 0; i < LANES; i += WIDTH) {
         Wide ab[3], ac[3];
         for (std::size_t k = 0; k < 3; ++k) {
-            const Wide a = load(completion.a[k], i);
-            ab[k] = load(completion.b[k], i) - a;
-            ac[k] = load(completion.c[k], i) - a;
-            store(completion.point[k], i, a + load(m_weight1, i) * ab[k] + load(m_weight2, i) * ac[k]);
+            const Wide a = load(m_completion.a[k], i);
+            ab[k] = load(m_completion.b[k], i) - a;
+            ac[k] = load(m_completion.c[k], i) - a;
+            store(m_completion.point[k], i, a + load(m_weight1, i) * ab[k] + load(m_weight2, i) * ac[k]);
         }
         const Wide area[3] = {ab[1] * ac[2] - ab[2] * ac[1], ab[2] * ac[0] - ab[0] * ac[2],
                               ab[0] * ac[1] - ab[1] * ac[0]};
@@ -329,24 +322,23 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete(Completion& completion) const
         for (std::size_t k = 0; k < 3; ++k) {
             const Wide normal = area[k] * inverse;
             along += load(m_direction[k], i) * normal;
-            store(completion.normal[k], i, normal);
+            store(m_completion.normal[k], i, normal);
         }
-        store(completion.along, i, along);
-        store(completion.t, i, larger(all(0), load(m_skipped, i) + load(m_reach, i)));
+        store(m_completion.along, i, along);
+        store(m_completion.t, i, larger(all(0), load(m_skipped, i) + load(m_reach, i)));
     }
 }
 
-void RayPacket::finish(std::span<SurfaceHit> hits) const {
+void RayPacket::finish(std::span<SurfaceHit> hits) {
     const LaneMask met = m_active != 0 ? metLanes() : 0;
     const LaneMask given = ALL_LANES >> (LANES - hits.size());
     forEachLane(given & ~met & ~m_refused, [&](std::size_t i) { hits[i] = SurfaceHit{}; });
     if (met == 0) {
         return;
     }
-    Completion found;
-    gather(met, found);
-    complete(found);
-    forEachLane(met, [&](std::size_t i) {
+    gather(met);
+    complete();
+    forEachLane(met, [&, &found = m_completion](std::size_t i) {
         const int side = found.along[i] > 0 ? 1 : found.along[i] < 0 ? -1 : 0;
         hits[i] = {{found.point[0][i], found.point[1][i], found.point[2][i]},
                    {found.normal[0][i], found.normal[1][i], found.normal[2][i]},

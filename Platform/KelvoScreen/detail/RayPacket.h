@@ -15,11 +15,11 @@ namespace KelvoScreenDetail {
 /// A mesh as a packet of rays needs to know it.
 struct PacketTarget {
     const TriangleMesh& mesh;
-    Box box;                   ///< around all triangles
-    double clipMargin;         ///< length by which the box is enlarged on all sides before rays are clipped to it
-    double largestRounding;    ///< rays whose coordinates are rounded by more than this length are refused
-    double largestSpread;      ///< rays that are further apart than this length where they leave the box are refused
-    double largestCoordinate;  ///< of the box
+    Box box;                     ///< around all triangles
+    double clipMargin = 0;       ///< length by which the box is enlarged on all sides before rays are clipped to it
+    double largestRounding = 0;  ///< rays whose coordinates are rounded by more than this length are refused
+    double largestSpread = 0;    ///< rays that are further apart than this length where they leave the box are refused
+    double largestCoordinate = 0;  ///< of the box
 };
 
 /// Up to sixteen rays, and the nearest hit of each so far.
@@ -33,8 +33,11 @@ struct PacketTarget {
 /// little in common that company would cost time.
 class RayPacket final : public PacketVisitor {
 public:
-    /// Reads between one and `LANES` rays; ray i stands in lane i.
-    RayPacket(const PacketTarget& target, std::span<const Ray> rays);
+    /// Empty. Refers to the target.
+    explicit RayPacket(const PacketTarget& target) : m_target(target) {}
+
+    /// Takes between one and `LANES` rays in place of those before; ray i stands in lane i.
+    void take(std::span<const Ray> rays);
 
     /// Lanes of rays that must be asked one by one.
     [[nodiscard]] LaneMask refused() const { return m_refused; }
@@ -46,13 +49,20 @@ public:
     LaneMask visit(std::uint32_t triangle, LaneMask lanes) override;
     [[nodiscard]] const Lanes& reach() const override { return m_reach; }
 
-    /// Writes the answers of all lanes that were not refused.
-    void finish(std::span<SurfaceHit> hits) const;
+    /// Writes the answers of all lanes that were not refused. `hits` is as long as the rays taken.
+    void finish(std::span<SurfaceHit> hits);
 
 private:
     struct Target;
     struct Flat;
-    struct Completion;
+
+    /// The corners of the triangles that were hit, and what follows from them.
+    struct Completion {
+        LanePoints a{}, b{}, c{};
+        LanePoints point{}, normal{};
+        Lanes t{};
+        Lanes along{};  ///< the direction of the ray along the normal: its sign is the side
+    };
 
     void read(std::span<const Ray> rays);
     void clip();
@@ -63,27 +73,28 @@ private:
     void keepNearer(const Target& target, Lanes& possible, Lanes& touching);
     bool touch(const Target& target, std::size_t lane);
     [[nodiscard]] LaneMask metLanes() const;
-    void gather(LaneMask met, Completion& completion) const;
-    void complete(Completion& completion) const;
+    void gather(LaneMask met);
+    void complete();
 
     const PacketTarget& m_target;
     LaneMask m_refused = 0;
     LaneMask m_active = 0;
     std::size_t m_along = 0;       ///< the axis along which the rays run most
     std::size_t m_x = 1, m_y = 2;  ///< the two across
-    LanePoints m_from, m_to, m_direction;
-    LaneRays m_rays;
-    Lanes m_heading2;       ///< square of the heading
-    LanePoints m_exit;      ///< where each ray leaves the box
-    Lanes m_usable, m_met;  ///< below zero: the ray may be taken; it meets the box
-    Lanes m_axis;
-    Lanes m_rounding;  ///< length that rounding the coordinates of ray and mesh can make
-    Lanes m_earliest;  ///< t before which a hit is behind the origin
-    Lanes m_skipped;   ///< t at which the origin of `m_rays` stands on the ray as given
-    Lanes m_shearX, m_shearY, m_perDepth;
-    Lanes m_reach;     ///< t of the nearest hit, as are the following
-    Lanes m_triangle;  ///< -1 while there is none
-    Lanes m_weight1, m_weight2;
+    LanePoints m_from{}, m_to{}, m_direction{};
+    LaneRays m_rays{};
+    Lanes m_heading2{};         ///< square of the heading
+    LanePoints m_exit{};        ///< where each ray leaves the box
+    Lanes m_usable{}, m_met{};  ///< below zero: the ray may be taken; it meets the box
+    Lanes m_axis{};
+    Lanes m_rounding{};  ///< length that rounding the coordinates of ray and mesh can make
+    Lanes m_earliest{};  ///< t before which a hit is behind the origin
+    Lanes m_skipped{};   ///< t at which the origin of `m_rays` stands on the ray as given
+    Lanes m_shearX{}, m_shearY{}, m_perDepth{};
+    Lanes m_reach{};     ///< t of the nearest hit, as are the following
+    Lanes m_triangle{};  ///< -1 while there is none
+    Lanes m_weight1{}, m_weight2{};
+    Completion m_completion;
 };
 
 }  // namespace KelvoScreenDetail

@@ -27,35 +27,16 @@ constexpr double FARTHEST_POINT = 1e5;
 constexpr double PAIR_GROWTH = 0.8;
 
 struct BuildContext {
-    const TriangleIndex::Source* source = nullptr;
-    const std::vector<bool>* isPaired = nullptr;
+    const std::vector<Box>& boxes;
     IndexUnits units;
-
-    /// The box of a triangle in units, and of the next one if they are a pair. Empty for a triangle that is left out
-    /// and for the second of a pair: Embree takes no notice of those.
-    [[nodiscard]] Box boxOf(std::uint32_t triangle) const {
-        Box box;
-        if (triangle == 0 || !(*isPaired)[triangle - 1]) {
-            addTriangle(box, triangle);
-            if ((*isPaired)[triangle]) {
-                addTriangle(box, triangle + 1);
-            }
-        }
-        return box;
-    }
-
-private:
-    void addTriangle(Box& box, std::uint32_t triangle) const {
-        Corners corners;
-        if (source->corners(triangle, corners)) {
-            for (const Point<double, 3>& corner : corners) {
-                box.add((corner - units.centre) * units.perLength);
-            }
-        }
-    }
 };
 
-void setBounds(RTCBounds& bounds, const Point<double, 3>& lower, const Point<double, 3>& upper) {
+void setBounds(const RTCBoundsFunctionArguments* arguments) {
+    const BuildContext& context = *static_cast<const BuildContext*>(arguments->geometryUserPtr);
+    const Box& box = context.boxes[arguments->primID];
+    const Point<double, 3> lower = (box.lower - context.units.centre) * context.units.perLength;
+    const Point<double, 3> upper = (box.upper - context.units.centre) * context.units.perLength;
+    RTCBounds& bounds = *arguments->bounds_o;
     bounds.lower_x = static_cast<float>(lower[0] - PADDING);
     bounds.lower_y = static_cast<float>(lower[1] - PADDING);
     bounds.lower_z = static_cast<float>(lower[2] - PADDING);
@@ -64,22 +45,18 @@ void setBounds(RTCBounds& bounds, const Point<double, 3>& lower, const Point<dou
     bounds.upper_z = static_cast<float>(upper[2] + PADDING);
 }
 
-void boundPair(const RTCBoundsFunctionArguments* arguments) {
-    const Box box = static_cast<const BuildContext*>(arguments->geometryUserPtr)->boxOf(arguments->primID);
-    setBounds(*arguments->bounds_o, box.lower, box.upper);
-}
-
-/// Visits a triangle and the other one of its pair; the last answer is the tightest.
+/// Visits the triangles of a box; the last answer is the tightest.
 template <class Visitor>
-double visitPair(Visitor& visitor, const std::vector<bool>& isPaired, std::uint32_t triangle) {
-    const double reach = visitor.visit(triangle);
-    return isPaired[triangle] ? visitor.visit(triangle + 1) : reach;
+double visitBox(Visitor& visitor, const TriangleBoxes& boxes, std::uint32_t box) {
+    const auto [first, isPair] = boxes[box];
+    const double reach = visitor.visit(first);
+    return isPair ? visitor.visit(first + 1) : reach;
 }
 
 /// The ray query as its call-back finds it: Embree hands the context through.
 struct RayQuery : RTCIntersectContext {
     TriangleIndex::RayVisitor* visitor;
-    const std::vector<bool>* isPaired;
+    const TriangleBoxes* boxes;
     const IndexUnits* units;
     double lengthPerT;
 };
@@ -92,14 +69,14 @@ void visitAlongRay(const RTCIntersectFunctionNArguments* arguments) {
     const RayQuery& query = *static_cast<const RayQuery*>(arguments->context);
     RTCRay& ray = *reinterpret_cast<RTCRay*>(arguments->rayhit);
     if (arguments->valid[0] != 0) {
-        const double reach = visitPair(*query.visitor, *query.isPaired, arguments->primID);
+        const double reach = visitBox(*query.visitor, *query.boxes, arguments->primID);
         ray.tfar = std::min(ray.tfar, query.units->reach(reach, query.lengthPerT));
     }
 }
 
 struct PointQuery {
     TriangleIndex::PointVisitor* visitor;
-    const std::vector<bool>* isPaired;
+    const TriangleBoxes* boxes;
     double toUnits;
     double margin;
 
@@ -112,7 +89,7 @@ struct PointQuery {
 
 bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
     const PointQuery& query = *static_cast<const PointQuery*>(arguments->userPtr);
-    const float radius = query.radius(visitPair(*query.visitor, *query.isPaired, arguments->primID));
+    const float radius = query.radius(visitBox(*query.visitor, *query.boxes, arguments->primID));
     if (radius < arguments->query->radius) {
         arguments->query->radius = radius;
         return true;
@@ -122,42 +99,45 @@ bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
 
 bool areWorthJoining(const Box& a, const Box& b) {
     Box joined = a;
-    joined.add(b.lower);
-    joined.add(b.upper);
+    joined.add(b);
     return joined.halfSurface() <= PAIR_GROWTH * (a.halfSurface() + b.halfSurface());
 }
 
 }  // namespace
 
-TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) : m_isPaired(count) {
-    formPairs(count, source);
+TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) {
+    const std::vector<Box> boxes = formBoxes(count, source);
     if (!m_box.isEmpty()) {
         m_units = {m_box.centre(), 1 / m_box.halfSize()};
-        build(count, source);
+        build(boxes);
     }
 }
 
-void TriangleIndex::formPairs(std::uint32_t count, const Source& source) {
+std::vector<Box> TriangleIndex::formBoxes(std::uint32_t count, const Source& source) {
+    std::vector<Box> boxes;
+    boxes.reserve(count / 2 + 1);
     Corners corners;
     double sizes = 0;
-    std::uint32_t used = 0;
-    Box waiting;  // of the previous triangle, while that is without a partner
+    bool isOpen = false;  // the last box holds one triangle
     for (std::uint32_t i = 0; i < count; ++i) {
-        Box box;
+        Box box;  // empty for a triangle that is left out: Embree takes no notice of it
         if (source.corners(i, corners)) {
             std::for_each(corners.begin(), corners.end(), [&box](const auto& corner) { box.add(corner); });
-            m_box.add(box.lower);
-            m_box.add(box.upper);
+            m_box.add(box);
             sizes += 2 * box.halfSize();
-            ++used;
-            if (!waiting.isEmpty() && areWorthJoining(waiting, box)) {
-                m_isPaired[i - 1] = true;
-                box = {};
-            }
         }
-        waiting = box;
+        if (isOpen && !box.isEmpty() && areWorthJoining(boxes.back(), box)) {
+            boxes.back().add(box);
+            m_boxes.addToLast();
+            isOpen = false;
+        } else {
+            boxes.push_back(box);
+            m_boxes.addSingle();
+            isOpen = !box.isEmpty();
+        }
     }
-    m_typicalSize = used > 0 ? sizes / used : 0;
+    m_typicalSize = count > 0 ? sizes / count : 0;
+    return boxes;
 }
 
 TriangleIndex::~TriangleIndex() {
@@ -166,16 +146,16 @@ TriangleIndex::~TriangleIndex() {
     }
 }
 
-void TriangleIndex::build(std::uint32_t count, const Source& source) {
-    BuildContext context{&source, &m_isPaired, m_units};
+void TriangleIndex::build(const std::vector<Box>& boxes) {
+    BuildContext context{boxes, m_units};
     RTCDevice device = embreeDevice();
     m_scene = rtcNewScene(device);
     rtcSetSceneFlags(m_scene, RTC_SCENE_FLAG_ROBUST);
     rtcSetSceneBuildQuality(m_scene, RTC_BUILD_QUALITY_MEDIUM);
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_USER);
-    rtcSetGeometryUserPrimitiveCount(geometry, count);
+    rtcSetGeometryUserPrimitiveCount(geometry, m_boxes.size());
     rtcSetGeometryUserData(geometry, &context);
-    rtcSetGeometryBoundsFunction(geometry, boundPair, nullptr);
+    rtcSetGeometryBoundsFunction(geometry, setBounds, nullptr);
     rtcSetGeometryIntersectFunction(geometry, visitAlongRay);
     rtcCommitGeometry(geometry);
     rtcAttachGeometry(m_scene, geometry);
@@ -207,7 +187,7 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     RayQuery query{};
     rtcInitIntersectContext(&query);
     query.visitor = &visitor;
-    query.isPaired = &m_isPaired;
+    query.boxes = &m_boxes;
     query.units = &m_units;
     query.lengthPerT = largest;
 
@@ -227,7 +207,7 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
 
 void TriangleIndex::alongRays(const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor) const {
     if (lanes != 0) {
-        castPacket({m_scene, m_isPaired, m_units}, rays, lanes, width, visitor);
+        castPacket({m_scene, m_boxes, m_units}, rays, lanes, width, visitor);
     }
 }
 
@@ -237,7 +217,7 @@ void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, Po
     }
     Point<double, 3> place = (point - m_units.centre) * m_units.perLength;
     const double distance = largestComponent(place);
-    PointQuery query{&visitor, &m_isPaired, m_units.perLength, DISTANCE_MARGIN * (1 + distance)};
+    PointQuery query{&visitor, &m_boxes, m_units.perLength, DISTANCE_MARGIN * (1 + distance)};
     if (!(distance < FARTHEST_POINT)) {
         place = {};
         query.margin = Box::INFINITE;

@@ -79,7 +79,7 @@ public:
     /// Length by which the box is enlarged before a ray is clipped to it, besides the rounding of its origin.
     [[nodiscard]] double clipMargin() const { return IndexUnits::RAY_MARGIN / m_units.perLength; }
 
-    /// Length of the longest side of all triangles' boxes, on average.
+    /// The longest side of the box of a triangle, on average.
     [[nodiscard]] double typicalSize() const { return m_typicalSize; }
 
     /// Visits every triangle that may be within `radius` (infinite allowed) of the point, roughly nearest first. The
@@ -87,11 +87,10 @@ public:
     void aroundPoint(const Point<double, 3>& point, double radius, PointVisitor& visitor) const;
 
 private:
-    void formPairs(std::uint32_t count, const Source& source);
-    void build(std::uint32_t count, const Source& source);
+    std::vector<Box> formBoxes(std::uint32_t count, const Source& source);
+    void build(const std::vector<Box>& boxes);
 
-    /// For each triangle whether it shares its box with the next one. (A bit each, which stays in the cache.)
-    std::vector<bool> m_isPaired;
+    TriangleBoxes m_boxes;
     Box m_box;
     IndexUnits m_units;
     double m_typicalSize = 0;

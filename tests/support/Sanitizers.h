@@ -1,0 +1,16 @@
+#pragma once
+
+#if defined(__SANITIZE_ADDRESS__)
+#define SM_UNDER_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define SM_UNDER_ADDRESS_SANITIZER 1
+#endif
+#endif
+#ifndef SM_UNDER_ADDRESS_SANITIZER
+#define SM_UNDER_ADDRESS_SANITIZER 0
+#endif
+
+/// True when the tests run under the address sanitizer, which makes them five to twenty times slower: those that take
+/// seconds do fewer rounds then.
+inline constexpr bool IS_SANITIZED = SM_UNDER_ADDRESS_SANITIZER != 0;
