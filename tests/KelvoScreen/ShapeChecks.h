@@ -36,7 +36,8 @@ inline void expectNothing(const ScreenGeometry& screen) {
 
 /// Expects a good description to make a valid screen, and each fault alone one that is not.
 template <class Screen>
-void expectNotValid(const ScreenConfigDouble& good, const std::vector<std::function<void(ScreenConfigDouble&)>>& faults) {
+void expectNotValid(const ScreenConfigDouble& good,
+                    const std::vector<std::function<void(ScreenConfigDouble&)>>& faults) {
     EXPECT_TRUE(Screen(&good).isValid());
     for (std::size_t i = 0; i < faults.size(); ++i) {
         SCOPED_TRACE("fault " + std::to_string(i));
