@@ -178,8 +178,9 @@ private:
     }
 
     [[nodiscard]] BorderStretches collect() {
-        std::stable_sort(m_seeds.begin(), m_seeds.end(),
-                         [](const Seed& a, const Seed& b) { return a.stretch.face < b.stretch.face; });
+        std::sort(m_seeds.begin(), m_seeds.end(), [](const Seed& a, const Seed& b) {
+            return std::tie(a.stretch.face, a.triangles.front()) < std::tie(b.stretch.face, b.triangles.front());
+        });
         BorderStretches result;
         for (Seed& seed : m_seeds) {
             Box box;
