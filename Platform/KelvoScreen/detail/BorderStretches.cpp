@@ -125,9 +125,10 @@ private:
     [[nodiscard]] std::size_t cellOf(const Point<double, 3>& place, const std::array<int, 3>& move) const {
         std::size_t cell = 0;
         for (std::size_t i = 0; i < 3; ++i) {
-            const double position = m_diagonal > 0 ? CELLS * ((place[i] - m_box.lower[i]) / m_diagonal) : 0;
-            cell = cell * (CELLS + 1) +
-                   static_cast<std::size_t>(std::clamp(static_cast<int>(position) + move[i], 0, CELLS));
+            // Extents beyond the range of a double end in the first cell.
+            const double position = CELLS * ((place[i] - m_box.lower[i]) / m_diagonal);
+            const int whole = position >= 0 && position <= CELLS ? static_cast<int>(position) : 0;
+            cell = cell * (CELLS + 1) + static_cast<std::size_t>(std::clamp(whole + move[i], 0, CELLS));
         }
         return cell;
     }
@@ -177,8 +178,9 @@ private:
     }
 
     [[nodiscard]] BorderStretches collect() {
-        std::stable_sort(m_seeds.begin(), m_seeds.end(),
-                         [](const Seed& a, const Seed& b) { return a.stretch.face < b.stretch.face; });
+        std::sort(m_seeds.begin(), m_seeds.end(), [](const Seed& a, const Seed& b) {
+            return std::tie(a.stretch.face, a.triangles.front()) < std::tie(b.stretch.face, b.triangles.front());
+        });
         BorderStretches result;
         for (Seed& seed : m_seeds) {
             Box box;

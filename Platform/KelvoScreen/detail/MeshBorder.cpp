@@ -42,8 +42,8 @@ public:
             return;
         }
         const Zeros zeros(heights);
-        for (int i = 0; i < zeros.count; ++i) {
-            const double tau = middle + zeros.tau[static_cast<std::size_t>(i)];
+        for (std::size_t i = 0; i < zeros.count; ++i) {
+            const double tau = middle + zeros.tau[i];
             const Point<double, 3> point = at(tau);
             if (tau >= 0 && isFinite(point) && sideOfSurface(m_direction, stretch.sheet.gradient(point)) == m_side) {
                 use(SheetHit{tau, point});

@@ -3,6 +3,7 @@
 #include "Common/Point.h"
 
 #include <array>
+#include <cstddef>
 
 namespace KelvoScreenDetail {
 
@@ -46,7 +47,7 @@ struct Zeros {
     explicit Zeros(const AlongRay& values);
 
     std::array<double, 2> tau{};
-    int count = 0;
+    std::size_t count = 0;
 };
 
 }  // namespace KelvoScreenDetail

@@ -55,30 +55,30 @@ TEST(QuadricSheet, IsAPlaneWithoutABend) {
 
 TEST(Zeros, AreThoseOfAParabolaTheNearerFirst) {
     const Zeros both({6, -5, 1});
-    ASSERT_EQ(both.count, 2);
+    ASSERT_EQ(both.count, 2U);
     EXPECT_EQ(both.tau[0], 2);
     EXPECT_EQ(both.tau[1], 3);
     const Zeros touching({1, -2, 1});
-    ASSERT_GE(touching.count, 1);
+    ASSERT_GE(touching.count, 1U);
     EXPECT_EQ(touching.tau[0], 1);
-    EXPECT_EQ(Zeros({1, 0, 1}).count, 0);
+    EXPECT_EQ(Zeros({1, 0, 1}).count, 0U);
 }
 
 TEST(Zeros, LoseNoDigitsWhereTheBendIsSlight) {
     const Zeros zeros({-1e-9, 1, 1e-9});
-    ASSERT_EQ(zeros.count, 2);
+    ASSERT_EQ(zeros.count, 2U);
     EXPECT_NEAR(zeros.tau[0], 1e-9, 1e-24);
     const Zeros line({-4, 2, 0});
-    ASSERT_EQ(line.count, 1);
+    ASSERT_EQ(line.count, 1U);
     EXPECT_EQ(line.tau[0], 2);
 }
 
 TEST(Zeros, OfWhatIsNoParabolaThereAreNone) {
     const double broken = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(Zeros({broken, 1, 1}).count, 0);
-    EXPECT_EQ(Zeros({1, broken, 1}).count, 0);
-    EXPECT_EQ(Zeros({1, 0, 0}).count, 0) << "never zero";
-    EXPECT_EQ(Zeros({0, 0, 0}).count, 0) << "zero everywhere";
+    EXPECT_EQ(Zeros({broken, 1, 1}).count, 0U);
+    EXPECT_EQ(Zeros({1, broken, 1}).count, 0U);
+    EXPECT_EQ(Zeros({1, 0, 0}).count, 0U) << "never zero";
+    EXPECT_EQ(Zeros({0, 0, 0}).count, 0U) << "zero everywhere";
 }
 
 }  // namespace
