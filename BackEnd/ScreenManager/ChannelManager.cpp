@@ -20,7 +20,6 @@
 
 using Veltrani::DeviceFramework2::AbstractDevice;
 using Veltrani::DeviceFramework2::Device;
-using Veltrani::DeviceFramework2::DeviceManager;
 using Veltrani::DeviceFramework2::GetActiveInputSignalIndex;
 using Veltrani::DeviceFramework2::IDeviceManager;
 using Veltrani::DeviceFramework2::Location;
@@ -37,6 +36,11 @@ constexpr int NO_PLACE = -1;
 constexpr int NO_INPUT = 0;
 const std::string OUT_OF_BOUNDS = "Channel index out of bounds..";
 
+/// From the end: names and UIDs of one display begin alike and differ in their last characters.
+bool same(const std::wstring& a, const std::wstring& b) {
+    return std::equal(a.rbegin(), a.rend(), b.rbegin(), b.rend());
+}
+
 /// The index of the first channel that matches, or NOT_FOUND.
 template <class Matches>
 int firstIndex(const std::vector<std::shared_ptr<Channel>>& channels, const Matches& matches) {
@@ -48,7 +52,7 @@ int firstIndex(const std::vector<std::shared_ptr<Channel>>& channels, const Matc
 }  // namespace
 
 ChannelManager::ChannelManager(XMLConfigManager* config)
-    : m_config(config), m_deviceManager(DeviceManager::getInstance()) {}
+    : m_config(config), m_deviceManager(Veltrani::DeviceFramework2::DeviceManager::getInstance()) {}
 
 ChannelManager::~ChannelManager() {
     for (const std::shared_ptr<Channel>& channel : m_channels) {
@@ -69,8 +73,7 @@ void ChannelManager::logUnreleased(const Channel& channel) noexcept try {
 }
 
 AbstractDevice* ChannelManager::getAbstractDeviceRefactor(const std::wstring& projectorConfigId) {
-    const bool found = getChannelIndexByID(projectorConfigId) != NOT_FOUND;
-    return found ? deviceOf(projectorConfigId) : nullptr;
+    return getChannelIndexByID(projectorConfigId) != NOT_FOUND ? deviceOf(projectorConfigId) : nullptr;
 }
 
 ProjectorConfig* ChannelManager::getProjectorConfig(const std::wstring& projectorConfigId) {
@@ -118,12 +121,12 @@ void ChannelManager::setChannelNames(const std::vector<std::string>& names) {
 }
 
 int ChannelManager::getChannelIndexByName(const std::wstring& name) const {
-    return firstIndex(m_channels, [&](const Channel& channel) { return channel.getName() == name; });
+    return firstIndex(m_channels, [&](const Channel& channel) { return same(channel.getName(), name); });
 }
 
 int ChannelManager::getChannelIndexByID(const std::wstring& projectorConfigId) const {
     return firstIndex(m_channels,
-                      [&](const Channel& channel) { return channel.getProjectorConfigId() == projectorConfigId; });
+                      [&](const Channel& channel) { return same(channel.getProjectorConfigId(), projectorConfigId); });
 }
 
 std::vector<int> ChannelManager::getChannelInputs() {
@@ -192,9 +195,8 @@ bool ChannelManager::removeChannel(Channel channel) {
     if (index == NOT_FOUND) {
         return false;
     }
-    if (m_config != nullptr) {
-        m_config->removeProjectorConfig(channel.getProjectorConfigId());
-    }
+    // Where there is a channel there is a configuration: it has an entry in it.
+    m_config->removeProjectorConfig(channel.getProjectorConfigId());
     AbstractDevice* const device = getDeviceRefactor(channel.getChannelId());
     m_channels.erase(m_channels.begin() + index);
     releaseDevice(device);
@@ -206,9 +208,7 @@ bool ChannelManager::moveChannel(int index, int direction) {
         return false;
     }
     // Asked first and whatever the direction is: intended, callers rely on the configuration deciding for itself.
-    if (m_config != nullptr) {
-        m_config->moveProjectorConfig(channelAt(index).getProjectorConfigId(), direction);
-    }
+    m_config->moveProjectorConfig(channelAt(index).getProjectorConfigId(), direction);
     if ((direction != 1 && direction != -1) || !isChannelIndexInBounds(index + direction)) {
         return false;
     }
@@ -221,7 +221,6 @@ void ChannelManager::setupProjectorState(ProjectorState state) {
         return;
     }
     std::vector<AbstractDevice*> devices;
-    devices.reserve(m_channels.size());
     for (const std::shared_ptr<Channel>& channel : m_channels) {
         devices.push_back(deviceOf(channel->getProjectorConfigId()));
         if (devices.back() == nullptr) {
@@ -335,7 +334,7 @@ int ChannelManager::indexOfChannelId(const Channel::Id& channelId) const {
 int ChannelManager::indexOfProjectorId(const Channel::ProjectorId& projectorId) const {
     const std::wstring uid = Veltrani::fromUtf8(projectorId.value());
     return firstIndex(m_channels, [&](const Channel& channel) {
-        if (channel.getProjectorConfigId() == uid) {
+        if (same(channel.getProjectorConfigId(), uid)) {
             return true;
         }
         const ProjectorConfig* const entry = entryOf(channel.getProjectorConfigId());
@@ -384,7 +383,7 @@ bool ChannelManager::isAtThePlaceOfAChannel(const Device& device) const {
         if (other == nullptr) {
             throw VeltraniException(L"The file does not contain a valid configuration.");
         }
-        const Device* const whole = Veltrani::DeviceFramework2::deprecatedDeviceFromAbstractDevice(other);
+        const Device* const whole = deprecatedDeviceFromAbstractDevice(other);
         const Location* const otherPlace = whole != nullptr ? whole->getLocation() : nullptr;
         if (place != nullptr && otherPlace != nullptr && otherPlace->getDescription() == description) {
             return true;
