@@ -1,7 +1,7 @@
 #include "Common/ExceptionCause.h"
 #include "Common/Utf8.h"
-#include "ScreenManager/PcdHeader.h"
 #include "ScreenManager/Screen.h"
+#include "ScreenManager/detail/PcdHeader.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -23,9 +23,8 @@ constexpr int MOST_BOUNDARY_SAMPLES = 100000;
 
 constexpr const char* EXIT_CODES =
     "Exit codes: 0 all right; 1 done, but faults were found, a channel has no grid of targets, or a projector is\n"
-    "missing, not ready or failed; 2 wrong command line; 3 the configuration or a file that it names cannot be used; "
-    "4\n"
-    "the result cannot be written; 5 internal fault.";
+    "missing, not ready or failed; 2 wrong command line; 3 the configuration or a file that it names cannot be\n"
+    "used; 4 the result cannot be written; 5 internal fault.";
 
 /// The whole of `text` as a number; 0 when it is none.
 int numberOf(std::string_view text) {

@@ -6,7 +6,7 @@
 #include "KelvoScreen/FlatScreen.h"
 #include "KelvoScreen/OBJScreen.h"
 #include "KelvoScreen/ObjLoadException.h"
-#include "ScreenManager/PcdCheck.h"
+#include "ScreenManager/detail/PcdCheck.h"
 
 #include <pcl/common/pca.h>
 #include <pcl/common/transforms.h>

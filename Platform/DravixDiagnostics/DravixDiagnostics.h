@@ -17,7 +17,7 @@ public:
     /// Where files are collected; it need not exist yet. An empty name, as at first, turns collecting off.
     static void setDataDirectory(const std::wstring& directory);
 
-    /// Copies a file to `<data directory>/screens/<file name>`, in place of an earlier one of that name, even when that came
+    /// Copies a file to `<data directory>/screens/<file name>`, in place of an earlier one of that name, even of one
     /// from another folder; makes the folders that are missing. Does nothing without a data directory.
     ///
     /// The copy appears as a whole or not at all, and a file may be archived onto itself. Throws `VeltraniException`

@@ -1,4 +1,4 @@
-#include "ScreenManager/PcdText.h"
+#include "ScreenManager/detail/PcdText.h"
 
 #include "Common/VeltraniException.h"
 

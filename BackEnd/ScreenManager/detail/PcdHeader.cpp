@@ -1,7 +1,7 @@
-#include "ScreenManager/PcdHeader.h"
+#include "ScreenManager/detail/PcdHeader.h"
 
 #include "Common/VeltraniException.h"
-#include "ScreenManager/PcdText.h"
+#include "ScreenManager/detail/PcdText.h"
 
 #include <algorithm>
 #include <limits>

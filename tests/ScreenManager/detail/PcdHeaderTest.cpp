@@ -1,4 +1,4 @@
-#include "ScreenManager/PcdHeader.h"
+#include "ScreenManager/detail/PcdHeader.h"
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"

@@ -1,4 +1,4 @@
-#include "ScreenManager/PcdCheck.h"
+#include "ScreenManager/detail/PcdCheck.h"
 
 #include "Common/Utf8.h"
 #include "PcdSamples.h"

@@ -1,4 +1,4 @@
-#include "ScreenManager/PcdText.h"
+#include "ScreenManager/detail/PcdText.h"
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"

@@ -1,8 +1,8 @@
-#include "ScreenManager/PcdCheck.h"
+#include "ScreenManager/detail/PcdCheck.h"
 
 #include "Common/VeltraniException.h"
-#include "ScreenManager/PcdHeader.h"
-#include "ScreenManager/PcdText.h"
+#include "ScreenManager/detail/PcdHeader.h"
+#include "ScreenManager/detail/PcdText.h"
 
 #include <algorithm>
 #include <array>
