@@ -221,7 +221,6 @@ void ChannelManager::setupProjectorState(ProjectorState state) {
         return;
     }
     std::vector<AbstractDevice*> devices;
-    devices.reserve(m_channels.size());
     for (const std::shared_ptr<Channel>& channel : m_channels) {
         devices.push_back(deviceOf(channel->getProjectorConfigId()));
         if (devices.back() == nullptr) {

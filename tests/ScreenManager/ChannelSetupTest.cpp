@@ -10,6 +10,11 @@ using testing::IsEmpty;
 
 class ChannelSetupTest : public ChannelFixture {
 protected:
+    ~ChannelSetupTest() override { manager.reset(); }
+
+    /// Used by the tests that say so.
+    Veltrani::DeviceFramework2::DeviceManager real;
+
     /// The channels, as "name at projector id".
     [[nodiscard]] std::vector<std::wstring> channels() const {
         std::vector<std::wstring> texts;
@@ -151,8 +156,9 @@ TEST_F(ChannelSetupTest, ADeviceWithoutAPlaceIsNobodysDuplicate) {
     addProjector(L"P0", L"A").locationDescription.reset();
     addProjector(L"P1", L"B").locationDescription.reset();
     addProjector(L"P2", L"C").locationDescription = L"";
+    addProjector(L"P3", L"D").locationDescription.reset();
     manager->initialize(false);
-    EXPECT_THAT(channels(), ElementsAre(L"A at P0", L"B at P1", L"C at P2"));
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0", L"B at P1", L"C at P2", L"D at P3"));
 }
 
 TEST_F(ChannelSetupTest, AChannelWithoutADeviceMakesTheConfigurationInvalid) {
@@ -193,7 +199,6 @@ TEST_F(ChannelSetupTest, FaultsOfTheConfigurationPassThrough) {
 // On the real device manager: two projectors that were never found have no address, so each is known only under the id
 // of its entry.
 TEST_F(ChannelSetupTest, EntriesThatNeverHadADeviceBecomeVirtualProjectorsOfTheirOwn) {
-    Veltrani::DeviceFramework2::DeviceManager real;
     useDeviceManager(&real);
     addEntry(L"P0", L"A").deviceSnippet = L"";
     addEntry(L"P1", L"B").deviceSnippet = L"";

@@ -147,7 +147,7 @@ void SimulatorServer::run(std::chrono::seconds longest) {
             answerSearch();
         }
         m_connections.remove_if([](const Connection& connection) { return connection.closed; });
-        if (m_options.dieAfter >= 0 && m_commands >= m_options.dieAfter && m_connections.empty()) {
+        if (m_dying && m_connections.empty()) {
             return;
         }
     }
@@ -163,6 +163,15 @@ int SimulatorServer::waitMilliseconds(Clock::time_point end) const {
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now()).count();
     return static_cast<int>(std::max<std::int64_t>(left, 0));
+}
+
+/// Before the last answer leaves, so that nobody who has it can still connect.
+void SimulatorServer::stopListening() {
+    m_dying = true;
+    for (Listener& listener : m_listeners) {
+        ::close(listener.descriptor);
+        listener.descriptor = -1;  // passed over by poll
+    }
 }
 
 void SimulatorServer::note(const std::string& event) {
@@ -216,7 +225,9 @@ void SimulatorServer::take(Connection& connection, const std::string& line) {
     }
     const auto answer = m_listeners[connection.projector].projector->answer(line, connection.commands == 0);
     ++connection.commands;
-    ++m_commands;
+    if (++m_commands == m_options.dieAfter) {
+        stopListening();
+    }
     const bool last = answer.close || connection.commands == m_options.closeAfter;
     if (m_options.endless > 0) {
         queue(connection, std::string(static_cast<std::size_t>(m_options.endless), 'x'));

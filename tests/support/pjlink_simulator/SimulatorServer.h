@@ -51,6 +51,7 @@ private:
     };
 
     int bindFirst();
+    void stopListening();
     void note(const std::string& event);
     void accept(std::size_t projector);
     void read(Connection& connection);
@@ -66,5 +67,6 @@ private:
     std::vector<Listener> m_listeners;
     int m_search = -1;
     int m_commands = 0;
+    bool m_dying = false;
     std::list<Connection> m_connections;
 };
