@@ -8,10 +8,10 @@
 #include "Configuration/XMLConfigManager.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
-#include "ScreenManager/DeviceEntry.h"
-#include "ScreenManager/DeviceQuestion.h"
-#include "ScreenManager/ProjectorBinding.h"
-#include "ScreenManager/ProjectorPreparation.h"
+#include "ScreenManager/detail/DeviceEntry.h"
+#include "ScreenManager/detail/DeviceQuestion.h"
+#include "ScreenManager/detail/ProjectorBinding.h"
+#include "ScreenManager/detail/ProjectorPreparation.h"
 
 #include <algorithm>
 #include <exception>

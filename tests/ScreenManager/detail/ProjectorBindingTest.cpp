@@ -1,4 +1,4 @@
-#include "ScreenManager/ProjectorBinding.h"
+#include "ScreenManager/detail/ProjectorBinding.h"
 
 #include "ChannelFixture.h"
 #include "DeviceFramework2/DeviceException.h"

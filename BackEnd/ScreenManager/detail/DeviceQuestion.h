@@ -10,9 +10,8 @@
 /// Asks a device, as in `askDevice<GetFirmware>(device)`.
 ///
 /// @tparam Question a `GetCommand`
-/// @return nothing when there is no device, or it does not support the question. Throws
-/// `CmdResultNotAvailableException` when it does
-///     and yet gives no answer, and what the device throws.
+/// @return nothing when there is no device, or it does not support the question. Throws what the device throws, and
+/// `CmdResultNotAvailableException` when it supports the question and yet gives no answer.
 template <class Question>
 auto askDevice(Veltrani::DeviceFramework2::AbstractDevice* device)
     -> std::optional<std::decay_t<decltype(std::declval<Question>().getResult())>> {

@@ -1,4 +1,4 @@
-#include "ScreenManager/ProjectorPreparation.h"
+#include "ScreenManager/detail/ProjectorPreparation.h"
 
 #include "Common/RunCatch.h"
 #include "DeviceFramework2/Commands.h"

@@ -1,4 +1,4 @@
-#include "ScreenManager/DeviceQuestion.h"
+#include "ScreenManager/detail/DeviceQuestion.h"
 
 #include "support/DeviceDouble.h"
 

@@ -1,11 +1,11 @@
-#include "ScreenManager/DeviceEntry.h"
+#include "ScreenManager/detail/DeviceEntry.h"
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniLogging.h"
 #include "Configuration/ProjectorConfig.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
 #include "KelvoControl/KelvoProjector.h"
-#include "ScreenManager/DeviceQuestion.h"
+#include "ScreenManager/detail/DeviceQuestion.h"
 
 using Veltrani::DeviceFramework2::Device;
 using Veltrani::DeviceFramework2::DeviceTypeManager;

@@ -1,4 +1,4 @@
-#include "ScreenManager/DeviceEntry.h"
+#include "ScreenManager/detail/DeviceEntry.h"
 
 #include "ChannelFixture.h"
 #include "Common/Utf8.h"

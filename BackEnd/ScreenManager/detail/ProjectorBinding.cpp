@@ -1,4 +1,4 @@
-#include "ScreenManager/ProjectorBinding.h"
+#include "ScreenManager/detail/ProjectorBinding.h"
 
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
