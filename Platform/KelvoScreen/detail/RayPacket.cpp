@@ -71,7 +71,8 @@ void RayPacket::take(std::span<const Ray> rays) {
         return;
     }
     chooseAxis();
-    if (std::popcount(m_active) < FEWEST || isSpread()) {
+    fillInactive();
+    if (std::popcount(m_active) < FEWEST || spread() > m_target.largestSpread) {
         m_refused |= m_active;
         m_active = 0;
     } else {
@@ -157,14 +158,28 @@ void RayPacket::chooseAxis() {
     m_active &= same;
 }
 
-bool RayPacket::isSpread() const {
-    Box origins;
-    Box exits;
-    forEachLane(m_active, [&](std::size_t i) {
-        origins.add({m_rays.origin[0][i], m_rays.origin[1][i], m_rays.origin[2][i]});
-        exits.add({m_exit[0][i], m_exit[1][i], m_exit[2][i]});
+/// Lanes that are not active repeat the first active one where all lanes are looked at together.
+void RayPacket::fillInactive() {
+    const auto any = static_cast<std::size_t>(std::countr_zero(m_active));
+    forEachLane(m_active ^ ALL_LANES, [&](std::size_t i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            m_rays.origin[k][i] = m_rays.origin[k][any];
+            m_exit[k][i] = m_exit[k][any];
+        }
     });
-    return 2 * std::max(origins.halfSize(), exits.halfSize()) > m_target.largestSpread;
+}
+
+KELVO_SCREEN_WIDE_VECTORS double RayPacket::spread() const {
+    Wide farthest = all(0);
+    for (std::size_t k = 0; k < 3; ++k) {
+        const Wide origin = all(m_rays.origin[k][0]);
+        const Wide exit = all(m_exit[k][0]);
+        for (std::size_t i = 0; i < LANES; i += WIDTH) {
+            farthest = larger(farthest, absolute(load(m_rays.origin[k], i) - origin));
+            farthest = larger(farthest, absolute(load(m_exit[k], i) - exit));
+        }
+    }
+    return std::max(std::max(farthest[0], farthest[1]), std::max(farthest[2], farthest[3]));
 }
 
 KELVO_SCREEN_WIDE_VECTORS void RayPacket::aim() {

@@ -67,7 +67,9 @@ private:
     void read(std::span<const Ray> rays);
     void clip();
     void chooseAxis();
-    [[nodiscard]] bool isSpread() const;
+    void fillInactive();
+    /// How far the rays are from the first one where they begin and where they leave the box: the largest component.
+    [[nodiscard]] double spread() const;
     void aim();
     void findPossible(const Target& target, Lanes& possible) const;
     void keepNearer(const Target& target, Lanes& possible, Lanes& touching);
