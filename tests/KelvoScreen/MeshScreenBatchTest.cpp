@@ -95,6 +95,24 @@ TEST(MeshScreenBatch, EveryCountOfRaysIsAnsweredInOrder) {
     }
 }
 
+TEST(MeshScreenBatch, RaysAlongADiagonalChooseTheSameAxisAsOneByOne) {
+    const MeshScreen screen(meshes::bumpyBall(5, 40, 60));
+    for (const double sign : {1.0, -1.0}) {
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            for (const double third : {0.5, 1.0}) {
+                std::vector<Ray> rays;
+                for (int i = 0; i < 64; ++i) {
+                    Vector direction{sign, sign, sign};
+                    direction[axis] = third;
+                    const Vector from{0.01 * i, 0.3, -0.2};
+                    rays.emplace_back(from, from + 0.5 * direction);
+                }
+                EXPECT_EQ(expectBatchAnswersAsSingles(screen, rays), 64);
+            }
+        }
+    }
+}
+
 TEST(MeshScreenBatch, MissesBetweenHitsAreMisses) {
     const MeshScreen screen(meshes::wall(4, 3, 40, 30));
     const std::vector<Ray> rays = channel({2.0, -3.0, 1.5}, {0.01, 1.0, 0.02}, 1.1, 203, 41);

@@ -27,6 +27,14 @@ struct Box {
         add(box.lower);
         add(box.upper);
     }
+    /// True inside and on the surface. False for a point that is not a number.
+    [[nodiscard]] bool contains(const Point<double, 3>& point) const {
+        bool inside = true;
+        for (std::size_t i = 0; i < 3; ++i) {
+            inside = inside && point[i] >= lower[i] && point[i] <= upper[i];
+        }
+        return inside;
+    }
     [[nodiscard]] Point<double, 3> centre() const;
     /// Half of the longest side.
     [[nodiscard]] double halfSize() const {

@@ -32,6 +32,7 @@ using Wide [[gnu::vector_size(32)]] = double;
 /// All bits or none for each of four lanes: what comparing yields, and `mask ? a : b` takes.
 using WideMask [[gnu::vector_size(32)]] = long long;
 inline constexpr std::size_t WIDTH = 4;
+inline constexpr LaneMask WIDE_BITS = (LaneMask{1} << WIDTH) - 1;
 
 // The functions below are always part of their callers, so that how vectors are passed does not matter.
 #pragma GCC diagnostic ignored "-Wpsabi"
@@ -62,6 +63,19 @@ inline constexpr std::size_t WIDTH = 4;
 /// As `dot`: summed from zero, first component first.
 [[nodiscard, gnu::always_inline]] inline Wide innerProduct(Wide ax, Wide ay, Wide az, Wide bx, Wide by, Wide bz) {
     return 0.0 + ax * bx + ay * by + az * bz;
+}
+
+/// A bit for each of four lanes.
+[[nodiscard, gnu::always_inline]] inline LaneMask bitsOf(WideMask mask) {
+    const __m128d low = {std::bit_cast<double>(mask[0]), std::bit_cast<double>(mask[1])};
+    const __m128d high = {std::bit_cast<double>(mask[2]), std::bit_cast<double>(mask[3])};
+    return static_cast<LaneMask>(_mm_movemask_pd(low) | _mm_movemask_pd(high) << 2);
+}
+/// The opposite: `bits` is below 16.
+[[nodiscard, gnu::always_inline]] inline WideMask maskOf(LaneMask bits) {
+    const WideMask bitOfLane = {1, 2, 4, 8};
+    const long long number = bits;
+    return (WideMask{number, number, number, number} & bitOfLane) == bitOfLane;
 }
 
 /// The lanes below zero; -0.0 is among them.

@@ -80,6 +80,16 @@ bool isNative(RTCDeviceProperty property) {
     return rtcGetDeviceProperty(embreeDevice(), property) != 0;
 }
 
+/// A bit for each of N numbers, a multiple of four, that is -1 and not 0.
+LaneMask validRays(const int* valid, std::size_t count) {
+    LaneMask mask = 0;
+    for (std::size_t i = 0; i < count; i += 4) {
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(valid + i));
+        mask |= static_cast<LaneMask>(_mm_movemask_ps(_mm_castsi128_ps(four))) << i;
+    }
+    return mask;
+}
+
 }  // namespace
 
 std::size_t widestPacket() {
@@ -110,11 +120,7 @@ void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std
 
 void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments) {
     const PacketQuery& query = *static_cast<const PacketQuery*>(arguments->context);
-    LaneMask lanes = 0;
-    for (std::size_t i = 0; i < arguments->N; ++i) {
-        lanes |= (static_cast<LaneMask>(arguments->valid[i]) & 1U) << i;
-    }
-    lanes <<= query.firstLane;
+    const LaneMask lanes = validRays(arguments->valid, arguments->N) << query.firstLane;
     const auto [first, isPair] = query.scene->boxes[arguments->primID];
     LaneMask nearer = query.visitor->visit(first, lanes);
     if (isPair) {

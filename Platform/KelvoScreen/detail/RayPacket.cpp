@@ -46,7 +46,6 @@ struct RayPacket::Target {
           triangle(number) {
         const Point<double, 3> ab = b - a;
         const Point<double, 3> ac = c - a;
-        area = cross(ab, ac);
         longestEdge = LONGER * (std::abs(ab[0]) + std::abs(ab[1]) + std::abs(ab[2]) + std::abs(ac[0]) +
                                 std::abs(ac[1]) + std::abs(ac[2]));
     }
@@ -56,8 +55,8 @@ struct RayPacket::Target {
     const Point<double, 3>& b;
     const Point<double, 3>& c;
     double ax, ay, ad, bx, by, bd, cx, cy, cd;
-    Point<double, 3> area;
-    double longestEdge;  ///< at least: as any ray of the packet sees it
+    Point<double, 3> area;  ///< along the normal; set once a ray may meet the triangle
+    double longestEdge;     ///< at least: as any ray of the packet sees it
     double triangle;
 };
 
@@ -71,7 +70,8 @@ void RayPacket::take(std::span<const Ray> rays) {
         return;
     }
     chooseAxis();
-    if (std::popcount(m_active) < FEWEST || isSpread()) {
+    fillInactive();
+    if (std::popcount(m_active) < FEWEST || spread() > m_target.largestSpread) {
         m_refused |= m_active;
         m_active = 0;
     } else {
@@ -157,14 +157,28 @@ void RayPacket::chooseAxis() {
     m_active &= same;
 }
 
-bool RayPacket::isSpread() const {
-    Box origins;
-    Box exits;
-    forEachLane(m_active, [&](std::size_t i) {
-        origins.add({m_rays.origin[0][i], m_rays.origin[1][i], m_rays.origin[2][i]});
-        exits.add({m_exit[0][i], m_exit[1][i], m_exit[2][i]});
+/// Lanes that are not active repeat the first active one where all lanes are looked at together.
+void RayPacket::fillInactive() {
+    const auto any = static_cast<std::size_t>(std::countr_zero(m_active));
+    forEachLane(m_active ^ ALL_LANES, [&](std::size_t i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            m_rays.origin[k][i] = m_rays.origin[k][any];
+            m_exit[k][i] = m_exit[k][any];
+        }
     });
-    return 2 * std::max(origins.halfSize(), exits.halfSize()) > m_target.largestSpread;
+}
+
+KELVO_SCREEN_WIDE_VECTORS double RayPacket::spread() const {
+    Wide farthest = all(0);
+    for (std::size_t k = 0; k < 3; ++k) {
+        const Wide origin = all(m_rays.origin[k][0]);
+        const Wide exit = all(m_exit[k][0]);
+        for (std::size_t i = 0; i < LANES; i += WIDTH) {
+            farthest = larger(farthest, absolute(load(m_rays.origin[k], i) - origin));
+            farthest = larger(farthest, absolute(load(m_exit[k], i) - exit));
+        }
+    }
+    return std::max(std::max(farthest[0], farthest[1]), std::max(farthest[2], farthest[3]));
 }
 
 KELVO_SCREEN_WIDE_VECTORS void RayPacket::aim() {
@@ -179,18 +193,15 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::aim() {
 }
 
 LaneMask RayPacket::visit(std::uint32_t triangle, LaneMask lanes) {
-    const Target target(*this, triangle);
-    Lanes result{};
-    findPossible(target, result);
-    lanes &= negativeLanes(result);
-    if (lanes == 0) {
+    Target target(*this, triangle);
+    const LaneMask possible = findPossible(target, lanes);
+    if (possible == 0) {
         return 0;
     }
-    forEachLane(lanes ^ ALL_LANES, [&](std::size_t i) { result[i] = NO; });
-    Lanes touching{};
-    keepNearer(target, result, touching);
-    LaneMask nearer = negativeLanes(result);
-    forEachLane(negativeLanes(touching), [&](std::size_t i) { nearer |= touch(target, i) ? LaneMask{1} << i : 0; });
+    target.area = areaVector({target.a, target.b, target.c});
+    LaneMask touching = 0;
+    LaneMask nearer = keepNearer(target, possible, touching);
+    forEachLane(touching, [&](std::size_t i) { nearer |= touch(target, i) ? LaneMask{1} << i : 0; });
     return nearer;
 }
 
@@ -220,22 +231,30 @@ struct RayPacket::Flat {
 
 /// Leaves out only lanes that `RayProbe` would leave out at first sight: their rays pass one edge outside and another
 /// one inside, both at more than the tolerance.
-KELVO_SCREEN_WIDE_VECTORS void RayPacket::findPossible(const Target& target, Lanes& possible) const {
+KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::findPossible(const Target& target, LaneMask lanes) const {
+    LaneMask possible = 0;
     for (std::size_t i = 0; i < LANES; i += WIDTH) {
-        const Flat flat(*this, target, i);
-        const Wide least = smaller(smaller(flat.edge0, flat.edge1), flat.edge2);
-        const Wide greatest = larger(larger(flat.edge0, flat.edge1), flat.edge2);
-        const Wide bound = load(m_rounding, i) * target.longestEdge;
-        const WideMask misses = (-least > bound) & (greatest > bound);
-        store(possible, i, misses ? all(NO) : all(YES));
+        if ((lanes >> i & WIDE_BITS) != 0) {
+            const Flat flat(*this, target, i);
+            const Wide least = smaller(smaller(flat.edge0, flat.edge1), flat.edge2);
+            const Wide greatest = larger(larger(flat.edge0, flat.edge1), flat.edge2);
+            const Wide bound = load(m_rounding, i) * target.longestEdge;
+            possible |= bitsOf(~((-least > bound) & (greatest > bound))) << i;
+        }
     }
+    return possible & lanes;
 }
 
-/// @param possible the lanes to look at; afterwards those that met the triangle
-/// @param touching receives those that `RayProbe` must decide on
-KELVO_SCREEN_WIDE_VECTORS void RayPacket::keepNearer(const Target& target, Lanes& possible, Lanes& touching) {
+/// @param touching receives the lanes that `RayProbe` must decide on
+/// @return the lanes that meet the triangle and nothing nearer
+KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, LaneMask lanes, LaneMask& touching) {
+    LaneMask result = 0;
     const double area2 = dot(target.area, target.area);
     for (std::size_t i = 0; i < LANES; i += WIDTH) {
+        const LaneMask wanted = lanes >> i & WIDE_BITS;
+        if (wanted == 0) {
+            continue;
+        }
         const Flat flat(*this, target, i);
         const Wide scale = 1 / (flat.edge0 + flat.edge1 + flat.edge2);
         const Wide weight0 = flat.edge0 * scale;
@@ -254,15 +273,15 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::keepNearer(const Target& target, Lanes
         const WideMask nearer = (load(m_skipped, i) + t >= load(m_earliest, i)) &
                                 ((t < reach) | ((t == reach) & (target.triangle < triangle)));
         const WideMask seen = along * along > ROUNDING * ROUNDING * size2;
-        const WideMask wanted = load(possible, i) < 0;
-        const WideMask kept = wanted & inside & nearer & seen;
-        store(touching, i, (wanted & ~inside) ? all(YES) : all(NO));
-        store(possible, i, kept ? all(YES) : all(NO));
+        const WideMask kept = maskOf(wanted) & inside & nearer & seen;
+        touching |= (wanted & ~bitsOf(inside)) << i;
+        result |= bitsOf(kept) << i;
         store(m_reach, i, kept ? t : reach);
         store(m_triangle, i, kept ? all(target.triangle) : triangle);
         store(m_weight1, i, kept ? weight1 : load(m_weight1, i));
         store(m_weight2, i, kept ? weight2 : load(m_weight2, i));
     }
+    return result;
 }
 
 /// A ray that passes on or near an edge, for which `RayProbe` decides.

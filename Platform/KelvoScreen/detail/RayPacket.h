@@ -67,10 +67,12 @@ private:
     void read(std::span<const Ray> rays);
     void clip();
     void chooseAxis();
-    [[nodiscard]] bool isSpread() const;
+    void fillInactive();
+    /// How far the rays are from the first one where they begin and where they leave the box: the largest component.
+    [[nodiscard]] double spread() const;
     void aim();
-    void findPossible(const Target& target, Lanes& possible) const;
-    void keepNearer(const Target& target, Lanes& possible, Lanes& touching);
+    [[nodiscard]] LaneMask findPossible(const Target& target, LaneMask lanes) const;
+    LaneMask keepNearer(const Target& target, LaneMask lanes, LaneMask& touching);
     bool touch(const Target& target, std::size_t lane);
     [[nodiscard]] LaneMask metLanes() const;
     void gather(LaneMask met);

@@ -38,8 +38,7 @@ public:
     [[nodiscard]] Content operator[](std::uint32_t box) const {
         const Block& block = m_blocks[box / BOXES_PER_BLOCK];
         const std::uint64_t bit = bitOf(box);
-        const auto pairsBefore = static_cast<std::uint32_t>(std::popcount(block.pairs & (bit - 1)));
-        return {block.first + box % BOXES_PER_BLOCK + pairsBefore, (block.pairs & bit) != 0};
+        return {block.first + box % BOXES_PER_BLOCK + pairsBefore(block, box), (block.pairs & bit) != 0};
     }
 
 private:
@@ -51,6 +50,13 @@ private:
     };
 
     [[nodiscard]] static std::uint64_t bitOf(std::uint32_t box) { return std::uint64_t{1} << (box % BOXES_PER_BLOCK); }
+
+    /// Grids have pairs only: without a count of bits, for which not every processor has an instruction.
+    [[nodiscard]] static std::uint32_t pairsBefore(const Block& block, std::uint32_t box) {
+        const std::uint64_t all = bitOf(box) - 1;
+        const std::uint64_t pairs = block.pairs & all;
+        return pairs == all ? box % BOXES_PER_BLOCK : static_cast<std::uint32_t>(std::popcount(pairs));
+    }
 
     std::vector<Block> m_blocks;
     std::uint32_t m_count = 0;

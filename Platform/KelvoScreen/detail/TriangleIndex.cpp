@@ -97,6 +97,15 @@ bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
     return false;
 }
 
+/// Finite, and neither so short nor so long that its inverse or its products leave the range of a double.
+bool isOrdinary(const Point<double, 3>& direction) {
+    constexpr double SHORTEST = 1e-100;
+    constexpr double LONGEST = 1e100;
+    // The sum is not below anything when a component is not a number.
+    const double sum = std::abs(direction[0]) + std::abs(direction[1]) + std::abs(direction[2]);
+    return sum >= SHORTEST && sum <= LONGEST;
+}
+
 bool areWorthJoining(const Box& a, const Box& b) {
     Box joined = a;
     joined.add(b);
@@ -174,8 +183,15 @@ bool TriangleIndex::clip(const Point<double, 3>& from, const Point<double, 3>& d
                          double& second) const {
     const double uncertainty = ROUNDING * largestComponent(from);
     // From where the rounding of the origin alone is as large as the mesh, nothing can be aimed at.
-    return m_scene != nullptr && uncertainty * m_units.perLength <= 1 &&
-           m_box.clip(from, direction, clipMargin() + uncertainty, first, second);
+    if (m_scene == nullptr || !(uncertainty * m_units.perLength <= 1)) {
+        return false;
+    }
+    if (m_box.contains(from) && isOrdinary(direction)) {
+        first = 0;
+        second = Box::INFINITE;
+        return true;
+    }
+    return m_box.clip(from, direction, clipMargin() + uncertainty, first, second);
 }
 
 void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double, 3>& direction, double reach,

@@ -64,6 +64,7 @@ public:
 
     /// The part of a ray that can meet anything, see `Box::clip`. Far origins are moved up to it by the caller: only
     /// near the box does a ray fit into single precision. False as well from 1e14 times the size of the box away.
+    /// A ray from inside the box has no need to be clipped: `second` may be infinite then.
     [[nodiscard]] bool clip(const Point<double, 3>& from, const Point<double, 3>& direction, double& first,
                             double& second) const;
 

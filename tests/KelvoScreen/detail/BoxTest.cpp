@@ -25,6 +25,16 @@ TEST(Box, IsEmptyUntilAPointIsAdded) {
     EXPECT_EQ(result.halfSize(), 0);
 }
 
+TEST(Box, ContainsItsInsideAndItsSurface) {
+    const Box result = box({-1.0, 4.0, 0.0}, {3.0, -6.0, 1.0});
+    EXPECT_TRUE(result.contains({0.0, 0.0, 0.5}));
+    EXPECT_TRUE(result.contains({-1.0, 4.0, 1.0}));
+    EXPECT_FALSE(result.contains({-1.001, 0.0, 0.5}));
+    EXPECT_FALSE(result.contains({0.0, 4.001, 0.5}));
+    EXPECT_FALSE(result.contains({0.0, 0.0, std::numeric_limits<double>::quiet_NaN()}));
+    EXPECT_FALSE(Box().contains({0.0, 0.0, 0.0}));
+}
+
 TEST(Box, KnowsItsCentreAndSize) {
     const Box result = box({-1.0, 4.0, 0.0}, {3.0, -6.0, 1.0});
     EXPECT_EQ(result.centre(), (Vector{1.0, -1.0, 0.5}));
