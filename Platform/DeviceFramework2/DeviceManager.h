@@ -36,7 +36,8 @@ public:
 
     [[nodiscard]] const Settings& settings() const { return m_settings; }
 
-    /// By the UID under which it was created, or by the id that it was bound to.
+    /// By the UID under which it was created, or by the id that it was bound to. A virtual projector without a MAC
+    /// address has a made-up UID, which may be an entry's id: once it is bound, it is found by that id alone.
     AbstractDevice* getDevice(const std::wstring& configurationId) override;
 
     /// A device whose UID is already known is counted once more and answered, whatever its kind; a warning tells when

@@ -166,7 +166,6 @@ TEST_F(ADeviceManager, ADeviceIsFoundUnderTheEntryThatItIsBoundTo) {
     EXPECT_TRUE(manager.bindDevice(first, L"left")) << "again";
     EXPECT_EQ(manager.getDevice(L"left"), first);
     EXPECT_FALSE(manager.bindDevice(second, L"left")) << "taken";
-    EXPECT_FALSE(manager.bindDevice(second, first->getUID())) << "taken";
     EXPECT_FALSE(manager.bindDevice(second, L""));
     EXPECT_FALSE(manager.bindDevice(nullptr, L"right"));
     EXPECT_TRUE(manager.bindDevice(first, L"centre")) << "another entry";
@@ -174,6 +173,19 @@ TEST_F(ADeviceManager, ADeviceIsFoundUnderTheEntryThatItIsBoundTo) {
     EXPECT_EQ(manager.getDevice(L"centre"), first);
     manager.releaseDevice(first);
     EXPECT_EQ(manager.getDevice(L"centre"), nullptr);
+}
+
+TEST_F(ADeviceManager, AMadeUpUidStandsInNobodysWayOnceItsDeviceIsBound) {
+    Device* first = createVirtual(L"");
+    const std::wstring madeUp = first->getUID();
+    ASSERT_TRUE(manager.bindDevice(first, L"left"));
+    Device* second = createVirtual(L"");
+    EXPECT_TRUE(manager.bindDevice(second, madeUp)) << "an entry may have any id";
+    EXPECT_EQ(manager.getDevice(madeUp), second);
+    EXPECT_EQ(manager.getDevice(L"left"), first);
+    Device* real = createVirtual(snippetText(4352));
+    ASSERT_TRUE(manager.bindDevice(real, L"right"));
+    EXPECT_FALSE(manager.bindDevice(second, real->getUID())) << "a MAC address stays taken";
 }
 
 TEST_F(ADeviceManager, TheOtherKindOfAKnownDeviceIsAnsweredWithAWarning) {
