@@ -74,8 +74,14 @@ AbstractDevice* DeviceManager::getDevice(const std::wstring& configurationId) {
 }
 
 Device* DeviceManager::createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) {
-    requireType(realDevice, typeName);
-    return realDevice ? createReal(snippet) : createVirtual(snippet);
+    try {
+        requireType(realDevice, typeName);
+        return realDevice ? createReal(snippet) : createVirtual(snippet);
+    } catch (const DeviceException& fault) {
+        // Callers tell their users which entry failed, not why.
+        VELTRANI_LOG(LOGGER, Error, L"createDevice: " + fault.message);
+        throw;
+    }
 }
 
 void DeviceManager::releaseDevice(AbstractDevice* device) {

@@ -41,8 +41,8 @@ public:
     AbstractDevice* getDevice(const std::wstring& configurationId) override;
 
     /// A device whose UID is already known is counted once more and answered, whatever its kind; a warning tells when
-    /// it is not of the kind that was asked for. Throws `DeviceException` for a broken snippet and for a type that
-    /// does not exist or contradicts `realDevice` or the snippet.
+    /// it is not of the kind that was asked for. Throws `DeviceException`, with the cause in the log too, for a broken
+    /// snippet and for a type that does not exist or contradicts `realDevice` or the snippet.
     Device* createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) override;
 
     /// As `createDevice` for a real device, but says in a `DeviceException` why it does not answer, and logs nothing.

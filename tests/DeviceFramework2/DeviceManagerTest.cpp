@@ -102,7 +102,16 @@ TEST_F(ADeviceManager, ARefusedPasswordIsNullAndIsNotLogged) {
     EXPECT_THAT(trap.messages().front(), testing::Not(HasSubstr("hunter2")));
 }
 
+TEST_F(ADeviceManager, TheCauseOfABrokenSnippetIsLogged) {
+    LogTrap trap;
+    const std::string real = faultOf([&] { manager.createDevice(L"<Device type='PJLink'/>", true, L""); });
+    const std::string simulated = faultOf([&] { createVirtual(L"<Device"); });
+    EXPECT_THAT(trap.messages(),
+                testing::ElementsAre("ERROR createDevice: " + real, "ERROR createDevice: " + simulated));
+}
+
 TEST_F(ADeviceManager, BrokenSnippetsThrowAndLeaveNothing) {
+    const LogTrap trap;
     EXPECT_THAT(faultOf([&] { manager.createDevice(L"", true, L""); }), HasSubstr("the entry names no device"));
     EXPECT_THAT(faultOf([&] { manager.createDevice(L"<Device", true, L""); }), StartsWith("Device snippet "));
     EXPECT_THAT(faultOf([&] { createVirtual(L"<Device"); }), StartsWith("Device snippet "));
@@ -112,6 +121,7 @@ TEST_F(ADeviceManager, BrokenSnippetsThrowAndLeaveNothing) {
 }
 
 TEST_F(ADeviceManager, TypesThatContradictThrow) {
+    const LogTrap trap;
     EXPECT_EQ(faultOf([&] { manager.createDevice(snippetText(1), true, VIRTUAL); }),
               "Device type \"VirtualProjector\": the type of a real device is PJLink");
     EXPECT_EQ(faultOf([&] { manager.createDevice(wrapped(L""), false, L"PJLink"); }),
