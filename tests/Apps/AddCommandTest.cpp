@@ -145,6 +145,14 @@ TEST_F(TheAddCommand, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
                   "command GetNativeResolution: RRES ?: the projector reports a failure of its own (ERR4)\n");
 }
 
+TEST_F(TheAddCommand, AFullDiskIsReportedAndExitsWithFour) {
+    const PjlinkSimulator simulator({"--mac", mac(1)});
+    const ProgramRun run = runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " add " + file + " " + at(simulator) +
+                                                            " --timeout " + IMPATIENT + " > /dev/full"});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
+}
+
 TEST_F(TheAddCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
     folder.write("display.xml", "<Display");
     EXPECT_EQ(add({"192.0.2.1"}).exitCode, 3);
