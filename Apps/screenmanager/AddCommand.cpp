@@ -50,5 +50,5 @@ int AddCommand::run(const Options& options) {
         return EXIT_OUTPUT;
     }
     printAdded(added);
-    return std::cout.flush() ? EXIT_ALL_RIGHT : EXIT_OUTPUT;
+    return finishOutput();
 }

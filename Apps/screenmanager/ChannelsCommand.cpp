@@ -38,6 +38,9 @@ int list(XMLConfigFile& config, const ChannelsCommand::Options& options) {
     if (reportNone(run.findings(), options.file)) {
         return EXIT_INCOMPLETE;
     }
+    if (reportConflicts(run.findings())) {
+        return EXIT_INPUT;
+    }
     const bool replace = options.offline && !run.complete();
     const bool channels = replace || run.complete();
     if (channels) {

@@ -86,10 +86,20 @@ MacAddress readMac(const std::string& text) {
     return *mac;
 }
 
+/// Throws the error of CLI11 when another MAC address was stated already: as PROJECTOR or with --mac.
+void setMac(const MacAddress& mac, Veltrani::DisplayReport::ProjectorAddition::Target& target) {
+    if (target.mac && *target.mac != mac) {
+        throw CLI::ValidationError("--mac", "PROJECTOR and --mac state different MAC addresses, " +
+                                                Veltrani::toUtf8(target.mac->text()) + " and " +
+                                                Veltrani::toUtf8(mac.text()));
+    }
+    target.mac = mac;
+}
+
 /// Throws the error of CLI11 for what is neither an address nor a MAC address.
 void readTarget(const std::string& text, Veltrani::DisplayReport::ProjectorAddition::Target& target) {
     if (const auto mac = MacAddress::parse(Veltrani::fromUtf8(text))) {
-        target.mac = mac;
+        setMac(*mac, target);
         return;
     }
     target.address = ProjectorAddress::parse(text);
@@ -190,7 +200,7 @@ void CommandLine::addAdd() {
         ->type_name("ADDRESS|MAC");
     m_add
         ->add_option_function<std::string>(
-            "--mac", [this](const std::string& text) { m_addOptions.target.mac = readMac(text); },
+            "--mac", [this](const std::string& text) { setMac(readMac(text), m_addOptions.target); },
             "MAC address of the projector at ADDRESS, for one that does not tell it")
         ->type_name("MAC");
     m_add

@@ -4,9 +4,12 @@
 #include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "ProgressMeter.h"
+#include "ProjectorReport.h"
 
 #include <chrono>
+#include <exception>
 #include <iostream>
+#include <vector>
 
 using Veltrani::DisplayReport::DiscoveredProjector;
 using Veltrani::DisplayReport::ProjectorDiscovery;
@@ -18,9 +21,16 @@ int DiscoverCommand::run(const DeviceOptions& options) {
         std::cerr << "searching for " << seconds << " s\n";
     }
     ProgressMeter progress(options.talkative(), "asking projectors");
-    const auto found = ProjectorDiscovery(settings, [&progress](std::size_t done, std::size_t total) {
-                           progress.update(done, total);
-                       }).run();
+    std::vector<DiscoveredProjector> found;
+    try {
+        found = ProjectorDiscovery(settings, [&progress](std::size_t done, std::size_t total) {
+                    progress.update(done, total);
+                }).run();
+    } catch (...) {
+        progress.end();
+        reportDeviceFailure("discover", std::current_exception());
+        return EXIT_INCOMPLETE;
+    }
     progress.end();
     if (found.empty()) {
         std::cerr << "error: no projector answered; projectors of PJLink class 1 never do: use their address\n";

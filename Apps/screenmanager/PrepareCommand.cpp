@@ -34,18 +34,22 @@ const State& stateNamed(const std::string& name) {
     return *std::find_if(STATES.begin(), STATES.end() - 1, [&](const State& state) { return name == state.name; });
 }
 
-/// What reached the projectors before a fault: they keep it until somebody changes it.
+/// What reached the projectors before a fault: they keep it until somebody changes it. A command that failed may have
+/// been carried out all the same, when only its answer was lost.
 void reportSent(const ProjectorRun& run, const std::string& file) {
     std::string text;
     for (const CommandRecord& record : run.records()) {
         text += "  " + std::string(record.failed ? "failed: " : "sent: ") + record.command + " to channel " +
-                printable(run.nameOf(record.uid)) + '\n';
+                printable(run.nameOf(record.uid));
+        text += run.isSimulated(record.uid) ? " (simulated)" : "";
+        text += record.failed ? "; it may have taken effect there\n" : "\n";
     }
-    const bool changed = std::any_of(run.records().begin(), run.records().end(),
-                                     [](const CommandRecord& record) { return !record.failed; });
-    text += changed ? "  what was sent stays in effect; undo it with: screenmanager prepare " + file + " clear\n"
-                    : "  nothing was sent before\n";
-    std::cerr << text;
+    const bool changed = std::any_of(run.records().begin(), run.records().end(), [&](const CommandRecord& record) {
+        return !record.failed && !run.isSimulated(record.uid);
+    });
+    text += changed ? "  what was sent stays in effect" : "  no other projector was sent anything";
+    std::cerr << text + "; undo it with: screenmanager prepare " + shellWord(file) +
+                     " clear\n  (with --offline when a projector does not answer any more)\n";
 }
 
 void printSummary(ProjectorRun& run, const State& state) {
@@ -90,6 +94,9 @@ int prepare(XMLConfigFile& config, const State& state, const PrepareCommand::Opt
     if (reportNone(run.findings(), options.file)) {
         return EXIT_INCOMPLETE;
     }
+    if (reportConflicts(run.findings())) {
+        return EXIT_INPUT;
+    }
     const bool replace = options.offline && !run.complete();
     if (!replace || options.devices.talkative()) {
         reportUnusable(run.findings(), replace);
@@ -108,7 +115,7 @@ int prepare(XMLConfigFile& config, const State& state, const PrepareCommand::Opt
         return EXIT_INCOMPLETE;
     }
     printSummary(run, state);
-    return std::cout.flush() ? EXIT_ALL_RIGHT : EXIT_OUTPUT;
+    return finishOutput();
 }
 
 }  // namespace

@@ -16,3 +16,13 @@ bool reportNone(const std::vector<Veltrani::DisplayReport::ProjectorFinding>& fi
 /// Tells on standard error what went wrong with projectors or their entries, in one line: "error: SUBJECT: message".
 /// Unlike `reportFailure` without the place in the source: it is no fault of the program.
 void reportDeviceFailure(const std::string& subject, const std::exception_ptr& exception);
+
+/// Says which entries contradict each other, if any do. True then: no channels can be made of them.
+bool reportConflicts(const std::vector<Veltrani::DisplayReport::ProjectorFinding>& findings);
+
+/// A text as one word of a command line that a user can copy.
+std::string shellWord(const std::string& text);
+
+/// The exit code of a command that has printed everything: that of a fault, which is reported, when standard output
+/// does not take it.
+int finishOutput();

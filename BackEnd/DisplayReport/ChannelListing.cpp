@@ -5,6 +5,7 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceSnippet.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
+#include "DeviceFramework2/PJLinkProjector.h"
 #include "DeviceFramework2/ProjectorAddress.h"
 #include "DisplayReport/ProjectorRun.h"
 #include "DisplayReport/TextTable.h"
@@ -56,13 +57,19 @@ public:
                 return question->getResult();
             }
         } catch (const DeviceException& fault) {
-            m_faults.push_back({"channel " + m_channel, toUtf8(fault.message), {}});
+            if (m_awake || !PJLinkProjector::isNotNow(fault)) {
+                m_faults.push_back({"channel " + m_channel, toUtf8(fault.message), {}});
+            }
         }
         return std::nullopt;
     }
 
+    /// From now on questions that the projector puts off are no faults.
+    void fallAsleep() { m_awake = false; }
+
 private:
     std::string m_channel;
+    bool m_awake = true;
     Device& m_device;
     std::vector<Fault>& m_faults;
 };
@@ -79,6 +86,9 @@ void fill(ChannelLine& line, Device& device, std::vector<Fault>& faults) {
     }
     // A projector that is not on refuses to tell its input, and that is no fault.
     const bool awake = !power || *power == PowerState::ON;
+    if (!awake) {
+        interview.fallAsleep();
+    }
     if (const auto resolution = interview.answer<GetNativeResolution>(); resolution && (*resolution)[0] > 0) {
         line.resolution = textOf(*resolution);
     }

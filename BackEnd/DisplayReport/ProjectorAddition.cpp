@@ -4,6 +4,7 @@
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigFile.h"
+#include "DeviceFramework2/Commands.h"
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DeviceFramework2/DeviceSnippet.h"
@@ -38,6 +39,9 @@ ProjectorAddition::Added ProjectorAddition::add(const Target& target) const {
     const MacAddress mac = target.mac ? *target.mac : macAt(target.address.value());
     requireNew(mac);
     Device* const device = connect(mac, target);
+    if (target.mac && target.address) {
+        requireSame(mac, *target.address, device);
+    }
     ChannelManager channels(&m_config);
     channels.setDeviceManager(&m_devices);
     addChannel(channels, device);
@@ -52,24 +56,48 @@ ProjectorAddition::Added ProjectorAddition::add(const Target& target) const {
 }
 
 /// A question to this one address: the answer to a search is the only one in which a projector tells its MAC address.
-MacAddress ProjectorAddition::macAt(const ProjectorAddress& address) const {
-    const std::wstring place = fromUtf8(address.text());
-    if (!address.isIpv4()) {
-        throw VeltraniException(L"the projector at " + place +
-                                L" cannot be asked for its MAC address over IPv6; state it with --mac");
-    }
+/// Nothing when it does not answer.
+std::optional<MacAddress> ProjectorAddition::askMac(const ProjectorAddress& address) const {
     PjlinkSearchSettings settings = m_devices.settings().search;
     settings.targets = {address.host};
     settings.targetPort = address.port;
     settings.ownPort = PjlinkSearchSettings::ownPortFor(address.port);
     const auto isIt = [&](const PjlinkSearch::Answer& answer) { return answer.host == address.host; };
     const auto answers = PjlinkSearch(settings).run(isIt);
-    if (answers.empty() || !isIt(answers.back())) {
+    return answers.empty() || !isIt(answers.back()) ? std::nullopt : std::optional(answers.back().mac);
+}
+
+/// A MAC address that a user states is compared with what the projector tells, where it can: it does from class 2 on.
+/// One that does not tell is taken at the user's word.
+void ProjectorAddition::requireSame(const MacAddress& mac, const ProjectorAddress& address, Device* device) const {
+    std::optional<MacAddress> told;
+    try {
+        const bool tells = address.isIpv4() && device->supports(GetFirmware());
+        told = tells ? askMac(address) : std::nullopt;
+    } catch (const DeviceException&) {
+        // No search can be made here, for instance because the port is in use: that is what --mac is for.
+        told.reset();
+    }
+    if (told && *told != mac) {
+        m_devices.releaseDevice(device);
+        throw VeltraniException(L"the projector at " + fromUtf8(address.text()) + L" has the MAC address " +
+                                told->text() + L", not " + mac.text() + L"; correct --mac, or leave it out");
+    }
+}
+
+MacAddress ProjectorAddition::macAt(const ProjectorAddress& address) const {
+    const std::wstring place = fromUtf8(address.text());
+    if (!address.isIpv4()) {
+        throw VeltraniException(L"the projector at " + place +
+                                L" cannot be asked for its MAC address over IPv6; state it with --mac");
+    }
+    const auto mac = askMac(address);
+    if (!mac) {
         throw VeltraniException(L"the projector at " + place +
                                 L" does not tell its MAC address; check that it has power and that its network " +
                                 L"control is switched on; if it has PJLink class 1, state the address with --mac");
     }
-    return answers.back().mac;
+    return *mac;
 }
 
 void ProjectorAddition::requireNew(const MacAddress& mac) const {

@@ -42,11 +42,16 @@ public:
     ProjectorAddition(XMLConfigFile& config, DeviceFramework2::DeviceManager& devices)
         : m_config(config), m_devices(devices) {}
 
-    /// Refuses a projector, an address and a name that the configuration has already.
+    /// Refuses a projector, an address and a name that the configuration has already, and a MAC address that is not
+    /// the one that the projector at the address tells.
     Added add(const Target& target) const;
 
 private:
     [[nodiscard]] DeviceFramework2::MacAddress macAt(const DeviceFramework2::ProjectorAddress& address) const;
+    [[nodiscard]] std::optional<DeviceFramework2::MacAddress> askMac(
+        const DeviceFramework2::ProjectorAddress& address) const;
+    void requireSame(const DeviceFramework2::MacAddress& mac, const DeviceFramework2::ProjectorAddress& address,
+                     DeviceFramework2::Device* device) const;
     void requireNew(const DeviceFramework2::MacAddress& mac) const;
     void requireNew(const std::optional<DeviceFramework2::ProjectorAddress>& address) const;
     void requireNewName(const std::wstring& name) const;

@@ -29,6 +29,7 @@ public:
     explicit ProjectorDiscovery(DeviceFramework2::DeviceManager::Settings settings, Progress progress = {});
 
     /// By MAC address. Lasts the duration of the search, and up to the limits of the settings per projector.
+    /// Throws `DeviceException` when there can be no search.
     [[nodiscard]] std::vector<DiscoveredProjector> run() const;
 
     /// As a table.

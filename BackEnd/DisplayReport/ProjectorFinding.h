@@ -19,6 +19,8 @@ struct ProjectorFinding {
     std::string fault;
     /// Belongs to the device manager that was asked, where it is counted once for this finding. Null with a fault.
     DeviceFramework2::Device* device = nullptr;
+    /// False for an entry with the identity of another one: no channel can be made of it, not even a simulated one.
+    bool replaceable = true;
 
     [[nodiscard]] bool usable() const { return fault.empty(); }
 };

@@ -1,6 +1,7 @@
 #include "DisplayReport/ProjectorRun.h"
 
 #include "Common/Utf8.h"
+#include "DeviceFramework2/DeviceTypeManager.h"
 
 #include <algorithm>
 
@@ -32,8 +33,25 @@ std::size_t ProjectorRun::simulatedChannels() {
 }
 
 std::string ProjectorRun::nameOf(const std::wstring& uid) const {
-    const int index = m_channels ? m_channels->getChannelIndexByID(uid) : -1;
+    const int index = indexOfDevice(uid);
     return toUtf8(index < 0 ? uid : m_channels->getChannelInfo(index).getName());
+}
+
+bool ProjectorRun::isSimulated(const std::wstring& uid) const {
+    const int index = indexOfDevice(uid);
+    return index >= 0 && SurveyedDeviceManager::isSimulated(*m_channels->getDeviceRefactor(index));
+}
+
+/// By the devices, not by the entries: a virtual projector without a MAC address has a UID of its own.
+int ProjectorRun::indexOfDevice(const std::wstring& uid) const {
+    const int count = m_channels ? m_channels->getNumberOfChannels() : 0;
+    for (int i = 0; i < count; ++i) {
+        const auto* device = DeviceFramework2::deprecatedDeviceFromAbstractDevice(m_channels->getDeviceRefactor(i));
+        if (device != nullptr && device->getUID() == uid) {
+            return i;
+        }
+    }
+    return -1;
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -47,10 +47,14 @@ public:
     [[nodiscard]] std::size_t simulatedChannels();
     /// Told of each command that is sent from now on.
     void setObserver(RecordedDevice::Recorder observer) { m_devices.setObserver(std::move(observer)); }
-    /// The name of the channel with this projector, UTF-8; the id itself when there is none.
+    /// The name of the channel whose device has this UID, UTF-8; the UID itself when there is none.
     [[nodiscard]] std::string nameOf(const std::wstring& uid) const;
+    /// True when the device with this UID is a virtual projector of a channel.
+    [[nodiscard]] bool isSimulated(const std::wstring& uid) const;
 
 private:
+    [[nodiscard]] int indexOfDevice(const std::wstring& uid) const;
+
     XMLConfigManager& m_config;
     SurveyedDeviceManager m_devices;
     std::unique_ptr<ChannelManager> m_channels;  ///< dies before the devices that it gives back

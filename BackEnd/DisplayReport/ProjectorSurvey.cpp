@@ -8,9 +8,12 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/DeviceTypeManager.h"
+#include "DeviceFramework2/ProjectorAddress.h"
 #include "DisplayReport/TextTable.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace Veltrani::DisplayReport {
@@ -33,7 +36,12 @@ void requirePower(Device& device) {
     if (!device.supports(*question)) {
         return;
     }
-    device.execute(question);
+    try {
+        device.execute(question);
+    } catch (const DeviceException& fault) {
+        throw DeviceException(__FILE__, __LINE__,
+                              fault.message + L"; check that it is on, or leave it out with --offline");
+    }
     switch (question->getResult()) {
         case PowerState::ON:
             return;
@@ -46,14 +54,24 @@ void requirePower(Device& device) {
     }
 }
 
-/// Whether it can be blackened shows in its answer to the question whether it is.
-void requireShutter(Device& device) {
-    if (!device.supports(Device::Drawing::RunFillBlackTo(0))) {
-        fail(device, L"cannot show a black picture");
+/// Whether it can be blackened, and brought back, shows in its answer to the question whether it is black.
+void requireShutter(Device& device, bool black) {
+    const std::wstring remedy = black
+                                    ? L"cannot show a black picture; darken it by hand and leave it out with --offline"
+                                    : L"cannot be told to show its input; switch its picture mute off by hand and "
+                                      L"leave it out with --offline";
+    const bool able =
+        black ? device.supports(Device::Drawing::RunFillBlackTo(0)) : device.supports(Device::Drawing::RunClearTo(0));
+    if (!able) {
+        fail(device, remedy);
     }
     const auto question = std::make_shared<GetPictureMute>();
-    if (device.supports(*question)) {
-        device.execute(question);
+    try {
+        if (device.supports(*question)) {
+            device.execute(question);
+        }
+    } catch (const DeviceException& fault) {
+        throw DeviceException(__FILE__, __LINE__, fault.message + L": it " + remedy);
     }
 }
 
@@ -76,6 +94,38 @@ Device* connect(const std::wstring& snippet, DeviceManager& manager) {
     }
 }
 
+/// Nothing for a snippet that is broken or states no address.
+std::optional<ProjectorAddress> addressOf(const std::wstring& snippet) {
+    try {
+        return ProjectorAddress::of(DeviceSnippet::parse(snippet));
+    } catch (const DeviceException&) {
+        return std::nullopt;
+    }
+}
+
+std::string sameAs(const ProjectorFinding& earlier, const std::string& what) {
+    return printable("it has the same " + what + " as channel " + earlier.name + " (" + toUtf8(earlier.id) +
+                     "); correct the Device element of one of the two, or remove one");
+}
+
+/// Two entries that mean one projector; the later one is at fault, and says which the other one is.
+bool isDuplicate(ProjectorFinding& finding, const std::vector<ProjectorFinding>& earlier) {
+    const std::wstring uid = createMACAddressDeviceUIDFromDeviceSnippet(finding.id, finding.snippet);
+    const auto address = addressOf(finding.snippet);
+    for (const ProjectorFinding& other : earlier) {
+        if (uid == createMACAddressDeviceUIDFromDeviceSnippet(other.id, other.snippet)) {
+            finding.fault = sameAs(other, "MAC address " + toUtf8(uid));
+            finding.replaceable = false;
+            return true;
+        }
+        if (address && addressOf(other.snippet) == address) {
+            finding.fault = sameAs(other, "address " + address->text());
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 ProjectorSurvey::ProjectorSurvey(ProjectorNeed need, Progress progress)
@@ -89,7 +139,11 @@ std::vector<ProjectorFinding> ProjectorSurvey::run(const XMLConfigManager& confi
             m_progress(i, ids.size());
         }
         if (const ProjectorConfig* entry = config.getProjectorConfig(ids[i])) {
-            findings.push_back(ask(ids[i], *entry, manager));
+            ProjectorFinding finding{ids[i], entry->getDeviceSnippet(), toUtf8(entry->getName()), {}, nullptr};
+            if (!isDuplicate(finding, findings)) {
+                ask(finding, manager);
+            }
+            findings.push_back(std::move(finding));
         }
     }
     if (m_progress) {
@@ -98,9 +152,7 @@ std::vector<ProjectorFinding> ProjectorSurvey::run(const XMLConfigManager& confi
     return findings;
 }
 
-ProjectorFinding ProjectorSurvey::ask(const std::wstring& id, const ProjectorConfig& entry,
-                                      DeviceManager& manager) const {
-    ProjectorFinding finding{id, entry.getDeviceSnippet(), toUtf8(entry.getName()), {}, nullptr};
+void ProjectorSurvey::ask(ProjectorFinding& finding, DeviceManager& manager) const {
     try {
         requireSnippet(finding.snippet);
         finding.device = connect(finding.snippet, manager);
@@ -110,7 +162,6 @@ ProjectorFinding ProjectorSurvey::ask(const std::wstring& id, const ProjectorCon
         manager.releaseDevice(finding.device);
         finding.device = nullptr;
     }
-    return finding;
 }
 
 void ProjectorSurvey::requireNeed(Device& device) const {
@@ -119,7 +170,7 @@ void ProjectorSurvey::requireNeed(Device& device) const {
     }
     requirePower(device);
     if (m_need != ProjectorNeed::GRAY50) {
-        requireShutter(device);
+        requireShutter(device, m_need == ProjectorNeed::BLACK);
     } else if (!device.supports(Device::Drawing::RunFill50GrayTo(0))) {
         fail(device, L"cannot show a grey picture by itself; show one through its input");
     }

@@ -35,13 +35,14 @@ public:
 
     explicit ProjectorSurvey(ProjectorNeed need, Progress progress = {});
 
-    /// One finding per entry, in configuration order. Takes up to the limits of the manager's settings for each.
+    /// One finding per entry, in configuration order. An entry with the identity or the address of an earlier one is
+    /// not asked: whatever is there is the other's projector. Takes up to the limits of the manager's settings for
+    /// each.
     [[nodiscard]] std::vector<ProjectorFinding> run(const XMLConfigManager& config,
                                                     DeviceFramework2::DeviceManager& manager) const;
 
 private:
-    [[nodiscard]] ProjectorFinding ask(const std::wstring& id, const ProjectorConfig& entry,
-                                       DeviceFramework2::DeviceManager& manager) const;
+    void ask(ProjectorFinding& finding, DeviceFramework2::DeviceManager& manager) const;
     void requireNeed(DeviceFramework2::Device& device) const;
 
     ProjectorNeed m_need;

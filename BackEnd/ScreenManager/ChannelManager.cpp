@@ -12,6 +12,7 @@
 #include "ScreenManager/detail/DeviceQuestion.h"
 #include "ScreenManager/detail/ProjectorBinding.h"
 #include "ScreenManager/detail/ProjectorPreparation.h"
+#include "ScreenManager/detail/ReleaseOnFault.h"
 
 #include <algorithm>
 #include <exception>
@@ -361,17 +362,16 @@ void ChannelManager::initializeChannel(const std::wstring& id, const ProjectorBi
     if (entry == nullptr) {
         throw ChannelInitializationException(id);
     }
-    const auto [device, uid] = binding.bind(id, *entry);
-    if (isAtThePlaceOfAChannel(*device)) {
-        releaseDevice(device);
+    const ProjectorBinding::Result bound = binding.bind(id, *entry);
+    if (releaseOnFault(*m_deviceManager, bound.device, [&] { return isAtThePlaceOfAChannel(*bound.device); })) {
+        releaseDevice(bound.device);
         VELTRANI_LOG(log, Error,
                      id + L" is being associated with a duplicate device. Possibly IP addresses were remapped between "
                           L"projectors already in the configuration.");
-        throw ChannelSwapException(entry->getSectionID(), uid);
+        throw ChannelSwapException(entry->getSectionID(), bound.uid);
     }
-    // A virtual projector whose snippet holds no identity is found under the id of its entry only.
-    m_deviceManager->bindDevice(device, uid);
-    appendChannel(*entry, uid);
+    binding.claim(id, *entry, bound);
+    releaseOnFault(*m_deviceManager, bound.device, [&] { appendChannel(*entry, bound.uid); });
 }
 
 /// Every channel is looked at, whether the new device has a place or not: one without a device is a fault of its own.

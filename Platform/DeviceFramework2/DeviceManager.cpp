@@ -39,7 +39,15 @@ struct DeviceManager::Entry {
     std::unique_ptr<Device> device;
     bool real = false;
     int count = 1;
+    bool anonymous = false;  ///< the UID is made up, and may be the id of somebody's entry
     std::wstring boundId{};  ///< empty until the device is bound
+
+    [[nodiscard]] bool isCalled(const std::wstring& id) const {
+        if (!boundId.empty() && boundId == id) {
+            return true;
+        }
+        return (!anonymous || boundId.empty()) && device->getUID() == id;
+    }
 };
 
 IDeviceManager* DeviceManager::getInstance() {
@@ -66,8 +74,14 @@ AbstractDevice* DeviceManager::getDevice(const std::wstring& configurationId) {
 }
 
 Device* DeviceManager::createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) {
-    requireType(realDevice, typeName);
-    return realDevice ? createReal(snippet) : createVirtual(snippet);
+    try {
+        requireType(realDevice, typeName);
+        return realDevice ? createReal(snippet) : createVirtual(snippet);
+    } catch (const DeviceException& fault) {
+        // Callers tell their users which entry failed, not why.
+        VELTRANI_LOG(LOGGER, Error, L"createDevice: " + fault.message);
+        throw;
+    }
 }
 
 void DeviceManager::releaseDevice(AbstractDevice* device) {
@@ -106,7 +120,7 @@ int DeviceManager::useCount(const AbstractDevice* device) const {
 
 DeviceManager::Entry* DeviceManager::findId(const std::wstring& id) const {
     for (const auto& entry : m_entries) {
-        if (entry->device->getUID() == id || (!entry->boundId.empty() && entry->boundId == id)) {
+        if (entry->isCalled(id)) {
             return entry.get();
         }
     }
@@ -154,7 +168,9 @@ Device* DeviceManager::createVirtual(const std::wstring& text) {
     if (Entry* known = mac ? findId(mac->uid()) : nullptr) {
         return countAgain(*known, false);
     }
-    return add(std::make_unique<VirtualProjector>(snippet, mac ? mac->uid() : freshUid()), false);
+    Device* const device = add(std::make_unique<VirtualProjector>(snippet, mac ? mac->uid() : freshUid()), false);
+    m_entries.back()->anonymous = !mac;
+    return device;
 }
 
 Device* DeviceManager::countAgain(Entry& entry, bool realDevice) {

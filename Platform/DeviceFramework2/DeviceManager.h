@@ -36,12 +36,13 @@ public:
 
     [[nodiscard]] const Settings& settings() const { return m_settings; }
 
-    /// By the UID under which it was created, or by the id that it was bound to.
+    /// By the UID under which it was created, or by the id that it was bound to. A virtual projector without a MAC
+    /// address has a made-up UID, which may be an entry's id: once it is bound, it is found by that id alone.
     AbstractDevice* getDevice(const std::wstring& configurationId) override;
 
     /// A device whose UID is already known is counted once more and answered, whatever its kind; a warning tells when
-    /// it is not of the kind that was asked for. Throws `DeviceException` for a broken snippet and for a type that
-    /// does not exist or contradicts `realDevice` or the snippet.
+    /// it is not of the kind that was asked for. Throws `DeviceException`, with the cause in the log too, for a broken
+    /// snippet and for a type that does not exist or contradicts `realDevice` or the snippet.
     Device* createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) override;
 
     /// As `createDevice` for a real device, but says in a `DeviceException` why it does not answer, and logs nothing.

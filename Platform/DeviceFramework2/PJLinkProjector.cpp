@@ -154,6 +154,10 @@ void PJLinkProjector::contact() {
     }
 }
 
+bool PJLinkProjector::isNotNow(const DeviceException& fault) {
+    return fault.message.ends_with(PjlinkReply::describe(Outcome::NOT_NOW));
+}
+
 bool PJLinkProjector::supports(const Command& command) const {
     const Action* action = actionFor(command);
     return action != nullptr && action->inSession != nullptr && m_class >= action->leastClass;

@@ -2,6 +2,7 @@
 
 #include "DeviceFramework2/Commands.h"
 #include "DeviceFramework2/Device.h"
+#include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceSnippet.h"
 #include "DeviceFramework2/PjlinkSettings.h"
 
@@ -43,6 +44,9 @@ public:
     /// Connects, logs in and asks for the class. Throws `DeviceException` when the projector does not answer; until
     /// this has succeeded it is taken for class 1.
     void contact();
+
+    /// True for the fault of a command that the projector put off because it is not on ("unavailable at this time").
+    [[nodiscard]] static bool isNotNow(const DeviceException& fault);
 
     [[nodiscard]] bool supports(const Command& command) const override;
     void execute(const std::shared_ptr<Command>& command) override;

@@ -2,11 +2,13 @@
 
 #include "Common/Utf8.h"
 #include "DeviceFramework2/DeviceException.h"
+#include "DeviceFramework2/MacAddress.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <sstream>
@@ -80,25 +82,55 @@ private:
     int m_descriptor;
 };
 
+constexpr const char* BLANKS = " \t\r";
+constexpr const char* EVERY_OTHER = "*";
+
+std::string trimmed(const std::string& text) {
+    const std::size_t begin = text.find_first_not_of(BLANKS);
+    return begin == std::string::npos ? std::string() : text.substr(begin, text.find_last_not_of(BLANKS) + 1 - begin);
+}
+
+/// One line of the file: whose password, a UID or EVERY_OTHER, and the password.
+struct PasswordLine {
+    std::string name;
+    std::string password;
+
+    /// Nothing when it cannot be read.
+    static std::optional<PasswordLine> parse(const std::string& line) {
+        const std::size_t nameEnd = std::min(line.find_first_of(BLANKS), line.size());
+        const std::string name = line.substr(0, nameEnd);
+        const std::string password = trimmed(line.substr(nameEnd));
+        const auto mac = MacAddress::parse(fromUtf8(name));
+        if (password.empty() || (!mac && name != EVERY_OTHER)) {
+            return std::nullopt;
+        }
+        return PasswordLine{mac ? toUtf8(mac->uid()) : name, password};
+    }
+};
+
 std::optional<std::string> findInFile(const std::string& path, const std::string& uid) {
-    constexpr const char* BLANKS = " \t";
     const PasswordFile file(path);
     file.requirePrivate();
     std::istringstream lines(file.read());
     std::optional<std::string> forAll;
-    for (std::string line; std::getline(lines, line);) {
-        line.erase(line.find_last_not_of("\r") + 1);
-        const std::size_t nameEnd = line.find_first_of(BLANKS);
-        const std::size_t begin = line.find_first_not_of(BLANKS, nameEnd);
-        if (line.starts_with('#') || nameEnd == std::string::npos || begin == std::string::npos) {
+    int number = 0;
+    for (std::string text; std::getline(lines, text);) {
+        ++number;
+        const std::string line = trimmed(text);
+        if (line.empty() || line.starts_with('#')) {
             continue;
         }
-        const std::string name = line.substr(0, nameEnd);
-        if (name == uid) {
-            return line.substr(begin);
+        const auto known = PasswordLine::parse(line);
+        if (!known) {
+            // By its number only: whatever it holds may be a password.
+            fail(path, L"line " + std::to_wstring(number) +
+                           L" cannot be read: a MAC address or *, blanks and the password are expected");
         }
-        if (name == "*") {
-            forAll = line.substr(begin);
+        if (known->name == uid) {
+            return known->password;
+        }
+        if (known->name == EVERY_OTHER) {
+            forAll = known->password;
         }
     }
     return forAll;

@@ -9,9 +9,10 @@ namespace Veltrani::DeviceFramework2 {
 ///
 /// Asked in this order; the first that knows the projector counts:
 ///
-/// 1. the file that the environment variable `fileVariable` names: one projector per line, its UID (twelve hex digits,
-///    or `*` for all others), blanks, the password; lines that begin with `#` are comments. Nobody but the user (or
-///    the administrator) may own it, and nobody else may have any right to it.
+/// 1. the file that the environment variable `fileVariable` names: one projector per line, its MAC address
+///    (plain or in pairs, in either case; or `*` for all others), blanks, the password; blanks around a line do not
+///    count, empty lines and those that begin with `#` neither. Nobody but the user (or the administrator) may own it,
+///    and nobody else may have any right to it.
 /// 2. the environment variable `variable` + "_" + UID;
 /// 3. the environment variable `variable`.
 ///
@@ -21,7 +22,7 @@ struct PasswordSource {
     std::string fileVariable = "SCREENMANAGER_PJLINK_PASSWORD_FILE";
 
     /// Throws `DeviceException`, naming the file and the remedy but nothing of its content, for a file that cannot be
-    /// used; it is not passed over silently.
+    /// used or has a line that cannot be read, which is named by its number; nothing is passed over silently.
     [[nodiscard]] std::optional<std::string> find(const std::wstring& uid) const;
 
     /// How a user can provide one, for messages.

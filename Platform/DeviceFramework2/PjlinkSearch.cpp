@@ -46,7 +46,9 @@ public:
     }
 
     /// An address that cannot be asked is logged; the others still can.
-    void request(const std::vector<std::string>& targets) const {
+    /// @return how many were asked
+    std::size_t request(const std::vector<std::string>& targets) const {
+        std::size_t asked = 0;
         for (const std::string& target : targets) {
             const auto peer = Endpoint::parse(target, m_settings.targetPort);
             const bool usable = peer && peer->family() == AF_INET;
@@ -54,8 +56,11 @@ public:
                                     peer->address(), peer->size()) < 0) {
                 const std::wstring cause = usable ? Socket::reason(errno) : L"not an IPv4 address";
                 VELTRANI_LOG(LOGGER, Warn, L"search: " + fromUtf8OrBytes(target) + L" cannot be asked: " + cause);
+                continue;
             }
+            ++asked;
         }
+        return asked;
     }
 
     /// The next new answer; nothing when the time is over first. The deadline is looked at for every datagram, so that
@@ -101,7 +106,9 @@ std::vector<PjlinkSearch::Answer> PjlinkSearch::run(const std::function<bool(con
         const Deadline end(m_settings.duration);
         for (int sent = 1; !end.expired(); ++sent) {
             const bool last = sent >= m_settings.requests;
-            hearing.request(targets);
+            if (hearing.request(targets) == 0 && sent == 1) {
+                throw DeviceException(__FILE__, __LINE__, L"no network can be asked");
+            }
             const Deadline pause(last ? end.remaining() : std::min(m_settings.interval, end.remaining()));
             while (auto answer = hearing.next(pause)) {
                 answers.push_back(*answer);
@@ -114,8 +121,9 @@ std::vector<PjlinkSearch::Answer> PjlinkSearch::run(const std::function<bool(con
             }
         }
     } catch (const DeviceException& fault) {
-        VELTRANI_LOG(LOGGER, Warn,
-                     L"No search for projectors: " + fault.message + L". Give the address of each projector instead");
+        throw DeviceException(
+            __FILE__, __LINE__,
+            L"No search for projectors: " + fault.message + L". Give the address of each projector instead");
     }
     return answers;
 }

@@ -44,9 +44,9 @@ public:
     explicit PjlinkSearch(PjlinkSearchSettings settings) : m_settings(std::move(settings)) {}
 
     /// Collects answers, each MAC address once, in order of arrival, for the time given or until `enough` says true
-    /// to one. Requests of others, our own echo and junk are passed over. When no socket can be had, for instance
-    /// because another program holds the port, that is a warning in the log and an empty list. Never throws
-    /// `DeviceException`.
+    /// to one. Requests of others, our own echo and junk are passed over. An address that cannot be asked is a warning
+    /// in the log. Throws `DeviceException`, naming the cause and the remedy, when there is no search at all: without a
+    /// socket, for instance because another program holds the port, and when no address can be asked.
     [[nodiscard]] std::vector<Answer> run(const std::function<bool(const Answer&)>& enough = {}) const;
 
 private:

@@ -85,6 +85,15 @@ TEST_F(TheAddCommand, ByBothAddressesSearchesForNothing) {
     EXPECT_THAT(folder.read("display.xml"), Not(HasSubstr("Resolution")));
 }
 
+TEST_F(TheAddCommand, AMacAddressThatTheProjectorContradictsIsRefused) {
+    const PjlinkSimulator simulator({"--mac", mac(1)});
+    expectRefusal(
+        add({at(simulator), "--mac", mac(2)}), folder.read("display.xml"),
+        "the projector at " + at(simulator) +
+            " has the MAC address 02:00:00:00:00:01, not 02:00:00:00:00:02; correct --mac, or leave it out\n");
+    EXPECT_EQ(add({at(simulator), "--mac", mac(1)}).exitCode, 0);
+}
+
 TEST_F(TheAddCommand, AProjectorThatDoesNotTellItsMacAddressNeedsTheOption) {
     const PjlinkSimulator simulator;
     const std::string before = folder.read("display.xml");
@@ -143,6 +152,14 @@ TEST_F(TheAddCommand, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
     const PjlinkSimulator simulator({"--mac", mac(1), "--answer", "RRES=ERR4"});
     expectRefusal(add({at(simulator)}), folder.read("display.xml"),
                   "command GetNativeResolution: RRES ?: the projector reports a failure of its own (ERR4)\n");
+}
+
+TEST_F(TheAddCommand, AFullDiskIsReportedAndExitsWithFour) {
+    const PjlinkSimulator simulator({"--mac", mac(1)});
+    const ProgramRun run = runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " add " + file + " " + at(simulator) +
+                                                            " --timeout " + IMPATIENT + " > /dev/full"});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
 }
 
 TEST_F(TheAddCommand, AConfigurationThatCannotBeUsedExitsWithThree) {

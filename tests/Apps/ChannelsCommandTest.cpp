@@ -163,10 +163,22 @@ TEST_F(TheChannelsCommand, ABrokenSnippetIsNamedAndCanBeReplaced) {
 
 TEST_F(TheChannelsCommand, TwoEntriesWithOneProjectorCannotBeUsed) {
     const PjlinkSimulator there;
-    const ProgramRun run = channels(twoProjectors(there.port(), there.port()), {"--timeout", PATIENT});
-    EXPECT_EQ(run.exitCode, 3);
-    EXPECT_THAT(run.errors, HasSubstr("S-R"));
-    EXPECT_EQ(run.output, "");
+    const std::string remedy = " as channel Left (L); correct the Device element of one of the two, or remove one";
+    const std::string two = twoProjectors(there.port(), there.port());
+    const ProgramRun sameAddress = channels(two, {"--timeout", PATIENT});
+    EXPECT_EQ(sameAddress.exitCode, 1);
+    EXPECT_EQ(sameAddress.errors, "error: channel Right (R): it has the same address 127.0.0.1:" +
+                                      std::to_string(there.port()) + remedy + '\n');
+    const ProgramRun replaced = channels(two, {"--offline", "--timeout", PATIENT});
+    EXPECT_EQ(replaced.exitCode, 0);
+    EXPECT_THAT(replaced.errors, HasSubstr(remedy + "; a virtual projector stands in\n"));
+
+    const std::string one = snippet(there.port(), 1);
+    const ProgramRun sameMac =
+        channels(display(entry("L", "Left", one) + entry("R", "Right", one)), {"--offline", "--timeout", PATIENT});
+    EXPECT_EQ(sameMac.exitCode, 3);
+    EXPECT_EQ(sameMac.errors, "error: channel Right (R): it has the same MAC address 020000000001" + remedy + '\n');
+    EXPECT_EQ(sameMac.output, "");
 }
 
 TEST_F(TheChannelsCommand, NamesOfEveryScriptWorkInTheCLocale) {

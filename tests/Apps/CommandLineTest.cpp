@@ -77,6 +77,8 @@ TEST(CommandLine, ProjectorsAndStatesAreChecked) {
         {{"add", "a.xml", "projector.example"}, "\"projector.example\" is neither an IP address"},
         {{"add", "a.xml", "00:00:00:00:00:00"}, "nor a MAC address"},
         {{"add", "a.xml", "192.0.2.1", "--mac", "02:00"}, "\"02:00\" is not a MAC address"},
+        {{"add", "a.xml", "020000000001", "--mac", "02:00:00:00:00:02"}, "state different MAC addresses"},
+        {{"add", "--mac", "02:00:00:00:00:02", "a.xml", "020000000001"}, "state different MAC addresses"},
         {{"add", "a.xml", "192.0.2.1", "--name", "\xff"}, "a name has at least one character"},
     });
 }

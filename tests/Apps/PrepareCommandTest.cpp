@@ -161,18 +161,44 @@ TEST_F(ThePrepareCommand, AFaultWhileSendingNamesWhatWasSentAndTheUndoing) {
                               ": PJLink projector 020000000002 at 127.0.0.1:" + std::to_string(right.port()) +
                               ", command RunFillBlackTo: AVMT 11: the projector reports a failure of its own (ERR4)\n"
                               "  sent: RunFillBlackTo to channel Left\n"
-                              "  failed: RunFillBlackTo to channel Right\n"
+                              "  failed: RunFillBlackTo to channel Right; it may have taken effect there\n"
                               "  what was sent stays in effect; undo it with: screenmanager prepare " +
-                              file + " clear\n");
+                              file + " clear\n  (with --offline when a projector does not answer any more)\n");
     EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
 }
 
-TEST_F(ThePrepareCommand, AFaultAtTheFirstProjectorSaysThatNothingWasSent) {
+TEST_F(ThePrepareCommand, WhatSimulatedProjectorsWereSentIsMarkedAndIsNoChange) {
+    const PjlinkSimulator right({"--answer", "AVMT 11=ERR4"});
+    const std::string file =
+        folder.write("my display's.xml", display(entry("virtual-2", "Left", "") + entry("A", "Upper", "") +
+                                                 entry("R", "Right", snippet(right.port(), 2))));
+    const ProgramRun run = runScreenManager({"prepare", file, "black", "--offline", "--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 1);
+    const std::string quoted = "'" + file.substr(0, file.size() - 6) + "'\\''s.xml'";
+    EXPECT_THAT(run.errors, HasSubstr("  sent: RunFillBlackTo to channel Left (simulated)\n"
+                                      "  sent: RunFillBlackTo to channel Upper (simulated)\n"
+                                      "  failed: RunFillBlackTo to channel Right; it may have taken effect there\n"
+                                      "  no other projector was sent anything; undo it with: screenmanager prepare " +
+                                      quoted + " clear\n"));
+}
+
+TEST_F(ThePrepareCommand, AFullDiskIsReportedAndExitsWithFour) {
+    const PjlinkSimulator left;
+    const PjlinkSimulator right;
+    const std::string file = folder.write("display.xml", twoProjectors(left.port(), right.port()));
+    const ProgramRun run = runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " prepare " + file +
+                                                            " black --timeout " + PATIENT + " > /dev/full"});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
+}
+
+TEST_F(ThePrepareCommand, AFaultAtTheFirstProjectorSaysThatNoOtherWasSentAnything) {
     const PjlinkSimulator left({"--answer", "AVMT 10=ERR3"});
     const PjlinkSimulator right;
     const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "clear");
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.errors, HasSubstr("  failed: RunClearTo to channel Left\n  nothing was sent before\n"));
+    EXPECT_THAT(run.errors, HasSubstr("  failed: RunClearTo to channel Left; it may have taken effect there\n"
+                                      "  no other projector was sent anything; "));
     EXPECT_THAT(orders(right), IsEmpty());
 }
 
@@ -192,15 +218,21 @@ TEST_F(ThePrepareCommand, AProjectorThatDiesBetweenTwoCommandsEndsTheRun) {
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.errors, HasSubstr("command RunFillBlackTo: no connection: Connection refused\n"
                                       "  sent: RunFillBlackTo to channel Left\n"
-                                      "  failed: RunFillBlackTo to channel Right\n"));
+                                      "  failed: RunFillBlackTo to channel Right; it may have taken effect there\n"));
     EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
 }
 
 TEST_F(ThePrepareCommand, TwoEntriesWithOneProjectorCannotBeUsedAndNothingIsSent) {
     const PjlinkSimulator there;
     const std::string one = snippet(there.port(), 1);
-    const ProgramRun run = prepare(display(entry("L", "Left", one) + entry("R", "Right", one)), "black");
-    EXPECT_EQ(run.exitCode, 3);
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--timeout", PATIENT}, {"--offline", "--timeout", PATIENT}}) {
+        const ProgramRun run = prepare(display(entry("L", "Left", one) + entry("R", "Right", one)), "black", options);
+        EXPECT_EQ(run.exitCode, 3);
+        EXPECT_EQ(run.errors,
+                  "error: channel Right (R): it has the same MAC address 020000000001 as channel Left (L); "
+                  "correct the Device element of one of the two, or remove one\n");
+    }
     EXPECT_THAT(orders(there), IsEmpty());
 }
 

@@ -102,7 +102,16 @@ TEST_F(ADeviceManager, ARefusedPasswordIsNullAndIsNotLogged) {
     EXPECT_THAT(trap.messages().front(), testing::Not(HasSubstr("hunter2")));
 }
 
+TEST_F(ADeviceManager, TheCauseOfABrokenSnippetIsLogged) {
+    LogTrap trap;
+    const std::string real = faultOf([&] { manager.createDevice(L"<Device type='PJLink'/>", true, L""); });
+    const std::string simulated = faultOf([&] { createVirtual(L"<Device"); });
+    EXPECT_THAT(trap.messages(),
+                testing::ElementsAre("ERROR createDevice: " + real, "ERROR createDevice: " + simulated));
+}
+
 TEST_F(ADeviceManager, BrokenSnippetsThrowAndLeaveNothing) {
+    const LogTrap trap;
     EXPECT_THAT(faultOf([&] { manager.createDevice(L"", true, L""); }), HasSubstr("the entry names no device"));
     EXPECT_THAT(faultOf([&] { manager.createDevice(L"<Device", true, L""); }), StartsWith("Device snippet "));
     EXPECT_THAT(faultOf([&] { createVirtual(L"<Device"); }), StartsWith("Device snippet "));
@@ -112,6 +121,7 @@ TEST_F(ADeviceManager, BrokenSnippetsThrowAndLeaveNothing) {
 }
 
 TEST_F(ADeviceManager, TypesThatContradictThrow) {
+    const LogTrap trap;
     EXPECT_EQ(faultOf([&] { manager.createDevice(snippetText(1), true, VIRTUAL); }),
               "Device type \"VirtualProjector\": the type of a real device is PJLink");
     EXPECT_EQ(faultOf([&] { manager.createDevice(wrapped(L""), false, L"PJLink"); }),
@@ -166,7 +176,6 @@ TEST_F(ADeviceManager, ADeviceIsFoundUnderTheEntryThatItIsBoundTo) {
     EXPECT_TRUE(manager.bindDevice(first, L"left")) << "again";
     EXPECT_EQ(manager.getDevice(L"left"), first);
     EXPECT_FALSE(manager.bindDevice(second, L"left")) << "taken";
-    EXPECT_FALSE(manager.bindDevice(second, first->getUID())) << "taken";
     EXPECT_FALSE(manager.bindDevice(second, L""));
     EXPECT_FALSE(manager.bindDevice(nullptr, L"right"));
     EXPECT_TRUE(manager.bindDevice(first, L"centre")) << "another entry";
@@ -174,6 +183,19 @@ TEST_F(ADeviceManager, ADeviceIsFoundUnderTheEntryThatItIsBoundTo) {
     EXPECT_EQ(manager.getDevice(L"centre"), first);
     manager.releaseDevice(first);
     EXPECT_EQ(manager.getDevice(L"centre"), nullptr);
+}
+
+TEST_F(ADeviceManager, AMadeUpUidStandsInNobodysWayOnceItsDeviceIsBound) {
+    Device* first = createVirtual(L"");
+    const std::wstring madeUp = first->getUID();
+    ASSERT_TRUE(manager.bindDevice(first, L"left"));
+    Device* second = createVirtual(L"");
+    EXPECT_TRUE(manager.bindDevice(second, madeUp)) << "an entry may have any id";
+    EXPECT_EQ(manager.getDevice(madeUp), second);
+    EXPECT_EQ(manager.getDevice(L"left"), first);
+    Device* real = createVirtual(snippetText(4352));
+    ASSERT_TRUE(manager.bindDevice(real, L"right"));
+    EXPECT_FALSE(manager.bindDevice(second, real->getUID())) << "a MAC address stays taken";
 }
 
 TEST_F(ADeviceManager, TheOtherKindOfAKnownDeviceIsAnsweredWithAWarning) {

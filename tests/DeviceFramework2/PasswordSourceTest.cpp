@@ -49,10 +49,30 @@ TEST_F(APasswordSource, TheVariableOfTheProjectorComesBeforeThatOfAll) {
 TEST_F(APasswordSource, TheFileComesBeforeTheVariables) {
     const Environment all("SM_TEST_PASSWORD", "variable");
     const Environment file("SM_TEST_PASSWORD_FILE",
-                           privateFile("# projectors\n*  any\n020000000001\tone two\r\n020000000003 three\nlonely\n"));
+                           privateFile("# projectors\n*  any\n020000000001\tone two\r\n020000000003 three\n"));
     EXPECT_THAT(source.find(uid), Optional(std::string("one two")));
     EXPECT_THAT(source.find(L"020000000003"), Optional(std::string("three")));
     EXPECT_THAT(source.find(L"020000000009"), Optional(std::string("any")));
+}
+
+TEST_F(APasswordSource, AMacAddressMayBeSpeltAnyWayAndBlanksAroundALineDoNotCount) {
+    const Environment file("SM_TEST_PASSWORD_FILE",
+                           privateFile("\n  # note\n02:00:00:00:00:01 one\n  02-00-00-00-00-0a\ttwo  \n \t\n"
+                                       "02000000000b three and more \t\r\n"));
+    EXPECT_THAT(source.find(uid), Optional(std::string("one")));
+    EXPECT_THAT(source.find(L"02000000000A"), Optional(std::string("two")));
+    EXPECT_THAT(source.find(L"02000000000B"), Optional(std::string("three and more")));
+}
+
+TEST_F(APasswordSource, ALineThatCannotBeReadIsNamedByItsNumberAlone) {
+    for (const std::string line :
+         {"lonely", "hunter2 hunter3", "02:00:00:00:00 hunter2", "020000000001", "*  ", "\xff\xfe hunter2"}) {
+        const std::string path = privateFile("# notes\n020000000009 nine\n" + line + "\n");
+        const Environment file("SM_TEST_PASSWORD_FILE", path);
+        EXPECT_EQ(faultOf([&] { static_cast<void>(source.find(uid)); }),
+                  "password file " + path +
+                      ": line 3 cannot be read: a MAC address or *, blanks and the password are expected");
+    }
 }
 
 TEST_F(APasswordSource, AFileThatDoesNotKnowTheProjectorLeavesItToTheVariables) {

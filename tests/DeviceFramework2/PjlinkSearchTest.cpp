@@ -105,18 +105,26 @@ TEST(PjlinkSearch, AnEchoOfTheOwnRequestIsNoAnswer) {
     EXPECT_THAT(PjlinkSearch(settings).run(), IsEmpty());
 }
 
-TEST(PjlinkSearch, APortInUseIsAWarningWithTheRemedy) {
+TEST(PjlinkSearch, APortInUseIsAFaultWithTheRemedy) {
     const PjlinkSimulator simulator;
-    LogTrap trap;
     PjlinkSearchSettings settings = searchAt(simulator, 60s);
     settings.ownPort = simulator.searchPort();
     const auto before = openDescriptors();
-    EXPECT_THAT(PjlinkSearch(settings).run(), IsEmpty());
+    EXPECT_EQ(faultOf([&] { static_cast<void>(PjlinkSearch(settings).run()); }),
+              "No search for projectors: 127.0.0.1:" + std::to_string(settings.ownPort) +
+                  ": Address already in use. Give the address of each projector instead");
     EXPECT_EQ(openDescriptors(), before);
-    EXPECT_THAT(trap.messages(),
-                ElementsAre("WARN No search for projectors: 127.0.0.1:" + std::to_string(settings.ownPort) +
-                            ": Address already in use. Give the address of each projector instead"));
-    EXPECT_EQ(trap.records().front().logger, "Dravix.DeviceFramework2.PjlinkSearch");
+}
+
+TEST(PjlinkSearch, WithoutAnAddressThatCanBeAskedThereIsNoSearch) {
+    const LogTrap trap;
+    PjlinkSearchSettings settings;
+    settings.ownAddress = "127.0.0.1";
+    settings.ownPort = 0;
+    settings.targets = {"projector.example"};
+    settings.duration = 60s;
+    EXPECT_THAT(faultOf([&] { static_cast<void>(PjlinkSearch(settings).run()); }),
+                HasSubstr("No search for projectors: no network can be asked"));
 }
 
 TEST(PjlinkSearch, ATargetThatCannotBeAskedIsAWarningAndTheOthersAreAsked) {
@@ -129,12 +137,11 @@ TEST(PjlinkSearch, ATargetThatCannotBeAskedIsAWarningAndTheOthersAreAsked) {
     EXPECT_THAT(trap.messages(), ElementsAre("WARN search: projector.example cannot be asked: not an IPv4 address"));
 }
 
-TEST(PjlinkSearch, AnOwnAddressThatIsNoneIsAWarning) {
-    LogTrap trap;
+TEST(PjlinkSearch, AnOwnAddressThatIsNoneIsAFault) {
     PjlinkSearchSettings settings;
     settings.ownAddress = "::1";
-    EXPECT_THAT(PjlinkSearch(settings).run(), IsEmpty());
-    EXPECT_THAT(trap.messages(), ElementsAre(HasSubstr("the own address is not IPv4")));
+    EXPECT_THAT(faultOf([&] { static_cast<void>(PjlinkSearch(settings).run()); }),
+                HasSubstr("the own address is not IPv4"));
 }
 
 }  // namespace

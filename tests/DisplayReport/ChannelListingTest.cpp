@@ -58,6 +58,25 @@ TEST_F(AChannelListing, OfEntriesShowsWhereAMissingOneShouldBe) {
     EXPECT_THAT(listing.faults, IsEmpty()) << "a projector that is not on need not tell its input";
 }
 
+TEST_F(AChannelListing, WhatASleepingProjectorPutsOffIsNoFault) {
+    const PjlinkSimulator asleep({"--power", "0", "--answer", "RRES=ERR3", "--answer", "SVER=ERR3"});
+    const PjlinkSimulator broken({"--power", "0", "--answer", "RRES=ERR3", "--answer", "SVER=ERR4"});
+    const PjlinkSimulator awake({"--answer", "RRES=ERR3"});
+    const auto config = configOf(entry("L", device(asleep.port(), 1)) + entry("M", device(broken.port(), 2)) +
+                                 entry("R", device(awake.port(), 3)));
+    ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
+    run.buildChannels();
+    const ChannelListing listing = ChannelListing::ofChannels(run);
+    ASSERT_THAT(listing.lines, SizeIs(3));
+    EXPECT_EQ(listing.lines[0].state, "standby");
+    EXPECT_EQ(listing.lines[0].resolution, "-");
+    EXPECT_EQ(listing.lines[0].firmware, "-");
+    ASSERT_THAT(listing.faults, SizeIs(2));
+    EXPECT_THAT(listing.faults[0].where + listing.faults[0].what, HasSubstr("channel MPJLink projector 020000000002"));
+    EXPECT_THAT(listing.faults[0].what, HasSubstr("SVER ?: the projector reports a failure of its own (ERR4)"));
+    EXPECT_EQ(listing.faults[1].where, "channel R") << "one that is on has no reason to put anything off";
+}
+
 TEST_F(AChannelListing, WhatIsNotAnsweredIsAFaultAndTheRestIsShown) {
     const PjlinkSimulator simulator({"--answer", "SVER=ERR4"});
     const auto config = configOf(entry("L", device(simulator.port(), 1)));

@@ -63,7 +63,8 @@ TEST_F(AProjectorRun, TwoEntriesWithOneProjectorCannotBecomeChannels) {
     const auto config = configOf(entry("L", device(simulator.port(), 1)) + entry("R", device(simulator.port(), 1)));
     {
         ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
-        ASSERT_TRUE(run.complete());
+        EXPECT_FALSE(run.complete());
+        EXPECT_FALSE(run.findings().at(1).replaceable);
         EXPECT_THROW(run.buildChannels(), ChannelSwapException);
     }
     EXPECT_EQ(manager.deviceCount(), 0U);

@@ -79,6 +79,35 @@ TEST_F(AProjectorSurvey, AProjectorThatFailsAQuestionIsNotReady) {
                 HasSubstr("command GetPictureMute: AVMT ?: it does not take the parameter (ERR2)"));
 }
 
+TEST_F(AProjectorSurvey, AProjectorWithoutAShutterIsNamedWithARemedyThatFitsTheNeed) {
+    const PjlinkSimulator simulator({"--answer", "AVMT=ERR1"});
+    EXPECT_THAT(findingOn(simulator, ProjectorNeed::BLACK).fault,
+                EndsWith("(ERR1): it cannot show a black picture; darken it by hand and leave it out with --offline"));
+    const std::string clear = findingOn(simulator, ProjectorNeed::CLEAR).fault;
+    EXPECT_THAT(clear, EndsWith("(ERR1): it cannot be told to show its input; switch its picture mute off by hand and "
+                                "leave it out with --offline"));
+    EXPECT_THAT(clear, testing::Not(HasSubstr("black")));
+}
+
+TEST_F(AProjectorSurvey, AnEntryThatMeansAnEarlierOnesProjectorIsAtFaultAndIsNotAsked) {
+    const PjlinkSimulator there;
+    const PjlinkSimulator other;
+    const auto config = configOf(entry("A", device(there.port(), 1)) + entry("B", device(other.port(), 1)) +
+                                 entry("C", device(there.port(), 3)) + entry("020000000001", ""));
+    const auto findings = ProjectorSurvey(ProjectorNeed::ANSWER).run(*config, manager);
+    ASSERT_THAT(findings, SizeIs(4));
+    EXPECT_TRUE(findings[0].usable());
+    const std::string remedy = " as channel A (A); correct the Device element of one of the two, or remove one";
+    EXPECT_EQ(findings[1].fault, "it has the same MAC address 020000000001" + remedy);
+    EXPECT_FALSE(findings[1].replaceable);
+    EXPECT_EQ(findings[2].fault, "it has the same address 127.0.0.1:" + std::to_string(there.port()) + remedy);
+    EXPECT_TRUE(findings[2].replaceable) << "a virtual projector does no harm there";
+    EXPECT_FALSE(findings[3].replaceable) << "an id is an identity too";
+    EXPECT_THAT(other.lines(), testing::IsEmpty());
+    EXPECT_THAT(there.lines(), ElementsAre("%1CLSS ?"));
+    manager.releaseDevice(findings[0].device);
+}
+
 TEST_F(AProjectorSurvey, GreyIsNotToBeHadByPjlink) {
     const PjlinkSimulator simulator;
     EXPECT_EQ(findingOn(simulator, ProjectorNeed::GRAY50).fault,

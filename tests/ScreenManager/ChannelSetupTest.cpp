@@ -170,7 +170,7 @@ TEST_F(ChannelSetupTest, AChannelWithoutADeviceMakesTheConfigurationInvalid) {
     EXPECT_EQ(fault.message, L"The file does not contain a valid configuration.");
     EXPECT_EQ(fault.line, -1);
     EXPECT_EQ(fault.file, "");
-    EXPECT_EQ(trace.lines().back(), "devices.getDevice(\"P0\")") << "nothing is logged or released";
+    EXPECT_EQ(trace.lines().back(), "devices.releaseDevice(\"Q\")") << "nothing is logged";
     EXPECT_THAT(channels(), ElementsAre(L"A at P0"));
 }
 
@@ -194,6 +194,16 @@ TEST_F(ChannelSetupTest, FaultsOfTheConfigurationPassThrough) {
     config.throwFrom("renameProjectorConfig", VeltraniException(L"cannot be stored"));
     EXPECT_EQ(faultOf<VeltraniException>([&] { manager->initialize(true); }).message, L"cannot be stored");
     EXPECT_EQ(manager->getNumberOfChannels(), 0);
+    EXPECT_EQ(trace.lines().back(), "devices.releaseDevice(\"P0\")") << "the device is not left behind";
+}
+
+TEST_F(ChannelSetupTest, AnEntryThatCannotBeRenamedLeavesNoDeviceBehind) {
+    addProjector(L"P0", L"A");
+    entry(0).throwFrom("setName", VeltraniException(L"cannot be named"));
+    EXPECT_EQ(faultOf<VeltraniException>([&] { manager->initialize(true); }).message, L"cannot be named");
+    EXPECT_EQ(manager->getNumberOfChannels(), 0);
+    EXPECT_EQ(trace.lines().back(), "devices.releaseDevice(\"P0\")");
+    EXPECT_EQ(devices.calls("releaseDevice"), 1U);
 }
 
 // On the real device manager: two projectors that were never found have no address, so each is known only under the id
@@ -211,6 +221,52 @@ TEST_F(ChannelSetupTest, EntriesThatNeverHadADeviceBecomeVirtualProjectorsOfThei
     EXPECT_NE(manager->getDeviceRefactor(0), manager->getDeviceRefactor(1));
     manager.reset();
     EXPECT_EQ(real.deviceCount(), 0U) << "all are given back";
+}
+
+TEST_F(ChannelSetupTest, AnEntryMayBeCalledAsAVirtualProjectorWouldBe) {
+    useDeviceManager(&real);
+    for (const wchar_t* id : {L"A", L"virtual-1", L"virtual-2"}) {
+        addEntry(id, id).deviceSnippet = L"";
+    }
+    DravixDiagnostics::setVirtualLoad(true);
+    manager->initialize(false);
+    EXPECT_EQ(manager->getNumberOfChannels(), 3);
+    EXPECT_NE(manager->getDeviceRefactor(0), manager->getDeviceRefactor(1));
+    EXPECT_NE(manager->getDeviceRefactor(1), manager->getDeviceRefactor(2));
+    manager.reset();
+    EXPECT_EQ(real.deviceCount(), 0U);
+}
+
+TEST_F(ChannelSetupTest, AnEntryWhoseDeviceAnotherManagerHasIsRefusedAndTheOthersChannelKeepsIts) {
+    useDeviceManager(&real);
+    addEntry(L"A", L"A").deviceSnippet = L"";
+    DravixDiagnostics::setVirtualLoad(true);
+    manager->initialize(false);
+    {
+        ChannelManager second(&config);
+        const auto fault = faultOf<ChannelSwapException>([&] { second.initialize(true); });
+        EXPECT_EQ(fault.projectorName, L"section A");
+        EXPECT_EQ(fault.replacementName, L"A");
+        EXPECT_EQ(second.getNumberOfChannels(), 0);
+    }
+    EXPECT_EQ(log.messages().back(), "ERROR A cannot be bound to its device: another device is in use as A already.");
+    EXPECT_NE(manager->getDeviceRefactor(0), nullptr);
+    EXPECT_EQ(real.deviceCount(), 1U);
+}
+
+// A manager of others that keeps no entries, as the default of the interface has it.
+TEST_F(ChannelSetupTest, AManagerThatBindsNothingIsNoConflict) {
+    struct Unbinding : DeviceManagerDouble {
+        using DeviceManagerDouble::DeviceManagerDouble;
+        bool bindDevice(Veltrani::DeviceFramework2::AbstractDevice* device, const std::wstring& id) override {
+            return IDeviceManager::bindDevice(device, id);
+        }
+    } unbinding;
+    useDeviceManager(&unbinding);
+    unbinding.creatable[{addEntry(L"P0", L"A").deviceSnippet, true}] = &makeDevice(L"P0");
+    manager->initialize(false);
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0"));
+    manager.reset();
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ void DeviceManagerDouble::releaseDevice(framework::AbstractDevice* device) {
 bool DeviceManagerDouble::bindDevice(framework::AbstractDevice* device, const std::wstring& configurationId) {
     record("bindDevice", nameOf(device), configurationId);
     auto* const whole = dynamic_cast<DeviceDouble*>(device);
-    return whole != nullptr && devices.emplace(configurationId, whole).second;
+    return whole != nullptr && devices.emplace(configurationId, whole).first->second == whole;
 }
 
 std::wstring DeviceManagerDouble::nameOf(const framework::AbstractDevice* device) const {

@@ -7,6 +7,7 @@
 #include "DeviceFramework2/DeviceTypeManager.h"
 #include "DeviceFramework2/IDeviceManager.h"
 #include "DravixDiagnostics/DravixDiagnostics.h"
+#include "ScreenManager/detail/ReleaseOnFault.h"
 
 using Veltrani::DeviceFramework2::Device;
 using Veltrani::DeviceFramework2::DeviceTypeManager;
@@ -24,18 +25,40 @@ ProjectorBinding::ProjectorBinding(XMLConfigManager* config, IDeviceManager* dev
 
 ProjectorBinding::Result ProjectorBinding::bind(const std::wstring& id, ProjectorConfig& entry) const {
     Device* const device = acquire(id, entry);
-    const std::wstring identity = entry.getIdentity();
-    const std::wstring uid =
-        Veltrani::DeviceFramework2::createMACAddressDeviceUIDFromDeviceSnippet(identity, device->getUidSourceText());
-    if (!m_config->renameProjectorConfig(id, uid)) {
+    std::wstring uid;
+    const bool renamed = releaseOnFault(*m_deviceManager, device, [&] {
+        const std::wstring identity = entry.getIdentity();
+        uid = Veltrani::DeviceFramework2::createMACAddressDeviceUIDFromDeviceSnippet(identity,
+                                                                                     device->getUidSourceText());
+        return m_config->renameProjectorConfig(id, uid);
+    });
+    if (!renamed) {
         m_deviceManager->releaseDevice(device);
         VELTRANI_LOG(LOGGER, Error,
                      id + L" is replaced by " + uid +
                          L" which is already in the config.  Quorvane does not support projector swapping");
         throw ChannelSwapException(id, uid);
     }
-    entry.setDeviceSnippet(device->getDeviceSnippet());
+    releaseOnFault(*m_deviceManager, device, [&] { entry.setDeviceSnippet(device->getDeviceSnippet()); });
     return {device, uid};
+}
+
+void ProjectorBinding::claim(const std::wstring& id, const ProjectorConfig& entry, const Result& bound) const {
+    if (releaseOnFault(*m_deviceManager, bound.device, [&] { return isTaken(bound); })) {
+        m_deviceManager->releaseDevice(bound.device);
+        VELTRANI_LOG(LOGGER, Error,
+                     id + L" cannot be bound to its device: another device is in use as " + bound.uid + L" already.");
+        throw ChannelSwapException(entry.getSectionID(), bound.uid);
+    }
+}
+
+/// A manager that keeps no entries refuses every binding; that alone is no conflict.
+bool ProjectorBinding::isTaken(const Result& bound) const {
+    if (m_deviceManager->bindDevice(bound.device, bound.uid)) {
+        return false;
+    }
+    const auto* const present = m_deviceManager->getDevice(bound.uid);
+    return present != nullptr && present != bound.device;
 }
 
 Device* ProjectorBinding::acquire(const std::wstring& id, const ProjectorConfig& entry) const {

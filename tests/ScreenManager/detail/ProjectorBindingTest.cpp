@@ -193,6 +193,16 @@ TEST_F(ProjectorBindingTest, AUidThatAnotherEntryHasIsASwap) {
     EXPECT_EQ(entry(0).deviceSnippet, L"<P0/>") << "what was configured stays";
 }
 
+TEST_F(ProjectorBindingTest, AnEntryThatFailsAfterwardsLeavesNoDeviceBehind) {
+    entry(0).throwOnce("setDeviceSnippet", VeltraniException(L"cannot be stored"));
+    EXPECT_EQ(faultMessage<VeltraniException>(false), L"cannot be stored");
+    EXPECT_EQ(trace.lines().back(), "devices.releaseDevice(\"P0\")");
+    config.throwOnce("renameProjectorConfig", VeltraniException(L"cannot be renamed"));
+    EXPECT_EQ(faultMessage<VeltraniException>(false), L"cannot be renamed");
+    EXPECT_EQ(trace.lines().back(), "devices.releaseDevice(\"P0\")");
+    EXPECT_EQ(devices.calls("releaseDevice"), 2U);
+}
+
 TEST_F(ProjectorBindingTest, WithoutADeviceManagerThereIsNoDeviceEither) {
     const auto bindAlone = [&] { ProjectorBinding(&config, nullptr, true).bind(L"P0", entry(0)); };
     EXPECT_EQ(faultOf<ChannelInitializationException>(bindAlone).message, L"section P0");
