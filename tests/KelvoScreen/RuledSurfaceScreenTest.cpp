@@ -295,6 +295,57 @@ TEST(RuledSurfaceScreen, PointsRepeatedOnBothRailsAddNothing) {
     EXPECT_NE(plain.getUniqueDataHash(), doubled.getUniqueDataHash()) << "the descriptions differ all the same";
 }
 
+TEST(RuledSurfaceScreen, PointsRepeatedToRoundingAddNothingWhereverTheyAre) {
+    const ScreenConfigDouble config = ruled::cockpit();
+    const RuledSurfaceScreen plain(&config);
+    for (const std::size_t place : {0U, 3U, 7U}) {
+        for (const double dust : {5e-324, 6e-17, -6e-17, 2e-16}) {
+            SCOPED_TRACE(testing::Message() << "point " << place << ", " << dust << " beside it, twice");
+            ScreenConfigDouble dusty = config;
+            for (auto* rail : {&dusty.lowerRail, &dusty.upperRail}) {
+                for (int i = 1; i <= 2; ++i) {
+                    const Vector point = rail->at(place) + Vector{i * dust, -i * dust, 0.0};
+                    rail->insert(rail->begin() + static_cast<std::ptrdiff_t>(place + (place == 7 ? 1 : 0)), point);
+                }
+            }
+            const RuledSurfaceScreen screen(&dusty);
+            for (const double s : {0.0, 0.2, ruled::seams(config)[3], 0.9, 1.0}) {
+                Vector expected;
+                Vector out;
+                ASSERT_TRUE(plain.mapInto3D({s, 0.5}, expected, false));
+                ASSERT_TRUE(screen.mapInto3D({s, 0.5}, out, false)) << s;
+                EXPECT_LE(norm(out - expected), 1e-14) << s;
+                EXPECT_EQ(screen.intersect({0.0, 0.0, 0.0}, out).size(), 1U) << s;
+            }
+        }
+    }
+}
+
+TEST(RuledSurfaceScreen, ALastSegmentOfDustLeavesTheLastColumn) {
+    ScreenConfigDouble config = ruled::rectangle();
+    for (auto* rail : {&config.lowerRail, &config.upperRail}) {
+        *rail = {{-2.0, 5.0, rail->front()[2]}, {0.0, 5.0, rail->front()[2]}, {6e-17, 5.0, rail->front()[2]}};
+    }
+    const RuledSurfaceScreen screen(&config);
+    Vector out;
+    ASSERT_TRUE(screen.mapInto3D({1.0, 0.5}, out, false));
+    EXPECT_LE(norm(out - Vector{6e-17, 5.0, 1.0}), 1e-15);
+}
+
+TEST(RuledSurfaceScreen, ARingClosesThoughItsEndsAreRoundedDifferently) {
+    ScreenConfigDouble config = ruled::ring();
+    config.lowerRail.back()[0] += 2.4e-16;
+    config.upperRail.back()[1] -= 4.4e-16;
+    const RuledSurfaceScreen ring(&config);
+    Vector inside;
+    Vector further;
+    ASSERT_TRUE(ring.mapInto3D({0.1, 0.3}, inside, false));
+    ASSERT_TRUE(ring.mapInto3D({1.1, 0.3}, further, true));
+    EXPECT_LE(norm(inside - further), 1e-13);
+    ASSERT_TRUE(ring.mapInto3D({0.0, 0.3}, inside, false));
+    EXPECT_EQ(ring.intersect({0.1, 0.1, 0.0}, inside).size(), 1U) << "the seam, once";
+}
+
 TEST(RuledSurfaceScreen, NoDescriptionGivesAScreenThatIsNotValid) {
     const RuledSurfaceScreen screen(nullptr);
     shapes::expectNothing(screen);

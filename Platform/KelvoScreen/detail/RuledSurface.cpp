@@ -135,22 +135,50 @@ void RuledSurface::build() {
     }
     m_centre = low * 0.5 + high * 0.5;
     const double length = parameterised();
-    m_isClosed = m_patches.size() > 1 && lower.front() == lower.back() && upper.front() == upper.back();
+    m_isClosed = m_patches.size() > 1 && widthBetween(0, lower.size() - 1) <= m_dust;
     m_isValid = length > 0 && std::isfinite(length * length) &&
                 std::any_of(m_patches.begin(), m_patches.end(), [](const RuledPatch& p) { return p.hasArea(); });
 }
 
+double RuledSurface::widthBetween(std::size_t left, std::size_t right) const {
+    const auto& [lower, upper] = m_numbers;
+    return (norm(lower[right] - lower[left]) + norm(upper[right] - upper[left])) / 2;
+}
+
+std::vector<std::size_t> RuledSurface::rulings(double dust) const {
+    std::vector<std::size_t> kept{0};
+    const std::size_t last = m_numbers.lower.size() - 1;
+    for (std::size_t i = 1; i < last; ++i) {
+        if (widthBetween(kept.back(), i) > dust) {
+            kept.push_back(i);
+        }
+    }
+    // The surface ends at the last points exactly: it is those before them that give way.
+    while (kept.size() > 1 && !(widthBetween(kept.back(), last) > dust)) {
+        kept.pop_back();
+    }
+    if (widthBetween(kept.back(), last) > dust) {
+        kept.push_back(last);
+    }
+    return kept;
+}
+
 double RuledSurface::parameterised() {
     const auto& [lower, upper] = m_numbers;
-    double length = 0;
+    double total = 0;
     for (std::size_t i = 0; i + 1 < lower.size(); ++i) {
-        const double width = (norm(lower[i + 1] - lower[i]) + norm(upper[i + 1] - upper[i])) / 2;
-        if (width > 0) {
-            length += width;
-            m_patches.emplace_back(lower[i] - m_centre, lower[i + 1] - m_centre, upper[i] - m_centre,
-                                   upper[i + 1] - m_centre);
-            m_ends.push_back(length);
-        }
+        total += widthBetween(i, i + 1);
+    }
+    m_dust = ROUNDING * std::max(m_extent, total);
+    const std::vector<std::size_t> kept = rulings(m_dust);
+    double length = 0;
+    for (std::size_t i = 0; i + 1 < kept.size(); ++i) {
+        const std::size_t left = kept[i];
+        const std::size_t right = kept[i + 1];
+        length += widthBetween(left, right);
+        m_patches.emplace_back(lower[left] - m_centre, lower[right] - m_centre, upper[left] - m_centre,
+                               upper[right] - m_centre);
+        m_ends.push_back(length);
     }
     for (double& end : m_ends) {
         end /= length;
