@@ -218,6 +218,16 @@ TEST(RuledSurfaceScreenRays, BehindAndBesideTheyMiss) {
     EXPECT_TRUE(screen.intersect({0.0, 50.0, 0.0}, {0.0, 51.0, 0.0}).empty());
 }
 
+TEST(RuledSurfaceScreenRays, AHitFurtherAlongThanEveryNumberIsLeftOutAndTheStartIsKept) {
+    const ScreenConfigDouble config = ruled::saddle();
+    const RuledSurfaceScreen throughOrigin(&config);
+    for (const double length : {1e-310, 5e-324}) {
+        const IntersectionSet hits = throughOrigin.intersect({0.0, 0.0, 0.0}, {0.0, 0.0, length});
+        ASSERT_EQ(hits.size(), 1U) << length;
+        EXPECT_EQ(hits.first().t, 0);
+    }
+}
+
 TEST(RuledSurfaceScreenRays, ARayThatIsNoneMisses) {
     const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);

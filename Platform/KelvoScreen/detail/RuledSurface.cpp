@@ -56,7 +56,8 @@ public:
         if (along < 0 && along >= -m_line.uncertainty(cosine)) {
             along = 0;
         }
-        const double t = along / m_line.length * m_line.scale;
+        const double inDirections = along / m_line.length;
+        const double t = along == 0 ? 0.0 : inDirections * m_line.scale;
         const bool isWanted = m_sign == nullptr || sideOfSurface(m_line.direction, normal) == *m_sign;
         if (t >= 0 && std::isfinite(t) && isWanted) {
             m_hits.add({m_surface.m_centre + meeting.point, t});

@@ -33,7 +33,8 @@ SphereSurface::SphereSurface(const SphereNumbers& numbers)
 }
 
 bool SphereSurface::areValid(const SphereNumbers& numbers) {
-    return isFinite(numbers.centre) && isFinite(numbers.orientation) && numbers.radius > 0 &&
+    return isFinite(numbers.centre) && isFinite(numbers.orientation) &&
+           numbers.radius > SMALLEST_IN_ROUNDINGS * ROUNDING * largestComponent(numbers.centre) &&
            std::isnormal(numbers.radius * numbers.radius) &&
            AzimuthSector::isRange(numbers.azimuthMin, numbers.azimuthMax) &&
            numbers.elevationMin >= -POLE - ANGLE_TOLERANCE && numbers.elevationMax <= POLE + ANGLE_TOLERANCE &&
@@ -59,8 +60,12 @@ IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<do
     Chord<3> chord = chordInFront(from - m_numbers.centre, aim.direction, aim.length2, m_numbers.radius, tolerance);
     for (std::size_t i = 0; i < chord.count; ++i) {
         Chord<3>::End& end = chord.ends[i];
-        if (limit(end, aim, tolerance)) {
-            found.add({m_numbers.centre + end.place, end.t * aim.scale});
+        if (!limit(end, aim, tolerance)) {
+            continue;
+        }
+        const double t = aim.positionOf(end.t);
+        if (std::isfinite(t)) {
+            found.add({m_numbers.centre + end.place, t});
         }
     }
     return found;
