@@ -45,22 +45,15 @@ public:
     Collector(const RuledSurface& surface, const AimedLine& line, const int* sign)
         : m_surface(surface), m_line(line), m_sign(sign) {}
 
-    void add(std::size_t patch, const PatchMeeting& meeting) {
-        const Point<double, 3> normal = m_surface.m_patches[patch].normalAt(meeting.place);
-        const double cosine = dot(normal, m_line.direction);
-        if (isRepeated(patch, meeting, cosine)) {
-            return;
-        }
+    void add(std::size_t patch, PatchMeeting meeting) {
+        const RuledPatch& where = m_surface.m_patches[patch];
+        const double cosine = dot(where.normalAt(meeting.place), m_line.direction);
+        const bool isAtTip = where.moveToTip(m_line, m_line.tolerance, SAME * m_line.uncertainty(cosine), meeting);
+        // Those that are repeated are remembered too: they are what the next patch may repeat.
+        const bool isKnown = isRepeated(patch, meeting, cosine) || (isAtTip && isHit(meeting.point));
         remember(patch, meeting);
-        double along = m_line.middle + meeting.along;
-        if (along < 0 && along >= -m_line.uncertainty(cosine)) {
-            along = 0;
-        }
-        const double inDirections = along / m_line.length;
-        const double t = along == 0 ? 0.0 : inDirections * m_line.scale;
-        const bool isWanted = m_sign == nullptr || sideOfSurface(m_line.direction, normal) == *m_sign;
-        if (t >= 0 && std::isfinite(t) && isWanted) {
-            m_hits.add({m_surface.m_centre + meeting.point, t});
+        if (!isKnown) {
+            addHit(meeting, where.normalAt(meeting.place));
         }
     }
 
@@ -72,6 +65,29 @@ private:
         std::array<PatchMeeting, 2> meetings;
         std::size_t count = 0;
     };
+
+    void addHit(const PatchMeeting& meeting, const Point<double, 3>& normal) {
+        double along = m_line.middle + meeting.along;
+        if (along < 0 && along >= -m_line.uncertainty(dot(normal, m_line.direction))) {
+            along = 0;
+        }
+        const double inDirections = along / m_line.length;
+        const double t = along == 0 ? 0.0 : inDirections * m_line.scale;
+        const bool isWanted = m_sign == nullptr || sideOfSurface(m_line.direction, normal) == *m_sign;
+        if (t >= 0 && std::isfinite(t) && isWanted) {
+            m_hits.add({m_surface.m_centre + meeting.point, t});
+        }
+    }
+
+    /// True when this very point, a tip that several patches have in common, is a hit already.
+    [[nodiscard]] bool isHit(const Point<double, 3>& point) const {
+        for (std::size_t i = 0; i < m_hits.size(); ++i) {
+            if (m_hits[i].point == m_surface.m_centre + point) {
+                return true;
+            }
+        }
+        return false;
+    }
 
     /// True for a meeting on the ruling that two patches have in common, when the other one has reported it.
     [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
