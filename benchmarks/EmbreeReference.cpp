@@ -39,7 +39,7 @@ EmbreeReference::~EmbreeReference() {
 
 std::optional<EmbreeReference::Hit> EmbreeReference::intersect(const Ray& ray) const {
     const Vector direction = ray.second - ray.first;
-    RTCIntersectContext context;
+    RTCIntersectContext context{};
     rtcInitIntersectContext(&context);
     RTCRayHit hit{};
     hit.ray.org_x = static_cast<float>(ray.first[0]);

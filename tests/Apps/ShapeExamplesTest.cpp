@@ -29,7 +29,8 @@ std::vector<Place> targets(const std::string& example, const std::string& kind) 
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_EQ(run.errors, "");
     std::vector<Place> places;
-    for (const auto& channel : nlohmann::json::parse(run.output)["channels"]) {
+    const auto document = nlohmann::json::parse(run.output);
+    for (const auto& channel : document["channels"]) {
         for (const auto& target : channel[kind]) {
             const auto& point = target.is_array() ? target : target["point"];
             places.push_back({point[0], point[1], point[2]});

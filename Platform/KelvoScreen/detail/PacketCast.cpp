@@ -121,10 +121,10 @@ void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std
 void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments) {
     const PacketQuery& query = *static_cast<const PacketQuery*>(arguments->context);
     const LaneMask lanes = validRays(arguments->valid, arguments->N) << query.firstLane;
-    const auto [first, isPair] = query.scene->boxes[arguments->primID];
-    LaneMask nearer = query.visitor->visit(first, lanes);
-    if (isPair) {
-        nearer |= query.visitor->visit(first + 1, lanes);
+    const std::uint32_t triangle = arguments->primID;
+    LaneMask nearer = query.visitor->visit(triangle, lanes);
+    if (query.scene->isPaired[triangle]) {
+        nearer |= query.visitor->visit(triangle + 1, lanes);
     }
     const Lanes& reach = query.visitor->reach();
     forEachLane(nearer, [&](std::size_t lane) {

@@ -2,12 +2,12 @@
 
 #include "KelvoScreen/detail/IndexUnits.h"
 #include "KelvoScreen/detail/Lanes.h"
-#include "KelvoScreen/detail/TriangleBoxes.h"
 
 #include <embree3/rtcore.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace KelvoScreenDetail {
 
@@ -31,10 +31,11 @@ protected:
     ~PacketVisitor() = default;
 };
 
-/// A scene of boxes.
+/// A scene of boxes, each under the number of the lowest triangle in it.
 struct BoxScene {
     RTCScene scene = nullptr;
-    const TriangleBoxes& boxes;
+    /// For each triangle whether the next one stands in its box as well. (A bit each, which stays in the cache.)
+    const std::vector<bool>& isPaired;
     const IndexUnits& units;
 };
 

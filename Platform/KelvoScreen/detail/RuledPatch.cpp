@@ -18,9 +18,11 @@ constexpr double PARALLEL = 64 * ROUNDING;
 /// Roots are improved on the surface itself until they stop getting better, usually once.
 constexpr int ROOT_STEPS = 4;
 /// Rulings tried before the nearest point is improved: more than the distance of a twisted patch has minima.
-constexpr std::size_t CLOSEST_SAMPLES = 9;
+constexpr std::size_t CLOSEST_SAMPLES = 33;
 /// Newton's method doubles the digits per step; the bound is for the search far from the minimum.
 constexpr int CLOSEST_STEPS = 32;
+/// The shortest step that is tried downhill, in parts of the one that would be right on a flat patch.
+constexpr double SMALLEST_PART = 1.0 / 64;
 /// A step of this size, in parts of the patch, is rounding.
 constexpr double SETTLED = 1e-15;
 /// A discriminant this little below zero, relative to its terms, may be a touching line: the tolerance decides.
@@ -279,16 +281,37 @@ double RuledPatch::closestOnRuling(const Point<double, 3>& point, double u, cons
     return std::clamp(v, range.vMin, range.vMax);
 }
 
+double RuledPatch::closestOnRow(const Point<double, 3>& point, double v, const PatchRange& range) const {
+    const Point<double, 3> row = alongEdge(v);
+    const double length2 = dot(row, row);
+    const double u = length2 > 0 ? dot(point - pointAt({0.0, v}), row) / length2 : 0.5;
+    return std::clamp(u, range.uMin, range.uMax);
+}
+
+PatchPlace RuledPatch::descend(const Point<double, 3>& point, const PatchPlace& from, const PatchRange& range) const {
+    // Far from the minimum Newton's step may lead away. Without the twist it points downhill, if not always so far.
+    const double before = distance2(point, from);
+    const PatchPlace target = newtonStep(point, from, range, 0.0);
+    for (double part = 1.0; part >= SMALLEST_PART; part /= 2) {
+        const PatchPlace next = range.clamp({from.u + part * (target.u - from.u), from.v + part * (target.v - from.v)});
+        if (distance2(point, next) < before) {
+            return next;
+        }
+    }
+    // Held back by an end of the range: along the ruling, else across the rulings.
+    const PatchPlace along{from.u, closestOnRuling(point, from.u, range)};
+    return distance2(point, along) < before ? along : PatchPlace{closestOnRow(point, from.v, range), from.v};
+}
+
 PatchPlace RuledPatch::refineClosest(const Point<double, 3>& point, PatchPlace start, const PatchRange& range) const {
     PatchPlace best = range.clamp(start);
     double smallest = distance2(point, best);
     for (int step = 0; step < CLOSEST_STEPS; ++step) {
         // Near the minimum the distance hardly changes while the place still does: equal to rounding is good enough.
         const double allowed = smallest * (1 + ROUNDING);
-        PatchPlace next = range.clamp(newtonStep(point, best, range));
+        PatchPlace next = range.clamp(newtonStep(point, best, range, 1.0));
         if (!(distance2(point, next) <= allowed)) {
-            // Far from the minimum Newton's step may lead away; the nearest point of the ruling never does.
-            next = {best.u, closestOnRuling(point, best.u, range)};
+            next = descend(point, best, range);
         }
         const double distance = distance2(point, next);
         const double moved = std::abs(next.u - best.u) + std::abs(next.v - best.v);
@@ -304,7 +327,8 @@ PatchPlace RuledPatch::refineClosest(const Point<double, 3>& point, PatchPlace s
     return best;
 }
 
-PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range) const {
+PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range,
+                                  double twistWeight) const {
     const Point<double, 3> away = pointAt(at) - point;
     const Point<double, 3> right = alongEdge(at.v);
     const Point<double, 3> up = rulingAt(at.u);
@@ -312,7 +336,7 @@ PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlac
     const double slopeV = dot(away, up);
     const double bendU = dot(right, right);
     const double bendV = dot(up, up);
-    const double mixed = dot(right, up) + dot(away, m_twist);
+    const double mixed = dot(right, up) + twistWeight * dot(away, m_twist);
     // A parameter that its end of the range holds back takes no part.
     const bool fixedU = (at.u <= range.uMin && slopeU > 0) || (at.u >= range.uMax && slopeU < 0);
     const bool fixedV = (at.v <= range.vMin && slopeV > 0) || (at.v >= range.vMax && slopeV < 0);

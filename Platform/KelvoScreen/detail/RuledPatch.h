@@ -90,8 +90,13 @@ private:
     void passEdge(const Line& line, const PatchRange& range, PatchPlace& place) const;
     [[nodiscard]] double distance2(const Point<double, 3>& point, const PatchPlace& place) const;
     [[nodiscard]] double closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const;
-    [[nodiscard]] PatchPlace newtonStep(const Point<double, 3>& point, const PatchPlace& at,
-                                        const PatchRange& range) const;
+    [[nodiscard]] double closestOnRow(const Point<double, 3>& point, double v, const PatchRange& range) const;
+    /// @param twistWeight 1 for Newton's step, 0 for one that leaves the twist out
+    [[nodiscard]] PatchPlace newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range,
+                                        double twistWeight) const;
+    /// A place that is nearer than `from`, unless `from` is a minimum.
+    [[nodiscard]] PatchPlace descend(const Point<double, 3>& point, const PatchPlace& from,
+                                     const PatchRange& range) const;
 
     std::array<Point<double, 3>, 2> m_lower;  ///< left, right
     std::array<Point<double, 3>, 2> m_upper;

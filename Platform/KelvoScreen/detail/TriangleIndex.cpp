@@ -26,14 +26,20 @@ constexpr double FARTHEST_POINT = 1e5;
 /// all rays that pass it, but one box less is passed.
 constexpr double PAIR_GROWTH = 0.8;
 
+/// In place of the number of a box: of a triangle that is left out, and of the second of a pair.
+constexpr std::uint32_t NO_BOX = std::numeric_limits<std::uint32_t>::max();
+
 struct BuildContext {
     const std::vector<Box>& boxes;
+    const std::vector<std::uint32_t>& numbers;
     IndexUnits units;
 };
 
+/// Bounds that are the wrong way round tell Embree to take no notice.
 void setBounds(const RTCBoundsFunctionArguments* arguments) {
     const BuildContext& context = *static_cast<const BuildContext*>(arguments->geometryUserPtr);
-    const Box& box = context.boxes[arguments->primID];
+    const std::uint32_t number = context.numbers[arguments->primID];
+    const Box box = number == NO_BOX ? Box() : context.boxes[number];
     const Point<double, 3> lower = (box.lower - context.units.centre) * context.units.perLength;
     const Point<double, 3> upper = (box.upper - context.units.centre) * context.units.perLength;
     RTCBounds& bounds = *arguments->bounds_o;
@@ -45,18 +51,17 @@ void setBounds(const RTCBoundsFunctionArguments* arguments) {
     bounds.upper_z = static_cast<float>(upper[2] + PADDING);
 }
 
-/// Visits the triangles of a box; the last answer is the tightest.
+/// Visits a triangle and the other one of its pair; the last answer is the tightest.
 template <class Visitor>
-double visitBox(Visitor& visitor, const TriangleBoxes& boxes, std::uint32_t box) {
-    const auto [first, isPair] = boxes[box];
-    const double reach = visitor.visit(first);
-    return isPair ? visitor.visit(first + 1) : reach;
+double visitBox(Visitor& visitor, const std::vector<bool>& isPaired, std::uint32_t triangle) {
+    const double reach = visitor.visit(triangle);
+    return isPaired[triangle] ? visitor.visit(triangle + 1) : reach;
 }
 
 /// The ray query as its call-back finds it: Embree hands the context through.
 struct RayQuery : RTCIntersectContext {
     TriangleIndex::RayVisitor* visitor;
-    const TriangleBoxes* boxes;
+    const std::vector<bool>* isPaired;
     const IndexUnits* units;
     double lengthPerT;
 };
@@ -69,14 +74,14 @@ void visitAlongRay(const RTCIntersectFunctionNArguments* arguments) {
     const RayQuery& query = *static_cast<const RayQuery*>(arguments->context);
     RTCRay& ray = *reinterpret_cast<RTCRay*>(arguments->rayhit);
     if (arguments->valid[0] != 0) {
-        const double reach = visitBox(*query.visitor, *query.boxes, arguments->primID);
+        const double reach = visitBox(*query.visitor, *query.isPaired, arguments->primID);
         ray.tfar = std::min(ray.tfar, query.units->reach(reach, query.lengthPerT));
     }
 }
 
 struct PointQuery {
     TriangleIndex::PointVisitor* visitor;
-    const TriangleBoxes* boxes;
+    const std::vector<bool>* isPaired;
     double toUnits;
     double margin;
 
@@ -89,7 +94,7 @@ struct PointQuery {
 
 bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
     const PointQuery& query = *static_cast<const PointQuery*>(arguments->userPtr);
-    const float radius = query.radius(visitBox(*query.visitor, *query.boxes, arguments->primID));
+    const float radius = query.radius(visitBox(*query.visitor, *query.isPaired, arguments->primID));
     if (radius < arguments->query->radius) {
         arguments->query->radius = radius;
         return true;
@@ -114,39 +119,47 @@ bool areWorthJoining(const Box& a, const Box& b) {
 
 }  // namespace
 
-TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) {
-    const std::vector<Box> boxes = formBoxes(count, source);
+/// While the structure is built.
+struct TriangleIndex::Boxes {
+    std::vector<Box> boxes;
+    std::vector<std::uint32_t> numbers;  ///< for each triangle that of the box whose lowest it is
+};
+
+TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) : m_isPaired(count) {
+    const Boxes boxes = formBoxes(count, source);
     if (!m_box.isEmpty()) {
         m_units = {m_box.centre(), 1 / m_box.halfSize()};
         build(boxes);
     }
 }
 
-std::vector<Box> TriangleIndex::formBoxes(std::uint32_t count, const Source& source) {
-    std::vector<Box> boxes;
-    boxes.reserve(count / 2 + 1);
+TriangleIndex::Boxes TriangleIndex::formBoxes(std::uint32_t count, const Source& source) {
+    Boxes formed{{}, std::vector<std::uint32_t>(count, NO_BOX)};
+    formed.boxes.reserve(count / 2 + 1);
     Corners corners;
     double sizes = 0;
-    bool isOpen = false;  // the last box holds one triangle
+    bool isOpen = false;  // the last box holds the previous triangle and no other
     for (std::uint32_t i = 0; i < count; ++i) {
-        Box box;  // empty for a triangle that is left out: Embree takes no notice of it
-        if (source.corners(i, corners)) {
-            std::for_each(corners.begin(), corners.end(), [&box](const auto& corner) { box.add(corner); });
-            m_box.add(box);
-            sizes += 2 * box.halfSize();
+        if (!source.corners(i, corners)) {
+            isOpen = false;
+            continue;
         }
-        if (isOpen && !box.isEmpty() && areWorthJoining(boxes.back(), box)) {
-            boxes.back().add(box);
-            m_boxes.addToLast();
+        Box box;
+        std::for_each(corners.begin(), corners.end(), [&box](const auto& corner) { box.add(corner); });
+        m_box.add(box);
+        sizes += 2 * box.halfSize();
+        if (isOpen && areWorthJoining(formed.boxes.back(), box)) {
+            formed.boxes.back().add(box);
+            m_isPaired[i - 1] = true;
             isOpen = false;
         } else {
-            boxes.push_back(box);
-            m_boxes.addSingle();
-            isOpen = !box.isEmpty();
+            formed.numbers[i] = static_cast<std::uint32_t>(formed.boxes.size());
+            formed.boxes.push_back(box);
+            isOpen = true;
         }
     }
     m_typicalSize = count > 0 ? sizes / count : 0;
-    return boxes;
+    return formed;
 }
 
 TriangleIndex::~TriangleIndex() {
@@ -155,14 +168,14 @@ TriangleIndex::~TriangleIndex() {
     }
 }
 
-void TriangleIndex::build(const std::vector<Box>& boxes) {
-    BuildContext context{boxes, m_units};
+void TriangleIndex::build(const Boxes& boxes) {
+    BuildContext context{boxes.boxes, boxes.numbers, m_units};
     RTCDevice device = embreeDevice();
     m_scene = rtcNewScene(device);
     rtcSetSceneFlags(m_scene, RTC_SCENE_FLAG_ROBUST);
     rtcSetSceneBuildQuality(m_scene, RTC_BUILD_QUALITY_MEDIUM);
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_USER);
-    rtcSetGeometryUserPrimitiveCount(geometry, m_boxes.size());
+    rtcSetGeometryUserPrimitiveCount(geometry, static_cast<unsigned>(boxes.numbers.size()));
     rtcSetGeometryUserData(geometry, &context);
     rtcSetGeometryBoundsFunction(geometry, setBounds, nullptr);
     rtcSetGeometryIntersectFunction(geometry, visitAlongRay);
@@ -203,7 +216,7 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     RayQuery query{};
     rtcInitIntersectContext(&query);
     query.visitor = &visitor;
-    query.boxes = &m_boxes;
+    query.isPaired = &m_isPaired;
     query.units = &m_units;
     query.lengthPerT = largest;
 
@@ -223,7 +236,7 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
 
 void TriangleIndex::alongRays(const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor) const {
     if (lanes != 0) {
-        castPacket({m_scene, m_boxes, m_units}, rays, lanes, width, visitor);
+        castPacket({m_scene, m_isPaired, m_units}, rays, lanes, width, visitor);
     }
 }
 
@@ -233,7 +246,7 @@ void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, Po
     }
     Point<double, 3> place = (point - m_units.centre) * m_units.perLength;
     const double distance = largestComponent(place);
-    PointQuery query{&visitor, &m_boxes, m_units.perLength, DISTANCE_MARGIN * (1 + distance)};
+    PointQuery query{&visitor, &m_isPaired, m_units.perLength, DISTANCE_MARGIN * (1 + distance)};
     if (!(distance < FARTHEST_POINT)) {
         place = {};
         query.margin = Box::INFINITE;

@@ -88,10 +88,13 @@ public:
     void aroundPoint(const Point<double, 3>& point, double radius, PointVisitor& visitor) const;
 
 private:
-    std::vector<Box> formBoxes(std::uint32_t count, const Source& source);
-    void build(const std::vector<Box>& boxes);
+    struct Boxes;
 
-    TriangleBoxes m_boxes;
+    [[nodiscard]] Boxes formBoxes(std::uint32_t count, const Source& source);
+    void build(const Boxes& boxes);
+
+    /// For each triangle whether it shares its box with the next one.
+    std::vector<bool> m_isPaired;
     Box m_box;
     IndexUnits m_units;
     double m_typicalSize = 0;
