@@ -28,7 +28,8 @@ class RuledSurface;
 /// rounding, does not hit it. A ray that starts on the surface hits it at t = 0. A screen that is not valid is never
 /// hit, maps nothing and has a zero normal.
 ///
-/// A ray is tested against every patch: meant for rails of some hundred points. Cheap to copy: copies share what they
+/// A ray is tested against every patch: meant for rails of some hundred points. One that meets the surface more than
+/// twice allocates, once for up to eight hits. Cheap to copy: copies share what they
 /// compute with.
 class RuledSurfaceScreen : public ScreenGeometry {
 public:

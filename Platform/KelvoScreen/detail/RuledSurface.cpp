@@ -57,7 +57,9 @@ public:
         }
     }
 
-    [[nodiscard]] const IntersectionSet& hits() const { return m_hits; }
+    [[nodiscard]] bool isEmpty() const { return m_hits.empty(); }
+    /// Once, at the end.
+    [[nodiscard]] IntersectionSet takeHits() { return std::move(m_hits); }
 
 private:
     struct Memory {
@@ -254,7 +256,7 @@ IntersectionSet RuledSurface::intersect(const Point<double, 3>& from, const Poin
     const AimedLine line = aimedLine(from, aim);
     Collector collector(*this, line, nullptr);
     collect(line, false, collector);
-    return collector.hits();
+    return collector.takeHits();
 }
 
 IntersectionSet RuledSurface::intersectContinued(const Point<double, 3>& from, const Point<double, 3>& to,
@@ -267,8 +269,8 @@ IntersectionSet RuledSurface::intersectContinued(const Point<double, 3>& from, c
     for (const bool continued : {false, true}) {
         Collector collector(*this, line, &sign);
         collect(line, continued, collector);
-        if (!collector.hits().empty()) {
-            return collector.hits();
+        if (!collector.isEmpty()) {
+            return collector.takeHits();
         }
     }
     return {};
