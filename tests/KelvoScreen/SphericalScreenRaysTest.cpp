@@ -160,6 +160,22 @@ TEST(SphericalScreenRays, LimitsAreInclusive) {
     }
 }
 
+TEST(SphericalScreenRays, ALimitNearAPoleIsAsSharpAsAnyOther) {
+    for (const double gap : {1e-2, 1e-5, 1e-7, 2e-9}) {
+        const SphericalScreen withoutCaps(Vector{}, 2, -PI, PI, gap - PI / 2, PI / 2 - gap);
+        for (const double pole : {-1.0, 1.0}) {
+            for (int i = 0; i < 36; ++i) {
+                const auto aim = [&](double fromPole) {
+                    return Vector{std::sin(fromPole) * std::sin(i / 5.7), std::sin(fromPole) * std::cos(i / 5.7),
+                                  pole * std::cos(fromPole)};
+                };
+                EXPECT_EQ(withoutCaps.intersect({0.0, 0.0, 0.0}, aim(gap + 1e-12)).size(), 1U) << gap << ' ' << i;
+                EXPECT_TRUE(withoutCaps.intersect({0.0, 0.0, 0.0}, aim(gap - 1e-12)).empty()) << gap << ' ' << i;
+            }
+        }
+    }
+}
+
 TEST(SphericalScreenRays, MeetTheMappedPointFromAnywhereEvenAtTheEdges) {
     const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);

@@ -48,6 +48,15 @@ SphereSurface::Rim SphereSurface::rimAt(double elevation, double radius) {
     return {radius * std::sin(elevation), radius * std::cos(elevation)};
 }
 
+double SphereSurface::Rim::excess(const Point<double, 3>& own) const {
+    const bool isNearPole = std::abs(height) > radius && own[2] * height > 0;
+    if (!isNearPole) {
+        return own[2] - height;
+    }
+    const double inwards = radius * radius - (own[0] * own[0] + own[1] * own[1]);
+    return height > 0 ? inwards : -inwards;
+}
+
 template <class Limit>
 IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                     const Limit& limit) const {
@@ -99,7 +108,7 @@ IntersectionSet SphereSurface::intersectWhole(const Point<double, 3>& from, cons
 }
 
 bool SphereSurface::isWithinLimits(const Point<double, 3>& own) const {
-    return own[2] >= m_lower.height && own[2] <= m_upper.height && m_sector.contains(own[0], own[1]);
+    return m_lower.excess(own) >= 0 && m_upper.excess(own) <= 0 && m_sector.contains(own[0], own[1]);
 }
 
 const SphereSurface::Rim& SphereSurface::nearestRim(double height) const {
@@ -113,10 +122,11 @@ Point<double, 3> SphereSurface::moveWithinLimits(const Point<double, 3>& own) co
         const Point<double, 2>& limit = m_sector.nearestLimit(own[0], own[1]);
         moved = {fromAxis * limit[0], fromAxis * limit[1], moved[2]};
     }
-    if (moved[2] >= m_lower.height && moved[2] <= m_upper.height) {
+    const bool isTooHigh = m_upper.excess(moved) > 0;
+    if (!isTooHigh && m_lower.excess(moved) >= 0) {
         return moved;
     }
-    const Rim& rim = nearestRim(moved[2]);
+    const Rim& rim = isTooHigh ? m_upper : m_lower;
     const double fromAxis = std::hypot(moved[0], moved[1]);
     const double narrowing = fromAxis > 0 ? rim.radius / fromAxis : 0.0;
     return {narrowing * moved[0], narrowing * moved[1], rim.height};
