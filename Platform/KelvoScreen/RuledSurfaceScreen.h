@@ -50,6 +50,8 @@ public:
     void updateGeometry(const IScreenConfig* screen) override;
     void sampleHorizontally(double y, double xMin, double xMax, int columns, int row, Grid& grid,
                             bool extrapolate) const override;
+    /// The side is told by the normal of the patch that is hit. Far out on the continuation another patch may be nearer
+    /// to the hit, so that `getScreenNormal` there shows another side.
     [[nodiscard]] IntersectionSet intersectExtrapolatedWithSpecifiedNormal(const Point<double, 3>& from,
                                                                            const Point<double, 3>& to,
                                                                            int sign) const override;
