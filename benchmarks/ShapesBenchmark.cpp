@@ -87,22 +87,30 @@ public:
     }
 };
 
+/// True up to an azimuth, given by its sine and cosine, to either side: a plane for each, no angles.
+bool isWithin(const Vector& p, double sine, double cosine) {
+    return sine * p[1] - cosine * std::abs(p[0]) >= 0;
+}
+
 class BareDome : public BareShape {
 public:
     bool intersect(const Vector& from, const Vector& to, Vector& point) const override {
         const Vector direction = to - from;
         return nearestRoot(
             dot(direction, direction), dot(from, direction), dot(from, from) - RADIUS * RADIUS, from, direction,
-            [this](const Vector& p) { return p[2] >= m_lowest && std::abs(std::atan2(p[0], p[1])) <= AZIMUTH; }, point);
+            [this](const Vector& p) { return p[2] >= m_lowest && isWithin(p, m_sine, m_cosine); }, point);
     }
 
 private:
     double m_lowest = RADIUS * std::sin(LOWEST_ELEVATION);
+    double m_sine = std::sin(AZIMUTH);
+    double m_cosine = std::cos(AZIMUTH);
 };
 
 class BareCylinder : public BareShape {
 public:
-    explicit BareCylinder(double azimuth) : m_azimuth(azimuth) {}
+    explicit BareCylinder(double azimuth)
+        : m_sine(std::sin(azimuth)), m_cosine(std::cos(azimuth)), m_isWhole(azimuth >= PI) {}
 
     bool intersect(const Vector& from, const Vector& to, Vector& point) const override {
         const Vector d = to - from;
@@ -110,14 +118,15 @@ public:
             d[0] * d[0] + d[1] * d[1], from[0] * d[0] + from[1] * d[1],
             from[0] * from[0] + from[1] * from[1] - RADIUS * RADIUS, from, d,
             [this](const Vector& p) {
-                return std::abs(p[2]) <= HEIGHT / 2 &&
-                       (m_azimuth >= PI || std::abs(std::atan2(p[0], p[1])) <= m_azimuth);
+                return std::abs(p[2]) <= HEIGHT / 2 && (m_isWhole || isWithin(p, m_sine, m_cosine));
             },
             point);
     }
 
 private:
-    double m_azimuth;
+    double m_sine;
+    double m_cosine;
+    bool m_isWhole;
 };
 
 /// From anywhere within `reach` of the middle to anywhere.

@@ -56,7 +56,10 @@ void FlatScreen::set(const Numbers& numbers) {
     m_upward = rotation * Point<double, 3>{0.0, 0.0, numbers.height};
     m_corner = numbers.centre - rotation * Point<double, 3>{numbers.width / 2, 0.0, numbers.height / 2};
     m_normal = rotation * Point<double, 3>{0.0, 1.0, 0.0};
-    m_valid = numbers.width > 0 && numbers.height > 0 && isFinite(m_corner) && isFinite(m_across) &&
+    // Without the squares of its sides nobody could tell what is inside the rectangle.
+    const bool haveSquares =
+        std::isnormal(numbers.width * numbers.width) && std::isnormal(numbers.height * numbers.height);
+    m_valid = numbers.width > 0 && numbers.height > 0 && haveSquares && isFinite(m_corner) && isFinite(m_across) &&
               isFinite(m_upward) && isFinite(m_corner + m_across + m_upward);
 }
 

@@ -13,6 +13,9 @@ IntersectionSet::IntersectionSet(std::initializer_list<Intersection> intersectio
 
 void IntersectionSet::add(const Intersection& intersection) {
     if (m_size >= INLINE_CAPACITY) {
+        if (m_further.capacity() == 0) {
+            m_further.reserve(FURTHER_CAPACITY);
+        }
         m_further.push_back(intersection);
     }
     std::size_t place = m_size++;

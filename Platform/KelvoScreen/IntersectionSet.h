@@ -15,7 +15,7 @@ struct Intersection {
 
 /// The intersections of a ray with a surface, nearest first.
 ///
-/// One or two hits, the usual case, are held without any allocation.
+/// One or two hits, the usual case, are held without any allocation; up to eight cost one.
 class IntersectionSet {
 public:
     IntersectionSet();
@@ -35,6 +35,8 @@ public:
 
 private:
     static constexpr std::size_t INLINE_CAPACITY = 2;
+    /// Behind the inline ones, with the first allocation: few surfaces are met more often than eight times in all.
+    static constexpr std::size_t FURTHER_CAPACITY = 6;
 
     [[nodiscard]] const Intersection& at(std::size_t i) const;
     [[nodiscard]] Intersection& at(std::size_t i);

@@ -187,6 +187,27 @@ TEST(CylinderScreenRays, JustPastAnEdgeTheyMiss) {
     EXPECT_TRUE(wall.intersect({0.0, 0.0, 0.0}, {0.0, 1.0, -1 - 1e-12}).empty());
 }
 
+TEST(CylinderScreenRays, AWallThatIsLostInTheRoundingOfItsCentreIsNotValid) {
+    ScreenConfigDouble config = tiltedWall();
+    config.orientation = {};
+    config.centre = {1e16, 0.0, 0.0};
+    config.radius = 1;
+    const CylinderScreen lost(&config);
+    EXPECT_FALSE(lost.isValid());
+    EXPECT_TRUE(lost.intersect(config.centre, {1e16, 1e6, 0.0}).empty());
+    config.centre = {1e6, 0.0, 0.0};
+    config.radius = 1e-7;
+    const CylinderScreen small(&config);
+    ASSERT_TRUE(small.isValid());
+    const IntersectionSet hits = small.intersect(config.centre, {1e6, 1.0, 0.0});
+    ASSERT_EQ(hits.size(), 1U);
+    EXPECT_LE(norm(hits.first().point - Vector{1e6, 1e-7, 0.0}), 1e-9);
+}
+
+TEST(CylinderScreenRays, PastEverySquareARayMisses) {
+    EXPECT_TRUE(ring().intersect({1e170, -1e170, 0.0}, {1e170, 0.0, 0.0}).empty());
+}
+
 TEST(CylinderScreenRays, ARayThatIsNoneMisses) {
     const CylinderScreen wall = ring();
     EXPECT_TRUE(wall.intersect({0.5, 0.0, 0.0}, {0.5, 0.0, 0.0}).empty()) << "no length";
@@ -198,6 +219,19 @@ TEST(CylinderScreenRays, ARayThatIsNoneMisses) {
             EXPECT_TRUE(wall.intersect({0.0, 1.0, 0.0}, broken).empty());
             EXPECT_TRUE(wall.intersectExtrapolatedWithSpecifiedNormal(broken, {0.0, 1.0, 0.0}, 1).empty());
         }
+    }
+}
+
+TEST(CylinderScreenRays, AHitFurtherAlongThanEveryNumberIsLeftOutAndTheStartIsKept) {
+    EXPECT_TRUE(ring().intersect({0.0, 0.0, 0.0}, {0.0, 1e-310, 0.0}).empty());
+    ScreenConfigDouble config = tiltedWall();
+    config.orientation = {};
+    config.centre = {0.0, -config.radius, 0.0};
+    const CylinderScreen throughOrigin(&config);
+    for (const double length : {1e-310, 5e-324}) {
+        const IntersectionSet hits = throughOrigin.intersect({0.0, 0.0, 0.0}, {0.0, length, 0.0});
+        ASSERT_EQ(hits.size(), 1U) << length;
+        EXPECT_EQ(hits.first().t, 0);
     }
 }
 

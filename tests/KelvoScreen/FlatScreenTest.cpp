@@ -214,6 +214,8 @@ TEST(FlatScreen, ADescriptionWithoutAnExtentIsNotValidAndNeverHit) {
         [](ScreenConfigDouble& c) { c.width = 0; },
         [](ScreenConfigDouble& c) { c.height = -1; },
         [](ScreenConfigDouble& c) { c.width = NOT_A_NUMBER; },
+        [](ScreenConfigDouble& c) { c.width = 1e-170; },
+        [](ScreenConfigDouble& c) { c.height = 1e170; },
         [](ScreenConfigDouble& c) { c.height = INFINITE; },
         [](ScreenConfigDouble& c) { c.centre[1] = NOT_A_NUMBER; },
         [](ScreenConfigDouble& c) { c.orientation[2] = INFINITE; },

@@ -195,6 +195,24 @@ TEST(RuledSurfaceScreenRays, ASeamIsHitOnce) {
     }
 }
 
+TEST(RuledSurfaceScreenRays, TheTipOfAConeIsHitOnce) {
+    ScreenConfigDouble config = ruled::ring();
+    config.upperRail.assign(config.upperRail.size(), Vector{0.2, 0.1, 1.5});
+    ScreenConfigDouble upsideDown = config;
+    std::swap(upsideDown.lowerRail, upsideDown.upperRail);
+    oracle::Random random(41);
+    for (const ScreenConfigDouble& one : {config, upsideDown, ruled::cone()}) {
+        const RuledSurfaceScreen cone(&one);
+        for (int i = 0; i < 300; ++i) {
+            // Steep enough to pass through the tip into the cone, so that nothing else is met before it.
+            const Vector eye = Vector{0.2, 0.1, 1.5} + Vector{0.0, 0.0, 3.0} + 0.5 * random.inCube();
+            const IntersectionSet hits = cone.intersect(eye, {0.2, 0.1, 1.5});
+            ASSERT_EQ(hits.size(), 1U) << "ray " << i;
+            EXPECT_LE(norm(hits.first().point - Vector{0.2, 0.1, 1.5}), 1e-14);
+        }
+    }
+}
+
 TEST(RuledSurfaceScreenRays, AMappedOriginIsAHitAtZero) {
     const ScreenConfigDouble config = ruled::cockpit();
     const RuledSurfaceScreen screen(&config);
@@ -216,6 +234,16 @@ TEST(RuledSurfaceScreenRays, BehindAndBesideTheyMiss) {
     EXPECT_TRUE(screen.intersect({0.0, 0.0, 0.0}, {0.0, -1.0, 0.0}).empty()) << "behind";
     EXPECT_TRUE(screen.intersect({0.0, 0.0, 0.0}, {0.0, 0.0, 1.0}).empty()) << "through the open top";
     EXPECT_TRUE(screen.intersect({0.0, 50.0, 0.0}, {0.0, 51.0, 0.0}).empty());
+}
+
+TEST(RuledSurfaceScreenRays, AHitFurtherAlongThanEveryNumberIsLeftOutAndTheStartIsKept) {
+    const ScreenConfigDouble config = ruled::saddle();
+    const RuledSurfaceScreen throughOrigin(&config);
+    for (const double length : {1e-310, 5e-324}) {
+        const IntersectionSet hits = throughOrigin.intersect({0.0, 0.0, 0.0}, {0.0, 0.0, length});
+        ASSERT_EQ(hits.size(), 1U) << length;
+        EXPECT_EQ(hits.first().t, 0);
+    }
 }
 
 TEST(RuledSurfaceScreenRays, ARayThatIsNoneMisses) {

@@ -74,6 +74,39 @@ TEST(ShapeAllocation, RaysNormalsAndMappedPointsAllocateNothing) {
     expectNoAllocation(RuledSurfaceScreen(&cockpit));
 }
 
+TEST(ShapeAllocation, TwoHitsAllocateNothing) {
+    const SphericalScreen sphere(Vector{}, 1, -4, 2, -1, 1);
+    const ScreenConfigDouble config = ruled::saddle();
+    const RuledSurfaceScreen saddle(&config);
+    const std::size_t before = allocationCount;
+    const IntersectionSet both = sphere.intersect({-3.0, 0.1, 0.2}, {3.0, 0.2, 0.1});
+    const IntersectionSet twice = saddle.intersect({-1.6, -1.6, 0.2}, {1.6, 1.6, 0.2});
+    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_EQ(both.size(), 2U);
+    EXPECT_EQ(twice.size(), 2U);
+}
+
+TEST(ShapeAllocation, AZigzagThatIsHitEightTimesAllocatesOnce) {
+    ScreenConfigDouble config = ruled::rectangle();
+    config.lowerRail.clear();
+    config.upperRail.clear();
+    for (int i = 0; i <= 8; ++i) {
+        const Vector point{i % 2 == 0 ? -1.0 : 1.0, 2 + 0.5 * i, -1.0};
+        config.lowerRail.push_back(point);
+        config.upperRail.push_back(point + Vector{0.0, 0.0, 2.0});
+    }
+    const RuledSurfaceScreen zigzag(&config);
+    for (const bool continued : {false, true}) {
+        const Vector eye{0.1, 0.0, 0.0};
+        const std::size_t before = allocationCount;
+        const IntersectionSet hits = continued
+                                         ? zigzag.intersectExtrapolatedWithSpecifiedNormal(eye, {0.1, 1.0, 0.0}, 1)
+                                         : zigzag.intersect(eye, {0.1, 1.0, 0.0});
+        EXPECT_EQ(allocationCount - before, 1U);
+        EXPECT_EQ(hits.size(), continued ? 4U : 8U);
+    }
+}
+
 TEST(ShapeAllocation, TheCounterCounts) {
     const std::size_t before = allocationCount;
     const SphericalScreen sphere(Vector{}, 1, -1, 1, -1, 1);

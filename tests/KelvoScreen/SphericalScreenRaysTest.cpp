@@ -160,6 +160,22 @@ TEST(SphericalScreenRays, LimitsAreInclusive) {
     }
 }
 
+TEST(SphericalScreenRays, ALimitNearAPoleIsAsSharpAsAnyOther) {
+    for (const double gap : {1e-2, 1e-5, 1e-7, 2e-9}) {
+        const SphericalScreen withoutCaps(Vector{}, 2, -PI, PI, gap - PI / 2, PI / 2 - gap);
+        for (const double pole : {-1.0, 1.0}) {
+            for (int i = 0; i < 36; ++i) {
+                const auto aim = [&](double fromPole) {
+                    return Vector{std::sin(fromPole) * std::sin(i / 5.7), std::sin(fromPole) * std::cos(i / 5.7),
+                                  pole * std::cos(fromPole)};
+                };
+                EXPECT_EQ(withoutCaps.intersect({0.0, 0.0, 0.0}, aim(gap + 1e-12)).size(), 1U) << gap << ' ' << i;
+                EXPECT_TRUE(withoutCaps.intersect({0.0, 0.0, 0.0}, aim(gap - 1e-12)).empty()) << gap << ' ' << i;
+            }
+        }
+    }
+}
+
 TEST(SphericalScreenRays, MeetTheMappedPointFromAnywhereEvenAtTheEdges) {
     const ScreenConfigDouble config = tiltedDome();
     const SphericalScreen dome(&config);
@@ -218,6 +234,25 @@ TEST(SphericalScreenRays, ARayThatIsNoneMisses) {
     }
 }
 
+TEST(SphericalScreenRays, ASphereThatIsLostInTheRoundingOfItsCentreIsNotValid) {
+    const auto at = [](double centre, double radius) {
+        return SphericalScreen({centre, 0.0, 0.0}, radius, -PI, PI, -PI / 2, PI / 2);
+    };
+    for (const auto& [centre, radius] : {std::pair{1e16, 1.0}, std::pair{1e6, 1e-9}, std::pair{-1e6, 1e-8}}) {
+        EXPECT_FALSE(at(centre, radius).isValid()) << centre;
+        EXPECT_TRUE(at(centre, radius).intersect({centre, 0.0, 0.0}, {centre, 1e6, 0.0}).empty());
+    }
+    const SphericalScreen small = at(1e6, 1e-7);
+    ASSERT_TRUE(small.isValid());
+    const IntersectionSet hits = small.intersect({1e6, 0.0, 0.0}, {1e6, 1.0, 0.0});
+    ASSERT_EQ(hits.size(), 1U);
+    EXPECT_LE(norm(hits.first().point - Vector{1e6, 1e-7, 0.0}), 1e-9);
+}
+
+TEST(SphericalScreenRays, PastEverySquareARayMisses) {
+    EXPECT_TRUE(wholeSphere().intersect({1e170, -1e170, 0.0}, {1e170, 0.0, 0.0}).empty());
+}
+
 TEST(SphericalScreenRays, ExtremelyShortAndLongRaysHitLikeOthers) {
     const SphericalScreen sphere = wholeSphere();
     for (const double length : {1e-300, 1e-200, 1e-120, 1e120, 1e200, 1e300}) {
@@ -227,6 +262,16 @@ TEST(SphericalScreenRays, ExtremelyShortAndLongRaysHitLikeOthers) {
         EXPECT_DOUBLE_EQ(hits.first().t, 1 / length);
     }
     EXPECT_TRUE(sphere.intersect({0.0, -1e308, 0.0}, {0.0, 1e308, 0.0}).empty()) << "a length past every double";
+}
+
+TEST(SphericalScreenRays, AHitFurtherAlongThanEveryNumberIsLeftOutAndTheStartIsKept) {
+    EXPECT_TRUE(wholeSphere().intersect({0.0, 0.0, 0.0}, {0.0, 1e-310, 0.0}).empty());
+    const SphericalScreen throughOrigin({0.0, 1.0, 0.0}, 1, -PI, PI, -PI / 2, PI / 2);
+    for (const double length : {1e-310, 5e-324}) {
+        const IntersectionSet hits = throughOrigin.intersect({0.0, 0.0, 0.0}, {0.0, length, 0.0});
+        ASSERT_EQ(hits.size(), 1U) << length;
+        EXPECT_EQ(hits.first().t, 0);
+    }
 }
 
 TEST(SphericalScreenRays, TheContinuationIsTheWholeSphereSeenFromTheWantedSide) {

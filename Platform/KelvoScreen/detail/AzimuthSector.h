@@ -5,8 +5,9 @@
 
 namespace KelvoScreenDetail {
 
-/// Angles come from degrees and from single precision: up to this far (radians) beyond a pole or a whole turn counts as
-/// the pole or the whole turn.
+/// Up to this far (radians) beyond a pole or a whole turn counts as the pole or the whole turn. Sums of angles in
+/// degrees miss them by some 1e-14; this is generous, and still a gap of no more than a tenth of a micrometre in a dome
+/// of 100 m. Files are read with less tolerance, so that every range of azimuths that is read is one here too.
 inline constexpr double ANGLE_TOLERANCE = 1e-9;
 
 /// A range of azimuths, limits included; azimuth = atan2(x, y). Asked without any trigonometry.

@@ -50,6 +50,9 @@ template <std::size_t N>
 
     Chord<N> chord;
     const double distance2 = dot(nearest, nearest);
+    if (!std::isfinite(distance2)) {
+        return chord;  // too far away to be told from anything, whatever the tolerance
+    }
     const double halfSquare = radius * radius - distance2;
     if (!(halfSquare > 0)) {
         if (!(distance2 <= (radius + tolerance) * (radius + tolerance))) {
@@ -62,7 +65,8 @@ template <std::size_t N>
     const double second = middle + half;
     if (first < 0) {
         const double originDistance2 = dot(origin, origin);
-        if (std::abs(originDistance2 - radius * radius) <= tolerance * (2 * radius + tolerance)) {
+        const bool hasDirection = originDistance2 > 0 && std::isfinite(originDistance2);
+        if (hasDirection && std::abs(originDistance2 - radius * radius) <= tolerance * (2 * radius + tolerance)) {
             const Point<double, N> start = origin * (radius / std::sqrt(originDistance2));
             chord.add(start, 0);
             if (half > 0 && std::abs(first) < std::abs(second)) {

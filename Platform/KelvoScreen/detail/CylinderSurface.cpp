@@ -20,7 +20,8 @@ CylinderSurface::CylinderSurface(const CylinderNumbers& numbers)
 }
 
 bool CylinderSurface::areValid(const CylinderNumbers& numbers) {
-    return isFinite(numbers.centre) && isFinite(numbers.orientation) && numbers.radius > 0 && numbers.height > 0 &&
+    return isFinite(numbers.centre) && isFinite(numbers.orientation) && numbers.height > 0 &&
+           numbers.radius > SMALLEST_IN_ROUNDINGS * ROUNDING * largestComponent(numbers.centre) &&
            std::isnormal(numbers.radius * numbers.radius) && std::isfinite(numbers.height) &&
            AzimuthSector::isRange(numbers.azimuthMin, numbers.azimuthMax);
 }
@@ -47,8 +48,12 @@ IntersectionSet CylinderSurface::hits(const Point<double, 3>& from, const Point<
     for (std::size_t i = 0; i < chord.count; ++i) {
         const auto& [place, t] = chord.ends[i];
         OwnHit hit{{place[0], place[1], origin[2] + t * aim.direction[2]}, t};
-        if (limit(hit, aim, tolerance)) {
-            found.add({m_numbers.centre + m_placement.toWorld(hit.place), hit.t * aim.scale});
+        if (!limit(hit, aim, tolerance)) {
+            continue;
+        }
+        const double position = aim.positionOf(hit.t);
+        if (std::isfinite(position)) {
+            found.add({m_numbers.centre + m_placement.toWorld(hit.place), position});
         }
     }
     return found;

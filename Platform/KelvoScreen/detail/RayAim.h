@@ -16,6 +16,10 @@ struct RayAim {
     /// False for a ray of length zero and for one that is not finite.
     [[nodiscard]] bool isUsable() const { return length2 > 0; }
 
+    /// The position on the ray of a t in units of `direction`; not finite where a double cannot hold it. The start is 0
+    /// for every ray.
+    [[nodiscard]] double positionOf(double t) const { return t == 0 ? 0.0 : t * scale; }
+
     /// `to - from`, scaled when that is extremely short or long.
     Point<double, 3> direction;
     /// The square of the length of `direction`; zero when the ray is not usable.

@@ -9,6 +9,10 @@ namespace KelvoScreenDetail {
 /// between two surfaces whose common edge is rounded differently.
 inline constexpr double ROUNDING = 16 * std::numeric_limits<double>::epsilon();
 
+/// A round shape must be this much larger than the rounding of its centre: a ray that starts at the centre of a smaller
+/// one cannot be told from one that starts on the surface.
+inline constexpr double SMALLEST_IN_ROUNDINGS = 8;
+
 /// How far outside its range a normalised 2D screen coordinate still counts as the edge. The row formulas of the grids
 /// end up to a few last bits above 1, and mapped coordinates come out of single precision in some files.
 inline constexpr double PARAMETER_TOLERANCE = 1e-9;

@@ -163,6 +163,24 @@ bool RuledPatch::passes(const Line& line, double tolerance, PatchMeeting& meetin
     return norm(connection - meeting.along * line.direction) <= allowed;
 }
 
+bool RuledPatch::moveToTip(const Line& line, double tolerance, double reach, PatchMeeting& meeting) const {
+    for (const double v : {0.0, 1.0}) {
+        if (alongEdge(v) != Point<double, 3>{}) {
+            continue;
+        }
+        // Not by interpolation, which rounds in another way in every patch.
+        PatchMeeting tip{{meeting.place.u, v}, v == 0 ? m_lower[0] : m_upper[0], 0};
+        const Point<double, 3> connection = tip.point - line.origin;
+        tip.along = dot(connection, line.direction);
+        if (std::abs(tip.along - meeting.along) <= reach &&
+            norm(connection - tip.along * line.direction) <= tolerance) {
+            meeting = tip;
+            return true;
+        }
+    }
+    return false;
+}
+
 bool RuledPatch::place(const Line& line, double root, const PatchRange& range, PatchPlace& out) const {
     // A root further out than this does not come back by improvement.
     if (!(root >= range.uMin - 1 && root <= range.uMax + 1)) {

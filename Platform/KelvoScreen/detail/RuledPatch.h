@@ -62,6 +62,11 @@ public:
     [[nodiscard]] std::size_t meet(const Line& line, const PatchRange& range, double tolerance,
                                    std::array<PatchMeeting, 2>& meetings) const;
 
+    /// Moves a meeting to the corner where the patch shrinks to a point when it is at most `reach` along the line from
+    /// there and the line passes the corner within `tolerance`. All patches with that corner then have the same
+    /// meeting.
+    [[nodiscard]] bool moveToTip(const Line& line, double tolerance, double reach, PatchMeeting& meeting) const;
+
     /// A lower bound of the distance from a point to the patch.
     [[nodiscard]] double distanceBound(const Point<double, 3>& point) const;
     /// The place on the patch nearest to a point.

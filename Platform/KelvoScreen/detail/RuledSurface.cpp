@@ -45,25 +45,21 @@ public:
     Collector(const RuledSurface& surface, const AimedLine& line, const int* sign)
         : m_surface(surface), m_line(line), m_sign(sign) {}
 
-    void add(std::size_t patch, const PatchMeeting& meeting) {
-        const Point<double, 3> normal = m_surface.m_patches[patch].normalAt(meeting.place);
-        const double cosine = dot(normal, m_line.direction);
-        if (isRepeated(patch, meeting, cosine)) {
-            return;
-        }
+    void add(std::size_t patch, PatchMeeting meeting) {
+        const RuledPatch& where = m_surface.m_patches[patch];
+        const double cosine = dot(where.normalAt(meeting.place), m_line.direction);
+        const bool isAtTip = where.moveToTip(m_line, m_line.tolerance, SAME * m_line.uncertainty(cosine), meeting);
+        // Those that are repeated are remembered too: they are what the next patch may repeat.
+        const bool isKnown = isRepeated(patch, meeting, cosine) || (isAtTip && isHit(meeting.point));
         remember(patch, meeting);
-        double along = m_line.middle + meeting.along;
-        if (along < 0 && along >= -m_line.uncertainty(cosine)) {
-            along = 0;
-        }
-        const double t = along / m_line.length * m_line.scale;
-        const bool isWanted = m_sign == nullptr || sideOfSurface(m_line.direction, normal) == *m_sign;
-        if (t >= 0 && std::isfinite(t) && isWanted) {
-            m_hits.add({m_surface.m_centre + meeting.point, t});
+        if (!isKnown) {
+            addHit(meeting, where.normalAt(meeting.place));
         }
     }
 
-    [[nodiscard]] const IntersectionSet& hits() const { return m_hits; }
+    [[nodiscard]] bool isEmpty() const { return m_hits.empty(); }
+    /// Once, at the end.
+    [[nodiscard]] IntersectionSet takeHits() { return std::move(m_hits); }
 
 private:
     struct Memory {
@@ -71,6 +67,29 @@ private:
         std::array<PatchMeeting, 2> meetings;
         std::size_t count = 0;
     };
+
+    void addHit(const PatchMeeting& meeting, const Point<double, 3>& normal) {
+        double along = m_line.middle + meeting.along;
+        if (along < 0 && along >= -m_line.uncertainty(dot(normal, m_line.direction))) {
+            along = 0;
+        }
+        const double inDirections = along / m_line.length;
+        const double t = along == 0 ? 0.0 : inDirections * m_line.scale;
+        const bool isWanted = m_sign == nullptr || sideOfSurface(m_line.direction, normal) == *m_sign;
+        if (t >= 0 && std::isfinite(t) && isWanted) {
+            m_hits.add({m_surface.m_centre + meeting.point, t});
+        }
+    }
+
+    /// True when this very point, a tip that several patches have in common, is a hit already.
+    [[nodiscard]] bool isHit(const Point<double, 3>& point) const {
+        for (std::size_t i = 0; i < m_hits.size(); ++i) {
+            if (m_hits[i].point == m_surface.m_centre + point) {
+                return true;
+            }
+        }
+        return false;
+    }
 
     /// True for a meeting on the ruling that two patches have in common, when the other one has reported it.
     [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
@@ -135,22 +154,50 @@ void RuledSurface::build() {
     }
     m_centre = low * 0.5 + high * 0.5;
     const double length = parameterised();
-    m_isClosed = m_patches.size() > 1 && lower.front() == lower.back() && upper.front() == upper.back();
+    m_isClosed = m_patches.size() > 1 && widthBetween(0, lower.size() - 1) <= m_dust;
     m_isValid = length > 0 && std::isfinite(length * length) &&
                 std::any_of(m_patches.begin(), m_patches.end(), [](const RuledPatch& p) { return p.hasArea(); });
 }
 
+double RuledSurface::widthBetween(std::size_t left, std::size_t right) const {
+    const auto& [lower, upper] = m_numbers;
+    return (norm(lower[right] - lower[left]) + norm(upper[right] - upper[left])) / 2;
+}
+
+std::vector<std::size_t> RuledSurface::rulings(double dust) const {
+    std::vector<std::size_t> kept{0};
+    const std::size_t last = m_numbers.lower.size() - 1;
+    for (std::size_t i = 1; i < last; ++i) {
+        if (widthBetween(kept.back(), i) > dust) {
+            kept.push_back(i);
+        }
+    }
+    // The surface ends at the last points exactly: it is those before them that give way.
+    while (kept.size() > 1 && !(widthBetween(kept.back(), last) > dust)) {
+        kept.pop_back();
+    }
+    if (widthBetween(kept.back(), last) > dust) {
+        kept.push_back(last);
+    }
+    return kept;
+}
+
 double RuledSurface::parameterised() {
     const auto& [lower, upper] = m_numbers;
-    double length = 0;
+    double total = 0;
     for (std::size_t i = 0; i + 1 < lower.size(); ++i) {
-        const double width = (norm(lower[i + 1] - lower[i]) + norm(upper[i + 1] - upper[i])) / 2;
-        if (width > 0) {
-            length += width;
-            m_patches.emplace_back(lower[i] - m_centre, lower[i + 1] - m_centre, upper[i] - m_centre,
-                                   upper[i + 1] - m_centre);
-            m_ends.push_back(length);
-        }
+        total += widthBetween(i, i + 1);
+    }
+    m_dust = ROUNDING * std::max(m_extent, total);
+    const std::vector<std::size_t> kept = rulings(m_dust);
+    double length = 0;
+    for (std::size_t i = 0; i + 1 < kept.size(); ++i) {
+        const std::size_t left = kept[i];
+        const std::size_t right = kept[i + 1];
+        length += widthBetween(left, right);
+        m_patches.emplace_back(lower[left] - m_centre, lower[right] - m_centre, upper[left] - m_centre,
+                               upper[right] - m_centre);
+        m_ends.push_back(length);
     }
     for (double& end : m_ends) {
         end /= length;
@@ -209,7 +256,7 @@ IntersectionSet RuledSurface::intersect(const Point<double, 3>& from, const Poin
     const AimedLine line = aimedLine(from, aim);
     Collector collector(*this, line, nullptr);
     collect(line, false, collector);
-    return collector.hits();
+    return collector.takeHits();
 }
 
 IntersectionSet RuledSurface::intersectContinued(const Point<double, 3>& from, const Point<double, 3>& to,
@@ -222,8 +269,8 @@ IntersectionSet RuledSurface::intersectContinued(const Point<double, 3>& from, c
     for (const bool continued : {false, true}) {
         Collector collector(*this, line, &sign);
         collect(line, continued, collector);
-        if (!collector.hits().empty()) {
-            return collector.hits();
+        if (!collector.isEmpty()) {
+            return collector.takeHits();
         }
     }
     return {};

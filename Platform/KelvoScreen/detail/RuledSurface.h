@@ -39,7 +39,12 @@ private:
 
     void build();
     [[nodiscard]] bool haveRails() const;
+    /// Makes the patches and returns their length.
     [[nodiscard]] double parameterised();
+    /// The mean length of both rails from one ruling straight to another.
+    [[nodiscard]] double widthBetween(std::size_t left, std::size_t right) const;
+    /// The numbers of the rulings that are further than `dust` apart: the others would make patches of noise.
+    [[nodiscard]] std::vector<std::size_t> rulings(double dust) const;
     [[nodiscard]] AimedLine aimedLine(const Point<double, 3>& from, const RayAim& aim) const;
     /// The whole patch, or with `continued` also what lies beyond the edges that it has in common with the surface.
     [[nodiscard]] PatchRange rangeOf(std::size_t patch, bool continued) const;
@@ -48,10 +53,11 @@ private:
 
     RuledNumbers m_numbers;
     Point<double, 3> m_centre;          ///< the patches are relative to it
-    std::vector<RuledPatch> m_patches;  ///< left to right; segments of no length have none
+    std::vector<RuledPatch> m_patches;  ///< left to right; segments of dust have none
     std::vector<double> m_ends;         ///< s at the right end of each patch, growing, the last one 1
+    double m_dust = 0;                  ///< rulings this near to each other are one: the rounding of a point of a rail
     double m_extent = 0;                ///< the largest coordinate of a rail: the unit of rounding
-    bool m_isClosed = false;            ///< the last ruling is the first one
+    bool m_isClosed = false;            ///< the last ruling is the first one, to rounding
     bool m_isValid = false;
 };
 

@@ -33,7 +33,8 @@ SphereSurface::SphereSurface(const SphereNumbers& numbers)
 }
 
 bool SphereSurface::areValid(const SphereNumbers& numbers) {
-    return isFinite(numbers.centre) && isFinite(numbers.orientation) && numbers.radius > 0 &&
+    return isFinite(numbers.centre) && isFinite(numbers.orientation) &&
+           numbers.radius > SMALLEST_IN_ROUNDINGS * ROUNDING * largestComponent(numbers.centre) &&
            std::isnormal(numbers.radius * numbers.radius) &&
            AzimuthSector::isRange(numbers.azimuthMin, numbers.azimuthMax) &&
            numbers.elevationMin >= -POLE - ANGLE_TOLERANCE && numbers.elevationMax <= POLE + ANGLE_TOLERANCE &&
@@ -45,6 +46,15 @@ SphereSurface::Rim SphereSurface::rimAt(double elevation, double radius) {
         return {std::copysign(INFINITE, elevation), 0.0};
     }
     return {radius * std::sin(elevation), radius * std::cos(elevation)};
+}
+
+double SphereSurface::Rim::excess(const Point<double, 3>& own) const {
+    const bool isNearPole = std::abs(height) > radius && own[2] * height > 0;
+    if (!isNearPole) {
+        return own[2] - height;
+    }
+    const double inwards = radius * radius - (own[0] * own[0] + own[1] * own[1]);
+    return height > 0 ? inwards : -inwards;
 }
 
 template <class Limit>
@@ -59,8 +69,12 @@ IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<do
     Chord<3> chord = chordInFront(from - m_numbers.centre, aim.direction, aim.length2, m_numbers.radius, tolerance);
     for (std::size_t i = 0; i < chord.count; ++i) {
         Chord<3>::End& end = chord.ends[i];
-        if (limit(end, aim, tolerance)) {
-            found.add({m_numbers.centre + end.place, end.t * aim.scale});
+        if (!limit(end, aim, tolerance)) {
+            continue;
+        }
+        const double t = aim.positionOf(end.t);
+        if (std::isfinite(t)) {
+            found.add({m_numbers.centre + end.place, t});
         }
     }
     return found;
@@ -94,7 +108,7 @@ IntersectionSet SphereSurface::intersectWhole(const Point<double, 3>& from, cons
 }
 
 bool SphereSurface::isWithinLimits(const Point<double, 3>& own) const {
-    return own[2] >= m_lower.height && own[2] <= m_upper.height && m_sector.contains(own[0], own[1]);
+    return m_lower.excess(own) >= 0 && m_upper.excess(own) <= 0 && m_sector.contains(own[0], own[1]);
 }
 
 const SphereSurface::Rim& SphereSurface::nearestRim(double height) const {
@@ -108,10 +122,11 @@ Point<double, 3> SphereSurface::moveWithinLimits(const Point<double, 3>& own) co
         const Point<double, 2>& limit = m_sector.nearestLimit(own[0], own[1]);
         moved = {fromAxis * limit[0], fromAxis * limit[1], moved[2]};
     }
-    if (moved[2] >= m_lower.height && moved[2] <= m_upper.height) {
+    const bool isTooHigh = m_upper.excess(moved) > 0;
+    if (!isTooHigh && m_lower.excess(moved) >= 0) {
         return moved;
     }
-    const Rim& rim = nearestRim(moved[2]);
+    const Rim& rim = isTooHigh ? m_upper : m_lower;
     const double fromAxis = std::hypot(moved[0], moved[1]);
     const double narrowing = fromAxis > 0 ? rim.radius / fromAxis : 0.0;
     return {narrowing * moved[0], narrowing * moved[1], rim.height};

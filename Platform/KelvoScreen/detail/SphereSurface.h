@@ -41,6 +41,10 @@ private:
     struct Rim {
         double height = 0;  ///< above the centre, along the axis; infinite at a pole, which limits nothing
         double radius = 0;
+
+        /// Above zero for a point of the sphere that is higher than the circle, below zero for a lower one. Near a
+        /// pole, where the height hardly changes any more, the distance from the axis tells.
+        [[nodiscard]] double excess(const Point<double, 3>& own) const;
     };
 
     [[nodiscard]] static bool areValid(const SphereNumbers& numbers);

@@ -68,6 +68,20 @@ TEST(Chord, LiesOnASmallBallToItsOwnRoundingWhenSeenFromFarAway) {
     EXPECT_GT(count, 1900);
 }
 
+TEST(Chord, FromTheCentreHasNoNaNHoweverLargeTheTolerance) {
+    for (const double tolerance : {0.1, 0.42, 1.0, 100.0}) {
+        const Chord<3> chord = chordInFront(Vector{}, Vector{1.0, 0.0, 0.0}, 1, 1, tolerance);
+        ASSERT_EQ(chord.count, 1U) << tolerance;
+        EXPECT_EQ(chord.ends[0].place, (Vector{1.0, 0.0, 0.0}));
+        EXPECT_EQ(chord.ends[0].t, 1);
+    }
+}
+
+TEST(Chord, OfALineFurtherAwayThanEverySquareIsNone) {
+    EXPECT_EQ(chordInFront(Vector{1.0, -1.0, 0.0} * 1e170, Vector{0.0, 1.0, 0.0}, 1, 1, 1e156).count, 0U);
+    EXPECT_EQ(chordInFront(Plane{1.0, -1.0} * 1e170, Plane{0.0, 1.0}, 1, 1, 1e156).count, 0U);
+}
+
 TEST(Chord, OfANaNIsNone) {
     const double bad = std::numeric_limits<double>::quiet_NaN();
     EXPECT_EQ(chordOf(Plane{bad, 0.0}, Plane{1.0, 0.0}).count, 0U);

@@ -27,6 +27,14 @@ TEST(RayAim, ScalesWhatIsExtremelyShortOrLong) {
     }
 }
 
+TEST(RayAim, PutsTheStartAtZeroHoweverShortItIs) {
+    for (const double length : {5e-324, 1e-310, 1.0, 1e308}) {
+        EXPECT_EQ(RayAim({0.0, 0.0, 0.0}, {length, 0.0, 0.0}).positionOf(0), 0) << length;
+    }
+    EXPECT_EQ(RayAim({0.0, 0.0, 0.0}, {2.0, 0.0, 0.0}).positionOf(3), 3);
+    EXPECT_EQ(RayAim({0.0, 0.0, 0.0}, {1e-310, 0.0, 0.0}).positionOf(3), std::numeric_limits<double>::infinity());
+}
+
 TEST(RayAim, IsNotUsableWithoutALengthOrWhenNotFinite) {
     EXPECT_FALSE(RayAim({1.0, 2.0, 3.0}, {1.0, 2.0, 3.0}).isUsable());
     EXPECT_FALSE(RayAim({-1e308, 0.0, 0.0}, {1e308, 0.0, 0.0}).isUsable());
