@@ -37,6 +37,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # g++ 12 warns of overlapping copies inside std::string concatenation where there are none (its bug 105651).
   target_compile_options(sm_options INTERFACE -Wno-restrict)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # Nobody replaces a function of ours at load time; without this, none of a shared library is inlined in itself.
+  target_compile_options(sm_options INTERFACE -fno-semantic-interposition)
+endif()
 target_link_options(sm_options INTERFACE -Wl,--no-undefined -Wl,--as-needed)
 
 if(SM_SANITIZERS)

@@ -18,30 +18,55 @@ struct Intersection {
 /// One or two hits, the usual case, are held without any allocation; up to eight cost one.
 class IntersectionSet {
 public:
-    IntersectionSet();
+    IntersectionSet() = default;
     IntersectionSet(std::initializer_list<Intersection> intersections);
 
     /// Inserts by t; among equal t the earlier insertion comes first.
-    void add(const Intersection& intersection);
+    void add(const Intersection& intersection) {
+        if (m_size > 0) {
+            insert(intersection);
+        } else {
+            m_inline.hits[m_size++] = intersection;
+        }
+    }
 
-    [[nodiscard]] bool empty() const;
-    [[nodiscard]] std::size_t size() const;
+    [[nodiscard]] bool empty() const { return m_size == 0; }
+    [[nodiscard]] std::size_t size() const { return m_size; }
 
     /// The nearest one. Throws `std::logic_error` when the set is empty.
-    [[nodiscard]] const Intersection& first() const;
+    [[nodiscard]] const Intersection& first() const { return (*this)[0]; }
 
     /// Number i, nearest first. Throws `std::logic_error` when there is none.
-    [[nodiscard]] const Intersection& operator[](std::size_t i) const;
+    [[nodiscard]] const Intersection& operator[](std::size_t i) const {
+        if (i >= m_size) {
+            refuse(i);
+        }
+        return at(i);
+    }
 
 private:
     static constexpr std::size_t INLINE_CAPACITY = 2;
     /// Behind the inline ones, with the first allocation: few surfaces are met more often than eight times in all.
     static constexpr std::size_t FURTHER_CAPACITY = 6;
 
-    [[nodiscard]] const Intersection& at(std::size_t i) const;
-    [[nodiscard]] Intersection& at(std::size_t i);
+    /// Into a set that is not empty.
+    void insert(const Intersection& intersection);
+    [[noreturn]] void refuse(std::size_t i) const;
 
-    std::array<Intersection, INLINE_CAPACITY> m_inline;
+    [[nodiscard]] const Intersection& at(std::size_t i) const {
+        return i < INLINE_CAPACITY ? m_inline.hits[i] : m_further[i - INLINE_CAPACITY];
+    }
+    [[nodiscard]] Intersection& at(std::size_t i) {
+        return i < INLINE_CAPACITY ? m_inline.hits[i] : m_further[i - INLINE_CAPACITY];
+    }
+
+    /// Room that is not cleared first: a set is made for every ray.
+    union Room {
+        Room() noexcept {}  // NOLINT(modernize-use-equals-default): the default would be deleted
+        std::array<Intersection, INLINE_CAPACITY> hits;
+    };
+
+    Room m_inline;  ///< the first `m_size` are set
     std::vector<Intersection> m_further;  ///< those behind the inline ones
     std::size_t m_size = 0;
 };

@@ -41,9 +41,9 @@ TEST(RuledSurfaceScreen, MapsAlongTheRailsAndUpTheRulings) {
     }
     Vector out;
     ASSERT_TRUE(screen.mapInto3D({0.0, 0.0}, out, false));
-    EXPECT_LE(norm(out - config.lowerRail.front()), 1e-15);
+    EXPECT_EQ(out, config.lowerRail.front());
     ASSERT_TRUE(screen.mapInto3D({1.0, 1.0}, out, false));
-    EXPECT_LE(norm(out - config.upperRail.back()), 1e-15);
+    EXPECT_EQ(out, config.upperRail.back());
 }
 
 TEST(RuledSurfaceScreen, AGridIsEvenHoweverUnevenlyTheRailsWereMeasured) {

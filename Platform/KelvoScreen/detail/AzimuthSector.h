@@ -3,6 +3,8 @@
 #include "Common/Point.h"
 #include "KelvoScreen/detail/LimitSearch.h"
 
+#include <algorithm>
+
 namespace KelvoScreenDetail {
 
 /// Up to this far (radians) beyond a pole or a whole turn counts as the pole or the whole turn. Sums of angles in
@@ -33,6 +35,16 @@ public:
         const double fromMax = y * m_max[0] - x * m_max[1];
         return m_isWide ? fromMin >= 0 || fromMax >= 0
                         : fromMin >= 0 && fromMax >= 0 && x * m_middle[0] + y * m_middle[1] >= 0;
+    }
+
+    /// A lower bound of the distance of (x, y) from the sector.
+    [[nodiscard]] double distanceBound(double x, double y) const {
+        if (m_isWhole) {
+            return 0;
+        }
+        const double beyondMin = y * m_min[0] - x * m_min[1];
+        const double beyondMax = x * m_max[1] - y * m_max[0];
+        return m_isWide ? std::min(beyondMin, beyondMax) : std::max(beyondMin, beyondMax);
     }
 
     /// The half-plane of the nearest limit, seen from a place beyond it.

@@ -43,44 +43,56 @@ IntersectionSet CylinderSurface::hits(const Point<double, 3>& from, const Point<
         return found;
     }
     const double tolerance = ROUNDING * (largestComponent(from) + m_extent);
-    const Chord<2> chord =
-        chordInFront(Point<double, 2>{origin[0], origin[1]}, across, across2, m_numbers.radius, tolerance);
-    for (std::size_t i = 0; i < chord.count; ++i) {
-        const auto& [place, t] = chord.ends[i];
-        OwnHit hit{{place[0], place[1], origin[2] + t * aim.direction[2]}, t};
-        if (!limit(hit, aim, tolerance)) {
-            continue;
-        }
-        const double position = aim.positionOf(hit.t);
-        if (std::isfinite(position)) {
-            found.add({m_numbers.centre + m_placement.toWorld(hit.place), position});
-        }
-    }
+    visitChord(Point<double, 2>{origin[0], origin[1]}, across, across2, m_numbers.radius, tolerance,
+               [&](const Point<double, 2>& place, double t) {
+                   OwnHit hit{{place[0], place[1], origin[2] + t * aim.direction[2]}, t};
+                   if (!limit(aim, tolerance, hit)) {
+                       return;
+                   }
+                   const double position = aim.positionOf(hit.t);
+                   if (std::isfinite(position)) {
+                       found.add({m_numbers.centre + m_placement.toWorld(hit.place), position});
+                   }
+               });
     return found;
 }
 
 IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
-    return hits(from, to, [this](OwnHit& hit, const RayAim& aim, double tolerance) {
+    return hits(from, to, [this](const RayAim& aim, double tolerance, OwnHit& hit) {
         if (isWithinLimits(hit.place)) {
             return true;
         }
-        const double perRadius = 1 / m_numbers.radius;
-        const Point<double, 3> outward{hit.place[0] * perRadius, hit.place[1] * perRadius, 0.0};
-        const LimitSearch search(aim.direction, aim.length2, outward, tolerance);
-        const double rim = std::copysign(m_numbers.height / 2, hit.place[2]);
-        const std::array planes{m_sector.limitPlane(hit.place, aim.direction),
-                                LimitPlane{hit.place[2] - rim, aim.direction[2]}};
-        return search.move(
-            planes, [this](const auto& own) { return moveWithinLimits(own); }, hit);
+        if (limitBound(hit.place) > LimitSearch::farthestReach(tolerance)) {
+            return false;
+        }
+        OwnHit moved = hit;
+        const bool isHit = slideToLimit(aim, tolerance, moved);
+        hit = moved;
+        return isHit;
     });
 }
 
+bool CylinderSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const {
+    const double perRadius = 1 / m_numbers.radius;
+    const Point<double, 3> outward{hit.place[0] * perRadius, hit.place[1] * perRadius, 0.0};
+    const LimitSearch search(aim.direction, aim.length2, outward, tolerance);
+    const double rim = std::copysign(m_numbers.height / 2, hit.place[2]);
+    const std::array planes{m_sector.limitPlane(hit.place, aim.direction),
+                            LimitPlane{hit.place[2] - rim, aim.direction[2]}};
+    return search.move(
+        planes, [this](const auto& own) { return moveWithinLimits(own); }, hit);
+}
+
 IntersectionSet CylinderSurface::intersectEndless(const Point<double, 3>& from, const Point<double, 3>& to) const {
-    return hits(from, to, [](const OwnHit& hit, const RayAim&, double) { return isFinite(hit.place); });
+    return hits(from, to, [](const RayAim&, double, const OwnHit& hit) { return isFinite(hit.place); });
 }
 
 bool CylinderSurface::isWithinLimits(const Point<double, 3>& own) const {
     return std::abs(own[2]) <= m_numbers.height / 2 && m_sector.contains(own[0], own[1]);
+}
+
+double CylinderSurface::limitBound(const Point<double, 3>& own) const {
+    return std::max(std::abs(own[2]) - m_numbers.height / 2, m_sector.distanceBound(own[0], own[1]));
 }
 
 Point<double, 3> CylinderSurface::moveWithinLimits(const Point<double, 3>& own) const {

@@ -6,6 +6,9 @@
 
 namespace KelvoScreenDetail {
 
+struct OwnHit;
+struct RayAim;
+
 /// The numbers of a part of a cylinder; see `CylinderScreen`.
 struct CylinderNumbers {
     Point<double, 3> centre;
@@ -39,6 +42,10 @@ private:
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
     [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
+    /// A lower bound of the distance from a point to the surface within its limits; may be below zero.
+    [[nodiscard]] double limitBound(const Point<double, 3>& own) const;
+    /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the own frame.
+    [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;
     /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
     [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
 

@@ -46,6 +46,11 @@ public:
         m_reachT = m_reach / length;
     }
 
+    /// A hit this far (a length) from the surface within its limits is beyond them, whatever the ray.
+    [[nodiscard]] static double farthestReach(double tolerance) {
+        return FARTHEST_SLIDE * uncertaintyAlong(tolerance, 0);
+    }
+
     /// @param moveWithinLimits the point of the surface within its limits nearest to a given one
     /// @return false, with the hit unchanged, when the ray misses the limit
     template <class MoveWithinLimits>

@@ -4,17 +4,18 @@
 
 namespace KelvoScreenDetail {
 
-void RayAim::rescale() {
+RayAim RayAim::rescaled(Point<double, 3> direction) {
+    RayAim aim(direction);
     const double largest = largestComponent(direction);
-    length2 = 0;
     if (!(largest > 0) || !isFinite(direction)) {
-        return;
+        return aim;
     }
     for (std::size_t i = 0; i < 3; ++i) {
-        direction[i] /= largest;
+        aim.direction[i] /= largest;
     }
-    length2 = dot(direction, direction);
-    scale = 1 / largest;
+    aim.length2 = dot(aim.direction, aim.direction);
+    aim.scale = 1 / largest;
+    return aim;
 }
 
 }  // namespace KelvoScreenDetail

@@ -9,7 +9,7 @@ struct RayAim {
     RayAim(const Point<double, 3>& from, const Point<double, 3>& to)
         : direction(to - from), length2(dot(direction, direction)) {
         if (!(length2 >= SMALLEST_SQUARE && length2 <= LARGEST_SQUARE)) {
-            rescale();
+            *this = rescaled(direction);
         }
     }
 
@@ -32,7 +32,10 @@ private:
     static constexpr double SMALLEST_SQUARE = 1e-200;
     static constexpr double LARGEST_SQUARE = 1e200;
 
-    void rescale();
+    explicit RayAim(const Point<double, 3>& unscaled) : direction(unscaled), length2(0) {}
+
+    /// By value: an object that a function elsewhere may change does not stay in registers.
+    [[nodiscard]] static RayAim rescaled(Point<double, 3> direction);
 };
 
 }  // namespace KelvoScreenDetail

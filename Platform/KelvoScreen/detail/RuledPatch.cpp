@@ -247,9 +247,14 @@ double RuledPatch::distance2(const Point<double, 3>& point, const PatchPlace& pl
     return dot(away, away);
 }
 
-PatchPlace RuledPatch::closest(const Point<double, 3>& point) const {
-    // The distance to the rulings may have several minima on a twisted patch: sample it, improve every minimum.
+PatchPlace RuledPatch::closest(const Point<double, 3>& point, double touching) const {
     const PatchRange range;
+    // Points that are asked for lie on the surface as a rule: nothing is nearer than nothing.
+    const PatchPlace likely = refineClosest(point, {0.5, closestOnRuling(point, 0.5, range)}, range);
+    if (distance2(point, likely) <= touching * touching) {
+        return likely;
+    }
+    // The distance to the rulings may have several minima on a twisted patch: sample it, improve every minimum.
     std::array<PatchPlace, CLOSEST_SAMPLES> places;
     std::array<double, CLOSEST_SAMPLES> distances{};
     for (std::size_t i = 0; i < CLOSEST_SAMPLES; ++i) {

@@ -69,8 +69,8 @@ public:
 
     /// A lower bound of the distance from a point to the patch.
     [[nodiscard]] double distanceBound(const Point<double, 3>& point) const;
-    /// The place on the patch nearest to a point.
-    [[nodiscard]] PatchPlace closest(const Point<double, 3>& point) const;
+    /// The place on the patch nearest to a point; the first one found when it is no further away than `touching`.
+    [[nodiscard]] PatchPlace closest(const Point<double, 3>& point, double touching = 0) const;
     /// From a place near the answer, the place in the range where the distance to the point is smallest.
     [[nodiscard]] PatchPlace refineClosest(const Point<double, 3>& point, PatchPlace start,
                                            const PatchRange& range) const;

@@ -189,11 +189,11 @@ double RuledSurface::parameterised() {
         total += widthBetween(i, i + 1);
     }
     m_dust = ROUNDING * std::max(m_extent, total);
-    const std::vector<std::size_t> kept = rulings(m_dust);
+    m_rulings = rulings(m_dust);
     double length = 0;
-    for (std::size_t i = 0; i + 1 < kept.size(); ++i) {
-        const std::size_t left = kept[i];
-        const std::size_t right = kept[i + 1];
+    for (std::size_t i = 0; i + 1 < m_rulings.size(); ++i) {
+        const std::size_t left = m_rulings[i];
+        const std::size_t right = m_rulings[i + 1];
         length += widthBetween(left, right);
         m_patches.emplace_back(lower[left] - m_centre, lower[right] - m_centre, upper[left] - m_centre,
                                upper[right] - m_centre);
@@ -287,17 +287,22 @@ Point<double, 3> RuledSurface::normal(const Point<double, 3>& point) const {
 }
 
 std::size_t RuledSurface::nearestPatch(const Point<double, 3>& point, PatchPlace& place) const {
-    const auto isNearer = [&](const RuledPatch& a, const RuledPatch& b) {
-        return a.distanceBound(point) < b.distanceBound(point);
-    };
     // A likely one first: most others are out of question then.
-    std::size_t nearest =
-        static_cast<std::size_t>(std::min_element(m_patches.begin(), m_patches.end(), isNearer) - m_patches.begin());
-    place = m_patches[nearest].closest(point);
-    double smallest = norm(m_patches[nearest].pointAt(place) - point);
+    std::size_t nearest = 0;
+    double leastBound = std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < m_patches.size(); ++i) {
+        const double bound = m_patches[i].distanceBound(point);
+        if (bound < leastBound) {
+            leastBound = bound;
+            nearest = i;
+        }
+    }
+    const double touching = PATCH_ROUNDING * m_extent;
+    place = m_patches[nearest].closest(point, touching);
+    double smallest = norm(m_patches[nearest].pointAt(place) - point);
+    for (std::size_t i = 0; i < m_patches.size() && smallest > touching; ++i) {
         if (m_patches[i].distanceBound(point) < smallest) {
-            const PatchPlace candidate = m_patches[i].closest(point);
+            const PatchPlace candidate = m_patches[i].closest(point, touching);
             const double distance = norm(m_patches[i].pointAt(candidate) - point);
             if (distance < smallest) {
                 smallest = distance;
@@ -320,7 +325,11 @@ bool RuledSurface::pointAt(double s, double t, Point<double, 3>& out) const {
     if (!(place.u >= range.uMin && place.u <= range.uMax && t >= range.vMin && t <= range.vMax)) {
         return false;
     }
-    return storeIfFinite(m_centre + m_patches[patch].pointAt(place), out);
+    // From the rails themselves, not relative to the centre: their points are mapped to the last bit.
+    const auto onRail = [&](const std::vector<Point<double, 3>>& rail) {
+        return (1 - place.u) * rail[m_rulings[patch]] + place.u * rail[m_rulings[patch + 1]];
+    };
+    return storeIfFinite((1 - t) * onRail(m_numbers.lower) + t * onRail(m_numbers.upper), out);
 }
 
 }  // namespace KelvoScreenDetail

@@ -52,12 +52,13 @@ private:
     [[nodiscard]] std::size_t nearestPatch(const Point<double, 3>& point, PatchPlace& place) const;
 
     RuledNumbers m_numbers;
-    Point<double, 3> m_centre;          ///< the patches are relative to it
-    std::vector<RuledPatch> m_patches;  ///< left to right; segments of dust have none
-    std::vector<double> m_ends;         ///< s at the right end of each patch, growing, the last one 1
-    double m_dust = 0;                  ///< rulings this near to each other are one: the rounding of a point of a rail
-    double m_extent = 0;                ///< the largest coordinate of a rail: the unit of rounding
-    bool m_isClosed = false;            ///< the last ruling is the first one, to rounding
+    Point<double, 3> m_centre;           ///< the patches are relative to it
+    std::vector<RuledPatch> m_patches;   ///< left to right; segments of dust have none
+    std::vector<std::size_t> m_rulings;  ///< the points of the rails between which the patches are
+    std::vector<double> m_ends;          ///< s at the right end of each patch, growing, the last one 1
+    double m_dust = 0;                   ///< rulings this near to each other are one: the rounding of a point of a rail
+    double m_extent = 0;                 ///< the largest coordinate of a rail: the unit of rounding
+    bool m_isClosed = false;             ///< the last ruling is the first one, to rounding
     bool m_isValid = false;
 };
 

@@ -66,17 +66,16 @@ IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<do
         return found;
     }
     const double tolerance = ROUNDING * (largestComponent(from) + m_extent);
-    Chord<3> chord = chordInFront(from - m_numbers.centre, aim.direction, aim.length2, m_numbers.radius, tolerance);
-    for (std::size_t i = 0; i < chord.count; ++i) {
-        Chord<3>::End& end = chord.ends[i];
-        if (!limit(end, aim, tolerance)) {
-            continue;
-        }
-        const double t = aim.positionOf(end.t);
-        if (std::isfinite(t)) {
-            found.add({m_numbers.centre + end.place, t});
-        }
-    }
+    visitChord(from - m_numbers.centre, aim.direction, aim.length2, m_numbers.radius, tolerance,
+               [&](Point<double, 3> place, double t) {
+                   if (!limit(aim, tolerance, place, t)) {
+                       return;
+                   }
+                   const double position = aim.positionOf(t);
+                   if (std::isfinite(position)) {
+                       found.add({m_numbers.centre + place, position});
+                   }
+               });
     return found;
 }
 
@@ -84,31 +83,44 @@ IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Poi
     if (m_isWhole) {
         return intersectWhole(from, to);
     }
-    return hits(from, to, [this](Chord<3>::End& end, const RayAim& aim, double tolerance) {
-        OwnHit hit{m_placement.toOwn(end.place), end.t};
-        if (isWithinLimits(hit.place)) {
+    return hits(from, to, [this](const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) {
+        const Point<double, 3> own = m_placement.toOwn(place);
+        if (isWithinLimits(own)) {
             return true;
         }
-        const Point<double, 3> direction = m_placement.toOwn(aim.direction);
-        const Point<double, 3> outward = hit.place * (1 / m_numbers.radius);
-        const LimitSearch search(direction, aim.length2, outward, tolerance);
-        const std::array planes{m_sector.limitPlane(hit.place, direction),
-                                LimitPlane{hit.place[2] - nearestRim(hit.place[2]).height, direction[2]}};
-        if (!search.move(
-                planes, [this](const auto& own) { return moveWithinLimits(own); }, hit)) {
+        if (limitBound(own) > LimitSearch::farthestReach(tolerance)) {
             return false;
         }
-        end = {m_placement.toWorld(hit.place), hit.t};
+        OwnHit hit{own, t};
+        if (!slideToLimit(aim, tolerance, hit)) {
+            return false;
+        }
+        place = m_placement.toWorld(hit.place);
+        t = hit.t;
         return true;
     });
 }
 
+bool SphereSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const {
+    const Point<double, 3> direction = m_placement.toOwn(aim.direction);
+    const Point<double, 3> outward = hit.place * (1 / m_numbers.radius);
+    const LimitSearch search(direction, aim.length2, outward, tolerance);
+    const std::array planes{m_sector.limitPlane(hit.place, direction),
+                            LimitPlane{hit.place[2] - nearestRim(hit.place[2]).height, direction[2]}};
+    return search.move(
+        planes, [this](const auto& own) { return moveWithinLimits(own); }, hit);
+}
+
 IntersectionSet SphereSurface::intersectWhole(const Point<double, 3>& from, const Point<double, 3>& to) const {
-    return hits(from, to, [](const Chord<3>::End&, const RayAim&, double) { return true; });
+    return hits(from, to, [](const RayAim&, double, const Point<double, 3>&, double) { return true; });
 }
 
 bool SphereSurface::isWithinLimits(const Point<double, 3>& own) const {
     return m_lower.excess(own) >= 0 && m_upper.excess(own) <= 0 && m_sector.contains(own[0], own[1]);
+}
+
+double SphereSurface::limitBound(const Point<double, 3>& own) const {
+    return std::max({m_lower.height - own[2], own[2] - m_upper.height, m_sector.distanceBound(own[0], own[1])});
 }
 
 const SphereSurface::Rim& SphereSurface::nearestRim(double height) const {

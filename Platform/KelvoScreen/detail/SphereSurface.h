@@ -6,6 +6,9 @@
 
 namespace KelvoScreenDetail {
 
+struct OwnHit;
+struct RayAim;
+
 /// The numbers of a sphere between limits; see `SphericalScreen`.
 struct SphereNumbers {
     Point<double, 3> centre;
@@ -54,7 +57,11 @@ private:
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
     [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
+    /// A lower bound of the distance from a point to the surface within its limits; may be below zero.
+    [[nodiscard]] double limitBound(const Point<double, 3>& own) const;
     [[nodiscard]] const Rim& nearestRim(double height) const;
+    /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the world frame.
+    [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;
     /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
     [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -59,6 +60,31 @@ TEST(AzimuthSector, RangesAreFiniteAndGrowingAndAtMostATurn) {
     EXPECT_FALSE(AzimuthSector::isRange(0, 6.3));
     EXPECT_FALSE(AzimuthSector::isRange(0, std::numeric_limits<double>::quiet_NaN()));
     EXPECT_FALSE(AzimuthSector::isRange(-std::numeric_limits<double>::infinity(), 0));
+}
+
+TEST(AzimuthSector, BoundsTheDistanceFromBelowAndToTheNearestLimitExactly) {
+    oracle::Random random(27);
+    int beside = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const double min = random.uniform(-4, 4);
+        const double span = random.uniform(0.01, 2 * PI - 0.01);
+        const AzimuthSector sector(min, min + span);
+        const double outside = random.uniform(0, 2 * PI - span);
+        const double radius = random.uniform(0.1, 5);
+        const double azimuth = min + span + outside;
+        const double bound = sector.distanceBound(radius * std::sin(azimuth), radius * std::cos(azimuth));
+        const double nearest = std::min(outside, 2 * PI - span - outside);
+        const double distance = nearest < PI / 2 ? radius * std::sin(nearest) : radius;
+        EXPECT_LE(bound, distance + 1e-14) << azimuth << " beyond " << min << " + " << span;
+        if (nearest < PI / 4) {
+            EXPECT_NEAR(bound, distance, 1e-14);
+            ++beside;
+        }
+        const double within = min + random.uniform(0, span);
+        EXPECT_LE(sector.distanceBound(radius * std::sin(within), radius * std::cos(within)), 1e-14);
+    }
+    EXPECT_GT(beside, 500);
+    EXPECT_EQ(AzimuthSector().distanceBound(3, 4), 0);
 }
 
 TEST(AzimuthSector, NamesTheNearestLimitAndItsPlane) {

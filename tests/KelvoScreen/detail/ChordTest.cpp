@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -13,6 +16,15 @@ using Plane = Point<double, 2>;
 using Vector = Point<double, 3>;
 
 constexpr double TOLERANCE = 1e-14;
+
+template <std::size_t N>
+Chord<N> chordInFront(const Point<double, N>& origin, const Point<double, N>& direction, double directionLength2,
+                      double radius, double tolerance) {
+    Chord<N> chord;
+    visitChord(origin, direction, directionLength2, radius, tolerance,
+               [&](const Point<double, N>& place, double t) { chord.add(place, t); });
+    return chord;
+}
 
 template <std::size_t N>
 Chord<N> chordOf(const Point<double, N>& origin, const Point<double, N>& direction, double radius = 1) {
@@ -66,6 +78,46 @@ TEST(Chord, LiesOnASmallBallToItsOwnRoundingWhenSeenFromFarAway) {
         }
     }
     EXPECT_GT(count, 1900);
+}
+
+TEST(Chord, IsTheSameByTheTextbookAsFromItsMiddle) {
+    oracle::Random random(26);
+    std::array<int, 3> counts{};
+    for (int i = 0; i < 20000; ++i) {
+        // Inside, around and outside the ball; near, and further away than the textbook formula serves.
+        const Vector origin = std::pow(10.0, random.uniform(-3, 1.2)) * random.inCube();
+        const Vector direction = std::pow(10.0, random.uniform(-3, 3)) * (2.0 * random.inCube() - origin);
+        const double length2 = dot(direction, direction);
+        const Chord<3> chord = chordInFront(origin, direction, length2, 1, TOLERANCE);
+        const Chord<3> general = chordFromItsMiddle(origin, direction, length2, 1.0, TOLERANCE);
+        ASSERT_EQ(chord.count, general.count) << i;
+        ++counts[chord.count];
+        for (std::size_t j = 0; j < chord.count; ++j) {
+            const double cosine = std::abs(dot(general.ends[j].place, direction)) / std::sqrt(length2);
+            const double along = 1e-14 * std::max(1.0, dot(origin, origin)) / cosine;
+            EXPECT_LE(norm(chord.ends[j].place - general.ends[j].place), along) << i;
+            EXPECT_NEAR(chord.ends[j].t * std::sqrt(length2), general.ends[j].t * std::sqrt(length2), along) << i;
+            EXPECT_NEAR(norm(chord.ends[j].place), 1, 2e-14) << i;
+        }
+    }
+    EXPECT_GT(counts[0], 1000);
+    EXPECT_GT(counts[1], 1000);
+    EXPECT_GT(counts[2], 1000);
+}
+
+TEST(Chord, OfExtremeLengthsIsNotLostInTheSquares) {
+    for (const double radius : {1e-150, 1e-100, 1.0, 1e100, 1e150}) {
+        for (const double length : {1e-100, 1.0, 1e100}) {
+            for (const double start : {-3.0, -0.5, 0.25}) {
+                const Chord<2> chord =
+                    chordInFront(Plane{start * radius, 0.0}, Plane{length, 0.0}, length * length, radius, 0);
+                SCOPED_TRACE(testing::Message() << radius << ' ' << length << ' ' << start);
+                ASSERT_EQ(chord.count, start < -1 ? 2U : 1U);
+                EXPECT_NEAR(chord.ends[chord.count - 1].place[0] / radius, 1, 4e-15);
+                EXPECT_NEAR(chord.ends[0].t * length / radius, start < -1 ? -1 - start : 1 - start, 1e-14);
+            }
+        }
+    }
 }
 
 TEST(Chord, FromTheCentreHasNoNaNHoweverLargeTheTolerance) {

@@ -53,6 +53,16 @@ TEST(LimitSearch, AGrazingHitSlidesBackAlongItsRayAtAnyAngleToTheLimit) {
     }
 }
 
+TEST(LimitSearch, ItsFarthestReachHoldsForEveryRay) {
+    for (const double rise : {1e-12, 1e-8, 1e-4, 1.0}) {
+        const Vector direction{1.0, 0.0, rise};
+        OwnHit far{{1 + 1.001 * LimitSearch::farthestReach(TOLERANCE), 2.0, 0.0}, 3};
+        EXPECT_FALSE(move(direction, far)) << rise;
+    }
+    OwnHit near{{1 + 0.999 * LimitSearch::farthestReach(TOLERANCE), 2.0, 0.0}, 3};
+    EXPECT_TRUE(move({1.0, 0.0, 1e-12}, near)) << "no larger than need be";
+}
+
 TEST(LimitSearch, NeverMovesAHitBehindTheStartOfTheRay) {
     OwnHit hit{{1 + 0.9e-8, 2.0, 0.0}, 0};
     ASSERT_TRUE(move({1.0, 0.0, 1e-6}, hit));
