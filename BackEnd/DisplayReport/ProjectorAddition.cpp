@@ -22,15 +22,6 @@ namespace {
                             entry.getName() + L"\"");
 }
 
-/// Nothing for an entry whose snippet is broken or states no address.
-std::optional<ProjectorAddress> addressOf(const ProjectorConfig& entry) {
-    try {
-        return ProjectorAddress::of(DeviceSnippet::parse(entry.getDeviceSnippet()));
-    } catch (const DeviceException&) {
-        return std::nullopt;
-    }
-}
-
 }  // namespace
 
 ProjectorAddition::Added ProjectorAddition::add(const Target& target) const {
@@ -113,7 +104,7 @@ void ProjectorAddition::requireNew(const MacAddress& mac) const {
 void ProjectorAddition::requireNew(const std::optional<ProjectorAddress>& address) const {
     for (const std::wstring& id : m_config.getProjectorConfigIds()) {
         const ProjectorConfig* const entry = m_config.getProjectorConfig(id);
-        if (address && addressOf(*entry) == address) {
+        if (address && ProjectorAddress::ofText(entry->getDeviceSnippet()) == address) {
             refuse(*entry, L"a projector at " + fromUtf8(address->text()));
         }
     }
@@ -147,6 +138,10 @@ Device* ProjectorAddition::connect(const MacAddress& mac, const Target& target) 
 void ProjectorAddition::addChannel(ChannelManager& channels, Device* device) const {
     try {
         channels.addChannel(device, &m_devices);
+    } catch (const DeviceException& fault) {
+        m_devices.releaseDevice(device);
+        throw DeviceException(__FILE__, __LINE__,
+                              fault.message + L"; nothing was added: see to the projector, then add it again");
     } catch (...) {
         m_devices.releaseDevice(device);
         throw;

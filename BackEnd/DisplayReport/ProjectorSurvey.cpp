@@ -94,15 +94,6 @@ Device* connect(const std::wstring& snippet, DeviceManager& manager) {
     }
 }
 
-/// Nothing for a snippet that is broken or states no address.
-std::optional<ProjectorAddress> addressOf(const std::wstring& snippet) {
-    try {
-        return ProjectorAddress::of(DeviceSnippet::parse(snippet));
-    } catch (const DeviceException&) {
-        return std::nullopt;
-    }
-}
-
 std::string sameAs(const ProjectorFinding& earlier, const std::string& what) {
     return printable("it has the same " + what + " as channel " + earlier.name + " (" + toUtf8(earlier.id) +
                      "); correct the Device element of one of the two, or remove one");
@@ -111,14 +102,14 @@ std::string sameAs(const ProjectorFinding& earlier, const std::string& what) {
 /// Two entries that mean one projector; the later one is at fault, and says which the other one is.
 bool isDuplicate(ProjectorFinding& finding, const std::vector<ProjectorFinding>& earlier) {
     const std::wstring uid = createMACAddressDeviceUIDFromDeviceSnippet(finding.id, finding.snippet);
-    const auto address = addressOf(finding.snippet);
+    const auto address = ProjectorAddress::ofText(finding.snippet);
     for (const ProjectorFinding& other : earlier) {
         if (uid == createMACAddressDeviceUIDFromDeviceSnippet(other.id, other.snippet)) {
             finding.fault = sameAs(other, "MAC address " + toUtf8(uid));
             finding.replaceable = false;
             return true;
         }
-        if (address && addressOf(other.snippet) == address) {
+        if (address && ProjectorAddress::ofText(other.snippet) == address) {
             finding.fault = sameAs(other, "address " + address->text());
             return true;
         }

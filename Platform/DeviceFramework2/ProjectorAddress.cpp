@@ -1,5 +1,6 @@
 #include "DeviceFramework2/ProjectorAddress.h"
 
+#include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/detail/Endpoint.h"
 #include "DeviceFramework2/detail/WholeNumber.h"
 
@@ -51,6 +52,14 @@ std::optional<ProjectorAddress> ProjectorAddress::parse(std::string_view text) {
 std::optional<ProjectorAddress> ProjectorAddress::of(const DeviceSnippet& snippet) {
     const auto endpoint = Endpoint::parse(snippet.host, snippet.port);
     return endpoint ? std::optional(ProjectorAddress{endpoint->host(), snippet.port}) : std::nullopt;
+}
+
+std::optional<ProjectorAddress> ProjectorAddress::ofText(const std::wstring& snippet) {
+    try {
+        return of(DeviceSnippet::parse(snippet));
+    } catch (const DeviceException&) {
+        return std::nullopt;
+    }
 }
 
 std::string ProjectorAddress::text() const {

@@ -16,6 +16,8 @@ struct ProjectorAddress {
 
     /// The address that a snippet states; nothing when it states none.
     [[nodiscard]] static std::optional<ProjectorAddress> of(const DeviceSnippet& snippet);
+    /// The same of the text of a snippet; nothing also when it is broken.
+    [[nodiscard]] static std::optional<ProjectorAddress> ofText(const std::wstring& snippet);
 
     /// True for the kind of address that a search can ask.
     [[nodiscard]] bool isIpv4() const { return host.find(':') == std::string::npos; }

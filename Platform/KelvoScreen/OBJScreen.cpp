@@ -37,9 +37,10 @@ std::optional<Axis> axisNamed(const std::wstring& name) {
 
 void requireScale(float scale) {
     if (!std::isfinite(scale) || scale <= 0) {
-        throw VeltraniException(
-            __FILE__, __LINE__,
-            L"The scale of the screen file is " + std::to_wstring(scale) + L": give a finite number above zero");
+        std::wostringstream message;
+        message << L"The scale of the screen file is " << scale
+                << L" in single precision: give a finite number above zero";
+        throw VeltraniException(__FILE__, __LINE__, message.str());
     }
 }
 

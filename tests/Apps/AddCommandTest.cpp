@@ -151,7 +151,8 @@ TEST_F(TheAddCommand, ALockedProjectorNamesWhereThePasswordBelongs) {
 TEST_F(TheAddCommand, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
     const PjlinkSimulator simulator({"--mac", mac(1), "--answer", "RRES=ERR4"});
     expectRefusal(add({at(simulator)}), folder.read("display.xml"),
-                  "command GetNativeResolution: RRES ?: the projector reports a failure of its own (ERR4)\n");
+                  "command GetNativeResolution: RRES ?: the projector reports a failure of its own (ERR4); nothing was "
+                  "added: see to the projector, then add it again\n");
 }
 
 TEST_F(TheAddCommand, AFullDiskIsReportedAndExitsWithFour) {

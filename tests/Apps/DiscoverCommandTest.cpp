@@ -4,6 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 namespace {
@@ -52,6 +56,20 @@ TEST(DiscoverCommand, AProjectorThatDoesNotTellItsNameIsListedAllTheSame) {
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.output, HasSubstr("02:00:00:00:00:01  127.0.0.1:"));
     EXPECT_THAT(run.errors, HasSubstr("it wants a password and none is configured"));
+}
+
+TEST(DiscoverCommand, ASearchPortThatAnotherProgramHoldsIsNamedWithTheRemedy) {
+    // Answers come to the standard port. Where it is taken already, binding it here fails, and it is as busy.
+    const int other = ::socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in standard{};
+    standard.sin_family = AF_INET;
+    standard.sin_port = htons(4352);
+    static_cast<void>(::bind(other, reinterpret_cast<const sockaddr*>(&standard), sizeof standard));
+    const ProgramRun run = runScreenManager({"discover", "--timeout", IMPATIENT});
+    ::close(other);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.errors, HasSubstr("0.0.0.0:4352: Address already in use. Give the address of each projector"));
 }
 
 TEST(DiscoverCommand, AFullDiskExitsWithFour) {

@@ -52,6 +52,14 @@ TEST(ProjectorAddress, OtherTextsAreNone) {
     EXPECT_EQ(ProjectorAddress::parse(std::string_view("192.0.2.10\0", 11)), std::nullopt);
 }
 
+TEST(ProjectorAddress, OfATextThatIsNoSnippetOrStatesNoneIsNone) {
+    EXPECT_EQ(ProjectorAddress::ofText(L"<Device type='PJLink' mac='02:00:00:00:00:01' host='192.0.2.10'/>"),
+              (ProjectorAddress{"192.0.2.10", 4352}));
+    for (const wchar_t* snippet : {L"", L"<Device", L"<Device type='PJLink' mac='02:00:00:00:00:01'/>"}) {
+        EXPECT_EQ(ProjectorAddress::ofText(snippet), std::nullopt) << snippet;
+    }
+}
+
 TEST(ProjectorAddress, ItsTextReadsBack) {
     for (const char* text : {"192.0.2.10:4352", "[2001:db8::1]:14351"}) {
         const auto address = ProjectorAddress::parse(text);
