@@ -1,0 +1,103 @@
+#include "ScreenManager/CustomProjectionTargetLocator.h"
+
+#include "Common/VeltraniException.h"
+#include "KelvoControl/ProjectionModel.h"
+#include "KelvoScreen/ScreenGeometry.h"
+#include "ScreenManager/ScreenManager.h"
+
+namespace {
+
+/// The line that the fault of a grid has always carried; reports of it are found by this number, wherever the statement
+/// stands now.
+constexpr int GRID_FAULT_LINE = 33;
+
+bool sameViewport(const Viewport& a, const Viewport& b) {
+    return a.sy == b.sy && a.sx == b.sx && a.ox == b.ox && a.oy == b.oy && a.position == b.position &&
+           a.orientation == b.orientation && a.width == b.width && a.height == b.height;
+}
+
+/// The rays of a model through points of its picture.
+class RayBuilder {
+public:
+    explicit RayBuilder(const ProjectionModel& model) : m_model(model), m_origin(model.viewport().position) {}
+
+    [[nodiscard]] Ray through(const Point<double, 2>& normalised) const {
+        Point<double, 3> direction;
+        // Not asked for its success: a sample that is refused keeps its place as a ray of length zero, which the screen
+        // judges.
+        m_model.unproject(normalised, direction);
+        return {m_origin, m_origin + direction};
+    }
+
+private:
+    const ProjectionModel& m_model;
+    Point<double, 3> m_origin;
+};
+
+/// Added up, not multiplied out, from here to the last of these two functions: whether an edge gets a sample at its far
+/// end depends on the rounding of the sum.
+template <class Place>
+void walkUp(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>& boundary) {
+    double t = 0.0;
+    do {
+        boundary.push_back(rays.through(place(t)));
+        t += step;
+    } while (t < 1.0);
+}
+
+template <class Place>
+void walkDown(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>& boundary) {
+    double t = 1.0;
+    do {
+        boundary.push_back(rays.through(place(t)));
+        t -= step;
+    } while (t > 0.0);
+}
+
+std::vector<Ray> boundaryRays(const RayBuilder& rays, int samplesPerEdge) {
+    using Normalised = Point<double, 2>;
+    const double step = 1.0 / samplesPerEdge;
+    std::vector<Ray> boundary;
+    walkUp(rays, step, [](double t) { return Normalised{t, 0.0}; }, boundary);
+    walkUp(rays, step, [](double t) { return Normalised{1.0, t}; }, boundary);
+    walkDown(rays, step, [](double t) { return Normalised{t, 1.0}; }, boundary);
+    walkDown(rays, step, [](double t) { return Normalised{0.0, t}; }, boundary);
+    return boundary;
+}
+
+}  // namespace
+
+bool CustomProjectionTargetLocatorParams::equals(const TargetLocatorParams& other) const {
+    const auto& record = static_cast<const CustomProjectionTargetLocatorParams&>(other);
+    if (!projectionModel || !record.projectionModel) {
+        return !projectionModel && !record.projectionModel;
+    }
+    return sameViewport(projectionModel->viewport(), record.projectionModel->viewport()) &&
+           projectionModel->firstName() == record.projectionModel->firstName() &&
+           projectionModel->secondName() == record.projectionModel->secondName();
+}
+
+CustomProjectionTargetLocator::CustomProjectionTargetLocator(const CustomProjectionTargetLocatorParams& params)
+    : m_params(params) {}
+
+void CustomProjectionTargetLocator::projectOnTargetLocationSurface(
+    double /*uMin*/, double /*uMax*/, double /*vMin*/, double /*vMax*/, int /*columns*/, int /*rows*/,
+    std::map<Point<int, 2>, Point<double, 3>>& /*grid*/) const {
+    throw VeltraniException(__FILE__, GRID_FAULT_LINE, L"Method Not Implemented");
+}
+
+const TargetLocatorParams& CustomProjectionTargetLocator::getTargetLocatorParams() const {
+    return m_params;
+}
+
+std::vector<Point<double, 3>> CustomProjectionTargetLocator::projectBoundaryOnTargetLocationSurface(
+    int samplesPerEdge) const {
+    if (!m_params.projectionModel || samplesPerEdge <= 0) {
+        return {};
+    }
+    const RayBuilder rays(*m_params.projectionModel);
+    const std::vector<Ray> boundary = boundaryRays(rays, samplesPerEdge);
+    const std::vector<Ray> centre{rays.through({0.5, 0.5})};
+    const std::shared_ptr<ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
+    return screen ? screen->intersectChannelBoundary(boundary, centre) : std::vector<Point<double, 3>>();
+}

@@ -1,0 +1,223 @@
+#include "ScreenManager/TargetLocatorManager.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Common/VeltraniLogging.h"
+#include "Configuration/BaseConfig.h"
+#include "Configuration/ProjectorConfig.h"
+#include "Configuration/TargetLocatorConfig.h"
+#include "Configuration/XMLConfigManager.h"
+#include "KelvoControl/Blend.h"
+#include "ScreenManager/CollimatedTargetLocator.h"
+#include "ScreenManager/CustomPlanarTargetLocator.h"
+#include "ScreenManager/CustomProjectionTargetLocator.h"
+#include "ScreenManager/PlanarTargetLocator.h"
+#include "ScreenManager/SphereTargetLocator.h"
+
+#include <array>
+#include <cmath>
+#include <new>
+#include <utility>
+
+TargetLocatorManager* TargetLocatorManager::m_pInstance = nullptr;
+log4cxx::LoggerPtr TargetLocatorManager::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.TargetLocatorManager");
+
+namespace {
+
+/// The factory of a kind of locator. Refers to the record, which must outlive it.
+template <class Locator, class Params>
+std::function<TargetLocator*()> factoryOf(const Params& params) {
+    return [&params]() -> TargetLocator* { return new (std::nothrow) Locator(params); };
+}
+
+/// What every kind that looks through a frustum reads of a projector, in the order of its entry.
+void readFrustum(const ProjectorConfig& projector, SphereTargetLocatorParams& params) {
+    params.eyepoint = projector.getPosition();
+    params.angleTop = projector.getFrustumTop();
+    params.angleBottom = projector.getFrustumBottom();
+    params.angleLeft = projector.getFrustumLeft();
+    params.angleRight = projector.getFrustumRight();
+    params.rotationZ = projector.getOrientationZ();
+    params.rotationX = projector.getOrientationX();
+    params.rotationY = projector.getOrientationY();
+}
+
+/// Extents are the tangents of the frustum. The size stays 1 x 1: rays do not depend on it, and a change of resolution
+/// alone is no reason to build a locator again.
+Viewport viewportOf(const ProjectorConfig& projector) {
+    Viewport viewport;
+    viewport.orientation[0] = projector.getOrientationZ();
+    viewport.orientation[1] = projector.getOrientationX();
+    viewport.orientation[2] = projector.getOrientationY();
+    const double top = std::tan(projector.getFrustumTop());
+    const double bottom = std::tan(projector.getFrustumBottom());
+    const double left = std::tan(projector.getFrustumLeft());
+    const double right = std::tan(projector.getFrustumRight());
+    viewport.ox = left;
+    viewport.sx = right - left;
+    viewport.oy = bottom;
+    viewport.sy = top - bottom;
+    viewport.position = projector.getPosition();
+    return viewport;
+}
+
+}  // namespace
+
+TargetLocatorManager* TargetLocatorManager::getInstance() {
+    if (m_pInstance == nullptr) {
+        m_pInstance = new TargetLocatorManager();
+    }
+    return m_pInstance;
+}
+
+void TargetLocatorManager::deleteInstance() {
+    delete m_pInstance;
+    m_pInstance = nullptr;
+}
+
+TargetLocatorManager::TargetLocatorManager() = default;
+
+TargetLocatorManager::~TargetLocatorManager() = default;
+
+std::shared_ptr<const TargetLocator> TargetLocatorManager::getTargetLocator(const XMLConfigManager* config,
+                                                                            const ProjectorConfig* projector) {
+    const bool asked = config != nullptr && projector != nullptr;
+    const TargetLocatorConfig* const targetData = asked ? config->getTargetLocatorConfig() : nullptr;
+    const std::wstring type = targetData != nullptr ? targetData->getTargetDataType() : std::wstring();
+    const Builder builder = targetData != nullptr ? builderOf(type) : nullptr;
+    if (builder != nullptr && (this->*builder)(config, projector)) {
+        return m_locators[projector->getIdentity()];
+    }
+    // Said after the builder's own message, too: callers look for this one.
+    VELTRANI_LOG(log, Warn,
+                 L"ERROR: TargetLocatorManager::getTargetLocator(), TargetLocator type (" + type + L") not found");
+    return nullptr;
+}
+
+void TargetLocatorManager::screenDefinitionChanged() {
+    // Planar locators, too, which hold nothing of the screen: every holder of a locator is to see that it is another.
+    m_locators.clear();
+}
+
+TargetLocatorManager::Builder TargetLocatorManager::builderOf(const std::wstring& targetDataType) {
+    struct Kind {
+        const std::wstring& type;
+        Builder builder;
+    };
+    static const std::array KINDS{
+        Kind{BaseConfig::TARGET_DATA_PLANAR_BASIC, &TargetLocatorManager::checkOrCreatePlanarTargetLocator},
+        Kind{BaseConfig::TARGET_DATA_PLANAR_ADVANCED, &TargetLocatorManager::checkOrCreatePlanarTargetLocator},
+        Kind{BaseConfig::TARGET_DATA_SPHERICAL, &TargetLocatorManager::checkOrCreateSphereTargetLocator},
+        Kind{BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED, &TargetLocatorManager::checkOrCreateCollimatedTargetLocator},
+        Kind{BaseConfig::TARGET_DATA_CUSTOM_PLANAR, &TargetLocatorManager::checkOrCreateCustomPlanarTargetLocator},
+        Kind{BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC,
+             &TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator},
+        Kind{BaseConfig::TARGET_DATA_3D, &TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator},
+    };
+    for (const Kind& kind : KINDS) {
+        if (kind.type == targetDataType) {
+            return kind.builder;
+        }
+    }
+    return nullptr;
+}
+
+// By value, as the callers' interface has it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+bool TargetLocatorManager::checkOrCreateTargetLocator(std::wstring name, const TargetLocatorParams& params,
+                                                      std::function<TargetLocator*()> factory) {
+    const auto cached = m_locators.find(name);
+    // An empty handle stands where an entry has changed its identity while its locator was built.
+    if (cached != m_locators.end() && cached->second && params == cached->second->getTargetLocatorParams()) {
+        return true;
+    }
+    std::shared_ptr<const TargetLocator> locator;
+    try {
+        locator.reset(factory());
+    } catch (const VeltraniExceptionBase& fault) {
+        // Through UTF-8, as everywhere where a description leaves the library: one that is no text is dropped whole.
+        VELTRANI_LOG(log, Info,
+                     L"Failed creating target locator due to following error: " +
+                         Veltrani::fromUtf8(Veltrani::toUtf8(fault.fullDescription())));
+    }
+    // After a failure, too: a locator that no longer fits its projector must not come back.
+    m_locators.erase(name);
+    return locator && m_locators.emplace(std::move(name), std::move(locator)).second;
+}
+
+bool TargetLocatorManager::checkOrCreatePlanarTargetLocator(const XMLConfigManager* /*config*/,
+                                                            const ProjectorConfig* projector) {
+    PlanarTargetLocatorParams params;
+    params.screenLeft = projector->getScreenLeft();
+    params.screenRight = projector->getScreenRight();
+    params.screenTop = projector->getScreenTop();
+    params.screenBottom = projector->getScreenBottom();
+    for (const double bound : {params.screenLeft, params.screenRight, params.screenTop, params.screenBottom}) {
+        if (bound == ProjectorConfig::SCREEN_BOUND_NOT_CONFIGURED) {
+            // Ends without the channel's name: intended, callers match the whole text.
+            VELTRANI_LOG(log, Warn,
+                         L"ERROR:  TargetLocatorManager::checkOrCreateTargetLocator() - calibration file does not "
+                         L"contain complete screen area information for channel");
+            return false;
+        }
+    }
+    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<PlanarTargetLocator>(params));
+}
+
+bool TargetLocatorManager::checkOrCreateSphereTargetLocator(const XMLConfigManager* config,
+                                                            const ProjectorConfig* projector) {
+    SphereTargetLocatorParams params;
+    readFrustum(*projector, params);
+    const TargetLocatorConfig* const targetData = config->getTargetLocatorConfig();
+    if (targetData == nullptr) {
+        return false;
+    }
+    params.eyepoint = targetData->getTargetPosition();
+    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<SphereTargetLocator>(params));
+}
+
+bool TargetLocatorManager::checkOrCreateCollimatedTargetLocator(const XMLConfigManager* config,
+                                                                const ProjectorConfig* projector) {
+    CollimatedTargetLocatorParams params;
+    readFrustum(*projector, params);
+    const TargetLocatorConfig* const targetData = config->getTargetLocatorConfig();
+    if (targetData == nullptr) {
+        return false;
+    }
+    params.mirrorOrientation = targetData->getMirrorOrientation();
+    params.mirrorPosition = targetData->getMirrorPosition();
+    params.mirrorRadius = targetData->getMirrorRadius();
+    params.eyepoint = targetData->getTargetPosition();
+    params.pitchTable = targetData->getPitchTable();
+    params.yawTable = targetData->getYawTable();
+    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<CollimatedTargetLocator>(params));
+}
+
+bool TargetLocatorManager::checkOrCreateCustomPlanarTargetLocator(const XMLConfigManager* config,
+                                                                  const ProjectorConfig* projector) {
+    CustomPlanarTargetLocatorParams params;
+    params.resolution[0] = projector->getWidth();
+    params.resolution[1] = projector->getHeight();
+    params.filename = projector->getCustomPlanarFile();
+    if (params.filename.empty()) {
+        return false;
+    }
+    if (!config->processPath(L"").empty()) {
+        params.filename = config->processPath(params.filename);
+    }
+    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<CustomPlanarTargetLocator>(params));
+}
+
+bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLConfigManager* /*config*/,
+                                                                      const ProjectorConfig* projector) {
+    const std::wstring modelName = projector->getProjectionModelName();
+    if (modelName.empty()) {
+        SphereTargetLocatorParams params;
+        readFrustum(*projector, params);
+        return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<SphereTargetLocator>(params));
+    }
+    CustomProjectionTargetLocatorParams params;
+    params.projectionModel = Blend::createProjectionModel(viewportOf(*projector), modelName, L"");
+    return checkOrCreateTargetLocator(projector->getIdentity(), params,
+                                      factoryOf<CustomProjectionTargetLocator>(params));
+}
