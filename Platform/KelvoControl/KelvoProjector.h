@@ -1,5 +1,8 @@
 #pragma once
 
+#include "KelvoControl/Blend.h"
+
+#include <memory>
 #include <string>
 
 namespace Veltrani::DeviceFramework2 {
@@ -11,9 +14,15 @@ class Device;
 /// A projector as the channel maps see it.
 class KelvoProjector {
 public:
-    KelvoProjector() = delete;
+    /// Throws `VeltraniException` for an empty handle.
+    explicit KelvoProjector(std::shared_ptr<const Blend> blend);
+
+    [[nodiscard]] const Blend& getBlend() const;
 
     /// What a new channel is called: where its device is, such as "PJLink 192.0.2.10:4352", or the UID of a device that
     /// does not tell. Empty for null.
     [[nodiscard]] static std::wstring suggestNameForChannel(const Veltrani::DeviceFramework2::Device* device);
+
+private:
+    std::shared_ptr<const Blend> m_blend;
 };

@@ -1,0 +1,17 @@
+#include "KelvoControl/CustomPlanarScreenToChannelMap.h"
+
+#include <utility>
+
+CustomPlanarScreenToChannelMap::CustomPlanarScreenToChannelMap(const std::wstring& /*filename*/,
+                                                               std::shared_ptr<IScreenGeometry> screen)
+    : m_screen(std::move(screen)) {}
+
+bool CustomPlanarScreenToChannelMap::mapChannel2DToScreen2D(const Point<double, 2>& /*channel*/,
+                                                            Point<double, 2>& /*out*/) const {
+    return false;
+}
+
+bool CustomPlanarScreenToChannelMap::mapScreen2DToChannel2D(const Point<double, 2>& /*screen*/,
+                                                            Point<double, 2>& /*out*/) const {
+    return false;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "KelvoScreen/IScreenGeometry.h"
+
+#include <memory>
+#include <string>
+
+namespace KelvoControlDetail {
+
+class WarpMesh;
+
+}  // namespace KelvoControlDetail
+
+/// The map of a custom planar channel, read from a warp-mesh file: from pixel positions of the channel's picture to the
+/// screen's normalised 2D coordinates (s, t), and back.
+///
+/// Pixel positions run from (0, 0), bottom left, to (W, H), top right, with the size that the file states. Inside a
+/// cell of the mesh both are bilinear; the way back is the exact inverse. Positions on a cell's edge, up to 1e-9 of the
+/// picture outside of it, belong to the cell, so that there is no gap between cells. Nodes marked as unused take all
+/// cells around them out of the map. Where cells overlap, the first one in the order of the file holds.
+///
+/// Both directions answer false outside of the mesh and for NaN, and then leave `out` as it was.
+///
+/// Copies share the immutable mesh and the screen.
+class CustomPlanarScreenToChannelMap {
+public:
+    /// Reads the file; an empty name gives an empty map, where every mapping is false.
+    ///
+    /// Throws `VeltraniMissingFileException` when there is no such file and `VeltraniParseException`, naming the line,
+    /// when it cannot be understood.
+    /// @param screen the screen that the coordinates belong to, kept alive by the map; may be empty
+    CustomPlanarScreenToChannelMap(const std::wstring& filename, std::shared_ptr<IScreenGeometry> screen);
+
+    /// From a pixel position to screen coordinates.
+    bool mapChannel2DToScreen2D(const Point<double, 2>& channel, Point<double, 2>& out) const;
+
+    /// From screen coordinates to a pixel position.
+    bool mapScreen2DToChannel2D(const Point<double, 2>& screen, Point<double, 2>& out) const;
+
+private:
+    std::shared_ptr<const KelvoControlDetail::WarpMesh> m_mesh;
+    std::shared_ptr<IScreenGeometry> m_screen;
+};

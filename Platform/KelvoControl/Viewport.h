@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Common/Point.h"
+
+/// Where a channel's picture lies in space: on a plane one unit in front of the projector.
+///
+/// In the projector's own frame (+x right, +y forward, +z up) the normalised picture point (u, v) lies at
+/// (ox + sx u, 1, oy + sy v): u = 0 is the left edge, v = 0 the bottom. With frustum angles that is
+/// ox = tan(left), sx = tan(right) - tan(left), oy = tan(bottom), sy = tan(top) - tan(bottom).
+struct Viewport {
+    double ox = 0;                 ///< left edge
+    double oy = 0;                 ///< bottom edge
+    double sx = 1;                 ///< width; below zero for a picture that is mirrored
+    double sy = 1;                 ///< height; below zero for a picture that hangs upside down
+    Point<double, 3> position;     ///< of the projector, in the world frame, native units
+    Point<double, 3> orientation;  ///< angles Z, X, Y for `Veltrani::rotationZXY`, radians
+    int width = 1;                 ///< of the picture, pixels
+    int height = 1;                ///< of the picture, pixels
+
+    /// The extents of a frustum, the rest as by default. Angles in radians, right and top positive, each below a right
+    /// angle in size.
+    [[nodiscard]] static Viewport fromFrustumAngles(double left, double right, double bottom, double top);
+};
