@@ -15,7 +15,6 @@
 #include "ScreenManager/SphereTargetLocator.h"
 
 #include <array>
-#include <cmath>
 #include <new>
 #include <utility>
 
@@ -42,21 +41,17 @@ void readFrustum(const ProjectorConfig& projector, SphereTargetLocatorParams& pa
     params.rotationY = projector.getOrientationY();
 }
 
-/// Extents are the tangents of the frustum. The size stays 1 x 1: rays do not depend on it, and a change of resolution
-/// alone is no reason to build a locator again.
+/// The size stays 1 x 1: rays do not depend on it, and a change of resolution alone is no reason to build a locator
+/// again.
 Viewport viewportOf(const ProjectorConfig& projector) {
-    Viewport viewport;
-    viewport.orientation[0] = projector.getOrientationZ();
-    viewport.orientation[1] = projector.getOrientationX();
-    viewport.orientation[2] = projector.getOrientationY();
-    const double top = std::tan(projector.getFrustumTop());
-    const double bottom = std::tan(projector.getFrustumBottom());
-    const double left = std::tan(projector.getFrustumLeft());
-    const double right = std::tan(projector.getFrustumRight());
-    viewport.ox = left;
-    viewport.sx = right - left;
-    viewport.oy = bottom;
-    viewport.sy = top - bottom;
+    const Point<double, 3> orientation{projector.getOrientationZ(), projector.getOrientationX(),
+                                       projector.getOrientationY()};
+    const double top = projector.getFrustumTop();
+    const double bottom = projector.getFrustumBottom();
+    const double left = projector.getFrustumLeft();
+    const double right = projector.getFrustumRight();
+    Viewport viewport = Viewport::fromFrustumAngles(left, right, bottom, top);
+    viewport.orientation = orientation;
     viewport.position = projector.getPosition();
     return viewport;
 }

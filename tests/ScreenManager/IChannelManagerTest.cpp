@@ -1,10 +1,11 @@
 #include "ScreenManager/IChannelManager.h"
 
+#include "support/VirtualSlot.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstring>
 #include <type_traits>
 
 namespace {
@@ -31,15 +32,6 @@ TEST(IChannelManager, IsAbstractLikeItsBase) {
     static_assert(std::is_abstract_v<IChannelManager> && std::is_abstract_v<IProjectorProvider>);
     static_assert(std::is_base_of_v<IProjectorProvider, IChannelManager>);
     static_assert(std::has_virtual_destructor_v<IProjectorProvider>);
-}
-
-/// The place of a virtual operation among those of its class: a pointer to a virtual member function holds its offset
-/// in the table of functions, plus one on some processors.
-template <class Operation>
-std::size_t slotOf(Operation operation) {
-    std::size_t offset = 0;
-    std::memcpy(&offset, &operation, sizeof(offset));
-    return offset / sizeof(void*);
 }
 
 // Programs that were built with an older version of the library call the operations by their places.
