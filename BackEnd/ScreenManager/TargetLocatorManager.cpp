@@ -16,7 +16,6 @@
 
 #include <array>
 #include <new>
-#include <utility>
 
 TargetLocatorManager* TargetLocatorManager::m_pInstance = nullptr;
 log4cxx::LoggerPtr TargetLocatorManager::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.TargetLocatorManager");
@@ -135,9 +134,15 @@ bool TargetLocatorManager::checkOrCreateTargetLocator(std::wstring name, const T
                      L"Failed creating target locator due to following error: " +
                          Veltrani::fromUtf8(Veltrani::toUtf8(fault.fullDescription())));
     }
+    // Its place is made before the old one goes: without memory for it everything stays as it was.
+    std::map<std::wstring, std::shared_ptr<const TargetLocator>> made;
+    if (locator) {
+        made.emplace(name, locator);
+    }
     // After a failure, too: a locator that no longer fits its projector must not come back.
     m_locators.erase(name);
-    return locator && m_locators.emplace(std::move(name), std::move(locator)).second;
+    m_locators.merge(made);
+    return locator != nullptr;
 }
 
 bool TargetLocatorManager::checkOrCreatePlanarTargetLocator(const XMLConfigManager* /*config*/,

@@ -1,0 +1,162 @@
+#include "ScreenManager/CollimatedTargetLocator.h"
+
+#include "ScreenManager/ScreenManager.h"
+
+#include <memory>
+#include <numbers>
+
+namespace {
+
+using Vector = Point<double, 3>;
+
+/// Around the origin; the mirror's own position comes in later.
+SphericalScreen wholeSphere(double radius) {
+    constexpr double PI = std::numbers::pi;
+    return {Vector{}, radius, -PI, PI, -PI / 2, PI / 2};
+}
+
+/// How many rays reach which side of the screen.
+class SideCount {
+public:
+    void add(const std::pair<bool, int>& answer) {
+        const auto [isHit, side] = answer;
+        if (isHit) {
+            ++(side == 1 ? m_front : m_other);
+        }
+    }
+
+    [[nodiscard]] bool isEmpty() const { return m_front == 0 && m_other == 0; }
+    [[nodiscard]] int normalSign() const { return m_front > m_other ? 1 : -1; }
+
+private:
+    std::size_t m_front = 0;
+    std::size_t m_other = 0;
+};
+
+}  // namespace
+
+CollimatedTargetLocatorParams::CollimatedTargetLocatorParams(const Point<double, 3>& eye, double left, double right,
+                                                             double bottom, double top, double z, double x, double y,
+                                                             const Point<double, 3>& orientationOfMirror,
+                                                             const Point<double, 3>& positionOfMirror,
+                                                             double radiusOfMirror, HeadingTable pitches,
+                                                             HeadingTable yaws)
+    : SphereTargetLocatorParams(eye, left, right, bottom, top, z, x, y, std::move(pitches), std::move(yaws)),
+      mirrorOrientation(orientationOfMirror),
+      mirrorPosition(positionOfMirror),
+      mirrorRadius(radiusOfMirror) {}
+
+bool CollimatedTargetLocatorParams::equals(const TargetLocatorParams& other) const {
+    const auto& record = static_cast<const CollimatedTargetLocatorParams&>(other);
+    return SphereTargetLocatorParams::equals(other) && mirrorOrientation == record.mirrorOrientation &&
+           mirrorPosition == record.mirrorPosition && mirrorRadius == record.mirrorRadius;
+}
+
+CollimatedTargetLocator::CollimatedTargetLocator(const CollimatedTargetLocatorParams& params)
+    : SphereTargetLocator(params),
+      m_mirrorRotation(
+          Veltrani::rotationZXY(params.mirrorOrientation[0], params.mirrorOrientation[1], params.mirrorOrientation[2])),
+      m_mirrorOffset(params.mirrorPosition),
+      m_mirror(wholeSphere(params.mirrorRadius)),
+      m_collimatedParams(params) {}
+
+const TargetLocatorParams& CollimatedTargetLocator::getTargetLocatorParams() const {
+    return m_collimatedParams;
+}
+
+std::pair<bool, int> CollimatedTargetLocator::intersectWithTargetLocationSurface(const Point<double, 3>& from,
+                                                                                 const Point<double, 3>& to,
+                                                                                 Point<double, 3>& hit) const {
+    constexpr std::pair<bool, int> MISS{false, 1};
+    Vector mirrorPoint;
+    Vector reflected;
+    if (!GetRefDirectionAndMirrorIntersection(from, to, mirrorPoint, reflected)) {
+        return MISS;
+    }
+    const std::shared_ptr<ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
+    if (!screen) {
+        return MISS;
+    }
+    const IntersectionSet intersections = screen->intersect(mirrorPoint, mirrorPoint + reflected);
+    if (intersections.empty()) {
+        return MISS;
+    }
+    hit = intersections.first().point;
+    return {true, sideOfSurface(reflected, screen->getScreenNormal(hit))};
+}
+
+std::vector<Point<double, 3>> CollimatedTargetLocator::intersectChannelBoundary(const std::vector<Ray>& boundary,
+                                                                                const std::vector<Ray>& centre) const {
+    SideCount sides;
+    const auto count = [&](const std::vector<Ray>& rays) {
+        Vector scratch;
+        for (const auto& [origin, point] : rays) {
+            sides.add(intersectWithTargetLocationSurface(origin, point, scratch));
+        }
+    };
+    count(boundary);
+    if (sides.isEmpty()) {
+        count(centre);
+    }
+    std::vector<Vector> outline;
+    if (sides.isEmpty()) {
+        return outline;
+    }
+    for (const auto& [origin, point] : boundary) {
+        Vector hit;
+        if (intersectWithTargetLocationSurfaceExtrapolated(origin, point, hit, sides.normalSign())) {
+            outline.push_back(hit);
+        }
+    }
+    return outline;
+}
+
+std::vector<Point<double, 3>> CollimatedTargetLocator::calculateBoundaryPoints(Point<double, 3> a, Point<double, 3> b,
+                                                                               Point<double, 3> c, Point<double, 3> d,
+                                                                               int samplesPerEdge) const {
+    std::vector<Ray> boundary;
+    std::vector<Ray> centre;
+    CreateRays(boundary, centre, a, b, c, d, samplesPerEdge);
+    remapRays(boundary);
+    remapRays(centre);
+    return intersectChannelBoundary(boundary, centre);
+}
+
+bool CollimatedTargetLocator::intersectWithTargetLocationSurfaceExtrapolated(const Point<double, 3>& from,
+                                                                             const Point<double, 3>& to,
+                                                                             Point<double, 3>& hit,
+                                                                             int normalSign) const {
+    Vector mirrorPoint;
+    Vector reflected;
+    if (!GetRefDirectionAndMirrorIntersection(from, to, mirrorPoint, reflected)) {
+        return false;
+    }
+    const std::shared_ptr<ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
+    if (!screen) {
+        return false;
+    }
+    const IntersectionSet intersections =
+        screen->intersectExtrapolatedWithSpecifiedNormal(mirrorPoint, mirrorPoint + reflected, normalSign);
+    if (intersections.empty()) {
+        return false;
+    }
+    hit = intersections.first().point;
+    return true;
+}
+
+bool CollimatedTargetLocator::GetRefDirectionAndMirrorIntersection(const Point<double, 3>& from,
+                                                                   const Point<double, 3>& to,
+                                                                   Point<double, 3>& mirrorPoint,
+                                                                   Point<double, 3>& reflectedDirection) const {
+    const IntersectionSet intersections = m_mirror.intersect(from, to);
+    if (intersections.empty()) {
+        return false;
+    }
+    const Vector onMirror = intersections.first().point;
+    const Vector inward = -m_mirror.getScreenNormal(onMirror);
+    mirrorPoint = m_mirrorRotation * (onMirror + m_mirrorOffset);
+    const Vector back = m_mirrorRotation * (from - to);
+    // Turned already, and turned again below: intended, see the class.
+    reflectedDirection = m_mirrorRotation * (2 * dot(back, inward) * inward - back);
+    return true;
+}
