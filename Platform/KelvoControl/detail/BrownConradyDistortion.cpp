@@ -1,0 +1,177 @@
+#include "KelvoControl/detail/BrownConradyDistortion.h"
+
+#include "KelvoControl/detail/IncreasingFunction.h"
+#include "KelvoControl/detail/Polynomial.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace KelvoControlDetail {
+
+namespace {
+
+/// Where the distorted radius (or area) grows less than this per unit, the lens counts as folding: on the way back a
+/// rounding error of 2e-16 would grow beyond 1e-9.
+constexpr double LEAST_SLOPE = 1e-6;
+
+/// How near the refined point must come to the distorted one, relative to 1 + its size: far above rounding, far below
+/// a pixel.
+constexpr double INVERSE_TOLERANCE = 1e-12;
+
+/// Newton's method needs about five steps; with halved ones, near a fold, a few more.
+constexpr int MOST_STEPS = 50;
+constexpr int MOST_HALVINGS = 20;
+
+/// Places between the axis and a point where the other terms are asked whether they turn the picture over.
+constexpr int PLACES_ON_THE_WAY = 16;
+
+Polynomial onePlus(const std::array<double, 3>& higher) {
+    return {1.0, higher[0], higher[1], higher[2]};
+}
+
+bool allZero(const Point<double, 2>& a) {
+    return a[0] == 0 && a[1] == 0;
+}
+
+}  // namespace
+
+BrownConradyDistortion::BrownConradyDistortion(const std::vector<double>& coefficients) {
+    std::array<double, 12> all{};
+    std::copy_n(coefficients.begin(), std::min(coefficients.size(), all.size()), all.begin());
+    const auto [k1, k2, p1, p2, k3, k4, k5, k6, s1, s2, s3, s4] = all;
+    m_numerator = {k1, k2, k3};
+    m_denominator = {k4, k5, k6};
+    m_tangential = {p1, p2};
+    m_prism = {s1, s2, s3, s4};
+    const auto isZero = [](double value) { return value == 0; };
+    m_radialOnly = std::all_of(m_tangential.begin(), m_tangential.end(), isZero) &&
+                   std::all_of(m_prism.begin(), m_prism.end(), isZero);
+    m_foldRadius = findFold();
+    double slope = 0;
+    m_distortedFoldRadius = m_foldRadius * radial(m_foldRadius * m_foldRadius, slope);
+}
+
+double BrownConradyDistortion::findFold() const {
+    // With s = r^2 and c = n / d, the radius r c grows by (n d + 2 s (n' d - n d')) / d^2 per unit of r.
+    const Polynomial n = onePlus(m_numerator);
+    const Polynomial d = onePlus(m_denominator);
+    const Polynomial twist = sum(product(derivative(n), d), product({-1.0}, product(n, derivative(d))));
+    const Polynomial growth = sum(product(n, d), product({0.0, 2.0}, twist));
+    const Polynomial above = sum(growth, product({-LEAST_SLOPE}, product(d, d)));
+    const double pole = positiveUpTo(d, FARTHEST * FARTHEST);
+    return std::sqrt(positiveUpTo(above, pole));
+}
+
+double BrownConradyDistortion::radial(double r2, double& slope) const {
+    const auto& n = m_numerator;
+    const auto& d = m_denominator;
+    const double over = 1.0 + r2 * (n[0] + r2 * (n[1] + r2 * n[2]));
+    const double under = 1.0 + r2 * (d[0] + r2 * (d[1] + r2 * d[2]));
+    const double overSlope = n[0] + r2 * (2 * n[1] + r2 * 3 * n[2]);
+    const double underSlope = d[0] + r2 * (2 * d[1] + r2 * 3 * d[2]);
+    const double c = over / under;
+    slope = (overSlope - c * underSlope) / under;
+    return c;
+}
+
+Point<double, 2> BrownConradyDistortion::formula(const Point<double, 2>& plain, Jacobian& jacobian) const {
+    const double x = plain[0];
+    const double y = plain[1];
+    const double r2 = x * x + y * y;
+    const auto [p1, p2] = m_tangential;
+    const auto& s = m_prism;
+    double slope = 0;
+    const double c = radial(r2, slope);
+    const double across = s[0] + 2 * s[1] * r2;
+    const double along = s[2] + 2 * s[3] * r2;
+    const double mixed = 2 * (x * y * slope + p1 * x + p2 * y);
+    jacobian.xx = c + 2 * x * x * slope + 2 * p1 * y + 6 * p2 * x + 2 * x * across;
+    jacobian.xy = mixed + 2 * y * across;
+    jacobian.yx = mixed + 2 * x * along;
+    jacobian.yy = c + 2 * y * y * slope + 6 * p1 * y + 2 * p2 * x + 2 * y * along;
+    return {x * c + 2 * p1 * x * y + p2 * (r2 + 2 * x * x) + r2 * (s[0] + r2 * s[1]),
+            y * c + p1 * (r2 + 2 * y * y) + 2 * p2 * x * y + r2 * (s[2] + r2 * s[3])};
+}
+
+bool BrownConradyDistortion::isUnfolded(const Point<double, 2>& plain) const {
+    if (!(norm(plain) < m_foldRadius)) {
+        return false;
+    }
+    for (int place = 1; !m_radialOnly && place <= PLACES_ON_THE_WAY; ++place) {
+        Jacobian jacobian;
+        static_cast<void>(formula(plain * (static_cast<double>(place) / PLACES_ON_THE_WAY), jacobian));
+        if (!(jacobian.determinant() > LEAST_SLOPE)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool BrownConradyDistortion::distort(const Point<double, 2>& plain, Point<double, 2>& distorted) const {
+    if (!isUnfolded(plain)) {
+        return false;
+    }
+    Jacobian jacobian;
+    distorted = formula(plain, jacobian);
+    return true;
+}
+
+Point<double, 2> BrownConradyDistortion::undistortRadius(const Point<double, 2>& distorted,
+                                                         double distortedRadius) const {
+    const auto grown = [this](double r) {
+        double slope = 0;
+        const double c = radial(r * r, slope);
+        return ValueAndSlope{r * c, c + 2 * r * r * slope};
+    };
+    const double target = std::min(distortedRadius, m_distortedFoldRadius);
+    const double guess = std::min(target, m_foldRadius);
+    return distorted * (whereIncreasingEquals(grown, target, 0, m_foldRadius, guess) / distortedRadius);
+}
+
+Point<double, 2> BrownConradyDistortion::refine(const Point<double, 2>& distorted, Point<double, 2> guess) const {
+    Jacobian jacobian;
+    Point<double, 2> miss = distorted - formula(guess, jacobian);
+    for (int step = 0; step < MOST_STEPS && !allZero(miss); ++step) {
+        const double determinant = jacobian.determinant();
+        Point<double, 2> move{(jacobian.yy * miss[0] - jacobian.xy * miss[1]) / determinant,
+                              (jacobian.xx * miss[1] - jacobian.yx * miss[0]) / determinant};
+        bool nearer = false;
+        for (int halving = 0; halving < MOST_HALVINGS && !nearer; ++halving, move *= 0.5) {
+            const Point<double, 2> moved = guess + move;
+            Jacobian there;
+            const Point<double, 2> missThere = distorted - formula(moved, there);
+            if (norm(missThere) < norm(miss)) {
+                guess = moved;
+                miss = missThere;
+                jacobian = there;
+                nearer = true;
+            }
+        }
+        if (!nearer) {
+            break;
+        }
+    }
+    return guess;
+}
+
+bool BrownConradyDistortion::undistort(const Point<double, 2>& distorted, Point<double, 2>& plain) const {
+    const double radius = norm(distorted);
+    if (!(radius > 0)) {
+        return radius == 0 && distort(distorted, plain);
+    }
+    if (!std::isfinite(radius) || (m_radialOnly && !(radius < m_distortedFoldRadius))) {
+        return false;
+    }
+    Point<double, 2> found = undistortRadius(distorted, radius);
+    if (!m_radialOnly) {
+        found = refine(distorted, found);
+    }
+    Point<double, 2> back;
+    if (!distort(found, back) || !(norm(back - distorted) <= INVERSE_TOLERANCE * (1 + radius))) {
+        return false;
+    }
+    plain = found;
+    return true;
+}
+
+}  // namespace KelvoControlDetail

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KelvoControlDetail {
+
+/// A value of a calibration file, as it stands there.
+struct CalibrationValue {
+    std::string text;
+    int line = 1;
+};
+
+/// A matrix of a calibration file. What the file does not say is missing here.
+struct CalibrationMatrix {
+    int line = 1;  ///< where it begins
+    std::optional<CalibrationValue> rows;
+    std::optional<CalibrationValue> cols;
+    std::optional<CalibrationValue> dt;  ///< type of the elements: "d" or "f"
+    std::vector<CalibrationValue> data;  ///< row by row
+};
+
+/// What a lens is read from, in whichever of the two languages it was written; other entries are not kept. Nothing is
+/// checked yet.
+struct CalibrationContent {
+    int lastLine = 1;
+    std::optional<CalibrationValue> imageWidth;
+    std::optional<CalibrationValue> imageHeight;
+    std::optional<CalibrationMatrix> cameraMatrix;
+    std::optional<CalibrationMatrix> distortion;
+};
+
+/// The keys of these entries.
+inline constexpr const char* IMAGE_WIDTH = "image_width";
+inline constexpr const char* IMAGE_HEIGHT = "image_height";
+inline constexpr const char* CAMERA_MATRIX = "camera_matrix";
+inline constexpr const char* DISTORTION_COEFFICIENTS = "distortion_coefficients";
+
+/// What stands beside a matrix: its type.
+inline constexpr const char* MATRIX_TYPE = "opencv-matrix";
+
+/// A matrix that is needed has at most 14 elements; a list that goes on for longer than this is not kept.
+inline constexpr std::size_t MOST_ELEMENTS = 64;
+
+}  // namespace KelvoControlDetail

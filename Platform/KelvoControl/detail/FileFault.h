@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace KelvoControlDetail {
+
+/// What is wrong at one place of a file, told so that its author can put it right.
+struct FileFault {
+    int line = 1;         ///< the first line of the file is 1
+    std::string element;  ///< what stands there: "camera_matrix", "node (3, 4)"
+    std::string found;    ///< as it stands in the file, see `inQuotes`
+    std::string expected;
+    std::string remedy;
+};
+
+/// Throws `VeltraniParseException`: "document:line: element: found ..., expected ...; remedy", on one line.
+/// @param document usually the path; UTF-8
+[[noreturn]] void throwFault(const std::string& document, const FileFault& fault);
+
+/// A text from a file, in quotes: cut when it is long, control characters spelled out.
+[[nodiscard]] std::string inQuotes(std::string_view text);
+
+/// The content of a file, without the byte-order mark that some editors put before UTF-8 text.
+///
+/// Throws `VeltraniMissingFileException` when there is no such file, `VeltraniParseException` when it is longer than
+/// `largest` bytes.
+[[nodiscard]] std::string contentOf(const std::string& utf8Path, std::size_t largest);
+
+}  // namespace KelvoControlDetail

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace KelvoControlDetail {
+
+/// What a distortion's numbers mean. A file of four coefficients does not tell: the name of the model decides.
+enum class LensFamily {
+    BrownConrady,  ///< k1 k2 p1 p2 [k3 [k4 k5 k6 [s1 s2 s3 s4]]]
+    Fisheye,       ///< k1 k2 k3 k4
+};
+
+/// A lens as an OpenCV calibration file describes it, in YAML or XML: the size of the calibration picture, where the
+/// axis meets it and the distortion.
+///
+/// Picture points are normalised, (0, 0) bottom left; the plane one unit in front of the lens has x to the right and y
+/// down. The first pixel of the picture, top left, has its centre at (0, 0).
+struct LensCalibration {
+    int imageWidth = 0;
+    int imageHeight = 0;
+    double fx = 0;  ///< focal lengths and axis, pixels
+    double fy = 0;
+    double cx = 0;
+    double cy = 0;
+    std::vector<double> distortion;  ///< 4, 5, 8 or 12 numbers for Brown-Conrady, 4 for a fisheye; all finite
+
+    /// The distorted point on the lens plane of a picture point, and the way back.
+    [[nodiscard]] Point<double, 2> lensFromPicture(const Point<double, 2>& normalised) const;
+    [[nodiscard]] Point<double, 2> pictureFromLens(const Point<double, 2>& distorted) const;
+
+    /// Throws `VeltraniMissingFileException` when there is no such file and `VeltraniParseException`, which names file
+    /// and line, when it is no such description or describes a lens that cannot be modelled: a skewed or tilted sensor.
+    [[nodiscard]] static LensCalibration read(const std::wstring& file, LensFamily family);
+
+    /// As `read`, from a text.
+    /// @param document named in messages, UTF-8
+    [[nodiscard]] static LensCalibration parse(std::string_view text, const std::string& document, LensFamily family);
+};
+
+}  // namespace KelvoControlDetail

@@ -1,0 +1,38 @@
+#include "KelvoControl/detail/LensKinds.h"
+
+#include "KelvoControl/detail/BrownConradyLens.h"
+#include "KelvoControl/detail/EquidistantLens.h"
+#include "KelvoControl/detail/FisheyeLens.h"
+#include "KelvoControl/detail/RectilinearLens.h"
+
+namespace KelvoControlDetail {
+
+namespace {
+
+template <class Lens>
+LensKind fromViewport(const std::wstring& kind) {
+    return {kind, false, [](const Viewport& viewport, const std::wstring& name, const std::wstring&) {
+                return std::make_shared<Lens>(viewport, name);
+            }};
+}
+
+template <class Lens>
+LensKind fromFile(const std::wstring& kind) {
+    return {kind, true, [](const Viewport& viewport, const std::wstring& name, const std::wstring& file) {
+                return std::make_shared<Lens>(viewport, name, file);
+            }};
+}
+
+}  // namespace
+
+const std::vector<LensKind>& lensKinds() {
+    static const std::vector<LensKind> kinds{
+        fromViewport<RectilinearLens>(L"Rectilinear"),
+        fromViewport<EquidistantLens>(L"Equidistant"),
+        fromFile<BrownConradyLens>(L"BrownConrady"),
+        fromFile<FisheyeLens>(L"Fisheye"),
+    };
+    return kinds;
+}
+
+}  // namespace KelvoControlDetail
