@@ -2,6 +2,7 @@
 #include "ExitCode.h"
 #include "FailureReport.h"
 #include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/TargetLocatorManager.h"
 
 #include <exception>
 
@@ -14,6 +15,7 @@ int main(int argc, char** argv) {
             return commandLine.report(error);
         }
         const int code = commandLine.run();
+        TargetLocatorManager::deleteInstance();
         ScreenManager::deleteInstance();
         return code;
     } catch (...) {

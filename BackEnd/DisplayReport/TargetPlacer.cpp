@@ -4,15 +4,22 @@
 #include "Configuration/BaseConfig.h"
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/ProjectorConfig.h"
-#include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
+#include "DisplayReport/Fault.h"
 #include "DisplayReport/GeometryText.h"
+#include "DisplayReport/LocatorSource.h"
+#include "DisplayReport/OutlineSamples.h"
 #include "DisplayReport/ScreenArea.h"
 #include "KelvoScreen/ScreenGeometry.h"
-#include "ScreenManager/PlanarTargetLocator.h"
+#include "ScreenManager/CustomPlanarTargetLocator.h"
+#include "ScreenManager/CustomProjectionTargetLocator.h"
 #include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/SphereTargetLocator.h"
+#include "ScreenManager/TargetLocatorManager.h"
 
+#include <algorithm>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -29,26 +36,70 @@ std::size_t product(int a, int b) {
     return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
 }
 
-std::string whyNothingWasPlaced(const ScreenGeometry& surface, const ScreenArea& area) {
-    for (const std::string& reason : {missingParameters(surface), area.fault()}) {
-        if (!reason.empty()) {
-            return reason;
-        }
+/// One line of a fault with its causes.
+std::string sentence(const Fault& fault) {
+    std::string text = fault.what;
+    for (const std::string& cause : fault.causes) {
+        text += ": " + cause;
     }
-    return "none of its grid targets lies on the screen";
+    return text;
 }
 
-/// Kinds of target data that the screen areas alone decide.
 bool isPlanar(const std::wstring& targetData) {
     return targetData == BaseConfig::TARGET_DATA_PLANAR_BASIC || targetData == BaseConfig::TARGET_DATA_PLANAR_ADVANCED;
 }
 
-std::string remarkOn(const TargetLocatorConfig* targets) {
-    const std::wstring type = targets == nullptr ? std::wstring() : targets->getTargetDataType();
-    if (type.empty() || isPlanar(type)) {
-        return {};
+/// What the configuration lacks for a locator; empty when nothing is known to be wrong.
+std::string whyThereIsNoLocator(const XMLConfigManager& config, const ProjectorConfig& projector) {
+    if (targetDataTypeOf(config).empty()) {
+        return "the configuration names no kind of target data: add a TargetData element";
     }
-    return "the target data is " + toUtf8(type) + "; the targets were placed by the screen areas";
+    const LocatorSource source = locatorSourceOf(config, projector);
+    return source.faults.empty() ? std::string() : sentence(source.faults.front());
+}
+
+/// The locator of a channel; null, with the reason in `fault`, when there is none.
+std::shared_ptr<const TargetLocator> locatorOf(const XMLConfigManager& config, const ProjectorConfig& projector,
+                                               std::string& fault) {
+    std::shared_ptr<const TargetLocator> locator;
+    try {
+        locator = TargetLocatorManager::getInstance()->getTargetLocator(&config, &projector);
+    } catch (...) {
+        fault = sentence(faultOf({}, std::current_exception()));
+        return nullptr;
+    }
+    if (!locator) {
+        const std::string reason = whyThereIsNoLocator(config, projector);
+        fault = reason.empty() ? "no target locator can be built for it" : reason;
+    }
+    return locator;
+}
+
+bool offersGrid(const TargetLocator& locator) {
+    return dynamic_cast<const CustomProjectionTargetLocator*>(&locator) == nullptr;
+}
+
+/// Rows run from the top of the picture down, but from the bottom up where a map file addresses pixels.
+bool runsUpwards(const TargetLocator& locator) {
+    return dynamic_cast<const CustomPlanarTargetLocator*>(&locator) != nullptr;
+}
+
+/// Why nothing lies on the screen.
+std::string whyEverythingMisses(const XMLConfigManager& config, const ProjectorConfig& projector,
+                                const TargetLocator& locator, const TargetPlan& plan, const ScreenGeometry& surface) {
+    const std::string what = offersGrid(locator) ? "none of its grid targets" : "nothing of its outline";
+    if (dynamic_cast<const SphereTargetLocator*>(&locator) != nullptr) {
+        return plan.columns == 1 || plan.rows == 1
+                   ? "a grid of one column or one row has no extent in a frustum: ask for two at least"
+                   : what + " lies on the screen: check its position, orientation and frustum";
+    }
+    const std::string planar = isPlanar(targetDataTypeOf(config)) ? screenAreaOf(projector).fault() : std::string();
+    for (const std::string& reason : {offersGrid(locator) ? missingParameters(surface) : std::string(), planar}) {
+        if (!reason.empty()) {
+            return reason;
+        }
+    }
+    return what + " lies on the screen";
 }
 
 }  // namespace
@@ -61,14 +112,13 @@ TargetSurvey TargetPlacer::place(const XMLConfigManager& config) const {
     if (const IUnitsConfig* units = config.getNativeUnitsConfig()) {
         survey.unit = toUtf8(units->getUnitName());
     }
-    survey.remark = remarkOn(config.getTargetLocatorConfig());
     const auto ids = config.getProjectorConfigIds();
     for (std::size_t i = 0; i < ids.size(); ++i) {
         if (m_progress) {
             m_progress(i, ids.size());
         }
         if (const ProjectorConfig* projector = config.getProjectorConfig(ids[i])) {
-            survey.channels.push_back(placeChannel(*projector));
+            survey.channels.push_back(placeChannel(config, *projector));
         }
     }
     if (m_progress) {
@@ -77,7 +127,7 @@ TargetSurvey TargetPlacer::place(const XMLConfigManager& config) const {
     return survey;
 }
 
-ChannelTargets TargetPlacer::placeChannel(const ProjectorConfig& projector) const {
+ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const ProjectorConfig& projector) const {
     ChannelTargets channel;
     channel.name = toUtf8(projector.getName());
     channel.projectorId = toUtf8(projector.getIdentity());
@@ -85,9 +135,8 @@ ChannelTargets TargetPlacer::placeChannel(const ProjectorConfig& projector) cons
     constexpr int EDGES = 4;
     channel.boundaryMissed = product(EDGES, m_plan.boundarySamples);
 
-    const ScreenArea area = screenAreaOf(projector);
-    if (!area.complete()) {
-        channel.fault = area.fault();
+    const auto locator = locatorOf(config, projector, channel.fault);
+    if (!locator) {
         return channel;
     }
     const auto surface = ScreenManager::getInstance()->getScreenGeometry();
@@ -95,23 +144,40 @@ ChannelTargets TargetPlacer::placeChannel(const ProjectorConfig& projector) cons
         channel.fault = "there is no screen to place targets on";
         return channel;
     }
-    const PlanarTargetLocator locator(PlanarTargetLocatorParams(area.left, area.right, area.bottom, area.top));
-
-    std::map<Point<int, 2>, Point<double, 3>> grid;
-    locator.projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, m_plan.columns, m_plan.rows, grid);
-    channel.boundary = locator.projectBoundaryOnTargetLocationSurface(m_plan.boundarySamples);
-
-    channel.grid.reserve(grid.size());
-    for (const auto& [index, point] : grid) {
-        channel.grid.push_back(
-            {index[0], index[1], {normalised(index[0], m_plan.columns), normalised(index[1], m_plan.rows)}, point});
+    channel.boundaryMissed = outlineSamples(*locator, m_plan.boundarySamples);
+    if (!offersGrid(*locator)) {
+        channel.gridMissed = 0;
+        channel.remark = "its projector has a projection model, for which only an outline is placed";
     }
-    channel.gridMissed -= channel.grid.size();
-    channel.boundaryMissed -= channel.boundary.size();
-    if (channel.grid.empty()) {
-        channel.fault = whyNothingWasPlaced(*surface, area);
+    try {
+        placeGrid(*locator, channel);
+        channel.boundary = locator->projectBoundaryOnTargetLocationSurface(m_plan.boundarySamples);
+    } catch (...) {
+        channel.fault = sentence(faultOf({}, std::current_exception()));
+        return channel;
+    }
+    channel.boundaryMissed -= std::min(channel.boundaryMissed, channel.boundary.size());
+    const bool isOutlineWanted = m_plan.boundarySamples > 0;
+    if (offersGrid(*locator) ? channel.grid.empty() : isOutlineWanted && channel.boundary.empty()) {
+        channel.fault = whyEverythingMisses(config, projector, *locator, m_plan, *surface);
     }
     return channel;
+}
+
+void TargetPlacer::placeGrid(const TargetLocator& locator, ChannelTargets& channel) const {
+    if (!offersGrid(locator)) {
+        return;
+    }
+    std::map<Point<int, 2>, Point<double, 3>> grid;
+    locator.projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, m_plan.columns, m_plan.rows, grid);
+    channel.grid.reserve(grid.size());
+    const bool upwards = runsUpwards(locator);
+    for (const auto& [index, point] : grid) {
+        const double along = normalised(index[1], m_plan.rows);
+        channel.grid.push_back(
+            {index[0], index[1], {normalised(index[0], m_plan.columns), upwards ? 1 - along : along}, point});
+    }
+    channel.gridMissed -= channel.grid.size();
 }
 
 }  // namespace Veltrani::DisplayReport

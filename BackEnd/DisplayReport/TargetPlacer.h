@@ -7,15 +7,15 @@
 #include <functional>
 
 class ProjectorConfig;
+class TargetLocator;
 class XMLConfigManager;
 
 namespace Veltrani::DisplayReport {
 
 /// Places calibration targets for every channel of a configuration: a grid over the whole picture and the outline of
-/// the picture, by the channel's screen area on the current screen of the `ScreenManager`.
+/// the picture, by the channel's target locator on the current screen of the `ScreenManager`.
 ///
-/// Every channel is addressed through the 2D parameters of the screen (planar addressing); the survey remarks on it
-/// when the configuration's target data is of another kind.
+/// The locators are those of the `TargetLocatorManager`: the kind of target data of the configuration decides.
 class TargetPlacer {
 public:
     /// Told before each channel how many are done, of how many; once more at the end.
@@ -23,12 +23,13 @@ public:
 
     explicit TargetPlacer(const TargetPlan& plan, Progress progress = {});
 
-    /// The screen must have been built. A channel without a complete screen area, or none of whose grid lies on the
-    /// screen, says so in its `fault`; it does not keep the others from being placed.
+    /// The screen must have been built. A channel without a locator, or none of whose targets lies on the screen, says
+    /// so in its `fault`; it does not keep the others from being placed.
     [[nodiscard]] TargetSurvey place(const XMLConfigManager& config) const;
 
 private:
-    [[nodiscard]] ChannelTargets placeChannel(const ProjectorConfig& projector) const;
+    [[nodiscard]] ChannelTargets placeChannel(const XMLConfigManager& config, const ProjectorConfig& projector) const;
+    void placeGrid(const TargetLocator& locator, ChannelTargets& channel) const;
 
     TargetPlan m_plan;
     Progress m_progress;

@@ -41,13 +41,12 @@ void printSummary(const TargetSurvey& survey, std::ostream& out) {
         out << ", on " << sizeText(extent, survey.unit);
     }
     out << '\n';
-    if (!survey.remark.empty()) {
-        out << "note: " << survey.remark << '\n';
-    }
     for (const ChannelTargets& channel : survey.channels) {
         if (!channel.fault.empty()) {
-            out << "channel " << printable(channel.name) << " has no grid of targets: " << printable(channel.fault)
-                << '\n';
+            const char* const what = channel.gridMissed > 0 ? " has no grid of targets: " : " has no targets: ";
+            out << "channel " << printable(channel.name) << what << printable(channel.fault) << '\n';
+        } else if (!channel.remark.empty()) {
+            out << "note: channel " << printable(channel.name) << ": " << printable(channel.remark) << '\n';
         }
     }
     if (survey.channels.empty()) {

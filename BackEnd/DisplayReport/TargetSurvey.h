@@ -28,21 +28,21 @@ struct ChannelTargets {
         boundary;  ///< the outline, from the top left corner to the right; those on the screen
     std::size_t gridMissed = 0;
     std::size_t boundaryMissed = 0;
-    std::string fault;  ///< why the channel has no grid; empty when it has one
+    std::string fault;   ///< why the channel has no targets; empty when it has some
+    std::string remark;  ///< what a reader should know about its targets; may be empty
 };
 
 /// The targets of all channels of a display, in configuration order.
 struct TargetSurvey {
     TargetPlan plan;
-    std::string unit;    ///< name of the native unit
-    std::string remark;  ///< what a reader should know about all channels; may be empty
+    std::string unit;  ///< name of the native unit
     std::vector<ChannelTargets> channels;
 
     [[nodiscard]] std::size_t placed() const;
     [[nodiscard]] std::size_t missed() const;
     /// The box around every target and outline.
     [[nodiscard]] Extent extent() const;
-    /// True when every channel has a grid.
+    /// True when every channel has its targets.
     [[nodiscard]] bool complete() const;
 };
 

@@ -31,4 +31,12 @@ inline std::string projector(const std::string& id, const std::string& elements)
 
 inline const std::string WHOLE_AREA = "<ScreenArea left='0' right='1' bottom='0' top='1'/>";
 
+/// A sphere of five metres around the origin.
+inline const std::string SPHERE =
+    "<Screen shape='Sphere'><Radius value='5'/><Azimuth min='-180' max='180'/><Elevation min='-90' max='90'/></Screen>";
+
+/// A map file: the picture of a channel of 1920 x 1200 pixels shows the whole screen.
+inline const std::string WHOLE_MAP =
+    "2\n2 2\n-1.6 -1 0 0 1\n1.6 -1 1 0 1\n-1.6 1 0 1 1\n1.6 1 1 1 1\npixels 1920 1200\n";
+
 }  // namespace displays

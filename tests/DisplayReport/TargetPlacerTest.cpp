@@ -2,10 +2,14 @@
 
 #include "Displays.h"
 #include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/TargetLocatorManager.h"
 #include "support/LogTrap.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace {
 
@@ -17,7 +21,10 @@ using P3 = Point<double, 3>;
 
 class TargetPlacerTest : public testing::Test {
 protected:
-    ~TargetPlacerTest() override { ScreenManager::deleteInstance(); }
+    ~TargetPlacerTest() override {
+        TargetLocatorManager::deleteInstance();
+        ScreenManager::deleteInstance();
+    }
 
     static TargetSurvey place(const XMLConfigFile& config, const TargetPlan& plan = {3, 2, 2}) {
         return TargetPlacer(plan).place(config);
@@ -85,13 +92,92 @@ TEST_F(TargetPlacerTest, AnOutlinePastTheScreenDoesNotHideThatTheGridMisses) {
     EXPECT_FALSE(survey.complete());
 }
 
-TEST_F(TargetPlacerTest, RemarksOnTargetDataThatScreenAreasDoNotDecide) {
-    const std::string projector = displays::projector("A", displays::WHOLE_AREA);
-    const auto planar = displays::parsed(displays::FLAT, projector, "<TargetData type='PlanarAdvanced'/>");
-    ScreenManager::getInstance()->setScreenGeometry(planar.get(), false);
-    EXPECT_EQ(place(*planar).remark, "");
-    const auto spherical = displays::parsed(displays::FLAT, projector, "<TargetData type='Spherical'/>");
-    EXPECT_EQ(place(*spherical).remark, "the target data is Spherical; the targets were placed by the screen areas");
+TEST_F(TargetPlacerTest, ADomeChannelIsPlacedByTheRaysOfItsFrustum) {
+    const auto config = displays::parsed(
+        displays::SPHERE, displays::projector("A", "<Frustum left='-45' right='45' bottom='-45' top='45'/>"),
+        "<TargetData type='Spherical'/>");
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    const ChannelTargets channel = place(*config, {3, 3, 2}).channels.at(0);
+    EXPECT_EQ(channel.fault, "");
+    ASSERT_EQ(channel.grid.size(), 9U);
+    EXPECT_EQ(channel.boundary.size(), 8U);
+    EXPECT_EQ(channel.boundaryMissed, 0U);
+    const double corner = 5 / std::sqrt(3.0);
+    // Column 0, row 0 is the top left corner of the picture.
+    EXPECT_LE(norm(channel.grid.front().point - P3{-corner, corner, corner}), 1e-14);
+    EXPECT_LE(norm(channel.grid[4].point - P3{0.0, 5.0, 0.0}), 1e-14);
+    EXPECT_EQ(channel.grid[4].picture, (Point<double, 2>{0.5, 0.5}));
+    EXPECT_LE(norm(channel.grid.back().point - P3{corner, corner, -corner}), 1e-14);
+}
+
+TEST_F(TargetPlacerTest, AFrustumNeedsTwoColumnsAndTwoRows) {
+    const auto config = displays::parsed(
+        displays::SPHERE, displays::projector("A", "<Frustum left='-45' right='45' bottom='-45' top='45'/>"),
+        "<TargetData type='Spherical'/>");
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    EXPECT_EQ(place(*config, {1, 3, 2}).channels.at(0).fault,
+              "a grid of one column or one row has no extent in a frustum: ask for two at least");
+}
+
+TEST_F(TargetPlacerTest, ACustomPlanarChannelIsPlacedByItsMapFromTheBottomUp) {
+    const TemporaryFolder folder;
+    const std::string map = folder.write("a.map", displays::WHOLE_MAP);
+    const auto config =
+        displays::parsed(displays::FLAT, displays::projector("A", "<CustomPlanarMap file='" + map + "'/>"),
+                         "<TargetData type='CustomPlanar'/>");
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    const ChannelTargets channel = place(*config, {3, 2, 3}).channels.at(0);
+    EXPECT_EQ(channel.fault, "");
+    ASSERT_EQ(channel.grid.size(), 6U);
+    EXPECT_EQ(channel.grid.front().row, 0);
+    EXPECT_LE(norm(channel.grid.front().point - P3{-2.0, 5.0, 0.0}), 1e-12);
+    EXPECT_EQ(channel.grid.front().picture, (Point<double, 2>{0.0, 1.0})) << "the bottom left corner of the picture";
+    EXPECT_LE(norm(channel.grid.back().point - P3{2.0, 5.0, 2.0}), 1e-12);
+    EXPECT_EQ(channel.boundary.size(), 8U);
+    EXPECT_EQ(channel.boundaryMissed, 0U);
+}
+
+TEST_F(TargetPlacerTest, AProjectorWithAProjectionModelHasAnOutlineOnlyAndThatIsNoFault) {
+    const std::string frustum = "<Frustum left='-45' right='45' bottom='-45' top='45'/>";
+    const auto config =
+        displays::parsed(displays::SPHERE, displays::projector("A", frustum + "<ProjectionModel name='Equidistant'/>"),
+                         "<TargetData type='ProjectorCentric'/>");
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    const TargetSurvey survey = place(*config, {3, 3, 10});
+    const ChannelTargets& channel = survey.channels.at(0);
+    EXPECT_EQ(channel.fault, "");
+    EXPECT_THAT(channel.remark, HasSubstr("only an outline is placed"));
+    EXPECT_TRUE(channel.grid.empty());
+    EXPECT_EQ(channel.gridMissed, 0U);
+    EXPECT_EQ(channel.boundary.size(), 44U);
+    EXPECT_EQ(channel.boundaryMissed, 0U);
+    EXPECT_TRUE(survey.complete());
+}
+
+TEST_F(TargetPlacerTest, AChannelWithoutALocatorSaysWhy) {
+    const auto fault = [](const std::string& targetData, const std::string& elements) {
+        const auto config = displays::parsed(displays::FLAT, displays::projector("A", elements), targetData);
+        ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+        return place(*config).channels.at(0).fault;
+    };
+    EXPECT_EQ(fault("", displays::WHOLE_AREA),
+              "the configuration names no kind of target data: add a TargetData element");
+    EXPECT_EQ(fault("<TargetData type='CustomPlanar'/>", ""), "no custom planar map file is given");
+    EXPECT_THAT(fault("<TargetData type='CustomPlanar'/>", "<CustomPlanarMap file='nowhere.map'/>"),
+                HasSubstr("nowhere.map"));
+    EXPECT_THAT(fault("<TargetData type='3D'/>", "<ProjectionModel name='Pincushion'/>"), HasSubstr("Pincushion"));
+    EXPECT_THAT(fault("<TargetData type='3D'/>", "<ProjectionModel name='Fisheye' file='nowhere.yml'/>"),
+                HasSubstr("nowhere.yml"));
+}
+
+TEST_F(TargetPlacerTest, AFrustumThatLooksPastTheScreenIsAFault) {
+    const auto config = displays::parsed(
+        displays::FLAT,
+        displays::projector("A", "<Orientation z='180'/><Frustum left='-10' right='10' bottom='-10' top='10'/>"),
+        "<TargetData type='Spherical'/>");
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    EXPECT_EQ(place(*config).channels.at(0).fault,
+              "none of its grid targets lies on the screen: check its position, orientation and frustum");
 }
 
 TEST_F(TargetPlacerTest, ASingleColumnStandsAtTheLeftEdge) {

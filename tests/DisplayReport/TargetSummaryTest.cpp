@@ -2,6 +2,7 @@
 
 #include "DisplayReport/TargetSurvey.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -33,6 +34,19 @@ TEST(TargetSummary, TellsPlacedMissedAndExtent) {
               "Right    0       5       -        -       -\n"
               "2 targets placed, 8 missed, on 2 x 0 x 1.5 m (right x forward x up)\n"
               "channel Right has no grid of targets: no screen area\n");
+}
+
+TEST(TargetSummary, TellsWhatIsSpecialAboutAChannel) {
+    TargetSurvey survey;
+    survey.channels.resize(2);
+    survey.channels[0].name = "Left";
+    survey.channels[0].remark = "only an outline is placed";
+    survey.channels[1].name = "Right";
+    survey.channels[1].remark = "only an outline is placed";
+    survey.channels[1].fault = "nothing of it lies on the screen";
+    EXPECT_THAT(summary(survey),
+                testing::HasSubstr("note: channel Left: only an outline is placed\n"
+                                   "channel Right has no targets: nothing of it lies on the screen\n"));
 }
 
 TEST(TargetSummary, SaysWhenThereAreNoProjectors) {

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "DisplayReport/Fault.h"
+
+#include <string>
+#include <vector>
+
+class ProjectorConfig;
+class XMLConfigManager;
+
+namespace Veltrani::DisplayReport {
+
+/// What the target locator of a channel is built from, in words, and what is wrong with it.
+struct LocatorSource {
+    std::string text;
+    std::vector<Fault> faults;
+};
+
+/// By the kind of target data of the configuration; reads the files that the channel names. No screen is needed.
+[[nodiscard]] LocatorSource locatorSourceOf(const XMLConfigManager& config, const ProjectorConfig& projector);
+
+/// Empty without target data.
+[[nodiscard]] std::wstring targetDataTypeOf(const XMLConfigManager& config);
+
+}  // namespace Veltrani::DisplayReport
