@@ -122,7 +122,7 @@ protected:
 TEST_F(CollimatedBoundaryTest, TheScreenIsNeverAskedForTheOutline) {
     const CollimatedTargetLocator locator(record());
     EXPECT_THAT(locator.projectBoundaryOnTargetLocationSurface(2),
-                ElementsAreArray(std::vector<Vector>(8, Vector{4.0, 5.0, 6.0})));
+                testing::ElementsAreArray(std::vector<Vector>(8, Vector{4.0, 5.0, 6.0})));
     EXPECT_EQ(screen->calls("intersectChannelBoundary"), 0U);
     EXPECT_EQ(screen->calls("intersect"), 8U);
     EXPECT_EQ(screen->calls("intersectExtrapolatedWithSpecifiedNormal"), 8U);
