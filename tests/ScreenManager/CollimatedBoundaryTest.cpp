@@ -22,8 +22,7 @@ using testing::SizeIs;
 constexpr int MISS = 9;
 
 CollimatedTargetLocatorParams record(const Table& pitches = {}, const Table& yaws = {}) {
-    return {{0.1, 0.2, 0.3},  -0.5, 0.5,     -0.4, 0.4, 0.0, 0.0, 0.0, {0.1, 0.2, 0.3},
-            {0.5, 0.0, 0.25}, 2.0,  pitches, yaws};
+    return {{}, -0.5, 0.5, -0.4, 0.4, 0.0, 0.0, 0.0, {0.1, 0.2, 0.3}, {0.5, 0.0, 0.25}, 2.0, pitches, yaws};
 }
 
 /// Reaches the sides that it is told, one per ray, and finds every continued point but those of rays to x < 0 at the
@@ -175,7 +174,7 @@ TEST_F(CollimatedBoundaryTest, WithOneTableBothListsOfRaysAreBent) {
 TEST_F(CollimatedBoundaryTest, TheLatestOutlineIsRememberedAsOfTheSphere) {
     const CollimatedTargetLocator locator(record());
     const std::vector<Vector> first = locator.projectBoundaryOnTargetLocationSurface(2);
-    screen->extrapolatedIntersections = {};
+    screen->surface = [](const Vector&, const Vector&) { return IntersectionSet(); };
     EXPECT_EQ(locator.projectBoundaryOnTargetLocationSurface(2), first);
     EXPECT_THAT(locator.projectBoundaryOnTargetLocationSurface(1), IsEmpty());
     EXPECT_THAT(locator.projectBoundaryOnTargetLocationSurface(2), IsEmpty());

@@ -178,7 +178,7 @@ TEST_F(SphereBatchTest, TheMeshRemembersTheLastHitInReadingOrder) {
         // before the last of the edge in reading order and after it column by column.
         const Vector p{0.0, 3.0 + 0.1 * std::sin(k), -3.0};
         const Vector q{0.0, 3.0 + lean, 3.0};
-        const TriangleMesh mesh = roof(p, q, {-3.0, 2.0 + 0.3 * std::cos(k), 0.1}, {3.0, 1.0 + lean, 3.0});
+        const TriangleMesh mesh = roof(p, q, {-3.0, 2.0 + 0.3 * std::cos(k), 0.1}, {3.0, 1.0 + lean, 6.0});
         const auto screen = std::make_shared<MeshScreen>(mesh);
         ScreenManager::getInstance()->setScreenGeometry(screen);
         const double angle = std::atan(0.4);
