@@ -2,6 +2,7 @@
 
 #include "Displays.h"
 #include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/TargetLocator.h"
 #include "ScreenManager/TargetLocatorManager.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,0 +1,198 @@
+// The example displays whose targets are not placed by screen areas. Every expectation is worked out here from the
+// numbers in the files.
+#include "ProgramRun.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <cmath>
+#include <string>
+
+namespace {
+
+using testing::HasSubstr;
+using Json = nlohmann::json;
+using Vector = std::array<double, 3>;
+
+/// Targets are written with enough digits for this, in metres.
+constexpr double WRITTEN = 1e-9;
+
+std::string file(const std::string& example) {
+    return SM_SOURCE_DIR "/examples/" + example + "/display.xml";
+}
+
+/// The channels of an example by name, with a grid of so many targets.
+Json channels(const std::string& example, const std::string& grid = "16x10") {
+    const ProgramRun run = runScreenManager({"targets", file(example), "--format", "json", "--quiet", "--grid", grid});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    Json byName;
+    const Json document = Json::parse(run.output);
+    for (const Json& channel : document["channels"]) {
+        byName[channel["name"].get<std::string>()] = channel;
+    }
+    return byName;
+}
+
+Vector vectorOf(const Json& point) {
+    return {point[0], point[1], point[2]};
+}
+
+double radians(double degrees) {
+    return degrees * std::acos(-1.0) / 180;
+}
+
+Vector minus(const Vector& a, const Vector& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+double inner(const Vector& a, const Vector& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+double length(const Vector& a) {
+    return std::sqrt(inner(a, a));
+}
+
+/// The distance of a point from the half-line from `from` along `direction`.
+double distance(const Vector& from, const Vector& direction, const Vector& point) {
+    const Vector offset = minus(point, from);
+    const double along = std::max(0.0, inner(offset, direction) / inner(direction, direction));
+    return length(minus(offset, {along * direction[0], along * direction[1], along * direction[2]}));
+}
+
+/// The edges of a frustum in degrees, turned to the right by `heading`.
+struct Frustum {
+    double left, right, bottom, top, heading;
+
+    /// The direction through target (column, row) of a grid of 16 x 10.
+    [[nodiscard]] Vector direction(int column, int row) const {
+        const double across =
+            std::tan(radians(left)) + (std::tan(radians(right)) - std::tan(radians(left))) * column / 15;
+        const double up = std::tan(radians(top)) - (std::tan(radians(top)) - std::tan(radians(bottom))) * row / 9;
+        const double cosine = std::cos(radians(heading));
+        const double sine = std::sin(radians(heading));
+        return {cosine * across + sine, cosine - sine * across, up};
+    }
+};
+
+/// Expects a whole grid, each target on its ray.
+void expectOnRays(const Json& channel, const Vector& eye, const Frustum& frustum) {
+    ASSERT_EQ(channel["grid"].size(), 160U) << channel["name"];
+    for (const Json& target : channel["grid"]) {
+        const Vector direction = frustum.direction(target["column"], target["row"]);
+        ASSERT_LE(distance(eye, direction, vectorOf(target["point"])), WRITTEN) << target;
+    }
+}
+
+TEST(LocatorExamples, AreAllRight) {
+    for (const char* example : {"spherical-dome", "collimated", "warped-wall", "lens-cylinder", "mesh-rays"}) {
+        const ProgramRun check = runScreenManager({"check", file(example)});
+        EXPECT_EQ(check.exitCode, 0) << check.output;
+        EXPECT_THAT(check.output, HasSubstr("No faults."));
+        const ProgramRun targets = runScreenManager({"targets", file(example)});
+        EXPECT_EQ(targets.exitCode, 0) << targets.errors;
+        EXPECT_THAT(targets.errors, HasSubstr(" 0 missed")) << example;
+    }
+}
+
+TEST(LocatorExamples, TargetsOfTheDomeLieOnItWhereRaysFromTheSeatMeetIt) {
+    Json dome = channels("spherical-dome");
+    const Vector seat{0.3, -0.5, 1.2};
+    expectOnRays(dome["Left"], seat, {-35, 35, -22, 30, -55});
+    expectOnRays(dome["Centre"], seat, {-35, 35, -22, 30, 0});
+    expectOnRays(dome["Right"], seat, {-35, 35, -22, 30, 55});
+    for (const char* name : {"Left", "Centre", "Right", "Top"}) {
+        for (const Json& target : dome[name]["grid"]) {
+            ASSERT_NEAR(length(minus(vectorOf(target["point"]), {0, 0, 1.6})), 5, WRITTEN) << name;
+        }
+    }
+}
+
+TEST(LocatorExamples, TargetsOfTheCollimatedDisplayAreSeenInTheMirror) {
+    const Vector eye{0, -0.3, -0.5};
+    Json display = channels("collimated");
+    ASSERT_EQ(display["Centre"]["grid"].size(), 160U);
+    for (const Json& target : display["Centre"]["grid"]) {
+        Vector seen = Frustum{-26, 26, -18, 18, 0}.direction(target["column"], target["row"]);
+        // The table turns headings by 0.5 degrees in 90.
+        const double heading = std::atan2(seen[0], seen[1]) * 89.5 / 90;
+        const double level = std::hypot(seen[0], seen[1]);
+        seen = {level * std::sin(heading), level * std::cos(heading), seen[2]};
+        // To the sphere of the mirror, 3 m around the origin, from inside.
+        const double a = inner(seen, seen);
+        const double b = inner(eye, seen);
+        const double t = (-b + std::sqrt(b * b - a * (inner(eye, eye) - 9))) / a;
+        const Vector mirror{eye[0] + t * seen[0], eye[1] + t * seen[1], eye[2] + t * seen[2]};
+        // The component along the normal changes its sign.
+        const double across = 2 * inner(seen, mirror) / 9;
+        const Vector reflected = minus(seen, {across * mirror[0], across * mirror[1], across * mirror[2]});
+
+        const Vector point = vectorOf(target["point"]);
+        EXPECT_NEAR(length(minus(point, {0, 0, 1.9})), 1.6, WRITTEN) << "on the screen";
+        ASSERT_LE(distance({mirror[0], mirror[1], mirror[2] + 1.9}, reflected, point), WRITTEN) << target;
+    }
+}
+
+TEST(LocatorExamples, TargetsOfTheWarpedWallLieAtTheNodesOfItsMaps) {
+    Json wall = channels("warped-wall", "9x6");
+    for (const auto& [name, middle] : {std::pair("Left", 0.28), std::pair("Right", 0.72)}) {
+        ASSERT_EQ(wall[name]["grid"].size(), 54U);
+        for (const Json& target : wall[name]["grid"]) {
+            const double x = target["column"].get<int>() / 4.0 - 1;
+            const double y = target["row"].get<int>() / 2.5 - 1;
+            const double s = middle + 0.28 * x * (1 - 0.06 * y * y);
+            const double t = 0.5 + 0.48 * y * (1 - 0.05 * x * x);
+            // The file has six decimals, on a wall of four metres.
+            constexpr double PLACES = 4 * 0.5e-6;
+            EXPECT_NEAR(target["point"][0].get<double>(), -2 + 4 * s, PLACES + WRITTEN);
+            EXPECT_EQ(target["point"][1].get<double>(), 5);
+            EXPECT_NEAR(target["point"][2].get<double>(), 0.5 + 2 * t, PLACES + WRITTEN);
+        }
+    }
+}
+
+TEST(LocatorExamples, TheMapsOfTheWarpedWallAreThoseOfItsGenerator) {
+    for (const char* channel : {"left", "right"}) {
+        const std::string folder = SM_SOURCE_DIR "/examples/warped-wall/";
+        const ProgramRun compared = runProgram(
+            "/bin/sh", {"-c", "sh '" + folder + "generate.sh' " + channel + " | cmp - '" + folder + channel + ".map'"});
+        EXPECT_EQ(compared.exitCode, 0) << compared.output << compared.errors;
+    }
+}
+
+TEST(LocatorExamples, OutlinesOfLensesLieOnTheCylinderInsideTheViewOfEach) {
+    Json cylinder = channels("lens-cylinder");
+    expectOnRays(cylinder["Left"], {-0.4, 0.3, 1.9}, {-25, 25, -15, 13, -50});
+    for (const char* name : {"Centre", "Right"}) {
+        EXPECT_TRUE(cylinder[name]["grid"].empty());
+        ASSERT_EQ(cylinder[name]["boundary"].size(), 64U);
+        for (const Json& point : cylinder[name]["boundary"]) {
+            ASSERT_NEAR(std::hypot(point[0].get<double>(), point[1].get<double>()), 3.5, WRITTEN);
+        }
+    }
+    // Equal angles: the outline runs along yaw = 28 degrees to either side and pitch = 15 up and down.
+    for (const Json& point : cylinder["Centre"]["boundary"]) {
+        const Vector seen = minus(vectorOf(point), {0, 0.2, 1.9});
+        const double yaw = std::atan2(seen[0], seen[1]);
+        const double pitch = std::atan2(seen[2], std::hypot(seen[0], seen[1]));
+        EXPECT_NEAR(std::max(std::abs(yaw) / radians(28), std::abs(pitch) / radians(15)), 1, 1e-9);
+    }
+}
+
+TEST(LocatorExamples, TargetsOnTheMeshLieWhereRaysFromTheProjectorsMeetTheMeasuredWall) {
+    Json wall = channels("mesh-rays");
+    expectOnRays(wall["Left"], {-0.6, 0, 1.2}, {-20, 20, -12, 12, -26});
+    expectOnRays(wall["Right"], {0.6, 0, 1.2}, {-20, 20, -12, 12, 26});
+    double farthest = 0;
+    for (const Json& target : wall["Left"]["grid"]) {
+        const double offset = std::hypot(target["point"][0].get<double>(), target["point"][1].get<double>()) - 4;
+        ASSERT_LT(std::abs(offset), 0.05) << "built a few centimetres off its radius";
+        farthest = std::max(farthest, std::abs(offset));
+    }
+    EXPECT_GT(farthest, 0.01) << "the measured wall, not the designed one";
+}
+
+}  // namespace
