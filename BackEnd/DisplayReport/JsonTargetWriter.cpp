@@ -29,9 +29,13 @@ Json jsonOf(const ChannelTargets& channel) {
     for (const Point<double, 3>& point : channel.boundary) {
         boundary.push_back(coordinates(point));
     }
-    return {{"name", channel.name},    {"projector", channel.projectorId},
-            {"fault", channel.fault},  {"missed", {{"grid", channel.gridMissed}, {"boundary", channel.boundaryMissed}}},
-            {"grid", std::move(grid)}, {"boundary", std::move(boundary)}};
+    return {{"name", channel.name},
+            {"projector", channel.projectorId},
+            {"fault", channel.fault},
+            {"remark", channel.remark},
+            {"missed", {{"grid", channel.gridMissed}, {"boundary", channel.boundaryMissed}}},
+            {"grid", std::move(grid)},
+            {"boundary", std::move(boundary)}};
 }
 
 }  // namespace

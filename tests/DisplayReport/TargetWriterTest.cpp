@@ -29,6 +29,7 @@ TargetSurvey survey() {
     right.projectorId = "CD";
     right.gridMissed = 2;
     right.fault = "no screen area";
+    right.remark = "only an outline";
     survey.channels = {left, right};
     return survey;
 }
@@ -76,6 +77,7 @@ TEST(JsonTargetWriter, WritesEveryNumberAndName) {
     EXPECT_EQ(left["grid"][1]["u"], 1.0);
     EXPECT_EQ(left["boundary"][0][2], 9.5);
     EXPECT_EQ(document["channels"][1]["fault"], "no screen area");
+    EXPECT_EQ(document["channels"][1]["remark"], "only an outline");
     EXPECT_EQ(document["channels"][1]["grid"].size(), 0U);
 }
 
