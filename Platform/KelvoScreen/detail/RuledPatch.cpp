@@ -23,8 +23,8 @@ constexpr std::size_t CLOSEST_SAMPLES = 33;
 constexpr int TURN_STEPS = 24;
 /// Newton's method doubles the digits per step; the bound is for the search far from the minimum.
 constexpr int CLOSEST_STEPS = 32;
-/// The shortest step that is tried downhill, in parts of the one that would be right on a flat patch.
-constexpr double SMALLEST_PART = 1.0 / 64;
+/// How often a step downhill is halved before it is given up.
+constexpr int HALVINGS = 6;
 /// A step of this size, in parts of the patch, is rounding.
 constexpr double SETTLED = 1e-15;
 /// A discriminant this little below zero, relative to its terms, may be a touching line: the tolerance decides.
@@ -335,7 +335,8 @@ PatchPlace RuledPatch::descend(const Point<double, 3>& point, const PatchPlace& 
     // Far from the minimum Newton's step may lead away. Without the twist it points downhill, if not always so far.
     const double before = distance2(point, from);
     const PatchPlace target = newtonStep(point, from, range, 0.0);
-    for (double part = 1.0; part >= SMALLEST_PART; part /= 2) {
+    double part = 1;
+    for (int halving = 0; halving <= HALVINGS; ++halving, part /= 2) {
         const PatchPlace next = range.clamp({from.u + part * (target.u - from.u), from.v + part * (target.v - from.v)});
         if (distance2(point, next) < before) {
             return next;
