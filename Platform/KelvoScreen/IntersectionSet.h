@@ -66,7 +66,7 @@ private:
         std::array<Intersection, INLINE_CAPACITY> hits;
     };
 
-    Room m_inline;  ///< the first `m_size` are set
+    Room m_inline;                        ///< the first `m_size` are set
     std::vector<Intersection> m_further;  ///< those behind the inline ones
     std::size_t m_size = 0;
 };

@@ -160,13 +160,15 @@ private:
         const std::optional<FittedSheet> least = fit(smallest, middle, radius);
         const double allowed = std::max(ERROR_GROWTH * (least ? least->error : 0), HARMLESS_ERROR * m_region.spacing());
         const double smallestRadius = radius;
-        for (radius = norm(all.back() - middle); radius > smallestRadius; radius /= 2) {
+        radius = norm(all.back() - middle);
+        while (radius > smallestRadius) {
             const auto end = std::partition_point(all.begin(), all.end(),
                                                   [&](const auto& point) { return norm(point - middle) <= radius; });
             const std::optional<FittedSheet> fitted = fit({all.begin(), end}, middle, radius);
             if (fitted && fitted->error <= allowed) {
                 return fitted;
             }
+            radius /= 2;
         }
         radius = smallestRadius;
         return least;

@@ -19,10 +19,12 @@ constexpr double PARALLEL = 64 * ROUNDING;
 constexpr int ROOT_STEPS = 4;
 /// Rulings tried before the nearest point is improved: more than the distance of a twisted patch has minima.
 constexpr std::size_t CLOSEST_SAMPLES = 33;
+/// Halvings of the distance between two rulings in search of the nearest one; Newton's method finishes it.
+constexpr int TURN_STEPS = 24;
 /// Newton's method doubles the digits per step; the bound is for the search far from the minimum.
 constexpr int CLOSEST_STEPS = 32;
-/// The shortest step that is tried downhill, in parts of the one that would be right on a flat patch.
-constexpr double SMALLEST_PART = 1.0 / 64;
+/// How often a step downhill is halved before it is given up.
+constexpr int HALVINGS = 6;
 /// A step of this size, in parts of the patch, is rounding.
 constexpr double SETTLED = 1e-15;
 /// A discriminant this little below zero, relative to its terms, may be a touching line: the tolerance decides.
@@ -55,6 +57,10 @@ struct Roots {
     std::array<double, 2> values{};
     std::size_t count = 0;
 };
+
+double sampledRuling(std::size_t i) {
+    return static_cast<double>(i) / (CLOSEST_SAMPLES - 1);
+}
 
 }  // namespace
 
@@ -249,34 +255,66 @@ double RuledPatch::distance2(const Point<double, 3>& point, const PatchPlace& pl
 
 PatchPlace RuledPatch::closest(const Point<double, 3>& point, double touching) const {
     const PatchRange range;
-    // Points that are asked for lie on the surface as a rule: nothing is nearer than nothing.
-    const PatchPlace likely = refineClosest(point, {0.5, closestOnRuling(point, 0.5, range)}, range);
-    if (distance2(point, likely) <= touching * touching) {
-        return likely;
+    PatchPlace best;
+    if (liesOn(point, touching, best)) {
+        return best;
     }
-    // The distance to the rulings may have several minima on a twisted patch: sample it, improve every minimum.
-    std::array<PatchPlace, CLOSEST_SAMPLES> places;
-    std::array<double, CLOSEST_SAMPLES> distances{};
+    // The distance to the rulings may have several minima on a twisted patch: between rulings that it falls and rises
+    // at.
+    std::array<double, CLOSEST_SAMPLES> slopes{};
     for (std::size_t i = 0; i < CLOSEST_SAMPLES; ++i) {
-        places[i].u = static_cast<double>(i) / (CLOSEST_SAMPLES - 1);
-        places[i].v = closestOnRuling(point, places[i].u, range);
-        distances[i] = distance2(point, places[i]);
+        slopes[i] = slopeAcross(point, sampledRuling(i), range);
     }
-    PatchPlace best = places[0];
     double smallest = std::numeric_limits<double>::infinity();
-    for (std::size_t i = 0; i < CLOSEST_SAMPLES; ++i) {
-        const bool isMinimum = (i == 0 || distances[i] <= distances[i - 1]) &&
-                               (i + 1 == CLOSEST_SAMPLES || distances[i] <= distances[i + 1]);
-        if (isMinimum) {
-            const PatchPlace improved = refineClosest(point, places[i], range);
-            const double distance = distance2(point, improved);
-            if (distance < smallest) {
-                smallest = distance;
-                best = improved;
-            }
+    const auto consider = [&](double u) {
+        const PatchPlace improved = refineClosest(point, {u, closestOnRuling(point, u, range)}, range);
+        const double distance = distance2(point, improved);
+        if (distance < smallest) {
+            smallest = distance;
+            best = improved;
+        }
+    };
+    if (slopes.front() > 0) {
+        consider(0);
+    }
+    if (slopes.back() < 0) {
+        consider(1);
+    }
+    for (std::size_t i = 0; i + 1 < CLOSEST_SAMPLES; ++i) {
+        if (slopes[i] <= 0 && slopes[i + 1] >= 0) {
+            consider(turnOfSlope(point, sampledRuling(i), sampledRuling(i + 1), range));
         }
     }
     return best;
+}
+
+bool RuledPatch::liesOn(const Point<double, 3>& point, double touching, PatchPlace& place) const {
+    // A line through the point meets the patch there and at one more place at most. Steep enough, it tells exactly.
+    for (const PatchPlace& about : {PatchPlace{0.5, 0.5}, PatchPlace{0.1, 0.1}, PatchPlace{0.9, 0.1}}) {
+        std::array<PatchMeeting, 2> meetings;
+        const std::size_t count = meet({point, normalAt(about)}, PatchRange{}, touching, meetings);
+        for (std::size_t i = 0; i < count; ++i) {
+            if (std::abs(meetings[i].along) <= touching) {
+                place = refineClosest(point, meetings[i].place, PatchRange{});
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+double RuledPatch::slopeAcross(const Point<double, 3>& point, double u, const PatchRange& range) const {
+    const double v = closestOnRuling(point, u, range);
+    return dot(pointAt({u, v}) - point, alongEdge(v));
+}
+
+double RuledPatch::turnOfSlope(const Point<double, 3>& point, double falling, double rising,
+                               const PatchRange& range) const {
+    for (int step = 0; step < TURN_STEPS; ++step) {
+        const double middle = (falling + rising) / 2;
+        (slopeAcross(point, middle, range) <= 0 ? falling : rising) = middle;
+    }
+    return (falling + rising) / 2;
 }
 
 double RuledPatch::closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const {
@@ -297,7 +335,8 @@ PatchPlace RuledPatch::descend(const Point<double, 3>& point, const PatchPlace& 
     // Far from the minimum Newton's step may lead away. Without the twist it points downhill, if not always so far.
     const double before = distance2(point, from);
     const PatchPlace target = newtonStep(point, from, range, 0.0);
-    for (double part = 1.0; part >= SMALLEST_PART; part /= 2) {
+    double part = 1;
+    for (int halving = 0; halving <= HALVINGS; ++halving, part /= 2) {
         const PatchPlace next = range.clamp({from.u + part * (target.u - from.u), from.v + part * (target.v - from.v)});
         if (distance2(point, next) < before) {
             return next;

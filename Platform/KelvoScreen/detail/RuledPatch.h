@@ -70,7 +70,7 @@ public:
     /// A lower bound of the distance from a point to the patch.
     [[nodiscard]] double distanceBound(const Point<double, 3>& point) const;
     /// The place on the patch nearest to a point; the first one found when it is no further away than `touching`.
-    [[nodiscard]] PatchPlace closest(const Point<double, 3>& point, double touching = 0) const;
+    [[nodiscard]] PatchPlace closest(const Point<double, 3>& point, double touching) const;
     /// From a place near the answer, the place in the range where the distance to the point is smallest.
     [[nodiscard]] PatchPlace refineClosest(const Point<double, 3>& point, PatchPlace start,
                                            const PatchRange& range) const;
@@ -90,6 +90,13 @@ private:
     void passEdge(const Line& line, const PatchRange& range, PatchPlace& place) const;
     [[nodiscard]] double distance2(const Point<double, 3>& point, const PatchPlace& place) const;
     [[nodiscard]] double closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const;
+    /// Sets the place of a point that is no further than `touching` from the patch; may fail to see that it is.
+    [[nodiscard]] bool liesOn(const Point<double, 3>& point, double touching, PatchPlace& place) const;
+    /// How the distance to the rulings changes at u, in parts of the distance.
+    [[nodiscard]] double slopeAcross(const Point<double, 3>& point, double u, const PatchRange& range) const;
+    /// The ruling between two where that slope turns from falling to rising.
+    [[nodiscard]] double turnOfSlope(const Point<double, 3>& point, double falling, double rising,
+                                     const PatchRange& range) const;
     [[nodiscard]] double closestOnRow(const Point<double, 3>& point, double v, const PatchRange& range) const;
     /// @param twistWeight 1 for Newton's step, 0 for one that leaves the twist out
     [[nodiscard]] PatchPlace newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range,
