@@ -1,17 +1,20 @@
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
 
+#include "KelvoControl/detail/WarpMeshFile.h"
+
 #include <utility>
 
-CustomPlanarScreenToChannelMap::CustomPlanarScreenToChannelMap(const std::wstring& /*filename*/,
+CustomPlanarScreenToChannelMap::CustomPlanarScreenToChannelMap(const std::wstring& filename,
                                                                std::shared_ptr<IScreenGeometry> screen)
-    : m_screen(std::move(screen)) {}
+    : m_mesh(filename.empty() ? nullptr : KelvoControlDetail::WarpMeshFile::read(filename)),
+      m_screen(std::move(screen)) {}
 
-bool CustomPlanarScreenToChannelMap::mapChannel2DToScreen2D(const Point<double, 2>& /*channel*/,
-                                                            Point<double, 2>& /*out*/) const {
-    return false;
+bool CustomPlanarScreenToChannelMap::mapChannel2DToScreen2D(const Point<double, 2>& channel,
+                                                            Point<double, 2>& out) const {
+    return m_mesh != nullptr && m_mesh->toScreen(channel, out);
 }
 
-bool CustomPlanarScreenToChannelMap::mapScreen2DToChannel2D(const Point<double, 2>& /*screen*/,
-                                                            Point<double, 2>& /*out*/) const {
-    return false;
+bool CustomPlanarScreenToChannelMap::mapScreen2DToChannel2D(const Point<double, 2>& screen,
+                                                            Point<double, 2>& out) const {
+    return m_mesh != nullptr && m_mesh->toPicture(screen, out);
 }

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace KelvoControlDetail {
+
+/// A cell between four nodes, bilinear inside: (a, b) = (0, 0), (1, 0), (0, 1), (1, 1) at the nodes. Along an edge only
+/// its two nodes matter, so that neighbours meet without a gap.
+struct QuadCell {
+    Point<double, 2> origin;
+    Point<double, 2> alongA;  ///< the node at (1, 0)
+    Point<double, 2> alongB;  ///< the node at (0, 1)
+    Point<double, 2> across;  ///< the node at (1, 1)
+
+    [[nodiscard]] Point<double, 2> at(double a, double b) const {
+        const double restA = 1 - a;
+        const double restB = 1 - b;
+        return {restB * (restA * origin[0] + a * alongA[0]) + b * (restA * alongB[0] + a * across[0]),
+                restB * (restA * origin[1] + a * alongA[1]) + b * (restA * alongB[1] + a * across[1])};
+    }
+
+    /// True for a point in the box around the cell, grown by `margin` on every side. False for NaN.
+    [[nodiscard]] bool boxHolds(const Point<double, 2>& point, const Point<double, 2>& margin) const {
+        return boxHolds(point, margin, 0) && boxHolds(point, margin, 1);
+    }
+
+    /// Asks about the places (a, b) where the bilinear formula, continued beyond the cell, takes a value: at most two,
+    /// the one that belongs to a cell without folds first. A place may be NaN, where a whole row of the cell is one
+    /// point or the cell is flat.
+    /// @param accept Point<double, 2> -> bool; true ends the search
+    /// @return true when a place was accepted
+    template <class Accept>
+    bool anyPlaceOf(const Point<double, 2>& point, const Accept& accept) const {
+        const Point<double, 2> e = alongA - origin;
+        const Point<double, 2> f = alongB - origin;
+        const Point<double, 2> g = origin - alongA - alongB + across;
+        const Point<double, 2> h = point - origin;
+        const auto place = [&](double b) {
+            const Point<double, 2> row = e + g * b;
+            return Point<double, 2>{dot(h - f * b, row) / dot(row, row), b};
+        };
+        // b solves (e + g b) x (h - f b) = 0, a quadratic equation; written so that nothing cancels.
+        const double k2 = turn(g, f);
+        const double k1 = turn(e, f) + turn(h, g);
+        const double k0 = turn(h, e);
+        const double root = std::sqrt(std::max(k1 * k1 - 4 * k0 * k2, 0.0));
+        const double q = -0.5 * (k1 + std::copysign(root, k1));
+        return accept(place(k0 / q)) || (k2 != 0 && accept(place(q / k2)));
+    }
+
+private:
+    [[nodiscard]] static double turn(const Point<double, 2>& p, const Point<double, 2>& q) {
+        return p[0] * q[1] - p[1] * q[0];
+    }
+
+    [[nodiscard]] bool boxHolds(const Point<double, 2>& point, const Point<double, 2>& margin, std::size_t i) const {
+        const double low = std::min(std::min(origin[i], alongA[i]), std::min(alongB[i], across[i]));
+        const double high = std::max(std::max(origin[i], alongA[i]), std::max(alongB[i], across[i]));
+        return point[i] >= low - margin[i] && point[i] <= high + margin[i];
+    }
+};
+
+}  // namespace KelvoControlDetail
