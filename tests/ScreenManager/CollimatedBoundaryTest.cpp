@@ -22,8 +22,7 @@ using testing::SizeIs;
 constexpr int MISS = 9;
 
 CollimatedTargetLocatorParams record(const Table& pitches = {}, const Table& yaws = {}) {
-    return {{0.1, 0.2, 0.3},  -0.5, 0.5,     -0.4, 0.4, 0.0, 0.0, 0.0, {0.1, 0.2, 0.3},
-            {0.5, 0.0, 0.25}, 2.0,  pitches, yaws};
+    return {{}, -0.5, 0.5, -0.4, 0.4, 0.0, 0.0, 0.0, {0.1, 0.2, 0.3}, {0.5, 0.0, 0.25}, 2.0, pitches, yaws};
 }
 
 /// Reaches the sides that it is told, one per ray, and finds every continued point but those of rays to x < 0 at the
@@ -122,7 +121,7 @@ protected:
 TEST_F(CollimatedBoundaryTest, TheScreenIsNeverAskedForTheOutline) {
     const CollimatedTargetLocator locator(record());
     EXPECT_THAT(locator.projectBoundaryOnTargetLocationSurface(2),
-                ElementsAreArray(std::vector<Vector>(8, Vector{4.0, 5.0, 6.0})));
+                testing::ElementsAreArray(std::vector<Vector>(8, Vector{4.0, 5.0, 6.0})));
     EXPECT_EQ(screen->calls("intersectChannelBoundary"), 0U);
     EXPECT_EQ(screen->calls("intersect"), 8U);
     EXPECT_EQ(screen->calls("intersectExtrapolatedWithSpecifiedNormal"), 8U);
@@ -175,7 +174,7 @@ TEST_F(CollimatedBoundaryTest, WithOneTableBothListsOfRaysAreBent) {
 TEST_F(CollimatedBoundaryTest, TheLatestOutlineIsRememberedAsOfTheSphere) {
     const CollimatedTargetLocator locator(record());
     const std::vector<Vector> first = locator.projectBoundaryOnTargetLocationSurface(2);
-    screen->extrapolatedIntersections = {};
+    screen->surface = [](const Vector&, const Vector&) { return IntersectionSet(); };
     EXPECT_EQ(locator.projectBoundaryOnTargetLocationSurface(2), first);
     EXPECT_THAT(locator.projectBoundaryOnTargetLocationSurface(1), IsEmpty());
     EXPECT_THAT(locator.projectBoundaryOnTargetLocationSurface(2), IsEmpty());

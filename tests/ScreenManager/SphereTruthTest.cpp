@@ -148,16 +148,16 @@ TEST_F(SphereTruthTest, GridsOnASphereAreExact) {
 TEST_F(SphereTruthTest, GridsOnAFlatScreenAreExactAndItsHolesKeepTheirPlaces) {
     ScreenConfigDouble config;
     config.centre = {0.25, 4.0, 0.5};
-    config.width = 3.0;
-    config.height = 2.0;
+    config.width = 5.0;
+    config.height = 3.0;
     expectTruth(
         std::make_shared<FlatScreen>(&config),
         [](const Exact& eye, const Exact& along) -> std::optional<Exact> {
             const Exact hit = eye + (4 - eye[1]) / along[1] * along;
-            const bool isWithin = std::abs(hit[0] - 0.25L) <= 1.5L && std::abs(hit[2] - 0.5L) <= 1;
+            const bool isWithin = std::abs(hit[0] - 0.25L) <= 2.5L && std::abs(hit[2] - 0.5L) <= 1.5L;
             return isWithin && along[1] > 0 ? std::optional(hit) : std::nullopt;
         },
-        200);
+        100);
 }
 
 TEST_F(SphereTruthTest, GridsOnACylinderAreExactAndItsHolesKeepTheirPlaces) {
