@@ -5,6 +5,8 @@
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
 
+#include <string>
+
 namespace {
 
 /// The line that the fault of a grid has always carried; reports of it are found by this number, wherever the statement
@@ -14,6 +16,12 @@ constexpr int GRID_FAULT_LINE = 33;
 bool sameViewport(const Viewport& a, const Viewport& b) {
     return a.sy == b.sy && a.sx == b.sx && a.ox == b.ox && a.oy == b.oy && a.position == b.position &&
            a.orientation == b.orientation && a.width == b.width && a.height == b.height;
+}
+
+/// Asks `a` first, whatever order the compiler gives to operands.
+bool sameText(const ProjectionModel& a, const ProjectionModel& b, std::wstring (ProjectionModel::*text)() const) {
+    const std::wstring first = (a.*text)();
+    return first == (b.*text)();
 }
 
 /// The rays of a model through points of its picture.
@@ -72,9 +80,11 @@ bool CustomProjectionTargetLocatorParams::equals(const TargetLocatorParams& othe
     if (!projectionModel || !record.projectionModel) {
         return !projectionModel && !record.projectionModel;
     }
-    return sameViewport(projectionModel->viewport(), record.projectionModel->viewport()) &&
-           projectionModel->firstName() == record.projectionModel->firstName() &&
-           projectionModel->secondName() == record.projectionModel->secondName();
+    const ProjectionModel& model = *projectionModel;
+    const ProjectionModel& otherModel = *record.projectionModel;
+    const Viewport& viewport = model.viewport();
+    return sameViewport(viewport, otherModel.viewport()) && sameText(model, otherModel, &ProjectionModel::firstName) &&
+           sameText(model, otherModel, &ProjectionModel::secondName);
 }
 
 CustomProjectionTargetLocator::CustomProjectionTargetLocator(const CustomProjectionTargetLocatorParams& params)
