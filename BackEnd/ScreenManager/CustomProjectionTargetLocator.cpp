@@ -45,7 +45,7 @@ private:
 /// Added up, not multiplied out, from here to the last of these two functions: whether an edge gets a sample at its far
 /// end depends on the rounding of the sum.
 template <class Place>
-void walkUp(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>& boundary) {
+void walkUp(const RayBuilder& rays, double step, std::vector<Ray>& boundary, Place&& place) {
     double t = 0.0;
     do {
         boundary.push_back(rays.through(place(t)));
@@ -54,7 +54,7 @@ void walkUp(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>
 }
 
 template <class Place>
-void walkDown(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>& boundary) {
+void walkDown(const RayBuilder& rays, double step, std::vector<Ray>& boundary, Place&& place) {
     double t = 1.0;
     do {
         boundary.push_back(rays.through(place(t)));
@@ -66,10 +66,10 @@ std::vector<Ray> boundaryRays(const RayBuilder& rays, int samplesPerEdge) {
     using Normalised = Point<double, 2>;
     const double step = 1.0 / samplesPerEdge;
     std::vector<Ray> boundary;
-    walkUp(rays, step, [](double t) { return Normalised{t, 0.0}; }, boundary);
-    walkUp(rays, step, [](double t) { return Normalised{1.0, t}; }, boundary);
-    walkDown(rays, step, [](double t) { return Normalised{t, 1.0}; }, boundary);
-    walkDown(rays, step, [](double t) { return Normalised{0.0, t}; }, boundary);
+    walkUp(rays, step, boundary, [](double t) { return Normalised{t, 0.0}; });
+    walkUp(rays, step, boundary, [](double t) { return Normalised{1.0, t}; });
+    walkDown(rays, step, boundary, [](double t) { return Normalised{t, 1.0}; });
+    walkDown(rays, step, boundary, [](double t) { return Normalised{0.0, t}; });
     return boundary;
 }
 
