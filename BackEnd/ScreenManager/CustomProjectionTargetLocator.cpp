@@ -5,6 +5,8 @@
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
 
+#include <string>
+
 namespace {
 
 /// The line that the fault of a grid has always carried; reports of it are found by this number, wherever the statement
@@ -14,6 +16,12 @@ constexpr int GRID_FAULT_LINE = 33;
 bool sameViewport(const Viewport& a, const Viewport& b) {
     return a.sy == b.sy && a.sx == b.sx && a.ox == b.ox && a.oy == b.oy && a.position == b.position &&
            a.orientation == b.orientation && a.width == b.width && a.height == b.height;
+}
+
+/// Asks `a` first, whatever order the compiler gives to operands.
+bool sameText(const ProjectionModel& a, const ProjectionModel& b, std::wstring (ProjectionModel::*text)() const) {
+    const std::wstring first = (a.*text)();
+    return first == (b.*text)();
 }
 
 /// The rays of a model through points of its picture.
@@ -37,7 +45,7 @@ private:
 /// Added up, not multiplied out, from here to the last of these two functions: whether an edge gets a sample at its far
 /// end depends on the rounding of the sum.
 template <class Place>
-void walkUp(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>& boundary) {
+void walkUp(const RayBuilder& rays, double step, std::vector<Ray>& boundary, Place&& place) {
     double t = 0.0;
     do {
         boundary.push_back(rays.through(place(t)));
@@ -46,7 +54,7 @@ void walkUp(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>
 }
 
 template <class Place>
-void walkDown(const RayBuilder& rays, double step, Place&& place, std::vector<Ray>& boundary) {
+void walkDown(const RayBuilder& rays, double step, std::vector<Ray>& boundary, Place&& place) {
     double t = 1.0;
     do {
         boundary.push_back(rays.through(place(t)));
@@ -58,10 +66,10 @@ std::vector<Ray> boundaryRays(const RayBuilder& rays, int samplesPerEdge) {
     using Normalised = Point<double, 2>;
     const double step = 1.0 / samplesPerEdge;
     std::vector<Ray> boundary;
-    walkUp(rays, step, [](double t) { return Normalised{t, 0.0}; }, boundary);
-    walkUp(rays, step, [](double t) { return Normalised{1.0, t}; }, boundary);
-    walkDown(rays, step, [](double t) { return Normalised{t, 1.0}; }, boundary);
-    walkDown(rays, step, [](double t) { return Normalised{0.0, t}; }, boundary);
+    walkUp(rays, step, boundary, [](double t) { return Normalised{t, 0.0}; });
+    walkUp(rays, step, boundary, [](double t) { return Normalised{1.0, t}; });
+    walkDown(rays, step, boundary, [](double t) { return Normalised{t, 1.0}; });
+    walkDown(rays, step, boundary, [](double t) { return Normalised{0.0, t}; });
     return boundary;
 }
 
@@ -72,9 +80,11 @@ bool CustomProjectionTargetLocatorParams::equals(const TargetLocatorParams& othe
     if (!projectionModel || !record.projectionModel) {
         return !projectionModel && !record.projectionModel;
     }
-    return sameViewport(projectionModel->viewport(), record.projectionModel->viewport()) &&
-           projectionModel->firstName() == record.projectionModel->firstName() &&
-           projectionModel->secondName() == record.projectionModel->secondName();
+    const ProjectionModel& model = *projectionModel;
+    const ProjectionModel& otherModel = *record.projectionModel;
+    const Viewport& viewport = model.viewport();
+    return sameViewport(viewport, otherModel.viewport()) && sameText(model, otherModel, &ProjectionModel::firstName) &&
+           sameText(model, otherModel, &ProjectionModel::secondName);
 }
 
 CustomProjectionTargetLocator::CustomProjectionTargetLocator(const CustomProjectionTargetLocatorParams& params)

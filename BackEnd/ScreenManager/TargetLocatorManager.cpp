@@ -117,9 +117,10 @@ TargetLocatorManager::Builder TargetLocatorManager::builderOf(const std::wstring
 }
 
 // By value, as the callers' interface has it.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
+// NOLINTBEGIN(performance-unnecessary-value-param)
 bool TargetLocatorManager::checkOrCreateTargetLocator(std::wstring name, const TargetLocatorParams& params,
                                                       std::function<TargetLocator*()> factory) {
+    // NOLINTEND(performance-unnecessary-value-param)
     const auto cached = m_locators.find(name);
     // An empty handle stands where an entry has changed its identity while its locator was built.
     if (cached != m_locators.end() && cached->second && params == cached->second->getTargetLocatorParams()) {

@@ -56,8 +56,9 @@ private:
     static Builder builderOf(const std::wstring& targetDataType);
 
     /// Keeps the cached locator of this name when its record equals `params`; else the one that `factory` makes (null
-    /// when there is no memory for it) takes its place. An exception of the suite from the factory is logged, and as after null the cache then holds nothing
-    /// under the name; other exceptions, that of an empty factory included, pass through and leave the cache as it was.
+    /// when there is no memory for it) takes its place. An exception of the suite from the factory is logged, and as
+    /// after null the cache then holds nothing under the name; other exceptions, that of an empty factory included,
+    /// pass through and leave the cache as it was.
     /// @return whether the cache holds a locator for `params`
     bool checkOrCreateTargetLocator(std::wstring name, const TargetLocatorParams& params,
                                     std::function<TargetLocator*()> factory);

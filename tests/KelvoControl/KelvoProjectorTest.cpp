@@ -1,11 +1,23 @@
 #include "KelvoControl/KelvoProjector.h"
 
+#include "Common/VeltraniException.h"
 #include "DeviceFramework2/VirtualProjector.h"
 #include "support/DeviceDouble.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+TEST(KelvoProjector, HandsOutItsBlend) {
+    const auto blend = std::make_shared<const Blend>(Frustum());
+    const KelvoProjector projector(blend);
+    EXPECT_EQ(&projector.getBlend(), blend.get());
+    EXPECT_EQ(blend.use_count(), 2) << "kept alive by the projector";
+}
+
+TEST(KelvoProjector, NeedsABlend) {
+    EXPECT_THROW(KelvoProjector(std::shared_ptr<const Blend>()), VeltraniException);
+}
 
 TEST(KelvoProjector, SuggestsWhereTheDeviceIs) {
     DeviceDouble device(L"020000000001");

@@ -73,7 +73,11 @@ TEST_F(TargetLocatorKindsTest, EachTypeHasItsKind) {
     giveMap();
     const auto kindOf = [&](const std::wstring& type) -> std::string {
         const std::shared_ptr<const TargetLocator> locator = request(type);
-        return locator ? typeid(*locator).name() : "none";
+        if (!locator) {
+            return "none";
+        }
+        const TargetLocator& made = *locator;
+        return typeid(made).name();
     };
     EXPECT_EQ(kindOf(BaseConfig::TARGET_DATA_PLANAR_BASIC), typeid(PlanarTargetLocator).name());
     EXPECT_EQ(kindOf(BaseConfig::TARGET_DATA_PLANAR_ADVANCED), typeid(PlanarTargetLocator).name());

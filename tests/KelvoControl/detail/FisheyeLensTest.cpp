@@ -1,0 +1,85 @@
+#include "KelvoControl/detail/FisheyeLens.h"
+
+#include "CalibrationText.h"
+#include "Common/Utf8.h"
+#include "RoundTrip.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using KelvoControlDetail::FisheyeLens;
+using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
+
+class FisheyeLensTest : public testing::Test {
+protected:
+    FisheyeLens lens(const std::vector<std::string>& coefficients, const std::string& focal) const {
+        CalibrationText text;
+        text.distortion = coefficients;
+        text.camera[0] = text.camera[4] = focal;
+        Viewport viewport;
+        viewport.position = {2.0, -1.0, 0.5};
+        viewport.orientation = m_orientation;
+        return {viewport, L"Fisheye", Veltrani::fromUtf8(m_folder.write("lens.xml", text.xml()))};
+    }
+
+    TemporaryFolder m_folder;
+    P3 m_orientation;
+};
+
+TEST_F(FisheyeLensTest, AnglesToTheAxisAreDistancesInThePicture) {
+    const FisheyeLens even = lens({"0.", "0.", "0.", "0."}, "500.");
+    P3 direction;
+    // 250 pixels to the right of the axis and none up: half a radian to the right.
+    ASSERT_TRUE(even.unproject({(960.5 + 250) / 1920, 1 - 600.5 / 1200}, direction));
+    EXPECT_LE(norm(direction - P3{std::sin(0.5), std::cos(0.5), 0.0}), 1e-14);
+    // 250 pixels down.
+    ASSERT_TRUE(even.unproject({960.5 / 1920, 1 - (600.5 + 250) / 1200}, direction));
+    EXPECT_LE(norm(direction - P3{0.0, std::cos(0.5), -std::sin(0.5)}), 1e-14);
+}
+
+TEST_F(FisheyeLensTest, TheWholePictureComesBackForWeakAndStrongLenses) {
+    m_orientation = {2.5, 0.4, -0.7};
+    for (const auto& coefficients : std::vector<std::vector<std::string>>{{"0.", "0.", "0.", "0."},
+                                                                          {"0.05", "-0.01", "0.003", "-0.0004"},
+                                                                          {"-0.04", "0.004", "-0.0003", "0."},
+                                                                          {"0.3", "0.1", "0.05", "0.01"}}) {
+        for (const char* focal : {"500.", "900."}) {
+            const RoundTrip trip(lens(coefficients, focal));
+            EXPECT_EQ(trip.refused, 0) << coefficients[0] << ", " << focal;
+            EXPECT_EQ(trip.mapped, 41 * 41);
+            EXPECT_LE(trip.worstPicture, 1e-9) << coefficients[0] << ", " << focal;
+            EXPECT_LE(trip.worstDirection, 1e-9) << coefficients[0] << ", " << focal;
+        }
+    }
+}
+
+TEST_F(FisheyeLensTest, AWideLensReachesBehindTheProjectorAsFarAsItsPicture) {
+    const FisheyeLens wide = lens({"0.", "0.", "0.", "0."}, "500.");  // 960 pixels to the side: 1.92 radians
+    const P3 eye{2.0, -1.0, 0.5};
+    P2 found;
+    ASSERT_TRUE(wide.projectNormalised(eye + P3{std::sin(1.8), std::cos(1.8), 0.0}, found));
+    EXPECT_NEAR(found[0], (960.5 + 900) / 1920, 1e-14);
+    P2 out{-7.0, -7.0};
+    EXPECT_FALSE(wide.projectNormalised(eye + P3{std::sin(2.5), std::cos(2.5), 0.0}, out));
+    EXPECT_FALSE(wide.projectNormalised(eye + P3{0.0, -1.0, 0.0}, out));
+    EXPECT_FALSE(wide.projectNormalised(eye, out));
+    EXPECT_EQ(out, P2(-7.0, -7.0));
+    P3 direction{-7.0, -7.0, -7.0};
+    EXPECT_FALSE(wide.unproject({1.2, 0.5}, direction)) << "behind and outside of the picture";
+    EXPECT_EQ(direction, P3(-7.0, -7.0, -7.0));
+}
+
+TEST_F(FisheyeLensTest, ALensThatFoldsWithinThePictureIsRefusedThereAndExactBefore) {
+    const RoundTrip trip(lens({"-0.208333333333", "0.", "0.", "0."}, "900."));
+    EXPECT_GT(trip.mapped, 500);
+    EXPECT_GT(trip.refused, 200);
+    EXPECT_LE(trip.worstPicture, 1e-9);
+    EXPECT_LE(trip.worstDirection, 1e-9);
+}
+
+}  // namespace
