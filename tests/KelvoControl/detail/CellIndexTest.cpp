@@ -19,7 +19,7 @@ CellLattice lattice(std::size_t columns, std::size_t rows, const Place& place) {
     made.columns = columns;
     made.rows = rows;
     for (std::size_t node = 0; node < columns * rows; ++node) {
-        made.screen.push_back(place(node % columns, node / columns));
+        made.screen.push_back(place(static_cast<double>(node % columns), static_cast<double>(node / columns)));
     }
     made.picture = made.screen;
     made.unused.assign(columns * rows, false);
@@ -51,21 +51,21 @@ void expectComplete(const CellLattice& cells, unsigned seed) {
 }
 
 TEST(CellIndex, KnowsEveryCellAroundAPoint) {
-    expectComplete(lattice(9, 7, [](auto c, auto r) { return P2{c / 8.0 + 0.1 * std::sin(r), r / 6.0}; }), 1);
+    expectComplete(lattice(9, 7, [](double c, double r) { return P2{c / 8.0 + 0.1 * std::sin(r), r / 6.0}; }), 1);
 }
 
 TEST(CellIndex, KnowsEveryCellOfAMeshInDisorder) {
     std::mt19937 random(2);
     std::uniform_real_distribution<double> part(0.0, 1.0);
-    expectComplete(lattice(20, 20, [&](auto, auto) { return P2{part(random), part(random)}; }), 3);
+    expectComplete(lattice(20, 20, [&](double, double) { return P2{part(random), part(random)}; }), 3);
 }
 
 TEST(CellIndex, KnowsEveryCellOfALongRow) {
-    expectComplete(lattice(300, 2, [](auto c, auto r) { return P2{c / 299.0, 1.0 * r}; }), 4);
+    expectComplete(lattice(300, 2, [](double c, double r) { return P2{c / 299.0, r}; }), 4);
 }
 
 TEST(CellIndex, HasNoUnmappedCells) {
-    CellLattice cells = lattice(4, 4, [](auto c, auto r) { return P2{c / 3.0, r / 3.0}; });
+    CellLattice cells = lattice(4, 4, [](double c, double r) { return P2{c / 3.0, r / 3.0}; });
     cells.unused[5] = true;  // between the four cells around node (1, 1)
     const CellIndex index(cells, cells.screen, {0.0, 0.0});
     for (const std::uint32_t node : index.near({0.3, 0.3})) {
@@ -76,7 +76,7 @@ TEST(CellIndex, HasNoUnmappedCells) {
 }
 
 TEST(CellIndex, NothingIsNearWhatIsNoNumberOrFarAway) {
-    const CellLattice cells = lattice(3, 3, [](auto c, auto r) { return P2{c / 2.0, r / 2.0}; });
+    const CellLattice cells = lattice(3, 3, [](double c, double r) { return P2{c / 2.0, r / 2.0}; });
     const CellIndex index(cells, cells.screen, {0.0, 0.0});
     const double nan = std::numeric_limits<double>::quiet_NaN();
     EXPECT_TRUE(index.near({nan, 0.5}).empty());

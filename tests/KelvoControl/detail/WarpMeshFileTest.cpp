@@ -78,8 +78,13 @@ TEST(WarpMeshFile, WrongCountsAreRefused) {
         expectRefused("2\n" + std::string(counts) + "\n" + nodes + "pixels 20 10\n",
                       L"mesh:2: node counts: found \"" + Veltrani::fromUtf8(counts) + L"\"");
     }
-    expectRefused("2\n2 3\n" + nodes + "pixels 20 10\n", L"mesh:7: node (0, 2): found \"pixels 20 10\"");
-    expectRefused("2\n3 2\n" + nodes + "pixels 20 10\n", L"mesh:7: node (1, 1): found \"pixels 20 10\"");
+    // Long enough for six nodes, so that only the lines tell.
+    std::string wide;
+    for (const char character : nodes) {
+        wide += character == ' ' ? "    " : std::string(1, character);
+    }
+    expectRefused("2\n2 3\n" + wide + "pixels 20 10\n", L"mesh:7: node (0, 2): found \"pixels 20 10\"");
+    expectRefused("2\n3 2\n" + wide + "pixels 20 10\n", L"mesh:7: node (1, 1): found \"pixels 20 10\"");
     expectRefused(SMALL + "1 1 1 1 1\npixels 20 10\n",
                   L"mesh:7: picture size: found \"1 1 1 1 1\", expected pixels W H");
 }
