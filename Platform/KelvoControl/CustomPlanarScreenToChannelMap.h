@@ -16,9 +16,10 @@ class WarpMesh;
 /// screen's normalised 2D coordinates (s, t), and back.
 ///
 /// Pixel positions run from (0, 0), bottom left, to (W, H), top right, with the size that the file states. Inside a
-/// cell of the mesh both are bilinear; the way back is the exact inverse. Positions on a cell's edge, up to 1e-9 of the
-/// picture outside of it, belong to the cell, so that there is no gap between cells. Nodes marked as unused take all
-/// cells around them out of the map. Where cells overlap, the first one in the order of the file holds.
+/// cell of the mesh both are bilinear; the way back is the exact inverse. A point outside of all cells by no more than
+/// 1e-9 of the picture, or of the screen's range, is on the edge of the nearest one, so that there is no gap between
+/// cells. Nodes marked as unused take all cells around them out of the map. Where cells overlap, one of them holds,
+/// always the same.
 ///
 /// Both directions answer false outside of the mesh and for NaN, and then leave `out` as it was.
 ///

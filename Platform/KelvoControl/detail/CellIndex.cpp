@@ -15,6 +15,11 @@ constexpr double MOST_BINS_PER_CELL = BINS_ACROSS_CELL * BINS_ACROSS_CELL;
 /// other, the bins are made coarser until that many suffice: the memory stays in proportion to the file.
 constexpr std::size_t MOST_ENTRIES_PER_CELL = 16;
 
+/// Guesses across a bin, as long as there are not too many in all: with four or more across a cell, nine guesses of ten
+/// are right.
+constexpr double GUESSES_ACROSS_BIN = 2;
+constexpr double MOST_GUESSES = 1024.0 * 1024.0;
+
 std::vector<std::uint32_t> mappedNodes(const CellLattice& lattice) {
     std::vector<std::uint32_t> nodes;
     for (std::size_t row = 0; row + 1 < lattice.rows; ++row) {
@@ -51,6 +56,7 @@ CellIndex::CellIndex(const CellLattice& lattice, const std::vector<Point<double,
     }
     divideFor(cells, enclose(cells));
     fill(cells, nodes);
+    fillGuesses(lattice, plane);
 }
 
 Point<double, 2> CellIndex::enclose(const std::vector<QuadCell>& cells) {
@@ -113,6 +119,33 @@ void CellIndex::fill(const std::vector<QuadCell>& cells, const std::vector<std::
     m_cells.resize(m_starts.back());
     std::vector<std::size_t> next(m_starts.begin(), m_starts.end() - 1);
     forEachEntry([&](std::size_t bin, std::uint32_t node) { m_cells[next[bin]++] = node; });
+}
+
+void CellIndex::fillGuesses(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane) {
+    const auto bins = static_cast<double>(m_bins[0] * m_bins[1]);
+    const double perBin = std::min(GUESSES_ACROSS_BIN, std::sqrt(MOST_GUESSES / bins));
+    for (std::size_t axis = 0; axis < 2; ++axis) {
+        m_guessLimit[axis] = std::max(std::floor(static_cast<double>(m_bins[axis]) * perBin), 1.0);
+        const double extent = m_high[axis] - m_low[axis];
+        m_guessesPerUnit[axis] = extent > 0 ? m_guessLimit[axis] / extent : 0;
+    }
+    m_guessColumns = static_cast<std::size_t>(m_guessLimit[0]);
+    const auto holding = [&](const Point<double, 2>& point) {
+        for (const std::uint32_t node : near(point)) {
+            if (lattice.cell(plane, node).anyPlaceOf(point, isInCell)) {
+                return node;
+            }
+        }
+        return NO_GUESS;
+    };
+    const auto centre = [&](std::size_t bin, std::size_t axis) {
+        return m_low[axis] + (static_cast<double>(bin) + 0.5) / m_guessesPerUnit[axis];
+    };
+    for (std::size_t y = 0; y < static_cast<std::size_t>(m_guessLimit[1]); ++y) {
+        for (std::size_t x = 0; x < m_guessColumns; ++x) {
+            m_guesses.push_back(holding({centre(x, 0), centre(y, 1)}));
+        }
+    }
 }
 
 CellIndex::BinRange CellIndex::rangeOf(const QuadCell& cell) const {

@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <utility>
 
 namespace KelvoControlDetail {
 
 namespace {
-
-bool isInCell(const Point<double, 2>& place) {
-    return place[0] >= 0 && place[0] <= 1 && place[1] >= 0 && place[1] <= 1;
-}
 
 /// NaN becomes 0: where a row of the cell is one point, any place in the row is that point.
 double toPart(double value) {
@@ -86,17 +83,24 @@ bool CellLocator::locateNearAxes(const Point<double, 2>& point, CellPlace& place
 }
 
 bool CellLocator::locateByIndex(const Point<double, 2>& point, CellPlace& place) const {
+    const std::uint32_t guess = m_index->guess(point);
+    return (guess != CellIndex::NO_GUESS && locateIn(guess, point, place)) || locateAmongNear(point, place);
+}
+
+bool CellLocator::locateIn(std::size_t node, const Point<double, 2>& point, CellPlace& place) const {
+    return m_lattice.cell(m_plane, node).anyPlaceOf(point, [&](const Point<double, 2>& found) {
+        if (!isInCell(found)) {
+            return false;
+        }
+        place = {node, found[0], found[1]};
+        return true;
+    });
+}
+
+bool CellLocator::locateAmongNear(const Point<double, 2>& point, CellPlace& place) const {
     constexpr Point<double, 2> NO_MARGIN;
     for (const std::uint32_t node : m_index->near(point)) {
-        const QuadCell cell = m_lattice.cell(m_plane, node);
-        const auto accept = [&](const Point<double, 2>& found) {
-            if (isInCell(found)) {
-                place = {node, found[0], found[1]};
-                return true;
-            }
-            return false;
-        };
-        if (cell.boxHolds(point, NO_MARGIN) && cell.anyPlaceOf(point, accept)) {
+        if (m_lattice.cell(m_plane, node).boxHolds(point, NO_MARGIN) && locateIn(node, point, place)) {
             return true;
         }
     }

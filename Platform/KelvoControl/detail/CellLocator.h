@@ -51,6 +51,10 @@ private:
     }
     bool locateNearAxes(const Point<double, 2>& point, CellPlace& place) const;
     bool locateByIndex(const Point<double, 2>& point, CellPlace& place) const;
+    /// In the cell of this first node, edges included.
+    bool locateIn(std::size_t node, const Point<double, 2>& point, CellPlace& place) const;
+    bool locateAmongNear(const Point<double, 2>& point, CellPlace& place) const;
+    /// Within the tolerance of a cell.
     bool locateNear(const Point<double, 2>& point, CellPlace& place) const;
 
     const CellLattice& m_lattice;

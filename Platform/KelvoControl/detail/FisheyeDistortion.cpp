@@ -35,7 +35,7 @@ double FisheyeDistortion::slope(double theta) const {
 
 bool FisheyeDistortion::distort(const Point<double, 3>& ray, Point<double, 2>& distorted) const {
     const double aside = std::hypot(ray[0], ray[1]);
-    if (!(aside > 0)) {
+    if (aside == 0) {
         if (!(ray[2] > 0)) {
             return false;
         }

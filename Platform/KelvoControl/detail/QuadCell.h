@@ -64,4 +64,9 @@ private:
     }
 };
 
+/// True for a place (a, b) in the cell or on its edge; false for NaN.
+[[nodiscard]] inline bool isInCell(const Point<double, 2>& place) {
+    return place[0] >= 0 && place[0] <= 1 && place[1] >= 0 && place[1] <= 1;
+}
+
 }  // namespace KelvoControlDetail

@@ -1,0 +1,87 @@
+#include "KelvoControl/detail/CellIndex.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+using KelvoControlDetail::CellIndex;
+using KelvoControlDetail::CellLattice;
+using P2 = Point<double, 2>;
+
+template <class Place>
+CellLattice lattice(std::size_t columns, std::size_t rows, const Place& place) {
+    CellLattice made;
+    made.columns = columns;
+    made.rows = rows;
+    for (std::size_t node = 0; node < columns * rows; ++node) {
+        made.screen.push_back(place(static_cast<double>(node % columns), static_cast<double>(node / columns)));
+    }
+    made.picture = made.screen;
+    made.unused.assign(columns * rows, false);
+    return made;
+}
+
+/// Every cell whose box holds a point is near it, and all that is near stands in order.
+void expectComplete(const CellLattice& cells, unsigned seed) {
+    const P2 margin{0.01, 0.02};
+    const CellIndex index(cells, cells.screen, margin);
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> part(-0.2, 1.2);
+    int held = 0;
+    for (int i = 0; i < 500; ++i) {
+        const P2 point{part(random), part(random)};
+        const auto near = index.near(point);
+        ASSERT_TRUE(std::is_sorted(near.begin(), near.end()));
+        for (std::size_t row = 0; row + 1 < cells.rows; ++row) {
+            for (std::size_t column = 0; column + 1 < cells.columns; ++column) {
+                const std::size_t node = row * cells.columns + column;
+                if (cells.isMapped(column, row) && cells.cell(cells.screen, node).boxHolds(point, margin)) {
+                    ASSERT_NE(std::find(near.begin(), near.end(), node), near.end());
+                    ++held;
+                }
+            }
+        }
+    }
+    EXPECT_GT(held, 100);
+}
+
+TEST(CellIndex, KnowsEveryCellAroundAPoint) {
+    expectComplete(lattice(9, 7, [](double c, double r) { return P2{c / 8.0 + 0.1 * std::sin(r), r / 6.0}; }), 1);
+}
+
+TEST(CellIndex, KnowsEveryCellOfAMeshInDisorder) {
+    std::mt19937 random(2);
+    std::uniform_real_distribution<double> part(0.0, 1.0);
+    expectComplete(lattice(20, 20, [&](double, double) { return P2{part(random), part(random)}; }), 3);
+}
+
+TEST(CellIndex, KnowsEveryCellOfALongRow) {
+    expectComplete(lattice(300, 2, [](double c, double r) { return P2{c / 299.0, r}; }), 4);
+}
+
+TEST(CellIndex, HasNoUnmappedCells) {
+    CellLattice cells = lattice(4, 4, [](double c, double r) { return P2{c / 3.0, r / 3.0}; });
+    cells.unused[5] = true;  // between the four cells around node (1, 1)
+    const CellIndex index(cells, cells.screen, {0.0, 0.0});
+    for (const std::uint32_t node : index.near({0.3, 0.3})) {
+        EXPECT_TRUE(cells.isMapped(node % 4, node / 4));
+    }
+    cells.unused.assign(16, true);
+    EXPECT_TRUE(CellIndex(cells, cells.screen, {0.0, 0.0}).near({0.5, 0.5}).empty());
+}
+
+TEST(CellIndex, NothingIsNearWhatIsNoNumberOrFarAway) {
+    const CellLattice cells = lattice(3, 3, [](double c, double r) { return P2{c / 2.0, r / 2.0}; });
+    const CellIndex index(cells, cells.screen, {0.0, 0.0});
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_TRUE(index.near({nan, 0.5}).empty());
+    EXPECT_TRUE(index.near({0.5, nan}).empty());
+    EXPECT_TRUE(index.near({1e300, 0.5}).empty());
+}
+
+}  // namespace

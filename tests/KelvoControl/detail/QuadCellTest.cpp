@@ -1,0 +1,61 @@
+#include "KelvoControl/detail/QuadCell.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace {
+
+using KelvoControlDetail::QuadCell;
+using P2 = Point<double, 2>;
+
+/// The place within the cell, or none.
+bool placeIn(const QuadCell& cell, const P2& point, P2& place) {
+    return cell.anyPlaceOf(point, [&](const P2& found) {
+        place = found;
+        return found[0] >= -1e-9 && found[0] <= 1 + 1e-9 && found[1] >= -1e-9 && found[1] <= 1 + 1e-9;
+    });
+}
+
+TEST(QuadCell, ItsNodesAndEdgesAreExact) {
+    const QuadCell cell{{0.1, 0.2}, {1.3, 0.4}, {-0.7, 1.1}, {1.9, 2.3}};
+    EXPECT_EQ(cell.at(0, 0), cell.origin);
+    EXPECT_EQ(cell.at(1, 0), cell.alongA);
+    EXPECT_EQ(cell.at(0, 1), cell.alongB);
+    EXPECT_EQ(cell.at(1, 1), cell.across);
+    const QuadCell neighbour{{1.3, 0.4}, {7.0, 7.0}, {1.9, 2.3}, {8.0, 9.0}};
+    EXPECT_EQ(cell.at(1, 0.37), neighbour.at(0, 0.37)) << "the common edge is one";
+}
+
+TEST(QuadCell, ItsInverseIsExactForEveryConvexShape) {
+    std::mt19937 random(9);
+    std::uniform_real_distribution<double> part(0.0, 1.0);
+    for (int i = 0; i < 5000; ++i) {
+        const auto around = [&](double x, double y) { return P2{x + 0.45 * part(random), y + 0.45 * part(random)}; };
+        QuadCell cell{around(0, 0), around(1, 0), around(0, 1), around(1, 1)};
+        if (i % 2 == 1) {
+            std::swap(cell.alongA, cell.alongB);  // mirrored
+        }
+        const P2 truth{part(random), part(random)};
+        P2 place;
+        ASSERT_TRUE(placeIn(cell, cell.at(truth[0], truth[1]), place)) << i;
+        ASSERT_LE(norm(place - truth), 1e-12) << i;
+    }
+}
+
+TEST(QuadCell, ARectangleNeedsNoSecondRoot) {
+    const QuadCell cell{{0.0, 0.0}, {4.0, 0.0}, {0.0, 2.0}, {4.0, 2.0}};
+    P2 place;
+    ASSERT_TRUE(placeIn(cell, {1.0, 1.5}, place));
+    EXPECT_LE(norm(place - P2{0.25, 0.75}), 1e-15);
+}
+
+TEST(QuadCell, ItsBoxHoldsItWithTheMargin) {
+    const QuadCell cell{{0.0, 0.0}, {2.0, 1.0}, {-1.0, 2.0}, {3.0, 5.0}};
+    EXPECT_TRUE(cell.boxHolds({-1.0, 5.0}, {0.0, 0.0}));
+    EXPECT_FALSE(cell.boxHolds({-1.1, 5.0}, {0.0, 0.0}));
+    EXPECT_TRUE(cell.boxHolds({-1.1, 5.0}, {0.2, 0.0}));
+    EXPECT_FALSE(cell.boxHolds({0.0, 5.1}, {0.2, 0.0}));
+}
+
+}  // namespace
