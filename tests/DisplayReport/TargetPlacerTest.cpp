@@ -173,7 +173,8 @@ TEST_F(TargetPlacerTest, AChannelWithoutALocatorSaysWhy) {
 TEST_F(TargetPlacerTest, AFrustumThatLooksPastTheScreenIsAFault) {
     const auto config = displays::parsed(
         displays::FLAT,
-        displays::projector("A", "<Orientation z='180' x='0' y='0'/><Frustum left='-10' right='10' bottom='-10' top='10'/>"),
+        displays::projector("A",
+                            "<Orientation z='180' x='0' y='0'/><Frustum left='-10' right='10' bottom='-10' top='10'/>"),
         "<TargetData type='Spherical'/>");
     ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
     EXPECT_EQ(place(*config).channels.at(0).fault,
