@@ -15,9 +15,9 @@ constexpr double MOST_BINS_PER_CELL = BINS_ACROSS_CELL * BINS_ACROSS_CELL;
 /// other, the bins are made coarser until that many suffice: the memory stays in proportion to the file.
 constexpr std::size_t MOST_ENTRIES_PER_CELL = 16;
 
-/// Guesses across a bin, as long as there are not too many in all: with four or more across a cell, nine guesses of ten
-/// are right.
-constexpr double GUESSES_ACROSS_BIN = 2;
+/// Guesses across a bin, as long as there are not too many in all: with eight across a cell, more than nine guesses of
+/// ten are right.
+constexpr double GUESSES_ACROSS_BIN = 4;
 constexpr double MOST_GUESSES = 1024.0 * 1024.0;
 
 std::vector<std::uint32_t> mappedNodes(const CellLattice& lattice) {

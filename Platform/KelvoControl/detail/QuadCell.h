@@ -43,13 +43,22 @@ struct QuadCell {
             const Point<double, 2> row = e + g * b;
             return Point<double, 2>{dot(h - f * b, row) / dot(row, row), b};
         };
-        // b solves (e + g b) x (h - f b) = 0, a quadratic equation; written so that nothing cancels.
+        // b solves (e + g b) x (h - f b) = 0 and a likewise (f + g a) x (h - e a) = 0: quadratic equations with one
+        // discriminant, written so that nothing cancels.
+        const double area = turn(e, f);
+        const double twist = turn(h, g);
         const double k2 = turn(g, f);
-        const double k1 = turn(e, f) + turn(h, g);
+        const double k1 = twist + area;
         const double k0 = turn(h, e);
-        const double root = std::sqrt(std::max(k1 * k1 - 4 * k0 * k2, 0.0));
-        const double q = -0.5 * (k1 + std::copysign(root, k1));
-        return accept(place(k0 / q)) || (k2 != 0 && accept(place(q / k2)));
+        const double root = std::copysign(std::sqrt(std::max(k1 * k1 - 4 * k0 * k2, 0.0)), k1);
+        const double q = -0.5 * (k1 + root);
+        const double first = k0 / q;
+        // Where the twist outweighs the area, the direct formula for a would cancel.
+        const bool isCalm = std::abs(twist) < std::abs(area);
+        if (accept(isCalm ? Point<double, 2>{turn(h, f) / (-0.5 * (twist - area - root)), first} : place(first))) {
+            return true;
+        }
+        return k2 != 0 && accept(place(q / k2));
     }
 
 private:

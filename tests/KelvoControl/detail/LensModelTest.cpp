@@ -49,6 +49,15 @@ TEST(LensModel, PixelsAreRoundedToTheNearestHalvesUpwards) {
     EXPECT_EQ(pixelOf(-3.0, 10.0), (Point<int, 2>{-3, 10}));
 }
 
+TEST(LensModel, HalvesLeftOfThePictureGoUpToo) {
+    Viewport viewport = straight();
+    viewport.width = 1024;  // a power of two: the halves are exact
+    viewport.height = 512;
+    Point<int, 2> pixel;
+    ASSERT_TRUE(rectilinear(viewport)->project({-2.5 / 1024 - 0.5, 1.0, -0.5 / 512 - 0.5}, pixel));
+    EXPECT_EQ(pixel, (Point<int, 2>{-2, 0})) << "not away from zero";
+}
+
 TEST(LensModel, APixelThatDoesNotFitIsRefused) {
     const auto model = rectilinear(straight());
     Point<int, 2> pixel{-7, -8};
