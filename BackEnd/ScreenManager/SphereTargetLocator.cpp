@@ -140,47 +140,78 @@ bool answersInAnyOrder(const ScreenGeometry& screen) {
            kind == typeid(CylinderScreen) || kind == typeid(RuledSurfaceScreen) || kind == typeid(FlatScreen);
 }
 
-/// Asks a surface many rays at once. Column by column, the order of the map: filled in another one, it would leave its
-/// memory scattered.
+/// Asks a surface for the rays of a grid column by column, the order of the map: filled in another one, it would leave
+/// its memory scattered.
 class ColumnwiseCast {
 public:
     ColumnwiseCast(const ScreenGeometry& screen, const Vector& eyepoint, const CellDirections& directions)
         : m_screen(screen), m_eyepoint(eyepoint), m_directions(directions) {}
 
-    void cast(int columns, int rows, Grid& front, Grid& back) {
+    void cast(int columns, int rows) {
+        // Meshes gain from neighbouring rays; the others are faster without room for their answers.
+        if (dynamic_cast<const MeshScreen*>(&m_screen) != nullptr) {
+            castAtOnce(columns, rows);
+        } else {
+            castOneByOne(columns, rows);
+        }
+    }
+
+    Grid front;
+    Grid back;
+
+private:
+    /// Bounds the memory for rays and hits, 120 bytes each: they stay in the processor's cache.
+    static constexpr int MOST_AT_ONCE = 2048;
+
+    void castOneByOne(int columns, int rows) {
+        for (int column = 0; column < columns; ++column) {
+            for (int row = 0; row < rows; ++row) {
+                const Vector to = pointOnRay(column, row);
+                const IntersectionSet intersections = m_screen.intersect(m_eyepoint, to);
+                if (!intersections.empty()) {
+                    const Vector& hit = intersections.first().point;
+                    add(column, row, hit, sideOfSurface(to - m_eyepoint, m_screen.getScreenNormal(hit)));
+                }
+            }
+        }
+    }
+
+    void castAtOnce(int columns, int rows) {
         for (int column = 0; column < columns; ++column) {
             for (int row = 0; row < rows;) {
                 const int end = row + std::min(MOST_AT_ONCE, rows - row);
-                castPart(column, row, end, front, back);
+                castPart(column, row, end);
                 row = end;
             }
         }
         // A mesh remembers its last hit: it shall be that of the last cell in reading order.
         if (m_last.first >= 0) {
             const auto [row, column] = m_last;
-            (void)m_screen.intersect(m_eyepoint, m_eyepoint + m_directions.at(column, row));
+            (void)m_screen.intersect(m_eyepoint, pointOnRay(column, row));
         }
     }
 
-private:
-    /// Bounds the memory for rays and hits, 120 bytes each: they stay in the processor's cache.
-    static constexpr int MOST_AT_ONCE = 2048;
-
-    void castPart(int column, int firstRow, int endRow, Grid& front, Grid& back) {
+    void castPart(int column, int firstRow, int endRow) {
         m_rays.clear();
         for (int row = firstRow; row < endRow; ++row) {
-            m_rays.emplace_back(m_eyepoint, m_eyepoint + m_directions.at(column, row));
+            m_rays.emplace_back(m_eyepoint, pointOnRay(column, row));
         }
         m_hits.resize(m_rays.size());
         m_screen.intersectRays(m_rays, m_hits);
         for (int row = firstRow; row < endRow; ++row) {
             const SurfaceHit& hit = m_hits[static_cast<std::size_t>(row - firstRow)];
             if (hit.hit) {
-                Grid& side = hit.side < 0 ? back : front;
-                side.emplace_hint(side.end(), Point<int, 2>{column, row}, hit.point);
+                add(column, row, hit.point, hit.side);
                 m_last = std::max(m_last, {row, column});
             }
         }
+    }
+
+    [[nodiscard]] Vector pointOnRay(int column, int row) const { return m_eyepoint + m_directions.at(column, row); }
+
+    void add(int column, int row, const Vector& target, int side) {
+        Grid& grid = side < 0 ? back : front;
+        grid.emplace_hint(grid.end(), Point<int, 2>{column, row}, target);
     }
 
     const ScreenGeometry& m_screen;
@@ -237,10 +268,9 @@ void SphereTargetLocator::projectOnTargetLocationSurface(double uMin, double uMa
     if (typeid(*this) == typeid(SphereTargetLocator) && !remapsHeadings()) {
         const std::shared_ptr<ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
         if (screen && answersInAnyOrder(*screen)) {
-            Grid front;
-            Grid back;
-            ColumnwiseCast(*screen, m_params.eyepoint, directions).cast(columns, rows, front, back);
-            takeMajority(front, back, grid);
+            ColumnwiseCast rays(*screen, m_params.eyepoint, directions);
+            rays.cast(columns, rows);
+            takeMajority(rays.front, rays.back, grid);
             return;
         }
     }

@@ -145,19 +145,27 @@ TEST_F(SphereBatchTest, LongColumnsToo) {
     }
 }
 
-TEST_F(SphereBatchTest, TablesThatBendNothingBesideTheRaysGiveTheSameTargetsToRounding) {
-    const LogTrap quiet(log4cxx::Level::getWarn());
-    const SphereTargetLocatorParams p{{0.1, -0.2, 0.3}, -0.6, 0.7, -0.5, 0.4, 0.1, 0.1, 0.2, {}, {}};
-    SphereTargetLocatorParams bent = p;
-    bent.pitchTable = {{-2.0, -2.0}, {2.0, 2.0}};
-    ScreenManager::getInstance()->setScreenGeometry(
-        std::make_shared<SphericalScreen>(Vector{}, 5.0, -PI, PI, -PI / 2, PI / 2));
-    const Grid grid = project(SphereTargetLocator(p), 37, 23);
-    const Grid bentGrid = project(SphereTargetLocator(bent), 37, 23);
-    ASSERT_EQ(grid.size(), 37U * 23U);
-    ASSERT_EQ(bentGrid.size(), grid.size());
-    for (const auto& [cell, target] : grid) {
-        EXPECT_LT(norm(target - bentGrid.at(cell)), 1e-13);
+TEST_F(SphereBatchTest, HeadingsAreBentAndLoggedInReadingOrderOnEveryKind) {
+    SphereTargetLocatorParams p{{0.1, -0.2, 0.3}, -0.3, 0.3, -0.2, 0.2, 0.0, 0.0, 0.0, {}, {}};
+    // A tenth to the right, as the orientation would turn them.
+    p.yawTable = {{-2.0, -1.9}, {2.0, 2.1}};
+    SphereTargetLocatorParams turned = p;
+    turned.yawTable.clear();
+    turned.rotationZ = 0.1;
+    for (const auto& [name, screen] : screens()) {
+        ScreenManager::getInstance()->setScreenGeometry(screen);
+        log.clear();
+        const Grid bent = project(SphereTargetLocator(p), 3, 2);
+        ASSERT_EQ(log.records().size(), 6U) << name;
+        for (const std::size_t i : {1U, 4U}) {
+            EXPECT_THAT(log.records()[i].message, testing::HasSubstr(",0) mapped to (")) << "the middle column";
+        }
+        const Grid truth = project(SphereTargetLocator(turned), 3, 2);
+        ASSERT_EQ(bent.size(), truth.size()) << name;
+        EXPECT_GT(truth.size(), 3U) << name;
+        for (const auto& [cell, target] : truth) {
+            EXPECT_LT(norm(target - bent.at(cell)), 1e-13) << name;
+        }
     }
 }
 
