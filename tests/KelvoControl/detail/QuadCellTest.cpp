@@ -43,6 +43,20 @@ TEST(QuadCell, ItsInverseIsExactForEveryConvexShape) {
     }
 }
 
+TEST(QuadCell, ItsInverseIsExactWhereOneCornerIsAlmostFlat) {
+    for (const double depth : {0.1, 1e-3, 1e-6, 1e-9, 1e-12}) {
+        const QuadCell cell{{0.0, 0.0}, {1.0, 0.0}, {-0.9, depth}, {0.1, 2.0}};
+        for (int i = 1; i < 10; ++i) {
+            for (int j = 1; j < 10; ++j) {
+                const P2 point = cell.at(0.1 * i, 0.1 * j);
+                P2 place;
+                ASSERT_TRUE(placeIn(cell, point, place)) << depth << ": " << i << ", " << j;
+                ASSERT_LE(norm(cell.at(place[0], place[1]) - point), 1e-13) << depth << ": " << i << ", " << j;
+            }
+        }
+    }
+}
+
 TEST(QuadCell, ARectangleNeedsNoSecondRoot) {
     const QuadCell cell{{0.0, 0.0}, {4.0, 0.0}, {0.0, 2.0}, {4.0, 2.0}};
     P2 place;
