@@ -180,7 +180,8 @@ ratio::Body bending(const Remap& remap) {
             remap(rays);
             benchmark::DoNotOptimize(rays.data());
         }
-        state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * straight.size()));
+        state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) *
+                                static_cast<std::int64_t>(straight.size()));
     };
 }
 

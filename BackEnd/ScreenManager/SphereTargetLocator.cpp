@@ -148,7 +148,7 @@ public:
         : m_screen(screen), m_eyepoint(eyepoint), m_directions(directions) {}
 
     void cast(int columns, int rows) {
-        // Meshes gain from neighbouring rays; the others are faster without room for their answers.
+        // Meshes gain from neighbouring rays; the others do not, and have less to write one by one.
         if (dynamic_cast<const MeshScreen*>(&m_screen) != nullptr) {
             castAtOnce(columns, rows);
         } else {
@@ -162,17 +162,40 @@ public:
 private:
     /// Bounds the memory for rays and hits, 120 bytes each: they stay in the processor's cache.
     static constexpr int MOST_AT_ONCE = 2048;
+    /// Rays, and then normals, that are asked before their targets are stored: the processor works at several together.
+    static constexpr int FEW_AT_ONCE = 128;
+
+    struct Answer {
+        Vector point;
+        Vector direction;
+        int row = 0;
+        int side = 1;
+    };
 
     void castOneByOne(int columns, int rows) {
         for (int column = 0; column < columns; ++column) {
-            for (int row = 0; row < rows; ++row) {
-                const Vector to = pointOnRay(column, row);
-                const IntersectionSet intersections = m_screen.intersect(m_eyepoint, to);
-                if (!intersections.empty()) {
-                    const Vector& hit = intersections.first().point;
-                    add(column, row, hit, sideOfSurface(to - m_eyepoint, m_screen.getScreenNormal(hit)));
+            for (int row = 0; row < rows;) {
+                const int end = row + std::min(FEW_AT_ONCE, rows - row);
+                askForPart(column, row, end);
+                for (const Answer& answer : m_answers) {
+                    add(column, answer.row, answer.point, answer.side);
                 }
+                row = end;
             }
+        }
+    }
+
+    void askForPart(int column, int firstRow, int endRow) {
+        m_answers.clear();
+        for (int row = firstRow; row < endRow; ++row) {
+            const Vector to = pointOnRay(column, row);
+            const IntersectionSet intersections = m_screen.intersect(m_eyepoint, to);
+            if (!intersections.empty()) {
+                m_answers.push_back({intersections.first().point, to - m_eyepoint, row});
+            }
+        }
+        for (Answer& answer : m_answers) {
+            answer.side = sideOfSurface(answer.direction, m_screen.getScreenNormal(answer.point));
         }
     }
 
@@ -219,6 +242,7 @@ private:
     const CellDirections& m_directions;
     std::vector<Ray> m_rays;
     std::vector<SurfaceHit> m_hits;
+    std::vector<Answer> m_answers;
     std::pair<int, int> m_last{-1, -1};  ///< row and column of the last hit in reading order; negative: none so far
 };
 
