@@ -40,21 +40,6 @@ void readFrustum(const ProjectorConfig& projector, SphereTargetLocatorParams& pa
     params.rotationY = projector.getOrientationY();
 }
 
-/// The size stays 1 x 1: rays do not depend on it, and a change of resolution alone is no reason to build a locator
-/// again.
-Viewport viewportOf(const ProjectorConfig& projector) {
-    const Point<double, 3> orientation{projector.getOrientationZ(), projector.getOrientationX(),
-                                       projector.getOrientationY()};
-    const double top = projector.getFrustumTop();
-    const double bottom = projector.getFrustumBottom();
-    const double left = projector.getFrustumLeft();
-    const double right = projector.getFrustumRight();
-    Viewport viewport = Viewport::fromFrustumAngles(left, right, bottom, top);
-    viewport.orientation = orientation;
-    viewport.position = projector.getPosition();
-    return viewport;
-}
-
 }  // namespace
 
 TargetLocatorManager* TargetLocatorManager::getInstance() {
@@ -218,7 +203,8 @@ bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLC
         return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<SphereTargetLocator>(params));
     }
     CustomProjectionTargetLocatorParams params;
-    params.projectionModel = Blend::createProjectionModel(viewportOf(*projector), modelName, L"");
+    // Of 1 x 1 pixels: rays do not depend on the size, and a change of it alone is no reason to build a locator again.
+    params.projectionModel = Blend::createProjectionModel(Viewport::of(*projector), modelName, L"");
     return checkOrCreateTargetLocator(projector->getIdentity(), params,
                                       factoryOf<CustomProjectionTargetLocator>(params));
 }

@@ -2,6 +2,8 @@
 
 #include "Common/Point.h"
 
+class ProjectorConfig;
+
 /// Where a channel's picture lies in space: on a plane one unit in front of the projector.
 ///
 /// In the projector's own frame (+x right, +y forward, +z up) the normalised picture point (u, v) lies at
@@ -20,4 +22,8 @@ struct Viewport {
     /// The extents of a frustum, the rest as by default. Angles in radians, right and top positive, each below a right
     /// angle in size.
     [[nodiscard]] static Viewport fromFrustumAngles(double left, double right, double bottom, double top);
+
+    /// Frustum, orientation and position of a configured projector. The size stays 1 x 1: whoever works in pixels sets
+    /// it.
+    [[nodiscard]] static Viewport of(const ProjectorConfig& projector);
 };

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <cstddef>
+#include <vector>
+
+class ProjectorConfig;
+class XMLConfigManager;
+
+/// Converts between the picture of a channel and the layout, the 3D space that the screen is described in; one kind of
+/// map per kind of display.
+///
+/// Channel points are normalised, (0, 0) to (1, 1) over the whole picture. What a layout point means, its frame and its
+/// unit, is the kind's. Channels are counted from 0 in the order in which the configuration lists its projectors.
+///
+/// A map is built from the configuration as it stands; whoever changes the configuration builds a new one. Copies share
+/// what they refer to. Not safe to use from two threads at once.
+class LayoutToChannelMap {
+public:
+    /// @param config not owned, must outlive the map; without one the map has no channels. A record that the
+    ///     configuration does not have is kept as null.
+    explicit LayoutToChannelMap(XMLConfigManager* config);
+    LayoutToChannelMap(const LayoutToChannelMap&) = default;
+    LayoutToChannelMap& operator=(const LayoutToChannelMap&) = default;
+    virtual ~LayoutToChannelMap();
+
+    /// From a layout point to the picture of a channel.
+    /// @param channel receives the picture point; untouched when there is none
+    /// @param channelIndex below the number of channels; not checked
+    /// @return whether the channel shows the layout point
+    virtual bool mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,
+                                    std::size_t channelIndex) = 0;
+
+    /// From a picture point of a channel to the layout.
+    /// @param layout receives the layout point; untouched when there is none
+    /// @param channelIndex below the number of channels; not checked
+    /// @return whether the picture point lies anywhere in the layout
+    virtual bool mapChannelToLayout(const Point<double, 2>& channel, Point<double, 3>& layout,
+                                    std::size_t channelIndex) = 0;
+
+protected:
+    [[nodiscard]] XMLConfigManager* config() const { return m_config; }
+    /// The record of each channel, not owned; null where the configuration has none.
+    [[nodiscard]] const std::vector<ProjectorConfig*>& projectors() const { return m_projectors; }
+
+private:
+    XMLConfigManager* m_config;
+    std::vector<ProjectorConfig*> m_projectors;
+};
