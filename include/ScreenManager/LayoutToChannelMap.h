@@ -3,6 +3,7 @@
 #include "Common/Point.h"
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 class ProjectorConfig;
@@ -41,6 +42,8 @@ public:
 
 protected:
     [[nodiscard]] XMLConfigManager* config() const { return m_config; }
+    /// Asks the configuration anew; none without one.
+    [[nodiscard]] std::vector<std::wstring> projectorIds() const;
     /// The record of each channel, not owned; null where the configuration has none.
     [[nodiscard]] const std::vector<ProjectorConfig*>& projectors() const { return m_projectors; }
 
