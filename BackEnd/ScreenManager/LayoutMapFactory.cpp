@@ -4,9 +4,11 @@
 #include "Configuration/BaseConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
+#include "ScreenManager/CollimatedLayoutToChannelMap.h"
 #include "ScreenManager/CustomPlanarLayoutToChannelMap.h"
 #include "ScreenManager/PlanarLayoutToChannelMap.h"
 #include "ScreenManager/ProjectorCentricLayoutToChannelMap.h"
+#include "ScreenManager/SphericalLayoutToChannelMap.h"
 
 #include <algorithm>
 #include <array>
@@ -28,14 +30,30 @@ LayoutMap makeCustomPlanar(XMLConfigManager* config, bool /*useCache*/) {
     return {nullptr, std::make_unique<CustomPlanarLayoutToChannelMap>(config)};
 }
 
-LayoutMap makeProjectorCentric(XMLConfigManager* config, bool /*useCache*/) {
+/// Kinds that refer to the table; what a kind takes besides it.
+template <class Map, class... Options>
+LayoutMap makeWithTable(XMLConfigManager* config, Options... options) {
     const auto table = std::make_shared<KelvoControl::Configuration>(config);
-    return {table, std::make_unique<ProjectorCentricLayoutToChannelMap>(config, table)};
+    return {table, std::make_unique<Map>(config, table, options...)};
+}
+
+LayoutMap makeSpherical(XMLConfigManager* config, bool /*useCache*/) {
+    return makeWithTable<SphericalLayoutToChannelMap>(config);
+}
+
+LayoutMap makeCollimated(XMLConfigManager* config, bool useCache) {
+    return makeWithTable<CollimatedLayoutToChannelMap>(config, useCache);
+}
+
+LayoutMap makeProjectorCentric(XMLConfigManager* config, bool /*useCache*/) {
+    return makeWithTable<ProjectorCentricLayoutToChannelMap>(config);
 }
 
 const std::array KINDS{
     Kind{BaseConfig::TARGET_DATA_PLANAR_BASIC, makePlanar},
     Kind{BaseConfig::TARGET_DATA_PLANAR_ADVANCED, makePlanar},
+    Kind{BaseConfig::TARGET_DATA_SPHERICAL, makeSpherical},
+    Kind{BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED, makeCollimated},
     Kind{BaseConfig::TARGET_DATA_CUSTOM_PLANAR, makeCustomPlanar},
     Kind{BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC, makeProjectorCentric},
     Kind{BaseConfig::TARGET_DATA_3D, makeProjectorCentric},

@@ -3,12 +3,9 @@
 #include "Common/Matrix.h"
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
-#include "KelvoScreen/CylinderScreen.h"
-#include "KelvoScreen/FlatScreen.h"
-#include "KelvoScreen/OBJScreen.h"
-#include "KelvoScreen/RuledSurfaceScreen.h"
-#include "KelvoScreen/SphericalScreen.h"
+#include "KelvoScreen/MeshScreen.h"
 #include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/detail/RaysAtOnce.h"
 
 #include <algorithm>
 #include <cmath>
@@ -131,14 +128,6 @@ public:
 private:
     std::vector<Grid::iterator> m_lowest;  ///< of each column; the end where there is none
 };
-
-/// True for the surfaces whose answers are known not to depend on when and in which order they are asked; others may
-/// count, or change the screen while they are asked.
-bool answersInAnyOrder(const ScreenGeometry& screen) {
-    const std::type_info& kind = typeid(screen);
-    return kind == typeid(OBJScreen) || kind == typeid(MeshScreen) || kind == typeid(SphericalScreen) ||
-           kind == typeid(CylinderScreen) || kind == typeid(RuledSurfaceScreen) || kind == typeid(FlatScreen);
-}
 
 /// Asks a surface for the rays of a grid column by column, the order of the map: filled in another one, it would leave
 /// its memory scattered.

@@ -20,6 +20,8 @@ struct LayoutMap {
 /// | Target-data type                | Map                                  |
 /// |---------------------------------|--------------------------------------|
 /// | `PlanarBasic`, `PlanarAdvanced` | `PlanarLayoutToChannelMap`           |
+/// | `Spherical`                     | `SphericalLayoutToChannelMap`        |
+/// | `SphericalCollimated`           | `CollimatedLayoutToChannelMap`       |
 /// | `CustomPlanar`                  | `CustomPlanarLayoutToChannelMap`     |
 /// | `ProjectorCentric`, `3D`        | `ProjectorCentricLayoutToChannelMap` |
 class LayoutMapFactory {

@@ -3,11 +3,18 @@
 #include "Common/Point.h"
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
 class ProjectorConfig;
 class XMLConfigManager;
+
+/// The answer to one of many picture points.
+struct LayoutPoint {
+    Point<double, 3> point;  ///< as it was where there is none
+    bool isMapped = false;
+};
 
 /// Converts between the picture of a channel and the layout, the 3D space that the screen is described in; one kind of
 /// map per kind of display.
@@ -39,6 +46,16 @@ public:
     /// @return whether the picture point lies anywhere in the layout
     virtual bool mapChannelToLayout(const Point<double, 2>& channel, Point<double, 3>& layout,
                                     std::size_t channelIndex) = 0;
+
+    /// Many picture points of a channel at once, such as rows of its pixels: what `mapChannelToLayout` says of each, to
+    /// the last bit. The default body asks point by point, in order.
+    ///
+    ///     std::vector<LayoutPoint> row(picturePoints.size());
+    ///     map.mapChannelPointsToLayout(picturePoints, row, channelIndex);
+    ///
+    /// @param layout receives the answers in order; throws `VeltraniException` when it is not as long as `channel`
+    virtual void mapChannelPointsToLayout(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout,
+                                          std::size_t channelIndex);
 
 protected:
     [[nodiscard]] XMLConfigManager* config() const { return m_config; }

@@ -1,0 +1,99 @@
+#include "ScreenManager/CollimatedLayoutToChannelMap.h"
+
+#include "KelvoControl/KelvoProjector.h"
+#include "ScreenManager/detail/BlendOwners.h"
+#include "ScreenManager/detail/EyeRays.h"
+#include "ScreenManager/detail/PixelSearch.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+
+using Veltrani::EyeRays;
+
+namespace {
+
+using Vector = Point<double, 3>;
+
+/// Stands in the cache where no layout point was calculated yet, in every component.
+constexpr double LARGEST = std::numeric_limits<double>::max();
+constexpr Vector NOT_COMPUTED{LARGEST, LARGEST, LARGEST};
+
+const Frustum& frustumOf(const KelvoProjector& projector) {
+    return projector.getBlend().getSphericalBlendExtents();
+}
+
+/// One more than there are pixels: for the far edge.
+std::size_t placesFor(int pixels) {
+    return pixels < 0 ? 0 : static_cast<std::size_t>(pixels) + 1;
+}
+
+std::shared_ptr<Vector[]> emptyCache(const Frustum& frustum) {
+    const std::size_t places = placesFor(frustum.height) * placesFor(frustum.width);
+    return std::make_shared<Vector[]>(places, NOT_COMPUTED);
+}
+
+double squaredDistance(const Vector& a, const Vector& b) {
+    const double dx = a[0] - b[0];
+    const double dy = a[1] - b[1];
+    const double dz = a[2] - b[2];
+    return dx * dx + dy * dy + dz * dz;
+}
+
+}  // namespace
+
+// By value, as the callers' interface has it.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+CollimatedLayoutToChannelMap::CollimatedLayoutToChannelMap(
+    XMLConfigManager* config, std::shared_ptr<KelvoControl::Configuration> channelMapConfig, bool useCache)
+    : LayoutToChannelMap(config) {
+    // NOLINTEND(performance-unnecessary-value-param)
+    m_eyePoint = Veltrani::eyePointOf(config);
+    m_blendOwners = Veltrani::blendOwners(config, channelMapConfig.get());
+    m_locators = Veltrani::targetLocators(config, projectors());
+    if (useCache) {
+        for (const KelvoProjector* owner : m_blendOwners) {
+            m_caches.push_back(emptyCache(frustumOf(*owner)));
+        }
+    }
+}
+
+bool CollimatedLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,
+                                                      std::size_t channelIndex) {
+    const Frustum& frustum = frustumOf(*m_blendOwners[channelIndex]);
+    const int width = frustum.width;
+    const int height = frustum.height;
+    const auto inPicture = [width, height](int x, int y) {
+        return Point<double, 2>{static_cast<double>(x) / width, static_cast<double>(y) / height};
+    };
+    PixelSearch search(width, height);
+    std::optional<PixelSearch::Pixel> found;
+    if (m_caches.empty()) {
+        found = search.nearest([&](int x, int y) {
+            Vector place;
+            mapChannelToLayout(inPicture(x, y), place, channelIndex);
+            return squaredDistance(layout, place);
+        });
+    } else {
+        Vector* const cache = m_caches[channelIndex].get();
+        found = search.nearest([&](int x, int y) {
+            Vector& place =
+                cache[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)];
+            if (place == NOT_COMPUTED) {
+                mapChannelToLayout(inPicture(x, y), place, channelIndex);
+            }
+            return squaredDistance(layout, place);
+        });
+    }
+    if (!found) {
+        return false;
+    }
+    channel = inPicture(found->x, found->y);
+    return true;
+}
+
+bool CollimatedLayoutToChannelMap::mapChannelToLayout(const Point<double, 2>& channel, Point<double, 3>& layout,
+                                                      std::size_t channelIndex) {
+    return EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
+        .mapToLayout(channel, layout);
+}

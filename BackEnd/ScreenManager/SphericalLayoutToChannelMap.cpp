@@ -1,0 +1,73 @@
+#include "ScreenManager/SphericalLayoutToChannelMap.h"
+
+#include "KelvoControl/Frustum.h"
+#include "ScreenManager/detail/BlendOwners.h"
+#include "ScreenManager/detail/EyeRays.h"
+
+#include <typeinfo>
+
+using Veltrani::EyeRays;
+
+namespace {
+
+/// Of the direction of view, in native units: nearer points, and those behind, are not seen.
+constexpr double NEAREST = 1e-6;
+/// Of the picture's size, at each edge: what rounding may do to a point on the edge.
+constexpr double EDGE_TOLERANCE = 1e-6;
+
+/// @param fromEye a point relative to the eye point
+bool projectThrough(const Frustum& frustum, const Point<double, 3>& fromEye, Point<double, 2>& channel) {
+    const Point<double, 3> ahead = frustum.Rinv * (fromEye - frustum.origin);
+    // Asked so that a NaN goes on: what it gives is refused for lying nowhere.
+    if (ahead[1] <= NEAREST) {
+        return false;
+    }
+    channel = {(ahead[0] / ahead[1] - frustum.ox) / frustum.sx, (ahead[2] / ahead[1] - frustum.oy) / frustum.sy};
+    return true;
+}
+
+bool isInside(double coordinate) {
+    return coordinate >= -EDGE_TOLERANCE && coordinate - 1.0 <= EDGE_TOLERANCE;
+}
+
+}  // namespace
+
+// By value, as the callers' interface has it.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+SphericalLayoutToChannelMap::SphericalLayoutToChannelMap(XMLConfigManager* config,
+                                                         std::shared_ptr<KelvoControl::Configuration> channelMapConfig)
+    : LayoutToChannelMap(config) {
+    // NOLINTEND(performance-unnecessary-value-param)
+    m_eyePoint = Veltrani::eyePointOf(config);
+    m_blendOwners = Veltrani::blendOwners(config, channelMapConfig.get());
+    m_locators = Veltrani::targetLocators(config, projectors());
+}
+
+bool SphericalLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,
+                                                     std::size_t channelIndex) {
+    const EyeRays rays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint);
+    const Point<double, 3> fromEye = layout - m_eyePoint;
+    Point<double, 2> candidate;
+    if (!projectThrough(rays.frustum(), fromEye, candidate) || !isInside(candidate[0]) || !isInside(candidate[1])) {
+        return false;
+    }
+    // The frustum is asked for again: what it says last is the answer.
+    projectThrough(rays.frustum(), fromEye, channel);
+    return true;
+}
+
+bool SphericalLayoutToChannelMap::mapChannelToLayout(const Point<double, 2>& channel, Point<double, 3>& layout,
+                                                     std::size_t channelIndex) {
+    return EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
+        .mapToLayout(channel, layout);
+}
+
+void SphericalLayoutToChannelMap::mapChannelPointsToLayout(std::span<const Point<double, 2>> channel,
+                                                           std::span<LayoutPoint> layout, std::size_t channelIndex) {
+    const bool isThisKind = typeid(*this) == typeid(SphericalLayoutToChannelMap);
+    if (!isThisKind || channel.size() != layout.size() ||
+        !EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
+             .mapToLayoutAtOnce(channel, layout)) {
+        LayoutToChannelMap::mapChannelPointsToLayout(channel, layout, channelIndex);
+    }
+}

@@ -1,0 +1,81 @@
+#include "ScreenManager/detail/EyeRays.h"
+
+#include "Configuration/IScreenConfig.h"
+#include "Configuration/XMLConfigManager.h"
+#include "KelvoControl/KelvoProjector.h"
+#include "ScreenManager/TargetLocator.h"
+#include "ScreenManager/TargetLocatorManager.h"
+#include "ScreenManager/detail/RaysAtOnce.h"
+
+#include <algorithm>
+
+namespace Veltrani {
+
+namespace {
+
+/// Bounds the memory for rays and hits, 130 bytes each: they stay in the processor's cache.
+constexpr std::size_t MOST_AT_ONCE = 2048;
+
+}  // namespace
+
+Point<double, 3> eyePointOf(const XMLConfigManager* config) {
+    const IScreenConfig* const screen = config != nullptr ? config->getScreenConfig() : nullptr;
+    return screen != nullptr ? screen->getEyePoint() : Point<double, 3>();
+}
+
+std::vector<std::shared_ptr<const TargetLocator>> targetLocators(const XMLConfigManager* config,
+                                                                 const std::vector<ProjectorConfig*>& projectors) {
+    std::vector<std::shared_ptr<const TargetLocator>> locators;
+    for (const ProjectorConfig* projector : projectors) {
+        locators.push_back(TargetLocatorManager::getInstance()->getTargetLocator(config, projector));
+    }
+    return locators;
+}
+
+EyeRays::EyeRays(const KelvoProjector& projector, const TargetLocator* locator, const Point<double, 3>& eyePoint)
+    : m_projector(projector), m_locator(locator), m_eyePoint(eyePoint) {}
+
+const Frustum& EyeRays::frustum() const {
+    return m_projector.getBlend().getSphericalBlendExtents();
+}
+
+bool EyeRays::mapToLayout(const Point<double, 2>& channel, Point<double, 3>& layout) const {
+    const Point<double, 3> to = pointOnRay(channel);
+    return m_locator != nullptr && m_locator->intersectWithTargetLocationSurface(m_eyePoint, to, layout).first;
+}
+
+bool EyeRays::mapToLayoutAtOnce(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout) const {
+    const std::shared_ptr<const ScreenGeometry> screen = m_locator != nullptr ? screenForRaysOf(*m_locator) : nullptr;
+    if (!screen) {
+        return false;
+    }
+    const std::size_t most = std::min(channel.size(), MOST_AT_ONCE);
+    std::vector<Ray> rays(most);
+    std::vector<SurfaceHit> hits(most);
+    for (std::size_t begin = 0; begin < channel.size(); begin += most) {
+        const std::size_t count = std::min(most, channel.size() - begin);
+        for (std::size_t i = 0; i < count; ++i) {
+            rays[i] = {m_eyePoint, pointOnRay(channel[begin + i])};
+        }
+        screen->intersectRays({rays.data(), count}, {hits.data(), count});
+        for (std::size_t i = 0; i < count; ++i) {
+            LayoutPoint& answer = layout[begin + i];
+            answer.isMapped = hits[i].hit;
+            if (hits[i].hit) {
+                answer.point = hits[i].point;
+            }
+        }
+    }
+    return true;
+}
+
+Point<double, 3> EyeRays::pointOnRay(const Point<double, 2>& channel) const {
+    const Frustum& f = frustum();
+    const double a = f.sx * channel[0] + f.ox;
+    const double b = f.sy * channel[1] + f.oy;
+    // In this order: results match to the last bit.
+    const auto component = [&](std::size_t k) { return a * f.R(k, 0) + f.R(k, 1) + b * f.R(k, 2); };
+    return m_eyePoint + Point<double, 3>{component(0), component(1), component(2)};
+}
+
+}  // namespace Veltrani
