@@ -4,15 +4,16 @@
 #include "Configuration/XMLConfigManager.h"
 
 LayoutToChannelMap::LayoutToChannelMap(XMLConfigManager* config) : m_config(config) {
-    if (config == nullptr) {
-        return;
-    }
-    for (const std::wstring& id : config->getProjectorConfigIds()) {
+    for (const std::wstring& id : projectorIds()) {
         m_projectors.push_back(config->getProjectorConfig(id));
     }
 }
 
 LayoutToChannelMap::~LayoutToChannelMap() = default;
+
+std::vector<std::wstring> LayoutToChannelMap::projectorIds() const {
+    return m_config != nullptr ? m_config->getProjectorConfigIds() : std::vector<std::wstring>();
+}
 
 void LayoutToChannelMap::mapChannelPointsToLayout(std::span<const Point<double, 2>> channel,
                                                   std::span<LayoutPoint> layout, std::size_t channelIndex) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 #include <vector>
 
 class ProjectorConfig;
@@ -58,6 +59,8 @@ public:
 
 protected:
     [[nodiscard]] XMLConfigManager* config() const { return m_config; }
+    /// Asks the configuration anew; none without one.
+    [[nodiscard]] std::vector<std::wstring> projectorIds() const;
     /// The record of each channel, not owned; null where the configuration has none.
     [[nodiscard]] const std::vector<ProjectorConfig*>& projectors() const { return m_projectors; }
 

@@ -1,6 +1,8 @@
 #include "KelvoControl/Viewport.h"
 
-#include <gtest/gtest.h>
+#include "support/ProjectorConfigDouble.h"
+
+#include <gmock/gmock.h>
 
 #include <cmath>
 
@@ -25,6 +27,33 @@ TEST(Viewport, TheExtentsOfAFrustumAreTangents) {
     EXPECT_EQ(viewport.oy, std::tan(-0.125));
     EXPECT_EQ(viewport.sy, std::tan(0.375) - std::tan(-0.125));
     EXPECT_EQ(viewport.width, 1);
+}
+
+TEST(Viewport, OfAProjectorItHasFrustumOrientationAndPositionButNotTheSize) {
+    Trace trace;
+    ProjectorConfigDouble projector(L"P1", &trace);
+    projector.frustumTop = 0.375;
+    projector.frustumBottom = -0.125;
+    projector.frustumLeft = -0.5;
+    projector.frustumRight = 0.25;
+    projector.orientationZ = 0.1;
+    projector.orientationX = 0.2;
+    projector.orientationY = 0.3;
+    projector.position = {1.0, 2.0, 3.0};
+    const Viewport viewport = Viewport::of(projector);
+    const Viewport frustum = Viewport::fromFrustumAngles(-0.5, 0.25, -0.125, 0.375);
+    EXPECT_EQ(viewport.ox, frustum.ox);
+    EXPECT_EQ(viewport.oy, frustum.oy);
+    EXPECT_EQ(viewport.sx, frustum.sx);
+    EXPECT_EQ(viewport.sy, frustum.sy);
+    EXPECT_EQ(viewport.orientation, (Point<double, 3>{0.1, 0.2, 0.3}));
+    EXPECT_EQ(viewport.position, (Point<double, 3>{1.0, 2.0, 3.0}));
+    EXPECT_EQ(viewport.width, 1);
+    EXPECT_EQ(viewport.height, 1);
+    EXPECT_THAT(trace.lines(), testing::ElementsAre("projector.getOrientationZ()", "projector.getOrientationX()",
+                                                    "projector.getOrientationY()", "projector.getFrustumTop()",
+                                                    "projector.getFrustumBottom()", "projector.getFrustumLeft()",
+                                                    "projector.getFrustumRight()", "projector.getPosition()"));
 }
 
 }  // namespace

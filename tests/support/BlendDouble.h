@@ -3,18 +3,26 @@
 #include "KelvoControl/Blend.h"
 #include "support/Recorder.h"
 
+#include <functional>
+#include <memory>
+
 /// A blend that answers what its members say.
 class BlendDouble : public Blend, public Recorder {
 public:
-    explicit BlendDouble(Trace* trace = nullptr, const std::string& name = "blend")
-        : Blend(Frustum()), Recorder(name, trace) {}
+    explicit BlendDouble(const Frustum& theFrustum = Frustum(), Trace* trace = nullptr)
+        : Blend(Frustum()), Recorder("blend", trace), frustum(theFrustum) {}
 
-    Frustum extents;
+    mutable Frustum frustum;
     std::shared_ptr<ProjectionModel> model;
+    /// Called before each answer about the frustum, which it may change.
+    std::function<void(Frustum&)> change;
 
     const Frustum& getSphericalBlendExtents() const override {
         record("getSphericalBlendExtents");
-        return extents;
+        if (change) {
+            change(frustum);
+        }
+        return frustum;
     }
     std::shared_ptr<ProjectionModel> getProjectionModel() const override {
         record("getProjectionModel");

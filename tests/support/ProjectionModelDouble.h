@@ -19,6 +19,9 @@ public:
             direction = {normalised[0], 1.0, normalised[1]};
             return true;
         };
+    /// What `project` does; at first nothing.
+    std::function<bool(const Point<double, 3>&, Point<int, 2>&)> projection = [](const Point<double, 3>&,
+                                                                                 Point<int, 2>&) { return false; };
 
     const Viewport& viewport() const override {
         record("viewport");
@@ -32,9 +35,9 @@ public:
         record("unprojectPixel", pixel);
         return unprojection({pixel[0] / place.width, pixel[1] / place.height}, direction);
     }
-    bool project(const Point<double, 3>& layoutPoint, Point<int, 2>& /*pixel*/) const override {
+    bool project(const Point<double, 3>& layoutPoint, Point<int, 2>& pixel) const override {
         record("project", layoutPoint);
-        return false;
+        return projection(layoutPoint, pixel);
     }
     std::wstring firstName() const override {
         record("firstName");
