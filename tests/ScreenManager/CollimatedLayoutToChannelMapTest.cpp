@@ -39,8 +39,10 @@ protected:
     }
     CollimatedLayoutToChannelMap makeMap(bool useCache = false) { return {&config, table, useCache}; }
 
+    /// Another screen with each call.
     std::shared_ptr<RayScreen> installRayScreen() {
         auto screen = std::make_shared<RayScreen>(&trace);
+        screen->hash[0] = ++m_screens;
         ScreenManager::getInstance()->setScreenGeometry(screen);
         trace.clear();
         return screen;
@@ -72,6 +74,9 @@ protected:
         addToTable(pictureOf(width, height));
         installRayScreen();
     }
+
+private:
+    unsigned char m_screens = 0;
 };
 
 TEST_F(CollimatedLayoutToChannelMapTest, APictureShowsWhatTheMirrorShows) {
@@ -170,8 +175,15 @@ TEST_F(CollimatedLayoutToChannelMapTest, SmallPicturesAreSearchedPixelByPixel) {
 
 TEST_F(CollimatedLayoutToChannelMapTest, PicturesWithoutPixelsShowNothingAndDoNotCrash) {
     const Vector ahead = screenConfig.eyePoint + Vector{0.0, 1.0, 0.0};
-    for (const auto& [width, height] : {std::pair(0, 0), {0, 1080}, {1920, 0}, {-1, -1}, {-1, 5}, {5, -1}, {-1920, -1080},
-                                        {std::numeric_limits<int>::min(), 7}, {7, std::numeric_limits<int>::min()}}) {
+    for (const auto& [width, height] : {std::pair(0, 0),
+                                        {0, 1080},
+                                        {1920, 0},
+                                        {-1, -1},
+                                        {-1, 5},
+                                        {5, -1},
+                                        {-1920, -1080},
+                                        {std::numeric_limits<int>::min(), 7},
+                                        {7, std::numeric_limits<int>::min()}}) {
         for (const bool useCache : {false, true}) {
             installFlatPicture(width, height);
             CollimatedLayoutToChannelMap map = makeMap(useCache);

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 #include <set>
 #include <sstream>
 
@@ -106,14 +105,11 @@ TEST_F(CollimatedSearchTest, AsksForTheRecordedPixelsInOrder) {
         MadeUpPicture map = picture(search.width, search.height, search.formula, search.isCached);
         for (const Step& step : search.steps) {
             map.asked.clear();
-            answers.insert(map.search(step.wanted));
+            const std::string answer = map.search(step.wanted);
+            EXPECT_EQ(answer, step.answer);
             EXPECT_EQ(textOf(map.asked), step.asked);
             EXPECT_TRUE(map.isAlwaysAskedForPixels);
-            EXPECT_EQ(map.search(step.wanted), step.answer);
-            // Sampled ones alone, where no pixels are left to search: a window of which nothing is seen.
-            if (!search.isCached && search.width > 0) {
-                EXPECT_EQ(windowsOf(map.asked, search).empty(), std::string(step.windows).empty());
-            }
+            answers.insert(answer);
         }
     }
     EXPECT_GT(answers.size(), 10U);
@@ -180,15 +176,21 @@ TEST_F(CollimatedSearchTest, OfEquallyNearPixelsTheFirstColumnAndInItTheFirstRow
     MadeUpPicture map = picture(8, 8, stepped, false);
     // Nothing but the middle of the picture is at (0.5, 0.5).
     EXPECT_EQ(map.search({0.5, 0.5, 0.0}), "4,4");
-    MadeUpPicture halves = picture(8, 8, [](double u, double v, Vector& layout) {
-        layout = {std::floor(2 * u) + std::floor(2 * v), 0.0, 0.0};
-        return true;
-    }, false);
+    MadeUpPicture halves = picture(
+        8, 8,
+        [](double u, double v, Vector& layout) {
+            layout = {std::floor(2 * u) + std::floor(2 * v), 0.0, 0.0};
+            return true;
+        },
+        false);
     EXPECT_EQ(halves.search({1.0, 0.0, 0.0}), "0,4") << "columns come first";
-    MadeUpPicture samples = picture(16, 16, [](double u, double v, Vector& layout) {
-        layout = {std::floor(2 * u) + std::floor(2 * v), 0.0, 0.0};
-        return true;
-    }, false);
+    MadeUpPicture samples = picture(
+        16, 16,
+        [](double u, double v, Vector& layout) {
+            layout = {std::floor(2 * u) + std::floor(2 * v), 0.0, 0.0};
+            return true;
+        },
+        false);
     EXPECT_EQ(samples.search({1.0, 0.0, 0.0}), "8,0") << "of samples rows come first";
 }
 
@@ -208,7 +210,7 @@ TEST_F(CollimatedSearchTest, CopiesShareTheCache) {
     Vector wanted;
     ASSERT_TRUE(first.show({20, 11}, wanted));
     MadeUpPicture second = first;
-    MadeUpPicture third = picture(64, 48, smooth, true);
+    MadeUpPicture third(&config, table, true, {64, 48}, smooth);
     third = first;
     EXPECT_EQ(second.search(wanted), "20,11");
     first.asked.clear();
@@ -263,12 +265,15 @@ TEST_F(CollimatedSearchTest, WhatIsWrittenCountsWhateverTheAnswerIs) {
 TEST_F(CollimatedSearchTest, WhatIsThrownPassesThroughAndLeavesThePlaceEmpty) {
     static int calls;
     calls = 0;
-    MadeUpPicture map = picture(4, 3, [](double u, double v, Vector& layout) {
-        if (calls++ == 5) {
-            throw std::runtime_error("no");
-        }
-        return smooth(u, v, layout);
-    }, true);
+    MadeUpPicture map = picture(
+        4, 3,
+        [](double u, double v, Vector& layout) {
+            if (calls++ == 5) {
+                throw std::runtime_error("no");
+            }
+            return smooth(u, v, layout);
+        },
+        true);
     EXPECT_THROW(static_cast<void>(map.search({5.0, 5.0, 5.0})), std::runtime_error);
     EXPECT_EQ(map.search({5.0, 5.0, 5.0}), "none");
     EXPECT_EQ(map.asked.size(), 6U + 7U) << "the one that failed is asked for again";

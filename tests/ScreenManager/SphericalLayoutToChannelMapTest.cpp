@@ -114,8 +114,14 @@ TEST_F(SphericalLayoutToChannelMapTest, ALittleBesideThePictureIsInsideAndIsNotC
 TEST_F(SphericalLayoutToChannelMapTest, MoreBesideThePictureIsOutside) {
     const double below = std::nextafter(-1e-6, -1.0);
     bool isShown = true;
-    for (const auto& [a, b] : {std::pair(1.000002, 0.5), {0.5, 1.000002}, {-2e-6, 0.5}, {0.5, -2e-6}, {below, 0.5},
-                               {0.5, below}, {2.0, 0.5}, {0.5, -1.0}}) {
+    for (const auto& [a, b] : {std::pair(1.000002, 0.5),
+                               {0.5, 1.000002},
+                               {-2e-6, 0.5},
+                               {0.5, -2e-6},
+                               {below, 0.5},
+                               {0.5, below},
+                               {2.0, 0.5},
+                               {0.5, -1.0}}) {
         EXPECT_EQ(fromTangents(unitFrustum(), a, b, isShown), UNTOUCHED_PICTURE);
         EXPECT_FALSE(isShown) << a << ", " << b;
     }
@@ -159,9 +165,7 @@ TEST_F(SphericalLayoutToChannelMapTest, TheFrustumIsAskedForAgainForTheAnswer) {
     EXPECT_FALSE(map.mapLayoutToChannel(ahead + Vector{2.0, 0.0, 0.0}, picture, 0));
     EXPECT_EQ(blend->calls("getSphericalBlendExtents"), 4U) << "and once when it is outside";
 
-    blend->change = [&](Frustum& frustum) {
-        frustum.ox = blend->calls("getSphericalBlendExtents") == 6 ? -5.0 : -1.0;
-    };
+    blend->change = [&](Frustum& frustum) { frustum.ox = blend->calls("getSphericalBlendExtents") == 6 ? -5.0 : -1.0; };
     EXPECT_TRUE(map.mapLayoutToChannel(ahead, picture, 0));
     EXPECT_EQ(picture, (Picture{2.5, 0.5})) << "the second frustum gives the answer, wherever it lies";
     picture = UNTOUCHED_PICTURE;
@@ -215,10 +219,10 @@ TEST_F(SphericalLayoutToChannelMapTest, EitherSideOfTheSurfaceIsAHitAndAMissLeav
     layout = UNTOUCHED;
     screen->surface = [](const Vector&, const Vector&) { return IntersectionSet(); };
     EXPECT_FALSE(map.mapChannelToLayout({0.5, 0.5}, layout, 0));
+    EXPECT_THAT(log.messages(), IsEmpty());
     ScreenManager::deleteInstance();
     EXPECT_FALSE(map.mapChannelToLayout({0.5, 0.5}, layout, 0)) << "without a screen";
     EXPECT_EQ(layout, UNTOUCHED);
-    EXPECT_THAT(log.messages(), IsEmpty());
 }
 
 TEST_F(SphericalLayoutToChannelMapTest, WhatTheScreenThrowsPassesThrough) {
