@@ -1,19 +1,12 @@
-#include "KelvoScreen/CylinderScreen.h"
-#include "KelvoScreen/FlatScreen.h"
-#include "KelvoScreen/OBJScreen.h"
-#include "KelvoScreen/RuledSurfaceScreen.h"
-#include "KelvoScreen/SphericalScreen.h"
+#include "KelvoScreen/MeshScreen.h"
 #include "ScreenFixture.h"
+#include "ScreenKinds.h"
 #include "ScreenManager/SphereTargetLocator.h"
-#include "support/ScreenConfigDouble.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <cstring>
-#include <functional>
 #include <numbers>
-#include <sstream>
 
 /// Whatever grids do to be fast, the targets are those of asking the screen ray by ray, to the last bit.
 
@@ -32,72 +25,8 @@ public:
 
 bool areSameBits(const Grid& a, const Grid& b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](const auto& one, const auto& other) {
-               return one.first == other.first && std::memcmp(&one.second, &other.second, sizeof one.second) == 0;
+               return one.first == other.first && screenKinds::areSameBits(one.second, other.second);
            });
-}
-
-/// A bumpy floor with a hole and a fold, 30 x 30 cells.
-TriangleMesh bumpyMesh() {
-    TriangleMesh mesh;
-    constexpr int CELLS = 30;
-    for (int row = 0; row <= CELLS; ++row) {
-        for (int column = 0; column <= CELLS; ++column) {
-            const double x = 0.3 * column - 4.5;
-            mesh.vertices.push_back({x, 5.0 + 0.3 * std::sin(2.0 * x) * std::cos(0.7 * row), 0.2 * row - 3.0});
-        }
-    }
-    for (int row = 0; row < CELLS; ++row) {
-        for (int column = 0; column < CELLS; ++column) {
-            const auto at = [&](int r, int c) {
-                return static_cast<std::uint32_t>((row + r) * (CELLS + 1) + column + c);
-            };
-            // The upper third is wound the other way round.
-            if (row > 20) {
-                mesh.triangles.push_back({at(0, 0), at(1, 0), at(1, 1)});
-            } else if (row != 10 || column < 10) {
-                mesh.triangles.push_back({at(0, 0), at(1, 1), at(1, 0)});
-            }
-            mesh.triangles.push_back({at(0, 0), at(0, 1), at(1, 1)});
-        }
-    }
-    return mesh;
-}
-
-std::string asObj(const TriangleMesh& mesh) {
-    std::ostringstream text;
-    for (const Vector& v : mesh.vertices) {
-        text << "v " << v[0] << " " << v[1] << " " << v[2] << "\n";
-    }
-    for (const auto& triangle : mesh.triangles) {
-        text << "f " << triangle[0] + 1 << " " << triangle[1] + 1 << " " << triangle[2] + 1 << "\n";
-    }
-    return text.str();
-}
-
-/// The kinds of screens by name. The shapes are small enough for rays to miss them.
-std::vector<std::pair<std::string, std::shared_ptr<ScreenGeometry>>> screens() {
-    ScreenConfigDouble config;
-    config.centre = {0.5, 0.25, 0.125};
-    config.radius = 5.0;
-    config.height = 5.0;
-    config.width = 5.0;
-    config.azimuthMin = -0.5;
-    config.azimuthMax = 0.6;
-    config.elevationMin = -0.4;
-    config.elevationMax = 0.3;
-    config.lowerRail = {{-2.0, 4.0, -1.0}, {2.0, 4.5, -1.5}};
-    config.upperRail = {{-2.5, 5.0, 2.0}, {2.0, 3.5, 1.5}};
-    ScreenConfigDouble wall(config);
-    wall.centre = {0.5, 4.0, 0.125};
-    std::istringstream text(asObj(bumpyMesh()));
-    const auto obj = std::make_shared<OBJScreen>(L"Z", L"Y", 1.0F);
-    obj->deserialize(text);
-    return {{"sphere", std::make_shared<SphericalScreen>(&config)},
-            {"cylinder", std::make_shared<CylinderScreen>(&config)},
-            {"flat", std::make_shared<FlatScreen>(&wall)},
-            {"ruled", std::make_shared<RuledSurfaceScreen>(&config)},
-            {"mesh", std::make_shared<MeshScreen>(bumpyMesh())},
-            {"obj", obj}};
 }
 
 class SphereBatchTest : public ScreenFixture {
@@ -110,7 +39,7 @@ protected:
 };
 
 TEST_F(SphereBatchTest, EveryKindOfScreenGivesTheSameBitsRayByRay) {
-    for (const auto& [name, screen] : screens()) {
+    for (const auto& [name, screen] : screenKinds::all()) {
         ScreenManager::getInstance()->setScreenGeometry(screen);
         for (const double turn : {0.0, 0.3, -0.6, 3.0}) {
             const SphereTargetLocatorParams p{{0.1, -0.2, 0.3}, -0.6, 0.7, -0.5, 0.4, turn, 0.1, 0.5 * turn, {}, {}};
@@ -123,7 +52,7 @@ TEST_F(SphereBatchTest, EveryKindOfScreenGivesTheSameBitsRayByRay) {
 }
 
 TEST_F(SphereBatchTest, TheOtherSideOfAScreenToo) {
-    for (const auto& [name, screen] : screens()) {
+    for (const auto& [name, screen] : screenKinds::all()) {
         ScreenManager::getInstance()->setScreenGeometry(screen);
         // From far ahead, looking back.
         const SphereTargetLocatorParams p{{0.1, 20.0, 0.3}, -0.2, 0.3, -0.1, 0.2, PI, 0.0, 0.1, {}, {}};
@@ -134,7 +63,7 @@ TEST_F(SphereBatchTest, TheOtherSideOfAScreenToo) {
 }
 
 TEST_F(SphereBatchTest, LongColumnsToo) {
-    for (const auto& [name, screen] : screens()) {
+    for (const auto& [name, screen] : screenKinds::all()) {
         ScreenManager::getInstance()->setScreenGeometry(screen);
         const SphereTargetLocatorParams p{{0.1, -0.2, 0.3}, -0.3, 0.3, -0.5, 0.4, 0.1, 0.1, 0.2, {}, {}};
         for (const auto& [columns, rows] : {std::pair(2, 4103), {4103, 2}, {2, 2}}) {
@@ -152,7 +81,7 @@ TEST_F(SphereBatchTest, HeadingsAreBentAndLoggedInReadingOrderOnEveryKind) {
     SphereTargetLocatorParams turned = p;
     turned.yawTable.clear();
     turned.rotationZ = 0.1;
-    for (const auto& [name, screen] : screens()) {
+    for (const auto& [name, screen] : screenKinds::all()) {
         ScreenManager::getInstance()->setScreenGeometry(screen);
         log.clear();
         const Grid bent = project(SphereTargetLocator(p), 3, 2);
