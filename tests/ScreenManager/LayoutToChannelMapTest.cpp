@@ -92,6 +92,7 @@ TEST_F(LayoutToChannelMapTest, AMapDiesThroughItsBase) {
 TEST_F(LayoutToChannelMapTest, TheOperationsKeepTheirPlaces) {
     EXPECT_EQ(slotOf(&LayoutToChannelMap::mapLayoutToChannel), 2U) << "behind the destructor";
     EXPECT_EQ(slotOf(&LayoutToChannelMap::mapChannelToLayout), 3U);
+    EXPECT_EQ(slotOf(&LayoutToChannelMap::mapChannelPointsToLayout), 4U) << "behind those that others call";
     static_assert(std::is_abstract_v<LayoutToChannelMap> && std::has_virtual_destructor_v<LayoutToChannelMap>);
 }
 

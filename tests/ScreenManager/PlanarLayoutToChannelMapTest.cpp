@@ -134,10 +134,26 @@ TEST_F(PlanarLayoutToChannelMapTest, NotANumberIsOutsideOfNothingAndComesOut) {
     EXPECT_TRUE(toChannel(0.0, NOT_A_NUMBER));
     EXPECT_EQ(channel[0], 0.8);
     EXPECT_TRUE(std::isnan(channel[1]));
-    EXPECT_FALSE(toLayout(NOT_A_NUMBER, 1.5)) << "the other coordinate still counts";
-    first.layoutXMax = NOT_A_NUMBER;
-    EXPECT_TRUE(toChannel(0.0, 1.0));
+    EXPECT_TRUE(toChannel(NOT_A_NUMBER, 0.5));
     EXPECT_TRUE(std::isnan(channel[0]));
+    EXPECT_EQ(channel[1], 0.2);
+    EXPECT_FALSE(toLayout(NOT_A_NUMBER, 1.5)) << "the other coordinate still counts";
+    EXPECT_FALSE(toChannel(NOT_A_NUMBER, 1.75));
+}
+
+TEST_F(PlanarLayoutToChannelMapTest, ARectangleWithASideThatIsNoNumberTakesEverythingOnThatSide) {
+    for (double* const side : {&first.layoutXMin, &first.layoutXMax, &first.layoutYMin, &first.layoutYMax}) {
+        const double before = *side;
+        *side = NOT_A_NUMBER;
+        const bool isX = side == &first.layoutXMin || side == &first.layoutXMax;
+        const bool isMin = side == &first.layoutXMin || side == &first.layoutYMin;
+        const double beyond = isMin ? -100.0 : 100.0;
+        EXPECT_TRUE(isX ? toChannel(beyond, 1.0) : toChannel(0.0, beyond));
+        EXPECT_TRUE(std::isnan(channel[isX ? 0 : 1]));
+        EXPECT_TRUE(toLayout(0.5, 0.5));
+        EXPECT_TRUE(std::isnan(layout[isX ? 0 : 1]));
+        *side = before;
+    }
 }
 
 TEST_F(PlanarLayoutToChannelMapTest, EachChannelHasItsOwnRectangle) {
