@@ -15,7 +15,9 @@
 #include "ScreenManager/SphereTargetLocator.h"
 
 #include <array>
+#include <cmath>
 #include <new>
+#include <numbers>
 
 TargetLocatorManager* TargetLocatorManager::m_pInstance = nullptr;
 log4cxx::LoggerPtr TargetLocatorManager::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.TargetLocatorManager");
@@ -40,9 +42,21 @@ void readFrustum(const ProjectorConfig& projector, SphereTargetLocatorParams& pa
     params.rotationY = projector.getOrientationY();
 }
 
+/// Lenses that are known by name alone have the picture of the frustum. Its edges lie ahead: the tangents of right
+/// angles and more would mirror it.
+void requireEdgeAhead(const wchar_t* edge, double angle, const std::wstring& modelName) {
+    const bool picturesTheFrustum = modelName.find(L':') == std::wstring::npos;
+    if (picturesTheFrustum && !(std::abs(angle) < std::numbers::pi / 2)) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"Projection model " + modelName + L": the " + edge + L" edge of the frustum is at " +
+                                    std::to_wstring(std::lround(angle * 180 / std::numbers::pi)) +
+                                    L" degrees, expected less than 90 to either side");
+    }
+}
+
 /// The size stays 1 x 1: rays do not depend on it, and a change of resolution alone is no reason to build a locator
 /// again.
-Viewport viewportOf(const ProjectorConfig& projector) {
+Viewport viewportOf(const ProjectorConfig& projector, const std::wstring& modelName) {
     const Point<double, 3> orientation{projector.getOrientationZ(), projector.getOrientationX(),
                                        projector.getOrientationY()};
     const double top = projector.getFrustumTop();
@@ -52,6 +66,10 @@ Viewport viewportOf(const ProjectorConfig& projector) {
     Viewport viewport = Viewport::fromFrustumAngles(left, right, bottom, top);
     viewport.orientation = orientation;
     viewport.position = projector.getPosition();
+    requireEdgeAhead(L"left", left, modelName);
+    requireEdgeAhead(L"right", right, modelName);
+    requireEdgeAhead(L"bottom", bottom, modelName);
+    requireEdgeAhead(L"top", top, modelName);
     return viewport;
 }
 
@@ -218,7 +236,7 @@ bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLC
         return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<SphereTargetLocator>(params));
     }
     CustomProjectionTargetLocatorParams params;
-    params.projectionModel = Blend::createProjectionModel(viewportOf(*projector), modelName, L"");
+    params.projectionModel = Blend::createProjectionModel(viewportOf(*projector, modelName), modelName, L"");
     return checkOrCreateTargetLocator(projector->getIdentity(), params,
                                       factoryOf<CustomProjectionTargetLocator>(params));
 }
