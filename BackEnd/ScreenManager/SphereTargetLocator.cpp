@@ -4,6 +4,7 @@
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
 #include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/SphericalScreen.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/detail/RaysAtOnce.h"
 
