@@ -66,7 +66,8 @@ struct XMLConfigFile::Impl {
     std::unique_ptr<XmlUnitsConfig> units;
     std::unique_ptr<XmlScreenConfig> screen;
     std::unique_ptr<XmlTargetLocatorConfig> targetData;
-    Entries entries;  // configuration order
+    Point<double, 3> eyePoint;  // of the screen
+    Entries entries;            // configuration order
     std::unordered_map<std::wstring, XmlProjectorConfig*> byId;
 };
 
@@ -77,9 +78,9 @@ XMLConfigFile::Impl::Impl(XmlDocument checked, FolderPath folderOfFile)
       units(std::make_unique<XmlUnitsConfig>(Xml::child(document.root(), "Units"))) {
     if (const xmlNode* element = Xml::child(document.root(), "Screen")) {
         screen = std::make_unique<XmlScreenConfig>(element, reader, folder, units->getUnitName());
+        eyePoint = screen->getEyePoint();
     }
     if (const xmlNode* element = Xml::child(document.root(), "TargetData")) {
-        const Point<double, 3> eyePoint = screen == nullptr ? Point<double, 3>() : screen->getEyePoint();
         targetData = std::make_unique<XmlTargetLocatorConfig>(element, reader, eyePoint);
     }
     for (xmlNode* element : Xml::children(Xml::child(document.root(), "Projectors"), "Projector")) {
@@ -88,7 +89,7 @@ XMLConfigFile::Impl::Impl(XmlDocument checked, FolderPath folderOfFile)
 }
 
 void XMLConfigFile::Impl::addEntry(xmlNode* element) {
-    entries.push_back(std::make_unique<XmlProjectorConfig>(element, reader, folder));
+    entries.push_back(std::make_unique<XmlProjectorConfig>(element, reader, folder, eyePoint));
     byId.emplace(entries.back()->getIdentity(), entries.back().get());
 }
 

@@ -35,8 +35,9 @@ const xmlNode* soleDevice(const XmlDocument& document) {
 
 }  // namespace
 
-XmlProjectorConfig::XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder)
-    : m_element(element) {
+XmlProjectorConfig::XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder,
+                                       const Point<double, 3>& eyePoint)
+    : m_element(element), m_position(eyePoint) {
     readTexts(reader, folder);
     readPicture(reader);
     readGeometry(reader);
@@ -67,7 +68,9 @@ void XmlProjectorConfig::readPicture(const ElementReader& reader) {
 
 void XmlProjectorConfig::readGeometry(const ElementReader& reader) {
     m_orientation = reader.orientation(Xml::child(m_element, "Orientation"));
-    m_position = reader.position(Xml::child(m_element, "Position"));
+    if (const xmlNode* position = Xml::child(m_element, "Position")) {
+        m_position = reader.position(position);
+    }
     const auto angle = [&, frustum = Xml::child(m_element, "Frustum")](const char* side) {
         return reader.angle(frustum, side).value_or(0.0);
     };

@@ -19,7 +19,9 @@ namespace Veltrani {
 class XmlProjectorConfig : public ProjectorConfig {
 public:
     /// @param element stays in the document for as long as this object lives
-    XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder);
+    /// @param eyePoint of the screen: where the projector's frustum is seen from unless the element says
+    XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder,
+                       const Point<double, 3>& eyePoint);
 
     [[nodiscard]] xmlNode* element() const { return m_element; }
 

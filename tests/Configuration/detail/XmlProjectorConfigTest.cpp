@@ -95,6 +95,16 @@ TEST(XmlProjectorConfig, WhatIsNotStatedIsNeutral) {
     }
 }
 
+TEST(XmlProjectorConfig, ItsFrustumIsSeenFromTheEyePointUnlessAPositionIsStatedEvenTheOrigin) {
+    const auto config = XMLConfigFile::parse(
+        displayAround("<Screen shape='Sphere'><Radius value='1'/><EyePoint x='1' y='2' z='3'/></Screen><Projectors>"
+                      "<Projector id='a'/><Projector id='b'><Position x='0' y='0' z='0'/></Projector></Projectors>"),
+        "t");
+    EXPECT_EQ(config->getProjectorConfig(L"a")->getPosition(), (Point<double, 3>{1.0, 2.0, 3.0}));
+    EXPECT_EQ(config->getProjectorConfig(L"b")->getPosition(), (Point<double, 3>{}));
+    EXPECT_EQ(config->addProjectorConfig(L"c")->getPosition(), (Point<double, 3>{1.0, 2.0, 3.0}));
+}
+
 TEST(XmlProjectorConfig, EachScreenBoundIsItsOwn) {
     const auto config = oneProjector("<ScreenArea right='0.5' top='1'/>");
     const ProjectorConfig* const projector = config->getProjectorConfig(L"a");
