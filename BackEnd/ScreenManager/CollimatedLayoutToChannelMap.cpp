@@ -76,14 +76,18 @@ bool CollimatedLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& la
         });
     } else {
         Vector* const cache = m_caches[channelIndex].get();
-        found = search.nearest([&](int x, int y) {
-            Vector& place =
-                cache[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)];
+        const auto placeOf = [&](int x, int y) {
+            return cache + static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+        };
+        const auto score = [&](int x, int y) {
+            Vector& place = *placeOf(x, y);
             if (place == NOT_COMPUTED) {
                 mapChannelToLayout(inPicture(x, y), place, channelIndex);
             }
             return squaredDistance(layout, place);
-        });
+        };
+        // A warm cache waits for memory more than for anything else.
+        found = search.nearest(score, [&](int x, int y) { __builtin_prefetch(placeOf(x, y)); });
     }
     if (!found) {
         return false;
