@@ -5,9 +5,9 @@
 #include "ScreenManager/detail/EyeRays.h"
 #include "ScreenManager/detail/PixelSearch.h"
 
-#include <algorithm>
 #include <limits>
 #include <optional>
+#include <typeinfo>
 
 using Veltrani::EyeRays;
 
@@ -100,4 +100,14 @@ bool CollimatedLayoutToChannelMap::mapChannelToLayout(const Point<double, 2>& ch
                                                       std::size_t channelIndex) {
     return EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
         .mapToLayout(channel, layout);
+}
+
+void CollimatedLayoutToChannelMap::mapChannelPointsToLayout(std::span<const Point<double, 2>> channel,
+                                                            std::span<LayoutPoint> layout, std::size_t channelIndex) {
+    const bool isThisKind = typeid(*this) == typeid(CollimatedLayoutToChannelMap);
+    if (!isThisKind || channel.size() != layout.size() ||
+        !EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
+             .mapToLayoutAtOnce(channel, layout)) {
+        LayoutToChannelMap::mapChannelPointsToLayout(channel, layout, channelIndex);
+    }
 }
