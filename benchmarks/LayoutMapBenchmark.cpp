@@ -238,6 +238,21 @@ void addCollimatedPairs(const std::shared_ptr<MirrorChannel>& channel) {
             benchmark::DoNotOptimize(tree->nearest(layout));
         }
     });
+    const auto points = std::make_shared<const std::vector<Picture>>(picturePoints(SIDE, SIDE));
+    const auto layout = std::make_shared<std::vector<LayoutPoint>>(points->size());
+    const auto pointByPoint = timing(points->size(), [channel, points, layout] {
+        for (std::size_t i = 0; i < points->size(); ++i) {
+            LayoutPoint& answer = (*layout)[i];
+            answer.isMapped = channel->without.mapChannelToLayout((*points)[i], answer.point, 0);
+        }
+        benchmark::DoNotOptimize(layout->data());
+    });
+    const auto atOnce = timing(points->size(), [channel, points, layout] {
+        channel->without.mapChannelPointsToLayout(*points, *layout, 0);
+        benchmark::DoNotOptimize(layout->data());
+    });
+    // The mirror is asked ray by ray all the same.
+    ratio::pair("collimated_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.75);
     ratio::pair("collimated_search_1024_vs_262_maps", withoutCache, forward, 1.35);
     ratio::pair("collimated_search_warm_vs_kd_tree", withCache, queries, 2.5);
     ratio::pair("collimated_search_warm_vs_no_cache", withCache, withoutCache, 0.04);

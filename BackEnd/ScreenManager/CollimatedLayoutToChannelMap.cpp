@@ -5,9 +5,9 @@
 #include "ScreenManager/detail/EyeRays.h"
 #include "ScreenManager/detail/PixelSearch.h"
 
-#include <algorithm>
 #include <limits>
 #include <optional>
+#include <typeinfo>
 
 using Veltrani::EyeRays;
 
@@ -76,14 +76,18 @@ bool CollimatedLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& la
         });
     } else {
         Vector* const cache = m_caches[channelIndex].get();
-        found = search.nearest([&](int x, int y) {
-            Vector& place =
-                cache[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)];
+        const auto placeOf = [&](int x, int y) {
+            return cache + static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+        };
+        const auto score = [&](int x, int y) {
+            Vector& place = *placeOf(x, y);
             if (place == NOT_COMPUTED) {
                 mapChannelToLayout(inPicture(x, y), place, channelIndex);
             }
             return squaredDistance(layout, place);
-        });
+        };
+        // A warm cache waits for memory more than for anything else.
+        found = search.nearest(score, [&](int x, int y) { __builtin_prefetch(placeOf(x, y)); });
     }
     if (!found) {
         return false;
@@ -96,4 +100,14 @@ bool CollimatedLayoutToChannelMap::mapChannelToLayout(const Point<double, 2>& ch
                                                       std::size_t channelIndex) {
     return EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
         .mapToLayout(channel, layout);
+}
+
+void CollimatedLayoutToChannelMap::mapChannelPointsToLayout(std::span<const Point<double, 2>> channel,
+                                                            std::span<LayoutPoint> layout, std::size_t channelIndex) {
+    const bool isThisKind = typeid(*this) == typeid(CollimatedLayoutToChannelMap);
+    if (!isThisKind || channel.size() != layout.size() ||
+        !EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
+             .mapToLayoutAtOnce(channel, layout)) {
+        LayoutToChannelMap::mapChannelPointsToLayout(channel, layout, channelIndex);
+    }
 }

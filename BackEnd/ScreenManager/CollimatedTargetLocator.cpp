@@ -85,6 +85,16 @@ std::pair<bool, int> CollimatedTargetLocator::intersectWithTargetLocationSurface
     return {true, sideOfSurface(reflected, screen->getScreenNormal(hit))};
 }
 
+bool CollimatedTargetLocator::reflect(const Ray& ray, Ray& reflected) const {
+    Vector mirrorPoint;
+    Vector direction;
+    if (!GetRefDirectionAndMirrorIntersection(ray.first, ray.second, mirrorPoint, direction)) {
+        return false;
+    }
+    reflected = {mirrorPoint, mirrorPoint + direction};
+    return true;
+}
+
 std::vector<Point<double, 3>> CollimatedTargetLocator::intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                                 const std::vector<Ray>& centre) const {
     SideCount sides;

@@ -51,6 +51,10 @@ public:
     bool mapChannelToLayout(const Point<double, 2>& channel, Point<double, 3>& layout,
                             std::size_t channelIndex) override;
 
+    /// As for `SphericalLayoutToChannelMap`; the cache has no part in it either.
+    void mapChannelPointsToLayout(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout,
+                                  std::size_t channelIndex) override;
+
 private:
     std::vector<const KelvoProjector*> m_blendOwners;
     std::vector<std::shared_ptr<const TargetLocator>> m_locators;

@@ -51,6 +51,10 @@ public:
                                                                 const Point<double, 3>& to, Point<double, 3>& hit,
                                                                 int normalSign) const;
 
+    /// What becomes of a ray in the mirror: it starts where it meets the mirror, and passes through the next point
+    /// along its reflection. False, and `reflected` untouched, when it misses the mirror.
+    [[nodiscard]] bool reflect(const Ray& ray, Ray& reflected) const;
+
     /// The outline of a channel: with the side that most boundary rays reach (the centre rays when none of those hits;
     /// the back on a tie, and side 0 counts as back), where the reflection of every boundary ray meets the screen or
     /// its continuation. Rays without such a point are dropped; empty when nothing is hit at all.

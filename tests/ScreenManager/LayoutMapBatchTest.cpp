@@ -206,18 +206,45 @@ TEST_F(LayoutMapBatchTest, WithoutAScreenOrALocatorNothingIsMapped) {
     EXPECT_EQ(compare(atOnce(withoutLocator, grid(3, 3)), Answers(9, LayoutPoint{UNTOUCHED, false})), 0U);
 }
 
+/// A collimated map of another class is asked for every point, too.
+class MirrorPointByPoint : public CollimatedLayoutToChannelMap {
+public:
+    using CollimatedLayoutToChannelMap::CollimatedLayoutToChannelMap;
+
+    bool mapChannelToLayout(const Picture&, Vector&, std::size_t) override {
+        ++asked;
+        return false;
+    }
+    std::size_t asked = 0;
+};
+
 TEST_F(LayoutMapBatchTest, TheMirrorGivesTheSameBitsPointByPoint) {
     targetData.targetDataType = BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED;
-    targetData.pitchTable.clear();
-    targetData.yawTable.clear();
-    addToTable(turnedFrustum());
-    CollimatedLayoutToChannelMap map(&config, table, true);
-    const std::vector<Picture> points = grid(31, 17);
-    for (const auto& [name, screen] : screenKinds::all()) {
-        SCOPED_TRACE(name);
-        ScreenManager::getInstance()->setScreenGeometry(screen);
-        compare(atOnce(map, points), oneByOne(map, points));
+    targetData.mirrorRadius = 2.0;
+    targetData.mirrorOrientation = {0.0, 0.05, 0.1};
+    // Headings are bent for the grids of the locator, not for its rays.
+    targetData.pitchTable = {{0.0, 0.1}, {1.0, 1.2}};
+    const std::vector<Picture> points = grid(67, 43);
+    std::size_t hits = 0;
+    std::size_t screens = 0;
+    for (const double turn : {-0.4, 0.0, 0.3}) {
+        // Backwards into the mirror, which throws the rays ahead.
+        Viewport viewport = Viewport::fromFrustumAngles(-0.6, 0.7, -0.5, 0.4);
+        viewport.orientation = {3.1 + turn, 0.1, turn};
+        addToTable(Frustum::of(viewport, {}));
+        CollimatedLayoutToChannelMap turned(&config, table, false);
+        for (const auto& [name, screen] : screenKinds::all()) {
+            SCOPED_TRACE(name);
+            ScreenManager::getInstance()->setScreenGeometry(screen);
+            hits += compare(atOnce(turned, points), oneByOne(turned, points));
+            ++screens;
+        }
     }
+    EXPECT_GT(hits, 1000U);
+    EXPECT_LT(hits, screens * points.size());
+    MirrorPointByPoint own(&config, table, false);
+    EXPECT_EQ(compare(atOnce(own, points), Answers(points.size(), LayoutPoint{UNTOUCHED, false})), 0U);
+    EXPECT_EQ(own.asked, points.size());
 }
 
 }  // namespace

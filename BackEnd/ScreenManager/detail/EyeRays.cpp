@@ -45,8 +45,11 @@ bool EyeRays::mapToLayout(const Point<double, 2>& channel, Point<double, 3>& lay
 }
 
 bool EyeRays::mapToLayoutAtOnce(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout) const {
-    const std::shared_ptr<const ScreenGeometry> screen = m_locator != nullptr ? screenForRaysOf(*m_locator) : nullptr;
-    if (!screen) {
+    if (m_locator == nullptr) {
+        return false;
+    }
+    RaysAtOnce caster(*m_locator);
+    if (!caster.isPossible()) {
         return false;
     }
     const std::size_t most = std::min(channel.size(), MOST_AT_ONCE);
@@ -57,7 +60,7 @@ bool EyeRays::mapToLayoutAtOnce(std::span<const Point<double, 2>> channel, std::
         for (std::size_t i = 0; i < count; ++i) {
             rays[i] = {m_eyePoint, pointOnRay(channel[begin + i])};
         }
-        screen->intersectRays({rays.data(), count}, {hits.data(), count});
+        caster.cast({rays.data(), count}, {hits.data(), count});
         for (std::size_t i = 0; i < count; ++i) {
             LayoutPoint& answer = layout[begin + i];
             answer.isMapped = hits[i].hit;

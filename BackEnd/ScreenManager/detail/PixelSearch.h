@@ -27,10 +27,12 @@ public:
 
     /// @param score gets x and y of a pixel, 0 <= x <= width and 0 <= y <= height, and answers the squared distance of
     ///     its layout point; a NaN is no answer
+    /// @param announce gets x and y of pixels that are about to be scored, so that their memory can be fetched
     /// @return nothing when no sample of a pass has a score, or the best pixel is not near enough
-    template <class Score>
-    [[nodiscard]] std::optional<Pixel> nearest(const Score& score) {
+    template <class Score, class Announce>
+    [[nodiscard]] std::optional<Pixel> nearest(const Score& score, const Announce& announce) {
         while (m_columns.size() >= FEWEST_TO_SAMPLE && m_rows.size() >= FEWEST_TO_SAMPLE) {
+            announceSamples(m_columns.samples(), m_rows.samples(), announce);
             const Best best = bestSample(m_columns.samples(), m_rows.samples(), score);
             if (best.score == NO_SCORE) {
                 return std::nullopt;
@@ -41,7 +43,13 @@ public:
             m_columns = m_columns.around(best.column);
             m_rows = m_rows.around(best.row);
         }
+        announceWindow(announce);
         return bestOfWindow(score);
+    }
+
+    template <class Score>
+    [[nodiscard]] std::optional<Pixel> nearest(const Score& score) {
+        return nearest(score, [](int, int) {});
     }
 
 private:
@@ -76,6 +84,28 @@ private:
         std::size_t column = 0;
         std::size_t row = 0;
     };
+
+    template <class Announce>
+    static void announceSamples(const Samples& columns, const Samples& rows, const Announce& announce) {
+        for (const int row : rows) {
+            for (const int column : columns) {
+                announce(column, row);
+            }
+        }
+    }
+
+    template <class Announce>
+    void announceWindow(const Announce& announce) const {
+        // Neighbours in a row lie in one line of the processor's cache, or the next.
+        constexpr int STEP = 2;
+        // What sampling leaves is narrow, or low; the rest is too much to be fetched ahead.
+        constexpr int WIDEST = 1024;
+        for (int y = m_rows.begin; y < m_rows.end && m_columns.size() <= WIDEST; ++y) {
+            for (int across = 0; across < m_columns.size(); across += STEP) {
+                announce(m_columns.begin + across, y);
+            }
+        }
+    }
 
     template <class Score>
     static Best bestSample(const Samples& columns, const Samples& rows, const Score& score) {

@@ -5,6 +5,7 @@
 #include "KelvoScreen/OBJScreen.h"
 #include "KelvoScreen/RuledSurfaceScreen.h"
 #include "KelvoScreen/SphericalScreen.h"
+#include "ScreenManager/CollimatedTargetLocator.h"
 #include "ScreenManager/CustomPlanarTargetLocator.h"
 #include "ScreenManager/CustomProjectionTargetLocator.h"
 #include "ScreenManager/PlanarTargetLocator.h"
@@ -22,6 +23,12 @@ bool asksTheScreenDirectly(const TargetLocator& locator) {
            kind == typeid(CustomPlanarTargetLocator) || kind == typeid(CustomProjectionTargetLocator);
 }
 
+/// The locator as one whose rays are reflected first; null for others, and for classes derived from that one.
+const CollimatedTargetLocator* mirrorOf(const TargetLocator& locator) {
+    const bool isMirror = typeid(locator) == typeid(CollimatedTargetLocator);
+    return isMirror ? static_cast<const CollimatedTargetLocator*>(&locator) : nullptr;
+}
+
 }  // namespace
 
 bool answersInAnyOrder(const ScreenGeometry& screen) {
@@ -30,10 +37,35 @@ bool answersInAnyOrder(const ScreenGeometry& screen) {
            kind == typeid(CylinderScreen) || kind == typeid(RuledSurfaceScreen) || kind == typeid(FlatScreen);
 }
 
-std::shared_ptr<const ScreenGeometry> screenForRaysOf(const TargetLocator& locator) {
-    if (!asksTheScreenDirectly(locator)) {
-        return nullptr;
+RaysAtOnce::RaysAtOnce(const TargetLocator& locator) : m_mirror(mirrorOf(locator)) {
+    if (m_mirror != nullptr || asksTheScreenDirectly(locator)) {
+        const std::shared_ptr<const ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
+        m_screen = screen && answersInAnyOrder(*screen) ? screen : nullptr;
     }
-    std::shared_ptr<const ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
-    return screen && answersInAnyOrder(*screen) ? screen : nullptr;
+}
+
+void RaysAtOnce::cast(std::span<const Ray> rays, std::span<SurfaceHit> hits) {
+    if (m_mirror != nullptr) {
+        castReflected(rays, hits);
+    } else {
+        m_screen->intersectRays(rays, hits);
+    }
+}
+
+void RaysAtOnce::castReflected(std::span<const Ray> rays, std::span<SurfaceHit> hits) {
+    m_reflected.clear();
+    m_places.clear();
+    for (std::size_t i = 0; i < rays.size(); ++i) {
+        hits[i] = SurfaceHit{};
+        Ray reflected;
+        if (m_mirror->reflect(rays[i], reflected)) {
+            m_reflected.push_back(reflected);
+            m_places.push_back(i);
+        }
+    }
+    m_reflectedHits.resize(m_reflected.size());
+    m_screen->intersectRays(m_reflected, m_reflectedHits);
+    for (std::size_t i = 0; i < m_places.size(); ++i) {
+        hits[m_places[i]] = m_reflectedHits[i];
+    }
 }

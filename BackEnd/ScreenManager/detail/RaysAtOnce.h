@@ -2,16 +2,39 @@
 
 #include "KelvoScreen/ScreenGeometry.h"
 
+#include <cstddef>
 #include <memory>
+#include <span>
+#include <vector>
 
+class CollimatedTargetLocator;
 class TargetLocator;
 
 /// True for the surfaces whose answers are known not to depend on when and in which order they are asked; others may
 /// count, or change the screen while they are asked.
 [[nodiscard]] bool answersInAnyOrder(const ScreenGeometry& screen);
 
-/// The current screen, where its `intersectRays` answers many rays to the last bit as the locator's
-/// `intersectWithTargetLocationSurface` answers them one by one, and nobody can tell that the locator was not asked.
-/// Empty otherwise: for locators that reach the screen in a roundabout way or are of a class that is not known here,
-/// for screens that are not known to answer in any order, and without a screen.
-[[nodiscard]] std::shared_ptr<const ScreenGeometry> screenForRaysOf(const TargetLocator& locator);
+/// Casts many rays of a locator at once: its answers, to the last bit, as its `intersectWithTargetLocationSurface`
+/// gives them one by one, on the screen that is current when this is made.
+class RaysAtOnce {
+public:
+    explicit RaysAtOnce(const TargetLocator& locator);
+
+    /// True where nobody can tell that the locator was not asked. False for locators of a class that is not known here,
+    /// for screens that are not known to answer in any order, and without a screen.
+    [[nodiscard]] bool isPossible() const { return m_screen != nullptr; }
+
+    /// Only where it is possible. Points are those of the surface; normals, sides and t are those of the rays as they
+    /// reach the screen, which are not the ones given where a mirror turns them.
+    /// @param hits as long as `rays`
+    void cast(std::span<const Ray> rays, std::span<SurfaceHit> hits);
+
+private:
+    void castReflected(std::span<const Ray> rays, std::span<SurfaceHit> hits);
+
+    std::shared_ptr<const ScreenGeometry> m_screen;  ///< empty when it is not possible
+    const CollimatedTargetLocator* m_mirror;         ///< null when rays reach the screen directly
+    std::vector<Ray> m_reflected;
+    std::vector<SurfaceHit> m_reflectedHits;
+    std::vector<std::size_t> m_places;  ///< of the reflected rays among those given
+};

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <vector>
+#include <set>
+#include <utility>
 
 namespace {
 
@@ -75,6 +77,25 @@ TEST(PixelSearch, EverythingButTheFarEdgesIsSearchedWherePixelsAreFew) {
     EXPECT_EQ(score.asked, 9 * 30);
     EXPECT_EQ(score.mostX, 8);
     EXPECT_EQ(score.mostY, 29);
+}
+
+TEST(PixelSearch, EveryPixelThatIsScoredWasAnnouncedItselfOrItsNeighbour) {
+    for (const auto& [width, height] : {std::pair(107, 61), {9, 30}, {30, 9}, {64, 48}, {1, 1}}) {
+        std::set<std::pair<int, int>> announced;
+        int surprises = 0;
+        const NeverNear distance(width / 3, height / 2);
+        const auto score = [&](int x, int y) {
+            surprises += announced.count({x, y}) + announced.count({x - 1, y}) > 0 ? 0 : 1;
+            return distance(x, y);
+        };
+        const auto announce = [&](int x, int y) {
+            EXPECT_TRUE(0 <= x && x <= width && 0 <= y && y <= height);
+            announced.emplace(x, y);
+        };
+        EXPECT_FALSE(PixelSearch(width, height).nearest(score, announce).has_value());
+        EXPECT_EQ(surprises, 0) << width << " x " << height;
+        EXPECT_GT(distance.asked, 0);
+    }
 }
 
 TEST(PixelSearch, WithoutAnyScoreTheSearchEndsWithTheFirstPass) {
