@@ -80,7 +80,9 @@ TEST(PixelSearch, EverythingButTheFarEdgesIsSearchedWherePixelsAreFew) {
 }
 
 TEST(PixelSearch, EveryPixelThatIsScoredWasAnnouncedItselfOrItsNeighbour) {
-    for (const auto& [width, height] : {std::pair(107, 61), {9, 30}, {30, 9}, {64, 48}, {1, 1}}) {
+    for (const auto& size : {std::pair(107, 61), {9, 30}, {30, 9}, {64, 48}, {1, 1}}) {
+        const int width = size.first;
+        const int height = size.second;
         std::set<std::pair<int, int>> announced;
         int surprises = 0;
         const NeverNear distance(width / 3, height / 2);
