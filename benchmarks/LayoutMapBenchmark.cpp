@@ -252,7 +252,7 @@ void addCollimatedPairs(const std::shared_ptr<MirrorChannel>& channel) {
         benchmark::DoNotOptimize(layout->data());
     });
     // The mirror is asked ray by ray all the same.
-    ratio::pair("collimated_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.75);
+    ratio::pair("collimated_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.6);
     ratio::pair("collimated_search_1024_vs_262_maps", withoutCache, forward, 1.35);
     ratio::pair("collimated_search_warm_vs_kd_tree", withCache, queries, 2.5);
     ratio::pair("collimated_search_warm_vs_no_cache", withCache, withoutCache, 0.04);
