@@ -11,6 +11,7 @@
 #include "ScreenManager/TargetLocatorManager.h"
 
 #include <array>
+#include <cmath>
 #include <numbers>
 
 namespace Veltrani::DisplayReport {
@@ -42,6 +43,13 @@ LocatorSource frustum(const XMLConfigManager&, const ProjectorConfig& projector)
     if (narrow) {
         source.faults.push_back({"frustum", "it has no width or no height: give the channel a Frustum", {}});
     }
+    for (const double angle : {projector.getFrustumLeft(), projector.getFrustumRight(), projector.getFrustumBottom(),
+                               projector.getFrustumTop()}) {
+        if (!(std::abs(angle) < std::numbers::pi / 2)) {
+            source.faults.push_back(
+                {"frustum", "an edge is at " + degrees(angle) + " deg: give less than 90 to either side", {}});
+        }
+    }
     return source;
 }
 
@@ -63,7 +71,9 @@ LocatorSource customPlanar(const XMLConfigManager& config, const ProjectorConfig
         source.faults.push_back({"map", "no custom planar map file is given", {}});
     } else {
         try {
-            const CustomPlanarScreenToChannelMap map(config.processPath(name), nullptr);
+            // Found as the locator finds it.
+            const std::wstring file = config.processPath(L"").empty() ? name : config.processPath(name);
+            const CustomPlanarScreenToChannelMap map(file, nullptr);
         } catch (...) {
             source.faults.push_back(faultOf("map", std::current_exception()));
         }

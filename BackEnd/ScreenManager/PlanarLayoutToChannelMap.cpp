@@ -18,10 +18,11 @@ ChannelLayoutRect rectOf(const ProjectorConfig& projector) {
 }  // namespace
 
 // The table is taken as every kind takes it, by value, and let go again.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
+// NOLINTBEGIN(performance-unnecessary-value-param)
 PlanarLayoutToChannelMap::PlanarLayoutToChannelMap(XMLConfigManager* config,
                                                    std::shared_ptr<KelvoControl::Configuration> /*channelMapConfig*/)
     : LayoutToChannelMap(config) {
+    // NOLINTEND(performance-unnecessary-value-param)
     const std::size_t channels = projectorIds().size();
     for (std::size_t i = 0; i < channels; ++i) {
         m_rects.push_back(rectOf(Veltrani::requireRecord(i < projectors().size() ? projectors()[i] : nullptr, i)));

@@ -4,6 +4,7 @@
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
 #include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/SphericalScreen.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/detail/RaysAtOnce.h"
 
@@ -137,9 +138,11 @@ public:
         : m_screen(screen), m_eyepoint(eyepoint), m_directions(directions) {}
 
     void cast(int columns, int rows) {
-        // Meshes gain from neighbouring rays; the others do not, and have less to write one by one.
+        // Meshes gain from neighbouring rays, spheres from fewer calls. The others have less to write one by one.
         if (dynamic_cast<const MeshScreen*>(&m_screen) != nullptr) {
-            castAtOnce(columns, rows);
+            castAtOnce(columns, rows, MOST_AT_ONCE);
+        } else if (typeid(m_screen) == typeid(SphericalScreen)) {
+            castAtOnce(columns, rows, FEW_AT_ONCE);
         } else {
             castOneByOne(columns, rows);
         }
@@ -188,10 +191,10 @@ private:
         }
     }
 
-    void castAtOnce(int columns, int rows) {
+    void castAtOnce(int columns, int rows, int most) {
         for (int column = 0; column < columns; ++column) {
             for (int row = 0; row < rows;) {
-                const int end = row + std::min(MOST_AT_ONCE, rows - row);
+                const int end = row + std::min(most, rows - row);
                 castPart(column, row, end);
                 row = end;
             }

@@ -204,7 +204,7 @@ bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLC
     }
     CustomProjectionTargetLocatorParams params;
     // Of 1 x 1 pixels: rays do not depend on the size, and a change of it alone is no reason to build a locator again.
-    params.projectionModel = Blend::createProjectionModel(Viewport::of(*projector), modelName, L"");
+    params.projectionModel = Blend::createProjectionModel(Viewport::of(*projector, modelName), modelName, L"");
     return checkOrCreateTargetLocator(projector->getIdentity(), params,
                                       factoryOf<CustomProjectionTargetLocator>(params));
 }

@@ -2,6 +2,7 @@
 
 #include "Common/VeltraniException.h"
 #include "KelvoControl/detail/LensKinds.h"
+#include "KelvoControl/detail/LensName.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,15 +10,7 @@
 namespace {
 
 using KelvoControlDetail::LensKind;
-
-/// "kind:file" into its two parts, unless the file is given apart.
-void splitName(std::wstring& name, std::wstring& file) {
-    const std::size_t colon = name.find(L':');
-    if (file.empty() && colon != std::wstring::npos) {
-        file = name.substr(colon + 1);
-        name.erase(colon);
-    }
-}
+using KelvoControlDetail::LensName;
 
 const LensKind& kindNamed(const std::wstring& name) {
     const std::vector<LensKind>& kinds = KelvoControlDetail::lensKinds();
@@ -49,17 +42,20 @@ std::shared_ptr<ProjectionModel> Blend::getProjectionModel() const {
     return m_model;
 }
 
+// Both texts by value, as the callers' interface has it.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 std::shared_ptr<ProjectionModel> Blend::createProjectionModel(Viewport viewport, std::wstring name, std::wstring file) {
-    splitName(name, file);
-    const LensKind& kind = kindNamed(name);
-    if (kind.needsFile && file.empty()) {
-        throw VeltraniException(
-            __FILE__, __LINE__,
-            L"Projection model " + name + L" needs a calibration file: write \"" + name + L":\" and its path");
-    }
-    if (!kind.needsFile && !file.empty()) {
+    const LensName given = LensName::of(name, file);
+    const LensKind& kind = kindNamed(given.kind);
+    if (kind.needsFile && given.file.empty()) {
         throw VeltraniException(__FILE__, __LINE__,
-                                L"Projection model " + name + L" takes no file, found \"" + file + L"\"");
+                                L"Projection model " + given.kind + L" needs a calibration file: write \"" +
+                                    given.kind + L":\" and its path");
+    }
+    if (!kind.needsFile && !given.file.empty()) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"Projection model " + given.kind + L" takes no file, found \"" + given.file + L"\"");
     }
     return kind.make(viewport, name, file);
 }
+// NOLINTEND(performance-unnecessary-value-param)

@@ -7,6 +7,7 @@
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "KelvoControl/Blend.h"
+#include "KelvoControl/detail/LensName.h"
 
 #include <string>
 #include <utility>
@@ -33,20 +34,18 @@ std::wstring modelNameOf(const ProjectorConfig& projector, bool isUsed) {
         return name.empty() ? L"Rectilinear" : name;
     }
     // A file that is missing must not stop a display that has no use for it.
-    const bool hasFile = name.find(L':') != std::wstring::npos;
+    const bool hasFile = !KelvoControlDetail::LensName::of(name, L"").file.empty();
     return hasFile ? std::wstring() : name;
 }
 
-std::shared_ptr<ProjectionModel> makeModel(const Viewport& viewport, const std::wstring& name, const std::wstring& id) {
-    if (name.empty()) {
-        return nullptr;
-    }
-    try {
-        return Blend::createProjectionModel(viewport, name, L"");
-    } catch (VeltraniExceptionBase& fault) {
-        fault.message.insert(0, L"Projector \"" + id + L"\": ");
-        throw;
-    }
+std::shared_ptr<const Blend> blendOf(const ProjectorConfig& projector, bool usesModels,
+                                     const Point<double, 3>& eyePoint) {
+    const std::wstring modelName = modelNameOf(projector, usesModels);
+    Viewport viewport = Viewport::of(projector, modelName);
+    viewport.width = projector.getWidth();
+    viewport.height = projector.getHeight();
+    const auto model = modelName.empty() ? nullptr : Blend::createProjectionModel(viewport, modelName, L"");
+    return std::make_shared<const Blend>(Frustum::of(viewport, eyePoint), model);
 }
 
 }  // namespace
@@ -64,12 +63,12 @@ Configuration::Configuration(const XMLConfigManager* config) {
         if (projector == nullptr) {
             continue;
         }
-        Viewport viewport = Viewport::of(*projector);
-        viewport.width = projector->getWidth();
-        viewport.height = projector->getHeight();
-        const auto model = makeModel(viewport, modelNameOf(*projector, usesModels), id);
-        const auto blend = std::make_shared<const Blend>(Frustum::of(viewport, eyePoint), model);
-        add(KelvoProjectorUID(id), std::make_unique<KelvoProjector>(blend));
+        try {
+            add(id, std::make_unique<KelvoProjector>(blendOf(*projector, usesModels, eyePoint)));
+        } catch (VeltraniExceptionBase& fault) {
+            fault.message.insert(0, L"Projector \"" + id + L"\": ");
+            throw;
+        }
     }
 }
 

@@ -30,7 +30,8 @@ public:
     /// | any other                | no             | none                                     |
     ///
     /// Null gives an empty table, a display without a screen the origin as eye point; ids that have no record get no
-    /// entry. What `Blend::createProjectionModel` throws is thrown on, its message preceded by the projector.
+    /// entry. What `Viewport::of`, `Blend::createProjectionModel` and the entry itself throw of the suite's exceptions
+    /// is thrown on, its message preceded by the projector.
     explicit Configuration(const XMLConfigManager* config);
 
     ~Configuration();

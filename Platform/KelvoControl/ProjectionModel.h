@@ -31,7 +31,7 @@ public:
     /// lie outside the picture; false as well when it does not fit an `int`.
     virtual bool project(const Point<double, 3>& layoutPoint, Point<int, 2>& pixel) const = 0;
 
-    /// The two texts that the model was made from: its kind, and the file that describes the lens (empty without one).
+    /// The two texts that the model was made from, as they were given.
     [[nodiscard]] virtual std::wstring firstName() const = 0;
     [[nodiscard]] virtual std::wstring secondName() const = 0;
 

@@ -1,8 +1,25 @@
 #include "KelvoControl/Viewport.h"
 
+#include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
+#include "KelvoControl/detail/LensName.h"
 
 #include <cmath>
+#include <numbers>
+
+namespace {
+
+/// The tangents of right angles and more would mirror the picture.
+void requireEdgeAhead(const wchar_t* edge, double angle, const std::wstring& modelName) {
+    if (!(std::abs(angle) < std::numbers::pi / 2)) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"Projection model " + modelName + L": the " + edge + L" edge of the frustum is at " +
+                                    std::to_wstring(std::lround(angle * 180 / std::numbers::pi)) +
+                                    L" degrees, expected less than 90 to either side");
+    }
+}
+
+}  // namespace
 
 Viewport Viewport::fromFrustumAngles(double left, double right, double bottom, double top) {
     Viewport viewport;
@@ -13,7 +30,7 @@ Viewport Viewport::fromFrustumAngles(double left, double right, double bottom, d
     return viewport;
 }
 
-Viewport Viewport::of(const ProjectorConfig& projector) {
+Viewport Viewport::of(const ProjectorConfig& projector, const std::wstring& modelName) {
     const Point<double, 3> orientation{projector.getOrientationZ(), projector.getOrientationX(),
                                        projector.getOrientationY()};
     const double top = projector.getFrustumTop();
@@ -23,5 +40,12 @@ Viewport Viewport::of(const ProjectorConfig& projector) {
     Viewport viewport = fromFrustumAngles(left, right, bottom, top);
     viewport.orientation = orientation;
     viewport.position = projector.getPosition();
+    const bool picturesTheFrustum = !modelName.empty() && KelvoControlDetail::LensName::of(modelName, L"").file.empty();
+    if (picturesTheFrustum) {
+        requireEdgeAhead(L"left", left, modelName);
+        requireEdgeAhead(L"right", right, modelName);
+        requireEdgeAhead(L"bottom", bottom, modelName);
+        requireEdgeAhead(L"top", top, modelName);
+    }
     return viewport;
 }

@@ -2,6 +2,8 @@
 
 #include "Common/Point.h"
 
+#include <string>
+
 class ProjectorConfig;
 
 /// Where a channel's picture lies in space: on a plane one unit in front of the projector.
@@ -25,5 +27,8 @@ struct Viewport {
 
     /// Frustum, orientation and position of a configured projector. The size stays 1 x 1: whoever works in pixels sets
     /// it.
-    [[nodiscard]] static Viewport of(const ProjectorConfig& projector);
+    /// @param modelName the projection model that the viewport is for; empty for none. A model known by its name alone
+    ///     has the picture of the frustum, whose edges must then lie ahead: throws `VeltraniException` naming one that
+    ///     does not.
+    [[nodiscard]] static Viewport of(const ProjectorConfig& projector, const std::wstring& modelName);
 };

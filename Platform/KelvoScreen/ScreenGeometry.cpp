@@ -4,14 +4,6 @@
 
 #include <cstddef>
 
-int sideOfSurface(const Point<double, 3>& direction, const Point<double, 3>& normal) {
-    const double along = dot(direction, normal);
-    if (along > 0) {
-        return 1;
-    }
-    return along < 0 ? -1 : 0;
-}
-
 void ScreenGeometry::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
     if (rays.size() != hits.size()) {
         throw VeltraniException(__FILE__, __LINE__,

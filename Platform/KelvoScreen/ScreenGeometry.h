@@ -25,7 +25,10 @@ struct SurfaceHit {
 
 /// The side from which a direction reaches a surface: +1 when it travels along the normal, -1 against it, 0 across it
 /// or when either is not a number.
-[[nodiscard]] int sideOfSurface(const Point<double, 3>& direction, const Point<double, 3>& normal);
+[[nodiscard]] inline int sideOfSurface(const Point<double, 3>& direction, const Point<double, 3>& normal) {
+    const double along = dot(direction, normal);
+    return static_cast<int>(along > 0) - static_cast<int>(along < 0);
+}
 
 /// The geometry of a physical screen, with everything that the calibration asks of it.
 ///

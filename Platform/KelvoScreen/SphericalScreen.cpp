@@ -6,6 +6,8 @@
 #include "KelvoScreen/detail/Sha1.h"
 #include "KelvoScreen/detail/SphereSurface.h"
 
+#include <typeinfo>
+
 using namespace KelvoScreenDetail;
 
 namespace {
@@ -95,4 +97,12 @@ IntersectionSet SphericalScreen::intersectExtrapolatedWithSpecifiedNormal(const 
 std::vector<Point<double, 3>> SphericalScreen::intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                         const std::vector<Ray>& centre) const {
     return channelBoundary(*this, boundary, centre);
+}
+
+void SphericalScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    if (typeid(*this) == typeid(SphericalScreen) && rays.size() == hits.size()) {
+        m_surface->nearestHits(rays, hits);
+    } else {
+        ScreenGeometry::intersectRays(rays, hits);
+    }
 }

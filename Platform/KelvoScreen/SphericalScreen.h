@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace KelvoScreenDetail {
@@ -51,6 +52,8 @@ public:
                                                                            int sign) const override;
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
+    /// Bit for bit the answers of single rays. A class derived from this one is asked per ray.
+    void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
 
 private:
     std::shared_ptr<const KelvoScreenDetail::SphereSurface> m_surface;  ///< never null

@@ -47,6 +47,16 @@ TEST_F(LocatorSourceTest, ADomeChannelUsesItsFrustum) {
     EXPECT_THAT(source("<TargetData type='Spherical'/>", "").faults, SizeIs(1));
 }
 
+TEST_F(LocatorSourceTest, AnEdgeOfAFrustumThatIsNotAheadIsAFault) {
+    const std::string behind = "<Frustum left='-30' right='100' bottom='-20' top='20'/>";
+    const LocatorSource dome = source("<TargetData type='Spherical'/>", behind);
+    ASSERT_THAT(dome.faults, SizeIs(1));
+    EXPECT_EQ(dome.faults[0].what, "an edge is at 100 deg: give less than 90 to either side");
+    const LocatorSource lens = source("<TargetData type='3D'/>", behind + "<ProjectionModel name='Equidistant'/>");
+    ASSERT_THAT(lens.faults, SizeIs(1));
+    EXPECT_THAT(lens.faults[0].what, HasSubstr("the right edge of the frustum is at 100 degrees"));
+}
+
 TEST_F(LocatorSourceTest, ACollimatedChannelUsesItsFrustumAndTheMirror) {
     const std::string mirror = "<TargetData type='SphericalCollimated'><Mirror radius='3'/></TargetData>";
     const LocatorSource collimated = source(mirror, FRUSTUM);

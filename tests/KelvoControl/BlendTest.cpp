@@ -58,15 +58,15 @@ TEST(Blend, NeedsNoModel) {
     EXPECT_EQ(Blend(Frustum()).getProjectionModel(), nullptr);
 }
 
-TEST_F(BlendModels, TheNameAndTheFileAreKeptAsTheTwoNames) {
+TEST_F(BlendModels, TheTwoTextsAreKeptAsTheTwoNames) {
     CalibrationText text;
     const std::wstring file = calibration(text);
     const auto apart = Blend::createProjectionModel(plainViewport(), L"BrownConrady", file);
     EXPECT_EQ(apart->firstName(), L"BrownConrady");
     EXPECT_EQ(apart->secondName(), file);
     const auto joined = Blend::createProjectionModel(plainViewport(), L"BrownConrady:" + file, L"");
-    EXPECT_EQ(joined->firstName(), L"BrownConrady");
-    EXPECT_EQ(joined->secondName(), file);
+    EXPECT_EQ(joined->firstName(), L"BrownConrady:" + file);
+    EXPECT_EQ(joined->secondName(), L"");
     const auto plain = Blend::createProjectionModel(plainViewport(), L"Equidistant", L"");
     EXPECT_EQ(plain->firstName(), L"Equidistant");
     EXPECT_EQ(plain->secondName(), L"");
@@ -84,7 +84,7 @@ TEST_F(BlendModels, TheViewportIsKeptAsGiven) {
 TEST_F(BlendModels, AFileNameMayHoldColonsAndLettersOfAnyAlphabet) {
     const std::wstring file = Veltrani::fromUtf8(m_folder.write("Objektiv: größe.yml", CalibrationText().yaml()));
     const auto model = Blend::createProjectionModel(plainViewport(), L"BrownConrady:" + file, L"");
-    EXPECT_EQ(model->secondName(), file);
+    EXPECT_EQ(model->firstName(), L"BrownConrady:" + file);
 }
 
 TEST(BlendFaults, AnUnknownKindIsNamedWithThoseThereAre) {

@@ -159,10 +159,10 @@ TEST_F(ConfigurationTest, EverythingIsReadOnceInTheOrderOfTheProjectors) {
         trace.lines(),
         ElementsAre("config.getTargetLocatorConfig()", "locators.getTargetDataType()", "config.getScreenConfig()",
                     "screen.getEyePoint()", "config.getProjectorConfigIds()", "config.getProjectorConfig(\"P1\")",
-                    "projector.getOrientationZ()", "projector.getOrientationX()", "projector.getOrientationY()",
-                    "projector.getFrustumTop()", "projector.getFrustumBottom()", "projector.getFrustumLeft()",
-                    "projector.getFrustumRight()", "projector.getPosition()", "projector.getWidth()",
-                    "projector.getHeight()", "projector.getProjectionModelName()"));
+                    "projector.getProjectionModelName()", "projector.getOrientationZ()", "projector.getOrientationX()",
+                    "projector.getOrientationY()", "projector.getFrustumTop()", "projector.getFrustumBottom()",
+                    "projector.getFrustumLeft()", "projector.getFrustumRight()", "projector.getPosition()",
+                    "projector.getWidth()", "projector.getHeight()"));
 }
 
 TEST_F(ConfigurationTest, ADisplayThroughModelsGetsTheRectilinearOneOfItsFrustumUnlessItNamesAnother) {
@@ -227,8 +227,8 @@ TEST_F(ConfigurationTest, ALensFileIsReadWhereItIsUsed) {
         targetData.targetDataType = type;
         const auto model = firstModel();
         ASSERT_NE(model, nullptr);
-        EXPECT_EQ(model->firstName(), L"BrownConrady");
-        EXPECT_EQ(model->secondName(), file);
+        EXPECT_EQ(model->firstName(), first.projectionModelName) << "as it is configured";
+        EXPECT_EQ(model->secondName(), L"");
     }
 }
 
@@ -260,10 +260,24 @@ TEST_F(ConfigurationTest, AFrustumThatSpansNothingOrAPictureWithoutPixelsIsNoMod
     first.frustumRight = first.frustumLeft;
     EXPECT_THAT(fault(), AllOf(StartsWith("general: Projector \"P1\": "), HasSubstr("spans nothing")));
     first.frustumRight = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_THAT(fault(), HasSubstr("must be finite"));
+    EXPECT_THAT(fault(), HasSubstr("the right edge of the frustum"));
     first.frustumRight = 0.25;
     first.width = 0;
     EXPECT_THAT(fault(), HasSubstr("0 x 1200 pixels"));
+}
+
+TEST_F(ConfigurationTest, AnEdgeThatIsNotAheadIsRefusedForAModelOfTheFrustumAlone) {
+    targetData.targetDataType = BaseConfig::TARGET_DATA_3D;
+    first.frustumLeft = -1.75;
+    EXPECT_EQ(
+        fault(),
+        "general: Projector \"P1\": Projection model Rectilinear: the left edge of the frustum is at -100 degrees, "
+        "expected less than 90 to either side");
+    first.projectionModelName =
+        L"BrownConrady:" + Veltrani::fromUtf8(folder.write("lens.yml", CalibrationText().yaml()));
+    EXPECT_EQ(fault(), "") << "a calibrated lens has a picture of its own";
+    targetData.targetDataType = BaseConfig::TARGET_DATA_PLANAR_BASIC;
+    EXPECT_EQ(fault(), "") << "and a display without lenses has none";
 }
 
 TEST_F(ConfigurationTest, WhatTheConfigurationThrowsPassesThrough) {

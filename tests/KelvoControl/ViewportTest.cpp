@@ -1,5 +1,6 @@
 #include "KelvoControl/Viewport.h"
 
+#include "Common/VeltraniException.h"
 #include "support/ProjectorConfigDouble.h"
 
 #include <gmock/gmock.h>
@@ -40,7 +41,7 @@ TEST(Viewport, OfAProjectorItHasFrustumOrientationAndPositionButNotTheSize) {
     projector.orientationX = 0.2;
     projector.orientationY = 0.3;
     projector.position = {1.0, 2.0, 3.0};
-    const Viewport viewport = Viewport::of(projector);
+    const Viewport viewport = Viewport::of(projector, L"");
     const Viewport frustum = Viewport::fromFrustumAngles(-0.5, 0.25, -0.125, 0.375);
     EXPECT_EQ(viewport.ox, frustum.ox);
     EXPECT_EQ(viewport.oy, frustum.oy);
@@ -54,6 +55,22 @@ TEST(Viewport, OfAProjectorItHasFrustumOrientationAndPositionButNotTheSize) {
                                                     "projector.getOrientationY()", "projector.getFrustumTop()",
                                                     "projector.getFrustumBottom()", "projector.getFrustumLeft()",
                                                     "projector.getFrustumRight()", "projector.getPosition()"));
+}
+
+TEST(Viewport, OfAModelOfTheFrustumItsEdgesLieAhead) {
+    ProjectorConfigDouble projector(L"P1");
+    for (double* const edge :
+         {&projector.frustumLeft, &projector.frustumRight, &projector.frustumBottom, &projector.frustumTop}) {
+        for (const double angle : {1.6, -1.6, M_PI / 2, std::nan("")}) {
+            *edge = angle;
+            EXPECT_THROW(static_cast<void>(Viewport::of(projector, L"Equidistant")), VeltraniException);
+            EXPECT_THROW(static_cast<void>(Viewport::of(projector, L"Equidistant:")), VeltraniException);
+            EXPECT_NO_THROW(static_cast<void>(Viewport::of(projector, L"")));
+            EXPECT_NO_THROW(static_cast<void>(Viewport::of(projector, L"Fisheye:lens.yml")));
+        }
+        *edge = 1.5;
+        EXPECT_NO_THROW(static_cast<void>(Viewport::of(projector, L"Equidistant")));
+    }
 }
 
 }  // namespace

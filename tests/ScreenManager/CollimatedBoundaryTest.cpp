@@ -2,11 +2,11 @@
 #include "RayScreen.h"
 #include "ScreenFixture.h"
 #include "ScreenManagerTestAccess.h"
+#include "support/VirtualSlot.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <cstring>
 #include <stdexcept>
 
 namespace {
@@ -191,14 +191,6 @@ class Places : public CollimatedTargetLocator {
 public:
     static auto calculateBoundaryPointsPlace() { return &Places::calculateBoundaryPoints; }
 };
-
-/// The place of a virtual operation among those of its class.
-template <class Operation>
-std::size_t slotOf(Operation operation) {
-    std::size_t offset = 0;
-    std::memcpy(&offset, &operation, sizeof(offset));
-    return offset / sizeof(void*);
-}
 
 // Programs that were built with an older version of the library call the operations by their places.
 TEST(CollimatedTargetLocator, TheOperationsKeepTheirPlaces) {

@@ -315,7 +315,7 @@ TEST_F(SphereTargetLocatorTest, AClassThatAnswersRaysItselfIsAskedForEveryOne) {
     ScreenManager::getInstance()->setScreenGeometry(std::make_shared<FlatScreen>());
     const OwnRays own(plainRecord());
     project(own, 20, 10);
-    EXPECT_THAT(own.rays, SizeIs(200));
+    ASSERT_THAT(own.rays, SizeIs(200));
     EXPECT_EQ(own.rays[1].first, (Vector{1.0, 2.0, 3.0}));
     EXPECT_LT(own.rays[0].second[0], own.rays[1].second[0]) << "row by row";
     EXPECT_THAT(grid, SizeIs(200));

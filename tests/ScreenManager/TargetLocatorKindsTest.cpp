@@ -14,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <typeinfo>
+#include <utility>
 
 /// Which kind of locator a target-data type gives, and what is read from where, in which order.
 
@@ -313,6 +314,30 @@ TEST_F(TargetLocatorKindsTest, EqualModelsAreOneLocatorAndAChangeOfResolutionAlo
     EXPECT_NE(wider, locator);
     projector.projectionModelName = L"Rectilinear";
     EXPECT_NE(request(), wider);
+}
+
+TEST_F(TargetLocatorKindsTest, AModelOfTheFrustumNeedsItsEdgesAhead) {
+    projector.projectionModelName = L"Equidistant";
+    const auto locator = request(BaseConfig::TARGET_DATA_3D);
+    projector.frustumLeft = -1.75;
+    try {
+        static_cast<void>(request());
+        ADD_FAILURE() << "the tangent of an angle behind would mirror the picture";
+    } catch (const VeltraniException& fault) {
+        EXPECT_EQ(fault.message,
+                  L"Projection model Equidistant: the left edge of the frustum is at -100 degrees, expected less than "
+                  L"90 to either side");
+    }
+    for (double* const edge : {&projector.frustumRight, &projector.frustumBottom, &projector.frustumTop}) {
+        projector.frustumLeft = -0.43;
+        const double good = std::exchange(*edge, 1.75);
+        EXPECT_THROW(request(), VeltraniException);
+        *edge = good;
+    }
+    EXPECT_EQ(request(), locator);
+    projector.frustumLeft = -1.75;
+    projector.projectionModelName = L"Fisheye:" + Veltrani::fromUtf8(folder.write("bad.yml", "nothing\n"));
+    EXPECT_THROW(request(), VeltraniParseException) << "a calibrated lens has a picture of its own";
 }
 
 TEST_F(TargetLocatorKindsTest, AModelThatCannotBeMadeLeavesAsThrownWithTheCacheAsItWas) {

@@ -10,13 +10,25 @@ namespace KelvoControlDetail {
 
 namespace {
 
-/// Where the distorted radius (or area) grows less than this per unit, the lens counts as folding: on the way back a
-/// rounding error of 2e-16 would grow beyond 1e-9.
-constexpr double LEAST_SLOPE = 1e-6;
+/// Where the distorted radius (or area) grows less than this per unit, the lens counts as folding: on the way back the
+/// rounding of the formula is divided by its growth. Relative to the sum of the terms without their signs, in whose
+/// units the formula is rounded: strong terms may cancel each other.
+constexpr double LEAST_SLOPE = 1e-4;
 
-/// How near the refined point must come to the distorted one, relative to 1 + its size: far above rounding, far below
-/// a pixel.
-constexpr double INVERSE_TOLERANCE = 1e-12;
+/// Where the denominator falls below this part of its terms without their signs, a pole is near: the picture is
+/// magnified beyond what any lens does, and rounding with it.
+constexpr double LEAST_DENOMINATOR = 1e-3;
+
+/// Relative; a point at the edge of the fold may be rounded out of it on its way there and back.
+constexpr double ROUNDING = 1e-12;
+
+/// How near the way back must come to a point, relative to 1 + its size; places that the formula brings to the same
+/// point are much farther apart.
+constexpr double RETURN_TOLERANCE = 1e-9;
+
+/// How near the way there must come to the distorted point again, relative to 1 + its size: far above rounding, far
+/// below what is left where the search did not arrive.
+constexpr double INVERSE_TOLERANCE = 1e-10;
 
 /// Newton's method needs about five steps; with halved ones, near a fold, a few more.
 constexpr int MOST_STEPS = 50;
@@ -27,6 +39,13 @@ constexpr int PLACES_ON_THE_WAY = 16;
 
 Polynomial onePlus(const std::array<double, 3>& higher) {
     return {1.0, higher[0], higher[1], higher[2]};
+}
+
+Polynomial withoutSigns(Polynomial polynomial) {
+    for (double& coefficient : polynomial) {
+        coefficient = std::abs(coefficient);
+    }
+    return polynomial;
 }
 
 bool allZero(const Point<double, 2>& a) {
@@ -57,9 +76,11 @@ double BrownConradyDistortion::findFold() const {
     const Polynomial d = onePlus(m_denominator);
     const Polynomial twist = sum(product(derivative(n), d), product({-1.0}, product(n, derivative(d))));
     const Polynomial growth = sum(product(n, d), product({0.0, 2.0}, twist));
-    const Polynomial above = sum(growth, product({-LEAST_SLOPE}, product(d, d)));
-    const double pole = positiveUpTo(d, FARTHEST * FARTHEST);
-    return std::sqrt(positiveUpTo(above, pole));
+    const Polynomial terms = product(withoutSigns(n), withoutSigns(d));
+    const Polynomial above = sum(growth, product({-LEAST_SLOPE}, terms));
+    const Polynomial abovePole = sum(d, product({-LEAST_DENOMINATOR}, withoutSigns(d)));
+    const double nearPole = positiveUpTo(abovePole, FARTHEST * FARTHEST);
+    return std::sqrt(positiveUpTo(above, nearPole));
 }
 
 double BrownConradyDistortion::radial(double r2, double& slope) const {
@@ -93,10 +114,7 @@ Point<double, 2> BrownConradyDistortion::formula(const Point<double, 2>& plain, 
             y * c + p1 * (r2 + 2 * y * y) + 2 * p2 * x * y + r2 * (s[2] + r2 * s[3])};
 }
 
-bool BrownConradyDistortion::isUnfolded(const Point<double, 2>& plain) const {
-    if (!(norm(plain) < m_foldRadius)) {
-        return false;
-    }
+bool BrownConradyDistortion::isRightWayRoundUpTo(const Point<double, 2>& plain) const {
     for (int place = 1; !m_radialOnly && place <= PLACES_ON_THE_WAY; ++place) {
         Jacobian jacobian;
         static_cast<void>(formula(plain * (static_cast<double>(place) / PLACES_ON_THE_WAY), jacobian));
@@ -108,11 +126,16 @@ bool BrownConradyDistortion::isUnfolded(const Point<double, 2>& plain) const {
 }
 
 bool BrownConradyDistortion::distort(const Point<double, 2>& plain, Point<double, 2>& distorted) const {
-    if (!isUnfolded(plain)) {
+    if (!(norm(plain) < m_foldRadius) || !isRightWayRoundUpTo(plain)) {
         return false;
     }
     Jacobian jacobian;
-    distorted = formula(plain, jacobian);
+    const Point<double, 2> there = formula(plain, jacobian);
+    // Tangential and prism terms can bring two places to one point: it belongs to the one that the way back finds.
+    if (!m_radialOnly && !(norm(inverse(there) - plain) <= RETURN_TOLERANCE * (1 + norm(plain)))) {
+        return false;
+    }
+    distorted = there;
     return true;
 }
 
@@ -154,20 +177,25 @@ Point<double, 2> BrownConradyDistortion::refine(const Point<double, 2>& distorte
     return guess;
 }
 
-bool BrownConradyDistortion::undistort(const Point<double, 2>& distorted, Point<double, 2>& plain) const {
+Point<double, 2> BrownConradyDistortion::inverse(const Point<double, 2>& distorted) const {
     const double radius = norm(distorted);
     if (!(radius > 0)) {
-        return radius == 0 && distort(distorted, plain);
+        return distorted;
     }
-    if (!std::isfinite(radius) || (m_radialOnly && !(radius < m_distortedFoldRadius))) {
+    const Point<double, 2> found = undistortRadius(distorted, radius);
+    return m_radialOnly ? found : refine(distorted, found);
+}
+
+bool BrownConradyDistortion::undistort(const Point<double, 2>& distorted, Point<double, 2>& plain) const {
+    const double radius = norm(distorted);
+    if (!std::isfinite(radius)) {
         return false;
     }
-    Point<double, 2> found = undistortRadius(distorted, radius);
-    if (!m_radialOnly) {
-        found = refine(distorted, found);
-    }
-    Point<double, 2> back;
-    if (!distort(found, back) || !(norm(back - distorted) <= INVERSE_TOLERANCE * (1 + radius))) {
+    const Point<double, 2> found = inverse(distorted);
+    Jacobian jacobian;
+    const double miss = norm(formula(found, jacobian) - distorted);
+    if (!(miss <= INVERSE_TOLERANCE * (1 + radius)) || !(norm(found) <= m_foldRadius * (1 + ROUNDING)) ||
+        !isRightWayRoundUpTo(found)) {
         return false;
     }
     plain = found;

@@ -16,7 +16,9 @@ namespace KelvoControlDetail {
 ///     yd = y c + p1 (r2 + 2 y^2) + 2 p2 x y + s3 r2 + s4 r2^2
 ///
 /// Where the radius r c(r) stops growing the formula folds back upon itself and describes no lens any more: points at
-/// and beyond that radius are refused, and so are those where the other terms turn the picture over.
+/// and beyond that radius are refused, and so are those where the other terms turn the picture over or bring two places
+/// to one point, and all from just short of a pole of c. Whatever is distorted comes back within 1e-9 of 1 + its
+/// distance from the axis.
 class BrownConradyDistortion {
 public:
     /// @param coefficients k1 k2 p1 p2 [k3 [k4 k5 k6 [s1 s2 s3 s4]]]: 4, 5, 8 or 12 finite numbers; more are not looked
@@ -29,7 +31,7 @@ public:
     /// The point that `distort` moves here, to rounding; false, with `plain` untouched, when there is none.
     bool undistort(const Point<double, 2>& distorted, Point<double, 2>& plain) const;
 
-    /// The distance from the axis where the lens folds; `FARTHEST` for one that never does.
+    /// The distance from the axis where the lens folds or comes near to a pole; `FARTHEST` for one that never does.
     [[nodiscard]] double foldRadius() const { return m_foldRadius; }
 
     /// Nothing is asked for farther out than this: less than 0.0001 degrees from a right angle to the axis.
@@ -45,8 +47,10 @@ private:
     [[nodiscard]] double findFold() const;
     [[nodiscard]] double radial(double r2, double& slope) const;
     [[nodiscard]] Point<double, 2> formula(const Point<double, 2>& plain, Jacobian& jacobian) const;
-    /// True when the picture is the right way round all the way from the axis to the point.
-    [[nodiscard]] bool isUnfolded(const Point<double, 2>& plain) const;
+    /// True when the other terms leave the picture the right way round all the way from the axis to the point.
+    [[nodiscard]] bool isRightWayRoundUpTo(const Point<double, 2>& plain) const;
+    /// The place that the formula brings here, if there is one; unchecked.
+    [[nodiscard]] Point<double, 2> inverse(const Point<double, 2>& distorted) const;
     /// The point in the same direction whose radius the radial part alone would bring here.
     [[nodiscard]] Point<double, 2> undistortRadius(const Point<double, 2>& distorted, double distortedRadius) const;
     [[nodiscard]] Point<double, 2> refine(const Point<double, 2>& distorted, Point<double, 2> guess) const;

@@ -1,10 +1,12 @@
 #include "KelvoControl/detail/BrownConradyLens.h"
 
+#include "KelvoControl/detail/LensName.h"
+
 namespace KelvoControlDetail {
 
 BrownConradyLens::BrownConradyLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file)
     : LensModel(viewport, name, file),
-      m_calibration(LensCalibration::read(file, LensFamily::BrownConrady)),
+      m_calibration(LensCalibration::read(LensName::of(name, file).file, LensFamily::BrownConrady)),
       m_distortion(m_calibration.distortion) {}
 
 bool BrownConradyLens::rayOf(const Point<double, 2>& normalised, Point<double, 3>& ray) const {

@@ -11,6 +11,7 @@ namespace KelvoControlDetail {
 class BrownConradyLens : public LensModel {
 public:
     /// Throws what `LensCalibration::read` throws.
+    /// @param name,file see `LensName`
     BrownConradyLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file);
 
 protected:

@@ -18,6 +18,7 @@ struct CalibrationMatrix {
     std::optional<CalibrationValue> rows;
     std::optional<CalibrationValue> cols;
     std::optional<CalibrationValue> dt;  ///< type of the elements: "d" or "f"
+    bool hasData = false;                ///< there is a list of elements, which may be empty
     std::vector<CalibrationValue> data;  ///< row by row
 };
 

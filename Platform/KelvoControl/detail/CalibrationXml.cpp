@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace KelvoControlDetail {
 
@@ -154,7 +155,7 @@ private:
     }
 
     void readData(const xmlNode* element, CalibrationMatrix& matrix) const {
-        if (!matrix.data.empty()) {
+        if (std::exchange(matrix.hasData, true)) {
             throwFault(m_document,
                        {lineOf(element), "data", "a second element of this name", "one", "remove one of them"});
         }

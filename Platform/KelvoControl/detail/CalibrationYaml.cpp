@@ -6,13 +6,21 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace KelvoControlDetail {
 
 namespace {
 
 constexpr std::string_view DIRECTIVE = "%YAML";
+
+/// "!!opencv-matrix" in full.
+constexpr std::string_view MATRIX_TAG = "tag:yaml.org,2002:opencv-matrix";
+
 constexpr const char* REMEDY = "write the calibration file again";
+
+/// The parser's work for a token grows with the depth that it is at: a megabyte of brackets would keep it for an hour.
+constexpr int DEEPEST_NESTING = 100;
 
 const char* nameOf(yaml_event_type_t type) {
     switch (type) {
@@ -88,7 +96,7 @@ private:
 
     [[nodiscard]] bool isMatrix() const {
         const auto* const tag = m_event.data.mapping_start.tag;
-        return tag != nullptr && std::string_view(reinterpret_cast<const char*>(tag)).ends_with(MATRIX_TYPE);
+        return tag != nullptr && std::string_view(reinterpret_cast<const char*>(tag)) == MATRIX_TAG;
     }
 
     void require(yaml_event_type_t type, const std::string& element, const std::string& expected) const {
@@ -137,7 +145,7 @@ private:
         } else if (key.text == DISTORTION_COEFFICIENTS) {
             readMatrix(key, content.distortion);
         } else {
-            skip();
+            skip(key);
         }
     }
 
@@ -179,12 +187,12 @@ private:
         } else if (key.text == "data") {
             readData(key, matrix);
         } else {
-            skip();
+            skip(key);
         }
     }
 
     void readData(const CalibrationValue& key, CalibrationMatrix& matrix) {
-        if (!matrix.data.empty()) {
+        if (std::exchange(matrix.hasData, true)) {
             throwFault(m_document, {key.line, key.text, "a second entry of this name", "one", "remove one of them"});
         }
         expect(YAML_SEQUENCE_START_EVENT, key.text, "a list of numbers");
@@ -198,11 +206,17 @@ private:
         }
     }
 
-    /// Over the value of an entry, whatever it is.
-    void skip() {
+    /// Over the value of an entry of another program, whatever it is.
+    void skip(const CalibrationValue& key) {
         int depth = 0;
         do {
             next();
+            if (depth > DEEPEST_NESTING) {
+                throwFault(m_document, {line(), key.text,
+                                        "lists or groups, one within the other, more than " +
+                                            std::to_string(DEEPEST_NESTING) + " deep",
+                                        "an entry of a calibration file", "remove the entry"});
+            }
             const bool opens = m_event.type == YAML_MAPPING_START_EVENT || m_event.type == YAML_SEQUENCE_START_EVENT;
             const bool closes = m_event.type == YAML_MAPPING_END_EVENT || m_event.type == YAML_SEQUENCE_END_EVENT;
             depth += (opens ? 1 : 0) - (closes ? 1 : 0);

@@ -78,7 +78,9 @@ void CellIndex::divideFor(const std::vector<QuadCell>& cells, const Point<double
     const auto count = static_cast<double>(cells.size());
     Point<double, 2> bins;
     for (std::size_t axis = 0; axis < 2; ++axis) {
-        const double wanted = BINS_ACROSS_CELL * (m_high[axis] - m_low[axis]) / meanSize[axis];
+        // Cells without extent, all at one coordinate, need no division.
+        const double wanted =
+            meanSize[axis] > 0 ? BINS_ACROSS_CELL * (m_high[axis] - m_low[axis]) / meanSize[axis] : 1.0;
         bins[axis] = std::clamp(std::ceil(wanted), 1.0, std::ceil(MOST_BINS_PER_CELL * count));
     }
     const double excess = std::max(bins[0] * bins[1] / (MOST_BINS_PER_CELL * count + 1), 1.0);

@@ -12,9 +12,9 @@ namespace KelvoControlDetail {
 /// Finds the cell of a lattice that holds a point of one of its planes, and the place in it.
 ///
 /// A lattice of straight rows and columns, parallel to the axes of the plane, is looked up by its two axes; any other
-/// by the exact inverse of the cells near the point. Where cells overlap, the first one in the order of the lattice
-/// holds the point. A point that no cell holds belongs to the first one that it misses by no more than the tolerance:
-/// rounding opens no gap between two cells, nor at the border.
+/// by the exact inverse of the cells near the point. Where cells overlap, one of them holds the point, always the same.
+/// A point that no cell holds belongs to the first one, in the order of the lattice, that it misses by no more than the
+/// tolerance: rounding opens no gap between two cells, nor at the border.
 class CellLocator {
 public:
     /// @param lattice must outlive the locator, where it is

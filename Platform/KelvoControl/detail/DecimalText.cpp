@@ -1,21 +1,42 @@
 #include "KelvoControl/detail/DecimalText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <system_error>
 
 namespace KelvoControlDetail {
 
 namespace {
 
-/// A number out of range is either too large or too near to zero: only the latter has a value.
-bool isNearZero(std::string_view number) {
-    const std::size_t exponent = number.find_first_of("eE");
-    if (exponent != std::string_view::npos) {
-        return number[exponent + 1] == '-';
+/// Far beyond the exponents of doubles, far within those of an int.
+constexpr int LARGEST_EXPONENT = 1'000'000'000;
+
+int exponentOf(std::string_view text) {
+    if (!text.empty() && text[0] == '+') {
+        text.remove_prefix(1);
     }
-    const char first = number[number[0] == '-' ? 1 : 0];
-    return first == '0' || first == '.';
+    int exponent = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), exponent);
+    if (error == std::errc::result_out_of_range) {
+        return text[0] == '-' ? -LARGEST_EXPONENT : LARGEST_EXPONENT;
+    }
+    return std::clamp(exponent, -LARGEST_EXPONENT, LARGEST_EXPONENT);
+}
+
+/// A number out of range is either too large or too near to zero: only the latter has a value. Its first digit above
+/// zero tells, by its distance from the decimal point and the exponent.
+bool isNearZero(std::string_view number) {
+    const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view digits = number.substr(0, mark);
+    const std::size_t first = digits.find_first_of("123456789");
+    if (first == std::string_view::npos) {
+        return true;
+    }
+    const auto point = static_cast<std::ptrdiff_t>(std::min(digits.find('.'), digits.size()));
+    const std::ptrdiff_t magnitude = point - static_cast<std::ptrdiff_t>(first);
+    return magnitude + (mark < number.size() ? exponentOf(number.substr(mark + 1)) : 0) < 0;
 }
 
 }  // namespace

@@ -11,14 +11,21 @@ namespace KelvoControlDetail {
 
 namespace {
 
-/// Where the distorted angle grows less than this per radian, the lens counts as folding: on the way back a rounding
-/// error of 2e-16 would grow beyond 1e-9.
-constexpr double LEAST_SLOPE = 1e-6;
+/// Where the distorted angle grows less than this per radian, the lens counts as folding: on the way back the rounding
+/// of the formula is divided by its growth. Relative to the sum of the terms without their signs, in whose units the
+/// formula is rounded: strong terms may cancel each other.
+constexpr double LEAST_SLOPE = 1e-4;
+
+/// Relative; a ray at the edge of the fold may be rounded out of it on its way there.
+constexpr double ROUNDING = 1e-12;
 
 }  // namespace
 
 FisheyeDistortion::FisheyeDistortion(const std::array<double, 4>& coefficients) : m_k(coefficients) {
-    const Polynomial growth{1.0 - LEAST_SLOPE, 3 * m_k[0], 5 * m_k[1], 7 * m_k[2], 9 * m_k[3]};
+    Polynomial growth{1.0 - LEAST_SLOPE};
+    for (std::size_t i = 0; i < m_k.size(); ++i) {
+        growth.push_back(static_cast<double>(2 * i + 3) * m_k[i] - LEAST_SLOPE * std::abs(m_k[i]));
+    }
     m_foldAngle = std::min(std::sqrt(positiveUpTo(growth, std::numbers::pi * std::numbers::pi)), std::numbers::pi);
     m_distortedFoldAngle = distortedAngle(m_foldAngle);
 }
@@ -53,7 +60,7 @@ bool FisheyeDistortion::distort(const Point<double, 3>& ray, Point<double, 2>& d
 
 bool FisheyeDistortion::undistort(const Point<double, 2>& distorted, Point<double, 3>& ray) const {
     const double radius = std::hypot(distorted[0], distorted[1]);
-    if (!(radius < m_distortedFoldAngle)) {
+    if (!(radius <= m_distortedFoldAngle * (1 + ROUNDING))) {
         return false;
     }
     if (radius == 0) {

@@ -1,5 +1,7 @@
 #include "KelvoControl/detail/FisheyeLens.h"
 
+#include "KelvoControl/detail/LensName.h"
+
 namespace KelvoControlDetail {
 
 namespace {
@@ -20,7 +22,7 @@ bool isInPicture(const Point<double, 2>& normalised) {
 
 FisheyeLens::FisheyeLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file)
     : LensModel(viewport, name, file),
-      m_calibration(LensCalibration::read(file, LensFamily::Fisheye)),
+      m_calibration(LensCalibration::read(LensName::of(name, file).file, LensFamily::Fisheye)),
       m_distortion(fourOf(m_calibration.distortion)) {}
 
 bool FisheyeLens::rayOf(const Point<double, 2>& normalised, Point<double, 3>& ray) const {

@@ -14,6 +14,7 @@ namespace KelvoControlDetail {
 class FisheyeLens : public LensModel {
 public:
     /// Throws what `LensCalibration::read` throws.
+    /// @param name,file see `LensName`
     FisheyeLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file);
 
 protected:

@@ -13,8 +13,8 @@ namespace KelvoControlDetail {
 struct LensKind {
     std::wstring name;
     bool needsFile = false;
-    /// From the viewport, the kind's name and the file; only called with a file when one is needed and without one
-    /// else.
+    /// From the viewport and the two texts that name the kind and the file, see `LensName`; only called with a file
+    /// when one is needed and without one else.
     std::function<std::shared_ptr<ProjectionModel>(const Viewport&, const std::wstring&, const std::wstring&)> make;
 };
 

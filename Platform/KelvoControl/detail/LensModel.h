@@ -11,6 +11,8 @@ namespace KelvoControlDetail {
 /// +y forward, +z up) to the world frame. A kind of lens adds the two operations at the end.
 class LensModel : public ProjectionModel {
 public:
+    /// @param name,file the two texts that the model is made from, kept as they are
+    ///
     /// Throws `VeltraniException` when position or orientation is not finite or the picture has no pixels.
     LensModel(const Viewport& viewport, std::wstring name, std::wstring file);
 

@@ -14,7 +14,11 @@ namespace KelvoControlDetail {
 
 namespace {
 
-/// Two million nodes of long numbers.
+/// A mesh takes up to a kilobyte of memory for each node. Four million nodes are one for every pixel of a large
+/// picture.
+constexpr std::size_t MOST_NODES = 4'000'000;
+
+/// Nodes of long numbers included.
 constexpr std::size_t LARGEST_BYTES = std::size_t{256} * 1024 * 1024;
 
 /// "0 0 0 0 0" and its line end: no node is shorter.
@@ -23,9 +27,10 @@ constexpr std::size_t SHORTEST_NODE_BYTES = 10;
 constexpr int LARGEST_PICTURE = 1'000'000;
 constexpr int MOST_NODES_IN_ROW = 1'000'000;
 
-/// Numbers beyond these are no places in a picture, and their products would leave the range of a double.
-constexpr double LARGEST_COORDINATE = 1e12;
-constexpr double SMALLEST_ASPECT = 1e-6;
+/// Numbers beyond these are no places in a picture nor on a screen, and the tolerance at the edges of cells would be
+/// lost in their rounding.
+constexpr double LARGEST_COORDINATE = 1e4;
+constexpr double SMALLEST_ASPECT = 1e-3;
 
 constexpr std::string_view BLANKS = " \t\r\v\f";
 constexpr const char* CUT_OFF = "write the file again: it may be cut off, or its counts may be wrong";
@@ -111,6 +116,10 @@ private:
             fail("node counts", line, "at most " + std::to_string(most) + " nodes, for which the file has room",
                  CUT_OFF);
         }
+        if (nodeCount() > MOST_NODES) {
+            fail("node counts", line, "at most " + std::to_string(MOST_NODES) + " nodes",
+                 "thin the mesh out: between its nodes it is interpolated");
+        }
     }
 
     [[nodiscard]] std::size_t nodeCount() const { return m_lattice.columns * m_lattice.rows; }
@@ -136,7 +145,8 @@ private:
         }
         const auto [x, y, u, v, brightness] = numbers;
         if (!good || brightness > 1) {
-            fail(nameOf(node), line, "five numbers x y u v i with decimal points, i at most 1", CUT_OFF);
+            fail(nameOf(node), line,
+                 "five numbers x y u v i with decimal points, none beyond 10000 in size, i at most 1", CUT_OFF);
         }
         m_lattice.picture.push_back({x, y});
         m_lattice.screen.push_back({u, v});

@@ -17,7 +17,8 @@ namespace KelvoControlDetail {
 ///
 /// (x, y) is the node in the picture: y from -1 (bottom) to 1 (top), x from -a to a, where a is the largest x of the
 /// file; in pixels ((x + a) / (2 a) W, (y + 1) / 2 H). (u, v) is the node on the screen. i is the brightness, up to 1;
-/// below 0 the node is unused. Lines without text are passed over.
+/// below 0 the node is unused. Lines without text are passed over, and the last line needs no end: a file that was cut
+/// off within its very last number cannot be told from a whole one.
 class WarpMeshFile {
 public:
     /// Throws `VeltraniMissingFileException` when there is no such file and `VeltraniParseException`, which names file

@@ -18,6 +18,9 @@ namespace {
 constexpr double POLE = std::numbers::pi / 2;
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
+/// Every hit of the whole sphere passes.
+constexpr auto NO_LIMIT = [](const RayAim&, double, const Point<double, 3>&, double) { return true; };
+
 }  // namespace
 
 SphereSurface::SphereSurface(const SphereNumbers& numbers)
@@ -57,13 +60,12 @@ double SphereSurface::Rim::excess(const Point<double, 3>& own) const {
     return height > 0 ? inwards : -inwards;
 }
 
-template <class Limit>
-IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<double, 3>& to,
-                                    const Limit& limit) const {
-    IntersectionSet found;
+template <class Limit, class Visit>
+void SphereSurface::visitHits(const Point<double, 3>& from, const Point<double, 3>& to, const Limit& limit,
+                              const Visit& visit) const {
     const RayAim aim(from, to);
     if (!m_isValid || !aim.isUsable()) {
-        return found;
+        return;
     }
     const double tolerance = ROUNDING * (largestComponent(from) + m_extent);
     visitChord(from - m_numbers.centre, aim.direction, aim.length2, m_numbers.radius, tolerance,
@@ -73,10 +75,30 @@ IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<do
                    }
                    const double position = aim.positionOf(t);
                    if (std::isfinite(position)) {
-                       found.add({m_numbers.centre + place, position});
+                       visit(m_numbers.centre + place, position);
                    }
                });
+}
+
+template <class Limit>
+IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<double, 3>& to,
+                                    const Limit& limit) const {
+    IntersectionSet found;
+    visitHits(from, to, limit, [&found](const Point<double, 3>& point, double t) { found.add({point, t}); });
     return found;
+}
+
+template <class Limit>
+SurfaceHit SphereSurface::nearestPoint(const Ray& ray, const Limit& limit) const {
+    SurfaceHit nearest;
+    visitHits(ray.first, ray.second, limit, [&nearest](const Point<double, 3>& point, double t) {
+        if (!nearest.hit || t < nearest.t) {
+            nearest.point = point;
+            nearest.t = t;
+            nearest.hit = true;
+        }
+    });
+    return nearest;
 }
 
 IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
@@ -84,21 +106,47 @@ IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Poi
         return intersectWhole(from, to);
     }
     return hits(from, to, [this](const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) {
-        const Point<double, 3> own = m_placement.toOwn(place);
-        if (isWithinLimits(own)) {
-            return true;
-        }
-        if (limitBound(own) > LimitSearch::farthestReach(tolerance)) {
-            return false;
-        }
-        OwnHit hit{own, t};
-        if (!slideToLimit(aim, tolerance, hit)) {
-            return false;
-        }
-        place = m_placement.toWorld(hit.place);
-        t = hit.t;
-        return true;
+        return isKept(aim, tolerance, place, t);
     });
+}
+
+void SphereSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    // All points, then all normals: the processor works at several rays together.
+    const auto ask = [&](const auto& limit) {
+        for (std::size_t i = 0; i < rays.size(); ++i) {
+            hits[i] = nearestPoint(rays[i], limit);
+        }
+        for (std::size_t i = 0; i < rays.size(); ++i) {
+            if (hits[i].hit) {
+                hits[i].normal = normal(hits[i].point);
+                hits[i].side = sideOfSurface(rays[i].second - rays[i].first, hits[i].normal);
+            }
+        }
+    };
+    if (m_isWhole) {
+        ask(NO_LIMIT);
+    } else {
+        ask([this](const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) {
+            return isKept(aim, tolerance, place, t);
+        });
+    }
+}
+
+bool SphereSurface::isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const {
+    const Point<double, 3> own = m_placement.toOwn(place);
+    if (isWithinLimits(own)) {
+        return true;
+    }
+    if (limitBound(own) > LimitSearch::farthestReach(tolerance)) {
+        return false;
+    }
+    OwnHit hit{own, t};
+    if (!slideToLimit(aim, tolerance, hit)) {
+        return false;
+    }
+    place = m_placement.toWorld(hit.place);
+    t = hit.t;
+    return true;
 }
 
 bool SphereSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const {
@@ -112,7 +160,7 @@ bool SphereSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& hi
 }
 
 IntersectionSet SphereSurface::intersectWhole(const Point<double, 3>& from, const Point<double, 3>& to) const {
-    return hits(from, to, [](const RayAim&, double, const Point<double, 3>&, double) { return true; });
+    return hits(from, to, NO_LIMIT);
 }
 
 bool SphereSurface::isWithinLimits(const Point<double, 3>& own) const {
@@ -142,15 +190,6 @@ Point<double, 3> SphereSurface::moveWithinLimits(const Point<double, 3>& own) co
     const double fromAxis = std::hypot(moved[0], moved[1]);
     const double narrowing = fromAxis > 0 ? rim.radius / fromAxis : 0.0;
     return {narrowing * moved[0], narrowing * moved[1], rim.height};
-}
-
-Point<double, 3> SphereSurface::normal(const Point<double, 3>& point) const {
-    const Point<double, 3> outward = point - m_numbers.centre;
-    const double distance = norm(outward);
-    if (!m_isValid || !std::isfinite(distance)) {
-        return {};
-    }
-    return distance > 0 ? outward * (1 / distance) : m_placement.toWorld({0.0, 1.0, 0.0});
 }
 
 Point<double, 3> SphereSurface::pointAt(double s, double t) const {

@@ -1,8 +1,12 @@
 #pragma once
 
 #include "KelvoScreen/IntersectionSet.h"
+#include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/detail/AzimuthSector.h"
 #include "KelvoScreen/detail/Placement.h"
+
+#include <cmath>
+#include <span>
 
 namespace KelvoScreenDetail {
 
@@ -30,10 +34,19 @@ public:
 
     /// Hits within the limits; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// The first of `intersect` for each ray, with its normal and side; `hits` is as long as `rays`.
+    void nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
     /// Hits of the whole sphere; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersectWhole(const Point<double, 3>& from, const Point<double, 3>& to) const;
     /// Outward at the nearest point of the whole sphere; zero for a NaN.
-    [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const;
+    [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const {
+        const Point<double, 3> outward = point - m_numbers.centre;
+        const double distance = norm(outward);
+        if (!m_isValid || !std::isfinite(distance)) {
+            return {};
+        }
+        return distance > 0 ? outward * (1 / distance) : m_placement.toWorld({0.0, 1.0, 0.0});
+    }
     /// The point at (s, t); not finite when (s, t) or the result is not.
     [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
     /// True when the whole sphere goes on at this t: not past a pole.
@@ -53,9 +66,17 @@ private:
     [[nodiscard]] static bool areValid(const SphereNumbers& numbers);
     [[nodiscard]] static Rim rimAt(double elevation, double radius);
     [[nodiscard]] double elevationAt(double t) const;
+    /// Calls `visit(point, t)` for each hit of the whole sphere that `limit` lets pass, mostly nearest first.
+    template <class Limit, class Visit>
+    void visitHits(const Point<double, 3>& from, const Point<double, 3>& to, const Limit& limit,
+                   const Visit& visit) const;
     template <class Limit>
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
+    template <class Limit>
+    [[nodiscard]] SurfaceHit nearestPoint(const Ray& ray, const Limit& limit) const;
+    /// Whether a hit of the whole sphere, relative to the centre, is within the limits, perhaps after a small move.
+    [[nodiscard]] bool isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const;
     [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
     /// A lower bound of the distance from a point to the surface within its limits; may be below zero.
     [[nodiscard]] double limitBound(const Point<double, 3>& own) const;

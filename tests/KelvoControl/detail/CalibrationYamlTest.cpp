@@ -42,13 +42,24 @@ TEST(CalibrationYaml, OtherEntriesOfAnyShapeArePassedOver) {
     EXPECT_EQ(calibrationFromYaml("a: { image_width: 3 }\nimage_width: 2\n", "lens").imageWidth->text, "2");
 }
 
+TEST(CalibrationYaml, EntriesNestedWithoutEndAreRefusedAtOnce) {
+    const std::wstring refused =
+        L"lens:2: x: found lists or groups, one within the other, more than 100 deep, expected an entry of a "
+        L"calibration file; remove the entry";
+    EXPECT_EQ(refusal("image_width: 2\nx: " + std::string(1'000'000, '[')), refused);
+    EXPECT_EQ(refusal("image_width: 2\nx: " + std::string(1'000'000, '{')), refused);
+    EXPECT_EQ(refusal("image_width: 2\nx: " + std::string(90, '[') + std::string(90, ']') + "\n"), L"");
+}
+
 TEST(CalibrationYaml, AnEntryThatStandsTwiceIsRefused) {
     EXPECT_EQ(refusal("image_width: 2\nimage_width: 2\n"),
               L"lens:2: image_width: found a second entry of this name, expected one; remove one of them");
     EXPECT_NE(refusal("camera_matrix: !!opencv-matrix { rows: 1, rows: 1 }\n").find(L"second entry"),
               std::wstring::npos);
-    EXPECT_NE(refusal("camera_matrix: !!opencv-matrix { data: [ 1 ], data: [ 1 ] }\n").find(L"second entry"),
-              std::wstring::npos);
+    for (const char* first : {"[ 1 ]", "[ ]"}) {
+        const std::string text = std::string("camera_matrix: !!opencv-matrix { data: ") + first + ", data: [ 1 ] }\n";
+        EXPECT_NE(refusal(text).find(L"second entry"), std::wstring::npos) << first;
+    }
 }
 
 TEST(CalibrationYaml, AnEntryOfAnotherShapeIsRefused) {
@@ -57,6 +68,7 @@ TEST(CalibrationYaml, AnEntryOfAnotherShapeIsRefused) {
     EXPECT_NE(refusal("a: &x 2\nimage_width: *x\n").find(L"found an alias"), std::wstring::npos);
     EXPECT_NE(refusal("camera_matrix: 2\n").find(L"found a value, expected a matrix"), std::wstring::npos);
     EXPECT_NE(refusal("camera_matrix: { rows: 3 }\n").find(L"that is no matrix"), std::wstring::npos);
+    EXPECT_NE(refusal("camera_matrix: !no-opencv-matrix { rows: 3 }\n").find(L"that is no matrix"), std::wstring::npos);
     EXPECT_NE(refusal("camera_matrix: !!opencv-matrix { data: [ [ 1 ] ] }\n").find(L"found a list, expected a number"),
               std::wstring::npos);
     EXPECT_NE(refusal("[ 1, 2 ]\n").find(L"found a list, expected entries"), std::wstring::npos);

@@ -64,6 +64,16 @@ TEST(CellIndex, KnowsEveryCellOfALongRow) {
     expectComplete(lattice(300, 2, [](double c, double r) { return P2{c / 299.0, r}; }), 4);
 }
 
+TEST(CellIndex, CellsWithoutExtentAreInOneBin) {
+    // All at one coordinate, which is so large that the margin vanishes beside it.
+    for (const P2& place : {P2{1e8, 1e8}, P2{1e8, 0.5}, P2{0.5, 0.5}}) {
+        const CellLattice cells = lattice(4, 3, [&](double, double) { return place; });
+        const CellIndex index(cells, cells.screen, {1e-9, 1e-9});
+        EXPECT_EQ(index.near(place).size(), 6U) << place[0];
+        EXPECT_TRUE(index.near({place[0] + 1, place[1]}).empty());
+    }
+}
+
 TEST(CellIndex, HasNoUnmappedCells) {
     CellLattice cells = lattice(4, 4, [](double c, double r) { return P2{c / 3.0, r / 3.0}; });
     cells.unused[5] = true;  // between the four cells around node (1, 1)

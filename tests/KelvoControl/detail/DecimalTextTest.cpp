@@ -26,12 +26,18 @@ TEST(DecimalText, RefusesWhatIsNoFiniteNumber) {
         EXPECT_EQ(parseFinite(text), std::nullopt) << text;
     }
     EXPECT_EQ(parseFinite(std::string(400, '9')), std::nullopt);
+    EXPECT_EQ(parseFinite("0" + std::string(400, '9')), std::nullopt);
+    EXPECT_EQ(parseFinite("1" + std::string(500, '0') + "e-1"), std::nullopt);
+    EXPECT_EQ(parseFinite("1e99999999999999999999"), std::nullopt);
 }
 
 TEST(DecimalText, WhatIsNearerToZeroThanAnyNumberIsZero) {
     EXPECT_EQ(parseFinite("1e-400"), 0.0);
     EXPECT_EQ(parseFinite("-1e-400"), 0.0);
     EXPECT_EQ(parseFinite("0." + std::string(400, '0') + "1"), 0.0);
+    EXPECT_EQ(parseFinite("." + std::string(400, '0') + "1e+5"), 0.0);
+    EXPECT_EQ(parseFinite("0" + std::string(50, '0') + "1e-400"), 0.0);
+    EXPECT_EQ(parseFinite("1e-99999999999999999999"), 0.0);
 }
 
 TEST(DecimalText, CountsAreDigitsWithinTheirRange) {

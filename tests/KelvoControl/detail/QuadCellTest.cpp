@@ -57,6 +57,21 @@ TEST(QuadCell, ItsInverseIsExactWhereOneCornerIsAlmostFlat) {
     }
 }
 
+// There the terms of one of the two formulas for a cancel.
+TEST(QuadCell, ItsInverseIsExactBesideAnEdgeAtAnAlmostFlatCorner) {
+    for (const double depth : {1e-3, 1e-6, 1e-9, 1e-12, 5e-15}) {
+        const QuadCell cell{{0.0, 0.0}, {1.0, 0.0}, {-0.1, depth}, {-0.3, 1.2}};
+        for (const double b : {0.0, 1e-3, 1e-6, 1e-9, 1e-12, 2e-15}) {
+            for (int i = 1; i < 10; ++i) {
+                const P2 point = cell.at(0.1 * i, b);
+                P2 place;
+                ASSERT_TRUE(placeIn(cell, point, place)) << depth << ": " << i << ", " << b;
+                ASSERT_LE(norm(cell.at(place[0], place[1]) - point), 1e-13) << depth << ": " << i << ", " << b;
+            }
+        }
+    }
+}
+
 TEST(QuadCell, ARectangleNeedsNoSecondRoot) {
     const QuadCell cell{{0.0, 0.0}, {4.0, 0.0}, {0.0, 2.0}, {4.0, 2.0}};
     P2 place;

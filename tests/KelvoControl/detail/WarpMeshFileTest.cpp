@@ -91,11 +91,13 @@ TEST(WarpMeshFile, WrongCountsAreRefused) {
 
 TEST(WarpMeshFile, HugeCountsAreRefusedBeforeTheyTakeMemory) {
     expectRefused("2\n1000000 1000000\n" + SMALL.substr(6) + "pixels 20 10\n", L"for which the file has room");
+    expectRefused("2\n2001 2000\n" + std::string(45'000'000, '\n'),
+                  L"mesh:2: node counts: found \"2001 2000\", expected at most 4000000 nodes; thin the mesh out");
 }
 
 TEST(WarpMeshFile, WhatIsNoNodeIsRefusedByItsPlace) {
     for (const char* node : {"1 -1 1 0", "1 -1 1 0 1 1", "nan -1 1 0 1", "1 inf 1 0 1", "1 -1 0,5 0 1", "1 -1 x 0 1",
-                             "1e13 -1 1 0 1", "1 -1 1 0 1.5", "1 -1 1 0 nan", "1e999 -1 1 0 1"}) {
+                             "1e5 -1 1 0 1", "1 -1 -10001 0 1", "1 -1 1 0 1.5", "1 -1 1 0 nan", "1e999 -1 1 0 1"}) {
         std::string text = SMALL + "pixels 20 10\n";
         text.replace(text.find("1 -1 1 0 1"), 10, node);
         expectRefused(text, L"mesh:4: node (1, 0): found \"" + Veltrani::fromUtf8(node) + L"\", expected five numbers");
