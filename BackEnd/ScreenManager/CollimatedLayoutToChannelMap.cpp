@@ -24,13 +24,12 @@ const Frustum& frustumOf(const KelvoProjector& projector) {
 }
 
 /// One more than there are pixels: for the far edge.
-std::size_t placesFor(int pixels) {
+std::size_t placesAlong(int pixels) {
     return pixels < 0 ? 0 : static_cast<std::size_t>(pixels) + 1;
 }
 
-std::shared_ptr<Vector[]> emptyCache(const Frustum& frustum) {
-    const std::size_t places = placesFor(frustum.height) * placesFor(frustum.width);
-    return std::make_shared<Vector[]>(places, NOT_COMPUTED);
+std::size_t placesFor(const Viewport& picture) {
+    return placesAlong(picture.height) * placesAlong(picture.width);
 }
 
 double squaredDistance(const Vector& a, const Vector& b) {
@@ -58,6 +57,11 @@ CollimatedLayoutToChannelMap::CollimatedLayoutToChannelMap(
     }
 }
 
+CollimatedLayoutToChannelMap::Cache CollimatedLayoutToChannelMap::emptyCache(const Viewport& picture) {
+    const std::size_t count = placesFor(picture);
+    return {std::make_shared<Vector[]>(count, NOT_COMPUTED), count};
+}
+
 bool CollimatedLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,
                                                       std::size_t channelIndex) {
     const Frustum& frustum = frustumOf(*m_blendOwners[channelIndex]);
@@ -68,14 +72,14 @@ bool CollimatedLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& la
     };
     PixelSearch search(width, height);
     std::optional<PixelSearch::Pixel> found;
-    if (m_caches.empty()) {
+    if (m_caches.empty() || m_caches[channelIndex].count < placesFor(frustum)) {
         found = search.nearest([&](int x, int y) {
             Vector place;
             mapChannelToLayout(inPicture(x, y), place, channelIndex);
             return squaredDistance(layout, place);
         });
     } else {
-        Vector* const cache = m_caches[channelIndex].get();
+        Vector* const cache = m_caches[channelIndex].places.get();
         const auto placeOf = [&](int x, int y) {
             return cache + static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
         };
@@ -105,7 +109,7 @@ bool CollimatedLayoutToChannelMap::mapChannelToLayout(const Point<double, 2>& ch
 void CollimatedLayoutToChannelMap::mapChannelPointsToLayout(std::span<const Point<double, 2>> channel,
                                                             std::span<LayoutPoint> layout, std::size_t channelIndex) {
     const bool isThisKind = typeid(*this) == typeid(CollimatedLayoutToChannelMap);
-    if (!isThisKind || channel.size() != layout.size() ||
+    if (!isThisKind || channel.empty() || channel.size() != layout.size() ||
         !EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
              .mapToLayoutAtOnce(channel, layout)) {
         LayoutToChannelMap::mapChannelPointsToLayout(channel, layout, channelIndex);

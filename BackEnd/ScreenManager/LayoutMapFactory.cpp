@@ -2,6 +2,7 @@
 
 #include "Common/VeltraniException.h"
 #include "Configuration/BaseConfig.h"
+#include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "ScreenManager/CollimatedLayoutToChannelMap.h"
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -21,12 +23,35 @@ struct Kind {
     LayoutMap (*make)(XMLConfigManager* config, bool useCache);
 };
 
+/// No projector has more on a side; a search over more would not end.
+constexpr int MOST_PIXELS = 100'000;
+
+/// For the maps that count pixels: without any they would answer, but never anything of use.
+void requirePictures(const XMLConfigManager& config) {
+    for (const std::wstring& id : config.getProjectorConfigIds()) {
+        const ProjectorConfig* const projector = config.getProjectorConfig(id);
+        if (projector == nullptr) {
+            continue;  // the map tells
+        }
+        const int width = projector->getWidth();
+        const int height = projector->getHeight();
+        if (std::min(width, height) < 1 || std::max(width, height) > MOST_PIXELS) {
+            throw VeltraniException(__FILE__, __LINE__,
+                                    L"No layout map: channel \"" + projector->getName() + L"\" has a picture of " +
+                                        std::to_wstring(width) + L" x " + std::to_wstring(height) +
+                                        L" pixels, expected 1 to " + std::to_wstring(MOST_PIXELS) +
+                                        L" on each side: state its resolution");
+        }
+    }
+}
+
 /// Without a table: a lens that this display does not use must not stop it.
 LayoutMap makePlanar(XMLConfigManager* config, bool /*useCache*/) {
     return {nullptr, std::make_unique<PlanarLayoutToChannelMap>(config, nullptr)};
 }
 
 LayoutMap makeCustomPlanar(XMLConfigManager* config, bool /*useCache*/) {
+    requirePictures(*config);
     return {nullptr, std::make_unique<CustomPlanarLayoutToChannelMap>(config)};
 }
 
@@ -42,6 +67,7 @@ LayoutMap makeSpherical(XMLConfigManager* config, bool /*useCache*/) {
 }
 
 LayoutMap makeCollimated(XMLConfigManager* config, bool useCache) {
+    requirePictures(*config);
     return makeWithTable<CollimatedLayoutToChannelMap>(config, useCache);
 }
 
@@ -69,6 +95,17 @@ const std::array KINDS{
 }
 
 }  // namespace
+
+LayoutMap::LayoutMap(std::shared_ptr<KelvoControl::Configuration> theChannelMapConfig,
+                     std::unique_ptr<LayoutToChannelMap> theMap)
+    : channelMapConfig(std::move(theChannelMapConfig)), map(std::move(theMap)) {}
+
+LayoutMap& LayoutMap::operator=(LayoutMap&& other) noexcept {
+    // The old map first: it refers to the old table.
+    map = std::move(other.map);
+    channelMapConfig = std::move(other.channelMapConfig);
+    return *this;
+}
 
 LayoutMap LayoutMapFactory::create(XMLConfigManager* config, bool useCache) {
     if (config == nullptr) {

@@ -65,7 +65,7 @@ bool SphericalLayoutToChannelMap::mapChannelToLayout(const Point<double, 2>& cha
 void SphericalLayoutToChannelMap::mapChannelPointsToLayout(std::span<const Point<double, 2>> channel,
                                                            std::span<LayoutPoint> layout, std::size_t channelIndex) {
     const bool isThisKind = typeid(*this) == typeid(SphericalLayoutToChannelMap);
-    if (!isThisKind || channel.size() != layout.size() ||
+    if (!isThisKind || channel.empty() || channel.size() != layout.size() ||
         !EyeRays(*m_blendOwners[channelIndex], m_locators[channelIndex].get(), m_eyePoint)
              .mapToLayoutAtOnce(channel, layout)) {
         LayoutToChannelMap::mapChannelPointsToLayout(channel, layout, channelIndex);

@@ -2,12 +2,16 @@
 
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
+#include "KelvoControl/detail/LensKinds.h"
 #include "KelvoControl/detail/LensName.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
 namespace {
+
+using KelvoControlDetail::LensName;
 
 /// The tangents of right angles and more would mirror the picture.
 void requireEdgeAhead(const wchar_t* edge, double angle, const std::wstring& modelName) {
@@ -17,6 +21,14 @@ void requireEdgeAhead(const wchar_t* edge, double angle, const std::wstring& mod
                                     std::to_wstring(std::lround(angle * 180 / std::numbers::pi)) +
                                     L" degrees, expected less than 90 to either side");
     }
+}
+
+/// False for a name that is unknown: whoever makes the model tells.
+bool picturesTheFrustum(const std::wstring& modelName) {
+    const LensName name = LensName::of(modelName, L"");
+    const auto& kinds = KelvoControlDetail::lensKinds();
+    return std::any_of(kinds.begin(), kinds.end(),
+                       [&](const auto& kind) { return kind.name == name.kind && !kind.needsFile; });
 }
 
 }  // namespace
@@ -40,8 +52,7 @@ Viewport Viewport::of(const ProjectorConfig& projector, const std::wstring& mode
     Viewport viewport = fromFrustumAngles(left, right, bottom, top);
     viewport.orientation = orientation;
     viewport.position = projector.getPosition();
-    const bool picturesTheFrustum = !modelName.empty() && KelvoControlDetail::LensName::of(modelName, L"").file.empty();
-    if (picturesTheFrustum) {
+    if (picturesTheFrustum(modelName)) {
         requireEdgeAhead(L"left", left, modelName);
         requireEdgeAhead(L"right", right, modelName);
         requireEdgeAhead(L"bottom", bottom, modelName);

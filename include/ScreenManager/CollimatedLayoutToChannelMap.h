@@ -6,6 +6,7 @@
 
 class KelvoProjector;
 class TargetLocator;
+struct Viewport;
 
 namespace KelvoControl {
 
@@ -27,6 +28,8 @@ class Configuration;
 ///
 /// Without a cache a pixel whose ray misses the surface counts as if it lay at the origin, which is intended, too; with
 /// one it is out of the search, and calculated again the next time.
+///
+/// The cache is as large as the frustum was at construction; a frustum that grows afterwards is searched without it.
 ///
 /// Nothing empties the cache: a map that is built before a screen changes goes on answering for the old one. Copies
 /// share it. Not safe to use from two threads at once.
@@ -56,9 +59,16 @@ public:
                                   std::size_t channelIndex) override;
 
 private:
+    struct Cache {
+        std::shared_ptr<Point<double, 3>[]> places;
+        std::size_t count = 0;
+    };
+
+    [[nodiscard]] static Cache emptyCache(const Viewport& picture);
+
     std::vector<const KelvoProjector*> m_blendOwners;
     std::vector<std::shared_ptr<const TargetLocator>> m_locators;
     /// One array per channel, or none at all; see the class for its places.
-    std::vector<std::shared_ptr<Point<double, 3>[]>> m_caches;
+    std::vector<Cache> m_caches;
     Point<double, 3> m_eyePoint;
 };

@@ -5,10 +5,17 @@
 
 #include <memory>
 
-/// A layout map together with what it refers to. Copies of the map need the table, too.
+/// A layout map together with what it refers to, which always goes after it. Copies of the map need the table, too.
 struct LayoutMap {
+    LayoutMap() = default;
+    LayoutMap(std::shared_ptr<KelvoControl::Configuration> theChannelMapConfig,
+              std::unique_ptr<LayoutToChannelMap> theMap);
+    LayoutMap(LayoutMap&&) noexcept = default;
+    LayoutMap& operator=(LayoutMap&& other) noexcept;
+    ~LayoutMap() = default;
+
     std::shared_ptr<KelvoControl::Configuration> channelMapConfig;  ///< empty for the kinds that refer to none
-    std::unique_ptr<LayoutToChannelMap> map;                        ///< never null; goes before the table
+    std::unique_ptr<LayoutToChannelMap> map;                        ///< null by default and after it was moved from
 };
 
 /// Makes the layout map of a display, of the kind that its target-data type asks for.
@@ -30,8 +37,9 @@ public:
 
     /// Build the screen first: some kinds take it when they are made.
     ///
-    /// Throws `VeltraniException`, naming what is accepted, for null, without target data and for an unknown type, and
-    /// what the map and `KelvoControl::Configuration` throw.
+    /// Throws `VeltraniException`, naming what is accepted, for null, without target data, for an unknown type and,
+    /// where the map counts pixels (custom planar, collimated), for a channel without a size; and what the map and
+    /// `KelvoControl::Configuration` throw.
     /// @param config not owned, must outlive the map
     /// @param useCache whether the collimated map remembers layout points: faster, for 24 bytes per pixel; the other
     ///     kinds have nothing to remember

@@ -219,6 +219,18 @@ TEST_F(CollimatedLayoutToChannelMapTest, TheSizeIsThatOfTheFrustum) {
     EXPECT_EQ(picture, (Picture{2.0 / 3.0, 0.5}));
 }
 
+TEST_F(CollimatedLayoutToChannelMapTest, AFrustumThatGrowsIsSearchedWithoutTheCache) {
+    targetData.targetDataType = BaseConfig::TARGET_DATA_SPHERICAL;
+    const auto blend = addToTable(pictureOf(16, 16));
+    installRayScreen();
+    CollimatedLayoutToChannelMap map = makeMap(true);
+    blend->frustum = pictureOf(4000, 4000);
+    Picture picture;
+    ASSERT_TRUE(map.mapLayoutToChannel(screenConfig.eyePoint + Vector{0.5, 1.0, 0.25}, picture, 0));
+    EXPECT_NEAR(picture[0], 0.75, 0.00025);
+    EXPECT_NEAR(picture[1], 0.625, 0.00025);
+}
+
 TEST_F(CollimatedLayoutToChannelMapTest, ACacheGoesOnAnsweringForTheOldScreen) {
     installFlatPicture(16, 12);
     CollimatedLayoutToChannelMap without = makeMap(false);
@@ -297,6 +309,11 @@ TEST_F(CollimatedLayoutToChannelMapTest, WithoutALocatorOrAConfigurationNothingC
 }
 
 // Programs that were built with an older version of the library call the operations by their places.
+TEST(CollimatedLayoutToChannelMap, NoPointsNeedNoChannel) {
+    CollimatedLayoutToChannelMap map(nullptr, nullptr, true);
+    EXPECT_NO_THROW(map.mapChannelPointsToLayout({}, {}, 0));
+}
+
 TEST(CollimatedLayoutToChannelMap, TheOperationsKeepTheirPlaces) {
     using Map = CollimatedLayoutToChannelMap;
     EXPECT_EQ(slotOf(&Map::mapLayoutToChannel), 2U) << "behind the destructor";

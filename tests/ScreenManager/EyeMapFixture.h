@@ -3,30 +3,11 @@
 #include "KelvoControl/Configuration.h"
 #include "ScreenManager/ScreenManager.h"
 #include "TargetLocatorFixture.h"
+#include "support/BlendDouble.h"
 #include "support/ScreenConfigDouble.h"
 
-#include <functional>
 #include <memory>
 #include <string>
-
-/// A blend that answers a frustum that may change, and counts.
-class BlendDouble : public Blend, public Recorder {
-public:
-    explicit BlendDouble(const Frustum& theFrustum, Trace* trace = nullptr)
-        : Blend(Frustum()), Recorder("blend", trace), frustum(theFrustum) {}
-
-    mutable Frustum frustum;
-    /// Called before each answer.
-    std::function<void(Frustum&)> change;
-
-    const Frustum& getSphericalBlendExtents() const override {
-        record("getSphericalBlendExtents");
-        if (change) {
-            change(frustum);
-        }
-        return frustum;
-    }
-};
 
 /// A display that is seen from an eye point: one projector P1, spherical, with a table of the channel maps that is made
 /// by hand.

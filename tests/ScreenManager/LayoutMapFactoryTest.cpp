@@ -124,6 +124,53 @@ TEST_F(LayoutMapFactoryTest, AMapThatIsMovedGoesOnMapping) {
     EXPECT_EQ(layout[1], 1.0);
 }
 
+/// Looks at the table that it came with when it goes.
+class LastLook : public LayoutToChannelMap {
+public:
+    LastLook(std::weak_ptr<KelvoControl::Configuration> table, bool& sawIt)
+        : LayoutToChannelMap(nullptr), m_table(std::move(table)), m_sawIt(sawIt) {}
+    LastLook(const LastLook&) = delete;
+    LastLook& operator=(const LastLook&) = delete;
+    ~LastLook() override { m_sawIt = !m_table.expired(); }
+    bool mapLayoutToChannel(const Vector&, Point<double, 2>&, std::size_t) override { return false; }
+    bool mapChannelToLayout(const Point<double, 2>&, Vector&, std::size_t) override { return false; }
+
+private:
+    std::weak_ptr<KelvoControl::Configuration> m_table;
+    bool& m_sawIt;
+};
+
+TEST_F(LayoutMapFactoryTest, ATableGoesAfterItsMapHoweverTheMapGoes) {
+    bool sawIt = false;
+    const auto made = [&] {
+        auto table = std::make_shared<KelvoControl::Configuration>();
+        auto map = std::make_unique<LastLook>(table, sawIt);
+        return LayoutMap(std::move(table), std::move(map));
+    };
+    { const LayoutMap gone = made(); }
+    EXPECT_TRUE(sawIt);
+    LayoutMap replaced = made();
+    sawIt = false;
+    replaced = create(BaseConfig::TARGET_DATA_PLANAR_BASIC);
+    EXPECT_TRUE(sawIt);
+}
+
+TEST_F(LayoutMapFactoryTest, WherePixelsCountAChannelWithoutThemIsNamed) {
+    config.projectors[1]->height = 0;
+    for (const std::wstring& type :
+         {BaseConfig::TARGET_DATA_CUSTOM_PLANAR, BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED}) {
+        targetData.targetDataType = type;
+        EXPECT_EQ(fault(&config), L"No layout map: channel \"" + config.projectors[1]->name +
+                                      L"\" has a picture of 1920 x 0 pixels, expected 1 to 100000 on each side: state "
+                                      L"its resolution");
+    }
+    config.projectors[1]->height = 100'001;
+    EXPECT_NE(fault(&config), L"");
+    for (const std::wstring& type : {BaseConfig::TARGET_DATA_PLANAR_BASIC, BaseConfig::TARGET_DATA_SPHERICAL}) {
+        EXPECT_NE(create(type).map, nullptr) << "the others do without";
+    }
+}
+
 TEST_F(LayoutMapFactoryTest, TheCacheIsTheCollimatedMapsChoice) {
     const auto screen = std::make_shared<RayScreen>();
     ScreenManager::getInstance()->setScreenGeometry(screen);

@@ -6,6 +6,7 @@
 #include "LayoutMapRows.h"
 #include "ScreenManager/CustomProjectionTargetLocator.h"
 #include "ScreenManager/ProjectorCentricLayoutToChannelMap.h"
+#include "ScreenManager/SphereTargetLocator.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -151,6 +152,23 @@ TEST_F(ProjectorCentricTruthTest, MapAndTargetLocatorSeeTheSameChannel) {
             ASSERT_TRUE(map.mapChannelToLayout(corner, layout, 0));
             EXPECT_LT(norm(layout - corners[i++]), ROUNDING);
         }
+    }
+}
+
+TEST_F(ProjectorCentricTruthTest, WithoutALensTheGridOfTheSphereLocatorIsThatOfTheMap) {
+    first.projectionModelName.clear();
+    const auto locator = TargetLocatorManager::getInstance()->getTargetLocator(&config, &first);
+    ASSERT_NE(dynamic_cast<const SphereTargetLocator*>(locator.get()), nullptr);
+    constexpr int COLUMNS = 17;
+    constexpr int ROWS = 11;
+    std::map<Point<int, 2>, Vector> grid;
+    locator->projectOnTargetLocationSurface(0, 1, 0, 1, COLUMNS, ROWS, grid);
+    ASSERT_FALSE(grid.empty());
+    ProjectorCentricLayoutToChannelMap map = build();
+    for (const auto& [cell, target] : grid) {
+        const Point<double, 2> picture{cell[0] / (COLUMNS - 1.0), 1 - cell[1] / (ROWS - 1.0)};
+        ASSERT_TRUE(map.mapChannelToLayout(picture, layout, 0));
+        EXPECT_LT(norm(layout - target), ROUNDING) << cell[0] << ", " << cell[1];
     }
 }
 

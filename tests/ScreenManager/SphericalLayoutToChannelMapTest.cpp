@@ -374,6 +374,11 @@ TEST_F(SphericalLayoutToChannelMapTest, LocatorsOutliveTheManagerAndFollowTheScr
     EXPECT_NEAR(norm(layout - Vector{0.5, 0.25, -0.125}), 5.0, ROUNDING);
 }
 
+TEST_F(SphericalLayoutToChannelMapTest, NoPointsNeedNoChannel) {
+    SphericalLayoutToChannelMap map(nullptr, nullptr);
+    EXPECT_NO_THROW(map.mapChannelPointsToLayout({}, {}, 0));
+}
+
 TEST_F(SphericalLayoutToChannelMapTest, CopiesShareLocatorsAndEntries) {
     addToTable(straightFrustum());
     auto original = std::make_unique<SphericalLayoutToChannelMap>(&config, table);

@@ -100,7 +100,8 @@ private:
         constexpr int STEP = 2;
         // What sampling leaves is narrow, or low; the rest is too much to be fetched ahead.
         constexpr int WIDEST = 1024;
-        for (int y = m_rows.begin; y < m_rows.end && m_columns.size() <= WIDEST; ++y) {
+        const bool isSmall = m_columns.size() <= WIDEST && m_rows.size() <= WIDEST;
+        for (int y = m_rows.begin; y < m_rows.end && isSmall; ++y) {
             for (int across = 0; across < m_columns.size(); across += STEP) {
                 announce(m_columns.begin + across, y);
             }

@@ -13,7 +13,7 @@ using Vector = Point<double, 3>;
 using Picture = Point<double, 2>;
 using Veltrani::EyeRays;
 
-/// Answers each ray by its second point, from the side `side`, and keeps the rays.
+/// Answers each ray by its second point, from the back, and keeps the rays.
 class OwnRays : public SphereTargetLocator {
 public:
     OwnRays() : SphereTargetLocator(SphereTargetLocatorParams()) {}
