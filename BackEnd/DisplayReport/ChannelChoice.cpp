@@ -30,9 +30,8 @@ std::vector<ChannelChoice> channelsOf(const XMLConfigManager& config) {
         list += (list.empty() ? L"" : L", ") + channel.projector->getName() + L" (" + channel.projector->getIdentity() +
                 L")";
     }
-    throw VeltraniException(
-        __FILE__, __LINE__,
-        what + (list.empty() ? L": the configuration has no projectors" : L"; the channels are: " + list));
+    throw VeltraniException(what +
+                            (list.empty() ? L": the configuration has no projectors" : L"; the channels are: " + list));
 }
 
 }  // namespace
@@ -74,7 +73,7 @@ Point<int, 2> ChannelChoice::pictureSize() const {
 }
 
 void ChannelChoice::refuse(const std::string& what) const {
-    throw VeltraniException(__FILE__, __LINE__, fromUtf8OrBytes(describe() + ": " + what));
+    throw VeltraniException(fromUtf8OrBytes(describe() + ": " + what));
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -34,10 +34,9 @@ Places pixelsAlong(int count) {
 
 void requireRoom(std::size_t columns, std::size_t rows) {
     if (columns > PictureWarp::MOST_SAMPLES / rows) {
-        throw VeltraniException(__FILE__, __LINE__,
-                                L"A grid of " + std::to_wstring(columns) + L" x " + std::to_wstring(rows) +
-                                    L" is larger than " + std::to_wstring(PictureWarp::MOST_SAMPLES) +
-                                    L" places: ask for fewer nodes");
+        throw VeltraniException(L"A grid of " + std::to_wstring(columns) + L" x " + std::to_wstring(rows) +
+                                L" is larger than " + std::to_wstring(PictureWarp::MOST_SAMPLES) +
+                                L" places: ask for fewer nodes");
     }
 }
 
@@ -76,7 +75,7 @@ PictureWarp warpAt(LayoutMapper& map, const InputProjection& input, const Point<
 PictureWarp PictureWarp::atNodes(LayoutMapper& map, const InputProjection& input, const Point<int, 2>& pixels,
                                  const Point<int, 2>& nodes, const Progress& progress) {
     if (nodes[0] < 2 || nodes[1] < 2) {
-        throw VeltraniException(__FILE__, __LINE__, L"A grid of nodes has two columns and two rows at least");
+        throw VeltraniException(L"A grid of nodes has two columns and two rows at least");
     }
     requireRoom(static_cast<std::size_t>(nodes[0]), static_cast<std::size_t>(nodes[1]));
     return warpAt(map, input, pixels, nodesAlong(nodes[0]), nodesAlong(nodes[1]), progress);
@@ -85,7 +84,7 @@ PictureWarp PictureWarp::atNodes(LayoutMapper& map, const InputProjection& input
 PictureWarp PictureWarp::atPixels(LayoutMapper& map, const InputProjection& input, const Point<int, 2>& pixels,
                                   const Progress& progress) {
     if (pixels[0] < 1 || pixels[1] < 1) {
-        throw VeltraniException(__FILE__, __LINE__, L"A picture has one pixel at least");
+        throw VeltraniException(L"A picture has one pixel at least");
     }
     requireRoom(static_cast<std::size_t>(pixels[0]), static_cast<std::size_t>(pixels[1]));
     return warpAt(map, input, pixels, pixelsAlong(pixels[0]), pixelsAlong(pixels[1]), progress);
@@ -95,9 +94,8 @@ PictureWarp::PictureWarp(const Point<int, 2>& pixels, std::size_t columns, std::
                          std::vector<WarpSample> samples)
     : m_pixels(pixels), m_columns(columns), m_rows(rows), m_samples(std::move(samples)) {
     if (m_samples.size() != columns * rows) {
-        throw VeltraniException(__FILE__, __LINE__,
-                                std::to_wstring(m_samples.size()) + L" samples do not fill a grid of " +
-                                    std::to_wstring(columns) + L" x " + std::to_wstring(rows));
+        throw VeltraniException(std::to_wstring(m_samples.size()) + L" samples do not fill a grid of " +
+                                std::to_wstring(columns) + L" x " + std::to_wstring(rows));
     }
 }
 

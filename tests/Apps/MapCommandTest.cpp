@@ -75,7 +75,8 @@ TEST_F(MapCommand, WhatWasMappedComesBack) {
     const ProgramRun there = runScreenManager({"map", DOME, "--channel", "Top", "--point", "0.3,0.7", "-q"});
     ASSERT_EQ(there.exitCode, 0);
     const std::string line = there.output.substr(there.output.find('\n') + 1);
-    const std::string layout = line.substr(std::string("0.3,0.7,").size(), line.size() - std::string("0.3,0.7,,1\n").size());
+    const std::string layout =
+        line.substr(std::string("0.3,0.7,").size(), line.size() - std::string("0.3,0.7,,1\n").size());
     const ProgramRun back =
         runScreenManager({"map", DOME, "--channel", "Top", "--to", "channel", "--point", layout, "-q"});
     double u = 0;
@@ -126,9 +127,10 @@ TEST_F(MapCommand, WhatAChannelLacksIsTold) {
 TEST_F(MapCommand, ADisplayWithoutTargetDataIsTold) {
     const std::string empty = EXAMPLES + "empty-wall/display.xml";
     EXPECT_EQ(runScreenManager({"map", empty, "--channel", "P1"}).exitCode, 2);
-    const std::string file = m_folder.write(
-        "none.xml", "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Flat'><Size width='1' "
-                    "height='1'/></Screen><Projectors><Projector id='P1'/></Projectors></Display>");
+    const std::string file =
+        m_folder.write("none.xml",
+                       "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Flat'><Size width='1' "
+                       "height='1'/></Screen><Projectors><Projector id='P1'/></Projectors></Display>");
     const ProgramRun run = runScreenManager({"map", file, "--channel", "P1", "--point", "0,0"});
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_THAT(run.errors, HasSubstr("the configuration has no target data, expected target data of one of"));
@@ -217,8 +219,7 @@ TEST_F(MapCommand, APictureOfWhichNothingIsMappedIsNotWritten) {
         "height='4'/><Orientation z='180' x='0' y='0'/><Frustum left='-9' right='9' bottom='-9' top='9'/>"
         "</Projector></Projectors></Display>");
     m_folder.write("map.txt", "old");
-    const ProgramRun run =
-        runScreenManager({"map", file, "--channel", "P1", "--grid", "-o", m_folder.file("map.txt")});
+    const ProgramRun run = runScreenManager({"map", file, "--channel", "P1", "--grid", "-o", m_folder.file("map.txt")});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.errors, HasSubstr("nothing of its picture is mapped, and nothing was written"));
     EXPECT_EQ(m_folder.read("map.txt"), "old");

@@ -72,8 +72,8 @@ TEST_F(LayoutMapperTest, MapsOneChannelBothWays) {
 }
 
 TEST_F(LayoutMapperTest, WhatIsNotFiniteIsNotMapped) {
-    LayoutMapper map = mapperOf(displays::projector("A", "<Layout xMin='1' xMax='3' yMin='0' yMax='4'/>"),
-                                data("PlanarBasic"));
+    LayoutMapper map =
+        mapperOf(displays::projector("A", "<Layout xMin='1' xMax='3' yMin='0' yMax='4'/>"), data("PlanarBasic"));
     constexpr double NOTHING = std::numeric_limits<double>::quiet_NaN();
     P2 picture;
     EXPECT_FALSE(map.toPicture({NOTHING, 1, 0}, picture));

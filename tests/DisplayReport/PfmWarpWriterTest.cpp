@@ -15,9 +15,9 @@ TEST(PfmWarpWriter, WritesLittleEndianNumbersFromTheBottomUp) {
     std::ostringstream out;
     PfmWarpWriter().write(warp, out);
     // 0.5 is 3f000000, 1 is 3f800000, -1 is bf800000.
-    const std::string expected =
-        std::string("PF\n1 2\n-1.0\n") + std::string("\0\0\0\x3f\0\0\x80\x3f\0\0\x80\x3f", 12) +
-        std::string("\0\0\x80\xbf\0\0\x80\xbf\0\0\0\0", 12);
+    const std::string expected = std::string("PF\n1 2\n-1.0\n") +
+                                 std::string("\0\0\0\x3f\0\0\x80\x3f\0\0\x80\x3f", 12) +
+                                 std::string("\0\0\x80\xbf\0\0\x80\xbf\0\0\0\0", 12);
     EXPECT_EQ(out.str(), expected);
 }
 

@@ -82,8 +82,9 @@ TEST(PictureWarp, PixelsHaveTheirMiddles) {
 TEST(PictureWarp, TheFisheyeOfADomeIsThatOfItsFrustum) {
     // Seen from the middle of the sphere the direction of a picture point is all that matters.
     Channel channel(displays::SPHERE,
-                    displays::projector("A", "<Orientation z='20' x='0' y='0'/>"
-                                             "<Frustum left='-40' right='40' bottom='-30' top='30'/>"),
+                    displays::projector("A",
+                                        "<Orientation z='20' x='0' y='0'/>"
+                                        "<Frustum left='-40' right='40' bottom='-30' top='30'/>"),
                     "Spherical");
     const PictureWarp warp = PictureWarp::atNodes(channel.map, channel.input, {1920, 1200}, {9, 7});
     EXPECT_EQ(warp.missed(), 0U);
@@ -104,8 +105,9 @@ TEST(PictureWarp, TheFisheyeOfADomeIsThatOfItsFrustum) {
 
 TEST(PictureWarp, WhatLiesBeyondTheInputIsMissed) {
     Channel channel(displays::SPHERE,
-                    displays::projector("A", "<Orientation z='90' x='0' y='0'/>"
-                                             "<Frustum left='-30' right='30' bottom='-20' top='20'/>"),
+                    displays::projector("A",
+                                        "<Orientation z='90' x='0' y='0'/>"
+                                        "<Frustum left='-30' right='30' bottom='-20' top='20'/>"),
                     "Spherical");
     const PictureWarp warp = PictureWarp::atNodes(channel.map, channel.input, {1920, 1200}, {7, 3});
     EXPECT_EQ(warp.missed(), 9U) << "the right half looks backwards";
@@ -116,8 +118,9 @@ TEST(PictureWarp, WhatLiesBeyondTheInputIsMissed) {
 
 TEST(PictureWarp, NoCellReachesAcrossTheSeamOfAPanorama) {
     Channel channel(displays::SPHERE,
-                    displays::projector("A", "<Orientation z='180' x='0' y='0'/>"
-                                             "<Frustum left='-30' right='30' bottom='-20' top='20'/>"),
+                    displays::projector("A",
+                                        "<Orientation z='180' x='0' y='0'/>"
+                                        "<Frustum left='-30' right='30' bottom='-20' top='20'/>"),
                     "Spherical", Panorama::EQUIRECTANGULAR);
     PictureWarp warp = PictureWarp::atNodes(channel.map, channel.input, {1920, 1200}, {8, 3});
     EXPECT_EQ(warp.missed(), 0U);
@@ -133,7 +136,8 @@ TEST(PictureWarp, NoCellReachesAcrossTheSeamOfAPanorama) {
 }
 
 TEST(PictureWarp, ASeamAcrossTheRowsIsCutToo) {
-    const std::vector<WarpSample> column{{{0.1, 0.9}, true}, {{0.6, 0.95}, true}, {{0.1, 0.9}, false}, {{0.9, 0.9}, true}};
+    const std::vector<WarpSample> column{
+        {{0.1, 0.9}, true}, {{0.6, 0.95}, true}, {{0.1, 0.9}, false}, {{0.9, 0.9}, true}};
     PictureWarp upwards({1, 4}, 1, 4, column);
     EXPECT_EQ(upwards.cutAtSeam(), 0U) << "half a panorama is no jump, and beside an unused sample there is no cell";
     PictureWarp jump({1, 2}, 1, 2, {{{0.1, 0.9}, true}, {{0.9, 0.9}, true}});
@@ -159,13 +163,21 @@ TEST(PictureWarp, GridsWithoutExtentOrEndAreRefused) {
         }
         return std::wstring();
     };
-    EXPECT_EQ(fault([&] { return PictureWarp::atNodes(channel.map, channel.input, {8, 8}, {1, 5}); }),
+    EXPECT_EQ(fault([&] {
+                  return PictureWarp::atNodes(channel.map, channel.input, {8, 8}, {1, 5});
+              }),
               L"A grid of nodes has two columns and two rows at least");
-    EXPECT_EQ(fault([&] { return PictureWarp::atPixels(channel.map, channel.input, {0, 5}); }),
+    EXPECT_EQ(fault([&] {
+                  return PictureWarp::atPixels(channel.map, channel.input, {0, 5});
+              }),
               L"A picture has one pixel at least");
-    EXPECT_EQ(fault([&] { return PictureWarp::atPixels(channel.map, channel.input, {1000000, 1000000}); }),
+    EXPECT_EQ(fault([&] {
+                  return PictureWarp::atPixels(channel.map, channel.input, {1000000, 1000000});
+              }),
               L"A grid of 1000000 x 1000000 is larger than 40000000 places: ask for fewer nodes");
-    EXPECT_EQ(fault([&] { return PictureWarp({8, 8}, 2, 2, std::vector<WarpSample>(3)); }),
+    EXPECT_EQ(fault([&] {
+                  return PictureWarp({8, 8}, 2, 2, std::vector<WarpSample>(3));
+              }),
               L"3 samples do not fill a grid of 2 x 2");
 }
 

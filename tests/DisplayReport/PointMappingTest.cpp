@@ -23,8 +23,8 @@ protected:
         return mapping.run([&reader](P3& point) { return reader.next(point); }, m_out);
     }
 
-    std::unique_ptr<XMLConfigFile> m_config = displays::parsed(
-        displays::FLAT, displays::projector("A", "<Layout xMin='1' xMax='2' yMin='0' yMax='4'/>"));
+    std::unique_ptr<XMLConfigFile> m_config =
+        displays::parsed(displays::FLAT, displays::projector("A", "<Layout xMin='1' xMax='2' yMin='0' yMax='4'/>"));
     LayoutMapper m_map{*m_config, ChannelChoice::of(*m_config, "A"), false};
     std::ostringstream m_out;
     int m_calls = 0;

@@ -57,7 +57,10 @@ TEST(PointReader, AHeaderMayStandFirst) {
 
 TEST(PointReader, LineEndsBlanksAndAByteOrderMarkDoNotMatter) {
     EXPECT_THAT(read("\xEF\xBB\xBFu,v\r\n 1 ,\t2\r\n3,4\r\n").points, ElementsAre(P3{1, 2, 0}, P3{3, 4, 0}));
-    EXPECT_EQ(read("1,2\n\xEF\xBB\xBF" "3,4\n").points.size(), 1U);
+    EXPECT_EQ(read("1,2\n\xEF\xBB\xBF"
+                   "3,4\n")
+                  .points.size(),
+              1U);
 }
 
 TEST(PointReader, AnEmptyInputHasNoPoints) {

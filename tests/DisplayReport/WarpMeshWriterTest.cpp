@@ -23,9 +23,9 @@ std::string written(const PictureWarp& warp) {
 }
 
 TEST(WarpMeshWriter, WritesNodesRowByRowFromTheBottomLeft) {
-    const PictureWarp warp({30, 20}, 3, 2,
-                           {{{0.1, 0.2}, true}, {{1.0 / 3, 0}, true}, {{0, 0}, false},
-                            {{0, 1}, true}, {{0.5, 1}, true}, {{1, 1}, true}});
+    const PictureWarp warp(
+        {30, 20}, 3, 2,
+        {{{0.1, 0.2}, true}, {{1.0 / 3, 0}, true}, {{0, 0}, false}, {{0, 1}, true}, {{0.5, 1}, true}, {{1, 1}, true}});
     const std::string expected =
         "2\n3 2\n"
         "-1.5 -1 0.1 0.2 1\n0 -1 0.3333333333333333 0 1\n1.5 -1 0 0 -1\n"
