@@ -1,6 +1,7 @@
 #include "DisplayReport/CoverageSurvey.h"
 
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
@@ -15,6 +16,7 @@
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocator.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
