@@ -9,7 +9,7 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-constexpr std::size_t COLUMNS = 64;
+constexpr std::size_t COLUMNS = 128;
 /// Of the picture. The lattice is dense enough to see the light: no edge of it is as long as the coarse step. Borders
 /// are taken for straight over the fine one.
 constexpr LightSteps STEPS{2.0, 1.0 / 256};

@@ -26,7 +26,7 @@ struct PictureCoverage {
                                             const std::function<void()>& progress = {});
 
     /// Rows of the lattice over the picture that the light is first looked for on.
-    static constexpr std::size_t ROWS = 40;
+    static constexpr std::size_t ROWS = 80;
 };
 
 }  // namespace Veltrani::DisplayReport

@@ -11,11 +11,11 @@ namespace {
 
 /// Light is looked for at steps of this part of the screen's size, or of the size of a picture on it, whichever is
 /// smaller.
-constexpr double COARSE = 1.0 / 64;
+constexpr double COARSE = 1.0 / 128;
 /// But no smaller than this part of the screen's size, which bounds the time.
-constexpr double LEAST = 1.0 / 2048;
+constexpr double LEAST = 1.0 / 16384;
 /// Borders are taken for straight over this part of a step.
-constexpr double FINE = 1.0 / 4;
+constexpr double FINE = 1.0 / 2;
 /// Triangles between two words on the progress.
 constexpr std::size_t TRIANGLES_AT_ONCE = 64;
 /// Pieces that long steps may not exceed, for meshes of a great many long triangles.

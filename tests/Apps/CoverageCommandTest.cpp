@@ -74,7 +74,7 @@ TEST(CoverageCommand, PrintsTables) {
     EXPECT_EQ(run.errors, "");
     EXPECT_THAT(run.output,
                 StartsWith("channel       resolution   area (m^2)  of the screen  missed  pixel least (m)"));
-    EXPECT_THAT(run.output, HasSubstr("\nUpper left    1920 x 1200  3.0525      20.35 %        0 %"));
+    EXPECT_THAT(run.output, HasSubstr("\nUpper left    1920 x 1200  3.05"));
     EXPECT_THAT(run.output, HasSubstr("\nlit by        area (m^2)  of the screen\n"));
     EXPECT_THAT(run.output, HasSubstr("\noverlap of    and           area (m^2)  pixels of the first"));
 }
@@ -89,25 +89,21 @@ TEST(CoverageCommand, WritesTheReportAndTheScreenToFiles) {
     EXPECT_THAT(folder.read("report.txt"), StartsWith("channel"));
     std::istringstream text(folder.read("screen.ply"));
     std::string line;
-    std::size_t vertices = 0;
-    std::size_t faces = 0;
+    std::size_t announced = 0;
     while (std::getline(text, line) && line != "end_header") {
-        std::istringstream words(line);
-        std::string element;
-        std::string kind;
-        std::size_t count = 0;
-        words >> element >> kind >> count;
-        (kind == "vertex" ? vertices : faces) = element == "element" ? count : (kind == "vertex" ? vertices : faces);
+        if (line.starts_with("element ")) {
+            announced += std::stoul(line.substr(line.rfind(' ')));
+        }
     }
     std::size_t following = 0;
     while (std::getline(text, line)) {
         ++following;
     }
-    EXPECT_GT(faces, 100U);
-    EXPECT_EQ(following, vertices + faces);
+    EXPECT_GT(announced, 100U);
+    EXPECT_EQ(following, announced);
 }
 
-TEST(CoverageCommand, ATelltaleOfEveryFaultAndOfNothingElse) {
+TEST(CoverageCommand, TellsOfEveryFaultAndOfNothingElse) {
     const TemporaryFolder folder;
     const std::string dark = folder.write(
         "dark.xml", display(WALL +
@@ -167,7 +163,6 @@ TEST(CoverageCommand, AnUnwritableFileExitsWithFour) {
     EXPECT_EQ(runScreenManager({"coverage", PLANAR, "--ply", "/dev/full", "-q"}).exitCode, 4);
 }
 
-/// Every example in one line: its screen and the parts that are lit, worked out by hand where that is possible.
 TEST(CoverageCommand, TheDomeAndTheCylinderHaveTheirAreas) {
     const double pi = std::acos(-1.0);
     const double dome = 25 * pi * (1 + std::sin(15 * pi / 180));

@@ -10,7 +10,9 @@ namespace {
 using namespace Veltrani::DisplayReport;
 using testing::HasSubstr;
 
-class ChannelLightTest : public LitDisplayTest, public testing::WithParamInterface<std::pair<const char*, int>> {};
+class ChannelLightKindTest : public LitDisplayTest, public testing::WithParamInterface<std::pair<const char*, int>> {};
+
+using ChannelLightTest = LitDisplayTest;
 
 class UnknownLocator : public TargetLocator {
 public:
@@ -24,7 +26,7 @@ private:
 };
 
 // The two ways are computed apart; a picture that is upside down in one of them fails here.
-TEST_P(ChannelLightTest, OfEveryExampleIsLitWhereItLands) {
+TEST_P(ChannelLightKindTest, OfEveryExampleIsLitWhereItLands) {
     const auto [example, landing] = GetParam();
     m_config = XMLConfigFile::load(std::string(SM_EXAMPLES "/") + example + "/display.xml");
     ASSERT_TRUE(ScreenLoader::load(*m_config).empty());
@@ -35,14 +37,14 @@ TEST_P(ChannelLightTest, OfEveryExampleIsLitWhereItLands) {
     EXPECT_EQ(landed, landing);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, ChannelLightTest,
+INSTANTIATE_TEST_SUITE_P(Kinds, ChannelLightKindTest,
                          testing::Values(std::pair{"planar-wall", 6 * 651}, std::pair{"curved-wall", 4 * 651},
                                          std::pair{"dome", 6 * 651}, std::pair{"cylinder", 5 * 651},
                                          std::pair{"cockpit", 4 * 651}, std::pair{"spherical-dome", 4 * 651},
                                          std::pair{"collimated", 3 * 651}, std::pair{"warped-wall", 2 * 651},
                                          std::pair{"lens-cylinder", 3 * 651}, std::pair{"mesh-rays", 2 * 651}));
 
-TEST_F(LitDisplayTest, ALocatorOfAnUnknownKindIsRefused) {
+TEST_F(ChannelLightTest, ALocatorOfAnUnknownKindIsRefused) {
     try {
         static_cast<void>(ChannelLight::of(std::make_shared<UnknownLocator>(), std::make_shared<FlatScreen>()));
         FAIL() << "was taken";
