@@ -128,6 +128,7 @@ CommandLine::CommandLine()
     addCheck();
     addTargets();
     m_map = addMapCommand(m_app, m_mapOptions);
+    addCoverage();
     addChannels();
     addPrepare();
     addDiscover();
@@ -157,6 +158,16 @@ void CommandLine::addTargets() {
         ->add_option("--boundary", m_targetOptions.plan.boundarySamples, "Samples per edge of the outline (default 16)")
         ->check(CLI::Range(0, MOST_BOUNDARY_SAMPLES))
         ->type_name("N");
+}
+
+void CommandLine::addCoverage() {
+    m_coverage = m_app.add_subcommand("coverage", "Measure what part of the screen each channel lights, and overlaps");
+    m_coverage->add_option("FILE", m_coverageOptions.file, "Configuration of the display (XML)")->required();
+    m_coverage->add_flag("--json", m_coverageOptions.isJson, "Write one JSON object instead of tables");
+    m_coverage->add_option("--ply", m_coverageOptions.ply, "File for the screen, coloured by number of projectors")
+        ->type_name("FILE");
+    m_coverage->add_option("-o,--output", m_coverageOptions.output, "File to write instead of standard output")
+        ->type_name("FILE");
 }
 
 void CommandLine::addChannels() {
@@ -233,8 +244,8 @@ int CommandLine::report(const CLI::ParseError& error) const {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
         std::cerr
             << "\"" + unknown.front() +
-                   "\" is not a command: check, targets, map, channels, prepare, discover or add. Run with --help for "
-                   "more.\n";
+                   "\" is not a command: check, targets, map, coverage, channels, prepare, discover or add. Run with "
+                   "--help for more.\n";
         return EXIT_USAGE;
     }
     return m_app.exit(error) == 0 ? EXIT_ALL_RIGHT : EXIT_USAGE;
@@ -268,6 +279,10 @@ int CommandLine::run() {
     }
     if (m_map->parsed()) {
         return MapCommand::run(m_mapOptions);
+    }
+    if (m_coverage->parsed()) {
+        m_coverageOptions.verbosity = verbosity();
+        return CoverageCommand::run(m_coverageOptions);
     }
     if (m_channels->parsed()) {
         return ChannelsCommand::run(m_channelOptions);

@@ -2,6 +2,7 @@
 
 #include "AddCommand.h"
 #include "ChannelsCommand.h"
+#include "CoverageCommand.h"
 #include "DeviceOptions.h"
 #include "MapCommand.h"
 #include "PrepareCommand.h"
@@ -27,6 +28,7 @@ public:
 private:
     void addCheck();
     void addTargets();
+    void addCoverage();
     void addChannels();
     void addPrepare();
     void addDiscover();
@@ -40,6 +42,7 @@ private:
     CLI::App* m_check = nullptr;
     CLI::App* m_targets = nullptr;
     CLI::App* m_map = nullptr;
+    CLI::App* m_coverage = nullptr;
     CLI::App* m_channels = nullptr;
     CLI::App* m_prepare = nullptr;
     CLI::App* m_discover = nullptr;
@@ -47,6 +50,7 @@ private:
     std::string m_checkedFile;
     TargetsCommand::Options m_targetOptions;
     MapCommand::Options m_mapOptions;
+    CoverageCommand::Options m_coverageOptions;
     ChannelsCommand::Options m_channelOptions;
     PrepareCommand::Options m_prepareOptions;
     AddCommand::Options m_addOptions;

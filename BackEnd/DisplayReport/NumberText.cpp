@@ -18,6 +18,14 @@ std::string exactText(double value) {
     return {buffer.data(), end};
 }
 
+std::string significantText(double value) {
+    constexpr int DIGITS = 5;
+    Buffer buffer{};
+    const auto end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, DIGITS).ptr;
+    return {buffer.data(), end};
+}
+
 std::string roundedText(double value) {
     constexpr int DECIMALS = 3;
     Buffer buffer{};

@@ -8,6 +8,9 @@ namespace Veltrani::DisplayReport {
 /// The shortest text that reads back as exactly this number; "nan", "inf" and "-inf" where it is none.
 [[nodiscard]] std::string exactText(double value);
 
+/// Five significant digits, without trailing zeros: for tables of numbers that may be of any size.
+[[nodiscard]] std::string significantText(double value);
+
 /// Rounded to three decimals, without trailing zeros: for tables, in which a millimetre is enough of a metre.
 [[nodiscard]] std::string roundedText(double value);
 

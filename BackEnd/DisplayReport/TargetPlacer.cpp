@@ -4,6 +4,7 @@
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
+#include "DisplayReport/ChannelLocator.h"
 #include "DisplayReport/Fault.h"
 #include "DisplayReport/GeometryText.h"
 #include "DisplayReport/LocatorSource.h"
@@ -14,7 +15,6 @@
 #include "ScreenManager/CustomProjectionTargetLocator.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/SphereTargetLocator.h"
-#include "ScreenManager/TargetLocatorManager.h"
 
 #include <algorithm>
 #include <map>
@@ -33,32 +33,6 @@ double normalised(int i, int n) {
 
 std::size_t product(int a, int b) {
     return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
-}
-
-/// What the configuration lacks for a locator; empty when nothing is known to be wrong.
-std::string whyThereIsNoLocator(const XMLConfigManager& config, const ProjectorConfig& projector) {
-    if (targetDataTypeOf(config).empty()) {
-        return "the configuration names no kind of target data: add a TargetData element";
-    }
-    const LocatorSource source = locatorSourceOf(config, projector);
-    return source.faults.empty() ? std::string() : sentenceOf(source.faults.front());
-}
-
-/// The locator of a channel; null, with the reason in `fault`, when there is none.
-std::shared_ptr<const TargetLocator> locatorOf(const XMLConfigManager& config, const ProjectorConfig& projector,
-                                               std::string& fault) {
-    std::shared_ptr<const TargetLocator> locator;
-    try {
-        locator = TargetLocatorManager::getInstance()->getTargetLocator(&config, &projector);
-    } catch (...) {
-        fault = sentenceOf(faultOf({}, std::current_exception()));
-        return nullptr;
-    }
-    if (!locator) {
-        const std::string reason = whyThereIsNoLocator(config, projector);
-        fault = reason.empty() ? "no target locator can be built for it" : reason;
-    }
-    return locator;
 }
 
 bool offersGrid(const TargetLocator& locator) {
@@ -121,8 +95,9 @@ ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const 
     constexpr int EDGES = 4;
     channel.boundaryMissed = product(EDGES, m_plan.boundarySamples);
 
-    const auto locator = locatorOf(config, projector, channel.fault);
+    const auto [locator, missing] = ChannelLocator::of(config, projector);
     if (!locator) {
+        channel.fault = missing;
         return channel;
     }
     const auto surface = ScreenManager::getInstance()->getScreenGeometry();

@@ -29,6 +29,7 @@ TEST(ManualPage, NamesEveryOptionOfTheHelp) {
                                                       {"check", "--help"},
                                                       {"targets", "--help"},
                                                       {"map", "--help"},
+                                                      {"coverage", "--help"},
                                                       {"channels", "--help"},
                                                       {"prepare", "--help"},
                                                       {"discover", "--help"},

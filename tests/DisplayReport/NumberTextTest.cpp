@@ -12,6 +12,7 @@ namespace {
 
 using Veltrani::DisplayReport::exactText;
 using Veltrani::DisplayReport::roundedText;
+using Veltrani::DisplayReport::significantText;
 
 TEST(ExactText, ReadsBackAsTheSameNumber) {
     std::mt19937_64 random(20240611);
@@ -61,6 +62,15 @@ TEST(NumberText, DoesNotAskTheLocale) {
     EXPECT_EQ(exactText(1234567.5), "1234567.5");
     EXPECT_EQ(roundedText(1234567.5), "1234567.5");
     std::locale::global(before);
+}
+
+TEST(SignificantText, KeepsFiveDigitsOfAnySize) {
+    EXPECT_EQ(significantText(0.00107583), "0.0010758");
+    EXPECT_EQ(significantText(15.0), "15");
+    EXPECT_EQ(significantText(314.15926), "314.16");
+    EXPECT_EQ(significantText(4.0e18), "4e+18");
+    EXPECT_EQ(significantText(0.0), "0");
+    EXPECT_EQ(significantText(std::numeric_limits<double>::infinity()), "inf");
 }
 
 }  // namespace

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+
+namespace Veltrani::DisplayReport {
+
+class ChannelLight;
+
+/// How large the pixels of a channel are on the screen: the side of the square that covers as much of the surface as a
+/// pixel does, in native units. Measured along the surface, so a pixel that arrives at a slant is larger; on a curved
+/// screen it is the size on the tangent plane.
+///
+/// Pixels are measured one by one, on a lattice over the picture that has the corners and edges in it. Those that miss
+/// the screen or lie across an edge of it, in part, are left out.
+struct PixelPitch {
+    double least = 0;
+    double most = 0;
+    std::size_t measured = 0;  ///< pixels that were; none for a picture without pixels
+
+    /// @param width, height of the picture, pixels
+    [[nodiscard]] static PixelPitch of(const ChannelLight& light, int width, int height);
+};
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,124 @@
+#include "DisplayReport/ScreenSampling.h"
+
+#include "Common/VeltraniException.h"
+#include "DisplayReport/GeometryText.h"
+#include "KelvoScreen/MeshScreen.h"
+
+#include <cmath>
+#include <utility>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+/// Cells of the net per side: it is halved where more is wanted.
+constexpr std::size_t NET_CELLS = 32;
+constexpr std::size_t NET_NODES = NET_CELLS + 1;
+
+/// Two steps of halving that agree to this part are extrapolated; what is left is some hundred times smaller.
+constexpr double AGREEMENT = 1e-4;
+/// Kinks are followed into 1/256 of a triangle.
+constexpr int MOST_HALVINGS = 8;
+
+double chordArea(const ScreenSampling::Triangle& triangle) {
+    const auto& [a, b, c] = triangle;
+    return norm(cross(b.place - a.place, c.place - a.place)) / 2;
+}
+
+template <class Tuple>
+Tuple blend(const Tuple& from, const Tuple& to, double part) {
+    return from + (to - from) * part;
+}
+
+}  // namespace
+
+ScreenSampling::ScreenSampling(std::shared_ptr<const ScreenGeometry> surface)
+    : m_surface(std::move(surface)), m_mesh(dynamic_cast<const MeshScreen*>(m_surface.get())) {
+    if (!m_surface->isValid()) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"The screen has no surface: check its size, its limits or its mesh");
+    }
+    if (m_mesh == nullptr) {
+        addNet();
+    }
+    m_extent = extentOf(*m_surface);
+}
+
+void ScreenSampling::addNet() {
+    m_net.reserve(NET_NODES * NET_NODES);
+    for (std::size_t row = 0; row < NET_NODES; ++row) {
+        for (std::size_t column = 0; column < NET_NODES; ++column) {
+            SurfacePoint node;
+            node.parameters = {static_cast<double>(column) / NET_CELLS, static_cast<double>(row) / NET_CELLS};
+            node.hasParameters = m_surface->mapInto3D(node.parameters, node.place, false);
+            m_net.push_back(node);
+        }
+    }
+}
+
+std::size_t ScreenSampling::size() const {
+    return m_mesh != nullptr ? m_mesh->mesh().triangles.size() : 2 * NET_CELLS * NET_CELLS;
+}
+
+ScreenSampling::Triangle ScreenSampling::triangle(std::size_t i) const {
+    Triangle triangle;
+    if (m_mesh != nullptr) {
+        const TriangleMesh& mesh = m_mesh->mesh();
+        const bool hasParameters = m_mesh->isParameterised();
+        for (std::size_t corner = 0; corner < 3; ++corner) {
+            triangle[corner].place = mesh.vertices[mesh.triangles[i][corner]];
+            triangle[corner].hasParameters = hasParameters;
+            if (hasParameters) {
+                triangle[corner].parameters = mesh.textureCoordinates[mesh.textureTriangles[i][corner]];
+            }
+        }
+        return triangle;
+    }
+    const std::size_t cell = i / 2;
+    const std::size_t first = cell / NET_CELLS * NET_NODES + cell % NET_CELLS;
+    const bool isUpper = i % 2 == 1;
+    triangle = {m_net[isUpper ? first + NET_NODES + 1 : first], m_net[isUpper ? first + NET_NODES : first + 1],
+                m_net[isUpper ? first + 1 : first + NET_NODES]};
+    const bool isWhole = triangle[0].hasParameters && triangle[1].hasParameters && triangle[2].hasParameters;
+    return isWhole ? triangle : Triangle{};
+}
+
+SurfacePoint ScreenSampling::between(const SurfacePoint& from, const SurfacePoint& to, double part) const {
+    SurfacePoint point;
+    point.parameters = blend(from.parameters, to.parameters, part);
+    point.hasParameters = from.hasParameters && to.hasParameters;
+    if (m_mesh != nullptr || !point.hasParameters || !m_surface->mapInto3D(point.parameters, point.place, false)) {
+        point.place = blend(from.place, to.place, part);
+    }
+    return point;
+}
+
+double ScreenSampling::area(const Triangle& triangle) const {
+    const double flat = chordArea(triangle);
+    return m_mesh != nullptr ? flat : curvedArea(triangle, flat, 0);
+}
+
+double ScreenSampling::curvedArea(const Triangle& triangle, double chordAreaOfAll, int depth) const {
+    const auto& [a, b, c] = triangle;
+    const SurfacePoint ab = between(a, b, 0.5);
+    const SurfacePoint bc = between(b, c, 0.5);
+    const SurfacePoint ca = between(c, a, 0.5);
+    const std::array<Triangle, 4> quarters{Triangle{a, ab, ca}, {ab, b, bc}, {ca, bc, c}, {ab, bc, ca}};
+    std::array<double, 4> areas{};
+    double sum = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        areas[i] = chordArea(quarters[i]);
+        sum += areas[i];
+    }
+    if (!(std::abs(sum - chordAreaOfAll) > AGREEMENT * sum) || depth >= MOST_HALVINGS) {
+        // The error of chords falls with the square of their length: a third of the last change is left.
+        return sum + (sum - chordAreaOfAll) / 3;
+    }
+    sum = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        sum += curvedArea(quarters[i], areas[i], depth + 1);
+    }
+    return sum;
+}
+
+}  // namespace Veltrani::DisplayReport

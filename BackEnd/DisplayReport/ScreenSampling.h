@@ -1,0 +1,48 @@
+#pragma once
+
+#include "DisplayReport/Extent.h"
+#include "DisplayReport/SurfacePoint.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+class MeshScreen;
+class ScreenGeometry;
+
+namespace Veltrani::DisplayReport {
+
+/// A screen's surface as triangles: those of a mesh, or a net over the 2D coordinates of any other shape. The corners
+/// of the net lie on the surface, and so do the points between them.
+class ScreenSampling {
+public:
+    using Triangle = std::array<SurfacePoint, 3>;
+
+    /// Throws `VeltraniException` for a surface that is not valid, or that is neither a mesh nor has 2D coordinates.
+    explicit ScreenSampling(std::shared_ptr<const ScreenGeometry> surface);
+
+    [[nodiscard]] const ScreenGeometry& surface() const { return *m_surface; }
+    /// The number of triangles.
+    [[nodiscard]] std::size_t size() const;
+    /// Triangle i; one without area where the surface has a gap.
+    [[nodiscard]] Triangle triangle(std::size_t i) const;
+    /// The box around the corners.
+    [[nodiscard]] const Extent& extent() const { return m_extent; }
+
+    /// The surface point at a part (0 to 1) of the way from one point of a triangle to another.
+    [[nodiscard]] SurfacePoint between(const SurfacePoint& from, const SurfacePoint& to, double part) const;
+    /// The area on the surface, in square native units; right to a millionth of itself, kinks of the surface included.
+    [[nodiscard]] double area(const Triangle& triangle) const;
+
+private:
+    void addNet();
+    [[nodiscard]] double curvedArea(const Triangle& triangle, double chordArea, int depth) const;
+
+    std::shared_ptr<const ScreenGeometry> m_surface;
+    const MeshScreen* m_mesh;         ///< the same, when it is a mesh; else null
+    std::vector<SurfacePoint> m_net;  ///< row by row; empty for a mesh
+    Extent m_extent;
+};
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "DisplayReport/ChannelLight.h"
+
+#include <optional>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+/// The light of a channel whose rays can be followed, but not backwards in closed form: by way of a mirror, or bent by
+/// tables of headings.
+///
+/// Picture points are followed by the target locator. The way back starts at the nearest point of a lattice over the
+/// picture and goes on by Newton's method; a point whose picture point is not found is not lit. Where the picture lies
+/// on a spot of the screen twice, one of the two is enough.
+class SearchedLight : public ChannelLight {
+public:
+    /// @param locator not null; follows the current screen of the `ScreenManager`
+    /// @param surface that screen
+    SearchedLight(std::shared_ptr<const TargetLocator> locator, const ScreenGeometry& surface);
+
+    void land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const override;
+    [[nodiscard]] bool lights(const SurfacePoint& point) const override;
+
+private:
+    struct Node {
+        Point<double, 2> picture;
+        Point<double, 3> place;
+    };
+
+    /// The landing of a picture point, and how it moves with u and v.
+    struct Probe {
+        Point<double, 3> place;
+        Point<double, 3> alongU;
+        Point<double, 3> alongV;
+    };
+
+    void addLattice();
+    [[nodiscard]] const Node* nearestNode(const Point<double, 3>& place) const;
+    [[nodiscard]] std::optional<Probe> probe(const Point<double, 2>& picture) const;
+    /// One damped step from `picture` towards `place`; false when none comes nearer.
+    bool approach(const Point<double, 3>& place, Point<double, 2>& picture, Probe& at) const;
+
+    std::shared_ptr<const TargetLocator> m_locator;
+    std::vector<Node> m_lattice;  ///< those of its points that land on the screen
+    double m_reach = 0;           ///< native units: no lit point is further away from the lattice
+    double m_samePlace;           ///< native units: nearer points are the same
+};
+
+}  // namespace Veltrani::DisplayReport

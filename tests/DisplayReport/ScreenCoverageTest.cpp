@@ -1,0 +1,206 @@
+// Areas that are known in closed form. Every expectation is worked out here.
+#include "DisplayReport/ScreenCoverage.h"
+
+#include "DisplayReport/ScreenSampling.h"
+#include "LitDisplays.h"
+
+#include <numeric>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+
+/// Of each expected area; ten times as strict as what is promised.
+constexpr double RIGHT = 1e-4;
+
+class ScreenCoverageTest : public LitDisplayTest {
+protected:
+    ScreenCoverage measure() {
+        const Lights all = lights();
+        std::vector<Extent> pictures;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            pictures.push_back(PictureCoverage::of(all, i).extent);
+        }
+        const ScreenCoverage coverage = ScreenCoverage::of(ScreenSampling(surface()), all, pictures);
+        EXPECT_NEAR(std::accumulate(coverage.byCount.begin(), coverage.byCount.end(), 0.0), coverage.area,
+                    1e-9 * coverage.area);
+        return coverage;
+    }
+
+    static void expectArea(double found, double expected) { EXPECT_NEAR(found, expected, RIGHT * expected); }
+
+    const double m_pi = std::acos(-1.0);
+};
+
+TEST_F(ScreenCoverageTest, TwoHalfOverlappingRectanglesOnAWall) {
+    load(displays::FLAT, displays::projector("A", "<ScreenArea left='0' right='0.5' bottom='0' top='1'/>") +
+                             displays::projector("B", "<ScreenArea left='0.25' right='0.75' bottom='0' top='1'/>"));
+    const ScreenCoverage coverage = measure();
+    expectArea(coverage.area, 8);
+    expectArea(coverage.byCount[0], 2);
+    expectArea(coverage.byCount[1], 4);
+    expectArea(coverage.byCount[2], 2);
+    expectArea(coverage.sharedBy[0][0], 4);
+    expectArea(coverage.sharedBy[1][1], 4);
+    expectArea(coverage.sharedBy[0][1], 2);
+    EXPECT_EQ(coverage.sharedBy[1][0], coverage.sharedBy[0][1]);
+}
+
+TEST_F(ScreenCoverageTest, BoundsThatFallOnNoLineOfAnyNet) {
+    load(displays::FLAT,
+         displays::projector("A", "<ScreenArea left='0.1234' right='0.6171' bottom='0.0713' top='0.3337'/>"));
+    expectArea(measure().sharedBy[0][0], 8 * (0.6171 - 0.1234) * (0.3337 - 0.0713));
+}
+
+TEST_F(ScreenCoverageTest, ASmallPictureIsLookedAtMoreClosely) {
+    load(displays::FLAT, displays::projector("A", "<ScreenArea left='0.501' right='0.512' bottom='0.3' top='0.322'/>"));
+    expectArea(measure().sharedBy[0][0], 8 * 0.011 * 0.022);
+}
+
+TEST_F(ScreenCoverageTest, ASphereInEqualLunes) {
+    std::string projectors;
+    for (int i = 0; i < 6; ++i) {
+        projectors +=
+            displays::projector("L" + std::to_string(i), "<ScreenArea left='" + std::to_string(i / 6.0) + "' right='" +
+                                                             std::to_string((i + 1) / 6.0) + "' bottom='0' top='1'/>");
+    }
+    load(displays::SPHERE, projectors);
+    const ScreenCoverage coverage = measure();
+    expectArea(coverage.area, 100 * m_pi);
+    for (std::size_t i = 0; i < 6; ++i) {
+        expectArea(coverage.sharedBy[i][i], 100 * m_pi / 6);
+    }
+    expectArea(coverage.byCount[1], 100 * m_pi);
+    EXPECT_LE(coverage.byCount[0] + coverage.byCount[2], RIGHT * 100 * m_pi);
+}
+
+TEST_F(ScreenCoverageTest, ASphereInTheSixSidesOfACube) {
+    std::string projectors;
+    int number = 0;
+    for (const char* const orientation :
+         {"z='0' x='0'", "z='90' x='0'", "z='180' x='0'", "z='-90' x='0'", "z='0' x='90'", "z='0' x='-90'"}) {
+        projectors += camera("C" + std::to_string(number++), "-45", "45", "-45", "45",
+                             "<Orientation " + std::string(orientation) + " y='0'/>");
+    }
+    load(displays::SPHERE, projectors, displays::SPHERICAL);
+    const ScreenCoverage coverage = measure();
+    for (std::size_t i = 0; i < 6; ++i) {
+        expectArea(coverage.sharedBy[i][i], 100 * m_pi / 6);
+    }
+    EXPECT_LE(coverage.byCount[0], RIGHT * 100 * m_pi);
+    expectArea(coverage.byCount[1], 100 * m_pi);
+}
+
+TEST_F(ScreenCoverageTest, AFrustumOnASphereHasItsSolidAngle) {
+    load(displays::SPHERE, camera("A", "-35", "35", "-22", "22", "<Orientation z='47' x='31' y='12'/>"),
+         displays::SPHERICAL);
+    expectArea(measure().sharedBy[0][0], 25 * solidAngle(35, 22));
+}
+
+TEST_F(ScreenCoverageTest, AFrustumFromBesideTheMiddleOnAWall) {
+    // The corners of the picture on the wall at y = 5: a camera at (1, 1, 1.2), turned by 25 degrees to the left.
+    load("<Screen shape='Flat'><Centre x='0' y='5' z='0'/><Size width='30' height='20'/></Screen>",
+         camera("A", "-20", "30", "-15", "10", "<Orientation z='-25' x='0' y='0'/><Position x='1' y='1' z='1.2'/>"),
+         displays::PROJECTORS);
+    const auto corner = [](double h, double v) {
+        const double a = radians(-25);
+        const double ahead = std::cos(a) - h * std::sin(a);
+        const double aside = std::sin(a) + h * std::cos(a);
+        return P2{1 + 4 * aside / ahead, 1.2 + 4 * v / ahead};
+    };
+    const double left = std::tan(radians(-20));
+    const double right = std::tan(radians(30));
+    const double bottom = std::tan(radians(-15));
+    const double top = std::tan(radians(10));
+    const std::array<P2, 4> corners{corner(left, bottom), corner(right, bottom), corner(right, top), corner(left, top)};
+    double twice = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        const P2& a = corners[i];
+        const P2& b = corners[(i + 1) % 4];
+        twice += a[0] * b[1] - a[1] * b[0];
+    }
+    expectArea(measure().sharedBy[0][0], twice / 2);
+}
+
+TEST_F(ScreenCoverageTest, AFrustumIsCutByTheEdgeOfTheWall) {
+    load(displays::FLAT, camera("A", "-10", "40", "-20", "20", "<Position x='0.5' y='0' z='1'/>"),
+         displays::PROJECTORS);
+    expectArea(measure().sharedBy[0][0], (1.5 + 5 * std::tan(radians(10))) * 2);
+}
+
+TEST_F(ScreenCoverageTest, ACylinderInParts) {
+    load("<Screen shape='Cylinder'><Radius value='3.5'/><Size height='2.2'/><Azimuth min='-110' max='110'/></Screen>",
+         displays::projector("A", "<ScreenArea left='0' right='0.4' bottom='0' top='1'/>") +
+             displays::projector("B", "<ScreenArea left='0.3' right='1' bottom='0.5' top='1'/>"));
+    const ScreenCoverage coverage = measure();
+    const double wall = 3.5 * radians(220) * 2.2;
+    expectArea(coverage.sharedBy[0][0], 0.4 * wall);
+    expectArea(coverage.sharedBy[1][1], 0.35 * wall);
+    expectArea(coverage.sharedBy[0][1], 0.05 * wall);
+}
+
+TEST_F(ScreenCoverageTest, ALensOfEqualAnglesLightsARectangleOfAngles) {
+    load(displays::SPHERE, camera("A", "-40", "40", "-10", "30", "<ProjectionModel name='Equidistant'/>"),
+         displays::PROJECTORS);
+    expectArea(measure().sharedBy[0][0], 25 * radians(80) * (std::sin(radians(30)) + std::sin(radians(10))));
+}
+
+TEST_F(ScreenCoverageTest, AMirrorAroundTheEyeShowsTheSolidAngleOfTheFrustum) {
+    load(
+        "<Screen shape='Sphere'><Radius value='1'/><Azimuth min='-180' max='180'/><Elevation min='-90' "
+        "max='90'/></Screen>",
+        camera("A", "-30", "30", "-20", "20"),
+        "<TargetData type='SphericalCollimated'><Mirror radius='3'/></TargetData>");
+    expectArea(measure().sharedBy[0][0], solidAngle(30, 20));
+}
+
+TEST_F(ScreenCoverageTest, ATableThatHalvesTheHeadingsHalvesTheArea) {
+    load(displays::SPHERE, camera("A", "-40", "40", "-20", "20"),
+         "<TargetData type='Spherical'><YawTable><Pair measured='-90' corrected='-45'/><Pair measured='90' "
+         "corrected='45'/></YawTable></TargetData>");
+    expectArea(measure().sharedBy[0][0], 25 * solidAngle(40, 20) / 2);
+}
+
+TEST_F(ScreenCoverageTest, AShadowIsDark) {
+    m_folder.write("wall.obj", displays::PANEL_OBJ);
+    load(displays::MESH, camera("A", "-30", "30", "-30", "30"), displays::PROJECTORS);
+    const ScreenCoverage coverage = measure();
+    expectArea(coverage.area, 17);
+    expectArea(coverage.sharedBy[0][0], 16 - 4 + 1);
+    expectArea(coverage.byCount[0], 4);
+}
+
+TEST_F(ScreenCoverageTest, AMeshIsLitByItsTexture) {
+    m_folder.write(
+        "wall.obj",
+        "v 0 5 0\nv 4 5 0\nv 4 5 2\nv 0 5 2\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 1/1 2/2 3/3\nf 1/1 3/3 4/4\n");
+    load(displays::MESH, displays::projector("A", "<ScreenArea left='0.1' right='0.43' bottom='0.2' top='0.9'/>"));
+    expectArea(measure().sharedBy[0][0], 8 * 0.33 * 0.7);
+}
+
+TEST_F(ScreenCoverageTest, WithoutChannelsEverythingIsDark) {
+    load(displays::SPHERE, "");
+    const ScreenCoverage coverage = measure();
+    ASSERT_EQ(coverage.byCount.size(), 1U);
+    expectArea(coverage.byCount[0], 100 * m_pi);
+}
+
+TEST_F(ScreenCoverageTest, HandsOutEveryPieceAndTellsItsProgress) {
+    load(displays::FLAT, displays::projector("A", "<ScreenArea left='0' right='0.5' bottom='0' top='1'/>"));
+    double lit = 0;
+    std::size_t last = 0;
+    const auto take = [&lit](const LitTriangle& piece, const LitBy& by) {
+        const P3 normal = cross(piece[1].on.place - piece[0].on.place, piece[2].on.place - piece[0].on.place);
+        lit += by.any() ? norm(normal) / 2 : 0.0;
+    };
+    const auto progress = [&last](std::size_t done, std::size_t total) {
+        EXPECT_GE(done, last);
+        EXPECT_LT(done, total);
+        last = done;
+    };
+    static_cast<void>(ScreenCoverage::of(ScreenSampling(surface()), lights(), {Extent()}, take, progress));
+    expectArea(lit, 4);
+    EXPECT_GT(last, 0U);
+}
+
+}  // namespace
