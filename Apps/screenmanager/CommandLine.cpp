@@ -1,17 +1,17 @@
 #include "CommandLine.h"
 
 #include "CheckCommand.h"
+#include "ColumnsByRows.h"
 #include "Common/Utf8.h"
 #include "ConsoleLog.h"
 #include "DiscoverCommand.h"
 #include "DisplayReport/TargetWriter.h"
 #include "ExitCode.h"
+#include "MapOptions.h"
 
-#include <charconv>
 #include <chrono>
 #include <iostream>
 #include <sstream>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -22,31 +22,22 @@ constexpr long long MOST_GRID_TARGETS = 4'000'000;
 constexpr int MOST_BOUNDARY_SAMPLES = 100000;
 
 constexpr const char* EXIT_CODES =
-    "Exit codes: 0 all right; 1 done, but faults were found, a channel has no grid of targets, or a projector is\n"
-    "missing, not ready or failed; 2 wrong command line; 3 the configuration or a file that it names cannot be\n"
-    "used; 4 the result cannot be written; 5 internal fault.";
-
-/// The whole of `text` as a number; 0 when it is none.
-int numberOf(std::string_view text) {
-    int number = 0;
-    const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return fault == std::errc() && end == text.data() + text.size() ? number : 0;
-}
+    "Exit codes: 0 all right; 1 done, but faults were found, a channel has no grid of targets, no point was\n"
+    "mapped, or a projector is missing, not ready or failed; 2 wrong command line, or no such channel; 3 the\n"
+    "configuration, a file that it names or a file of points cannot be used; 4 the result cannot be written; 5 "
+    "internal\n"
+    "fault.";
 
 /// Reads "COLUMNSxROWS"; throws the error of CLI11 for anything else.
 void readGrid(const std::string& text, Veltrani::DisplayReport::TargetPlan& plan) {
-    const auto cross = text.find('x');
-    const std::string_view whole(text);
-    const int columns = numberOf(whole.substr(0, cross));
-    const int rows = cross == std::string::npos ? 0 : numberOf(whole.substr(cross + 1));
-    const auto allowed = [](int lines) { return lines >= 1 && lines <= MOST_GRID_LINES; };
-    if (!allowed(columns) || !allowed(rows) || 1LL * columns * rows > MOST_GRID_TARGETS) {
+    const auto grid = ColumnsByRows::parse(text);
+    if (!grid || !grid->isWithin(1, MOST_GRID_LINES, MOST_GRID_TARGETS)) {
         throw CLI::ValidationError("--grid", "\"" + text + "\" is not COLUMNSxROWS, such as 16x10, with 1 to " +
                                                  std::to_string(MOST_GRID_LINES) + " each and at most " +
                                                  std::to_string(MOST_GRID_TARGETS) + " targets");
     }
-    plan.columns = columns;
-    plan.rows = rows;
+    plan.columns = grid->columns;
+    plan.rows = grid->rows;
 }
 
 /// Bounds of a wait in seconds: an answer on a local network takes milliseconds, and nobody waits for longer than an
@@ -123,8 +114,11 @@ std::wstring readName(const std::string& text) {
 }  // namespace
 
 CommandLine::CommandLine()
-    : m_app("Checks display configurations, places calibration targets on their screens and prepares their projectors.",
-            "screenmanager") {
+    : m_app(
+          "Checks display configurations, places calibration targets on their screens, maps their channels and "
+          "prepares "
+          "their projectors.",
+          "screenmanager") {
     m_app.footer(EXIT_CODES);
     m_app.set_version_flag("--version", "screenmanager " SM_VERSION);
     m_app.require_subcommand(1);
@@ -133,6 +127,7 @@ CommandLine::CommandLine()
     m_app.add_flag("-v,--verbose", m_verbose, "Say on standard error what the library does")->excludes(quiet);
     addCheck();
     addTargets();
+    m_map = addMapCommand(m_app, m_mapOptions);
     addChannels();
     addPrepare();
     addDiscover();
@@ -236,9 +231,10 @@ int CommandLine::report(const CLI::ParseError& error) const {
     // A misspelt command is left over; the error itself only says that one is missing.
     const std::vector<std::string> unknown = m_app.remaining();
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
-        std::cerr << "\"" + unknown.front() +
-                         "\" is not a command: check, targets, channels, prepare, discover or add. Run with --help for "
-                         "more.\n";
+        std::cerr
+            << "\"" + unknown.front() +
+                   "\" is not a command: check, targets, map, channels, prepare, discover or add. Run with --help for "
+                   "more.\n";
         return EXIT_USAGE;
     }
     return m_app.exit(error) == 0 ? EXIT_ALL_RIGHT : EXIT_USAGE;
@@ -265,10 +261,13 @@ void CommandLine::installLog() const {
 int CommandLine::run() {
     installLog();
     m_deviceOptions.verbosity = verbosity();
-    m_targetOptions.verbosity = verbosity();
+    m_targetOptions.verbosity = m_mapOptions.verbosity = verbosity();
     m_channelOptions.devices = m_prepareOptions.devices = m_addOptions.devices = m_deviceOptions;
     if (m_check->parsed()) {
         return CheckCommand::run(m_checkedFile);
+    }
+    if (m_map->parsed()) {
+        return MapCommand::run(m_mapOptions);
     }
     if (m_channels->parsed()) {
         return ChannelsCommand::run(m_channelOptions);

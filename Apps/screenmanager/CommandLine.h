@@ -3,6 +3,7 @@
 #include "AddCommand.h"
 #include "ChannelsCommand.h"
 #include "DeviceOptions.h"
+#include "MapCommand.h"
 #include "PrepareCommand.h"
 #include "TargetsCommand.h"
 #include "Verbosity.h"
@@ -38,12 +39,14 @@ private:
     CLI::App m_app;
     CLI::App* m_check = nullptr;
     CLI::App* m_targets = nullptr;
+    CLI::App* m_map = nullptr;
     CLI::App* m_channels = nullptr;
     CLI::App* m_prepare = nullptr;
     CLI::App* m_discover = nullptr;
     CLI::App* m_add = nullptr;
     std::string m_checkedFile;
     TargetsCommand::Options m_targetOptions;
+    MapCommand::Options m_mapOptions;
     ChannelsCommand::Options m_channelOptions;
     PrepareCommand::Options m_prepareOptions;
     AddCommand::Options m_addOptions;

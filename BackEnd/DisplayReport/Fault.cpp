@@ -27,4 +27,12 @@ Fault faultOf(const std::string& where, const std::exception_ptr& exception) {
     return fault;
 }
 
+std::string sentenceOf(const Fault& fault) {
+    std::string text = fault.what;
+    for (const std::string& cause : fault.causes) {
+        text += ": " + cause;
+    }
+    return text;
+}
+
 }  // namespace Veltrani::DisplayReport

@@ -16,4 +16,7 @@ struct Fault {
 /// The fault that an exception tells of: its message, and as causes those of the exceptions nested in it.
 [[nodiscard]] Fault faultOf(const std::string& where, const std::exception_ptr& exception);
 
+/// What is wrong and why, in one line.
+[[nodiscard]] std::string sentenceOf(const Fault& fault);
+
 }  // namespace Veltrani::DisplayReport

@@ -118,6 +118,11 @@ std::wstring targetDataTypeOf(const XMLConfigManager& config) {
     return targets == nullptr ? std::wstring() : targets->getTargetDataType();
 }
 
+bool isPlanarDisplay(const XMLConfigManager& config) {
+    const std::wstring type = targetDataTypeOf(config);
+    return type == BaseConfig::TARGET_DATA_PLANAR_BASIC || type == BaseConfig::TARGET_DATA_PLANAR_ADVANCED;
+}
+
 LocatorSource locatorSourceOf(const XMLConfigManager& config, const ProjectorConfig& projector) {
     const std::wstring type = targetDataTypeOf(config);
     for (const LocatorKind& kind : locatorKinds()) {

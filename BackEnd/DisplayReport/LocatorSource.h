@@ -22,4 +22,7 @@ struct LocatorSource {
 /// Empty without target data.
 [[nodiscard]] std::wstring targetDataTypeOf(const XMLConfigManager& config);
 
+/// True for displays whose channels are described by areas of the screen and rectangles of the layout.
+[[nodiscard]] bool isPlanarDisplay(const XMLConfigManager& config);
+
 }  // namespace Veltrani::DisplayReport

@@ -1,7 +1,6 @@
 #include "DisplayReport/TargetPlacer.h"
 
 #include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
@@ -36,26 +35,13 @@ std::size_t product(int a, int b) {
     return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
 }
 
-/// One line of a fault with its causes.
-std::string sentence(const Fault& fault) {
-    std::string text = fault.what;
-    for (const std::string& cause : fault.causes) {
-        text += ": " + cause;
-    }
-    return text;
-}
-
-bool isPlanar(const std::wstring& targetData) {
-    return targetData == BaseConfig::TARGET_DATA_PLANAR_BASIC || targetData == BaseConfig::TARGET_DATA_PLANAR_ADVANCED;
-}
-
 /// What the configuration lacks for a locator; empty when nothing is known to be wrong.
 std::string whyThereIsNoLocator(const XMLConfigManager& config, const ProjectorConfig& projector) {
     if (targetDataTypeOf(config).empty()) {
         return "the configuration names no kind of target data: add a TargetData element";
     }
     const LocatorSource source = locatorSourceOf(config, projector);
-    return source.faults.empty() ? std::string() : sentence(source.faults.front());
+    return source.faults.empty() ? std::string() : sentenceOf(source.faults.front());
 }
 
 /// The locator of a channel; null, with the reason in `fault`, when there is none.
@@ -65,7 +51,7 @@ std::shared_ptr<const TargetLocator> locatorOf(const XMLConfigManager& config, c
     try {
         locator = TargetLocatorManager::getInstance()->getTargetLocator(&config, &projector);
     } catch (...) {
-        fault = sentence(faultOf({}, std::current_exception()));
+        fault = sentenceOf(faultOf({}, std::current_exception()));
         return nullptr;
     }
     if (!locator) {
@@ -93,7 +79,7 @@ std::string whyEverythingMisses(const XMLConfigManager& config, const ProjectorC
                    ? "a grid of one column or one row has no extent in a frustum: ask for two at least"
                    : what + " lies on the screen: check its position, orientation and frustum";
     }
-    const std::string planar = isPlanar(targetDataTypeOf(config)) ? screenAreaOf(projector).fault() : std::string();
+    const std::string planar = isPlanarDisplay(config) ? screenAreaOf(projector).fault() : std::string();
     for (const std::string& reason : {offersGrid(locator) ? missingParameters(surface) : std::string(), planar}) {
         if (!reason.empty()) {
             return reason;
@@ -153,7 +139,7 @@ ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const 
         placeGrid(*locator, channel);
         channel.boundary = locator->projectBoundaryOnTargetLocationSurface(m_plan.boundarySamples);
     } catch (...) {
-        channel.fault = sentence(faultOf({}, std::current_exception()));
+        channel.fault = sentenceOf(faultOf({}, std::current_exception()));
         return channel;
     }
     channel.boundaryMissed -= std::min(channel.boundaryMissed, channel.boundary.size());

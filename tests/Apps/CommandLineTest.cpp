@@ -24,7 +24,7 @@ TEST(CommandLine, HelpNamesEveryCommandAndExitsWithZero) {
     const ProgramRun run = runScreenManager({"--help"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_THAT(run.output, HasSubstr("check"));
-    for (const char* command : {"targets", "channels", "prepare", "discover", "add"}) {
+    for (const char* command : {"targets", "map", "channels", "prepare", "discover", "add"}) {
         EXPECT_THAT(run.output, HasSubstr(command));
     }
     EXPECT_THAT(run.output, HasSubstr("Exit codes:"));

@@ -28,6 +28,7 @@ TEST(ManualPage, NamesEveryOptionOfTheHelp) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
                                                       {"check", "--help"},
                                                       {"targets", "--help"},
+                                                      {"map", "--help"},
                                                       {"channels", "--help"},
                                                       {"prepare", "--help"},
                                                       {"discover", "--help"},

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Configuration/XMLConfigFile.h"
+#include "Verbosity.h"
+
+#include <memory>
+#include <string>
+
+/// The configuration that a command works on. Whatever is wrong with it has been told on standard error when an
+/// operation answers that it failed.
+class DisplayFile {
+public:
+    DisplayFile() = delete;
+
+    /// Null when the configuration cannot be read.
+    [[nodiscard]] static std::unique_ptr<XMLConfigFile> read(const std::string& file);
+
+    /// Builds the screen, with progress on a terminal. False when it or a file of it cannot be used.
+    [[nodiscard]] static bool buildScreen(XMLConfigFile& config, const std::string& file, Verbosity verbosity);
+};

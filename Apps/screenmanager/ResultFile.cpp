@@ -1,0 +1,149 @@
+#include "ResultFile.h"
+
+#include "Common/AtomicFile.h"
+#include "Common/Utf8.h"
+#include "DisplayReport/NamedFiles.h"
+#include "FailureReport.h"
+
+#include <array>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+/// True for what exists and cannot be replaced as a whole: a pipe, a device, and whatever an open descriptor leads to.
+bool isSpecialFile(const std::string& path) {
+    std::error_code unknown;
+    return path.starts_with("/dev/") || path.starts_with("/proc/") ||
+           std::filesystem::is_other(std::filesystem::status(path, unknown));
+}
+
+std::unique_ptr<std::streambuf> openThrough(const std::string& path) {
+    auto buffer = std::make_unique<std::filebuf>();
+    // Appending keeps what a redirected descriptor has been given before.
+    return buffer->open(path, std::ios::out | std::ios::binary | std::ios::app) != nullptr ? std::move(buffer)
+                                                                                           : nullptr;
+}
+
+}  // namespace
+
+/// A file that is replaced as a whole, as the buffer of a stream. Keeps the first fault instead of throwing it through
+/// the stream, where nobody could tell it from those of the writer.
+class ResultFile::WholeFile : public std::streambuf {
+public:
+    explicit WholeFile(const std::string& path) : m_file(path) {
+        setp(m_bytes.data(), m_bytes.data() + m_bytes.size());
+    }
+
+    /// Throws the first fault there was.
+    void commit() {
+        sync();
+        if (m_fault) {
+            std::rethrow_exception(m_fault);
+        }
+        m_file.commit();
+    }
+
+protected:
+    int_type overflow(int_type next) override {
+        if (sync() != 0) {
+            return traits_type::eof();
+        }
+        if (!traits_type::eq_int_type(next, traits_type::eof())) {
+            sputc(traits_type::to_char_type(next));
+        }
+        return traits_type::not_eof(next);
+    }
+
+    int sync() override {
+        try {
+            if (!m_fault) {
+                m_file.write({pbase(), static_cast<std::size_t>(pptr() - pbase())});
+            }
+        } catch (...) {
+            m_fault = std::current_exception();
+        }
+        setp(m_bytes.data(), m_bytes.data() + m_bytes.size());
+        return m_fault ? -1 : 0;
+    }
+
+private:
+    static constexpr std::size_t BYTES_AT_ONCE = 65536;
+
+    Veltrani::AtomicFile m_file;
+    std::array<char, BYTES_AT_ONCE> m_bytes{};
+    std::exception_ptr m_fault;
+};
+
+ResultFile::ResultFile(std::string path) : m_path(std::move(path)) {}
+
+ResultFile::~ResultFile() = default;
+
+bool ResultFile::open() {
+    try {
+        std::streambuf* buffer = std::cout.rdbuf();
+        if (isSpecialFile(m_path)) {
+            m_special = openThrough(m_path);
+            buffer = m_special.get();
+        } else if (!m_path.empty()) {
+            m_whole = std::make_unique<WholeFile>(m_path);
+            buffer = m_whole.get();
+        }
+        if (buffer == nullptr) {
+            std::cerr << "error: " + m_path + " cannot be written\n";
+            return false;
+        }
+        m_stream = std::make_unique<std::ostream>(buffer);
+        return true;
+    } catch (...) {
+        reportFailure(m_path, std::current_exception());
+        return false;
+    }
+}
+
+std::ostream& ResultFile::stream() {
+    return *m_stream;
+}
+
+bool ResultFile::commit() {
+    try {
+        const bool isTaken = static_cast<bool>(m_stream->flush());
+        if (m_whole) {
+            m_whole->commit();
+            return true;
+        }
+        if (!isTaken) {
+            std::cerr << "error: " + (m_path.empty() ? "standard output" : m_path) + " cannot be written\n";
+        }
+        return isTaken;
+    } catch (...) {
+        reportFailure(m_path, std::current_exception());
+        return false;
+    }
+}
+
+bool ResultFile::isSameFile(const std::string& a, const std::string& b) {
+    std::error_code unknown;
+    return std::filesystem::equivalent(a, b, unknown);
+}
+
+bool ResultFile::replacesInput(const std::string& path, const XMLConfigManager& config,
+                               const std::string& configurationFile) {
+    if (path.empty()) {
+        return false;
+    }
+    std::string what = isSameFile(path, configurationFile) ? "the configuration itself" : "";
+    for (const std::wstring& file : Veltrani::DisplayReport::filesOf(config)) {
+        if (isSameFile(path, Veltrani::toUtf8(file))) {
+            what = "a file that the configuration names";
+        }
+    }
+    if (!what.empty()) {
+        std::cerr << "error: " + path + " is " + what + ": name another file with --output\n";
+    }
+    return !what.empty();
+}

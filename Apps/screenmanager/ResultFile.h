@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <streambuf>
+#include <string>
+
+class XMLConfigManager;
+
+/// Where a command writes its result: standard output, a file that is replaced as a whole or not at all, or what
+/// cannot be replaced, such as a pipe, which is written through.
+///
+///     ResultFile result(options.output);
+///     if (!result.open()) { return EXIT_OUTPUT; }
+///     result.stream() << ...;
+///     return result.commit() ? EXIT_ALL_RIGHT : EXIT_OUTPUT;
+class ResultFile {
+public:
+    /// @param path UTF-8; empty for standard output
+    explicit ResultFile(std::string path);
+    ~ResultFile();
+    ResultFile(const ResultFile&) = delete;
+    ResultFile& operator=(const ResultFile&) = delete;
+
+    /// False when nothing can be written there, which has been reported then.
+    [[nodiscard]] bool open();
+
+    /// Between `open` and `commit`. Goes bad when the place takes no more.
+    [[nodiscard]] std::ostream& stream();
+
+    /// Puts a file in its place; without it the old one stays. False when not everything could be written, which has
+    /// been reported then.
+    [[nodiscard]] bool commit();
+
+    /// True when writing there would replace a file that the display is described by; reported then.
+    [[nodiscard]] static bool replacesInput(const std::string& path, const XMLConfigManager& config,
+                                            const std::string& configurationFile);
+    [[nodiscard]] static bool isSameFile(const std::string& a, const std::string& b);
+
+private:
+    class WholeFile;
+
+    std::string m_path;
+    std::unique_ptr<std::streambuf> m_special;  ///< of what is written through
+    std::unique_ptr<WholeFile> m_whole;
+    std::unique_ptr<std::ostream> m_stream;
+};

@@ -1,0 +1,92 @@
+#include "DisplayReport/LayoutMapper.h"
+
+#include "Configuration/BaseConfig.h"
+#include "Configuration/ProjectorConfig.h"
+#include "Configuration/XMLConfigManager.h"
+#include "DisplayReport/LocatorSource.h"
+#include "DisplayReport/NumberText.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+template <std::size_t N>
+bool isFinite(const Point<double, N>& point) {
+    bool finite = true;
+    for (std::size_t i = 0; i < N; ++i) {
+        finite = finite && std::isfinite(point[i]);
+    }
+    return finite;
+}
+
+void requireRectangle(const ChannelChoice& channel) {
+    const ProjectorConfig& projector = *channel.projector;
+    const bool hasExtent =
+        projector.getLayoutXMax() > projector.getLayoutXMin() && projector.getLayoutYMax() > projector.getLayoutYMin();
+    if (!hasExtent) {
+        channel.refuse("its layout rectangle has no extent, x " + exactText(projector.getLayoutXMin()) + " to " +
+                       exactText(projector.getLayoutXMax()) + ", y " + exactText(projector.getLayoutYMin()) + " to " +
+                       exactText(projector.getLayoutYMax()) +
+                       ": give the channel a Layout with xMin below xMax and yMin below yMax");
+    }
+}
+
+/// Displays whose maps count in pixels.
+bool countsPixels(const std::wstring& type) {
+    return type == BaseConfig::TARGET_DATA_CUSTOM_PLANAR || type == BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED ||
+           type == BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC || type == BaseConfig::TARGET_DATA_3D;
+}
+
+/// Refuses what the map would answer with misses alone, and what it says less clearly.
+void requireSource(const XMLConfigManager& config, const ChannelChoice& channel) {
+    if (isPlanarDisplay(config)) {
+        requireRectangle(channel);
+        return;
+    }
+    const std::wstring type = targetDataTypeOf(config);
+    if (countsPixels(type)) {
+        static_cast<void>(channel.pictureSize());
+    }
+    // The map reads its file by itself, and tells what is wrong with it.
+    if (type == BaseConfig::TARGET_DATA_CUSTOM_PLANAR) {
+        return;
+    }
+    const LocatorSource source = locatorSourceOf(config, *channel.projector);
+    if (!source.faults.empty()) {
+        channel.refuse(source.faults.front().where + ": " + sentenceOf(source.faults.front()));
+    }
+}
+
+}  // namespace
+
+LayoutMapper::LayoutMapper(XMLConfigManager& config, const ChannelChoice& channel, bool useCache)
+    : m_channel(channel.index) {
+    requireSource(config, channel);
+    m_map = LayoutMapFactory::create(&config, useCache);
+}
+
+void LayoutMapper::toLayout(std::span<const Point<double, 2>> picture, std::span<LayoutPoint> layout) {
+    std::fill(layout.begin(), layout.end(), LayoutPoint());
+    m_map.map->mapChannelPointsToLayout(picture, layout, m_channel);
+    for (LayoutPoint& answer : layout) {
+        answer.isMapped = answer.isMapped && isFinite(answer.point);
+    }
+}
+
+bool LayoutMapper::toPicture(const Point<double, 3>& layout, Point<double, 2>& picture) {
+    Point<double, 2> place;
+    if (!m_map.map->mapLayoutToChannel(layout, place, m_channel) || !isFinite(place)) {
+        return false;
+    }
+    picture = place;
+    return true;
+}
+
+bool LayoutMapper::needsScreen(const XMLConfigManager& config) {
+    return !isPlanarDisplay(config);
+}
+
+}  // namespace Veltrani::DisplayReport

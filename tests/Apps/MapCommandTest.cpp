@@ -1,0 +1,232 @@
+#include "ProgramRun.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string PLANAR = EXAMPLES + "planar-wall/display.xml";
+const std::string DOME = EXAMPLES + "spherical-dome/display.xml";
+
+/// A display whose picture is small enough to be mapped whole in a moment.
+const std::string SMALL =
+    "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><TargetData type='PlanarBasic'/>"
+    "<Projectors><Projector id='P1'><Name>Left</Name><Resolution width='6' height='4'/>"
+    "<Layout xMin='0' xMax='3' yMin='0' yMax='2'/></Projector><Projector id='P2'><Name>Right</Name>"
+    "<Layout xMin='3' xMax='6' yMin='0' yMax='2'/></Projector><Projector id='P3'><Name>Spare</Name>"
+    "<Resolution width='6' height='4'/></Projector></Projectors></Display>";
+
+class MapCommand : public testing::Test {
+protected:
+    /// The program on the small display.
+    ProgramRun map(const std::vector<std::string>& arguments, const std::string& channel = "Left") {
+        std::vector<std::string> all{"map", m_file, "--channel", channel};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return runScreenManager(all);
+    }
+    /// The same, with a text on standard input, in a shell.
+    ProgramRun mapFrom(const std::string& text, const std::string& arguments = "") {
+        m_folder.write("input", text);
+        return runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " map '" + m_file + "' --channel Left " +
+                                                arguments + " < '" + m_folder.file("input") + "'"});
+    }
+
+    const TemporaryFolder m_folder;
+    const std::string m_file = m_folder.write("display.xml", SMALL);
+};
+
+TEST_F(MapCommand, MapsPointsToTheLayout) {
+    const ProgramRun run = map({"--point", "0.5,0.25", "--point", "-0.5,0.5", "--point", "1,1"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.output, "u,v,x,y,z,mapped\n0.5,0.25,1.5,0.5,0,1\n-0.5,0.5,,,,0\n1,1,3,2,0,1\n");
+    EXPECT_EQ(run.errors, "channel Left (P1): 2 of 3 points mapped to the layout\n");
+}
+
+TEST_F(MapCommand, MapsPointsToTheChannel) {
+    const ProgramRun run = map({"--to", "channel", "--point", "4.5,0.5,9", "--point", "1,1,0", "-q"}, "P2");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.output, "x,y,z,u,v,mapped\n4.5,0.5,9,0.5,0.25,1\n1,1,0,,,0\n");
+    EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(MapCommand, ReadsStandardInput) {
+    const std::string expected = "u,v,x,y,z,mapped\n0.5,0.5,1.5,1,0,1\n";
+    EXPECT_EQ(mapFrom("0.5,0.5\n").output, expected);
+    EXPECT_EQ(mapFrom("u,v\r\n0.5,0.5\r\n\r\n", "--points -").output, expected);
+}
+
+TEST_F(MapCommand, ReadsAFileAndWritesOne) {
+    const std::string points = m_folder.write("points.csv", "x,y,z\n1.5,1,0\n");
+    const ProgramRun run = map({"--to", "channel", "--points", points, "-o", m_folder.file("mapped.csv")});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(m_folder.read("mapped.csv"), "x,y,z,u,v,mapped\n1.5,1,0,0.5,0.5,1\n");
+}
+
+TEST_F(MapCommand, WhatWasMappedComesBack) {
+    const ProgramRun there = runScreenManager({"map", DOME, "--channel", "Top", "--point", "0.3,0.7", "-q"});
+    ASSERT_EQ(there.exitCode, 0);
+    const std::string line = there.output.substr(there.output.find('\n') + 1);
+    const std::string layout =
+        line.substr(std::string("0.3,0.7,").size(), line.size() - std::string("0.3,0.7,,1\n").size());
+    const ProgramRun back =
+        runScreenManager({"map", DOME, "--channel", "Top", "--to", "channel", "--point", layout, "-q"});
+    double u = 0;
+    double v = 0;
+    ASSERT_EQ(std::sscanf(back.output.c_str(), "x,y,z,u,v,mapped\n%*f,%*f,%*f,%lf,%lf,1", &u, &v), 2) << back.output;
+    EXPECT_NEAR(u, 0.3, 1e-9);
+    EXPECT_NEAR(v, 0.7, 1e-9);
+}
+
+TEST_F(MapCommand, ABadLineEndsItAndIsNamed) {
+    const ProgramRun run = mapFrom("0.5,0.5\n0,5;0,5\n1,1\n");
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_EQ(run.output, "u,v,x,y,z,mapped\n0.5,0.5,1.5,1,0,1\n") << "what came before it stays";
+    EXPECT_EQ(run.errors,
+              "error: standard input:2: point: found \"0,5;0,5\", expected u,v: 2 finite numbers with decimal points, "
+              "a comma between them; write one point per line, such as 0.5,0.25\n");
+    m_folder.write("mapped.csv", "old");
+    EXPECT_EQ(mapFrom("0.5,0.5\nnan,0\n", "-o '" + m_folder.file("mapped.csv") + "'").exitCode, 3);
+    EXPECT_EQ(m_folder.read("mapped.csv"), "old") << "a file is replaced as a whole or not at all";
+}
+
+TEST_F(MapCommand, WithoutAnyMappedPointItExitsWithOne) {
+    EXPECT_EQ(map({"--point", "2,2", "-q"}).exitCode, 1);
+    const ProgramRun run = mapFrom("");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.output, "u,v,x,y,z,mapped\n");
+    EXPECT_THAT(run.errors, HasSubstr("there are no points"));
+}
+
+TEST_F(MapCommand, AnUnknownChannelExitsWithTwoAndIsToldTheOthers) {
+    const ProgramRun run = map({"--point", "0,0"}, "Middle");
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors,
+              "error: --channel: \"Middle\" is no channel; the channels are: Left (P1), Right (P2), Spare (P3)\n");
+}
+
+TEST_F(MapCommand, WhatAChannelLacksIsTold) {
+    const ProgramRun rectangle = map({"--point", "0,0"}, "Spare");
+    EXPECT_EQ(rectangle.exitCode, 3);
+    EXPECT_THAT(rectangle.errors, HasSubstr("channel Spare (P3): its layout rectangle has no extent"));
+    const ProgramRun size = map({"--grid"}, "Right");
+    EXPECT_EQ(size.exitCode, 3);
+    EXPECT_THAT(size.errors, HasSubstr("channel Right (P2): its picture has no size, 0 x 0 pixels"));
+    EXPECT_EQ(map({"--point", "0,0", "-q"}, "Right").exitCode, 0) << "a point of a plane needs no pixels";
+}
+
+TEST_F(MapCommand, ADisplayWithoutTargetDataIsTold) {
+    const std::string empty = EXAMPLES + "empty-wall/display.xml";
+    EXPECT_EQ(runScreenManager({"map", empty, "--channel", "P1"}).exitCode, 2);
+    const std::string file =
+        m_folder.write("none.xml",
+                       "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Flat'><Size width='1' "
+                       "height='1'/></Screen><Projectors><Projector id='P1'/></Projectors></Display>");
+    const ProgramRun run = runScreenManager({"map", file, "--channel", "P1", "--point", "0,0"});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_THAT(run.errors, HasSubstr("the configuration has no target data, expected target data of one of"));
+}
+
+TEST_F(MapCommand, FilesThatCannotBeUsedExitWithThree) {
+    EXPECT_EQ(runScreenManager({"map", m_folder.file("gone.xml"), "--channel", "A"}).exitCode, 3);
+    const ProgramRun gone = map({"--points", m_folder.file("gone.csv")});
+    EXPECT_EQ(gone.exitCode, 3);
+    EXPECT_EQ(gone.errors, "error: " + m_folder.file("gone.csv") + ": No such file or directory\n");
+    const ProgramRun folder = map({"--points", m_folder.path()});
+    EXPECT_EQ(folder.exitCode, 3);
+    EXPECT_EQ(folder.errors, "error: " + m_folder.path() + ": Is a directory\n");
+}
+
+TEST_F(MapCommand, NeverReplacesWhatItReads) {
+    const std::string points = m_folder.write("points.csv", "0,0\n");
+    const ProgramRun onPoints = map({"--points", points, "-o", m_folder.path() + "/./points.csv"});
+    EXPECT_EQ(onPoints.exitCode, 2);
+    EXPECT_THAT(onPoints.errors, HasSubstr("is the file of points"));
+    EXPECT_EQ(map({"--grid", "-o", m_file}).exitCode, 2);
+    EXPECT_EQ(m_folder.read("points.csv"), "0,0\n");
+    EXPECT_EQ(m_folder.read("display.xml"), SMALL);
+}
+
+TEST_F(MapCommand, WhatCannotBeWrittenExitsWithFour) {
+    EXPECT_EQ(map({"--point", "0,0", "-o", "/nowhere/points.csv"}).exitCode, 4);
+    EXPECT_EQ(map({"--point", "0,0", "-o", "/dev/full"}).exitCode, 4);
+    EXPECT_EQ(map({"--grid", "-o", "/dev/full"}).exitCode, 4);
+    EXPECT_EQ(map({"--grid", "-o", "/dev/null"}).exitCode, 0);
+}
+
+TEST_F(MapCommand, OptionsThatDoNotGoTogetherExitWithTwo) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> lines{
+        {{"--grid", "--point", "0,0"}, "--grid"},
+        {{"--grid", "--to", "channel"}, "--grid"},
+        {{"--format", "png"}, "--grid"},
+        {{"--nodes", "3x3"}, "--grid"},
+        {{"--input", "fisheye"}, "--grid"},
+        {{"--point", "0,0", "--points", "-"}, "--point"},
+        {{"--to", "screen"}, "screen"},
+        {{"--grid", "--format", "tiff"}, "tiff"},
+        {{"--grid", "--nodes", "1x5"}, "\"1x5\" is not COLUMNSxROWS"},
+        {{"--grid", "--nodes", "100000x100000"}, "at most 40000000 nodes"},
+        {{"--grid", "--nodes", "3x3", "--format", "pfm"}, "pfm has one value per pixel"},
+        {{"--grid", "--input", "cube"}, "cube"},
+        {{"--point", "0.5"}, "--point 0.5 is not U,V, such as 0.5,0.25"},
+        {{"--point", "0,0", "--to", "channel"}, "--point 0,0 is not X,Y,Z"},
+        {{"--grid", "--input", "fisheye"}, "the input of this display is flat"},
+    };
+    for (const auto& [arguments, expected] : lines) {
+        const ProgramRun run = map(arguments);
+        EXPECT_EQ(run.exitCode, 2) << expected;
+        EXPECT_THAT(run.errors, HasSubstr(expected));
+        EXPECT_EQ(run.output, "");
+    }
+    EXPECT_EQ(runScreenManager({"map", m_file}).exitCode, 2) << "no channel";
+}
+
+TEST_F(MapCommand, AGridIsAWarpMeshOfTheCornersOfAllPixels) {
+    const ProgramRun run = map({"--grid"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.output, StartsWith("2\n7 5\n-1.5 -1 0 0 1\n-1 -1 0.08333333333333333 0 1\n"));
+    EXPECT_THAT(run.output, EndsWith("\n1.5 1 0.5 1 1\npixels 6 4\n"));
+    EXPECT_EQ(run.errors, "channel Left (P1): 7 x 5 nodes, 0 not mapped\n");
+    EXPECT_THAT(map({"--grid", "--nodes", "2x3", "-q"}).output,
+                testing::StrEq("2\n2 3\n-1.5 -1 0 0 1\n1.5 -1 0.5 0 1\n-1.5 0 0 0.5 1\n1.5 0 0.5 0.5 1\n"
+                               "-1.5 1 0 1 1\n1.5 1 0.5 1 1\npixels 6 4\n"));
+}
+
+TEST_F(MapCommand, FormatsOfPixelsHaveOneValueEach) {
+    const ProgramRun pfm = map({"--grid", "--format", "pfm"});
+    EXPECT_EQ(pfm.exitCode, 0);
+    EXPECT_THAT(pfm.output, StartsWith("PF\n6 4\n-1.0\n"));
+    EXPECT_EQ(pfm.output.size(), std::string("PF\n6 4\n-1.0\n").size() + 6 * 4 * 3 * 4);
+    EXPECT_EQ(pfm.errors, "channel Left (P1): 6 x 4 pixels, 0 not mapped\n");
+    EXPECT_EQ(map({"--grid", "--format", "png", "-o", m_folder.file("map.png")}).exitCode, 0);
+    EXPECT_THAT(m_folder.read("map.png"), StartsWith("\x89PNG\r\n"));
+}
+
+TEST_F(MapCommand, APictureOfWhichNothingIsMappedIsNotWritten) {
+    const std::string file = m_folder.write(
+        "backwards.xml",
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'><Radius "
+        "value='5'/></Screen><TargetData type='Spherical'/><Projectors><Projector id='P1'><Resolution width='6' "
+        "height='4'/><Orientation z='180' x='0' y='0'/><Frustum left='-9' right='9' bottom='-9' top='9'/>"
+        "</Projector></Projectors></Display>");
+    m_folder.write("map.txt", "old");
+    const ProgramRun run = runScreenManager({"map", file, "--channel", "P1", "--grid", "-o", m_folder.file("map.txt")});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("nothing of its picture is mapped, and nothing was written"));
+    EXPECT_EQ(m_folder.read("map.txt"), "old");
+    const ProgramRun around =
+        runScreenManager({"map", file, "--channel", "P1", "--grid", "--input", "equirectangular"});
+    EXPECT_EQ(around.exitCode, 0);
+    EXPECT_THAT(around.errors, HasSubstr("7 x 5 nodes, 0 not mapped, 5 left out at the seam of the input"));
+}
+
+}  // namespace
