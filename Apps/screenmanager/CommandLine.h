@@ -4,9 +4,11 @@
 #include "ChannelsCommand.h"
 #include "DeviceOptions.h"
 #include "MapCommand.h"
+#include "PictureCommand.h"
 #include "PrepareCommand.h"
 #include "TargetsCommand.h"
 #include "Verbosity.h"
+#include "ViewCommand.h"
 
 #include <CLI/CLI.hpp>
 
@@ -40,6 +42,8 @@ private:
     CLI::App* m_check = nullptr;
     CLI::App* m_targets = nullptr;
     CLI::App* m_map = nullptr;
+    CLI::App* m_view = nullptr;
+    CLI::App* m_picture = nullptr;
     CLI::App* m_channels = nullptr;
     CLI::App* m_prepare = nullptr;
     CLI::App* m_discover = nullptr;
@@ -47,6 +51,8 @@ private:
     std::string m_checkedFile;
     TargetsCommand::Options m_targetOptions;
     MapCommand::Options m_mapOptions;
+    ViewCommand::Options m_viewOptions;
+    PictureCommand::Options m_pictureOptions;
     ChannelsCommand::Options m_channelOptions;
     PrepareCommand::Options m_prepareOptions;
     AddCommand::Options m_addOptions;

@@ -36,12 +36,8 @@ constexpr double RAY_REACH = 0.75;
 /// Coordinates beyond this cannot be squared any more.
 constexpr double LARGEST = 1e100;
 
-std::string sentence(const Fault& fault) {
-    std::string text = (fault.where.empty() ? "" : fault.where + ": ") + fault.what;
-    for (const std::string& cause : fault.causes) {
-        text += ": " + cause;
-    }
-    return text;
+std::string located(const Fault& fault) {
+    return fault.where + ": " + sentenceOf(fault);
 }
 
 std::string grouped(std::size_t number) {
@@ -171,7 +167,7 @@ void addFrustum(const XMLConfigManager& config, const ProjectorConfig& projector
         channel.frustum = FrustumTracer(locator.get(), projector, reach).trace();
     } catch (...) {
         fault(scene, "channel " + channel.targets.name +
-                         ": its frustum cannot be drawn: " + sentence(faultOf({}, std::current_exception())));
+                         ": its frustum cannot be drawn: " + sentenceOf(faultOf({}, std::current_exception())));
     }
 }
 
@@ -212,7 +208,7 @@ DisplayScene SceneCollector::collect(const std::string& title, const XMLConfigMa
     scene.unit = survey.unit;
     scene.plan = survey.plan;
     for (const Fault& screenFault : screenFaults) {
-        fault(scene, sentence(screenFault));
+        fault(scene, located(screenFault));
     }
     addScreens(scene);
     addCloud(scene);
