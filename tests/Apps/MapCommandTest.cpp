@@ -4,6 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <sstream>
+
 namespace {
 
 using testing::EndsWith;
@@ -209,6 +214,62 @@ TEST_F(MapCommand, FormatsOfPixelsHaveOneValueEach) {
     EXPECT_EQ(pfm.errors, "channel Left (P1): 6 x 4 pixels, 0 not mapped\n");
     EXPECT_EQ(map({"--grid", "--format", "png", "-o", m_folder.file("map.png")}).exitCode, 0);
     EXPECT_THAT(m_folder.read("map.png"), StartsWith("\x89PNG\r\n"));
+}
+
+/// Number i of a portable float map with this header.
+double valueOf(const std::string& file, const std::string& header, std::size_t i) {
+    float value = 0;
+    std::memcpy(&value, file.data() + header.size() + sizeof(value) * i, sizeof(value));
+    return static_cast<double>(value);
+}
+
+// The other route: the points by themselves, and the angles of a fisheye about the eye point worked out here.
+TEST_F(MapCommand, AFloatMapAgreesWithSinglePoints) {
+    const std::string file = m_folder.write(
+        "dome.xml",
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'><EyePoint x='1' "
+        "y='-1' z='0.5'/><Radius value='5'/><Elevation min='-90' max='20'/></Screen><TargetData type='Spherical'/>"
+        "<Projectors><Projector id='P1'><Resolution width='8' height='5'/><Orientation z='30' x='10' y='0'/>"
+        "<Frustum left='-30' right='30' bottom='-20' top='20'/><Position x='1' y='-1' z='0.5'/></Projector>"
+        "</Projectors></Display>");
+    const std::string header = "PF\n8 5\n-1.0\n";
+    const std::vector<std::string> common{"map", file, "--channel", "P1", "-q"};
+    std::vector<std::string> grid = common;
+    grid.insert(grid.end(), {"--grid", "--format", "pfm"});
+    const std::string pfm = runScreenManager(grid).output;
+    ASSERT_EQ(pfm.size(), header.size() + 8 * 5 * 3 * sizeof(float));
+
+    std::vector<std::string> points = common;
+    for (int row = 0; row < 5; ++row) {
+        for (int column = 0; column < 8; ++column) {
+            points.insert(points.end(),
+                          {"--point", std::to_string((column + 0.5) / 8) + ',' + std::to_string((row + 0.5) / 5)});
+        }
+    }
+    std::istringstream lines(runScreenManager(points).output);
+    std::string line;
+    std::getline(lines, line);
+    int mapped = 0;
+    for (std::size_t i = 0; i < 8 * 5; ++i) {
+        ASSERT_TRUE(std::getline(lines, line));
+        double x = 0;
+        double y = 0;
+        double z = 0;
+        if (std::sscanf(line.c_str(), "%*f,%*f,%lf,%lf,%lf,1", &x, &y, &z) != 3) {
+            EXPECT_EQ(valueOf(pfm, header, 3 * i), -1) << line;
+            EXPECT_EQ(valueOf(pfm, header, 3 * i + 2), 0) << line;
+            continue;
+        }
+        ++mapped;
+        const double angle = std::acos((y + 1) / std::hypot(x - 1, y + 1, z - 0.5));
+        const double around = std::atan2(z - 0.5, x - 1);
+        constexpr double FLOAT_ROUNDING = 1e-7;
+        EXPECT_NEAR(valueOf(pfm, header, 3 * i), 0.5 + angle / std::acos(-1.0) * std::cos(around), FLOAT_ROUNDING);
+        EXPECT_NEAR(valueOf(pfm, header, 3 * i + 1), 0.5 + angle / std::acos(-1.0) * std::sin(around), FLOAT_ROUNDING);
+        EXPECT_EQ(valueOf(pfm, header, 3 * i + 2), 1);
+    }
+    EXPECT_GT(mapped, 20);
+    EXPECT_LT(mapped, 40) << "the dome ends inside the picture";
 }
 
 TEST_F(MapCommand, APictureOfWhichNothingIsMappedIsNotWritten) {

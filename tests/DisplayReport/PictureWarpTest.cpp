@@ -6,6 +6,7 @@
 #include "Displays.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
+#include "support/LogTrap.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -42,6 +43,7 @@ private:
         return {config, ChannelChoice::of(config, "A"), false};
     }
 
+    LogTrap m_log;
     std::unique_ptr<XMLConfigFile> m_config;
 
 public:

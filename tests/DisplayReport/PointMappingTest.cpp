@@ -69,7 +69,7 @@ TEST_F(PointMappingTest, ManyPointsStayInOrder) {
     std::getline(lines, line);
     for (int i = 0; i < POINTS; ++i) {
         ASSERT_TRUE(std::getline(lines, line));
-        ASSERT_EQ(std::stod(line.substr(2)), i * 1e-4) << line;
+        ASSERT_EQ(std::stod(line.substr(2)), std::stod(std::to_string(i) + "e-4")) << line;
     }
     EXPECT_FALSE(std::getline(lines, line));
     EXPECT_EQ(m_calls, 3);
