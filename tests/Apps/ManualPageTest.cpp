@@ -29,6 +29,8 @@ TEST(ManualPage, NamesEveryOptionOfTheHelp) {
                                                       {"check", "--help"},
                                                       {"targets", "--help"},
                                                       {"map", "--help"},
+                                                      {"view", "--help"},
+                                                      {"picture", "--help"},
                                                       {"channels", "--help"},
                                                       {"prepare", "--help"},
                                                       {"discover", "--help"},
