@@ -1,13 +1,13 @@
 #include "CommandLine.h"
 
 #include "CheckCommand.h"
-#include "ColumnsByRows.h"
 #include "Common/Utf8.h"
 #include "ConsoleLog.h"
 #include "DiscoverCommand.h"
 #include "DisplayReport/TargetWriter.h"
 #include "ExitCode.h"
 #include "MapOptions.h"
+#include "PlanOptions.h"
 
 #include <chrono>
 #include <iostream>
@@ -16,29 +16,12 @@
 
 namespace {
 
-/// Bounds that keep a slip of the keyboard from filling the memory.
-constexpr int MOST_GRID_LINES = 10000;
-constexpr long long MOST_GRID_TARGETS = 4'000'000;
-constexpr int MOST_BOUNDARY_SAMPLES = 100000;
-
 constexpr const char* EXIT_CODES =
     "Exit codes: 0 all right; 1 done, but faults were found, a channel has no grid of targets, no point was\n"
     "mapped, or a projector is missing, not ready or failed; 2 wrong command line, or no such channel; 3 the\n"
     "configuration, a file that it names or a file of points cannot be used; 4 the result cannot be written; 5 "
     "internal\n"
     "fault.";
-
-/// Reads "COLUMNSxROWS"; throws the error of CLI11 for anything else.
-void readGrid(const std::string& text, Veltrani::DisplayReport::TargetPlan& plan) {
-    const auto grid = ColumnsByRows::parse(text);
-    if (!grid || !grid->isWithin(1, MOST_GRID_LINES, MOST_GRID_TARGETS)) {
-        throw CLI::ValidationError("--grid", "\"" + text + "\" is not COLUMNSxROWS, such as 16x10, with 1 to " +
-                                                 std::to_string(MOST_GRID_LINES) + " each and at most " +
-                                                 std::to_string(MOST_GRID_TARGETS) + " targets");
-    }
-    plan.columns = grid->columns;
-    plan.rows = grid->rows;
-}
 
 /// Bounds of a wait in seconds: an answer on a local network takes milliseconds, and nobody waits for longer than an
 /// hour.
@@ -129,6 +112,8 @@ CommandLine::CommandLine()
     addTargets();
     m_map = addMapCommand(m_app, m_mapOptions);
     addCoverage();
+    m_view = ViewCommand::addTo(m_app, m_viewOptions);
+    m_picture = PictureCommand::addTo(m_app, m_pictureOptions);
     addChannels();
     addPrepare();
     addDiscover();
@@ -149,15 +134,7 @@ void CommandLine::addTargets() {
         ->type_name("FORMAT");
     m_targets->add_option("-o,--output", m_targetOptions.output, "File to write instead of standard output")
         ->type_name("FILE");
-    m_targets
-        ->add_option_function<std::string>(
-            "--grid", [this](const std::string& text) { readGrid(text, m_targetOptions.plan); },
-            "Targets per channel (default 16x10)")
-        ->type_name("COLUMNSxROWS");
-    m_targets
-        ->add_option("--boundary", m_targetOptions.plan.boundarySamples, "Samples per edge of the outline (default 16)")
-        ->check(CLI::Range(0, MOST_BOUNDARY_SAMPLES))
-        ->type_name("N");
+    addPlanOptions(*m_targets, m_targetOptions.plan);
 }
 
 void CommandLine::addCoverage() {
@@ -244,8 +221,8 @@ int CommandLine::report(const CLI::ParseError& error) const {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
         std::cerr
             << "\"" + unknown.front() +
-                   "\" is not a command: check, targets, map, coverage, channels, prepare, discover or add. Run with "
-                   "--help for more.\n";
+                   "\" is not a command: check, targets, map, coverage, view, picture, channels, prepare, discover "
+                   "or add. Run with --help for more.\n";
         return EXIT_USAGE;
     }
     return m_app.exit(error) == 0 ? EXIT_ALL_RIGHT : EXIT_USAGE;
@@ -273,6 +250,7 @@ int CommandLine::run() {
     installLog();
     m_deviceOptions.verbosity = verbosity();
     m_targetOptions.verbosity = m_mapOptions.verbosity = verbosity();
+    m_viewOptions.verbosity = m_pictureOptions.verbosity = verbosity();
     m_channelOptions.devices = m_prepareOptions.devices = m_addOptions.devices = m_deviceOptions;
     if (m_check->parsed()) {
         return CheckCommand::run(m_checkedFile);
@@ -283,6 +261,12 @@ int CommandLine::run() {
     if (m_coverage->parsed()) {
         m_coverageOptions.verbosity = verbosity();
         return CoverageCommand::run(m_coverageOptions);
+    }
+    if (m_view->parsed()) {
+        return ViewCommand::run(m_viewOptions);
+    }
+    if (m_picture->parsed()) {
+        return PictureCommand::run(m_pictureOptions);
     }
     if (m_channels->parsed()) {
         return ChannelsCommand::run(m_channelOptions);

@@ -5,9 +5,11 @@
 #include "CoverageCommand.h"
 #include "DeviceOptions.h"
 #include "MapCommand.h"
+#include "PictureCommand.h"
 #include "PrepareCommand.h"
 #include "TargetsCommand.h"
 #include "Verbosity.h"
+#include "ViewCommand.h"
 
 #include <CLI/CLI.hpp>
 
@@ -43,6 +45,8 @@ private:
     CLI::App* m_targets = nullptr;
     CLI::App* m_map = nullptr;
     CLI::App* m_coverage = nullptr;
+    CLI::App* m_view = nullptr;
+    CLI::App* m_picture = nullptr;
     CLI::App* m_channels = nullptr;
     CLI::App* m_prepare = nullptr;
     CLI::App* m_discover = nullptr;
@@ -51,6 +55,8 @@ private:
     TargetsCommand::Options m_targetOptions;
     MapCommand::Options m_mapOptions;
     CoverageCommand::Options m_coverageOptions;
+    ViewCommand::Options m_viewOptions;
+    PictureCommand::Options m_pictureOptions;
     ChannelsCommand::Options m_channelOptions;
     PrepareCommand::Options m_prepareOptions;
     AddCommand::Options m_addOptions;

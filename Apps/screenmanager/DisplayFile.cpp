@@ -5,8 +5,6 @@
 #include "FailureReport.h"
 #include "ProgressMeter.h"
 
-#include <vector>
-
 using namespace Veltrani::DisplayReport;
 
 std::unique_ptr<XMLConfigFile> DisplayFile::read(const std::string& file) {
@@ -18,15 +16,16 @@ std::unique_ptr<XMLConfigFile> DisplayFile::read(const std::string& file) {
     }
 }
 
+std::vector<Fault> DisplayFile::loadScreen(XMLConfigFile& config, Verbosity verbosity) {
+    ProgressMeter progress(verbosity != Verbosity::QUIET, "building the screen");
+    progress.begin();
+    // Every fault is answered; the library's warning of the first would only repeat it.
+    const ConsoleLog::ErrorsOnly quieter(verbosity == Verbosity::NORMAL);
+    return ScreenLoader::load(config);
+}
+
 bool DisplayFile::buildScreen(XMLConfigFile& config, const std::string& file, Verbosity verbosity) {
-    std::vector<Fault> faults;
-    {
-        ProgressMeter progress(verbosity != Verbosity::QUIET, "building the screen");
-        progress.begin();
-        // Every fault is reported below; the library's warning of the first would only repeat it.
-        const ConsoleLog::ErrorsOnly quieter(verbosity == Verbosity::NORMAL);
-        faults = ScreenLoader::load(config);
-    }
+    const std::vector<Fault> faults = loadScreen(config, verbosity);
     for (const Fault& fault : faults) {
         reportFault(file, fault);
     }

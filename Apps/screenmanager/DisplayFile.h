@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Configuration/XMLConfigFile.h"
+#include "DisplayReport/Fault.h"
 #include "Verbosity.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
 /// The configuration that a command works on. Whatever is wrong with it has been told on standard error when an
 /// operation answers that it failed.
@@ -14,6 +16,11 @@ public:
 
     /// Null when the configuration cannot be read.
     [[nodiscard]] static std::unique_ptr<XMLConfigFile> read(const std::string& file);
+
+    /// Loads what can be loaded of the screen, with progress on a terminal; answers what is wrong with the rest, of
+    /// which nothing has been told.
+    [[nodiscard]] static std::vector<Veltrani::DisplayReport::Fault> loadScreen(XMLConfigFile& config,
+                                                                                Verbosity verbosity);
 
     /// Builds the screen, with progress on a terminal. False when it or a file of it cannot be used.
     [[nodiscard]] static bool buildScreen(XMLConfigFile& config, const std::string& file, Verbosity verbosity);

@@ -1,28 +1,16 @@
 #include "DisplayReport/PlyTargetWriter.h"
 
+#include "DisplayReport/ChannelPalette.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/TargetSurvey.h"
 #include "DisplayReport/TextTable.h"
 
-#include <array>
 #include <ostream>
 #include <string>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
-
-using Colour = std::array<int, 3>;
-
-/// Eight colours that stay apart for colour-blind eyes too (Okabe and Ito, 2008), used in turn.
-constexpr std::array<Colour, 8> CHANNEL_COLOURS{{{230, 159, 0},
-                                                 {86, 180, 233},
-                                                 {0, 158, 115},
-                                                 {240, 228, 66},
-                                                 {0, 114, 178},
-                                                 {213, 94, 0},
-                                                 {204, 121, 167},
-                                                 {160, 160, 160}}};
 
 enum class Kind : int { GRID = 0, BOUNDARY = 1 };
 
@@ -32,7 +20,8 @@ std::string line(const Point<double, 3>& point, std::size_t channel, Kind kind, 
         text += exactText(point[axis]) + ' ';
     }
     const int divisor = kind == Kind::BOUNDARY ? 2 : 1;
-    for (const int part : CHANNEL_COLOURS[channel % CHANNEL_COLOURS.size()]) {
+    const Colour colour = channelColour(channel);
+    for (const int part : {colour.red, colour.green, colour.blue}) {
         text += std::to_string(part / divisor) + ' ';
     }
     return text + std::to_string(channel) + ' ' + std::to_string(static_cast<int>(kind)) + ' ' +

@@ -1,15 +1,11 @@
 #include "DisplayReport/PngWarpWriter.h"
 
 #include "DisplayReport/PictureWarp.h"
-
-#include <png.h>
+#include "DisplayReport/PngPicture.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <ostream>
-#include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -73,26 +69,10 @@ std::vector<unsigned char> coloursOf(const PictureWarp& warp) {
     return bytes;
 }
 
-[[noreturn]] void refuse(const png_image& image) {
-    throw std::runtime_error(std::string("The picture cannot be encoded: ") + image.message);
-}
-
 }  // namespace
 
 void PngWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
-    const std::vector<unsigned char> colours = coloursOf(warp);
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(warp.columns());
-    image.height = static_cast<png_uint_32>(warp.rows());
-    image.format = PNG_FORMAT_RGB;
-    constexpr int KEEP_8_BITS = 0;
-    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
-    std::string bytes(size, '\0');
-    if (png_image_write_to_memory(&image, bytes.data(), &size, KEEP_8_BITS, colours.data(), 0, nullptr) == 0) {
-        refuse(image);
-    }
-    out.write(bytes.data(), static_cast<std::streamsize>(size));
+    PngPicture{warp.columns(), warp.rows(), coloursOf(warp)}.write(out);
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -30,6 +30,8 @@ TEST(ManualPage, NamesEveryOptionOfTheHelp) {
                                                       {"targets", "--help"},
                                                       {"map", "--help"},
                                                       {"coverage", "--help"},
+                                                      {"view", "--help"},
+                                                      {"picture", "--help"},
                                                       {"channels", "--help"},
                                                       {"prepare", "--help"},
                                                       {"discover", "--help"},

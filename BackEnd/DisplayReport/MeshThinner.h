@@ -1,0 +1,28 @@
+#pragma once
+
+#include "DisplayReport/SceneSurface.h"
+#include "KelvoScreen/TriangleMesh.h"
+
+#include <cstddef>
+
+namespace Veltrani::DisplayReport {
+
+/// Fewer triangles for a picture of a mesh: vertices are gathered in cells of equal size, the middle of each takes
+/// their place, and triangles that keep three different corners stay.
+///
+/// For looking at, not for measuring: what is smaller than a cell disappears, and an open edge moves inwards by up to
+/// half a cell.
+class MeshThinner {
+public:
+    /// @param mostTriangles at least 1
+    explicit MeshThinner(std::size_t mostTriangles) : m_mostTriangles(mostTriangles) {}
+
+    /// Vertices and triangles alone, without name and border. A mesh of few enough triangles is handed on as it is;
+    /// triangles with a corner that is not finite are left out.
+    [[nodiscard]] SceneSurface thin(const TriangleMesh& mesh) const;
+
+private:
+    std::size_t m_mostTriangles;
+};
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,64 @@
+#include "DisplayReport/SceneAxes.h"
+
+#include "DisplayReport/NumberText.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+constexpr double MOST_STEPS = 6;
+/// Of a step: a tick that rounding pushes past the end of the box counts as on it.
+constexpr double ROUNDING = 1e-6;
+
+/// 1, 2 or 5 times a power of ten, so that no more than `MOST_STEPS` fit.
+double stepOf(double length) {
+    const double least = length / MOST_STEPS;
+    const double power = std::pow(10.0, std::floor(std::log10(least)));
+    for (const double factor : {1.0, 2.0, 5.0}) {
+        if (factor * power >= least) {
+            return factor * power;
+        }
+    }
+    return 10.0 * power;
+}
+
+/// Rounded to the step, so that 0.30000000000000004 does not appear.
+std::string textOf(double value, double step) {
+    const double decimals = std::max(0.0, -std::floor(std::log10(step)));
+    constexpr double MOST_DECIMALS = 12;
+    if (decimals > MOST_DECIMALS) {
+        return exactText(value);
+    }
+    const double shift = std::pow(10.0, decimals);
+    return exactText(std::round(value * shift) / shift + 0.0);
+}
+
+}  // namespace
+
+SceneAxes SceneAxes::of(const Extent& box, const std::string& unit) {
+    SceneAxes scales;
+    scales.box = box;
+    const std::string suffix = unit.empty() ? "" : " [" + unit + "]";
+    const Point<double, 3> size = box.size();
+    const double longest = std::max({size[0], size[1], size[2]});
+    const std::array<const char*, 3> names{"x right", "y forward", "z up"};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        scales.axes[axis].title = names[axis] + suffix;
+        if (!(longest > 0) || !std::isfinite(longest)) {
+            continue;
+        }
+        const double step = stepOf(longest);
+        const double first = std::ceil(box.minimum()[axis] / step - ROUNDING);
+        const auto count = static_cast<int>(std::floor(box.maximum()[axis] / step + ROUNDING) - first) + 1;
+        for (int i = 0; i < count; ++i) {
+            const double value = (first + i) * step;
+            scales.axes[axis].ticks.push_back({value, textOf(value, step)});
+        }
+    }
+    return scales;
+}
+
+}  // namespace Veltrani::DisplayReport

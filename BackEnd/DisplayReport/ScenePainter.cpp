@@ -1,0 +1,290 @@
+#include "DisplayReport/ScenePainter.h"
+
+#include "DisplayReport/DisplayScene.h"
+#include "DisplayReport/SceneAxes.h"
+#include "DisplayReport/SceneCamera.h"
+#include "DisplayReport/SceneLegend.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+using P3 = Point<double, 3>;
+using Polygon = std::vector<P3>;
+
+constexpr Colour WHITE{255, 255, 255};
+constexpr Colour BLACK{0, 0, 0};
+constexpr Colour CONTENT_COLOUR{214, 221, 229};
+constexpr Colour MEASURED_COLOUR{226, 219, 203};
+constexpr Colour BORDER_COLOUR{120, 128, 138};
+constexpr Colour SCALE_COLOUR{140, 147, 155};
+constexpr Colour CLOUD_COLOUR{70, 140, 125};
+constexpr Colour EYE_COLOUR{20, 20, 20};
+
+/// Shares of the colour's light: of a surface that is seen edge on, and what facing it adds.
+constexpr double LEAST_LIGHT = 0.72;
+/// Of a screen that is seen from behind, and of a part of a mirror.
+constexpr double BEHIND_OPACITY = 0.12;
+constexpr double MIRROR_OPACITY = 0.16;
+/// Of the picture of a channel on the screen.
+constexpr double PICTURE_OPACITY = 0.42;
+/// Pixels, in a picture of a thousand lines.
+constexpr double THIN = 1.1;
+constexpr double THICK = 2.2;
+constexpr double DOT = 2.6;
+constexpr double CLOUD_DOT = 0.8;
+constexpr double PLACE_DOT = 5;
+constexpr double REFERENCE_HEIGHT = 1000;
+/// Pieces of a line, so that it can be sorted between surfaces.
+constexpr int PIECES = 12;
+
+/// The parts of a polygon that are ahead of the camera.
+Polygon clipped(const Polygon& seen, double nearest) {
+    Polygon kept;
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        const P3& a = seen[i];
+        const P3& b = seen[(i + 1) % seen.size()];
+        if (a[2] >= nearest) {
+            kept.push_back(a);
+        }
+        if ((a[2] >= nearest) != (b[2] >= nearest)) {
+            kept.push_back(a + (b - a) * ((nearest - a[2]) / (b[2] - a[2])));
+        }
+    }
+    return kept;
+}
+
+class Painting {
+public:
+    Painting(const DisplayScene& scene, const std::string& view, int width, int height)
+        : m_scene(scene),
+          m_legend(width, height),
+          m_camera(scene, view, m_legend.sceneWidth(), m_legend.sceneHeight()),
+          m_pixel(std::max(1.0, height / REFERENCE_HEIGHT)) {
+        m_drawing.width = width;
+        m_drawing.height = height;
+    }
+
+    Drawing paint() {
+        addScreen();
+        addCloud();
+        addScales();
+        for (const SceneChannel& channel : m_scene.channels) {
+            addPicture(channel);
+            addFrustum(channel);
+            addTargets(channel);
+        }
+        addPlaces();
+        m_legend.addTo(m_drawing, m_scene);
+        return std::move(m_drawing);
+    }
+
+private:
+    [[nodiscard]] P3 inPicture(const P3& seen) const {
+        const P3 placed = m_camera.placed(seen);
+        return {placed[0], placed[1] + m_legend.sceneTop(), placed[2]};
+    }
+
+    void addTriangle(const P3& a, const P3& b, const P3& c, const Colour& colour, double opacity) {
+        const Polygon kept = clipped({m_camera.seen(a), m_camera.seen(b), m_camera.seen(c)}, m_camera.nearest());
+        for (std::size_t i = 2; i < kept.size(); ++i) {
+            m_drawing.triangles.push_back(
+                {{inPicture(kept[0]), inPicture(kept[i - 1]), inPicture(kept[i])}, colour, opacity});
+        }
+    }
+
+    void addPiece(const P3& from, const P3& to, const Colour& colour, double width) {
+        P3 a = m_camera.seen(from);
+        P3 b = m_camera.seen(to);
+        const double nearest = m_camera.nearest();
+        if (a[2] < nearest && b[2] < nearest) {
+            return;
+        }
+        if (a[2] < nearest || b[2] < nearest) {
+            P3& behind = a[2] < nearest ? a : b;
+            behind = a + (b - a) * ((nearest - a[2]) / (b[2] - a[2]));
+        }
+        m_drawing.lines.push_back({inPicture(a), inPicture(b), colour, width * m_pixel});
+    }
+
+    void addLine(const P3& from, const P3& to, const Colour& colour, double width) {
+        for (int i = 0; i < PIECES; ++i) {
+            const P3 step = (to - from) * (1.0 / PIECES);
+            addPiece(from + step * i, from + step * (i + 1), colour, width);
+        }
+    }
+
+    void addLoop(const Polygon& points, const Colour& colour, double width) {
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            addPiece(points[i], points[(i + 1) % points.size()], colour, width);
+        }
+    }
+
+    void addDisc(const P3& point, const Colour& colour, double radius) {
+        const P3 seen = m_camera.seen(point);
+        if (seen[2] >= m_camera.nearest()) {
+            m_drawing.discs.push_back({inPicture(seen), colour, radius * m_pixel});
+        }
+    }
+
+    void addText(const P3& point, const std::string& text, const Colour& colour, Drawing::Anchor anchor) {
+        const P3 seen = m_camera.seen(point);
+        if (seen[2] >= m_camera.nearest()) {
+            const P3 place = inPicture(seen);
+            const double size = 0.8 * m_legend.letterSize();
+            m_drawing.texts.push_back({place[0], place[1] + size / 2, text, size, colour, anchor});
+        }
+    }
+
+    /// True when a triangle is seen from the side that the eye is on, or when there is no eye.
+    [[nodiscard]] bool isSeenByAudience(const P3& corner, const P3& normal) const {
+        if (m_scene.eyes.empty()) {
+            return true;
+        }
+        const double camera = dot(m_camera.position() - corner, normal);
+        return camera * dot(m_scene.eyes.front().point - corner, normal) >= 0;
+    }
+
+    void addScreen() {
+        if (m_scene.surfaces.empty()) {
+            return;
+        }
+        const SceneSurface& surface = m_scene.surfaces.back();
+        const Colour colour = surface.name == "measured" ? MEASURED_COLOUR : CONTENT_COLOUR;
+        for (const auto& [a, b, c] : surface.triangles) {
+            addScreenTriangle(surface.vertices[a], surface.vertices[b], surface.vertices[c], colour);
+        }
+        for (const auto& [a, b] : surface.border) {
+            addPiece(surface.vertices[a], surface.vertices[b], BORDER_COLOUR, THIN);
+        }
+    }
+
+    void addScreenTriangle(const P3& a, const P3& b, const P3& c, const Colour& colour) {
+        const P3 normal = cross(b - a, c - a);
+        const P3 towardsCamera = m_camera.position() - a;
+        const double length = norm(normal) * norm(towardsCamera);
+        if (!(length > 0)) {
+            return;
+        }
+        const double facing = std::abs(dot(normal, towardsCamera)) / length;
+        const Colour lit = mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * facing);
+        addTriangle(a, b, c, lit, isSeenByAudience(a, normal) ? 1 : BEHIND_OPACITY);
+    }
+
+    void addCloud() {
+        if (m_scene.cloud) {
+            for (const P3& point : m_scene.cloud->points) {
+                addDisc(point, CLOUD_COLOUR, CLOUD_DOT);
+            }
+        }
+    }
+
+    /// The cells of the grid of which all corners lie on the screen.
+    void addPicture(const SceneChannel& channel) {
+        std::map<std::pair<int, int>, P3> places;
+        for (const GridTarget& target : channel.targets.grid) {
+            places.emplace(std::pair(target.column, target.row), target.point);
+        }
+        for (const auto& [cell, a] : places) {
+            const auto right = places.find({cell.first + 1, cell.second});
+            const auto down = places.find({cell.first, cell.second + 1});
+            const auto across = places.find({cell.first + 1, cell.second + 1});
+            if (right != places.end() && down != places.end() && across != places.end()) {
+                addTriangle(a, right->second, across->second, channel.colour, PICTURE_OPACITY);
+                addTriangle(a, across->second, down->second, channel.colour, PICTURE_OPACITY);
+            }
+        }
+    }
+
+    void addTargets(const SceneChannel& channel) {
+        // Dense grids get smaller dots, so that the spaces between them stay.
+        constexpr double DENSE = 40;
+        const double size = DOT * std::min(1.0, DENSE / std::max(m_scene.plan.columns, m_scene.plan.rows));
+        const Colour dark = mixed(channel.colour, BLACK, 0.25);
+        addLoop(channel.targets.boundary, dark, THICK);
+        for (const GridTarget& target : channel.targets.grid) {
+            addDisc(target.point, dark, size);
+        }
+    }
+
+    void addFrustum(const SceneChannel& channel) {
+        if (!channel.frustum) {
+            return;
+        }
+        const ChannelFrustum& frustum = *channel.frustum;
+        const Colour pale = mixed(channel.colour, WHITE, 0.25);
+        for (const Polygon& edge : frustum.edges) {
+            for (std::size_t i = 1; i < edge.size(); ++i) {
+                addLine(edge[i - 1], edge[i], pale, THIN);
+            }
+        }
+        addLoop(frustum.rim, pale, THIN);
+        addDisc(frustum.apex, channel.colour, PLACE_DOT);
+        for (const auto& [a, b, c] : frustum.mirrorTriangles) {
+            addTriangle(frustum.mirrorVertices[a], frustum.mirrorVertices[b], frustum.mirrorVertices[c], channel.colour,
+                        MIRROR_OPACITY);
+        }
+    }
+
+    void addPlaces() {
+        for (const ScenePlace& eye : m_scene.eyes) {
+            addDisc(eye.point, EYE_COLOUR, PLACE_DOT);
+            addText(eye.point, "  " + eye.name, EYE_COLOUR, Drawing::Anchor::LEFT);
+        }
+        for (const SceneChannel& channel : m_scene.channels) {
+            if (channel.frustum && !channel.frustum->mirrorVertices.empty()) {
+                const Polygon& mirror = channel.frustum->mirrorVertices;
+                addText(mirror[mirror.size() / 2], "mirror", BORDER_COLOUR, Drawing::Anchor::MIDDLE);
+                break;
+            }
+        }
+    }
+
+    void addScales() {
+        const SceneAxes scales = SceneAxes::of(m_scene.frame(), m_scene.unit);
+        const P3 origin = scales.box.minimum();
+        // A tick and the gap to its number are as long as a letter is high.
+        const double tick = m_legend.letterSize() / m_camera.magnification();
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            P3 end = origin;
+            end[axis] = scales.box.maximum()[axis];
+            addLine(origin, end, SCALE_COLOUR, THIN);
+            const std::size_t outwards = axis == 0 ? 1 : 0;
+            for (const SceneAxes::Tick& mark : scales.axes[axis].ticks) {
+                P3 foot = origin;
+                foot[axis] = mark.value;
+                P3 tip = foot;
+                tip[outwards] -= tick / 2;
+                addPiece(foot, tip, SCALE_COLOUR, THIN);
+                tip[outwards] -= tick;
+                addText(tip, mark.text, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
+            }
+            end[axis] += 2 * tick;
+            addText(end, scales.axes[axis].title, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
+        }
+    }
+
+    const DisplayScene& m_scene;
+    SceneLegend m_legend;
+    SceneCamera m_camera;
+    double m_pixel;
+    Drawing m_drawing;
+};
+
+}  // namespace
+
+ScenePainter::ScenePainter(std::string view, int width, int height)
+    : m_view(std::move(view)), m_width(width), m_height(height) {}
+
+Drawing ScenePainter::paint(const DisplayScene& scene) const {
+    return Painting(scene, m_view, m_width, m_height).paint();
+}
+
+}  // namespace Veltrani::DisplayReport

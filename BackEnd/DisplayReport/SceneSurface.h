@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+/// A surface as a picture shows it: triangles in the world frame, native units. Every vertex is finite.
+struct SceneSurface {
+    using Triangle = std::array<std::uint32_t, 3>;
+    using Edge = std::array<std::uint32_t, 2>;
+
+    std::string name;  ///< "content" or "measured"; UTF-8
+    std::string text;  ///< what it is, in words
+    std::vector<Point<double, 3>> vertices;
+    std::vector<Triangle> triangles;  ///< indices into `vertices`
+    std::vector<Edge> border;         ///< edges that belong to one triangle alone; indices into `vertices`
+    std::size_t trianglesOfMesh = 0;  ///< of the mesh before it was thinned; 0 for a shape given by its numbers
+    [[nodiscard]] bool isThinned() const { return trianglesOfMesh > triangles.size(); }
+};
+
+/// The edges of exactly one triangle. Vertices at the same place count as one, so that the seam of a closed shape is no
+/// border.
+[[nodiscard]] std::vector<SceneSurface::Edge> borderOf(const std::vector<Point<double, 3>>& vertices,
+                                                       const std::vector<SceneSurface::Triangle>& triangles);
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,56 @@
+// Reads the scene that stands in the page. Places are given from the middle of the picture, in its size: graphics
+// processors count in single precision.
+
+function bytesOf(base64) {
+  const text = atob(base64);
+  const bytes = new Uint8Array(text.length);
+  for (let i = 0; i < text.length; ++i) {
+    bytes[i] = text.charCodeAt(i);
+  }
+  return bytes.buffer;
+}
+
+const floats = (text) => new Float32Array(bytesOf(text));
+const doubles = (text) => new Float64Array(bytesOf(text));
+const indices = (text) => new Uint32Array(bytesOf(text));
+const integers = (text) => new Int32Array(bytesOf(text));
+
+function decodeFrustum(frustum) {
+  return frustum && {
+    apex: frustum.apex,
+    edges: frustum.edges.map(floats),
+    rim: floats(frustum.rim),
+    mirrorVertices: floats(frustum.mirrorVertices),
+    mirrorTriangles: indices(frustum.mirrorTriangles),
+  };
+}
+
+function decodeChannel(channel) {
+  return {
+    ...channel,
+    points: floats(channel.points),
+    exactPoints: doubles(channel.exactPoints),
+    cells: integers(channel.cells),
+    picture: doubles(channel.picture),
+    boundary: floats(channel.boundary),
+    exactBoundary: doubles(channel.exactBoundary),
+    frustum: decodeFrustum(channel.frustum),
+  };
+}
+
+export function readScene(document) {
+  const scene = JSON.parse(document.getElementById('scene').textContent);
+  return {
+    ...scene,
+    surfaces: scene.surfaces.map((surface) => ({
+      ...surface,
+      vertices: floats(surface.vertices),
+      triangles: indices(surface.triangles),
+      border: indices(surface.border),
+    })),
+    cloud: scene.cloud && { points: floats(scene.cloud.points) },
+    channels: scene.channels.map(decodeChannel),
+    // From a place in the world to a place in the picture.
+    normal: (point) => point.map((value, axis) => (value - scene.centre[axis]) / scene.scale),
+  };
+}

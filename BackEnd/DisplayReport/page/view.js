@@ -1,0 +1,228 @@
+// The picture: camera, light, what is visible, and when it is drawn.
+import {
+  AmbientLight, Color, DirectionalLight, Group, PerspectiveCamera, Scene, Vector3, WebGLRenderer,
+} from 'three';
+import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
+import { fillReadout } from './panel.js';
+import { pick } from './picker.js';
+import {
+  disc, makeAxes, makeChannel, makeCloud, makeEyes, makeMark, makeMirror, makeSurface,
+} from './sceneObjects.js';
+
+const FIELD_OF_VIEW = 32; // degrees
+const MARGIN = 1.06;
+const CLICK = 4; // pixels that a pointer may move and still click
+
+export class View {
+  // Throws when the browser has no WebGL.
+  constructor(scene, stage, readout) {
+    this.scene = scene;
+    this.stage = stage;
+    this.readout = readout;
+    this.renderer = new WebGLRenderer({ antialias: true });
+    this.renderer.setPixelRatio(Math.min(window.devicePixelRatio || 1, 2));
+    stage.append(this.renderer.domElement);
+    this.camera = new PerspectiveCamera(FIELD_OF_VIEW, 1, 0.001, 100);
+    this.camera.up.set(0, 0, 1);
+    this.controls = new OrbitControls(this.camera, this.renderer.domElement);
+    this.controls.addEventListener('change', () => this.draw());
+    this.makeObjects();
+    this.listen();
+    this.resize();
+    this.lookFrom('home');
+  }
+
+  makeObjects() {
+    const { scene } = this;
+    scene.disc = disc();
+    this.world = new Scene();
+    this.world.background = new Color('#20252b');
+    const light = new DirectionalLight('#ffffff', 2);
+    this.camera.add(light);
+    this.world.add(this.camera, new AmbientLight('#ffffff', 1));
+    this.surfaces = scene.surfaces.map(makeSurface);
+    this.surfaces.forEach((surface) => this.world.add(surface.group));
+    this.items = scene.channels.map((channel) => makeChannel(scene, channel));
+    this.items.forEach((item) => this.world.add(item.group));
+    const axes = makeAxes(scene);
+    this.layers = { axes: axes.object, labels: new Group(), cloud: new Group(), eyes: makeEyes(scene), mirror: new Group() };
+    if (scene.cloud) {
+      this.layers.cloud.add(makeCloud(scene.cloud));
+    }
+    if (scene.mirror) {
+      this.layers.mirror.add(makeMirror(scene));
+    }
+    this.mark = makeMark();
+    this.world.add(...Object.values(this.layers), this.mark);
+    this.makeLabels(axes.labels);
+    this.showScreen(scene.surfaces.length ? scene.surfaces[scene.surfaces.length - 1].name : 'none');
+  }
+
+  makeLabels(axisLabels) {
+    this.labels = [];
+    const add = (text, place, kind, isVisible) => {
+      const element = document.createElement('span');
+      element.className = `label ${kind}`;
+      element.textContent = text;
+      this.stage.append(element);
+      this.labels.push({ element, place, isVisible });
+    };
+    for (const { text, place, kind } of axisLabels) {
+      add(text, place, kind, () => this.layers.axes.visible);
+    }
+    for (const eye of this.scene.eyes) {
+      add(eye.name, new Vector3(...this.scene.normal(eye.point)), 'eye', () => this.layers.eyes.visible);
+    }
+    for (const item of this.items.filter((one) => one.label)) {
+      add(item.channel.name, item.label, 'channel', () => this.layers.labels.visible && item.group.visible);
+    }
+  }
+
+  listen() {
+    new ResizeObserver(() => { this.resize(); this.draw(); }).observe(this.stage);
+    const canvas = this.renderer.domElement;
+    let down = null;
+    canvas.addEventListener('pointerdown', (event) => { down = [event.clientX, event.clientY]; });
+    canvas.addEventListener('pointerup', (event) => {
+      if (down && Math.hypot(event.clientX - down[0], event.clientY - down[1]) <= CLICK) {
+        this.pickAt(event.clientX, event.clientY);
+      }
+      down = null;
+    });
+    window.addEventListener('keydown', (event) => {
+      if (event.key === 'Escape') {
+        this.choose(null);
+      }
+    });
+  }
+
+  pickAt(clientX, clientY) {
+    const box = this.renderer.domElement.getBoundingClientRect();
+    this.choose(pick(this.items, this.camera, box, { x: clientX - box.left, y: clientY - box.top }));
+  }
+
+  choose(answer) {
+    fillReadout(this.readout, answer, this.scene.unit);
+    this.mark.visible = Boolean(answer);
+    if (answer) {
+      this.mark.geometry.attributes.position.array.set(answer.place);
+      this.mark.geometry.attributes.position.needsUpdate = true;
+    }
+    this.draw();
+  }
+
+  resize() {
+    const width = Math.max(1, this.stage.clientWidth);
+    const height = Math.max(1, this.stage.clientHeight);
+    this.renderer.setSize(width, height);
+    this.camera.aspect = width / height;
+    this.camera.updateProjectionMatrix();
+  }
+
+  // The corners of the box that is framed, from its middle.
+  corners() {
+    const { minimum, maximum } = this.scene.axes;
+    const corners = [];
+    for (let i = 0; i < 8; ++i) {
+      corners.push(new Vector3(...this.scene.normal([0, 1, 2].map((axis) => ((i >> axis) & 1 ? maximum : minimum)[axis]))));
+    }
+    return corners;
+  }
+
+  // So far off that every corner is in the picture.
+  distanceAlong(direction) {
+    const forward = direction.clone().negate();
+    const right = new Vector3().crossVectors(forward, this.camera.up).normalize();
+    const up = new Vector3().crossVectors(right, forward);
+    const high = Math.tan((FIELD_OF_VIEW * Math.PI) / 360) / MARGIN;
+    const wide = high * this.camera.aspect;
+    return Math.max(...this.corners().map((corner) => Math.max(
+      Math.abs(corner.dot(right)) / wide - corner.dot(forward),
+      Math.abs(corner.dot(up)) / high - corner.dot(forward),
+    )), 0.05);
+  }
+
+  lookFrom(name) {
+    const directions = { home: this.scene.home, front: [0, -1, 0], side: [1, 0, 0], top: [0, -0.0001, 1] };
+    if (name === 'eye') {
+      const eye = new Vector3(...this.scene.normal(this.scene.eyes[0].point));
+      const towards = new Vector3(...this.scene.normal(this.scene.middle)).sub(eye);
+      const direction = towards.length() > 0.02 ? towards.normalize() : new Vector3(0, 1, 0);
+      this.camera.position.copy(eye);
+      this.controls.target.copy(eye).addScaledVector(direction, 0.05);
+    } else {
+      const direction = new Vector3(...directions[name]).normalize();
+      this.controls.target.set(0, 0, 0);
+      this.camera.position.copy(direction).multiplyScalar(this.distanceAlong(direction));
+    }
+    this.controls.update();
+    this.draw();
+  }
+
+  showScreen(name) {
+    for (const surface of this.surfaces) {
+      surface.group.visible = name === 'both' || name === surface.name;
+    }
+    this.draw();
+  }
+
+  setOpacity(opacity) {
+    for (const surface of this.surfaces) {
+      surface.material.opacity = opacity;
+    }
+    this.draw();
+  }
+
+  showLayer(name, isOn) {
+    if (this.layers[name]) {
+      this.layers[name].visible = isOn;
+    }
+    for (const item of this.items.filter((one) => one.parts[name])) {
+      item.parts[name].visible = isOn;
+    }
+    this.draw();
+  }
+
+  showChannel(item, isOn) {
+    item.group.visible = isOn;
+    item.box.checked = isOn;
+    this.draw();
+  }
+
+  showAll(isOn) {
+    this.items.forEach((item) => this.showChannel(item, isOn));
+  }
+
+  showOnly(wanted) {
+    this.items.forEach((item) => this.showChannel(item, item === wanted));
+  }
+
+  // Soon, and once however often it is asked for.
+  draw() {
+    if (!this.isDue) {
+      this.isDue = true;
+      requestAnimationFrame(() => { this.isDue = false; this.drawNow(); });
+    }
+  }
+
+  drawNow() {
+    this.renderer.render(this.world, this.camera);
+    this.placeLabels();
+    if (!this.isShown) {
+      this.isShown = true;
+      performance.mark('first picture');
+    }
+  }
+
+  placeLabels() {
+    const { clientWidth: width, clientHeight: height } = this.stage;
+    const place = new Vector3();
+    for (const label of this.labels) {
+      place.copy(label.place).project(this.camera);
+      const isInside = Math.abs(place.x) < 1 && Math.abs(place.y) < 1 && place.z > -1 && place.z < 1;
+      label.element.hidden = !isInside || !label.isVisible();
+      label.element.style.transform =
+        `translate(-50%, -50%) translate(${((place.x + 1) / 2) * width}px, ${((1 - place.y) / 2) * height}px)`;
+    }
+  }
+}

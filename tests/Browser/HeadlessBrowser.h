@@ -1,0 +1,58 @@
+#pragma once
+
+#include "support/PngImage.h"
+#include "support/TemporaryFolder.h"
+
+#include <sys/types.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+/// A real browser without a window, driven as a developer's tools drive it: over two pipes, no network, no port.
+///
+/// Every operation throws `std::runtime_error` when the browser does not answer in time or refuses.
+class HeadlessBrowser {
+public:
+    /// False where the browser is not installed.
+    static bool isInstalled();
+
+    /// Starts it with one empty page.
+    HeadlessBrowser(int width, int height);
+    ~HeadlessBrowser();
+    HeadlessBrowser(const HeadlessBrowser&) = delete;
+    HeadlessBrowser& operator=(const HeadlessBrowser&) = delete;
+
+    /// Opens a file from the disk and waits until it is loaded.
+    void open(const std::string& file);
+    /// The value of an expression in the page.
+    nlohmann::json evaluate(const std::string& expression);
+    /// Waits until the expression is true.
+    void waitFor(const std::string& expression);
+    /// Presses and releases the left button, as the hand does.
+    void click(double right, double down);
+    /// Presses, moves and releases.
+    void drag(double right, double down, double toRight, double toDown);
+    /// What the page looks like.
+    PngImage screenshot();
+    /// Whatever the page or the browser wrote to the console as a warning or an error, and every exception that nobody
+    /// caught.
+    [[nodiscard]] const std::vector<std::string>& complaints() const { return m_complaints; }
+
+private:
+    void start(int width, int height);
+    nlohmann::json call(const std::string& method, const nlohmann::json& parameters);
+    nlohmann::json nextMessage();
+    void note(const nlohmann::json& message);
+    void mouse(const std::string& type, double right, double down, int buttons);
+
+    TemporaryFolder m_profile;
+    pid_t m_process = -1;
+    int m_toBrowser = -1;
+    int m_fromBrowser = -1;
+    int m_lastCall = 0;
+    std::string m_session;
+    std::string m_received;
+    bool m_isLoaded = false;
+    std::vector<std::string> m_complaints;
+};

@@ -1,0 +1,208 @@
+// The page of `screenmanager view` in a real browser: what a user does with it, and what the user sees.
+#include "HeadlessBrowser.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <map>
+#include <optional>
+
+namespace {
+
+using testing::IsEmpty;
+
+constexpr int WIDTH = 1200;
+constexpr int HEIGHT = 800;
+/// Of a colour that is drawn without light or blending.
+constexpr int SAME_COLOUR = 2;
+constexpr PngImage::Colour ORANGE{230, 159, 0};
+constexpr PngImage::Colour BLUE{86, 180, 233};
+
+const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+
+/// Runs the program; answers its exit code.
+int runProgram(const std::string& arguments) {
+    const int status = std::system((std::string(SM_PROGRAM) + " --quiet " + arguments).c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class ViewPageTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!HeadlessBrowser::isInstalled()) {
+            GTEST_SKIP() << "no browser is installed";
+        }
+    }
+
+    /// Writes the page of a configuration and opens it.
+    HeadlessBrowser& open(const std::string& configuration, const std::string& options = "", int exitCode = 0) {
+        const std::string page = m_folder.file("page.html");
+        EXPECT_EQ(runProgram("view '" + configuration + "' -o '" + page + "' " + options), exitCode);
+        m_browser.emplace(WIDTH, HEIGHT);
+        m_browser->open(page);
+        m_browser->waitFor("performance.getEntriesByName('first picture').length > 0");
+        return *m_browser;
+    }
+
+    /// Shows nothing but the targets, so that a pixel in the colour of a channel is one of its targets.
+    static void showTargetsAlone(HeadlessBrowser& browser) {
+        browser.evaluate(
+            "for (const label of document.querySelectorAll('aside label')) {"
+            "  if (['pictures', 'outlines', 'frusta', 'names', 'axes', 'eye point'].includes(label.textContent)) {"
+            "    label.querySelector('input').click(); } }");
+    }
+
+    /// Hides or shows a channel as its box does.
+    static void toggle(HeadlessBrowser& browser, const std::string& channel) {
+        browser.evaluate("[...document.querySelectorAll('#channels label')].find((one) => one.textContent === '" +
+                         channel + "').querySelector('input').click()");
+    }
+
+    /// The middle of a square of pixels of that colour: right, down.
+    static std::optional<std::pair<double, double>> dotOf(const PngImage& image, const PngImage::Colour& colour) {
+        for (std::size_t down = 1; down + 1 < image.height; ++down) {
+            for (std::size_t right = PANEL; right + 1 < image.width; ++right) {
+                bool isDot = true;
+                for (std::size_t i = 0; i < 9; ++i) {
+                    const auto found = image.at(right + i % 3 - 1, down + i / 3 - 1);
+                    for (std::size_t part = 0; part < 3; ++part) {
+                        isDot = isDot && std::abs(found[part] - colour[part]) <= SAME_COLOUR;
+                    }
+                }
+                if (isDot) {
+                    return std::pair(static_cast<double>(right), static_cast<double>(down));
+                }
+            }
+        }
+        return std::nullopt;
+    }
+
+    /// What the page says of what was picked.
+    static std::map<std::string, std::string> readout(HeadlessBrowser& browser) {
+        return browser.evaluate(
+            "Object.fromEntries([...document.querySelectorAll('#readout dt')]"
+            ".map((name) => [name.textContent, name.nextSibling.textContent]))");
+    }
+
+    /// Right edge of the panel; pixels.
+    static constexpr std::size_t PANEL = 330;
+
+    TemporaryFolder m_folder;
+    std::optional<HeadlessBrowser> m_browser;
+};
+
+TEST_F(ViewPageTest, EveryExampleIsShownWithoutAComplaint) {
+    int shown = 0;
+    for (const char* example : {"cockpit", "collimated", "curved-wall", "cylinder", "dome", "lens-cylinder",
+                                "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
+        HeadlessBrowser& browser = open(EXAMPLES + example + "/display.xml");
+        EXPECT_THAT(browser.complaints(), IsEmpty()) << example;
+        const PngImage image = browser.screenshot();
+        EXPECT_GT(image.count(ORANGE, SAME_COLOUR), 100U) << example << ": the first channel";
+        EXPECT_GT(image.count(BLUE, SAME_COLOUR), 100U) << example << ": the second channel";
+        ++shown;
+    }
+    EXPECT_EQ(shown, 10);
+}
+
+TEST_F(ViewPageTest, HidingAChannelTakesItsTargetsAway) {
+    HeadlessBrowser& browser = open(EXAMPLES + "planar-wall/display.xml");
+    showTargetsAlone(browser);
+    const std::size_t swatch = 400;  // the panel keeps the colour beside the name
+    const std::size_t before = browser.screenshot().count(ORANGE, SAME_COLOUR);
+    const std::string first =
+        browser.evaluate("document.querySelector('#channels label').textContent").get<std::string>();
+    toggle(browser, first);
+    EXPECT_LT(browser.screenshot().count(ORANGE, SAME_COLOUR), swatch);
+    EXPECT_GT(before, swatch);
+    toggle(browser, first);
+    EXPECT_EQ(browser.screenshot().count(ORANGE, SAME_COLOUR), before);
+    EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+// Two routes: the page's answer against the table that the program writes of the same display.
+TEST_F(ViewPageTest, APickedTargetIsOneOfTheTableAndLiesThere) {
+    HeadlessBrowser& browser = open(EXAMPLES + "dome/display.xml");
+    showTargetsAlone(browser);
+    const auto dot = dotOf(browser.screenshot(), ORANGE);
+    ASSERT_TRUE(dot.has_value());
+    browser.click(dot->first, dot->second);
+    const auto picked = readout(browser);
+    ASSERT_EQ(picked.count("channel"), 1U);
+    EXPECT_EQ(picked.at("channel"), "Lower left");
+    EXPECT_EQ(picked.at("projector"), "020000000201");
+
+    const std::string table = m_folder.file("targets.json");
+    ASSERT_EQ(runProgram("targets '" + EXAMPLES + "dome/display.xml' --format json -o '" + table + "'"), 0);
+    const auto channel = nlohmann::json::parse(m_folder.read("targets.json")).at("channels").at(0);
+    int found = 0;
+    for (const auto& target : channel.at("grid")) {
+        if (std::to_string(target.at("column").get<int>()) == picked.at("column") &&
+            std::to_string(target.at("row").get<int>()) == picked.at("row")) {
+            ++found;
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                const std::string text = picked.at(std::string(1, "xyz"[axis]));
+                EXPECT_EQ(std::stod(text), target.at("point").at(axis).get<double>()) << text;
+                EXPECT_TRUE(text.ends_with(" m")) << text;
+            }
+        }
+    }
+    EXPECT_EQ(found, 1);
+    browser.click(PANEL + 5, HEIGHT - 5);
+    EXPECT_THAT(readout(browser), IsEmpty()) << "nothing stands in the corner";
+}
+
+TEST_F(ViewPageTest, DraggingTurnsThePictureAndPicksNothing) {
+    HeadlessBrowser& browser = open(EXAMPLES + "cylinder/display.xml");
+    const PngImage before = browser.screenshot();
+    browser.drag(700, 400, 800, 430);
+    const PngImage after = browser.screenshot();
+    EXPECT_NE(before.bytes, after.bytes);
+    EXPECT_THAT(readout(browser), IsEmpty());
+    EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+TEST_F(ViewPageTest, TheMeasuredScreenGivesWayToTheContent) {
+    HeadlessBrowser& browser = open(EXAMPLES + "curved-wall/display.xml");
+    const PngImage measured = browser.screenshot();
+    browser.evaluate(
+        "[...document.querySelectorAll('aside label')].find((one) => one.textContent === 'content')"
+        ".querySelector('input').click()");
+    const PngImage content = browser.screenshot();
+    EXPECT_NE(measured.bytes, content.bytes);
+}
+
+// Each would run if it reached the page as HTML or ended the element of the data.
+TEST_F(ViewPageTest, NamesAreTextWhateverTheyHold) {
+    const std::string name =
+        "&lt;/script&gt;&lt;script&gt;window.harm = 1&lt;/script&gt;&lt;img src=x onerror='window.harm = 1'&gt;"
+        "&quot;&#39;&lt;!-- \u2028&#10;line";
+    const std::string file = m_folder.write(
+        "display.xml",
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'>"
+        "<Centre x='0' y='5' z='1'/><Size width='4' height='2'/></Screen><TargetData type='PlanarBasic'/><Projectors>"
+        "<Projector id='A'><Name>" +
+            name +
+            "</Name><Resolution width='1920' height='1200'/><ScreenArea left='0' right='1' bottom='0' top='1'/>"
+            "</Projector></Projectors></Display>");
+    HeadlessBrowser& browser = open(file);
+    EXPECT_TRUE(browser.evaluate("window.harm === undefined").get<bool>());
+    EXPECT_EQ(browser.evaluate("document.querySelectorAll('img').length"), 0);
+    EXPECT_EQ(browser.evaluate("document.querySelectorAll('script').length"), 2);
+    EXPECT_EQ(browser.evaluate("document.querySelector('#channels label').textContent").get<std::string>(),
+              "</script><script>window.harm = 1</script><img src=x onerror='window.harm = 1'>\"'<!-- \u2028\nline");
+    EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+TEST_F(ViewPageTest, NothingToShowIsSaid) {
+    const std::string file = m_folder.write("display.xml", "<Display version='1'><Units native='m'/></Display>");
+    HeadlessBrowser& browser = open(file, "", 1);
+    const std::string notes = browser.evaluate("document.querySelector('#notes').textContent");
+    EXPECT_THAT(notes, testing::HasSubstr("describes no screen"));
+    EXPECT_THAT(notes, testing::HasSubstr("has no projectors"));
+    EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,179 @@
+#include "DisplayReport/SceneCollector.h"
+
+#include "DisplayReport/ScreenLoader.h"
+#include "DisplayReport/TargetPlacer.h"
+#include "Displays.h"
+#include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/TargetLocatorManager.h"
+#include "support/LogTrap.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using P3 = Point<double, 3>;
+
+class SceneCollectorTest : public testing::Test {
+protected:
+    ~SceneCollectorTest() override {
+        TargetLocatorManager::deleteInstance();
+        ScreenManager::deleteInstance();
+    }
+
+    static DisplayScene collect(XMLConfigFile& config, const SceneCollector::Limits& limits = {}) {
+        const auto faults = ScreenLoader::load(config);
+        const TargetSurvey survey = TargetPlacer({3, 2, 2}).place(config);
+        return SceneCollector(limits).collect("title", config, survey, faults);
+    }
+
+    LogTrap m_log;
+};
+
+TEST_F(SceneCollectorTest, AFlatDisplayHasItsScreenItsTargetsAndNoFrustum) {
+    const auto config = displays::parsed(displays::FLAT, displays::projector("A", displays::WHOLE_AREA));
+    const DisplayScene scene = collect(*config);
+    EXPECT_TRUE(scene.complete);
+    EXPECT_THAT(scene.notes, IsEmpty());
+    EXPECT_EQ(scene.unit, "m");
+    ASSERT_EQ(scene.surfaces.size(), 1U);
+    EXPECT_EQ(scene.surfaces[0].name, "content");
+    EXPECT_EQ(scene.core().minimum(), (P3{-2, 5, 0}));
+    EXPECT_EQ(scene.core().maximum(), (P3{2, 5, 2}));
+    ASSERT_EQ(scene.channels.size(), 1U);
+    EXPECT_EQ(scene.channels[0].targets.grid.size(), 6U);
+    EXPECT_FALSE(scene.channels[0].frustum.has_value());
+    EXPECT_EQ(scene.channels[0].width, 1920);
+    ASSERT_EQ(scene.eyes.size(), 1U);
+    EXPECT_EQ(scene.eyes[0].point, P3());
+}
+
+// Oracle: the corners of the frustum's picture, by the closed form of its plane and of the sphere.
+TEST_F(SceneCollectorTest, AFrustumStartsAtTheEyeAndEndsOnTheSphere) {
+    const auto config = displays::parsed(
+        displays::SPHERE, displays::projector("A", "<Frustum left='-45' right='45' bottom='-45' top='45'/>"),
+        "<TargetData type='Spherical'/>");
+    const DisplayScene scene = collect(*config);
+    ASSERT_TRUE(scene.channels.at(0).frustum.has_value());
+    const ChannelFrustum& frustum = *scene.channels[0].frustum;
+    EXPECT_EQ(frustum.apex, P3());
+    const double c = 5 / std::sqrt(3.0);
+    const std::vector<P3> corners{{-c, c, c}, {c, c, c}, {c, c, -c}, {-c, c, -c}};
+    ASSERT_EQ(frustum.edges.size(), 4U);
+    for (std::size_t i = 0; i < 4; ++i) {
+        ASSERT_EQ(frustum.edges[i].size(), 2U);
+        EXPECT_LE(norm(frustum.edges[i][1] - corners[i]), 1e-12);
+    }
+    EXPECT_EQ(frustum.rim.size(), 64U);
+    EXPECT_THAT(frustum.mirrorTriangles, IsEmpty());
+}
+
+TEST_F(SceneCollectorTest, AFrustumFollowsTheModelOfItsLens) {
+    const auto config = displays::parsed(
+        displays::SPHERE,
+        displays::projector("A",
+                            "<ProjectionModel name='Equidistant'/><Orientation z='90' x='0' y='0'/><Frustum "
+                            "left='-60' right='60' bottom='-30' top='30'/><Position x='1' y='0' z='0'/>"),
+        "<TargetData type='ProjectorCentric'/>");
+    const DisplayScene scene = collect(*config);
+    ASSERT_TRUE(scene.channels.at(0).frustum.has_value());
+    const ChannelFrustum& frustum = *scene.channels[0].frustum;
+    EXPECT_EQ(frustum.apex, (P3{1, 0, 0}));
+    // Turned to the right: forward is +x. The top left corner is seen at yaw -60, pitch 30 degrees; so is no corner of
+    // a plane.
+    const double pi = std::acos(-1.0);
+    const P3 local{std::sin(-pi / 3) * std::cos(pi / 6), std::cos(-pi / 3) * std::cos(pi / 6), std::sin(pi / 6)};
+    const P3 direction{local[1], -local[0], local[2]};
+    const P3 offset = frustum.edges.at(0).at(1) - frustum.apex;
+    EXPECT_LE(norm(offset * (1 / norm(offset)) - direction), 1e-12);
+    EXPECT_NEAR(norm(frustum.edges[0][1]), 5, 1e-12);
+}
+
+TEST_F(SceneCollectorTest, AFrustumGoesByWayOfTheMirror) {
+    const auto config = displays::parsed(
+        displays::SPHERE, displays::projector("A", "<Frustum left='-20' right='20' bottom='-20' top='20'/>"),
+        "<TargetData type='SphericalCollimated'><TargetPosition x='0' y='-0.3' z='-0.5'/><Mirror radius='3'><Position "
+        "x='0' y='0' z='1.5'/></Mirror></TargetData>");
+    const DisplayScene scene = collect(*config);
+    ASSERT_TRUE(scene.mirror.has_value());
+    EXPECT_EQ(scene.mirror->centre, (P3{0, 0, 1.5}));
+    EXPECT_EQ(scene.mirror->radius, 3);
+    EXPECT_EQ(scene.eyes.at(0).point, (P3{0, -0.3, 1.0})) << "the eye is given from the middle of the mirror";
+    ASSERT_TRUE(scene.channels.at(0).frustum.has_value());
+    const ChannelFrustum& frustum = *scene.channels[0].frustum;
+    for (const auto& edge : frustum.edges) {
+        ASSERT_EQ(edge.size(), 3U);
+        EXPECT_NEAR(norm(edge[1] - scene.mirror->centre), 3, 1e-12) << "on the mirror";
+        EXPECT_NEAR(norm(edge[2]), 5, 1e-12) << "on the screen";
+    }
+    EXPECT_EQ(frustum.mirrorTriangles.size(), 2U * 12 * 12);
+}
+
+TEST_F(SceneCollectorTest, WhatIsMissingIsSaid) {
+    const auto config = XMLConfigFile::parse("<Display version='1'><Units native='m'/></Display>", "display.xml");
+    const DisplayScene scene = collect(*config);
+    EXPECT_FALSE(scene.complete);
+    EXPECT_THAT(scene.notes, Contains(HasSubstr("describes no screen")));
+    EXPECT_THAT(scene.notes, Contains(HasSubstr("no projectors")));
+    EXPECT_EQ(scene.frame().size(), (P3{1, 1, 1}));
+}
+
+TEST_F(SceneCollectorTest, AChannelThatHitsNothingIsSaid) {
+    const auto config = displays::parsed(
+        displays::FLAT, displays::projector("A", "<ScreenArea left='5' right='6' bottom='0' top='1'/>"));
+    const DisplayScene scene = collect(*config);
+    EXPECT_FALSE(scene.complete);
+    EXPECT_THAT(scene.notes, ElementsAre(HasSubstr("channel A: ")));
+}
+
+TEST_F(SceneCollectorTest, AMeshThatIsThinnedIsSaid) {
+    const TemporaryFolder folder;
+    std::string mesh;
+    for (int row = 0; row <= 20; ++row) {
+        for (int column = 0; column <= 20; ++column) {
+            mesh += "v " + std::to_string(column) + " 0 " + std::to_string(row) + "\n";
+        }
+    }
+    for (int row = 0; row < 20; ++row) {
+        for (int column = 0; column < 20; ++column) {
+            const int a = row * 21 + column + 1;
+            mesh += "f " + std::to_string(a) + " " + std::to_string(a + 1) + " " + std::to_string(a + 22) + " " +
+                    std::to_string(a + 21) + "\n";
+        }
+    }
+    const std::string file = folder.write("wall.obj", mesh);
+    const auto config = displays::parsed("<Screen shape='Mesh' fileUnit='m'><ContentMesh file='" + file +
+                                             "'/><ImportOrientation up='Z' forward='Y'/></Screen>",
+                                         "");
+    const DisplayScene scene = collect(*config, {100, 100});
+    ASSERT_EQ(scene.surfaces.size(), 1U);
+    EXPECT_LE(scene.surfaces[0].triangles.size(), 100U);
+    EXPECT_EQ(scene.surfaces[0].trianglesOfMesh, 800U);
+    EXPECT_THAT(scene.notes, Contains(HasSubstr("of its 800 triangles")));
+}
+
+TEST_F(SceneCollectorTest, PlacesThatAreNoneAreLeftOut) {
+    const auto config = displays::parsed(displays::FLAT, displays::projector("A", displays::WHOLE_AREA));
+    ASSERT_THAT(ScreenLoader::load(*config), IsEmpty());
+    TargetSurvey survey = TargetPlacer({3, 2, 2}).place(*config);
+    survey.channels[0].grid[0].point[1] = std::numeric_limits<double>::quiet_NaN();
+    survey.channels[0].grid[1].point[0] = 1e9;
+    survey.channels[0].boundary[0][2] = std::numeric_limits<double>::infinity();
+    const DisplayScene scene = SceneCollector().collect("title", *config, survey, {});
+    EXPECT_EQ(scene.channels[0].targets.grid.size(), 4U);
+    EXPECT_EQ(scene.channels[0].targets.boundary.size(), 7U);
+    EXPECT_THAT(scene.notes,
+                ElementsAre(HasSubstr("2 targets are not places in space"), HasSubstr("1 targets lies too far")));
+    EXPECT_EQ(scene.frame().maximum()[0], 2.0);
+}
+
+}  // namespace
