@@ -6,6 +6,7 @@
 #include "DisplayReport/CoverageSurvey.h"
 #include "DisplayReport/JsonCoverageWriter.h"
 #include "DisplayReport/PlyCoverageWriter.h"
+#include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
@@ -89,7 +90,7 @@ int CoverageCommand::run(const Options& options) {
         return EXIT_OUTPUT;
     }
     if (!report.fault.empty()) {
-        std::cerr << "error: " + options.file + ": " + report.fault + '\n';
+        std::cerr << "error: " + options.file + ": " + printable(report.fault) + '\n';
         return EXIT_INPUT;
     }
     return report.complete() && !report.channels.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;

@@ -121,13 +121,13 @@ std::optional<SearchedLight::Probe> SearchedLight::probe(const Point<double, 2>&
     m_locator->projectOnTargetLocationSurface(picture[0] - STEP, picture[0] + STEP, picture[1] - STEP,
                                               picture[1] + STEP, 3, 3, grid);
     const Point<double, 3>* const middle = at(grid, 1, 1);
-    Probe probe;
-    if (middle == nullptr || !derivative(*middle, at(grid, 0, 1), at(grid, 2, 1), probe.alongU) ||
-        !derivative(*middle, at(grid, 1, 2), at(grid, 1, 0), probe.alongV)) {
+    Probe found;
+    if (middle == nullptr || !derivative(*middle, at(grid, 0, 1), at(grid, 2, 1), found.alongU) ||
+        !derivative(*middle, at(grid, 1, 2), at(grid, 1, 0), found.alongV)) {
         return std::nullopt;
     }
-    probe.place = *middle;
-    return probe;
+    found.place = *middle;
+    return found;
 }
 
 bool SearchedLight::approach(const Point<double, 3>& place, Point<double, 2>& picture, Probe& here) const {

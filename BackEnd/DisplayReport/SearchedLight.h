@@ -39,7 +39,7 @@ private:
     [[nodiscard]] const Node* nearestNode(const Point<double, 3>& place) const;
     [[nodiscard]] std::optional<Probe> probe(const Point<double, 2>& picture) const;
     /// One damped step from `picture` towards `place`; false when none comes nearer.
-    bool approach(const Point<double, 3>& place, Point<double, 2>& picture, Probe& at) const;
+    bool approach(const Point<double, 3>& place, Point<double, 2>& picture, Probe& here) const;
 
     std::shared_ptr<const TargetLocator> m_locator;
     std::vector<Node> m_lattice;  ///< those of its points that land on the screen

@@ -43,8 +43,9 @@ TEST(PlyCoverageWriter, PiecesOfDifferentColoursDoNot) {
 }
 
 TEST(PlyCoverageWriter, TwoThreeAndMoreHaveTheirColours) {
-    for (const auto& [channels, colour] :
-         {std::pair<std::size_t, const char*>{2, "230 159 0 2"}, {3, "240 228 66 3"}, {11, "240 228 66 11"}}) {
+    const std::vector<std::pair<std::size_t, const char*>> colours{
+        {2, "230 159 0 2"}, {3, "240 228 66 3"}, {11, "240 228 66 11"}};
+    for (const auto& [channels, colour] : colours) {
         CoveredPiece piece = LOWER;
         piece.channels = channels;
         EXPECT_THAT(written({piece}), HasSubstr(std::string("\n1 0 0 ") + colour + '\n'));
