@@ -47,7 +47,7 @@ public:
     [[nodiscard]] virtual bool usesMirror() const { return false; }
 };
 
-/// Straight to the current screen; `reach` far where it is missed.
+/// Straight to the current screen; `reach` far where it is missed, nowhere for a reach of 0.
 Polyline straight(const P3& apex, const P3& direction, double reach) {
     const double length = norm(direction);
     if (!(length > 0) || !std::isfinite(length)) {
@@ -60,7 +60,7 @@ Polyline straight(const P3& apex, const P3& direction, double reach) {
             return {apex, hits.first().point};
         }
     }
-    return {apex, apex + direction * (reach / length)};
+    return reach > 0 ? Polyline{apex, apex + direction * (reach / length)} : Polyline{apex};
 }
 
 class ModelRays : public PictureRays {
@@ -202,6 +202,18 @@ std::vector<Point<double, 2>> borderOfPicture() {
     return places;
 }
 
+/// Distance from the apex to the farthest place of the screen that is met; 0 where none is.
+double longestHit(const PictureRays& rays, const std::vector<Point<double, 2>>& places) {
+    double longest = 0;
+    for (const auto& place : places) {
+        constexpr double HITS_ALONE = 0;
+        const Polyline way = rays.path(place, HITS_ALONE);
+        const double length = norm(way.back() - way.front());
+        longest = std::isfinite(length) ? std::max(longest, length) : longest;
+    }
+    return longest;
+}
+
 void addMirror(const PictureRays& rays, double reach, ChannelFrustum& frustum) {
     std::vector<bool> isMet;
     for (std::size_t row = 0; row <= MIRROR_CELLS; ++row) {
@@ -239,8 +251,10 @@ std::optional<ChannelFrustum> FrustumTracer::trace() const {
     ChannelFrustum frustum;
     frustum.apex = rays->apex();
     const auto places = borderOfPicture();
+    const double longest = longestHit(*rays, places);
+    const double reach = longest > 0 ? longest : m_reach;
     for (std::size_t i = 0; i < places.size(); ++i) {
-        const Polyline way = rays->path(places[i], m_reach);
+        const Polyline way = rays->path(places[i], reach);
         if (way.size() < 2 || !std::all_of(way.begin(), way.end(), isFinite)) {
             continue;
         }
@@ -253,7 +267,7 @@ std::optional<ChannelFrustum> FrustumTracer::trace() const {
         return std::nullopt;
     }
     if (rays->usesMirror()) {
-        addMirror(*rays, m_reach, frustum);
+        addMirror(*rays, reach, frustum);
     }
     return frustum;
 }

@@ -60,23 +60,31 @@ Extent DisplayScene::core() const {
     return box;
 }
 
+std::vector<P3> DisplayScene::framedPoints() const {
+    std::vector<P3> points;
+    for (const SceneSurface& surface : surfaces) {
+        points.insert(points.end(), surface.vertices.begin(), surface.vertices.end());
+    }
+    const Extent box = core();
+    const P3 middle = box.minimum() + box.size() * 0.5;
+    const double reach = NEAR * norm(box.size());
+    visitSurroundings(*this, [&](const P3& point) {
+        if (box.empty() || norm(point - middle) <= reach) {
+            points.push_back(point);
+        }
+    });
+    return points;
+}
+
 Extent DisplayScene::frame() const {
-    Extent box = core();
-    if (box.empty()) {
-        visitSurroundings(*this, [&box](const P3& point) { box.add(point); });
+    Extent box;
+    for (const P3& point : framedPoints()) {
+        box.add(point);
     }
     if (box.empty()) {
         box.add({-0.5, -0.5, -0.5});
         box.add({0.5, 0.5, 0.5});
-        return box;
     }
-    const P3 middle = box.minimum() + box.size() * 0.5;
-    const double reach = NEAR * norm(box.size());
-    visitSurroundings(*this, [&](const P3& point) {
-        if (norm(point - middle) <= reach) {
-            box.add(point);
-        }
-    });
     return box;
 }
 

@@ -59,6 +59,8 @@ struct DisplayScene {
     /// The box that a picture of the display shows: around the screen and whatever stands near it. The unit cube around
     /// the origin where there is nothing.
     [[nodiscard]] Extent frame() const;
+    /// The points that the frame is around.
+    [[nodiscard]] std::vector<Point<double, 3>> framedPoints() const;
     /// The box around the screen; around targets and outlines where there is none; empty where there is nothing.
     [[nodiscard]] Extent core() const;
 };

@@ -38,6 +38,25 @@ std::string textOf(double value, double step) {
 
 }  // namespace
 
+SceneAxes::Edges SceneAxes::edgesFor(const Extent& box, const Point<double, 3>& towardsCamera) {
+    using P3 = Point<double, 3>;
+    const P3& low = box.minimum();
+    const P3& high = box.maximum();
+    const bool isFromRight = towardsCamera[0] > 0;
+    const bool isFromFront = towardsCamera[1] > 0;
+    const double nearX = isFromRight ? high[0] : low[0];
+    const double farX = isFromRight ? low[0] : high[0];
+    const double nearY = isFromFront ? high[1] : low[1];
+    const P3 aside{isFromRight ? 1.0 : -1.0, 0.0, 0.0};
+    const P3 before{0.0, isFromFront ? 1.0 : -1.0, 0.0};
+    Edges edges;
+    edges.corner = {nearX, nearY, low[2]};
+    edges.starts = {P3{low[0], nearY, low[2]}, P3{nearX, low[1], low[2]}, P3{farX, nearY, low[2]}};
+    edges.ends = {P3{high[0], nearY, low[2]}, P3{nearX, high[1], low[2]}, P3{farX, nearY, high[2]}};
+    edges.outwards = {before, aside, -aside};
+    return edges;
+}
+
 SceneAxes SceneAxes::of(const Extent& box, const std::string& unit) {
     SceneAxes scales;
     scales.box = box;

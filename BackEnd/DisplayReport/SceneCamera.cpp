@@ -1,5 +1,7 @@
 #include "DisplayReport/SceneCamera.h"
 
+#include "DisplayReport/SceneAxes.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -12,8 +14,8 @@ using P3 = Point<double, 3>;
 
 /// Half of what the camera sees from top to bottom, radians.
 constexpr double HALF_FIELD = 16 * std::numbers::pi / 180;
-/// Share of the picture that stays free around the frame.
-constexpr double MARGIN = 0.04;
+/// Share of the picture that stays free on each side.
+constexpr double MARGIN = 0.06;
 /// Home stands that far to the right of the audience and above it, radians: depth shows, and nothing is hidden.
 constexpr double HOME_ASIDE = 28 * std::numbers::pi / 180;
 constexpr double HOME_ABOVE = 24 * std::numbers::pi / 180;
@@ -46,17 +48,6 @@ P3 homeDirection(const DisplayScene& scene) {
     return {std::sin(heading) * std::cos(HOME_ABOVE), std::cos(heading) * std::cos(HOME_ABOVE), std::sin(HOME_ABOVE)};
 }
 
-std::array<P3, 8> cornersOf(const Extent& box) {
-    std::array<P3, 8> corners;
-    for (unsigned i = 0; i < corners.size(); ++i) {
-        const auto side = [&](unsigned axis) {
-            return (i >> axis & 1U) != 0 ? box.maximum()[axis] : box.minimum()[axis];
-        };
-        corners[i] = {side(0), side(1), side(2)};
-    }
-    return corners;
-}
-
 }  // namespace
 
 std::vector<std::string> SceneCamera::views() {
@@ -83,19 +74,40 @@ SceneCamera::SceneCamera(const DisplayScene& scene, const std::string& view, dou
     const bool isVertical = std::abs(m_ahead[2]) > std::cos(TELLING);
     m_right = unit(cross(m_ahead, isVertical ? P3{0, 1, 0} : P3{0, 0, 1}));
     m_up = cross(m_right, m_ahead);
-    const double high = std::tan(HALF_FIELD);
-    m_focus = height / 2 / high;
-    const double wide = high * width / height;
-    for (const P3& corner : cornersOf(frame)) {
-        const P3 offset = corner - m_middle;
-        const double needed = std::max(std::abs(dot(offset, m_right)) / wide, std::abs(dot(offset, m_up)) / high);
-        m_distance = std::max(m_distance, needed / (1 - MARGIN) - dot(offset, m_ahead));
-    }
+    m_focus = height / 2 / std::tan(HALF_FIELD);
     const double size = norm(frame.size());
-    m_distance = m_distance > 0 ? m_distance : 1;
+    constexpr double FAR_ENOUGH = 4;  // sizes of the frame: it surely is in the picture
+    m_distance = size > 0 ? FAR_ENOUGH * size : 1;
+    std::vector<P3> points = scene.framedPoints();
+    const SceneAxes::Edges edges = SceneAxes::edgesFor(frame, towardsCamera);
+    points.insert(points.end(), edges.ends.begin(), edges.ends.end());
+    points.push_back(edges.corner);
+    if (size > 0) {
+        fit(points);
+    }
     constexpr double NEAREST = 1e-3;  // of the distance: nothing that is framed stands nearer
-    m_nearest = NEAREST * std::max(m_distance, size);
+    m_nearest = NEAREST * m_distance;
     m_position = m_middle - m_ahead * m_distance;
+}
+
+void SceneCamera::fit(const std::vector<P3>& points) {
+    // Each round comes many times closer; perspective leaves less than a pixel after these.
+    constexpr int ROUNDS = 6;
+    for (int round = 0; round < ROUNDS; ++round) {
+        Extent box;
+        double nearestAhead = m_distance;
+        for (const P3& point : points) {
+            const P3 place = seen(point);
+            nearestAhead = std::min(nearestAhead, place[2]);
+            box.add({place[0] / place[2], place[1] / place[2], 0.0});
+        }
+        const P3 middle = box.minimum() + box.size() * 0.5;
+        m_middle += (m_right * middle[0] + m_up * middle[1]) * m_distance;
+        const double share = std::max(box.size()[0] * m_focus / m_width, box.size()[1] * m_focus / m_height);
+        // What stands nearest may come near, not behind.
+        const double step = m_distance * (1 - share / (1 - 2 * MARGIN));
+        m_distance -= std::min(step, nearestAhead / 2);
+    }
 }
 
 P3 SceneCamera::seen(const P3& world) const {

@@ -3,7 +3,6 @@
 #include "Common/Point.h"
 #include "DisplayReport/DisplayScene.h"
 
-#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,10 +34,15 @@ public:
 
     [[nodiscard]] double nearest() const { return m_nearest; }
     [[nodiscard]] const Point<double, 3>& position() const { return m_position; }
+    /// From the middle of what is seen towards the camera, of length 1.
+    [[nodiscard]] Point<double, 3> direction() const { return -m_ahead; }
     /// Units of the picture per native unit at the middle of the scene.
     [[nodiscard]] double magnification() const { return m_focus / m_distance; }
 
 private:
+    /// Moves and draws near until `points` fill the picture.
+    void fit(const std::vector<Point<double, 3>>& points);
+
     Point<double, 3> m_middle;
     Point<double, 3> m_right;
     Point<double, 3> m_up;

@@ -124,14 +124,19 @@ Json jsonOf(const SceneChannel& channel, const Normal& normal) {
             {"frustum", channel.frustum ? jsonOf(*channel.frustum, normal) : Json()}};
 }
 
-Json jsonOf(const SceneAxes& scales) {
+Json jsonOf(const SceneAxes& scales, const SceneAxes::Edges& edges) {
     Json axes = Json::array();
-    for (const SceneAxes::Axis& axis : scales.axes) {
+    for (std::size_t number = 0; number < scales.axes.size(); ++number) {
+        const SceneAxes::Axis& axis = scales.axes[number];
         Json ticks = Json::array();
         for (const SceneAxes::Tick& tick : axis.ticks) {
             ticks.push_back({{"value", tick.value}, {"text", tick.text}});
         }
-        axes.push_back({{"title", axis.title}, {"ticks", std::move(ticks)}});
+        axes.push_back({{"title", axis.title},
+                        {"start", coordinates(edges.starts[number])},
+                        {"end", coordinates(edges.ends[number])},
+                        {"outwards", coordinates(edges.outwards[number])},
+                        {"ticks", std::move(ticks)}});
     }
     return {{"minimum", coordinates(scales.box.minimum())},
             {"maximum", coordinates(scales.box.maximum())},
@@ -173,7 +178,8 @@ Json jsonOf(const DisplayScene& scene) {
                         [](const ScenePlace& eye) {
                             return Json{{"name", eye.name}, {"point", coordinates(eye.point)}};
                         })},
-        {"axes", jsonOf(SceneAxes::of(frame, scene.unit))}};
+        {"axes", jsonOf(SceneAxes::of(frame, scene.unit),
+                        SceneAxes::edgesFor(frame, SceneCamera::directionOf("home", scene)))}};
     document["mirror"] =
         scene.mirror ? Json{{"centre", coordinates(scene.mirror->centre)}, {"radius", scene.mirror->radius}} : Json();
     return document;

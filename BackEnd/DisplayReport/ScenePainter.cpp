@@ -249,26 +249,33 @@ private:
 
     void addScales() {
         const SceneAxes scales = SceneAxes::of(m_scene.frame(), m_scene.unit);
-        const P3 origin = scales.box.minimum();
+        const SceneAxes::Edges edges = SceneAxes::edgesFor(scales.box, m_camera.direction());
         // A tick and the gap to its number are as long as a letter is high.
         const double tick = m_legend.letterSize() / m_camera.magnification();
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            P3 end = origin;
-            end[axis] = scales.box.maximum()[axis];
-            addLine(origin, end, SCALE_COLOUR, THIN);
-            const std::size_t outwards = axis == 0 ? 1 : 0;
+            const P3 outwards = edges.outwards[axis] * tick;
+            addLine(edges.starts[axis], edges.ends[axis], SCALE_COLOUR, THIN);
             for (const SceneAxes::Tick& mark : scales.axes[axis].ticks) {
-                P3 foot = origin;
+                P3 foot = edges.starts[axis];
                 foot[axis] = mark.value;
-                P3 tip = foot;
-                tip[outwards] -= tick / 2;
-                addPiece(foot, tip, SCALE_COLOUR, THIN);
-                tip[outwards] -= tick;
-                addText(tip, mark.text, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
+                addPiece(foot, foot + outwards * 0.5, SCALE_COLOUR, THIN);
+                addText(foot + outwards * 1.6, mark.text, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
             }
-            end[axis] += 2 * tick;
-            addText(end, scales.axes[axis].title, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
+            addTitle(scales.axes[axis].title, edges, axis, tick);
         }
+    }
+
+    /// Beside the middle of its edge, where it stands clear of the numbers; above the upright one.
+    void addTitle(const std::string& title, const SceneAxes::Edges& edges, std::size_t axis, double tick) {
+        if (axis == 2) {
+            P3 above = edges.ends[axis];
+            above[2] += 2 * tick;
+            addText(above, title, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
+            return;
+        }
+        const P3 middle = (edges.starts[axis] + edges.ends[axis]) * 0.5;
+        constexpr double CLEAR = 4;
+        addText(middle + edges.outwards[axis] * (CLEAR * tick), title, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
     }
 
     const DisplayScene& m_scene;

@@ -33,7 +33,7 @@ function channelRow(item, view) {
   const row = element('li', {}, element('div', { className: 'row' }, label, only),
     element('small', { textContent: counts(channel) }));
   if (!channel.frustum) {
-    row.append(element('small', { textContent: 'no frustum: nothing describes the rays of this channel' }));
+    row.append(element('small', { textContent: 'no frustum is configured' }));
   }
   for (const text of [channel.remark, channel.fault]) {
     if (text) {

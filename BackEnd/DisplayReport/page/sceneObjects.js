@@ -214,28 +214,23 @@ export function makeEyes(scene) {
   return dots(new Float32Array(points), EYE_COLOUR, 11, scene.disc, ORDER.dot);
 }
 
-// Along the three edges of the box that meet in its left, back and lower corner.
+// Along edges of the box that it does not hide from where the view begins.
 export function makeAxes(scene) {
-  const { minimum, maximum, axes } = scene.axes;
   const segments = [];
   const labels = [];
   const tick = 0.012 * scene.scale;
-  axes.forEach((axis, number) => {
-    const end = [...minimum];
-    end[number] = maximum[number];
-    segments.push(...scene.normal(minimum), ...scene.normal(end));
-    const outwards = number === 0 ? 1 : 0;
+  const shifted = (point, direction, length) => point.map((value, axis) => value + direction[axis] * length);
+  scene.axes.axes.forEach((axis, number) => {
+    segments.push(...scene.normal(axis.start), ...scene.normal(axis.end));
     for (const { value, text } of axis.ticks) {
-      const foot = [...minimum];
+      const foot = [...axis.start];
       foot[number] = value;
-      const tip = [...foot];
-      tip[outwards] -= tick;
-      segments.push(...scene.normal(foot), ...scene.normal(tip));
-      tip[outwards] -= tick;
-      labels.push({ text, place: new Vector3(...scene.normal(tip)), kind: 'tick' });
+      segments.push(...scene.normal(foot), ...scene.normal(shifted(foot, axis.outwards, tick)));
+      labels.push({ text, place: new Vector3(...scene.normal(shifted(foot, axis.outwards, 2 * tick))), kind: 'tick' });
     }
-    end[number] += 4 * tick;
-    labels.push({ text: axis.title, place: new Vector3(...scene.normal(end)), kind: 'axis' });
+    const middle = axis.start.map((value, i) => (value + axis.end[i]) / 2);
+    const place = number === 2 ? shifted(axis.end, [0, 0, 1], 3 * tick) : shifted(middle, axis.outwards, 6 * tick);
+    labels.push({ text: axis.title, place: new Vector3(...scene.normal(place)), kind: 'axis' });
   });
   return { object: line(LineSegments, new Float32Array(segments), SCALE_COLOUR, 0.9), labels };
 }

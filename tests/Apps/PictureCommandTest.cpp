@@ -1,0 +1,88 @@
+#include "ProgramRun.h"
+#include "support/PngImage.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string DOME = EXAMPLES + "spherical-dome/display.xml";
+
+std::string contents(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+TEST(PictureCommand, DrawsEveryExampleInTheColoursOfItsChannels) {
+    const TemporaryFolder folder;
+    for (const char* example : {"cockpit", "collimated", "curved-wall", "cylinder", "dome", "lens-cylinder",
+                                "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
+        const std::string file = folder.file("display.png");
+        const ProgramRun run =
+            runScreenManager({"picture", EXAMPLES + example + "/display.xml", "-o", file, "--size", "480x300"});
+        EXPECT_EQ(run.exitCode, 0) << example << run.errors;
+        const PngImage image = PngImage::read(folder.read("display.png"));
+        ASSERT_EQ(image.width, 480U);
+        ASSERT_EQ(image.height, 300U);
+        // The outlines, a quarter darker than the colours of the list.
+        EXPECT_GT(image.count({173, 119, 0}, 30), 40U) << example;
+        EXPECT_GT(image.count({65, 135, 175}, 30), 40U) << example;
+    }
+}
+
+TEST(PictureCommand, TheNameOfTheFileTellsTheFormat) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(runScreenManager({"picture", DOME, "-o", folder.file("a.svg")}).exitCode, 0);
+    EXPECT_THAT(folder.read("a.svg"), StartsWith("<svg "));
+    EXPECT_THAT(folder.read("a.svg"), HasSubstr(">Centre</text>"));
+    ASSERT_EQ(runScreenManager({"picture", DOME, "-o", folder.file("a.svg"), "--format", "png", "--size", "300x200"})
+                  .exitCode,
+              0);
+    EXPECT_EQ(PngImage::read(folder.read("a.svg")).width, 300U);
+}
+
+TEST(PictureCommand, WrongWishesAreRefused) {
+    EXPECT_EQ(runScreenManager({"picture", DOME, "--view", "below"}).exitCode, 2);
+    EXPECT_EQ(runScreenManager({"picture", DOME, "--size", "10x10"}).exitCode, 2);
+    EXPECT_EQ(runScreenManager({"picture", DOME, "--format", "bmp"}).exitCode, 2);
+}
+
+TEST(PictureCommand, NothingToDrawIsAPictureThatSaysSo) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("display.xml", "<Display version='1'><Units native='m'/></Display>");
+    const ProgramRun run = runScreenManager({"picture", file, "--format", "svg"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, HasSubstr("describes no screen"));
+}
+
+// The picture that opens the README shows what the program draws. Compilers may round a pixel on an edge differently.
+TEST(PictureCommand, ThePictureOfTheReadmeIsItsOwn) {
+    EXPECT_THAT(contents(SM_SOURCE_DIR "/README.md"), HasSubstr("](docs/spherical-dome.png)"));
+    const TemporaryFolder folder;
+    ASSERT_EQ(runProgram("/bin/sh", {"-c", "cd " SM_SOURCE_DIR " && " SM_PROGRAM
+                                           " picture examples/spherical-dome/display.xml -o '" +
+                                               folder.file("dome.png") + "'"})
+                  .exitCode,
+              0);
+    const PngImage drawn = PngImage::read(folder.read("dome.png"));
+    const PngImage kept = PngImage::read(contents(SM_SOURCE_DIR "/docs/spherical-dome.png"));
+    ASSERT_EQ(drawn.bytes.size(), kept.bytes.size());
+    std::size_t different = 0;
+    for (std::size_t i = 0; i < drawn.bytes.size(); ++i) {
+        different += std::abs(drawn.bytes[i] - kept.bytes[i]) > 2 ? 1 : 0;
+    }
+    EXPECT_LT(different, drawn.bytes.size() / 1000);
+}
+
+}  // namespace
