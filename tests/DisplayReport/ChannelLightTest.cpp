@@ -3,6 +3,7 @@
 #include "Common/VeltraniException.h"
 #include "KelvoScreen/FlatScreen.h"
 #include "LitDisplays.h"
+#include "ScreenManager/PlanarTargetLocator.h"
 #include "ScreenManager/TargetLocator.h"
 
 namespace {
