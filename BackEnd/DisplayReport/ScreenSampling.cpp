@@ -17,6 +17,9 @@ constexpr std::size_t NET_NODES = NET_CELLS + 1;
 
 /// Two steps of halving that agree to this part are extrapolated; what is left is some hundred times smaller.
 constexpr double AGREEMENT = 1e-4;
+/// Of the screen: what so little area may be off matters to nobody. At a pole, where triangles shrink to lines, no two
+/// steps ever agree to a part.
+constexpr double NEGLIGIBLE_PART = 1e-9;
 /// Kinks are followed into 1/256 of a triangle.
 constexpr int MOST_HALVINGS = 8;
 
@@ -40,6 +43,9 @@ ScreenSampling::ScreenSampling(std::shared_ptr<const ScreenGeometry> surface)
     }
     if (m_mesh == nullptr) {
         addNet();
+        for (std::size_t i = 0; i < size(); ++i) {
+            m_negligibleArea += NEGLIGIBLE_PART * chordArea(triangle(i));
+        }
     }
     m_extent = extentOf(*m_surface);
 }
@@ -110,7 +116,7 @@ double ScreenSampling::curvedArea(const Triangle& triangle, double chordAreaOfAl
         areas[i] = chordArea(quarters[i]);
         sum += areas[i];
     }
-    if (!(std::abs(sum - chordAreaOfAll) > AGREEMENT * sum) || depth >= MOST_HALVINGS) {
+    if (!(std::abs(sum - chordAreaOfAll) > AGREEMENT * sum + m_negligibleArea) || depth >= MOST_HALVINGS) {
         // The error of chords falls with the square of their length: a third of the last change is left.
         return sum + (sum - chordAreaOfAll) / 3;
     }

@@ -42,6 +42,7 @@ private:
     std::shared_ptr<const ScreenGeometry> m_surface;
     const MeshScreen* m_mesh;         ///< the same, when it is a mesh; else null
     std::vector<SurfacePoint> m_net;  ///< row by row; empty for a mesh
+    double m_negligibleArea = 0;
     Extent m_extent;
 };
 

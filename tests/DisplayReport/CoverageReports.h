@@ -18,14 +18,14 @@ inline Veltrani::DisplayReport::CoverageReport sampleCoverage() {
     left.landed = 0.8;
     left.pitch = {0.001, 0.0025, 3};
     left.isLighting = true;
-    ChannelCoverage bare;
+    ChannelCoverage bare{};
     bare.name = "Bare";
     bare.projectorId = "CD";
     bare.area = 4;
     bare.landed = 1;
     bare.isLighting = true;
     bare.fault = "its resolution is not known";
-    ChannelCoverage dark;
+    ChannelCoverage dark{};
     dark.name = "Dark";
     dark.projectorId = "EF";
     dark.width = 800;
