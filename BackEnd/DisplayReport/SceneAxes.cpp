@@ -3,6 +3,8 @@
 #include "DisplayReport/NumberText.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 
 namespace Veltrani::DisplayReport {
@@ -25,15 +27,18 @@ double stepOf(double length) {
     return 10.0 * power;
 }
 
-/// Rounded to the step, so that 0.30000000000000004 does not appear.
+/// With as many decimals as the step has, so that 0.30000000000000004 does not appear.
 std::string textOf(double value, double step) {
-    const double decimals = std::max(0.0, -std::floor(std::log10(step)));
     constexpr double MOST_DECIMALS = 12;
-    if (decimals > MOST_DECIMALS) {
+    constexpr double LARGEST = 1e15;  // beyond, every digit is written by the exponent
+    const double decimals = std::max(0.0, -std::floor(std::log10(step)));
+    if (decimals > MOST_DECIMALS || std::abs(value) > LARGEST) {
         return exactText(value);
     }
-    const double shift = std::pow(10.0, decimals);
-    return exactText(std::round(value * shift) / shift + 0.0);
+    std::array<char, 32> text{};
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), value + 0.0, std::chars_format::fixed,
+                                       static_cast<int>(decimals));
+    return {text.data(), written.ptr};
 }
 
 }  // namespace

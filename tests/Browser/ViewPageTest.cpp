@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <map>
@@ -40,7 +42,9 @@ protected:
     HeadlessBrowser& open(const std::string& configuration, const std::string& options = "", int exitCode = 0) {
         const std::string page = m_folder.file("page.html");
         EXPECT_EQ(runProgram("view '" + configuration + "' -o '" + page + "' " + options), exitCode);
-        m_browser.emplace(WIDTH, HEIGHT);
+        if (!m_browser) {
+            m_browser.emplace(WIDTH, HEIGHT);
+        }
         m_browser->open(page);
         m_browser->waitFor("performance.getEntriesByName('first picture').length > 0");
         return *m_browser;
@@ -60,17 +64,18 @@ protected:
                          channel + "').querySelector('input').click()");
     }
 
-    /// The middle of a square of pixels of that colour: right, down.
+    /// The middle of a dot of that colour: right, down.
     static std::optional<std::pair<double, double>> dotOf(const PngImage& image, const PngImage::Colour& colour) {
+        constexpr int NEARLY_SAME = 12;  // the edge of a dot is mixed with what is below it
+        constexpr std::array<std::array<std::size_t, 2>, 5> CROSS{{{1, 1}, {0, 1}, {2, 1}, {1, 0}, {1, 2}}};
         for (std::size_t down = 1; down + 1 < image.height; ++down) {
             for (std::size_t right = PANEL; right + 1 < image.width; ++right) {
-                bool isDot = true;
-                for (std::size_t i = 0; i < 9; ++i) {
-                    const auto found = image.at(right + i % 3 - 1, down + i / 3 - 1);
-                    for (std::size_t part = 0; part < 3; ++part) {
-                        isDot = isDot && std::abs(found[part] - colour[part]) <= SAME_COLOUR;
-                    }
-                }
+                const bool isDot = std::all_of(CROSS.begin(), CROSS.end(), [&](const auto& step) {
+                    const auto found = image.at(right + step[0] - 1, down + step[1] - 1);
+                    return std::abs(found[0] - colour[0]) <= NEARLY_SAME &&
+                           std::abs(found[1] - colour[1]) <= NEARLY_SAME &&
+                           std::abs(found[2] - colour[2]) <= NEARLY_SAME;
+                });
                 if (isDot) {
                     return std::pair(static_cast<double>(right), static_cast<double>(down));
                 }

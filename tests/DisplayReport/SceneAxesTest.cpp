@@ -34,7 +34,7 @@ TEST(SceneAxes, TicksStandAtRoundNumbersInsideTheBox) {
 
 TEST(SceneAxes, FractionsHaveNoTailOfRounding) {
     EXPECT_THAT(texts(SceneAxes::of(box({0, 0, 0}, {0.5, 0, 0}), "").axes[0]),
-                ElementsAre("0", "0.1", "0.2", "0.3", "0.4", "0.5"));
+                ElementsAre("0.0", "0.1", "0.2", "0.3", "0.4", "0.5"));
     EXPECT_EQ(SceneAxes::of(box({0, 0, 0}, {1, 0, 0}), "").axes[2].title, "z up");
 }
 

@@ -9,6 +9,7 @@ import {
   LineBasicMaterial,
   LineLoop,
   LineSegments,
+  LinearFilter,
   Mesh,
   MeshBasicMaterial,
   MeshLambertMaterial,
@@ -41,7 +42,11 @@ function disc() {
   pen.beginPath();
   pen.arc(16, 16, 15, 0, 2 * Math.PI);
   pen.fill();
-  return new CanvasTexture(canvas);
+  const texture = new CanvasTexture(canvas);
+  // Smaller copies of a disc are too blurred to be round.
+  texture.generateMipmaps = false;
+  texture.minFilter = LinearFilter;
+  return texture;
 }
 
 function ring() {

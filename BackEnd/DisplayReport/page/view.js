@@ -10,7 +10,7 @@ import {
 } from './sceneObjects.js';
 
 const FIELD_OF_VIEW = 32; // degrees
-const MARGIN = 1.06;
+const MARGIN = 1.16;
 const CLICK = 4; // pixels that a pointer may move and still click
 
 export class View {
