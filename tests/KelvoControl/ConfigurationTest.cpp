@@ -6,12 +6,12 @@
 #include "Configuration/BaseConfig.h"
 #include "support/ConfigManagerDouble.h"
 #include "support/ScreenConfigDouble.h"
+#include "support/SuiteFault.h"
 #include "support/TargetLocatorConfigDouble.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <limits>
 
 namespace {
@@ -29,20 +29,6 @@ const std::vector<std::wstring> TYPES_WITHOUT_MODELS{
     BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED, BaseConfig::TARGET_DATA_CUSTOM_PLANAR};
 const std::vector<std::wstring> TYPES_WITH_MODELS{BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC,
                                                   BaseConfig::TARGET_DATA_3D};
-
-/// What a step throws, its kind in front; empty when nothing.
-std::string faultOf(const std::function<void()>& step) {
-    try {
-        step();
-    } catch (const VeltraniMissingFileException& fault) {
-        return "missing: " + Veltrani::toUtf8(fault.message);
-    } catch (const VeltraniParseException& fault) {
-        return "parse: " + Veltrani::toUtf8(fault.message);
-    } catch (const VeltraniException& fault) {
-        return "general: " + Veltrani::toUtf8(fault.message);
-    }
-    return {};
-}
 
 class ConfigurationTest : public testing::Test {
 protected:
@@ -74,7 +60,7 @@ protected:
         return blendOf(KelvoControl::Configuration(&config), L"P1").getProjectionModel();
     }
     [[nodiscard]] std::string fault() const {
-        return faultOf([&] { const KelvoControl::Configuration table(&config); });
+        return suiteFaultOf([&] { const KelvoControl::Configuration table(&config); });
     }
     [[nodiscard]] static std::unique_ptr<KelvoProjector> projectorOf(const std::shared_ptr<const Blend>& blend) {
         return std::make_unique<KelvoProjector>(blend);

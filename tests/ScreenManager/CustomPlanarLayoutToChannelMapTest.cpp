@@ -6,6 +6,7 @@
 #include "LayoutMapFixture.h"
 #include "LayoutMapRows.h"
 #include "PlanarMapText.h"
+#include "support/SuiteFault.h"
 #include "support/TemporaryFolder.h"
 #include "support/VirtualSlot.h"
 
@@ -62,16 +63,7 @@ protected:
     }
     /// What building throws, its kind in front; empty when nothing.
     std::string fault(XMLConfigManager* from) {
-        try {
-            const CustomPlanarLayoutToChannelMap map(from);
-        } catch (const VeltraniMissingFileException& thrown) {
-            return "missing: " + Veltrani::toUtf8(thrown.message);
-        } catch (const VeltraniParseException& thrown) {
-            return "parse: " + Veltrani::toUtf8(thrown.message);
-        } catch (const VeltraniException& thrown) {
-            return "general: " + Veltrani::toUtf8(thrown.message);
-        }
-        return {};
+        return suiteFaultOf([&] { const CustomPlanarLayoutToChannelMap map(from); });
     }
 
     const TemporaryFolder folder;
