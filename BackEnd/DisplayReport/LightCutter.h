@@ -47,8 +47,7 @@ public:
 private:
     void halve(const LitTriangle& triangle, int depth) const;
     void slice(const LitTriangle& triangle, int depth) const;
-    /// Both sides of the border on the way from a point to another: the last found lit as `from`, the first lit
-    /// otherwise.
+    /// The border on the way from a point to another, once with the light as at `from`, once with that behind it.
     [[nodiscard]] std::pair<LitPoint, LitPoint> border(const LitPoint& from, const LitPoint& to) const;
 
     const LitDomain& m_domain;

@@ -38,12 +38,15 @@ TEST_P(ChannelLightKindTest, OfEveryExampleIsLitWhereItLands) {
     EXPECT_EQ(landed, landing);
 }
 
+// Of the lenses before the cylinder, 31 and 30 rays of the upper rows pass above the wall: counted by their formulas,
+// apart from this code.
 INSTANTIATE_TEST_SUITE_P(Kinds, ChannelLightKindTest,
                          testing::Values(std::pair{"planar-wall", 6 * 651}, std::pair{"curved-wall", 4 * 651},
                                          std::pair{"dome", 6 * 651}, std::pair{"cylinder", 5 * 651},
                                          std::pair{"cockpit", 4 * 651}, std::pair{"spherical-dome", 4 * 651},
                                          std::pair{"collimated", 3 * 651}, std::pair{"warped-wall", 2 * 651},
-                                         std::pair{"lens-cylinder", 3 * 651}, std::pair{"mesh-rays", 2 * 651}));
+                                         std::pair{"lens-cylinder", 3 * 651 - 31 - 30},
+                                         std::pair{"mesh-rays", 2 * 651}));
 
 TEST_F(ChannelLightTest, ALocatorOfAnUnknownKindIsRefused) {
     try {

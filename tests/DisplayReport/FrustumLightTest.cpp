@@ -29,8 +29,11 @@ TEST_F(FrustumLightTest, TurnsToTheRightByItsHeading) {
 
 TEST_F(FrustumLightTest, LightsWithinItsEdgesAndNothingBehind) {
     const FrustumLight ahead = light(-45, 45, -45, 45);
-    EXPECT_TRUE(ahead.lights({{3.5, 3.571, 0}, {}, false}));
-    EXPECT_FALSE(ahead.lights({{3.571, 3.5, 0}, {}, false}));
+    const auto towards = [](double heading) {
+        return SurfacePoint{{5 * std::sin(radians(heading)), 5 * std::cos(radians(heading)), 0}, {}, false};
+    };
+    EXPECT_TRUE(ahead.lights(towards(44.9)));
+    EXPECT_FALSE(ahead.lights(towards(45.1)));
     EXPECT_FALSE(ahead.lights({{0, -5, 0}, {}, false}));
     EXPECT_EQ(expectLitWhereItLands(light(-30, 20, -15, 25, 70)), 31 * 21);
 }

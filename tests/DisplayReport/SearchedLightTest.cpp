@@ -13,10 +13,6 @@ using SearchedLightTest = LitDisplayTest;
 const std::string SMALL_SPHERE =
     "<Screen shape='Sphere'><Radius value='1'/><Azimuth min='-180' max='180'/><Elevation min='-90' max='90'/></Screen>";
 const std::string MIRROR = "<TargetData type='SphericalCollimated'><Mirror radius='3'/></TargetData>";
-/// Headings are halved.
-const std::string HALVING =
-    "<TargetData type='Spherical'><YawTable><Pair measured='-90' corrected='-45'/>"
-    "<Pair measured='90' corrected='45'/></YawTable></TargetData>";
 
 SurfacePoint onSphere(double radius, double yaw, double pitch) {
     return {
@@ -39,8 +35,8 @@ TEST_F(SearchedLightTest, ThroughAMirrorAroundTheEyeItLightsWhatTheFrustumPoints
 }
 
 TEST_F(SearchedLightTest, ATableBendsTheLight) {
-    load(displays::SPHERE, camera("A", "-40", "40", "-20", "20"), HALVING);
-    const auto light = std::move(lights().at(0));
+    load(displays::SPHERE, "");
+    const auto light = halvedLight();
     ASSERT_NE(dynamic_cast<const SearchedLight*>(light.get()), nullptr);
     EXPECT_TRUE(light->lights(onSphere(5, radians(19.9), 0)));
     EXPECT_FALSE(light->lights(onSphere(5, radians(20.1), 0)));
