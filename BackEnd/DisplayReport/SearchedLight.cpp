@@ -15,7 +15,7 @@ namespace {
 
 using Grid = std::map<Point<int, 2>, Point<double, 3>>;
 
-/// Dense enough that Newton's method starts near its end, few enough to be gone through for every point.
+/// Dense enough that Newton's method starts near its end.
 constexpr int LATTICE_COLUMNS = 49;
 constexpr int LATTICE_ROWS = 31;
 /// Of the picture: the step of the derivatives.
@@ -57,16 +57,18 @@ void SearchedLight::addLattice() {
     Grid grid;
     m_locator->projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, LATTICE_COLUMNS, LATTICE_ROWS, grid);
     double spacing = 0;
+    std::vector<Point<double, 3>> places;
     for (const auto& [index, place] : grid) {
         // Rows run downwards.
-        m_lattice.push_back({{static_cast<double>(index[0]) / (LATTICE_COLUMNS - 1),
-                              1 - static_cast<double>(index[1]) / (LATTICE_ROWS - 1)},
-                             place});
+        m_lattice.emplace_back(static_cast<double>(index[0]) / (LATTICE_COLUMNS - 1),
+                               1 - static_cast<double>(index[1]) / (LATTICE_ROWS - 1));
+        places.push_back(place);
         for (const Point<double, 3>* next : {at(grid, index[0] + 1, index[1]), at(grid, index[0], index[1] + 1)}) {
             spacing = next != nullptr ? std::max(spacing, norm(*next - place)) : spacing;
         }
     }
     m_reach = spacing > 0 ? REACH * spacing : std::numeric_limits<double>::infinity();
+    m_places = std::make_unique<PointIndex>(std::move(places));
 }
 
 void SearchedLight::land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const {
@@ -85,11 +87,11 @@ void SearchedLight::land(std::span<const Point<double, 2>> picture, std::span<La
 }
 
 bool SearchedLight::lights(const SurfacePoint& point) const {
-    const Node* const start = nearestNode(point.place);
-    if (start == nullptr) {
+    const std::optional<Point<double, 2>> start = nearestOfLattice(point.place);
+    if (!start) {
         return false;
     }
-    Point<double, 2> picture = start->picture;
+    Point<double, 2> picture = *start;
     std::optional<Probe> here = probe(picture);
     for (int step = 0; here && step < MOST_STEPS; ++step) {
         if (norm(here->place - point.place) <= m_samePlace) {
@@ -102,21 +104,24 @@ bool SearchedLight::lights(const SurfacePoint& point) const {
     return false;
 }
 
-const SearchedLight::Node* SearchedLight::nearestNode(const Point<double, 3>& place) const {
-    const Node* nearest = nullptr;
-    double least = m_reach * m_reach;
-    for (const Node& node : m_lattice) {
-        const Point<double, 3> offset = node.place - place;
-        const double squared = dot(offset, offset);
-        if (squared < least) {
-            least = squared;
-            nearest = &node;
-        }
-    }
-    return nearest;
+std::optional<Point<double, 2>> SearchedLight::nearestOfLattice(const Point<double, 3>& place) const {
+    const std::optional<std::size_t> nearest = m_places->nearest(place);
+    return nearest && norm((*m_places)[*nearest] - place) < m_reach ? std::optional(m_lattice[*nearest]) : std::nullopt;
 }
 
 std::optional<SearchedLight::Probe> SearchedLight::probe(const Point<double, 2>& picture) const {
+    Grid grid;
+    m_locator->projectOnTargetLocationSurface(picture[0], picture[0] + STEP, picture[1], picture[1] + STEP, 2, 2, grid);
+    const Point<double, 3>* const here = at(grid, 0, 1);
+    const Point<double, 3>* const right = at(grid, 1, 1);
+    const Point<double, 3>* const above = at(grid, 0, 0);
+    if (here == nullptr || right == nullptr || above == nullptr) {
+        return probeAround(picture);
+    }
+    return Probe{*here, (*right - *here) * (1 / STEP), (*above - *here) * (1 / STEP)};
+}
+
+std::optional<SearchedLight::Probe> SearchedLight::probeAround(const Point<double, 2>& picture) const {
     Grid grid;
     m_locator->projectOnTargetLocationSurface(picture[0] - STEP, picture[0] + STEP, picture[1] - STEP,
                                               picture[1] + STEP, 3, 3, grid);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DisplayReport/ChannelLight.h"
+#include "DisplayReport/PointIndex.h"
 
 #include <optional>
 #include <vector>
@@ -23,11 +24,6 @@ public:
     [[nodiscard]] bool lights(const SurfacePoint& point) const override;
 
 private:
-    struct Node {
-        Point<double, 2> picture;
-        Point<double, 3> place;
-    };
-
     /// The landing of a picture point, and how it moves with u and v.
     struct Probe {
         Point<double, 3> place;
@@ -36,15 +32,19 @@ private:
     };
 
     void addLattice();
-    [[nodiscard]] const Node* nearestNode(const Point<double, 3>& place) const;
+    /// The picture point of the lattice that lands nearest to a place; none when that is too far away.
+    [[nodiscard]] std::optional<Point<double, 2>> nearestOfLattice(const Point<double, 3>& place) const;
+    /// At the edge of the screen and of the mirror, where the place ahead misses.
+    [[nodiscard]] std::optional<Probe> probeAround(const Point<double, 2>& picture) const;
     [[nodiscard]] std::optional<Probe> probe(const Point<double, 2>& picture) const;
     /// One damped step from `picture` towards `place`; false when none comes nearer.
     bool approach(const Point<double, 3>& place, Point<double, 2>& picture, Probe& here) const;
 
     std::shared_ptr<const TargetLocator> m_locator;
-    std::vector<Node> m_lattice;  ///< those of its points that land on the screen
-    double m_reach = 0;           ///< native units: no lit point is further away from the lattice
-    double m_samePlace;           ///< native units: nearer points are the same
+    std::vector<Point<double, 2>> m_lattice;  ///< those of its points that land on the screen
+    std::unique_ptr<PointIndex> m_places;     ///< where they do
+    double m_reach = 0;                       ///< native units: no lit point is further away from the lattice
+    double m_samePlace;                       ///< native units: nearer points are the same
 };
 
 }  // namespace Veltrani::DisplayReport
