@@ -30,6 +30,20 @@ constexpr int MOST_STEPS = 24;
 /// Down to a thousandth of a step.
 constexpr int MOST_HALVINGS = 10;
 
+/// Of a step: what is left behind it, at most, where the screen goes on as a plane for as long. A point behind another
+/// part of the screen, or before it, leaves more.
+constexpr double MOST_REST = 0.125;
+/// Of the picture, a spacing of the lattice: a longer step is gone before it is believed.
+constexpr double LONGEST_TRUSTED = 1.0 / (LATTICE_ROWS - 1);
+/// Steps to the edge of the picture from where it does not matter any more how the next ones go.
+constexpr double FAR_FROM_EDGE = 2.0;
+
+/// True when so small a step leads to the same side of the edge of the picture wherever it ends exactly.
+bool isDecided(const Point<double, 2>& picture, double step) {
+    const double inside = std::min({picture[0], 1 - picture[0], picture[1], 1 - picture[1]});
+    return step < LONGEST_TRUSTED && std::abs(inside) > FAR_FROM_EDGE * step;
+}
+
 const Point<double, 3>* at(const Grid& grid, int column, int row) {
     const auto found = grid.find({column, row});
     return found == grid.end() ? nullptr : &found->second;
@@ -60,9 +74,12 @@ void SearchedLight::addLattice() {
     std::vector<Point<double, 3>> places;
     for (const auto& [index, place] : grid) {
         // Rows run downwards.
-        m_lattice.emplace_back(static_cast<double>(index[0]) / (LATTICE_COLUMNS - 1),
-                               1 - static_cast<double>(index[1]) / (LATTICE_ROWS - 1));
-        places.push_back(place);
+        const Point<double, 2> picture{static_cast<double>(index[0]) / (LATTICE_COLUMNS - 1),
+                                       1 - static_cast<double>(index[1]) / (LATTICE_ROWS - 1)};
+        if (const std::optional<Probe> found = probe(picture)) {
+            m_lattice.push_back({picture, *found});
+            places.push_back(place);
+        }
         for (const Point<double, 3>* next : {at(grid, index[0] + 1, index[1]), at(grid, index[0], index[1] + 1)}) {
             spacing = next != nullptr ? std::max(spacing, norm(*next - place)) : spacing;
         }
@@ -87,26 +104,37 @@ void SearchedLight::land(std::span<const Point<double, 2>> picture, std::span<La
 }
 
 bool SearchedLight::lights(const SurfacePoint& point) const {
-    const std::optional<Point<double, 2>> start = nearestOfLattice(point.place);
-    if (!start) {
+    const Node* const start = nearestOfLattice(point.place);
+    if (start == nullptr) {
         return false;
     }
-    Point<double, 2> picture = *start;
-    std::optional<Probe> here = probe(picture);
-    for (int step = 0; here && step < MOST_STEPS; ++step) {
-        if (norm(here->place - point.place) <= m_samePlace) {
+    auto [picture, here] = *start;
+    // The lattice alone is not believed: between its points may lie the edge of a shadow.
+    double lastGap = 0;
+    for (int count = 0; count < MOST_STEPS; ++count) {
+        const Point<double, 3> gap = point.place - here.place;
+        if (norm(gap) <= m_samePlace) {
             return isInPicture(picture);
         }
-        if (!approach(point.place, picture, *here)) {
+        const std::optional<Step> step = stepTo(gap, here);
+        if (!step) {
+            return false;
+        }
+        const bool isSmooth = norm(gap) <= MOST_REST * lastGap && step->rest <= MOST_REST * norm(gap);
+        if (isSmooth && isDecided(picture + step->inPicture, norm(step->inPicture))) {
+            return isInPicture(picture + step->inPicture);
+        }
+        lastGap = norm(gap);
+        if (!approach(point.place, step->inPicture, picture, here)) {
             return false;
         }
     }
     return false;
 }
 
-std::optional<Point<double, 2>> SearchedLight::nearestOfLattice(const Point<double, 3>& place) const {
+const SearchedLight::Node* SearchedLight::nearestOfLattice(const Point<double, 3>& place) const {
     const std::optional<std::size_t> nearest = m_places->nearest(place);
-    return nearest && norm((*m_places)[*nearest] - place) < m_reach ? std::optional(m_lattice[*nearest]) : std::nullopt;
+    return nearest && norm((*m_places)[*nearest] - place) < m_reach ? &m_lattice[*nearest] : nullptr;
 }
 
 std::optional<SearchedLight::Probe> SearchedLight::probe(const Point<double, 2>& picture) const {
@@ -135,21 +163,26 @@ std::optional<SearchedLight::Probe> SearchedLight::probeAround(const Point<doubl
     return found;
 }
 
-bool SearchedLight::approach(const Point<double, 3>& place, Point<double, 2>& picture, Probe& here) const {
-    const Point<double, 3> gap = place - here.place;
+std::optional<SearchedLight::Step> SearchedLight::stepTo(const Point<double, 3>& gap, const Probe& here) {
     const double uu = dot(here.alongU, here.alongU);
     const double uv = dot(here.alongU, here.alongV);
     const double vv = dot(here.alongV, here.alongV);
     const double determinant = uu * vv - uv * uv;
     if (!(determinant > 0.0)) {
-        return false;
+        return std::nullopt;
     }
     const double u = dot(here.alongU, gap);
     const double v = dot(here.alongV, gap);
-    Point<double, 2> step{(vv * u - uv * v) / determinant, (uu * v - uv * u) / determinant};
+    const Point<double, 2> step{(vv * u - uv * v) / determinant, (uu * v - uv * u) / determinant};
+    return Step{step, norm(gap - here.alongU * step[0] - here.alongV * step[1])};
+}
+
+bool SearchedLight::approach(const Point<double, 3>& place, Point<double, 2> step, Point<double, 2>& picture,
+                             Probe& here) const {
+    const double gap = norm(place - here.place);
     for (int halving = 0; halving <= MOST_HALVINGS; ++halving) {
         const std::optional<Probe> there = probe(picture + step);
-        if (there && norm(there->place - place) < norm(gap)) {
+        if (there && norm(there->place - place) < gap) {
             picture += step;
             here = *there;
             return true;

@@ -31,20 +31,34 @@ private:
         Point<double, 3> alongV;
     };
 
+    /// A point of the lattice, where every search starts.
+    struct Node {
+        Point<double, 2> picture;
+        Probe probe;
+    };
+
+    /// A step of Newton's method.
+    struct Step {
+        Point<double, 2> inPicture;
+        double rest = 0;  ///< native units: how far away from the place it ends where the screen is flat
+    };
+
     void addLattice();
-    /// The picture point of the lattice that lands nearest to a place; none when that is too far away.
-    [[nodiscard]] std::optional<Point<double, 2>> nearestOfLattice(const Point<double, 3>& place) const;
+    /// The point of the lattice that lands nearest to a place; null when that is too far away.
+    [[nodiscard]] const Node* nearestOfLattice(const Point<double, 3>& place) const;
     /// At the edge of the screen and of the mirror, where the place ahead misses.
     [[nodiscard]] std::optional<Probe> probeAround(const Point<double, 2>& picture) const;
     [[nodiscard]] std::optional<Probe> probe(const Point<double, 2>& picture) const;
-    /// One damped step from `picture` towards `place`; false when none comes nearer.
-    bool approach(const Point<double, 3>& place, Point<double, 2>& picture, Probe& here) const;
+    /// Towards a gap; none where the landing stands still.
+    [[nodiscard]] static std::optional<Step> stepTo(const Point<double, 3>& gap, const Probe& here);
+    /// Goes the step from `picture`, or a part of it; false when none comes nearer to `place`.
+    bool approach(const Point<double, 3>& place, Point<double, 2> step, Point<double, 2>& picture, Probe& here) const;
 
     std::shared_ptr<const TargetLocator> m_locator;
-    std::vector<Point<double, 2>> m_lattice;  ///< those of its points that land on the screen
-    std::unique_ptr<PointIndex> m_places;     ///< where they do
-    double m_reach = 0;                       ///< native units: no lit point is further away from the lattice
-    double m_samePlace;                       ///< native units: nearer points are the same
+    std::vector<Node> m_lattice;           ///< those of its points that land on the screen
+    std::unique_ptr<PointIndex> m_places;  ///< where they do
+    double m_reach = 0;                    ///< native units: no lit point is further away from the lattice
+    double m_samePlace;                    ///< native units: nearer points are the same
 };
 
 }  // namespace Veltrani::DisplayReport

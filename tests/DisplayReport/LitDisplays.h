@@ -69,11 +69,15 @@ protected:
         return landed;
     }
 
-    /// The light of a camera of 80 by 40 degrees in the middle of the screen, whose headings a table halves. The
-    /// configuration knows tables with a mirror alone; made by hand, a camera may have one without.
-    [[nodiscard]] static std::unique_ptr<Veltrani::DisplayReport::ChannelLight> halvedLight() {
-        const SphereTargetLocatorParams camera({0, 0, 0}, radians(-40), radians(40), radians(-20), radians(20), 0, 0, 0,
-                                               {}, {{radians(-90), radians(-45)}, {radians(90), radians(45)}});
+    /// The light of a camera in the middle of the screen (half its width and height in degrees), whose headings a table
+    /// bends: 90 degrees to the side become `corrected`. The configuration knows tables with a mirror alone; made by
+    /// hand, a camera may have one without.
+    [[nodiscard]] static std::unique_ptr<Veltrani::DisplayReport::ChannelLight> bentLight(double halfWidth,
+                                                                                          double halfHeight,
+                                                                                          double corrected) {
+        const SphereTargetLocatorParams camera(
+            {0, 0, 0}, radians(-halfWidth), radians(halfWidth), radians(-halfHeight), radians(halfHeight), 0, 0, 0, {},
+            {{radians(-90), radians(-corrected)}, {radians(90), radians(corrected)}});
         return Veltrani::DisplayReport::ChannelLight::of(std::make_shared<SphereTargetLocator>(camera), surface());
     }
 

@@ -158,7 +158,7 @@ TEST_F(ScreenCoverageTest, AMirrorAroundTheEyeShowsTheSolidAngleOfTheFrustum) {
 TEST_F(ScreenCoverageTest, ATableThatHalvesTheHeadingsHalvesTheArea) {
     load(displays::SPHERE, "");
     Lights halved;
-    halved.push_back(halvedLight());
+    halved.push_back(bentLight(40, 20, 45));
     expectArea(measure(halved).sharedBy[0][0], 25 * solidAngle(40, 20) / 2);
 }
 
@@ -167,6 +167,16 @@ TEST_F(ScreenCoverageTest, AShadowIsDark) {
     load(displays::MESH, camera("A", "-30", "30", "-30", "30"), displays::PROJECTORS);
     const ScreenCoverage coverage = measure();
     expectArea(coverage.area, 17);
+    expectArea(coverage.sharedBy[0][0], 16 - 4 + 1);
+    expectArea(coverage.byCount[0], 4);
+}
+
+TEST_F(ScreenCoverageTest, AShadowIsDarkInLightThatIsSearched) {
+    m_folder.write("wall.obj", displays::PANEL_OBJ);
+    load(displays::MESH, "");
+    Lights searched;
+    searched.push_back(bentLight(30, 30, 90));
+    const ScreenCoverage coverage = measure(searched);
     expectArea(coverage.sharedBy[0][0], 16 - 4 + 1);
     expectArea(coverage.byCount[0], 4);
 }

@@ -36,7 +36,7 @@ TEST_F(SearchedLightTest, ThroughAMirrorAroundTheEyeItLightsWhatTheFrustumPoints
 
 TEST_F(SearchedLightTest, ATableBendsTheLight) {
     load(displays::SPHERE, "");
-    const auto light = halvedLight();
+    const auto light = bentLight(40, 20, 45);
     ASSERT_NE(dynamic_cast<const SearchedLight*>(light.get()), nullptr);
     EXPECT_TRUE(light->lights(onSphere(5, radians(19.9), 0)));
     EXPECT_FALSE(light->lights(onSphere(5, radians(20.1), 0)));
