@@ -18,6 +18,7 @@ protected:
 
 private:
     Matrix<double, 3> m_rotation;  ///< from the camera's frame to world axes
+    Matrix<double, 3> m_inverse;   ///< back
     Point<double, 2> m_start;      ///< tangents at (u, v) = (0, 0)
     Point<double, 2> m_size;       ///< from there to (1, 1)
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace Veltrani::DisplayReport {
 
@@ -103,6 +104,40 @@ private:
     Steps m_steps;
 };
 
+/// The light on corners that were asked for lately: the triangles of a mesh share each with five others.
+class CornerLight {
+public:
+    CornerLight(const ScreenSampling& screen, const SurfaceDomain& domain)
+        : m_screen(screen), m_domain(domain), m_kept(std::min(MOST_KEPT, 3 * screen.size())) {}
+
+    LitTriangle litTriangle(std::size_t i) {
+        const ScreenSampling::Triangle triangle = m_screen.triangle(i);
+        const auto numbers = m_screen.cornerNumbers(i);
+        LitTriangle lit;
+        for (std::size_t corner = 0; corner < lit.size(); ++corner) {
+            Kept& kept = m_kept[numbers[corner] % m_kept.size()];
+            if (kept.number != numbers[corner] + 1) {
+                kept = {numbers[corner] + 1, m_domain.litPoint(triangle[corner]).by};
+            }
+            lit[corner] = {{}, triangle[corner], kept.by};
+        }
+        return lit;
+    }
+
+private:
+    /// A prime, lest vertices that are kept in one place come in turn; 5 MB.
+    static constexpr std::size_t MOST_KEPT = 131071;
+
+    struct Kept {
+        std::uint64_t number = 0;  ///< of the corner, and one; 0 for none
+        LitBy by;
+    };
+
+    const ScreenSampling& m_screen;
+    const SurfaceDomain& m_domain;
+    std::vector<Kept> m_kept;
+};
+
 class Sums {
 public:
     Sums(ScreenCoverage& coverage, std::size_t channels) : m_coverage(coverage), m_channels(channels) {
@@ -142,12 +177,12 @@ ScreenCoverage ScreenCoverage::of(const ScreenSampling& screen, const PictureCov
             take(piece, by);
         }
     });
+    CornerLight corners(screen, domain);
     for (std::size_t i = 0; i < screen.size(); ++i) {
         if (progress && i % TRIANGLES_AT_ONCE == 0) {
             progress(i, screen.size());
         }
-        const ScreenSampling::Triangle triangle = screen.triangle(i);
-        cutter.cut({domain.litPoint(triangle[0]), domain.litPoint(triangle[1]), domain.litPoint(triangle[2])});
+        cutter.cut(corners.litTriangle(i));
     }
     return coverage;
 }

@@ -4,6 +4,7 @@
 #include "DisplayReport/GeometryText.h"
 #include "KelvoScreen/MeshScreen.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -80,13 +81,38 @@ ScreenSampling::Triangle ScreenSampling::triangle(std::size_t i) const {
         }
         return triangle;
     }
-    const std::size_t cell = i / 2;
-    const std::size_t first = cell / NET_CELLS * NET_NODES + cell % NET_CELLS;
-    const bool isUpper = i % 2 == 1;
-    triangle = {m_net[isUpper ? first + NET_NODES + 1 : first], m_net[isUpper ? first + NET_NODES : first + 1],
-                m_net[isUpper ? first + 1 : first + NET_NODES]};
+    const auto [a, b, c] = nodesOf(i);
+    triangle = {m_net[a], m_net[b], m_net[c]};
     const bool isWhole = triangle[0].hasParameters && triangle[1].hasParameters && triangle[2].hasParameters;
     return isWhole ? triangle : Triangle{};
+}
+
+std::array<std::size_t, 3> ScreenSampling::nodesOf(std::size_t i) {
+    const std::size_t cell = i / 2;
+    const std::size_t first = cell / NET_CELLS * NET_NODES + cell % NET_CELLS;
+    if (i % 2 == 1) {
+        return {first + NET_NODES + 1, first + NET_NODES, first + 1};
+    }
+    return {first, first + 1, first + NET_NODES};
+}
+
+std::array<std::uint64_t, 3> ScreenSampling::cornerNumbers(std::size_t i) const {
+    std::array<std::uint64_t, 3> numbers{};
+    if (m_mesh == nullptr) {
+        const auto nodes = nodesOf(i);
+        std::copy(nodes.begin(), nodes.end(), numbers.begin());
+        return numbers;
+    }
+    // One vertex may stand in several places of the texture.
+    constexpr int HALF = 32;
+    const TriangleMesh& mesh = m_mesh->mesh();
+    for (std::size_t corner = 0; corner < 3; ++corner) {
+        numbers[corner] = static_cast<std::uint64_t>(mesh.triangles[i][corner]) << HALF;
+        if (m_mesh->isParameterised()) {
+            numbers[corner] += static_cast<std::uint64_t>(mesh.textureTriangles[i][corner]);
+        }
+    }
+    return numbers;
 }
 
 SurfacePoint ScreenSampling::between(const SurfacePoint& from, const SurfacePoint& to, double part) const {

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -27,6 +28,8 @@ public:
     [[nodiscard]] std::size_t size() const;
     /// Triangle i; one without area where the surface has a gap.
     [[nodiscard]] Triangle triangle(std::size_t i) const;
+    /// Tells the corners of triangle i apart from those of all others: triangles that share one have the same number.
+    [[nodiscard]] std::array<std::uint64_t, 3> cornerNumbers(std::size_t i) const;
     /// The box around the corners.
     [[nodiscard]] const Extent& extent() const { return m_extent; }
 
@@ -37,6 +40,8 @@ public:
 
 private:
     void addNet();
+    /// The nodes of a triangle of the net.
+    [[nodiscard]] static std::array<std::size_t, 3> nodesOf(std::size_t i);
     [[nodiscard]] double curvedArea(const Triangle& triangle, double chordArea, int depth) const;
 
     std::shared_ptr<const ScreenGeometry> m_surface;

@@ -4,6 +4,9 @@
 #include "KelvoScreen/MeshScreen.h"
 #include "LitDisplays.h"
 
+#include <cstdint>
+#include <map>
+
 namespace {
 
 using namespace Veltrani::DisplayReport;
@@ -83,6 +86,28 @@ TEST_F(ScreenSamplingTest, PointsBetweenLieOnACurvedSurface) {
 
 TEST_F(ScreenSamplingTest, ASurfaceThatIsNotValidIsRefused) {
     EXPECT_THROW(ScreenSampling(std::make_shared<MeshScreen>(TriangleMesh())), VeltraniException);
+}
+
+// Whatever the shape: light that was looked up for a corner is taken for every other corner of the same number.
+TEST_F(ScreenSamplingTest, CornersOfOneNumberAreOnePoint) {
+    // The two triangles share an edge in space; in the texture the second is apart.
+    m_folder.write("wall.obj",
+                   "v 0 5 0\nv 4 5 0\nv 4 5 2\nv 0 5 2\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvt 0.5 0.5\n"
+                   "f 1/1 2/2 3/3\nf 1/5 3/3 4/4\n");
+    for (const std::string& screen : {displays::FLAT, displays::SPHERE, displays::MESH}) {
+        load(screen, "");
+        const ScreenSampling sampling(surface());
+        std::map<std::uint64_t, SurfacePoint> known;
+        for (std::size_t i = 0; i < sampling.size(); ++i) {
+            for (std::size_t corner = 0; corner < 3; ++corner) {
+                const SurfacePoint point = sampling.triangle(i)[corner];
+                const SurfacePoint& first = known.try_emplace(sampling.cornerNumbers(i)[corner], point).first->second;
+                EXPECT_EQ(first.place, point.place);
+                EXPECT_EQ(first.parameters, point.parameters);
+            }
+        }
+        EXPECT_EQ(known.size(), screen == displays::MESH ? 5U : 33U * 33U);
+    }
 }
 
 }  // namespace
