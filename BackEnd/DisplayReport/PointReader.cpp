@@ -1,9 +1,10 @@
 #include "DisplayReport/PointReader.h"
 
+#include "Common/DecimalText.h"
+#include "Common/FileFault.h"
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
-#include "KelvoControl/detail/DecimalText.h"
-#include "KelvoControl/detail/FileFault.h"
 
 #include <algorithm>
 #include <istream>
@@ -75,7 +76,7 @@ bool PointReader::next(Point<double, 3>& point) {
         const auto parsed = parse(m_text, m_kind);
         if (!parsed) {
             const std::vector<std::string> names = columnsOf(m_kind);
-            refuse(m_line, KelvoControlDetail::inQuotes(m_text),
+            refuse(m_line, inQuotes(m_text),
                    joined(names) + ": " + std::to_string(names.size()) +
                        " finite numbers with decimal points, a comma between them");
         }
@@ -92,7 +93,7 @@ std::optional<Point<double, 3>> PointReader::parse(std::string_view text, PointK
     }
     Point<double, 3> point;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        const std::optional<double> number = KelvoControlDetail::parseFinite(cells[i]);
+        const std::optional<double> number = parseFinite(cells[i]);
         if (!number) {
             return std::nullopt;
         }
@@ -117,8 +118,7 @@ bool PointReader::readLine() {
         }
         m_text += Traits::to_char_type(next);
         if (m_text.size() > LONGEST_LINE_BYTES) {
-            refuse(m_line, KelvoControlDetail::inQuotes(m_text),
-                   "lines of at most " + std::to_string(LONGEST_LINE_BYTES) + " bytes");
+            refuse(m_line, inQuotes(m_text), "lines of at most " + std::to_string(LONGEST_LINE_BYTES) + " bytes");
         }
     }
     if (m_line == 1 && m_text.starts_with(BYTE_ORDER_MARK)) {
@@ -139,8 +139,8 @@ bool PointReader::isHeader() const {
 
 void PointReader::refuse(int line, const std::string& found, const std::string& expected) const {
     const char* const example = m_kind == PointKind::PICTURE ? "0.5,0.25" : "1.5,4,-0.25";
-    KelvoControlDetail::throwFault(
-        m_document, {line, "point", found, expected, std::string("write one point per line, such as ") + example});
+    throwFault(m_document,
+               {line, "point", found, expected, std::string("write one point per line, such as ") + example});
 }
 
 }  // namespace Veltrani::DisplayReport

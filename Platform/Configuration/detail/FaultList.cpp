@@ -1,5 +1,6 @@
 #include "Configuration/detail/FaultList.h"
 
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 
@@ -9,39 +10,6 @@
 namespace Veltrani {
 
 namespace {
-
-// Long enough to recognise a value, short enough that a message stays readable.
-constexpr std::size_t LONGEST_QUOTE_BYTES = 120;
-
-bool isContinuationByte(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-std::string_view cutBetweenCharacters(std::string_view text, std::size_t bytes) {
-    if (text.size() <= bytes) {
-        return text;
-    }
-    while (bytes > 0 && isContinuationByte(text[bytes])) {
-        --bytes;
-    }
-    return text.substr(0, bytes);
-}
-
-std::string onOneLine(std::string_view text) {
-    static constexpr std::string_view DIGITS = "0123456789abcdef";
-    std::string shown;
-    for (const char character : text) {
-        const auto code = static_cast<unsigned char>(character);
-        if (character == '\n') {
-            shown += "\\n";
-        } else if (code < 0x20U || code == 0x7FU) {
-            shown += {'\\', 'x', DIGITS[code >> 4U], DIGITS[code & 0xFU]};
-        } else {
-            shown += character;
-        }
-    }
-    return shown;
-}
 
 std::string lineOf(const std::string& document, const FaultList::Fault& fault) {
     return concatenated({onOneLine(document), ":", std::to_string(fault.line), ": <", fault.element, ">: found ",
@@ -86,11 +54,6 @@ std::string concatenated(std::initializer_list<std::string_view> pieces) {
         text += piece;
     }
     return text;
-}
-
-std::string inQuotes(std::string_view text) {
-    const std::string_view shown = cutBetweenCharacters(text, LONGEST_QUOTE_BYTES);
-    return concatenated({"\"", onOneLine(shown), shown.size() < text.size() ? "..." : "", "\""});
 }
 
 }  // namespace Veltrani

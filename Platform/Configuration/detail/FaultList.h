@@ -55,8 +55,4 @@ private:
 /// The pieces one behind the other.
 [[nodiscard]] std::string concatenated(std::initializer_list<std::string_view> pieces);
 
-/// A text from a document, in quotes, for a message: cut when it is long, control characters spelled out so that the
-/// message stays on its line.
-[[nodiscard]] std::string inQuotes(std::string_view text);
-
 }  // namespace Veltrani

@@ -1,5 +1,6 @@
 #include "Configuration/detail/FormatChecker.h"
 
+#include "Common/QuotedText.h"
 #include "Configuration/detail/XmlNode.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #include "Configuration/detail/MeaningChecker.h"
 
+#include "Common/QuotedText.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/detail/XmlNode.h"
 

@@ -1,5 +1,6 @@
 #include "Configuration/detail/XmlDocument.h"
 
+#include "Common/QuotedText.h"
 #include "Configuration/detail/TagScanner.h"
 #include "Configuration/detail/XmlNode.h"
 

@@ -1,6 +1,7 @@
 #include "KelvoControl/detail/CalibrationXml.h"
 
-#include "KelvoControl/detail/FileFault.h"
+#include "Common/FileFault.h"
+#include "Common/QuotedText.h"
 
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
@@ -68,8 +69,8 @@ public:
     [[nodiscard]] CalibrationContent read(const xmlDoc* document) const {
         const xmlNode* const root = xmlDocGetRootElement(document);
         if (nameOf(root) != ROOT) {
-            throwFault(m_document, {lineOf(root), "file", "the element " + inQuotes(nameOf(root)),
-                                    std::string("the element ") + ROOT, "name an OpenCV calibration file"});
+            Veltrani::throwFault(m_document, {lineOf(root), "file", "the element " + Veltrani::inQuotes(nameOf(root)),
+                                              std::string("the element ") + ROOT, "name an OpenCV calibration file"});
         }
         CalibrationContent content;
         for (const xmlNode* child = root->children; child != nullptr; child = child->next) {
@@ -97,8 +98,8 @@ private:
     template <class Entry>
     void requireNew(const xmlNode* element, const std::optional<Entry>& entry) const {
         if (entry) {
-            throwFault(m_document, {lineOf(element), nameOf(element), "a second element of this name", "one",
-                                    "remove one of them"});
+            Veltrani::throwFault(m_document, {lineOf(element), nameOf(element), "a second element of this name", "one",
+                                              "remove one of them"});
         }
     }
 
@@ -109,7 +110,8 @@ private:
             if (child->type == XML_TEXT_NODE || child->type == XML_CDATA_SECTION_NODE) {
                 text += reinterpret_cast<const char*>(child->content);
             } else if (child->type != XML_COMMENT_NODE) {
-                throwFault(m_document, {lineOf(child), nameOf(element), inQuotes(nameOf(child)), "text alone", REMEDY});
+                Veltrani::throwFault(m_document, {lineOf(child), nameOf(element), Veltrani::inQuotes(nameOf(child)),
+                                                  "text alone", REMEDY});
             }
         }
         return text;
@@ -136,8 +138,8 @@ private:
         const std::unique_ptr<xmlChar, decltype(xmlFree)> type(
             xmlGetNoNsProp(element, reinterpret_cast<const xmlChar*>("type_id")), xmlFree);
         if (type == nullptr || std::string_view(reinterpret_cast<const char*>(type.get())) != MATRIX_TYPE) {
-            throwFault(m_document, {lineOf(element), nameOf(element), "an element that is no matrix",
-                                    "a matrix (type_id=\"opencv-matrix\")", REMEDY});
+            Veltrani::throwFault(m_document, {lineOf(element), nameOf(element), "an element that is no matrix",
+                                              "a matrix (type_id=\"opencv-matrix\")", REMEDY});
         }
     }
 
@@ -156,8 +158,8 @@ private:
 
     void readData(const xmlNode* element, CalibrationMatrix& matrix) const {
         if (std::exchange(matrix.hasData, true)) {
-            throwFault(m_document,
-                       {lineOf(element), "data", "a second element of this name", "one", "remove one of them"});
+            Veltrani::throwFault(
+                m_document, {lineOf(element), "data", "a second element of this name", "one", "remove one of them"});
         }
         const std::string text = textOf(element);
         int line = lineOf(element);
@@ -168,8 +170,9 @@ private:
                                                 text.begin() + static_cast<std::ptrdiff_t>(first), '\n'));
             counted = first;
             if (matrix.data.size() == MOST_ELEMENTS) {
-                throwFault(m_document, {line, "data", "more than " + std::to_string(MOST_ELEMENTS) + " numbers",
-                                        "at most 14", REMEDY});
+                Veltrani::throwFault(
+                    m_document,
+                    {line, "data", "more than " + std::to_string(MOST_ELEMENTS) + " numbers", "at most 14", REMEDY});
             }
             matrix.data.push_back({text.substr(first, end - first), line});
             first = text.find_first_not_of(BLANKS, end);
@@ -194,8 +197,8 @@ CalibrationContent calibrationFromXml(std::string_view text, const std::string& 
         xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, OPTIONS),
         &xmlFreeDoc);
     if (!fault.text.empty()) {
-        throwFault(document, {fault.line, "text", "broken XML (" + inQuotes(fault.text) + ")",
-                              "XML as OpenCV writes it", REMEDY});
+        Veltrani::throwFault(document, {fault.line, "text", "broken XML (" + Veltrani::inQuotes(fault.text) + ")",
+                                        "XML as OpenCV writes it", REMEDY});
     }
     if (tree == nullptr || xmlDocGetRootElement(tree.get()) == nullptr) {
         throw std::bad_alloc();  // the only failure that the parser does not report

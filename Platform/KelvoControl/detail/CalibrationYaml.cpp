@@ -1,6 +1,6 @@
 #include "KelvoControl/detail/CalibrationYaml.h"
 
-#include "KelvoControl/detail/FileFault.h"
+#include "Common/FileFault.h"
 
 #include <yaml.h>
 
@@ -101,7 +101,7 @@ private:
 
     void require(yaml_event_type_t type, const std::string& element, const std::string& expected) const {
         if (m_event.type != type) {
-            throwFault(m_document, {line(), element, nameOf(m_event.type), expected, REMEDY});
+            Veltrani::throwFault(m_document, {line(), element, nameOf(m_event.type), expected, REMEDY});
         }
     }
 
@@ -121,7 +121,8 @@ private:
             line = static_cast<int>(std::count(m_text.begin(), end, '\n')) + 1;
         }
         const std::string problem = m_parser.problem != nullptr ? m_parser.problem : "not readable";
-        throwFault(m_document, {line, "text", "broken YAML (" + problem + ")", "YAML as OpenCV writes it", REMEDY});
+        Veltrani::throwFault(m_document,
+                             {line, "text", "broken YAML (" + problem + ")", "YAML as OpenCV writes it", REMEDY});
     }
 
     /// To the key of the next entry; false at the end of the group.
@@ -152,7 +153,8 @@ private:
     template <class Entry>
     void requireNew(const CalibrationValue& key, const std::optional<Entry>& entry) const {
         if (entry) {
-            throwFault(m_document, {key.line, key.text, "a second entry of this name", "one", "remove one of them"});
+            Veltrani::throwFault(m_document,
+                                 {key.line, key.text, "a second entry of this name", "one", "remove one of them"});
         }
     }
 
@@ -166,8 +168,8 @@ private:
         requireNew(key, into);
         expect(YAML_MAPPING_START_EVENT, key.text, "a matrix (!!opencv-matrix)");
         if (!isMatrix()) {
-            throwFault(m_document, {line(), key.text, "a group of entries that is no matrix",
-                                    "a matrix (!!opencv-matrix)", REMEDY});
+            Veltrani::throwFault(m_document, {line(), key.text, "a group of entries that is no matrix",
+                                              "a matrix (!!opencv-matrix)", REMEDY});
         }
         CalibrationMatrix& matrix = into.emplace();
         matrix.line = key.line;
@@ -193,14 +195,16 @@ private:
 
     void readData(const CalibrationValue& key, CalibrationMatrix& matrix) {
         if (std::exchange(matrix.hasData, true)) {
-            throwFault(m_document, {key.line, key.text, "a second entry of this name", "one", "remove one of them"});
+            Veltrani::throwFault(m_document,
+                                 {key.line, key.text, "a second entry of this name", "one", "remove one of them"});
         }
         expect(YAML_SEQUENCE_START_EVENT, key.text, "a list of numbers");
         for (next(); m_event.type != YAML_SEQUENCE_END_EVENT; next()) {
             require(YAML_SCALAR_EVENT, key.text, "a number");
             if (matrix.data.size() == MOST_ELEMENTS) {
-                throwFault(m_document, {line(), key.text, "more than " + std::to_string(MOST_ELEMENTS) + " numbers",
-                                        "at most 14", REMEDY});
+                Veltrani::throwFault(m_document,
+                                     {line(), key.text, "more than " + std::to_string(MOST_ELEMENTS) + " numbers",
+                                      "at most 14", REMEDY});
             }
             matrix.data.push_back(value());
         }
@@ -212,10 +216,10 @@ private:
         do {
             next();
             if (depth > DEEPEST_NESTING) {
-                throwFault(m_document, {line(), key.text,
-                                        "lists or groups, one within the other, more than " +
-                                            std::to_string(DEEPEST_NESTING) + " deep",
-                                        "an entry of a calibration file", "remove the entry"});
+                Veltrani::throwFault(m_document, {line(), key.text,
+                                                  "lists or groups, one within the other, more than " +
+                                                      std::to_string(DEEPEST_NESTING) + " deep",
+                                                  "an entry of a calibration file", "remove the entry"});
             }
             const bool opens = m_event.type == YAML_MAPPING_START_EVENT || m_event.type == YAML_SEQUENCE_START_EVENT;
             const bool closes = m_event.type == YAML_MAPPING_END_EVENT || m_event.type == YAML_SEQUENCE_END_EVENT;

@@ -1,10 +1,11 @@
 #include "KelvoControl/detail/LensCalibration.h"
 
+#include "Common/DecimalText.h"
+#include "Common/FileFault.h"
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "KelvoControl/detail/CalibrationXml.h"
 #include "KelvoControl/detail/CalibrationYaml.h"
-#include "KelvoControl/detail/DecimalText.h"
-#include "KelvoControl/detail/FileFault.h"
 
 #include <algorithm>
 #include <array>
@@ -48,9 +49,10 @@ public:
     }
 
     [[nodiscard]] int count(const CalibrationValue& value, const std::string& name, int largest) const {
-        const std::optional<int> number = parseCount(value.text, largest);
+        const std::optional<int> number = Veltrani::parseCount(value.text, largest);
         if (!number) {
-            fail(value.line, name, inQuotes(value.text), "a whole number from 1 to " + std::to_string(largest), REMEDY);
+            fail(value.line, name, Veltrani::inQuotes(value.text),
+                 "a whole number from 1 to " + std::to_string(largest), REMEDY);
         }
         return *number;
     }
@@ -65,7 +67,7 @@ public:
         }
         const CalibrationValue& type = required(matrix.dt, name + ", dt", matrix.line);
         if (type.text != "d" && type.text != "f") {
-            fail(type.line, name + ", dt", inQuotes(type.text), "d or f", REMEDY);
+            fail(type.line, name + ", dt", Veltrani::inQuotes(type.text), "d or f", REMEDY);
         }
         std::vector<double> numbers;
         for (const CalibrationValue& value : matrix.data) {
@@ -81,15 +83,15 @@ public:
 
     [[noreturn]] void fail(int line, const std::string& element, const std::string& found, const std::string& expected,
                            const std::string& remedy) const {
-        throwFault(m_document, {line, element, found, expected, remedy});
+        Veltrani::throwFault(m_document, {line, element, found, expected, remedy});
     }
 
 private:
     [[nodiscard]] double number(const CalibrationValue& value, const std::string& name) const {
-        const std::optional<double> parsed = parseFinite(value.text);
+        const std::optional<double> parsed = Veltrani::parseFinite(value.text);
         if (!parsed || !(std::abs(*parsed) <= LARGEST_COEFFICIENT)) {
-            fail(value.line, name, inQuotes(value.text), "a number of at most 1e12 in size, with a decimal point",
-                 REMEDY);
+            fail(value.line, name, Veltrani::inQuotes(value.text),
+                 "a number of at most 1e12 in size, with a decimal point", REMEDY);
         }
         return *parsed;
     }
@@ -166,13 +168,14 @@ Point<double, 2> LensCalibration::pictureFromLens(const Point<double, 2>& distor
 
 LensCalibration LensCalibration::read(const std::wstring& file, LensFamily family) {
     const std::string path = Veltrani::toUtf8(file);
-    return parse(contentOf(path, LARGEST_BYTES), path, family);
+    return parse(Veltrani::contentOf(path, LARGEST_BYTES), path, family);
 }
 
 LensCalibration LensCalibration::parse(std::string_view text, const std::string& document, LensFamily family) {
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first == std::string_view::npos) {
-        throwFault(document, {1, "file", "an empty text", "an OpenCV calibration", "name an OpenCV calibration file"});
+        Veltrani::throwFault(document,
+                             {1, "file", "an empty text", "an OpenCV calibration", "name an OpenCV calibration file"});
     }
     const CalibrationContent content =
         text[first] == '<' ? calibrationFromXml(text, document) : calibrationFromYaml(text, document);

@@ -1,8 +1,9 @@
 #include "KelvoControl/detail/WarpMeshFile.h"
 
+#include "Common/DecimalText.h"
+#include "Common/FileFault.h"
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
-#include "KelvoControl/detail/DecimalText.h"
-#include "KelvoControl/detail/FileFault.h"
 
 #include <algorithm>
 #include <array>
@@ -87,12 +88,12 @@ private:
 
     [[noreturn]] void fail(const std::string& element, const Line& found, const std::string& expected,
                            const std::string& remedy) const {
-        failWith(element, found.count == 0 ? "the end of the file" : inQuotes(found.text), expected, remedy);
+        failWith(element, found.count == 0 ? "the end of the file" : Veltrani::inQuotes(found.text), expected, remedy);
     }
 
     [[noreturn]] void failWith(const std::string& element, const std::string& found, const std::string& expected,
                                const std::string& remedy) const {
-        throwFault(m_document, {std::max(m_line, 1), element, found, expected, remedy});
+        Veltrani::throwFault(m_document, {std::max(m_line, 1), element, found, expected, remedy});
     }
 
     void readType() {
@@ -104,8 +105,8 @@ private:
 
     void readCounts() {
         const Line line = next();
-        const auto columns = line.count == 2 ? parseCount(line.words[0], MOST_NODES_IN_ROW) : std::nullopt;
-        const auto rows = line.count == 2 ? parseCount(line.words[1], MOST_NODES_IN_ROW) : std::nullopt;
+        const auto columns = line.count == 2 ? Veltrani::parseCount(line.words[0], MOST_NODES_IN_ROW) : std::nullopt;
+        const auto rows = line.count == 2 ? Veltrani::parseCount(line.words[1], MOST_NODES_IN_ROW) : std::nullopt;
         if (!columns || !rows || *columns < 2 || *rows < 2) {
             fail("node counts", line, "two whole numbers from 2 to " + std::to_string(MOST_NODES_IN_ROW), CUT_OFF);
         }
@@ -139,7 +140,7 @@ private:
         std::array<double, 5> numbers{};
         bool good = line.count == numbers.size();
         for (std::size_t i = 0; good && i < numbers.size(); ++i) {
-            const std::optional<double> number = parseFinite(line.words[i]);
+            const std::optional<double> number = Veltrani::parseFinite(line.words[i]);
             good = number && std::abs(*number) <= LARGEST_COORDINATE;
             numbers[i] = number.value_or(0);
         }
@@ -161,8 +162,8 @@ private:
     [[nodiscard]] Point<double, 2> readPicture() {
         const Line line = next();
         const bool good = line.count == 3 && line.words[0] == "pixels";
-        const auto width = good ? parseCount(line.words[1], LARGEST_PICTURE) : std::nullopt;
-        const auto height = good ? parseCount(line.words[2], LARGEST_PICTURE) : std::nullopt;
+        const auto width = good ? Veltrani::parseCount(line.words[1], LARGEST_PICTURE) : std::nullopt;
+        const auto height = good ? Veltrani::parseCount(line.words[2], LARGEST_PICTURE) : std::nullopt;
         if (!width || !height) {
             fail("picture size", line, "pixels W H, two whole numbers from 1 to " + std::to_string(LARGEST_PICTURE),
                  "add the line behind the last node, or correct the node counts");
@@ -202,7 +203,7 @@ private:
 
 std::shared_ptr<const WarpMesh> WarpMeshFile::read(const std::wstring& file) {
     const std::string path = Veltrani::toUtf8(file);
-    return parse(contentOf(path, LARGEST_BYTES), path);
+    return parse(Veltrani::contentOf(path, LARGEST_BYTES), path);
 }
 
 std::shared_ptr<const WarpMesh> WarpMeshFile::parse(std::string_view text, const std::string& document) {

@@ -9,7 +9,6 @@
 namespace {
 
 using Veltrani::FaultList;
-using Veltrani::inQuotes;
 
 FaultList::Fault fault(FaultList::Kind kind, int line, const std::string& element) {
     return {kind, line, element, "a", "b", "do c"};
@@ -62,17 +61,6 @@ TEST(FaultList, ANameWithALineFeedStaysOnItsLine) {
     FaultList faults("a\nb.xml");
     faults.add(fault(FaultList::Kind::Structure, 1, "X"));
     EXPECT_EQ(faults.message(), L"a\\nb.xml:1: <X>: found a, expected b; do c");
-}
-
-TEST(FaultList, QuotesStayOnTheirLineAndShort) {
-    EXPECT_EQ(inQuotes(""), "\"\"");
-    EXPECT_EQ(inQuotes("a\tb\nc\x7f"), "\"a\\x09b\\nc\\x7f\"");
-    EXPECT_EQ(inQuotes(std::string(120, 'x')), "\"" + std::string(120, 'x') + "\"");
-    EXPECT_EQ(inQuotes(std::string(121, 'x')), "\"" + std::string(120, 'x') + "...\"");
-}
-
-TEST(FaultList, AQuoteIsNeverCutInsideACharacter) {
-    EXPECT_EQ(inQuotes(std::string(119, 'x') + "\u20ac and more"), "\"" + std::string(119, 'x') + "...\"");
 }
 
 }  // namespace

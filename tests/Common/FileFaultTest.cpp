@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/FileFault.h"
+#include "Common/FileFault.h"
 
 #include "Common/VeltraniException.h"
 #include "support/TemporaryFolder.h"
@@ -7,8 +7,7 @@
 
 namespace {
 
-using KelvoControlDetail::contentOf;
-using KelvoControlDetail::inQuotes;
+using Veltrani::contentOf;
 
 template <class Step>
 std::wstring faultOf(const Step& step) {
@@ -22,21 +21,13 @@ std::wstring faultOf(const Step& step) {
 
 TEST(FileFault, IsToldOnOneLineFromPlaceToRemedy) {
     EXPECT_EQ(faultOf([] {
-                  KelvoControlDetail::throwFault("a.map", {7, "node", "\"x\"", "a number", "mend it"});
+                  Veltrani::throwFault("a.map", {7, "node", "\"x\"", "a number", "mend it"});
               }),
               L"a.map:7: node: found \"x\", expected a number; mend it");
     EXPECT_EQ(faultOf([] {
-                  KelvoControlDetail::throwFault("two\nlines", {1, "e", "f", "g", "h"});
+                  Veltrani::throwFault("two\nlines", {1, "e", "f", "g", "h"});
               }),
-              L"two\\x0alines:1: e: found f, expected g; h");
-}
-
-TEST(FileFault, QuotesAreCutBetweenCharactersAndSpellControlCharactersOut) {
-    EXPECT_EQ(inQuotes("plain"), "\"plain\"");
-    EXPECT_EQ(inQuotes("a\tb\x7F"), "\"a\\x09b\\x7f\"");
-    EXPECT_EQ(inQuotes(std::string(60, 'a')), "\"" + std::string(60, 'a') + "\"");
-    EXPECT_EQ(inQuotes(std::string(61, 'a')), "\"" + std::string(60, 'a') + "...\"");
-    EXPECT_EQ(inQuotes(std::string(59, 'a') + "\xC3\xA4"), "\"" + std::string(59, 'a') + "...\"");
+              L"two\\nlines:1: e: found f, expected g; h");
 }
 
 TEST(FileFault, ContentComesWithoutAByteOrderMarkAndWithinItsLimit) {

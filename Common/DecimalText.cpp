@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/DecimalText.h"
+#include "Common/DecimalText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <system_error>
 
-namespace KelvoControlDetail {
+namespace Veltrani {
 
 namespace {
 
@@ -63,4 +63,4 @@ std::optional<int> parseCount(std::string_view text, int largest) {
     return good ? std::optional(value) : std::nullopt;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani

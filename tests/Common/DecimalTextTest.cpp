@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/DecimalText.h"
+#include "Common/DecimalText.h"
 
 #include "support/ForeignLocale.h"
 
@@ -8,8 +8,8 @@
 
 namespace {
 
-using KelvoControlDetail::parseCount;
-using KelvoControlDetail::parseFinite;
+using Veltrani::parseCount;
+using Veltrani::parseFinite;
 
 TEST(DecimalText, ReadsWhatFilesHoldInEveryLocale) {
     const ForeignLocale foreign;

@@ -4,7 +4,7 @@
 #include <string_view>
 
 /// Numbers in the text of a file: the same in every locale, the whole text or nothing.
-namespace KelvoControlDetail {
+namespace Veltrani {
 
 /// A finite decimal number: an optional sign, digits with an optional decimal point ("1." and ".5" too), an optional
 /// exponent. None for everything else: infinities, NaN, a decimal comma, numbers beyond the range of a double. What is
@@ -14,4 +14,4 @@ namespace KelvoControlDetail {
 /// A count: digits alone, from 1 to `largest`.
 [[nodiscard]] std::optional<int> parseCount(std::string_view text, int largest);
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani

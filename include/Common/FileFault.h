@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace KelvoControlDetail {
+namespace Veltrani {
 
 /// What is wrong at one place of a file, told so that its author can put it right.
 struct FileFault {
@@ -18,13 +18,10 @@ struct FileFault {
 /// @param document usually the path; UTF-8
 [[noreturn]] void throwFault(const std::string& document, const FileFault& fault);
 
-/// A text from a file, in quotes: cut when it is long, control characters spelled out.
-[[nodiscard]] std::string inQuotes(std::string_view text);
-
 /// The content of a file, without the byte-order mark that some editors put before UTF-8 text.
 ///
 /// Throws `VeltraniMissingFileException` when there is no such file, `VeltraniParseException` when it is longer than
 /// `largest` bytes.
 [[nodiscard]] std::string contentOf(const std::string& utf8Path, std::size_t largest);
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani
