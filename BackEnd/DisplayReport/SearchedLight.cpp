@@ -26,9 +26,9 @@ constexpr double SAME_PLACE = 1e-8;
 /// cell, since cells at the edge of the screen have lost corners.
 constexpr double REACH = 3.0;
 /// Newton's method needs three to five steps; more only where tables bend.
-constexpr int MOST_STEPS = 24;
-/// Down to a thousandth of a step.
-constexpr int MOST_HALVINGS = 10;
+constexpr int MOST_STEPS = 12;
+/// From a point of the lattice a whole step or a half comes nearer, or none does: the place lies in a shadow.
+constexpr int MOST_HALVINGS = 4;
 
 /// Of a step: what is left behind it, at most, where the screen goes on as a plane for as long. A point behind another
 /// part of the screen, or before it, leaves more.

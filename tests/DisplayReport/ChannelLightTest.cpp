@@ -11,7 +11,7 @@ namespace {
 using namespace Veltrani::DisplayReport;
 using testing::HasSubstr;
 
-class ChannelLightKindTest : public LitDisplayTest, public testing::WithParamInterface<std::pair<const char*, int>> {};
+class ChannelLightKindTest : public LitDisplayTest, public testing::WithParamInterface<std::pair<std::string, int>> {};
 
 using ChannelLightTest = LitDisplayTest;
 
@@ -29,7 +29,7 @@ private:
 // The two ways are computed apart; a picture that is upside down in one of them fails here.
 TEST_P(ChannelLightKindTest, OfEveryExampleIsLitWhereItLands) {
     const auto [example, landing] = GetParam();
-    m_config = XMLConfigFile::load(std::string(SM_EXAMPLES "/") + example + "/display.xml");
+    m_config = XMLConfigFile::load(SM_EXAMPLES "/" + example + "/display.xml");
     ASSERT_TRUE(ScreenLoader::load(*m_config).empty());
     int landed = 0;
     for (const auto& light : lights()) {
