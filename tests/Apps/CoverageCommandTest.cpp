@@ -177,4 +177,51 @@ TEST(CoverageCommand, TheDomeAndTheCylinderHaveTheirAreas) {
     EXPECT_NEAR(cylinder["litBy"][2]["partOfScreen"], twice, PROMISED * twice);
 }
 
+std::string projectorOn(const std::string& name, const std::string& left, const std::string& right) {
+    return "<Projector id='" + name + "'><Name>" + name + "</Name><Resolution width='1000' height='800'/>" +
+           "<ScreenArea left='" + left + "' right='" + right + "' bottom='0' top='1'/></Projector>";
+}
+
+TEST(CoverageCommand, TwoRectanglesThatOverlapByHalf) {
+    const TemporaryFolder folder;
+    const Json document =
+        coverage(folder.write("display.xml", display(WALL + "<Projectors>" + projectorOn("A", "0.1", "0.5") +
+                                                     projectorOn("B", "0.3", "0.7") + "</Projectors>")));
+    // Each lights 0.4 of the wall of 4 x 2, both together half of that.
+    const auto expectNear = [](const Json& found, double expected) {
+        EXPECT_NEAR(found.get<double>(), expected, PROMISED * expected);
+    };
+    ASSERT_EQ(document["channels"].size(), 2U);
+    for (const Json& channel : document["channels"]) {
+        expectNear(channel["area"], 3.2);
+        expectNear(channel["pitch"]["mean"], std::sqrt(1.6 * 2 / (1000 * 800)));
+    }
+    ASSERT_EQ(document["overlaps"].size(), 1U);
+    expectNear(document["overlaps"][0]["area"], 1.6);
+    expectNear(document["overlaps"][0]["first"]["pixels"], 400000);
+    expectNear(document["overlaps"][0]["second"]["part"], 0.5);
+    expectNear(document["litBy"][0]["partOfScreen"], 0.4);
+    expectNear(document["litBy"][1]["partOfScreen"], 0.4);
+    expectNear(document["litBy"][2]["partOfScreen"], 0.2);
+}
+
+TEST(CoverageCommand, ADomeInEqualLunes) {
+    const TemporaryFolder folder;
+    const std::string dome =
+        "<Screen shape='Sphere'><Orientation z='20' x='10' y='5'/><Radius value='5'/><Azimuth min='-90' max='90'/>"
+        "<Elevation min='-15' max='90'/></Screen><TargetData type='PlanarBasic'/>";
+    const Json document = coverage(folder.write(
+        "display.xml", display(dome + "<Projectors>" + projectorOn("A", "0", "0.25") + projectorOn("B", "0.25", "0.5") +
+                               projectorOn("C", "0.5", "0.75") + projectorOn("D", "0.75", "1") + "</Projectors>")));
+    const double pi = std::acos(-1.0);
+    const double lune = 25 * (pi / 4) * (1 + std::sin(15 * pi / 180));
+    ASSERT_EQ(document["channels"].size(), 4U);
+    for (const Json& channel : document["channels"]) {
+        EXPECT_NEAR(channel["area"], lune, PROMISED * lune);
+        EXPECT_NEAR(channel["missed"], 0, 1e-9);
+    }
+    EXPECT_NEAR(document["litBy"][1]["partOfScreen"], 1, PROMISED);
+    EXPECT_EQ(document["overlaps"].size(), 0U) << "they only meet";
+}
+
 }  // namespace
