@@ -28,4 +28,14 @@ bool AreaLight::covers(const Point<double, 2>& screen) const {
            isBetween(screen[1], m_area.screenBottom, m_area.screenTop);
 }
 
+bool AreaLight::mapToPicture(const Point<double, 2>& screen, Point<double, 2>& picture) const {
+    const double width = m_area.screenRight - m_area.screenLeft;
+    const double height = m_area.screenTop - m_area.screenBottom;
+    if (width == 0.0 || height == 0.0) {
+        return false;
+    }
+    picture = {(screen[0] - m_area.screenLeft) / width, (screen[1] - m_area.screenBottom) / height};
+    return true;
+}
+
 }  // namespace Veltrani::DisplayReport

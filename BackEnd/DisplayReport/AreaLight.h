@@ -14,6 +14,7 @@ public:
 protected:
     bool mapToScreen(const Point<double, 2>& picture, Point<double, 2>& screen) const override;
     [[nodiscard]] bool covers(const Point<double, 2>& screen) const override;
+    bool mapToPicture(const Point<double, 2>& screen, Point<double, 2>& picture) const override;
 
 private:
     PlanarTargetLocatorParams m_area;

@@ -35,7 +35,7 @@ std::unique_ptr<ChannelLight> lightOfCamera(const std::shared_ptr<const TargetLo
     if (isStraight && !isKind<CollimatedTargetLocator>(*locator)) {
         return std::make_unique<FrustumLight>(record, surface);
     }
-    return std::make_unique<SearchedLight>(locator, *surface);
+    return std::make_unique<SearchedLight>(std::static_pointer_cast<const SphereTargetLocator>(locator), *surface);
 }
 
 }  // namespace

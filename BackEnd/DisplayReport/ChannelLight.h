@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <span>
+#include <vector>
 
 class ScreenGeometry;
 class TargetLocator;
@@ -36,6 +37,10 @@ public:
     /// True when the channel lights a point of the surface, the edge of its picture included.
     [[nodiscard]] virtual bool lights(const SurfacePoint& point) const = 0;
 
+    /// The picture point that a point of the surface belongs to, whether or not something stands in the way. It may lie
+    /// outside of the picture. False, and `picture` as it was, when there is none.
+    virtual bool findPicture(const SurfacePoint& point, Point<double, 2>& picture) const = 0;
+
     /// One picture point.
     [[nodiscard]] Landing landingOf(const Point<double, 2>& picture) const;
 
@@ -52,5 +57,8 @@ protected:
     /// False for NaN.
     [[nodiscard]] static bool isInPicture(const Point<double, 2>& picture);
 };
+
+/// The light of all channels of a display.
+using ChannelLights = std::vector<std::unique_ptr<ChannelLight>>;
 
 }  // namespace Veltrani::DisplayReport

@@ -8,8 +8,8 @@
 #include "DisplayReport/ChannelLight.h"
 #include "DisplayReport/ChannelLocator.h"
 #include "DisplayReport/Fault.h"
+#include "DisplayReport/LandingExtent.h"
 #include "DisplayReport/LocatorSource.h"
-#include "DisplayReport/PictureCoverage.h"
 #include "DisplayReport/ScreenCoverage.h"
 #include "DisplayReport/ScreenSampling.h"
 #include "KelvoScreen/ScreenGeometry.h"
@@ -28,30 +28,6 @@ std::string currentFault() {
     return sentenceOf(faultOf({}, std::current_exception()));
 }
 
-/// One piece of work per row of a picture, and as many for the screen as for all pictures.
-class Work {
-public:
-    Work(const CoverageSurvey::Progress& progress, std::size_t channels)
-        : m_progress(progress), m_ofPictures((channels + 1) * PictureCoverage::ROWS) {}
-
-    void rowDone() { tell(++m_done); }
-
-    void screenDone(std::size_t done, std::size_t total) const {
-        tell(m_ofPictures + m_ofPictures * done / (total > 0 ? total : 1));
-    }
-
-private:
-    void tell(std::size_t done) const {
-        if (m_progress) {
-            m_progress(done, 2 * m_ofPictures);
-        }
-    }
-
-    const CoverageSurvey::Progress& m_progress;
-    std::size_t m_ofPictures;
-    std::size_t m_done = 0;
-};
-
 /// The channels whose light is known, while a report is made of them.
 class Survey {
 public:
@@ -64,41 +40,40 @@ public:
         }
     }
 
-    /// Measures every picture. One that does not land anywhere lights nothing from then on.
-    void measurePictures(Work& work) {
-        for (std::size_t i = 0; i < m_lights.size(); ++i) {
-            m_pictures.push_back(PictureCoverage::of(m_lights, i, [&work] { work.rowDone(); }));
-            ChannelCoverage& channel = channelOf(i);
-            channel.landed = m_pictures[i].landed;
-            channel.pitch = PixelPitch::of(*m_lights[i], channel.width, channel.height);
+    void measure(const ScreenSampling& screen, const ScreenCoverage::Take& take,
+                 const ScreenCoverage::Progress& progress) {
+        std::vector<Extent> extents;
+        for (const auto& light : m_lights) {
+            extents.push_back(landingExtentOf(*light));
         }
-    }
-
-    void measureScreen(const ScreenSampling& screen, const Work& work, const ScreenCoverage::Take& take) {
-        std::vector<Extent> places;
-        for (const PictureCoverage& picture : m_pictures) {
-            places.push_back(picture.extent);
-        }
-        const auto progress = [&work](std::size_t done, std::size_t total) { work.screenDone(done, total); };
-        const ScreenCoverage coverage = ScreenCoverage::of(screen, m_lights, places, take, progress);
+        const ScreenCoverage coverage = ScreenCoverage::of(screen, m_lights, extents, take, progress);
         m_report.screenArea = coverage.area;
         m_report.areaByCount = coverage.byCount;
         for (std::size_t i = 0; i < m_lights.size(); ++i) {
             ChannelCoverage& channel = channelOf(i);
             channel.area = coverage.sharedBy[i][i];
-            channel.isLighting = channel.area > 0.0 && channel.landed > 0.0;
+            channel.landed = coverage.partShared[i][i];
+            channel.isLighting = channel.area > 0.0;
+            channel.pitch = PixelPitch::of(*m_lights[i], channel.width, channel.height, coverage.landed[i]);
             for (std::size_t j = i + 1; j < m_lights.size(); ++j) {
-                addOverlap(i, j, coverage.sharedBy[i][j]);
+                addOverlap(i, j, coverage);
             }
         }
     }
 
-    /// After everything was measured.
+    /// After everything was measured. What is wrong in the configuration of a channel is told even where its light
+    /// could be measured.
     void nameFaults(const XMLConfigManager& config) {
         for (std::size_t i = 0; i < m_lights.size(); ++i) {
             ChannelCoverage& channel = channelOf(i);
+            channel.fault = configurationFault(config, channel);
+            if (!channel.fault.empty()) {
+                continue;
+            }
             if (!channel.isLighting) {
-                channel.fault = whyNothingLands(config, channel);
+                channel.fault =
+                    "nothing of its picture lies on the screen: check its position, orientation and "
+                    "frustum, its area or its map";
             } else if (channel.pixels() == 0.0) {
                 channel.fault = "its resolution is not known, so its pixels were not measured: give it a Resolution";
             }
@@ -140,30 +115,26 @@ private:
 
     [[nodiscard]] ChannelCoverage& channelOf(std::size_t light) { return m_report.channels[m_places[light]]; }
 
-    void addOverlap(std::size_t i, std::size_t j, double area) {
+    void addOverlap(std::size_t i, std::size_t j, const ScreenCoverage& coverage) {
         // What two pictures share along an edge alone, by rounding, is no overlap.
         constexpr double LEAST_PART = 1e-6;
-        const double smaller = std::min(channelOf(i).landed > 0 ? m_pictures[i].sharedWith[j] : 0.0,
-                                        channelOf(j).landed > 0 ? m_pictures[j].sharedWith[i] : 0.0);
-        if (area > 0.0 && smaller > LEAST_PART) {
+        const double area = coverage.sharedBy[i][j];
+        if (area > LEAST_PART * std::min(coverage.sharedBy[i][i], coverage.sharedBy[j][j])) {
             m_report.overlaps.push_back(
-                {m_places[i], m_places[j], area, m_pictures[i].sharedWith[j], m_pictures[j].sharedWith[i]});
+                {m_places[i], m_places[j], area, coverage.partShared[i][j], coverage.partShared[j][i]});
         }
     }
 
-    static std::string whyNothingLands(const XMLConfigManager& config, const ChannelCoverage& channel) {
+    static std::string configurationFault(const XMLConfigManager& config, const ChannelCoverage& channel) {
         const ProjectorConfig* projector = config.getProjectorConfig(fromUtf8(channel.projectorId));
         const LocatorSource source = projector != nullptr ? locatorSourceOf(config, *projector) : LocatorSource();
-        return source.faults.empty() ? "nothing of its picture lies on the screen: check its position, orientation "
-                                       "and frustum, its area or its map"
-                                     : sentenceOf(source.faults.front());
+        return source.faults.empty() ? std::string() : sentenceOf(source.faults.front());
     }
 
     std::shared_ptr<const ScreenGeometry> m_surface;
     CoverageReport& m_report;
-    PictureCoverage::Lights m_lights;
+    ChannelLights m_lights;
     std::vector<std::size_t> m_places;  ///< of the lights, in the list of channels
-    std::vector<PictureCoverage> m_pictures;
 };
 
 }  // namespace
@@ -194,9 +165,7 @@ CoverageReport CoverageSurvey::of(const XMLConfigManager& config) const {
     }
     try {
         const ScreenSampling screen(surface);
-        Work work(m_progress, report.channels.size());
-        survey.measurePictures(work);
-        survey.measureScreen(screen, work, take);
+        survey.measure(screen, take, m_progress);
     } catch (const VeltraniExceptionBase&) {
         report.fault = currentFault();
         return report;

@@ -104,12 +104,10 @@ std::pair<LitPoint, LitPoint> LightCutter::border(const LitPoint& from, const Li
         (middle.by == from.by ? near : far) = part;
         (middle.by == from.by ? inside : outside) = middle;
     }
-    // In one place, lest the gap between the two be nobody's: that of the lit one, since a dark point of a picture is
-    // nowhere on the screen.
-    LitPoint& dark = inside.by.none() ? inside : outside;
-    const LitPoint& lit = inside.by.none() ? outside : inside;
-    dark.picture = lit.picture;
-    dark.on = lit.on;
+    // In one place, lest the gap between the two be nobody's: that of the one with more light, which all of its
+    // channels still reach.
+    (inside.by.count() < outside.by.count() ? inside.on : outside.on) =
+        inside.by.count() < outside.by.count() ? outside.on : inside.on;
     return {inside, outside};
 }
 

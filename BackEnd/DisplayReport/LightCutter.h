@@ -13,7 +13,7 @@ struct LightSteps {
     double fine = 0;    ///< the same where light ends
 };
 
-/// What a `LightCutter` cuts: a surface, or a picture.
+/// What a `LightCutter` cuts.
 class LitDomain {
 public:
     virtual ~LitDomain() = default;

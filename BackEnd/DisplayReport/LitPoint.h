@@ -17,7 +17,6 @@ using LitBy = std::bitset<MOST_CHANNELS>;
 
 /// A point of the screen with the light on it.
 struct LitPoint {
-    Point<double, 2> picture;  ///< where it is seen in a picture, for those who go through one
     SurfacePoint on;
     LitBy by;
 };

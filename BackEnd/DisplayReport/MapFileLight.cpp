@@ -15,9 +15,17 @@ bool MapFileLight::mapToScreen(const Point<double, 2>& picture, Point<double, 2>
 }
 
 bool MapFileLight::covers(const Point<double, 2>& screen) const {
+    Point<double, 2> picture;
+    return mapToPicture(screen, picture) && isInPicture(picture);
+}
+
+bool MapFileLight::mapToPicture(const Point<double, 2>& screen, Point<double, 2>& picture) const {
     Point<double, 2> pixel;
-    // A picture without pixels makes the division a NaN, which lies nowhere.
-    return m_map.mapScreen2DToChannel2D(screen, pixel) && isInPicture({pixel[0] / m_size[0], pixel[1] / m_size[1]});
+    if (!(m_size[0] > 0.0 && m_size[1] > 0.0) || !m_map.mapScreen2DToChannel2D(screen, pixel)) {
+        return false;
+    }
+    picture = {pixel[0] / m_size[0], pixel[1] / m_size[1]};
+    return true;
 }
 
 }  // namespace Veltrani::DisplayReport

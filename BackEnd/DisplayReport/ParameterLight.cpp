@@ -35,6 +35,10 @@ bool ParameterLight::lights(const SurfacePoint& point) const {
     return point.hasParameters && covers(point.parameters) && (!m_mayOverlap || standsAt(point));
 }
 
+bool ParameterLight::findPicture(const SurfacePoint& point, Point<double, 2>& picture) const {
+    return point.hasParameters && mapToPicture(point.parameters, picture);
+}
+
 bool ParameterLight::standsAt(const SurfacePoint& point) const {
     Point<double, 3> place;
     return m_surface->mapInto3D(point.parameters, place, false) && norm(place - point.place) <= m_samePlace;

@@ -12,6 +12,7 @@ class ParameterLight : public ChannelLight {
 public:
     void land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const override;
     [[nodiscard]] bool lights(const SurfacePoint& point) const override;
+    bool findPicture(const SurfacePoint& point, Point<double, 2>& picture) const override;
 
 protected:
     explicit ParameterLight(std::shared_ptr<const ScreenGeometry> surface);
@@ -20,6 +21,8 @@ protected:
     virtual bool mapToScreen(const Point<double, 2>& picture, Point<double, 2>& screen) const = 0;
     /// Whether the picture covers these screen coordinates.
     [[nodiscard]] virtual bool covers(const Point<double, 2>& screen) const = 0;
+    /// The way back; false when there is none.
+    virtual bool mapToPicture(const Point<double, 2>& screen, Point<double, 2>& picture) const = 0;
 
 private:
     [[nodiscard]] bool standsAt(const SurfacePoint& point) const;

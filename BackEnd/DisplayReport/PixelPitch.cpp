@@ -23,12 +23,19 @@ constexpr double MOST_BEND = 0.25;
 
 using Footprint = std::array<ChannelLight::Landing, SIDE * SIDE>;
 
-/// Pixels spread over a row or a column, the first and the last among them.
-std::vector<int> spread(int pixels, int most) {
-    const int count = std::min(pixels, most);
+/// Pixels spread over a row or a column between two normalised coordinates, the first and the last there among them.
+std::vector<int> spread(int pixels, int most, double from, double to) {
     std::vector<int> chosen;
+    if (pixels <= 0 || from > to) {
+        return chosen;
+    }
+    const auto pixelAt = [pixels](double place) { return std::clamp(static_cast<int>(place * pixels), 0, pixels - 1); };
+    const int first = pixelAt(from);
+    const int last = pixelAt(to);
+    const int count = std::min(last - first + 1, most);
     for (int i = 0; i < count; ++i) {
-        chosen.push_back(count == 1 ? 0 : static_cast<int>(static_cast<std::int64_t>(pixels - 1) * i / (count - 1)));
+        const int step = count == 1 ? 0 : static_cast<int>(static_cast<std::int64_t>(last - first) * i / (count - 1));
+        chosen.push_back(first + step);
     }
     return chosen;
 }
@@ -67,10 +74,10 @@ std::optional<double> sideOf(const Footprint& footprint) {
 
 }  // namespace
 
-PixelPitch PixelPitch::of(const ChannelLight& light, int width, int height) {
+PixelPitch PixelPitch::of(const ChannelLight& light, int width, int height, const PictureBox& part) {
     PixelPitch pitch;
-    for (const int row : spread(height, MOST_ROWS)) {
-        for (const int column : spread(width, MOST_COLUMNS)) {
+    for (const int row : spread(height, MOST_ROWS, part.minimum[1], part.maximum[1])) {
+        for (const int column : spread(width, MOST_COLUMNS, part.minimum[0], part.maximum[0])) {
             const std::optional<double> side = sideOf(footprintOf(light, column, row, width, height));
             if (side) {
                 pitch.least = pitch.measured == 0 ? *side : std::min(pitch.least, *side);

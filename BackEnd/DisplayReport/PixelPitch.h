@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DisplayReport/PictureBox.h"
+
 #include <cstddef>
 
 namespace Veltrani::DisplayReport {
@@ -10,15 +12,16 @@ class ChannelLight;
 /// pixel does, in native units. Measured along the surface, so a pixel that arrives at a slant is larger; on a curved
 /// screen it is the size on the tangent plane.
 ///
-/// Pixels are measured one by one, on a lattice over the picture that has the corners and edges in it. Those that miss
-/// the screen or lie across an edge of it, in part, are left out.
+/// Pixels are measured one by one, on a lattice over a rectangle of the picture that has its corners and edges in it.
+/// Those that miss the screen or lie across an edge of it, in part, are left out.
 struct PixelPitch {
     double least = 0;
     double most = 0;
     std::size_t measured = 0;  ///< pixels that were; none for a picture without pixels
 
     /// @param width, height of the picture, pixels
-    [[nodiscard]] static PixelPitch of(const ChannelLight& light, int width, int height);
+    /// @param part of the picture that lands, at least
+    [[nodiscard]] static PixelPitch of(const ChannelLight& light, int width, int height, const PictureBox& part = {});
 };
 
 }  // namespace Veltrani::DisplayReport

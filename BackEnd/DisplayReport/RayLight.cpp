@@ -35,4 +35,8 @@ bool RayLight::lights(const SurfacePoint& point) const {
     return pictureOf(point.place, picture) && isInPicture(picture) && isInSight(*m_surface, m_origin, point.place);
 }
 
+bool RayLight::findPicture(const SurfacePoint& point, Point<double, 2>& picture) const {
+    return pictureOf(point.place, picture);
+}
+
 }  // namespace Veltrani::DisplayReport

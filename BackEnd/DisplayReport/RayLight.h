@@ -10,6 +10,7 @@ public:
     void land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const override;
     /// A point behind another part of the surface is not lit.
     [[nodiscard]] bool lights(const SurfacePoint& point) const override;
+    bool findPicture(const SurfacePoint& point, Point<double, 2>& picture) const override;
 
 protected:
     RayLight(const Point<double, 3>& origin, std::shared_ptr<const ScreenGeometry> surface);

@@ -3,6 +3,7 @@
 #include "DisplayReport/ScreenSampling.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 
@@ -12,15 +13,19 @@ namespace {
 
 /// Light is looked for at steps of this part of the screen's size, or of the size of a picture on it, whichever is
 /// smaller.
-constexpr double COARSE = 1.0 / 128;
+constexpr double COARSE = 1.0 / 64;
 /// But no smaller than this part of the screen's size, which bounds the time.
 constexpr double LEAST = 1.0 / 16384;
 /// Borders are taken for straight over this part of a step.
-constexpr double FINE = 1.0 / 2;
+constexpr double FINE = 1.0 / 4;
 /// Triangles between two words on the progress.
 constexpr std::size_t TRIANGLES_AT_ONCE = 64;
-/// Pieces that long steps may not exceed, for meshes of a great many long triangles.
-constexpr double MOST_PIECES = 4e6;
+/// Steps along the edges of all triangles, and along those where one picture lies: a bound for meshes of a great many
+/// long triangles.
+constexpr double MOST_STEPS = 4e5;
+/// Of the way into a piece: where a corner of it is seen in a picture that itself is not, by rounding, since it stands
+/// on the edge of the picture.
+constexpr double INWARDS = 1e-3;
 
 bool overlap(const Extent& a, const Extent& b) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -31,50 +36,72 @@ bool overlap(const Extent& a, const Extent& b) {
     return !a.empty() && !b.empty();
 }
 
+Extent boxOf(const LitTriangle& triangle) {
+    Extent box;
+    for (const LitPoint& corner : triangle) {
+        box.add(corner.on.place);
+    }
+    return box;
+}
+
 /// How closely the light is looked for: where a picture lies, more closely the smaller it is.
 class Steps {
 public:
-    Steps(const ScreenSampling& screen, const std::vector<Extent>& pictures) : m_pictures(pictures) {
+    Steps(const ScreenSampling& screen, const std::vector<Extent>& pictures) {
         const double size = norm(screen.extent().size());
-        m_coarse = std::max(COARSE * size, longestAllowed(screen));
-        m_least = LEAST * size;
+        for (const Extent& picture : pictures) {
+            m_pictures.push_back({picture, std::max(LEAST * size, COARSE * norm(picture.size()))});
+        }
+        std::vector<double> edges(pictures.size());
+        const double all = addEdges(screen, edges);
+        m_coarse = std::max(COARSE * size, all / MOST_STEPS);
+        for (std::size_t i = 0; i < edges.size(); ++i) {
+            m_pictures[i].step = std::max(m_pictures[i].step, edges[i] / MOST_STEPS);
+        }
     }
 
     /// For a triangle of the surface.
     [[nodiscard]] double at(const LitTriangle& triangle) const {
-        Extent box;
-        for (const LitPoint& corner : triangle) {
-            box.add(corner.on.place);
-        }
+        const Extent box = boxOf(triangle);
         double step = m_coarse;
-        for (const Extent& picture : m_pictures) {
-            if (overlap(box, picture)) {
-                step = std::min(step, std::max(m_least, COARSE * norm(picture.size())));
+        for (const Picture& picture : m_pictures) {
+            if (picture.step < step && overlap(box, picture.extent)) {
+                step = picture.step;
             }
         }
         return step;
     }
 
 private:
-    /// Each triangle of a mesh is cut into as many pieces as its longest edge has steps, at least.
-    static double longestAllowed(const ScreenSampling& screen) {
-        double edges = 0;
+    struct Picture {
+        Extent extent;
+        double step = 0;
+    };
+
+    /// A triangle is cut into as many pieces as its longest edge has steps, at least: adds these edges up, where each
+    /// picture lies, and all of them. Nothing where they are not finite.
+    double addEdges(const ScreenSampling& screen, std::vector<double>& edges) const {
+        double all = 0;
         for (std::size_t i = 0; i < screen.size(); ++i) {
             const ScreenSampling::Triangle triangle = screen.triangle(i);
-            edges += norm(triangle[1].place - triangle[0].place) + norm(triangle[2].place - triangle[1].place);
+            const double length =
+                norm(triangle[1].place - triangle[0].place) + norm(triangle[2].place - triangle[1].place);
+            const Extent box = boxOf({LitPoint{triangle[0], {}}, LitPoint{triangle[1], {}}, LitPoint{triangle[2], {}}});
+            for (std::size_t picture = 0; std::isfinite(length) && picture < edges.size(); ++picture) {
+                edges[picture] += overlap(box, m_pictures[picture].extent) ? length : 0.0;
+            }
+            all += std::isfinite(length) ? length : 0.0;
         }
-        return std::isfinite(edges) ? edges / MOST_PIECES : 0.0;
+        return all;
     }
 
-    const std::vector<Extent>& m_pictures;
+    std::vector<Picture> m_pictures;
     double m_coarse = 0;
-    double m_least = 0;
 };
 
 class SurfaceDomain : public LitDomain {
 public:
-    SurfaceDomain(const ScreenSampling& screen, const PictureCoverage::Lights& lights,
-                  const std::vector<Extent>& pictures)
+    SurfaceDomain(const ScreenSampling& screen, const ChannelLights& lights, const std::vector<Extent>& pictures)
         : m_screen(screen), m_lights(lights), m_steps(screen, pictures) {}
 
     [[nodiscard]] LitPoint between(const LitPoint& from, const LitPoint& to, double part) const override {
@@ -91,7 +118,7 @@ public:
     }
 
     [[nodiscard]] LitPoint litPoint(const SurfacePoint& on) const {
-        LitPoint point{{}, on, {}};
+        LitPoint point{on, {}};
         for (std::size_t i = 0; i < m_lights.size(); ++i) {
             point.by[i] = m_lights[i]->lights(on);
         }
@@ -100,7 +127,7 @@ public:
 
 private:
     const ScreenSampling& m_screen;
-    const PictureCoverage::Lights& m_lights;
+    const ChannelLights& m_lights;
     Steps m_steps;
 };
 
@@ -119,7 +146,7 @@ public:
             if (kept.number != numbers[corner] + 1) {
                 kept = {numbers[corner] + 1, m_domain.litPoint(triangle[corner]).by};
             }
-            lit[corner] = {{}, triangle[corner], kept.by};
+            lit[corner] = {triangle[corner], kept.by};
         }
         return lit;
     }
@@ -138,41 +165,79 @@ private:
     std::vector<Kept> m_kept;
 };
 
+/// Adds the pieces of the surface up.
 class Sums {
 public:
-    Sums(ScreenCoverage& coverage, std::size_t channels) : m_coverage(coverage), m_channels(channels) {
-        coverage.byCount.resize(channels + 1);
-        coverage.sharedBy.assign(channels, std::vector<double>(channels));
+    Sums(ScreenCoverage& coverage, const ScreenSampling& screen, const ChannelLights& lights)
+        : m_coverage(coverage), m_screen(screen), m_lights(lights) {
+        coverage.byCount.resize(lights.size() + 1);
+        coverage.sharedBy.assign(lights.size(), std::vector<double>(lights.size()));
+        coverage.partShared = coverage.sharedBy;
+        coverage.landed.assign(lights.size(), PictureBox::none());
     }
 
-    void add(double area, const LitBy& by) {
+    void add(const LitTriangle& piece, double area, const LitBy& by) {
         m_coverage.area += area;
         m_coverage.byCount[by.count()] += area;
-        for (std::size_t i = 0; by.any() && i < m_channels; ++i) {
-            for (std::size_t j = 0; by[i] && j < m_channels; ++j) {
-                m_coverage.sharedBy[i][j] += by[j] ? area : 0.0;
+        m_litBy.clear();
+        for (std::size_t i = 0; by.any() && i < m_lights.size(); ++i) {
+            if (by[i]) {
+                m_litBy.push_back(i);
+            }
+        }
+        for (const std::size_t i : m_litBy) {
+            const double part = partOfPicture(i, piece);
+            for (const std::size_t j : m_litBy) {
+                m_coverage.sharedBy[i][j] += area;
+                m_coverage.partShared[i][j] += part;
             }
         }
     }
 
 private:
+    double partOfPicture(std::size_t light, const LitTriangle& piece) {
+        std::array<Point<double, 2>, 3> corners;
+        for (std::size_t i = 0; i < corners.size(); ++i) {
+            if (!findCorner(*m_lights[light], piece, i, corners[i])) {
+                return 0;
+            }
+        }
+        for (const Point<double, 2>& corner : corners) {
+            m_coverage.landed[light].add(corner);
+        }
+        const Point<double, 2> across = corners[1] - corners[0];
+        const Point<double, 2> upwards = corners[2] - corners[0];
+        return std::abs(across[0] * upwards[1] - across[1] * upwards[0]) / 2;
+    }
+
+    bool findCorner(const ChannelLight& light, const LitTriangle& piece, std::size_t i,
+                    Point<double, 2>& corner) const {
+        if (light.findPicture(piece[i].on, corner)) {
+            return true;
+        }
+        const SurfacePoint opposite = m_screen.between(piece[(i + 1) % 3].on, piece[(i + 2) % 3].on, 0.5);
+        return light.findPicture(m_screen.between(piece[i].on, opposite, INWARDS), corner);
+    }
+
     ScreenCoverage& m_coverage;
-    std::size_t m_channels;
+    const ScreenSampling& m_screen;
+    const ChannelLights& m_lights;
+    std::vector<std::size_t> m_litBy;
 };
 
 }  // namespace
 
-ScreenCoverage ScreenCoverage::of(const ScreenSampling& screen, const PictureCoverage::Lights& lights,
-                                  const std::vector<Extent>& pictures, const Take& take, const Progress& progress) {
+ScreenCoverage ScreenCoverage::of(const ScreenSampling& screen, const ChannelLights& lights,
+                                  const std::vector<Extent>& extents, const Take& take, const Progress& progress) {
     ScreenCoverage coverage;
-    Sums sums(coverage, lights.size());
-    const SurfaceDomain domain(screen, lights, pictures);
+    Sums sums(coverage, screen, lights);
+    const SurfaceDomain domain(screen, lights, extents);
     const LightCutter cutter(domain, [&](const LitTriangle& piece, const LitBy& by) {
-        const double area = screen.area({piece[0].on, piece[1].on, piece[2].on});
-        if (!(area > 0.0)) {
+        const double pieceArea = screen.area({piece[0].on, piece[1].on, piece[2].on});
+        if (!(pieceArea > 0.0)) {
             return;
         }
-        sums.add(area, by);
+        sums.add(piece, pieceArea, by);
         if (take) {
             take(piece, by);
         }

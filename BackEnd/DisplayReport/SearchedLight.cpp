@@ -1,19 +1,16 @@
 #include "DisplayReport/SearchedLight.h"
 
 #include "DisplayReport/GeometryText.h"
-#include "ScreenManager/TargetLocator.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
-#include <map>
 #include <utility>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
-
-using Grid = std::map<Point<int, 2>, Point<double, 3>>;
 
 /// Dense enough that Newton's method starts near its end.
 constexpr int LATTICE_COLUMNS = 49;
@@ -22,14 +19,20 @@ constexpr int LATTICE_ROWS = 31;
 constexpr double STEP = 1.0 / 4096;
 /// Of the size of the screen: far above rounding, far below a pixel.
 constexpr double SAME_PLACE = 1e-8;
+/// All but this part of the neighbours in the lattice tell its spacing: the others may stand on two sides of a jump,
+/// from one part of the screen to another.
+constexpr double JUMPS = 0.05;
 /// Spacings of the lattice between a lit point and the nearest point that landed; more than the half diagonal of a
 /// cell, since cells at the edge of the screen have lost corners.
-constexpr double REACH = 3.0;
+constexpr double REACH = 6.0;
+/// Of the reach, 16 times what the step of the derivatives usually moves: what moves more moves to another part of the
+/// screen.
+constexpr double STEADY = 1.0 / 32;
 /// Newton's method needs three to five steps; more only where tables bend.
 constexpr int MOST_STEPS = 12;
-/// From a point of the lattice a whole step or a half comes nearer, or none does: the place lies in a shadow.
+/// A place that is lit is approached by a whole step, or by a sixteenth at the edge of the screen. One in a shadow by
+/// none.
 constexpr int MOST_HALVINGS = 4;
-
 /// Of a step: what is left behind it, at most, where the screen goes on as a plane for as long. A point behind another
 /// part of the screen, or before it, leaves more.
 constexpr double MOST_REST = 0.125;
@@ -44,92 +47,108 @@ bool isDecided(const Point<double, 2>& picture, double step) {
     return step < LONGEST_TRUSTED && std::abs(inside) > FAR_FROM_EDGE * step;
 }
 
-const Point<double, 3>* at(const Grid& grid, int column, int row) {
-    const auto found = grid.find({column, row});
-    return found == grid.end() ? nullptr : &found->second;
-}
-
-/// How a place moves per unit of the picture, from the neighbours that there are; false when there is none.
-bool derivative(const Point<double, 3>& middle, const Point<double, 3>* before, const Point<double, 3>* behind,
-                Point<double, 3>& slope) {
-    if (before == nullptr && behind == nullptr) {
-        return false;
+/// The distance that all but a few do not exceed; none of no distances.
+double usual(std::vector<double> distances) {
+    if (distances.empty()) {
+        return std::numeric_limits<double>::infinity();
     }
-    const double width = before != nullptr && behind != nullptr ? 2 * STEP : STEP;
-    slope = ((behind != nullptr ? *behind : middle) - (before != nullptr ? *before : middle)) * (1 / width);
-    return true;
+    const auto place =
+        distances.begin() + static_cast<std::ptrdiff_t>((1 - JUMPS) * static_cast<double>(distances.size() - 1));
+    std::nth_element(distances.begin(), place, distances.end());
+    return *place;
 }
 
 }  // namespace
 
-SearchedLight::SearchedLight(std::shared_ptr<const TargetLocator> locator, const ScreenGeometry& surface)
-    : m_locator(std::move(locator)), m_samePlace(SAME_PLACE * norm(extentOf(surface).size())) {
+SearchedLight::SearchedLight(std::shared_ptr<const SphereTargetLocator> locator, const ScreenGeometry& surface)
+    : m_locator(std::move(locator)),
+      m_rays(static_cast<const SphereTargetLocatorParams&>(m_locator->getTargetLocatorParams())),
+      m_samePlace(SAME_PLACE * norm(extentOf(surface).size())) {
     addLattice();
 }
 
 void SearchedLight::addLattice() {
-    Grid grid;
-    m_locator->projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, LATTICE_COLUMNS, LATTICE_ROWS, grid);
-    double spacing = 0;
-    std::vector<Point<double, 3>> places;
-    for (const auto& [index, place] : grid) {
-        // Rows run downwards.
-        const Point<double, 2> picture{static_cast<double>(index[0]) / (LATTICE_COLUMNS - 1),
-                                       1 - static_cast<double>(index[1]) / (LATTICE_ROWS - 1)};
-        if (const std::optional<Probe> found = probe(picture)) {
-            m_lattice.push_back({picture, *found});
-            places.push_back(place);
-        }
-        for (const Point<double, 3>* next : {at(grid, index[0] + 1, index[1]), at(grid, index[0], index[1] + 1)}) {
-            spacing = next != nullptr ? std::max(spacing, norm(*next - place)) : spacing;
+    std::vector<std::optional<Point<double, 3>>> arrivals;
+    std::vector<Point<double, 2>> pictures;
+    std::vector<double> distances;
+    for (std::size_t row = 0; row < LATTICE_ROWS; ++row) {
+        for (std::size_t column = 0; column < LATTICE_COLUMNS; ++column) {
+            pictures.emplace_back(static_cast<double>(column) / (LATTICE_COLUMNS - 1),
+                                  static_cast<double>(row) / (LATTICE_ROWS - 1));
+            const auto here = arrivals.emplace_back(arrival(pictures.back()));
+            const auto left = column > 0 ? arrivals[arrivals.size() - 2] : std::nullopt;
+            const auto below = row > 0 ? arrivals[arrivals.size() - 1 - LATTICE_COLUMNS] : std::nullopt;
+            for (const auto& neighbour : {left, below}) {
+                if (here && neighbour) {
+                    distances.push_back(norm(*here - *neighbour));
+                }
+            }
         }
     }
-    m_reach = spacing > 0 ? REACH * spacing : std::numeric_limits<double>::infinity();
+    m_reach = REACH * usual(std::move(distances));
+    std::vector<Point<double, 3>> places;
+    for (const Point<double, 2>& picture : pictures) {
+        if (const std::optional<Probe> found = probe(picture)) {
+            m_lattice.push_back({picture, *found});
+            places.push_back(found->place);
+        }
+    }
     m_places = std::make_unique<PointIndex>(std::move(places));
+}
+
+std::optional<Point<double, 3>> SearchedLight::arrival(const Point<double, 2>& picture) const {
+    Point<double, 3> place;
+    return m_locator->locate(m_rays.directionOf(picture), place).first ? std::optional(place) : std::nullopt;
 }
 
 void SearchedLight::land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const {
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        // The locator has no single points; of two by two the one at the left bottom is that which was asked for.
-        Grid grid;
-        const double u = picture[i][0];
-        const double v = picture[i][1];
-        m_locator->projectOnTargetLocationSurface(u, u + STEP, v, v + STEP, 2, 2, grid);
-        const Point<double, 3>* const place = at(grid, 0, 1);
-        landings[i].hits = place != nullptr;
-        if (place != nullptr) {
+        const std::optional<Point<double, 3>> place = arrival(picture[i]);
+        landings[i].hits = place.has_value();
+        if (place) {
             landings[i].on = {*place, {}, false};
         }
     }
 }
 
 bool SearchedLight::lights(const SurfacePoint& point) const {
-    const Node* const start = nearestOfLattice(point.place);
+    const std::optional<Point<double, 2>> found = search(point.place, Aim::SIDE_OF_EDGE);
+    return found && isInPicture(*found);
+}
+
+bool SearchedLight::findPicture(const SurfacePoint& point, Point<double, 2>& picture) const {
+    const std::optional<Point<double, 2>> found = search(point.place, Aim::PICTURE_POINT);
+    picture = found.value_or(picture);
+    return found.has_value();
+}
+
+std::optional<Point<double, 2>> SearchedLight::search(const Point<double, 3>& place, Aim aim) const {
+    const Node* const start = nearestOfLattice(place);
     if (start == nullptr) {
-        return false;
+        return std::nullopt;
     }
     auto [picture, here] = *start;
     // The lattice alone is not believed: between its points may lie the edge of a shadow.
     double lastGap = 0;
     for (int count = 0; count < MOST_STEPS; ++count) {
-        const Point<double, 3> gap = point.place - here.place;
+        const Point<double, 3> gap = place - here.place;
         if (norm(gap) <= m_samePlace) {
-            return isInPicture(picture);
+            return picture;
         }
         const std::optional<Step> step = stepTo(gap, here);
         if (!step) {
-            return false;
+            return std::nullopt;
         }
         const bool isSmooth = norm(gap) <= MOST_REST * lastGap && step->rest <= MOST_REST * norm(gap);
-        if (isSmooth && isDecided(picture + step->inPicture, norm(step->inPicture))) {
-            return isInPicture(picture + step->inPicture);
+        if (aim == Aim::SIDE_OF_EDGE && isSmooth && isDecided(picture + step->inPicture, norm(step->inPicture))) {
+            return picture + step->inPicture;
         }
         lastGap = norm(gap);
-        if (!approach(point.place, step->inPicture, picture, here)) {
-            return false;
+        if (!approach(place, step->inPicture, picture, here)) {
+            return std::nullopt;
         }
     }
-    return false;
+    return std::nullopt;
 }
 
 const SearchedLight::Node* SearchedLight::nearestOfLattice(const Point<double, 3>& place) const {
@@ -138,29 +157,24 @@ const SearchedLight::Node* SearchedLight::nearestOfLattice(const Point<double, 3
 }
 
 std::optional<SearchedLight::Probe> SearchedLight::probe(const Point<double, 2>& picture) const {
-    Grid grid;
-    m_locator->projectOnTargetLocationSurface(picture[0], picture[0] + STEP, picture[1], picture[1] + STEP, 2, 2, grid);
-    const Point<double, 3>* const here = at(grid, 0, 1);
-    const Point<double, 3>* const right = at(grid, 1, 1);
-    const Point<double, 3>* const above = at(grid, 0, 0);
-    if (here == nullptr || right == nullptr || above == nullptr) {
-        return probeAround(picture);
-    }
-    return Probe{*here, (*right - *here) * (1 / STEP), (*above - *here) * (1 / STEP)};
-}
-
-std::optional<SearchedLight::Probe> SearchedLight::probeAround(const Point<double, 2>& picture) const {
-    Grid grid;
-    m_locator->projectOnTargetLocationSurface(picture[0] - STEP, picture[0] + STEP, picture[1] - STEP,
-                                              picture[1] + STEP, 3, 3, grid);
-    const Point<double, 3>* const middle = at(grid, 1, 1);
-    Probe found;
-    if (middle == nullptr || !derivative(*middle, at(grid, 0, 1), at(grid, 2, 1), found.alongU) ||
-        !derivative(*middle, at(grid, 1, 2), at(grid, 1, 0), found.alongV)) {
+    const std::optional<Point<double, 3>> here = arrival(picture);
+    if (!here) {
         return std::nullopt;
     }
-    found.place = *middle;
-    return found;
+    const auto alongU = slope(picture, *here, {STEP, 0.0});
+    const auto alongV = slope(picture, *here, {0.0, STEP});
+    return alongU && alongV ? std::optional(Probe{*here, *alongU, *alongV}) : std::nullopt;
+}
+
+std::optional<Point<double, 3>> SearchedLight::slope(const Point<double, 2>& picture, const Point<double, 3>& place,
+                                                     const Point<double, 2>& step) const {
+    for (const double way : {1.0, -1.0}) {
+        const std::optional<Point<double, 3>> there = arrival(picture + way * step);
+        if (there && norm(*there - place) < STEADY * m_reach) {
+            return (*there - place) * (way / STEP);
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<SearchedLight::Step> SearchedLight::stepTo(const Point<double, 3>& gap, const Probe& here) {

@@ -294,19 +294,19 @@ void SphereTargetLocator::projectOnTargetLocationSurface(double uMin, double uMa
     RowwiseGrid back;
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < columns; ++column) {
-            Vector direction = directions.at(column, row);
-            if (remapsHeadings()) {
-                direction = remapHeading(direction, m_params.pitchTable, m_params.yawTable);
-            }
             Vector hit;
-            const auto [isHit, side] =
-                intersectWithTargetLocationSurface(m_params.eyepoint, m_params.eyepoint + direction, hit);
+            const auto [isHit, side] = locate(directions.at(column, row), hit);
             if (isHit) {
                 (side < 0 ? back : front).add(column, row, hit);
             }
         }
     }
     takeMajority(front.grid, back.grid, grid);
+}
+
+std::pair<bool, int> SphereTargetLocator::locate(const Point<double, 3>& direction, Point<double, 3>& target) const {
+    const Vector bent = remapsHeadings() ? remapHeading(direction, m_params.pitchTable, m_params.yawTable) : direction;
+    return intersectWithTargetLocationSurface(m_params.eyepoint, m_params.eyepoint + bent, target);
 }
 
 const TargetLocatorParams& SphereTargetLocator::getTargetLocatorParams() const {

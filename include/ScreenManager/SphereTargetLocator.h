@@ -66,6 +66,10 @@ public:
     /// screen drops the locator.
     std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const override;
 
+    /// One target, whatever side its ray comes from; answers as `intersectWithTargetLocationSurface`.
+    /// @param direction from the eye, world frame, any length; the tables bend it here
+    std::pair<bool, int> locate(const Point<double, 3>& direction, Point<double, 3>& target) const;
+
 protected:
     /// The outline a -> b -> d -> c -> a on the surface, given by the corners of the frustum (points, not directions).
     [[nodiscard]] virtual std::vector<Point<double, 3>> calculateBoundaryPoints(Point<double, 3> a, Point<double, 3> b,

@@ -22,19 +22,21 @@ public:
 
     [[nodiscard]] LightSteps stepsIn(const LitTriangle&) const override { return m_steps; }
     [[nodiscard]] LitPoint between(const LitPoint& from, const LitPoint& to, double part) const override {
-        return at(from.picture + (to.picture - from.picture) * part);
+        return at(placeOf(from) + (placeOf(to) - placeOf(from)) * part);
     }
     [[nodiscard]] double distance(const LitPoint& a, const LitPoint& b) const override {
-        return norm(a.picture - b.picture);
+        return norm(a.on.place - b.on.place);
     }
-    [[nodiscard]] LitPoint at(const P2& place) const { return {place, {}, LitBy(m_light(place))}; }
+    [[nodiscard]] LitPoint at(const P2& place) const {
+        return {{{place[0], place[1], 0}, {}, false}, LitBy(m_light(place))};
+    }
 
     /// Areas by light, of the unit square.
     [[nodiscard]] std::map<unsigned long, double> areas() const {
         std::map<unsigned long, double> areas;
         const LightCutter cutter(*this, [&](const LitTriangle& piece, const LitBy& by) {
-            const P2 a = piece[1].picture - piece[0].picture;
-            const P2 b = piece[2].picture - piece[0].picture;
+            const P2 a = placeOf(piece[1]) - placeOf(piece[0]);
+            const P2 b = placeOf(piece[2]) - placeOf(piece[0]);
             areas[by.to_ulong()] += std::abs(a[0] * b[1] - a[1] * b[0]) / 2;
         });
         cutter.cut({at({0, 0}), at({1, 0}), at({0, 1})});
@@ -43,6 +45,8 @@ public:
     }
 
 private:
+    static P2 placeOf(const LitPoint& point) { return {point.on.place[0], point.on.place[1]}; }
+
     Light m_light;
     LightSteps m_steps;
 };

@@ -2,7 +2,6 @@
 
 #include "DisplayReport/ChannelLight.h"
 #include "DisplayReport/ChannelLocator.h"
-#include "DisplayReport/PictureCoverage.h"
 #include "DisplayReport/ScreenLoader.h"
 #include "Displays.h"
 #include "ScreenManager/ScreenManager.h"
@@ -24,7 +23,7 @@ class LitDisplayTest : public testing::Test {
 protected:
     using P2 = Point<double, 2>;
     using P3 = Point<double, 3>;
-    using Lights = Veltrani::DisplayReport::PictureCoverage::Lights;
+    using Lights = Veltrani::DisplayReport::ChannelLights;
 
     ~LitDisplayTest() override {
         TargetLocatorManager::deleteInstance();

@@ -1,6 +1,7 @@
 // Areas that are known in closed form. Every expectation is worked out here.
 #include "DisplayReport/ScreenCoverage.h"
 
+#include "DisplayReport/LandingExtent.h"
 #include "DisplayReport/ScreenSampling.h"
 #include "LitDisplays.h"
 
@@ -19,8 +20,8 @@ protected:
 
     static ScreenCoverage measure(const Lights& all) {
         std::vector<Extent> pictures;
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            pictures.push_back(PictureCoverage::of(all, i).extent);
+        for (const auto& light : all) {
+            pictures.push_back(landingExtentOf(*light));
         }
         const ScreenCoverage coverage = ScreenCoverage::of(ScreenSampling(surface()), all, pictures);
         EXPECT_NEAR(std::accumulate(coverage.byCount.begin(), coverage.byCount.end(), 0.0), coverage.area,
@@ -212,6 +213,96 @@ TEST_F(ScreenCoverageTest, HandsOutEveryPieceAndTellsItsProgress) {
     static_cast<void>(ScreenCoverage::of(ScreenSampling(surface()), lights(), {Extent()}, take, progress));
     expectArea(lit, 4);
     EXPECT_GT(last, 0U);
+}
+
+TEST_F(ScreenCoverageTest, PicturesShareWhatTheirRectanglesShare) {
+    load(displays::FLAT, displays::projector("A", "<ScreenArea left='0' right='0.5' bottom='0' top='1'/>") +
+                             displays::projector("B", "<ScreenArea left='0.2' right='0.7' bottom='0.25' top='1'/>"));
+    const ScreenCoverage coverage = measure();
+    EXPECT_NEAR(coverage.partShared[0][0], 1.0, 1e-5);
+    EXPECT_NEAR(coverage.partShared[0][1], 0.6 * 0.75, RIGHT * 0.45);
+    EXPECT_NEAR(coverage.partShared[1][0], 0.6, RIGHT * 0.6);
+    EXPECT_EQ(coverage.landed[0].minimum, (P2{0, 0}));
+    EXPECT_EQ(coverage.landed[0].maximum, (P2{1, 1}));
+}
+
+TEST_F(ScreenCoverageTest, OfAPictureThatSpillsOverTheScreenAPartLands) {
+    // The wall of 4 x 2 stands 5 m away from the floor up to 2 m; the camera looks at its right part.
+    load(displays::FLAT, camera("A", "-10", "40", "-20", "20", "<Position x='0.5' y='0' z='1'/>"),
+         displays::PROJECTORS);
+    const auto tangent = [](double degrees) { return std::tan(radians(degrees)); };
+    const double across = (1.5 / 5 - tangent(-10)) / (tangent(40) - tangent(-10));
+    const double upwards = (1.0 / 5 + 1.0 / 5) / (tangent(20) - tangent(-20));
+    const ScreenCoverage coverage = measure();
+    expectArea(coverage.partShared[0][0], across * upwards);
+    EXPECT_NEAR(coverage.landed[0].maximum[0], across, 1e-6);
+    EXPECT_NEAR(coverage.landed[0].minimum[1], (1 - upwards) / 2, 1e-6);
+}
+
+// Nothing but the surface itself finds a screen that stands between the points of every lattice over the picture.
+TEST_F(ScreenCoverageTest, AScreenThatIsTinyInThePictureIsFound) {
+    load(displays::FLAT,
+         displays::projector("A", "<ScreenArea left='-150.3' right='149.7' bottom='-200.2' top='99.8'/>"));
+    const ScreenCoverage coverage = measure();
+    expectArea(coverage.sharedBy[0][0], 8);
+    expectArea(coverage.partShared[0][0], 1.0 / (300.0 * 300.0));
+}
+
+TEST_F(ScreenCoverageTest, ASmallPictureWithinALargeOneIsSharedByBoth) {
+    for (const double width : {0.05, 0.01, 0.001}) {
+        const std::string left = "0.6171";
+        load(displays::FLAT,
+             displays::projector("A", displays::WHOLE_AREA) +
+                 displays::projector("B", "<ScreenArea left='" + left + "' right='" + std::to_string(0.6171 + width) +
+                                              "' bottom='0.3' top='0.9'/>"));
+        const ScreenCoverage coverage = measure();
+        EXPECT_NEAR(coverage.partShared[0][1], 0.6 * width, 1e-3 * 0.6 * width) << width;
+        EXPECT_NEAR(coverage.partShared[1][0], 1, 1e-3) << width;
+        EXPECT_NEAR(coverage.sharedBy[0][1], 8 * 0.6 * width, 1e-3 * 8 * 0.6 * width) << width;
+    }
+}
+
+TEST_F(ScreenCoverageTest, ACombOfSlatsIsLitSlatBySlat) {
+    // 40 slats of 2 cm, 5 cm apart, 2 m high; the picture covers all of them and what is between.
+    std::string obj;
+    for (int i = 0; i < 40; ++i) {
+        const std::string from = std::to_string(-1 + 0.05 * i);
+        const std::string to = std::to_string(-1 + 0.05 * i + 0.02);
+        obj += "v " + from + " 5 -1\nv " + to + " 5 -1\nv " + to + " 5 1\nv " + from + " 5 1\nf -4 -3 -2\nf -4 -2 -1\n";
+    }
+    m_folder.write("wall.obj", obj);
+    load(displays::MESH, camera("A", "-20", "20", "-15", "15"), displays::PROJECTORS);
+    const ScreenCoverage coverage = measure();
+    const double picture = 100 * std::tan(radians(20)) * std::tan(radians(15));
+    expectArea(coverage.sharedBy[0][0], 40 * 0.02 * 2);
+    expectArea(coverage.partShared[0][0], 40 * 0.02 * 2 / picture);
+}
+
+TEST_F(ScreenCoverageTest, HolesOfAMapMiss) {
+    m_folder.write("a.map",
+                   "2\n4 3\n-1.5 -1 0 0 1\n-0.5 -1 0.3 0 1\n0.5 -1 0.6 0 1\n1.5 -1 0.9 0 1\n"
+                   "-1.5 0 0 0.5 1\n-0.5 0 0.3 0.5 -1\n0.5 0 0.6 0.5 1\n1.5 0 0.9 0.5 1\n"
+                   "-1.5 1 0 1 1\n-0.5 1 0.3 1 1\n0.5 1 0.6 1 1\n1.5 1 0.9 1 1\npixels 1920 1200\n");
+    load(displays::FLAT, displays::projector("A", "<CustomPlanarMap file='a.map'/>"),
+         "<TargetData type='CustomPlanar'/>");
+    expectArea(measure().partShared[0][0], 1.0 / 3);
+}
+
+// Lunes that frusta cut out of a sphere from its middle: each picture spans a sixth of the headings, and as much
+// upwards as below 80 degrees counts.
+TEST_F(ScreenCoverageTest, ASphereInPartsOfEqualHeadingsByFrusta) {
+    std::string projectors;
+    for (int i = 0; i < 6; ++i) {
+        projectors += camera("L" + std::to_string(i), "-30", "30", "-70", "70",
+                             "<Orientation z='" + std::to_string(60 * i) + "' x='0' y='0'/>");
+    }
+    load(displays::SPHERE, projectors, displays::SPHERICAL);
+    const ScreenCoverage coverage = measure();
+    for (std::size_t i = 0; i < 6; ++i) {
+        expectArea(coverage.sharedBy[i][i], 25 * solidAngle(30, 70));
+        EXPECT_NEAR(coverage.partShared[i][i], 1, RIGHT);
+    }
+    EXPECT_LE(coverage.byCount[2], RIGHT * 100 * m_pi);
 }
 
 }  // namespace
