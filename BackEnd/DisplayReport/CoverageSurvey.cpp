@@ -42,9 +42,9 @@ public:
 
     void measure(const ScreenSampling& screen, const ScreenCoverage::Take& take,
                  const ScreenCoverage::Progress& progress) {
-        std::vector<Extent> extents;
+        std::vector<LandingExtent> extents;
         for (const auto& light : m_lights) {
-            extents.push_back(landingExtentOf(*light));
+            extents.push_back(LandingExtent::of(*light));
         }
         const ScreenCoverage coverage = ScreenCoverage::of(screen, m_lights, extents, take, progress);
         m_report.screenArea = coverage.area;

@@ -65,7 +65,7 @@ void LightCutter::halve(const LitTriangle& triangle, int depth) const {
         slice(turned, 0);
         return;
     }
-    const LitPoint middle = m_domain.between(a, b, 0.5);
+    const LitPoint middle = m_domain.between(a, b, 0.5, LitBy().set());
     const bool isWhole = !isTooLong && isLit && middle.by == a.by;
     if (isWhole || depth >= MOST_HALVINGS) {
         m_take(turned, a.by);
@@ -96,11 +96,12 @@ void LightCutter::slice(const LitTriangle& triangle, int depth) const {
 std::pair<LitPoint, LitPoint> LightCutter::border(const LitPoint& from, const LitPoint& to) const {
     LitPoint inside = from;
     LitPoint outside = to;
+    const LitBy among = from.by | to.by;
     double near = 0;
     double far = 1;
     for (int i = 0; i < BISECTIONS; ++i) {
         const double part = (near + far) / 2;
-        const LitPoint middle = m_domain.between(from, to, part);
+        const LitPoint middle = m_domain.between(from, to, part, among);
         (middle.by == from.by ? near : far) = part;
         (middle.by == from.by ? inside : outside) = middle;
     }

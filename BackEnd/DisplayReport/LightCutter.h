@@ -21,8 +21,10 @@ public:
     /// For a triangle and everything in it; its halves are asked for again.
     [[nodiscard]] virtual LightSteps stepsIn(const LitTriangle& triangle) const = 0;
 
-    /// The point at a part (0 to 1) of the way from one point to another, and the light on it.
-    [[nodiscard]] virtual LitPoint between(const LitPoint& from, const LitPoint& to, double part) const = 0;
+    /// The point at a part (0 to 1) of the way from one point to another, and the light on it of those channels that
+    /// are asked for.
+    [[nodiscard]] virtual LitPoint between(const LitPoint& from, const LitPoint& to, double part,
+                                           const LitBy& among) const = 0;
     /// The distance that the steps are told in.
     [[nodiscard]] virtual double distance(const LitPoint& a, const LitPoint& b) const = 0;
 };
@@ -47,7 +49,8 @@ public:
 private:
     void halve(const LitTriangle& triangle, int depth) const;
     void slice(const LitTriangle& triangle, int depth) const;
-    /// The border on the way from a point to another, once with the light as at `from`, once with that behind it.
+    /// The border on the way from a point to another, once with the light as at `from`, once with that behind it. Only
+    /// the channels of the two ends are asked: another one that lights less than a fine step is none of both.
     [[nodiscard]] std::pair<LitPoint, LitPoint> border(const LitPoint& from, const LitPoint& to) const;
 
     const LitDomain& m_domain;

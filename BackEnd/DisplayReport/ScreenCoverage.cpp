@@ -14,6 +14,8 @@ namespace {
 /// Light is looked for at steps of this part of the screen's size, or of the size of a picture on it, whichever is
 /// smaller.
 constexpr double COARSE = 1.0 / 64;
+/// A picture is a strip of at least so many steps: this part of its width is one.
+constexpr double ACROSS = 1.0 / 4;
 /// But no smaller than this part of the screen's size, which bounds the time.
 constexpr double LEAST = 1.0 / 16384;
 /// Borders are taken for straight over this part of a step.
@@ -47,10 +49,12 @@ Extent boxOf(const LitTriangle& triangle) {
 /// How closely the light is looked for: where a picture lies, more closely the smaller it is.
 class Steps {
 public:
-    Steps(const ScreenSampling& screen, const std::vector<Extent>& pictures) {
+    Steps(const ScreenSampling& screen, const std::vector<LandingExtent>& pictures) {
         const double size = norm(screen.extent().size());
-        for (const Extent& picture : pictures) {
-            m_pictures.push_back({picture, std::max(LEAST * size, COARSE * norm(picture.size()))});
+        for (const LandingExtent& picture : pictures) {
+            double step = COARSE * norm(picture.box.size());
+            step = picture.narrow > 0.0 ? std::min(step, ACROSS * picture.narrow) : step;
+            m_pictures.push_back({picture.box, std::max(LEAST * size, step)});
         }
         std::vector<double> edges(pictures.size());
         const double all = addEdges(screen, edges);
@@ -101,11 +105,12 @@ private:
 
 class SurfaceDomain : public LitDomain {
 public:
-    SurfaceDomain(const ScreenSampling& screen, const ChannelLights& lights, const std::vector<Extent>& pictures)
+    SurfaceDomain(const ScreenSampling& screen, const ChannelLights& lights, const std::vector<LandingExtent>& pictures)
         : m_screen(screen), m_lights(lights), m_steps(screen, pictures) {}
 
-    [[nodiscard]] LitPoint between(const LitPoint& from, const LitPoint& to, double part) const override {
-        return litPoint(m_screen.between(from.on, to.on, part));
+    [[nodiscard]] LitPoint between(const LitPoint& from, const LitPoint& to, double part,
+                                   const LitBy& among) const override {
+        return litPoint(m_screen.between(from.on, to.on, part), among);
     }
 
     [[nodiscard]] LightSteps stepsIn(const LitTriangle& triangle) const override {
@@ -117,10 +122,10 @@ public:
         return norm(a.on.place - b.on.place);
     }
 
-    [[nodiscard]] LitPoint litPoint(const SurfacePoint& on) const {
+    [[nodiscard]] LitPoint litPoint(const SurfacePoint& on, const LitBy& among) const {
         LitPoint point{on, {}};
         for (std::size_t i = 0; i < m_lights.size(); ++i) {
-            point.by[i] = m_lights[i]->lights(on);
+            point.by[i] = among[i] && m_lights[i]->lights(on);
         }
         return point;
     }
@@ -144,7 +149,7 @@ public:
         for (std::size_t corner = 0; corner < lit.size(); ++corner) {
             Kept& kept = m_kept[numbers[corner] % m_kept.size()];
             if (kept.number != numbers[corner] + 1) {
-                kept = {numbers[corner] + 1, m_domain.litPoint(triangle[corner]).by};
+                kept = {numbers[corner] + 1, m_domain.litPoint(triangle[corner], LitBy().set()).by};
             }
             lit[corner] = {triangle[corner], kept.by};
         }
@@ -228,7 +233,8 @@ private:
 }  // namespace
 
 ScreenCoverage ScreenCoverage::of(const ScreenSampling& screen, const ChannelLights& lights,
-                                  const std::vector<Extent>& extents, const Take& take, const Progress& progress) {
+                                  const std::vector<LandingExtent>& extents, const Take& take,
+                                  const Progress& progress) {
     ScreenCoverage coverage;
     Sums sums(coverage, screen, lights);
     const SurfaceDomain domain(screen, lights, extents);

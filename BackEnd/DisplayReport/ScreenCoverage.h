@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DisplayReport/ChannelLight.h"
-#include "DisplayReport/Extent.h"
+#include "DisplayReport/LandingExtent.h"
 #include "DisplayReport/LightCutter.h"
 #include "DisplayReport/PictureBox.h"
 
@@ -33,7 +33,7 @@ struct ScreenCoverage {
     /// @param lights at most `MOST_CHANNELS`, none null
     /// @param extents where the light of each channel is to be looked for more closely, as many as `lights`
     [[nodiscard]] static ScreenCoverage of(const ScreenSampling& screen, const ChannelLights& lights,
-                                           const std::vector<Extent>& extents, const Take& take = {},
+                                           const std::vector<LandingExtent>& extents, const Take& take = {},
                                            const Progress& progress = {});
 };
 

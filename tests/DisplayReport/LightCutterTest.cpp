@@ -21,8 +21,11 @@ public:
     Plane(Light light, const LightSteps& steps) : m_light(std::move(light)), m_steps(steps) {}
 
     [[nodiscard]] LightSteps stepsIn(const LitTriangle&) const override { return m_steps; }
-    [[nodiscard]] LitPoint between(const LitPoint& from, const LitPoint& to, double part) const override {
-        return at(placeOf(from) + (placeOf(to) - placeOf(from)) * part);
+    [[nodiscard]] LitPoint between(const LitPoint& from, const LitPoint& to, double part,
+                                   const LitBy& among) const override {
+        LitPoint point = at(placeOf(from) + (placeOf(to) - placeOf(from)) * part);
+        point.by &= among;
+        return point;
     }
     [[nodiscard]] double distance(const LitPoint& a, const LitPoint& b) const override {
         return norm(a.on.place - b.on.place);

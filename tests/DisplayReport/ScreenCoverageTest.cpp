@@ -5,6 +5,8 @@
 #include "DisplayReport/ScreenSampling.h"
 #include "LitDisplays.h"
 
+#include <algorithm>
+#include <array>
 #include <numeric>
 
 namespace {
@@ -19,9 +21,9 @@ protected:
     ScreenCoverage measure() { return measure(lights()); }
 
     static ScreenCoverage measure(const Lights& all) {
-        std::vector<Extent> pictures;
+        std::vector<LandingExtent> pictures;
         for (const auto& light : all) {
-            pictures.push_back(landingExtentOf(*light));
+            pictures.push_back(LandingExtent::of(*light));
         }
         const ScreenCoverage coverage = ScreenCoverage::of(ScreenSampling(surface()), all, pictures);
         EXPECT_NEAR(std::accumulate(coverage.byCount.begin(), coverage.byCount.end(), 0.0), coverage.area,
@@ -210,7 +212,7 @@ TEST_F(ScreenCoverageTest, HandsOutEveryPieceAndTellsItsProgress) {
         EXPECT_LT(done, total);
         last = done;
     };
-    static_cast<void>(ScreenCoverage::of(ScreenSampling(surface()), lights(), {Extent()}, take, progress));
+    static_cast<void>(ScreenCoverage::of(ScreenSampling(surface()), lights(), {LandingExtent()}, take, progress));
     expectArea(lit, 4);
     EXPECT_GT(last, 0U);
 }
@@ -300,9 +302,66 @@ TEST_F(ScreenCoverageTest, ASphereInPartsOfEqualHeadingsByFrusta) {
     const ScreenCoverage coverage = measure();
     for (std::size_t i = 0; i < 6; ++i) {
         expectArea(coverage.sharedBy[i][i], 25 * solidAngle(30, 70));
-        EXPECT_NEAR(coverage.partShared[i][i], 1, RIGHT);
+        // The upper rows of such a picture are drawn out: a piece at its edge is large in it.
+        EXPECT_NEAR(coverage.partShared[i][i], 1, 5 * RIGHT);
     }
     EXPECT_LE(coverage.byCount[2], RIGHT * 100 * m_pi);
+}
+
+TEST_F(ScreenCoverageTest, AStripIsSeenHoweverNarrowAndTurned) {
+    load(displays::FLAT, displays::projector("A", "<ScreenArea left='0.3' right='0.301' bottom='0' top='1'/>"));
+    expectArea(measure().sharedBy[0][0], 8 * 0.001);
+    load("<Screen shape='Flat'><Centre x='0' y='5' z='0'/><Size width='30' height='20'/></Screen>",
+         camera("A", "-0.05", "0.05", "-20", "20", "<Orientation z='0' x='0' y='40'/>"), displays::PROJECTORS);
+    expectArea(measure().sharedBy[0][0], 100 * std::tan(radians(0.05)) * std::tan(radians(20)));
+}
+
+// The area against that of the cells of a fine lattice, each followed forwards: a mirror beside the eye, and a picture
+// that reaches over the upper edge of the screen.
+TEST_F(ScreenCoverageTest, ThroughAMirrorBesideTheEyeItIsWhatTheRaysReach) {
+    load(
+        "<Screen shape='Sphere'><EyePoint x='0' y='-0.3' z='-0.5'/><Centre x='0' y='0' z='1.9'/><Radius value='1.6'/>"
+        "<Azimuth min='-120' max='120'/><Elevation min='-60' max='60'/></Screen>",
+        camera("A", "-40", "40", "-40", "40", "<Orientation z='60' x='20' y='10'/><Position x='0' y='-0.3' z='-0.5'/>"),
+        "<TargetData type='SphericalCollimated'><Mirror radius='3'><Position x='0' y='0' "
+        "z='1.9'/></Mirror></TargetData>");
+    const Lights all = lights();
+    constexpr int CELLS = 400;
+    std::vector<std::vector<ChannelLight::Landing>> rows;
+    for (int row = 0; row <= CELLS; ++row) {
+        std::vector<P2> picture;
+        for (int column = 0; column <= CELLS; ++column) {
+            picture.emplace_back(static_cast<double>(column) / CELLS, static_cast<double>(row) / CELLS);
+        }
+        rows.emplace_back(picture.size());
+        all[0]->land(picture, rows.back());
+    }
+    double whole = 0;
+    int wholeCells = 0;
+    int cutCells = 0;
+    const double longest = 0.1;  // no cell is so large, and none of the jumps behind the edge so small
+    for (std::size_t row = 0; row < CELLS; ++row) {
+        for (std::size_t column = 0; column < CELLS; ++column) {
+            const std::array<ChannelLight::Landing, 4> corners{rows[row][column], rows[row][column + 1],
+                                                               rows[row + 1][column], rows[row + 1][column + 1]};
+            const auto hits = std::count_if(corners.begin(), corners.end(), [](const auto& one) { return one.hits; });
+            const P3 rising = corners[3].on.place - corners[0].on.place;
+            const P3 falling = corners[1].on.place - corners[2].on.place;
+            const bool isWhole = hits == 4 && norm(rising) < longest && norm(falling) < longest;
+            whole += isWhole ? norm(cross(rising, falling)) / 2 : 0.0;
+            wholeCells += isWhole ? 1 : 0;
+            cutCells += !isWhole && hits > 0 ? 1 : 0;
+        }
+    }
+    ASSERT_GT(cutCells, 0) << "the picture reaches over the edge";
+    ASSERT_LT(cutCells, CELLS);
+    const ScreenCoverage coverage = measure(all);
+    // Half of each cell that is cut, about.
+    const double cut = 0.5 * cutCells / wholeCells;
+    EXPECT_NEAR(coverage.sharedBy[0][0], whole * (1 + cut), 1e-3 * whole);
+    EXPECT_NEAR(coverage.partShared[0][0], (wholeCells + 0.5 * cutCells) / (CELLS * CELLS),
+                0.5 * cutCells / (CELLS * CELLS));
+    EXPECT_LT(cut, 1e-3) << "sharp enough to tell";
 }
 
 }  // namespace
