@@ -19,8 +19,8 @@ namespace {
 constexpr const char* EXIT_CODES =
     "Exit codes: 0 all right; 1 done, but faults were found, a channel has no grid of targets or could not be\n"
     "measured, something of the display cannot be shown, no point was mapped, or a projector is missing, not ready\n"
-    "or failed; 2 wrong command line, or no such channel; 3 the configuration, a file that it names or a file of\n"
-    "points cannot be used; 4 the result cannot be written; 5 internal fault.";
+    "or failed; 2 wrong command line, or no such channel; 3 the configuration, a file of its screen or of points, or\n"
+    "with map a file of the channel cannot be used; 4 the result cannot be written; 5 internal fault.";
 
 /// Bounds of a wait in seconds: an answer on a local network takes milliseconds, and nobody waits for longer than an
 /// hour.

@@ -5,6 +5,7 @@
 #include "DisplayReport/TextTable.h"
 
 #include <array>
+#include <cmath>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -15,8 +16,9 @@ namespace {
 
 const char* const NOTHING = "-";
 
+/// Two decimals: a part in ten thousand is what the numbers are right to.
 std::string percent(double part) {
-    return roundedText(100 * part) + " %";
+    return roundedText(std::round(1e4 * part) / 100) + " %";
 }
 
 std::string withUnit(const std::string& what, const std::string& unit) {

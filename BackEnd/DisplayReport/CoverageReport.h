@@ -22,7 +22,7 @@ struct ChannelCoverage {
     bool isLighting = false;  ///< false when its light is not known, or nothing of it lands
 
     [[nodiscard]] double pixels() const;
-    /// The part of its picture, 0 to 1, that misses the screen.
+    /// The part of its picture, 0 to 1, that misses the screen; 0 for less than 20 in a million.
     [[nodiscard]] double missed() const;
     /// The pitch of a pixel of mean area: the root of the lit area per pixel on it; 0 when no pixel lands.
     [[nodiscard]] double meanPitch() const;

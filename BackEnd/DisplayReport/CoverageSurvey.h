@@ -15,8 +15,9 @@ namespace Veltrani::DisplayReport {
 ///     std::vector<CoveredPiece> pieces;
 ///     const CoverageReport report = CoverageSurvey().keepPieces(pieces).of(config);
 ///
-/// Areas and parts are right to about a part in ten thousand. The kind of target data of the configuration decides how
-/// a picture comes to the screen: the target locators of the `TargetLocatorManager` are asked.
+/// Areas are right to about a part in ten thousand, parts of pictures to one in a thousand. The kind of target data of
+/// the configuration decides how a picture comes to the screen: the target locators of the `TargetLocatorManager` are
+/// asked.
 class CoverageSurvey {
 public:
     /// Told how far the work is, in equal pieces.

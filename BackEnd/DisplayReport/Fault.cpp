@@ -1,6 +1,8 @@
 #include "DisplayReport/Fault.h"
 
 #include "Common/RunCatch.h"
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 
 namespace Veltrani::DisplayReport {
 
@@ -17,12 +19,23 @@ std::exception_ptr causeOf(const std::exception_ptr& exception) {
     }
 }
 
+/// For the user: where in the sources it was thrown belongs in the log.
+std::string messageOf(const std::exception_ptr& exception) {
+    try {
+        std::rethrow_exception(exception);
+    } catch (const VeltraniExceptionBase& fault) {
+        return toUtf8(fault.message);
+    } catch (...) {
+        return RunCatch::describe(exception);
+    }
+}
+
 }  // namespace
 
 Fault faultOf(const std::string& where, const std::exception_ptr& exception) {
-    Fault fault{where, RunCatch::describe(exception), {}};
+    Fault fault{where, messageOf(exception), {}};
     for (auto cause = causeOf(exception); cause; cause = causeOf(cause)) {
-        fault.causes.push_back(RunCatch::describe(cause));
+        fault.causes.push_back(messageOf(cause));
     }
     return fault;
 }

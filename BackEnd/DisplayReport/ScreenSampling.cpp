@@ -5,7 +5,9 @@
 #include "KelvoScreen/MeshScreen.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
 #include <utility>
 
 namespace Veltrani::DisplayReport {
@@ -34,6 +36,31 @@ Tuple blend(const Tuple& from, const Tuple& to, double part) {
     return from + (to - from) * part;
 }
 
+using Corners = std::array<Point<double, 3>, 3>;
+
+/// The same whichever corner comes first, and whichever way round.
+Corners cornersOf(const TriangleMesh& mesh, std::size_t i) {
+    Corners corners;
+    for (std::size_t corner = 0; corner < corners.size(); ++corner) {
+        // Zero has two signs, and one place.
+        corners[corner] = mesh.vertices[mesh.triangles[i][corner]] + Point<double, 3>();
+    }
+    std::sort(corners.begin(), corners.end());
+    return corners;
+}
+
+std::size_t hashOf(const Corners& corners) {
+    constexpr std::size_t SPREAD = 0x9E3779B97F4A7C15U;
+    std::size_t hash = 0;
+    for (const Point<double, 3>& corner : corners) {
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            hash = (hash ^ std::hash<double>()(corner[axis])) * SPREAD;
+            hash ^= hash >> 32U;
+        }
+    }
+    return hash;
+}
+
 }  // namespace
 
 ScreenSampling::ScreenSampling(std::shared_ptr<const ScreenGeometry> surface)
@@ -47,6 +74,8 @@ ScreenSampling::ScreenSampling(std::shared_ptr<const ScreenGeometry> surface)
         for (std::size_t i = 0; i < size(); ++i) {
             m_negligibleArea += NEGLIGIBLE_PART * chordArea(triangle(i));
         }
+    } else {
+        chooseTriangles();
     }
     m_extent = extentOf(*m_surface);
 }
@@ -63,14 +92,45 @@ void ScreenSampling::addNet() {
     }
 }
 
+void ScreenSampling::chooseTriangles() {
+    const TriangleMesh& mesh = m_mesh->mesh();
+    std::vector<std::pair<std::size_t, std::size_t>> byHash;
+    byHash.reserve(mesh.triangles.size());
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        byHash.emplace_back(hashOf(cornersOf(mesh, i)), i);
+    }
+    std::sort(byHash.begin(), byHash.end());
+    std::vector<bool> isTwice(mesh.triangles.size());
+    for (std::size_t i = 1; i < byHash.size(); ++i) {
+        for (std::size_t j = i; j-- > 0 && byHash[j].first == byHash[i].first;) {
+            if (cornersOf(mesh, byHash[i].second) == cornersOf(mesh, byHash[j].second)) {
+                isTwice[byHash[i].second] = true;
+                break;
+            }
+        }
+    }
+    if (std::find(isTwice.begin(), isTwice.end(), true) == isTwice.end()) {
+        return;
+    }
+    for (std::size_t i = 0; i < isTwice.size(); ++i) {
+        if (!isTwice[i]) {
+            m_chosen.push_back(i);
+        }
+    }
+}
+
 std::size_t ScreenSampling::size() const {
-    return m_mesh != nullptr ? m_mesh->mesh().triangles.size() : 2 * NET_CELLS * NET_CELLS;
+    if (m_mesh == nullptr) {
+        return 2 * NET_CELLS * NET_CELLS;
+    }
+    return m_chosen.empty() ? m_mesh->mesh().triangles.size() : m_chosen.size();
 }
 
 ScreenSampling::Triangle ScreenSampling::triangle(std::size_t i) const {
     Triangle triangle;
     if (m_mesh != nullptr) {
         const TriangleMesh& mesh = m_mesh->mesh();
+        i = numberInMesh(i);
         const bool hasParameters = m_mesh->isParameterised();
         for (std::size_t corner = 0; corner < 3; ++corner) {
             triangle[corner].place = mesh.vertices[mesh.triangles[i][corner]];
@@ -106,6 +166,7 @@ std::array<std::uint64_t, 3> ScreenSampling::cornerNumbers(std::size_t i) const 
     // One vertex may stand in several places of the texture.
     constexpr int HALF = 32;
     const TriangleMesh& mesh = m_mesh->mesh();
+    i = numberInMesh(i);
     for (std::size_t corner = 0; corner < 3; ++corner) {
         numbers[corner] = static_cast<std::uint64_t>(mesh.triangles[i][corner]) << HALF;
         if (m_mesh->isParameterised()) {

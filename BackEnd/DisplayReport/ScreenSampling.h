@@ -14,8 +14,8 @@ class ScreenGeometry;
 
 namespace Veltrani::DisplayReport {
 
-/// A screen's surface as triangles: those of a mesh, or a net over the 2D coordinates of any other shape. The corners
-/// of the net lie on the surface, and so do the points between them.
+/// A screen's surface as triangles: those of a mesh, each place once however often the mesh has it, or a net over the
+/// 2D coordinates of any other shape. The corners of the net lie on the surface, and so do the points between them.
 class ScreenSampling {
 public:
     using Triangle = std::array<SurfacePoint, 3>;
@@ -35,18 +35,23 @@ public:
 
     /// The surface point at a part (0 to 1) of the way from one point of a triangle to another.
     [[nodiscard]] SurfacePoint between(const SurfacePoint& from, const SurfacePoint& to, double part) const;
-    /// The area on the surface, in square native units; right to a millionth of itself, kinks of the surface included.
+    /// The area on the surface, in square native units; right to about a millionth of itself, kinks of the surface
+    /// included.
     [[nodiscard]] double area(const Triangle& triangle) const;
 
 private:
     void addNet();
+    /// Leaves out triangles that stand on the corners of another one, whichever way round: both sides of a sheet.
+    void chooseTriangles();
+    [[nodiscard]] std::size_t numberInMesh(std::size_t i) const { return m_chosen.empty() ? i : m_chosen[i]; }
     /// The nodes of a triangle of the net.
     [[nodiscard]] static std::array<std::size_t, 3> nodesOf(std::size_t i);
     [[nodiscard]] double curvedArea(const Triangle& triangle, double chordArea, int depth) const;
 
     std::shared_ptr<const ScreenGeometry> m_surface;
-    const MeshScreen* m_mesh;         ///< the same, when it is a mesh; else null
-    std::vector<SurfacePoint> m_net;  ///< row by row; empty for a mesh
+    const MeshScreen* m_mesh;           ///< the same, when it is a mesh; else null
+    std::vector<SurfacePoint> m_net;    ///< row by row; empty for a mesh
+    std::vector<std::size_t> m_chosen;  ///< the triangles of the mesh; empty for all of them
     double m_negligibleArea = 0;
     Extent m_extent;
 };

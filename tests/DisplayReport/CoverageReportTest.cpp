@@ -21,6 +21,16 @@ TEST(CoverageReport, TheMeanPixelHasItsPartOfTheArea) {
     EXPECT_DOUBLE_EQ(channel().pixels(), 20000);
 }
 
+TEST(CoverageReport, RoundingIsNoMiss) {
+    ChannelCoverage whole = channel();
+    whole.landed = 1.0001;
+    EXPECT_EQ(whole.missed(), 0.0);
+    whole.landed = 1 - 1e-5;
+    EXPECT_EQ(whole.missed(), 0.0);
+    whole.landed = 1 - 3e-5;
+    EXPECT_NEAR(whole.missed(), 3e-5, 1e-15);
+}
+
 TEST(CoverageReport, NothingIsDividedByZero) {
     ChannelCoverage none = channel();
     none.landed = 0;

@@ -21,6 +21,11 @@ TEST(Fault, TellsTheMessage) {
     EXPECT_THAT(fault.causes, IsEmpty());
 }
 
+TEST(Fault, KeepsPlacesInTheSourcesToItself) {
+    EXPECT_EQ(faultOf("screen", std::make_exception_ptr(VeltraniException("Mesh.cpp", 75, L"no mesh"))).what,
+              "no mesh");
+}
+
 TEST(Fault, TellsEveryNestedCauseOutermostFirst) {
     std::exception_ptr outer;
     try {

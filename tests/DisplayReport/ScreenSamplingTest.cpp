@@ -110,4 +110,14 @@ TEST_F(ScreenSamplingTest, CornersOfOneNumberAreOnePoint) {
     }
 }
 
+TEST_F(ScreenSamplingTest, BothSidesOfASheetAreOneSurface) {
+    const std::string sheet = "v 0 5 0\nv 4 5 0\nv 4 5 2\nv 0 5 2\nf -4 -3 -2\nf -4 -2 -1\n";
+    // The same once more, and then with its own vertices the other way round; and a sheet of 1 x 2 beside it.
+    m_folder.write("wall.obj", sheet + "f 1 2 3\nf 2 3 1\n" +
+                                   "v 0 5 0\nv 4 5 0\nv 4 5 2\nv 0 5 2\nf -2 -3 -4\nf -1 -2 -4\n"
+                                   "v 5 5 0\nv 6 5 0\nv 6 5 2\nf -3 -2 -1\n");
+    EXPECT_NEAR(areaOf(displays::MESH), 9, 1e-12);
+    EXPECT_EQ(ScreenSampling(surface()).size(), 3U);
+}
+
 }  // namespace

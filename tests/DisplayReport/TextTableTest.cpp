@@ -47,6 +47,13 @@ TEST(TextTable, NoTextMovesTheCursor) {
     EXPECT_EQ(printable("\t\x7f"), "??");
 }
 
+TEST(Printable, TurnsNothingRoundAndEndsNoLine) {
+    EXPECT_EQ(printable("a\u202eb\u0085c\u2028d\u2066e\u061cf\u200fg"), "a?b?c?d?e?f?g");
+    EXPECT_EQ(printable("B\u00fchne \u20ac \u4e2d \U0001f600"), "B\u00fchne \u20ac \u4e2d \U0001f600");
+    EXPECT_EQ(printable("\xE2\x80"), "\xE2\x80") << "a character that is cut off";
+    EXPECT_EQ(printable(""), "");
+}
+
 TEST(Shortened, KeepsWhatFits) {
     EXPECT_EQ(shortened("abc", 3), "abc");
     EXPECT_EQ(shortened("abcd", 3), "abc...");
