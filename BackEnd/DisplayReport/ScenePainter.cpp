@@ -46,6 +46,8 @@ constexpr double DOT = 2.6;
 constexpr double CLOUD_DOT = 0.8;
 constexpr double PLACE_DOT = 5;
 constexpr double REFERENCE_HEIGHT = 1000;
+/// Cosine of the angle to the camera's direction, 10 degrees, within which an axis is seen end on.
+constexpr double END_ON = 0.985;
 /// The axis that has its title above its end.
 constexpr std::size_t UPRIGHT = 2;
 /// Pieces of a line, so that it can be sorted between surfaces.
@@ -290,7 +292,7 @@ private:
         }
         const AxisLayout layout(flat(edges.starts[number]), flat(edges.ends[number]), flat(edges.starts[number] + tick),
                                 m_legend.letterSize());
-        if (!layout.hasRoomFor(axis.ticks.size(), widest)) {
+        if (isEndOn(number) || !layout.hasRoomFor(axis.ticks.size(), widest)) {
             return;
         }
         for (std::size_t i = 0; i < feet.size(); ++i) {
@@ -300,6 +302,9 @@ private:
         const AxisLayout::Box box = labelBox(axis.title);
         addLabel(number == UPRIGHT ? layout.titleAtEnd(box, widest) : layout.title(box, widest), axis.title);
     }
+
+    /// True for an axis along which the camera looks: its numbers would stand in the midst of the scene.
+    [[nodiscard]] bool isEndOn(std::size_t axis) const { return std::abs(m_camera.direction()[axis]) > END_ON; }
 
     /// Where a place of the frame, which is ahead, lies in the picture.
     [[nodiscard]] AxisLayout::Place flat(const P3& world) const {

@@ -5,6 +5,7 @@ import { Vector3 } from 'three';
 const GAP = 9; // pixels between an axis and its numbers: a tick stands there
 const SPACE = 4; // pixels between numbers and title
 const SHORTEST = 12; // pixels of an axis for each number: shorter ones are seen end on
+const END_ON = 0.985; // cosine of the angle within which an axis is seen end on
 
 export class AxisLabels {
   constructor(axes, addLabel) {
@@ -15,10 +16,13 @@ export class AxisLabels {
     }));
   }
 
-  // Lays all of them out; `project` answers where a place is in the picture, null for one that is not ahead.
-  place(project, isVisible) {
+  // Lays all of them out; `project` answers where a place is in the picture, null for one that is not ahead; `ahead` is
+  // where the camera looks.
+  place(project, ahead, isVisible) {
+    const way = new Vector3();
     for (const axis of this.axes) {
-      this.placeAxis(axis, project, isVisible);
+      const isEndOn = Math.abs(way.subVectors(axis.end, axis.start).normalize().dot(ahead)) > END_ON;
+      this.placeAxis(axis, project, isVisible && !isEndOn);
     }
   }
 

@@ -222,7 +222,7 @@ export class View {
   placeLabels() {
     const { clientWidth: width, clientHeight: height } = this.stage;
     const project = projector(this.camera, width, height);
-    this.axisLabels.place(project, this.layers.axes.visible);
+    this.axisLabels.place(project, this.camera.getWorldDirection(new Vector3()), this.layers.axes.visible);
     for (const { label, place, isVisible } of this.labels) {
       const at = isVisible() ? project(place) : null;
       const isInside = at && at.x > 0 && at.x < width && at.y > 0 && at.y < height;
