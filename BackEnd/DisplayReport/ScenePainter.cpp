@@ -142,14 +142,6 @@ private:
         }
     }
 
-    void addText(const P3& point, const std::string& text, const Colour& colour, Drawing::Anchor anchor) {
-        const P3 seen = m_camera.seen(point);
-        if (seen[2] >= m_camera.nearest()) {
-            const P3 place = inPicture(seen);
-            m_drawing.texts.push_back({place[0], place[1] + labelSize() / 2, text, labelSize(), colour, anchor});
-        }
-    }
-
     /// True when a triangle is seen from the side that the eye is on, or when there is no eye.
     [[nodiscard]] bool isSeenByAudience(const P3& corner, const P3& normal) const {
         if (m_scene.eyes.empty()) {
@@ -246,9 +238,18 @@ private:
     void addPlaces() {
         for (const ScenePlace& eye : m_scene.eyes) {
             addDisc(eye.point, EYE_COLOUR, PLACE_DOT);
-            addText(eye.point, "  " + eye.name, EYE_COLOUR, Drawing::Anchor::LEFT);
+            addName(eye);
         }
         addMirrorName();
+    }
+
+    void addName(const ScenePlace& eye) {
+        if (m_camera.place(eye.point)) {
+            const AxisLayout::Place place = flat(eye.point);
+            const double beside = PLACE_DOT * m_pixel + 0.5 * labelSize();
+            m_drawing.texts.push_back({place[0] + beside, place[1] + labelSize() / 2, eye.name, labelSize(), EYE_COLOUR,
+                                       Drawing::Anchor::LEFT});
+        }
     }
 
     /// At the part of the mirror that lies lowest in the picture, where the screen is least in the way.
