@@ -320,9 +320,12 @@ private:
         return {StrokeFont::width(text, labelSize()), WITH_BRACKETS * labelSize()};
     }
 
+    /// Moved to the right or left until all of it is beside the list of channels.
     void addLabel(const AxisLayout::Place& middle, const std::string& text) {
+        const double half = labelBox(text)[0] / 2 + 0.5 * labelSize();
+        const double right = std::max(half, std::min(m_legend.sceneWidth() - half, middle[0]));
         m_drawing.texts.push_back(
-            {middle[0], middle[1] + labelSize() / 2, text, labelSize(), SCALE_COLOUR, Drawing::Anchor::MIDDLE});
+            {right, middle[1] + labelSize() / 2, text, labelSize(), SCALE_COLOUR, Drawing::Anchor::MIDDLE});
     }
 
     const DisplayScene& m_scene;

@@ -17,16 +17,16 @@ export class AxisLabels {
   }
 
   // Lays all of them out; `project` answers where a place is in the picture, null for one that is not ahead; `ahead` is
-  // where the camera looks.
-  place(project, ahead, isVisible) {
+  // where the camera looks, `width` that of the picture.
+  place(project, ahead, width, isVisible) {
     const way = new Vector3();
     for (const axis of this.axes) {
       const isEndOn = Math.abs(way.subVectors(axis.end, axis.start).normalize().dot(ahead)) > END_ON;
-      this.placeAxis(axis, project, isVisible && !isEndOn);
+      this.placeAxis(axis, project, width, isVisible && !isEndOn);
     }
   }
 
-  placeAxis(axis, project, isVisible) {
+  placeAxis(axis, project, width, isVisible) {
     const [start, end, beside] = [axis.start, axis.end, axis.beside].map(project);
     const isSeen = isVisible && start && end && beside;
     const length = isSeen ? Math.hypot(end.x - start.x, end.y - start.y) : 0;
@@ -43,7 +43,7 @@ export class AxisLabels {
     const half = (label, way) => (Math.abs(way.x) * label.width + Math.abs(way.y) * label.height) / 2;
     const put = (label, from, way, gap) => {
       const reach = gap + half(label, way);
-      label.show(from.x + way.x * reach, from.y + way.y * reach);
+      label.showWithin(width, from.x + way.x * reach, from.y + way.y * reach);
     };
     for (const tick of axis.ticks) {
       const foot = project(tick.place);
@@ -73,6 +73,11 @@ export class Label {
 
   hide() {
     this.element.hidden = true;
+  }
+
+  // Moved to the right or left until all of it is in a picture of that width.
+  showWithin(width, x, y) {
+    this.show(Math.max(this.width / 2, Math.min(width - this.width / 2, x)), y);
   }
 
   show(x, y) {

@@ -222,7 +222,8 @@ export class View {
   placeLabels() {
     const { clientWidth: width, clientHeight: height } = this.stage;
     const project = projector(this.camera, width, height);
-    this.axisLabels.place(project, this.camera.getWorldDirection(new Vector3()), this.layers.axes.visible);
+    const ahead = this.camera.getWorldDirection(new Vector3());
+    this.axisLabels.place(project, ahead, width, this.layers.axes.visible);
     for (const { label, place, isVisible } of this.labels) {
       const at = isVisible() ? project(place) : null;
       const isInside = at && at.x > 0 && at.x < width && at.y > 0 && at.y < height;
