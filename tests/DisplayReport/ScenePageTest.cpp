@@ -7,6 +7,7 @@
 #include "KelvoScreen/MeshScreen.h"
 #include "Scenes.h"
 #include "ScreenManager/ScreenManager.h"
+#include "support/LogTrap.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -124,6 +125,7 @@ TEST(ScenePage, FarFromTheOriginPlacesKeepTheirDigits) {
 // The largest display that the page is meant for: it stays below 25 MB and says that its mesh was thinned. The time
 // until its first picture stands in the page for whoever measures.
 TEST(ScenePage, TwelveChannelsAndAMillionTrianglesAreAPageOfAFewMegabytes) {
+    const LogTrap log;
     TriangleMesh mesh;
     constexpr std::uint32_t COLUMNS = 1000;
     constexpr std::uint32_t ROWS = 500;
@@ -139,7 +141,7 @@ TEST(ScenePage, TwelveChannelsAndAMillionTrianglesAreAPageOfAFewMegabytes) {
             mesh.triangles.push_back({a, a + COLUMNS + 2, a + COLUMNS + 1});
         }
     }
-    ScreenManager::getInstance()->setContentModelScreenGeometry(std::make_shared<MeshScreen>(std::move(mesh)));
+    ScreenManager::getInstance()->setScreenGeometry(std::make_shared<MeshScreen>(std::move(mesh)));
     const auto config = displays::parsed("", "");
     TargetSurvey survey;
     survey.plan = {64, 40, 16};

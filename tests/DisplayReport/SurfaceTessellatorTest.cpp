@@ -106,7 +106,7 @@ TEST(SurfaceTessellator, AMeshIsShownWithItsOwnTriangles) {
 
 TEST(SurfaceTessellator, WhatHasNoTwoParametersHasNoSurface) {
     ScreenGeometryDouble geometry;
-    geometry.mapping = [](const Point<double, 2>&, P3&, bool) -> bool { throw VeltraniException("none"); };
+    geometry.mapping = [](const Point<double, 2>&, P3&, bool) -> bool { throw VeltraniException(L"none"); };
     EXPECT_THAT(SurfaceTessellator(PLENTY).tessellate(geometry).triangles, IsEmpty());
 }
 

@@ -71,8 +71,8 @@ TEST(SvgDrawingWriter, WhatAnOpaqueSheetHidesIsLeftOut) {
 // What was seen once: a coarse triangle of the screen drawn over the finer cells of a picture that lies on it.
 TEST(SvgDrawingWriter, WhatLiesOnASurfaceIsDrawnAfterIt) {
     Drawing drawing = sheet();
-    drawing.triangles[0].corners[0][2] = 0.9;
-    drawing.triangles.push_back({{{{60, 60, 0.55}, {70, 60, 0.55}, {60, 70, 0.55}}}, {255, 0, 0}, 0.5});
+    drawing.triangles[0].corners[0][2] = 0.9;  // in its middle 0.63, at the cell 0.607
+    drawing.triangles.push_back({{{{80, 80, 0.61}, {90, 80, 0.61}, {80, 90, 0.61}}}, {255, 0, 0}, 0.5});
     const std::string svg = svgOf(drawing);
     ASSERT_THAT(svg, HasSubstr("#ff0000"));
     EXPECT_GT(svg.find("#ff0000"), svg.find("#000000"));
