@@ -14,13 +14,22 @@ const FIELD_OF_VIEW = 32; // degrees
 const MARGIN = 1.16;
 const CLICK = 4; // pixels that a pointer may move and still click
 
+// Edges are smoothed by a graphics processor alone: software would take as long for them as for all the rest.
+function drawingSurface() {
+  const canvas = document.createElement('canvas');
+  const wishes = { alpha: false, depth: false, stencil: false };
+  const context = canvas.getContext('webgl2', { ...wishes, antialias: true, failIfMajorPerformanceCaveat: true })
+    || canvas.getContext('webgl2', { ...wishes, antialias: false });
+  return context ? { canvas, context } : {};
+}
+
 export class View {
   // Throws when the browser has no WebGL.
   constructor(scene, stage, readout) {
     this.scene = scene;
     this.stage = stage;
     this.readout = readout;
-    this.renderer = new WebGLRenderer({ antialias: true });
+    this.renderer = new WebGLRenderer(drawingSurface());
     this.renderer.setPixelRatio(Math.min(window.devicePixelRatio || 1, 2));
     stage.append(this.renderer.domElement);
     this.camera = new PerspectiveCamera(FIELD_OF_VIEW, 1, 0.001, 100);
