@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <span>
 #include <utility>
 
 namespace Veltrani::DisplayReport {
@@ -18,7 +20,9 @@ using Triangle = SceneSurface::Triangle;
 constexpr double TRIANGLES_PER_CELL = 3;
 /// How much wider the cells become when too many triangles are left.
 constexpr double WIDENING = 1.2;
-/// Bits of a cell's number per axis: three fit one number of 64 bits.
+/// Marks a vertex that is not on the border.
+constexpr double INSIDE = -1;
+/// Bits of a cell's number per axis: three fit one number of 64 bits, with one to spare.
 constexpr unsigned AXIS_BITS = 21;
 
 bool isFinite(const P3& point) {
@@ -30,62 +34,104 @@ bool isFinite(const TriangleMesh& mesh, const Triangle& triangle) {
                        [&mesh](std::uint32_t corner) { return isFinite(mesh.vertices[corner]); });
 }
 
-double areaOf(const TriangleMesh& mesh, const Triangle& triangle) {
-    const P3& a = mesh.vertices[triangle[0]];
-    return norm(cross(mesh.vertices[triangle[1]] - a, mesh.vertices[triangle[2]] - a)) / 2;
+double areaOf(const SceneSurface& surface) {
+    double area = 0;
+    for (const auto& [a, b, c] : surface.triangles) {
+        const P3& corner = surface.vertices[a];
+        area += norm(cross(surface.vertices[b] - corner, surface.vertices[c] - corner)) / 2;
+    }
+    return area;
 }
 
-/// False for a point that is not finite.
-bool contains(const Extent& extent, const P3& point) {
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        if (!(point[axis] >= extent.minimum()[axis] && point[axis] <= extent.maximum()[axis])) {
-            return false;
-        }
+/// How much the border turns at each vertex, from 0 for straight on to 2 for straight back; `INSIDE` for a vertex that
+/// is not on it. Vertices at the same place are alike.
+std::vector<double> borderTurns(const SceneSurface& surface) {
+    std::vector<P3> sums(surface.vertices.size());
+    std::vector<double> turns(surface.vertices.size(), INSIDE);
+    for (const auto& [a, b] : borderOf(surface.vertices, surface.triangles)) {
+        const P3 along = surface.vertices[b] - surface.vertices[a];
+        const double length = norm(along);
+        const P3 step = length > 0 ? along * (1 / length) : P3();
+        sums[a] += step;
+        sums[b] -= step;
+        turns[a] = turns[b] = 0;
     }
-    return true;
+    // The directions to both neighbours cancel out where the border runs straight on.
+    for (std::size_t i = 0; i < turns.size(); ++i) {
+        turns[i] = turns[i] == INSIDE ? INSIDE : norm(sums[i]);
+    }
+    const std::vector<std::uint32_t> welded = weldedVertices(surface.vertices);
+    for (std::size_t i = 0; i < turns.size(); ++i) {
+        turns[i] = turns[welded[i]];
+    }
+    return turns;
 }
 
 /// What the vertices of a mesh become when those in the same cell are one.
 struct Clusters {
-    std::vector<P3> middles;
-    std::vector<std::uint32_t> ofVertex;  ///< index into `middles`
+    std::vector<P3> places;
+    std::vector<std::uint32_t> ofVertex;  ///< index into `places`
 };
 
-/// @param extent around the vertices that triangles use; others take no part
-Clusters gather(const std::vector<P3>& vertices, const Extent& extent, double width) {
-    std::vector<std::pair<std::uint64_t, std::uint32_t>> cells;
-    cells.reserve(vertices.size());
-    for (std::uint32_t i = 0; i < vertices.size(); ++i) {
-        if (!contains(extent, vertices[i])) {
-            continue;
-        }
-        std::uint64_t cell = 0;
+/// A vertex with the number of its cell.
+using CellVertex = std::pair<std::uint64_t, std::uint32_t>;
+
+/// In the order of the cells; those of the border are cells of their own.
+std::vector<CellVertex> cellsOf(const SceneSurface& surface, const std::vector<double>& turns, const Extent& extent,
+                                double width) {
+    std::vector<CellVertex> cells;
+    cells.reserve(surface.vertices.size());
+    for (std::uint32_t i = 0; i < surface.vertices.size(); ++i) {
+        std::uint64_t cell = turns[i] == INSIDE ? 0 : 1;
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            cell = cell << AXIS_BITS | static_cast<std::uint64_t>((vertices[i][axis] - extent.minimum()[axis]) / width);
+            const double steps = (surface.vertices[i][axis] - extent.minimum()[axis]) / width;
+            cell = cell << AXIS_BITS | static_cast<std::uint64_t>(steps);
         }
         cells.emplace_back(cell, i);
     }
     std::sort(cells.begin(), cells.end());
+    return cells;
+}
+
+using CellSpan = std::span<const CellVertex>;
+
+P3 middleOf(const std::vector<P3>& vertices, CellSpan cell) {
+    // Relative to the first: far from the origin, a sum of many would lose the places behind the point.
+    const P3& origin = vertices[cell.front().second];
+    P3 sum;
+    for (const CellVertex& member : cell) {
+        sum += vertices[member.second] - origin;
+    }
+    return origin + sum * (1.0 / static_cast<double>(cell.size()));
+}
+
+const P3& sharpestOf(const std::vector<P3>& vertices, const std::vector<double>& turns, CellSpan cell) {
+    const auto sharpest = std::max_element(
+        cell.begin(), cell.end(), [&turns](const auto& a, const auto& b) { return turns[a.second] < turns[b.second]; });
+    return vertices[sharpest->second];
+}
+
+Clusters gather(const SceneSurface& surface, const std::vector<double>& turns, const Extent& extent, double width) {
+    const std::vector<CellVertex> cells = cellsOf(surface, turns, extent, width);
     Clusters clusters;
-    clusters.ofVertex.resize(vertices.size());
-    for (std::size_t i = 0; i < cells.size();) {
-        P3 sum;
-        const std::size_t first = i;
-        // Relative to the first: far from the origin, a sum of many would lose the places behind the point.
-        const P3 origin = vertices[cells[first].second];
-        for (; i < cells.size() && cells[i].first == cells[first].first; ++i) {
-            sum += vertices[cells[i].second] - origin;
-            clusters.ofVertex[cells[i].second] = static_cast<std::uint32_t>(clusters.middles.size());
+    clusters.ofVertex.resize(surface.vertices.size());
+    for (std::size_t first = 0; first < cells.size();) {
+        std::size_t end = first;
+        for (; end < cells.size() && cells[end].first == cells[first].first; ++end) {
+            clusters.ofVertex[cells[end].second] = static_cast<std::uint32_t>(clusters.places.size());
         }
-        clusters.middles.push_back(origin + sum * (1.0 / static_cast<double>(i - first)));
+        const CellSpan cell = CellSpan(cells).subspan(first, end - first);
+        clusters.places.push_back(turns[cell.front().second] == INSIDE ? middleOf(surface.vertices, cell)
+                                                                       : sharpestOf(surface.vertices, turns, cell));
+        first = end;
     }
     return clusters;
 }
 
 /// The triangles that keep three corners, each once.
-std::vector<Triangle> remaining(const std::vector<Triangle>& finite, const Clusters& clusters) {
+std::vector<Triangle> remaining(const std::vector<Triangle>& triangles, const Clusters& clusters) {
     std::vector<Triangle> kept;
-    for (const Triangle& triangle : finite) {
+    for (const Triangle& triangle : triangles) {
         Triangle moved{clusters.ofVertex[triangle[0]], clusters.ofVertex[triangle[1]], clusters.ofVertex[triangle[2]]};
         if (moved[0] != moved[1] && moved[1] != moved[2] && moved[2] != moved[0]) {
             // The lowest corner first keeps the winding and makes equal triangles equal.
@@ -121,34 +167,32 @@ SceneSurface compacted(const std::vector<P3>& vertices, const std::vector<Triang
 
 SceneSurface MeshThinner::thin(const TriangleMesh& mesh) const {
     std::vector<Triangle> finite;
-    Extent extent;
-    double area = 0;
-    for (const Triangle& triangle : mesh.triangles) {
-        if (isFinite(mesh, triangle)) {
-            finite.push_back(triangle);
-            area += areaOf(mesh, triangle);
-            for (const std::uint32_t corner : triangle) {
-                extent.add(mesh.vertices[corner]);
-            }
-        }
-    }
+    std::copy_if(mesh.triangles.begin(), mesh.triangles.end(), std::back_inserter(finite),
+                 [&mesh](const Triangle& triangle) { return isFinite(mesh, triangle); });
+    const SceneSurface whole = compacted(mesh.vertices, finite);
     if (finite.size() <= m_mostTriangles) {
-        return compacted(mesh.vertices, finite);
+        return whole;
+    }
+    Extent extent;
+    for (const P3& vertex : whole.vertices) {
+        extent.add(vertex);
     }
     const P3 size = extent.size();
     const double longest = std::max({size[0], size[1], size[2]});
     // A cell's number has room for no more cells along the mesh.
     const double narrowest = longest / ((1U << AXIS_BITS) - 1U);
-    double width = std::max(narrowest, std::sqrt(TRIANGLES_PER_CELL * area / static_cast<double>(m_mostTriangles)));
+    double width =
+        std::max(narrowest, std::sqrt(TRIANGLES_PER_CELL * areaOf(whole) / static_cast<double>(m_mostTriangles)));
     if (!(width > 0) || !std::isfinite(width)) {
         return {};
     }
+    const std::vector<double> turns = borderTurns(whole);
     for (;; width *= WIDENING) {
-        const Clusters clusters = gather(mesh.vertices, extent, width);
-        const std::vector<Triangle> kept = remaining(finite, clusters);
+        const Clusters clusters = gather(whole, turns, extent, width);
+        const std::vector<Triangle> kept = remaining(whole.triangles, clusters);
         // Cells wider than the mesh leave nothing, so this ends.
         if (kept.size() <= m_mostTriangles) {
-            return compacted(clusters.middles, kept);
+            return compacted(clusters.places, kept);
         }
     }
 }

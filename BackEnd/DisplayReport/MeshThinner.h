@@ -8,10 +8,10 @@
 namespace Veltrani::DisplayReport {
 
 /// Fewer triangles for a picture of a mesh: vertices are gathered in cells of equal size, the middle of each takes
-/// their place, and triangles that keep three different corners stay.
+/// their place, and triangles that keep three different corners stay. Vertices of the border are gathered apart from
+/// the others, and the one where it turns most takes their place: the border stays where it is, corners included.
 ///
-/// For looking at, not for measuring: what is smaller than a cell disappears, and an open edge moves inwards by up to
-/// half a cell.
+/// For looking at, not for measuring: what is smaller than a cell disappears.
 class MeshThinner {
 public:
     /// @param mostTriangles at least 1

@@ -50,15 +50,21 @@ SceneAxes::Edges SceneAxes::edgesFor(const Extent& box, const Point<double, 3>& 
     const bool isFromRight = towardsCamera[0] > 0;
     const bool isFromFront = towardsCamera[1] > 0;
     const double nearX = isFromRight ? high[0] : low[0];
-    const double farX = isFromRight ? low[0] : high[0];
     const double nearY = isFromFront ? high[1] : low[1];
     const P3 aside{isFromRight ? 1.0 : -1.0, 0.0, 0.0};
     const P3 before{0.0, isFromFront ? 1.0 : -1.0, 0.0};
+    // To the right of the picture, as seen from above. Of two corners equally far left the nearer one is the outer one.
+    const double rightX = -towardsCamera[1];
+    const double rightY = towardsCamera[0];
+    const double leftX = rightX == 0 ? nearX : rightX > 0 ? low[0] : high[0];
+    const double leftY = rightY == 0 ? nearY : rightY > 0 ? low[1] : high[1];
+    const P3 leftwards = std::abs(rightX) >= std::abs(rightY) ? P3{rightX > 0 ? -1.0 : 1.0, 0.0, 0.0}
+                                                              : P3{0.0, rightY > 0 ? -1.0 : 1.0, 0.0};
     Edges edges;
     edges.corner = {nearX, nearY, low[2]};
-    edges.starts = {P3{low[0], nearY, low[2]}, P3{nearX, low[1], low[2]}, P3{farX, nearY, low[2]}};
-    edges.ends = {P3{high[0], nearY, low[2]}, P3{nearX, high[1], low[2]}, P3{farX, nearY, high[2]}};
-    edges.outwards = {before, aside, -aside};
+    edges.starts = {P3{low[0], nearY, low[2]}, P3{nearX, low[1], low[2]}, P3{leftX, leftY, low[2]}};
+    edges.ends = {P3{high[0], nearY, low[2]}, P3{nearX, high[1], low[2]}, P3{leftX, leftY, high[2]}};
+    edges.outwards = {before, aside, leftwards};
     return edges;
 }
 

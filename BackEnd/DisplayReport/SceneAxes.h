@@ -19,7 +19,7 @@ struct SceneAxes {
         std::vector<Tick> ticks;
     };
 
-    /// Three edges of a box: where they meet in the scale of x and z, and where each starts and ends.
+    /// Three edges of a box: where those of x and y meet, and where each starts and ends.
     struct Edges {
         Point<double, 3> corner;
         std::array<Point<double, 3>, 3> starts;
@@ -31,7 +31,7 @@ struct SceneAxes {
     std::array<Axis, 3> axes;  ///< x, y, z
 
     /// The edges that a box does not hide from a camera in that direction: x in front below, y on the nearer side
-    /// below, z on the farther side in front.
+    /// below, z at the left end.
     [[nodiscard]] static Edges edgesFor(const Extent& box, const Point<double, 3>& towardsCamera);
 
     /// Ticks at round numbers, one to about six along the longest side and equally far apart along the others.

@@ -91,8 +91,8 @@ SceneCamera::SceneCamera(const DisplayScene& scene, const std::string& view, dou
 }
 
 void SceneCamera::fit(const std::vector<P3>& points) {
-    // Each round comes many times closer; perspective leaves less than a pixel after these.
-    constexpr int ROUNDS = 6;
+    // The less is left, the more what stands near grows: after these, less than a pixel.
+    constexpr int ROUNDS = 24;
     for (int round = 0; round < ROUNDS; ++round) {
         Extent box;
         double nearestAhead = m_distance;

@@ -1,9 +1,11 @@
 #include "DisplayReport/ScenePainter.h"
 
+#include "DisplayReport/AxisLayout.h"
 #include "DisplayReport/DisplayScene.h"
 #include "DisplayReport/SceneAxes.h"
 #include "DisplayReport/SceneCamera.h"
 #include "DisplayReport/SceneLegend.h"
+#include "DisplayReport/StrokeFont.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,6 +35,8 @@ constexpr double LEAST_LIGHT = 0.72;
 /// Of a screen that is seen from behind, and of a part of a mirror.
 constexpr double BEHIND_OPACITY = 0.12;
 constexpr double MIRROR_OPACITY = 0.16;
+/// Of a screen that is seen by way of a mirror.
+constexpr double MIRRORED_OPACITY = 0.5;
 /// Of the picture of a channel on the screen.
 constexpr double PICTURE_OPACITY = 0.42;
 /// Pixels, in a picture of a thousand lines.
@@ -42,6 +46,10 @@ constexpr double DOT = 2.6;
 constexpr double CLOUD_DOT = 0.8;
 constexpr double PLACE_DOT = 5;
 constexpr double REFERENCE_HEIGHT = 1000;
+/// Cosine of the angle to the camera's direction, 10 degrees, within which an axis is seen end on.
+constexpr double END_ON = 0.985;
+/// The axis that has its title above its end.
+constexpr std::size_t UPRIGHT = 2;
 /// Pieces of a line, so that it can be sorted between surfaces.
 constexpr int PIECES = 12;
 
@@ -134,15 +142,6 @@ private:
         }
     }
 
-    void addText(const P3& point, const std::string& text, const Colour& colour, Drawing::Anchor anchor) {
-        const P3 seen = m_camera.seen(point);
-        if (seen[2] >= m_camera.nearest()) {
-            const P3 place = inPicture(seen);
-            const double size = 0.8 * m_legend.letterSize();
-            m_drawing.texts.push_back({place[0], place[1] + size / 2, text, size, colour, anchor});
-        }
-    }
-
     /// True when a triangle is seen from the side that the eye is on, or when there is no eye.
     [[nodiscard]] bool isSeenByAudience(const P3& corner, const P3& normal) const {
         if (m_scene.eyes.empty()) {
@@ -166,6 +165,9 @@ private:
         }
     }
 
+    /// Where there is a mirror, light passes the screen on its way, which would be hidden.
+    [[nodiscard]] double frontOpacity() const { return m_scene.mirror ? MIRRORED_OPACITY : 1; }
+
     void addScreenTriangle(const P3& a, const P3& b, const P3& c, const Colour& colour) {
         const P3 normal = cross(b - a, c - a);
         const P3 towardsCamera = m_camera.position() - a;
@@ -175,7 +177,7 @@ private:
         }
         const double facing = std::abs(dot(normal, towardsCamera)) / length;
         const Colour lit = mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * facing);
-        addTriangle(a, b, c, lit, isSeenByAudience(a, normal) ? 1 : BEHIND_OPACITY);
+        addTriangle(a, b, c, lit, isSeenByAudience(a, normal) ? frontOpacity() : BEHIND_OPACITY);
     }
 
     void addCloud() {
@@ -236,46 +238,94 @@ private:
     void addPlaces() {
         for (const ScenePlace& eye : m_scene.eyes) {
             addDisc(eye.point, EYE_COLOUR, PLACE_DOT);
-            addText(eye.point, "  " + eye.name, EYE_COLOUR, Drawing::Anchor::LEFT);
+            addName(eye);
         }
+        addMirrorName();
+    }
+
+    void addName(const ScenePlace& eye) {
+        if (m_camera.place(eye.point)) {
+            const AxisLayout::Place place = flat(eye.point);
+            const double beside = PLACE_DOT * m_pixel + 0.5 * labelSize();
+            m_drawing.texts.push_back({place[0] + beside, place[1] + labelSize() / 2, eye.name, labelSize(), EYE_COLOUR,
+                                       Drawing::Anchor::LEFT});
+        }
+    }
+
+    /// At the part of the mirror that lies lowest in the picture, where the screen is least in the way.
+    void addMirrorName() {
+        std::optional<P3> lowest;
         for (const SceneChannel& channel : m_scene.channels) {
-            if (channel.frustum && !channel.frustum->mirrorVertices.empty()) {
-                const Polygon& mirror = channel.frustum->mirrorVertices;
-                addText(mirror[mirror.size() / 2], "mirror", BORDER_COLOUR, Drawing::Anchor::MIDDLE);
-                break;
+            if (!channel.frustum) {
+                continue;
             }
+            for (const P3& point : channel.frustum->mirrorVertices) {
+                if (m_camera.place(point) && (!lowest || flat(point)[1] > flat(*lowest)[1])) {
+                    lowest = point;
+                }
+            }
+        }
+        if (lowest) {
+            const AxisLayout::Place place = flat(*lowest);
+            addLabel({place[0], place[1] + 2 * labelSize()}, "mirror");
         }
     }
 
     void addScales() {
         const SceneAxes scales = SceneAxes::of(m_scene.frame(), m_scene.unit);
         const SceneAxes::Edges edges = SceneAxes::edgesFor(scales.box, m_camera.direction());
-        // A tick and the gap to its number are as long as a letter is high.
-        const double tick = m_legend.letterSize() / m_camera.magnification();
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            const P3 outwards = edges.outwards[axis] * tick;
-            addLine(edges.starts[axis], edges.ends[axis], SCALE_COLOUR, THIN);
-            for (const SceneAxes::Tick& mark : scales.axes[axis].ticks) {
-                P3 foot = edges.starts[axis];
-                foot[axis] = mark.value;
-                addPiece(foot, foot + outwards * 0.5, SCALE_COLOUR, THIN);
-                addText(foot + outwards * 1.6, mark.text, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
-            }
-            addTitle(scales.axes[axis].title, edges, axis, tick);
+        for (std::size_t number = 0; number < scales.axes.size(); ++number) {
+            addScale(scales.axes[number], edges, number);
         }
     }
 
-    /// Beside the middle of its edge, where it stands clear of the numbers; above the upright one.
-    void addTitle(const std::string& title, const SceneAxes::Edges& edges, std::size_t axis, double tick) {
-        if (axis == 2) {
-            P3 above = edges.ends[axis];
-            above[2] += 2 * tick;
-            addText(above, title, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
+    void addScale(const SceneAxes::Axis& axis, const SceneAxes::Edges& edges, std::size_t number) {
+        // As long as half a letter is high.
+        const P3 tick = edges.outwards[number] * (0.5 * m_legend.letterSize() / m_camera.magnification());
+        addLine(edges.starts[number], edges.ends[number], SCALE_COLOUR, THIN);
+        std::vector<P3> feet;
+        AxisLayout::Box widest{0.0, labelBox("")[1]};
+        for (const SceneAxes::Tick& mark : axis.ticks) {
+            feet.push_back(edges.starts[number]);
+            feet.back()[number] = mark.value;
+            addPiece(feet.back(), feet.back() + tick, SCALE_COLOUR, THIN);
+            widest[0] = std::max(widest[0], labelBox(mark.text)[0]);
+        }
+        const AxisLayout layout(flat(edges.starts[number]), flat(edges.ends[number]), flat(edges.starts[number] + tick),
+                                m_legend.letterSize());
+        if (isEndOn(number) || !layout.hasRoomFor(axis.ticks.size(), widest)) {
             return;
         }
-        const P3 middle = (edges.starts[axis] + edges.ends[axis]) * 0.5;
-        constexpr double CLEAR = 4;
-        addText(middle + edges.outwards[axis] * (CLEAR * tick), title, SCALE_COLOUR, Drawing::Anchor::MIDDLE);
+        for (std::size_t i = 0; i < feet.size(); ++i) {
+            const std::string& text = axis.ticks[i].text;
+            addLabel(layout.number(flat(feet[i]), labelBox(text)), text);
+        }
+        const AxisLayout::Box box = labelBox(axis.title);
+        addLabel(number == UPRIGHT ? layout.titleAtEnd(box, widest) : layout.title(box, widest), axis.title);
+    }
+
+    /// True for an axis along which the camera looks: its numbers would stand in the midst of the scene.
+    [[nodiscard]] bool isEndOn(std::size_t axis) const { return std::abs(m_camera.direction()[axis]) > END_ON; }
+
+    /// Where a place of the frame, which is ahead, lies in the picture.
+    [[nodiscard]] AxisLayout::Place flat(const P3& world) const {
+        const P3 place = inPicture(m_camera.seen(world));
+        return {place[0], place[1]};
+    }
+
+    [[nodiscard]] double labelSize() const { return 0.8 * m_legend.letterSize(); }
+
+    [[nodiscard]] AxisLayout::Box labelBox(const std::string& text) const {
+        constexpr double WITH_BRACKETS = 1.4;  // of the height of a capital letter
+        return {StrokeFont::width(text, labelSize()), WITH_BRACKETS * labelSize()};
+    }
+
+    /// Moved to the right or left until all of it is beside the list of channels.
+    void addLabel(const AxisLayout::Place& middle, const std::string& text) {
+        const double half = labelBox(text)[0] / 2 + 0.5 * labelSize();
+        const double right = std::max(half, std::min(m_legend.sceneWidth() - half, middle[0]));
+        m_drawing.texts.push_back(
+            {right, middle[1] + labelSize() / 2, text, labelSize(), SCALE_COLOUR, Drawing::Anchor::MIDDLE});
     }
 
     const DisplayScene& m_scene;

@@ -11,8 +11,8 @@ struct DisplayScene;
 /// Draws a still of a scene: the screen, on it the picture, the outline and the targets of every channel in its colour,
 /// frusta, eye point, mirror and scales; beside it the channels with their counts, below it the first notes.
 ///
-/// The screen is opaque where it is seen from the side of the eye point, transparent from behind. Where there is a
-/// measured screen, the content one is left out.
+/// The screen is opaque where it is seen from the side of the eye point, unless a mirror shows it; transparent from
+/// behind. Where there is a measured screen, the content one is left out.
 class ScenePainter {
 public:
     /// @param view one of `SceneCamera::views`

@@ -19,7 +19,8 @@ constexpr double SAME_PLACE = 1e-7;
 
 using Cell = std::array<long long, 3>;
 
-/// For each vertex the first of those at its place.
+}  // namespace
+
 std::vector<std::uint32_t> weldedVertices(const Vertices& vertices) {
     Extent extent;
     for (const auto& vertex : vertices) {
@@ -41,8 +42,6 @@ std::vector<std::uint32_t> weldedVertices(const Vertices& vertices) {
     }
     return welded;
 }
-
-}  // namespace
 
 std::vector<SceneSurface::Edge> borderOf(const Vertices& vertices,
                                          const std::vector<SceneSurface::Triangle>& triangles) {

@@ -1,6 +1,7 @@
 #include "DisplayReport/SvgDrawingWriter.h"
 
 #include "DisplayReport/Drawing.h"
+#include "DisplayReport/NearnessMap.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/TextTable.h"
 
@@ -8,7 +9,6 @@
 #include <cmath>
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -48,42 +48,65 @@ std::string escaped(const std::string& text) {
     return xml;
 }
 
-/// A shape with how near it is.
-using Element = std::pair<double, std::string>;
-
-Element elementOf(const Drawing::Triangle& triangle) {
+std::string textOf(const Drawing::Triangle& triangle) {
     const auto& [a, b, c] = triangle.corners;
     const std::string path =
         "<path d=\"M" + pairOf(a) + 'L' + pairOf(b) + 'L' + pairOf(c) + "Z\" fill=\"" + hexText(triangle.colour) + '"';
-    const double nearness = (a[2] + b[2] + c[2]) / 3;
     if (triangle.opacity < 1) {
-        return {nearness * (1 + Drawing::LIFT), path + " fill-opacity=\"" + number(triangle.opacity) + "\"/>\n"};
+        return path + " fill-opacity=\"" + number(triangle.opacity) + "\"/>\n";
     }
     // A hair wider, so that no paper shines through between neighbours.
-    return {nearness, path + " stroke=\"" + hexText(triangle.colour) + "\" stroke-width=\"0.6\"/>\n"};
+    return path + " stroke=\"" + hexText(triangle.colour) + "\" stroke-width=\"0.6\"/>\n";
 }
 
-Element elementOf(const Drawing::Line& line) {
-    // Twice lifted: a line on the picture of a channel lies on the screen too.
-    return {(line.from[2] + line.to[2]) / 2 * (1 + 2 * Drawing::LIFT),
-            "<path d=\"M" + pairOf(line.from) + 'L' + pairOf(line.to) + "\" stroke=\"" + hexText(line.colour) +
-                "\" stroke-width=\"" + number(line.width) + "\" stroke-linecap=\"round\"/>\n"};
+std::string textOf(const Drawing::Line& line) {
+    return "<path d=\"M" + pairOf(line.from) + 'L' + pairOf(line.to) + "\" stroke=\"" + hexText(line.colour) +
+           "\" stroke-width=\"" + number(line.width) + "\" stroke-linecap=\"round\"/>\n";
 }
 
-std::string circle(const Drawing::Disc& disc) {
+std::string textOf(const Drawing::Disc& disc) {
     return "<circle cx=\"" + number(disc.centre[0]) + "\" cy=\"" + number(disc.centre[1]) + "\" r=\"" +
            number(disc.radius) + "\" fill=\"" + hexText(disc.colour) + "\"/>\n";
 }
 
-Element elementOf(const Drawing::Disc& disc) {
-    return {disc.centre[2] * (1 + 2 * Drawing::LIFT), circle(disc)};
+Drawing::Place middleOf(const Drawing::Triangle& triangle) {
+    return (triangle.corners[0] + triangle.corners[1] + triangle.corners[2]) * (1.0 / 3);
 }
 
+Drawing::Place middleOf(const Drawing::Line& line) {
+    return (line.from + line.to) * 0.5;
+}
+
+Drawing::Place middleOf(const Drawing::Disc& disc) {
+    return disc.centre;
+}
+
+/// Those that opaque triangles do not hide, in their order.
 template <class Shapes>
-void add(const Shapes& shapes, std::vector<Element>& elements) {
+void writeShown(const Shapes& shapes, const NearnessMap& nearest, std::ostream& out) {
     for (const auto& shape : shapes) {
-        elements.push_back(elementOf(shape));
+        if (nearest.shows(middleOf(shape))) {
+            out << textOf(shape);
+        }
     }
+}
+
+/// Opaque triangles, the farthest first, then what lies on them.
+void writeScene(const Drawing& drawing, std::ostream& out) {
+    std::vector<Drawing::Triangle> opaque;
+    std::vector<Drawing::Triangle> others;
+    for (const Drawing::Triangle& triangle : drawing.triangles) {
+        (triangle.opacity < 1 ? others : opaque).push_back(triangle);
+    }
+    std::stable_sort(opaque.begin(), opaque.end(),
+                     [](const auto& a, const auto& b) { return middleOf(a)[2] < middleOf(b)[2]; });
+    for (const Drawing::Triangle& triangle : opaque) {
+        out << textOf(triangle);
+    }
+    const NearnessMap nearest(drawing);
+    writeShown(others, nearest, out);
+    writeShown(drawing.lines, nearest, out);
+    writeShown(drawing.discs, nearest, out);
 }
 
 std::string anchorText(Drawing::Anchor anchor) {
@@ -104,7 +127,7 @@ void writeOnTop(const Drawing& drawing, std::ostream& out) {
             << "\" height=\"" << number(box.height) << "\" fill=\"" << hexText(box.colour) << "\"/>\n";
     }
     for (const Drawing::Disc& disc : drawing.discsOnTop) {
-        out << circle(disc);
+        out << textOf(disc);
     }
     for (const Drawing::Text& text : drawing.texts) {
         out << "<text x=\"" << number(text.right) << "\" y=\"" << number(text.down) << "\" font-size=\""
@@ -116,18 +139,10 @@ void writeOnTop(const Drawing& drawing, std::ostream& out) {
 }  // namespace
 
 void SvgDrawingWriter::write(const Drawing& drawing, std::ostream& out) const {
-    std::vector<Element> elements;
-    add(drawing.triangles, elements);
-    add(drawing.lines, elements);
-    add(drawing.discs, elements);
-    std::stable_sort(elements.begin(), elements.end(),
-                     [](const Element& a, const Element& b) { return a.first < b.first; });
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " << drawing.width << ' ' << drawing.height
         << "\" font-family=\"sans-serif\">\n<title>" << escaped(drawing.title) << "</title>\n<rect width=\""
         << drawing.width << "\" height=\"" << drawing.height << "\" fill=\"#ffffff\"/>\n";
-    for (const auto& [nearness, text] : elements) {
-        out << text;
-    }
+    writeScene(drawing, out);
     writeOnTop(drawing, out);
     out << "</svg>\n";
 }

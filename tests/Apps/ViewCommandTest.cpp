@@ -8,7 +8,6 @@
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
@@ -61,23 +60,6 @@ TEST(ViewCommand, FaultsOfTheCommandAreThoseOfTargets) {
     EXPECT_EQ(runScreenManager({"view", file, "-o", file}).exitCode, 2);
     EXPECT_EQ(runScreenManager({"view", file, "-o", "/nowhere/page.html"}).exitCode, 4);
     EXPECT_EQ(runScreenManager({"view", file, "--grid", "0x1"}).exitCode, 2);
-}
-
-TEST(ViewCommand, WhatIsNearAndWhatIsFarGoTogether) {
-    const TemporaryFolder folder;
-    const std::string file = folder.write(
-        "display.xml",
-        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'>"
-        "<EyePoint x='1e9' y='0' z='0'/><Centre x='0' y='5' z='1'/><Size width='4' height='2'/></Screen><TargetData "
-        "type='PlanarBasic'/><Projectors><Projector id='A'><Name>A</Name><Resolution width='1920' height='1200'/>"
-        "<ScreenArea left='0' right='1' bottom='0' top='1'/></Projector></Projectors></Display>");
-    const ProgramRun run = runScreenManager({"view", file});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.errors, HasSubstr("the eye point lies too far from the screen"));
-    const auto data = dataOf(run.output);
-    EXPECT_LT(data.at("scale").get<double>(), 10) << "the screen fills the picture";
-    EXPECT_EQ(data.at("eyes").size(), 0U);
-    EXPECT_THAT(run.output, Not(HasSubstr("null,null,null")));
 }
 
 }  // namespace

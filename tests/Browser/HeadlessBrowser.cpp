@@ -52,6 +52,15 @@ bool HeadlessBrowser::isInstalled() {
 
 HeadlessBrowser::HeadlessBrowser(int width, int height) {
     start(width, height);
+    try {
+        openEmptyPage(width, height);
+    } catch (...) {
+        stop();
+        throw;
+    }
+}
+
+void HeadlessBrowser::openEmptyPage(int width, int height) {
     const Json target = call("Target.createTarget", {{"url", "about:blank"}});
     const Json attached = call("Target.attachToTarget", {{"targetId", target.at("targetId")}, {"flatten", true}});
     m_session = attached.at("sessionId");
@@ -63,6 +72,10 @@ HeadlessBrowser::HeadlessBrowser(int width, int height) {
 }
 
 HeadlessBrowser::~HeadlessBrowser() {
+    stop();
+}
+
+void HeadlessBrowser::stop() {
     ::close(m_toBrowser);
     ::close(m_fromBrowser);
     // Its helpers belong to its process group.
@@ -135,6 +148,10 @@ void HeadlessBrowser::note(const Json& message) {
         if (type == "error" || type == "warning" || type == "assert") {
             m_complaints.push_back(message.at("params").at("args").dump());
         }
+    } else if (method == "Page.javascriptDialogOpening") {
+        m_complaints.push_back("a dialog: " + message.at("params").at("message").get<std::string>());
+        // The page stands still until it is closed.
+        send("Page.handleJavaScriptDialog", {{"accept", false}});
     } else if (method == "Log.entryAdded") {
         const Json& entry = message.at("params").at("entry");
         if (entry.at("level") == "error" || entry.at("level") == "warning") {
@@ -143,7 +160,7 @@ void HeadlessBrowser::note(const Json& message) {
     }
 }
 
-Json HeadlessBrowser::call(const std::string& method, const Json& parameters) {
+int HeadlessBrowser::send(const std::string& method, const Json& parameters) {
     const int id = ++m_lastCall;
     Json command = {{"id", id}, {"method", method}, {"params", parameters}};
     if (!m_session.empty()) {
@@ -157,6 +174,11 @@ Json HeadlessBrowser::call(const std::string& method, const Json& parameters) {
         }
         sent += static_cast<std::size_t>(count);
     }
+    return id;
+}
+
+Json HeadlessBrowser::call(const std::string& method, const Json& parameters) {
+    const int id = send(method, parameters);
     for (;;) {
         const Json message = nextMessage();
         if (message.value("id", 0) != id) {

@@ -35,12 +35,16 @@ public:
     void drag(double right, double down, double toRight, double toDown);
     /// What the page looks like.
     PngImage screenshot();
-    /// Whatever the page or the browser wrote to the console as a warning or an error, and every exception that nobody
-    /// caught.
+    /// Whatever the page or the browser wrote to the console as a warning or an error, every exception that nobody
+    /// caught, and every dialog that opened.
     [[nodiscard]] const std::vector<std::string>& complaints() const { return m_complaints; }
 
 private:
     void start(int width, int height);
+    void openEmptyPage(int width, int height);
+    void stop();
+    /// Without waiting for the answer; the number that it will carry.
+    int send(const std::string& method, const nlohmann::json& parameters);
     nlohmann::json call(const std::string& method, const nlohmann::json& parameters);
     nlohmann::json nextMessage();
     void note(const nlohmann::json& message);

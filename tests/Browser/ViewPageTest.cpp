@@ -179,26 +179,64 @@ TEST_F(ViewPageTest, TheMeasuredScreenGivesWayToTheContent) {
     EXPECT_NE(measured.bytes, content.bytes);
 }
 
-// Each would run if it reached the page as HTML or ended the element of the data.
+/// A flat display of one channel.
+std::string flatDisplay(const std::string& name, const std::string& origin = "0", const std::string& ahead = "5") {
+    return "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'><EyePoint x='" +
+           origin + "' y='" + origin + "' z='" + origin + "'/><Centre x='" + origin + "' y='" + ahead + "' z='" +
+           origin +
+           "'/><Size width='4' height='2'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector "
+           "id='A'><Name>" +
+           name +
+           "</Name><Resolution width='1920' height='1200'/><ScreenArea left='0' right='1' bottom='0' top='1'/>"
+           "</Projector></Projectors></Display>";
+}
+
+/// The elements of the page, in their order.
+std::string elementsOf(HeadlessBrowser& browser) {
+    return browser.evaluate("[...document.querySelectorAll('*')].map((element) => element.localName).join(' ')");
+}
+
+// Each would run, or open a dialog, if it reached the page as HTML or ended the element of the data. Oracle: the
+// elements of the same display with a plain name.
 TEST_F(ViewPageTest, NamesAreTextWhateverTheyHold) {
-    const std::string name =
-        "&lt;/script&gt;&lt;script&gt;window.harm = 1&lt;/script&gt;&lt;img src=x onerror='window.harm = 1'&gt;"
-        "&quot;&#39;&lt;!-- \u2028&#10;line";
-    const std::string file = m_folder.write(
-        "display.xml",
-        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'>"
-        "<Centre x='0' y='5' z='1'/><Size width='4' height='2'/></Screen><TargetData type='PlanarBasic'/><Projectors>"
-        "<Projector id='A'><Name>" +
-            name +
-            "</Name><Resolution width='1920' height='1200'/><ScreenArea left='0' right='1' bottom='0' top='1'/>"
-            "</Projector></Projectors></Display>");
-    HeadlessBrowser& browser = open(file);
-    EXPECT_TRUE(browser.evaluate("window.harm === undefined").get<bool>());
-    EXPECT_EQ(browser.evaluate("document.querySelectorAll('img').length"), 0);
-    EXPECT_EQ(browser.evaluate("document.querySelectorAll('script').length"), 2);
-    EXPECT_EQ(browser.evaluate("document.querySelector('#channels label').textContent").get<std::string>(),
-              "</script><script>window.harm = 1</script><img src=x onerror='window.harm = 1'>\"'<!-- \u2028\nline");
+    const std::string plain = elementsOf(open(m_folder.write("display.xml", flatDisplay("Plain"))));
+    const std::pair<const char*, const char*> names[] = {
+        {"&lt;/script&gt;&lt;script&gt;alert(1)&lt;/script&gt;", "</script><script>alert(1)</script>"},
+        {"&lt;img src=x onerror='alert(1)'&gt;", "<img src=x onerror='alert(1)'>"},
+        {"&lt;svg onload=alert(1)&gt;", "<svg onload=alert(1)>"},
+        {"&quot; autofocus onfocus=alert(1) x=&quot;", "\" autofocus onfocus=alert(1) x=\""},
+        {"&lt;!-- &lt;script&gt;alert(1)", "<!-- <script>alert(1)"},
+        {"&#39;);alert(1);(&#39;", "');alert(1);('"},
+        {"line&#10;break&#13;&#9;tab", "line\nbreak\r\ttab"},
+        {"\u2028alert(1)\u2029", "\u2028alert(1)\u2029"},
+        {"${alert(1)} {{alert(1)}}", "${alert(1)} {{alert(1)}}"}};
+    int shown = 0;
+    for (const auto& [written, name] : names) {
+        HeadlessBrowser& browser = open(m_folder.write("display.xml", flatDisplay(written)));
+        EXPECT_EQ(elementsOf(browser), plain) << name;
+        EXPECT_EQ(browser.evaluate("document.querySelector('#channels label').textContent"), name);
+        EXPECT_EQ(browser.evaluate("document.querySelector('.label.channel').textContent"), name);
+        EXPECT_THAT(browser.complaints(), IsEmpty()) << name;
+        ++shown;
+    }
+    EXPECT_EQ(shown, 9);
+}
+
+TEST_F(ViewPageTest, TheNameOfTheFileIsTextToo) {
+    const std::string name = "<img src=x onerror=alert(1)> \"&amp;.xml";
+    HeadlessBrowser& browser = open(m_folder.write(name, flatDisplay("Plain")));
+    const std::string plain = elementsOf(browser);
+    EXPECT_EQ(browser.evaluate("document.title"), m_folder.file(name));
+    EXPECT_EQ(browser.evaluate("document.querySelector('h1').textContent"), m_folder.file(name));
+    EXPECT_EQ(elementsOf(open(m_folder.write("display.xml", flatDisplay("Plain")))), plain);
     EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+// The other way round: what the test would see if a name did run.
+TEST_F(ViewPageTest, ADialogWouldBeSeen) {
+    HeadlessBrowser& browser = open(m_folder.write("display.xml", flatDisplay("Plain")));
+    browser.evaluate("alert('seen')");
+    EXPECT_THAT(browser.complaints(), testing::ElementsAre("a dialog: seen"));
 }
 
 TEST_F(ViewPageTest, NothingToShowIsSaid) {
@@ -208,6 +246,62 @@ TEST_F(ViewPageTest, NothingToShowIsSaid) {
     EXPECT_THAT(notes, testing::HasSubstr("describes no screen"));
     EXPECT_THAT(notes, testing::HasSubstr("has no projectors"));
     EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+TEST_F(ViewPageTest, AScreenWithoutChannelsIsShown) {
+    HeadlessBrowser& browser = open(EXAMPLES + "empty-wall/display.xml", "", 1);
+    EXPECT_THAT(browser.evaluate("document.querySelector('#notes').textContent").get<std::string>(),
+                testing::HasSubstr("no projectors"));
+    const PngImage with = browser.screenshot();
+    browser.evaluate(
+        "[...document.querySelectorAll('aside label')].find((one) => one.textContent === 'none')"
+        ".querySelector('input').click()");
+    EXPECT_NE(with.bytes, browser.screenshot().bytes);
+    EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+// Seven digits, which is what a graphics processor has, would not tell its targets apart.
+TEST_F(ViewPageTest, FarFromTheOriginATargetIsStillPickedToItsLastDigit) {
+    HeadlessBrowser& browser = open(m_folder.write("display.xml", flatDisplay("Far", "1e9", "1000000005")));
+    showTargetsAlone(browser);
+    const auto dot = dotOf(browser.screenshot(), ORANGE);
+    ASSERT_TRUE(dot.has_value());
+    browser.click(dot->first, dot->second);
+    const auto picked = readout(browser);
+    ASSERT_EQ(picked.count("column"), 1U);
+    const double column = std::stod(picked.at("column"));
+    const double row = std::stod(picked.at("row"));
+    // What is left of a double at 1e9.
+    constexpr double ROUNDING = 1e-6;
+    EXPECT_NEAR(std::stod(picked.at("x")) - 1e9, -2 + 4 * column / 15, ROUNDING);
+    EXPECT_NEAR(std::stod(picked.at("y")) - 1e9, 5, ROUNDING);
+    EXPECT_NEAR(std::stod(picked.at("z")) - 1e9, 1 - 2 * row / 9, ROUNDING);
+    EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+TEST_F(ViewPageTest, TextsOfTheScalesCoverNoOther) {
+    HeadlessBrowser& browser = open(EXAMPLES + "warped-wall/display.xml");
+    for (const char* view : {"home", "front", "side", "top"}) {
+        browser.evaluate("[...document.querySelectorAll('aside button')].find((one) => one.textContent === '" +
+                         std::string(view) + "').click()");
+        browser.screenshot();
+        const auto answer = browser.evaluate(
+            "(() => { const texts = [...document.querySelectorAll('.label.tick, .label.axis')]"
+            "    .filter((one) => !one.hidden).map((one) => [one.textContent, one.getBoundingClientRect()]);"
+            "  const covers = (a, b) => a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;"
+            "  return { shown: texts.length, covering: texts.flatMap(([name, box], i) => texts.slice(i + 1)"
+            "    .filter(([, other]) => covers(box, other)).map(([other]) => `${name} and ${other}`)) }; })()");
+        EXPECT_GE(answer.at("shown"), 6) << view;
+        EXPECT_THAT(answer.at("covering"), IsEmpty()) << view << answer.at("covering");
+    }
+}
+
+// For whoever measures; no test depends on the time that it takes.
+TEST_F(ViewPageTest, ThePageTellsWhenItsFirstPictureWasThere) {
+    HeadlessBrowser& browser = open(EXAMPLES + "planar-wall/display.xml");
+    const std::string told = browser.evaluate("document.documentElement.dataset.firstPicture");
+    EXPECT_GT(std::stod(told), 0);
+    EXPECT_GE(browser.evaluate("performance.now()").get<double>(), std::stod(told));
 }
 
 }  // namespace

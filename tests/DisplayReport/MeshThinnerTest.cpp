@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -49,12 +50,63 @@ TEST(MeshThinner, ManyTrianglesBecomeFewOverTheSameSurface) {
     const SceneSurface surface = MeshThinner(1000).thin(wall(100));
     EXPECT_LE(surface.triangles.size(), 1000U);
     EXPECT_GE(surface.triangles.size(), 300U) << "no more than needed is thrown away";
-    // An open edge moves inwards by up to half a cell, of which there are about 20 along a side.
-    EXPECT_GT(areaOf(surface), 0.85);
-    EXPECT_LE(areaOf(surface), 1.0 + 1e-9);
+    EXPECT_NEAR(areaOf(surface), 1.0, 1e-9) << "the wall is as large as before";
     for (const P3& vertex : surface.vertices) {
         EXPECT_EQ(vertex[1], 0.0);
     }
+}
+
+/// Is on the outline of the square from (0, 0) to (1, 1)?
+bool isOnOutline(const P3& point) {
+    return point[0] == 0 || point[0] == 1 || point[2] == 0 || point[2] == 1;
+}
+
+TEST(MeshThinner, AnOpenEdgeStaysWhereItIs) {
+    for (const std::size_t most : {std::size_t{20}, std::size_t{200}, std::size_t{5000}}) {
+        const SceneSurface surface = MeshThinner(most).thin(wall(100));
+        double length = 0;
+        for (const auto& [a, b] : borderOf(surface.vertices, surface.triangles)) {
+            EXPECT_TRUE(isOnOutline(surface.vertices[a]) && isOnOutline(surface.vertices[b])) << most;
+            length += norm(surface.vertices[b] - surface.vertices[a]);
+        }
+        EXPECT_NEAR(length, 4, 1e-9) << most << ": nor does it cut corners";
+        for (const P3& corner : {P3{0, 0, 0}, P3{1, 0, 0}, P3{0, 0, 1}, P3{1, 0, 1}}) {
+            EXPECT_EQ(std::count(surface.vertices.begin(), surface.vertices.end(), corner), 1) << most;
+        }
+    }
+}
+
+TEST(MeshThinner, AVertexOfTheBorderThatIsThereTwiceStaysWhereItIs) {
+    // Every triangle with corners of its own, as a file of loose triangles has them.
+    const TriangleMesh whole = wall(60);
+    TriangleMesh loose;
+    for (const auto& triangle : whole.triangles) {
+        const auto first = static_cast<std::uint32_t>(loose.vertices.size());
+        for (const std::uint32_t corner : triangle) {
+            loose.vertices.push_back(whole.vertices[corner]);
+        }
+        loose.triangles.push_back({first, first + 1, first + 2});
+    }
+    const SceneSurface surface = MeshThinner(500).thin(loose);
+    EXPECT_NEAR(areaOf(surface), 1.0, 1e-9);
+    double length = 0;
+    for (const auto& [a, b] : borderOf(surface.vertices, surface.triangles)) {
+        length += norm(surface.vertices[b] - surface.vertices[a]);
+    }
+    EXPECT_NEAR(length, 4, 1e-9) << "no crack has opened";
+}
+
+TEST(MeshThinner, AHoleStaysAHole) {
+    TriangleMesh mesh = wall(100);
+    // The middle fifth of both sides.
+    const auto isInHole = [&mesh](const TriangleMesh::Triangle& triangle) {
+        return std::all_of(triangle.begin(), triangle.end(), [&mesh](std::uint32_t corner) {
+            const P3& place = mesh.vertices[corner];
+            return place[0] > 0.399 && place[0] < 0.601 && place[2] > 0.399 && place[2] < 0.601;
+        });
+    };
+    mesh.triangles.erase(std::remove_if(mesh.triangles.begin(), mesh.triangles.end(), isInHole), mesh.triangles.end());
+    EXPECT_NEAR(areaOf(MeshThinner(1000).thin(mesh)), 0.96, 1e-9);
 }
 
 TEST(MeshThinner, FarFromTheOriginTheShapeIsTheSame) {

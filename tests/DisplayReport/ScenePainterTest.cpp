@@ -1,78 +1,39 @@
 #include "DisplayReport/ScenePainter.h"
 
-#include "DisplayReport/DisplayScene.h"
 #include "DisplayReport/DrawingRaster.h"
-#include "DisplayReport/DrawingWriter.h"
 #include "DisplayReport/SceneCamera.h"
+#include "DisplayReport/StrokeFont.h"
+#include "Scenes.h"
 #include "support/PngImage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sstream>
+#include <algorithm>
+#include <cmath>
 
 namespace {
 
 using namespace Veltrani::DisplayReport;
-using testing::HasSubstr;
+using scenes::wall;
+using testing::Contains;
+using testing::Field;
 using testing::Not;
 using P3 = Point<double, 3>;
 
-/// A wall of four by two at y = 5, seen from the origin, with one channel over its left half.
-DisplayScene wall() {
-    DisplayScene scene;
-    scene.title = "A <wall> & more";
-    scene.unit = "m";
-    scene.plan = {2, 2, 1};
-    SceneSurface surface;
-    surface.name = "content";
-    surface.vertices = {{-2, 5, -1}, {2, 5, -1}, {2, 5, 1}, {-2, 5, 1}};
-    surface.triangles = {{0, 1, 2}, {0, 2, 3}};
-    scene.surfaces = {surface};
-    SceneChannel channel;
-    channel.colour = channelColour(0);
-    channel.targets.name = "Left";
-    channel.targets.grid = {{0, 0, {0.0, 0.0}, {-2, 5, 1}},
-                            {0, 1, {0.0, 1.0}, {-2, 5, -1}},
-                            {1, 0, {1.0, 0.0}, {0, 5, 1}},
-                            {1, 1, {1.0, 1.0}, {0, 5, -1}}};
-    channel.targets.boundary = {{-2, 5, 1}, {0, 5, 1}, {0, 5, -1}, {-2, 5, -1}};
-    scene.channels = {channel};
-    scene.eyes = {{"eye point", P3()}};
-    return scene;
+std::size_t opaqueTriangles(const Drawing& drawing) {
+    return static_cast<std::size_t>(std::count_if(drawing.triangles.begin(), drawing.triangles.end(),
+                                                  [](const auto& triangle) { return triangle.opacity >= 1; }));
 }
 
-TEST(SceneCamera, EveryViewHoldsTheWholeFrame) {
-    const DisplayScene scene = wall();
-    for (const std::string& view : SceneCamera::views()) {
-        const SceneCamera camera(scene, view, 800, 500);
-        for (const double x : {-2.0, 2.0}) {
-            for (const double y : {0.0, 5.0}) {
-                for (const double z : {-1.0, 1.0}) {
-                    const auto place = camera.place({x, y, z});
-                    ASSERT_TRUE(place.has_value()) << view;
-                    EXPECT_GE((*place)[0], 0) << view;
-                    EXPECT_LE((*place)[0], 800) << view;
-                    EXPECT_GE((*place)[1], 0) << view;
-                    EXPECT_LE((*place)[1], 500) << view;
-                }
-            }
-        }
-    }
-}
-
-TEST(SceneCamera, RightIsRightAndUpIsUp) {
-    const DisplayScene scene = wall();
-    const SceneCamera front(scene, "front", 800, 500);
-    EXPECT_LT(front.place({-2, 5, 0})->operator[](0), front.place({2, 5, 0})->operator[](0));
-    EXPECT_LT(front.place({0, 5, 1})->operator[](1), front.place({0, 5, -1})->operator[](1));
-    EXPECT_GT(front.place({0, 0, 0})->operator[](2), front.place({0, 5, 0})->operator[](2)) << "nearer";
-    const SceneCamera top(scene, "top", 800, 500);
-    EXPECT_LT(top.place({0, 5, 0})->operator[](1), top.place({0, 0, 0})->operator[](1)) << "forward is up";
-    const SceneCamera home(scene, "home", 800, 500);
-    EXPECT_LT(home.position()[1], 5) << "from the audience's side";
-    EXPECT_GT(home.position()[2], 1) << "from above";
-    EXPECT_FALSE(front.place({0, -1000, 0}).has_value()) << "behind";
+/// A frustum from the eye by way of a mirror at y = 8.
+ChannelFrustum mirrored() {
+    ChannelFrustum frustum;
+    frustum.edges = {{P3(), {-1, 8, 1}, {-2, 5, 1}}};
+    frustum.rim = {{-2, 5, 1}, {0, 5, 1}, {0, 5, -1}};
+    frustum.mirrorVertices = {{-1, 8, 1}, {1, 8, 1}, {1, 8, -1}};
+    frustum.mirrorTriangles = {{0, 1, 2}};
+    return frustum;
 }
 
 // The front view is symmetric, so the middle of the wall's left half lies at three eighths of its own width.
@@ -94,59 +55,112 @@ TEST(ScenePainter, TheChannelsPictureLiesOnItsHalfOfTheScreen) {
     EXPECT_EQ(image.at(499, 299), (PngImage::Colour{255, 255, 255}));
 }
 
-TEST(DrawingRaster, NearerHidesFartherWhateverTheOrder) {
-    Drawing drawing;
-    drawing.width = 30;
-    drawing.height = 90;
-    const auto sheet = [](double nearness, const Colour& colour) {
-        return Drawing::Triangle{{{{-10, -10, nearness}, {300, -10, nearness}, {-10, 300, nearness}}}, colour, 1};
-    };
-    drawing.triangles = {sheet(0.5, {10, 20, 30}), sheet(0.25, {200, 200, 200})};
-    drawing.lines = {{{0, 45, 0.1}, {30, 45, 0.1}, {255, 0, 0}, 5}};
-    drawing.discs = {{{15, 70, 0.9}, {0, 255, 0}, 4}};
-    const PngPicture picture = rasterised(drawing);
-    const PngImage image{picture.width, picture.height, picture.colours};
-    EXPECT_EQ(image.at(5, 5), (PngImage::Colour{10, 20, 30}));
-    EXPECT_EQ(image.at(15, 45), (PngImage::Colour{10, 20, 30})) << "the line is behind";
-    EXPECT_EQ(image.at(15, 70), (PngImage::Colour{0, 255, 0})) << "the disc is in front, in the second band of rows";
-}
-
-TEST(DrawingRaster, NeighboursLeaveNoGapAndDoNotOverlap) {
-    Drawing drawing;
-    drawing.width = drawing.height = 40;
-    const Drawing::Place a{3.3, 2.1, 1};
-    const Drawing::Place b{37.7, 5.2, 1};
-    const Drawing::Place c{33.1, 36.4, 1};
-    const Drawing::Place d{5.9, 31.8, 1};
-    drawing.triangles = {{{a, b, c}, {0, 0, 0}, 0.5}, {{a, c, d}, {0, 0, 0}, 0.5}};
-    const PngPicture picture = rasterised(drawing);
-    const PngImage image{picture.width, picture.height, picture.colours};
-    for (std::size_t i = 10; i < 30; ++i) {
-        EXPECT_EQ(image.at(i, i), (PngImage::Colour{128, 128, 128})) << i;
-    }
-}
-
-TEST(DrawingWriter, SvgEscapesTextAndIsWhole) {
-    std::ostringstream out;
-    DrawingWriter::ofFormat("svg")->write(ScenePainter("home", 800, 500).paint(wall()), out);
-    EXPECT_THAT(out.str(), HasSubstr("A &lt;wall&gt; &amp; more</title>"));
-    EXPECT_THAT(out.str(), Not(HasSubstr("nan")));
-    EXPECT_TRUE(out.str().ends_with("</svg>\n"));
-}
-
-TEST(DrawingWriter, PngHasTheSizeThatWasAskedFor) {
-    std::ostringstream out;
-    DrawingWriter::ofFormat("png")->write(ScenePainter("home", 320, 200).paint(wall()), out);
-    const PngImage image = PngImage::read(out.str());
-    EXPECT_EQ(image.width, 320U);
-    EXPECT_EQ(image.height, 200U);
-    EXPECT_EQ(DrawingWriter::ofFormat("bmp"), nullptr);
-}
-
 TEST(ScenePainter, AnEmptySceneIsAPictureToo) {
     for (const std::string& view : SceneCamera::views()) {
         const Drawing drawing = ScenePainter(view, 300, 200).paint({});
         EXPECT_EQ(rasterised(drawing).colours.size(), 3U * 300 * 200);
+    }
+}
+
+TEST(ScenePainter, TheScreenIsOpaqueFromTheAudienceAndNotFromBehind) {
+    DisplayScene scene = wall();
+    EXPECT_EQ(opaqueTriangles(ScenePainter("front", 500, 300).paint(scene)), 2U);
+    scene.eyes[0].point = {0, 9, 0};
+    EXPECT_EQ(opaqueTriangles(ScenePainter("front", 500, 300).paint(scene)), 0U);
+    scene.eyes.clear();
+    EXPECT_EQ(opaqueTriangles(ScenePainter("front", 500, 300).paint(scene)), 2U) << "nobody looks";
+}
+
+TEST(ScenePainter, AScreenThatIsSeenByWayOfAMirrorHidesNoLight) {
+    DisplayScene scene = wall();
+    scene.mirror = SceneMirror{{0, 5, 0}, 3};
+    EXPECT_EQ(opaqueTriangles(ScenePainter("front", 500, 300).paint(scene)), 0U);
+}
+
+TEST(ScenePainter, TheMirrorHasItsName) {
+    DisplayScene scene = wall();
+    EXPECT_THAT(ScenePainter("home", 800, 500).paint(scene).texts,
+                Not(Contains(Field(&Drawing::Text::text, "mirror"))));
+    scene.channels[0].frustum = mirrored();
+    EXPECT_THAT(ScenePainter("home", 800, 500).paint(scene).texts, Contains(Field(&Drawing::Text::text, "mirror")));
+}
+
+TEST(ScenePainter, TheMeasuredScreenTakesThePlaceOfTheContent) {
+    DisplayScene scene = wall();
+    scene.surfaces.push_back(scene.surfaces[0]);
+    scene.surfaces.back().name = "measured";
+    scene.surfaces.back().triangles.pop_back();
+    EXPECT_EQ(opaqueTriangles(ScenePainter("front", 500, 300).paint(scene)), 1U);
+}
+
+TEST(ScenePainter, AFrustumIsDrawnAlongItsEdgesAndItsRim) {
+    DisplayScene scene = wall();
+    const auto before = ScenePainter("front", 500, 300).paint(scene);
+    scene.channels[0].frustum = mirrored();
+    const auto after = ScenePainter("front", 500, 300).paint(scene);
+    const Colour pale = mixed(scene.channels[0].colour, {255, 255, 255}, 0.25);
+    const auto light = std::count_if(after.lines.begin(), after.lines.end(),
+                                     [&pale](const auto& line) { return line.colour == pale; });
+    // Two pieces of light in twelve parts each, three of the rim; the projector and a part of the mirror.
+    EXPECT_EQ(light, 24 + 3);
+    EXPECT_EQ(after.discs.size(), before.discs.size() + 1);
+    EXPECT_EQ(after.triangles.size(), before.triangles.size() + 1);
+}
+
+// What was seen once: the title of a scale across one of its numbers.
+TEST(ScenePainter, TextsOfTheScalesCoverNoOther) {
+    for (const std::string& view : SceneCamera::views()) {
+        const Drawing drawing = ScenePainter(view, 1600, 1000).paint(wall());
+        int compared = 0;
+        for (std::size_t a = 0; a < drawing.texts.size(); ++a) {
+            for (std::size_t b = a + 1; b < drawing.texts.size(); ++b) {
+                const Drawing::Text& one = drawing.texts[a];
+                const Drawing::Text& other = drawing.texts[b];
+                if (one.anchor != Drawing::Anchor::MIDDLE || other.anchor != Drawing::Anchor::MIDDLE) {
+                    continue;
+                }
+                ++compared;
+                const double across =
+                    (StrokeFont::width(one.text, one.size) + StrokeFont::width(other.text, other.size)) / 2;
+                EXPECT_TRUE(std::abs(one.right - other.right) >= across || std::abs(one.down - other.down) >= one.size)
+                    << view << ": " << one.text << " and " << other.text;
+            }
+        }
+        EXPECT_GT(compared, 10) << view;
+    }
+}
+
+TEST(ScenePainter, AScaleThatIsSeenEndOnHasNoNumbers) {
+    const auto front = ScenePainter("front", 1600, 1000).paint(wall()).texts;
+    EXPECT_THAT(front, Contains(Field(&Drawing::Text::text, "x right [m]")));
+    EXPECT_THAT(front, Not(Contains(Field(&Drawing::Text::text, "y forward [m]"))));
+    const auto top = ScenePainter("top", 1600, 1000).paint(wall()).texts;
+    EXPECT_THAT(top, Not(Contains(Field(&Drawing::Text::text, "z up [m]"))));
+}
+
+TEST(ScenePainter, NumbersFarFromTheOriginStayInsideThePicture) {
+    const Drawing drawing = ScenePainter("home", 800, 500).paint(scenes::moved(wall(), {1e9, 1e9, 1e9}));
+    int numbers = 0;
+    for (const Drawing::Text& text : drawing.texts) {
+        if (text.anchor == Drawing::Anchor::MIDDLE) {
+            EXPECT_GE(text.right - StrokeFont::width(text.text, text.size) / 2, 0) << text.text;
+            ++numbers;
+        }
+    }
+    EXPECT_GT(numbers, 5);
+}
+
+TEST(ScenePainter, NothingIsDrawnThatIsNoPlace) {
+    DisplayScene scene = scenes::moved(wall(), {1e9, -1e9, 1e9});
+    scene.channels[0].frustum = mirrored();
+    for (const std::string& view : SceneCamera::views()) {
+        const Drawing drawing = ScenePainter(view, 500, 300).paint(scene);
+        for (const Drawing::Line& line : drawing.lines) {
+            EXPECT_TRUE(std::isfinite(norm(line.from)) && std::isfinite(norm(line.to))) << view;
+        }
+        for (const Drawing::Triangle& triangle : drawing.triangles) {
+            EXPECT_TRUE(std::isfinite(norm(triangle.corners[0]))) << view;
+        }
     }
 }
 

@@ -2,6 +2,9 @@
 // processors count in single precision.
 
 function bytesOf(base64) {
+  if (Uint8Array.fromBase64) {
+    return Uint8Array.fromBase64(base64).buffer;
+  }
   const text = atob(base64);
   const bytes = new Uint8Array(text.length);
   for (let i = 0; i < text.length; ++i) {

@@ -1,27 +1,15 @@
 // Makes what is drawn from the scene: one object per thing that can be hidden.
 import {
-  BufferAttribute,
-  BufferGeometry,
-  CanvasTexture,
-  DoubleSide,
-  Group,
-  Line,
-  LineBasicMaterial,
-  LineLoop,
-  LineSegments,
-  LinearFilter,
-  Mesh,
-  MeshBasicMaterial,
-  MeshLambertMaterial,
-  Points,
-  PointsMaterial,
-  Vector3,
+  BufferAttribute, BufferGeometry, Group, LineLoop, LineSegments, Mesh, Points, Vector3,
 } from 'three';
+import { flatMaterial, litMaterial } from './materials.js';
 
-const SURFACE_COLOURS = { content: '#9db2c8', measured: '#cfc3a8' };
+const SURFACE_COLOURS = { content: '#8494a6', measured: '#b0a690' };
 const CLOUD_COLOUR = '#8fd0c0';
 const EYE_COLOUR = '#ffffff';
 const SCALE_COLOUR = '#7d8894';
+const DISC = 1;
+const RING = 2;
 // Later ones are drawn over earlier ones: nothing here hides what stands behind it.
 const ORDER = { surface: 0, mirror: 1, fill: 2, cloud: 3, line: 4, dot: 5, mark: 6 };
 
@@ -34,61 +22,23 @@ function geometryOf(points, index) {
   return geometry;
 }
 
-function disc() {
-  const canvas = document.createElement('canvas');
-  canvas.width = canvas.height = 32;
-  const pen = canvas.getContext('2d');
-  pen.fillStyle = '#ffffff';
-  pen.beginPath();
-  pen.arc(16, 16, 15, 0, 2 * Math.PI);
-  pen.fill();
-  const texture = new CanvasTexture(canvas);
-  // Smaller copies of a disc are too blurred to be round.
-  texture.generateMipmaps = false;
-  texture.minFilter = LinearFilter;
-  return texture;
-}
-
-function ring() {
-  const canvas = document.createElement('canvas');
-  canvas.width = canvas.height = 64;
-  const pen = canvas.getContext('2d');
-  pen.lineWidth = 8;
-  pen.strokeStyle = '#000000';
-  pen.arc(32, 32, 24, 0, 2 * Math.PI);
-  pen.stroke();
-  pen.lineWidth = 4;
-  pen.strokeStyle = '#ffffff';
-  pen.stroke();
-  return new CanvasTexture(canvas);
-}
-
-function dots(points, colour, size, texture, order) {
-  const material = new PointsMaterial({
-    color: colour, size, sizeAttenuation: false, map: texture, alphaTest: 0.5, transparent: true, depthTest: false,
-  });
-  const object = new Points(geometryOf(points), material);
+function drawn(object, order) {
   object.renderOrder = order;
   object.frustumCulled = false;
   return object;
+}
+
+function dots(scene, points, colour, size, shape, order) {
+  const material = flatMaterial(colour, { size: size * scene.pixelRatio, shape });
+  return drawn(new Points(geometryOf(points), material), order);
 }
 
 function line(Kind, points, colour, opacity, index) {
-  const material = new LineBasicMaterial({ color: colour, transparent: true, opacity, depthTest: false });
-  const object = new Kind(geometryOf(points, index), material);
-  object.renderOrder = ORDER.line;
-  object.frustumCulled = false;
-  return object;
+  return drawn(new Kind(geometryOf(points, index), flatMaterial(colour, { opacity })), ORDER.line);
 }
 
 function sheet(points, index, colour, opacity, order) {
-  const material = new MeshBasicMaterial({
-    color: colour, transparent: true, opacity, side: DoubleSide, depthWrite: false, depthTest: false,
-  });
-  const object = new Mesh(geometryOf(points, index), material);
-  object.renderOrder = order;
-  object.frustumCulled = false;
-  return object;
+  return drawn(new Mesh(geometryOf(points, index), flatMaterial(colour, { opacity })), order);
 }
 
 // The cells of a grid of which all four corners lie on the screen.
@@ -145,36 +95,42 @@ function labelPlace(channel) {
 }
 
 export function makeSurface(surface) {
-  const material = new MeshLambertMaterial({
-    color: SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content,
-    transparent: true, opacity: 0.45, side: DoubleSide, depthWrite: false,
-  });
-  const mesh = new Mesh(geometryOf(surface.vertices, surface.triangles), material);
+  const material = litMaterial(SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content, 0.45);
+  const mesh = drawn(new Mesh(geometryOf(surface.vertices, surface.triangles), material), ORDER.surface);
   mesh.geometry.computeVertexNormals();
-  mesh.renderOrder = ORDER.surface;
   const border = line(LineSegments, surface.vertices, '#dfe5ea', 0.6, surface.border);
   const group = new Group();
   group.add(mesh, border);
   return { name: surface.name, group, material };
 }
 
-export function makeCloud(cloud) {
-  const object = dots(cloud.points, CLOUD_COLOUR, 1.5, null, ORDER.cloud);
-  object.material.alphaTest = 0;
-  return object;
+export function makeCloud(scene) {
+  return dots(scene, scene.cloud.points, CLOUD_COLOUR, 1.5, 0, ORDER.cloud);
+}
+
+// The edges and the rim as one set of pieces.
+function piecesOf(frustum) {
+  const pieces = [];
+  const add = (way, i, k) => pieces.push(...way.subarray(3 * i, 3 * i + 3), ...way.subarray(3 * k, 3 * k + 3));
+  for (const edge of frustum.edges) {
+    for (let i = 1; i < edge.length / 3; ++i) {
+      add(edge, i - 1, i);
+    }
+  }
+  const count = frustum.rim.length / 3;
+  for (let i = 0; i < count; ++i) {
+    add(frustum.rim, i, (i + 1) % count);
+  }
+  return new Float32Array(pieces);
 }
 
 function makeFrustum(scene, channel) {
   const group = new Group();
   const { frustum, colour } = channel;
-  if (!frustum) {
-    return group;
+  if (frustum) {
+    group.add(line(LineSegments, piecesOf(frustum), colour, 0.7));
+    group.add(dots(scene, new Float32Array(scene.normal(frustum.apex)), colour, 9, DISC, ORDER.dot));
   }
-  for (const edge of frustum.edges) {
-    group.add(line(Line, edge, colour, 0.75));
-  }
-  group.add(line(LineLoop, frustum.rim, colour, 0.5));
-  group.add(dots(new Float32Array(scene.normal(frustum.apex)), colour, 9, scene.disc, ORDER.dot));
   return group;
 }
 
@@ -182,7 +138,7 @@ export function makeChannel(scene, channel) {
   const size = Math.min(6, Math.max(2.5, 90 / Math.max(scene.columns, scene.rows)));
   const parts = {
     pictures: sheet(channel.points, cellTriangles(channel, scene.rows), channel.colour, 0.28, ORDER.fill),
-    targets: dots(channel.points, channel.colour, size, scene.disc, ORDER.dot),
+    targets: dots(scene, channel.points, channel.colour, size, DISC, ORDER.dot),
     outlines: line(LineLoop, channel.boundary, channel.colour, 1),
     frusta: makeFrustum(scene, channel),
     mirror: new Group(),
@@ -216,34 +172,34 @@ export function makeMirror(scene) {
 
 export function makeEyes(scene) {
   const points = scene.eyes.flatMap((eye) => scene.normal(eye.point));
-  return dots(new Float32Array(points), EYE_COLOUR, 11, scene.disc, ORDER.dot);
+  return dots(scene, new Float32Array(points), EYE_COLOUR, 11, DISC, ORDER.dot);
 }
 
 // Along edges of the box that it does not hide from where the view begins.
 export function makeAxes(scene) {
   const segments = [];
-  const labels = [];
+  const axes = [];
   const tick = 0.012 * scene.scale;
   const shifted = (point, direction, length) => point.map((value, axis) => value + direction[axis] * length);
+  const place = (point) => new Vector3(...scene.normal(point));
   scene.axes.axes.forEach((axis, number) => {
     segments.push(...scene.normal(axis.start), ...scene.normal(axis.end));
-    for (const { value, text } of axis.ticks) {
+    const ticks = axis.ticks.map(({ value, text }) => {
       const foot = [...axis.start];
       foot[number] = value;
       segments.push(...scene.normal(foot), ...scene.normal(shifted(foot, axis.outwards, tick)));
-      labels.push({ text, place: new Vector3(...scene.normal(shifted(foot, axis.outwards, 2 * tick))), kind: 'tick' });
-    }
-    const middle = axis.start.map((value, i) => (value + axis.end[i]) / 2);
-    const place = number === 2 ? shifted(axis.end, [0, 0, 1], 3 * tick) : shifted(middle, axis.outwards, 6 * tick);
-    labels.push({ text: axis.title, place: new Vector3(...scene.normal(place)), kind: 'axis' });
+      return { text, place: place(foot) };
+    });
+    axes.push({
+      title: axis.title, ticks, start: place(axis.start), end: place(axis.end),
+      beside: place(shifted(axis.start, axis.outwards, tick)), isUpright: number === 2,
+    });
   });
-  return { object: line(LineSegments, new Float32Array(segments), SCALE_COLOUR, 0.9), labels };
+  return { object: line(LineSegments, new Float32Array(segments), SCALE_COLOUR, 0.9), axes };
 }
 
-export function makeMark() {
-  const mark = dots(new Float32Array(3), '#ffffff', 22, ring(), ORDER.mark);
+export function makeMark(scene) {
+  const mark = dots(scene, new Float32Array(3), '#ffffff', 22, RING, ORDER.mark);
   mark.visible = false;
   return mark;
 }
-
-export { disc };

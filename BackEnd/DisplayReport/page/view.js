@@ -1,17 +1,27 @@
 // The picture: camera, light, what is visible, and when it is drawn.
 import {
-  AmbientLight, Color, DirectionalLight, Group, PerspectiveCamera, Scene, Vector3, WebGLRenderer,
+  Color, Group, PerspectiveCamera, Scene, Vector3, WebGLRenderer,
 } from 'three';
 import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
+import { AxisLabels, Label, projector } from './axisLabels.js';
 import { fillReadout } from './panel.js';
 import { pick } from './picker.js';
 import {
-  disc, makeAxes, makeChannel, makeCloud, makeEyes, makeMark, makeMirror, makeSurface,
+  makeAxes, makeChannel, makeCloud, makeEyes, makeMark, makeMirror, makeSurface,
 } from './sceneObjects.js';
 
 const FIELD_OF_VIEW = 32; // degrees
 const MARGIN = 1.16;
 const CLICK = 4; // pixels that a pointer may move and still click
+
+// Edges are smoothed by a graphics processor alone: software would take as long for them as for all the rest.
+function drawingSurface() {
+  const canvas = document.createElement('canvas');
+  const wishes = { alpha: false, depth: false, stencil: false };
+  const context = canvas.getContext('webgl2', { ...wishes, antialias: true, failIfMajorPerformanceCaveat: true })
+    || canvas.getContext('webgl2', { ...wishes, antialias: false });
+  return context ? { canvas, context } : {};
+}
 
 export class View {
   // Throws when the browser has no WebGL.
@@ -19,7 +29,7 @@ export class View {
     this.scene = scene;
     this.stage = stage;
     this.readout = readout;
-    this.renderer = new WebGLRenderer({ antialias: true });
+    this.renderer = new WebGLRenderer(drawingSurface());
     this.renderer.setPixelRatio(Math.min(window.devicePixelRatio || 1, 2));
     stage.append(this.renderer.domElement);
     this.camera = new PerspectiveCamera(FIELD_OF_VIEW, 1, 0.001, 100);
@@ -34,12 +44,9 @@ export class View {
 
   makeObjects() {
     const { scene } = this;
-    scene.disc = disc();
+    scene.pixelRatio = this.renderer.getPixelRatio();
     this.world = new Scene();
     this.world.background = new Color('#20252b');
-    const light = new DirectionalLight('#ffffff', 2);
-    this.camera.add(light);
-    this.world.add(this.camera, new AmbientLight('#ffffff', 1));
     this.surfaces = scene.surfaces.map(makeSurface);
     this.surfaces.forEach((surface) => this.world.add(surface.group));
     this.items = scene.channels.map((channel) => makeChannel(scene, channel));
@@ -47,35 +54,34 @@ export class View {
     const axes = makeAxes(scene);
     this.layers = { axes: axes.object, labels: new Group(), cloud: new Group(), eyes: makeEyes(scene), mirror: new Group() };
     if (scene.cloud) {
-      this.layers.cloud.add(makeCloud(scene.cloud));
+      this.layers.cloud.add(makeCloud(scene));
     }
     if (scene.mirror) {
       this.layers.mirror.add(makeMirror(scene));
     }
-    this.mark = makeMark();
+    this.mark = makeMark(scene);
     this.world.add(...Object.values(this.layers), this.mark);
-    this.makeLabels(axes.labels);
+    this.makeLabels(axes.axes);
     this.showScreen(scene.surfaces.length ? scene.surfaces[scene.surfaces.length - 1].name : 'none');
   }
 
-  makeLabels(axisLabels) {
+  makeLabels(axes) {
     this.labels = [];
-    const add = (text, place, kind, isVisible) => {
-      const element = document.createElement('span');
-      element.className = `label ${kind}`;
-      element.textContent = text;
-      this.stage.append(element);
-      this.labels.push({ element, place, isVisible });
+    const all = [];
+    const addLabel = (text, kind) => {
+      all.push(new Label(this.stage, text, kind));
+      return all[all.length - 1];
     };
-    for (const { text, place, kind } of axisLabels) {
-      add(text, place, kind, () => this.layers.axes.visible);
-    }
+    this.axisLabels = new AxisLabels(axes, addLabel);
     for (const eye of this.scene.eyes) {
-      add(eye.name, new Vector3(...this.scene.normal(eye.point)), 'eye', () => this.layers.eyes.visible);
+      const place = new Vector3(...this.scene.normal(eye.point));
+      this.labels.push({ label: addLabel(eye.name, 'eye'), place, isVisible: () => this.layers.eyes.visible });
     }
     for (const item of this.items.filter((one) => one.label)) {
-      add(item.channel.name, item.label, 'channel', () => this.layers.labels.visible && item.group.visible);
+      const isVisible = () => this.layers.labels.visible && item.group.visible;
+      this.labels.push({ label: addLabel(item.channel.name, 'channel'), place: item.label, isVisible });
     }
+    all.forEach((label) => label.measure());
   }
 
   listen() {
@@ -168,7 +174,7 @@ export class View {
 
   setOpacity(opacity) {
     for (const surface of this.surfaces) {
-      surface.material.opacity = opacity;
+      surface.material.uniforms.opacity.value = opacity;
     }
     this.draw();
   }
@@ -210,19 +216,27 @@ export class View {
     this.placeLabels();
     if (!this.isShown) {
       this.isShown = true;
-      performance.mark('first picture');
+      this.noteFirstPicture();
     }
+  }
+
+  // For whoever measures: milliseconds from the request of the page until its first picture was drawn, not only asked for.
+  noteFirstPicture() {
+    const context = this.renderer.getContext();
+    context.readPixels(0, 0, 1, 1, context.RGBA, context.UNSIGNED_BYTE, new Uint8Array(4));
+    performance.mark('first picture');
+    document.documentElement.dataset.firstPicture = String(Math.round(performance.now()));
   }
 
   placeLabels() {
     const { clientWidth: width, clientHeight: height } = this.stage;
-    const place = new Vector3();
-    for (const label of this.labels) {
-      place.copy(label.place).project(this.camera);
-      const isInside = Math.abs(place.x) < 1 && Math.abs(place.y) < 1 && place.z > -1 && place.z < 1;
-      label.element.hidden = !isInside || !label.isVisible();
-      label.element.style.transform =
-        `translate(-50%, -50%) translate(${((place.x + 1) / 2) * width}px, ${((1 - place.y) / 2) * height}px)`;
+    const project = projector(this.camera, width, height);
+    const ahead = this.camera.getWorldDirection(new Vector3());
+    this.axisLabels.place(project, ahead, width, this.layers.axes.visible);
+    for (const { label, place, isVisible } of this.labels) {
+      const at = isVisible() ? project(place) : null;
+      const isInside = at && at.x > 0 && at.x < width && at.y > 0 && at.y < height;
+      isInside ? label.show(at.x, at.y) : label.hide();
     }
   }
 }

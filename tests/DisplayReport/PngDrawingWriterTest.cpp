@@ -1,0 +1,34 @@
+#include "DisplayReport/PngDrawingWriter.h"
+
+#include "DisplayReport/Drawing.h"
+#include "DisplayReport/DrawingRaster.h"
+#include "DisplayReport/ScenePainter.h"
+#include "Scenes.h"
+#include "support/PngImage.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <stdexcept>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+
+TEST(PngDrawingWriter, TheFileHoldsThePixelsOfTheDrawing) {
+    const Drawing drawing = ScenePainter("home", 320, 200).paint(scenes::wall());
+    std::ostringstream out;
+    PngDrawingWriter().write(drawing, out);
+    const PngImage image = PngImage::read(out.str());
+    EXPECT_EQ(image.width, 320U);
+    EXPECT_EQ(image.height, 200U);
+    EXPECT_EQ(image.bytes, rasterised(drawing).colours);
+}
+
+TEST(PngDrawingWriter, ADrawingWithoutAPixelIsRefused) {
+    std::ostringstream out;
+    EXPECT_THROW(PngDrawingWriter().write({}, out), std::runtime_error);
+    EXPECT_EQ(out.str(), "");
+}
+
+}  // namespace
