@@ -31,10 +31,8 @@ std::string squared(const std::string& unit) {
 
 /// Of a channel's picture: "230400 (10 %)".
 std::string pixelText(const ChannelCoverage& channel, double part) {
-    return channel.pixels() > 0
-               ? roundedText(static_cast<double>(static_cast<long long>(part * channel.pixels() + 0.5))) + " (" +
-                     percent(part) + ")"
-               : percent(part);
+    return channel.pixels() > 0 ? roundedText(std::round(part * channel.pixels())) + " (" + percent(part) + ")"
+                                : percent(part);
 }
 
 void addChannel(const ChannelCoverage& channel, const CoverageReport& report, TextTable& table) {

@@ -43,8 +43,10 @@ std::vector<int> spread(int pixels, int most, double from, double to) {
 Footprint footprintOf(const ChannelLight& light, int column, int row, int width, int height) {
     std::array<Point<double, 2>, SIDE * SIDE> picture;
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        picture[i] = {(column + static_cast<double>(i % SIDE) / (SIDE - 1)) / width,
-                      (row + static_cast<double>(i / SIDE) / (SIDE - 1)) / height};
+        const std::size_t across = i % SIDE;
+        const std::size_t upwards = i / SIDE;
+        picture[i] = {(column + static_cast<double>(across) / (SIDE - 1)) / width,
+                      (row + static_cast<double>(upwards) / (SIDE - 1)) / height};
     }
     Footprint footprint;
     light.land(picture, footprint);
