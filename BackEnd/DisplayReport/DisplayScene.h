@@ -18,12 +18,13 @@ namespace Veltrani::DisplayReport {
 /// A point cloud as a picture shows it.
 struct SceneCloud {
     std::vector<Point<double, 3>> points;  ///< finite
-    std::size_t pointsOfCloud = 0;         ///< before it was thinned
 };
 
 /// A channel as a picture shows it.
 struct SceneChannel {
-    ChannelTargets targets;
+    ChannelTargets targets;   ///< perhaps thinned
+    std::size_t placed = 0;   ///< targets of its grid, before they were thinned
+    std::size_t samples = 0;  ///< of its outline, before they were thinned
     Colour colour;
     int width = 0;   ///< of its picture, pixels
     int height = 0;  ///< of its picture, pixels
@@ -48,6 +49,8 @@ struct DisplayScene {
     std::string title;
     std::string unit;  ///< name of the native unit; may be empty
     TargetPlan plan;
+    int targetStep = 1;                  ///< every so many columns and rows of the targets are shown
+    int outlineStep = 1;                 ///< every so many samples of the outlines
     std::vector<SceneSurface> surfaces;  ///< the measured screen after the content one
     std::optional<SceneCloud> cloud;
     std::vector<SceneChannel> channels;

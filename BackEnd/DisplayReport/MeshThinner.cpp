@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -29,10 +31,48 @@ bool isFinite(const P3& point) {
     return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
 }
 
-bool isFinite(const TriangleMesh& mesh, const Triangle& triangle) {
-    return std::all_of(triangle.begin(), triangle.end(),
-                       [&mesh](std::uint32_t corner) { return isFinite(mesh.vertices[corner]); });
-}
+/// The places that a picture can hold together with most of a mesh.
+class Neighbourhood {
+public:
+    explicit Neighbourhood(const std::vector<P3>& vertices) {
+        P3 size;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            std::vector<double> places;
+            places.reserve(vertices.size());
+            for (const P3& vertex : vertices) {
+                if (isFinite(vertex)) {
+                    places.push_back(vertex[axis]);
+                }
+            }
+            m_middle[axis] = quantile(places, 0.5);
+            size[axis] = quantile(places, 0.75) - quantile(places, 0.25);
+        }
+        m_reach = norm(size) > 0 ? FARTHEST * norm(size) : std::numeric_limits<double>::infinity();
+    }
+
+    [[nodiscard]] bool has(const TriangleMesh& mesh, const Triangle& triangle) const {
+        return std::all_of(triangle.begin(), triangle.end(), [&](std::uint32_t corner) {
+            const P3& vertex = mesh.vertices[corner];
+            return isFinite(vertex) && norm(vertex - m_middle) <= m_reach;
+        });
+    }
+
+private:
+    /// Of the middle half of the vertices' size.
+    static constexpr double FARTHEST = 1e4;
+
+    static double quantile(std::vector<double>& places, double part) {
+        if (places.empty()) {
+            return 0;
+        }
+        const auto place = places.begin() + static_cast<std::ptrdiff_t>(part * static_cast<double>(places.size() - 1));
+        std::nth_element(places.begin(), place, places.end());
+        return *place;
+    }
+
+    P3 m_middle;
+    double m_reach = 0;
+};
 
 double areaOf(const SceneSurface& surface) {
     double area = 0;
@@ -166,13 +206,17 @@ SceneSurface compacted(const std::vector<P3>& vertices, const std::vector<Triang
 }  // namespace
 
 SceneSurface MeshThinner::thin(const TriangleMesh& mesh) const {
-    std::vector<Triangle> finite;
-    std::copy_if(mesh.triangles.begin(), mesh.triangles.end(), std::back_inserter(finite),
-                 [&mesh](const Triangle& triangle) { return isFinite(mesh, triangle); });
-    const SceneSurface whole = compacted(mesh.vertices, finite);
-    if (finite.size() <= m_mostTriangles) {
-        return whole;
-    }
+    const Neighbourhood neighbourhood(mesh.vertices);
+    std::vector<Triangle> near;
+    std::copy_if(mesh.triangles.begin(), mesh.triangles.end(), std::back_inserter(near),
+                 [&](const Triangle& triangle) { return neighbourhood.has(mesh, triangle); });
+    const SceneSurface whole = compacted(mesh.vertices, near);
+    SceneSurface thinned = near.size() <= m_mostTriangles ? whole : gathered(whole);
+    thinned.trianglesFarOff = mesh.triangles.size() - near.size();
+    return thinned;
+}
+
+SceneSurface MeshThinner::gathered(const SceneSurface& whole) const {
     Extent extent;
     for (const P3& vertex : whole.vertices) {
         extent.add(vertex);

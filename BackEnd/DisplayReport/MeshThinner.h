@@ -17,11 +17,15 @@ public:
     /// @param mostTriangles at least 1
     explicit MeshThinner(std::size_t mostTriangles) : m_mostTriangles(mostTriangles) {}
 
-    /// Vertices and triangles alone, without name and border. A mesh of few enough triangles is handed on as it is;
-    /// triangles with a corner that is not finite are left out.
+    /// Vertices and triangles alone, without name and border. A mesh of few enough triangles is handed on as it is.
+    /// Triangles with a corner that is not finite, or so far from most others that no picture could hold both, are left
+    /// out and counted.
     [[nodiscard]] SceneSurface thin(const TriangleMesh& mesh) const;
 
 private:
+    /// A surface of too many triangles.
+    [[nodiscard]] SceneSurface gathered(const SceneSurface& whole) const;
+
     std::size_t m_mostTriangles;
 };
 

@@ -50,6 +50,13 @@ std::string grouped(std::size_t number) {
     return text;
 }
 
+/// "2nd", "3rd", "12th".
+std::string ordinal(std::size_t number) {
+    const std::size_t last = number % 100 / 10 == 1 ? 0 : number % 10;
+    const char* const ending = last == 1 ? "st" : last == 2 ? "nd" : last == 3 ? "rd" : "th";
+    return std::to_string(number) + ending;
+}
+
 bool isDrawable(const P3& point) {
     return std::abs(point[0]) <= LARGEST && std::abs(point[1]) <= LARGEST && std::abs(point[2]) <= LARGEST;
 }
@@ -177,6 +184,8 @@ void addChannels(const XMLConfigManager& config, const TargetSurvey& survey, Dis
     for (const ChannelTargets& targets : survey.channels) {
         SceneChannel channel;
         channel.targets = targets;
+        channel.placed = targets.grid.size();
+        channel.samples = targets.boundary.size();
         channel.colour = channelColour(scene.channels.size());
         if (const ProjectorConfig* projector = config.getProjectorConfig(fromUtf8(targets.projectorId))) {
             channel.width = projector->getWidth();
@@ -215,6 +224,8 @@ DisplayScene SceneCollector::collect(const std::string& title, const XMLConfigMa
     addEyes(config, scene);
     addChannels(config, survey, scene);
     dropFarThings(scene);
+    thinTargets(scene);
+    thinOutlines(scene);
     return scene;
 }
 
@@ -235,6 +246,10 @@ void SceneCollector::addScreens(DisplayScene& scene) const {
             fault(scene, std::string("the ") + name + " screen has no surface that can be drawn");
             continue;
         }
+        if (surface.trianglesFarOff > 0) {
+            fault(scene, grouped(surface.trianglesFarOff) + " triangles of the " + name +
+                             " screen reach too far from the others to be drawn");
+        }
         if (surface.isThinned()) {
             scene.notes.push_back(std::string("the ") + name + " screen is shown with " +
                                   grouped(surface.triangles.size()) + " of its " + grouped(surface.trianglesOfMesh) +
@@ -253,7 +268,6 @@ void SceneCollector::addCloud(DisplayScene& scene) const {
         return;
     }
     SceneCloud shown;
-    shown.pointsOfCloud = cloud->size();
     const std::size_t wanted = std::min(m_limits.points, cloud->size());
     for (std::size_t i = 0; i < wanted; ++i) {
         const pcl::PointXYZ& point = (*cloud)[i * cloud->size() / wanted];
@@ -262,11 +276,60 @@ void SceneCollector::addCloud(DisplayScene& scene) const {
             shown.points.push_back(place);
         }
     }
-    if (wanted < cloud->size()) {
-        scene.notes.push_back("the model cloud is shown with " + grouped(wanted) + " of its " + grouped(cloud->size()) +
-                              " points");
+    if (shown.points.size() < cloud->size()) {
+        scene.notes.push_back("the model cloud is shown with " + grouped(shown.points.size()) + " of its " +
+                              grouped(cloud->size()) + " points");
+    }
+    if (shown.points.size() < wanted) {
+        fault(scene, "model cloud: " + grouped(wanted - shown.points.size()) + " points are not places in space");
     }
     scene.cloud = std::move(shown);
+}
+
+void SceneCollector::thinTargets(DisplayScene& scene) const {
+    const auto count = [&scene] {
+        std::size_t targets = 0;
+        for (const SceneChannel& channel : scene.channels) {
+            targets += channel.targets.grid.size();
+        }
+        return targets;
+    };
+    const std::size_t all = count();
+    if (all <= m_limits.targets) {
+        return;
+    }
+    auto every = static_cast<int>(std::sqrt(static_cast<double>(all) / static_cast<double>(m_limits.targets)));
+    // Columns and rows that do not divide evenly leave a few more than the square tells.
+    while (count() > m_limits.targets) {
+        ++every;
+        for (SceneChannel& channel : scene.channels) {
+            dropIf(channel.targets.grid,
+                   [every](const GridTarget& target) { return target.column % every != 0 || target.row % every != 0; });
+        }
+    }
+    scene.targetStep = every;
+    scene.notes.push_back(grouped(count()) + " of " + grouped(all) + " targets are shown, every " +
+                          ordinal(static_cast<std::size_t>(every)) + " column and row");
+}
+
+void SceneCollector::thinOutlines(DisplayScene& scene) const {
+    std::size_t all = 0;
+    for (const SceneChannel& channel : scene.channels) {
+        all += channel.targets.boundary.size();
+    }
+    const std::size_t every = (all + m_limits.samples - 1) / m_limits.samples;
+    if (every <= 1) {
+        return;
+    }
+    for (SceneChannel& channel : scene.channels) {
+        std::vector<P3> shown;
+        for (std::size_t i = 0; i < channel.targets.boundary.size(); i += every) {
+            shown.push_back(channel.targets.boundary[i]);
+        }
+        channel.targets.boundary = std::move(shown);
+    }
+    scene.outlineStep = static_cast<int>(every);
+    scene.notes.push_back("outlines are shown with every " + ordinal(every) + " of their samples");
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -20,6 +20,8 @@ public:
     struct Limits {
         std::size_t triangles = 60000;  ///< per surface
         std::size_t points = 60000;     ///< of the cloud
+        std::size_t targets = 100000;   ///< of all channels together
+        std::size_t samples = 50000;    ///< of all outlines together
     };
 
     SceneCollector() : SceneCollector(Limits{}) {}
@@ -33,6 +35,9 @@ public:
 private:
     void addScreens(DisplayScene& scene) const;
     void addCloud(DisplayScene& scene) const;
+    /// Every so many columns and rows, and samples.
+    void thinTargets(DisplayScene& scene) const;
+    void thinOutlines(DisplayScene& scene) const;
 
     Limits m_limits;
 };

@@ -25,12 +25,12 @@ constexpr std::size_t MOST_NOTES = 4;
 /// Width of a letter with its space, as a share of the height of a capital one: of the widest ones.
 constexpr double LETTER_WIDTH = 0.95;
 
-std::string countsOf(const ChannelTargets& targets) {
-    const std::size_t placed = targets.grid.size();
-    if (placed + targets.gridMissed == 0) {
-        return "outline alone, " + std::to_string(targets.boundary.size()) + " samples";
+std::string countsOf(const SceneChannel& channel) {
+    const ChannelTargets& targets = channel.targets;
+    if (channel.placed + targets.gridMissed == 0) {
+        return "outline alone, " + std::to_string(channel.samples) + " samples";
     }
-    return std::to_string(placed) + " targets, " + std::to_string(targets.gridMissed) + " missed";
+    return std::to_string(channel.placed) + " targets, " + std::to_string(targets.gridMissed) + " missed";
 }
 
 }  // namespace
@@ -68,7 +68,7 @@ void SceneLegend::addChannels(Drawing& drawing, const DisplayScene& scene) const
         drawing.texts.push_back({left + 2.6 * m_size, down, fitting(channel.targets.name, room, m_size), m_size, INK,
                                  Drawing::Anchor::LEFT});
         const bool isFaulty = !channel.targets.fault.empty();
-        const std::string text = isFaulty ? channel.targets.fault : countsOf(channel.targets);
+        const std::string text = isFaulty ? channel.targets.fault : countsOf(channel);
         const double small = 0.8 * m_size;
         drawing.texts.push_back({left + 2.6 * m_size, down + 1.7 * m_size, fitting(text, room, small), small,
                                  isFaulty ? FAULT_INK : PALE_INK, Drawing::Anchor::LEFT});

@@ -97,7 +97,7 @@ Json jsonOf(const ChannelFrustum& frustum, const Normal& normal) {
             {"mirrorTriangles", indexText(frustum.mirrorTriangles)}};
 }
 
-Json jsonOf(const SceneChannel& channel, const Normal& normal) {
+Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) {
     std::vector<P3> points;
     std::vector<std::int32_t> cells;
     std::vector<double> picture;
@@ -113,6 +113,9 @@ Json jsonOf(const SceneChannel& channel, const Normal& normal) {
             {"height", channel.height},
             {"fault", channel.targets.fault},
             {"remark", channel.targets.remark},
+            {"placed", channel.placed},
+            {"samples", channel.samples},
+            {"outlineStep", outlineStep},
             {"gridMissed", channel.targets.gridMissed},
             {"boundaryMissed", channel.targets.boundaryMissed},
             {"points", normal.text(points)},
@@ -166,6 +169,7 @@ Json jsonOf(const DisplayScene& scene) {
         {"unit", scene.unit},
         {"columns", scene.plan.columns},
         {"rows", scene.plan.rows},
+        {"targetStep", scene.targetStep},
         {"centre", coordinates(normal.centre())},
         {"scale", normal.scale()},
         {"home", coordinates(SceneCamera::directionOf("home", scene))},
@@ -173,7 +177,8 @@ Json jsonOf(const DisplayScene& scene) {
         {"notes", scene.notes},
         {"surfaces", listOf(scene.surfaces, [&](const SceneSurface& surface) { return jsonOf(surface, normal); })},
         {"cloud", scene.cloud ? Json{{"points", normal.text(scene.cloud->points)}} : Json()},
-        {"channels", listOf(scene.channels, [&](const SceneChannel& channel) { return jsonOf(channel, normal); })},
+        {"channels", listOf(scene.channels,
+                            [&](const SceneChannel& channel) { return jsonOf(channel, scene.outlineStep, normal); })},
         {"eyes", listOf(scene.eyes,
                         [](const ScenePlace& eye) {
                             return Json{{"name", eye.name}, {"point", coordinates(eye.point)}};

@@ -195,9 +195,10 @@ private:
             places.emplace(std::pair(target.column, target.row), target.point);
         }
         for (const auto& [cell, a] : places) {
-            const auto right = places.find({cell.first + 1, cell.second});
-            const auto down = places.find({cell.first, cell.second + 1});
-            const auto across = places.find({cell.first + 1, cell.second + 1});
+            const int step = m_scene.targetStep;
+            const auto right = places.find({cell.first + step, cell.second});
+            const auto down = places.find({cell.first, cell.second + step});
+            const auto across = places.find({cell.first + step, cell.second + step});
             if (right != places.end() && down != places.end() && across != places.end()) {
                 addTriangle(a, right->second, across->second, channel.colour, PICTURE_OPACITY);
                 addTriangle(a, across->second, down->second, channel.colour, PICTURE_OPACITY);
@@ -208,7 +209,8 @@ private:
     void addTargets(const SceneChannel& channel) {
         // Dense grids get smaller dots, so that the spaces between them stay.
         constexpr double DENSE = 40;
-        const double size = DOT * std::min(1.0, DENSE / std::max(m_scene.plan.columns, m_scene.plan.rows));
+        const double size =
+            DOT * std::min(1.0, DENSE * m_scene.targetStep / std::max(m_scene.plan.columns, m_scene.plan.rows));
         const Colour dark = mixed(channel.colour, BLACK, 0.25);
         addLoop(channel.targets.boundary, dark, THICK);
         for (const GridTarget& target : channel.targets.grid) {

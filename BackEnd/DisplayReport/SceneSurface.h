@@ -21,6 +21,8 @@ struct SceneSurface {
     std::vector<Triangle> triangles;  ///< indices into `vertices`
     std::vector<Edge> border;         ///< edges that belong to one triangle alone; indices into `vertices`
     std::size_t trianglesOfMesh = 0;  ///< of the mesh before it was thinned; 0 for a shape given by its numbers
+    std::size_t trianglesFarOff = 0;  ///< left out: they reach to no place, or to where no picture could hold the rest
+
     [[nodiscard]] bool isThinned() const { return trianglesOfMesh > triangles.size(); }
 };
 

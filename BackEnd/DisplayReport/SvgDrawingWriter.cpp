@@ -148,8 +148,8 @@ void SvgDrawingWriter::write(const Drawing& drawing, std::ostream& out) const {
 }
 
 SceneCollector::Limits SvgDrawingWriter::limits() const {
-    // A few hundred kilobytes: an editor of drawings still opens them.
-    return {3000, 1000};
+    // A few megabytes at the most: an editor of drawings still opens them.
+    return {3000, 1000, 10000, 10000};
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -62,4 +62,16 @@ TEST(ViewCommand, FaultsOfTheCommandAreThoseOfTargets) {
     EXPECT_EQ(runScreenManager({"view", file, "--grid", "0x1"}).exitCode, 2);
 }
 
+TEST(ViewCommand, APageOfMillionsOfTargetsStaysSmallAndSaysWhatItShows) {
+    const TemporaryFolder folder;
+    const std::string page = folder.file("page.html");
+    const ProgramRun run = runScreenManager(
+        {"view", EXAMPLES + "planar-wall/display.xml", "-o", page, "--grid", "500x500", "--boundary", "20000"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.errors, HasSubstr("of 1,500,000 targets are shown"));
+    const std::string text = folder.read("page.html");
+    EXPECT_LT(text.size(), 25'000'000U);
+    EXPECT_EQ(dataOf(text).at("channels").at(0).at("placed"), 250000);
+}
+
 }  // namespace

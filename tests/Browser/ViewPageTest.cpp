@@ -84,6 +84,9 @@ protected:
         return std::nullopt;
     }
 
+    /// The picture without the panel, which shows the colours of the channels and the state of its buttons.
+    static PngImage sceneOf(HeadlessBrowser& browser) { return browser.screenshot().rightOf(PANEL); }
+
     /// What the page says of what was picked.
     static std::map<std::string, std::string> readout(HeadlessBrowser& browser) {
         return browser.evaluate(
@@ -104,7 +107,7 @@ TEST_F(ViewPageTest, EveryExampleIsShownWithoutAComplaint) {
                                 "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
         HeadlessBrowser& browser = open(EXAMPLES + example + "/display.xml");
         EXPECT_THAT(browser.complaints(), IsEmpty()) << example;
-        const PngImage image = browser.screenshot();
+        const PngImage image = sceneOf(browser);
         EXPECT_GT(image.count(ORANGE, SAME_COLOUR), 100U) << example << ": the first channel";
         EXPECT_GT(image.count(BLUE, SAME_COLOUR), 100U) << example << ": the second channel";
         ++shown;
@@ -115,15 +118,21 @@ TEST_F(ViewPageTest, EveryExampleIsShownWithoutAComplaint) {
 TEST_F(ViewPageTest, HidingAChannelTakesItsTargetsAway) {
     HeadlessBrowser& browser = open(EXAMPLES + "planar-wall/display.xml");
     showTargetsAlone(browser);
-    const std::size_t swatch = 400;  // the panel keeps the colour beside the name
-    const std::size_t before = browser.screenshot().count(ORANGE, SAME_COLOUR);
+    const std::size_t before = sceneOf(browser).count(ORANGE, SAME_COLOUR);
+    EXPECT_GT(before, 400U);
+    const auto dot = dotOf(browser.screenshot(), ORANGE);
+    ASSERT_TRUE(dot.has_value());
     const std::string first =
         browser.evaluate("document.querySelector('#channels label').textContent").get<std::string>();
     toggle(browser, first);
-    EXPECT_LT(browser.screenshot().count(ORANGE, SAME_COLOUR), swatch);
-    EXPECT_GT(before, swatch);
+    EXPECT_EQ(sceneOf(browser).count(ORANGE, SAME_COLOUR), 0U);
+    browser.click(dot->first, dot->second);
+    EXPECT_THAT(readout(browser), testing::Not(testing::Contains(testing::Pair("channel", first))))
+        << "what is hidden is not picked";
     toggle(browser, first);
-    EXPECT_EQ(browser.screenshot().count(ORANGE, SAME_COLOUR), before);
+    EXPECT_EQ(sceneOf(browser).count(ORANGE, SAME_COLOUR), before);
+    browser.click(dot->first, dot->second);
+    EXPECT_THAT(readout(browser), testing::Contains(testing::Pair("channel", first)));
     EXPECT_THAT(browser.complaints(), IsEmpty());
 }
 
@@ -161,9 +170,9 @@ TEST_F(ViewPageTest, APickedTargetIsOneOfTheTableAndLiesThere) {
 
 TEST_F(ViewPageTest, DraggingTurnsThePictureAndPicksNothing) {
     HeadlessBrowser& browser = open(EXAMPLES + "cylinder/display.xml");
-    const PngImage before = browser.screenshot();
+    const PngImage before = sceneOf(browser);
     browser.drag(700, 400, 800, 430);
-    const PngImage after = browser.screenshot();
+    const PngImage after = sceneOf(browser);
     EXPECT_NE(before.bytes, after.bytes);
     EXPECT_THAT(readout(browser), IsEmpty());
     EXPECT_THAT(browser.complaints(), IsEmpty());
@@ -171,11 +180,11 @@ TEST_F(ViewPageTest, DraggingTurnsThePictureAndPicksNothing) {
 
 TEST_F(ViewPageTest, TheMeasuredScreenGivesWayToTheContent) {
     HeadlessBrowser& browser = open(EXAMPLES + "curved-wall/display.xml");
-    const PngImage measured = browser.screenshot();
+    const PngImage measured = sceneOf(browser);
     browser.evaluate(
         "[...document.querySelectorAll('aside label')].find((one) => one.textContent === 'content')"
         ".querySelector('input').click()");
-    const PngImage content = browser.screenshot();
+    const PngImage content = sceneOf(browser);
     EXPECT_NE(measured.bytes, content.bytes);
 }
 
@@ -252,11 +261,11 @@ TEST_F(ViewPageTest, AScreenWithoutChannelsIsShown) {
     HeadlessBrowser& browser = open(EXAMPLES + "empty-wall/display.xml", "", 1);
     EXPECT_THAT(browser.evaluate("document.querySelector('#notes').textContent").get<std::string>(),
                 testing::HasSubstr("no projectors"));
-    const PngImage with = browser.screenshot();
+    const PngImage with = sceneOf(browser);
     browser.evaluate(
         "[...document.querySelectorAll('aside label')].find((one) => one.textContent === 'none')"
         ".querySelector('input').click()");
-    EXPECT_NE(with.bytes, browser.screenshot().bytes);
+    EXPECT_NE(with.bytes, sceneOf(browser).bytes);
     EXPECT_THAT(browser.complaints(), IsEmpty());
 }
 

@@ -36,7 +36,7 @@ TEST(DisplayScene, TheFrameHoldsWhatStandsNear) {
     scene.channels[0].frustum.emplace();
     scene.channels[0].frustum->apex = {0, -1, 3};
     scene.channels[0].frustum->edges = {{{0, -1, 3}, {0, 6, 0}}};
-    scene.cloud = SceneCloud{{{-3, 5, 0}}, 1};
+    scene.cloud = SceneCloud{{{-3, 5, 0}}};
     EXPECT_EQ(scene.frame().minimum(), (P3{-3, -1, -1}));
     EXPECT_EQ(scene.frame().maximum(), (P3{2, 6, 3}));
 }
@@ -46,7 +46,7 @@ TEST(DisplayScene, OneOutlierDoesNotShrinkThePicture) {
     scene.eyes[0].point = {1e9, 0, 0};
     scene.channels[0].targets.grid[0].point = {0, 1e9, 0};
     scene.channels[0].targets.boundary[0] = {0, 0, -1e9};
-    scene.cloud = SceneCloud{{{1e9, 1e9, 1e9}}, 1};
+    scene.cloud = SceneCloud{{{1e9, 1e9, 1e9}}};
     EXPECT_EQ(scene.frame().minimum(), (P3{-2, 5, -1}));
     EXPECT_EQ(scene.frame().maximum(), (P3{2, 5, 1}));
 }

@@ -120,6 +120,29 @@ TEST(MeshThinner, FarFromTheOriginTheShapeIsTheSame) {
     }
 }
 
+// One slip in a file shall not make the wall a speck, or remove it.
+TEST(MeshThinner, ATriangleThatReachesVeryFarIsLeftOutAndCounted) {
+    for (const std::uint32_t cells : {2U, 40U, 300U}) {
+        TriangleMesh mesh = wall(cells);
+        mesh.vertices.emplace_back(1e9, -1e9, 1e9);
+        mesh.triangles.push_back({0, 1, static_cast<std::uint32_t>(mesh.vertices.size() - 1)});
+        const SceneSurface surface = MeshThinner(5000).thin(mesh);
+        EXPECT_EQ(surface.trianglesFarOff, 1U) << cells;
+        EXPECT_GE(surface.triangles.size(), std::min<std::size_t>(2 * cells * cells, 1000)) << cells;
+        for (const P3& vertex : surface.vertices) {
+            EXPECT_LE(norm(vertex), 2) << cells;
+        }
+    }
+}
+
+TEST(MeshThinner, LongMeshesAndFarOnesLoseNothing) {
+    TriangleMesh mesh = wall(10, {1e9, 1e9, 1e9});
+    mesh.vertices.emplace_back(1e9 + 1000, 1e9, 1e9);
+    mesh.triangles.push_back({0, 1, static_cast<std::uint32_t>(mesh.vertices.size() - 1)});
+    EXPECT_EQ(MeshThinner(5000).thin(mesh).trianglesFarOff, 0U);
+    EXPECT_EQ(MeshThinner(5000).thin(mesh).triangles.size(), 201U);
+}
+
 TEST(MeshThinner, WhatIsNotFiniteIsLeftOut) {
     TriangleMesh mesh = wall(2);
     mesh.vertices[0] = {std::numeric_limits<double>::quiet_NaN(), 0, 0};

@@ -159,4 +159,42 @@ TEST_F(SceneCollectorTest, ADisplayBeyondAllNumbersIsSaidAndNotDrawn) {
                 ElementsAre(HasSubstr("the content screen has no surface"), HasSubstr("are not places in space")));
 }
 
+TEST_F(SceneCollectorTest, TooManyTargetsAreThinnedByColumnsAndRowsAndItIsSaid) {
+    const auto config = displays::parsed(displays::FLAT, displays::projector("A", displays::WHOLE_AREA) +
+                                                             displays::projector("B", displays::WHOLE_AREA));
+    ASSERT_TRUE(ScreenLoader::load(*config).empty());
+    const TargetSurvey survey = TargetPlacer({30, 20, 25}).place(*config);
+    SceneCollector::Limits limits;
+    limits.targets = 150;
+    limits.samples = 60;
+    const DisplayScene scene = SceneCollector(limits).collect("title", *config, survey, {});
+    // Of 1200 targets every third leaves 2 x 70; of 200 samples every fourth 2 x 25.
+    EXPECT_EQ(scene.targetStep, 3);
+    EXPECT_EQ(scene.outlineStep, 4);
+    for (const SceneChannel& channel : scene.channels) {
+        EXPECT_EQ(channel.targets.grid.size(), 70U);
+        EXPECT_EQ(channel.placed, 600U);
+        EXPECT_EQ(channel.targets.boundary.size(), 25U);
+        EXPECT_EQ(channel.samples, 100U);
+        for (const GridTarget& target : channel.targets.grid) {
+            EXPECT_EQ(target.column % 3 + target.row % 3, 0);
+        }
+    }
+    EXPECT_THAT(scene.notes, ElementsAre("140 of 1,200 targets are shown, every 3rd column and row",
+                                         "outlines are shown with every 4th of their samples"));
+    EXPECT_TRUE(scene.complete) << "nothing is wrong";
+}
+
+TEST_F(SceneCollectorTest, AllTargetsWithinTheLimitAreShown) {
+    const auto config = displays::parsed(displays::FLAT, displays::projector("A", displays::WHOLE_AREA));
+    SceneCollector::Limits limits;
+    limits.targets = 6;
+    limits.samples = 8;
+    const DisplayScene scene = collect(*config, limits);
+    EXPECT_THAT(scene.notes, IsEmpty());
+    EXPECT_EQ(scene.channels[0].targets.grid.size(), 6U);
+    EXPECT_EQ(scene.targetStep, 1);
+    EXPECT_EQ(scene.outlineStep, 1);
+}
+
 }  // namespace

@@ -34,6 +34,7 @@ TEST(SceneLegend, NamesTheDisplayAndItsChannelsWithTheirCounts) {
 TEST(SceneLegend, AChannelWithoutAGridHasItsOutlineCounted) {
     DisplayScene scene = scenes::wall();
     scene.channels[0].targets.grid.clear();
+    scene.channels[0].placed = 0;
     EXPECT_THAT(textsOf(scene), Contains("outline alone, 4 samples"));
 }
 

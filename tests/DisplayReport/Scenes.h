@@ -29,6 +29,8 @@ inline Veltrani::DisplayReport::DisplayScene wall() {
                             {1, 0, {1.0, 0.0}, {0, 5, 1}},
                             {1, 1, {1.0, 1.0}, {0, 5, -1}}};
     channel.targets.boundary = {{-2, 5, 1}, {0, 5, 1}, {0, 5, -1}, {-2, 5, -1}};
+    channel.placed = channel.targets.grid.size();
+    channel.samples = channel.targets.boundary.size();
     scene.channels = {channel};
     scene.eyes = {{"eye point", Point<double, 3>()}};
     return scene;

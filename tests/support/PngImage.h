@@ -36,6 +36,17 @@ struct PngImage {
         return {bytes[i], bytes[i + 1], bytes[i + 2]};
     }
 
+    /// What lies right of a column, that one included.
+    [[nodiscard]] PngImage rightOf(std::size_t left) const {
+        PngImage part{width - left, height, {}};
+        for (std::size_t down = 0; down < height; ++down) {
+            const auto row = bytes.begin() + static_cast<std::ptrdiff_t>(3 * down * width);
+            part.bytes.insert(part.bytes.end(), row + static_cast<std::ptrdiff_t>(3 * left),
+                              row + static_cast<std::ptrdiff_t>(3 * width));
+        }
+        return part;
+    }
+
     /// Pixels that are like that colour in each part to within `tolerance`.
     [[nodiscard]] std::size_t count(const Colour& colour, int tolerance) const {
         std::size_t found = 0;

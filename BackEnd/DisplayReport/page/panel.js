@@ -17,9 +17,9 @@ function check(text, isOn, changed, kind = 'checkbox', group = '') {
 }
 
 function counts(channel) {
-  const placed = channel.cells.length / 2;
+  const { placed } = channel;
   const targets = placed || channel.gridMissed ? `${placed} targets, ${channel.gridMissed} missed` : 'no grid';
-  const outline = `outline ${channel.boundary.length / 3} of ${channel.boundary.length / 3 + channel.boundaryMissed}`;
+  const outline = `outline ${channel.samples} of ${channel.samples + channel.boundaryMissed}`;
   return `${targets}; ${outline}; ${channel.width} x ${channel.height} pixels`;
 }
 
@@ -33,7 +33,7 @@ function channelRow(item, view) {
   const row = element('li', {}, element('div', { className: 'row' }, label, only),
     element('small', { textContent: counts(channel) }));
   if (!channel.frustum) {
-    row.append(element('small', { textContent: 'no frustum is configured' }));
+    row.append(element('small', { textContent: 'no frustum is drawn' }));
   }
   for (const text of [channel.remark, channel.fault]) {
     if (text) {

@@ -41,7 +41,7 @@ function sampleOf(item, i) {
   return {
     channel: channel.name,
     projector: channel.projector,
-    sample: i,
+    sample: i * channel.outlineStep,
     point: [...channel.exactBoundary.slice(3 * i, 3 * i + 3)],
     place: channel.boundary.slice(3 * i, 3 * i + 3),
   };

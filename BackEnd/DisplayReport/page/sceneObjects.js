@@ -42,17 +42,17 @@ function sheet(points, index, colour, opacity, order) {
 }
 
 // The cells of a grid of which all four corners lie on the screen.
-function cellTriangles(channel, rows) {
+function cellTriangles(channel, rows, step) {
   const place = new Map();
   for (let i = 0; i < channel.cells.length / 2; ++i) {
     place.set(channel.cells[2 * i] * rows + channel.cells[2 * i + 1], i);
   }
   const triangles = [];
   for (const [key, a] of place) {
-    const b = place.get(key + 1);
-    const c = place.get(key + rows);
-    const d = place.get(key + rows + 1);
-    const isLastRow = key % rows === rows - 1;
+    const b = place.get(key + step);
+    const c = place.get(key + step * rows);
+    const d = place.get(key + step * rows + step);
+    const isLastRow = key % rows + step >= rows;
     if (!isLastRow && b !== undefined && c !== undefined && d !== undefined) {
       triangles.push(a, b, d, a, d, c);
     }
@@ -135,9 +135,9 @@ function makeFrustum(scene, channel) {
 }
 
 export function makeChannel(scene, channel) {
-  const size = Math.min(6, Math.max(2.5, 90 / Math.max(scene.columns, scene.rows)));
+  const size = Math.min(6, Math.max(2.5, 90 * scene.targetStep / Math.max(scene.columns, scene.rows)));
   const parts = {
-    pictures: sheet(channel.points, cellTriangles(channel, scene.rows), channel.colour, 0.28, ORDER.fill),
+    pictures: sheet(channel.points, cellTriangles(channel, scene.rows, scene.targetStep), channel.colour, 0.28, ORDER.fill),
     targets: dots(scene, channel.points, channel.colour, size, DISC, ORDER.dot),
     outlines: line(LineLoop, channel.boundary, channel.colour, 1),
     frusta: makeFrustum(scene, channel),
