@@ -11,17 +11,6 @@ bool isContinuationByte(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-std::string_view cutBetweenCharacters(std::string_view text) {
-    if (text.size() <= LONGEST_QUOTE_BYTES) {
-        return text;
-    }
-    std::size_t bytes = LONGEST_QUOTE_BYTES;
-    while (bytes > 0 && isContinuationByte(text[bytes])) {
-        --bytes;
-    }
-    return text.substr(0, bytes);
-}
-
 }  // namespace
 
 std::string onOneLine(std::string_view text) {
@@ -41,8 +30,21 @@ std::string onOneLine(std::string_view text) {
 }
 
 std::string inQuotes(std::string_view text) {
-    const std::string_view shown = cutBetweenCharacters(text);
-    return "\"" + onOneLine(shown) + (shown.size() < text.size() ? "...\"" : "\"");
+    std::string shown;
+    for (std::size_t i = 0; i < text.size();) {
+        std::size_t end = i + 1;
+        while (end < text.size() && isContinuationByte(text[end])) {
+            ++end;
+        }
+        // What is spelled out is longer than what stands in the text.
+        const std::string character = onOneLine(text.substr(i, end - i));
+        if (shown.size() + character.size() > LONGEST_QUOTE_BYTES) {
+            return "\"" + shown + "...\"";
+        }
+        shown += character;
+        i = end;
+    }
+    return "\"" + shown + "\"";
 }
 
 }  // namespace Veltrani

@@ -20,6 +20,15 @@ TEST(QuotedText, QuotesStayOnTheirLineAndShort) {
     EXPECT_EQ(inQuotes(std::string(121, 'x')), "\"" + std::string(120, 'x') + "...\"");
 }
 
+TEST(QuotedText, WhatIsSpelledOutCountsAsItIsShown) {
+    std::string thirty;
+    for (int i = 0; i < 30; ++i) {
+        thirty += "\\x00";
+    }
+    EXPECT_EQ(inQuotes(std::string(30, '\0')), "\"" + thirty + "\"");
+    EXPECT_EQ(inQuotes(std::string(31, '\0')), "\"" + thirty + "...\"");
+}
+
 TEST(QuotedText, AQuoteIsNeverCutInsideACharacter) {
     EXPECT_EQ(inQuotes(std::string(119, 'x') + "\u20ac and more"), "\"" + std::string(119, 'x') + "...\"");
     EXPECT_EQ(inQuotes(std::string(200, '\x80')), "\"...\"") << "no character at all";
