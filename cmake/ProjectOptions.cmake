@@ -53,7 +53,16 @@ if(SM_SANITIZERS)
     target_compile_options(sm_options INTERFACE -fno-sanitize-recover=undefined)
   endif()
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    target_compile_options(sm_options INTERFACE -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignores.txt)
+    # By a name that tells the content and, with Ninja, not the folder: the compiler cache, which knows the list by its name
+    # alone, then serves every clone and nothing that was compiled with another list.
+    set(_ignores "${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignores.txt")
+    file(SHA1 "${_ignores}" _digest)
+    configure_file("${_ignores}" "${CMAKE_BINARY_DIR}/sanitizer-ignores-${_digest}.txt" COPYONLY)
+    set(_folder "${CMAKE_BINARY_DIR}/")
+    if(CMAKE_GENERATOR MATCHES "Ninja")
+      set(_folder "")
+    endif()
+    target_compile_options(sm_options INTERFACE "-fsanitize-ignorelist=${_folder}sanitizer-ignores-${_digest}.txt")
     # Shared libraries leave the run-time symbols of the sanitizer to the program.
     get_target_property(_options sm_options INTERFACE_LINK_OPTIONS)
     list(REMOVE_ITEM _options -Wl,--no-undefined)
