@@ -47,17 +47,10 @@ void Channel::setName(const std::wstring& name) {
     if (m_config == nullptr) {
         throw VeltraniException(__FILE__, __LINE__, L"setName: channel \"" + m_name + L"\" has no configuration entry");
     }
-    std::wstring previous = m_name;
     if (&name != &m_name) {
         m_name = name;
     }
-    try {
-        m_config->setName(m_name);
-    } catch (...) {
-        // A name that the entry refuses must not be the channel's either: a save would lose it.
-        m_name = std::move(previous);
-        throw;
-    }
+    m_config->setName(m_name);
 }
 
 void Channel::setTargetLocator(std::shared_ptr<const TargetLocator> locator) {

@@ -140,11 +140,14 @@ TEST_F(ChannelTest, RenamingToItsOwnNameStillRenamesTheEntry) {
     EXPECT_EQ(entry.name, L"Left");
 }
 
-TEST_F(ChannelTest, ANameThatTheEntryRefusesIsNotTaken) {
+TEST_F(ChannelTest, ANameThatTheEntryRefusesIsTheChannelsAlready) {
+    entry.name = L"Left";
     entry.throwFrom("setName", std::runtime_error("refused"));
     EXPECT_THROW(channel.setName(L"Right"), std::runtime_error);
-    EXPECT_EQ(channel.getName(), L"Left");
-    EXPECT_EQ(channel.getChannelId(), Channel::Id("Left"));
+    EXPECT_EQ(channel.getName(), L"Right");
+    EXPECT_EQ(channel.getChannelId(), Channel::Id("Right"));
+    EXPECT_EQ(entry.name, L"Left");
+    EXPECT_THAT(trace.lines(), ElementsAre("projector.setName(\"Right\")")) << "handed over once";
 }
 
 TEST_F(ChannelTest, RenamingWithoutAnEntryIsAFaultThatNamesTheChannel) {
