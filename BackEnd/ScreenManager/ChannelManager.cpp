@@ -370,8 +370,12 @@ void ChannelManager::initializeChannel(const std::wstring& id, const ProjectorBi
                           L"projectors already in the configuration.");
         throw ChannelSwapException(entry->getSectionID(), bound.uid);
     }
-    binding.claim(id, *entry, bound);
-    releaseOnFault(*m_deviceManager, bound.device, [&] { appendChannel(*entry, bound.uid); });
+    releaseOnFault(*m_deviceManager, bound.device, [&] {
+        // A virtual projector whose snippet holds no identity is found by this alone. That the manager declines is no
+        // fault: it may keep no entries, hand out views of its devices, or have one object for every id.
+        m_deviceManager->bindDevice(bound.device, bound.uid);
+        appendChannel(*entry, bound.uid);
+    });
 }
 
 /// Every channel is looked at, whether the new device has a place or not: one without a device is a fault of its own.

@@ -237,36 +237,102 @@ TEST_F(ChannelSetupTest, AnEntryMayBeCalledAsAVirtualProjectorWouldBe) {
     EXPECT_EQ(real.deviceCount(), 0U);
 }
 
-TEST_F(ChannelSetupTest, AnEntryWhoseDeviceAnotherManagerHasIsRefusedAndTheOthersChannelKeepsIts) {
+// The id of an entry without an address leads to the device that was bound to it first.
+TEST_F(ChannelSetupTest, ASecondManagerOnTheSameDevicesHasChannelsOfItsOwn) {
     useDeviceManager(&real);
     addEntry(L"A", L"A").deviceSnippet = L"";
     DravixDiagnostics::setVirtualLoad(true);
     manager->initialize(false);
-    {
-        ChannelManager second(&config);
-        const auto fault = faultOf<ChannelSwapException>([&] { second.initialize(true); });
-        EXPECT_EQ(fault.projectorName, L"section A");
-        EXPECT_EQ(fault.replacementName, L"A");
-        EXPECT_EQ(second.getNumberOfChannels(), 0);
-    }
-    EXPECT_EQ(log.messages().back(), "ERROR A cannot be bound to its device: another device is in use as A already.");
-    EXPECT_NE(manager->getDeviceRefactor(0), nullptr);
-    EXPECT_EQ(real.deviceCount(), 1U);
+    auto* const first = manager->getDeviceRefactor(0);
+    ChannelManager second(&config);
+    second.initialize(false);
+    EXPECT_EQ(second.getNumberOfChannels(), 1);
+    EXPECT_EQ(second.getDeviceRefactor(0), first);
+    EXPECT_EQ(manager->getDeviceRefactor(0), first);
 }
 
-// A manager of others that keeps no entries, as the default of the interface has it.
+/// A manager that keeps no entries, as the default of the interface has it.
+struct UnbindingManager : DeviceManagerDouble {
+    using DeviceManagerDouble::DeviceManagerDouble;
+    bool bindDevice(Veltrani::DeviceFramework2::AbstractDevice* device, const std::wstring& id) override {
+        record("bindDevice", id);
+        return IDeviceManager::bindDevice(device, id);
+    }
+};
+
 TEST_F(ChannelSetupTest, AManagerThatBindsNothingIsNoConflict) {
-    struct Unbinding : DeviceManagerDouble {
-        using DeviceManagerDouble::DeviceManagerDouble;
-        bool bindDevice(Veltrani::DeviceFramework2::AbstractDevice* device, const std::wstring& id) override {
-            return IDeviceManager::bindDevice(device, id);
-        }
-    } unbinding;
+    UnbindingManager unbinding(&trace);
     useDeviceManager(&unbinding);
     unbinding.creatable[{addEntry(L"P0", L"A").deviceSnippet, true}] = &makeDevice(L"P0");
     manager->initialize(false);
     EXPECT_THAT(channels(), ElementsAre(L"A at P0"));
+    EXPECT_EQ(unbinding.calls("getDevice"), 0U) << "nobody looks for another device";
+    EXPECT_EQ(unbinding.calls("releaseDevice"), 0U);
     manager.reset();
+}
+
+TEST_F(ChannelSetupTest, AManagerThatKnowsAnotherObjectUnderTheIdIsNoConflict) {
+    UnbindingManager views(&trace);
+    useDeviceManager(&views);
+    views.creatable[{addEntry(L"P0", L"A").deviceSnippet, true}] = &makeDevice(L"P0");
+    DeviceDouble& view = makeDevice(L"view of P0");
+    views.devices[L"P0"] = &view;
+    manager->initialize(false);
+    EXPECT_THAT(channels(), ElementsAre(L"A at P0"));
+    EXPECT_EQ(manager->getDeviceRefactor(0), &view);
+    EXPECT_EQ(views.calls("releaseDevice"), 0U);
+    manager.reset();
+}
+
+TEST_F(ChannelSetupTest, AManagerWithOneObjectForEveryIdIsNoConflict) {
+    struct OneForAll : UnbindingManager {
+        using UnbindingManager::UnbindingManager;
+        DeviceDouble* only = nullptr;
+        Veltrani::DeviceFramework2::AbstractDevice* getDevice(const std::wstring& /*id*/) override { return only; }
+    } oneForAll(&trace);
+    useDeviceManager(&oneForAll);
+    oneForAll.only = &makeDevice(L"any");
+    for (const wchar_t* id : {L"P0", L"P1"}) {
+        oneForAll.creatable[{addEntry(id, id).deviceSnippet, true}] = &makeDevice(id);
+    }
+    manager->initialize(false);
+    EXPECT_THAT(channels(), ElementsAre(L"P0 at P0", L"P1 at P1"));
+    manager.reset();
+}
+
+TEST_F(ChannelSetupTest, ADeviceThatCannotBeBoundIsReleasedAndTheFaultGoesOn) {
+    addProjector(L"P0", L"A");
+    devices.throwFrom("bindDevice", VeltraniException(L"out of order"));
+    EXPECT_EQ(faultOf<VeltraniException>([&] { manager->initialize(true); }).message, L"out of order");
+    EXPECT_EQ(manager->getNumberOfChannels(), 0);
+    EXPECT_EQ(trace.lines().back(), "devices.releaseDevice(\"P0\")");
+    EXPECT_EQ(devices.calls("releaseDevice"), 1U);
+    EXPECT_EQ(entry(0).calls("setName"), 0U) << "no channel was begun";
+}
+
+TEST_F(ChannelSetupTest, AFaultAnywhereBetweenDeviceAndChannelReleasesTheDeviceOnce) {
+    const auto check = [&](auto& party, const std::string& operation) {
+        party.throwOnce(operation, std::runtime_error(operation));
+        const std::size_t before = devices.calls("releaseDevice");
+        EXPECT_EQ(std::string(faultOf<std::runtime_error>([&] { manager->initialize(true); }).what()), operation);
+        EXPECT_EQ(devices.calls("releaseDevice"), before + 1) << operation;
+        EXPECT_EQ(manager->getNumberOfChannels(), 0) << operation;
+        party.throwNoMore(operation);
+    };
+    DeviceDouble& projector = addProjector(L"P0", L"A");
+    // What the entry keeps from the round that stored it.
+    devices.creatable[{projector.deviceSnippet, true}] = &projector;
+    check(entry(0), "getIdentity");
+    check(projector, "getUidSourceText");
+    check(config, "renameProjectorConfig");
+    check(projector, "getDeviceSnippet");
+    check(entry(0), "setDeviceSnippet");
+    check(projector, "getLocation");
+    check(devices, "bindDevice");
+    check(entry(0), "getName");
+    check(entry(0), "setName");
+    manager->initialize(true);
+    EXPECT_EQ(manager->getNumberOfChannels(), 1) << "nothing of the faults is left";
 }
 
 }  // namespace

@@ -43,24 +43,6 @@ ProjectorBinding::Result ProjectorBinding::bind(const std::wstring& id, Projecto
     return {device, uid};
 }
 
-void ProjectorBinding::claim(const std::wstring& id, const ProjectorConfig& entry, const Result& bound) const {
-    if (releaseOnFault(*m_deviceManager, bound.device, [&] { return isTaken(bound); })) {
-        m_deviceManager->releaseDevice(bound.device);
-        VELTRANI_LOG(LOGGER, Error,
-                     id + L" cannot be bound to its device: another device is in use as " + bound.uid + L" already.");
-        throw ChannelSwapException(entry.getSectionID(), bound.uid);
-    }
-}
-
-/// A manager that keeps no entries refuses every binding; that alone is no conflict.
-bool ProjectorBinding::isTaken(const Result& bound) const {
-    if (m_deviceManager->bindDevice(bound.device, bound.uid)) {
-        return false;
-    }
-    const auto* const present = m_deviceManager->getDevice(bound.uid);
-    return present != nullptr && present != bound.device;
-}
-
 Device* ProjectorBinding::acquire(const std::wstring& id, const ProjectorConfig& entry) const {
     try {
         Device* const device = DravixDiagnostics::doVirtualLoad() ? createVirtual(id, entry) : createConfigured(entry);

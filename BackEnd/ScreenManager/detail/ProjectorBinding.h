@@ -34,13 +34,7 @@ public:
     /// `ChannelSwapException` when another entry has the UID. Whatever is thrown, no device is left behind.
     Result bind(const std::wstring& id, ProjectorConfig& entry) const;
 
-    /// Tells the device manager that the device is kept under its UID: a virtual projector whose snippet holds no
-    /// identity is found by that alone. Throws `ChannelSwapException` when another device is; the device is then
-    /// released.
-    void claim(const std::wstring& id, const ProjectorConfig& entry, const Result& bound) const;
-
 private:
-    [[nodiscard]] bool isTaken(const Result& bound) const;
     [[nodiscard]] Veltrani::DeviceFramework2::Device* acquire(const std::wstring& id,
                                                               const ProjectorConfig& entry) const;
     [[nodiscard]] Veltrani::DeviceFramework2::Device* createConfigured(const ProjectorConfig& entry) const;
