@@ -156,7 +156,7 @@ void ChannelManager::setChannelInputs(const std::vector<int>& inputs) {
 void ChannelManager::initialize(bool replaceMissingWithOffline) {
     VELTRANI_LOG(log, Info,
                  std::wstring(L"initialize: replaceMissingWithOffline ") + (replaceMissingWithOffline ? L"1" : L"0"));
-    const ProjectorBinding binding(m_config, m_deviceManager, replaceMissingWithOffline);
+    const ProjectorBinding binding(m_config, m_deviceManager, replaceMissingWithOffline, LOG4CXX_LOCATION);
     const std::vector<std::wstring> ids =
         m_config != nullptr ? m_config->getProjectorConfigIds() : std::vector<std::wstring>();
     for (const std::wstring& id : ids) {
@@ -186,7 +186,7 @@ bool ChannelManager::addChannel(Device* device, IDeviceManager* deviceManager) {
     if (entry == nullptr) {
         return false;
     }
-    DeviceEntry::store(*device, uid, *entry);
+    DeviceEntry::store(*device, uid, *entry, LOG4CXX_LOCATION);
     appendChannel(*entry, uid);
     return true;
 }
@@ -365,9 +365,10 @@ void ChannelManager::initializeChannel(const std::wstring& id, const ProjectorBi
     const ProjectorBinding::Result bound = binding.bind(id, *entry);
     if (releaseOnFault(*m_deviceManager, bound.device, [&] { return isAtThePlaceOfAChannel(*bound.device); })) {
         releaseDevice(bound.device);
-        VELTRANI_LOG(log, Error,
-                     id + L" is being associated with a duplicate device. Possibly IP addresses were remapped between "
-                          L"projectors already in the configuration.");
+        VELTRANI_LOG_AT(
+            binding.operation(), log, Error,
+            id + L" is being associated with a duplicate device. Possibly IP addresses were remapped between "
+                 L"projectors already in the configuration.");
         throw ChannelSwapException(entry->getSectionID(), bound.uid);
     }
     releaseOnFault(*m_deviceManager, bound.device, [&] {

@@ -22,9 +22,13 @@ public:
 /// with the location of the statement. `level` is one of Info, Warn, Error, Fatal.
 ///
 ///     VELTRANI_LOG(log, Info, L"initialize: replaceMissingWithOffline " + std::to_wstring(flag));
-#define VELTRANI_LOG(logger, level, wideText)                                                              \
-    do {                                                                                                   \
-        if ((logger)->is##level##Enabled()) {                                                              \
-            (logger)->forcedLog(::log4cxx::Level::get##level(), std::wstring(wideText), LOG4CXX_LOCATION); \
-        }                                                                                                  \
+#define VELTRANI_LOG(logger, level, wideText) VELTRANI_LOG_AT(LOG4CXX_LOCATION, logger, level, wideText)
+
+/// The same at the place of another statement: the parts of an operation log at the place of the operation, which hands
+/// its `LOG4CXX_LOCATION` on to them.
+#define VELTRANI_LOG_AT(location, logger, level, wideText)                                         \
+    do {                                                                                           \
+        if ((logger)->is##level##Enabled()) {                                                      \
+            (logger)->forcedLog(::log4cxx::Level::get##level(), std::wstring(wideText), location); \
+        }                                                                                          \
     } while (false)

@@ -61,6 +61,18 @@ TEST(LogStatement, CarriesTextAndLocation) {
     EXPECT_EQ(record.line, line);
 }
 
+TEST(LogStatement, CarriesTheLocationThatItIsGiven) {
+    LogTrap trap;
+    const log4cxx::spi::LocationInfo place("a/Operation.cpp", "Operation.cpp", "void Operation::run(int)", 12);
+    VELTRANI_LOG_AT(place, LOGGER, Error, L"text");
+    ASSERT_EQ(trap.messages(), std::vector<std::string>{"ERROR text"});
+    const LogTrap::Record& record = trap.records().front();
+    EXPECT_EQ(record.file, "a/Operation.cpp");
+    EXPECT_EQ(record.type, "Operation");
+    EXPECT_EQ(record.function, "run");
+    EXPECT_EQ(record.line, 12);
+}
+
 TEST(LogStatement, BuildsNoTextForALevelThatIsOff) {
     LogTrap trap(log4cxx::Level::getError());
     int built = 0;

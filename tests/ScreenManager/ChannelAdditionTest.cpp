@@ -76,6 +76,22 @@ TEST_F(ChannelAdditionTest, ANewDeviceBecomesTheLastChannelStepByStep) {
     EXPECT_TRUE(manager->getChannelInfo(1) == Channel(L"at P1", &stored, L"P1", -1, -1));
 }
 
+TEST_F(ChannelAdditionTest, TheRecordsAreLocatedInTheOperationAndThoseOfTheSnippetInTheirHelper) {
+    addEntry(L"P0", L"");
+    DeviceDouble& projector = makeDevice(L"P0");
+    projector.firmware = "1.0";
+    projector.refused = {"GetNativeResolution"};
+    EXPECT_TRUE(manager->addChannel(&projector, &devices));
+    const std::string here = "ChannelManager::addChannel in ChannelManager.cpp: addChannel() - ";
+    const std::string helper = "VeltraniLogging::multiLineLog in VeltraniLogging.cpp: ";
+    EXPECT_THAT(located(), ElementsAre(here + "Projector UID = [P0]", here + "Projector Firmware = [1.0]",
+                                       here + "Location desc = [at P0]",
+                                       helper + "addChannel() - Device snippet = ", helper + "<P0 now/>"));
+    EXPECT_EQ(log.records().front().file, "BackEnd/ScreenManager/ChannelManager.cpp");
+    EXPECT_GT(log.records().front().line, 0);
+    EXPECT_EQ(log.records().back().file, "Common/VeltraniLogging.cpp");
+}
+
 TEST_F(ChannelAdditionTest, TheNameOfANewChannelIsUnique) {
     makeChannels({L"here"});
     ProjectorConfigDouble& stored = addEntry(L"P1", L"");

@@ -80,6 +80,16 @@ protected:
         return names;
     }
 
+    /// Where each log record comes from, as "Type::function in File.cpp: " and its text.
+    [[nodiscard]] std::vector<std::string> located() const {
+        std::vector<std::string> texts;
+        for (const LogTrap::Record& record : log.records()) {
+            const std::string file = record.file.substr(record.file.rfind('/') + 1);
+            texts.push_back(record.type + "::" + record.function + " in " + file + ": " + record.message);
+        }
+        return texts;
+    }
+
     ProjectorConfigDouble& entry(std::size_t index) { return *m_entries.at(index); }
     DeviceDouble& device(std::size_t index) { return *m_devices.at(index); }
 

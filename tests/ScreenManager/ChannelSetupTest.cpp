@@ -70,6 +70,46 @@ TEST_F(ChannelSetupTest, EveryEntryBecomesAChannelInOrderStepByStep) {
     EXPECT_TRUE(manager->getChannelInfo(1) == Channel(L"Right", &entry(1), L"P1", -1, -1));
 }
 
+TEST_F(ChannelSetupTest, EveryRecordIsLocatedInTheOperation) {
+    const std::string here = "ChannelManager::initialize in ChannelManager.cpp: ";
+    // Replaced after either kind of fault, with and without success; the duplicate; the swap.
+    addEntry(L"P0", L"A").height = 1200;
+    devices.creatable[{L"<Wrapper><Projector Width='1920' Height='1200'><P0/></Projector></Wrapper>", false}] =
+        &makeDevice(L"P0");
+    manager->initialize(true);
+    EXPECT_THAT(located(),
+                ElementsAre(here + "initialize: replaceMissingWithOffline 1",
+                            here + "AddDevice threw ChannelInitializationException for P0",
+                            here + "Replacing projector P0with (offline) virtual projector", here + "initialize end"));
+    for (const LogTrap::Record& record : log.records()) {
+        EXPECT_EQ(record.file, "BackEnd/ScreenManager/ChannelManager.cpp");
+        EXPECT_GT(record.line, 0);
+    }
+
+    const auto lastAfterFault = [&] {
+        log.clear();
+        EXPECT_ANY_THROW(manager->initialize(true));
+        const std::vector<std::string> texts = located();
+        for (const std::string& text : texts) {
+            EXPECT_THAT(text, testing::StartsWith(here));
+        }
+        return texts.back();
+    };
+    config.projectors.clear();
+    addEntry(L"P1", L"B");
+    EXPECT_EQ(lastAfterFault(), here + "Virtual replace failed for P1");
+    devices.throwOnce("createDevice", std::runtime_error("broken"));
+    EXPECT_EQ(lastAfterFault(), here + "Virtual replace (2) failed for P1");
+
+    config.projectors.clear();
+    addProjector(L"P2", L"C").locationDescription = L"at P0";
+    EXPECT_THAT(lastAfterFault(), testing::StartsWith(here + "P2 is being associated with a duplicate device."));
+    addProjector(L"020000000001", L"D");
+    config.projectors.erase(config.projectors.begin());
+    addProjector(L"P3", L"E").uidSourceText = L"<Device mac='02:00:00:00:00:01'/>";
+    EXPECT_THAT(lastAfterFault(), testing::StartsWith(here + "P3 is replaced by 020000000001 which is already"));
+}
+
 TEST_F(ChannelSetupTest, EqualNamesAreMadeUniqueInChannelAndEntry) {
     addProjector(L"P0", L"Name");
     addProjector(L"P1", L"Name");

@@ -41,7 +41,7 @@ protected:
     void append(const spi::LoggingEventPtr& event, helpers::Pool&) override {
         const spi::LocationInfo& location = event->getLocationInformation();
         receive({utf8(event->getLevel()->toString()), utf8(event->getLoggerName()), utf8(event->getRenderedMessage()),
-                 location.getFileName(), location.getMethodName(), location.getLineNumber()});
+                 location.getFileName(), location.getClassName(), location.getMethodName(), location.getLineNumber()});
     }
 };
 

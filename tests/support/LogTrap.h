@@ -19,7 +19,8 @@ public:
         std::string logger;    ///< such as "Dravix.ScreenManager.Screen"
         std::string message;   ///< UTF-8
         std::string file;      ///< source path of the statement; "?" when the record has no location
-        std::string function;  ///< as the compiler spells it; "?" when the record has no location
+        std::string type;      ///< class of the function, as far as log4cxx makes one out
+        std::string function;  ///< without arguments; "?" when the record has no location
         int line = -1;         ///< -1 when the record has no location
     };
 

@@ -24,13 +24,15 @@ constexpr int USUAL_SIZE = 14;
 /// Some models come with two panels; this one takes the small size.
 constexpr Point<int, 2> SMALL_PANEL{2048, 1080};
 
-void logDevice(Device& device, const Location& place, const std::wstring& uid, const std::wstring& snippet) {
-    VELTRANI_LOG(LOGGER, Info, L"addChannel() - Projector UID = [" + uid + L"]");
+void logDevice(Device& device, const Location& place, const std::wstring& uid, const std::wstring& snippet,
+               const log4cxx::spi::LocationInfo& operation) {
+    VELTRANI_LOG_AT(operation, LOGGER, Info, L"addChannel() - Projector UID = [" + uid + L"]");
     // Asked for at any level of the log, so that a device without an answer shows it always.
     if (const auto firmware = askDevice<GetFirmware>(&device)) {
-        VELTRANI_LOG(LOGGER, Info, L"addChannel() - Projector Firmware = [" + Veltrani::fromUtf8(*firmware) + L"]");
+        VELTRANI_LOG_AT(operation, LOGGER, Info,
+                        L"addChannel() - Projector Firmware = [" + Veltrani::fromUtf8(*firmware) + L"]");
     }
-    VELTRANI_LOG(LOGGER, Info, L"addChannel() - Location desc = [" + place.getDescription() + L"]");
+    VELTRANI_LOG_AT(operation, LOGGER, Info, L"addChannel() - Location desc = [" + place.getDescription() + L"]");
     VeltraniLogging::multiLineLog(LOGGER, L"addChannel() - Device snippet = ", snippet);
 }
 
@@ -42,10 +44,11 @@ void setPondsOfMirror(ProjectorConfig& entry, int size) {
 
 }  // namespace
 
-void DeviceEntry::store(Device& device, const std::wstring& uid, ProjectorConfig& entry) {
+void DeviceEntry::store(Device& device, const std::wstring& uid, ProjectorConfig& entry,
+                        const log4cxx::spi::LocationInfo& operation) {
     const std::wstring snippet = device.getDeviceSnippet();
     if (const Location* const place = device.getLocation()) {
-        logDevice(device, *place, uid, snippet);
+        logDevice(device, *place, uid, snippet, operation);
     }
     entry.setDeviceSnippet(snippet);
     setPondsOfMirror(entry, pondOfMirrorSize(&device));

@@ -20,8 +20,9 @@ const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.ScreenMana
 
 }  // namespace
 
-ProjectorBinding::ProjectorBinding(XMLConfigManager* config, IDeviceManager* deviceManager, bool replaceMissing)
-    : m_config(config), m_deviceManager(deviceManager), m_replaceMissing(replaceMissing) {}
+ProjectorBinding::ProjectorBinding(XMLConfigManager* config, IDeviceManager* deviceManager, bool replaceMissing,
+                                   const log4cxx::spi::LocationInfo& operation)
+    : m_config(config), m_deviceManager(deviceManager), m_replaceMissing(replaceMissing), m_operation(operation) {}
 
 ProjectorBinding::Result ProjectorBinding::bind(const std::wstring& id, ProjectorConfig& entry) const {
     Device* const device = acquire(id, entry);
@@ -34,9 +35,9 @@ ProjectorBinding::Result ProjectorBinding::bind(const std::wstring& id, Projecto
     });
     if (!renamed) {
         m_deviceManager->releaseDevice(device);
-        VELTRANI_LOG(LOGGER, Error,
-                     id + L" is replaced by " + uid +
-                         L" which is already in the config.  Quorvane does not support projector swapping");
+        VELTRANI_LOG_AT(m_operation, LOGGER, Error,
+                        id + L" is replaced by " + uid +
+                            L" which is already in the config.  Quorvane does not support projector swapping");
         throw ChannelSwapException(id, uid);
     }
     releaseOnFault(*m_deviceManager, device, [&] { entry.setDeviceSnippet(device->getDeviceSnippet()); });
@@ -51,13 +52,13 @@ Device* ProjectorBinding::acquire(const std::wstring& id, const ProjectorConfig&
         }
         return device;
     } catch (const ChannelInitializationException&) {
-        VELTRANI_LOG(LOGGER, Error, L"AddDevice threw ChannelInitializationException for " + id);
+        VELTRANI_LOG_AT(m_operation, LOGGER, Error, L"AddDevice threw ChannelInitializationException for " + id);
         if (!m_replaceMissing) {
             throw;
         }
         return replace(id, entry, L"Virtual replace failed for ");
     } catch (...) {
-        VELTRANI_LOG(LOGGER, Error, L"Exception occured when adding " + id);
+        VELTRANI_LOG_AT(m_operation, LOGGER, Error, L"Exception occured when adding " + id);
         if (!m_replaceMissing) {
             throw ChannelInitializationException(entry.getSectionID());
         }
@@ -71,7 +72,7 @@ Device* ProjectorBinding::createConfigured(const ProjectorConfig& entry) const {
 }
 
 Device* ProjectorBinding::createVirtual(const std::wstring& id, const ProjectorConfig& entry) const {
-    VELTRANI_LOG(LOGGER, Warn, L"Replacing projector " + id + L"with (offline) virtual projector");
+    VELTRANI_LOG_AT(m_operation, LOGGER, Warn, L"Replacing projector " + id + L"with (offline) virtual projector");
     std::wstring snippet = L"<Wrapper><Projector Width='" + std::to_wstring(entry.getWidth());
     snippet += L"' Height='" + std::to_wstring(entry.getHeight());
     snippet += L"'>" + entry.getDeviceSnippet() + L"</Projector></Wrapper>";
@@ -85,7 +86,7 @@ Device* ProjectorBinding::replace(const std::wstring& id, const ProjectorConfig&
                                   const std::wstring& failure) const {
     Device* const device = createVirtual(id, entry);
     if (device == nullptr) {
-        VELTRANI_LOG(LOGGER, Error, failure + id);
+        VELTRANI_LOG_AT(m_operation, LOGGER, Error, failure + id);
         throw ChannelInitializationException(entry.getSectionID());
     }
     return device;

@@ -12,6 +12,8 @@ using testing::HasSubstr;
 using Veltrani::DeviceFramework2::CmdResultNotAvailableException;
 using Veltrani::DeviceFramework2::DeviceException;
 
+const log4cxx::spi::LocationInfo OPERATION("a/File.cpp", "File.cpp", "void SomeClass::someOperation(int)", 12);
+
 class DeviceEntryTest : public ChannelFixture {
 protected:
     /// The size for a type of projector, and for a resolution when it can tell one.
@@ -76,7 +78,7 @@ TEST_F(DeviceEntryTest, StoresWhatADeviceTellsStepByStep) {
     projector.firmware = "1.0 \xc3\xa4";
     projector.nativeResolution = Point<int, 2>{2048, 1080};
     projector.typeCode = 55;
-    DeviceEntry::store(projector, L"uid", stored);
+    DeviceEntry::store(projector, L"uid", stored, OPERATION);
     EXPECT_THAT(
         trace.lines(),
         ElementsAre(
@@ -96,7 +98,7 @@ TEST_F(DeviceEntryTest, ADeviceWithoutAPlaceIsStoredWithoutAWordInTheLog) {
     DeviceDouble& projector = makeDevice(L"P0");
     projector.locationDescription.reset();
     projector.refused = {"GetNativeResolution"};
-    DeviceEntry::store(projector, L"uid", stored);
+    DeviceEntry::store(projector, L"uid", stored, OPERATION);
     EXPECT_TRUE(log.records().empty());
     EXPECT_EQ(stored.deviceSnippet, L"<P0 now/>");
     EXPECT_EQ(stored.name, L"P0") << "the UID of the device";
@@ -107,7 +109,7 @@ TEST_F(DeviceEntryTest, ADeviceWithoutAPlaceIsStoredWithoutAWordInTheLog) {
 TEST_F(DeviceEntryTest, AFirmwareThatIsNotSupportedIsNotLogged) {
     DeviceDouble& projector = makeDevice(L"P0");
     projector.refused = {"GetFirmware", "GetNativeResolution"};
-    DeviceEntry::store(projector, L"uid", addEntry(L"P0", L""));
+    DeviceEntry::store(projector, L"uid", addEntry(L"P0", L""), OPERATION);
     EXPECT_THAT(log.messages(),
                 ElementsAre("INFO addChannel() - Projector UID = [uid]", "INFO addChannel() - Location desc = [at P0]",
                             "INFO addChannel() - Device snippet = ", "INFO <P0 now/>"));
@@ -117,7 +119,8 @@ TEST_F(DeviceEntryTest, AFirmwareThatIsNotAnsweredIsAFaultWhateverTheLevelOfTheL
     const LogTrap quiet(log4cxx::Level::getOff());
     ProjectorConfigDouble& stored = addEntry(L"P0", L"old name");
     DeviceDouble& projector = makeDevice(L"P0");
-    const auto fault = faultOf<CmdResultNotAvailableException>([&] { DeviceEntry::store(projector, L"uid", stored); });
+    const auto fault =
+        faultOf<CmdResultNotAvailableException>([&] { DeviceEntry::store(projector, L"uid", stored, OPERATION); });
     EXPECT_THAT(Veltrani::toUtf8(fault.message), HasSubstr("GetFirmware"));
     EXPECT_EQ(stored.deviceSnippet, L"<P0/>") << "nothing is stored yet";
 }
@@ -126,7 +129,8 @@ TEST_F(DeviceEntryTest, FaultsOfTheDevicePassThrough) {
     DeviceDouble& projector = makeDevice(L"P0");
     projector.throwFrom("execute", DeviceException(L"broken"));
     ProjectorConfigDouble& stored = addEntry(L"P0", L"");
-    EXPECT_EQ(faultOf<DeviceException>([&] { DeviceEntry::store(projector, L"uid", stored); }).message, L"broken");
+    EXPECT_EQ(faultOf<DeviceException>([&] { DeviceEntry::store(projector, L"uid", stored, OPERATION); }).message,
+              L"broken");
 }
 
 }  // namespace

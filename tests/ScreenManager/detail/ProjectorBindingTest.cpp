@@ -12,6 +12,8 @@ using Veltrani::DeviceFramework2::DeviceException;
 const std::wstring MAC_TEXT = L"<Device mac='02:00:00:00:00:01'/>";
 const std::wstring MAC_UID = L"020000000001";
 
+const log4cxx::spi::LocationInfo OPERATION("a/File.cpp", "File.cpp", "void SomeClass::someOperation(int)", 12);
+
 class ProjectorBindingTest : public ChannelFixture {
 protected:
     /// A projector of 1920 x 1200 pixels that answers.
@@ -21,7 +23,7 @@ protected:
     }
 
     ProjectorBinding::Result bind(bool replaceMissing) {
-        return ProjectorBinding(&config, &devices, replaceMissing).bind(L"P0", entry(0));
+        return ProjectorBinding(&config, &devices, replaceMissing, OPERATION).bind(L"P0", entry(0));
     }
 
     /// From now on the projector does not answer.
@@ -204,7 +206,7 @@ TEST_F(ProjectorBindingTest, AnEntryThatFailsAfterwardsLeavesNoDeviceBehind) {
 }
 
 TEST_F(ProjectorBindingTest, WithoutADeviceManagerThereIsNoDeviceEither) {
-    const auto bindAlone = [&] { ProjectorBinding(&config, nullptr, true).bind(L"P0", entry(0)); };
+    const auto bindAlone = [&] { ProjectorBinding(&config, nullptr, true, OPERATION).bind(L"P0", entry(0)); };
     EXPECT_EQ(faultOf<ChannelInitializationException>(bindAlone).message, L"section P0");
     EXPECT_EQ(log.messages().back(), "ERROR Virtual replace failed for P0");
 }
