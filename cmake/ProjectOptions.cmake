@@ -7,8 +7,12 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
 endif()
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-# Programs and tests find the libraries of their own build tree and, once installed, those beside them.
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
+# What is installed finds our libraries by its own place, and others where they were found. It is linked so from the start
+# (BUILD_WITH_INSTALL_RPATH), and the build folder holds program and libraries at the places that they have to each other
+# once installed. To change the search path at installation, CMake would end that of the build folder in an empty element,
+# by which the loader searches the working folder.
+set(SM_LIBRARY_FOLDER "${PROJECT_BINARY_DIR}/Apps/${CMAKE_INSTALL_LIBDIR}")
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
 
 # Repeated builds, also of other clones of the project: paths below the project are hashed relative to it.
 find_program(SM_CCACHE ccache)
