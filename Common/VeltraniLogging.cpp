@@ -1,5 +1,22 @@
 #include "Common/VeltraniLogging.h"
 
+#include <log4cxx/logmanager.h>
+#include <log4cxx/spi/loggerrepository.h>
+
+namespace {
+
+/// The first logger of a process makes log4cxx look for a configuration in the working folder and in the environment,
+/// and obey it. A folder that came from somebody else could so empty any file of the user. A repository that counts as
+/// configured is left alone until the application itself configures it.
+///
+/// The loader runs the initialisers of this library before those of the libraries that use it, and this one, by its
+/// number (the first that is not reserved), before the loggers of this library itself.
+[[gnu::constructor(101)]] void switchOffAutomaticConfiguration() {
+    log4cxx::LogManager::getLoggerRepository()->setConfigured(true);
+}
+
+}  // namespace
+
 void VeltraniLogging::multiLineLog(const log4cxx::LoggerPtr& logger, const std::wstring& header,
                                    const std::wstring& body) {
     if (!logger->isInfoEnabled()) {

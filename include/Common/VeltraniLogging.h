@@ -8,6 +8,9 @@
 
 /// Logging helpers. Log text is wide everywhere: log4cxx decodes narrow text with the locale of the process, which
 /// turns UTF-8 into question marks under the C locale.
+///
+/// Once the library is loaded, log4cxx no longer looks for a configuration by itself, in the working folder or in the
+/// environment; an application configures it (docs/logging.md).
 class VeltraniLogging {
 public:
     VeltraniLogging() = delete;

@@ -1,8 +1,12 @@
 file(REMOVE_RECURSE "${WORK_DIR}")
 set(PREFIX "${WORK_DIR}/prefix")
+set(FOLDER "${WORK_DIR}")
+file(MAKE_DIRECTORY "${FOLDER}")
 
+# Runs a command in FOLDER; its output, standard error included, is in `output` afterwards.
 function(run)
-  execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  execute_process(COMMAND ${ARGV} WORKING_DIRECTORY "${FOLDER}"
+    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT result EQUAL 0)
     message(FATAL_ERROR "${ARGV}\nended with ${result}:\n${output}")
   endif()
@@ -31,3 +35,80 @@ endif()
 if(NOT EXISTS "${PREFIX}/share/man/man1/screenmanager.1")
   message(FATAL_ERROR "the manual page is not installed")
 endif()
+
+# A folder that came from somebody else: each of the files by which log4cxx configures itself empties the victim.
+set(VICTIM "${WORK_DIR}/victim.txt")
+set(PROPERTIES "log4j.rootLogger=ALL, victim
+log4j.appender.victim=org.apache.log4j.FileAppender
+log4j.appender.victim.File=${VICTIM}
+log4j.appender.victim.Append=false
+log4j.appender.victim.layout=org.apache.log4j.SimpleLayout
+")
+set(XML "<?xml version=\"1.0\"?>
+<log4j:configuration xmlns:log4j=\"http://jakarta.apache.org/log4j/\">
+<appender name=\"victim\" class=\"org.apache.log4j.FileAppender\"><param name=\"File\" value=\"${VICTIM}\"/>
+<param name=\"Append\" value=\"false\"/><layout class=\"org.apache.log4j.SimpleLayout\"/></appender>
+<root><priority value=\"all\"/><appender-ref ref=\"victim\"/></root></log4j:configuration>
+")
+
+# Runs a command in a folder that holds one of these files, and leaves in `victim` what the victim contains afterwards.
+function(run_beside NAME)
+  set(FOLDER "${WORK_DIR}/beside-${NAME}")
+  if(NAME MATCHES "xml$")
+    file(WRITE "${FOLDER}/${NAME}" "${XML}")
+  else()
+    file(WRITE "${FOLDER}/${NAME}" "${PROPERTIES}")
+  endif()
+  file(WRITE "${VICTIM}" "precious\n")
+  run(${ARGN})
+  file(READ "${VICTIM}" victim)
+  set(victim "${victim}" PARENT_SCOPE)
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+function(expect_untouched)
+  if(NOT victim STREQUAL "precious\n")
+    message(FATAL_ERROR "${ARGV}: a configuration in the working folder was obeyed; the victim is now:\n${victim}")
+  endif()
+endfunction()
+
+file(GLOB libraries "${PREFIX}/lib*/lib*.so" "${PREFIX}/lib*/*/lib*.so")
+list(LENGTH libraries count)
+if(count LESS 8)
+  message(FATAL_ERROR "only ${count} libraries are installed")
+endif()
+foreach(name IN ITEMS log4cxx.xml log4cxx.properties log4j.xml log4j.properties)
+  foreach(library IN LISTS libraries)
+    run_beside(${name} "${WORK_DIR}/build/load_alone" "${library}")
+    expect_untouched("${library} beside ${name}")
+  endforeach()
+  run_beside(${name} "${WORK_DIR}/build/logging")
+  expect_untouched("a program without a log beside ${name}")
+  if(NOT output MATCHES "appenders 0\n$")
+    message(FATAL_ERROR "a program without a log printed:\n${output}")
+  endif()
+  run_beside(${name} "${WORK_DIR}/build/logging" basic)
+  expect_untouched("BasicConfigurator beside ${name}")
+  if(NOT output MATCHES "a record of the application.*ScreenManager::ScreenManager\\(\\).*appenders 1\n$")
+    message(FATAL_ERROR "a program with the basic configuration printed:\n${output}")
+  endif()
+  run_beside(${name} "${CMAKE_COMMAND}" -E env "LOG4CXX_CONFIGURATION=${WORK_DIR}/beside-${name}/${name}"
+    "${WORK_DIR}/build/logging")
+  expect_untouched("${name} in LOG4CXX_CONFIGURATION")
+  run_beside(${name} "${PREFIX}/bin/screenmanager" --version)
+  expect_untouched("the installed program beside ${name}")
+
+  # The one line that brings the search back, which shows, too, that the file is one to be afraid of.
+  run_beside(${name} "${WORK_DIR}/build/logging" search)
+  if(NOT victim MATCHES "^WARN - a record of the application\n.*INFO - ScreenManager::ScreenManager\\(\\)\n$")
+    message(FATAL_ERROR "the search of log4cxx beside ${name} wrote:\n${victim}")
+  endif()
+endforeach()
+
+# A configuration that the application itself names.
+foreach(way IN ITEMS properties xml)
+  run_beside(mine.${way} "${WORK_DIR}/build/logging" ${way} "${WORK_DIR}/beside-mine.${way}/mine.${way}")
+  if(NOT victim MATCHES "^WARN - a record of the application\n.*INFO - ScreenManager::ScreenManager\\(\\)\n$")
+    message(FATAL_ERROR "the configuration mine.${way} of the application wrote:\n${victim}")
+  endif()
+endforeach()
