@@ -3,6 +3,8 @@
 #include "ScreenManager/Screen.h"
 #include "ScreenManager/detail/PcdHeader.h"
 
+#include <pcl/point_cloud.h>
+#include <pcl/point_types.h>
 #include <sys/mman.h>
 #include <unistd.h>
 

@@ -3,13 +3,17 @@
 #include "Common/StrongId.h"
 
 #include <log4cxx/logger.h>
-#include <pcl/point_cloud.h>
-#include <pcl/point_types.h>
 
 #include <array>
 #include <chrono>
 #include <memory>
 #include <string>
+
+namespace pcl {
+template <class PointT>
+class PointCloud;
+struct PointXYZ;
+}  // namespace pcl
 
 class ScreenGeometry;
 /// Types the ids of screens.
@@ -31,6 +35,7 @@ struct ScreenIdTag {};
 /// Files must not be rewritten in place while they are read. Not safe to use from two threads at once.
 class Screen {
 public:
+    /// Declared only: who makes or reads a cloud includes `<pcl/point_cloud.h>` and `<pcl/point_types.h>`.
     using PointCloud = pcl::PointCloud<pcl::PointXYZ>;
 
     /// "Unknown Screen", whose cloud counts as changed now.

@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pcl/point_cloud.h>
 #include <pcl/point_types.h>
 
 namespace {

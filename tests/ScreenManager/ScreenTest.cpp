@@ -4,6 +4,8 @@
 #include "support/ScreenGeometryDouble.h"
 
 #include <gtest/gtest.h>
+#include <pcl/point_cloud.h>
+#include <pcl/point_types.h>
 
 #include <cmath>
 #include <type_traits>
