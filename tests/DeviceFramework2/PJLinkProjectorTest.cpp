@@ -251,10 +251,17 @@ TEST(PJLinkProjector, AValueInPlaceOfAnAcknowledgementIsAFault) {
 }
 
 TEST(PJLinkProjector, AnUnknownClassEndsTheFirstContact) {
-    Pair pair({"--answer", "CLSS=3"});
+    Pair pair({"--answer", "CLSS=0"});
     EXPECT_EQ(faultOf([&] { pair.projector.contact(); }),
-              pair.name() + ", first contact: CLSS ?: its answer \"3\" cannot be understood");
+              pair.name() + ", first contact: CLSS ?: its answer \"0\" cannot be understood");
     EXPECT_FALSE(pair.projector.supports(GetFirmware())) << "taken for class 1";
+}
+
+TEST(PJLinkProjector, ALaterClassIsUsedAsClass2) {
+    const auto pair = Pair::contacted({"--answer", "CLSS=3"});
+    EXPECT_EQ(pair->send<GetFirmware>()->getResult(), "1.02.003");
+    EXPECT_EQ(pair->send<GetActiveInputSignalIndex>()->getResult(), 2);
+    EXPECT_THAT(pair->lines(), ElementsAre("%2SVER ?", "%2INST ?", "%2INPT ?"));
 }
 
 TEST(PJLinkProjector, TheClassInWordsIsUnderstood) {

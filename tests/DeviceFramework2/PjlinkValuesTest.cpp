@@ -17,8 +17,14 @@ TEST(PjlinkValues, TheClassIsReadInBothSpellings) {
     EXPECT_EQ(PjlinkValues::commandClass("2"), 2);
     EXPECT_EQ(PjlinkValues::commandClass("Class 1"), 1);
     EXPECT_EQ(PjlinkValues::commandClass("CLASS 2"), 2);
-    for (const char* value : {"", "0", "3", "12", " 1", "Class1", "Class 3"}) {
+    for (const char* value : {"", "0", "12", " 1", "x", "Class1", "Class 0", "Class ", "Class 12"}) {
         EXPECT_EQ(PjlinkValues::commandClass(value), std::nullopt) << value;
+    }
+}
+
+TEST(PjlinkValues, AClassAboveTwoCountsAsTwo) {
+    for (const char* value : {"3", "9", "Class 3", "CLASS 4"}) {
+        EXPECT_EQ(PjlinkValues::commandClass(value), 2) << value;
     }
 }
 

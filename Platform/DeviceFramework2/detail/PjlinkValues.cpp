@@ -8,14 +8,13 @@
 namespace Veltrani::DeviceFramework2 {
 
 std::optional<int> PjlinkValues::commandClass(std::string_view value) {
+    constexpr std::string_view WORD = "CLASS ";
     const std::string text = capitals(value);
-    if (text == "1" || text == "CLASS 1") {
-        return 1;
+    const std::string digit = text.starts_with(WORD) ? text.substr(WORD.size()) : text;
+    if (digit.size() != 1 || digit[0] < '1' || digit[0] > '9') {
+        return std::nullopt;
     }
-    if (text == "2" || text == "CLASS 2") {
-        return 2;
-    }
-    return std::nullopt;
+    return digit[0] == '1' ? 1 : 2;
 }
 
 std::optional<Point<int, 2>> PjlinkValues::resolution(std::string_view value) {

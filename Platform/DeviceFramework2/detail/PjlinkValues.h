@@ -15,7 +15,8 @@ class PjlinkValues {
 public:
     PjlinkValues() = delete;
 
-    /// 1 or 2, from "1", "2" and the "Class 1" that some projectors answer.
+    /// 1 or 2, from one digit or the "Class 1" that some projectors send. A class above 2 counts as 2, which it
+    /// includes.
     [[nodiscard]] static std::optional<int> commandClass(std::string_view value);
 
     /// Pixels from "1920x1200", both sides above 0.
