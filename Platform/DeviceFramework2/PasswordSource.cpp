@@ -23,19 +23,19 @@ constexpr std::size_t LARGEST_FILE = 65536;
 constexpr mode_t RIGHTS_OF_OTHERS = S_IRWXG | S_IRWXO;
 
 [[noreturn]] void fail(const std::string& path, const std::wstring& reason) {
-    throw DeviceException(__FILE__, __LINE__, L"password file " + fromUtf8OrBytes(path) + L": " + reason);
-}
-
-std::wstring systemReason() {
-    return fromUtf8OrBytes(std::generic_category().message(errno));
+    throw DeviceException(__FILE__, __LINE__, L"password file " + fromUtf8OrBytes(path) + L": " + reason,
+                          DeviceException::Cause::THIS_MACHINE);
 }
 
 class PasswordFile {
 public:
-    explicit PasswordFile(const std::string& path)
-        : m_path(path), m_descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
+    /// @param variable the environment variable that names the file, for messages
+    PasswordFile(const std::string& path, const std::string& variable)
+        : m_path(path),
+          m_variable(L"the environment variable " + fromUtf8OrBytes(variable)),
+          m_descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
         if (m_descriptor < 0) {
-            fail(m_path, systemReason());
+            failUnreadable();
         }
     }
     ~PasswordFile() { ::close(m_descriptor); }
@@ -46,17 +46,30 @@ public:
     void requirePrivate() const {
         struct stat status {};
         if (::fstat(m_descriptor, &status) != 0) {
-            fail(m_path, systemReason());
+            failUnreadable();
         }
         if (!S_ISREG(status.st_mode)) {
-            fail(m_path, L"it is not a regular file");
+            fail(m_path, L"it is not a regular file; name one in " + m_variable);
         }
         if ((status.st_uid != ::geteuid() && status.st_uid != 0) || (status.st_mode & RIGHTS_OF_OTHERS) != 0) {
             fail(m_path, L"others have rights to it: make it your own and give it the mode 600");
         }
     }
 
-    [[nodiscard]] std::string read() const {
+    /// The text of the file; a UTF-8 byte-order mark, which editors put there unseen, is no part of it.
+    [[nodiscard]] std::string text() const {
+        std::string content = bytes();
+        if (content.starts_with("\xff\xfe") || content.starts_with("\xfe\xff")) {
+            fail(m_path, L"it is UTF-16 text; save it as UTF-8");
+        }
+        if (content.starts_with("\xef\xbb\xbf")) {
+            content.erase(0, 3);
+        }
+        return content;
+    }
+
+private:
+    [[nodiscard]] std::string bytes() const {
         std::string content(LARGEST_FILE + 1, '\0');
         std::size_t filled = 0;
         while (filled < content.size()) {
@@ -67,18 +80,24 @@ public:
             if (count > 0) {
                 filled += static_cast<std::size_t>(count);
             } else if (errno != EINTR) {
-                fail(m_path, systemReason());
+                failUnreadable();
             }
         }
         if (filled > LARGEST_FILE) {
-            fail(m_path, L"it is larger than " + std::to_wstring(LARGEST_FILE) + L" bytes");
+            fail(m_path, L"it is larger than " + std::to_wstring(LARGEST_FILE) +
+                             L" bytes; name a file with one line per projector in " + m_variable);
         }
         content.resize(filled);
         return content;
     }
 
-private:
+    [[noreturn]] void failUnreadable() const {
+        fail(m_path, fromUtf8OrBytes(std::generic_category().message(errno)) +
+                         L"; put a file there that you can read, or correct " + m_variable);
+    }
+
     std::string m_path;
+    std::wstring m_variable;
     int m_descriptor;
 };
 
@@ -108,10 +127,10 @@ struct PasswordLine {
     }
 };
 
-std::optional<std::string> findInFile(const std::string& path, const std::string& uid) {
-    const PasswordFile file(path);
+std::optional<std::string> findInFile(const std::string& path, const std::string& variable, const std::string& uid) {
+    const PasswordFile file(path, variable);
     file.requirePrivate();
-    std::istringstream lines(file.read());
+    std::istringstream lines(file.text());
     std::optional<std::string> forAll;
     int number = 0;
     for (std::string text; std::getline(lines, text);) {
@@ -124,7 +143,7 @@ std::optional<std::string> findInFile(const std::string& path, const std::string
         if (!known) {
             // By its number only: whatever it holds may be a password.
             fail(path, L"line " + std::to_wstring(number) +
-                           L" cannot be read: a MAC address or *, blanks and the password are expected");
+                           L" cannot be read: a MAC address or *, blanks and the password are expected; correct it");
         }
         if (known->name == uid) {
             return known->password;
@@ -146,7 +165,7 @@ std::optional<std::string> environment(const std::string& name) {
 std::optional<std::string> PasswordSource::find(const std::wstring& uid) const {
     const std::string name = toUtf8(uid);
     if (const auto path = environment(fileVariable)) {
-        if (auto password = findInFile(*path, name)) {
+        if (auto password = findInFile(*path, fileVariable, name)) {
             return password;
         }
     }

@@ -11,8 +11,8 @@ namespace Veltrani::DeviceFramework2 {
 ///
 /// 1. the file that the environment variable `fileVariable` names: one projector per line, its MAC address
 ///    (plain or in pairs, in either case; or `*` for all others), blanks, the password; blanks around a line do not
-///    count, empty lines and those that begin with `#` neither. Nobody but the user (or the administrator) may own it,
-///    and nobody else may have any right to it.
+///    count, empty lines, those that begin with `#` and a UTF-8 byte-order mark neither. Nobody but the user (or the
+///    administrator) may own it, and nobody else may have any right to it.
 /// 2. the environment variable `variable` + "_" + UID;
 /// 3. the environment variable `variable`.
 ///
@@ -21,8 +21,9 @@ struct PasswordSource {
     std::string variable = "SCREENMANAGER_PJLINK_PASSWORD";
     std::string fileVariable = "SCREENMANAGER_PJLINK_PASSWORD_FILE";
 
-    /// Throws `DeviceException`, naming the file and the remedy but nothing of its content, for a file that cannot be
-    /// used or has a line that cannot be read, which is named by its number; nothing is passed over silently.
+    /// Throws `DeviceException` of this machine, naming the file and the remedy but nothing of its content, for a file
+    /// that cannot be used or has a line that cannot be read, which is named by its number; nothing is passed over
+    /// silently.
     [[nodiscard]] std::optional<std::string> find(const std::wstring& uid) const;
 
     /// How a user can provide one, for messages.

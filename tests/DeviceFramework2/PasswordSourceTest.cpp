@@ -71,7 +71,42 @@ TEST_F(APasswordSource, ALineThatCannotBeReadIsNamedByItsNumberAlone) {
         const Environment file("SM_TEST_PASSWORD_FILE", path);
         EXPECT_EQ(faultOf([&] { static_cast<void>(source.find(uid)); }),
                   "password file " + path +
-                      ": line 3 cannot be read: a MAC address or *, blanks and the password are expected");
+                      ": line 3 cannot be read: a MAC address or *, blanks and the password are expected; correct it");
+    }
+}
+
+TEST_F(APasswordSource, AByteOrderMarkBeforeTheFirstLineDoesNotCount) {
+    const Environment file("SM_TEST_PASSWORD_FILE", privateFile("\xef\xbb\xbf"
+                                                                "020000000001 one\r\n* any\r\n"));
+    EXPECT_THAT(source.find(uid), Optional(std::string("one")));
+    EXPECT_THAT(source.find(L"020000000002"), Optional(std::string("any")));
+    const Environment comment("SM_TEST_PASSWORD_FILE", privateFile("\xef\xbb\xbf# notes\n020000000001 two\n"));
+    EXPECT_THAT(source.find(uid), Optional(std::string("two")));
+    const Environment alone("SM_TEST_PASSWORD_FILE", privateFile("\xef\xbb\xbf"));
+    EXPECT_EQ(source.find(uid), std::nullopt);
+}
+
+TEST_F(APasswordSource, AByteOrderMarkAnywhereElseIsPartOfALineThatCannotBeRead) {
+    const Environment file("SM_TEST_PASSWORD_FILE", privateFile("* any\n\xef\xbb\xbf"
+                                                                "020000000001 one\n"));
+    EXPECT_THAT(faultOf([&] { static_cast<void>(source.find(uid)); }), HasSubstr("line 2 cannot be read"));
+}
+
+TEST_F(APasswordSource, AFileInAnotherEncodingIsNamedAsThat) {
+    for (const std::string& text : {std::string("\xff\xfe*\0 \0x\0", 8), std::string("\xfe\xff\0*\0 \0x", 8)}) {
+        const Environment file("SM_TEST_PASSWORD_FILE", privateFile(text));
+        EXPECT_THAT(faultOf([&] { static_cast<void>(source.find(uid)); }),
+                    EndsWith("it is UTF-16 text; save it as UTF-8"));
+    }
+}
+
+TEST_F(APasswordSource, AFaultOfTheFileIsOneOfThisMachine) {
+    const Environment file("SM_TEST_PASSWORD_FILE", folder.file("missing"));
+    try {
+        static_cast<void>(source.find(uid));
+        FAIL() << "no fault";
+    } catch (const Veltrani::DeviceFramework2::DeviceException& fault) {
+        EXPECT_EQ(fault.cause, Veltrani::DeviceFramework2::DeviceException::Cause::THIS_MACHINE);
     }
 }
 
@@ -100,11 +135,15 @@ TEST_F(APasswordSource, WhatIsNoPlainFileIsRefused) {
         const Environment file("SM_TEST_PASSWORD_FILE", path);
         return faultOf([&] { static_cast<void>(source.find(uid)); });
     };
-    EXPECT_THAT(refusal(folder.file("missing")), EndsWith("missing: No such file or directory"));
-    EXPECT_THAT(refusal(folder.path()), EndsWith("it is not a regular file"));
+    const std::string variable = "the environment variable SM_TEST_PASSWORD_FILE";
+    EXPECT_THAT(
+        refusal(folder.file("missing")),
+        EndsWith("missing: No such file or directory; put a file there that you can read, or correct " + variable));
+    EXPECT_THAT(refusal(folder.path()), EndsWith("it is not a regular file; name one in " + variable));
     ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
-    EXPECT_THAT(refusal(folder.file("pipe")), EndsWith("it is not a regular file"));
-    EXPECT_THAT(refusal(privateFile(std::string(70000, 'x'))), EndsWith("it is larger than 65536 bytes"));
+    EXPECT_THAT(refusal(folder.file("pipe")), EndsWith("it is not a regular file; name one in " + variable));
+    EXPECT_THAT(refusal(privateFile(std::string(70000, 'x'))),
+                EndsWith("it is larger than 65536 bytes; name a file with one line per projector in " + variable));
 }
 
 TEST_F(APasswordSource, TheRemedyNamesTheVariables) {
