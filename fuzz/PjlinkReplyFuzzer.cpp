@@ -3,9 +3,12 @@
 #include "DeviceFramework2/detail/AsciiText.h"
 #include "DeviceFramework2/detail/LineBuffer.h"
 #include "DeviceFramework2/detail/PjlinkGreeting.h"
+#include "DeviceFramework2/detail/PjlinkProtocol.h"
 #include "DeviceFramework2/detail/PjlinkReply.h"
 #include "DeviceFramework2/detail/PjlinkSearchReply.h"
 #include "DeviceFramework2/detail/PjlinkValues.h"
+
+#include <stdlib.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +18,8 @@
 #include <vector>
 
 /// Any bytes of a projector are cut into the same lines however they were split, and each line is either understood or
-/// refused; what was understood is within its range.
+/// refused; what was understood is within its range. A whole session with them ends in replies or in a fault, and the
+/// login stays out of its message.
 namespace {
 
 using namespace Veltrani::DeviceFramework2;
@@ -85,6 +89,32 @@ void checkLine(const std::string& line) {
     checkValues(line);
 }
 
+/// A session in which the bytes arrive in pieces, with a request as soon as one may be sent.
+void converse(std::string_view bytes, std::size_t step) {
+    const std::string password = "a password of the fuzzer";
+    static const int set = ::setenv("SM_FUZZ_PJLINK_PASSWORD", password.c_str(), 1);
+    require(set == 0);
+    const PjlinkRequest request{'1', "POWR", "?"};
+    PjlinkProtocol protocol(L"020000000001", {"SM_FUZZ_PJLINK_PASSWORD", "SM_FUZZ_PJLINK_PASSWORD_FILE"});
+    std::string login;
+    try {
+        for (std::size_t i = 0; i < bytes.size(); i += step) {
+            protocol.receive(bytes.substr(i, step));
+            const auto reply = protocol.takeReply();
+            require(!reply || (protocol.isIdle() && reply->body == request.body));
+            if (protocol.isIdle()) {
+                const std::string sent = protocol.send(request);
+                require(sent.ends_with("%1POWR ?\r"));
+                login = sent.size() == 9 ? login : sent.substr(0, 32);
+            }
+        }
+    } catch (const DeviceException& fault) {
+        const std::string message = Veltrani::toUtf8(fault.message);
+        require(!message.empty() && message.find(password) == std::string::npos);
+        require(login.empty() || message.find(login) == std::string::npos);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -96,5 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const std::string& line : whole.lines) {
         checkLine(line);
     }
+    converse(bytes, 1 + (size == 0 ? 0 : data[0] % 64));
+    converse(bytes, 1);
     return 0;
 }

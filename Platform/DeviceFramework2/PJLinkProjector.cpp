@@ -6,27 +6,33 @@
 #include "DeviceFramework2/DeviceTypeManager.h"
 #include "DeviceFramework2/detail/AsciiText.h"
 #include "DeviceFramework2/detail/PjlinkSession.h"
+#include "DeviceFramework2/detail/PjlinkStep.h"
 #include "DeviceFramework2/detail/PjlinkValues.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
 
 namespace Veltrani::DeviceFramework2 {
 
 namespace {
 
 using Outcome = PjlinkReply::Outcome;
+using Step = std::unique_ptr<PjlinkStep>;
 
 const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.DeviceFramework2.PJLinkProjector");
 
 const std::string QUESTION = "?";
+constexpr std::nullptr_t DONE = nullptr;
 
-[[noreturn]] void fail(const std::wstring& reason) {
-    throw DeviceException(__FILE__, __LINE__, reason);
+[[noreturn]] void fail(const std::wstring& reason, DeviceException::Cause cause = DeviceException::Cause::DEVICE) {
+    throw DeviceException(__FILE__, __LINE__, reason, cause);
 }
 
 [[noreturn]] void failWith(const PjlinkRequest& request, const PjlinkReply& reply) {
     const std::wstring value = reply.outcome == Outcome::VALUE ? L" \"" + readable(reply.value) + L"\"" : L"";
-    fail(request.text() + L": " + PjlinkReply::describe(reply.outcome) + value);
+    fail(request.text() + L": " + PjlinkReply::describe(reply.outcome) + value,
+         reply.outcome == Outcome::NOT_NOW ? DeviceException::Cause::NOT_NOW : DeviceException::Cause::DEVICE);
 }
 
 std::string valueOf(const PjlinkRequest& request, const PjlinkReply& reply) {
@@ -34,10 +40,6 @@ std::string valueOf(const PjlinkRequest& request, const PjlinkReply& reply) {
         failWith(request, reply);
     }
     return reply.value;
-}
-
-std::string askValue(PjlinkSession& session, const PjlinkRequest& request) {
-    return valueOf(request, session.ask(request));
 }
 
 /// What a reader made of a value, or the fault that it made nothing of it.
@@ -49,18 +51,54 @@ Value understood(const std::optional<Value>& value, const PjlinkRequest& request
     return *value;
 }
 
-/// The shutter by one parameter, or by the other when the projector does not take the first. Answers the one it took.
-std::string setShutter(PjlinkSession& session, const std::string& first, const std::string& second) {
-    PjlinkRequest request{'1', "AVMT", first};
-    PjlinkReply reply = session.ask(request);
-    if (reply.outcome == Outcome::BAD_PARAMETER) {
-        request.parameter = second;
-        reply = session.ask(request);
-    }
-    if (reply.outcome != Outcome::DONE) {
-        failWith(request, reply);
-    }
-    return request.parameter;
+/// @param then takes the request and the reply, and returns the next step
+template <class Then>
+Step stepOf(const PjlinkRequest& request, Then then) {
+    return std::make_unique<PjlinkStep>(
+        PjlinkStep{request, [request, then](const PjlinkReply& reply) -> Step { return then(request, reply); }});
+}
+
+/// A question to which nothing but a value will do.
+/// @param then takes the request and the value, and returns the next step
+template <class Then>
+Step ask(const PjlinkRequest& request, Then then) {
+    return stepOf(request, [then](const PjlinkRequest& asked, const PjlinkReply& reply) -> Step {
+        return then(asked, valueOf(asked, reply));
+    });
+}
+
+/// A question whose value is read by `read` and becomes the result of a command.
+template <class Question, class Read>
+Step askFor(Question& command, const PjlinkRequest& request, Read read) {
+    return ask(request, [&command, read](const PjlinkRequest& asked, const std::string& value) {
+        command.setResult(understood(read(value), asked, value));
+        return DONE;
+    });
+}
+
+std::string textOf(const std::string& value) {
+    return toUtf8(readable(value));
+}
+
+std::optional<std::string> readText(const std::string& value) {
+    return textOf(value);
+}
+
+/// The shutter by one parameter, or by the other when the projector does not take the first.
+/// @param then takes the parameter that the projector took
+template <class Then>
+Step setShutter(const std::string& first, const std::string& second, Then then) {
+    const auto finish = [then](const PjlinkRequest& request, const PjlinkReply& reply) {
+        if (reply.outcome != Outcome::DONE) {
+            failWith(request, reply);
+        }
+        then(request.parameter);
+        return DONE;
+    };
+    return stepOf({'1', "AVMT", first}, [finish, second](const PjlinkRequest& request, const PjlinkReply& reply) {
+        return reply.outcome == Outcome::BAD_PARAMETER ? stepOf({'1', "AVMT", second}, finish)
+                                                       : Step(finish(request, reply));
+    });
 }
 
 }  // namespace
@@ -77,18 +115,16 @@ public:
 
 /// What a command does. One without a session is never sent anywhere.
 struct PJLinkProjector::Action {
-    using InSession = void (*)(PJLinkProjector&, PjlinkSession&, Command&);
-
     bool (*matches)(const Command&);
     int leastClass;
-    InSession inSession;
+    Step (*inSession)(PJLinkProjector&, Command&);
     void (*locally)(PJLinkProjector&, const Command&);
 
-    template <class Kind, void (PJLinkProjector::*RUN)(PjlinkSession&, Kind&)>
+    template <class Kind, Step (PJLinkProjector::*FIRST_STEP)(Kind&)>
     static Action sent(int leastClass) {
         return {&isA<Kind>, leastClass,
-                [](PJLinkProjector& projector, PjlinkSession& session, Command& command) {
-                    (projector.*RUN)(session, dynamic_cast<Kind&>(command));
+                [](PJLinkProjector& projector, Command& command) {
+                    return (projector.*FIRST_STEP)(dynamic_cast<Kind&>(command));
                 },
                 nullptr};
     }
@@ -147,15 +183,14 @@ std::wstring PJLinkProjector::name() const {
 
 void PJLinkProjector::contact() {
     try {
-        PjlinkSession session(m_address->endpoint, getUID(), m_settings);
-        readClass(session);
-    } catch (const DeviceException& fault) {
-        throw DeviceException(__FILE__, __LINE__, name() + L", first contact: " + fault.message);
+        converse(beginContact());
+    } catch (const DeviceException& cause) {
+        throw faultOf(nullptr, cause);
     }
 }
 
 bool PJLinkProjector::isNotNow(const DeviceException& fault) {
-    return fault.message.ends_with(PjlinkReply::describe(Outcome::NOT_NOW));
+    return fault.cause == DeviceException::Cause::NOT_NOW;
 }
 
 bool PJLinkProjector::supports(const Command& command) const {
@@ -168,24 +203,44 @@ void PJLinkProjector::execute(const std::shared_ptr<Command>& command) {
         fail(name() + L": no command was given");
     }
     try {
-        const Action* action = actionFor(*command);
-        if (action == nullptr) {
-            fail(L"the PJLink standard has no such command");
-        }
-        if (action->inSession == nullptr) {
-            action->locally(*this, *command);
-            return;
-        }
-        if (m_class < action->leastClass) {
-            fail(L"it needs PJLink class " + std::to_wstring(action->leastClass) + L", the projector has class " +
-                 std::to_wstring(m_class));
-        }
-        PjlinkSession session(m_address->endpoint, getUID(), m_settings);
-        action->inSession(*this, session, *command);
-    } catch (const DeviceException& fault) {
-        throw DeviceException(__FILE__, __LINE__,
-                              name() + L", command " + fromUtf8(command->typeName()) + L": " + fault.message);
+        converse(begin(*command));
+    } catch (const DeviceException& cause) {
+        throw faultOf(command.get(), cause);
     }
+}
+
+PJLinkProjector::Step PJLinkProjector::begin(Command& command) {
+    const Action* action = actionFor(command);
+    if (action == nullptr) {
+        fail(L"the PJLink standard has no such command");
+    }
+    if (action->inSession == nullptr) {
+        action->locally(*this, command);
+        return DONE;
+    }
+    if (m_class < action->leastClass) {
+        fail(L"it needs PJLink class " + std::to_wstring(action->leastClass) + L", the projector has class " +
+             std::to_wstring(m_class));
+    }
+    return action->inSession(*this, command);
+}
+
+void PJLinkProjector::converse(Step step) const {
+    if (step) {
+        PjlinkSession session(m_address->endpoint, getUID(), m_settings);
+        while (step) {
+            step = step->then(session.ask(step->request));
+        }
+    }
+}
+
+std::unique_ptr<PjlinkConversation> PJLinkProjector::connect() const {
+    return std::make_unique<PjlinkConversation>(m_address->endpoint, getUID(), m_settings);
+}
+
+DeviceException PJLinkProjector::faultOf(const Command* command, const DeviceException& cause) const {
+    const std::wstring work = command == nullptr ? L"first contact" : L"command " + fromUtf8(command->typeName());
+    return {__FILE__, __LINE__, name() + L", " + work + L": " + cause.message, cause.cause};
 }
 
 std::wstring PJLinkProjector::getUID() const {
@@ -208,92 +263,97 @@ int PJLinkProjector::getTypeCode() const {
     return DeviceTypeManager::NO_TYPE_CODE;
 }
 
-void PJLinkProjector::readClass(PjlinkSession& session) {
-    const PjlinkRequest request{'1', "CLSS", QUESTION};
-    const PjlinkReply reply = session.ask(request);
-    // Projectors that do not know the question are older than class 2.
-    const std::string value = reply.outcome == Outcome::UNKNOWN_COMMAND ? "1" : valueOf(request, reply);
-    m_class = understood(PjlinkValues::commandClass(value), request, value);
-    m_inputClass = m_class == 2 ? '2' : '1';
+PJLinkProjector::Step PJLinkProjector::beginContact() {
+    return stepOf({'1', "CLSS", QUESTION}, [this](const PjlinkRequest& request, const PjlinkReply& reply) {
+        // Projectors that do not know the question are older than class 2.
+        const std::string value = reply.outcome == Outcome::UNKNOWN_COMMAND ? "1" : valueOf(request, reply);
+        m_class = understood(PjlinkValues::commandClass(value), request, value);
+        m_inputClass = m_class == 2 ? '2' : '1';
+        return DONE;
+    });
 }
 
-void PJLinkProjector::readFirmware(PjlinkSession& session, GetFirmware& command) {
-    command.setResult(toUtf8(readable(askValue(session, {'2', "SVER", QUESTION}))));
+PJLinkProjector::Step PJLinkProjector::readFirmware(GetFirmware& command) {
+    return askFor(command, {'2', "SVER", QUESTION}, readText);
 }
 
-void PJLinkProjector::readResolution(PjlinkSession& session, GetNativeResolution& command) {
+PJLinkProjector::Step PJLinkProjector::readResolution(GetNativeResolution& command) {
     // The recommended resolution is that of the panel; IRES would be that of the incoming signal.
-    const PjlinkRequest request{'2', "RRES", QUESTION};
-    const std::string value = askValue(session, request);
-    command.setResult(understood(PjlinkValues::resolution(value), request, value));
+    return askFor(command, {'2', "RRES", QUESTION}, PjlinkValues::resolution);
 }
 
-void PJLinkProjector::readPower(PjlinkSession& session, GetPowerState& command) {
-    const PjlinkRequest request{'1', "POWR", QUESTION};
-    const std::string value = askValue(session, request);
-    command.setResult(understood(PjlinkValues::power(value), request, value));
+PJLinkProjector::Step PJLinkProjector::readPower(GetPowerState& command) {
+    return askFor(command, {'1', "POWR", QUESTION}, PjlinkValues::power);
 }
 
-void PJLinkProjector::readMute(PjlinkSession& session, GetPictureMute& command) {
-    const PjlinkRequest request{'1', "AVMT", QUESTION};
-    const std::string value = askValue(session, request);
-    command.setResult(understood(PjlinkValues::pictureMute(value), request, value));
+PJLinkProjector::Step PJLinkProjector::readMute(GetPictureMute& command) {
+    return askFor(command, {'1', "AVMT", QUESTION}, PjlinkValues::pictureMute);
 }
 
-void PJLinkProjector::readName(PjlinkSession& session, GetProjectorName& command) {
-    command.setResult(toUtf8(readable(askValue(session, {'1', "NAME", QUESTION}))));
+PJLinkProjector::Step PJLinkProjector::readName(GetProjectorName& command) {
+    return askFor(command, {'1', "NAME", QUESTION}, readText);
 }
 
-void PJLinkProjector::readModel(PjlinkSession& session, GetModel& command) {
-    const std::string maker = toUtf8(readable(askValue(session, {'1', "INF1", QUESTION})));
-    const std::string model = toUtf8(readable(askValue(session, {'1', "INF2", QUESTION})));
-    command.setResult(maker.empty() || model.empty() ? maker + model : maker + ' ' + model);
+PJLinkProjector::Step PJLinkProjector::readModel(GetModel& command) {
+    return ask({'1', "INF1", QUESTION}, [&command](const PjlinkRequest&, const std::string& made) {
+        return askFor(command, {'1', "INF2", QUESTION}, [maker = textOf(made)](const std::string& value) {
+            const std::string model = textOf(value);
+            return std::optional(maker.empty() || model.empty() ? maker + model : maker + ' ' + model);
+        });
+    });
 }
 
-std::vector<std::string> PJLinkProjector::readInputs(PjlinkSession& session) {
-    PjlinkRequest request{m_inputClass, "INST", QUESTION};
-    PjlinkReply reply = session.ask(request);
-    if (reply.outcome == Outcome::UNKNOWN_COMMAND && m_inputClass == '2') {
-        m_inputClass = request.commandClass = '1';
-        reply = session.ask(request);
-    }
-    const std::string value = valueOf(request, reply);
-    return understood(PjlinkValues::inputs(value), request, value);
+PJLinkProjector::Step PJLinkProjector::readInputs(std::function<Step(const std::vector<std::string>&)> then) {
+    const auto read = [then = std::move(then)](const PjlinkRequest& request, const PjlinkReply& reply) {
+        const std::string value = valueOf(request, reply);
+        return then(understood(PjlinkValues::inputs(value), request, value));
+    };
+    return stepOf({m_inputClass, "INST", QUESTION},
+                  [this, read](const PjlinkRequest& request, const PjlinkReply& reply) {
+                      if (reply.outcome == Outcome::UNKNOWN_COMMAND && m_inputClass == '2') {
+                          m_inputClass = '1';
+                          return stepOf({m_inputClass, "INST", QUESTION}, read);
+                      }
+                      return read(request, reply);
+                  });
 }
 
-void PJLinkProjector::readInput(PjlinkSession& session, GetActiveInputSignalIndex& command) {
-    const std::vector<std::string> inputs = readInputs(session);
-    const PjlinkRequest request{m_inputClass, "INPT", QUESTION};
-    const std::string value = askValue(session, request);
-    const std::string input = understood(PjlinkValues::input(value), request, value);
-    const auto position = std::find(inputs.begin(), inputs.end(), input);
-    if (position == inputs.end()) {
-        fail(L"it shows input " + fromUtf8(input) + L", which is not in its own list of inputs");
-    }
-    command.setResult(static_cast<int>(position - inputs.begin()));
+PJLinkProjector::Step PJLinkProjector::readInput(GetActiveInputSignalIndex& command) {
+    return readInputs([this, &command](const std::vector<std::string>& inputs) {
+        return askFor(command, {m_inputClass, "INPT", QUESTION}, [inputs](const std::string& value) {
+            const auto input = PjlinkValues::input(value);
+            const auto position = std::find(inputs.begin(), inputs.end(), input.value_or(""));
+            if (input && position == inputs.end()) {
+                fail(L"it shows input " + fromUtf8(*input) + L", which is not in its own list of inputs");
+            }
+            return input ? std::optional(static_cast<int>(position - inputs.begin())) : std::nullopt;
+        });
+    });
 }
 
-void PJLinkProjector::setInput(PjlinkSession& session, SetActiveInputSignalIndex& command) {
-    const std::vector<std::string> inputs = readInputs(session);
-    const int index = command.getIndex();
-    if (index < 0 || static_cast<std::size_t>(index) >= inputs.size()) {
-        fail(L"input index " + std::to_wstring(index) + L": the projector has " + std::to_wstring(inputs.size()) +
-             L" inputs, 0 is the first");
-    }
-    const PjlinkRequest request{m_inputClass, "INPT", inputs[static_cast<std::size_t>(index)]};
-    const PjlinkReply reply = session.ask(request);
-    if (reply.outcome != Outcome::DONE) {
-        failWith(request, reply);
-    }
+PJLinkProjector::Step PJLinkProjector::setInput(SetActiveInputSignalIndex& command) {
+    return readInputs([this, index = command.getIndex()](const std::vector<std::string>& inputs) {
+        if (index < 0 || static_cast<std::size_t>(index) >= inputs.size()) {
+            fail(L"input index " + std::to_wstring(index) + L": the projector has " + std::to_wstring(inputs.size()) +
+                 L" inputs, 0 is the first");
+        }
+        const std::string& input = inputs[static_cast<std::size_t>(index)];
+        return stepOf({m_inputClass, "INPT", input}, [](const PjlinkRequest& request, const PjlinkReply& reply) {
+            if (reply.outcome != Outcome::DONE) {
+                failWith(request, reply);
+            }
+            return DONE;
+        });
+    });
 }
 
-void PJLinkProjector::closeShutter(PjlinkSession& session, Drawing::RunFillBlackTo&) {
-    m_mutesWithSound = setShutter(session, "11", "31") == "31";
+PJLinkProjector::Step PJLinkProjector::closeShutter(Drawing::RunFillBlackTo&) {
+    return setShutter("11", "31", [this](const std::string& taken) { m_mutesWithSound = taken == "31"; });
 }
 
-void PJLinkProjector::openShutter(PjlinkSession& session, Drawing::RunClearTo&) {
-    setShutter(session, m_mutesWithSound ? "30" : "10", m_mutesWithSound ? "10" : "30");
-    m_mutesWithSound = false;
+PJLinkProjector::Step PJLinkProjector::openShutter(Drawing::RunClearTo&) {
+    return setShutter(m_mutesWithSound ? "30" : "10", m_mutesWithSound ? "10" : "30",
+                      [this](const std::string&) { m_mutesWithSound = false; });
 }
 
 void PJLinkProjector::warnAboutCorrections(const Command& command) {

@@ -6,13 +6,15 @@
 #include "DeviceFramework2/DeviceSnippet.h"
 #include "DeviceFramework2/PjlinkSettings.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace Veltrani::DeviceFramework2 {
 
-class PjlinkSession;
+class PjlinkConversation;
+struct PjlinkStep;
 
 /// A projector that is controlled over the network by the PJLink standard, class 1 or 2.
 ///
@@ -34,7 +36,9 @@ class PjlinkSession;
 ///
 /// `supports` is false for the last two rows, and for the class 2 commands of a class 1 projector. Fill parameters have
 /// no meaning here. Each command is a session of its own, and every wait in it has a limit (`PjlinkSettings`). Every
-/// fault is a `DeviceException` that names the projector, its address and the command.
+/// fault is a `DeviceException` that names the projector, its address and the command; its cause is `NOT_NOW` when the
+/// projector put the command off because it is not on. To talk with many projectors at the same time, see
+/// `DeviceTalks`.
 class PJLinkProjector : public Device {
 public:
     /// Opens no connection. The snippet must have a host.
@@ -63,23 +67,35 @@ public:
 private:
     struct Action;
     class Address;
+    using Step = std::unique_ptr<PjlinkStep>;
 
     static const std::vector<Action>& actions();
     static const Action* actionFor(const Command& command);
     [[nodiscard]] std::wstring name() const;
 
-    void readClass(PjlinkSession& session);
-    void readFirmware(PjlinkSession& session, GetFirmware& command);
-    void readResolution(PjlinkSession& session, GetNativeResolution& command);
-    void readInput(PjlinkSession& session, GetActiveInputSignalIndex& command);
-    void readPower(PjlinkSession& session, GetPowerState& command);
-    void readMute(PjlinkSession& session, GetPictureMute& command);
-    void readName(PjlinkSession& session, GetProjectorName& command);
-    void readModel(PjlinkSession& session, GetModel& command);
-    void setInput(PjlinkSession& session, SetActiveInputSignalIndex& command);
-    void closeShutter(PjlinkSession& session, Device::Drawing::RunFillBlackTo& command);
-    void openShutter(PjlinkSession& session, Device::Drawing::RunClearTo& command);
-    std::vector<std::string> readInputs(PjlinkSession& session);
+    /// The first step of a command; null when nothing is to be sent. Throws `DeviceException` with the cause alone for
+    /// a command that the projector does not take.
+    Step begin(Command& command);
+    /// The first step of the contact.
+    Step beginContact();
+    /// Carries the steps out, waiting for each reply.
+    void converse(Step step) const;
+    /// Begins a session, without waiting for it.
+    [[nodiscard]] std::unique_ptr<PjlinkConversation> connect() const;
+    /// The fault of a command, or of the contact when it is null, with everything that a message names.
+    [[nodiscard]] DeviceException faultOf(const Command* command, const DeviceException& cause) const;
+
+    Step readFirmware(GetFirmware& command);
+    Step readResolution(GetNativeResolution& command);
+    Step readInput(GetActiveInputSignalIndex& command);
+    Step readPower(GetPowerState& command);
+    Step readMute(GetPictureMute& command);
+    Step readName(GetProjectorName& command);
+    Step readModel(GetModel& command);
+    Step setInput(SetActiveInputSignalIndex& command);
+    Step closeShutter(Device::Drawing::RunFillBlackTo& command);
+    Step openShutter(Device::Drawing::RunClearTo& command);
+    Step readInputs(std::function<Step(const std::vector<std::string>&)> then);
     void warnAboutCorrections(const Command& command);
 
     DeviceSnippet m_snippet;

@@ -264,6 +264,20 @@ TEST(PJLinkProjector, ALaterClassIsUsedAsClass2) {
     EXPECT_THAT(pair->lines(), ElementsAre("%2SVER ?", "%2INST ?", "%2INPT ?"));
 }
 
+TEST(PJLinkProjector, TheCauseOfAFaultTellsWhatWasPutOff) {
+    const auto causeOf = [](const std::vector<std::string>& options) {
+        const auto pair = Pair::contacted(options);
+        try {
+            pair->send<Device::Drawing::RunFillBlackTo>(5);
+        } catch (const DeviceException& fault) {
+            return std::optional(fault.cause);
+        }
+        return std::optional<DeviceException::Cause>();
+    };
+    EXPECT_EQ(causeOf({"--power", "0"}), DeviceException::Cause::NOT_NOW);
+    EXPECT_EQ(causeOf({"--answer", "AVMT=ERR4"}), DeviceException::Cause::DEVICE);
+}
+
 TEST(PJLinkProjector, TheClassInWordsIsUnderstood) {
     const auto pair = Pair::contacted({"--class", "1", "--answer", "CLSS=Class 1"});
     EXPECT_FALSE(pair->projector.supports(GetFirmware()));

@@ -1,16 +1,14 @@
 #pragma once
 
-#include "DeviceFramework2/PjlinkSettings.h"
-#include "DeviceFramework2/detail/LineBuffer.h"
-#include "DeviceFramework2/detail/PjlinkReply.h"
-#include "DeviceFramework2/detail/PjlinkRequest.h"
-#include "DeviceFramework2/detail/TcpConnection.h"
+#include "DeviceFramework2/detail/PjlinkConversation.h"
 
+#include <optional>
 #include <string>
 
 namespace Veltrani::DeviceFramework2 {
 
-/// One connection to a projector: connect, greet, log in with the first command, one command at a time.
+/// A conversation with one projector that is waited for: connect, greet, log in with the first command, one command at
+/// a time.
 ///
 /// Many projectors take one connection and drop it when it is idle, so a session is short and there is one at a time
 /// per projector. Any fault closes it: a late answer can then never be taken for that of a later command. Faults are
@@ -26,16 +24,9 @@ public:
     [[nodiscard]] PjlinkReply ask(const PjlinkRequest& request);
 
 private:
-    void greet(const std::wstring& uid, const PasswordSource& passwords);
-    void requireSilence();
-    std::string readLine(const Deadline& deadline);
-    PjlinkReply exchange(const PjlinkRequest& request);
+    void waitUntilReady();
 
-    PjlinkSettings m_settings;
-    TcpConnection m_connection;
-    LineBuffer m_received;
-    std::string m_login;  ///< goes directly before the first command
-    bool m_open = true;
+    std::optional<PjlinkConversation> m_conversation;  ///< none after a fault
 };
 
 }  // namespace Veltrani::DeviceFramework2

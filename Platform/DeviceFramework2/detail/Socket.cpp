@@ -19,14 +19,7 @@ Socket::Socket(int family, int kind) : m_descriptor(::socket(family, kind | SOCK
 }
 
 Socket::~Socket() {
-    close();
-}
-
-void Socket::close() {
-    if (m_descriptor >= 0) {
-        ::close(m_descriptor);
-        m_descriptor = -1;
-    }
+    ::close(m_descriptor);
 }
 
 bool Socket::waitFor(short events, const Deadline& deadline) const {

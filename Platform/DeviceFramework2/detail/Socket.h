@@ -16,8 +16,6 @@ public:
     Socket& operator=(const Socket&) = delete;
 
     [[nodiscard]] int descriptor() const { return m_descriptor; }
-    /// Idempotent; the descriptor is -1 afterwards.
-    void close();
 
     /// Waits until the socket is ready for `events` (POLLIN, POLLOUT) or has a fault to report; false when the time is
     /// over first.

@@ -4,7 +4,6 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -21,26 +20,19 @@ constexpr std::size_t CHUNK = 512;
     throw DeviceException(__FILE__, __LINE__, what + L": " + Socket::reason(error));
 }
 
-[[noreturn]] void failLate(const std::wstring& what, const Deadline& deadline) {
-    throw DeviceException(__FILE__, __LINE__, what + L" within " + std::to_wstring(deadline.limit().count()) + L" ms");
-}
-
 }  // namespace
 
-TcpConnection::TcpConnection(const Endpoint& peer, const Deadline& deadline) : m_socket(peer.family(), SOCK_STREAM) {
+TcpConnection::TcpConnection(const Endpoint& peer) : m_socket(peer.family(), SOCK_STREAM) {
     // A request is one small packet that must not wait for company.
     const int on = 1;
     ::setsockopt(m_socket.descriptor(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     // An interrupted attempt goes on in the background, as one that was started does.
-    if (::connect(m_socket.descriptor(), peer.address(), peer.size()) == 0) {
-        return;
-    }
-    if (errno != EINPROGRESS && errno != EINTR) {
+    if (::connect(m_socket.descriptor(), peer.address(), peer.size()) != 0 && errno != EINPROGRESS && errno != EINTR) {
         fail(L"no connection", errno);
     }
-    if (!m_socket.waitFor(POLLOUT, deadline)) {
-        failLate(L"no connection", deadline);
-    }
+}
+
+void TcpConnection::requireConnected() const {
     int error = 0;
     socklen_t size = sizeof error;
     ::getsockopt(m_socket.descriptor(), SOL_SOCKET, SO_ERROR, &error, &size);
@@ -49,33 +41,22 @@ TcpConnection::TcpConnection(const Endpoint& peer, const Deadline& deadline) : m
     }
 }
 
-void TcpConnection::send(std::string_view bytes, const Deadline& deadline) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::send(m_socket.descriptor(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+std::size_t TcpConnection::send(std::string_view bytes) {
+    std::size_t sent = 0;
+    while (sent < bytes.size()) {
+        const ssize_t count = ::send(m_socket.descriptor(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
         if (count >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(count));
+            sent += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN) {
-            if (!m_socket.waitFor(POLLOUT, deadline)) {
-                failLate(L"the command could not be sent", deadline);
-            }
+            break;
         } else if (errno != EINTR) {
             fail(L"the command could not be sent", errno);
         }
     }
+    return sent;
 }
 
-std::string TcpConnection::receive(const Deadline& deadline) {
-    while (true) {
-        if (!m_socket.waitFor(POLLIN, deadline)) {
-            failLate(L"no answer", deadline);
-        }
-        if (auto bytes = receiveNow()) {
-            return *bytes;
-        }
-    }
-}
-
-std::optional<std::string> TcpConnection::receiveNow() {
+std::optional<std::string> TcpConnection::receive() {
     std::array<char, CHUNK> buffer{};
     const ssize_t count = ::recv(m_socket.descriptor(), buffer.data(), buffer.size(), 0);
     if (count >= 0) {

@@ -1,31 +1,32 @@
 #pragma once
 
-#include "DeviceFramework2/detail/Deadline.h"
 #include "DeviceFramework2/detail/Endpoint.h"
 #include "DeviceFramework2/detail/Socket.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace Veltrani::DeviceFramework2 {
 
-/// A connection to a projector. No operation waits longer than its deadline; every fault is a `DeviceException` with
-/// the cause alone: the caller knows which projector it is.
+/// A connection to a projector. No operation waits; every fault is a `DeviceException` with the cause alone: the caller
+/// knows which projector it is.
 class TcpConnection {
 public:
-    TcpConnection(const Endpoint& peer, const Deadline& deadline);
+    /// Begins to connect. The connection is made, or has failed, when the socket is ready to be written to.
+    explicit TcpConnection(const Endpoint& peer);
 
-    /// Sends everything or throws.
-    void send(std::string_view bytes, const Deadline& deadline);
+    /// Throws when the connection has failed. Only once the socket is ready to be written to.
+    void requireConnected() const;
 
-    /// Waits for the next bytes; empty when the other side has finished sending.
-    [[nodiscard]] std::string receive(const Deadline& deadline);
+    /// Sends as much as the system takes. Returns how many bytes that is.
+    [[nodiscard]] std::size_t send(std::string_view bytes);
 
-    /// The bytes that are already there, without waiting; nothing when there are none, empty at the end.
-    [[nodiscard]] std::optional<std::string> receiveNow();
+    /// The bytes that are there; nothing when there are none, empty when the other side has finished sending.
+    [[nodiscard]] std::optional<std::string> receive();
 
-    void close() { m_socket.close(); }
+    [[nodiscard]] const Socket& socket() const { return m_socket; }
 
 private:
     Socket m_socket;

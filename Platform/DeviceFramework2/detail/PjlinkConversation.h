@@ -1,0 +1,67 @@
+#pragma once
+
+#include "DeviceFramework2/PjlinkSettings.h"
+#include "DeviceFramework2/detail/Deadline.h"
+#include "DeviceFramework2/detail/Endpoint.h"
+#include "DeviceFramework2/detail/PjlinkProtocol.h"
+#include "DeviceFramework2/detail/TcpConnection.h"
+
+#include <optional>
+#include <string>
+
+namespace Veltrani::DeviceFramework2 {
+
+/// One connection to a projector, from connecting to the last reply, that never waits.
+///
+/// Its driver waits for the socket, or for many sockets at once, and reports what happened:
+///
+///     while (!conversation.isReady()) {
+///         if (the socket becomes ready for conversation.events() before conversation.deadline()) {
+///             conversation.proceed();
+///         } else {
+///             conversation.expire();
+///         }
+///     }
+///
+/// Every fault is a `DeviceException` with the cause alone: the driver knows which projector it is. The conversation
+/// must be destroyed then.
+class PjlinkConversation {
+public:
+    /// Begins to connect.
+    /// @param uid selects the password
+    PjlinkConversation(const Endpoint& peer, const std::wstring& uid, const PjlinkSettings& settings);
+
+    /// True when a request may be sent: the projector has greeted, and the request before has its reply.
+    [[nodiscard]] bool isReady() const {
+        return m_state == State::IN_SESSION && m_unsent.empty() && m_protocol.isIdle();
+    }
+
+    /// Begins a request. Only when ready.
+    void send(const PjlinkRequest& request);
+    /// The reply to the last request, once; nothing before it is there.
+    [[nodiscard]] std::optional<PjlinkReply> takeReply() { return m_protocol.takeReply(); }
+
+    /// What is waited for while not ready, and how long.
+    [[nodiscard]] const Socket& socket() const { return m_connection.socket(); }
+    [[nodiscard]] short events() const;
+    [[nodiscard]] const Deadline& deadline() const { return m_deadline; }
+
+    /// Does what can be done without waiting, once the socket is ready or has a fault to report.
+    void proceed();
+    /// The wait is over and the socket was never ready: a fault.
+    [[noreturn]] void expire() const;
+
+private:
+    enum class State { CONNECTING, IN_SESSION };
+
+    void sendRest();
+
+    PjlinkSettings m_settings;
+    Deadline m_deadline;
+    TcpConnection m_connection;
+    PjlinkProtocol m_protocol;
+    State m_state = State::CONNECTING;
+    std::string m_unsent;  ///< of the request under way
+};
+
+}  // namespace Veltrani::DeviceFramework2

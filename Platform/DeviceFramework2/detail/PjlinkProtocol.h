@@ -1,0 +1,54 @@
+#pragma once
+
+#include "DeviceFramework2/PasswordSource.h"
+#include "DeviceFramework2/detail/LineBuffer.h"
+#include "DeviceFramework2/detail/PjlinkReply.h"
+#include "DeviceFramework2/detail/PjlinkRequest.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Veltrani::DeviceFramework2 {
+
+/// The course of one session with a projector: its greeting, the login with the first request, one request at a time.
+///
+/// Neither socket nor clock: bytes go in and out, in pieces of any size. Every fault is a `DeviceException` with the
+/// cause alone, and the session must not be used afterwards: a late reply could be taken for that of another request.
+/// The password is in none of the messages.
+class PjlinkProtocol {
+public:
+    /// @param uid selects the password
+    PjlinkProtocol(std::wstring uid, PasswordSource passwords);
+
+    /// True once the projector has greeted, and while no request is under way.
+    [[nodiscard]] bool isIdle() const { return m_state == State::IDLE; }
+
+    /// Takes what the projector sent; empty when it has finished sending. Without a password where one is wanted there
+    /// is nothing to be sent: a fault.
+    void receive(std::string_view bytes);
+
+    /// The bytes that a request is sent as. Only when idle; a fault when the projector has sent anything unasked, which
+    /// would be taken for the reply.
+    [[nodiscard]] std::string send(const PjlinkRequest& request);
+
+    /// The reply to the last request, once. An error that the projector reports is a reply; a refused login is a fault.
+    [[nodiscard]] std::optional<PjlinkReply> takeReply();
+
+private:
+    enum class State { GREETING, IDLE, REPLYING };
+
+    void greet(const std::string& line);
+    void takeLine(const std::string& line);
+
+    std::wstring m_uid;
+    PasswordSource m_passwords;
+    State m_state = State::GREETING;
+    LineBuffer m_received;
+    std::string m_login;  ///< goes directly before the first request; empty when none is wanted
+    bool m_loginSent = false;
+    PjlinkRequest m_request;  ///< under way
+    std::optional<PjlinkReply> m_reply;
+};
+
+}  // namespace Veltrani::DeviceFramework2
