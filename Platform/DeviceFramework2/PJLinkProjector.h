@@ -65,6 +65,8 @@ public:
     [[nodiscard]] int getTypeCode() const override;
 
 private:
+    friend class DeviceTalks;
+
     struct Action;
     class Address;
     using Step = std::unique_ptr<PjlinkStep>;

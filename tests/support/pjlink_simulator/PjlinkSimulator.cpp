@@ -111,6 +111,16 @@ int PjlinkSimulator::mostConnections() const {
     return most;
 }
 
+int PjlinkSimulator::mostConnectionsTogether() const {
+    int now = 0;
+    int most = 0;
+    for (const std::string& event : journal()) {
+        now += event.starts_with("OPEN ") ? 1 : event.starts_with("CLOSE ") ? -1 : 0;
+        most = std::max(most, now);
+    }
+    return most;
+}
+
 void PjlinkSimulator::kill() {
     ::kill(m_process, SIGKILL);
     ::waitpid(m_process, nullptr, 0);

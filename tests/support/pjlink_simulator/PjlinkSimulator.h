@@ -28,6 +28,8 @@ public:
     [[nodiscard]] std::vector<std::string> lines(std::size_t projector = 0) const;
     /// The most connections that any projector had at the same time.
     [[nodiscard]] int mostConnections() const;
+    /// The most connections that all projectors together had at the same time.
+    [[nodiscard]] int mostConnectionsTogether() const;
 
     /// Ends the process at once, as a power cut would.
     void kill();

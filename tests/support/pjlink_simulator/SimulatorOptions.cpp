@@ -27,7 +27,7 @@ Option flag(const std::string& name, bool SimulatorOptions::*field, const std::s
 }
 
 void setLineEnd(SimulatorOptions& options, const std::string& value) {
-    const std::map<std::string, std::string> ends{{"cr", "\r"}, {"lf", "\n"}, {"crlf", "\r\n"}};
+    const std::map<std::string, std::string> ends{{"cr", "\r"}, {"lf", "\n"}, {"crlf", "\r\n"}, {"none", ""}};
     options.lineEnd = ends.at(value);
 }
 
@@ -48,19 +48,23 @@ const std::vector<Option>& allOptions() {
         text("seed", &SimulatorOptions::seed, "seed of the login that is wanted"),
         text("digest", &SimulatorOptions::digest, "the login that is accepted"),
         text("greeting", &SimulatorOptions::greeting, "in place of the usual one; - for none"),
-        {"line-end", "cr, lf or crlf", setLineEnd},
+        {"line-end", "cr, lf, crlf or none", setLineEnd},
         number("delay", &SimulatorOptions::delay, "milliseconds before each answer"),
         number("split", &SimulatorOptions::split, "milliseconds between the bytes of an answer"),
         flag("half-close", &SimulatorOptions::halfClose, "yes: finish sending after the greeting"),
         number("close-after", &SimulatorOptions::closeAfter, "commands after which a connection is closed"),
+        number("reset-after", &SimulatorOptions::resetAfter, "commands after which a connection is reset"),
         number("silent-after", &SimulatorOptions::silentAfter, "commands after which no answer comes"),
+        text("silent-on", &SimulatorOptions::silentOn, "command that is never answered"),
         number("flood", &SimulatorOptions::flood, "bytes of lines that follow the greeting"),
         number("endless", &SimulatorOptions::endless, "bytes without a line end in place of each answer"),
         text("raw-answer", &SimulatorOptions::rawAnswer, "line in place of each answer"),
         number("die-after", &SimulatorOptions::dieAfter, "commands after which the program ends"),
         text("mac", &SimulatorOptions::mac, "MAC address that answers each search request, alone"),
         number("search-answers", &SimulatorOptions::searchAnswers, "answers to each search request"),
+        number("search-hosts", &SimulatorOptions::searchHosts, "addresses that the answers come from in turn"),
         flag("search-noise", &SimulatorOptions::searchNoise, "yes: duplicates and junk among them"),
+        flag("spread", &SimulatorOptions::spread, "yes: each projector at an address of its own, which can be found"),
         text("journal", &SimulatorOptions::journal, "file that receives one line per event"),
         {"answer", "COMMAND=TEXT, such as \"AVMT 11=ERR2\" or RRES=3840x2160; may be repeated", setAnswer}};
     return OPTIONS;

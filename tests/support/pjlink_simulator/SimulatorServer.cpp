@@ -17,18 +17,25 @@ namespace {
 
 constexpr int BACKLOG = 64;
 
-sockaddr_in loopback(int port) {
+/// 127.0.1.1 and following: addresses of projectors that are spread.
+constexpr std::uint32_t FIRST_PROJECTOR = INADDR_LOOPBACK + 0x100;
+/// 127.1.0.1 and following: addresses that answers to a search come from, and nobody serves.
+constexpr std::uint32_t FIRST_SEARCH_HOST = INADDR_LOOPBACK + 0x10000;
+/// The number of the first MAC address of projectors that are spread; other answers have smaller ones.
+constexpr int FIRST_SPREAD_MAC = 0x10000;
+
+sockaddr_in endpoint(std::uint32_t host, int port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_addr.s_addr = htonl(host);
     address.sin_port = htons(static_cast<std::uint16_t>(port));
     return address;
 }
 
 /// A socket on a port, or on a free one for 0; -1 when the port is in use.
-int tryToBind(int kind, int port) {
+int tryToBind(int kind, std::uint32_t host, int port) {
     const int descriptor = ::socket(AF_INET, kind | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    const sockaddr_in address = loopback(port);
+    const sockaddr_in address = endpoint(host, port);
     const int on = 1;
     // A port that was served a moment ago can be served again.
     if (kind == SOCK_STREAM) {
@@ -41,10 +48,10 @@ int tryToBind(int kind, int port) {
     return descriptor;
 }
 
-int boundSocket(int kind, int port) {
-    const int descriptor = tryToBind(kind, port);
+int boundSocket(int kind, std::uint32_t host, int port) {
+    const int descriptor = tryToBind(kind, host, port);
     if (descriptor < 0) {
-        throw std::runtime_error("no socket on 127.0.0.1:" + std::to_string(port));
+        throw std::runtime_error("no socket on loopback, port " + std::to_string(port));
     }
     return descriptor;
 }
@@ -58,8 +65,20 @@ int portOf(int descriptor) {
 
 std::string macOf(int number) {
     std::array<char, 18> text{};
-    std::snprintf(text.data(), text.size(), "02:00:00:00:%02x:%02x", (number >> 8) & 0xFF, number & 0xFF);
+    std::snprintf(text.data(), text.size(), "02:00:00:%02x:%02x:%02x", (number >> 16) & 0xFF, (number >> 8) & 0xFF,
+                  number & 0xFF);
     return text.data();
+}
+
+std::string answerOf(const std::string& mac) {
+    return "%2ACKN=" + mac + "\r";
+}
+
+/// Sends a datagram from a socket of its own, from any port of the address.
+void sendFrom(std::uint32_t host, const std::string& text, const sockaddr_in& receiver) {
+    const int descriptor = boundSocket(SOCK_DGRAM, host, 0);
+    ::sendto(descriptor, text.data(), text.size(), 0, reinterpret_cast<const sockaddr*>(&receiver), sizeof receiver);
+    ::close(descriptor);
 }
 
 }  // namespace
@@ -69,7 +88,9 @@ SimulatorServer::SimulatorServer(const SimulatorOptions& options) : m_options(op
         m_journal.open(options.journal, std::ios::app);
     }
     for (int i = 0; i < options.projectors; ++i) {
-        const int listener = i == 0 ? bindFirst() : boundSocket(SOCK_STREAM, options.port == 0 ? 0 : options.port + i);
+        // Projectors that are spread share the port of the first.
+        const int port = options.spread ? searchPort() : options.port == 0 ? 0 : options.port + i;
+        const int listener = i == 0 ? bindFirst() : boundSocket(SOCK_STREAM, addressOf(i), port);
         m_listeners.push_back({listener, std::make_unique<SimulatedProjector>(options)});
         if (::listen(m_listeners.back().descriptor, BACKLOG) != 0) {
             throw std::runtime_error("cannot listen");
@@ -77,13 +98,17 @@ SimulatorServer::SimulatorServer(const SimulatorOptions& options) : m_options(op
     }
 }
 
+std::uint32_t SimulatorServer::addressOf(int projector) const {
+    return m_options.spread ? FIRST_PROJECTOR + static_cast<std::uint32_t>(projector) : INADDR_LOOPBACK;
+}
+
 /// Control and search share one port number, as with a real projector. A free one of one kind may be taken in the
 /// other.
 int SimulatorServer::bindFirst() {
     constexpr int ATTEMPTS = 20;
     for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
-        const int listener = boundSocket(SOCK_STREAM, m_options.port);
-        m_search = tryToBind(SOCK_DGRAM, portOf(listener));
+        const int listener = boundSocket(SOCK_STREAM, addressOf(0), m_options.port);
+        m_search = tryToBind(SOCK_DGRAM, INADDR_LOOPBACK, portOf(listener));
         if (m_search >= 0) {
             return listener;
         }
@@ -220,7 +245,8 @@ void SimulatorServer::read(Connection& connection) {
 
 void SimulatorServer::take(Connection& connection, const std::string& line) {
     note("LINE " + std::to_string(connection.projector) + ' ' + line);
-    if (m_options.silentAfter >= 0 && connection.commands >= m_options.silentAfter) {
+    const bool unheard = !m_options.silentOn.empty() && line.find(m_options.silentOn) != std::string::npos;
+    if (unheard || (m_options.silentAfter >= 0 && connection.commands >= m_options.silentAfter)) {
         return;
     }
     const auto answer = m_listeners[connection.projector].projector->answer(line, connection.commands == 0);
@@ -229,7 +255,9 @@ void SimulatorServer::take(Connection& connection, const std::string& line) {
         stopListening();
     }
     const bool last = answer.close || connection.commands == m_options.closeAfter;
-    if (m_options.endless > 0) {
+    if (connection.commands == m_options.resetAfter) {
+        queue(connection, "%1", Then::RESET);
+    } else if (m_options.endless > 0) {
         queue(connection, std::string(static_cast<std::size_t>(m_options.endless), 'x'));
     } else if (!m_options.rawAnswer.empty()) {
         queue(connection, m_options.rawAnswer + m_options.lineEnd);
@@ -270,7 +298,9 @@ void SimulatorServer::flush(Connection& connection) {
         connection.output.pop_front();
         if (then == Then::HALF_CLOSE) {
             ::shutdown(connection.descriptor, SHUT_WR);
-        } else if (then == Then::CLOSE) {
+        } else if (then == Then::CLOSE || then == Then::RESET) {
+            const linger abort{then == Then::RESET ? 1 : 0, 0};
+            ::setsockopt(connection.descriptor, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
             close(connection);
         }
     }
@@ -301,12 +331,20 @@ void SimulatorServer::answerSearch() {
         ::sendto(m_search, text.data(), text.size(), 0, reinterpret_cast<const sockaddr*>(&sender), size);
     };
     if (!m_options.mac.empty()) {
-        answer("%2ACKN=" + m_options.mac + "\r");
+        answer(answerOf(m_options.mac));
+    }
+    for (int i = 0; m_options.spread && i < m_options.projectors; ++i) {
+        sendFrom(addressOf(i), answerOf(macOf(FIRST_SPREAD_MAC + i)), sender);
     }
     for (int i = 1; i <= m_options.searchAnswers; ++i) {
-        answer("%2ACKN=" + macOf(i) + "\r");
+        if (m_options.searchHosts > 0) {
+            sendFrom(FIRST_SEARCH_HOST + static_cast<std::uint32_t>(i % m_options.searchHosts), answerOf(macOf(i)),
+                     sender);
+            continue;
+        }
+        answer(answerOf(macOf(i)));
         if (m_options.searchNoise) {
-            answer("%2ACKN=" + macOf(i) + "\r");
+            answer(answerOf(macOf(i)));
             answer(i % 2 == 0 ? "%2SRCH\r" : "%2ACKN=not:an:address\r");
             answer(i % 2 == 0 ? std::string(1200, 'x') : "");
         }

@@ -4,6 +4,7 @@
 #include "SimulatorOptions.h"
 
 #include <chrono>
+#include <cstdint>
 #include <deque>
 #include <fstream>
 #include <list>
@@ -11,7 +12,7 @@
 #include <string>
 #include <vector>
 
-/// The sockets of the simulator, all on 127.0.0.1, served by one loop.
+/// The sockets of the simulator, all on the loopback network, served by one loop.
 class SimulatorServer {
 public:
     explicit SimulatorServer(const SimulatorOptions& options);
@@ -27,7 +28,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    enum class Then { NOTHING, HALF_CLOSE, CLOSE };
+    enum class Then { NOTHING, HALF_CLOSE, CLOSE, RESET };
 
     struct Output {
         Clock::time_point due;
@@ -51,6 +52,7 @@ private:
     };
 
     int bindFirst();
+    [[nodiscard]] std::uint32_t addressOf(int projector) const;
     void stopListening();
     void note(const std::string& event);
     void accept(std::size_t projector);
