@@ -14,8 +14,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <map>
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace Veltrani::DeviceFramework2 {
 
@@ -63,7 +65,7 @@ public:
         return asked;
     }
 
-    /// The next new answer; nothing when the time is over first. The deadline is looked at for every datagram, so that
+    /// The next answer; nothing when the time is over first. The deadline is looked at for every datagram, so that
     /// a flood does not prolong the search.
     std::optional<PjlinkSearch::Answer> next(const Deadline& deadline) {
         while (!deadline.expired() && m_socket.waitFor(POLLIN, deadline)) {
@@ -85,7 +87,7 @@ private:
             return std::nullopt;
         }
         const auto mac = parsePjlinkSearchReply({bytes.data(), static_cast<std::size_t>(count)});
-        if (!mac || !m_heard.insert(*mac).second) {
+        if (!mac) {
             return std::nullopt;
         }
         return PjlinkSearch::Answer{*mac, Endpoint::of(sender).host()};
@@ -93,13 +95,51 @@ private:
 
     const PjlinkSearchSettings& m_settings;
     Socket m_socket;
-    std::set<MacAddress> m_heard;
+};
+
+/// What is kept of the answers. It stays small, whatever arrives.
+class Collection {
+public:
+    explicit Collection(const std::function<bool(const PjlinkSearch::Answer&)>& enough) : m_enough(enough) {}
+
+    /// False when the search has ended with this answer.
+    bool take(const PjlinkSearch::Answer& answer) {
+        if (m_known.count(answer.mac) != 0) {
+            return true;
+        }
+        const bool last = m_enough && m_enough(answer);
+        std::size_t& ofAddress = m_perAddress[answer.host];
+        if (!last && ofAddress >= PjlinkSearch::MOST_ANSWERS_PER_ADDRESS) {
+            noteCrowded(answer.host);
+            return true;
+        }
+        ++ofAddress;
+        m_known.insert(answer.mac);
+        m_result.answers.push_back(answer);
+        m_result.full = m_result.answers.size() >= PjlinkSearch::MOST_ANSWERS;
+        return !last && !m_result.full;
+    }
+
+    [[nodiscard]] PjlinkSearch::Result result() && { return std::move(m_result); }
+
+private:
+    void noteCrowded(const std::string& host) {
+        auto& hosts = m_result.crowded;
+        if (std::find(hosts.begin(), hosts.end(), host) == hosts.end()) {
+            hosts.push_back(host);
+        }
+    }
+
+    const std::function<bool(const PjlinkSearch::Answer&)>& m_enough;
+    std::set<MacAddress> m_known;
+    std::map<std::string, std::size_t> m_perAddress;
+    PjlinkSearch::Result m_result;
 };
 
 }  // namespace
 
-std::vector<PjlinkSearch::Answer> PjlinkSearch::run(const std::function<bool(const Answer&)>& enough) const {
-    std::vector<Answer> answers;
+PjlinkSearch::Result PjlinkSearch::hear(const std::function<bool(const Answer&)>& enough) const {
+    Collection collection(enough);
     try {
         Hearing hearing(m_settings);
         const auto targets = m_settings.targets.empty() ? broadcastAddresses() : m_settings.targets;
@@ -110,10 +150,9 @@ std::vector<PjlinkSearch::Answer> PjlinkSearch::run(const std::function<bool(con
                 throw DeviceException(__FILE__, __LINE__, L"no network can be asked");
             }
             const Deadline pause(last ? end.remaining() : std::min(m_settings.interval, end.remaining()));
-            while (auto answer = hearing.next(pause)) {
-                answers.push_back(*answer);
-                if (answers.size() >= MOST_ANSWERS || (enough && enough(*answer))) {
-                    return answers;
+            while (const auto answer = hearing.next(pause)) {
+                if (!collection.take(*answer)) {
+                    return std::move(collection).result();
                 }
             }
             if (last) {
@@ -123,9 +162,10 @@ std::vector<PjlinkSearch::Answer> PjlinkSearch::run(const std::function<bool(con
     } catch (const DeviceException& fault) {
         throw DeviceException(
             __FILE__, __LINE__,
-            L"No search for projectors: " + fault.message + L". Give the address of each projector instead");
+            L"No search for projectors: " + fault.message + L". Give the address of each projector instead",
+            DeviceException::Cause::THIS_MACHINE);
     }
-    return answers;
+    return std::move(collection).result();
 }
 
 }  // namespace Veltrani::DeviceFramework2

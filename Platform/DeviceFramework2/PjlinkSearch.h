@@ -38,16 +38,33 @@ public:
         std::string host;  ///< IPv4 address of the sender
     };
 
+    /// What a search has heard.
+    struct Result {
+        std::vector<Answer> answers;  ///< each MAC address once, in order of arrival
+        /// Addresses that sent more MAC addresses than `MOST_ANSWERS_PER_ADDRESS`, each once.
+        std::vector<std::string> crowded;
+        bool full = false;  ///< ended with `MOST_ANSWERS`
+    };
+
     /// Answers that are kept; a network with more has another problem.
     static constexpr std::size_t MOST_ANSWERS = 1024;
+    /// Answers that are kept of one address. A projector has one MAC address, or one per network interface; whoever
+    /// states more must not crowd the others out.
+    static constexpr std::size_t MOST_ANSWERS_PER_ADDRESS = 4;
 
     explicit PjlinkSearch(PjlinkSearchSettings settings) : m_settings(std::move(settings)) {}
 
-    /// Collects answers, each MAC address once, in order of arrival, for the time given or until `enough` says true
-    /// to one. Requests of others, our own echo and junk are passed over. An address that cannot be asked is a warning
-    /// in the log. Throws `DeviceException`, naming the cause and the remedy, when there is no search at all: without a
-    /// socket, for instance because another program holds the port, and when no address can be asked.
-    [[nodiscard]] std::vector<Answer> run(const std::function<bool(const Answer&)>& enough = {}) const;
+    /// Collects answers for the time given or until `enough` returns true for one, which is kept in any case. `enough`
+    /// sees every answer until its MAC address is kept. Requests of others, our own echo and junk are passed over. An
+    /// address that cannot be asked is a warning in the log. Throws `DeviceException` of this machine, naming the cause
+    /// and the remedy, when there is no search at all: without a socket, for instance because another program holds the
+    /// port, and when no address can be asked.
+    [[nodiscard]] Result hear(const std::function<bool(const Answer&)>& enough = {}) const;
+
+    /// The answers of `hear` alone.
+    [[nodiscard]] std::vector<Answer> run(const std::function<bool(const Answer&)>& enough = {}) const {
+        return hear(enough).answers;
+    }
 
 private:
     PjlinkSearchSettings m_settings;

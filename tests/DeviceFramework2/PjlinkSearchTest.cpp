@@ -74,7 +74,7 @@ TEST(PjlinkSearch, EndsEarlyWhenItHasEnough) {
 }
 
 TEST(PjlinkSearch, FiveHundredAnswersAmongDuplicatesAndJunkAreHeardOnceEach) {
-    const PjlinkSimulator simulator({"--search-answers", "500", "--search-noise", "yes"});
+    const PjlinkSimulator simulator({"--search-answers", "500", "--search-hosts", "500", "--search-noise", "yes"});
     const auto answers = PjlinkSearch(searchAt(simulator, 2s)).run();
     EXPECT_EQ(answers.size(), 500U);
     std::set<MacAddress> different;
@@ -87,11 +87,35 @@ TEST(PjlinkSearch, FiveHundredAnswersAmongDuplicatesAndJunkAreHeardOnceEach) {
 }
 
 TEST(PjlinkSearch, NoMoreAnswersAreKeptThanTheLimit) {
-    const PjlinkSimulator simulator({"--search-answers", "2000"});
-    std::vector<PjlinkSearch::Answer> answers;
-    const auto time = timeOf([&] { answers = PjlinkSearch(searchAt(simulator, 30s)).run(); });
-    EXPECT_EQ(answers.size(), PjlinkSearch::MOST_ANSWERS);
+    const PjlinkSimulator simulator({"--search-answers", "2000", "--search-hosts", "2000"});
+    PjlinkSearch::Result heard;
+    const auto time = timeOf([&] { heard = PjlinkSearch(searchAt(simulator, 30s)).hear(); });
+    EXPECT_EQ(heard.answers.size(), PjlinkSearch::MOST_ANSWERS);
+    EXPECT_TRUE(heard.full);
+    EXPECT_THAT(heard.crowded, IsEmpty());
     EXPECT_LT(time, 29s);
+}
+
+TEST(PjlinkSearch, OneAddressWithManyMacAddressesDoesNotCrowdTheOthersOut) {
+    const PjlinkSimulator simulator({"--spread", "yes", "--projectors", "3", "--search-answers", "1500"});
+    const auto heard = PjlinkSearch(searchAt(simulator, 400ms)).hear();
+    EXPECT_THAT(heard.crowded, ElementsAre("127.0.0.1"));
+    EXPECT_FALSE(heard.full);
+    const auto count = [&](const std::string& host) {
+        return std::count_if(heard.answers.begin(), heard.answers.end(),
+                             [&](const PjlinkSearch::Answer& answer) { return answer.host == host; });
+    };
+    EXPECT_EQ(static_cast<std::size_t>(count("127.0.0.1")), PjlinkSearch::MOST_ANSWERS_PER_ADDRESS);
+    EXPECT_EQ(count("127.0.1.1") + count("127.0.1.2") + count("127.0.1.3"), 3);
+    EXPECT_EQ(heard.answers.size(), PjlinkSearch::MOST_ANSWERS_PER_ADDRESS + 3);
+}
+
+TEST(PjlinkSearch, TheOneThatIsWantedIsFoundBehindAnyNumberOfOthersAtItsAddress) {
+    const PjlinkSimulator simulator({"--search-answers", "300"});
+    const auto isIt = [](const PjlinkSearch::Answer& answer) { return answer.mac.text() == L"02:00:00:00:01:2C"; };
+    const auto answers = PjlinkSearch(searchAt(simulator, 60s)).run(isIt);
+    ASSERT_FALSE(answers.empty());
+    EXPECT_TRUE(isIt(answers.back()));
 }
 
 TEST(PjlinkSearch, AnEchoOfTheOwnRequestIsNoAnswer) {
