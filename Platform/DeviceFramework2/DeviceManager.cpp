@@ -3,12 +3,15 @@
 #include "Common/VeltraniLogging.h"
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/DeviceTalks.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
 #include "DeviceFramework2/PJLinkProjector.h"
 #include "DeviceFramework2/VirtualProjector.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace Veltrani::DeviceFramework2 {
@@ -31,6 +34,13 @@ void requireType(bool realDevice, const std::wstring& typeName) {
                               L"Device type \"" + typeName + L"\": the type of a " +
                                   (realDevice ? L"real" : L"simulated") + L" device is " + expected);
     }
+}
+
+/// @param others answers of other projectors to the search
+DeviceException notFound(const MacAddress& mac, std::size_t others) {
+    return {
+        __FILE__, __LINE__,
+        L"PJLink projector " + mac.uid() + L" did not answer the search (" + std::to_wstring(others) + L" others did)"};
 }
 
 }  // namespace
@@ -162,6 +172,99 @@ Device* DeviceManager::connect(DeviceSnippet snippet) {
     return add(std::move(projector), true);
 }
 
+/// One device on its way into the manager.
+struct DeviceManager::Visit {
+    const Connecting& connecting;
+    DeviceSnippet snippet;
+    std::unique_ptr<PJLinkProjector> projector{};  ///< until the first contact has succeeded
+    Device* device = nullptr;                      ///< from then on
+    bool over = false;
+
+    void fail(const DeviceException& fault) {
+        over = true;
+        static_cast<void>(connecting.next(nullptr, &fault));
+    }
+};
+
+void DeviceManager::connectDevices(const std::vector<Connecting>& connecting) {
+    std::vector<std::unique_ptr<Visit>> visits;
+    std::set<MacAddress> wanted;
+    for (const Connecting& one : connecting) {
+        try {
+            const DeviceSnippet snippet = DeviceSnippet::parse(one.snippet);
+            if (!wanted.insert(snippet.mac).second) {
+                throw DeviceException(__FILE__, __LINE__,
+                                      L"PJLink projector " + snippet.mac.uid() + L" is stated twice");
+            }
+            visits.push_back(std::make_unique<Visit>(Visit{one, snippet}));
+        } catch (const DeviceException& fault) {
+            static_cast<void>(one.next(nullptr, &fault));
+        }
+    }
+    searchHosts(visits);
+    DeviceTalks talks;
+    for (const auto& visit : visits) {
+        if (!visit->over) {
+            begin(*visit, talks);
+        }
+    }
+    talks.run();
+}
+
+void DeviceManager::begin(Visit& visit, DeviceTalks& talks) {
+    if (Entry* known = findId(visit.snippet.mac.uid())) {
+        visit.device = countAgain(*known, true);
+        talks.add(*visit.device,
+                  [&visit](const DeviceException* fault) { return visit.connecting.next(visit.device, fault); });
+        return;
+    }
+    try {
+        visit.projector = std::make_unique<PJLinkProjector>(visit.snippet, m_settings.pjlink);
+    } catch (const DeviceException& fault) {
+        visit.fail(fault);
+        return;
+    }
+    talks.addContact(*visit.projector, [this, &visit](const DeviceException* fault) -> std::shared_ptr<Command> {
+        if (visit.projector && fault != nullptr) {
+            visit.fail(*fault);
+            return nullptr;
+        }
+        if (visit.projector) {
+            visit.device = add(std::move(visit.projector), true);
+        }
+        return visit.connecting.next(visit.device, fault);
+    });
+}
+
+/// One search for all that have no host: the port that answers come to can be held only once.
+void DeviceManager::searchHosts(std::vector<std::unique_ptr<Visit>>& visits) const {
+    std::map<MacAddress, Visit*> missing;
+    for (const auto& visit : visits) {
+        if (!visit->over && visit->snippet.host.empty() && findId(visit->snippet.mac.uid()) == nullptr) {
+            missing[visit->snippet.mac] = visit.get();
+        }
+    }
+    if (missing.empty()) {
+        return;
+    }
+    try {
+        const auto answers = PjlinkSearch(m_settings.search).run([&](const PjlinkSearch::Answer& answer) {
+            if (const auto found = missing.find(answer.mac); found != missing.end()) {
+                found->second->snippet.host = answer.host;
+                missing.erase(found);
+            }
+            return missing.empty();
+        });
+        for (const auto& [mac, visit] : missing) {
+            visit->fail(notFound(mac, answers.size()));
+        }
+    } catch (const DeviceException& fault) {
+        for (const auto& [mac, visit] : missing) {
+            visit->fail(fault);
+        }
+    }
+}
+
 Device* DeviceManager::createVirtual(const std::wstring& text) {
     const VirtualProjectorSnippet snippet = VirtualProjectorSnippet::parse(text);
     const auto mac = DeviceSnippet::macAddressIn(snippet.wrapped);
@@ -192,9 +295,7 @@ std::string DeviceManager::searchHost(const MacAddress& mac) const {
     const auto isWanted = [&](const PjlinkSearch::Answer& answer) { return answer.mac == mac; };
     const auto answers = PjlinkSearch(m_settings.search).run(isWanted);
     if (answers.empty() || !isWanted(answers.back())) {
-        throw DeviceException(__FILE__, __LINE__,
-                              L"PJLink projector " + mac.uid() + L" did not answer the search (" +
-                                  std::to_wstring(answers.size()) + L" others did)");
+        throw notFound(mac, answers.size());
     }
     return answers.back().host;
 }

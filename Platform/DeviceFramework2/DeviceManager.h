@@ -5,12 +5,16 @@
 #include "DeviceFramework2/PjlinkSettings.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace Veltrani::DeviceFramework2 {
 
+class Command;
+class DeviceTalks;
+struct DeviceException;
 struct DeviceSnippet;
 
 /// The device manager: PJLink projectors and virtual ones.
@@ -48,6 +52,19 @@ public:
     /// As `createDevice` for a real device, but says in a `DeviceException` why it does not answer, and logs nothing.
     Device* connectDevice(const std::wstring& snippet);
 
+    /// One of several devices that are connected at the same time.
+    struct Connecting {
+        std::wstring snippet;
+        /// Called once with the device, counted for the caller, or with null and the fault that kept it away. Then, as
+        /// in `DeviceTalks`, after each command that it returned; null ends the talk.
+        std::function<std::shared_ptr<Command>(Device* device, const DeviceException* fault)> next;
+    };
+
+    /// As `connectDevice` for many devices, which takes as long as the slowest of them, with the first commands to each
+    /// (`DeviceTalks`). Those without a host are searched for before, all in one search. A second snippet with the MAC
+    /// address of an earlier one is a fault.
+    void connectDevices(const std::vector<Connecting>& connecting);
+
     /// A device that is none of this manager's is left alone, with a warning.
     void releaseDevice(AbstractDevice* device) override;
 
@@ -61,6 +78,7 @@ public:
 
 private:
     struct Entry;
+    struct Visit;
 
     [[nodiscard]] Entry* findId(const std::wstring& id) const;
     [[nodiscard]] Entry* findDevice(const AbstractDevice* device) const;
@@ -69,6 +87,8 @@ private:
     Device* countAgain(Entry& entry, bool realDevice);
     Device* add(std::unique_ptr<Device> device, bool realDevice);
     Device* connect(DeviceSnippet snippet);
+    void begin(Visit& visit, DeviceTalks& talks);
+    void searchHosts(std::vector<std::unique_ptr<Visit>>& visits) const;
     [[nodiscard]] std::string searchHost(const MacAddress& mac) const;
     std::wstring freshUid();
 

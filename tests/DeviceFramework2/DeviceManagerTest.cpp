@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 using namespace device_testing;
@@ -252,6 +254,92 @@ TEST_F(ADeviceManager, ADeviceThatWasConnectedIsCountedLikeACreatedOne) {
     EXPECT_EQ(manager.createDevice(snippetText(simulator.port()), true, L""), device);
     EXPECT_EQ(manager.useCount(device), 2);
     EXPECT_EQ(simulator.lines().size(), 1U) << "asked once";
+}
+
+/// What `connectDevices` reported for one snippet.
+struct Reported {
+    Device* device = nullptr;
+    std::string fault;
+    int calls = 0;
+};
+
+/// Connects devices at the same time; each that is there is asked for its power.
+std::vector<Reported> connectAll(DeviceManager& manager, const std::vector<std::wstring>& snippets) {
+    std::vector<Reported> all(snippets.size());
+    std::vector<DeviceManager::Connecting> connecting;
+    for (std::size_t i = 0; i < snippets.size(); ++i) {
+        connecting.push_back({snippets[i], [&all, i](Device* device, const DeviceException* fault) {
+                                  Reported& reported = all[i];
+                                  reported.device = device;
+                                  reported.fault += fault == nullptr ? "" : Veltrani::toUtf8(fault->message);
+                                  return ++reported.calls == 1 ? std::make_shared<GetPowerState>() : nullptr;
+                              }});
+    }
+    manager.connectDevices(connecting);
+    return all;
+}
+
+TEST_F(ADeviceManager, ConnectsManyDevicesEachWithItsOwnResult) {
+    const PjlinkSimulator good({"--projectors", "2"});
+    const PjlinkSimulator known;
+    const std::string dead = std::to_string(PjlinkSimulator().port());
+    Device* before = manager.connectDevice(snippetText(known.port(), 4));
+    LogTrap trap;
+    const auto all =
+        connectAll(manager, {snippetText(good.port(0), 1), snippetText(std::stoi(dead), 2), L"<Device type='PJLink'/>",
+                             snippetText(good.port(1), 3), snippetText(known.port(), 4), snippetText(good.port(0), 1)});
+    ASSERT_NE(all[0].device, nullptr);
+    EXPECT_EQ(all[0].device->getUID(), L"020000000001");
+    EXPECT_EQ(all[0].fault, "");
+    EXPECT_EQ(all[0].calls, 2) << "for the first command, and after it";
+    EXPECT_EQ(all[1].fault, "PJLink projector 020000000002 at 127.0.0.1:" + dead +
+                                ", first contact: no connection: Connection refused");
+    EXPECT_EQ(all[1].device, nullptr);
+    EXPECT_EQ(all[1].calls, 1) << "what it returned is for nobody";
+    EXPECT_THAT(all[2].fault, HasSubstr("the attribute mac is missing"));
+    EXPECT_EQ(all[3].fault, "");
+    EXPECT_EQ(all[4].device, before);
+    EXPECT_EQ(manager.useCount(before), 2);
+    EXPECT_THAT(known.lines(), ElementsAre("%1CLSS ?", "%1POWR ?")) << "a known device is not contacted again";
+    EXPECT_EQ(all[5].fault, "PJLink projector 020000000001 is stated twice");
+    EXPECT_THAT(good.lines(0), ElementsAre("%1CLSS ?", "%1POWR ?"));
+    EXPECT_EQ(manager.deviceCount(), 3U);
+    EXPECT_EQ(manager.useCount(all[0].device), 1);
+    EXPECT_EQ(manager.getDevice(L"020000000003"), all[3].device);
+    EXPECT_THAT(trap.messages(), IsEmpty());
+}
+
+TEST_F(ADeviceManager, SeveralProjectorsWithoutAnAddressAreSearchedForAtOnce) {
+    const PjlinkSimulator simulator({"--search-answers", "3"});
+    DeviceManager::Settings searching = settings();
+    searching.search.targetPort = simulator.searchPort();
+    searching.search.requests = 1;
+    DeviceManager finder(searching);
+    const auto snippet = [&](const std::wstring& number) {
+        return L"<Device type='PJLink' mac='02:00:00:00:00:" + number + L"' port='" +
+               std::to_wstring(simulator.port()) + L"'/>";
+    };
+    const auto all = connectAll(finder, {snippet(L"01"), snippet(L"03"), snippet(L"98"), snippet(L"99")});
+    ASSERT_NE(all[0].device, nullptr) << all[0].fault;
+    ASSERT_NE(all[1].device, nullptr) << all[1].fault;
+    EXPECT_EQ(all[0].device->getDeviceSnippet(), snippetText(simulator.port(), 1));
+    EXPECT_EQ(all[2].fault, "PJLink projector 020000000098 did not answer the search (3 others did)");
+    EXPECT_EQ(all[3].fault, "PJLink projector 020000000099 did not answer the search (3 others did)");
+    const auto events = simulator.journal();
+    EXPECT_EQ(std::count(events.begin(), events.end(), "SEARCH %2SRCH"), 1);
+}
+
+TEST_F(ADeviceManager, ASearchThatCannotBeMadeIsTheFaultOfAllThatNeedIt) {
+    const PjlinkSimulator simulator;
+    DeviceManager::Settings searching = settings();
+    searching.search.ownPort = simulator.searchPort();
+    DeviceManager finder(searching);
+    const auto all =
+        connectAll(finder, {L"<Device type='PJLink' mac='02:00:00:00:00:01'/>", snippetText(simulator.port(), 2),
+                            L"<Device type='PJLink' mac='02:00:00:00:00:03'/>"});
+    EXPECT_THAT(all[0].fault, HasSubstr("Address already in use. Give the address of each projector instead"));
+    EXPECT_EQ(all[1].fault, "");
+    EXPECT_EQ(all[2].fault, all[0].fault);
 }
 
 TEST(DeviceManagerInstance, OpensNoSocketAndIsOnePerProcess) {
