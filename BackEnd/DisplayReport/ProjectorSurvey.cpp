@@ -22,27 +22,14 @@ namespace {
 
 using namespace DeviceFramework2;
 
-constexpr const wchar_t* REMEDY =
-    L"; check that it has power, that its network control is switched on, and its address and password";
-
 [[noreturn]] void fail(const Device& device, const std::wstring& reason) {
     const Location* place = device.getLocation();
     const std::wstring where = place == nullptr ? L"" : L" (" + place->getDescription() + L")";
     throw DeviceException(__FILE__, __LINE__, L"projector " + device.getUID() + where + L" " + reason);
 }
 
-void requirePower(Device& device) {
-    const auto question = std::make_shared<GetPowerState>();
-    if (!device.supports(*question)) {
-        return;
-    }
-    try {
-        device.execute(question);
-    } catch (const DeviceException& fault) {
-        throw DeviceException(__FILE__, __LINE__,
-                              fault.message + L"; check that it is on, or leave it out with --offline");
-    }
-    switch (question->getResult()) {
+void requireOn(const Device& device, PowerState power) {
+    switch (power) {
         case PowerState::ON:
             return;
         case PowerState::STANDBY:
@@ -51,27 +38,6 @@ void requirePower(Device& device) {
             fail(device, L"is cooling down; wait, then switch it on");
         case PowerState::WARMING_UP:
             fail(device, L"is warming up; wait until it is on");
-    }
-}
-
-/// Whether it can be blackened, and brought back, shows in its answer to the question whether it is black.
-void requireShutter(Device& device, bool black) {
-    const std::wstring remedy = black
-                                    ? L"cannot show a black picture; darken it by hand and leave it out with --offline"
-                                    : L"cannot be told to show its input; switch its picture mute off by hand and "
-                                      L"leave it out with --offline";
-    const bool able =
-        black ? device.supports(Device::Drawing::RunFillBlackTo(0)) : device.supports(Device::Drawing::RunClearTo(0));
-    if (!able) {
-        fail(device, remedy);
-    }
-    const auto question = std::make_shared<GetPictureMute>();
-    try {
-        if (device.supports(*question)) {
-            device.execute(question);
-        }
-    } catch (const DeviceException& fault) {
-        throw DeviceException(__FILE__, __LINE__, fault.message + L": it " + remedy);
     }
 }
 
@@ -84,15 +50,92 @@ void requireSnippet(const std::wstring& snippet) {
     }
 }
 
-Device* connect(const std::wstring& snippet, DeviceManager& manager) {
-    try {
-        return manager.connectDevice(snippet);
-    } catch (const DeviceException& fault) {
-        // A missing password brings its own remedy along.
-        const bool complete = fault.message.ends_with(manager.settings().pjlink.passwords.remedy());
-        throw DeviceException(__FILE__, __LINE__, complete ? fault.message : fault.message + REMEDY);
+/// What the survey asks one projector, question by question.
+class Inquiry {
+public:
+    Inquiry(ProjectorFinding& finding, ProjectorNeed need) : m_finding(finding), m_need(need) {}
+
+    /// The next question; null when there is none left or none is worth asking any more.
+    /// @param fault of the contact or of the question before; null when there was none
+    std::shared_ptr<Command> next(Device* device, const DeviceException* fault) {
+        try {
+            if (fault != nullptr) {
+                throw DeviceException(__FILE__, __LINE__, fault->message + remedyFor(*fault));
+            }
+            m_finding.device = device;
+            return following(*device);
+        } catch (const VeltraniExceptionBase& reason) {
+            m_finding.fault = printable(toUtf8(reason.message));
+            return nullptr;
+        }
     }
-}
+
+private:
+    enum class Stage { CONTACT, POWER, ABILITY };
+
+    [[nodiscard]] std::wstring remedyFor(const DeviceException& fault) const {
+        if (fault.cause == DeviceException::Cause::THIS_MACHINE) {
+            return {};  // it brings its own remedy along
+        }
+        switch (m_stage) {
+            case Stage::CONTACT:
+                return L"; check that it has power, that its network control is switched on, and its address and "
+                       L"password";
+            case Stage::POWER:
+                return L"; check that it is on, or leave it out with --offline";
+            case Stage::ABILITY:
+                return L": it " + shutterRemedy();
+        }
+        return {};
+    }
+
+    std::shared_ptr<Command> following(const Device& device) {
+        if (m_need == ProjectorNeed::ANSWER) {
+            return nullptr;
+        }
+        if (m_stage == Stage::CONTACT) {
+            m_stage = Stage::POWER;
+            if (device.supports(*m_power)) {
+                return m_power;
+            }
+        } else if (m_stage == Stage::POWER) {
+            requireOn(device, m_power->getResult());
+        } else {
+            return nullptr;
+        }
+        m_stage = Stage::ABILITY;
+        return abilityOf(device);
+    }
+
+    /// Whether it can be blackened, and brought back, shows in its reply to the question whether it is black.
+    [[nodiscard]] std::shared_ptr<Command> abilityOf(const Device& device) const {
+        if (m_need == ProjectorNeed::GRAY50) {
+            if (!device.supports(Device::Drawing::RunFill50GrayTo(0))) {
+                fail(device, L"cannot show a grey picture by itself; show one through its input");
+            }
+            return nullptr;
+        }
+        const bool able = m_need == ProjectorNeed::BLACK ? device.supports(Device::Drawing::RunFillBlackTo(0))
+                                                         : device.supports(Device::Drawing::RunClearTo(0));
+        if (!able) {
+            fail(device, shutterRemedy());
+        }
+        auto question = std::make_shared<GetPictureMute>();
+        return device.supports(*question) ? question : nullptr;
+    }
+
+    [[nodiscard]] std::wstring shutterRemedy() const {
+        return m_need == ProjectorNeed::BLACK
+                   ? L"cannot show a black picture; darken it by hand and leave it out with --offline"
+                   : L"cannot be told to show its input; switch its picture mute off by hand and leave it out with "
+                     L"--offline";
+    }
+
+    ProjectorFinding& m_finding;
+    ProjectorNeed m_need;
+    Stage m_stage = Stage::CONTACT;
+    std::shared_ptr<GetPowerState> m_power = std::make_shared<GetPowerState>();
+};
 
 std::string sameAs(const ProjectorFinding& earlier, const std::string& what) {
     return printable("it has the same " + what + " as channel " + earlier.name + " (" + toUtf8(earlier.id) +
@@ -117,54 +160,70 @@ bool isDuplicate(ProjectorFinding& finding, const std::vector<ProjectorFinding>&
     return false;
 }
 
+/// One finding per entry, with the faults that need no projector to be asked.
+std::vector<ProjectorFinding> entriesOf(const XMLConfigManager& config) {
+    std::vector<ProjectorFinding> findings;
+    for (const std::wstring& id : config.getProjectorConfigIds()) {
+        const ProjectorConfig* entry = config.getProjectorConfig(id);
+        if (entry == nullptr) {
+            continue;
+        }
+        ProjectorFinding finding{id, entry->getDeviceSnippet(), toUtf8(entry->getName()), {}, nullptr};
+        try {
+            if (!isDuplicate(finding, findings)) {
+                requireSnippet(finding.snippet);
+            }
+        } catch (const VeltraniExceptionBase& fault) {
+            finding.fault = printable(toUtf8(fault.message));
+        }
+        findings.push_back(std::move(finding));
+    }
+    return findings;
+}
+
 }  // namespace
 
 ProjectorSurvey::ProjectorSurvey(ProjectorNeed need, Progress progress)
     : m_need(need), m_progress(std::move(progress)) {}
 
 std::vector<ProjectorFinding> ProjectorSurvey::run(const XMLConfigManager& config, DeviceManager& manager) const {
-    std::vector<ProjectorFinding> findings;
-    const auto ids = config.getProjectorConfigIds();
-    for (std::size_t i = 0; i < ids.size(); ++i) {
-        if (m_progress) {
-            m_progress(i, ids.size());
-        }
-        if (const ProjectorConfig* entry = config.getProjectorConfig(ids[i])) {
-            ProjectorFinding finding{ids[i], entry->getDeviceSnippet(), toUtf8(entry->getName()), {}, nullptr};
-            if (!isDuplicate(finding, findings)) {
-                ask(finding, manager);
-            }
-            findings.push_back(std::move(finding));
+    std::vector<ProjectorFinding> findings = entriesOf(config);
+    std::vector<ProjectorFinding*> asked;
+    for (ProjectorFinding& finding : findings) {
+        if (finding.usable()) {
+            asked.push_back(&finding);
         }
     }
-    if (m_progress) {
-        m_progress(ids.size(), ids.size());
+    std::size_t done = 0;
+    const auto report = [&] {
+        if (m_progress) {
+            m_progress(done, findings.size());
+        }
+    };
+    report();
+    while (done < findings.size() - asked.size()) {
+        ++done;
+        report();
+    }
+    std::vector<DeviceManager::Connecting> talks;
+    for (ProjectorFinding* finding : asked) {
+        const auto inquiry = std::make_shared<Inquiry>(*finding, m_need);
+        talks.push_back({finding->snippet, [inquiry, &done, &report](Device* device, const DeviceException* fault) {
+                             auto question = inquiry->next(device, fault);
+                             if (!question) {
+                                 ++done;
+                                 report();
+                             }
+                             return question;
+                         }});
+    }
+    manager.connectDevices(talks);
+    for (ProjectorFinding* finding : asked) {
+        if (!finding->usable()) {
+            manager.releaseDevice(std::exchange(finding->device, nullptr));
+        }
     }
     return findings;
-}
-
-void ProjectorSurvey::ask(ProjectorFinding& finding, DeviceManager& manager) const {
-    try {
-        requireSnippet(finding.snippet);
-        finding.device = connect(finding.snippet, manager);
-        requireNeed(*finding.device);
-    } catch (const VeltraniExceptionBase& fault) {
-        finding.fault = printable(toUtf8(fault.message));
-        manager.releaseDevice(finding.device);
-        finding.device = nullptr;
-    }
-}
-
-void ProjectorSurvey::requireNeed(Device& device) const {
-    if (m_need == ProjectorNeed::ANSWER) {
-        return;
-    }
-    requirePower(device);
-    if (m_need != ProjectorNeed::GRAY50) {
-        requireShutter(device, m_need == ProjectorNeed::BLACK);
-    } else if (!device.supports(Device::Drawing::RunFill50GrayTo(0))) {
-        fail(device, L"cannot show a grey picture by itself; show one through its input");
-    }
 }
 
 }  // namespace Veltrani::DisplayReport

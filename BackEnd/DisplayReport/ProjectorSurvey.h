@@ -26,25 +26,22 @@ enum class ProjectorNeed {
     CLEAR,   ///< their input
 };
 
-/// Asks every projector of a configuration, each by itself, whether it is there, on, and able to do what is needed.
-/// Changes nothing on any of them, and one that does not do keeps none of the others from being asked.
+/// Asks every projector of a configuration, all at the same time, whether it is there, on, and able to do what is
+/// needed. Changes nothing on any of them, and one that does not do keeps none of the others from being asked.
 class ProjectorSurvey {
 public:
-    /// Told before each projector how many are done, of how many; once more at the end.
+    /// Called with how many projectors are done, of how many: at the beginning and whenever one is.
     using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
     explicit ProjectorSurvey(ProjectorNeed need, Progress progress = {});
 
     /// One finding per entry, in configuration order. An entry with the identity or the address of an earlier one is
-    /// not asked: whatever is there is the other's projector. Takes up to the limits of the manager's settings for
-    /// each.
+    /// not asked: whatever is there is the other's projector. Lasts as long as the slowest projector, at most the
+    /// limits of the manager's settings; one search comes before for those without an address.
     [[nodiscard]] std::vector<ProjectorFinding> run(const XMLConfigManager& config,
                                                     DeviceFramework2::DeviceManager& manager) const;
 
 private:
-    void ask(ProjectorFinding& finding, DeviceFramework2::DeviceManager& manager) const;
-    void requireNeed(DeviceFramework2::Device& device) const;
-
     ProjectorNeed m_need;
     Progress m_progress;
 };

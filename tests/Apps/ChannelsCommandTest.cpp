@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -117,6 +118,40 @@ TEST_F(TheChannelsCommand, ASilentProjectorHoldsNobodyUpForLongerThanTheTimeout)
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.errors, HasSubstr("first contact: no answer within 200 ms; check that it has power"));
     EXPECT_THAT(run.output, ContainsRegex("Left .* missing "));
+}
+
+TEST_F(TheChannelsCommand, ManySilentProjectorsTakeAsLongAsOne) {
+    constexpr int PROJECTORS = 32;
+    const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--greeting", "-"});
+    std::string entries;
+    for (int i = 0; i < PROJECTORS; ++i) {
+        const std::string number = std::to_string(i);
+        entries += entry("E" + number, "Channel " + number, snippet(silent.port(static_cast<std::size_t>(i)), i));
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    const ProgramRun run = channels(display(entries), {"--timeout", "1"});
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << "one after another: 32 s";
+    EXPECT_EQ(run.exitCode, 1);
+    std::size_t at = 0;
+    for (int i = 0; i < PROJECTORS; ++i) {
+        at = run.errors.find("error: channel Channel " + std::to_string(i) + " (E", at);
+        ASSERT_NE(at, std::string::npos) << i << ", in the order of the file";
+    }
+    EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), PROJECTORS);
+    EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS);
+}
+
+TEST_F(TheChannelsCommand, APasswordFileThatCannotBeUsedBringsItsOwnRemedy) {
+    const PjlinkSimulator locked({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
+    const PjlinkSimulator open;
+    const std::string content = twoProjectors(locked.port(), open.port());
+    const std::string passwords = folder.write("passwords", "\xef\xbb\xbf* 12345678\n");
+    const std::map<std::string, std::string> environment{{"SCREENMANAGER_PJLINK_PASSWORD_FILE", passwords}};
+    ASSERT_EQ(::chmod(passwords.c_str(), 0644), 0);
+    EXPECT_THAT(channels(content, {"--timeout", PATIENT}, environment).errors,
+                HasSubstr("others have rights to it: make it your own and give it the mode 600\n"));
+    ASSERT_EQ(::chmod(passwords.c_str(), 0600), 0);
+    EXPECT_EQ(channels(content, {"--timeout", PATIENT}, environment).exitCode, 0) << "with a byte-order mark";
 }
 
 TEST_F(TheChannelsCommand, AMissingPasswordNamesWhereItBelongs) {

@@ -12,9 +12,9 @@ inline const std::string PATIENT = "5";
 /// For waits that a test expects to run out; twice the time of a slow answer on loopback.
 inline const std::string IMPATIENT = "0.2";
 
-/// "02:00:00:00:00:01"
+/// "02:00:00:00:00:01"; numbers up to 99.
 inline std::string mac(int number) {
-    return "02:00:00:00:00:0" + std::to_string(number);
+    return "02:00:00:00:00:" + std::to_string(number / 10) + std::to_string(number % 10);
 }
 
 inline std::string snippet(int port, int number) {

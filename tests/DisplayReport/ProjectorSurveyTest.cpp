@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <chrono>
 
 namespace {
 
@@ -113,6 +116,74 @@ TEST_F(AProjectorSurvey, GreyIsNotToBeHadByPjlink) {
     EXPECT_EQ(findingOn(simulator, ProjectorNeed::GRAY50).fault,
               "projector 020000000001 (PJLink 127.0.0.1:" + std::to_string(simulator.port()) +
                   ") cannot show a grey picture by itself; show one through its input");
+}
+
+TEST_F(AProjectorSurvey, ThirtyTwoThatNeverGreetTakeOneWait) {
+    constexpr int PROJECTORS = 32;
+    constexpr std::chrono::milliseconds WAIT(1000);
+    const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--greeting", "-"});
+    std::string entries;
+    for (int i = 0; i < PROJECTORS; ++i) {
+        entries += entry("E" + std::to_string(i), device(silent.port(static_cast<std::size_t>(i)), i));
+    }
+    const auto config = configOf(entries);
+    auto impatient = settings();
+    impatient.pjlink.greetingLimit = WAIT;
+    DeviceManager hasty(impatient);
+    const auto begin = std::chrono::steady_clock::now();
+    const auto findings = ProjectorSurvey(ProjectorNeed::BLACK).run(*config, hasty);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 4 * WAIT) << "one after another they take 32 waits";
+    ASSERT_THAT(findings, SizeIs(PROJECTORS));
+    for (std::size_t i = 0; i < findings.size(); ++i) {
+        EXPECT_EQ(findings[i].id, L"E" + std::to_wstring(i)) << "in the order of the configuration";
+        EXPECT_THAT(findings[i].fault, HasSubstr("first contact: no answer within 1000 ms; check that it has power"));
+    }
+    EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS);
+    EXPECT_EQ(hasty.deviceCount(), 0U);
+}
+
+TEST_F(AProjectorSurvey, ProjectorsThatAreSilentAtDifferentQuestionsTakeOneWaitTogether) {
+    constexpr std::chrono::milliseconds WAIT(1500);
+    const PjlinkSimulator atOnce({"--greeting", "-"});
+    const PjlinkSimulator atPower({"--silent-on", "POWR"});
+    const PjlinkSimulator atMute({"--silent-on", "AVMT"});
+    const PjlinkSimulator good;
+    const auto config = configOf(entry("A", device(atOnce.port(), 1)) + entry("B", device(atPower.port(), 2)) +
+                                 entry("C", device(atMute.port(), 3)) + entry("D", device(good.port(), 4)));
+    auto impatient = settings();
+    impatient.pjlink.greetingLimit = WAIT;
+    impatient.pjlink.replyLimit = WAIT;
+    DeviceManager hasty(impatient);
+    const auto begin = std::chrono::steady_clock::now();
+    const auto findings = ProjectorSurvey(ProjectorNeed::BLACK).run(*config, hasty);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 2 * WAIT);
+    ASSERT_THAT(findings, SizeIs(4));
+    EXPECT_THAT(findings[0].fault, HasSubstr("first contact: no answer within 1500 ms; check that it has power"));
+    EXPECT_THAT(findings[1].fault, HasSubstr("command GetPowerState: no answer within 1500 ms; check that it is on"));
+    EXPECT_THAT(findings[2].fault, HasSubstr("command GetPictureMute: no answer within 1500 ms: it cannot show"));
+    EXPECT_TRUE(findings[3].usable());
+    hasty.releaseDevice(findings[3].device);
+    EXPECT_EQ(hasty.deviceCount(), 0U);
+}
+
+TEST_F(AProjectorSurvey, AFaultOfThisMachineBringsItsOwnRemedy) {
+    const PjlinkSimulator locked({"--seed", "498e4a67", "--digest", "5d8409bc1c3fa39749434aa3a5c38682"});
+    EXPECT_THAT(findingOn(locked, ProjectorNeed::ANSWER).fault,
+                EndsWith("or name a password file in SM_TEST_PJLINK_PASSWORD_FILE"));
+    ::setenv("SM_TEST_PJLINK_PASSWORD_FILE", "/nowhere/passwords", 1);
+    const std::string unreadable = findingOn(locked, ProjectorNeed::ANSWER).fault;
+    ::unsetenv("SM_TEST_PJLINK_PASSWORD_FILE");
+    EXPECT_THAT(unreadable,
+                EndsWith("password file /nowhere/passwords: No such file or directory; put a file there that you can "
+                         "read, or correct the environment variable SM_TEST_PJLINK_PASSWORD_FILE"));
+
+    const auto config = configOf(entry("A", "<Device type='PJLink' mac='02:00:00:00:00:01'/>"));
+    auto unsearchable = settings();
+    unsearchable.search.ownAddress = "127.0.0.1";
+    unsearchable.search.ownPort = locked.searchPort();
+    DeviceManager searcher(unsearchable);
+    EXPECT_THAT(ProjectorSurvey(ProjectorNeed::ANSWER).run(*config, searcher).at(0).fault,
+                EndsWith("Address already in use. Give the address of each projector instead"));
 }
 
 TEST_F(AProjectorSurvey, AFaultIsOneLine) {

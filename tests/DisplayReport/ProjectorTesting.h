@@ -28,10 +28,10 @@ inline DeviceManager::Settings settings() {
     return settings;
 }
 
-/// A projector on loopback; number 1 has the MAC address 02:00:00:00:00:01.
+/// A projector on loopback; number 1 has the MAC address 02:00:00:00:00:01. Numbers up to 99.
 inline std::string device(int port, int number) {
-    return "<Device type='PJLink' mac='02:00:00:00:00:0" + std::to_string(number) + "' host='127.0.0.1' port='" +
-           std::to_string(port) + "'/>";
+    return "<Device type='PJLink' mac='02:00:00:00:00:" + std::to_string(number / 10) + std::to_string(number % 10) +
+           "' host='127.0.0.1' port='" + std::to_string(port) + "'/>";
 }
 
 inline std::string entry(const std::string& id, const std::string& snippet) {
