@@ -4,16 +4,15 @@
 #include "DeviceFramework2/Commands.h"
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/DeviceTalks.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
-#include "DeviceFramework2/PJLinkProjector.h"
 #include "DeviceFramework2/ProjectorAddress.h"
 #include "DisplayReport/ProjectorRun.h"
 #include "DisplayReport/TextTable.h"
 
+#include <cstddef>
+#include <functional>
 #include <memory>
-#include <optional>
-#include <type_traits>
-#include <utility>
 
 namespace Veltrani::DisplayReport {
 
@@ -41,63 +40,94 @@ std::string textOf(const Point<int, 2>& resolution) {
     return std::to_string(resolution[0]) + " x " + std::to_string(resolution[1]);
 }
 
-/// Asks one device, and notes what it does not answer.
+/// What one device is asked for its line, question by question, and the questions that it does not answer.
 class Interview {
 public:
-    Interview(std::string channel, Device& device, std::vector<Fault>& faults)
-        : m_channel(std::move(channel)), m_device(device), m_faults(faults) {}
+    /// @param line what is known without asking; filled as far as the device answers
+    Interview(ChannelLine& line, Device& device) : m_line(line), m_device(device) {
+        if (const Location* place = device.getLocation()) {
+            line.device = toUtf8(place->getDescription());
+        }
+        line.state = "reachable";
+        ask<GetPowerState>([this](PowerState power) {
+            m_line.state = textOf(power);
+            m_awake = power == PowerState::ON;
+        });
+        ask<GetNativeResolution>([this](const Point<int, 2>& resolution) {
+            m_line.resolution = resolution[0] > 0 ? textOf(resolution) : m_line.resolution;
+        });
+        ask<GetActiveInputSignalIndex>([this](int input) { m_line.input = std::to_string(input); });
+        // A projector that is not on refuses to state its input, and that is no fault.
+        m_questions.back().onlyAwake = true;
+        ask<GetFirmware>([this](const std::string& firmware) { m_line.firmware = firmware; });
+    }
 
-    /// Nothing when the device does not support the question or does not answer it, which is a fault.
-    template <class Question>
-    auto answer() -> std::optional<std::decay_t<decltype(std::declval<Question>().getResult())>> {
-        const auto question = std::make_shared<Question>();
-        try {
-            if (m_device.supports(*question)) {
-                m_device.execute(question);
-                return question->getResult();
-            }
-        } catch (const DeviceException& fault) {
-            if (m_awake || !PJLinkProjector::isNotNow(fault)) {
-                m_faults.push_back({"channel " + m_channel, toUtf8(fault.message), {}});
+    /// The next question that the device supports; null when there is none left.
+    /// @param fault of the question before; null when there was none
+    std::shared_ptr<Command> next(const DeviceException* fault) {
+        if (m_pending != nullptr && fault == nullptr) {
+            m_pending->use();
+        } else if (fault != nullptr && (m_awake || fault->cause != DeviceException::Cause::NOT_NOW)) {
+            m_faults.push_back({"channel " + m_line.name, toUtf8(fault->message), {}});
+        }
+        while (m_next < m_questions.size()) {
+            m_pending = &m_questions[m_next++];
+            if (m_device.supports(*m_pending->command) && (m_awake || !m_pending->onlyAwake)) {
+                return m_pending->command;
             }
         }
-        return std::nullopt;
+        return nullptr;
     }
 
-    /// From now on questions that the projector puts off are no faults.
-    void fallAsleep() { m_awake = false; }
+    [[nodiscard]] const std::vector<Fault>& faults() const { return m_faults; }
 
 private:
-    std::string m_channel;
-    bool m_awake = true;
+    struct Question {
+        std::shared_ptr<Command> command;
+        std::function<void()> use;  ///< of its result
+        bool onlyAwake = false;
+    };
+
+    template <class Kind, class Use>
+    void ask(Use use) {
+        const auto command = std::make_shared<Kind>();
+        m_questions.push_back({command, [command, use] { use(command->getResult()); }});
+    }
+
+    ChannelLine& m_line;
     Device& m_device;
-    std::vector<Fault>& m_faults;
+    std::vector<Question> m_questions;
+    std::size_t m_next = 0;
+    const Question* m_pending = nullptr;
+    bool m_awake = true;  ///< false: what the device puts off is no fault
+    std::vector<Fault> m_faults;
 };
 
-void fill(ChannelLine& line, Device& device, std::vector<Fault>& faults) {
-    Interview interview(line.name, device, faults);
-    if (const Location* place = device.getLocation()) {
-        line.device = toUtf8(place->getDescription());
+/// Asks all devices at the same time, and reports what they do not answer in the order of their lines.
+/// @param devices one per line; null: nothing is asked
+std::vector<Fault> fill(std::vector<ChannelLine>& lines, const std::vector<Device*>& devices) {
+    std::vector<std::unique_ptr<Interview>> interviews;
+    DeviceTalks talks;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (devices[i] == nullptr) {
+            continue;
+        }
+        interviews.push_back(std::make_unique<Interview>(lines[i], *devices[i]));
+        talks.add(*devices[i], [interview = interviews.back().get()](const DeviceException* fault) {
+            return interview->next(fault);
+        });
     }
-    const auto power = interview.answer<GetPowerState>();
-    line.state = power ? textOf(*power) : "reachable";
-    if (SurveyedDeviceManager::isSimulated(device)) {
-        line.state = "simulated";
+    talks.run();
+    std::vector<Fault> faults;
+    for (const auto& interview : interviews) {
+        faults.insert(faults.end(), interview->faults().begin(), interview->faults().end());
     }
-    // A projector that is not on refuses to tell its input, and that is no fault.
-    const bool awake = !power || *power == PowerState::ON;
-    if (!awake) {
-        interview.fallAsleep();
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (devices[i] != nullptr && SurveyedDeviceManager::isSimulated(*devices[i])) {
+            lines[i].state = "simulated";
+        }
     }
-    if (const auto resolution = interview.answer<GetNativeResolution>(); resolution && (*resolution)[0] > 0) {
-        line.resolution = textOf(*resolution);
-    }
-    if (const auto input = awake ? interview.answer<GetActiveInputSignalIndex>() : std::nullopt) {
-        line.input = std::to_string(*input);
-    }
-    if (const auto firmware = interview.answer<GetFirmware>()) {
-        line.firmware = *firmware;
-    }
+    return faults;
 }
 
 ChannelLine lineOf(const std::string& name, const std::wstring& id) {
@@ -119,25 +149,25 @@ std::string configuredPlace(const std::wstring& snippet) {
 
 ChannelListing ChannelListing::ofEntries(const ProjectorRun& run) {
     ChannelListing listing;
+    std::vector<Device*> devices;
     for (const ProjectorFinding& finding : run.findings()) {
         listing.lines.push_back(lineOf(finding.name, finding.id));
         listing.lines.back().device = configuredPlace(finding.snippet);
-        if (finding.device != nullptr) {
-            fill(listing.lines.back(), *finding.device, listing.faults);
-        }
+        devices.push_back(finding.device);
     }
+    listing.faults = fill(listing.lines, devices);
     return listing;
 }
 
 ChannelListing ChannelListing::ofChannels(ProjectorRun& run) {
     ChannelListing listing;
+    std::vector<Device*> devices;
     for (const Channel& channel : run.channels().getChannels()) {
         listing.lines.push_back(lineOf(toUtf8(channel.getName()), channel.getProjectorConfigId()));
         AbstractDevice* const device = run.channels().getAbstractDeviceRefactor(channel.getProjectorConfigId());
-        if (Device* const whole = deprecatedDeviceFromAbstractDevice(device)) {
-            fill(listing.lines.back(), *whole, listing.faults);
-        }
+        devices.push_back(deprecatedDeviceFromAbstractDevice(SurveyedDeviceManager::deviceBehind(device)));
     }
+    listing.faults = fill(listing.lines, devices);
     return listing;
 }
 

@@ -12,16 +12,6 @@ namespace Veltrani::DisplayReport {
 using DeviceFramework2::AbstractDevice;
 using DeviceFramework2::Device;
 
-namespace {
-
-/// The device behind a recorded one; others as they are.
-AbstractDevice* behind(AbstractDevice* device) {
-    const auto* recorded = dynamic_cast<const RecordedDevice*>(device);
-    return recorded == nullptr ? device : &recorded->device();
-}
-
-}  // namespace
-
 SurveyedDeviceManager::SurveyedDeviceManager(DeviceFramework2::DeviceManager& manager,
                                              std::vector<ProjectorFinding> findings)
     : m_manager(manager), m_findings(std::move(findings)) {}
@@ -45,7 +35,7 @@ Device* SurveyedDeviceManager::createDevice(const std::wstring& snippet, bool re
 }
 
 void SurveyedDeviceManager::releaseDevice(AbstractDevice* device) {
-    AbstractDevice* const own = behind(device);
+    AbstractDevice* const own = deviceBehind(device);
     m_manager.releaseDevice(own);
     if (m_manager.useCount(own) == 0) {
         m_devices.erase(own);
@@ -53,7 +43,12 @@ void SurveyedDeviceManager::releaseDevice(AbstractDevice* device) {
 }
 
 bool SurveyedDeviceManager::bindDevice(AbstractDevice* device, const std::wstring& configurationId) {
-    return m_manager.bindDevice(behind(device), configurationId);
+    return m_manager.bindDevice(deviceBehind(device), configurationId);
+}
+
+AbstractDevice* SurveyedDeviceManager::deviceBehind(AbstractDevice* device) {
+    const auto* recorded = dynamic_cast<const RecordedDevice*>(device);
+    return recorded == nullptr ? device : &recorded->device();
 }
 
 bool SurveyedDeviceManager::isSimulated(const AbstractDevice& device) {

@@ -19,7 +19,7 @@ class DeviceManager;
 namespace Veltrani::DisplayReport {
 
 /// The device manager of one run over surveyed projectors: nobody is asked for a second time, and everything that is
-/// sent is noted.
+/// sent through it is noted.
 ///
 /// A projector that the survey found unusable does not exist here, so that whoever sets channels up treats it as
 /// missing. Devices are handed out as `RecordedDevice`s, one per device.
@@ -37,10 +37,13 @@ public:
     bool bindDevice(DeviceFramework2::AbstractDevice* device, const std::wstring& configurationId) override;
 
     [[nodiscard]] const std::vector<ProjectorFinding>& findings() const { return m_findings; }
-    /// What was sent, whether it arrived or not.
+    /// What was sent to the devices as they are handed out, whether it arrived or not.
     [[nodiscard]] const CommandRecords& records() const { return m_records; }
     /// Told of each command from now on.
     void setObserver(RecordedDevice::Recorder observer) { m_observer = std::move(observer); }
+    /// The device behind one that is handed out, for `DeviceTalks`; any other, and null, as it is.
+    /// What it is sent is not noted.
+    [[nodiscard]] static DeviceFramework2::AbstractDevice* deviceBehind(DeviceFramework2::AbstractDevice* device);
     /// True for a virtual projector of this manager.
     [[nodiscard]] static bool isSimulated(const DeviceFramework2::AbstractDevice& device);
 

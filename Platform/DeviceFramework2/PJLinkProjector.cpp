@@ -189,10 +189,6 @@ void PJLinkProjector::contact() {
     }
 }
 
-bool PJLinkProjector::isNotNow(const DeviceException& fault) {
-    return fault.cause == DeviceException::Cause::NOT_NOW;
-}
-
 bool PJLinkProjector::supports(const Command& command) const {
     const Action* action = actionFor(command);
     return action != nullptr && action->inSession != nullptr && m_class >= action->leastClass;

@@ -49,9 +49,6 @@ public:
     /// this has succeeded it is taken for class 1.
     void contact();
 
-    /// True for the fault of a command that the projector put off because it is not on ("unavailable at this time").
-    [[nodiscard]] static bool isNotNow(const DeviceException& fault);
-
     [[nodiscard]] bool supports(const Command& command) const override;
     void execute(const std::shared_ptr<Command>& command) override;
 

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <sstream>
 
 namespace {
@@ -88,6 +89,34 @@ TEST_F(AChannelListing, WhatIsNotAnsweredIsAFaultAndTheRestIsShown) {
     ASSERT_THAT(listing.faults, SizeIs(1));
     EXPECT_EQ(listing.faults[0].where, "channel L");
     EXPECT_THAT(listing.faults[0].what, HasSubstr("command GetFirmware: SVER ?: the projector reports a failure"));
+}
+
+TEST_F(AChannelListing, ProjectorsThatFallSilentAreListedAfterOneWaitEach) {
+    constexpr int PROJECTORS = 16;
+    constexpr std::chrono::milliseconds WAIT(500);
+    const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--silent-on", "SVER"});
+    std::string entries;
+    for (int i = 0; i < PROJECTORS; ++i) {
+        entries += entry("E" + std::to_string(i), device(silent.port(static_cast<std::size_t>(i)), i));
+    }
+    const auto config = configOf(entries);
+    auto impatient = settings();
+    impatient.pjlink.replyLimit = WAIT;
+    DeviceManager hasty(impatient);
+    ProjectorRun run(*config, hasty, ProjectorNeed::ANSWER);
+    run.buildChannels();
+    const auto begin = std::chrono::steady_clock::now();
+    const ChannelListing listing = ChannelListing::ofChannels(run);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 4 * WAIT) << "one after another they take 16 waits";
+    ASSERT_THAT(listing.faults, SizeIs(PROJECTORS));
+    for (std::size_t i = 0; i < PROJECTORS; ++i) {
+        EXPECT_EQ(listing.faults[i].where, "channel " + listing.lines[i].name) << "in the order of the channels";
+        EXPECT_THAT(listing.faults[i].what, HasSubstr("command GetFirmware: no answer within 500 ms"));
+        EXPECT_EQ(listing.lines[i].state, "on");
+        EXPECT_EQ(listing.lines[i].input, "2");
+    }
+    EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS);
+    EXPECT_EQ(silent.mostConnections(), 1);
 }
 
 TEST_F(AChannelListing, AVirtualProjectorIsPlainlySimulated) {
