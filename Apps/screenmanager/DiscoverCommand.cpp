@@ -6,13 +6,34 @@
 #include "ProgressMeter.h"
 #include "ProjectorReport.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <iostream>
-#include <vector>
+#include <string>
 
 using Veltrani::DisplayReport::DiscoveredProjector;
+using Veltrani::DisplayReport::Discovery;
 using Veltrani::DisplayReport::ProjectorDiscovery;
+
+namespace {
+
+/// What is missing, in one line each. False when anything is.
+bool reportMissing(const Discovery& found) {
+    for (const DiscoveredProjector& projector : found.projectors) {
+        if (!projector.fault.empty()) {
+            std::cerr << "error: " + projector.fault + '\n';
+        }
+    }
+    for (const std::string& line : found.leftOut) {
+        std::cerr << "error: " + line + '\n';
+    }
+    return found.leftOut.empty() &&
+           std::all_of(found.projectors.begin(), found.projectors.end(),
+                       [](const DiscoveredProjector& projector) { return projector.fault.empty(); });
+}
+
+}  // namespace
 
 int DiscoverCommand::run(const DeviceOptions& options) {
     const auto settings = options.settings();
@@ -21,7 +42,7 @@ int DiscoverCommand::run(const DeviceOptions& options) {
         std::cerr << "searching for " << seconds << " s\n";
     }
     ProgressMeter progress(options.talkative(), "asking projectors");
-    std::vector<DiscoveredProjector> found;
+    Discovery found;
     try {
         found = ProjectorDiscovery(settings, [&progress](std::size_t done, std::size_t total) {
                     progress.update(done, total);
@@ -32,21 +53,14 @@ int DiscoverCommand::run(const DeviceOptions& options) {
         return EXIT_INCOMPLETE;
     }
     progress.end();
-    if (found.empty()) {
+    if (found.projectors.empty()) {
         std::cerr << "error: no projector answered; projectors of PJLink class 1 never do: use their address\n";
         return EXIT_INCOMPLETE;
     }
-    ProjectorDiscovery::print(found, std::cout);
+    ProjectorDiscovery::print(found.projectors, std::cout);
     if (!std::cout.flush()) {
         std::cerr << "error: standard output cannot be written\n";
         return EXIT_OUTPUT;
     }
-    int code = EXIT_ALL_RIGHT;
-    for (const DiscoveredProjector& projector : found) {
-        if (!projector.fault.empty()) {
-            std::cerr << "error: " + projector.fault + '\n';
-            code = EXIT_INCOMPLETE;
-        }
-    }
-    return code;
+    return reportMissing(found) ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }

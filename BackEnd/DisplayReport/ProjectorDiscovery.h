@@ -3,6 +3,7 @@
 #include "DeviceFramework2/DeviceManager.h"
 #include "DeviceFramework2/MacAddress.h"
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
@@ -17,29 +18,51 @@ struct DiscoveredProjector {
     std::string address;  ///< "192.0.2.10:4352"
     std::string name;     ///< that its owner gave it
     std::string model;
-    std::string fault;  ///< why it does not tell name and model; empty when it does
+    std::string fault;  ///< why name and model are not known; empty when it was not asked, too
 };
 
-/// Searches the network for projectors and asks those that answer who they are.
+/// What a search has come to.
+struct Discovery {
+    std::vector<DiscoveredProjector> projectors;  ///< by MAC address
+    /// What was left out, and what to do about it: one line, UTF-8, for each reason; usually empty.
+    std::vector<std::string> leftOut;
+};
+
+/// What a search may lead to at most. Answers to a search prove nothing about who sends them; however many there are,
+/// no more than this comes of them.
+struct DiscoveryLimits {
+    /// Projectors that are asked for name and model, of those that answered first.
+    std::size_t projectors = 256;
+    /// For all of them together.
+    std::chrono::milliseconds time{120000};
+};
+
+/// Searches the network for projectors and asks those that answer who they are, all at the same time.
+///
+/// Of one network address, `PjlinkSearch::MOST_ANSWERS_PER_ADDRESS` answers count, and its projectors are asked one
+/// after another.
 class ProjectorDiscovery {
 public:
-    /// Told before each projector is asked how many are done, of how many.
+    /// Called with how many projectors are done, of how many are asked: at the beginning and whenever one is.
     using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
-    explicit ProjectorDiscovery(DeviceFramework2::DeviceManager::Settings settings, Progress progress = {});
+    explicit ProjectorDiscovery(DeviceFramework2::DeviceManager::Settings settings, Progress progress = {},
+                                DiscoveryLimits limits = {});
 
-    /// By MAC address. Lasts the duration of the search, and up to the limits of the settings per projector.
+    /// Lasts the duration of the search, then as long as the slowest projector, at most the limits.
     /// Throws `DeviceException` when there can be no search.
-    [[nodiscard]] std::vector<DiscoveredProjector> run() const;
+    [[nodiscard]] Discovery run() const;
 
     /// As a table.
     static void print(const std::vector<DiscoveredProjector>& projectors, std::ostream& out);
 
 private:
-    [[nodiscard]] DiscoveredProjector ask(const DeviceFramework2::PjlinkSearch::Answer& answer) const;
+    /// Returns how many had no time left for their answers.
+    std::size_t introduce(std::vector<DiscoveredProjector>& projectors, std::size_t count) const;
 
     DeviceFramework2::DeviceManager::Settings m_settings;
     Progress m_progress;
+    DiscoveryLimits m_limits;
 };
 
 }  // namespace Veltrani::DisplayReport

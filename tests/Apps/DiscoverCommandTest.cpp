@@ -42,6 +42,17 @@ TEST(DiscoverCommand, EveryProjectorIsListedOnce) {
     EXPECT_THAT(run.output, ContainsRegex("00:01 .*\n.*00:02 .*\n.*00:03 "));
 }
 
+TEST(DiscoverCommand, ForgedAnswersAreLeftOutAndNamedInOneLine) {
+    const PjlinkSimulator simulator({"--search-answers", "500"});
+    const ProgramRun run = discover(simulator, {"--quiet"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 5) << "the head and four";
+    EXPECT_EQ(
+        run.errors,
+        "error: 127.0.0.1 answered with more than 4 MAC addresses, which no projector has; the rest was left out: "
+        "add a projector there by its address\n");
+}
+
 TEST(DiscoverCommand, NobodyIsAFaultWithTheRemedy) {
     const ProgramRun run = discover(PjlinkSimulator());
     EXPECT_EQ(run.exitCode, 1);
