@@ -4,14 +4,19 @@
 #include "Common/VeltraniException.h"
 #include "support/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <deque>
 #include <filesystem>
+#include <functional>
 
 namespace {
 
@@ -190,6 +195,224 @@ TEST(AtomicFile, AFolderThatCannotBeWrittenIsAFault) {
     EXPECT_EXIT(writeUnprivileged(path), testing::ExitedWithCode(0), "");
     EXPECT_EQ(folder.read("file"), "old");
     ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+}
+
+/// The names in a folder that temporary files have.
+std::vector<std::string> temporaryFiles(const TemporaryFolder& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+        if (entry.path().filename().string().starts_with(".save-")) {
+            names.push_back(entry.path().filename().string());
+        }
+    }
+    return names;
+}
+
+/// Runs something in a process of its own that ends without cleaning up; what that returns.
+int inOwnProcess(const std::function<int()>& work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(work());
+    }
+    int status = 0;
+    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// Leaves a temporary file for the path, as a killed process does; its name.
+std::string leaveBehind(const TemporaryFolder& folder, const std::string& name) {
+    const std::vector<std::string> before = temporaryFiles(folder);
+    const int code = inOwnProcess([&]() -> int {
+        AtomicFile file(folder.file(name));
+        file.write("half");
+        ::_exit(0);  // without the end of its scope
+    });
+    EXPECT_EQ(code, 0);
+    for (const std::string& file : temporaryFiles(folder)) {
+        if (std::find(before.begin(), before.end(), file) == before.end()) {
+            return file;
+        }
+    }
+    ADD_FAILURE() << "nothing was left behind";
+    return "";
+}
+
+TEST(AtomicFile, WhatAKilledWriterLeftBehindIsRemovedByTheNextOne) {
+    const TemporaryFolder folder;
+    folder.write("file", "old");
+    leaveBehind(folder, "file");
+    leaveBehind(folder, "other");
+    EXPECT_THAT(temporaryFiles(folder), testing::SizeIs(2));
+    EXPECT_EQ(refusal(folder.file("file")), "written");
+    const std::string ofAnother = leaveBehind(folder, "another");
+    EXPECT_EQ(refusal(folder.file("other")), "written");
+    EXPECT_THAT(temporaryFiles(folder), testing::ElementsAre(ofAnother));
+}
+
+TEST(AtomicFile, ALeftoverIsFoundByEveryNameOfTheFile) {
+    const TemporaryFolder folder;
+    folder.write("file", "old");
+    ASSERT_EQ(::symlink(folder.file("file").c_str(), folder.file("link").c_str()), 0);
+    leaveBehind(folder, "link");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    EXPECT_EQ(refusal("file"), "written");
+    std::filesystem::current_path(before);
+    EXPECT_THAT(temporaryFiles(folder), testing::IsEmpty());
+}
+
+TEST(AtomicFile, WhatOnlyLooksLikeALeftoverIsNotTouched) {
+    const TemporaryFolder folder;
+    const std::string name = leaveBehind(folder, "file");
+    const std::string start = name.substr(0, name.size() - 6);
+    folder.write(".save-abcdef", "of an earlier version");
+    folder.write(start + "abcde", "too short");
+    folder.write(start + "abcdefg", "too long");
+    folder.makeFolder(start + "folder");
+    folder.write("precious", "kept");
+    ASSERT_EQ(::symlink("precious", folder.file(start + "linked").c_str()), 0);
+    ASSERT_EQ(::mkfifo(folder.file(start + "piped_").c_str(), 0600), 0);
+    EXPECT_EQ(refusal(folder.file("file")), "written");
+    EXPECT_THAT(temporaryFiles(folder),
+                testing::UnorderedElementsAre(".save-abcdef", start + "abcde", start + "abcdefg", start + "folder",
+                                              start + "linked", start + "piped_"));
+    EXPECT_EQ(folder.read("precious"), "kept");
+}
+
+TEST(AtomicFile, TwoThatWriteForTheSameFileLeaveEachOtherAlone) {
+    const TemporaryFolder folder;
+    AtomicFile first(folder.file("file"));
+    first.write("first");
+    const int code = inOwnProcess([&] { return refusal(folder.file("file")) == "written" ? 0 : 1; });
+    EXPECT_EQ(code, 0);
+    AtomicFile second(folder.file("file"));
+    second.write("second");
+    EXPECT_THAT(temporaryFiles(folder), testing::SizeIs(2));
+    first.commit();
+    EXPECT_EQ(folder.read("file"), "first");
+    second.commit();
+    EXPECT_EQ(folder.read("file"), "second");
+    EXPECT_EQ(entries(folder), 1);
+}
+
+TEST(AtomicFile, ManyWritersAtOnceAllSucceed) {
+    constexpr int WRITERS = 4;
+    constexpr int ROUNDS = 150;
+    const TemporaryFolder folder;
+    std::vector<pid_t> writers;
+    for (int i = 0; i < WRITERS; ++i) {
+        writers.push_back(::fork());
+        if (writers.back() == 0) {
+            for (int round = 0; round < ROUNDS; ++round) {
+                if (refusal(folder.file("file")) != "written") {
+                    ::_exit(1);
+                }
+            }
+            ::_exit(0);
+        }
+    }
+    for (const pid_t writer : writers) {
+        int status = -1;
+        EXPECT_EQ(::waitpid(writer, &status, 0), writer);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(entries(folder), 1);
+}
+
+TEST(AtomicFile, WhatIsCalledBeforeReplacingFindsTheOldFileAndMayKeepIt) {
+    const TemporaryFolder folder;
+    folder.write("file", "old");
+    {
+        AtomicFile file(folder.file("file"));
+        file.write("new");
+        const auto refuse = [&] { throw std::runtime_error(folder.read("file")); };
+        try {
+            file.commit(refuse);
+            ADD_FAILURE() << "it was replaced";
+        } catch (const std::runtime_error& fault) {
+            EXPECT_STREQ(fault.what(), "old");
+        }
+    }
+    EXPECT_EQ(folder.read("file"), "old");
+    EXPECT_EQ(entries(folder), 1);
+}
+
+TEST(AtomicFile, TheTemporaryFileIsCompleteAndLockedUntilItHasItsName) {
+    const TemporaryFolder folder;
+    AtomicFile file(folder.file("file"));
+    file.write("new");
+    bool isLocked = false;
+    file.commit([&] {
+        const std::string name = temporaryFiles(folder).at(0);
+        EXPECT_EQ(folder.read(name), "new");
+        const int descriptor = ::open(folder.file(name).c_str(), O_RDWR | O_CLOEXEC);
+        isLocked = ::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+        ::close(descriptor);
+    });
+    EXPECT_TRUE(isLocked);
+}
+
+TEST(AtomicFile, TheTargetIsWhereTheLinksLead) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::symlink("second", folder.file("first").c_str()), 0);
+    ASSERT_EQ(::symlink("later", folder.file("second").c_str()), 0);
+    EXPECT_EQ(AtomicFile(folder.file("first")).target(), folder.file("later"));
+}
+
+/// 0 when a call removes exactly the temporary files of those that are being written.
+int removeAllAtOnce(const TemporaryFolder& folder) {
+    constexpr int MORE_THAN_ARE_REMEMBERED = 100;
+    for (int i = 0; i < MORE_THAN_ARE_REMEMBERED; ++i) {
+        AtomicFile(folder.file("discarded"));
+        refusal(folder.file("committed"));
+    }
+    std::deque<AtomicFile> files;
+    for (int i = 0; i < 10; ++i) {
+        files.emplace_back(folder.file("file " + std::to_string(i))).write("half");
+    }
+    if (temporaryFiles(folder).size() != 10) {
+        return 2;
+    }
+    AtomicFile::removeTemporaryFiles();
+    return temporaryFiles(folder).empty() && entries(folder) == 1 ? 0 : 3;
+}
+
+TEST(AtomicFile, ADyingProcessRemovesAllItsTemporaryFilesByOneCall) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(inOwnProcess([&] { return removeAllAtOnce(folder); }), 0);
+    EXPECT_EQ(folder.read("committed"), "x");
+}
+
+TEST(AtomicFile, WhatWasRemovedCannotBeCommitted) {
+    const TemporaryFolder folder;
+    folder.write("file", "old");
+    const int code = inOwnProcess([&] {
+        AtomicFile file(folder.file("file"));
+        AtomicFile::removeTemporaryFiles();
+        try {
+            file.commit();
+        } catch (const VeltraniException&) {
+            return 0;
+        }
+        return 1;
+    });
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(folder.read("file"), "old");
+    EXPECT_EQ(entries(folder), 1);
+}
+
+TEST(AtomicFile, AFolderThatCannotBeListedIsWrittenAllTheSame) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0333), 0);
+    const int code = inOwnProcess([&] {
+        constexpr uid_t NOBODY = 65534;
+        if (::geteuid() == 0 && ::setuid(NOBODY) != 0) {
+            return 2;
+        }
+        return refusal(folder.file("file")) == "written" ? 0 : 1;
+    });
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(folder.read("file"), "x");
 }
 
 }  // namespace
