@@ -1,6 +1,7 @@
 #include "Configuration/XMLConfigFile.h"
 
 #include "Common/AtomicFile.h"
+#include "Common/FileLock.h"
 #include "Common/RegularFile.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
@@ -8,6 +9,7 @@
 #include "Configuration/detail/FaultList.h"
 #include "Configuration/detail/FolderPath.h"
 #include "Configuration/detail/FormatChecker.h"
+#include "Configuration/detail/KnownFiles.h"
 #include "Configuration/detail/MeaningChecker.h"
 #include "Configuration/detail/NodePlacement.h"
 #include "Configuration/detail/XmlDocument.h"
@@ -20,6 +22,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <system_error>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -27,6 +32,7 @@
 using Veltrani::ElementReader;
 using Veltrani::FaultList;
 using Veltrani::FolderPath;
+using Veltrani::KnownFiles;
 using Veltrani::XmlDocument;
 using Veltrani::XmlProjectorConfig;
 using Veltrani::XmlScreenConfig;
@@ -49,6 +55,19 @@ XmlDocument checkedDocument(std::string_view text, FaultList& faults) {
     return document;
 }
 
+/// A new file takes the place of one name; the others would go on leading to the old one.
+void requireOneName(const std::string& path, const std::string& target) {
+    std::error_code unknown;
+    const auto names = std::filesystem::hard_link_count(target, unknown);
+    if (!unknown && names > 1) {
+        throw VeltraniException(
+            __FILE__, __LINE__,
+            Veltrani::fromUtf8OrBytes(path) + L": the file has " + std::to_wstring(names) +
+                L" names (hard links), which a save would part, and was not replaced; save to another path, or "
+                L"rename a copy over it, which parts them, then repeat the change");
+    }
+}
+
 }  // namespace
 
 struct XMLConfigFile::Impl {
@@ -69,6 +88,7 @@ struct XMLConfigFile::Impl {
     Point<double, 3> eyePoint;  // of the screen
     Entries entries;            // configuration order
     std::unordered_map<std::wstring, XmlProjectorConfig*> byId;
+    KnownFiles files;
 };
 
 XMLConfigFile::Impl::Impl(XmlDocument checked, FolderPath folderOfFile)
@@ -117,7 +137,10 @@ std::unique_ptr<XMLConfigFile> XMLConfigFile::load(const std::string& utf8Path) 
         throw VeltraniMissingFileException(Veltrani::fromUtf8OrBytes(utf8Path) +
                                            L": the name of the file or of a folder on the way is not UTF-8: rename it");
     }
-    return parse(Veltrani::RegularFile(utf8Path).readAll(XmlDocument::LARGEST_BYTES), utf8Path);
+    std::string content = Veltrani::RegularFile(utf8Path).readAll(XmlDocument::LARGEST_BYTES);
+    std::unique_ptr<XMLConfigFile> config = parse(content, utf8Path);
+    config->m_impl->files.addRead(utf8Path, std::move(content));
+    return config;
 }
 
 std::unique_ptr<XMLConfigFile> XMLConfigFile::parse(std::string_view text, const std::string& name) {
@@ -133,7 +156,7 @@ XMLConfigFile::XMLConfigFile(std::unique_ptr<Impl> impl) : m_impl(std::move(impl
 XMLConfigFile::~XMLConfigFile() = default;
 
 void XMLConfigFile::save(const std::string& utf8Path) const {
-    const std::string content = text();
+    std::string content = text();
     FaultList faults(utf8Path);
     static_cast<void>(checkedDocument(content, faults));
     if (!faults.empty()) {
@@ -142,7 +165,14 @@ void XMLConfigFile::save(const std::string& utf8Path) const {
     }
     Veltrani::AtomicFile file(utf8Path);
     file.write(content);
-    file.commit();
+    // Held until the end: who waits for the old file then finds the new one.
+    std::optional<Veltrani::FileLock> lock;
+    file.commit([&] {
+        lock.emplace(file.target());
+        requireOneName(utf8Path, file.target());
+        m_impl->files.requireUnchanged(utf8Path, file.target());
+    });
+    m_impl->files.addSaved(utf8Path, std::move(content));
 }
 
 std::string XMLConfigFile::text() const {

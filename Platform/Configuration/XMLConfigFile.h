@@ -39,8 +39,14 @@ public:
     /// Writes the document to a file in one step: after a crash the file is the old one or the new one. An existing
     /// file keeps its mode, a symbolic link stays one. Does not change the folder that file names are resolved against.
     ///
+    /// Nobody else's change is lost: the file that the document was loaded from, and the last other one that it was
+    /// saved to, are replaced only while they hold, byte for byte, what this object last read from or saved to them;
+    /// otherwise `ConfigurationChangedException` is thrown. Between the comparison and the replacement the file is
+    /// locked (`FileLock`), so that this holds between any number of processes and objects. Any other file is replaced
+    /// whatever it holds, and so is every file by a document that was parsed from a text.
+    ///
     /// Throws `VeltraniException` naming the path and the cause; the file is then untouched. What `load` would refuse
-    /// (a document beyond its limits) is not written.
+    /// (a document beyond its limits) is not written, and neither is a file with several names (hard links).
     void save(const std::string& utf8Path) const;
 
     /// The text that `save` writes.
