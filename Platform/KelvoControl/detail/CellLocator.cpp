@@ -1,20 +1,10 @@
 #include "KelvoControl/detail/CellLocator.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <utility>
 
 namespace KelvoControlDetail {
-
-namespace {
-
-/// NaN becomes 0: where a row of the cell is one point, any place in the row is that point.
-double toPart(double value) {
-    return value > 0 ? std::min(value, 1.0) : 0.0;
-}
-
-}  // namespace
 
 CellLocator::CellLocator(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane,
                          const Point<double, 2>& tolerance)
@@ -119,7 +109,10 @@ bool CellLocator::locateNear(const Point<double, 2>& point, CellPlace& place) co
             }
             return false;
         };
-        if (cell.boxHolds(point, m_tolerance) && cell.anyPlaceOf(point, accept)) {
+        // The places of the formula alone would leave out the edges of a slanted cell: outside of it they lie in the
+        // direction of its rows, far along the edge.
+        if (cell.boxHolds(point, m_tolerance) &&
+            (cell.anyPlaceUpToFold(point, accept) || cell.anyEdgePlaceOf(point, m_tolerance, accept))) {
             return true;
         }
     }

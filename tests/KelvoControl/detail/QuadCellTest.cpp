@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -11,7 +12,7 @@ using P2 = Point<double, 2>;
 
 /// The place within the cell, or none.
 bool placeIn(const QuadCell& cell, const P2& point, P2& place) {
-    return cell.anyPlaceOf(point, [&](const P2& found) {
+    return cell.anyPlaceUpToFold(point, [&](const P2& found) {
         place = found;
         return found[0] >= -1e-9 && found[0] <= 1 + 1e-9 && found[1] >= -1e-9 && found[1] <= 1 + 1e-9;
     });
@@ -77,6 +78,60 @@ TEST(QuadCell, ARectangleNeedsNoSecondRoot) {
     P2 place;
     ASSERT_TRUE(placeIn(cell, {1.0, 1.5}, place));
     EXPECT_LE(norm(place - P2{0.25, 0.75}), 1e-15);
+}
+
+/// A cell whose node across is pushed in: it folds along a = b at (0.625, 0.625), where its value is (0.3125, 0.3125).
+const QuadCell DART{{0.0, 0.0}, {1.0, 0.0}, {0.0, 1.0}, {0.2, 0.2}};
+
+TEST(QuadCell, BeyondItsFoldItHasNoPlaceButTheOneOnTheFold) {
+    const auto any = [](const P2&) { return true; };
+    EXPECT_TRUE(DART.anyPlaceOf({0.3, 0.3}, any));
+    for (const double along : {0.3126, 0.32, 0.45, 0.6}) {
+        EXPECT_FALSE(DART.anyPlaceOf({along, along}, any)) << along;
+    }
+    P2 place;
+    ASSERT_TRUE(placeIn(DART, {0.3125 + 1e-12, 0.3125 + 1e-12}, place));
+    EXPECT_LE(norm(DART.at(place[0], place[1]) - P2{0.3125, 0.3125}), 1e-11);
+}
+
+TEST(QuadCell, ItsEdgesAreAskedForTheirNearestPlaces) {
+    const QuadCell cell{{0.0, 0.0}, {4.0, 0.0}, {1.0, 2.0}, {4.0, 3.0}};
+    std::vector<P2> places;
+    const auto collect = [&](const P2& place) {
+        places.push_back(place);
+        return false;
+    };
+    EXPECT_FALSE(cell.anyEdgePlaceOf({3.0, -0.5}, {1.0, 1.0}, collect));
+    // The point lies beyond the lower end of the right edge.
+    ASSERT_EQ(places.size(), 4U);
+    EXPECT_EQ(places[0], P2(0.75, 0.0));
+    EXPECT_EQ(places[1], P2(0.35, 1.0));
+    EXPECT_EQ(places[2], P2(0.0, 0.4));
+    EXPECT_EQ(places[3], P2(1.0, 0.0));
+}
+
+TEST(QuadCell, ADistanceToAnEdgeIsMeasuredInTheUnitOfEachAxis) {
+    const QuadCell cell{{0.0, 0.0}, {4.0, 4.0}, {-4.0, 4.0}, {0.0, 8.0}};
+    P2 first;
+    const auto take = [&](const P2& place) {
+        first = place;
+        return true;
+    };
+    ASSERT_TRUE(cell.anyEdgePlaceOf({2.0, 0.0}, {1.0, 1.0}, take));
+    EXPECT_DOUBLE_EQ(first[0], 0.25);
+    // Four times as coarse upwards: the point seems to lie below (2, 2) rather than beside (0.5, 0.5).
+    ASSERT_TRUE(cell.anyEdgePlaceOf({2.0, 0.0}, {1.0, 4.0}, take));
+    EXPECT_DOUBLE_EQ(first[0], 0.5 / (1 + 1.0 / 16));
+}
+
+TEST(QuadCell, AnEdgeThatIsAPointIsItsOwnNearestPlace) {
+    const QuadCell cell{{1.0, 1.0}, {1.0, 1.0}, {0.0, 2.0}, {3.0, 2.0}};
+    P2 first{7.0, 7.0};
+    EXPECT_TRUE(cell.anyEdgePlaceOf({1.0, 0.9}, {1.0, 1.0}, [&](const P2& place) {
+        first = place;
+        return true;
+    }));
+    EXPECT_EQ(first, P2(0.0, 0.0));
 }
 
 TEST(QuadCell, ItsBoxHoldsItWithTheMargin) {
