@@ -16,10 +16,13 @@ class WarpMesh;
 /// screen's normalised 2D coordinates (s, t), and back.
 ///
 /// Pixel positions run from (0, 0), bottom left, to (W, H), top right, with the size that the file states. Inside a
-/// cell of the mesh both are bilinear; the way back is the exact inverse. A point outside of all cells by no more than
-/// 1e-9 of the picture, or of the screen's range, is on the edge of the nearest one, so that there is no gap between
-/// cells. Nodes marked as unused take all cells around them out of the map. Where cells overlap, one of them holds,
-/// always the same.
+/// cell of the mesh both are bilinear; the way back is the exact inverse. Nodes marked as unused take all cells around
+/// them out of the map. Where cells overlap, one of them holds, always the same.
+///
+/// A point outside of all cells by no more than 1e-9 of the picture, or of the screen's range, is on the edge of one of
+/// them, so that there is no gap between cells. A result that lies no further than that beyond the edge of the picture,
+/// 0 to W and 0 to H, or of the screen, 0 to 1, is on that edge: rounding takes no point of an edge away from callers
+/// that compare exactly, and what is mapped comes back. A mesh that reaches further beyond has results beyond.
 ///
 /// Both directions answer false outside of the mesh and for NaN, and then leave `out` as it was.
 ///

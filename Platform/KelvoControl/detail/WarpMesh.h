@@ -6,6 +6,10 @@
 namespace KelvoControlDetail {
 
 /// A warp mesh as two maps, from the picture to the screen and back. Immutable.
+///
+/// What comes out up to `EDGE_TOLERANCE` beyond the edge of the picture, or of the screen's range, is on that edge:
+/// there it is within the picture for callers that compare exactly. A mesh that really reaches further keeps its
+/// places.
 class WarpMesh {
 public:
     /// @param pictureSize width and height in pixels: the unit of the tolerance at the edges of cells
@@ -25,6 +29,7 @@ public:
 
 private:
     CellLattice m_lattice;
+    Point<double, 2> m_pictureSize;
     CellLocator m_picture;
     CellLocator m_screen;
 };

@@ -45,4 +45,42 @@ TEST(WarpMesh, TheToleranceAtTheEdgesIsAPartOfThePicture) {
     EXPECT_TRUE(mesh.toPicture({1.0 + 0.5e-9, 0.0}, out));
 }
 
+/// Two rows of nodes at the edges of the picture and the screen, `beyond` (parts of both) past them on the right and at
+/// the bottom.
+CellLattice around(double beyond) {
+    CellLattice made = trapezium();
+    made.picture = {
+        {0.0, -100 * beyond}, {200 * (1 + beyond), -100 * beyond}, {0.0, 100.0}, {200 * (1 + beyond), 100.0}};
+    made.screen = {{0.0, -beyond}, {1 + beyond, -beyond}, {0.0, 1.0}, {1 + beyond, 1.0}};
+    return made;
+}
+
+TEST(WarpMesh, WhatRoundingCarriesPastAnEdgeIsOnIt) {
+    const WarpMesh mesh(around(0.9e-9), {200.0, 100.0});
+    P2 out;
+    for (int i = 0; i <= 10; ++i) {
+        ASSERT_TRUE(mesh.toScreen({200 * (1 + 0.9e-9), 10.0 * i}, out));
+        EXPECT_EQ(out[0], 1.0);
+        ASSERT_TRUE(mesh.toScreen({20.0 * i, -0.9e-7}, out));
+        EXPECT_EQ(out[1], 0.0);
+        ASSERT_TRUE(mesh.toPicture({1 + 0.9e-9, 0.1 * i}, out));
+        EXPECT_EQ(out[0], 200.0);
+        ASSERT_TRUE(mesh.toPicture({0.1 * i, -0.9e-9}, out));
+        EXPECT_EQ(out[1], 0.0);
+    }
+}
+
+TEST(WarpMesh, AMeshThatReachesFurtherThanRoundingKeepsItsPlaces) {
+    const WarpMesh mesh(around(1.1e-9), {200.0, 100.0});
+    P2 out;
+    ASSERT_TRUE(mesh.toScreen({200 * (1 + 1.1e-9), 50.0}, out));
+    EXPECT_DOUBLE_EQ(out[0], 1 + 1.1e-9);
+    ASSERT_TRUE(mesh.toScreen({100.0, -1.1e-7}, out));
+    EXPECT_DOUBLE_EQ(out[1], -1.1e-9);
+    ASSERT_TRUE(mesh.toPicture({1 + 1.1e-9, 0.5}, out));
+    EXPECT_DOUBLE_EQ(out[0], 200 * (1 + 1.1e-9));
+    ASSERT_TRUE(mesh.toPicture({0.5, -1.1e-9}, out));
+    EXPECT_DOUBLE_EQ(out[1], -1.1e-7);
+}
+
 }  // namespace
