@@ -14,9 +14,9 @@ constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 }  // namespace
 
 void throwFault(const std::string& document, const FileFault& fault) {
-    std::string text = onOneLine(document) + ":" + std::to_string(fault.line) + ": ";
+    std::string text = document + ":" + std::to_string(fault.line) + ": ";
     text += fault.element + ": found " + fault.found + ", expected " + fault.expected + "; " + fault.remedy;
-    throw VeltraniParseException(Veltrani::fromUtf8OrBytes(text));
+    throw VeltraniParseException(Veltrani::fromUtf8(onOneLine(text)));
 }
 
 std::string contentOf(const std::string& utf8Path, std::size_t largest) {

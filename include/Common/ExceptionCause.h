@@ -38,7 +38,19 @@ template <class Fault>
     }
 }
 
-/// Why a fault happened: the full description of the exception that caused it. Empty when it was thrown without one.
+/// Why a fault happened: the full description of the exception that caused it, or "not enough memory". Empty when it
+/// was thrown without one.
 [[nodiscard]] std::wstring causeOf(const VeltraniExceptionBase& fault);
+
+/// The exception that one carries as its cause; null when it carries none.
+[[nodiscard]] std::exception_ptr nestedIn(const std::exception_ptr& exception);
+
+/// True when memory ran out: for `std::bad_alloc`, for a size that no memory has (`std::length_error`), and for every
+/// fault that carries one of them as its cause, however deep. Such a fault is none of the file or of the display.
+[[nodiscard]] bool isOutOfMemory(const std::exception_ptr& exception);
+
+/// What an exception says, for people: the message of one of the suite without its place in the sources, "not enough
+/// memory", or the `what()` of any other, unless that only names a part of the C++ runtime.
+[[nodiscard]] std::wstring messageOf(const std::exception_ptr& exception);
 
 }  // namespace Veltrani
