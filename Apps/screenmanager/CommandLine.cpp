@@ -2,13 +2,19 @@
 
 #include "CheckCommand.h"
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/XMLConfigFile.h"
 #include "ConsoleLog.h"
 #include "DiscoverCommand.h"
+#include "DisplayReport/NamedFiles.h"
 #include "DisplayReport/TargetWriter.h"
 #include "ExitCode.h"
 #include "MapOptions.h"
 #include "PlanOptions.h"
 
+#include <log4cxx/logger.h>
+
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <sstream>
@@ -20,7 +26,7 @@ constexpr const char* EXIT_CODES =
     "Exit codes: 0 all right; 1 done, but faults were found, a channel has no grid of targets or could not be\n"
     "measured, something of the display cannot be shown, no point was mapped, or a projector is missing, not ready\n"
     "or failed; 2 wrong command line, or no such channel; 3 the configuration, a file of its screen or of points, or\n"
-    "with map a file of the channel cannot be used; 4 the result cannot be written; 5 internal fault.";
+    "with map a file of the channel cannot be used; 4 the result or the log cannot be written; 5 internal fault.";
 
 /// Bounds of a wait in seconds: an answer on a local network takes milliseconds, and nobody waits for longer than an
 /// hour.
@@ -93,6 +99,19 @@ std::wstring readName(const std::string& text) {
     return name;
 }
 
+/// Appends the files that a configuration names.
+void appendNamedFiles(const std::string& configuration, std::vector<std::string>& files) {
+    try {
+        const auto config = XMLConfigFile::load(configuration);
+        for (const std::wstring& file : Veltrani::DisplayReport::filesOf(*config)) {
+            files.push_back(Veltrani::toUtf8(file));
+        }
+    } catch (const VeltraniException&) {
+        // A configuration that cannot be read is for the command to report.
+        return;
+    }
+}
+
 }  // namespace
 
 CommandLine::CommandLine()
@@ -107,6 +126,9 @@ CommandLine::CommandLine()
     m_app.fallthrough();
     auto* quiet = m_app.add_flag("-q,--quiet", m_quiet, "Say nothing on standard error but errors");
     m_app.add_flag("-v,--verbose", m_verbose, "Say on standard error what the library does")->excludes(quiet);
+    m_app.add_option("--log", m_logFile, "Add what the library does to this log, a new file or an earlier log")
+        ->check([](const std::string& path) { return path.empty() ? "a file has a name" : std::string(); })
+        ->type_name("FILE");
     addCheck();
     addTargets();
     m_map = addMapCommand(m_app, m_mapOptions);
@@ -211,6 +233,7 @@ void CommandLine::addSearchOptions(CLI::App& command) {
 }
 
 void CommandLine::parse(int argc, char** argv) {
+    m_arguments.assign(argv + std::min(argc, 1), argv + argc);
     m_app.parse(argc, argv);
 }
 
@@ -234,19 +257,54 @@ Verbosity CommandLine::verbosity() const {
     return m_verbose ? Verbosity::VERBOSE : Verbosity::NORMAL;
 }
 
-void CommandLine::installLog() const {
+void CommandLine::installConsole() const {
+    const bool isVerbose = verbosity() == Verbosity::VERBOSE;
     // The check prints every fault itself, so warnings of the library would only repeat them.
     const bool warnings = verbosity() == Verbosity::NORMAL && !m_check->parsed();
     const auto quietest = warnings ? log4cxx::Level::getWarn() : log4cxx::Level::getError();
-    ConsoleLog::install(verbosity() == Verbosity::VERBOSE ? log4cxx::Level::getInfo() : quietest);
-    if (verbosity() != Verbosity::VERBOSE) {
+    ConsoleLog::install(isVerbose ? log4cxx::Level::getInfo() : quietest, m_log.isOpen());
+    if (!isVerbose) {
         // The commands tell in their own words which projector is missing and what stands in for it.
-        ConsoleLog::showOnlyFatal(L"Dravix.ScreenManager.ChannelManager");
+        ConsoleLog::showOnlyFatal("Dravix.ScreenManager.ChannelManager");
+    }
+    if (!isVerbose || m_coverage->parsed()) {
+        // One record per ray that a heading table bends: a million lines for a coverage, in the file of --log too.
+        log4cxx::Logger::getLogger(L"Dravix.ScreenManager.SphereTargetLocator")->setLevel(log4cxx::Level::getWarn());
     }
 }
 
+/// Every file that stands on the command line, those that the configuration among them names, and where the streams of
+/// the process lead.
+std::vector<std::string> CommandLine::filesOfTheRun() const {
+    std::vector<std::string> files{"/dev/stdin", "/dev/stdout", "/dev/stderr"};
+    for (const CLI::App* const command : m_app.get_subcommands()) {
+        for (const CLI::Option* const option : command->get_options()) {
+            const bool isConfiguration = option->get_name(true) == "FILE";
+            if (!isConfiguration && option->get_type_name() != "FILE") {
+                continue;
+            }
+            for (const std::string& file : option->results()) {
+                files.push_back(file);
+                if (isConfiguration) {
+                    appendNamedFiles(file, files);
+                }
+            }
+        }
+    }
+    return files;
+}
+
 int CommandLine::run() {
-    installLog();
+    const int fault =
+        m_log.open(m_logFile, m_arguments, m_logFile.empty() ? std::vector<std::string>() : filesOfTheRun());
+    if (fault != EXIT_ALL_RIGHT) {
+        return fault;
+    }
+    installConsole();
+    return m_log.close(runCommand());
+}
+
+int CommandLine::runCommand() {
     m_deviceOptions.verbosity = verbosity();
     m_targetOptions.verbosity = m_mapOptions.verbosity = verbosity();
     m_viewOptions.verbosity = m_pictureOptions.verbosity = verbosity();

@@ -4,6 +4,7 @@
 #include "ChannelsCommand.h"
 #include "CoverageCommand.h"
 #include "DeviceOptions.h"
+#include "LogFile.h"
 #include "MapCommand.h"
 #include "PictureCommand.h"
 #include "PrepareCommand.h"
@@ -14,6 +15,7 @@
 #include <CLI/CLI.hpp>
 
 #include <string>
+#include <vector>
 
 /// The command line of the program: what may be said, and what was said.
 class CommandLine {
@@ -38,7 +40,9 @@ private:
     void addDeviceOptions(CLI::App& command);
     void addSearchOptions(CLI::App& command);
     [[nodiscard]] Verbosity verbosity() const;
-    void installLog() const;
+    void installConsole() const;
+    [[nodiscard]] std::vector<std::string> filesOfTheRun() const;
+    [[nodiscard]] int runCommand();
 
     CLI::App m_app;
     CLI::App* m_check = nullptr;
@@ -63,4 +67,7 @@ private:
     DeviceOptions m_deviceOptions;  ///< of whichever command was given
     bool m_quiet = false;
     bool m_verbose = false;
+    std::vector<std::string> m_arguments;
+    std::string m_logFile;
+    LogFile m_log;
 };

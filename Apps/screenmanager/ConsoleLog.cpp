@@ -13,12 +13,6 @@
 
 namespace {
 
-std::string utf8(const log4cxx::LogString& text) {
-    std::wstring wide;
-    log4cxx::helpers::Transcoder::encode(text, wide);
-    return Veltrani::toUtf8(wide);
-}
-
 const char* prefixOf(const log4cxx::LevelPtr& level) {
     if (level->isGreaterOrEqual(log4cxx::Level::getError())) {
         return "error: ";
@@ -41,34 +35,69 @@ public:
 
     StandardErrorAppender() = default;
 
+    void showOnlyFatal(const std::string& logger) { m_onlyFatal = logger; }
+
     void close() override {}
     bool requiresLayout() const override { return false; }
 
 protected:
     void append(const spi::LoggingEventPtr& event, helpers::Pool&) override {
-        std::cerr << prefixOf(event->getLevel()) + utf8(event->getRenderedMessage()) + '\n';
+        const LevelPtr& level = event->getLevel();
+        if (m_onlyFatal.empty() || level->isGreaterOrEqual(Level::getFatal()) ||
+            ConsoleLog::utf8(event->getLoggerName()) != m_onlyFatal) {
+            std::cerr << prefixOf(level) + ConsoleLog::utf8(event->getRenderedMessage()) + '\n';
+        }
     }
+
+private:
+    std::string m_onlyFatal;  ///< name of a logger; empty for none
 };
 
 IMPLEMENT_LOG4CXX_OBJECT(StandardErrorAppender)
 
-void ConsoleLog::install(const log4cxx::LevelPtr& threshold) {
-    const LoggerPtr root = Logger::getRootLogger();
-    root->removeAllAppenders();
-    root->addAppender(std::make_shared<StandardErrorAppender>());
-    root->setLevel(threshold);
+namespace {
+
+/// What `install` made.
+struct Installed {
+    std::shared_ptr<StandardErrorAppender> console = std::make_shared<StandardErrorAppender>();
+    bool others = false;
+};
+
+Installed& installed() {
+    static Installed instance;
+    return instance;
 }
 
-void ConsoleLog::showOnlyFatal(const std::wstring& logger) {
-    Logger::getLogger(logger)->setLevel(Level::getFatal());
+/// Nobody builds the text of a record that nobody sees.
+void show(const LevelPtr& threshold) {
+    installed().console->setThreshold(threshold);
+    Logger::getRootLogger()->setLevel(installed().others ? Level::getInfo() : threshold);
 }
 
-ConsoleLog::ErrorsOnly::ErrorsOnly(bool enabled) : m_before(Logger::getRootLogger()->getLevel()) {
+}  // namespace
+
+std::string ConsoleLog::utf8(const LogString& text) {
+    std::wstring wide;
+    helpers::Transcoder::encode(text, wide);
+    return Veltrani::toUtf8(wide);
+}
+
+void ConsoleLog::install(const LevelPtr& threshold, bool others) {
+    installed().others = others;
+    Logger::getRootLogger()->addAppender(installed().console);
+    show(threshold);
+}
+
+void ConsoleLog::showOnlyFatal(const std::string& logger) {
+    installed().console->showOnlyFatal(logger);
+}
+
+ConsoleLog::ErrorsOnly::ErrorsOnly(bool enabled) : m_before(installed().console->getThreshold()) {
     if (enabled) {
-        Logger::getRootLogger()->setLevel(Level::getError());
+        show(Level::getError());
     }
 }
 
 ConsoleLog::ErrorsOnly::~ErrorsOnly() {
-    Logger::getRootLogger()->setLevel(m_before);
+    show(m_before);
 }

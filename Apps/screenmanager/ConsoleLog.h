@@ -1,6 +1,7 @@
 #pragma once
 
 #include <log4cxx/level.h>
+#include <log4cxx/logstring.h>
 
 #include <string>
 
@@ -10,10 +11,13 @@ class ConsoleLog {
 public:
     ConsoleLog() = delete;
 
-    /// Shows records at this level and above. Replaces what was installed before.
-    static void install(const log4cxx::LevelPtr& threshold);
+    /// Shows records at this level and above.
+    /// @param others whether somebody else receives records too, all from info on
+    static void install(const log4cxx::LevelPtr& threshold, bool others);
     /// Hides what one logger says, unless it is fatal.
-    static void showOnlyFatal(const std::wstring& logger);
+    static void showOnlyFatal(const std::string& logger);
+    /// Text of a log record in UTF-8.
+    [[nodiscard]] static std::string utf8(const log4cxx::LogString& text);
 
     /// While it lives, shows errors alone, unless `enabled` is false.
     class ErrorsOnly {

@@ -11,19 +11,14 @@
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
-#include <filesystem>
 #include <functional>
 #include <iostream>
-#include <system_error>
 #include <vector>
 
 namespace {
 
 using namespace Veltrani::DisplayReport;
 using Options = CoverageCommand::Options;
-
-/// From a link to the next, as the system counts.
-constexpr int MOST_LINKS = 40;
 
 CoverageReport measure(const XMLConfigFile& config, std::vector<CoveredPiece>& pieces, const Options& options) {
     ProgressMeter progress(options.verbosity != Verbosity::QUIET, "measuring the coverage, step");
@@ -61,20 +56,9 @@ bool writeSurface(const CoverageReport& report, const std::vector<CoveredPiece>&
            write(options.ply, [&](std::ostream& out) { PlyCoverageWriter::write(report, pieces, out); });
 }
 
-/// Where a file is or will be, by whatever links it is named.
-std::filesystem::path placeOf(const std::string& file) {
-    std::error_code unknown;
-    std::filesystem::path place = std::filesystem::absolute(file, unknown);
-    // A link to a file that is not there yet counts as well; one to itself leads nowhere.
-    for (int links = 0; links < MOST_LINKS && std::filesystem::is_symlink(place, unknown); ++links) {
-        place = place.parent_path() / std::filesystem::read_symlink(place, unknown);
-    }
-    return std::filesystem::weakly_canonical(place, unknown);
-}
-
 /// True when a file would be written twice, or an input would be replaced; reported then.
 bool isMisused(const XMLConfigFile& config, const Options& options) {
-    if (!options.ply.empty() && !options.output.empty() && placeOf(options.ply) == placeOf(options.output)) {
+    if (!options.ply.empty() && !options.output.empty() && ResultFile::isSamePlace(options.ply, options.output)) {
         std::cerr << "error: --ply and --output name the same file, " + options.ply + ": name two\n";
         return true;
     }

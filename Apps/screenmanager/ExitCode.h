@@ -8,6 +8,6 @@ enum ExitCode : int {
     EXIT_INCOMPLETE = 1,
     EXIT_USAGE = 2,     ///< the command line is wrong, or names a channel that the display does not have
     EXIT_INPUT = 3,     ///< the configuration, a file that it names or a file of points cannot be used
-    EXIT_OUTPUT = 4,    ///< the result cannot be written
+    EXIT_OUTPUT = 4,    ///< the result or the log cannot be written
     EXIT_INTERNAL = 5,  ///< a fault of the program itself, such as too little memory
 };

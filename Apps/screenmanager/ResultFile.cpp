@@ -22,6 +22,18 @@ bool isSpecialFile(const std::string& path) {
            std::filesystem::is_other(std::filesystem::status(path, unknown));
 }
 
+/// Where a file is or will be, by whatever links it is named.
+std::filesystem::path placeOf(const std::string& file) {
+    constexpr int MOST_LINKS = 40;  // as many as the system itself follows
+    std::error_code unknown;
+    std::filesystem::path place = std::filesystem::absolute(file, unknown);
+    // A link to a file that is not there yet counts as well; one to itself leads nowhere.
+    for (int links = 0; links < MOST_LINKS && std::filesystem::is_symlink(place, unknown); ++links) {
+        place = place.parent_path() / std::filesystem::read_symlink(place, unknown);
+    }
+    return std::filesystem::weakly_canonical(place, unknown);
+}
+
 std::unique_ptr<std::streambuf> openThrough(const std::string& path) {
     auto buffer = std::make_unique<std::filebuf>();
     // Appending keeps what a redirected descriptor has been given before.
@@ -129,6 +141,10 @@ bool ResultFile::commit() {
 bool ResultFile::isSameFile(const std::string& a, const std::string& b) {
     std::error_code unknown;
     return std::filesystem::equivalent(a, b, unknown);
+}
+
+bool ResultFile::isSamePlace(const std::string& a, const std::string& b) {
+    return isSameFile(a, b) || placeOf(a) == placeOf(b);
 }
 
 bool ResultFile::replacesInput(const std::string& path, const XMLConfigManager& config,
