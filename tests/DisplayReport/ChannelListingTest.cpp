@@ -93,7 +93,7 @@ TEST_F(AChannelListing, WhatIsNotAnsweredIsAFaultAndTheRestIsShown) {
 
 TEST_F(AChannelListing, ProjectorsThatFallSilentAreListedAfterOneWaitEach) {
     constexpr int PROJECTORS = 16;
-    constexpr std::chrono::milliseconds WAIT(500);
+    constexpr std::chrono::milliseconds WAIT(1000);
     const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--silent-on", "SVER"});
     std::string entries;
     for (int i = 0; i < PROJECTORS; ++i) {
@@ -111,7 +111,7 @@ TEST_F(AChannelListing, ProjectorsThatFallSilentAreListedAfterOneWaitEach) {
     ASSERT_THAT(listing.faults, SizeIs(PROJECTORS));
     for (std::size_t i = 0; i < PROJECTORS; ++i) {
         EXPECT_EQ(listing.faults[i].where, "channel " + listing.lines[i].name) << "in the order of the channels";
-        EXPECT_THAT(listing.faults[i].what, HasSubstr("command GetFirmware: no answer within 500 ms"));
+        EXPECT_THAT(listing.faults[i].what, HasSubstr("command GetFirmware: no answer within 1000 ms"));
         EXPECT_EQ(listing.lines[i].state, "on");
         EXPECT_EQ(listing.lines[i].input, "2");
     }
