@@ -1,8 +1,11 @@
 #include "AddCommand.h"
 
 #include "Common/Utf8.h"
+#include "Configuration/ConfigurationChangedException.h"
+#include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DeviceFramework2/DeviceManager.h"
+#include "DisplayFile.h"
 #include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "FailureReport.h"
@@ -10,6 +13,7 @@
 
 #include <iostream>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -25,14 +29,74 @@ void printAdded(const ProjectorAddition::Added& added) {
                      '\n';
 }
 
+/// None when the file is no longer the one that was read: then the change has to be repeated in the newer one.
+std::optional<ExitCode> trySave(const XMLConfigFile& config, const std::string& file) {
+    try {
+        config.save(file);
+        return EXIT_ALL_RIGHT;
+    } catch (const ConfigurationChangedException& change) {
+        if (!change.isRemoved) {
+            return std::nullopt;
+        }
+        reportFailure(file, std::current_exception());
+    } catch (...) {
+        reportFailure(file, std::current_exception());
+    }
+    return EXIT_OUTPUT;
+}
+
+/// Adds the entry to the file as it is now. Null when it cannot be read or has something like it, which has been
+/// reported then; `code` says which.
+std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const std::string& file, ExitCode& code) {
+    std::unique_ptr<XMLConfigFile> newer = DisplayFile::read(file);
+    if (!newer) {
+        std::cerr << "error: " + file +
+                         " was changed while the projector was asked, and nothing was added: mend the file, then add "
+                         "the projector again\n";
+        code = EXIT_INPUT;
+        return nullptr;
+    }
+    try {
+        ProjectorAddition::repeat(entry, *newer);
+    } catch (...) {
+        reportDeviceFailure(file, std::current_exception());
+        code = EXIT_INCOMPLETE;
+        return nullptr;
+    }
+    return newer;
+}
+
+/// Saves a new entry. Nobody could lock the file for as long as a projector may be asked: when it was changed
+/// meanwhile, the entry goes to the newer file, if it fits there.
+ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const AddCommand::Options& options) {
+    // Every further try means that somebody else has saved a change of his own this moment.
+    constexpr int MOST_TRIES = 1000;
+    if (const auto code = trySave(config, options.file)) {
+        return *code;
+    }
+    for (int i = 1; i < MOST_TRIES; ++i) {
+        ExitCode code = EXIT_ALL_RIGHT;
+        const auto newer = repeatInNewer(entry, options.file, code);
+        if (!newer) {
+            return code;
+        }
+        if (const auto saved = trySave(*newer, options.file)) {
+            if (*saved == EXIT_ALL_RIGHT && options.devices.talkative()) {
+                std::cerr << options.file + " was changed while the projector was asked: it was added to the newer " +
+                                 "file\n";
+            }
+            return *saved;
+        }
+    }
+    std::cerr << "error: " + options.file + " is changed all the time, and nothing was added: see what changes it\n";
+    return EXIT_OUTPUT;
+}
+
 }  // namespace
 
 int AddCommand::run(const Options& options) {
-    std::unique_ptr<XMLConfigFile> config;
-    try {
-        config = XMLConfigFile::load(options.file);
-    } catch (...) {
-        reportFailure(options.file, std::current_exception());
+    const std::unique_ptr<XMLConfigFile> config = DisplayFile::read(options.file);
+    if (!config) {
         return EXIT_INPUT;
     }
     ProjectorAddition::Added added;
@@ -43,11 +107,8 @@ int AddCommand::run(const Options& options) {
         reportDeviceFailure(options.file, std::current_exception());
         return EXIT_INCOMPLETE;
     }
-    try {
-        config->save(options.file);
-    } catch (...) {
-        reportFailure(options.file, std::current_exception());
-        return EXIT_OUTPUT;
+    if (const ExitCode code = save(*config, *config->getProjectorConfig(added.uid), options); code != EXIT_ALL_RIGHT) {
+        return code;
     }
     printAdded(added);
     return finishOutput();

@@ -1,4 +1,5 @@
 #include "CommandLine.h"
+#include "EndingSignals.h"
 #include "ExitCode.h"
 #include "FailureReport.h"
 #include "ScreenManager/ScreenManager.h"
@@ -7,6 +8,7 @@
 #include <exception>
 
 int main(int argc, char** argv) {
+    EndingSignals::handle();
     try {
         CommandLine commandLine;
         try {

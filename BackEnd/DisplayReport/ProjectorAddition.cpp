@@ -22,13 +22,41 @@ namespace {
                             entry.getName() + L"\"");
 }
 
+void requireNew(const XMLConfigFile& config, const MacAddress& mac) {
+    for (const std::wstring& id : config.getProjectorConfigIds()) {
+        const ProjectorConfig* const entry = config.getProjectorConfig(id);
+        const std::wstring uid = createMACAddressDeviceUIDFromDeviceSnippet(id, entry->getDeviceSnippet());
+        if (id == mac.uid() || uid == mac.uid()) {
+            refuse(*entry, L"the projector " + mac.text());
+        }
+    }
+}
+
+void requireNew(const XMLConfigFile& config, const std::optional<ProjectorAddress>& address) {
+    for (const std::wstring& id : config.getProjectorConfigIds()) {
+        const ProjectorConfig* const entry = config.getProjectorConfig(id);
+        if (address && ProjectorAddress::ofText(entry->getDeviceSnippet()) == address) {
+            refuse(*entry, L"a projector at " + fromUtf8(address->text()));
+        }
+    }
+}
+
+void requireNewName(const XMLConfigFile& config, const std::wstring& name) {
+    for (const std::wstring& id : config.getProjectorConfigIds()) {
+        const ProjectorConfig* const entry = config.getProjectorConfig(id);
+        if (!name.empty() && entry->getName() == name) {
+            refuse(*entry, L"the name \"" + name + L"\"");
+        }
+    }
+}
+
 }  // namespace
 
 ProjectorAddition::Added ProjectorAddition::add(const Target& target) const {
-    requireNewName(target.name);
-    requireNew(target.address);
+    requireNewName(m_config, target.name);
+    requireNew(m_config, target.address);
     const MacAddress mac = target.mac ? *target.mac : macAt(target.address.value());
-    requireNew(mac);
+    requireNew(m_config, mac);
     Device* const device = connect(mac, target);
     if (target.mac && target.address) {
         requireSame(mac, *target.address, device);
@@ -91,31 +119,22 @@ MacAddress ProjectorAddition::macAt(const ProjectorAddress& address) const {
     return *mac;
 }
 
-void ProjectorAddition::requireNew(const MacAddress& mac) const {
-    for (const std::wstring& id : m_config.getProjectorConfigIds()) {
-        const ProjectorConfig* const entry = m_config.getProjectorConfig(id);
-        const std::wstring uid = createMACAddressDeviceUIDFromDeviceSnippet(id, entry->getDeviceSnippet());
-        if (id == mac.uid() || uid == mac.uid()) {
-            refuse(*entry, L"the projector " + mac.text());
-        }
-    }
-}
+/// An entry that was added this moment holds nothing but what can be set.
+void ProjectorAddition::repeat(const ProjectorConfig& entry, XMLConfigFile& newer) {
+    constexpr int PONDS_OF_MIRROR = 4;
+    requireNewName(newer, entry.getName());
+    requireNew(newer, ProjectorAddress::ofText(entry.getDeviceSnippet()));
+    requireNew(newer, MacAddress::parse(entry.getIdentity()).value());
 
-void ProjectorAddition::requireNew(const std::optional<ProjectorAddress>& address) const {
-    for (const std::wstring& id : m_config.getProjectorConfigIds()) {
-        const ProjectorConfig* const entry = m_config.getProjectorConfig(id);
-        if (address && ProjectorAddress::ofText(entry->getDeviceSnippet()) == address) {
-            refuse(*entry, L"a projector at " + fromUtf8(address->text()));
-        }
+    ProjectorConfig& added = *newer.addProjectorConfig(entry.getIdentity());
+    added.setDeviceSnippet(entry.getDeviceSnippet());
+    for (int i = 0; i < PONDS_OF_MIRROR; ++i) {
+        added.setPondOfMirror(i, static_cast<unsigned char>(entry.getPondOfMirror(i)));
     }
-}
-
-void ProjectorAddition::requireNewName(const std::wstring& name) const {
-    for (const std::wstring& id : m_config.getProjectorConfigIds()) {
-        const ProjectorConfig* const entry = m_config.getProjectorConfig(id);
-        if (!name.empty() && entry->getName() == name) {
-            refuse(*entry, L"the name \"" + name + L"\"");
-        }
+    added.setName(entry.getName());
+    if (entry.getWidth() > 0 && entry.getHeight() > 0) {
+        added.setWidth(entry.getWidth());
+        added.setHeight(entry.getHeight());
     }
 }
 
@@ -125,7 +144,7 @@ Device* ProjectorAddition::connect(const MacAddress& mac, const Target& target) 
                                 located ? target.address->port : m_devices.settings().search.targetPort};
     Device* const device = m_devices.connectDevice(snippet.text());
     try {
-        requireNew(ProjectorAddress::of(DeviceSnippet::parse(device->getDeviceSnippet())));
+        requireNew(m_config, ProjectorAddress::of(DeviceSnippet::parse(device->getDeviceSnippet())));
         m_config.addProjectorConfig(mac.uid());
     } catch (...) {
         m_devices.releaseDevice(device);

@@ -7,6 +7,7 @@
 #include <string>
 
 class ChannelManager;
+class ProjectorConfig;
 class XMLConfigFile;
 
 namespace Veltrani::DeviceFramework2 {
@@ -46,15 +47,16 @@ public:
     /// the one that the projector at the address tells.
     Added add(const Target& target) const;
 
+    /// Adds the entry that `add` has made once more, to a newer state of the configuration; no projector is asked. The
+    /// same is refused as there, with nothing changed.
+    static void repeat(const ProjectorConfig& entry, XMLConfigFile& newer);
+
 private:
     [[nodiscard]] DeviceFramework2::MacAddress macAt(const DeviceFramework2::ProjectorAddress& address) const;
     [[nodiscard]] std::optional<DeviceFramework2::MacAddress> askMac(
         const DeviceFramework2::ProjectorAddress& address) const;
     void requireSame(const DeviceFramework2::MacAddress& mac, const DeviceFramework2::ProjectorAddress& address,
                      DeviceFramework2::Device* device) const;
-    void requireNew(const DeviceFramework2::MacAddress& mac) const;
-    void requireNew(const std::optional<DeviceFramework2::ProjectorAddress>& address) const;
-    void requireNewName(const std::wstring& name) const;
     DeviceFramework2::Device* connect(const DeviceFramework2::MacAddress& mac, const Target& target) const;
     void addChannel(ChannelManager& channels, DeviceFramework2::Device* device) const;
 

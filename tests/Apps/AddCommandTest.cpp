@@ -4,6 +4,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <thread>
 
 namespace {
 
@@ -167,6 +173,135 @@ TEST_F(TheAddCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
     folder.write("display.xml", "<Display");
     EXPECT_EQ(add({"192.0.2.1"}).exitCode, 3);
     EXPECT_EQ(folder.read("display.xml"), "<Display");
+}
+
+/// A projector that takes its time for each answer, so that something can happen meanwhile.
+const std::vector<std::string> SLOW{"--mac", mac(1), "--delay", "50"};
+
+class TheAddCommandMeanwhile : public TheAddCommand {
+protected:
+    /// Adds a slow projector, and does something once the program is asking it: it has read the file by then.
+    ProgramRun addAnd(const std::function<void()>& meanwhile) {
+        const std::size_t before = slow.journal().size();
+        RunningProgram program(SM_PROGRAM, {"add", file, at(slow), "--name", "Left", "--timeout", PATIENT});
+        while (slow.journal().size() == before) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        meanwhile();
+        return program.finish();
+    }
+
+    /// The only entry in the folder is the file.
+    void expectNothingBeside() const {
+        EXPECT_EQ(
+            std::distance(std::filesystem::directory_iterator(folder.path()), std::filesystem::directory_iterator()),
+            std::filesystem::exists(file) ? 1 : 0);
+    }
+
+    const PjlinkSimulator slow{SLOW};
+    const std::string edited = display(entry("R", "Right", snippet(1, 2)));
+};
+
+TEST_F(TheAddCommandMeanwhile, AnEditSurvives) {
+    const ProgramRun run = addAnd([&] { folder.write("display.xml", edited); });
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.errors, file + " was changed while the projector was asked: it was added to the newer file\n");
+    const std::string content = folder.read("display.xml");
+    EXPECT_THAT(content, HasSubstr("<Projector id=\"R\" section=\"S-R\">"));
+    EXPECT_THAT(content, HasSubstr("<Projector id=\"020000000001\">"));
+    EXPECT_THAT(content, HasSubstr("<Resolution width=\"1920\" height=\"1200\"/>"));
+    expectNothingBeside();
+
+    // The same, added to the newer file in the first place.
+    folder.write("display.xml", edited);
+    EXPECT_EQ(runScreenManager({"add", file, at(slow), "--name", "Left", "--timeout", PATIENT}).errors, "");
+    EXPECT_EQ(folder.read("display.xml"), content);
+}
+
+TEST_F(TheAddCommandMeanwhile, ARemovedFileDoesNotComeBack) {
+    const ProgramRun run = addAnd([&] { std::filesystem::remove(file); });
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors, "error: " + file +
+                              ": the file was removed by somebody else after it had been read, and was not made anew; "
+                              "bring it back, read it again, then repeat the change\n");
+    EXPECT_FALSE(std::filesystem::exists(file));
+    expectNothingBeside();
+}
+
+TEST_F(TheAddCommandMeanwhile, AnEditThatCannotBeReadStays) {
+    const ProgramRun run = addAnd([&] { folder.write("display.xml", "<Display"); });
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.errors, testing::StartsWith("error: " + file + ":1: "));
+    EXPECT_THAT(run.errors,
+                testing::EndsWith("error: " + file +
+                                  " was changed while the projector was asked, and nothing was added: mend the file, "
+                                  "then add the projector again\n"));
+    EXPECT_EQ(folder.read("display.xml"), "<Display");
+    expectNothingBeside();
+}
+
+TEST_F(TheAddCommandMeanwhile, WhatSomebodyElseAddedIsNotAddedTwice) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {entry("A", "Other", snippet(1, 1)), "the projector 02:00:00:00:00:01 is there already: entry A"},
+        {entry("A", "Other", snippet(slow.port(), 2)), "a projector at " + at(slow) + " is there already: entry A"},
+        {entry("A", "Left", snippet(1, 2)), "the name \"Left\" is there already: entry A"}};
+    for (const auto& [theirs, reason] : cases) {
+        folder.write("display.xml", display(""));
+        const ProgramRun run = addAnd([&] { folder.write("display.xml", display(theirs)); });
+        expectRefusal(run, display(theirs), reason);
+    }
+}
+
+TEST_F(TheAddCommandMeanwhile, ALinkThatLeadsElsewhereByNowIsFollowed) {
+    std::filesystem::rename(file, folder.file("first.xml"));
+    folder.write("second.xml", edited);
+    ASSERT_EQ(::symlink("first.xml", file.c_str()), 0);
+    const ProgramRun run = addAnd([&] {
+        ASSERT_EQ(::symlink("second.xml", folder.file("newer").c_str()), 0);
+        std::filesystem::rename(folder.file("newer"), file);
+    });
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+    EXPECT_EQ(folder.read("first.xml"), display(""));
+    EXPECT_THAT(folder.read("second.xml"), HasSubstr("<Projector id=\"020000000001\">"));
+}
+
+TEST_F(TheAddCommandMeanwhile, TwoAdditionsAtOnceBothStay) {
+    constexpr int ROUNDS = 20;
+    const PjlinkSimulator other({"--mac", mac(2), "--delay", "50"});
+    for (int round = 0; round < ROUNDS; ++round) {
+        folder.write("display.xml", display(""));
+        RunningProgram first(SM_PROGRAM, {"add", file, at(slow), "--timeout", PATIENT});
+        RunningProgram second(SM_PROGRAM, {"add", file, at(other), "--timeout", PATIENT});
+        EXPECT_EQ(first.finish().exitCode, 0);
+        EXPECT_EQ(second.finish().exitCode, 0);
+        const std::string content = folder.read("display.xml");
+        EXPECT_THAT(content, HasSubstr("<Projector id=\"020000000001\">")) << "round " << round;
+        EXPECT_THAT(content, HasSubstr("<Projector id=\"020000000002\">")) << "round " << round;
+        expectNothingBeside();
+    }
+}
+
+TEST_F(TheAddCommand, AFileWithTwoNamesIsRefused) {
+    const PjlinkSimulator simulator({"--mac", mac(1)});
+    std::filesystem::create_hard_link(file, folder.file("second.xml"));
+    const ProgramRun run = add({at(simulator)});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.errors, testing::StartsWith("error: " + file + ": the file has 2 names (hard links), "));
+    EXPECT_EQ(folder.read("display.xml"), display(""));
+    EXPECT_TRUE(std::filesystem::equivalent(file, folder.file("second.xml")));
+}
+
+TEST_F(TheAddCommand, ASymbolicLinkStaysOne) {
+    const PjlinkSimulator simulator({"--mac", mac(1)});
+    std::filesystem::rename(file, folder.file("real.xml"));
+    ASSERT_EQ(::symlink("real.xml", file.c_str()), 0);
+    EXPECT_EQ(add({at(simulator)}).exitCode, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+    EXPECT_THAT(folder.read("real.xml"), HasSubstr("<Projector id=\"020000000001\">"));
 }
 
 }  // namespace

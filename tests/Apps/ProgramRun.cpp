@@ -1,13 +1,13 @@
 #include "ProgramRun.h"
 
-#include "support/TemporaryFolder.h"
-
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -22,34 +22,63 @@ void redirect(int descriptor, const std::string& path, int flags) {
 
 }  // namespace
 
-ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
-                      const std::map<std::string, std::string>& environment) {
-    const TemporaryFolder folder;
+RunningProgram::RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
+                               const std::map<std::string, std::string>& environment, int ignored) {
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
     }
     argv.push_back(nullptr);
 
-    const pid_t child = ::fork();
-    if (child < 0) {
+    m_process = ::fork();
+    if (m_process < 0) {
         throw std::runtime_error("fork failed");
     }
-    if (child == 0) {
+    if (m_process == 0) {
         redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
-        redirect(STDOUT_FILENO, folder.file("output"), O_WRONLY);
-        redirect(STDERR_FILENO, folder.file("errors"), O_WRONLY);
+        redirect(STDOUT_FILENO, m_folder.file("output"), O_WRONLY);
+        redirect(STDERR_FILENO, m_folder.file("errors"), O_WRONLY);
         for (const auto& [name, value] : environment) {
             ::setenv(name.c_str(), value.c_str(), 1);
+        }
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU, SIGXFSZ}) {
+            ::signal(signal, signal == ignored ? SIG_IGN : SIG_DFL);
         }
         ::execv(program.c_str(), argv.data());
         ::_exit(EXIT_CANNOT_START);
     }
+}
+
+RunningProgram::~RunningProgram() {
+    if (m_process > 0) {
+        ::kill(m_process, SIGKILL);
+        ::waitpid(m_process, nullptr, 0);
+    }
+}
+
+bool RunningProgram::isRunning() const {
+    siginfo_t ended{};
+    return ::waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == 0;
+}
+
+void RunningProgram::send(int signal) const {
+    if (::kill(m_process, signal) != 0) {
+        throw std::runtime_error("kill failed");
+    }
+}
+
+ProgramRun RunningProgram::finish() {
     int status = 0;
-    if (::waitpid(child, &status, 0) != child) {
+    if (::waitpid(std::exchange(m_process, -1), &status, 0) < 0) {
         throw std::runtime_error("waitpid failed");
     }
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, folder.read("output"), folder.read("errors")};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_folder.read("output"), m_folder.read("errors"),
+            WIFSIGNALED(status) ? WTERMSIG(status) : 0};
+}
+
+ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
+                      const std::map<std::string, std::string>& environment) {
+    return RunningProgram(program, arguments, environment).finish();
 }
 
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,

@@ -109,4 +109,42 @@ TEST_F(AProjectorAddition, AnEmptyNameOfAnEntryIsNobodysName) {
                   at(simulator).text() + "\"");
 }
 
+TEST_F(AProjectorAddition, RepeatedInANewerConfigurationItMakesTheSameEntry) {
+    const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
+    const PjlinkSimulator plain({"--class", "1"});
+    static_cast<void>(add({at(simulator), {}, L"Left"}));
+    static_cast<void>(add({at(plain), MacAddress::parse(L"020000000008"), L""}));
+    const auto newer = configOf(displays::projector("L", ""));
+    for (const wchar_t* uid : {L"020000000007", L"020000000008"}) {
+        ProjectorAddition::repeat(*config->getProjectorConfig(uid), *newer);
+    }
+    EXPECT_EQ(newer->text(), config->text());
+    EXPECT_EQ(newer->getProjectorConfig(L"020000000007")->getWidth(), 1920);
+    EXPECT_EQ(newer->getProjectorConfig(L"020000000008")->getWidth(), 0);
+}
+
+TEST_F(AProjectorAddition, WhatTheNewerConfigurationHasIsNotRepeatedThere) {
+    const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
+    static_cast<void>(add({at(simulator), {}, L"Left"}));
+    const std::string device = projector_testing::device(simulator.port(), 9);
+    const std::string other = projector_testing::device(1, 7);
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {displays::projector("Left", ""), "the name \"Left\" is there already: entry Left, channel \"Left\""},
+        {entry("A", device), "a projector at " + at(simulator).text() + " is there already: entry A, channel \"A\""},
+        {entry("B", other), "the projector 02:00:00:00:00:07 is there already: entry B, channel \"B\""},
+        {displays::projector("020000000007", ""),
+         "the projector 02:00:00:00:00:07 is there already: entry 020000000007, channel \"020000000007\""}};
+    for (const auto& [entries, expected] : cases) {
+        const auto newer = configOf(entries);
+        const std::string before = newer->text();
+        try {
+            ProjectorAddition::repeat(*config->getProjectorConfig(L"020000000007"), *newer);
+            ADD_FAILURE() << "it was repeated beside " << entries;
+        } catch (const VeltraniException& fault) {
+            EXPECT_EQ(Veltrani::toUtf8(fault.message), expected);
+        }
+        EXPECT_EQ(newer->text(), before);
+    }
+}
+
 }  // namespace
