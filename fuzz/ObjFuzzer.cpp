@@ -55,7 +55,8 @@ std::optional<TriangleMesh> read(std::string_view text) {
         const auto ends = std::count_if(text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; });
         require(fault.line >= 1 && fault.line <= static_cast<std::size_t>(ends) + 1,
                 "a fault is on a line of the text");
-        require(fault.found.size() < 300 && !fault.expected.empty(), "a fault is short and says what was expected");
+        require(fault.found.size() < 300 && !fault.expected.empty() && !fault.remedy.empty(),
+                "a fault is short and says what was expected and what helps");
         return std::nullopt;
     }
 }

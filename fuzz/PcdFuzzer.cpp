@@ -65,6 +65,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::wstring cause = Veltrani::causeOf(fault);
         require(!cause.empty() && cause.size() < 300, "a refusal has a short reason");
         require(cause.find(L'\n') == std::wstring::npos, "a reason is one line");
+        require(cause.find(L"found ") != std::wstring::npos && cause.find(L", expected ") != std::wstring::npos &&
+                    cause.find(L"; ") != std::wstring::npos,
+                "a reason says what was found, what was expected and what helps");
         require(screen.getModelPCD() == nullptr, "a refusal changes nothing");
     }
     return 0;

@@ -4,14 +4,13 @@
 #include "Configuration/ConfigurationChangedException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigFile.h"
+#include "Console.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DisplayFile.h"
-#include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "FailureReport.h"
 #include "ProjectorReport.h"
 
-#include <iostream>
 #include <memory>
 #include <optional>
 
@@ -22,11 +21,10 @@ using Veltrani::DisplayReport::ProjectorAddition;
 
 void printAdded(const ProjectorAddition::Added& added) {
     const bool sized = added.width > 0 && added.height > 0;
-    std::cout << "added " + toUtf8(added.uid) + ": channel " + Veltrani::DisplayReport::printable(toUtf8(added.name)) +
-                     ", " + toUtf8(added.place) + ", " +
-                     (sized ? std::to_string(added.width) + " x " + std::to_string(added.height)
-                            : "resolution not told; state it in the file") +
-                     '\n';
+    Console::print("added " + toUtf8(added.uid) + ": channel " + toUtf8(added.name) + ", " + toUtf8(added.place) +
+                   ", " +
+                   (sized ? std::to_string(added.width) + " x " + std::to_string(added.height)
+                          : "resolution not told; state it in the file"));
 }
 
 /// None when the file is no longer the one that was read: then the change has to be repeated in the newer one.
@@ -50,9 +48,9 @@ std::optional<ExitCode> trySave(const XMLConfigFile& config, const std::string& 
 std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const std::string& file, ExitCode& code) {
     std::unique_ptr<XMLConfigFile> newer = DisplayFile::read(file);
     if (!newer) {
-        std::cerr << "error: " + file +
-                         " was changed while the projector was asked, and nothing was added: mend the file, then add "
-                         "the projector again\n";
+        Console::say("error: " + file +
+                     " was changed while the projector was asked, and nothing was added: mend the file, then add "
+                     "the projector again");
         code = EXIT_INPUT;
         return nullptr;
     }
@@ -82,13 +80,13 @@ ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const A
         }
         if (const auto saved = trySave(*newer, options.file)) {
             if (*saved == EXIT_ALL_RIGHT && options.devices.talkative()) {
-                std::cerr << options.file + " was changed while the projector was asked: it was added to the newer " +
-                                 "file\n";
+                Console::say(options.file +
+                             " was changed while the projector was asked: it was added to the newer file");
             }
             return *saved;
         }
     }
-    std::cerr << "error: " + options.file + " is changed all the time, and nothing was added: see what changes it\n";
+    Console::say("error: " + options.file + " is changed all the time, and nothing was added: see what changes it");
     return EXIT_OUTPUT;
 }
 

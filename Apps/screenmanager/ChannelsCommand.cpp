@@ -1,9 +1,9 @@
 #include "ChannelsCommand.h"
 
 #include "Configuration/XMLConfigFile.h"
+#include "Console.h"
 #include "DisplayReport/ChannelListing.h"
 #include "DisplayReport/ProjectorRun.h"
-#include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "FailureReport.h"
 #include "ProgressMeter.h"
@@ -21,11 +21,11 @@ using Veltrani::DeviceFramework2::DeviceManager;
 bool printListing(const ChannelListing& listing) {
     listing.print(std::cout);
     if (!std::cout.flush()) {
-        std::cerr << "error: standard output cannot be written\n";
+        Console::say("error: standard output cannot be written");
         return false;
     }
     for (const Fault& fault : listing.faults) {
-        std::cerr << "error: " + printable(fault.where + ": " + fault.what) + '\n';
+        Console::say("error: " + fault.where + ": " + fault.what);
     }
     return true;
 }
@@ -69,7 +69,7 @@ int ChannelsCommand::run(const Options& options) {
     try {
         config = XMLConfigFile::load(options.file);
     } catch (...) {
-        reportFailure(options.file, std::current_exception());
+        reportConfigurationFailure(options.file, std::current_exception());
         return EXIT_INPUT;
     }
     return list(*config, options);

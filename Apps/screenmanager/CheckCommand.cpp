@@ -1,5 +1,6 @@
 #include "CheckCommand.h"
 
+#include "Console.h"
 #include "DisplayReport/DisplayCheck.h"
 #include "DisplayReport/DisplayDescriptionPrinter.h"
 #include "ExitCode.h"
@@ -11,7 +12,7 @@ int CheckCommand::run(const std::string& file) {
     const DisplayDescription description = DisplayCheck::ofFile(file);
     print(description, std::cout);
     if (!std::cout.flush()) {
-        std::cerr << "error: standard output cannot be written\n";
+        Console::say("error: standard output cannot be written");
         return EXIT_OUTPUT;
     }
     if (!description.readable) {

@@ -4,19 +4,22 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/XMLConfigFile.h"
+#include "Console.h"
 #include "ConsoleLog.h"
 #include "DiscoverCommand.h"
 #include "DisplayReport/NamedFiles.h"
 #include "DisplayReport/TargetWriter.h"
 #include "ExitCode.h"
+#include "FailureReport.h"
 #include "MapOptions.h"
 #include "PlanOptions.h"
+#include "ProjectorReport.h"
 
 #include <log4cxx/logger.h>
 
 #include <algorithm>
 #include <chrono>
-#include <iostream>
+#include <exception>
 #include <sstream>
 #include <vector>
 
@@ -241,13 +244,18 @@ int CommandLine::report(const CLI::ParseError& error) const {
     // A misspelt command is left over; the error itself only says that one is missing.
     const std::vector<std::string> unknown = m_app.remaining();
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unknown.empty()) {
-        std::cerr
-            << "\"" + unknown.front() +
-                   "\" is not a command: check, targets, map, coverage, view, picture, channels, prepare, discover "
-                   "or add. Run with --help for more.\n";
+        Console::say("\"" + unknown.front() +
+                     "\" is not a command: check, targets, map, coverage, view, picture, channels, prepare, discover "
+                     "or add. Run with --help for more.");
         return EXIT_USAGE;
     }
-    return m_app.exit(error) == 0 ? EXIT_ALL_RIGHT : EXIT_USAGE;
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        m_app.exit(error);
+        return finishOutput();
+    }
+    Console::say(error.what());
+    Console::say("Run with --help for more information.");
+    return EXIT_USAGE;
 }
 
 Verbosity CommandLine::verbosity() const {
@@ -301,7 +309,13 @@ int CommandLine::run() {
         return fault;
     }
     installConsole();
-    return m_log.close(runCommand());
+    int code = EXIT_INTERNAL;
+    try {
+        code = runCommand();
+    } catch (...) {
+        code = reportEnd(std::current_exception());
+    }
+    return m_log.close(code);
 }
 
 int CommandLine::runCommand() {

@@ -1,17 +1,28 @@
 #include "ConsoleLog.h"
 
 #include "Common/Utf8.h"
+#include "Console.h"
 
 #include <log4cxx/appenderskeleton.h>
 #include <log4cxx/helpers/transcoder.h>
 #include <log4cxx/logger.h>
 #include <log4cxx/spi/loggingevent.h>
 
-#include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace {
+
+/// A record of the library may end in the name of a type of the C++ runtime, where an exception has no other text.
+std::string inWords(std::string record) {
+    for (const std::string_view name : {"std::bad_alloc", "std::bad_array_new_length"}) {
+        if (record.ends_with(name)) {
+            record.replace(record.size() - name.size(), name.size(), "not enough memory");
+        }
+    }
+    return record;
+}
 
 const char* prefixOf(const log4cxx::LevelPtr& level) {
     if (level->isGreaterOrEqual(log4cxx::Level::getError())) {
@@ -45,7 +56,7 @@ protected:
         const LevelPtr& level = event->getLevel();
         if (m_onlyFatal.empty() || level->isGreaterOrEqual(Level::getFatal()) ||
             ConsoleLog::utf8(event->getLoggerName()) != m_onlyFatal) {
-            std::cerr << prefixOf(level) + ConsoleLog::utf8(event->getRenderedMessage()) + '\n';
+            Console::say(prefixOf(level) + ConsoleLog::utf8(event->getRenderedMessage()));
         }
     }
 
@@ -79,7 +90,7 @@ void show(const LevelPtr& threshold) {
 std::string ConsoleLog::utf8(const LogString& text) {
     std::wstring wide;
     helpers::Transcoder::encode(text, wide);
-    return Veltrani::toUtf8(wide);
+    return inWords(Veltrani::toUtf8(wide));
 }
 
 void ConsoleLog::install(const LevelPtr& threshold, bool others) {

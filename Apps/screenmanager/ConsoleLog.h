@@ -16,7 +16,7 @@ public:
     static void install(const log4cxx::LevelPtr& threshold, bool others);
     /// Hides what one logger says, unless it is fatal.
     static void showOnlyFatal(const std::string& logger);
-    /// Text of a log record in UTF-8.
+    /// Text of a log record in UTF-8; "not enough memory" where it ends in the name of that exception.
     [[nodiscard]] static std::string utf8(const log4cxx::LogString& text);
 
     /// While it lives, shows errors alone, unless `enabled` is false.

@@ -1,18 +1,17 @@
 #include "CoverageCommand.h"
 
+#include "Console.h"
 #include "ConsoleLog.h"
 #include "DisplayFile.h"
 #include "DisplayReport/CoveragePrinter.h"
 #include "DisplayReport/CoverageSurvey.h"
 #include "DisplayReport/JsonCoverageWriter.h"
 #include "DisplayReport/PlyCoverageWriter.h"
-#include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
 #include <functional>
-#include <iostream>
 #include <vector>
 
 namespace {
@@ -59,7 +58,7 @@ bool writeSurface(const CoverageReport& report, const std::vector<CoveredPiece>&
 /// True when a file would be written twice, or an input would be replaced; reported then.
 bool isMisused(const XMLConfigFile& config, const Options& options) {
     if (!options.ply.empty() && !options.output.empty() && ResultFile::isSamePlace(options.ply, options.output)) {
-        std::cerr << "error: --ply and --output name the same file, " + options.ply + ": name two\n";
+        Console::say("error: --ply and --output name the same file, " + options.ply + ": name two");
         return true;
     }
     return ResultFile::replacesInput(options.output, config, options.file) ||
@@ -85,7 +84,7 @@ int CoverageCommand::run(const Options& options) {
         return EXIT_OUTPUT;
     }
     if (!report.fault.empty()) {
-        std::cerr << "error: " + options.file + ": " + printable(report.fault) + '\n';
+        Console::say("error: " + options.file + ": " + report.fault);
         return EXIT_INPUT;
     }
     return report.complete() && !report.channels.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;

@@ -1,7 +1,7 @@
 #include "DiscoverCommand.h"
 
+#include "Console.h"
 #include "DisplayReport/ProjectorDiscovery.h"
-#include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "ProgressMeter.h"
 #include "ProjectorReport.h"
@@ -10,6 +10,7 @@
 #include <chrono>
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 using Veltrani::DisplayReport::DiscoveredProjector;
@@ -22,11 +23,11 @@ namespace {
 bool reportMissing(const Discovery& found) {
     for (const DiscoveredProjector& projector : found.projectors) {
         if (!projector.fault.empty()) {
-            std::cerr << "error: " + projector.fault + '\n';
+            Console::say("error: " + projector.fault);
         }
     }
     for (const std::string& line : found.leftOut) {
-        std::cerr << "error: " + line + '\n';
+        Console::say("error: " + line);
     }
     return found.leftOut.empty() &&
            std::all_of(found.projectors.begin(), found.projectors.end(),
@@ -38,8 +39,9 @@ bool reportMissing(const Discovery& found) {
 int DiscoverCommand::run(const DeviceOptions& options) {
     const auto settings = options.settings();
     if (options.talkative()) {
-        const double seconds = std::chrono::duration<double>(settings.search.duration).count();
-        std::cerr << "searching for " << seconds << " s\n";
+        std::ostringstream text;
+        text << "searching for " << std::chrono::duration<double>(settings.search.duration).count() << " s";
+        Console::say(text.str());
     }
     ProgressMeter progress(options.talkative(), "asking projectors");
     Discovery found;
@@ -54,12 +56,12 @@ int DiscoverCommand::run(const DeviceOptions& options) {
     }
     progress.end();
     if (found.projectors.empty()) {
-        std::cerr << "error: no projector answered; projectors of PJLink class 1 never do: use their address\n";
+        Console::say("error: no projector answered; projectors of PJLink class 1 never do: use their address");
         return EXIT_INCOMPLETE;
     }
     ProjectorDiscovery::print(found.projectors, std::cout);
     if (!std::cout.flush()) {
-        std::cerr << "error: standard output cannot be written\n";
+        Console::say("error: standard output cannot be written");
         return EXIT_OUTPUT;
     }
     return reportMissing(found) ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;

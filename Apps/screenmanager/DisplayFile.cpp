@@ -11,7 +11,7 @@ std::unique_ptr<XMLConfigFile> DisplayFile::read(const std::string& file) {
     try {
         return XMLConfigFile::load(file);
     } catch (...) {
-        reportFailure(file, std::current_exception());
+        reportConfigurationFailure(file, std::current_exception());
         return nullptr;
     }
 }

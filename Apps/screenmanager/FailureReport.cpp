@@ -1,27 +1,89 @@
 #include "FailureReport.h"
 
-#include <iostream>
+#include "Common/ExceptionCause.h"
+#include "Common/QuotedText.h"
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Console.h"
+#include "ExitCode.h"
+
+#include <unistd.h>
+
+#include <string_view>
 
 namespace {
 
+using Veltrani::onOneLine;
 using Veltrani::DisplayReport::Fault;
 
-void print(const std::string& where, const Fault& fault) {
-    // A message that names the file already does not need it once more.
-    const bool named = fault.what.starts_with(where + ":");
-    std::string text = "error: " + (named ? fault.what : where + ": " + fault.what) + '\n';
+constexpr std::string_view OUT_OF_MEMORY =
+    "error: not enough memory: allow the program more, or use smaller meshes, clouds, grids or pictures\n";
+
+std::string headOf(const std::string& where, const Fault& fault) {
+    // A message that names the file already, in whatever form, does not need it once more.
+    const bool named = onOneLine(fault.what).starts_with(onOneLine(where) + ":");
+    return "error: " + (named ? fault.what : onOneLine(where) + ": " + fault.what);
+}
+
+void sayCauses(const Fault& fault) {
     for (const std::string& cause : fault.causes) {
-        text += "  because: " + cause + '\n';
+        Console::say("  because: " + cause);
     }
-    std::cerr << text;
+}
+
+/// Written without any memory.
+void sayThatMemoryRanOut() noexcept {
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, OUT_OF_MEMORY.data(), OUT_OF_MEMORY.size());
+}
+
+/// What could not be done, where an exception of the suite says so.
+void sayWhatNeedsMemory(const std::exception_ptr& exception) {
+    try {
+        std::rethrow_exception(exception);
+    } catch (const VeltraniExceptionBase& fault) {
+        Console::say("  while: " + Veltrani::toUtf8(fault.message));
+    } catch (...) {
+        return;
+    }
 }
 
 }  // namespace
 
 void reportFailure(const std::string& subject, const std::exception_ptr& exception) {
-    print(subject, Veltrani::DisplayReport::faultOf(subject, exception));
+    const Fault fault = Veltrani::DisplayReport::faultOf(subject, exception);
+    Console::say(headOf(subject, fault));
+    sayCauses(fault);
+}
+
+void reportConfigurationFailure(const std::string& file, const std::exception_ptr& exception) {
+    try {
+        std::rethrow_exception(exception);
+    } catch (const VeltraniParseException&) {
+        Console::sayLines(headOf(file, Veltrani::DisplayReport::faultOf(file, exception)));
+    } catch (...) {
+        reportFailure(file, exception);
+    }
 }
 
 void reportFault(const std::string& subject, const Fault& fault) {
-    print(subject + ": " + fault.where, fault);
+    Console::say(headOf(subject + ": " + fault.where, fault));
+    sayCauses(fault);
+}
+
+int reportEnd(const std::exception_ptr& exception) noexcept {
+    const bool isMemory = Veltrani::isOutOfMemory(exception);
+    try {
+        if (isMemory) {
+            sayThatMemoryRanOut();
+            sayWhatNeedsMemory(exception);
+        } else {
+            Console::say("error: internal fault: " + Veltrani::toUtf8(Veltrani::messageOf(exception)));
+        }
+    } catch (...) {
+        // The cause of the first fault is known; there is no memory to tell more.
+        if (!isMemory) {
+            sayThatMemoryRanOut();
+        }
+    }
+    return EXIT_INTERNAL;
 }

@@ -2,6 +2,7 @@
 
 #include "Common/QuotedText.h"
 #include "Common/Utf8.h"
+#include "Console.h"
 #include "ConsoleLog.h"
 #include "ExitCode.h"
 #include "ResultFile.h"
@@ -18,7 +19,6 @@
 #include <cerrno>
 #include <chrono>
 #include <ctime>
-#include <iostream>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -71,7 +71,7 @@ bool isLog(int descriptor) {
 }
 
 void report(const std::string& path, const std::string& what) {
-    std::cerr << "error: --log " + Veltrani::onOneLine(path) + ": " + what + '\n';
+    Console::say("error: --log " + path + ": " + what);
 }
 
 std::string reasonOf(int error) {

@@ -1,13 +1,13 @@
 #include "MapCommand.h"
 
 #include "Common/VeltraniException.h"
+#include "Console.h"
 #include "DisplayFile.h"
 #include "DisplayReport/ChannelChoice.h"
 #include "DisplayReport/LayoutMapper.h"
 #include "DisplayReport/PictureWarp.h"
 #include "DisplayReport/PointMapping.h"
 #include "DisplayReport/PointReader.h"
-#include "DisplayReport/TextTable.h"
 #include "DisplayReport/WarpWriter.h"
 #include "ExitCode.h"
 #include "FailureReport.h"
@@ -22,7 +22,6 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <new>
 #include <optional>
 #include <system_error>
 
@@ -39,11 +38,6 @@ PointKind kindOf(const Options& options) {
     return options.toChannel ? PointKind::LAYOUT : PointKind::PICTURE;
 }
 
-/// The text for people, safe for a terminal.
-std::string nameOf(const ChannelChoice& channel) {
-    return printable(channel.describe());
-}
-
 /// Points that stand on the command line, or in a stream.
 class PointInput {
 public:
@@ -54,8 +48,8 @@ public:
         for (const std::string& text : m_options.points) {
             const auto point = PointReader::parse(text, kindOf(m_options));
             if (!point) {
-                std::cerr << "error: --point " + printable(text) + " is not " +
-                                 (m_options.toChannel ? "X,Y,Z, such as 1.5,4,-0.25" : "U,V, such as 0.5,0.25") + '\n';
+                Console::say("error: --point " + text + " is not " +
+                             (m_options.toChannel ? "X,Y,Z, such as 1.5,4,-0.25" : "U,V, such as 0.5,0.25"));
                 return false;
             }
             m_points.push_back(*point);
@@ -104,13 +98,13 @@ private:
         const std::string& path = m_options.pointFile;
         std::error_code unknown;
         if (std::filesystem::is_directory(path, unknown)) {
-            std::cerr << "error: " + path + ": Is a directory\n";
+            Console::say("error: " + path + ": Is a directory");
             return false;
         }
         errno = 0;
         m_file.open(path, std::ios::binary);
         if (!m_file) {
-            std::cerr << "error: " + path + ": " + std::strerror(errno) + '\n';
+            Console::say("error: " + path + ": " + std::strerror(errno));
             return false;
         }
         const auto size = std::filesystem::is_regular_file(path, unknown) ? std::filesystem::file_size(path, unknown)
@@ -130,12 +124,12 @@ private:
 /// Says what came of the points; answers an `ExitCode`.
 int summarise(const PointMapping::Count& count, const ChannelChoice& channel, const Options& options) {
     if (count.points == 0) {
-        std::cerr << "error: there are no points: give --point, --points or points on standard input\n";
+        Console::say("error: there are no points: give --point, --points or points on standard input");
         return EXIT_INCOMPLETE;
     }
     if (isLoud(options)) {
-        std::cerr << nameOf(channel) + ": " + std::to_string(count.mapped) + " of " + std::to_string(count.points) +
-                         " points mapped to the " + (options.toChannel ? "channel" : "layout") + '\n';
+        Console::say(channel.describe() + ": " + std::to_string(count.mapped) + " of " + std::to_string(count.points) +
+                     " points mapped to the " + (options.toChannel ? "channel" : "layout"));
     }
     return count.mapped > 0 ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
@@ -153,8 +147,6 @@ int mapPoints(LayoutMapper& map, PointInput& input, const ChannelChoice& channel
         ProgressMeter progress(isLoud(options), "mapping points, kB");
         PointMapping mapping(map, kindOf(options), [&] { input.showProgress(progress); });
         count = mapping.run([&input](Point<double, 3>& point) { return input.next(point); }, result.stream());
-    } catch (const std::bad_alloc&) {
-        throw;
     } catch (...) {
         // A pipe keeps what came before the fault; a file is left as it was.
         result.stream().flush();
@@ -183,7 +175,7 @@ PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const Channe
 int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, const Options& options) {
     const auto writer = WarpWriter::ofFormat(options.format);
     if (options.output.empty() && !writer->isText() && ::isatty(STDOUT_FILENO) == 1) {
-        std::cerr << "error: a terminal cannot show " + options.format + ": name a file with --output\n";
+        Console::say("error: a terminal cannot show " + options.format + ": name a file with --output");
         return EXIT_USAGE;
     }
     ResultFile result(options.output);
@@ -192,9 +184,9 @@ int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice
     }
     PictureWarp warp = warpOf(map, input, channel, writer->hasNodes(), options);
     if (warp.mapped() == 0) {
-        std::cerr << "error: " + nameOf(channel) +
-                         ": nothing of its picture is mapped, and nothing was written: check its position, " +
-                         "orientation and frustum, or its map, against the screen\n";
+        Console::say("error: " + channel.describe() +
+                     ": nothing of its picture is mapped, and nothing was written: check its position, " +
+                     "orientation and frustum, or its map, against the screen");
         return EXIT_INCOMPLETE;
     }
     const std::size_t missed = warp.missed();
@@ -204,9 +196,9 @@ int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice
         return EXIT_OUTPUT;
     }
     if (isLoud(options)) {
-        std::cerr << nameOf(channel) + ": " + std::to_string(warp.columns()) + " x " + std::to_string(warp.rows()) +
-                         (writer->hasNodes() ? " nodes, " : " pixels, ") + std::to_string(missed) + " not mapped" +
-                         (cut > 0 ? ", " + std::to_string(cut) + " left out at the seam of the input" : "") + '\n';
+        Console::say(channel.describe() + ": " + std::to_string(warp.columns()) + " x " + std::to_string(warp.rows()) +
+                     (writer->hasNodes() ? " nodes, " : " pixels, ") + std::to_string(missed) + " not mapped" +
+                     (cut > 0 ? ", " + std::to_string(cut) + " left out at the seam of the input" : ""));
     }
     return EXIT_ALL_RIGHT;
 }
@@ -224,12 +216,12 @@ std::optional<ChannelChoice> chooseChannel(const XMLConfigFile& config, const Op
 /// True when the command line does not fit the display; reported then.
 bool isMisused(const XMLConfigFile& config, const Options& options) {
     if (options.panorama && !InputProjection::hasPanorama(config)) {
-        std::cerr << "error: --input chooses a panorama, and the input of this display is flat: leave it out\n";
+        Console::say("error: --input chooses a panorama, and the input of this display is flat: leave it out");
         return true;
     }
     if (!options.output.empty() && !options.pointFile.empty() &&
         ResultFile::isSameFile(options.output, options.pointFile)) {
-        std::cerr << "error: " + options.output + " is the file of points: name another file with --output\n";
+        Console::say("error: " + options.output + " is the file of points: name another file with --output");
         return true;
     }
     return ResultFile::replacesInput(options.output, config, options.file);

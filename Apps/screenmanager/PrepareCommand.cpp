@@ -1,9 +1,10 @@
 #include "PrepareCommand.h"
 
-#include "Common/Utf8.h"
+#include "Common/ExceptionCause.h"
+#include "Common/QuotedText.h"
 #include "Configuration/XMLConfigFile.h"
+#include "Console.h"
 #include "DisplayReport/ProjectorRun.h"
-#include "DisplayReport/TextTable.h"
 #include "ExitCode.h"
 #include "FailureReport.h"
 #include "ProgressMeter.h"
@@ -11,12 +12,13 @@
 
 #include <algorithm>
 #include <array>
-#include <iostream>
+#include <exception>
 #include <memory>
 
 namespace {
 
 using namespace Veltrani::DisplayReport;
+using Veltrani::onOneLine;
 using Veltrani::DeviceFramework2::DeviceManager;
 
 struct State {
@@ -40,7 +42,7 @@ void reportSent(const ProjectorRun& run, const std::string& file) {
     std::string text;
     for (const CommandRecord& record : run.records()) {
         text += "  " + std::string(record.failed ? "failed: " : "sent: ") + record.command + " to channel " +
-                printable(run.nameOf(record.uid));
+                onOneLine(run.nameOf(record.uid));
         text += run.isSimulated(record.uid) ? " (simulated)" : "";
         text += record.failed ? "; it may have taken effect there\n" : "\n";
     }
@@ -48,18 +50,16 @@ void reportSent(const ProjectorRun& run, const std::string& file) {
         return !record.failed && !run.isSimulated(record.uid);
     });
     text += changed ? "  what was sent stays in effect" : "  no other projector was sent anything";
-    std::cerr << text + "; undo it with: screenmanager prepare " + shellWord(file) +
-                     " clear\n  (with --offline when a projector does not answer any more)\n";
+    Console::sayLines(text + "; undo it with: screenmanager prepare " + onOneLine(shellWord(file)) +
+                      " clear\n  (with --offline when a projector does not answer any more)\n");
 }
 
 void printSummary(ProjectorRun& run, const State& state) {
     const auto all = static_cast<std::size_t>(run.channels().getNumberOfChannels());
     const std::size_t simulated = run.simulatedChannels();
-    std::cout << "channels that show " << state.picture << ": " << all - simulated << " of " << all;
-    if (simulated > 0) {
-        std::cout << ", " << simulated << " simulated";
-    }
-    std::cout << '\n';
+    Console::print("channels that show " + std::string(state.picture) + ": " + std::to_string(all - simulated) +
+                   " of " + std::to_string(all) +
+                   (simulated > 0 ? ", " + std::to_string(simulated) + " simulated" : ""));
 }
 
 /// False when a projector failed, which has been reported then.
@@ -68,19 +68,25 @@ bool send(ProjectorRun& run, const State& state, const PrepareCommand::Options& 
     ProgressMeter progress(options.devices.talkative(), "sending to projectors");
     run.setObserver([&](const CommandRecord&) { progress.update(std::min(run.records().size(), total), total); });
     bool complete = false;
+    std::exception_ptr fault;
     try {
         run.channels().setupProjectorState(state.state);
         // The last step of a preparation ends without an exception whatever happens in it.
         complete = std::none_of(run.records().begin(), run.records().end(),
                                 [](const CommandRecord& record) { return record.failed; });
     } catch (...) {
-        progress.end();
-        reportDeviceFailure(options.file, std::current_exception());
+        fault = std::current_exception();
     }
     run.setObserver({});
     progress.end();
+    if (fault && !Veltrani::isOutOfMemory(fault)) {
+        reportDeviceFailure(options.file, fault);
+    }
     if (!complete) {
         reportSent(run, options.file);
+    }
+    if (fault && Veltrani::isOutOfMemory(fault)) {
+        std::rethrow_exception(fault);
     }
     return complete;
 }
@@ -102,7 +108,7 @@ int prepare(XMLConfigFile& config, const State& state, const PrepareCommand::Opt
         reportUnusable(run.findings(), replace);
     }
     if (!run.complete() && !replace) {
-        std::cerr << "error: nothing was sent; mend this, or let virtual projectors stand in with --offline\n";
+        Console::say("error: nothing was sent; mend this, or let virtual projectors stand in with --offline");
         return EXIT_INCOMPLETE;
     }
     try {
@@ -134,7 +140,7 @@ int PrepareCommand::run(const Options& options) {
     try {
         config = XMLConfigFile::load(options.file);
     } catch (...) {
-        reportFailure(options.file, std::current_exception());
+        reportConfigurationFailure(options.file, std::current_exception());
         return EXIT_INPUT;
     }
     return prepare(*config, stateNamed(options.state), options);

@@ -1,22 +1,20 @@
 #include "ProjectorReport.h"
 
-#include "Common/RunCatch.h"
+#include "Common/ExceptionCause.h"
 #include "Common/Utf8.h"
-#include "Common/VeltraniException.h"
-#include "DisplayReport/TextTable.h"
+#include "Console.h"
 #include "ExitCode.h"
 
 #include <iostream>
 
-using Veltrani::DisplayReport::printable;
 using Veltrani::DisplayReport::ProjectorFinding;
 
 void reportUnusable(const std::vector<ProjectorFinding>& findings, bool replaced) {
     for (const ProjectorFinding& finding : findings) {
         if (!finding.usable()) {
-            std::cerr << (replaced ? "warning: channel " : "error: channel ") + printable(finding.name) + " (" +
-                             printable(Veltrani::toUtf8(finding.id)) + "): " + finding.fault +
-                             (replaced ? "; a virtual projector stands in\n" : "\n");
+            Console::say((replaced ? "warning: channel " : "error: channel ") + finding.name + " (" +
+                         Veltrani::toUtf8(finding.id) + "): " + finding.fault +
+                         (replaced ? "; a virtual projector stands in" : ""));
         }
     }
 }
@@ -34,22 +32,17 @@ bool reportConflicts(const std::vector<ProjectorFinding>& findings) {
 
 bool reportNone(const std::vector<ProjectorFinding>& findings, const std::string& file) {
     if (findings.empty()) {
-        std::cerr << "error: " + file + " has no projectors; add one with: screenmanager add " + shellWord(file) +
-                         " ADDRESS\n";
+        Console::say("error: " + file + " has no projectors; add one with: screenmanager add " + shellWord(file) +
+                     " ADDRESS");
     }
     return findings.empty();
 }
 
 void reportDeviceFailure(const std::string& subject, const std::exception_ptr& exception) {
-    std::string message;
-    try {
+    if (Veltrani::isOutOfMemory(exception)) {
         std::rethrow_exception(exception);
-    } catch (const VeltraniExceptionBase& fault) {
-        message = Veltrani::toUtf8(fault.message);
-    } catch (...) {
-        message = RunCatch::describe(exception);
     }
-    std::cerr << "error: " + subject + ": " + printable(message) + '\n';
+    Console::say("error: " + subject + ": " + Veltrani::toUtf8(Veltrani::messageOf(exception)));
 }
 
 std::string shellWord(const std::string& text) {
@@ -68,6 +61,6 @@ int finishOutput() {
     if (std::cout.flush()) {
         return EXIT_ALL_RIGHT;
     }
-    std::cerr << "error: standard output cannot be written\n";
+    Console::say("error: standard output cannot be written");
     return EXIT_OUTPUT;
 }

@@ -2,6 +2,7 @@
 
 #include "Common/AtomicFile.h"
 #include "Common/Utf8.h"
+#include "Console.h"
 #include "DisplayReport/NamedFiles.h"
 #include "FailureReport.h"
 
@@ -106,7 +107,7 @@ bool ResultFile::open() {
             buffer = m_whole.get();
         }
         if (buffer == nullptr) {
-            std::cerr << "error: " + m_path + " cannot be written\n";
+            Console::say("error: " + m_path + " cannot be written");
             return false;
         }
         m_stream = std::make_unique<std::ostream>(buffer);
@@ -129,7 +130,7 @@ bool ResultFile::commit() {
             return true;
         }
         if (!isTaken) {
-            std::cerr << "error: " + (m_path.empty() ? "standard output" : m_path) + " cannot be written\n";
+            Console::say("error: " + (m_path.empty() ? "standard output" : m_path) + " cannot be written");
         }
         return isTaken;
     } catch (...) {
@@ -159,7 +160,7 @@ bool ResultFile::replacesInput(const std::string& path, const XMLConfigManager& 
         }
     }
     if (!what.empty()) {
-        std::cerr << "error: " + path + " is " + what + ": name another file with --output\n";
+        Console::say("error: " + path + " is " + what + ": name another file with --output");
     }
     return !what.empty();
 }

@@ -1,12 +1,10 @@
 #include "SceneSource.h"
 
 #include "Configuration/XMLConfigFile.h"
+#include "Console.h"
 #include "DisplayFile.h"
 #include "DisplayReport/TargetPlacer.h"
-#include "DisplayReport/TextTable.h"
 #include "ProgressMeter.h"
-
-#include <iostream>
 
 using namespace Veltrani::DisplayReport;
 
@@ -22,7 +20,7 @@ DisplayScene SceneSource::collect(XMLConfigFile& config, const std::string& file
     progress.end();
     if (isTold) {
         for (const std::string& note : scene.notes) {
-            std::cerr << "note: " + printable(note) + '\n';
+            Console::say("note: " + note);
         }
     }
     return scene;

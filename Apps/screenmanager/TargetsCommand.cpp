@@ -1,5 +1,6 @@
 #include "TargetsCommand.h"
 
+#include "Console.h"
 #include "DisplayFile.h"
 #include "DisplayReport/TargetPlacer.h"
 #include "DisplayReport/TargetSummary.h"
@@ -9,7 +10,7 @@
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
-#include <iostream>
+#include <sstream>
 
 namespace {
 
@@ -55,7 +56,9 @@ int TargetsCommand::run(const Options& options) {
         return EXIT_OUTPUT;
     }
     if (options.verbosity != Verbosity::QUIET) {
-        printSummary(survey, std::cerr);
+        std::ostringstream summary;
+        printSummary(survey, summary);
+        Console::sayLines(summary.str());
     }
     return survey.complete() && !survey.channels.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }

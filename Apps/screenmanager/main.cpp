@@ -1,6 +1,5 @@
 #include "CommandLine.h"
 #include "EndingSignals.h"
-#include "ExitCode.h"
 #include "FailureReport.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
@@ -21,7 +20,6 @@ int main(int argc, char** argv) {
         ScreenManager::deleteInstance();
         return code;
     } catch (...) {
-        reportFailure("internal fault", std::current_exception());
-        return EXIT_INTERNAL;
+        return reportEnd(std::current_exception());
     }
 }

@@ -1,5 +1,6 @@
 #include "DisplayReport/CoveragePrinter.h"
 
+#include "Common/QuotedText.h"
 #include "DisplayReport/CoverageReport.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/TextTable.h"
@@ -95,7 +96,7 @@ void printOverlaps(const CoverageReport& report, std::ostream& out) {
 
 void print(const CoverageReport& report, std::ostream& out) {
     if (!report.fault.empty()) {
-        out << printable(report.fault) << '\n';
+        out << onOneLine(report.fault) << '\n';
         return;
     }
     if (!report.channels.empty()) {
@@ -111,7 +112,7 @@ void print(const CoverageReport& report, std::ostream& out) {
     printOverlaps(report, out);
     for (const ChannelCoverage& channel : report.channels) {
         if (!channel.fault.empty()) {
-            out << "channel " << printable(channel.name) << ": " << printable(channel.fault) << '\n';
+            out << "channel " << onOneLine(channel.name) << ": " << onOneLine(channel.fault) << '\n';
         }
     }
 }

@@ -1,25 +1,15 @@
 #include "DisplayReport/DisplayDescriptionPrinter.h"
 
+#include "Common/QuotedText.h"
 #include "DisplayReport/DisplayDescription.h"
 #include "DisplayReport/TextTable.h"
 
 #include <algorithm>
 #include <ostream>
-#include <sstream>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
-
-/// A text of several lines, every line behind the same indent.
-void printLines(const std::string& text, const std::string& first, const std::string& further, std::ostream& out) {
-    std::istringstream lines(text);
-    const std::string* indent = &first;
-    for (std::string line; std::getline(lines, line);) {
-        out << *indent << printable(line) << '\n';
-        indent = &further;
-    }
-}
 
 void printFacts(const std::vector<DisplayFact>& facts, std::ostream& out) {
     std::size_t width = 0;
@@ -27,7 +17,7 @@ void printFacts(const std::vector<DisplayFact>& facts, std::ostream& out) {
         width = std::max(width, fact.label.size());
     }
     for (const DisplayFact& fact : facts) {
-        out << fact.label << std::string(width - fact.label.size() + 2, ' ') << printable(fact.value) << '\n';
+        out << fact.label << std::string(width - fact.label.size() + 2, ' ') << onOneLine(fact.value) << '\n';
     }
 }
 
@@ -50,9 +40,9 @@ void printFaults(const std::vector<Fault>& faults, std::ostream& out) {
     }
     out << faults.size() << (faults.size() == 1 ? " fault:" : " faults:") << '\n';
     for (const Fault& fault : faults) {
-        printLines(fault.where + ": " + fault.what, "  - ", "    ", out);
+        out << "  - " << onOneLine(fault.where + ": " + fault.what) << '\n';
         for (const std::string& cause : fault.causes) {
-            printLines(cause, "      because: ", "               ", out);
+            out << "      because: " << onOneLine(cause) << '\n';
         }
     }
 }

@@ -13,7 +13,8 @@ struct Fault {
     std::vector<std::string> causes;  ///< why, outermost first; may be empty
 };
 
-/// The fault that an exception tells of: its message, and as causes those of the exceptions nested in it.
+/// The fault that an exception tells of: its message, and as causes those of the exceptions nested in it. Too little
+/// memory is no fault of a display, and nothing that its author could mend: such an exception is thrown on.
 [[nodiscard]] Fault faultOf(const std::string& where, const std::exception_ptr& exception);
 
 /// What is wrong and why, in one line.

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <ostream>
+#include <string>
 
 namespace Veltrani::DisplayReport {
 
@@ -70,21 +71,30 @@ Json litBy(const CoverageReport& report) {
     return list;
 }
 
+std::string textOf(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// One by one: a tree of thousands needs memory when it goes, and has none where memory ran out.
+template <class Items>
+void writeList(const char* name, const Items& items, const CoverageReport& report, std::ostream& out) {
+    out << ",\"" << name << "\":[";
+    const char* separator = "";
+    for (const auto& item : items) {
+        out << separator << textOf(jsonOf(item, report));
+        separator = ",";
+    }
+    out << ']';
+}
+
 }  // namespace
 
 void JsonCoverageWriter::write(const CoverageReport& report, std::ostream& out) {
-    Json channels = Json::array();
-    for (const ChannelCoverage& channel : report.channels) {
-        channels.push_back(jsonOf(channel, report));
-    }
-    Json overlaps = Json::array();
-    for (const ChannelOverlap& overlap : report.overlaps) {
-        overlaps.push_back(jsonOf(overlap, report));
-    }
-    const Json document = {
-        {"unit", report.unit},    {"fault", report.fault},           {"screenArea", report.screenArea},
-        {"litBy", litBy(report)}, {"channels", std::move(channels)}, {"overlaps", std::move(overlaps)}};
-    out << document.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << R"({"unit":)" << textOf(report.unit) << R"(,"fault":)" << textOf(report.fault) << R"(,"screenArea":)"
+        << textOf(report.screenArea) << R"(,"litBy":)" << textOf(litBy(report));
+    writeList("channels", report.channels, report, out);
+    writeList("overlaps", report.overlaps, report, out);
+    out << "}\n";
 }
 
 }  // namespace Veltrani::DisplayReport

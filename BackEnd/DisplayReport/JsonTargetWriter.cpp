@@ -5,52 +5,60 @@
 #include <nlohmann/json.hpp>
 
 #include <ostream>
+#include <string>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json coordinates(const Point<double, 3>& point) {
-    return {point[0], point[1], point[2]};
+/// As JSON has it. Values alone: a tree of many needs memory when it goes, and has none where memory ran out.
+template <class Value>
+std::string text(const Value& value) {
+    return nlohmann::json(value).dump();
 }
 
-Json jsonOf(const ChannelTargets& channel) {
-    Json grid = Json::array();
-    for (const GridTarget& target : channel.grid) {
-        grid.push_back({{"column", target.column},
-                        {"row", target.row},
-                        {"u", target.picture[0]},
-                        {"v", target.picture[1]},
-                        {"point", coordinates(target.point)}});
+std::string text(const Point<double, 3>& point) {
+    return '[' + text(point[0]) + ',' + text(point[1]) + ',' + text(point[2]) + ']';
+}
+
+std::string text(const GridTarget& target) {
+    return R"({"column":)" + text(target.column) + R"(,"row":)" + text(target.row) + R"(,"u":)" +
+           text(target.picture[0]) + R"(,"v":)" + text(target.picture[1]) + R"(,"point":)" + text(target.point) + '}';
+}
+
+template <class Items>
+void writeList(const char* name, const Items& items, std::ostream& out) {
+    out << ",\"" << name << "\":[";
+    const char* separator = "";
+    for (const auto& item : items) {
+        out << separator << text(item);
+        separator = ",";
     }
-    Json boundary = Json::array();
-    for (const Point<double, 3>& point : channel.boundary) {
-        boundary.push_back(coordinates(point));
-    }
-    return {{"name", channel.name},
-            {"projector", channel.projectorId},
-            {"fault", channel.fault},
-            {"remark", channel.remark},
-            {"missed", {{"grid", channel.gridMissed}, {"boundary", channel.boundaryMissed}}},
-            {"grid", std::move(grid)},
-            {"boundary", std::move(boundary)}};
+    out << ']';
+}
+
+void write(const ChannelTargets& channel, std::ostream& out) {
+    out << R"({"name":)" << text(channel.name) << R"(,"projector":)" << text(channel.projectorId) << R"(,"fault":)"
+        << text(channel.fault) << R"(,"remark":)" << text(channel.remark) << R"(,"missed":{"grid":)"
+        << text(channel.gridMissed) << R"(,"boundary":)" << text(channel.boundaryMissed) << '}';
+    writeList("grid", channel.grid, out);
+    writeList("boundary", channel.boundary, out);
+    out << '}';
 }
 
 }  // namespace
 
 void JsonTargetWriter::write(const TargetSurvey& survey, std::ostream& out) const {
-    Json channels = Json::array();
+    out << R"({"unit":)" << text(survey.unit) << R"(,"columns":)" << text(survey.plan.columns) << R"(,"rows":)"
+        << text(survey.plan.rows) << R"(,"boundarySamples":)" << text(survey.plan.boundarySamples)
+        << R"(,"channels":[)";
+    const char* separator = "";
     for (const ChannelTargets& channel : survey.channels) {
-        channels.push_back(jsonOf(channel));
+        out << separator;
+        DisplayReport::write(channel, out);
+        separator = ",";
     }
-    const Json document = {{"unit", survey.unit},
-                           {"columns", survey.plan.columns},
-                           {"rows", survey.plan.rows},
-                           {"boundarySamples", survey.plan.boundarySamples},
-                           {"channels", std::move(channels)}};
-    out << document.dump() << '\n';
+    out << "]}\n";
 }
 
 }  // namespace Veltrani::DisplayReport

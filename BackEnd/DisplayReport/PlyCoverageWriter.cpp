@@ -1,7 +1,7 @@
 #include "DisplayReport/PlyCoverageWriter.h"
 
+#include "Common/QuotedText.h"
 #include "DisplayReport/NumberText.h"
-#include "DisplayReport/TextTable.h"
 
 #include <algorithm>
 #include <array>
@@ -68,7 +68,7 @@ void PlyCoverageWriter::write(const CoverageReport& report, const std::vector<Co
             faces.push_back(face);
         }
     }
-    out << "ply\nformat ascii 1.0\ncomment lengths in " << printable(report.unit) << '\n'
+    out << "ply\nformat ascii 1.0\ncomment lengths in " << onOneLine(report.unit) << '\n'
         << "comment colours by number of projectors: black 0, blue 1, orange 2, yellow 3 and more\n"
         << "element vertex " << vertices.size() << '\n'
         << "property double x\nproperty double y\nproperty double z\n"

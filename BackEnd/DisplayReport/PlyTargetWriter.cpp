@@ -1,9 +1,9 @@
 #include "DisplayReport/PlyTargetWriter.h"
 
+#include "Common/QuotedText.h"
 #include "DisplayReport/ChannelPalette.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/TargetSurvey.h"
-#include "DisplayReport/TextTable.h"
 
 #include <ostream>
 #include <string>
@@ -31,9 +31,9 @@ std::string line(const Point<double, 3>& point, std::size_t channel, Kind kind, 
 }  // namespace
 
 void PlyTargetWriter::write(const TargetSurvey& survey, std::ostream& out) const {
-    out << "ply\nformat ascii 1.0\ncomment lengths in " << printable(survey.unit) << '\n';
+    out << "ply\nformat ascii 1.0\ncomment lengths in " << onOneLine(survey.unit) << '\n';
     for (std::size_t i = 0; i < survey.channels.size(); ++i) {
-        out << "comment channel " << i << ": " << printable(survey.channels[i].name) << '\n';
+        out << "comment channel " << i << ": " << onOneLine(survey.channels[i].name) << '\n';
     }
     out << "element vertex " << survey.placed() << '\n'
         << "property double x\nproperty double y\nproperty double z\n"

@@ -2,13 +2,20 @@
 
 #include <png.h>
 
+#include <new>
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
+
+/// The library has no other sign of it than its words.
+bool namesMemory(std::string_view reason) {
+    return reason.find("memory") != std::string_view::npos;
+}
 
 [[noreturn]] void refuse(const std::string& reason) {
     throw std::runtime_error("The picture cannot be encoded: " + reason);
@@ -30,6 +37,9 @@ void PngPicture::write(std::ostream& out) const {
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
     std::string bytes(size, '\0');
     if (png_image_write_to_memory(&image, bytes.data(), &size, KEEP_8_BITS, colours.data(), 0, nullptr) == 0) {
+        if (namesMemory(image.message)) {
+            throw std::bad_alloc();
+        }
         refuse(image.message);
     }
     out.write(bytes.data(), static_cast<std::streamsize>(size));

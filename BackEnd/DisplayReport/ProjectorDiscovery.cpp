@@ -1,5 +1,6 @@
 #include "DisplayReport/ProjectorDiscovery.h"
 
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "DeviceFramework2/Commands.h"
 #include "DeviceFramework2/DeviceException.h"
@@ -27,7 +28,7 @@ public:
     /// The next question; null when there is none left, or after a fault.
     std::shared_ptr<Command> next(const DeviceException* fault) {
         if (fault != nullptr) {
-            m_found.fault = printable(toUtf8(fault->message));
+            m_found.fault = onOneLine(toUtf8(fault->message));
             return nullptr;
         }
         ++m_step;

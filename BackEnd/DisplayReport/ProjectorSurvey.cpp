@@ -1,5 +1,6 @@
 #include "DisplayReport/ProjectorSurvey.h"
 
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
@@ -10,7 +11,6 @@
 #include "DeviceFramework2/DeviceSnippet.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
 #include "DeviceFramework2/ProjectorAddress.h"
-#include "DisplayReport/TextTable.h"
 
 #include <memory>
 #include <optional>
@@ -65,7 +65,7 @@ public:
             m_finding.device = device;
             return following(*device);
         } catch (const VeltraniExceptionBase& reason) {
-            m_finding.fault = printable(toUtf8(reason.message));
+            m_finding.fault = onOneLine(toUtf8(reason.message));
             return nullptr;
         }
     }
@@ -138,7 +138,7 @@ private:
 };
 
 std::string sameAs(const ProjectorFinding& earlier, const std::string& what) {
-    return printable("it has the same " + what + " as channel " + earlier.name + " (" + toUtf8(earlier.id) +
+    return onOneLine("it has the same " + what + " as channel " + earlier.name + " (" + toUtf8(earlier.id) +
                      "); correct the Device element of one of the two, or remove one");
 }
 
@@ -174,7 +174,7 @@ std::vector<ProjectorFinding> entriesOf(const XMLConfigManager& config) {
                 requireSnippet(finding.snippet);
             }
         } catch (const VeltraniExceptionBase& fault) {
-            finding.fault = printable(toUtf8(fault.message));
+            finding.fault = onOneLine(toUtf8(fault.message));
         }
         findings.push_back(std::move(finding));
     }

@@ -1,5 +1,6 @@
 #include "DisplayReport/SceneCollector.h"
 
+#include "Common/ExceptionCause.h"
 #include "Common/Matrix.h"
 #include "Common/Utf8.h"
 #include "Configuration/BaseConfig.h"
@@ -163,6 +164,9 @@ std::shared_ptr<const TargetLocator> locatorOf(const XMLConfigManager& config, c
     try {
         return TargetLocatorManager::getInstance()->getTargetLocator(&config, &projector);
     } catch (...) {
+        if (isOutOfMemory(std::current_exception())) {
+            throw;
+        }
         return nullptr;
     }
 }

@@ -1,5 +1,6 @@
 #include "DisplayReport/SceneLegend.h"
 
+#include "Common/QuotedText.h"
 #include "DisplayReport/DisplayScene.h"
 #include "DisplayReport/TextTable.h"
 
@@ -42,7 +43,7 @@ SceneLegend::SceneLegend(int width, int height)
       m_columnWidth(COLUMN_SHARE * width) {}
 
 std::string SceneLegend::fitting(const std::string& text, double length, double size) const {
-    return shortened(printable(text), static_cast<std::size_t>(std::max(1.0, length / (LETTER_WIDTH * size))));
+    return shortened(onOneLine(text), static_cast<std::size_t>(std::max(1.0, length / (LETTER_WIDTH * size))));
 }
 
 void SceneLegend::addTo(Drawing& drawing, const DisplayScene& scene) const {

@@ -1,9 +1,9 @@
 #include "DisplayReport/SvgDrawingWriter.h"
 
+#include "Common/QuotedText.h"
 #include "DisplayReport/Drawing.h"
 #include "DisplayReport/NearnessMap.h"
 #include "DisplayReport/NumberText.h"
-#include "DisplayReport/TextTable.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +30,7 @@ std::string pairOf(const Drawing::Place& place) {
 
 std::string escaped(const std::string& text) {
     std::string xml;
-    for (const char c : printable(text)) {
+    for (const char c : onOneLine(text)) {
         switch (c) {
             case '<':
                 xml += "&lt;";

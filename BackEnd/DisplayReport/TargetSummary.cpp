@@ -1,5 +1,6 @@
 #include "DisplayReport/TargetSummary.h"
 
+#include "Common/QuotedText.h"
 #include "DisplayReport/GeometryText.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/TargetSurvey.h"
@@ -44,9 +45,9 @@ void printSummary(const TargetSurvey& survey, std::ostream& out) {
     for (const ChannelTargets& channel : survey.channels) {
         if (!channel.fault.empty()) {
             const char* const what = channel.gridMissed > 0 ? " has no grid of targets: " : " has no targets: ";
-            out << "channel " << printable(channel.name) << what << printable(channel.fault) << '\n';
+            out << "channel " << onOneLine(channel.name) << what << onOneLine(channel.fault) << '\n';
         } else if (!channel.remark.empty()) {
-            out << "note: channel " << printable(channel.name) << ": " << printable(channel.remark) << '\n';
+            out << "note: channel " << onOneLine(channel.name) << ": " << onOneLine(channel.remark) << '\n';
         }
     }
     if (survey.channels.empty()) {

@@ -1,8 +1,10 @@
 #include "DisplayReport/TextTable.h"
 
+#include "Common/QuotedText.h"
+
 #include <algorithm>
 #include <ostream>
-#include <string_view>
+#include <utility>
 
 namespace Veltrani::DisplayReport {
 
@@ -18,40 +20,7 @@ std::size_t places(const std::string& utf8) {
     return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), startsCharacter));
 }
 
-/// Control characters, line ends and those that turn the direction of writing.
-bool steersTheTerminal(std::string_view character) {
-    const auto byte = [character](std::size_t i) { return static_cast<unsigned char>(character[i]); };
-    if (character.size() == 1) {
-        return byte(0) < 0x20 || byte(0) == 0x7F;
-    }
-    if (character.size() == 2) {
-        return (byte(0) == 0xC2 && byte(1) < 0xA0) || character == "\xD8\x9C";
-    }
-    // U+200B to U+200F, U+2028 to U+202E, U+2066 to U+2069.
-    return character.size() == 3 && byte(0) == 0xE2 &&
-           ((byte(1) == 0x80 && ((byte(2) >= 0x8B && byte(2) <= 0x8F) || (byte(2) >= 0xA8 && byte(2) <= 0xAE))) ||
-            (byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9));
-}
-
 }  // namespace
-
-std::string printable(const std::string& utf8) {
-    std::string shown;
-    for (std::size_t i = 0; i < utf8.size();) {
-        std::size_t end = i + 1;
-        while (end < utf8.size() && !startsCharacter(utf8[end])) {
-            ++end;
-        }
-        const std::string_view character = std::string_view(utf8).substr(i, end - i);
-        if (steersTheTerminal(character)) {
-            shown += '?';
-        } else {
-            shown += character;
-        }
-        i = end;
-    }
-    return shown;
-}
 
 std::string shortened(const std::string& utf8, std::size_t longest) {
     std::size_t seen = 0;
@@ -63,11 +32,13 @@ std::string shortened(const std::string& utf8, std::size_t longest) {
     return utf8;
 }
 
-TextTable::TextTable(std::vector<std::string> headings) : m_headings(std::move(headings)) {}
+TextTable::TextTable(std::vector<std::string> headings) : m_headings(std::move(headings)) {
+    std::transform(m_headings.begin(), m_headings.end(), m_headings.begin(), onOneLine);
+}
 
 void TextTable::add(std::vector<std::string> cells) {
     cells.resize(m_headings.size());
-    std::transform(cells.begin(), cells.end(), cells.begin(), printable);
+    std::transform(cells.begin(), cells.end(), cells.begin(), onOneLine);
     m_rows.push_back(std::move(cells));
 }
 

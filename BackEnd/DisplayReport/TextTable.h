@@ -9,8 +9,8 @@ namespace Veltrani::DisplayReport {
 
 /// A table for people: columns as wide as their longest cell, two blanks between them, no lines.
 ///
-/// Cells are UTF-8; a character counts as one place. Control characters are shown as "?" so that no text of a file can
-/// move the cursor of a terminal.
+/// Headings and cells are UTF-8; a character counts as one place. They are shown as `onOneLine` has them, so that no
+/// text of a file can move the cursor of a terminal.
 class TextTable {
 public:
     explicit TextTable(std::vector<std::string> headings);
@@ -27,9 +27,6 @@ private:
     std::vector<std::string> m_headings;
     std::vector<std::vector<std::string>> m_rows;
 };
-
-/// The text with control characters shown as "?": safe for a terminal.
-[[nodiscard]] std::string printable(const std::string& utf8);
 
 /// The first `longest` characters, followed by "..." when there are more. Never cuts inside a character.
 [[nodiscard]] std::string shortened(const std::string& utf8, std::size_t longest);

@@ -6,13 +6,11 @@
 #include "KelvoScreen/FlatScreen.h"
 #include "KelvoScreen/OBJScreen.h"
 #include "KelvoScreen/ObjLoadException.h"
-#include "ScreenManager/detail/PcdCheck.h"
+#include "ScreenManager/detail/PcdCloud.h"
 
 #include <pcl/common/pca.h>
 #include <pcl/common/transforms.h>
-#include <pcl/console/print.h>
 #include <pcl/exceptions.h>
-#include <pcl/io/pcd_io.h>
 
 #include <cmath>
 #include <new>
@@ -28,17 +26,10 @@ constexpr std::wstring_view DEFAULT_IMPORT_TRANSFORM_PARAM_1 = L"Y";
 constexpr std::wstring_view DEFAULT_IMPORT_TRANSFORM_PARAM_2 = L"Z";
 constexpr float DEFAULT_SCALE = 1.0F;
 
-/// Keeps the messages of the point cloud library off the console: what matters of them goes into exceptions.
-class QuietPointClouds {
-public:
-    QuietPointClouds() { pcl::console::setVerbosityLevel(pcl::console::L_ALWAYS); }
-    ~QuietPointClouds() { pcl::console::setVerbosityLevel(m_level); }
-    QuietPointClouds(const QuietPointClouds&) = delete;
-    QuietPointClouds& operator=(const QuietPointClouds&) = delete;
-
-private:
-    pcl::console::VERBOSITY_LEVEL m_level = pcl::console::getVerbosityLevel();
-};
+constexpr const wchar_t* NO_FACES =
+    L"found no faces, expected at least one; export the mesh with its faces, not as points or lines";
+constexpr const wchar_t* NO_AREA =
+    L"found no face with an area, expected at least one; check the vertices, and the decimals of the export";
 
 VeltraniMissingFileException contentFault(const std::wstring& path) {
     return VeltraniMissingFileException(L"Unable to load screen file. Ensure the screen file " + path +
@@ -63,22 +54,6 @@ void setReason(std::wstring* reason, const std::wstring& text) {
     if (reason != nullptr) {
         *reason = text;
     }
-}
-
-/// Throws whatever went wrong.
-std::shared_ptr<Screen::PointCloud> readPointCloud(const std::wstring& path) {
-    const Veltrani::RegularFile file(Veltrani::toUtf8(path));
-    const std::wstring fault = Veltrani::PcdCheck::findFault(file);
-    if (!fault.empty()) {
-        throw VeltraniParseException(fault);
-    }
-    auto cloud = pcl::make_shared<Screen::PointCloud>();
-    const QuietPointClouds quiet;
-    // The reader opens the file by itself, twice: it must get the one that was checked.
-    if (pcl::PCDReader().read(file.nameForReopening(), *cloud) != 0) {
-        throw VeltraniParseException(L"the point cloud reader refuses the file");
-    }
-    return cloud;
 }
 
 Eigen::Affine3f importTransform(const std::wstring& param1, const std::wstring& param2, float scale) {
@@ -219,7 +194,7 @@ bool Screen::loadModelPCD(const std::wstring& path, bool /*force*/) {
     }
     std::shared_ptr<PointCloud> cloud;
     try {
-        cloud = readPointCloud(path);
+        cloud = Veltrani::PcdCloud::read(Veltrani::RegularFile(Veltrani::toUtf8(path)));
     } catch (...) {
         Veltrani::throwWithCause(cloudFault(path));
     }
@@ -231,7 +206,7 @@ bool Screen::loadModelPCD(const std::wstring& path, bool /*force*/) {
 }
 
 float Screen::calcPCDWidth() {
-    const QuietPointClouds quiet;
+    const Veltrani::QuietPointClouds quiet;
     pcl::PCA<pcl::PointXYZ> analysis;
     analysis.setInputCloud(m_modelPCD);
     return std::sqrt(analysis.getEigenValues()[0]) * m_scale;
@@ -274,7 +249,8 @@ std::shared_ptr<ScreenGeometry> Screen::createMeshScreen(const std::wstring& pat
     }
     hash = MeshScreen::calcUniqueDataHash(bytes);
     if (extensionOf(path) != L"obj") {
-        setReason(reason, L"the name does not end in \".obj\" (lower case)");
+        setReason(reason,
+                  L"found a name that does not end in \".obj\" (lower case), expected one that does; rename the file");
         return {};
     }
     auto mesh = std::make_shared<OBJScreen>(param1, param2, scale);
@@ -282,7 +258,7 @@ std::shared_ptr<ScreenGeometry> Screen::createMeshScreen(const std::wstring& pat
     std::istringstream text(std::move(bytes));
     mesh->deserialize(text);
     if (!mesh->isValid()) {
-        setReason(reason, mesh->mesh().triangles.empty() ? L"the file has no faces" : L"none of the faces has an area");
+        setReason(reason, mesh->mesh().triangles.empty() ? NO_FACES : NO_AREA);
         return {};
     }
     return mesh;

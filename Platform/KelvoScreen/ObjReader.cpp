@@ -21,6 +21,8 @@ using KelvoScreenDetail::ObjSizeEstimate;
 using KelvoScreenDetail::PolygonCutter;
 using Triangle = TriangleMesh::Triangle;
 
+constexpr const char* CUT_FACE = "cut it into smaller faces where the mesh was made";
+
 /// A face of more than three corners, held as the fan of triangles around its first corner until all vertices are
 /// known.
 struct Polygon {
@@ -102,7 +104,8 @@ private:
         std::array<double, 3> xyz{};
         const std::size_t count = readNumbers(xyz);
         if (count < 3 || count == 5 || count > 7) {
-            m_cursor.failStatement("a vertex of 3, 4, 6 or 7 numbers");
+            m_cursor.failStatement("a vertex of 3, 4, 6 or 7 numbers",
+                                   "give x, y and z, with or without a weight and a colour");
         }
         m_mesh.vertices.push_back({xyz[0], xyz[1], xyz[2]});
         m_vertices.define();
@@ -112,7 +115,7 @@ private:
         std::array<double, 2> st{};
         const std::size_t count = readNumbers(st);
         if (count < 1 || count > 3) {
-            m_cursor.failStatement("a texture coordinate of 1, 2 or 3 numbers");
+            m_cursor.failStatement("a texture coordinate of 1, 2 or 3 numbers", "give s and t");
         }
         m_mesh.textureCoordinates.push_back({st[0], st[1]});
         m_textures.define();
@@ -121,7 +124,7 @@ private:
     void readNormal() {
         std::array<double, 3> normal{};
         if (readNumbers(normal) != 3) {
-            m_cursor.failStatement("a normal of 3 numbers");
+            m_cursor.failStatement("a normal of 3 numbers", "give x, y and z");
         }
         m_normals.define();
     }
@@ -140,12 +143,12 @@ private:
                 addTriangle(first, previous, corner);
             }
             if (corners == ObjReader::MAX_FACE_CORNERS) {
-                m_cursor.failStatement("a face of at most " + std::to_string(corners) + " corners");
+                m_cursor.failStatement("a face of at most " + std::to_string(corners) + " corners", CUT_FACE);
             }
             previous = corner;
         }
         if (corners < 3) {
-            m_cursor.failStatement("a face of at least 3 corners");
+            m_cursor.failStatement("a face of at least 3 corners", "give its corners on one line, or remove it");
         }
         if (corners > 3) {
             m_polygons.push_back({firstTriangle, corners, line});
@@ -186,7 +189,7 @@ private:
             const auto triangles = cutter.cut(m_corners);
             if (triangles.empty()) {
                 throw ObjLoadException(polygon.line, "a face of " + std::to_string(polygon.corners) + " corners",
-                                       "faces that can be cut into triangles in reasonable time");
+                                       "faces that can be cut into triangles in reasonable time", CUT_FACE);
             }
             replaceFan(m_mesh.triangles, polygon, triangles);
             if (m_isParameterised) {

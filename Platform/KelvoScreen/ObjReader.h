@@ -31,9 +31,9 @@ public:
 
     /// The mesh of a whole text; without a face it has no triangles, which is no fault.
     ///
-    /// Throws `ObjLoadException` with line, found and expected text for: a number that is unreadable or not finite, a
-    /// wrong count of numbers, an index that is 0, unreadable or out of range, a face below three corners, a NUL byte,
-    /// a face too large to be cut (more than `MAX_FACE_CORNERS`, or some ten thousand corners that zigzag). Indices
-    /// past the last element and faces that cannot be cut are found after everything else.
+    /// Throws `ObjLoadException` with line, found and expected text and a remedy for: a number that is unreadable or
+    /// not finite, a wrong count of numbers, an index that is 0, unreadable or out of range, a face below three
+    /// corners, a NUL byte, a face too large to be cut (more than `MAX_FACE_CORNERS`, or some ten thousand corners that
+    /// zigzag). Indices past the last element and faces that cannot be cut are found after everything else.
     [[nodiscard]] static TriangleMesh read(std::string_view text);
 };

@@ -59,8 +59,8 @@ public:
     void getChannelLocation(int& x, int& y) const;
     void setChannelLocation(int x, int y);
 
-    /// Renames the channel, then its configuration entry. Throws `VeltraniException` without an entry, and keeps the old
-    /// name then. What the entry throws passes through, and the channel has the new name already.
+    /// Renames the channel, then its configuration entry. Throws `VeltraniException` without an entry, and keeps the
+    /// old name then. What the entry throws passes through, and the channel has the new name already.
     void setName(const std::wstring& name);
 
     void setTargetLocator(std::shared_ptr<const TargetLocator> locator);

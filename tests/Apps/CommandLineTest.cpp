@@ -40,6 +40,19 @@ TEST(CommandLine, TellsItsVersion) {
     EXPECT_THAT(runScreenManager({"--version"}).output, StartsWith("screenmanager "));
 }
 
+TEST(CommandLine, HelpAndVersionThatCannotBeWrittenAreAFault) {
+    std::vector<std::vector<std::string>> all{{"--help"}, {"--version"}};
+    for (const std::string& command : commandsOfTheProgram()) {
+        all.push_back({command, "--help"});
+    }
+    ASSERT_GE(all.size(), 12U);
+    for (const std::vector<std::string>& arguments : all) {
+        const ProgramRun run = runScreenManagerUnder({{}, "/dev/full", 0}, arguments);
+        EXPECT_EQ(run.exitCode, 4) << arguments[0];
+        EXPECT_EQ(run.errors, "error: standard output cannot be written\n") << arguments[0];
+    }
+}
+
 TEST(CommandLine, AWrongCommandLineExitsWithTwoAndSaysWhatIsWrong) {
     expectRefused({
         {{}, "subcommand"},

@@ -121,7 +121,9 @@ TEST_F(EndingSignalsInAnAddition, OneThatIsIgnoredStaysIgnored) {
         unlock();
         folder.write("display.xml", display(""));
         lock();
-        RunningProgram program(SM_PROGRAM, add, {}, signal);
+        RunConditions conditions;
+        conditions.ignored = signal;
+        RunningProgram program(SM_PROGRAM, add, conditions);
         holdWhileWriting(program);
         program.send(signal);
         program.send(SIGCONT);

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <regex>
 #include <set>
+#include <string>
 
 namespace {
 
@@ -20,23 +22,36 @@ TEST(ManualPage, IsWellFormed) {
     EXPECT_EQ(run.errors, "");
 }
 
+TEST(ManualPage, ShowsNothingButCommandsAsExamples) {
+    std::ifstream page(SM_SOURCE_DIR "/docs/screenmanager.1");
+    bool isExample = false;
+    int commands = 0;
+    for (std::string line, before; std::getline(page, line); before = line) {
+        if (line == ".nf") {
+            EXPECT_EQ(before, ".RS");
+            isExample = true;
+        } else if (line == ".fi") {
+            EXPECT_TRUE(isExample);
+            isExample = false;
+        } else if (isExample) {
+            ++commands;
+            EXPECT_TRUE(line.starts_with("screenmanager ")) << line;
+        } else if (before == ".RE") {
+            EXPECT_TRUE(line == ".PP" || line.starts_with(".SH")) << "no new paragraph: " << line;
+        }
+    }
+    EXPECT_FALSE(isExample);
+    EXPECT_GE(commands, 8);
+}
+
 TEST(ManualPage, NamesEveryOptionOfTheHelp) {
     const ProgramRun page = runProgram(
         "/bin/sh", {"-c", "MANWIDTH=200 man -E ascii -l " SM_SOURCE_DIR "/docs/screenmanager.1 | sed 's/.\x08//g'"});
     ASSERT_EQ(page.exitCode, 0);
     std::set<std::string> options;
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
-                                                      {"check", "--help"},
-                                                      {"targets", "--help"},
-                                                      {"map", "--help"},
-                                                      {"coverage", "--help"},
-                                                      {"view", "--help"},
-                                                      {"picture", "--help"},
-                                                      {"channels", "--help"},
-                                                      {"prepare", "--help"},
-                                                      {"discover", "--help"},
-                                                      {"add", "--help"}}) {
-        options.merge(longOptions(runScreenManager(arguments).output));
+    options.merge(longOptions(runScreenManager({"--help"}).output));
+    for (const std::string& command : commandsOfTheProgram()) {
+        options.merge(longOptions(runScreenManager({command, "--help"}).output));
     }
     ASSERT_GE(options.size(), 7U);
     const std::set<std::string> documented = longOptions(page.output);

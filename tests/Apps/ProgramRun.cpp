@@ -2,16 +2,25 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
 namespace {
 
 constexpr int EXIT_CANNOT_START = 127;
+
+void limit(int resource, rlim_t most) {
+    const rlimit both{most, most};
+    if (::setrlimit(static_cast<__rlimit_resource_t>(resource), &both) != 0) {
+        ::_exit(EXIT_CANNOT_START);
+    }
+}
 
 void redirect(int descriptor, const std::string& path, int flags) {
     const int file = ::open(path.c_str(), flags | O_CREAT, 0600);
@@ -23,7 +32,8 @@ void redirect(int descriptor, const std::string& path, int flags) {
 }  // namespace
 
 RunningProgram::RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
-                               const std::map<std::string, std::string>& environment, int ignored) {
+                               RunConditions conditions)
+    : m_conditions(std::move(conditions)) {
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
@@ -36,13 +46,17 @@ RunningProgram::RunningProgram(const std::string& program, const std::vector<std
     }
     if (m_process == 0) {
         redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
-        redirect(STDOUT_FILENO, m_folder.file("output"), O_WRONLY);
+        redirect(STDOUT_FILENO, m_conditions.output.empty() ? m_folder.file("output") : m_conditions.output, O_WRONLY);
         redirect(STDERR_FILENO, m_folder.file("errors"), O_WRONLY);
-        for (const auto& [name, value] : environment) {
+        for (const auto& [name, value] : m_conditions.environment) {
             ::setenv(name.c_str(), value.c_str(), 1);
         }
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU, SIGXFSZ}) {
-            ::signal(signal, signal == ignored ? SIG_IGN : SIG_DFL);
+            ::signal(signal, signal == m_conditions.ignored ? SIG_IGN : SIG_DFL);
+        }
+        if (m_conditions.memory > 0) {
+            limit(RLIMIT_AS, m_conditions.memory);
+            limit(RLIMIT_CORE, 0);
         }
         ::execv(program.c_str(), argv.data());
         ::_exit(EXIT_CANNOT_START);
@@ -72,16 +86,41 @@ ProgramRun RunningProgram::finish() {
     if (::waitpid(std::exchange(m_process, -1), &status, 0) < 0) {
         throw std::runtime_error("waitpid failed");
     }
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_folder.read("output"), m_folder.read("errors"),
-            WIFSIGNALED(status) ? WTERMSIG(status) : 0};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_conditions.output.empty() ? m_folder.read("output") : "",
+            m_folder.read("errors"), WIFSIGNALED(status) ? WTERMSIG(status) : 0};
+}
+
+ProgramRun runProgramUnder(const RunConditions& conditions, const std::string& program,
+                           const std::vector<std::string>& arguments) {
+    return RunningProgram(program, arguments, conditions).finish();
 }
 
 ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
                       const std::map<std::string, std::string>& environment) {
-    return RunningProgram(program, arguments, environment).finish();
+    RunConditions conditions;
+    conditions.environment = environment;
+    return runProgramUnder(conditions, program, arguments);
 }
 
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,
                             const std::map<std::string, std::string>& environment) {
     return runProgram(SM_PROGRAM, arguments, environment);
+}
+
+ProgramRun runScreenManagerUnder(const RunConditions& conditions, const std::vector<std::string>& arguments) {
+    return runProgramUnder(conditions, SM_PROGRAM, arguments);
+}
+
+std::vector<std::string> commandsOfTheProgram() {
+    std::istringstream help(runScreenManager({"--help"}).output);
+    std::vector<std::string> commands;
+    bool isList = false;
+    for (std::string line; std::getline(help, line);) {
+        if (isList && line.starts_with("  ") && line.size() > 2 && line[2] != ' ') {
+            commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+        } else if (!line.starts_with(" ")) {
+            isList = line == "Subcommands:";
+        }
+    }
+    return commands;
 }

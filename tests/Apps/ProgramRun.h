@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,14 +17,19 @@ struct ProgramRun {
     int signal = 0;      ///< that ended it; 0 for none
 };
 
+/// What a run of a program finds, beyond its arguments.
+struct RunConditions {
+    std::map<std::string, std::string> environment = {};  ///< set on top of that of the test
+    std::string output = "";                              ///< file or device for standard output; empty: it is kept
+    std::size_t memory = 0;                               ///< bytes of address space; 0: as many as the test has
+    int ignored = 0;  ///< a signal that it is started to ignore; all others that end it have their usual effect
+};
+
 /// A program that runs beside the test, without standard input; killed at the end of the scope when it still runs.
 class RunningProgram {
 public:
-    /// @param environment variables set on top of those of the test
-    /// @param ignored a signal that it is started to ignore; all others have their usual effect, whatever the test
-    ///                itself was started to ignore
     RunningProgram(const std::string& program, const std::vector<std::string>& arguments,
-                   const std::map<std::string, std::string>& environment = {}, int ignored = 0);
+                   RunConditions conditions = {});
     ~RunningProgram();
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
@@ -36,10 +42,13 @@ public:
 
 private:
     TemporaryFolder m_folder;
+    RunConditions m_conditions;
     pid_t m_process = -1;
 };
 
 /// Runs a program to its end, without standard input.
+ProgramRun runProgramUnder(const RunConditions& conditions, const std::string& program,
+                           const std::vector<std::string>& arguments);
 /// @param environment variables set on top of those of the test
 ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
                       const std::map<std::string, std::string>& environment = {});
@@ -47,3 +56,7 @@ ProgramRun runProgram(const std::string& program, const std::vector<std::string>
 /// Runs the program under test.
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,
                             const std::map<std::string, std::string>& environment = {});
+ProgramRun runScreenManagerUnder(const RunConditions& conditions, const std::vector<std::string>& arguments);
+
+/// The commands that the help of the program lists.
+std::vector<std::string> commandsOfTheProgram();

@@ -32,15 +32,30 @@ TEST(DisplayDescriptionPrinter, PrintsFactsChannelsAndNoFaults) {
 
 TEST(DisplayDescriptionPrinter, PrintsEveryFaultWithItsCauses) {
     DisplayDescription description;
-    description.faults = {{"content mesh", "Unable to load", {"line 3", "first\nsecond"}}, {"units", "none", {}}};
+    description.faults = {{"content mesh", "Unable to load", {"line 3", "B\u00fchne"}}, {"units", "none", {}}};
     EXPECT_EQ(printed(description),
               "\n"
               "2 faults:\n"
               "  - content mesh: Unable to load\n"
               "      because: line 3\n"
-              "      because: first\n"
-              "               second\n"
+              "      because: B\u00fchne\n"
               "  - units: none\n");
+}
+
+TEST(DisplayDescriptionPrinter, NoTextOfADisplayMakesALineOfItsOwn) {
+    DisplayDescription description;
+    description.facts = {{"display", "a\nb\x1b[2J.xml"}};
+    description.channels = {{"L\u2028eft", "A\nB", "1 x 1", "map \u202efdp", "none"}};
+    description.faults = {{"channel\nLeft", "no\tmap", {"first\nsecond"}}};
+    EXPECT_EQ(printed(description),
+              "display  a\\nb\\x1b[2J.xml\n"
+              "\n"
+              "channel     projector  picture  targets by      device\n"
+              "L\\u2028eft  A\\nB       1 x 1    map \\u202efdp  none\n"
+              "\n"
+              "1 fault:\n"
+              "  - channel\\nLeft: no\\x09map\n"
+              "      because: first\\nsecond\n");
 }
 
 }  // namespace

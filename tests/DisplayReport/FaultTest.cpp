@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
 #include <stdexcept>
 
 namespace {
@@ -44,6 +45,19 @@ TEST(Fault, TellsEveryNestedCauseOutermostFirst) {
     const Fault fault = faultOf("screen", outer);
     EXPECT_EQ(fault.what, "no screen");
     EXPECT_THAT(fault.causes, ElementsAre("line 3", "disk"));
+}
+
+TEST(Fault, TooLittleMemoryIsNone) {
+    EXPECT_THROW(faultOf("screen", std::make_exception_ptr(std::bad_alloc())), std::bad_alloc);
+    try {
+        try {
+            throw std::bad_alloc();
+        } catch (...) {
+            std::throw_with_nested(VeltraniMissingFileException(L"no screen"));
+        }
+    } catch (...) {
+        EXPECT_THROW(faultOf("screen", std::current_exception()), VeltraniMissingFileException);
+    }
 }
 
 TEST(Fault, ToleratesAnythingThrown) {

@@ -9,6 +9,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -32,6 +33,30 @@ std::optional<ObjLoadException> faultOf(const std::string& text) {
     return std::nullopt;
 }
 
+/// What follows each text of what is expected.
+std::string remedyFor(const std::string& expected) {
+    static const std::vector<std::pair<std::string, std::string>> REMEDIES{
+        {"a finite number", "write it as in -1.25 or 1e-3"},
+        {"a vertex of", "give x, y and z, with or without a weight and a colour"},
+        {"a texture coordinate of", "give s and t"},
+        {"a normal of", "give x, y and z"},
+        {"a face of at least 3", "give its corners on one line, or remove it"},
+        {"a face of at most", "cut it into smaller faces where the mesh was made"},
+        {"faces that can be cut", "cut it into smaller faces where the mesh was made"},
+        {"a corner such as", "give the number of a vertex, with or without those of a texture coordinate and a normal"},
+        {" index other than 0", "correct the index; one that counts from 0 is one too small"},
+        {" index no further back", "correct the index, or put what it refers to before this line"},
+        {" index no greater than", "correct the index, or export the file again if it is cut off"},
+        {" index up to", "correct the index"},
+        {"text without NUL bytes", "save the mesh as an OBJ file of text"}};
+    for (const auto& [part, remedy] : REMEDIES) {
+        if (expected.find(part) != std::string::npos) {
+            return remedy;
+        }
+    }
+    return "no remedy is known for this";
+}
+
 void expectFault(const std::string& text, std::size_t line, const std::string& found, const std::string& expected) {
     SCOPED_TRACE(text.substr(0, 200));
     const auto fault = faultOf(text);
@@ -39,8 +64,8 @@ void expectFault(const std::string& text, std::size_t line, const std::string& f
     EXPECT_EQ(fault->line, line);
     EXPECT_EQ(fault->found, found);
     EXPECT_EQ(fault->expected, expected);
-    EXPECT_EQ(std::string(fault->what()),
-              "line " + std::to_string(line) + ": found \"" + found + "\", expected " + expected);
+    EXPECT_EQ(std::string(fault->what()), "line " + std::to_string(line) + ": found \"" + found + "\", expected " +
+                                              expected + "; " + remedyFor(expected));
 }
 
 std::string replaced(std::string text, const std::string& what, const std::string& by) {
@@ -182,6 +207,7 @@ TEST(ObjReaderFaults, RefusesFacesOfTooManyCorners) {
     ASSERT_TRUE(fault.has_value());
     EXPECT_EQ(fault->line, 5U);
     EXPECT_EQ(fault->expected, "a face of at most 1000000 corners");
+    EXPECT_EQ(fault->remedy, remedyFor(fault->expected));
 }
 
 /// A comb of so many teeth that cutting it would take longer than a test may.
@@ -200,6 +226,7 @@ TEST(ObjReaderFaults, RefusesFacesThatWouldTakeForever) {
     ASSERT_TRUE(fault.has_value());
     EXPECT_EQ(fault->line, 2U * TEETH + 6U);
     EXPECT_EQ(fault->found, "a face of 400003 corners");
+    EXPECT_EQ(fault->remedy, remedyFor(fault->expected));
 }
 
 TEST(ObjReaderFaults, EveryPrefixIsReadOrRefusedWithALineOfItsOwn) {
@@ -213,6 +240,7 @@ TEST(ObjReaderFaults, EveryPrefixIsReadOrRefusedWithALineOfItsOwn) {
             EXPECT_GE(fault->line, 1U);
             EXPECT_LE(fault->line, 13U);
             EXPECT_THAT(fault->what(), HasSubstr(fault->expected));
+            EXPECT_EQ(fault->remedy, remedyFor(fault->expected));
         } else {
             ++read;
         }

@@ -62,6 +62,35 @@ std::string compressed(const std::vector<Position>& points) {
            bytes(static_cast<std::uint32_t>(columns.size())) + runs;
 }
 
+std::string file(const std::vector<Column>& columns, std::string_view data) {
+    std::string names = "FIELDS";
+    std::string sizes = "SIZE";
+    std::string types = "TYPE";
+    std::string compressible;
+    for (const Column& column : columns) {
+        names += ' ' + column.name;
+        sizes += ' ' + std::to_string(column.size);
+        types += std::string(" ") + column.type;
+        compressible += column.bytes;
+    }
+    const std::size_t points = columns.front().words.size();
+    const std::string number = std::to_string(points);
+    std::string text = names + '\n' + sizes + '\n' + types + "\nWIDTH " + number + "\nHEIGHT 1\nPOINTS " + number +
+                       "\nDATA " + std::string(data) + '\n';
+    if (data == "binary_compressed") {
+        const std::string runs = copiedRuns(compressible);
+        return text + bytes(static_cast<std::uint32_t>(runs.size())) +
+               bytes(static_cast<std::uint32_t>(compressible.size())) + runs;
+    }
+    for (std::size_t i = 0; i < points; ++i) {
+        for (const Column& column : columns) {
+            text += data == "ascii" ? column.words[i] + ' ' : column.bytes.substr(i * column.size, column.size);
+        }
+        text += data == "ascii" ? "\n" : "";
+    }
+    return text;
+}
+
 std::string copiedRuns(std::string_view data) {
     constexpr std::size_t LONGEST_RUN = 32;
     std::string runs;

@@ -1,7 +1,6 @@
 #include "ScreenManager/detail/PcdCheck.h"
 
 #include "Common/VeltraniException.h"
-#include "ScreenManager/detail/PcdHeader.h"
 #include "ScreenManager/detail/PcdText.h"
 
 #include <algorithm>
@@ -86,17 +85,9 @@ bool continuesHeader(const RegularFile& file, std::size_t offset) {
     return false;
 }
 
-[[noreturn]] void fail(const std::wstring& reason) {
-    throw VeltraniParseException(reason);
-}
-
-std::wstring wide(std::string_view ascii) {
-    return {ascii.begin(), ascii.end()};
-}
-
 PcdHeader readHeader(const RegularFile& file) {
     if (file.size() == 0) {
-        fail(L"the file is empty");
+        PcdText::fail("an empty file", "a point cloud", "export the cloud again");
     }
     std::string beginning(std::min(file.size(), LARGEST_HEADER), '\0');
     beginning.resize(file.readAt(0, beginning.data(), beginning.size()));
@@ -107,19 +98,19 @@ bool isCoordinateName(std::string_view name) {
     return name == "x" || name == "y" || name == "z";
 }
 
-void checkCoordinates(const PcdHeader& header) {
-    for (const std::string_view name : {"x", "y", "z"}) {
-        const auto isNamed = [=](const PcdHeader::Field& field) { return field.name == name; };
-        const auto& fields = header.fields();
-        if (std::count_if(fields.begin(), fields.end(), isNamed) != 1) {
-            fail(L"FIELDS must name " + wide(name) + L" once");
-        }
-        const PcdHeader::Field& field = *std::find_if(fields.begin(), fields.end(), isNamed);
-        if (field.type != 'F' || field.size != 4 || field.count != 1) {
-            fail(L"field " + wide(name) + L" must have TYPE F, SIZE 4 and COUNT 1, but has TYPE " +
-                 std::wstring(1, static_cast<wchar_t>(field.type)) + L", SIZE " + std::to_wstring(field.size) +
-                 L" and COUNT " + std::to_wstring(field.count));
-        }
+void checkCoordinate(const PcdHeader& header, const std::string& name) {
+    const auto isNamed = [&name](const PcdHeader::Field& field) { return field.name == name; };
+    const auto& fields = header.fields();
+    const auto times = std::count_if(fields.begin(), fields.end(), isNamed);
+    if (times != 1) {
+        PcdText::fail(times == 0 ? "no field " + name : "field " + name + " " + std::to_string(times) + " times",
+                      "it once in FIELDS", "export the cloud with one x, y and z per point");
+    }
+    const PcdHeader::Field& field = *std::find_if(fields.begin(), fields.end(), isNamed);
+    if (field.type != 'F' || field.count != 1) {
+        PcdText::fail("field " + name + " with TYPE " + field.type + ", SIZE " + std::to_string(field.size) +
+                          " and COUNT " + std::to_string(field.count),
+                      "TYPE F, SIZE 4 or 8 and COUNT 1", "export the coordinates as floating-point numbers");
     }
 }
 
@@ -135,14 +126,16 @@ std::vector<bool> coordinateElements(const PcdHeader& header) {
 void checkAsciiLine(std::string_view line, std::size_t number, const std::vector<bool>& isCoordinate) {
     const std::vector<std::string_view> words = PcdText::split(line);
     if (words.size() != isCoordinate.size()) {
-        PcdText::fail(number, std::to_string(words.size()) + " values", std::to_string(isCoordinate.size()));
+        PcdText::fail(number, std::to_string(words.size()) + " values", std::to_string(isCoordinate.size()),
+                      "give every point one value per field");
     }
     for (std::size_t i = 0; i < words.size(); ++i) {
         if (isCoordinate[i] && !PcdText::isCoordinate(words[i])) {
-            PcdText::fail(number, words[i], "a finite number with a decimal point, or nan");
+            PcdText::fail(number, words[i], "a number of single precision with a decimal point, nan or inf",
+                          "write it as in -1.25 or 1e-3, in a larger unit where it is too large");
         }
         if (!isCoordinate[i] && !PcdText::isNumber(words[i])) {
-            PcdText::fail(number, words[i], "a number with a decimal point");
+            PcdText::fail(number, words[i], "a number with a decimal point", "write it as in -1.25 or 1e-3");
         }
     }
 }
@@ -150,7 +143,8 @@ void checkAsciiLine(std::string_view line, std::size_t number, const std::vector
 void checkAscii(const RegularFile& file, const PcdHeader& header) {
     // A digit and a separator per value, but for the very last separator.
     if (header.points() * header.elementsPerPoint() * 2 > file.size() - header.bodyOffset() + 1) {
-        fail(L"the file is too short for " + std::to_wstring(header.points()) + L" points");
+        PcdText::fail(std::to_string(file.size() - header.bodyOffset()) + " bytes of data",
+                      std::to_string(header.points()) + " points", PcdText::EXPORT_AGAIN);
     }
     const std::string text = file.readAll();
     const std::vector<bool> isCoordinate = coordinateElements(header);
@@ -167,14 +161,14 @@ void checkAscii(const RegularFile& file, const PcdHeader& header) {
         start = end + 1;
     }
     if (points < header.points()) {
-        fail(L"the file ends after " + std::to_wstring(points) + L" of " + std::to_wstring(header.points()) +
-             L" points");
+        PcdText::fail(std::to_string(points) + " points", std::to_string(header.points()), PcdText::EXPORT_AGAIN);
     }
 }
 
 void requireBytes(const RegularFile& file, std::uint64_t needed) {
     if (needed > file.size()) {
-        fail(L"the file has " + std::to_wstring(file.size()) + L" bytes but needs " + std::to_wstring(needed));
+        PcdText::fail("a file of " + std::to_string(file.size()) + " bytes", std::to_string(needed),
+                      PcdText::EXPORT_AGAIN);
     }
 }
 
@@ -193,48 +187,47 @@ void checkCompressed(const RegularFile& file, const PcdHeader& header) {
 
     for (const PcdHeader::Field& field : header.fields()) {
         if (field.name == "_") {
-            fail(L"compressed data must not have padding fields (\"_\")");
+            PcdText::fail("padding (\"_\") in compressed data", "fields with names", "export the cloud as DATA binary");
         }
     }
     if (compressed == 0) {
-        fail(L"the compressed data are empty");
+        PcdText::fail("0 bytes of compressed data", "some", PcdText::EXPORT_AGAIN);
     }
     const std::uint64_t needed = header.points() * header.bytesPerPoint();
     if (uncompressed != needed) {
-        fail(L"the compressed data hold " + std::to_wstring(uncompressed) + L" bytes but the points need " +
-             std::to_wstring(needed));
+        PcdText::fail("compressed data for " + std::to_string(uncompressed) + " bytes",
+                      std::to_string(needed) + " for the points", PcdText::EXPORT_AGAIN);
     }
     requireBytes(file, header.bodyOffset() + sizeof(sizes) + compressed);
     if (uncompressed > compressed * LARGEST_EXPANSION) {
-        fail(L"the compressed data are too short for " + std::to_wstring(uncompressed) + L" bytes");
-    }
-}
-
-void check(const RegularFile& file) {
-    const PcdHeader header = readHeader(file);
-    checkCoordinates(header);
-    if (continuesHeader(file, header.bodyOffset())) {
-        fail(L"the data begin like a header line");
-    }
-    switch (header.data()) {
-        case PcdHeader::Data::ASCII:
-            return checkAscii(file, header);
-        case PcdHeader::Data::BINARY:
-            return checkBinary(file, header);
-        case PcdHeader::Data::BINARY_COMPRESSED:
-            return checkCompressed(file, header);
+        PcdText::fail(std::to_string(compressed) + " bytes of compressed data",
+                      "enough for " + std::to_string(uncompressed) + " bytes of points", PcdText::EXPORT_AGAIN);
     }
 }
 
 }  // namespace
 
-std::wstring PcdCheck::findFault(const RegularFile& file) {
-    try {
-        check(file);
-    } catch (const VeltraniParseException& fault) {
-        return fault.message;
+PcdHeader PcdCheck::check(const RegularFile& file) {
+    PcdHeader header = readHeader(file);
+    for (const char* name : {"x", "y", "z"}) {
+        checkCoordinate(header, name);
     }
-    return {};
+    if (continuesHeader(file, header.bodyOffset())) {
+        PcdText::fail("data that begin like a header line", "points",
+                      "export the cloud with another of the three kinds of DATA");
+    }
+    switch (header.data()) {
+        case PcdHeader::Data::ASCII:
+            checkAscii(file, header);
+            break;
+        case PcdHeader::Data::BINARY:
+            checkBinary(file, header);
+            break;
+        case PcdHeader::Data::BINARY_COMPRESSED:
+            checkCompressed(file, header);
+            break;
+    }
+    return header;
 }
 
 }  // namespace Veltrani

@@ -20,6 +20,12 @@ constexpr std::array<std::string_view, 10> NAMES{"VERSION", "FIELDS", "SIZE",   
 /// What FIELDS was called in the first versions of the format.
 constexpr std::string_view OLD_NAME_OF_FIELDS = "COLUMNS";
 
+constexpr const char* NAME_A_CLOUD = "name a point cloud in the format PCD, or export it again";
+constexpr const char* ADD_LINE = "add the line, or export the cloud again";
+constexpr const char* PUT_IN_ORDER =
+    "put the lines in the order FIELDS, SIZE, TYPE, COUNT, WIDTH, HEIGHT, VIEWPOINT, POINTS, DATA";
+constexpr const char* CORRECT_VIEWPOINT = "write VIEWPOINT 0 0 0 1 0 0 0, or remove the line";
+
 /// Which sizes a type has: the letter, then its sizes in bytes.
 struct TypeSizes {
     char type;
@@ -39,7 +45,7 @@ PcdHeader::PcdHeader(std::string_view text) {
     while (!m_seen[DATA]) {
         const std::size_t end = text.find('\n', m_bodyOffset);
         if (end == std::string_view::npos) {
-            throw VeltraniParseException(L"the header has no complete DATA line");
+            PcdText::fail("no complete DATA line", "a header that ends in one", NAME_A_CLOUD);
         }
         ++m_line;
         readLine(text.substr(m_bodyOffset, end - m_bodyOffset));
@@ -73,7 +79,7 @@ void PcdHeader::readLine(std::string_view line) {
     const Words words = PcdText::split(line);
     if (words.empty() && !line.empty()) {
         // The reader skips a line without any character but takes one of blanks for the end of the header.
-        fail("a line of blanks", "a line of a PCD header");
+        fail("a line of blanks", "a line of a PCD header", "remove the line");
     }
     if (words.empty() || words[0].starts_with('#')) {
         return;
@@ -81,7 +87,7 @@ void PcdHeader::readLine(std::string_view line) {
     const std::string_view name = words[0] == OLD_NAME_OF_FIELDS ? NAMES[FIELDS] : words[0];
     const auto known = std::find(NAMES.begin(), NAMES.end(), name);
     if (known == NAMES.end()) {
-        fail(words[0], "a keyword of a PCD header");
+        fail(words[0], "a keyword of a PCD header", NAME_A_CLOUD);
     }
     const auto keyword = static_cast<Keyword>(known - NAMES.begin());
     checkPlace(keyword, words[0]);
@@ -117,18 +123,18 @@ void PcdHeader::readLine(std::string_view line) {
 // A reader lays out a point as the lines come and reserves the cloud at POINTS: another order breaks it.
 void PcdHeader::checkPlace(Keyword keyword, std::string_view word) {
     if (m_seen[keyword]) {
-        fail(word, "one such line only");
+        fail(word, "one such line only", "remove one of the two");
     }
     if (keyword >= FIELDS && keyword <= COUNT) {
         if (m_seen[POINTS]) {
-            fail(word, "this line before POINTS");
+            fail(word, "this line before POINTS", PUT_IN_ORDER);
         }
         if (keyword != FIELDS && !m_seen[keyword - 1]) {
-            fail(word, std::string(NAMES[keyword - 1]) + " before this line");
+            fail(word, std::string(NAMES[keyword - 1]) + " before this line", PUT_IN_ORDER);
         }
     }
     if (keyword == POINTS && !m_seen[FIELDS]) {
-        fail(word, "FIELDS before this line");
+        fail(word, "FIELDS before this line", PUT_IN_ORDER);
     }
 }
 
@@ -139,7 +145,7 @@ void PcdHeader::readFields(const Words& words) {
         m_fields.push_back(std::move(field));
     }
     if (m_fields.empty()) {
-        fail(words[0], "the names of the fields");
+        fail(words[0], "the names of the fields", "name x, y, z and what else a point has");
     }
 }
 
@@ -156,7 +162,8 @@ void PcdHeader::readTypes(const Words& words) {
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
         const std::string_view type = words[i + 1];
         if (type.size() != 1 || !typeHasSize(type[0], m_fields[i].size)) {
-            fail(type, "a type of " + std::to_string(m_fields[i].size) + " bytes: F, I, U or B");
+            fail(type, "a type of " + std::to_string(m_fields[i].size) + " bytes: F, I, U or B",
+                 "correct SIZE or TYPE: F has 4 or 8 bytes, I and U 1, 2, 4 or 8, B 1");
         }
         m_fields[i].type = type[0];
     }
@@ -172,11 +179,11 @@ void PcdHeader::readCounts(const Words& words) {
 void PcdHeader::readViewpoint(const Words& words) const {
     constexpr std::size_t NUMBERS = 7;
     if (words.size() != NUMBERS + 1) {
-        fail(std::to_string(words.size() - 1) + " values", "7: tx ty tz qw qx qy qz");
+        fail(std::to_string(words.size() - 1) + " values", "7: tx ty tz qw qx qy qz", CORRECT_VIEWPOINT);
     }
     for (std::size_t i = 1; i < words.size(); ++i) {
         if (!PcdText::isNumber(words[i])) {
-            fail(words[i], "a number with a decimal point");
+            fail(words[i], "a number with a decimal point", CORRECT_VIEWPOINT);
         }
     }
 }
@@ -185,7 +192,8 @@ void PcdHeader::readData(const Words& words) {
     constexpr std::array<std::string_view, 3> KINDS{"ascii", "binary", "binary_compressed"};
     const auto kind = words.size() == 2 ? std::find(KINDS.begin(), KINDS.end(), words[1]) : KINDS.end();
     if (kind == KINDS.end()) {
-        fail(words.size() > 1 ? words[1] : words[0], "DATA ascii, binary or binary_compressed");
+        fail(words.size() > 1 ? words[1] : words[0], "DATA ascii, binary or binary_compressed",
+             "name the kind that the data are of");
     }
     m_data = static_cast<Data>(kind - KINDS.begin());
 }
@@ -193,49 +201,53 @@ void PcdHeader::readData(const Words& words) {
 std::uint64_t PcdHeader::readNumber(std::string_view word, std::uint64_t least, std::uint64_t most) const {
     std::uint64_t number = 0;
     if (!PcdText::readWhole(word, number) || number < least || number > most) {
-        fail(word, "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+        fail(word, "a whole number from " + std::to_string(least) + " to " + std::to_string(most),
+             "correct the number, or export the cloud again");
     }
     return number;
 }
 
 std::uint64_t PcdHeader::readSingleNumber(const Words& words) const {
     if (words.size() != 2) {
-        fail(std::to_string(words.size() - 1) + " values", "1");
+        fail(std::to_string(words.size() - 1) + " values", "1", "give one number");
     }
     return readNumber(words[1], 0, MOST_POINTS);
 }
 
 void PcdHeader::requireOnePerField(const Words& words) const {
     if (words.size() - 1 != m_fields.size()) {
-        fail(std::to_string(words.size() - 1) + " values", std::to_string(m_fields.size()) + ", one per field");
+        fail(std::to_string(words.size() - 1) + " values", std::to_string(m_fields.size()) + ", one per field",
+             "give as many as FIELDS has names");
     }
 }
 
 void PcdHeader::checkWhole() const {
     if (!m_seen[FIELDS]) {
-        throw VeltraniParseException(L"the header has no FIELDS line");
+        PcdText::fail("no FIELDS line", "FIELDS with x, y and z", ADD_LINE);
     }
     if (!m_seen[POINTS]) {
-        throw VeltraniParseException(L"the header has no POINTS line");
+        PcdText::fail("no POINTS line", "POINTS with their number", ADD_LINE);
     }
     if (m_seen[SIZE] != m_seen[TYPE]) {
-        throw VeltraniParseException(L"the header has a SIZE line but no TYPE line");
+        PcdText::fail("a SIZE line but no TYPE line", "both or neither", ADD_LINE);
     }
     if (m_seen[HEIGHT] && !m_seen[WIDTH]) {
-        throw VeltraniParseException(L"the header has a HEIGHT line but no WIDTH line");
+        PcdText::fail("a HEIGHT line but no WIDTH line", "both", ADD_LINE);
     }
     // Both factors are below 2^31, so the product fits.
     if (m_seen[WIDTH] && m_width * m_height != m_points) {
-        throw VeltraniParseException(L"WIDTH " + std::to_wstring(m_width) + L" x HEIGHT " + std::to_wstring(m_height) +
-                                     L" is not POINTS " + std::to_wstring(m_points));
+        PcdText::fail("WIDTH " + std::to_string(m_width) + " x HEIGHT " + std::to_string(m_height) + " and POINTS " +
+                          std::to_string(m_points),
+                      "as many points", "correct the header, or export the cloud again");
     }
     if (m_fields.size() > LARGEST_POINT || bytesPerPoint() > LARGEST_POINT) {
-        throw VeltraniParseException(L"a point has more than " + std::to_wstring(LARGEST_POINT) + L" bytes");
+        PcdText::fail("points of more than " + std::to_string(LARGEST_POINT) + " bytes", "at most that many",
+                      "leave out the fields that are not needed");
     }
 }
 
-void PcdHeader::fail(std::string_view found, const std::string& expected) const {
-    PcdText::fail(m_line, found, expected);
+void PcdHeader::fail(std::string_view found, const std::string& expected, const std::string& remedy) const {
+    PcdText::fail(m_line, found, expected, remedy);
 }
 
 }  // namespace Veltrani

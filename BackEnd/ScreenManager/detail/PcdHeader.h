@@ -28,7 +28,7 @@ public:
     enum class Data { ASCII, BINARY, BINARY_COMPRESSED };
 
     /// @param text the file, or as much of its beginning as can hold a header
-    /// Throws `VeltraniParseException` whose message names the line, what was found and what was expected.
+    /// Throws `VeltraniParseException` whose message names the line, what was found, what was expected and a remedy.
     explicit PcdHeader(std::string_view text);
 
     [[nodiscard]] const std::vector<Field>& fields() const { return m_fields; }
@@ -62,7 +62,7 @@ private:
     [[nodiscard]] std::uint64_t readSingleNumber(const Words& words) const;
     void requireOnePerField(const Words& words) const;
     void checkWhole() const;
-    [[noreturn]] void fail(std::string_view found, const std::string& expected) const;
+    [[noreturn]] void fail(std::string_view found, const std::string& expected, const std::string& remedy) const;
 
     std::vector<Field> m_fields;
     std::uint64_t m_width = 0;

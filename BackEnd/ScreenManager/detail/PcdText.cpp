@@ -1,5 +1,6 @@
 #include "ScreenManager/detail/PcdText.h"
 
+#include "Common/DecimalText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 
@@ -7,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <system_error>
 
 namespace Veltrani {
@@ -15,22 +17,22 @@ namespace {
 
 constexpr std::string_view SEPARATORS = " \t\r";
 
-/// std::from_chars takes no plus sign, which other writers put.
-std::string_view withoutPlus(std::string_view word) {
-    return word.size() > 1 && word[0] == '+' && word[1] != '-' ? word.substr(1) : word;
+/// Without regard to case; `lower` in small letters of ASCII.
+bool startsWith(std::string_view word, std::string_view lower) {
+    return word.size() >= lower.size() && std::equal(lower.begin(), lower.end(), word.begin(), [](char a, char b) {
+               return a == (b >= 'A' && b <= 'Z' ? b - 'A' + 'a' : b);
+           });
 }
 
-/// False unless the whole word is a number that a double holds.
-bool readDouble(std::string_view word, double& number) {
-    word = withoutPlus(word);
-    const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), number);
-    return fault == std::errc() && end == word.data() + word.size();
+bool isSame(std::string_view word, std::string_view lower) {
+    return word.size() == lower.size() && startsWith(word, lower);
 }
 
-bool isNan(std::string_view word) {
-    constexpr std::string_view NAN_TEXT = "nan";
-    return std::equal(word.begin(), word.end(), NAN_TEXT.begin(), NAN_TEXT.end(),
-                      [](char a, char b) { return static_cast<char>(a | 0x20) == b; });
+/// What may stand between the brackets of "nan(...)".
+bool isPayload(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    });
 }
 
 /// Shortened, and without bytes that would break a line of a log.
@@ -56,13 +58,24 @@ std::vector<std::string_view> PcdText::split(std::string_view line) {
 }
 
 bool PcdText::isNumber(std::string_view word) {
-    double number = 0;
-    return readDouble(word, number);
+    return isNotFinite(word) || parseFinite(word).has_value();
 }
 
 bool PcdText::isCoordinate(std::string_view word) {
-    double number = 0;
-    return isNan(word) || (readDouble(word, number) && std::abs(number) <= std::numeric_limits<float>::max());
+    const std::optional<double> number = parseFinite(word);
+    return number ? std::abs(*number) <= std::numeric_limits<float>::max() : isNotFinite(word);
+}
+
+bool PcdText::isNotFinite(std::string_view word) {
+    if (word.starts_with('+') || word.starts_with('-')) {
+        word.remove_prefix(1);
+    }
+    if (isSame(word, "nan") || isSame(word, "inf") || isSame(word, "infinity")) {
+        return true;
+    }
+    constexpr std::string_view OPENING = "nan(";
+    return startsWith(word, OPENING) && word.ends_with(')') &&
+           isPayload(word.substr(OPENING.size(), word.size() - OPENING.size() - 1));
 }
 
 bool PcdText::readWhole(std::string_view word, std::uint64_t& number) {
@@ -70,9 +83,13 @@ bool PcdText::readWhole(std::string_view word, std::uint64_t& number) {
     return fault == std::errc() && end == word.data() + word.size();
 }
 
-void PcdText::fail(std::size_t line, std::string_view found, const std::string& expected) {
-    throw VeltraniParseException(
-        fromUtf8("line " + std::to_string(line) + ": found \"" + printable(found) + "\", expected " + expected));
+void PcdText::fail(std::size_t line, std::string_view found, const std::string& expected, const std::string& remedy) {
+    throw VeltraniParseException(fromUtf8("line " + std::to_string(line) + ": found \"" + printable(found) +
+                                          "\", expected " + expected + "; " + remedy));
+}
+
+void PcdText::fail(const std::string& found, const std::string& expected, const std::string& remedy) {
+    throw VeltraniParseException(fromUtf8("found " + found + ", expected " + expected + "; " + remedy));
 }
 
 }  // namespace Veltrani

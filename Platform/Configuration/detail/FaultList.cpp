@@ -12,8 +12,8 @@ namespace Veltrani {
 namespace {
 
 std::string lineOf(const std::string& document, const FaultList::Fault& fault) {
-    return concatenated({onOneLine(document), ":", std::to_string(fault.line), ": <", fault.element, ">: found ",
-                         fault.found, ", expected ", fault.expected, "; ", fault.remedy});
+    return onOneLine(concatenated({document, ":", std::to_string(fault.line), ": <", fault.element, ">: found ",
+                                   fault.found, ", expected ", fault.expected, "; ", fault.remedy}));
 }
 
 }  // namespace
@@ -39,7 +39,7 @@ std::wstring FaultList::message() const {
     if (m_count > m_faults.size()) {
         text += concatenated({"\n(and ", std::to_string(m_count - m_faults.size()), " more faults)"});
     }
-    return fromUtf8OrBytes(text);
+    return fromUtf8(text);
 }
 
 void FaultList::throwIfAny() const {

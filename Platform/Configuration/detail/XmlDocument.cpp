@@ -26,6 +26,11 @@ constexpr const char* ROOT = "Display";
 // No entity is replaced, nothing is fetched, and lines count beyond 65535.
 constexpr int OPTIONS = XML_PARSE_NONET | XML_PARSE_BIG_LINES | XML_PARSE_NODICT;
 
+struct FreeDocument {
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+using OwnedDocument = std::unique_ptr<xmlDoc, FreeDocument>;
+
 struct FreeContext {
     void operator()(xmlParserCtxt* context) const {
         // A document that the caller did not take dies with its parser.
@@ -40,6 +45,7 @@ struct FreeContext {
 struct Findings {
     std::optional<Fault> end;
     std::vector<Fault> undeclared;
+    bool isOutOfMemory = false;
 };
 
 Findings& findingsOf(void* context) {
@@ -63,7 +69,9 @@ bool isFault(const xmlError& error) {
 
 void onError(void* context, xmlErrorPtr error) {
     Findings& findings = findingsOf(context);
-    if (findings.end || !isFault(*error)) {
+    // No fault of the document, which would otherwise seem to end here.
+    findings.isOutOfMemory = findings.isOutOfMemory || error->code == XML_ERR_NO_MEMORY;
+    if (findings.isOutOfMemory || findings.end || !isFault(*error)) {
         return;
     }
     const std::string_view message = error->message == nullptr ? "unknown" : error->message;
@@ -170,6 +178,7 @@ bool report(Findings& findings, FaultList& faults) {
 
 /// The document, owned by the caller; null when faults were added.
 xmlDoc* read(std::string_view text, FaultList& faults) {
+    const Xml::MemoryWatch memory;
     const std::unique_ptr<xmlParserCtxt, FreeContext> context(xmlNewParserCtxt());
     if (context == nullptr) {
         throw std::bad_alloc();
@@ -179,17 +188,19 @@ xmlDoc* read(std::string_view text, FaultList& faults) {
     context->sax->serror = onError;
     context->sax->internalSubset = onDocumentType;
     context->sax->startElementNs = onStartElement;
-    xmlDoc* const document =
-        xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, OPTIONS);
+    OwnedDocument document(
+        xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, OPTIONS));
+    memory.requireEnough();
+    if (findings.isOutOfMemory || context->errNo == XML_ERR_NO_MEMORY) {
+        throw std::bad_alloc();
+    }
     if (report(findings, faults)) {
-        xmlFreeDoc(document);
         return nullptr;
     }
-    if (document == nullptr || xmlDocGetRootElement(document) == nullptr) {
-        xmlFreeDoc(document);
+    if (document == nullptr || xmlDocGetRootElement(document.get()) == nullptr) {
         throw std::bad_alloc();  // the only failure that the parser does not report
     }
-    return document;
+    return document.release();
 }
 
 }  // namespace
@@ -222,11 +233,14 @@ xmlNode* XmlDocument::root() const {
 std::string XmlDocument::text() const {
     xmlChar* bytes = nullptr;
     int size = 0;
+    const Xml::MemoryWatch memory;
     xmlDocDumpMemoryEnc(m_document.get(), &bytes, &size, "UTF-8");
-    if (bytes == nullptr) {
+    const std::unique_ptr<xmlChar, void (*)(xmlChar*)> owned(bytes, [](xmlChar* text) { xmlFree(text); });
+    // A document that is cut off where memory ran out must never be saved.
+    memory.requireEnough();
+    if (owned == nullptr) {
         throw std::bad_alloc();
     }
-    const std::unique_ptr<xmlChar, void (*)(xmlChar*)> owned(bytes, [](xmlChar* memory) { xmlFree(memory); });
     return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)};
 }
 

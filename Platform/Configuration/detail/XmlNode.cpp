@@ -20,9 +20,13 @@ struct FreeBuffer {
 struct FreeDocument {
     void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
+struct FreeNode {
+    void operator()(xmlNode* node) const { xmlFreeNode(node); }
+};
 using OwnedText = std::unique_ptr<xmlChar, FreeText>;
 using OwnedBuffer = std::unique_ptr<xmlBuffer, FreeBuffer>;
 using OwnedDocument = std::unique_ptr<xmlDoc, FreeDocument>;
+using OwnedNode = std::unique_ptr<xmlNode, FreeNode>;
 
 /// The library answers null when memory ran out.
 template <class T>
@@ -46,15 +50,45 @@ void removeContent(xmlNode* element) {
     }
 }
 
+/// The node with everything in it, for a document; owned by the caller.
+xmlNode* copyOf(xmlNode* node, xmlDoc* document) {
+    const MemoryWatch memory;
+    OwnedNode copy(allocated(xmlDocCopyNode(node, document, 1)));
+    memory.requireEnough();
+    return copy.release();
+}
+
 std::string serialised(xmlNode* node) {
     const OwnedBuffer buffer(allocated(xmlBufferCreate()));
+    const MemoryWatch memory;
     xmlSaveCtxt* const saving = allocated(xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_NO_DECL));
     xmlSaveTree(saving, node);
     xmlSaveClose(saving);
+    memory.requireEnough();
     return std::string(view(xmlBufferContent(buffer.get())));
 }
 
 }  // namespace
+
+MemoryWatch::MemoryWatch() : m_previous(xmlStructuredError), m_previousContext(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(this, &note);
+}
+
+MemoryWatch::~MemoryWatch() {
+    xmlSetStructuredErrorFunc(m_previousContext, m_previous);
+}
+
+void MemoryWatch::requireEnough() const {
+    if (m_isExhausted) {
+        throw std::bad_alloc();
+    }
+}
+
+void MemoryWatch::note(void* watch, xmlErrorPtr error) {
+    if (error->code == XML_ERR_NO_MEMORY) {
+        static_cast<MemoryWatch*>(watch)->m_isExhausted = true;
+    }
+}
 
 std::string_view view(const xmlChar* text) {
     return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
@@ -87,13 +121,19 @@ int lineOf(const xmlNode* node) {
 std::optional<std::string> attribute(const xmlNode* element, const char* name) {
     const OwnedText value(xmlGetNoNsProp(mutableNode(element), chars(name)));
     if (value == nullptr) {
+        // Null stands for an attribute that is not there, and for one that there is no memory for.
+        if (xmlHasNsProp(mutableNode(element), chars(name), nullptr) != nullptr) {
+            throw std::bad_alloc();
+        }
         return std::nullopt;
     }
     return std::string(view(value.get()));
 }
 
 void setAttribute(xmlNode* element, const char* name, const std::string& value) {
+    const MemoryWatch memory;
     allocated(xmlSetNsProp(element, nullptr, chars(name), chars(value.c_str())));
+    memory.requireEnough();
 }
 
 xmlNode* child(const xmlNode* parent, std::string_view name) {
@@ -137,9 +177,8 @@ std::string innerXml(const xmlNode* element) {
     scratch->encoding = allocated(xmlStrdup(chars("UTF-8")));
     std::string text;
     for (xmlNode* node = element->children; node != nullptr; node = node->next) {
-        xmlNode* const copy = allocated(xmlDocCopyNode(node, scratch.get(), 1));
-        text += serialised(copy);
-        xmlFreeNode(copy);
+        const OwnedNode copy(copyOf(node, scratch.get()));
+        text += serialised(copy.get());
     }
     return text;
 }
@@ -147,7 +186,7 @@ std::string innerXml(const xmlNode* element) {
 void setInnerXml(xmlNode* element, const xmlNode* source) {
     removeContent(element);
     for (xmlNode* node = source->children; node != nullptr; node = node->next) {
-        xmlAddChild(element, allocated(xmlDocCopyNode(node, element->doc, 1)));
+        xmlAddChild(element, copyOf(node, element->doc));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <libxml/tree.h>
+#include <libxml/xmlerror.h>
 
 #include <optional>
 #include <string>
@@ -8,8 +9,31 @@
 #include <vector>
 
 /// Reading and changing nodes of an XML tree. Names are those of elements and attributes without a namespace: what
-/// stands in a namespace belongs to somebody else and is passed over. All text is UTF-8.
+/// stands in a namespace belongs to somebody else and is passed over. All text is UTF-8. Where memory runs out,
+/// `std::bad_alloc` is thrown and nothing is left out.
 namespace Veltrani::Xml {
+
+/// While it lives, the library keeps what it says about its trees off standard error.
+///
+/// Its functions on trees leave out what they have no memory for, a value or a whole branch, and go on as if it had
+/// never been there. That they have done so is known here alone.
+class MemoryWatch {
+public:
+    MemoryWatch();
+    ~MemoryWatch();
+    MemoryWatch(const MemoryWatch&) = delete;
+    MemoryWatch& operator=(const MemoryWatch&) = delete;
+
+    /// Throws `std::bad_alloc` when memory has run out since the start.
+    void requireEnough() const;
+
+private:
+    static void note(void* watch, xmlErrorPtr error);
+
+    xmlStructuredErrorFunc m_previous;
+    void* m_previousContext;
+    bool m_isExhausted = false;
+};
 
 [[nodiscard]] std::string_view view(const xmlChar* text);
 [[nodiscard]] const xmlChar* chars(const char* text);

@@ -7,6 +7,7 @@
 #include <libxml/parser.h>
 
 #include <algorithm>
+#include <new>
 
 namespace Veltrani::DeviceFramework2 {
 
@@ -18,6 +19,7 @@ constexpr std::size_t LONGEST_QUOTATION = 40;
 struct ParserFault {
     int line = 0;
     std::string text;
+    bool isOutOfMemory = false;
 };
 
 using Parser = std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)>;
@@ -28,6 +30,7 @@ ParserFault& faultOf(void* context) {
 
 void keepFirstFault(void* context, xmlErrorPtr error) {
     ParserFault& fault = faultOf(context);
+    fault.isOutOfMemory = fault.isOutOfMemory || error->code == XML_ERR_NO_MEMORY;
     if (fault.text.empty() && error->level >= XML_ERR_ERROR && error->domain != XML_FROM_NAMESPACE) {
         fault.line = error->line;
         fault.text = error->message != nullptr ? error->message : "not readable";
@@ -38,7 +41,7 @@ void keepFirstFault(void* context, xmlErrorPtr error) {
 /// Called where a document type begins, before any of its declarations is read.
 void refuseDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
     auto* parser = static_cast<xmlParserCtxt*>(context);
-    faultOf(context) = {xmlSAX2GetLineNumber(parser), "a document type is not allowed"};
+    faultOf(context) = {xmlSAX2GetLineNumber(parser), "a document type is not allowed", false};
     xmlStopParser(parser);
 }
 
@@ -62,13 +65,16 @@ XmlSnippet::XmlSnippet(const std::wstring& text) : m_name(nameOf(text)), m_docum
     ParserFault fault;
     const Parser parser(xmlNewParserCtxt(), &xmlFreeParserCtxt);
     if (!parser) {
-        fail(L"not enough memory");
+        throw std::bad_alloc();
     }
     parser->_private = &fault;
     parser->sax->serror = &keepFirstFault;
     parser->sax->internalSubset = &refuseDocumentType;
     m_document.reset(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()), nullptr, "UTF-8",
                                        XML_PARSE_NONET | XML_PARSE_IGNORE_ENC));
+    if (fault.isOutOfMemory) {
+        throw std::bad_alloc();
+    }
     if (!m_document || root() == nullptr || !fault.text.empty()) {
         fail(faultText(fault));
     }
@@ -96,6 +102,9 @@ std::map<std::string, std::wstring> XmlSnippet::attributesOf(const xmlNode* elem
         }
         const std::unique_ptr<xmlChar, decltype(xmlFree)> value(
             xmlNodeListGetString(element->doc, attribute->children, 1), xmlFree);
+        if (attribute->children != nullptr && value == nullptr) {
+            throw std::bad_alloc();
+        }
         attributes[reinterpret_cast<const char*>(attribute->name)] =
             value ? fromUtf8(reinterpret_cast<const char*>(value.get())) : std::wstring();
     }

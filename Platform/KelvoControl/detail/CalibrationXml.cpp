@@ -25,6 +25,7 @@ constexpr int OPTIONS = XML_PARSE_NONET | XML_PARSE_BIG_LINES;
 struct ParserFault {
     int line = 0;
     std::string text;
+    bool isOutOfMemory = false;
 };
 
 using Parser = std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)>;
@@ -36,8 +37,10 @@ ParserFault& faultOf(void* context) {
 
 void keepFirstFault(void* context, xmlErrorPtr error) {
     ParserFault& fault = faultOf(context);
+    fault.isOutOfMemory = fault.isOutOfMemory || error->code == XML_ERR_NO_MEMORY;
     if (fault.text.empty() && error->level >= XML_ERR_ERROR) {
-        fault = {std::max(error->line, 1), error->message != nullptr ? error->message : "not readable"};
+        fault.line = std::max(error->line, 1);
+        fault.text = error->message != nullptr ? error->message : "not readable";
         fault.text.erase(fault.text.find_last_not_of(BLANKS) + 1);
     }
 }
@@ -45,7 +48,7 @@ void keepFirstFault(void* context, xmlErrorPtr error) {
 /// Called where a document type begins, before any of its declarations is read.
 void refuseDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
     auto* const parser = static_cast<xmlParserCtxt*>(context);
-    faultOf(context) = {xmlSAX2GetLineNumber(parser), "a document type is not allowed"};
+    faultOf(context) = {xmlSAX2GetLineNumber(parser), "a document type is not allowed", false};
     xmlStopParser(parser);
 }
 
@@ -196,6 +199,9 @@ CalibrationContent calibrationFromXml(std::string_view text, const std::string& 
     const Document tree(
         xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, OPTIONS),
         &xmlFreeDoc);
+    if (fault.isOutOfMemory) {
+        throw std::bad_alloc();
+    }
     if (!fault.text.empty()) {
         Veltrani::throwFault(document, {fault.line, "text", "broken XML (" + Veltrani::inQuotes(fault.text) + ")",
                                         "XML as OpenCV writes it", REMEDY});

@@ -18,9 +18,13 @@ const char* configuration() {
 RTCDevice createDevice() {
     RTCDevice device = rtcNewDevice(configuration());
     if (device == nullptr) {
+        const RTCError error = rtcGetDeviceError(nullptr);
+        if (error == RTC_ERROR_OUT_OF_MEMORY) {
+            throw std::bad_alloc();
+        }
         throw VeltraniException(__FILE__, __LINE__,
-                                L"Embree cannot be started on this processor (error " +
-                                    std::to_wstring(rtcGetDeviceError(nullptr)) + L"); meshes cannot be searched");
+                                L"Embree cannot be started on this processor (error " + std::to_wstring(error) +
+                                    L"); meshes cannot be searched");
     }
     return device;
 }

@@ -115,25 +115,31 @@ void ObjCursor::skipLineEnd() {
     ++m_line;
 }
 
-void ObjCursor::failWord(std::string expected) const {
+void ObjCursor::failWord(std::string expected, std::string remedy) const {
     const char* end = m_word;
     while (!(end == m_end || *end == ' ' || *end == '\t' || *end == '#' || isLineEnd(end))) {
         ++end;
     }
-    throw ObjLoadException(m_line, quoted({m_word, static_cast<std::size_t>(end - m_word)}), std::move(expected));
+    throw ObjLoadException(m_line, quoted({m_word, static_cast<std::size_t>(end - m_word)}), std::move(expected),
+                           std::move(remedy));
 }
 
-void ObjCursor::failStatement(std::string expected) const {
+void ObjCursor::failStatement(std::string expected, std::string remedy) const {
     const char* end = m_statement;
     while (end != m_end && !isLineEnd(end)) {
         ++end;
     }
     throw ObjLoadException(m_statementLine, quoted({m_statement, static_cast<std::size_t>(end - m_statement)}),
-                           std::move(expected));
+                           std::move(expected), std::move(remedy));
+}
+
+void ObjCursor::failCorner() const {
+    failWord("a corner such as 1, 1/1, 1//1 or 1/1/1",
+             "give the number of a vertex, with or without those of a texture coordinate and a normal");
 }
 
 void ObjCursor::failNul() const {
-    throw ObjLoadException(m_line, quoted({m_at, 1}), "text without NUL bytes");
+    throw ObjLoadException(m_line, quoted({m_at, 1}), "text without NUL bytes", "save the mesh as an OBJ file of text");
 }
 
 }  // namespace KelvoScreenDetail

@@ -44,10 +44,10 @@ public:
     /// Throws unless the word ends here.
     void requireWordEnd() const;
 
-    /// Throws what stands in the current word against what should stand there.
-    [[noreturn]] void failWord(std::string expected) const;
+    /// Throws what stands in the current word against what should stand there, and the remedy.
+    [[noreturn]] void failWord(std::string expected, std::string remedy) const;
     /// Throws what stands in the current statement against what should stand there, with the line that it starts on.
-    [[noreturn]] void failStatement(std::string expected) const;
+    [[noreturn]] void failStatement(std::string expected, std::string remedy) const;
 
 private:
     static constexpr std::int64_t INDEX_LIMIT = std::int64_t{1} << 40;
@@ -58,6 +58,7 @@ private:
     void skipContinuation();
     void skipComment();
     void skipLineEnd();
+    [[noreturn]] void failCorner() const;
     [[noreturn]] void failNul() const;
 
     const char* m_at;
@@ -91,7 +92,7 @@ inline double ObjCursor::takeNumber() {
     double value = 0;
     const char* const end = DecimalNumber::parse(m_at, m_end, value);
     if (end == m_at || !endsWord(end)) {
-        failWord("a finite number with a decimal point");
+        failWord("a finite number with a decimal point", "write it as in -1.25 or 1e-3");
     }
     m_at = end;
     return value;
@@ -109,7 +110,7 @@ inline std::int64_t ObjCursor::takeIndex() {
         }
     }
     if (at == digits) {
-        failWord("a corner such as 1, 1/1, 1//1 or 1/1/1");
+        failCorner();
     }
     m_at = at;
     return negative ? -magnitude : magnitude;
@@ -123,7 +124,7 @@ inline bool ObjCursor::take(char c) {
 
 inline void ObjCursor::requireWordEnd() const {
     if (!endsWord(m_at)) {
-        failWord("a corner such as 1, 1/1, 1//1 or 1/1/1");
+        failCorner();
     }
 }
 

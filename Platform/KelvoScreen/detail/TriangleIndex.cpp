@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <memory>
+#include <new>
 
 namespace KelvoScreenDetail {
 
@@ -28,6 +30,31 @@ constexpr double PAIR_GROWTH = 0.8;
 
 /// In place of the number of a box: of a triangle that is left out, and of the second of a pair.
 constexpr std::uint32_t NO_BOX = std::numeric_limits<std::uint32_t>::max();
+
+struct Release {
+    void operator()(RTCScene scene) const { rtcReleaseScene(scene); }
+    void operator()(RTCGeometry geometry) const { rtcReleaseGeometry(geometry); }
+};
+using Scene = std::unique_ptr<RTCSceneTy, Release>;
+using Geometry = std::unique_ptr<RTCGeometryTy, Release>;
+
+/// Embree hands out null where it had no memory.
+template <class Handle>
+Handle made(Handle handle) {
+    if (handle == nullptr) {
+        throwEmbreeFault();
+        throw std::bad_alloc();
+    }
+    return handle;
+}
+
+/// Throws `std::bad_alloc` unless there is as much memory as building takes at most (measured, with a quarter more).
+/// Embree itself ends the process where its scheduler of tasks runs out of memory.
+void requireMemory(std::size_t triangles) {
+    constexpr std::size_t FIXED = std::size_t{8} << 20;
+    constexpr std::size_t PER_TRIANGLE = 120;
+    ::operator delete(::operator new(FIXED + PER_TRIANGLE * triangles));
+}
 
 struct BuildContext {
     const std::vector<Box>& boxes;
@@ -171,25 +198,25 @@ TriangleIndex::~TriangleIndex() {
 void TriangleIndex::build(const Boxes& boxes) {
     BuildContext context{boxes.boxes, boxes.numbers, m_units};
     RTCDevice device = embreeDevice();
-    m_scene = rtcNewScene(device);
-    rtcSetSceneFlags(m_scene, RTC_SCENE_FLAG_ROBUST);
-    rtcSetSceneBuildQuality(m_scene, RTC_BUILD_QUALITY_MEDIUM);
-    RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_USER);
-    rtcSetGeometryUserPrimitiveCount(geometry, static_cast<unsigned>(boxes.numbers.size()));
-    rtcSetGeometryUserData(geometry, &context);
-    rtcSetGeometryBoundsFunction(geometry, setBounds, nullptr);
-    rtcSetGeometryIntersectFunction(geometry, visitAlongRay);
-    rtcCommitGeometry(geometry);
-    rtcAttachGeometry(m_scene, geometry);
-    rtcCommitScene(m_scene);
-    rtcSetGeometryUserData(geometry, nullptr);
-    rtcReleaseGeometry(geometry);
-    try {
-        throwEmbreeFault();
-    } catch (...) {
-        rtcReleaseScene(m_scene);
-        throw;
-    }
+    requireMemory(boxes.numbers.size());
+    Scene scene(made(rtcNewScene(device)));
+    rtcSetSceneFlags(scene.get(), RTC_SCENE_FLAG_ROBUST);
+    rtcSetSceneBuildQuality(scene.get(), RTC_BUILD_QUALITY_MEDIUM);
+    const Geometry geometry(made(rtcNewGeometry(device, RTC_GEOMETRY_TYPE_USER)));
+    rtcSetGeometryUserPrimitiveCount(geometry.get(), static_cast<unsigned>(boxes.numbers.size()));
+    rtcSetGeometryUserData(geometry.get(), &context);
+    rtcSetGeometryBoundsFunction(geometry.get(), setBounds, nullptr);
+    rtcSetGeometryIntersectFunction(geometry.get(), visitAlongRay);
+    rtcCommitGeometry(geometry.get());
+    rtcAttachGeometry(scene.get(), geometry.get());
+    rtcCommitScene(scene.get());
+    rtcSetGeometryUserData(geometry.get(), nullptr);
+    // Released here or given up: a scene whose building failed may have a task that never ran, and Embree ends the
+    // process when it is destroyed.
+    RTCScene built = scene.release();
+    // A structure that was not built would be one that no ray hits.
+    throwEmbreeFault();
+    m_scene = built;
 }
 
 bool TriangleIndex::clip(const Point<double, 3>& from, const Point<double, 3>& direction, double& first,

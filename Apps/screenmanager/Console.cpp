@@ -1,0 +1,26 @@
+#include "Console.h"
+
+#include "Common/QuotedText.h"
+
+#include <iostream>
+#include <sstream>
+
+using Veltrani::onOneLine;
+
+void Console::say(const std::string& line) {
+    // In one piece: the lines of several programs at one terminal stay apart.
+    std::cerr << onOneLine(line) + '\n';
+}
+
+void Console::sayLines(const std::string& lines) {
+    std::istringstream text(lines);
+    std::string shown;
+    for (std::string line; std::getline(text, line);) {
+        shown += onOneLine(line) + '\n';
+    }
+    std::cerr << shown;
+}
+
+void Console::print(const std::string& line) {
+    std::cout << onOneLine(line) << '\n';
+}
