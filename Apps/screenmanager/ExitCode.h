@@ -3,7 +3,7 @@
 /// What the program answers to the shell. Documented in its manual page.
 enum ExitCode : int {
     EXIT_ALL_RIGHT = 0,  ///< everything was done and nothing is wrong
-    /// done, but something is missing: `check` found faults, a channel got no grid of targets or lights nothing, no
+    /// done, but something is missing: `check` found faults, a channel got no targets or lights nothing, no
     /// point was mapped, a projector is missing, not ready or failed
     EXIT_INCOMPLETE = 1,
     EXIT_USAGE = 2,     ///< the command line is wrong, or names a channel that the display does not have

@@ -48,7 +48,7 @@ std::optional<P2> inFisheye(const P3& direction) {
     if (!(angle <= PI / 2 + EDGE_TOLERANCE)) {
         return std::nullopt;
     }
-    const double perUnit = aside > 0 ? angle / PI / aside : 0;
+    const double perUnit = aside > 0 ? std::min(angle, PI / 2) / PI / aside : 0;
     return P2{0.5 + perUnit * direction[0], 0.5 + perUnit * direction[2]};
 }
 

@@ -25,7 +25,7 @@ struct ChannelTargets {
     std::string projectorId;       ///< UTF-8
     std::vector<GridTarget> grid;  ///< those that lie on the screen, by column, then row
     std::vector<Point<double, 3>>
-        boundary;  ///< the outline, from the top left corner to the right; those on the screen
+        boundary;  ///< the outline, in the order of the channel's locator; those on the screen
     std::size_t gridMissed = 0;
     std::size_t boundaryMissed = 0;
     std::string fault;   ///< why the channel has no targets; empty when it has some

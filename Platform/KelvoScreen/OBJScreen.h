@@ -10,7 +10,8 @@
 class OBJScreen : public MeshScreen {
 public:
     /// @param up, forward axes of the text that point up and forward: "X", "-X", "Y", "-Y", "Z" or "-Z"
-    /// @param scale native units per unit of the text
+    /// @param scale native units per unit of the text; its single precision is that of the whole mesh's size, seven
+    ///     digits: 0.001 makes 4 m of 4000 mm but for 0.2 micrometres
     OBJScreen(std::wstring up, std::wstring forward, float scale);
 
     /// Replaces the mesh by the one in an OBJ text (see `ObjReader`), read from the current position to the end of the

@@ -16,10 +16,12 @@ class Configuration;
 
 /// The map of a collimated display, whose picture is seen in a mirror: layout points are points in the world frame.
 ///
-/// A picture point becomes a ray from the eye point as in `SphericalLayoutToChannelMap`. The mirror leaves no formula
-/// for the way back: the pixels of the channel's frustum, width x height, are searched from coarse to fine for the one
-/// whose layout point is nearest. The answer is a whole pixel (x, y) as (x / width, y / height), also with x = width or
-/// y = height; there is none when the nearest pixel found is further than 0.0005 units away.
+/// A picture point becomes a ray from the eye point as in `SphericalLayoutToChannelMap`. The heading tables of the
+/// target locator bend the rays of targets, not these: with tables, a target lies beside the layout point of its place
+/// in the picture. The mirror leaves no formula for the way back: the pixels of the channel's frustum, width x height,
+/// are searched from coarse to fine for the one whose layout point is nearest. The answer is a whole pixel (x, y) as
+/// (x / width, y / height); there is none when the nearest pixel found is further than 0.0005 units away. Pixels of the
+/// far edges, x = width and y = height, are found where they are samples on the way to the last window, and else lost.
 ///
 /// A search asks for a few hundred layout points. A map that was built with a cache keeps every one that it calculates,
 /// 24 bytes for each of (width + 1) x (height + 1) places per channel, all taken at construction; searches are then

@@ -31,7 +31,9 @@ protected:
 ///
 /// The ray meets the sphere of the mirror where it stands around the origin. The point found there is moved by the
 /// mirror's position and then turned by its orientation; the ray is turned before it is reflected, and turned once more
-/// afterwards. The two turns are intended: the tables and orientations of calibrated displays belong to them.
+/// afterwards. The two turns are intended: the tables and orientations of calibrated displays belong to them. The
+/// heading tables bend the rays of grids and outlines before that; `intersectWithTargetLocationSurface`, which layout
+/// maps ask, takes a ray as it is.
 ///
 /// A ray that misses the mirror, whose reflection misses the screen, or that has no screen to meet, is a miss.
 class CollimatedTargetLocator : public SphereTargetLocator {

@@ -35,7 +35,8 @@ public:
     /// this order, and what the map throws for a file that is missing or bad.
     explicit CustomPlanarTargetLocator(const CustomPlanarTargetLocatorParams& params);
 
-    /// Samples from (uMin, vMin) on, in equal steps up to (uMax, vMax); a single column or row stays at uMin or vMin.
+    /// Samples from (uMin, vMin) on, in equal steps up to (uMax, vMax), v from 0 at the bottom edge of the picture to 1
+    /// at its top edge as the map file has it; a single column or row stays at uMin or vMin.
     /// What stands in `grid` under a key is replaced. Without a screen `grid` stays as it is; exceptions of the screen,
     /// such as the `VeltraniException` of one without 2D parameters, pass through.
     void projectOnTargetLocationSurface(double uMin, double uMax, double vMin, double vMax, int columns, int rows,

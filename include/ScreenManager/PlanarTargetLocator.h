@@ -30,8 +30,9 @@ class PlanarTargetLocator : public TargetLocator {
 public:
     explicit PlanarTargetLocator(const PlanarTargetLocatorParams& params);
 
-    /// Samples the screen over the part of the channel's rectangle. Logs a warning, and leaves in `grid` what was there
-    /// by then, when the screen has no 2D parameterisation.
+    /// Samples the screen over the part of the channel's rectangle, v from 0 at its top edge to 1 at its bottom edge,
+    /// the first row at vMin. Logs a warning, and leaves in `grid` what was there by then, when the screen has no 2D
+    /// parameterisation.
     void projectOnTargetLocationSurface(double uMin, double uMax, double vMin, double vMax, int columns, int rows,
                                         std::map<Point<int, 2>, Point<double, 3>>& grid) const override;
 

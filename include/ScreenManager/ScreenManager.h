@@ -40,6 +40,11 @@ public:
     /// Builds the content, the measured and the point cloud screen from the configuration. The content of another shape
     /// than a mesh is only rebuilt when its description has changed; the files are read at every call.
     ///
+    /// The unit and the axes that the configuration states for the files count for a content mesh and what stands
+    /// beside it. Beside another shape a measured mesh and a cloud are read with the scale and the axes that the screen
+    /// has: 1, "Y" up and "Z" forward, unless the caller sets them before (`Screen::setScale` with `getScaleFromXml`,
+    /// `Screen::setImportTransformParams`).
+    ///
     /// Whatever is thrown (`VeltraniMissingFileException` for the files, see `Screen`; `VeltraniException` for an
     /// unknown shape and a file that cannot be archived; `ObjLoadException` for a faulty content mesh) is logged and
     /// thrown on. What was done before the fault stays.

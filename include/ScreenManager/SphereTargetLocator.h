@@ -51,10 +51,11 @@ class SphereTargetLocator : public TargetLocator {
 public:
     explicit SphereTargetLocator(const SphereTargetLocatorParams& params);
 
-    /// One ray per cell, the first row at vMax; cells whose ray misses the surface stay empty. Of the two sides of the
-    /// surface the one that more rays reach gives the targets, the front on a tie; what the others reach is left out.
-    /// Targets already in `grid` are kept. A single column or row is no grid: its step is 0 / 0, and nothing is found.
-    /// This is intended, callers ask for two and more.
+    /// One ray per cell, v from 0 at the bottom edge of the picture to 1 at its top edge, the first row at vMax; cells
+    /// whose ray misses the surface stay empty. Of the two sides of the surface the one that more rays reach gives the
+    /// targets, the front on a tie; what the others reach is left out. Targets already in `grid` are kept. A single
+    /// column or row is no grid: its step is 0 / 0, and nothing is found. This is intended, callers ask for two and
+    /// more.
     void projectOnTargetLocationSurface(double uMin, double uMax, double vMin, double vMax, int columns, int rows,
                                         std::map<Point<int, 2>, Point<double, 3>>& grid) const override;
 

@@ -21,7 +21,8 @@ public:
     virtual ~TargetLocator();
 
     /// Places columns x rows targets over the rectangle [uMin, uMax] x [vMin, vMax] of the channel's normalised
-    /// picture.
+    /// picture. The kinds differ in where v is 0: at the top of the picture for the planar locator, at the bottom for
+    /// all others; each says where its first row is.
     /// @param grid receives the targets (world frame, native units) under (column, row); points that cannot be placed
     ///     are left out
     virtual void projectOnTargetLocationSurface(double uMin, double uMax, double vMin, double vMax, int columns,

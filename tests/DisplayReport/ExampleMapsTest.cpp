@@ -6,6 +6,7 @@
 #include "DisplayReport/LayoutMapper.h"
 #include "DisplayReport/PictureWarp.h"
 #include "DisplayReport/ScreenLoader.h"
+#include "DisplayReport/TargetPlacer.h"
 #include "DisplayReport/WarpMeshWriter.h"
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
 #include "ScreenManager/ScreenManager.h"
@@ -62,11 +63,11 @@ struct Closure {
     double worst = 0;        ///< of the others, of the picture
 };
 
-Closure closureOf(LayoutMapper& map) {
+Closure closureOf(LayoutMapper& map, int across = STEPS_ACROSS, int upwards = STEPS_UPWARDS) {
     std::vector<P2> places;
-    for (int row = 0; row <= STEPS_UPWARDS; ++row) {
-        for (int column = 0; column <= STEPS_ACROSS; ++column) {
-            places.emplace_back(static_cast<double>(column) / STEPS_ACROSS, static_cast<double>(row) / STEPS_UPWARDS);
+    for (int row = 0; row <= upwards; ++row) {
+        for (int column = 0; column <= across; ++column) {
+            places.emplace_back(static_cast<double>(column) / across, static_cast<double>(row) / upwards);
         }
     }
     std::vector<LayoutPoint> layout(places.size());
@@ -105,8 +106,8 @@ TEST_F(ExampleMaps, WhatIsMappedComesBack) {
     EXPECT_EQ(channels, 36U);
 }
 
-// The windows of the search end short of the far edge, x = width, so that its pixels are found only where a window
-// happens to begin there.
+// The windows of the search end short of the far edges, x = width and y = height, so that their pixels are found only
+// where they are samples on the way there, as all of the upper edge are here.
 TEST_F(ExampleMaps, OfACollimatedDisplayOnlyTheRightEdgeIsLost) {
     load("collimated");
     const std::vector<P2> edge{{1, 0.1}, {1, 0.2}, {1, 0.3}, {1, 0.4}, {1, 0.6}, {1, 0.7}, {1, 0.8}, {1, 0.9}};
@@ -122,6 +123,45 @@ TEST_F(ExampleMaps, OfACollimatedDisplayOnlyTheRightEdgeIsLost) {
             EXPECT_EQ(closure.worst, 0) << "whole pixels";
         }
     }
+}
+
+TEST_F(ExampleMaps, OfACollimatedDisplayTheUpperEdgeIsLostLikeTheRightOne) {
+    load("collimated");
+    LayoutMapper map = mapperOf("Centre");
+    // Whole pixels, of which only the corners are samples.
+    constexpr int ACROSS = 15;
+    constexpr int UPWARDS = 3;
+    std::vector<P2> edges;
+    for (int row = 1; row < UPWARDS; ++row) {
+        edges.emplace_back(1, static_cast<double>(row) / UPWARDS);
+    }
+    for (int column = 1; column < ACROSS; ++column) {
+        edges.emplace_back(static_cast<double>(column) / ACROSS, 1);
+    }
+    const Closure closure = closureOf(map, ACROSS, UPWARDS);
+    EXPECT_EQ(closure.beyond, 0U);
+    EXPECT_EQ(closure.lost, edges);
+    EXPECT_EQ(closure.worst, 0) << "whole pixels";
+}
+
+// Layout maps do not look at the heading tables, which bend the rays of targets.
+TEST_F(ExampleMaps, OfACollimatedDisplayTargetsLieUpToTenMillimetresBesideTheMap) {
+    load("collimated");
+    double farthest = 0;
+    std::size_t compared = 0;
+    for (const ChannelTargets& channel : TargetPlacer(TargetPlan()).place(*m_config).channels) {
+        LayoutMapper map = mapperOf(channel.projectorId);
+        for (const GridTarget& target : channel.grid) {
+            LayoutPoint layout;
+            const P2 place{target.picture[0], 1 - target.picture[1]};
+            map.toLayout({&place, 1}, {&layout, 1});
+            ASSERT_TRUE(layout.isMapped);
+            farthest = std::max(farthest, norm(layout.point - target.point));
+            ++compared;
+        }
+    }
+    EXPECT_EQ(compared, 3U * 16U * 10U);
+    EXPECT_NEAR(farthest, 0.010, 0.0005);
 }
 
 // Nodes on every edge of a cell of the map file, and between: both are bilinear in the same cells.

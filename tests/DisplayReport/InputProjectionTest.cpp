@@ -82,6 +82,7 @@ TEST(InputProjection, AFisheyeLooksForward) {
     // 60 degrees off the axis, up to the right: a third of the diameter from the middle.
     const double aside = std::sqrt(3.0) / std::sqrt(2.0);
     expectAt(input, {1 + aside, 2 + 1, 3 + aside}, {0.5 + std::sqrt(0.5) / 3, 0.5 + std::sqrt(0.5) / 3});
+    expectAt(input, {6, 2 - 4e-9, 3}, {1, 0.5});  // behind the viewer by no more than rounding
     EXPECT_EQ(input.place({6, 1.99, 3}), std::nullopt) << "behind the viewer";
     EXPECT_EQ(input.place({1, -5, 3}), std::nullopt);
     EXPECT_EQ(input.place({1, 2, 3}), std::nullopt) << "the eye itself";

@@ -1,5 +1,6 @@
 #include "DisplayReport/ScreenLoader.h"
 
+#include "Configuration/IScreenConfig.h"
 #include "Displays.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
@@ -54,6 +55,29 @@ TEST_F(ScreenLoaderTest, FilesOfAFlatScreenAreReadInTheirUnitAndByTheirAxes) {
         EXPECT_EQ(hitAt(1.5, 0.5), (P3{-1.0, -1.0, -1.0}));
         EXPECT_FLOAT_EQ(ScreenManager::getInstance()->getScreen().getModelPCD()->at(0).z, 1.0F);
     }
+}
+
+// The library leaves that to its caller: without it, up is Y and forward is Z in a file, and its unit is the native
+// one.
+TEST_F(ScreenLoaderTest, TheScreenManagerByItselfReadsThemSoForMeshesOnly) {
+    m_folder.write("measured.obj", UPRIGHT);
+    const std::string files = "<ImportOrientation up='Z' forward='Y'/><MeasuredMesh file='measured.obj'/></Screen>";
+    m_folder.write("display.xml",
+                   displays::text("<Screen shape='Flat' fileUnit='mm'><Size width='4' height='2'/>" + files, ""));
+    const auto config = XMLConfigFile::load(m_folder.file("display.xml"));
+    ScreenManager& manager = *ScreenManager::getInstance();
+    manager.setScreenGeometry(config.get(), false);
+    EXPECT_EQ(hitAt(0.5, 0.25), (P3{-1.0, -1.0, -1.0}));
+    const auto fromAbove = manager.getScreenGeometry()->intersect({-500.0, 300.0, 5.0}, {-500.0, 300.0, 0.0});
+    ASSERT_FALSE(fromAbove.empty()) << "it lies, and measures two kilometres";
+    EXPECT_NEAR(fromAbove.first().point[2], 0.0, 1e-9);
+
+    manager.getScreen().setScale(static_cast<float>(manager.getScaleFromXml(config.get())));
+    const IScreenConfig& screen = *config->getScreenConfig();
+    manager.getScreen().setImportTransformParams(screen.getImportOrientationParam1(),
+                                                 screen.getImportOrientationParam2());
+    manager.setScreenGeometry(config.get(), true);
+    EXPECT_NEAR(hitAt(0.5, 0.25)[1], 0.0, 1e-9) << "handed on by the caller";
 }
 
 TEST_F(ScreenLoaderTest, NothingOfAnEarlierDisplayStays) {

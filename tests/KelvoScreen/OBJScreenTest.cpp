@@ -171,6 +171,16 @@ TEST(OBJScreen, AxesAloneChangeNoBitOfACoordinate) {
     EXPECT_EQ(screen.mesh().vertices[0], (P3{14678.000001, 1e-300, -0.1}));
 }
 
+TEST(OBJScreen, TheScaleOfAFileHasTheDigitsOfAFloat) {
+    OBJScreen screen(L"Z", L"Y", 0.001F);
+    load(screen, "v 4000 0 0\nv 0 4000 0\nv 0 0 1234.5\nf 1 2 3\n");
+    EXPECT_EQ(screen.mesh().vertices[0][0], 4000 * double{0.001F});
+    EXPECT_EQ(screen.mesh().vertices[2][2], 1234.5 * double{0.001F}) << "all other digits are those of a double";
+    const double off = std::abs(screen.mesh().vertices[0][0] - 4);
+    EXPECT_GT(off, 0.15e-6);
+    EXPECT_LT(off, 0.2e-6) << "of four metres";
+}
+
 TEST(OBJScreen, IsHitAndMappedWhereItWasModelled) {
     // One unit in front of the eye, 20 wide and high, in centimetres.
     OBJScreen screen(L"Y", L"-Z", 0.01F);

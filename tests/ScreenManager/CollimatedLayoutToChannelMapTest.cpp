@@ -91,6 +91,27 @@ TEST_F(CollimatedLayoutToChannelMapTest, APictureShowsWhatTheMirrorShows) {
     }
 }
 
+TEST_F(CollimatedLayoutToChannelMapTest, TheHeadingTablesBendTargetsAndLeaveTheMap) {
+    using namespace mirrorRays;
+    installMirrorDisplay(64, 48);
+    targetData.yawTable = {{-PI, -PI - 0.01}, {PI, PI - 0.01}};
+    CollimatedLayoutToChannelMap map = makeMap();
+    std::map<Point<int, 2>, Vector> bent;
+    request()->projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, GRID_COLUMNS, GRID_ROWS, bent);
+    int compared = 0;
+    for (const Cell& cell : GRID) {
+        Vector layout;
+        const Picture picture{cell.cell[0] / (GRID_COLUMNS - 1.0), 1.0 - cell.cell[1] / (GRID_ROWS - 1.0)};
+        ASSERT_TRUE(map.mapChannelToLayout(picture, layout, 0));
+        EXPECT_LT(norm(layout - cell.target), ROUNDING) << "the place without a table";
+        if (const auto target = bent.find(cell.cell); target != bent.end()) {
+            EXPECT_GT(norm(layout - target->second), 1e-4);
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, GRID_COLUMNS);
+}
+
 TEST_F(CollimatedLayoutToChannelMapTest, ThereItIsTheSphericalMap) {
     addToTable(turnedFrustum())->frustum.origin = {5.0, 6.0, 7.0};
     installRayScreen();

@@ -15,6 +15,8 @@
 #include "support/UnitsConfigDouble.h"
 
 #include <gmock/gmock.h>
+#include <pcl/point_cloud.h>
+#include <pcl/point_types.h>
 
 #include <cmath>
 #include <filesystem>

@@ -86,6 +86,31 @@ TEST_F(TargetLocatorFileTest, ACustomPlanarChannelFollowsTheMapFileBesideTheConf
     EXPECT_THAT(log.records(), IsEmpty());
 }
 
+// The part v = 0 to 0.25 in three rows. The wall reaches from z = -1.5 to 1.5.
+TEST_F(TargetLocatorFileTest, APartOfThePictureCountsVFromTheTopInAnAreaAndElseFromTheBottom) {
+    const auto place = [&] {
+        grid.clear();
+        channel().projectOnTargetLocationSurface(0.0, 1.0, 0.0, 0.25, 2, 3, grid);
+        ASSERT_THAT(grid, SizeIs(6));
+    };
+    load(WALL, "PlanarBasic", "<ScreenArea left='0' right='1' bottom='0' top='1'/>");
+    place();
+    EXPECT_NEAR((grid[{0, 0}][2]), 1.5, ROUNDING) << "the uppermost quarter, its first row at v = 0";
+    EXPECT_NEAR((grid[{0, 2}][2]), 0.75, ROUNDING);
+
+    load(WALL, "Spherical", "<Frustum left='-20' right='20' bottom='-15' top='15'/>");
+    place();
+    const double bottom = -4.0 * std::tan(M_PI / 12);
+    EXPECT_NEAR((grid[{0, 0}][2]), 0.5 * bottom, ROUNDING) << "the lowermost quarter, its first row at v = 0.25";
+    EXPECT_NEAR((grid[{0, 2}][2]), bottom, ROUNDING);
+
+    folder.write("whole.txt", planar_map::wholePicture(1920, 1080));
+    load(WALL, "CustomPlanar", "<CustomPlanarMap file='whole.txt'/>");
+    place();
+    EXPECT_NEAR((grid[{0, 0}][2]), -1.5, ROUNDING) << "the lowermost quarter, its first row at v = 0";
+    EXPECT_NEAR((grid[{0, 2}][2]), -0.75, ROUNDING);
+}
+
 TEST_F(TargetLocatorFileTest, AProjectorWithAModelOutlinesWhatTheSameFrustumOutlines) {
     // Two routes to one outline: rays of the lens model, and rays of the sphere locator from the same place. They go
     // round in opposite directions, from the bottom left and the top left corner.
