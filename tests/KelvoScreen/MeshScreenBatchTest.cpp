@@ -74,6 +74,14 @@ TEST(MeshScreenBatch, TheRaysOfAChannelAreAnsweredAsOneByOne) {
     }
 }
 
+TEST(MeshScreenBatch, TheSliversOfAFanAreAnsweredAsOneByOne) {
+    const MeshScreen screen(meshes::fan(3, 1000));
+    for (const double spread : {0.001, 0.05, 0.4}) {
+        EXPECT_GT(expectBatchAnswersAsSingles(screen, channel({0.0, 0.0, 0.0}, {0.02, 1.0, 0.01}, spread, 61, 17)),
+                  61 * 17 / 2);
+    }
+}
+
 TEST(MeshScreenBatch, RaysInAnyOrderAndFromAnywhereAreAnsweredAsOneByOne) {
     const MeshScreen screen(meshes::room(8));
     oracle::Random random(301);

@@ -78,6 +78,53 @@ TEST(MeshScreen, ItsHitsNormalsAndSidesAgreeWithTheOracle) {
     }
 }
 
+TEST(MeshScreen, TheSliversOfAFanAgreeWithTheOracle) {
+    const TriangleMesh mesh = meshes::fan(3, 700);
+    const MeshScreen screen(mesh);
+    oracle::Random random(82);
+    int met = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const Vector from = random.inCube();
+        // Every fourth ray at the middle, where all slivers meet.
+        const Vector to = mesh.vertices[0] + (i % 4 == 0 ? 1e-3 : 3.0) * random.inCube();
+        const IntersectionSet hits = screen.intersect(from, to);
+        const auto expected = oracle::nearestHit(mesh, from, to);
+        ASSERT_EQ(hits.size(), expected ? 1U : 0U) << "ray " << i;
+        met += expected ? 1 : 0;
+        if (expected) {
+            ASSERT_LE(norm(hits.first().point - expected->point), 1e-12) << "ray " << i;
+        }
+        const Vector nearby = mesh.vertices[0] + 2.0 * random.inCube();
+        ASSERT_GT(norm(screen.getScreenNormal(nearby)), 0.5);
+    }
+    EXPECT_GT(met, 500);
+}
+
+TEST(MeshScreen, AFaceThatIsRepeatedIsOneFace) {
+    const TriangleMesh wall = meshes::wall(4, 2, 2, 1);
+    TriangleMesh many = wall;
+    for (int i = 0; i < 100; ++i) {
+        many = meshes::joined(many, wall);
+    }
+    const MeshScreen once(wall);
+    const MeshScreen repeated(many);
+    oracle::Random random(83);
+    for (int i = 0; i < 500; ++i) {
+        const Vector from{random.uniform(-1, 5), random.uniform(-3, 3), random.uniform(-1, 3)};
+        const Vector to{random.uniform(0, 4), 0.0, random.uniform(0, 2)};
+        const IntersectionSet expected = once.intersect(from, to);
+        const IntersectionSet hits = repeated.intersect(from, to);
+        ASSERT_EQ(hits.size(), expected.size());
+        EXPECT_EQ(hits.first().point, expected.first().point);
+        EXPECT_EQ(repeated.getScreenNormal(from), once.getScreenNormal(from));
+        Vector expectedPoint;
+        Vector point;
+        const Point<double, 2> st{random.uniform(-0.1, 1.1), random.uniform(-0.1, 1.1)};
+        EXPECT_EQ(repeated.mapInto3D(st, point, true), once.mapInto3D(st, expectedPoint, true));
+        EXPECT_EQ(point, expectedPoint);
+    }
+}
+
 TEST(MeshScreen, AnEyeInsideADomeSeesSideOne) {
     const MeshScreen screen(meshes::bumpyBall(5, 24, 40));
     oracle::Random random(85);

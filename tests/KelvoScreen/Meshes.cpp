@@ -149,6 +149,24 @@ TriangleMesh room(int cells) {
     return faces.mesh;
 }
 
+TriangleMesh fan(double radius, int slivers) {
+    TriangleMesh mesh;
+    mesh.vertices.push_back({0.0, 5.0, 0.0});
+    mesh.textureCoordinates.push_back({0.5, 0.5});
+    // Of length one and at right angles.
+    const Point<double, 3> across = Point<double, 3>{2.0, 1.0, 2.0} * (1.0 / 3);
+    const Point<double, 3> upwards = Point<double, 3>{-2.0, 2.0, 1.0} * (1.0 / 3);
+    for (int i = 0; i < slivers; ++i) {
+        const double angle = 2 * std::acos(-1.0) * i / slivers;
+        mesh.vertices.push_back(mesh.vertices[0] + radius * (std::cos(angle) * across + std::sin(angle) * upwards));
+        mesh.textureCoordinates.push_back({0.5 + 0.5 * std::cos(angle), 0.5 + 0.5 * std::sin(angle)});
+        const auto first = static_cast<std::uint32_t>(i + 1);
+        mesh.triangles.push_back({0, first, i + 1 < slivers ? first + 1 : 1});
+    }
+    mesh.textureTriangles = mesh.triangles;
+    return mesh;
+}
+
 TriangleMesh triangle(const Vector& a, const Vector& b, const Vector& c) {
     TriangleMesh mesh;
     mesh.vertices = {a, b, c};

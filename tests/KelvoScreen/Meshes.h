@@ -37,6 +37,10 @@ struct Placement {
 /// shifted inwards by a few centimetres; the faces share their corners. Wound outwards.
 [[nodiscard]] TriangleMesh room(int cells);
 
+/// A disc of this radius around (0, 5, 0) in a plane that is inclined to all axes: so many slivers from the middle to
+/// the rim, the first vertex. With texture coordinates on a disc of radius 0.5.
+[[nodiscard]] TriangleMesh fan(double radius, int slivers);
+
 /// A single triangle.
 [[nodiscard]] TriangleMesh triangle(const Point<double, 3>& a, const Point<double, 3>& b, const Point<double, 3>& c);
 

@@ -121,11 +121,9 @@ void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std
 void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments) {
     const PacketQuery& query = *static_cast<const PacketQuery*>(arguments->context);
     const LaneMask lanes = validRays(arguments->valid, arguments->N) << query.firstLane;
-    const std::uint32_t triangle = arguments->primID;
-    LaneMask nearer = query.visitor->visit(triangle, lanes);
-    if (query.scene->isPaired[triangle]) {
-        nearer |= query.visitor->visit(triangle + 1, lanes);
-    }
+    const LaneMask nearer = visitBox(
+        *query.scene, arguments->primID, [&](std::uint32_t triangle) { return query.visitor->visit(triangle, lanes); },
+        [](LaneMask first, LaneMask second) { return first | second; });
     const Lanes& reach = query.visitor->reach();
     forEachLane(nearer, [&](std::size_t lane) {
         float& end = query.end[lane - query.firstLane];

@@ -31,13 +31,27 @@ protected:
     ~PacketVisitor() = default;
 };
 
-/// A scene of boxes, each under the number of the lowest triangle in it.
+/// A scene of boxes, each under the number of the lowest triangle in it; further boxes of a triangle follow behind.
 struct BoxScene {
     RTCScene scene = nullptr;
     /// For each triangle whether the next one stands in its box as well. (A bit each, which stays in the cache.)
     const std::vector<bool>& isPaired;
+    /// The triangles of the further boxes.
+    const std::vector<std::uint32_t>& furtherOf;
     const IndexUnits& units;
 };
+
+/// Calls `visit` for each triangle in a box of a scene; returns its last answer, combined by `combine` with the first
+/// where there are two.
+template <class Visit, class Combine>
+auto visitBox(const BoxScene& scene, std::uint32_t box, const Visit& visit, const Combine& combine) {
+    const std::size_t count = scene.isPaired.size();
+    if (box >= count) {
+        return visit(scene.furtherOf[box - count]);
+    }
+    const auto first = visit(box);
+    return scene.isPaired[box] ? combine(first, visit(box + 1)) : first;
+}
 
 /// How many rays Embree takes at once on this processor: 4, 8 or 16.
 [[nodiscard]] std::size_t widestPacket();

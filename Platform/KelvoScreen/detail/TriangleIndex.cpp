@@ -10,6 +10,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace KelvoScreenDetail {
 
@@ -23,13 +24,6 @@ constexpr double PADDING = 3e-6;
 constexpr double DISTANCE_MARGIN = 1e-6;
 /// Units. From beyond, single precision cannot tell the triangles apart: all are visited.
 constexpr double FARTHEST_POINT = 1e5;
-
-/// How large the common box of two triangles may be, relative to the sum of their own: each of them is then tested by
-/// all rays that pass it, but one box less is passed.
-constexpr double PAIR_GROWTH = 0.8;
-
-/// In place of the number of a box: of a triangle that is left out, and of the second of a pair.
-constexpr std::uint32_t NO_BOX = std::numeric_limits<std::uint32_t>::max();
 
 struct Release {
     void operator()(RTCScene scene) const { rtcReleaseScene(scene); }
@@ -57,16 +51,15 @@ void requireMemory(std::size_t triangles) {
 }
 
 struct BuildContext {
-    const std::vector<Box>& boxes;
-    const std::vector<std::uint32_t>& numbers;
+    const TriangleBoxes& triangles;
     IndexUnits units;
 };
 
 /// Bounds that are the wrong way round tell Embree to take no notice.
 void setBounds(const RTCBoundsFunctionArguments* arguments) {
     const BuildContext& context = *static_cast<const BuildContext*>(arguments->geometryUserPtr);
-    const std::uint32_t number = context.numbers[arguments->primID];
-    const Box box = number == NO_BOX ? Box() : context.boxes[number];
+    const std::uint32_t number = context.triangles.numbers[arguments->primID];
+    const Box box = number == TriangleBoxes::NO_BOX ? Box() : context.triangles.boxes[number];
     const Point<double, 3> lower = (box.lower - context.units.centre) * context.units.perLength;
     const Point<double, 3> upper = (box.upper - context.units.centre) * context.units.perLength;
     RTCBounds& bounds = *arguments->bounds_o;
@@ -78,18 +71,18 @@ void setBounds(const RTCBoundsFunctionArguments* arguments) {
     bounds.upper_z = static_cast<float>(upper[2] + PADDING);
 }
 
-/// Visits a triangle and the other one of its pair; the last answer is the tightest.
+/// Visits the triangles in a box; the last answer is the tightest.
 template <class Visitor>
-double visitBox(Visitor& visitor, const std::vector<bool>& isPaired, std::uint32_t triangle) {
-    const double reach = visitor.visit(triangle);
-    return isPaired[triangle] ? visitor.visit(triangle + 1) : reach;
+double reachAfter(const BoxScene& scene, std::uint32_t box, Visitor& visitor) {
+    return visitBox(
+        scene, box, [&](std::uint32_t triangle) { return visitor.visit(triangle); },
+        [](double /*first*/, double second) { return second; });
 }
 
 /// The ray query as its call-back finds it: Embree hands the context through.
 struct RayQuery : RTCIntersectContext {
     TriangleIndex::RayVisitor* visitor;
-    const std::vector<bool>* isPaired;
-    const IndexUnits* units;
+    const BoxScene* scene;
     double lengthPerT;
 };
 
@@ -101,14 +94,14 @@ void visitAlongRay(const RTCIntersectFunctionNArguments* arguments) {
     const RayQuery& query = *static_cast<const RayQuery*>(arguments->context);
     RTCRay& ray = *reinterpret_cast<RTCRay*>(arguments->rayhit);
     if (arguments->valid[0] != 0) {
-        const double reach = visitBox(*query.visitor, *query.isPaired, arguments->primID);
-        ray.tfar = std::min(ray.tfar, query.units->reach(reach, query.lengthPerT));
+        const double reach = reachAfter(*query.scene, arguments->primID, *query.visitor);
+        ray.tfar = std::min(ray.tfar, query.scene->units.reach(reach, query.lengthPerT));
     }
 }
 
 struct PointQuery {
     TriangleIndex::PointVisitor* visitor;
-    const std::vector<bool>* isPaired;
+    const BoxScene* scene;
     double toUnits;
     double margin;
 
@@ -121,7 +114,7 @@ struct PointQuery {
 
 bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
     const PointQuery& query = *static_cast<const PointQuery*>(arguments->userPtr);
-    const float radius = query.radius(visitBox(*query.visitor, *query.isPaired, arguments->primID));
+    const float radius = query.radius(reachAfter(*query.scene, arguments->primID, *query.visitor));
     if (radius < arguments->query->radius) {
         arguments->query->radius = radius;
         return true;
@@ -138,55 +131,18 @@ bool isOrdinary(const Point<double, 3>& direction) {
     return sum >= SHORTEST && sum <= LONGEST;
 }
 
-bool areWorthJoining(const Box& a, const Box& b) {
-    Box joined = a;
-    joined.add(b);
-    return joined.halfSurface() <= PAIR_GROWTH * (a.halfSurface() + b.halfSurface());
-}
-
 }  // namespace
 
-/// While the structure is built.
-struct TriangleIndex::Boxes {
-    std::vector<Box> boxes;
-    std::vector<std::uint32_t> numbers;  ///< for each triangle that of the box whose lowest it is
-};
-
-TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) : m_isPaired(count) {
-    const Boxes boxes = formBoxes(count, source);
+TriangleIndex::TriangleIndex(std::uint32_t count, const Source& source) {
+    TriangleBoxes triangles(count, source);
+    m_box = triangles.all;
+    m_typicalSize = triangles.typicalSize;
     if (!m_box.isEmpty()) {
         m_units = {m_box.centre(), 1 / m_box.halfSize()};
-        build(boxes);
+        build(triangles);
+        m_isPaired = std::move(triangles.isPaired);
+        m_furtherOf = std::move(triangles.furtherOf);
     }
-}
-
-TriangleIndex::Boxes TriangleIndex::formBoxes(std::uint32_t count, const Source& source) {
-    Boxes formed{{}, std::vector<std::uint32_t>(count, NO_BOX)};
-    formed.boxes.reserve(count / 2 + 1);
-    Corners corners;
-    double sizes = 0;
-    bool isOpen = false;  // the last box holds the previous triangle and no other
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (!source.corners(i, corners)) {
-            isOpen = false;
-            continue;
-        }
-        Box box;
-        std::for_each(corners.begin(), corners.end(), [&box](const auto& corner) { box.add(corner); });
-        m_box.add(box);
-        sizes += 2 * box.halfSize();
-        if (isOpen && areWorthJoining(formed.boxes.back(), box)) {
-            formed.boxes.back().add(box);
-            m_isPaired[i - 1] = true;
-            isOpen = false;
-        } else {
-            formed.numbers[i] = static_cast<std::uint32_t>(formed.boxes.size());
-            formed.boxes.push_back(box);
-            isOpen = true;
-        }
-    }
-    m_typicalSize = count > 0 ? sizes / count : 0;
-    return formed;
 }
 
 TriangleIndex::~TriangleIndex() {
@@ -195,15 +151,19 @@ TriangleIndex::~TriangleIndex() {
     }
 }
 
-void TriangleIndex::build(const Boxes& boxes) {
-    BuildContext context{boxes.boxes, boxes.numbers, m_units};
+BoxScene TriangleIndex::boxScene() const {
+    return {m_scene, m_isPaired, m_furtherOf, m_units};
+}
+
+void TriangleIndex::build(const TriangleBoxes& triangles) {
+    BuildContext context{triangles, m_units};
     RTCDevice device = embreeDevice();
-    requireMemory(boxes.numbers.size());
+    requireMemory(triangles.numbers.size());
     Scene scene(made(rtcNewScene(device)));
     rtcSetSceneFlags(scene.get(), RTC_SCENE_FLAG_ROBUST);
     rtcSetSceneBuildQuality(scene.get(), RTC_BUILD_QUALITY_MEDIUM);
     const Geometry geometry(made(rtcNewGeometry(device, RTC_GEOMETRY_TYPE_USER)));
-    rtcSetGeometryUserPrimitiveCount(geometry.get(), static_cast<unsigned>(boxes.numbers.size()));
+    rtcSetGeometryUserPrimitiveCount(geometry.get(), static_cast<unsigned>(triangles.numbers.size()));
     rtcSetGeometryUserData(geometry.get(), &context);
     rtcSetGeometryBoundsFunction(geometry.get(), setBounds, nullptr);
     rtcSetGeometryIntersectFunction(geometry.get(), visitAlongRay);
@@ -240,11 +200,11 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
     const Point<double, 3> unitDirection = direction * (1 / largest);
     const Point<double, 3> start =
         (origin - m_units.centre) * m_units.perLength - IndexUnits::RAY_MARGIN * unitDirection;
+    const BoxScene scene = boxScene();
     RayQuery query{};
     rtcInitIntersectContext(&query);
     query.visitor = &visitor;
-    query.isPaired = &m_isPaired;
-    query.units = &m_units;
+    query.scene = &scene;
     query.lengthPerT = largest;
 
     RTCRayHit ray{};
@@ -263,7 +223,7 @@ void TriangleIndex::alongRay(const Point<double, 3>& origin, const Point<double,
 
 void TriangleIndex::alongRays(const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor) const {
     if (lanes != 0) {
-        castPacket({m_scene, m_isPaired, m_units}, rays, lanes, width, visitor);
+        castPacket(boxScene(), rays, lanes, width, visitor);
     }
 }
 
@@ -273,7 +233,8 @@ void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, Po
     }
     Point<double, 3> place = (point - m_units.centre) * m_units.perLength;
     const double distance = largestComponent(place);
-    PointQuery query{&visitor, &m_isPaired, m_units.perLength, DISTANCE_MARGIN * (1 + distance)};
+    const BoxScene scene = boxScene();
+    PointQuery query{&visitor, &scene, m_units.perLength, DISTANCE_MARGIN * (1 + distance)};
     if (!(distance < FARTHEST_POINT)) {
         place = {};
         query.margin = Box::INFINITE;

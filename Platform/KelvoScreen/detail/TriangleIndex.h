@@ -3,6 +3,7 @@
 #include "KelvoScreen/detail/Box.h"
 #include "KelvoScreen/detail/IndexUnits.h"
 #include "KelvoScreen/detail/PacketCast.h"
+#include "KelvoScreen/detail/TriangleBoxes.h"
 #include "KelvoScreen/detail/TriangleMath.h"
 
 #include <cstddef>
@@ -21,19 +22,16 @@ namespace KelvoScreenDetail {
 /// That is what makes the results exact and watertight; the triangles themselves stay with the caller.
 ///
 /// Two triangles that follow each other and fill nearly the same box, as the halves of a quadrilateral do, share one:
-/// most meshes come from grids, and half as many boxes are half the memory and fewer steps for every ray.
+/// most meshes come from grids, and half as many boxes are half the memory and fewer steps for every ray. Of triangles
+/// that coincide in one winding the lowest alone is visited. One that has several boxes, see `TriangleBoxes`, may be
+/// visited several times.
 ///
 /// Meshes of any size and place are alike to it: a millimetre at coordinates of kilometres, or a galaxy. Building costs
 /// about a second and 40 to 80 MB for a million triangles. A query allocates nothing.
 class TriangleIndex {
 public:
     /// Where the triangles come from while the structure is built.
-    class Source {
-    public:
-        virtual ~Source() = default;
-        /// False for a triangle that is to be left out.
-        virtual bool corners(std::uint32_t triangle, Corners& out) const = 0;
-    };
+    using Source = TriangleSource;
 
     class RayVisitor {
     public:
@@ -88,13 +86,11 @@ public:
     void aroundPoint(const Point<double, 3>& point, double radius, PointVisitor& visitor) const;
 
 private:
-    struct Boxes;
+    void build(const TriangleBoxes& triangles);
+    [[nodiscard]] BoxScene boxScene() const;
 
-    [[nodiscard]] Boxes formBoxes(std::uint32_t count, const Source& source);
-    void build(const Boxes& boxes);
-
-    /// For each triangle whether it shares its box with the next one.
-    std::vector<bool> m_isPaired;
+    std::vector<bool> m_isPaired;            ///< see `TriangleBoxes`
+    std::vector<std::uint32_t> m_furtherOf;  ///< likewise
     Box m_box;
     IndexUnits m_units;
     double m_typicalSize = 0;

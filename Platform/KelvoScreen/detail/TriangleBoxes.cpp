@@ -1,0 +1,238 @@
+#include "KelvoScreen/detail/TriangleBoxes.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <numeric>
+
+namespace KelvoScreenDetail {
+
+namespace {
+
+/// How large the common box of two triangles may be, relative to the sum of their own: each of them is then tested by
+/// all rays that pass it, but one box less is passed.
+constexpr double PAIR_GROWTH = 0.8;
+
+/// Boxes that a ray through the whole passes, on average over all rays. Meshes of well-formed triangles have two to
+/// four, whatever their number.
+constexpr double CROWD = 8;
+/// Slices are no shorter than this part of the whole, ...
+constexpr double SHORTEST_SLICE = 1.0 / 128;
+/// ... nor so short that all triangles together had more: a bound for the memory, 200 bytes each.
+constexpr double MOST_SLICES = 1 << 19;
+/// Of the surface of its box, what the slices of a triangle may have to be worth it: a ray that runs along the triangle
+/// meets it in every slice. What lies along the axes, or is wide, has nothing to gain.
+constexpr double MOST_KEPT = 0.5;
+
+Box boxOf(const Corners& corners) {
+    Box box;
+    std::for_each(corners.begin(), corners.end(), [&box](const auto& corner) { box.add(corner); });
+    return box;
+}
+
+bool areWorthJoining(const Box& a, const Box& b) {
+    Box joined = a;
+    joined.add(b);
+    return joined.halfSurface() <= PAIR_GROWTH * (a.halfSurface() + b.halfSurface());
+}
+
+/// The same whichever corner comes first; the winding stays.
+Corners fromLowest(const Corners& corners) {
+    Corners turned = corners;
+    std::rotate(turned.begin(), std::min_element(turned.begin(), turned.end()), turned.end());
+    return turned;
+}
+
+std::size_t hashOf(const Corners& corners) {
+    constexpr std::size_t SPREAD = 0x9E3779B97F4A7C15U;
+    std::size_t hash = 0;
+    for (const Point<double, 3>& corner : corners) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            // Zero has two signs, and one place.
+            hash = (hash ^ std::bit_cast<std::uint64_t>(corner[i] + 0.0)) * SPREAD;
+            hash ^= hash >> 32U;
+        }
+    }
+    return hash;
+}
+
+/// The triangles that came before, found by their corners.
+class Known {
+public:
+    Known(std::uint32_t count, const TriangleSource& source)
+        : m_source(source), m_table(std::bit_ceil(2 * static_cast<std::size_t>(count) + 1), TriangleBoxes::NO_BOX) {}
+
+    /// False when one before it has the same corners in the same winding.
+    bool add(std::uint32_t triangle, const Corners& corners) {
+        const Corners turned = fromLowest(corners);
+        const std::size_t hash = hashOf(turned);
+        for (std::size_t i = 0; i < MOST_PROBES; ++i) {
+            std::uint32_t& place = m_table[(hash + i) & (m_table.size() - 1)];
+            if (place == TriangleBoxes::NO_BOX) {
+                place = triangle;
+                return true;
+            }
+            Corners other;
+            m_source.corners(place, other);
+            if (fromLowest(other) == turned) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    /// Behind so many others in its place, which chance does not bring about, a triangle counts as new: one that is not
+    /// costs time and nothing else.
+    static constexpr std::size_t MOST_PROBES = 64;
+
+    const TriangleSource& m_source;
+    std::vector<std::uint32_t> m_table;
+};
+
+/// A triangle along its longest edge.
+class Lengthwise {
+public:
+    explicit Lengthwise(const Corners& corners) {
+        double longest2 = -1;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const Point<double, 3> edge = corners[(i + 1) % 3] - corners[i];
+            if (dot(edge, edge) > longest2) {
+                longest2 = dot(edge, edge);
+                m_start = corners[i];
+                m_end = corners[(i + 1) % 3];
+                m_opposite = corners[(i + 2) % 3];
+            }
+        }
+        m_length = std::sqrt(longest2);
+        m_foot =
+            m_start + std::clamp(dot(m_opposite - m_start, m_end - m_start) / longest2, 0.0, 1.0) * (m_end - m_start);
+    }
+
+    [[nodiscard]] double length() const { return m_length; }
+
+    /// The boxes of slices of about this length, which make the triangle up.
+    [[nodiscard]] std::vector<Box> slices(double length) const {
+        std::vector<Box> boxes;
+        for (const Point<double, 3>& tip : {m_start, m_end}) {
+            const double count = std::ceil(norm(m_foot - tip) / length);
+            for (double i = 0; i < count; ++i) {
+                Box box;
+                for (const double part : {i / count, (i + 1) / count}) {
+                    box.add(tip + part * (m_foot - tip));
+                    box.add(tip + part * (m_opposite - tip));
+                }
+                boxes.push_back(box);
+            }
+        }
+        return boxes;
+    }
+
+private:
+    Point<double, 3> m_start, m_end, m_opposite;
+    Point<double, 3> m_foot;  ///< of the corner opposite, on the edge
+    double m_length = 0;
+};
+
+double surfaceOf(const std::vector<Box>& boxes) {
+    return std::accumulate(boxes.begin(), boxes.end(), 0.0,
+                           [](double sum, const Box& box) { return sum + box.halfSurface(); });
+}
+
+/// None where the triangle had better stay whole.
+std::vector<Box> slicesWorthIt(const Corners& corners, double length) {
+    const Lengthwise lengthwise(corners);
+    if (!(lengthwise.length() > length)) {
+        return {};
+    }
+    std::vector<Box> slices = lengthwise.slices(length);
+    return surfaceOf(slices) < MOST_KEPT * boxOf(corners).halfSurface() ? slices : std::vector<Box>();
+}
+
+}  // namespace
+
+TriangleBoxes::TriangleBoxes(std::uint32_t count, const TriangleSource& source)
+    : numbers(count, NO_BOX), isPaired(count) {
+    form(count, source);
+    if (isCrowded()) {
+        slice(count, source);
+    }
+}
+
+void TriangleBoxes::form(std::uint32_t count, const TriangleSource& source) {
+    Known known(count, source);
+    boxes.reserve(count / 2 + 1);
+    Corners corners;
+    double sizes = 0;
+    std::uint32_t taken = 0;
+    bool isOpen = false;  // the last box holds the previous triangle and no other
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (!source.corners(i, corners) || !known.add(i, corners)) {
+            isOpen = false;
+            continue;
+        }
+        const Box box = boxOf(corners);
+        all.add(box);
+        sizes += 2 * box.halfSize();
+        ++taken;
+        addBox(i, box, isOpen);
+    }
+    typicalSize = taken > 0 ? sizes / taken : 0;
+}
+
+void TriangleBoxes::addBox(std::uint32_t triangle, const Box& box, bool& isOpen) {
+    if (isOpen && areWorthJoining(boxes.back(), box)) {
+        boxes.back().add(box);
+        isPaired[triangle - 1] = true;
+        isOpen = false;
+    } else {
+        numbers[triangle] = static_cast<std::uint32_t>(boxes.size());
+        boxes.push_back(box);
+        isOpen = true;
+    }
+}
+
+bool TriangleBoxes::isCrowded() const {
+    return surfaceOf(boxes) > CROWD * all.halfSurface();
+}
+
+void TriangleBoxes::slice(std::uint32_t count, const TriangleSource& source) {
+    std::vector<std::uint32_t> taken;
+    double lengths = 0;
+    Corners corners;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (numbers[i] != NO_BOX || (i > 0 && isPaired[i - 1])) {
+            taken.push_back(i);
+            source.corners(i, corners);
+            lengths += Lengthwise(corners).length();
+        }
+    }
+    const double length = std::max(SHORTEST_SLICE * 2 * all.halfSize(), lengths / MOST_SLICES);
+    boxes.clear();
+    isPaired.assign(count, false);
+    bool isOpen = false;
+    for (std::size_t k = 0; k < taken.size(); ++k) {
+        source.corners(taken[k], corners);
+        const std::vector<Box> slices = slicesWorthIt(corners, length);
+        isOpen = isOpen && taken[k] == taken[k - 1] + 1;
+        if (slices.empty()) {
+            numbers[taken[k]] = NO_BOX;
+            addBox(taken[k], boxOf(corners), isOpen);
+        } else {
+            addSlices(taken[k], slices);
+            isOpen = false;
+        }
+    }
+}
+
+void TriangleBoxes::addSlices(std::uint32_t triangle, const std::vector<Box>& slices) {
+    numbers[triangle] = static_cast<std::uint32_t>(boxes.size());
+    for (std::size_t i = 1; i < slices.size(); ++i) {
+        furtherOf.push_back(triangle);
+        numbers.push_back(static_cast<std::uint32_t>(boxes.size() + i));
+    }
+    boxes.insert(boxes.end(), slices.begin(), slices.end());
+}
+
+}  // namespace KelvoScreenDetail
