@@ -265,6 +265,7 @@ TEST_F(TheAddCommandMeanwhile, ALinkThatLeadsElsewhereByNowIsFollowed) {
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_TRUE(std::filesystem::is_symlink(file));
     EXPECT_EQ(folder.read("first.xml"), display(""));
+    EXPECT_THAT(folder.read("second.xml"), HasSubstr("<Projector id=\"R\" section=\"S-R\">"));
     EXPECT_THAT(folder.read("second.xml"), HasSubstr("<Projector id=\"020000000001\">"));
 }
 

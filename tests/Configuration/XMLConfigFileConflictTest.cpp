@@ -214,12 +214,14 @@ int finish(pid_t process) {
     return ::waitpid(process, &status, 0) == process && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// Edits the file under its lock once somebody is about to replace it; 1 when nobody is.
+/// Edits the file under its lock while somebody waits to replace it; 1 when nobody does.
 int editUnderLock(const TemporaryFolder& folder, int descriptor) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     while (std::chrono::steady_clock::now() < end) {
         for (const auto& entry : fs::directory_iterator(folder.path())) {
             if (entry.path().filename().string().starts_with(".save-")) {
+                // Who does not wait has replaced it by then.
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
                 folder.write("display.xml", fullConfiguration());
                 ::close(descriptor);
                 return 0;
