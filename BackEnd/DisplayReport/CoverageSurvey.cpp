@@ -54,8 +54,7 @@ public:
             channel.area = coverage.sharedBy[i][i];
             channel.landed = coverage.partShared[i][i];
             channel.isLighting = channel.area > 0.0;
-            channel.pitch =
-                PixelPitch::of(*m_lights[i], channel.width, channel.height, coverage.landed[i], coverage.hints[i]);
+            channel.pitch = PixelPitch::of(*m_lights[i], channel.width, channel.height, coverage.landed[i]);
             for (std::size_t j = i + 1; j < m_lights.size(); ++j) {
                 addOverlap(i, j, coverage);
             }

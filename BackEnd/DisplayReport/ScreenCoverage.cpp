@@ -25,8 +25,6 @@ constexpr std::size_t TRIANGLES_AT_ONCE = 64;
 /// Steps along the edges of all triangles, and along those where one picture lies: a bound for meshes of a great many
 /// long triangles.
 constexpr double MOST_STEPS = 4e5;
-/// Squares of one step on the surface, likewise: a bound for surfaces that fill a room, page behind page.
-constexpr double MOST_SQUARES = 2e5;
 /// Of the way into a piece: where a corner of it is seen in a picture that itself is not, by rounding, since it stands
 /// on the edge of the picture.
 constexpr double INWARDS = 1e-3;
@@ -58,11 +56,11 @@ public:
             step = picture.narrow > 0.0 ? std::min(step, ACROSS * picture.narrow) : step;
             m_pictures.push_back({picture.box, std::max(LEAST * size, step)});
         }
-        std::vector<Amount> amounts(pictures.size());
-        const Amount all = addAmounts(screen, amounts);
-        m_coarse = std::max(COARSE * size, all.leastStep());
-        for (std::size_t i = 0; i < amounts.size(); ++i) {
-            m_pictures[i].step = std::max(m_pictures[i].step, amounts[i].leastStep());
+        std::vector<double> edges(pictures.size());
+        const double all = addEdges(screen, edges);
+        m_coarse = std::max(COARSE * size, all / MOST_STEPS);
+        for (std::size_t i = 0; i < edges.size(); ++i) {
+            m_pictures[i].step = std::max(m_pictures[i].step, edges[i] / MOST_STEPS);
         }
     }
 
@@ -84,38 +82,19 @@ private:
         double step = 0;
     };
 
-    /// Of surface. A triangle is cut into as many pieces as its longest edge has steps, at least, and as its area has
-    /// squares.
-    struct Amount {
-        double edges = 0;
-        double area = 0;
-
-        void add(const ScreenSampling::Triangle& triangle) {
-            const Point<double, 3> ab = triangle[1].place - triangle[0].place;
-            const Point<double, 3> bc = triangle[2].place - triangle[1].place;
-            edges += norm(ab) + norm(bc);
-            area += norm(cross(ab, bc)) / 2;
-        }
-        [[nodiscard]] double leastStep() const { return std::max(edges / MOST_STEPS, std::sqrt(area / MOST_SQUARES)); }
-    };
-
-    /// What lies where each picture does, and everything. Triangles that are not finite are left out.
-    Amount addAmounts(const ScreenSampling& screen, std::vector<Amount>& amounts) const {
-        Amount all;
+    /// A triangle is cut into as many pieces as its longest edge has steps, at least: adds these edges up, where each
+    /// picture lies, and all of them. Nothing where they are not finite.
+    double addEdges(const ScreenSampling& screen, std::vector<double>& edges) const {
+        double all = 0;
         for (std::size_t i = 0; i < screen.size(); ++i) {
             const ScreenSampling::Triangle triangle = screen.triangle(i);
-            Amount own;
-            own.add(triangle);
-            if (!std::isfinite(own.edges + own.area)) {
-                continue;
-            }
-            all.add(triangle);
+            const double length =
+                norm(triangle[1].place - triangle[0].place) + norm(triangle[2].place - triangle[1].place);
             const Extent box = boxOf({LitPoint{triangle[0], {}}, LitPoint{triangle[1], {}}, LitPoint{triangle[2], {}}});
-            for (std::size_t picture = 0; picture < amounts.size(); ++picture) {
-                if (overlap(box, m_pictures[picture].extent)) {
-                    amounts[picture].add(triangle);
-                }
+            for (std::size_t picture = 0; std::isfinite(length) && picture < edges.size(); ++picture) {
+                edges[picture] += overlap(box, m_pictures[picture].extent) ? length : 0.0;
             }
+            all += std::isfinite(length) ? length : 0.0;
         }
         return all;
     }
@@ -200,7 +179,6 @@ public:
         coverage.sharedBy.assign(lights.size(), std::vector<double>(lights.size()));
         coverage.partShared = coverage.sharedBy;
         coverage.landed.assign(lights.size(), PictureBox::none());
-        coverage.hints.resize(lights.size());
     }
 
     void add(const LitTriangle& piece, double area, const LitBy& by) {
@@ -213,7 +191,7 @@ public:
             }
         }
         for (const std::size_t i : m_litBy) {
-            const double part = partOfPicture(i, piece, area);
+            const double part = partOfPicture(i, piece);
             for (const std::size_t j : m_litBy) {
                 m_coverage.sharedBy[i][j] += area;
                 m_coverage.partShared[i][j] += part;
@@ -222,7 +200,7 @@ public:
     }
 
 private:
-    double partOfPicture(std::size_t light, const LitTriangle& piece, double area) {
+    double partOfPicture(std::size_t light, const LitTriangle& piece) {
         std::array<Point<double, 2>, 3> corners;
         for (std::size_t i = 0; i < corners.size(); ++i) {
             if (!findCorner(*m_lights[light], piece, i, corners[i])) {
@@ -234,9 +212,7 @@ private:
         }
         const Point<double, 2> across = corners[1] - corners[0];
         const Point<double, 2> upwards = corners[2] - corners[0];
-        const double part = std::abs(across[0] * upwards[1] - across[1] * upwards[0]) / 2;
-        m_coverage.hints[light].add(corners, part, area);
-        return part;
+        return std::abs(across[0] * upwards[1] - across[1] * upwards[0]) / 2;
     }
 
     bool findCorner(const ChannelLight& light, const LitTriangle& piece, std::size_t i,

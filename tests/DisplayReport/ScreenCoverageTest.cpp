@@ -7,11 +7,7 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <numeric>
-#include <span>
-#include <string>
-#include <utility>
 
 namespace {
 
@@ -366,52 +362,6 @@ TEST_F(ScreenCoverageTest, ThroughAMirrorBesideTheEyeItIsWhatTheRaysReach) {
     EXPECT_NEAR(coverage.partShared[0][0], (wholeCells + 0.5 * cutCells) / (CELLS * CELLS),
                 0.5 * cutCells / (CELLS * CELLS));
     EXPECT_LT(cut, 1e-3) << "sharp enough to tell";
-}
-
-/// The light of another, counting how often it is asked.
-class CountingLight : public ChannelLight {
-public:
-    using P2 = Point<double, 2>;
-
-    CountingLight(std::unique_ptr<ChannelLight> light, std::size_t& looks)
-        : m_light(std::move(light)), m_looks(looks) {}
-    void land(std::span<const P2> picture, std::span<Landing> landings) const override {
-        m_light->land(picture, landings);
-    }
-    [[nodiscard]] bool lights(const SurfacePoint& point) const override {
-        ++m_looks;
-        return m_light->lights(point);
-    }
-    bool findPicture(const SurfacePoint& point, P2& picture) const override {
-        return m_light->findPicture(point, picture);
-    }
-
-private:
-    std::unique_ptr<ChannelLight> m_light;
-    std::size_t& m_looks;
-};
-
-TEST_F(ScreenCoverageTest, SliversAreLookedAtAsTheyAreLong) {
-    // A disc of 3 m in 1500 slivers; the picture is a rectangle in it.
-    constexpr int SLIVERS = 1500;
-    std::string obj = "v 0 5 0\n";
-    for (int i = 0; i < SLIVERS; ++i) {
-        const double angle = 2 * m_pi * i / SLIVERS;
-        obj += "v " + std::to_string(3 * std::cos(angle)) + " 5 " + std::to_string(3 * std::sin(angle)) + "\n";
-    }
-    for (int i = 0; i < SLIVERS; ++i) {
-        obj += "f 1 " + std::to_string(i + 2) + " " + std::to_string((i + 1) % SLIVERS + 2) + "\n";
-    }
-    m_folder.write("wall.obj", obj);
-    load(displays::MESH, camera("A", "-17", "17", "-11", "11"), displays::PROJECTORS);
-    std::size_t looks = 0;
-    Lights counted;
-    counted.push_back(std::make_unique<CountingLight>(std::move(lights().at(0)), looks));
-    const ScreenCoverage coverage = measure(counted);
-    expectArea(coverage.area, 9 * m_pi);
-    expectArea(coverage.sharedBy[0][0], 100 * std::tan(radians(17)) * std::tan(radians(11)));
-    expectArea(coverage.partShared[0][0], 1);
-    EXPECT_LT(looks, SLIVERS * 600U);
 }
 
 }  // namespace
