@@ -136,8 +136,8 @@ TEST(ChannelListing, IsPrintedAsATable) {
     std::ostringstream out;
     listing.print(out);
     EXPECT_EQ(out.str(),
-              "channel     id  device  state  resolution  input  firmware\n"
-              "Left?upper  1   here    on     4 x 3       0      v1\n");
+              "channel      id  device  state  resolution  input  firmware\n"
+              "Left\\nupper  1   here    on     4 x 3       0      v1\n");
 }
 
 }  // namespace

@@ -19,10 +19,10 @@ std::string printed(const CoverageReport& report) {
 TEST(CoveragePrinter, PrintsTablesAndWhatIsWrong) {
     EXPECT_EQ(
         printed(sampleCoverage()),
-        "channel            resolution   area (m^2)  of the screen  missed  pixel least (m)  mean       most\n"
-        "Left, \"upper\"?row  1920 x 1200  4           50 %           20 %    0.001            0.0014731  0.0025\n"
-        "Bare               -            4           50 %           0 %     -                -          -\n"
-        "Dark               800 x 600    -           -              -       -                -          -\n"
+        "channel             resolution   area (m^2)  of the screen  missed  pixel least (m)  mean       most\n"
+        "Left, \"upper\"\\nrow  1920 x 1200  4           50 %           20 %    0.001            0.0014731  0.0025\n"
+        "Bare                -            4           50 %           0 %     -                -          -\n"
+        "Dark                800 x 600    -           -              -       -                -          -\n"
         "\n"
         "lit by        area (m^2)  of the screen\n"
         "no projector  2           25 %\n"
@@ -31,8 +31,8 @@ TEST(CoveragePrinter, PrintsTablesAndWhatIsWrong) {
         "3 and more    0.5         6.25 %\n"
         "the screen    8           100 %\n"
         "\n"
-        "overlap of         and   area (m^2)  pixels of the first  pixels of the second\n"
-        "Left, \"upper\"?row  Bare  2           576000 (25 %)        50 %\n"
+        "overlap of          and   area (m^2)  pixels of the first  pixels of the second\n"
+        "Left, \"upper\"\\nrow  Bare  2           576000 (25 %)        50 %\n"
         "channel Bare: its resolution is not known\n"
         "channel Dark: no screen area\n");
 }
@@ -54,7 +54,7 @@ TEST(CoveragePrinter, WithoutChannelsSaysSo) {
 TEST(CoveragePrinter, WithoutAScreenSaysWhy) {
     CoverageReport report;
     report.fault = "there is\nno screen";
-    EXPECT_EQ(printed(report), "there is?no screen\n");
+    EXPECT_EQ(printed(report), "there is\\nno screen\n");
 }
 
 TEST(CoveragePrinter, ChannelsThatDoNotOverlapAreSaidNotTo) {

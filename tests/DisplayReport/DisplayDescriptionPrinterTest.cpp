@@ -50,7 +50,7 @@ TEST(DisplayDescriptionPrinter, NoTextOfADisplayMakesALineOfItsOwn) {
     EXPECT_EQ(printed(description),
               "display  a\\nb\\x1b[2J.xml\n"
               "\n"
-              "channel     projector  picture  targets by      device\n"
+              "channel     projector  picture  targets by     device\n"
               "L\\u2028eft  A\\nB       1 x 1    map \\u202efdp  none\n"
               "\n"
               "1 fault:\n"

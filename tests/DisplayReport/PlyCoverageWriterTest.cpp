@@ -59,7 +59,7 @@ TEST(PlyCoverageWriter, PiecesWithoutExtentAreNoFaces) {
 }
 
 TEST(PlyCoverageWriter, AUnitCannotBreakTheHeader) {
-    EXPECT_THAT(written({}, "m\nelement vertex 99"), HasSubstr("comment lengths in m?element vertex 99\n"));
+    EXPECT_THAT(written({}, "m\nelement vertex 99"), HasSubstr("comment lengths in m\\nelement vertex 99\n"));
 }
 
 }  // namespace

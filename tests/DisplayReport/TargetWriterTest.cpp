@@ -95,7 +95,7 @@ TEST(PlyTargetWriter, AnnouncesAsManyPointsAsFollow) {
 TEST(PlyTargetWriter, ANameCannotBreakTheHeader) {
     TargetSurvey targets = survey();
     targets.channels[1].name = "two\nelement vertex 99";
-    EXPECT_THAT(written("ply", targets), HasSubstr("comment channel 1: two?element vertex 99\n"));
+    EXPECT_THAT(written("ply", targets), HasSubstr("comment channel 1: two\\nelement vertex 99\n"));
 }
 
 }  // namespace

@@ -43,7 +43,7 @@ TEST(TextTable, NoTextMovesTheCursor) {
     TextTable table({"a\x9b", "b"});
     table.add({"x\x1b[2Jy\nz\u202e", "1"});
     EXPECT_EQ(printed(table),
-              "a\\x9b                b\n"
+              "a\\x9b               b\n"
               "x\\x1b[2Jy\\nz\\u202e  1\n");
 }
 

@@ -70,7 +70,8 @@ bool isFault(const xmlError& error) {
 void onError(void* context, xmlErrorPtr error) {
     Findings& findings = findingsOf(context);
     // No fault of the document, which would otherwise seem to end here.
-    findings.isOutOfMemory = findings.isOutOfMemory || error->code == XML_ERR_NO_MEMORY;
+    // Behind a fault of the document it is only how the parser gives up, for instance on a value that is too long.
+    findings.isOutOfMemory = findings.isOutOfMemory || (!findings.end && error->code == XML_ERR_NO_MEMORY);
     if (findings.isOutOfMemory || findings.end || !isFault(*error)) {
         return;
     }
@@ -191,7 +192,7 @@ xmlDoc* read(std::string_view text, FaultList& faults) {
     OwnedDocument document(
         xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, OPTIONS));
     memory.requireEnough();
-    if (findings.isOutOfMemory || context->errNo == XML_ERR_NO_MEMORY) {
+    if (findings.isOutOfMemory) {
         throw std::bad_alloc();
     }
     if (report(findings, faults)) {

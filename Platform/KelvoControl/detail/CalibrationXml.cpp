@@ -37,7 +37,8 @@ ParserFault& faultOf(void* context) {
 
 void keepFirstFault(void* context, xmlErrorPtr error) {
     ParserFault& fault = faultOf(context);
-    fault.isOutOfMemory = fault.isOutOfMemory || error->code == XML_ERR_NO_MEMORY;
+    // Behind a fault of the text it is only how the parser gives up, for instance on a value that is too long.
+    fault.isOutOfMemory = fault.isOutOfMemory || (fault.text.empty() && error->code == XML_ERR_NO_MEMORY);
     if (fault.text.empty() && error->level >= XML_ERR_ERROR) {
         fault.line = std::max(error->line, 1);
         fault.text = error->message != nullptr ? error->message : "not readable";
