@@ -227,8 +227,8 @@ TEST_F(TheChannelsCommand, NamesOfEveryScriptWorkInTheCLocale) {
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_THAT(run.output, HasSubstr("B\xc3\xbchne 100%s & \"links\"     020000000001 "));
     EXPECT_THAT(run.output, HasSubstr("B\xc3\xbchne 100%s & \"links\"_01  020000000002 "));
-    EXPECT_THAT(run.output, HasSubstr("\xe5\xb7\xa6?x "));
-    EXPECT_THAT(run.errors, HasSubstr("channel \xe5\xb7\xa6?x (X): "));
+    EXPECT_THAT(run.output, HasSubstr("\xe5\xb7\xa6\\nx "));
+    EXPECT_THAT(run.errors, HasSubstr("channel \xe5\xb7\xa6\\nx (X): "));
 }
 
 TEST_F(TheChannelsCommand, AFileWithoutProjectorsSaysHowToAddOne) {
