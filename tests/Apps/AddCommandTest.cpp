@@ -249,7 +249,7 @@ TEST_F(TheAddCommandMeanwhile, WhatSomebodyElseAddedIsNotAddedTwice) {
         {entry("A", "Left", snippet(1, 2)), "the name \"Left\" is there already: entry A"}};
     for (const auto& [theirs, reason] : cases) {
         folder.write("display.xml", display(""));
-        const ProgramRun run = addAnd([&] { folder.write("display.xml", display(theirs)); });
+        const ProgramRun run = addAnd([&, entries = theirs] { folder.write("display.xml", display(entries)); });
         expectRefusal(run, display(theirs), reason);
     }
 }
