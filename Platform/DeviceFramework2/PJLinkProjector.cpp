@@ -95,10 +95,13 @@ Step setShutter(const std::string& first, const std::string& second, Then then) 
         then(request.parameter);
         return DONE;
     };
-    return stepOf({'1', "AVMT", first}, [finish, second](const PjlinkRequest& request, const PjlinkReply& reply) {
-        return reply.outcome == Outcome::BAD_PARAMETER ? stepOf({'1', "AVMT", second}, finish)
-                                                       : Step(finish(request, reply));
-    });
+    return stepOf({'1', "AVMT", first},
+                  [finish, second](const PjlinkRequest& request, const PjlinkReply& reply) -> Step {
+                      if (reply.outcome == Outcome::BAD_PARAMETER) {
+                          return stepOf({'1', "AVMT", second}, finish);
+                      }
+                      return finish(request, reply);
+                  });
 }
 
 }  // namespace
