@@ -116,10 +116,11 @@ public:
     [[nodiscard]] std::vector<Box> slices(double length) const {
         std::vector<Box> boxes;
         for (const Point<double, 3>& tip : {m_start, m_end}) {
-            const double count = std::ceil(norm(m_foot - tip) / length);
-            for (double i = 0; i < count; ++i) {
+            const double wanted = std::ceil(norm(m_foot - tip) / length);
+            const std::size_t count = wanted > 0 ? static_cast<std::size_t>(wanted) : 0;
+            for (std::size_t i = 0; i < count; ++i) {
                 Box box;
-                for (const double part : {i / count, (i + 1) / count}) {
+                for (const double part : {static_cast<double>(i) / wanted, static_cast<double>(i + 1) / wanted}) {
                     box.add(tip + part * (m_foot - tip));
                     box.add(tip + part * (m_opposite - tip));
                 }
