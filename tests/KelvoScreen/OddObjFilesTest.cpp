@@ -136,13 +136,17 @@ TEST_F(OddObjFiles, PointsAndLinesAloneMakeNoTriangles) {
 
 TEST_F(OddObjFiles, RefusesBrokenFilesWithTheLineOfTheFault) {
     const std::map<std::string, std::string> faults = {
-        {"odd-obj/invalid-face-definition.obj", "line 15: found \"f 1\", expected a face of at least 3 corners"},
+        {"odd-obj/invalid-face-definition.obj",
+         "line 15: found \"f 1\", expected a face of at least 3 corners; give its corners on one line, or remove it"},
         {"odd-obj/invalid-relative-texture-index.obj",
-         "line 2: found \"1/-2\", expected a texture coordinate index no further back than the 1 before this line"},
+         "line 2: found \"1/-2\", expected a texture coordinate index no further back than the 1 before this line; "
+         "correct the index, or put what it refers to before this line"},
         {"odd-obj/invalid-relative-vertex-index.obj",
-         "line 1: found \"-4\", expected a vertex index no further back than the 0 before this line"},
+         "line 1: found \"-4\", expected a vertex index no further back than the 0 before this line; correct the "
+         "index, or put what it refers to before this line"},
         {"odd-obj/issue-140-zero-face-idx.obj",
-         "line 16: found \"0/0/0\", expected a vertex index other than 0: the first one is 1"}};
+         "line 16: found \"0/0/0\", expected a vertex index other than 0: the first one is 1; correct the index; one "
+         "that counts from 0 is one too small"}};
     for (const auto& [name, fault] : faults) {
         EXPECT_EQ(faultOf(name), fault) << name;
     }
