@@ -1,5 +1,6 @@
 #include "KelvoScreen/detail/RayPacket.h"
 
+#include "KelvoScreen/detail/MeshCorners.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
 
@@ -23,10 +24,6 @@ constexpr int FEWEST = 4;
 
 constexpr double YES = -1;
 constexpr double NO = 1;
-
-Point<double, 3> pointAt(const LanePoints& points, std::size_t lane) {
-    return {points[0][lane], points[1][lane], points[2][lane]};
-}
 
 }  // namespace
 
@@ -201,8 +198,7 @@ LaneMask RayPacket::visit(std::uint32_t triangle, LaneMask lanes) {
     if (possible == 0) {
         return 0;
     }
-    const Corners corners{target.a, target.b, target.c};
-    target.area = m_target.shapes.isNeedle(triangle) ? accurateAreaVector(corners) : plainAreaVector(corners);
+    target.area = areaVector({target.a, target.b, target.c});
     LaneMask touching = 0;
     LaneMask nearer = keepNearer(target, possible, touching);
     forEachLane(touching, [&](std::size_t i) { nearer |= touch(target, i) ? LaneMask{1} << i : 0; });
@@ -228,12 +224,9 @@ struct RayPacket::Flat {
         edge0 = bx * cy - by * cx;
         edge1 = cx * ay - cy * ax;
         edge2 = ax * by - ay * bx;
-        x = larger(larger(absolute(ax), absolute(bx)), absolute(cx));
-        y = larger(larger(absolute(ay), absolute(by)), absolute(cy));
     }
     Wide ad, bd, cd;
     Wide edge0, edge1, edge2;
-    Wide x, y;  ///< the largest components across the rays
 };
 
 /// Leaves out only lanes that `RayProbe` would leave out at first sight: their rays pass one edge outside and another
@@ -263,8 +256,7 @@ KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, L
             continue;
         }
         const Flat flat(*this, target, i);
-        const Wide area = flat.edge0 + flat.edge1 + flat.edge2;
-        const Wide scale = 1 / area;
+        const Wide scale = 1 / (flat.edge0 + flat.edge1 + flat.edge2);
         const Wide weight0 = flat.edge0 * scale;
         const Wide weight1 = flat.edge1 * scale;
         const Wide weight2 = flat.edge2 * scale;
@@ -276,16 +268,13 @@ KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, L
         const Wide size2 = area2 * load(m_heading2, i);
         const WideMask inside = (smaller(smaller(flat.edge0, flat.edge1), flat.edge2) > 0) |
                                 (larger(larger(flat.edge0, flat.edge1), flat.edge2) < 0);
-        const WideMask known =
-            flat.x * flat.y * larger(flat.x, flat.y) * WEIGHT_ROUNDING <= load(m_rounding, i) * absolute(area);
         const Wide reach = load(m_reach, i);
         const Wide triangle = load(m_triangle, i);
         const WideMask nearer = (load(m_skipped, i) + t >= load(m_earliest, i)) &
                                 ((t < reach) | ((t == reach) & (target.triangle < triangle)));
         const WideMask seen = along * along > ROUNDING * ROUNDING * size2;
-        const WideMask clear = inside & known;
-        const WideMask kept = maskOf(wanted) & clear & nearer & seen;
-        touching |= (wanted & ~bitsOf(clear)) << i;
+        const WideMask kept = maskOf(wanted) & inside & nearer & seen;
+        touching |= (wanted & ~bitsOf(inside)) << i;
         result |= bitsOf(kept) << i;
         store(m_reach, i, kept ? t : reach);
         store(m_triangle, i, kept ? all(target.triangle) : triangle);
@@ -295,10 +284,12 @@ KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, L
     return result;
 }
 
-/// A ray that passes on or near an edge, or whose weights are not known, for which `RayProbe` decides.
+/// A ray that passes on or near an edge, for which `RayProbe` decides.
 bool RayPacket::touch(const Target& target, std::size_t lane) {
-    const RayProbe probe(pointAt(m_rays.origin, lane), pointAt(m_direction, lane), m_rounding[lane],
-                         m_target.shapes.longestEdge);
+    const auto pointOf = [lane](const LanePoints& points) {
+        return Point<double, 3>{points[0][lane], points[1][lane], points[2][lane]};
+    };
+    const RayProbe probe(pointOf(m_rays.origin), pointOf(m_direction), m_rounding[lane]);
     Meeting meeting;
     if (!probe.meets(target.a, target.b, target.c, meeting)) {
         return false;
@@ -306,7 +297,7 @@ bool RayPacket::touch(const Target& target, std::size_t lane) {
     const bool isNearer =
         m_skipped[lane] + meeting.t >= m_earliest[lane] &&
         (meeting.t < m_reach[lane] || (meeting.t == m_reach[lane] && target.triangle < m_triangle[lane]));
-    if (!isNearer || !isSeen(pointAt(m_rays.heading, lane), target.area)) {
+    if (!isNearer || !isSeen(pointOf(m_rays.heading), target.area)) {
         return false;
     }
     m_reach[lane] = meeting.t;
@@ -357,21 +348,6 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete() {
     }
 }
 
-/// The normal of a needle takes more than rounded arithmetic; other triangles are left as they are.
-void RayPacket::completeNeedle(std::size_t lane) {
-    const auto triangle = static_cast<std::uint32_t>(m_triangle[lane]);
-    if (!m_target.shapes.isNeedle(triangle)) {
-        return;
-    }
-    Completion& found = m_completion;
-    const Point<double, 3> area = accurateAreaVector(cornersOf(m_target.mesh, triangle));
-    const Point<double, 3> normal = area * (1 / norm(area));
-    for (std::size_t k = 0; k < 3; ++k) {
-        found.normal[k][lane] = normal[k];
-    }
-    found.along[lane] = dot(pointAt(m_direction, lane), normal);
-}
-
 void RayPacket::finish(std::span<SurfaceHit> hits) {
     const LaneMask met = m_active != 0 ? metLanes() : 0;
     const LaneMask given = ALL_LANES >> (LANES - hits.size());
@@ -381,9 +357,6 @@ void RayPacket::finish(std::span<SurfaceHit> hits) {
     }
     gather(met);
     complete();
-    if (m_target.shapes.hasNeedles) {
-        forEachLane(met, [&](std::size_t i) { completeNeedle(i); });
-    }
     forEachLane(met, [&, &found = m_completion](std::size_t i) {
         const int side = found.along[i] > 0 ? 1 : found.along[i] < 0 ? -1 : 0;
         hits[i] = {{found.point[0][i], found.point[1][i], found.point[2][i]},

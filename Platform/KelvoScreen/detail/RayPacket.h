@@ -4,7 +4,6 @@
 #include "KelvoScreen/TriangleMesh.h"
 #include "KelvoScreen/detail/Box.h"
 #include "KelvoScreen/detail/Lanes.h"
-#include "KelvoScreen/detail/MeshCorners.h"
 #include "KelvoScreen/detail/PacketCast.h"
 
 #include <cstddef>
@@ -16,7 +15,6 @@ namespace KelvoScreenDetail {
 /// A mesh as a packet of rays needs to know it.
 struct PacketTarget {
     const TriangleMesh& mesh;
-    const TriangleShapes& shapes;
     Box box;                     ///< around all triangles
     double clipMargin = 0;       ///< length by which the box is enlarged on all sides before rays are clipped to it
     double largestRounding = 0;  ///< rays whose coordinates are rounded by more than this length are refused
@@ -28,7 +26,7 @@ struct PacketTarget {
 ///
 /// Every ray gets the answer of a single search, to the last bit: the arithmetic is that of `Box::clip`, of `RayProbe`
 /// and of the collector of single hits, operation by operation, four rays at a time. What is rare, a ray that touches
-/// an edge or a corner or sees no more of a triangle than a needle, is left to `RayProbe` itself.
+/// an edge or a corner, is left to `RayProbe` itself.
 ///
 /// Rays are refused, to be asked one by one, when they are unusual (parallel to an axis, extremely long or short, not
 /// finite, from far away), when they run most along another axis than the first one, and all of them when they have so
@@ -79,7 +77,6 @@ private:
     [[nodiscard]] LaneMask metLanes() const;
     void gather(LaneMask met);
     void complete();
-    void completeNeedle(std::size_t lane);
 
     const PacketTarget& m_target;
     LaneMask m_refused = 0;
