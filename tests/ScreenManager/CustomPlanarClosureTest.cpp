@@ -170,7 +170,9 @@ TEST_P(CustomPlanarClosure, EveryWholePixelComesBackEdgesIncluded) {
     EXPECT_EQ(edges.lost, 0) << "of " << edges.mapped << " on the edges";
     EXPECT_EQ(inside.lost, 0) << "of " << inside.mapped;
     EXPECT_LE(std::max(edges.worst, inside.worst), CLOSURE);
-    EXPECT_GE(edges.mapped + inside.mapped, GetParam().leastMapped * (edges.asked + inside.asked));
+    // Under the sanitizers only a part of the inside is followed: it is counted apart from the edges.
+    EXPECT_GE(inside.mapped, GetParam().leastMapped * inside.asked);
+    EXPECT_TRUE(GetParam().leastMapped < 1.0 || edges.mapped == edges.asked) << edges.mapped << " of " << edges.asked;
 }
 
 TEST_P(CustomPlanarClosure, EveryPlaceOnTheEdgesOfTheScreenComesBack) {
