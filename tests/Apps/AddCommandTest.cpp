@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -163,7 +164,7 @@ TEST_F(TheAddCommand, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
 
 TEST_F(TheAddCommand, AFullDiskIsReportedAndExitsWithFour) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
-    const ProgramRun run = runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " add " + file + " " + at(simulator) +
+    const ProgramRun run = runProgram("/bin/sh", {"-c", programFile() + " add " + file + " " + at(simulator) +
                                                             " --timeout " + IMPATIENT + " > /dev/full"});
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
@@ -183,7 +184,7 @@ protected:
     /// Adds a slow projector, and does something once the program is asking it: it has read the file by then.
     ProgramRun addAnd(const std::function<void()>& meanwhile) {
         const std::size_t before = slow.journal().size();
-        RunningProgram program(SM_PROGRAM, {"add", file, at(slow), "--name", "Left", "--timeout", PATIENT});
+        RunningProgram program(programFile(), {"add", file, at(slow), "--name", "Left", "--timeout", PATIENT});
         while (slow.journal().size() == before) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
@@ -274,8 +275,8 @@ TEST_F(TheAddCommandMeanwhile, TwoAdditionsAtOnceBothStay) {
     const PjlinkSimulator other({"--mac", mac(2), "--delay", "50"});
     for (int round = 0; round < ROUNDS; ++round) {
         folder.write("display.xml", display(""));
-        RunningProgram first(SM_PROGRAM, {"add", file, at(slow), "--timeout", PATIENT});
-        RunningProgram second(SM_PROGRAM, {"add", file, at(other), "--timeout", PATIENT});
+        RunningProgram first(programFile(), {"add", file, at(slow), "--timeout", PATIENT});
+        RunningProgram second(programFile(), {"add", file, at(other), "--timeout", PATIENT});
         EXPECT_EQ(first.finish().exitCode, 0);
         EXPECT_EQ(second.finish().exitCode, 0);
         const std::string content = folder.read("display.xml");

@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -246,7 +247,7 @@ TEST_F(TheChannelsCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
 TEST_F(TheChannelsCommand, AFullDiskExitsWithFour) {
     const std::string file = folder.write("display.xml", twoProjectors(deadPort(), deadPort()));
     const ProgramRun run =
-        runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " channels --offline '" + file + "' > /dev/full"});
+        runProgram("/bin/sh", {"-c", programFile() + " channels --offline '" + file + "' > /dev/full"});
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, HasSubstr("standard output cannot be written"));
 }

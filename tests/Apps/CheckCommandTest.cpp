@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +9,7 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 
 TEST(CheckCommand, TheExamplesAreAllRight) {
     for (const char* example : {"planar-wall", "curved-wall"}) {
@@ -68,8 +69,8 @@ TEST(CheckCommand, NamesOfEveryScriptWorkInTheCLocale) {
 }
 
 TEST(CheckCommand, AFullDiskExitsWithFour) {
-    const ProgramRun run = runProgram(
-        "/bin/sh", {"-c", std::string(SM_PROGRAM) + " check '" + EXAMPLES + "planar-wall/display.xml' > /dev/full"});
+    const ProgramRun run =
+        runProgram("/bin/sh", {"-c", programFile() + " check '" + EXAMPLES + "planar-wall/display.xml' > /dev/full"});
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, HasSubstr("standard output cannot be written"));
 }

@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ using testing::Not;
 using testing::StartsWith;
 using Json = nlohmann::json;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 const std::string PLANAR = EXAMPLES + "planar-wall/display.xml";
 
 /// What is promised of areas, as a part of them.

@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -86,7 +87,7 @@ TEST(DiscoverCommand, ASearchPortThatAnotherProgramHoldsIsNamedWithTheRemedy) {
 TEST(DiscoverCommand, AFullDiskExitsWithFour) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     const ProgramRun run = runProgram(
-        "/bin/sh", {"-c", std::string(SM_PROGRAM) + " discover --timeout " + IMPATIENT +
+        "/bin/sh", {"-c", programFile() + " discover --timeout " + IMPATIENT +
                               " --broadcast 127.0.0.1:" + std::to_string(simulator.port()) + " > /dev/full"});
     EXPECT_EQ(run.exitCode, 4);
 }

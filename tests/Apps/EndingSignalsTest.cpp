@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -21,7 +22,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const std::string DOME = SM_SOURCE_DIR "/examples/spherical-dome/display.xml";
+const std::string DOME = sourceFolder() + "/examples/spherical-dome/display.xml";
 
 class EndingSignals : public testing::Test {
 protected:
@@ -61,7 +62,7 @@ protected:
 
     /// Ends a command in the midst of its writing.
     ProgramRun endWhileWriting(const std::vector<std::string>& arguments, int signal) {
-        RunningProgram program(SM_PROGRAM, arguments);
+        RunningProgram program(programFile(), arguments);
         holdWhileWriting(program);
         program.send(signal);
         program.send(SIGCONT);
@@ -136,7 +137,7 @@ TEST_F(EndingSignalsInAnAddition, OneThatIsIgnoredStaysIgnored) {
         lock();
         RunConditions conditions;
         conditions.ignored = signal;
-        RunningProgram program(SM_PROGRAM, add, conditions);
+        RunningProgram program(programFile(), add, conditions);
         holdWhileWriting(program);
         program.send(signal);
         program.send(SIGCONT);
@@ -171,7 +172,7 @@ TEST_F(EndingSignals, WhatAKilledMapLeavesTheNextOneRemovesAndNobodyElse) {
 }
 
 TEST_F(EndingSignals, ARunThatStillWritesIsNotTouchedByAnotherForTheSameOutput) {
-    RunningProgram slow(SM_PROGRAM, map("3000x3000"));
+    RunningProgram slow(programFile(), map("3000x3000"));
     holdWhileWriting(slow);
     const std::vector<std::string> writing = leftovers();
     EXPECT_EQ(runScreenManager(map("3x3")).exitCode, 0);
@@ -187,7 +188,7 @@ TEST_F(EndingSignals, ALimitOnTheSizeOfFilesLeavesNothing) {
     folder.write("result", "old");
     const ProgramRun run = runProgram(
         "/bin/sh",
-        {"-c", "ulimit -f 100; exec \"$0\" targets \"$1\" --grid 500x500 -o \"$2\"", SM_PROGRAM, DOME, result});
+        {"-c", "ulimit -f 100; exec \"$0\" targets \"$1\" --grid 500x500 -o \"$2\"", programFile(), DOME, result});
     EXPECT_EQ(run.signal, SIGXFSZ);
     EXPECT_THAT(leftovers(), IsEmpty());
     EXPECT_EQ(folder.read("result"), "old");
@@ -197,7 +198,7 @@ TEST_F(EndingSignals, AReaderThatWentAwayEndsTheProgramAsBefore) {
     const ProgramRun run = runProgram("/bin/sh", {"-c",
                                                   "mkfifo \"$2/pipe\"; exec 3<>\"$2/pipe\"; "
                                                   "exec 4>\"$2/pipe\" 3<&-; exec \"$0\" targets \"$1\" >&4",
-                                                  SM_PROGRAM, DOME, folder.path()});
+                                                  programFile(), DOME, folder.path()});
     EXPECT_EQ(run.signal, SIGPIPE);
 }
 

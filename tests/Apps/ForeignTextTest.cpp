@@ -3,6 +3,7 @@
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -293,7 +294,7 @@ TEST_F(ForeignText, StandsAsItIsInWhatOtherProgramsRead) {
 
 TEST(ForeignTextInSources, HasOneWayToStandardError) {
     std::vector<std::string> ways;
-    for (const auto& entry : std::filesystem::directory_iterator(SM_SOURCE_DIR "/Apps/screenmanager")) {
+    for (const auto& entry : std::filesystem::directory_iterator(sourceFolder() + "/Apps/screenmanager")) {
         std::ifstream in(entry.path());
         const std::string source{std::istreambuf_iterator<char>(in), {}};
         for (const char* way : {"std::cerr", "std::clog", "stderr", "STDERR_FILENO", "perror"}) {

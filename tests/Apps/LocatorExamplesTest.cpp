@@ -1,6 +1,7 @@
 // The example displays whose targets are not placed by screen areas. Every expectation is worked out here from the
 // numbers in the files.
 #include "ProgramRun.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ using Vector = std::array<double, 3>;
 constexpr double WRITTEN = 1e-9;
 
 std::string file(const std::string& example) {
-    return SM_SOURCE_DIR "/examples/" + example + "/display.xml";
+    return sourceFolder() + "/examples/" + example + "/display.xml";
 }
 
 /// The channels of an example by name, with a grid of so many targets.
@@ -156,7 +157,7 @@ TEST(LocatorExamples, TargetsOfTheWarpedWallLieAtTheNodesOfItsMaps) {
 
 TEST(LocatorExamples, TheMapsOfTheWarpedWallAreThoseOfItsGenerator) {
     for (const char* channel : {"left", "right"}) {
-        const std::string folder = SM_SOURCE_DIR "/examples/warped-wall/";
+        const std::string folder = sourceFolder() + "/examples/warped-wall/";
         const ProgramRun compared = runProgram(
             "/bin/sh", {"-c", "sh '" + folder + "generate.sh' " + channel + " | cmp - '" + folder + channel + ".map'"});
         EXPECT_EQ(compared.exitCode, 0) << compared.output << compared.errors;

@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 const std::string WALL = EXAMPLES + "planar-wall/display.xml";
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -214,7 +215,7 @@ TEST_F(LogOption, WhereAStreamLeadsIsRefused) {
     for (const char* redirection : {">> \"$1\"", "2>> \"$1\"", "< \"$1\""}) {
         const ProgramRun run = runProgram(
             "/bin/sh",
-            {"-c", std::string("\"$0\" check \"$2\" --log \"$1\" ") + redirection, SM_PROGRAM, path(), WALL});
+            {"-c", std::string("\"$0\" check \"$2\" --log \"$1\" ") + redirection, programFile(), path(), WALL});
         EXPECT_EQ(run.exitCode, 2) << redirection;
     }
     EXPECT_EQ(linesOf(log()).size(), linesOf(before).size() + 1) << "the message of the second run on standard error";
@@ -234,7 +235,7 @@ TEST_F(LogOption, ALogThatTakesNoMoreIsAFaultOfTheOutput) {
     folder.write("run.log", opening + "# " + std::string(512 - opening.size() - 3, '.') + "\n");
     const std::string limited = "trap '' XFSZ; ulimit -f 1; \"$0\" check \"$2\" --log \"$1\"";
     const auto run = [&](const std::string& command, const std::string& display) {
-        return runProgram("/bin/sh", {"-c", command, SM_PROGRAM, path(), display});
+        return runProgram("/bin/sh", {"-c", command, programFile(), path(), display});
     };
     const ProgramRun right = run("(" + limited + ") | cat", WALL);
     EXPECT_EQ(right.errors, "error: --log " + path() + ": cannot be written any further: File too large\n");

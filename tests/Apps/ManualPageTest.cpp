@@ -1,4 +1,5 @@
 #include "ProgramRun.h"
+#include "support/TestPaths.h"
 
 #include <gtest/gtest.h>
 
@@ -16,14 +17,14 @@ std::set<std::string> longOptions(const std::string& text) {
 
 TEST(ManualPage, IsWellFormed) {
     const ProgramRun run =
-        runProgram("/bin/sh", {"-c", "MANROFFSEQ='' MANWIDTH=100 man --warnings -E UTF-8 -l -Tutf8 -Z " SM_SOURCE_DIR
-                                     "/docs/screenmanager.1 > /dev/null"});
+        runProgram("/bin/sh", {"-c", "MANROFFSEQ='' MANWIDTH=100 man --warnings -E UTF-8 -l -Tutf8 -Z " +
+                                         sourceFolder() + "/docs/screenmanager.1 > /dev/null"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.errors, "");
 }
 
 TEST(ManualPage, ShowsNothingButCommandsAsExamples) {
-    std::ifstream page(SM_SOURCE_DIR "/docs/screenmanager.1");
+    std::ifstream page(sourceFolder() + "/docs/screenmanager.1");
     bool isExample = false;
     int commands = 0;
     for (std::string line, before; std::getline(page, line); before = line) {
@@ -45,8 +46,8 @@ TEST(ManualPage, ShowsNothingButCommandsAsExamples) {
 }
 
 TEST(ManualPage, NamesEveryOptionOfTheHelp) {
-    const ProgramRun page = runProgram(
-        "/bin/sh", {"-c", "MANWIDTH=200 man -E ascii -l " SM_SOURCE_DIR "/docs/screenmanager.1 | sed 's/.\x08//g'"});
+    const ProgramRun page = runProgram("/bin/sh", {"-c", "MANWIDTH=200 man -E ascii -l " + sourceFolder() +
+                                                             "/docs/screenmanager.1 | sed 's/.\x08//g'"});
     ASSERT_EQ(page.exitCode, 0);
     std::set<std::string> options;
     options.merge(longOptions(runScreenManager({"--help"}).output));

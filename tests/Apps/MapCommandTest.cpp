@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 const std::string PLANAR = EXAMPLES + "planar-wall/display.xml";
 const std::string DOME = EXAMPLES + "spherical-dome/display.xml";
 
@@ -40,8 +41,8 @@ protected:
     /// The same, with a text on standard input, in a shell.
     ProgramRun mapFrom(const std::string& text, const std::string& arguments = "") {
         m_folder.write("input", text);
-        return runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " map '" + m_file + "' --channel Left " +
-                                                arguments + " < '" + m_folder.file("input") + "'"});
+        return runProgram("/bin/sh", {"-c", programFile() + " map '" + m_file + "' --channel Left " + arguments +
+                                                " < '" + m_folder.file("input") + "'"});
     }
 
     const TemporaryFolder m_folder;

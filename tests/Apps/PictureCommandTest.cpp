@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "support/PngImage.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 const std::string DOME = EXAMPLES + "spherical-dome/display.xml";
 
 std::string contents(const std::string& path) {
@@ -68,15 +69,15 @@ TEST(PictureCommand, NothingToDrawIsAPictureThatSaysSo) {
 
 // The picture that opens the README shows what the program draws. Compilers may round a pixel on an edge differently.
 TEST(PictureCommand, ThePictureOfTheReadmeIsItsOwn) {
-    EXPECT_THAT(contents(SM_SOURCE_DIR "/README.md"), HasSubstr("](docs/spherical-dome.png)"));
+    EXPECT_THAT(contents(sourceFolder() + "/README.md"), HasSubstr("](docs/spherical-dome.png)"));
     const TemporaryFolder folder;
-    ASSERT_EQ(runProgram("/bin/sh", {"-c", "cd " SM_SOURCE_DIR " && " SM_PROGRAM
-                                           " picture examples/spherical-dome/display.xml -o '" +
+    ASSERT_EQ(runProgram("/bin/sh", {"-c", "cd " + sourceFolder() + " && " + programFile() +
+                                               " picture examples/spherical-dome/display.xml -o '" +
                                                folder.file("dome.png") + "'"})
                   .exitCode,
               0);
     const PngImage drawn = PngImage::read(folder.read("dome.png"));
-    const PngImage kept = PngImage::read(contents(SM_SOURCE_DIR "/docs/spherical-dome.png"));
+    const PngImage kept = PngImage::read(contents(sourceFolder() + "/docs/spherical-dome.png"));
     ASSERT_EQ(drawn.bytes.size(), kept.bytes.size());
     std::size_t different = 0;
     for (std::size_t i = 0; i < drawn.bytes.size(); ++i) {

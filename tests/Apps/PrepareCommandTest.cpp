@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -186,8 +187,8 @@ TEST_F(ThePrepareCommand, AFullDiskIsReportedAndExitsWithFour) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const std::string file = folder.write("display.xml", twoProjectors(left.port(), right.port()));
-    const ProgramRun run = runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " prepare " + file +
-                                                            " black --timeout " + PATIENT + " > /dev/full"});
+    const ProgramRun run = runProgram(
+        "/bin/sh", {"-c", programFile() + " prepare " + file + " black --timeout " + PATIENT + " > /dev/full"});
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
 }

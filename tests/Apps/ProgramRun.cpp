@@ -1,4 +1,5 @@
 #include "ProgramRun.h"
+#include "support/TestPaths.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -104,11 +105,11 @@ ProgramRun runProgram(const std::string& program, const std::vector<std::string>
 
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,
                             const std::map<std::string, std::string>& environment) {
-    return runProgram(SM_PROGRAM, arguments, environment);
+    return runProgram(programFile(), arguments, environment);
 }
 
 ProgramRun runScreenManagerUnder(const RunConditions& conditions, const std::vector<std::string>& arguments) {
-    return runProgramUnder(conditions, SM_PROGRAM, arguments);
+    return runProgramUnder(conditions, programFile(), arguments);
 }
 
 std::vector<std::string> commandsOfTheProgram() {

@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "ReadmeText.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 #include "support/pjlink_simulator/PjlinkSimulator.h"
 
 #include <gtest/gtest.h>
@@ -14,8 +15,8 @@ namespace {
 TEST(Readme, ItsCommandsForTwoProjectorsPrintWhatItSays) {
     auto [commands, output] = readme::Section::named("projectors");
     const TemporaryFolder folder;
-    commands = readme::replaced(commands, "build/release/tests/support/pjlink_simulator/pjlink_simulator",
-                                SM_PJLINK_SIMULATOR);
+    commands =
+        readme::replaced(commands, "build/release/tests/support/pjlink_simulator/pjlink_simulator", simulatorFile());
     // The simulators end with the shell instead of living on after the test.
     commands = readme::replaced(commands, "sleep 60 |", "tail --pid=$$ -s 0.1 -f /dev/null |");
     for (const char* port : {"14351", "14352"}) {

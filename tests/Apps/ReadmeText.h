@@ -4,12 +4,13 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include "support/TestPaths.h"
 
 /// The commands of the README and what it says that they print, for tests that run them.
 namespace readme {
 
 inline std::string text() {
-    std::ifstream in(SM_SOURCE_DIR "/README.md", std::ios::binary);
+    std::ifstream in(sourceFolder() + "/README.md", std::ios::binary);
     std::ostringstream content;
     content << in.rdbuf();
     return content.str();
@@ -49,8 +50,8 @@ struct Section {
         const std::string commands = between(section, "```sh\n", "```\n");
         const std::string output =
             between(section.substr(section.find(commands) + commands.size() + 4), "```\n", "```\n");
-        std::string runnable = replaced(commands, "build/release/Apps/screenmanager/screenmanager", SM_PROGRAM);
-        runnable = replaced(runnable, " examples/", " " SM_SOURCE_DIR "/examples/");
+        std::string runnable = replaced(commands, "build/release/Apps/screenmanager/screenmanager", programFile());
+        runnable = replaced(runnable, " examples/", " " + sourceFolder() + "/examples/");
         return {runnable, output};
     }
 };

@@ -2,6 +2,7 @@
 // (SM_EXTRA_DATA).
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::string DATA = SM_EXTRA_DATA;
+const std::string DATA = extraData();
 
 class RealFiles : public testing::Test {
 protected:

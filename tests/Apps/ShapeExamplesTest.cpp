@@ -1,6 +1,7 @@
 // The example displays of the shapes that are given by numbers: targets must satisfy the equation of each, written down
 // here from the numbers in the files.
 #include "ProgramRun.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ using Place = std::array<double, 3>;
 constexpr double WRITTEN = 1e-9;
 
 std::string file(const std::string& example) {
-    return SM_SOURCE_DIR "/examples/" + example + "/display.xml";
+    return sourceFolder() + "/examples/" + example + "/display.xml";
 }
 
 /// All targets of a kind, "grid" or "boundary", of all channels.

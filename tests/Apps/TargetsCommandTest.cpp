@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,7 +16,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 const std::string PLANAR = EXAMPLES + "planar-wall/display.xml";
 const std::string CURVED = EXAMPLES + "curved-wall/display.xml";
 
@@ -77,8 +78,7 @@ TEST(TargetsCommand, AnUnwritableFileExitsWithFour) {
     const ProgramRun run = runScreenManager({"targets", PLANAR, "-o", "/nowhere/targets.csv"});
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, HasSubstr("/nowhere/targets.csv: Unable to write"));
-    const ProgramRun full =
-        runProgram("/bin/sh", {"-c", std::string(SM_PROGRAM) + " targets '" + PLANAR + "' > /dev/full"});
+    const ProgramRun full = runProgram("/bin/sh", {"-c", programFile() + " targets '" + PLANAR + "' > /dev/full"});
     EXPECT_EQ(full.exitCode, 4);
 }
 
@@ -115,8 +115,8 @@ TEST(TargetsCommand, NeverOverwritesAFileOfTheDisplay) {
 TEST(TargetsCommand, ARedirectedDescriptorKeepsWhatItHasBeenGiven) {
     const TemporaryFolder folder;
     const std::string log = folder.write("log.txt", "earlier\n");
-    const ProgramRun run = runProgram(
-        "/bin/sh", {"-c", std::string(SM_PROGRAM) + " targets '" + PLANAR + "' -q -o /dev/stdout >> '" + log + "'"});
+    const ProgramRun run =
+        runProgram("/bin/sh", {"-c", programFile() + " targets '" + PLANAR + "' -q -o /dev/stdout >> '" + log + "'"});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_THAT(folder.read("log.txt"), StartsWith("earlier\nchannel,projector,kind,"));
 }
@@ -176,7 +176,7 @@ TEST(TargetsCommand, VerboseTellsWhatTheLibraryDoes) {
 
 TEST(TargetsCommand, TheFilesOfTheCurvedWallAreThoseOfItsGenerator) {
     const TemporaryFolder folder;
-    ASSERT_EQ(runProgram(SM_EXAMPLE_GENERATOR, {folder.path()}).exitCode, 0);
+    ASSERT_EQ(runProgram(exampleGenerator(), {folder.path()}).exitCode, 0);
     for (const char* name : {"wall.obj", "wall-measured.obj", "wall-scan.pcd"}) {
         const ProgramRun compared = runProgram("/usr/bin/cmp", {folder.file(name), EXAMPLES + "curved-wall/" + name});
         EXPECT_EQ(compared.exitCode, 0) << compared.output;

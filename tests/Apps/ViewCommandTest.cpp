@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 
 nlohmann::json dataOf(const std::string& page) {
     const std::string start = "id=\"scene\">";

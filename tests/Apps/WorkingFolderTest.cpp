@@ -1,5 +1,6 @@
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,7 +17,7 @@ namespace {
 
 using testing::StartsWith;
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 
 /// Every command, as far as it goes without projectors.
 const std::vector<std::vector<std::string>> COMMANDS{
@@ -46,7 +47,7 @@ ProgramRun runIn(const std::string& folder, const std::vector<std::string>& comm
 
 ProgramRun runScreenManagerIn(const std::string& folder, const std::vector<std::string>& arguments,
                               const std::map<std::string, std::string>& environment = {}) {
-    std::vector<std::string> command{SM_PROGRAM};
+    std::vector<std::string> command{programFile()};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return runIn(folder, command, environment);
 }
@@ -141,7 +142,7 @@ TEST_F(LogConfiguration, EmptiesAFileWhenTheSearchIsBroughtBack) {
 /// The libraries that the loader finds for the program, by the names that it searches for.
 std::vector<std::string> librariesOfTheProgram() {
     const ProgramRun run =
-        runProgram("/bin/sh", {"-c", "ldd \"$0\" | sed -n 's/^[[:space:]]*\\([^ ]*\\) => .*/\\1/p'", SM_PROGRAM});
+        runProgram("/bin/sh", {"-c", "ldd \"$0\" | sed -n 's/^[[:space:]]*\\([^ ]*\\) => .*/\\1/p'", programFile()});
     std::istringstream lines(run.output);
     std::vector<std::string> names;
     for (std::string name; std::getline(lines, name);) {

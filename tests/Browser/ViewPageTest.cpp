@@ -1,5 +1,6 @@
 // The page of `screenmanager view` in a real browser: what a user does with it, and what the user sees.
 #include "HeadlessBrowser.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,11 +23,11 @@ constexpr int SAME_COLOUR = 2;
 constexpr PngImage::Colour ORANGE{230, 159, 0};
 constexpr PngImage::Colour BLUE{86, 180, 233};
 
-const std::string EXAMPLES = SM_SOURCE_DIR "/examples/";
+const std::string EXAMPLES = sourceFolder() + "/examples/";
 
 /// Runs the program; answers its exit code.
 int runProgram(const std::string& arguments) {
-    const int status = std::system((std::string(SM_PROGRAM) + " --quiet " + arguments).c_str());
+    const int status = std::system((programFile() + " --quiet " + arguments).c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

@@ -1,5 +1,6 @@
 #include "Configuration/detail/DisplayFormat.h"
 #include "Samples.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ using Veltrani::ElementRule;
 using Veltrani::VariantRule;
 
 std::string page() {
-    std::ifstream in(SM_DOCS_FOLDER "/configuration.md", std::ios::binary);
+    std::ifstream in(sourceFolder() + "/docs/configuration.md", std::ios::binary);
     if (!in) {
         throw std::runtime_error("the page cannot be read");
     }

@@ -3,6 +3,7 @@
 #include "Configuration/detail/XmlDocument.h"
 #include "Configuration/detail/XmlNode.h"
 #include "Samples.h"
+#include "support/TestPaths.h"
 
 #include <gtest/gtest.h>
 #include <libxml/relaxng.h>
@@ -29,7 +30,7 @@ class Schema {
 public:
     Schema() {
         const std::unique_ptr<xmlRelaxNGParserCtxt, decltype(&xmlRelaxNGFreeParserCtxt)> parser(
-            xmlRelaxNGNewParserCtxt(SM_DOCS_FOLDER "/display.rng"), xmlRelaxNGFreeParserCtxt);
+            xmlRelaxNGNewParserCtxt((sourceFolder() + "/docs/display.rng").c_str()), xmlRelaxNGFreeParserCtxt);
         m_schema.reset(xmlRelaxNGParse(parser.get()));
         if (m_schema == nullptr) {
             throw std::runtime_error("the schema cannot be read");

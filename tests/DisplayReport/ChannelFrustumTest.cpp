@@ -10,6 +10,7 @@
 #include "ScreenManager/TargetLocatorManager.h"
 #include "support/LogTrap.h"
 #include "support/ProjectorConfigDouble.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -85,7 +86,7 @@ TEST_F(ChannelFrustumTest, FollowsTheModelOfItsLens) {
 
 // Two routes: rays go from the picture to the screen, the model back from the screen into the picture.
 TEST_F(ChannelFrustumTest, TheModelSeesTheCornersOfAFrustumInTheCornersOfItsPicture) {
-    const std::string lens = SM_EXAMPLES "/lens-cylinder/lens.yml";
+    const std::string lens = sourceFolder() + "/examples/lens-cylinder/lens.yml";
     const std::pair<std::string, std::wstring> models[] = {
         {"<ProjectionModel name='Equidistant'/>", L"Equidistant"},
         {"<ProjectionModel name='BrownConrady' file='" + lens + "'/>",

@@ -5,6 +5,7 @@
 #include "LitDisplays.h"
 #include "ScreenManager/PlanarTargetLocator.h"
 #include "ScreenManager/TargetLocator.h"
+#include "support/TestPaths.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ private:
 // The two ways are computed apart; a picture that is upside down in one of them fails here.
 TEST_P(ChannelLightKindTest, OfEveryExampleIsLitWhereItLands) {
     const auto [example, landing] = GetParam();
-    m_config = XMLConfigFile::load(SM_EXAMPLES "/" + example + "/display.xml");
+    m_config = XMLConfigFile::load(sourceFolder() + "/examples/" + example + "/display.xml");
     ASSERT_TRUE(ScreenLoader::load(*m_config).empty());
     int landed = 0;
     for (const auto& light : lights()) {

@@ -4,6 +4,7 @@
 #include "ScreenManager/ScreenManager.h"
 #include "support/LogTrap.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -25,7 +26,7 @@ protected:
 
 TEST_F(DisplayCheckTest, TheExamplesHaveNoFaults) {
     for (const char* example : {"planar-wall", "curved-wall"}) {
-        const auto description = DisplayCheck::ofFile(std::string(SM_EXAMPLES "/") + example + "/display.xml");
+        const auto description = DisplayCheck::ofFile(sourceFolder() + "/examples/" + example + "/display.xml");
         EXPECT_TRUE(description.readable);
         EXPECT_THAT(description.faults, IsEmpty()) << example;
         EXPECT_GE(description.channels.size(), 4U) << example;

@@ -14,6 +14,7 @@
 #include "support/LogTrap.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -44,7 +45,7 @@ protected:
     }
 
     void load(const std::string& example) {
-        m_config = XMLConfigFile::load(SM_EXAMPLES "/" + example + "/display.xml");
+        m_config = XMLConfigFile::load(sourceFolder() + "/examples/" + example + "/display.xml");
         EXPECT_THAT(ScreenLoader::load(*m_config), IsEmpty());
     }
 
@@ -178,7 +179,7 @@ TEST_F(ExampleMaps, AWarpOfAMapFileReadsBackAsTheMapFile) {
         const CustomPlanarScreenToChannelMap written(Veltrani::fromUtf8(folder.write("written.map", text.str())),
                                                      nullptr);
         const CustomPlanarScreenToChannelMap original(
-            Veltrani::fromUtf8(std::string(SM_EXAMPLES "/warped-wall/") + name + ".map"), nullptr);
+            Veltrani::fromUtf8(sourceFolder() + "/examples/warped-wall/" + name + ".map"), nullptr);
         for (int row = 0; row <= 37; ++row) {
             for (int column = 0; column <= 53; ++column) {
                 const P2 pixel{1920.0 * column / 53, 1200.0 * row / 37};

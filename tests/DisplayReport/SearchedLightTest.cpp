@@ -1,6 +1,7 @@
 #include "DisplayReport/SearchedLight.h"
 
 #include "LitDisplays.h"
+#include "support/TestPaths.h"
 
 namespace {
 
@@ -44,7 +45,7 @@ TEST_F(SearchedLightTest, ATableBendsTheLight) {
 }
 
 TEST_F(SearchedLightTest, TheLightOfTheExampleIsFoundBackAllOver) {
-    m_config = XMLConfigFile::load(SM_EXAMPLES "/collimated/display.xml");
+    m_config = XMLConfigFile::load(sourceFolder() + "/examples/collimated/display.xml");
     ASSERT_TRUE(ScreenLoader::load(*m_config).empty());
     for (const auto& light : lights()) {
         EXPECT_EQ(expectLitWhereItLands(*light), 31 * 21);

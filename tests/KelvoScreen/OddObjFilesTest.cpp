@@ -1,5 +1,6 @@
 #include "KelvoScreen/OBJScreen.h"
 #include "KelvoScreen/ObjLoadException.h"
+#include "support/TestPaths.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@
 #include <string>
 #include <vector>
 
-/// Real files, named by the build variable SM_EXTRA_DATA: those of other programs, odd ones and broken ones.
+/// Real files, named by the variable SM_EXTRA_DATA: those of other programs, odd ones and broken ones.
 namespace {
 
 using P3 = Point<double, 3>;
@@ -18,13 +19,13 @@ using P3 = Point<double, 3>;
 class OddObjFiles : public testing::Test {
 protected:
     void SetUp() override {
-        if (std::string(SM_EXTRA_DATA).empty()) {
+        if (extraData().empty()) {
             GTEST_SKIP() << "no folder with further data is configured";
         }
     }
 
     static std::string textOf(const std::string& name) {
-        std::ifstream file(std::filesystem::path(SM_EXTRA_DATA) / name, std::ios::binary);
+        std::ifstream file(std::filesystem::path(extraData()) / name, std::ios::binary);
         EXPECT_TRUE(file.is_open()) << name;
         std::ostringstream text;
         text << file.rdbuf();
@@ -155,10 +156,10 @@ TEST_F(OddObjFiles, RefusesBrokenFilesWithTheLineOfTheFault) {
 /// Whatever else lies in the folder is read or refused with a line.
 TEST_F(OddObjFiles, EveryFileIsReadOrRefused) {
     int seen = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(SM_EXTRA_DATA)) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(extraData())) {
         if (entry.path().extension() == ".obj") {
             ++seen;
-            const std::string name = std::filesystem::relative(entry.path(), SM_EXTRA_DATA).string();
+            const std::string name = std::filesystem::relative(entry.path(), extraData()).string();
             const std::string fault = faultOf(name);
             EXPECT_TRUE(fault.empty() || fault.starts_with("line ")) << name << ": " << fault;
         }

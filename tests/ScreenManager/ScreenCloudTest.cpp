@@ -7,6 +7,7 @@
 #include "support/AllocationFault.h"
 #include "support/LogTrap.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -410,7 +411,7 @@ TEST_F(PcdWidthTest, ANanMakesItNan) {
 }
 
 TEST_F(PcdWidthTest, RealScansHaveTheWidthOfTheirCovariance) {
-    const std::string data = SM_EXTRA_DATA;
+    const std::string data = extraData();
     if (data.empty()) {
         GTEST_SKIP() << "no further data configured";
     }

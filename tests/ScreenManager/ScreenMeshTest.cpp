@@ -10,6 +10,7 @@
 #include "support/LogTrap.h"
 #include "support/ScreenGeometryDouble.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -335,7 +336,7 @@ TEST_F(ScreenMeshTest, TheLoggerOfTheScreenExistsFromTheStart) {
 }
 
 TEST_F(ScreenMeshTest, RealMeshesAreLoaded) {
-    const std::string data = SM_EXTRA_DATA;
+    const std::string data = extraData();
     if (data.empty()) {
         GTEST_SKIP() << "no further data configured";
     }

@@ -4,6 +4,7 @@
 #include "Common/VeltraniException.h"
 #include "PcdSamples.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -218,7 +219,7 @@ TEST_F(PcdCheckTest, ManyMegabytesOfLineFeedsAreStillABinaryCloud) {
 }
 
 TEST_F(PcdCheckTest, RealScansPass) {
-    const std::string data = SM_EXTRA_DATA;
+    const std::string data = extraData();
     if (data.empty()) {
         GTEST_SKIP() << "no further data configured";
     }

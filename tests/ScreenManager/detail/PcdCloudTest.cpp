@@ -5,6 +5,7 @@
 #include "PcdSamples.h"
 #include "support/AllocationFault.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -387,7 +388,7 @@ std::vector<Misread> misread() {
 }
 
 TEST_F(PcdCloudTest, WhatTheReaderMisreadsIsRefusedAndStandsInThePage) {
-    std::ifstream file(SM_SOURCE_DIR "/docs/point-clouds.md");
+    std::ifstream file(sourceFolder() + "/docs/point-clouds.md");
     const std::string page{std::istreambuf_iterator<char>(file), {}};
     for (const Misread& row : misread()) {
         EXPECT_TRUE(readByLibrary(row.content).has_value()) << row.row << ": the reader refuses it itself";

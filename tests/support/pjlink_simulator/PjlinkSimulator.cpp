@@ -1,5 +1,7 @@
 #include "support/pjlink_simulator/PjlinkSimulator.h"
 
+#include "support/TestPaths.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
@@ -27,7 +29,7 @@ std::array<int, 2> makePipe() {
 
 PjlinkSimulator::PjlinkSimulator(std::vector<std::string> options) {
     const std::string journalFile = m_folder.write(JOURNAL, "");
-    options.insert(options.begin(), {SM_PJLINK_SIMULATOR, "--journal", journalFile});
+    options.insert(options.begin(), {simulatorFile(), "--journal", journalFile});
     std::vector<char*> arguments;
     for (std::string& option : options) {
         arguments.push_back(option.data());
@@ -40,7 +42,7 @@ PjlinkSimulator::PjlinkSimulator(std::vector<std::string> options) {
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-    const int fault = ::posix_spawn(&m_process, SM_PJLINK_SIMULATOR, &actions, nullptr, arguments.data(), environ);
+    const int fault = ::posix_spawn(&m_process, simulatorFile().c_str(), &actions, nullptr, arguments.data(), environ);
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(input[0]);
     ::close(output[1]);
