@@ -20,16 +20,22 @@ constexpr double LARGEST_PACKET_ROUNDING = 1e-7;
 /// they are faster one by one).
 constexpr double LARGEST_PACKET_SPREAD = 8;
 
+/// Notes their shapes as they are visited.
 class TrianglesWithArea final : public TriangleIndex::Source {
 public:
-    explicit TrianglesWithArea(const TriangleMesh& mesh) : m_mesh(mesh) {}
+    TrianglesWithArea(const TriangleMesh& mesh, TriangleShapes& shapes) : m_mesh(mesh), m_shapes(shapes) {}
     bool corners(std::uint32_t triangle, Corners& out) const override {
         out = cornersOf(m_mesh, triangle);
-        return hasArea(out);
+        const TriangleShape shape(out);
+        if (shape.hasArea()) {
+            m_shapes.add(m_mesh, triangle, shape);
+        }
+        return shape.hasArea();
     }
 
 private:
     const TriangleMesh& m_mesh;
+    TriangleShapes& m_shapes;
 };
 
 /// A ray whose origin was moved forward by `skipped` to where the mesh begins.
@@ -44,8 +50,10 @@ struct MovedRay {
 class HitCollector final : public TriangleIndex::RayVisitor {
 public:
     /// @param best empty; receives the nearest hit, whose t counts from the moved origin
-    HitCollector(const TriangleMesh& mesh, const MovedRay& ray, std::optional<int> side, std::optional<MeshPoint>& best)
+    HitCollector(const TriangleMesh& mesh, const TriangleShapes& shapes, const MovedRay& ray, std::optional<int> side,
+                 std::optional<MeshPoint>& best)
         : m_mesh(mesh),
+          m_shapes(shapes),
           m_ray(ray),
           m_best(best),
           m_probe(ray.origin, ray.direction, ray.rounding),
@@ -60,7 +68,12 @@ public:
         const Point<double, 3>& c = m_mesh.vertices[index[2]];
         Meeting meeting;
         if (m_probe.meets(a, b, c, meeting) && isNearer(triangle, meeting.t)) {
-            keepIfSeen({a, b, c}, meeting, triangle);
+            const Corners corners{a, b, c};
+            if (m_shapes.isNeedle(triangle)) {
+                keepNeedle(corners, meeting, triangle);
+            } else {
+                keepIfSeen(corners, plainAreaVector(corners), meeting, triangle);
+            }
         }
         return m_reach;
     }
@@ -71,15 +84,21 @@ private:
     }
 
     /// Leaves out triangles that the ray sees edge-on or from the side that is not wanted.
-    void keepIfSeen(const Corners& corners, const Meeting& meeting, std::uint32_t triangle) {
-        const Point<double, 3> area = areaVector(corners);
+    void keepIfSeen(const Corners& corners, const Point<double, 3>& area, const Meeting& meeting,
+                    std::uint32_t triangle) {
         if (isSeen(m_heading, area) && (!m_side || *m_side == sideOfSurface(m_heading, area))) {
             m_best.emplace(MeshPoint{pointWithWeights(corners, meeting.weights), area, meeting.t, triangle});
             m_reach = meeting.t;
         }
     }
 
+    /// Apart, so that the numbers of all other triangles stay in registers.
+    [[gnu::noinline]] void keepNeedle(const Corners& corners, const Meeting& meeting, std::uint32_t triangle) {
+        keepIfSeen(corners, accurateAreaVector(corners), meeting, triangle);
+    }
+
     const TriangleMesh& m_mesh;
+    const TriangleShapes& m_shapes;
     const MovedRay& m_ray;
     std::optional<MeshPoint>& m_best;
     RayProbe m_probe;
@@ -118,7 +137,7 @@ private:
 
 MeshSurface::MeshSurface(const TriangleMesh& mesh)
     : m_mesh(mesh),
-      m_index(static_cast<std::uint32_t>(mesh.triangles.size()), TrianglesWithArea(mesh)),
+      m_index(static_cast<std::uint32_t>(mesh.triangles.size()), TrianglesWithArea(mesh, m_shapes)),
       m_largestCoordinate(m_index.box().largestCoordinate()) {}
 
 std::optional<MeshPoint> MeshSurface::nearestHit(const Point<double, 3>& from, const Point<double, 3>& to,
@@ -131,7 +150,7 @@ std::optional<MeshPoint> MeshSurface::nearestHit(const Point<double, 3>& from, c
     }
     ray.origin += ray.skipped * ray.direction;
     ray.rounding = ROUNDING * std::max(m_largestCoordinate, largestComponent(from));
-    HitCollector collector(m_mesh, ray, side, best);
+    HitCollector collector(m_mesh, m_shapes, ray, side, best);
     m_index.alongRay(ray.origin, ray.direction, end - ray.skipped, collector);
     if (best) {
         best->t = std::max(0.0, ray.skipped + best->t);
@@ -141,6 +160,7 @@ std::optional<MeshPoint> MeshSurface::nearestHit(const Point<double, 3>& from, c
 
 void MeshSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
     const PacketTarget target{m_mesh,
+                              m_shapes,
                               m_index.box(),
                               m_index.clipMargin(),
                               LARGEST_PACKET_ROUNDING * m_index.box().halfSize(),

@@ -45,6 +45,7 @@ private:
     [[nodiscard]] SurfaceHit surfaceHit(const Ray& ray) const;
 
     const TriangleMesh& m_mesh;
+    TriangleShapes m_shapes;  ///< filled while the index is built
     TriangleIndex m_index;
     double m_largestCoordinate;
 };

@@ -1,6 +1,5 @@
 #include "KelvoScreen/detail/RayPacket.h"
 
-#include "KelvoScreen/detail/MeshCorners.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
 
@@ -24,6 +23,10 @@ constexpr int FEWEST = 4;
 
 constexpr double YES = -1;
 constexpr double NO = 1;
+
+Point<double, 3> pointAt(const LanePoints& points, std::size_t lane) {
+    return {points[0][lane], points[1][lane], points[2][lane]};
+}
 
 }  // namespace
 
@@ -198,7 +201,8 @@ LaneMask RayPacket::visit(std::uint32_t triangle, LaneMask lanes) {
     if (possible == 0) {
         return 0;
     }
-    target.area = areaVector({target.a, target.b, target.c});
+    const Corners corners{target.a, target.b, target.c};
+    target.area = m_target.shapes.isNeedle(triangle) ? accurateAreaVector(corners) : plainAreaVector(corners);
     LaneMask touching = 0;
     LaneMask nearer = keepNearer(target, possible, touching);
     forEachLane(touching, [&](std::size_t i) { nearer |= touch(target, i) ? LaneMask{1} << i : 0; });
@@ -286,10 +290,7 @@ KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, L
 
 /// A ray that passes on or near an edge, for which `RayProbe` decides.
 bool RayPacket::touch(const Target& target, std::size_t lane) {
-    const auto pointOf = [lane](const LanePoints& points) {
-        return Point<double, 3>{points[0][lane], points[1][lane], points[2][lane]};
-    };
-    const RayProbe probe(pointOf(m_rays.origin), pointOf(m_direction), m_rounding[lane]);
+    const RayProbe probe(pointAt(m_rays.origin, lane), pointAt(m_direction, lane), m_rounding[lane]);
     Meeting meeting;
     if (!probe.meets(target.a, target.b, target.c, meeting)) {
         return false;
@@ -297,7 +298,7 @@ bool RayPacket::touch(const Target& target, std::size_t lane) {
     const bool isNearer =
         m_skipped[lane] + meeting.t >= m_earliest[lane] &&
         (meeting.t < m_reach[lane] || (meeting.t == m_reach[lane] && target.triangle < m_triangle[lane]));
-    if (!isNearer || !isSeen(pointOf(m_rays.heading), target.area)) {
+    if (!isNearer || !isSeen(pointAt(m_rays.heading, lane), target.area)) {
         return false;
     }
     m_reach[lane] = meeting.t;
@@ -348,6 +349,21 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete() {
     }
 }
 
+/// The normal of a needle takes more than rounded arithmetic; other triangles are left as they are.
+void RayPacket::completeNeedle(std::size_t lane) {
+    const auto triangle = static_cast<std::uint32_t>(m_triangle[lane]);
+    if (!m_target.shapes.isNeedle(triangle)) {
+        return;
+    }
+    Completion& found = m_completion;
+    const Point<double, 3> area = accurateAreaVector(cornersOf(m_target.mesh, triangle));
+    const Point<double, 3> normal = area * (1 / norm(area));
+    for (std::size_t k = 0; k < 3; ++k) {
+        found.normal[k][lane] = normal[k];
+    }
+    found.along[lane] = dot(pointAt(m_direction, lane), normal);
+}
+
 void RayPacket::finish(std::span<SurfaceHit> hits) {
     const LaneMask met = m_active != 0 ? metLanes() : 0;
     const LaneMask given = ALL_LANES >> (LANES - hits.size());
@@ -357,6 +373,9 @@ void RayPacket::finish(std::span<SurfaceHit> hits) {
     }
     gather(met);
     complete();
+    if (m_target.shapes.hasNeedles) {
+        forEachLane(met, [&](std::size_t i) { completeNeedle(i); });
+    }
     forEachLane(met, [&, &found = m_completion](std::size_t i) {
         const int side = found.along[i] > 0 ? 1 : found.along[i] < 0 ? -1 : 0;
         hits[i] = {{found.point[0][i], found.point[1][i], found.point[2][i]},

@@ -4,6 +4,7 @@
 #include "KelvoScreen/TriangleMesh.h"
 #include "KelvoScreen/detail/Box.h"
 #include "KelvoScreen/detail/Lanes.h"
+#include "KelvoScreen/detail/MeshCorners.h"
 #include "KelvoScreen/detail/PacketCast.h"
 
 #include <cstddef>
@@ -15,6 +16,7 @@ namespace KelvoScreenDetail {
 /// A mesh as a packet of rays needs to know it.
 struct PacketTarget {
     const TriangleMesh& mesh;
+    const TriangleShapes& shapes;
     Box box;                     ///< around all triangles
     double clipMargin = 0;       ///< length by which the box is enlarged on all sides before rays are clipped to it
     double largestRounding = 0;  ///< rays whose coordinates are rounded by more than this length are refused
@@ -77,6 +79,7 @@ private:
     [[nodiscard]] LaneMask metLanes() const;
     void gather(LaneMask met);
     void complete();
+    void completeNeedle(std::size_t lane);
 
     const PacketTarget& m_target;
     LaneMask m_refused = 0;

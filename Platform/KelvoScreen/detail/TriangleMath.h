@@ -11,17 +11,44 @@ namespace KelvoScreenDetail {
 /// The three corners of a triangle, in the order of its winding.
 using Corners = std::array<Point<double, 3>, 3>;
 
-/// Twice the area along the normal, by the winding: (b - a) x (c - a).
-[[nodiscard]] inline Point<double, 3> areaVector(const Corners& corners) {
+/// (b - a) x (c - a) as it comes, for triangles that are no needles.
+[[nodiscard]] inline Point<double, 3> plainAreaVector(const Corners& corners) {
     return cross(corners[1] - corners[0], corners[2] - corners[0]);
 }
 
+/// The same in twice the precision of a double: right to a few last digits of its length for every triangle that has an
+/// area.
+[[nodiscard]] Point<double, 3> accurateAreaVector(const Corners& corners);
+
+/// Twice the area along the normal, by the winding. Only needles pay for more than rounded arithmetic.
+[[nodiscard]] Point<double, 3> areaVector(const Corners& corners);
+
+/// What the edges tell about a triangle.
+struct TriangleShape {
+    explicit TriangleShape(const Corners& corners);
+
+    /// See the function of the same name.
+    [[nodiscard]] bool hasArea() const { return area2 > leastArea2 && std::isfinite(area2); }
+    /// True when the height over the longest edge is below `ratio` times that edge.
+    [[nodiscard]] bool isThinner(double ratio) const { return area2 < ratio * ratio * longest2 * longest2; }
+
+    /// True when the sine of the angle at the first corner is below 1/256: the terms of the area vector cancel so far
+    /// that rounding them could turn the normal by 2e-13 and more.
+    bool isNeedle;
+    Point<double, 3> area;  ///< `areaVector`
+    double area2;           ///< its square
+    double leastArea2;      ///< what that would be without an area, up to rounding
+    double longest2;        ///< square of the longest edge
+};
+
 /// True when the triangle has an area: its height over its longest edge exceeds what the rounding of its own
 /// coordinates can produce. Three points on a line that are not exact in binary leave such a sliver, whose direction is
-/// noise. False when a corner is not finite, and where the arithmetic ends: extents below 1e-75 or above 1e75 units.
+/// noise. False when a corner is not finite, and where the arithmetic ends: extents below 1e-75 or above 1e75 units,
+/// and of needles twice the area below 1e-150.
 [[nodiscard]] bool hasArea(const Corners& corners);
 
-/// The unit normal by the winding; zero for a triangle without area.
+/// The unit normal by the winding, right to 2e-13, that of a needle to the last digits; zero for a triangle without
+/// area.
 [[nodiscard]] Point<double, 3> unitNormal(const Corners& corners);
 
 /// The point of a triangle nearest to `point`; for a triangle without area the nearest one of its edges. Along an edge
@@ -49,5 +76,12 @@ using Corners = std::array<Point<double, 3>, 3>;
     const double difference = first - second;
     return difference != 0 ? difference : std::fma(px, qy, -first) - std::fma(py, qx, -second);
 }
+
+/// The same to one and a half last digits of the result, however much of the products cancels.
+[[nodiscard]] double accurateEdgeFunction(double px, double py, double qx, double qy);
+
+/// (b - a) x (c - a) in the plane, in twice the precision of a double: the error is below 2^-100 of the product of the
+/// two lengths, or below a last digit of the result.
+[[nodiscard]] double accurateArea(const Point<double, 2>& a, const Point<double, 2>& b, const Point<double, 2>& c);
 
 }  // namespace KelvoScreenDetail

@@ -21,7 +21,8 @@ class RayPacketOnAWall : public testing::Test {
 protected:
     TriangleMesh mesh = meshes::wall(4, 3, 4, 3);
     Box box{{0.0, 0.0, 0.0}, {4.0, 0.0, 3.0}};
-    PacketTarget target{mesh, box, 1e-5, 1e-7, 10, 4};
+    TriangleShapes shapes{4, 2, false, {}};
+    PacketTarget target{mesh, shapes, box, 1e-5, 1e-7, 10, 4};
 
     /// Rays at the wall, a little apart.
     static std::vector<Ray> beside(std::size_t count) {

@@ -1,7 +1,9 @@
 #include "KelvoScreen/detail/TriangleMath.h"
 
+#include "KelvoScreen/ExactOracle.h"
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"
+#include "KelvoScreen/Needles.h"
 
 #include <gtest/gtest.h>
 
@@ -67,6 +69,62 @@ TEST(TriangleMath, TheClosestPointAgreesWithTheOracle) {
     }
 }
 
+TEST(TriangleMath, TheNormalOfANeedleIsRightToItsLastDigitsInEveryOrderOfItsCorners) {
+    oracle::Random random(25);
+    int checked = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const Corners corners = needles::anyTriangle(needles::anyAspect(random), random).corners;
+        for (const Corners& order : {corners, Corners{corners[1], corners[2], corners[0]}}) {
+            if (hasArea(order)) {
+                ++checked;
+                ASSERT_LE(norm(unitNormal(order) - oracle::preciseNormal(order)), 2e-13) << "triangle " << i;
+            }
+        }
+    }
+    EXPECT_GT(checked, 30000);
+}
+
+TEST(TriangleMath, TheClosestPointOfANeedleLiesOnItAndNoneIsNearer) {
+    oracle::Random random(26);
+    int checked = 0;
+    for (int i = 0; i < 40000; ++i) {
+        const needles::Shape shape = needles::anyTriangle(needles::anyAspect(random), random);
+        if (!hasArea(shape.corners)) {
+            continue;
+        }
+        ++checked;
+        const double height = shape.size * std::pow(10, -random.uniform(-2, 16));
+        const Vector point = shape.corners[0] + random.uniform(-0.2, 1.2) * (shape.corners[1] - shape.corners[0]) +
+                             random.uniform(-0.2, 1.2) * (shape.corners[2] - shape.corners[0]) +
+                             height * (i % 2 == 0 ? shape.normal : random.inCube());
+        const Vector closest = closestPoint(shape.corners, point);
+        const double bound = 1e-14 * needles::largestCoordinate(shape.corners, point);
+        ASSERT_LE(oracle::preciseDistance(shape.corners, closest), bound) << "triangle " << i;
+        ASSERT_NEAR(norm(closest - point), oracle::preciseDistance(shape.corners, point), bound) << "triangle " << i;
+    }
+    EXPECT_GT(checked, 30000);
+}
+
+TEST(TriangleMath, BeyondTheTipOfANeedleTheTipIsTheClosestPoint) {
+    oracle::Random random(29);
+    int checked = 0;
+    for (int i = 0; i < 40000; ++i) {
+        const needles::Shape shape = needles::anyTriangle(needles::anyAspect(random), random);
+        if (!hasArea(shape.corners)) {
+            continue;
+        }
+        ++checked;
+        // In line with an edge: beyond its end both edges of a sharp corner are nearer than rounding can tell.
+        const Vector& start = shape.corners[random.below(3)];
+        const Vector point = start + random.uniform(0, 1.5) * (shape.corners[random.below(3)] - start);
+        const Vector closest = closestPoint(shape.corners, point);
+        const double bound = 1e-14 * needles::largestCoordinate(shape.corners, point);
+        ASSERT_LE(oracle::preciseDistance(shape.corners, closest), bound) << "triangle " << i;
+        ASSERT_NEAR(norm(closest - point), oracle::preciseDistance(shape.corners, point), bound) << "triangle " << i;
+    }
+    EXPECT_GT(checked, 30000);
+}
+
 TEST(TriangleMath, OfATriangleWithoutAreaTheEdgesCount) {
     const Corners line{Vector{0.0, 0.0, 0.0}, Vector{1.0, 0.0, 0.0}, Vector{4.0, 0.0, 0.0}};
     EXPECT_EQ(closestPoint(line, {3.0, 2.0, 0.0}), (Vector{3.0, 0.0, 0.0}));
@@ -96,6 +154,34 @@ TEST(EdgeFunction, IsNegatedWhenThePointsAreExchanged) {
         const Vector p = random.inCube();
         const Vector q = random.inCube();
         ASSERT_EQ(edgeFunction(p[0], p[1], q[0], q[1]), -edgeFunction(q[0], q[1], p[0], p[1]));
+    }
+}
+
+/// p, and a point that is nearly on the line through it and the origin.
+std::array<Point<double, 2>, 2> nearlyParallel(oracle::Random& random) {
+    const Point<double, 2> p{random.uniform(-1, 1), random.uniform(-1, 1)};
+    const double turn = std::pow(10, -random.uniform(0, 40));
+    return {p, random.uniform(-3, 3) * p + turn * Point<double, 2>{-p[1], p[0]}};
+}
+
+TEST(EdgeFunction, IsAccurateToTheLastDigitsHoweverMuchCancels) {
+    oracle::Random random(27);
+    for (int i = 0; i < 3000; ++i) {
+        const auto [p, q] = nearlyParallel(random);
+        const double exact = oracle::exactArea({}, p, q);
+        ASSERT_LE(std::abs(accurateEdgeFunction(p[0], p[1], q[0], q[1]) - exact), 4e-16 * std::abs(exact)) << i;
+    }
+}
+
+TEST(AccurateArea, IsThatOfExactArithmeticToTwiceThePrecisionOfADouble) {
+    oracle::Random random(28);
+    for (int i = 0; i < 3000; ++i) {
+        const auto [p, q] = nearlyParallel(random);
+        const Point<double, 2> a{random.uniform(-1, 1), random.uniform(-1, 1)};
+        const Point<double, 2> b = a + p;
+        const Point<double, 2> c = a + q;
+        const double exact = oracle::exactArea(a, b, c);
+        ASSERT_LE(std::abs(accurateArea(a, b, c) - exact), 4e-16 * std::abs(exact) + 0x1p-100 * norm(p) * norm(q)) << i;
     }
 }
 
