@@ -155,7 +155,7 @@ bool FlatScreen::limitToRectangle(const Point<double, 3>& from, const Point<doub
         return true;
     }
     // Measured across the ray: along it, a grazing hit is uncertain by far more than the ray itself.
-    const RayProbe probe(from, to - from, ROUNDING * largestCoordinate(from));
+    const RayProbe probe(from, to - from, ROUNDING * largestCoordinate(from), norm(m_across + m_upward));
     const Corners lower{pointAt(0, 0), pointAt(1, 0), pointAt(1, 1)};
     const Corners upper{pointAt(0, 0), pointAt(1, 1), pointAt(0, 1)};
     for (const Corners& half : {lower, upper}) {

@@ -56,7 +56,7 @@ public:
           m_shapes(shapes),
           m_ray(ray),
           m_best(best),
-          m_probe(ray.origin, ray.direction, ray.rounding),
+          m_probe(ray.origin, ray.direction, ray.rounding, shapes.longestEdge),
           m_heading(ray.direction * (1 / largestComponent(ray.direction))),
           m_earliest(-ray.rounding / largestComponent(ray.direction)),
           m_side(side) {}

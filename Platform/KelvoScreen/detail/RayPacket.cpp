@@ -228,9 +228,12 @@ struct RayPacket::Flat {
         edge0 = bx * cy - by * cx;
         edge1 = cx * ay - cy * ax;
         edge2 = ax * by - ay * bx;
+        x = larger(larger(absolute(ax), absolute(bx)), absolute(cx));
+        y = larger(larger(absolute(ay), absolute(by)), absolute(cy));
     }
     Wide ad, bd, cd;
     Wide edge0, edge1, edge2;
+    Wide x, y;  ///< the largest components across the rays
 };
 
 /// Leaves out only lanes that `RayProbe` would leave out at first sight: their rays pass one edge outside and another
@@ -260,7 +263,8 @@ KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, L
             continue;
         }
         const Flat flat(*this, target, i);
-        const Wide scale = 1 / (flat.edge0 + flat.edge1 + flat.edge2);
+        const Wide area = flat.edge0 + flat.edge1 + flat.edge2;
+        const Wide scale = 1 / area;
         const Wide weight0 = flat.edge0 * scale;
         const Wide weight1 = flat.edge1 * scale;
         const Wide weight2 = flat.edge2 * scale;
@@ -272,13 +276,16 @@ KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, L
         const Wide size2 = area2 * load(m_heading2, i);
         const WideMask inside = (smaller(smaller(flat.edge0, flat.edge1), flat.edge2) > 0) |
                                 (larger(larger(flat.edge0, flat.edge1), flat.edge2) < 0);
+        const WideMask known =
+            flat.x * flat.y * larger(flat.x, flat.y) * WEIGHT_ROUNDING <= load(m_rounding, i) * absolute(area);
         const Wide reach = load(m_reach, i);
         const Wide triangle = load(m_triangle, i);
         const WideMask nearer = (load(m_skipped, i) + t >= load(m_earliest, i)) &
                                 ((t < reach) | ((t == reach) & (target.triangle < triangle)));
         const WideMask seen = along * along > ROUNDING * ROUNDING * size2;
-        const WideMask kept = maskOf(wanted) & inside & nearer & seen;
-        touching |= (wanted & ~bitsOf(inside)) << i;
+        const WideMask clear = inside & known;
+        const WideMask kept = maskOf(wanted) & clear & nearer & seen;
+        touching |= (wanted & ~bitsOf(clear)) << i;
         result |= bitsOf(kept) << i;
         store(m_reach, i, kept ? t : reach);
         store(m_triangle, i, kept ? all(target.triangle) : triangle);
@@ -288,9 +295,10 @@ KELVO_SCREEN_WIDE_VECTORS LaneMask RayPacket::keepNearer(const Target& target, L
     return result;
 }
 
-/// A ray that passes on or near an edge, for which `RayProbe` decides.
+/// A ray that passes on or near an edge, or whose weights are not known, for which `RayProbe` decides.
 bool RayPacket::touch(const Target& target, std::size_t lane) {
-    const RayProbe probe(pointAt(m_rays.origin, lane), pointAt(m_direction, lane), m_rounding[lane]);
+    const RayProbe probe(pointAt(m_rays.origin, lane), pointAt(m_direction, lane), m_rounding[lane],
+                         m_target.shapes.longestEdge);
     Meeting meeting;
     if (!probe.meets(target.a, target.b, target.c, meeting)) {
         return false;

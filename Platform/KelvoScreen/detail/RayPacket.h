@@ -28,7 +28,7 @@ struct PacketTarget {
 ///
 /// Every ray gets the answer of a single search, to the last bit: the arithmetic is that of `Box::clip`, of `RayProbe`
 /// and of the collector of single hits, operation by operation, four rays at a time. What is rare, a ray that touches
-/// an edge or a corner, is left to `RayProbe` itself.
+/// an edge or a corner or sees no more of a triangle than a needle, is left to `RayProbe` itself.
 ///
 /// Rays are refused, to be asked one by one, when they are unusual (parallel to an axis, extremely long or short, not
 /// finite, from far away), when they run most along another axis than the first one, and all of them when they have so

@@ -5,6 +5,19 @@
 
 namespace KelvoScreenDetail {
 
+namespace {
+
+/// Sheared along a ray that is at most at 45 degrees to two axes no edge grows to more than sqrt(3) times its length.
+/// The rest is for rounding.
+constexpr double LONGEST_SHEARED = 2;
+constexpr double FAR = 3;
+
+double cube(double x) {
+    return x * x * x;
+}
+
+}  // namespace
+
 std::size_t largestAxis(const Point<double, 3>& direction) {
     const double x = std::abs(direction[0]);
     const double y = std::abs(direction[1]);
@@ -15,8 +28,11 @@ std::size_t largestAxis(const Point<double, 3>& direction) {
     return y > z ? 1 : 2;
 }
 
-RayProbe::RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance)
-    : m_tolerance2(tolerance * tolerance),
+RayProbe::RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance,
+                   double longestEdge)
+    : m_tolerance(tolerance),
+      m_largestRounding(WEIGHT_ROUNDING * cube(LONGEST_SHEARED * longestEdge + tolerance)),
+      m_far(FAR * longestEdge * tolerance),
       m_along(largestAxis(direction)),
       m_x((m_along + 1) % 3),
       m_y((m_along + 2) % 3),
@@ -27,19 +43,27 @@ RayProbe::RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direc
       m_shearY(direction[m_y] / direction[m_along]),
       m_perDepth(1 / direction[m_along]) {}
 
-bool RayProbe::meetsEdge(const std::array<Flat, 3>& flat, const std::array<double, 3>& edges, double area,
-                         std::array<double, 3>& weights) const {
-    // A line that the ray passes at more than the tolerance, on its outer side, settles it: nearly always the first.
-    for (std::size_t i = 0; i < 3; ++i) {
-        const Flat& start = flat[(i + 1) % 3];
-        const Flat& end = flat[(i + 2) % 3];
-        const double dx = end.x - start.x;
-        const double dy = end.y - start.y;
-        if (!(edges[i] * area >= 0) && edges[i] * edges[i] > m_tolerance2 * (dx * dx + dy * dy)) {
-            return false;
-        }
-    }
-    double nearest2 = m_tolerance2;
+double RayProbe::roundingOf(const std::array<Flat, 3>& flat) {
+    const double x = std::max(std::max(std::abs(flat[0].x), std::abs(flat[1].x)), std::abs(flat[2].x));
+    const double y = std::max(std::max(std::abs(flat[0].y), std::abs(flat[1].y)), std::abs(flat[2].y));
+    return x * y * std::max(x, y) * WEIGHT_ROUNDING;
+}
+
+std::array<double, 3> RayProbe::accurateWeights(const std::array<Flat, 3>& flat) {
+    const std::array<double, 3> edges{accurateEdgeFunction(flat[1].x, flat[1].y, flat[2].x, flat[2].y),
+                                      accurateEdgeFunction(flat[2].x, flat[2].y, flat[0].x, flat[0].y),
+                                      accurateEdgeFunction(flat[0].x, flat[0].y, flat[1].x, flat[1].y)};
+    // The inverse of an area that nearly vanishes would not be finite.
+    const double area = edges[0] + edges[1] + edges[2];
+    return {edges[0] / area, edges[1] / area, edges[2] / area};
+}
+
+bool RayProbe::isEdgeOn(const std::array<Flat, 3>& flat) {
+    return accurateArea({flat[0].x, flat[0].y}, {flat[1].x, flat[1].y}, {flat[2].x, flat[2].y}) == 0;
+}
+
+bool RayProbe::meetsEdge(const std::array<Flat, 3>& flat, std::array<double, 3>& weights) const {
+    double nearest2 = m_tolerance * m_tolerance;
     bool met = false;
     for (std::size_t i = 0; i < 3; ++i) {
         const std::size_t first = (i + 1) % 3;
@@ -59,7 +83,7 @@ bool RayProbe::meetsEdge(const std::array<Flat, 3>& flat, const std::array<doubl
             met = true;
         }
     }
-    return met;
+    return met && !isEdgeOn(flat);
 }
 
 }  // namespace KelvoScreenDetail

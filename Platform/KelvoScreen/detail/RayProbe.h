@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace KelvoScreenDetail {
@@ -25,6 +26,13 @@ struct Meeting {
     std::array<double, 3> weights{};  ///< barycentric weights of the point, each within [0, 1]
 };
 
+/// What `WEIGHT_ROUNDING` times x y larger(x, y) must not exceed, with x and y the largest components of the corners of
+/// a triangle across the ray, is the tolerance times the doubled area that the ray sees.
+///
+/// Rounding the edge functions, by up to 2 u x y each with u = 2^-53, moves the point of the weights by up to
+/// 6 sqrt(2) u x y larger(x, y) / area: no more than 5.7 tolerances then.
+inline constexpr double WEIGHT_ROUNDING = 1.5 * 0x1p-53;
+
 /// One ray, tested against triangles in double precision without gaps.
 ///
 /// Each corner is sheared along the ray into a plane across it, by a rule that does not depend on the triangle; the ray
@@ -32,10 +40,15 @@ struct Meeting {
 /// Edges and corners belong to the triangle. Beyond that, a triangle that the ray misses by no more than `tolerance`
 /// is met on its edge: where neighbours do not share their corners to the last bit, or an edge carries a corner of one
 /// side only, rounding could open a gap of that width.
+///
+/// The weights place the point within 5.7 tolerances of the ray, besides the rounding of the corners as they are
+/// sheared and of the point itself. Where rounding the edge functions could do more, of a needle, or of any triangle
+/// that the ray grazes, they are computed again, right to their last digits.
 class RayProbe {
 public:
     /// @param tolerance length across the ray
-    RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance);
+    /// @param longestEdge no edge of the triangles is longer
+    RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance, double longestEdge);
 
     /// False when the ray misses the triangle or sees it edge-on.
     [[nodiscard]] bool meets(const Point<double, 3>& a, const Point<double, 3>& b, const Point<double, 3>& c,
@@ -47,13 +60,17 @@ public:
         const double area = edges[0] + edges[1] + edges[2];
         const double least = std::min(std::min(edges[0], edges[1]), edges[2]);
         const double greatest = std::max(std::max(edges[0], edges[1]), edges[2]);
-        if (area == 0) {
-            return false;
-        }
         if (least >= 0 || greatest <= 0) {
+            if (area == 0) {
+                return false;
+            }
             const double scale = 1 / area;
             meeting.weights = {edges[0] * scale, edges[1] * scale, edges[2] * scale};
-        } else if (!meetsEdge(flat, edges, area, meeting.weights)) {
+            const double roundingAllowed = m_tolerance * std::abs(area);
+            if (!(m_largestRounding <= roundingAllowed) && !(roundingOf(flat) <= roundingAllowed)) {
+                meeting.weights = accurateWeights(flat);
+            }
+        } else if ((-least > m_far && greatest > m_far) || !meetsEdge(flat, meeting.weights)) {
             return false;
         }
         meeting.t = meeting.weights[0] * flat[0].t + meeting.weights[1] * flat[1].t + meeting.weights[2] * flat[2].t;
@@ -72,10 +89,15 @@ private:
                 depth * m_perDepth};
     }
 
-    [[nodiscard]] bool meetsEdge(const std::array<Flat, 3>& flat, const std::array<double, 3>& edges, double area,
-                                 std::array<double, 3>& weights) const;
+    /// See `WEIGHT_ROUNDING`.
+    [[nodiscard]] static double roundingOf(const std::array<Flat, 3>& flat);
+    [[nodiscard]] static std::array<double, 3> accurateWeights(const std::array<Flat, 3>& flat);
+    [[nodiscard]] static bool isEdgeOn(const std::array<Flat, 3>& flat);
+    [[nodiscard]] bool meetsEdge(const std::array<Flat, 3>& flat, std::array<double, 3>& weights) const;
 
-    double m_tolerance2;
+    double m_tolerance;
+    double m_largestRounding;  ///< no triangle that the ray meets inside has a larger `roundingOf`
+    double m_far;  ///< the edge function of an edge whose line passes the ray at more than the tolerance is larger
     std::size_t m_along;  ///< the axis along which the ray runs most
     std::size_t m_x, m_y;
     double m_originX, m_originY, m_originDepth;

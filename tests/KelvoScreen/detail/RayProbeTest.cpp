@@ -2,6 +2,7 @@
 
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"
+#include "KelvoScreen/Needles.h"
 
 #include <gtest/gtest.h>
 
@@ -21,10 +22,10 @@ bool meets(const RayProbe& probe, const TriangleMesh& mesh, Meeting& meeting, st
 TEST(RayProbe, FindsPositionAndWeights) {
     const TriangleMesh mesh = meshes::triangle({0.0, 2.0, 0.0}, {4.0, 2.0, 0.0}, {0.0, 2.0, 8.0});
     Meeting meeting;
-    ASSERT_TRUE(meets(RayProbe({1.0, 0.0, 2.0}, {0.0, 0.5, 0.0}, 0), mesh, meeting));
+    ASSERT_TRUE(meets(RayProbe({1.0, 0.0, 2.0}, {0.0, 0.5, 0.0}, 0, 9), mesh, meeting));
     EXPECT_EQ(meeting.t, 4);
     EXPECT_EQ(meeting.weights, (std::array<double, 3>{0.5, 0.25, 0.25}));
-    EXPECT_TRUE(meets(RayProbe({1.0, 9.0, 2.0}, {0.0, 0.5, 0.0}, 0), mesh, meeting));
+    EXPECT_TRUE(meets(RayProbe({1.0, 9.0, 2.0}, {0.0, 0.5, 0.0}, 0, 9), mesh, meeting));
     EXPECT_EQ(meeting.t, -14) << "the whole line counts";
 }
 
@@ -37,7 +38,7 @@ TEST(RayProbe, AgreesWithTheOracleForEveryWindingAndDirection) {
         const Vector to = random.inCube();
         const std::optional<oracle::Hit> expected = oracle::nearestHit(mesh, from, to);
         Meeting meeting;
-        const bool met = meets(RayProbe(from, to - from, 0), mesh, meeting) && meeting.t >= 0;
+        const bool met = meets(RayProbe(from, to - from, 0, 4), mesh, meeting) && meeting.t >= 0;
         ASSERT_EQ(met, expected.has_value()) << "ray " << i;
         if (met) {
             ++hits;
@@ -59,7 +60,7 @@ TEST(RayProbe, NothingFallsBetweenNeighbours) {
                                {0.1, random.uniform(-0.3, 0.3), -1.0}};
         const Vector aim = centre + (i % 3 == 0 ? 0.0 : random.uniform(0, 0.9)) * (rim[i % 4] - centre);
         const Vector from{random.uniform(-0.5, 0.5), -4.0, random.uniform(-0.5, 0.5)};
-        const RayProbe probe(from, aim - from, 0);
+        const RayProbe probe(from, aim - from, 0, 2);
         int met = 0;
         for (int k = 0; k < 4; ++k) {
             Meeting meeting;
@@ -72,14 +73,14 @@ TEST(RayProbe, NothingFallsBetweenNeighbours) {
 TEST(RayProbe, ATriangleSeenEdgeOnIsMissed) {
     const TriangleMesh mesh = meshes::triangle({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
     Meeting meeting;
-    EXPECT_FALSE(meets(RayProbe({-1.0, 0.25, 0.0}, {1.0, 0.0, 0.0}, 0), mesh, meeting));
+    EXPECT_FALSE(meets(RayProbe({-1.0, 0.25, 0.0}, {1.0, 0.0, 0.0}, 0, 2), mesh, meeting));
 }
 
 TEST(RayProbe, TheToleranceIsMeasuredAcrossTheRay) {
     const TriangleMesh mesh = meshes::triangle({0.0, 1.0, 0.0}, {1.0, 1.0, 0.0}, {0.0, 1.0, 1.0});
     const auto passes = [&mesh](const Vector& aim, double tolerance, Meeting& meeting) {
         const Vector from{aim[0], 0.0, aim[2]};
-        return meets(RayProbe(from, aim - from, tolerance), mesh, meeting);
+        return meets(RayProbe(from, aim - from, tolerance, 2), mesh, meeting);
     };
     Meeting meeting;
     EXPECT_FALSE(passes({0.5, 1.0, -1e-6}, 0, meeting));
@@ -90,6 +91,59 @@ TEST(RayProbe, TheToleranceIsMeasuredAcrossTheRay) {
     EXPECT_FALSE(passes({-0.8e-6, 1.0, -0.8e-6}, 1e-6, meeting)) << "past a corner, though near both lines";
     ASSERT_TRUE(passes({-0.6e-6, 1.0, -0.6e-6}, 1e-6, meeting));
     EXPECT_EQ(meeting.weights, (std::array<double, 3>{1.0, 0.0, 0.0})) << "on the corner";
+}
+
+TEST(RayProbe, TheWeightsOfANeedlePlaceThePointOnTheRay) {
+    oracle::Random random(33);
+    int hits = 0;
+    for (int i = 0; i < 3000; ++i) {
+        const needles::Shape shape = needles::anyTriangle(needles::anyAspect(random), random);
+        for (const auto& [from, to] : needles::aimAt(shape, random)) {
+            const double largest = needles::largestCoordinate(shape.corners, from);
+            const RayProbe probe(from, to - from, KelvoScreenDetail::ROUNDING * largest, 3 * shape.size);
+            Meeting meeting;
+            if (probe.meets(shape.corners[0], shape.corners[1], shape.corners[2], meeting)) {
+                ++hits;
+                const Vector point = KelvoScreenDetail::pointWithWeights(shape.corners, meeting.weights);
+                ASSERT_TRUE(oracle::isNearLine(from, to, point, 8 * KelvoScreenDetail::ROUNDING * largest)) << i;
+                for (const double weight : meeting.weights) {
+                    ASSERT_GE(weight, 0) << i;
+                }
+            }
+        }
+    }
+    EXPECT_GT(hits, 30000);
+}
+
+TEST(RayProbe, BesideANeedleTheToleranceIsTheSameOnBothSides) {
+    oracle::Random random(34);
+    int checked = 0;
+    for (int i = 0; i < 50000; ++i) {
+        // With a short edge at its end, and a ray that looks across it, often nearly along its plane.
+        const needles::Shape shape = needles::anyTriangle(1, random);
+        const Vector start = 3.0 * random.inCube();
+        const Vector end = start + shape.size * shape.along;
+        const double width = needles::anyAspect(random) * shape.size;
+        const oracle::Triangle corners{start, end, end + width * shape.across};
+        const double tilt = std::pow(10, -random.uniform(0, 9));
+        const Vector direction = shape.across + tilt * shape.normal;
+        const Vector aside = cross(direction, shape.along) * (1 / norm(direction));
+        const Vector onEdge = start + random.uniform(0.1, 0.9) * (end - start);
+        const double tolerance = KelvoScreenDetail::ROUNDING * needles::largestCoordinate(corners, onEdge - direction);
+        if (tilt * width < 0.25 * tolerance) {
+            continue;  // the ray sees its corners on a line, up to rounding
+        }
+        ++checked;
+        const auto passes = [&](double distance) {
+            Meeting meeting;
+            return RayProbe(onEdge + distance * aside - direction, direction, tolerance, 3 * shape.size)
+                .meets(corners[0], corners[1], corners[2], meeting);
+        };
+        ASSERT_TRUE(passes(0.25 * tolerance)) << "triangle " << i;
+        ASSERT_TRUE(passes(-0.25 * tolerance)) << "triangle " << i;
+        ASSERT_FALSE(passes(1.25 * tolerance) && passes(-1.25 * tolerance)) << "triangle " << i;
+    }
+    EXPECT_GT(checked, 10000);
 }
 
 }  // namespace
