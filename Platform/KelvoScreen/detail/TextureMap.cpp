@@ -47,6 +47,65 @@ std::array<double, 3> weightsAt(const Corners& corners, const Point<double, 3>& 
     return {parts[0] * scale, parts[1] * scale, parts[2] * scale};
 }
 
+/// The same in twice the precision of a double.
+std::array<double, 3> accurateWeights(const Corners& corners, const Point<double, 3>& point) {
+    const auto flat = [](const Point<double, 3>& place) { return Point<double, 2>{place[0], place[1]}; };
+    const Point<double, 2> a = flat(corners[0]);
+    const Point<double, 2> b = flat(corners[1]);
+    const Point<double, 2> c = flat(corners[2]);
+    const Point<double, 2> p = flat(point);
+    const double whole = accurateArea(a, b, c);
+    return {accurateArea(p, b, c) / whole, accurateArea(p, c, a) / whole, accurateArea(p, a, b) / whole};
+}
+
+/// Height over longest edge of texture triangles below which rounding the differences from the point, and their
+/// products, could move the weights by more than 2e-13.
+constexpr double THIN = 1.0 / 256;
+
+/// The weights of a point inside a thin triangle to their last digits: none is below zero. The point was found inside
+/// by rounded differences and may be outside by their rounding, which is no small part of a height as small as that.
+std::array<double, 3> weightsWithinThin(const Corners& corners, const Point<double, 3>& point) {
+    std::array<double, 3> weights = accurateWeights(corners, point);
+    double sum = 0;
+    for (double& weight : weights) {
+        weight = std::max(0.0, weight);
+        sum += weight;
+    }
+    return {weights[0] / sum, weights[1] / sum, weights[2] / sum};
+}
+
+/// The weights of the place on the edges of a triangle that is nearest to a point.
+std::array<double, 3> weightsOnEdge(const Corners& corners, const Point<double, 3>& point) {
+    std::array<double, 3> weights{};
+    double smallest = Box::INFINITE;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const Point<double, 3> along = corners[(i + 1) % 3] - corners[i];
+        const double position = std::clamp(dot(point - corners[i], along) / dot(along, along), 0.0, 1.0);
+        const double distance = norm(corners[i] + position * along - point);
+        if (distance < smallest) {
+            smallest = distance;
+            weights[i] = 1 - position;
+            weights[(i + 1) % 3] = position;
+            weights[(i + 2) % 3] = 0;
+        }
+    }
+    return weights;
+}
+
+/// @param distance of the point from the triangle
+/// @param tolerance a point that is nearer belongs to the edge
+std::array<double, 3> weightsOf(const Corners& corners, const Point<double, 3>& point, double distance,
+                                double tolerance) {
+    const bool isOnEdge = distance > 0 && distance <= tolerance;
+    if (!TriangleShape(corners).isThinner(THIN)) {
+        return weightsAt(corners, isOnEdge ? closestPoint(corners, point) : point);
+    }
+    if (isOnEdge) {
+        return weightsOnEdge(corners, point);
+    }
+    return distance > 0 ? accurateWeights(corners, point) : weightsWithinThin(corners, point);
+}
+
 bool contains(const Corners& corners, const Point<double, 3>& point) {
     const std::array<double, 3> parts = partAreas(corners, point);
     const auto [least, greatest] = std::minmax({parts[0], parts[1], parts[2]});
@@ -108,8 +167,7 @@ std::optional<TexturePlace> TextureMap::find(const Point<double, 2>& st, bool ex
         return std::nullopt;
     }
     const Corners corners = textureCorners(m_mesh, *nearest.found());
-    const bool onEdge = nearest.distance() > 0 && nearest.distance() <= tolerance;
-    return TexturePlace{*nearest.found(), weightsAt(corners, onEdge ? closestPoint(corners, point) : point)};
+    return TexturePlace{*nearest.found(), weightsOf(corners, point, nearest.distance(), tolerance)};
 }
 
 }  // namespace KelvoScreenDetail
