@@ -19,6 +19,10 @@
 /// nearest and carries no normal. A mesh with a vertex that is not finite, or without any area, is not valid: it is
 /// never hit, maps nothing and has zero normals.
 ///
+/// A hit lies on its ray and on its triangle to within 128 machine epsilons of the largest coordinate of the mesh and
+/// the origin of the ray, whatever the shape of the triangle and however flat the ray meets it; a normal is right to
+/// 2e-13.
+///
 /// The mesh is parameterised by its texture coordinates; where triangles overlap there, the one with the lowest index
 /// answers. Coordinates that are not finite count as none.
 ///
