@@ -1,5 +1,7 @@
 #include "DisplayReport/LightCutter.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -14,21 +16,38 @@ constexpr int MOST_SLICES = 8;
 /// Halves of halves: lengths of one to a million, twice over for the two directions.
 constexpr int MOST_HALVINGS = 44;
 
-/// The corners turned so that the longest edge comes first, and its length. NaN when any edge is none.
-std::pair<LitTriangle, double> byLongestEdge(const LitDomain& domain, const LitTriangle& triangle) {
-    std::size_t longest = 0;
-    double length = 0;
-    double sum = 0;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const double edge = domain.distance(triangle[i], triangle[(i + 1) % 3]);
-        sum += edge;
-        if (edge > length) {
-            length = edge;
-            longest = i;
-        }
+/// The longest edge by the height over it. Halved again and again, a sliver falls into three per length of a step and
+/// more, since each half keeps a long edge; cut across, into two.
+constexpr double SLIVER = 8;
+/// Pieces are cut a little shorter than a step, lest their diagonals be longer.
+constexpr double SHORTER = 1.01;
+/// A bound for steps that are none.
+constexpr double MOST_ACROSS = 1 << 20;
+
+/// The edges of a triangle that is turned so that the longest one comes first.
+struct Edges {
+    double ab = 0;
+    double bc = 0;
+    double ca = 0;
+
+    /// Where on the longest edge the corner opposite stands, 0 to 1.
+    [[nodiscard]] double foot() const { return std::clamp((ab * ab + ca * ca - bc * bc) / (2 * ab * ab), 0.0, 1.0); }
+    [[nodiscard]] double height() const {
+        const double along = foot() * ab;
+        return std::sqrt(std::max(0.0, ca * ca - along * along));
     }
-    return {{triangle[longest], triangle[(longest + 1) % 3], triangle[(longest + 2) % 3]},
-            std::isfinite(sum) ? length : std::nan("")};
+};
+
+/// The corners turned so that the longest edge comes first.
+std::pair<LitTriangle, Edges> byLongestEdge(const LitDomain& domain, const LitTriangle& triangle) {
+    std::array<double, 3> edges{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        edges[i] = domain.distance(triangle[i], triangle[(i + 1) % 3]);
+    }
+    const auto longest = static_cast<std::size_t>(std::max_element(edges.begin(), edges.end()) - edges.begin());
+    const auto turned = [longest](std::size_t i) { return (longest + i) % 3; };
+    return {{triangle[turned(0)], triangle[turned(1)], triangle[turned(2)]},
+            {edges[turned(0)], edges[turned(1)], edges[turned(2)]}};
 }
 
 bool isLitAlike(const LitTriangle& triangle) {
@@ -53,14 +72,20 @@ void LightCutter::cut(const LitTriangle& triangle) const {
 }
 
 void LightCutter::halve(const LitTriangle& triangle, int depth) const {
-    const auto [turned, length] = byLongestEdge(m_domain, triangle);
-    if (std::isnan(length)) {
+    const auto [turned, edges] = byLongestEdge(m_domain, triangle);
+    const double length = edges.ab;
+    if (!std::isfinite(edges.ab + edges.bc + edges.ca)) {
         return;
     }
     const auto& [a, b, c] = turned;
     const LightSteps steps = m_domain.stepsIn(turned);
     const bool isTooLong = length > steps.coarse;
     const bool isLit = isLitAlike(turned);
+    if (isTooLong && SLIVER * edges.height() < length && depth < MOST_HALVINGS) {
+        // No shorter than wide: as the others, these pieces are halved then.
+        cutAcross(turned, edges.foot(), SHORTER * length / std::max(steps.coarse, edges.height()), depth);
+        return;
+    }
     if (!isTooLong && !isLit && length <= steps.fine) {
         slice(turned, 0);
         return;
@@ -78,6 +103,29 @@ void LightCutter::halve(const LitTriangle& triangle, int depth) const {
     }
     halve({a, middle, c}, depth + 1);
     halve({middle, b, c}, depth + 1);
+}
+
+void LightCutter::cutAcross(const LitTriangle& triangle, double foot, double steps, int depth) const {
+    const auto& [a, b, c] = triangle;
+    // Towards the corner opposite, and from there on.
+    for (const bool isFirst : {true, false}) {
+        const LitPoint& tip = isFirst ? a : b;
+        const double start = isFirst ? 0.0 : 1.0;
+        const double count = std::ceil(std::clamp(std::abs(foot - start) * steps, 0.0, MOST_ACROSS));
+        LitPoint along = tip;
+        LitPoint beside = tip;
+        for (double i = 1; i <= count; ++i) {
+            const double part = i / count;
+            const LitPoint nextBeside = i < count ? m_domain.between(tip, c, part, LitBy().set()) : c;
+            const LitPoint nextAlong = m_domain.between(a, b, start + (foot - start) * part, LitBy().set());
+            halve({along, nextAlong, nextBeside}, depth + 1);
+            if (i > 1) {
+                halve({along, nextBeside, beside}, depth + 1);
+            }
+            along = nextAlong;
+            beside = nextBeside;
+        }
+    }
 }
 
 void LightCutter::slice(const LitTriangle& triangle, int depth) const {

@@ -32,10 +32,10 @@ public:
 /// Cuts triangles into pieces that are lit by the same channels all over, for areas that are exact where the light is
 /// bounded by straight lines and right to second order where it is bounded by curves.
 ///
-/// A triangle is halved until its edges are short enough to see the light, then, where light ends in it, until they are
-/// short enough to take the border for straight; there the border is searched on the edges by bisection and the
-/// triangle is cut along it. What is smaller than a coarse step may be overlooked. Of triangles without a finite extent
-/// nothing is taken.
+/// A triangle is halved, a long sliver cut across, until its edges are short enough to see the light, then, where light
+/// ends in it, until they are short enough to take the border for straight; there the border is searched on the edges
+/// by bisection and the triangle is cut along it. What is smaller than a coarse step may be overlooked. Of triangles
+/// without a finite extent nothing is taken.
 class LightCutter {
 public:
     /// Receives a piece and the channels that light it. Its corners may be marked otherwise: they stand on the border.
@@ -48,6 +48,9 @@ public:
 
 private:
     void halve(const LitTriangle& triangle, int depth) const;
+    /// The pieces of a triangle whose longest edge comes first, cut across into so many steps and one more at most.
+    /// @param foot where on that edge the corner opposite stands, 0 to 1
+    void cutAcross(const LitTriangle& triangle, double foot, double steps, int depth) const;
     void slice(const LitTriangle& triangle, int depth) const;
     /// The border on the way from a point to another, once with the light as at `from`, once with that behind it. Only
     /// the channels of the two ends are asked: another one that lights less than a fine step is none of both.

@@ -25,6 +25,8 @@ constexpr std::size_t TRIANGLES_AT_ONCE = 64;
 /// Steps along the edges of all triangles, and along those where one picture lies: a bound for meshes of a great many
 /// long triangles.
 constexpr double MOST_STEPS = 4e5;
+/// Squares of one step on the surface, likewise: a bound for surfaces that fill a room, page behind page.
+constexpr double MOST_SQUARES = 2e5;
 /// Of the way into a piece: where a corner of it is seen in a picture that itself is not, by rounding, since it stands
 /// on the edge of the picture.
 constexpr double INWARDS = 1e-3;
@@ -56,11 +58,11 @@ public:
             step = picture.narrow > 0.0 ? std::min(step, ACROSS * picture.narrow) : step;
             m_pictures.push_back({picture.box, std::max(LEAST * size, step)});
         }
-        std::vector<double> edges(pictures.size());
-        const double all = addEdges(screen, edges);
-        m_coarse = std::max(COARSE * size, all / MOST_STEPS);
-        for (std::size_t i = 0; i < edges.size(); ++i) {
-            m_pictures[i].step = std::max(m_pictures[i].step, edges[i] / MOST_STEPS);
+        std::vector<Amount> amounts(pictures.size());
+        const Amount all = addAmounts(screen, amounts);
+        m_coarse = std::max(COARSE * size, all.leastStep());
+        for (std::size_t i = 0; i < amounts.size(); ++i) {
+            m_pictures[i].step = std::max(m_pictures[i].step, amounts[i].leastStep());
         }
     }
 
@@ -82,19 +84,38 @@ private:
         double step = 0;
     };
 
-    /// A triangle is cut into as many pieces as its longest edge has steps, at least: adds these edges up, where each
-    /// picture lies, and all of them. Nothing where they are not finite.
-    double addEdges(const ScreenSampling& screen, std::vector<double>& edges) const {
-        double all = 0;
+    /// Of surface. A triangle is cut into as many pieces as its longest edge has steps, at least, and as its area has
+    /// squares.
+    struct Amount {
+        double edges = 0;
+        double area = 0;
+
+        void add(const ScreenSampling::Triangle& triangle) {
+            const Point<double, 3> ab = triangle[1].place - triangle[0].place;
+            const Point<double, 3> bc = triangle[2].place - triangle[1].place;
+            edges += norm(ab) + norm(bc);
+            area += norm(cross(ab, bc)) / 2;
+        }
+        [[nodiscard]] double leastStep() const { return std::max(edges / MOST_STEPS, std::sqrt(area / MOST_SQUARES)); }
+    };
+
+    /// What lies where each picture does, and everything. Triangles that are not finite are left out.
+    Amount addAmounts(const ScreenSampling& screen, std::vector<Amount>& amounts) const {
+        Amount all;
         for (std::size_t i = 0; i < screen.size(); ++i) {
             const ScreenSampling::Triangle triangle = screen.triangle(i);
-            const double length =
-                norm(triangle[1].place - triangle[0].place) + norm(triangle[2].place - triangle[1].place);
-            const Extent box = boxOf({LitPoint{triangle[0], {}}, LitPoint{triangle[1], {}}, LitPoint{triangle[2], {}}});
-            for (std::size_t picture = 0; std::isfinite(length) && picture < edges.size(); ++picture) {
-                edges[picture] += overlap(box, m_pictures[picture].extent) ? length : 0.0;
+            Amount own;
+            own.add(triangle);
+            if (!std::isfinite(own.edges + own.area)) {
+                continue;
             }
-            all += std::isfinite(length) ? length : 0.0;
+            all.add(triangle);
+            const Extent box = boxOf({LitPoint{triangle[0], {}}, LitPoint{triangle[1], {}}, LitPoint{triangle[2], {}}});
+            for (std::size_t picture = 0; picture < amounts.size(); ++picture) {
+                if (overlap(box, m_pictures[picture].extent)) {
+                    amounts[picture].add(triangle);
+                }
+            }
         }
         return all;
     }

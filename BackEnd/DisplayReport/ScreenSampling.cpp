@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <utility>
 
 namespace Veltrani::DisplayReport {
@@ -37,6 +38,18 @@ Tuple blend(const Tuple& from, const Tuple& to, double part) {
 }
 
 using Corners = std::array<Point<double, 3>, 3>;
+
+/// False for corners on a line, up to the rounding of their coordinates: what lies between them is noise.
+bool hasArea(const Corners& corners) {
+    constexpr double LEAST_HEIGHT = 4 * std::numeric_limits<double>::epsilon();
+    const auto& [a, b, c] = corners;
+    const double longest = std::max({norm(b - a), norm(c - b), norm(a - c)});
+    double largest = 0;
+    for (const Point<double, 3>& corner : corners) {
+        largest = std::max({largest, std::abs(corner[0]), std::abs(corner[1]), std::abs(corner[2])});
+    }
+    return norm(cross(b - a, c - a)) > LEAST_HEIGHT * largest * longest;
+}
 
 /// The same whichever corner comes first, and whichever way round.
 Corners cornersOf(const TriangleMesh& mesh, std::size_t i) {
@@ -96,24 +109,26 @@ void ScreenSampling::chooseTriangles() {
     const TriangleMesh& mesh = m_mesh->mesh();
     std::vector<std::pair<std::size_t, std::size_t>> byHash;
     byHash.reserve(mesh.triangles.size());
+    std::vector<bool> isLeftOut(mesh.triangles.size());
     for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        byHash.emplace_back(hashOf(cornersOf(mesh, i)), i);
+        const Corners corners = cornersOf(mesh, i);
+        isLeftOut[i] = !hasArea(corners);
+        byHash.emplace_back(hashOf(corners), i);
     }
     std::sort(byHash.begin(), byHash.end());
-    std::vector<bool> isTwice(mesh.triangles.size());
     for (std::size_t i = 1; i < byHash.size(); ++i) {
         for (std::size_t j = i; j-- > 0 && byHash[j].first == byHash[i].first;) {
             if (cornersOf(mesh, byHash[i].second) == cornersOf(mesh, byHash[j].second)) {
-                isTwice[byHash[i].second] = true;
+                isLeftOut[byHash[i].second] = true;
                 break;
             }
         }
     }
-    if (std::find(isTwice.begin(), isTwice.end(), true) == isTwice.end()) {
+    if (std::find(isLeftOut.begin(), isLeftOut.end(), true) == isLeftOut.end()) {
         return;
     }
-    for (std::size_t i = 0; i < isTwice.size(); ++i) {
-        if (!isTwice[i]) {
+    for (std::size_t i = 0; i < isLeftOut.size(); ++i) {
+        if (!isLeftOut[i]) {
             m_chosen.push_back(i);
         }
     }

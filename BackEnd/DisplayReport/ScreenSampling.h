@@ -14,8 +14,9 @@ class ScreenGeometry;
 
 namespace Veltrani::DisplayReport {
 
-/// A screen's surface as triangles: those of a mesh, each place once however often the mesh has it, or a net over the
-/// 2D coordinates of any other shape. The corners of the net lie on the surface, and so do the points between them.
+/// A screen's surface as triangles: those of a mesh that have an area, each place once however often the mesh has it,
+/// or a net over the 2D coordinates of any other shape. The corners of the net lie on the surface, and so do the points
+/// between them.
 class ScreenSampling {
 public:
     using Triangle = std::array<SurfacePoint, 3>;
@@ -41,7 +42,8 @@ public:
 
 private:
     void addNet();
-    /// Leaves out triangles that stand on the corners of another one, whichever way round: both sides of a sheet.
+    /// Leaves out triangles that stand on the corners of another one, whichever way round: both sides of a sheet. And
+    /// those without area, which carry no light: long ones would be cut into a great many pieces.
     void chooseTriangles();
     [[nodiscard]] std::size_t numberInMesh(std::size_t i) const { return m_chosen.empty() ? i : m_chosen[i]; }
     /// The nodes of a triangle of the net.

@@ -137,4 +137,21 @@ TEST_F(CoverageSurveyTest, PiecesMakeUpTheScreen) {
     EXPECT_NEAR(lit, 4, 4e-4);
 }
 
+TEST_F(CoverageSurveyTest, FacesThatCoincideOrHaveNoAreaChangeNothing) {
+    m_folder.write("wall.obj", displays::PANEL_OBJ);
+    load(displays::MESH, camera("A", "-30", "30", "-30", "30"), displays::PROJECTORS);
+    const CoverageReport once = report();
+    std::string obj = displays::PANEL_OBJ;
+    for (int i = 0; i < 3000; ++i) {
+        obj += i % 2 == 0 ? "f 1 2 3\nf 5 6 7\nf 7 5 6\n" : "f 4 3 1\nf 1 1 3\nf 2 3 2\n";
+    }
+    m_folder.write("wall.obj", obj);
+    load(displays::MESH, camera("A", "-30", "30", "-30", "30"), displays::PROJECTORS);
+    const CoverageReport many = report();
+    EXPECT_EQ(many.areaByCount, once.areaByCount);
+    EXPECT_EQ(many.channels[0].landed, once.channels[0].landed);
+    EXPECT_NEAR(many.channels[0].pitch.least, once.channels[0].pitch.least, 1e-15);
+    EXPECT_NEAR(many.channels[0].pitch.most, once.channels[0].pitch.most, 1e-15);
+}
+
 }  // namespace

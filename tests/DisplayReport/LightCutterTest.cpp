@@ -2,16 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace {
 
 using namespace Veltrani::DisplayReport;
 using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
 
 /// A plane on which a formula tells the light.
 class Plane : public LitDomain {
@@ -53,6 +56,28 @@ private:
     Light m_light;
     LightSteps m_steps;
 };
+
+/// The area of a triangle where x + 0.3 y > 0.4321: its corners there, and where its edges cross that line.
+double litArea(const std::array<P2, 3>& corners) {
+    std::vector<P2> outline;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto beyond = [](const P2& p) { return p[0] + 0.3 * p[1] - 0.4321; };
+        const P2& from = corners[i];
+        const P2& to = corners[(i + 1) % 3];
+        if (beyond(from) > 0) {
+            outline.push_back(from);
+        }
+        if ((beyond(from) > 0) != (beyond(to) > 0)) {
+            outline.push_back(from + (to - from) * (beyond(from) / (beyond(from) - beyond(to))));
+        }
+    }
+    double twice = 0;
+    for (std::size_t i = 0; i < outline.size(); ++i) {
+        const P2& next = outline[(i + 1) % outline.size()];
+        twice += outline[i][0] * next[1] - outline[i][1] * next[0];
+    }
+    return std::abs(twice) / 2;
+}
 
 constexpr LightSteps USUAL{1.0 / 32, 1.0 / 128};
 
@@ -109,6 +134,35 @@ TEST(LightCutter, ASpotAsLargeAsTheCoarseStepIsSeenBetweenDarkCorners) {
     const auto light = [](const P2& p) { return norm(p - P2{0.37, 0.61}) < 0.03 ? 1UL : 0UL; };
     // Two steps across: seen, and measured to a tenth.
     EXPECT_NEAR(Plane(light, USUAL).areas()[1], std::acos(-1.0) * 0.0009, 3e-4);
+}
+
+TEST(LightCutter, ASliverFallsIntoPiecesAsItIsLong) {
+    const auto light = [](const P2& p) { return p[0] + 0.3 * p[1] > 0.4321 ? 1UL : 0UL; };
+    const double step = 1.0 / 128;
+    // With an acute end, a right angle, an obtuse one, and along a diagonal.
+    for (const auto& [a, b, c] : {std::array<P2, 3>{P2{0, 0}, {1, 0}, {1, 1e-3}},
+                                  {P2{0, 0}, {1, 0}, {0, 1e-3}},
+                                  {P2{0, 0}, {1, 0}, {0.3, 1e-4}},
+                                  {P2{0, 0}, {1, 1}, {0.999, 1.001}},
+                                  {P2{0, 0}, {1, 0}, {0.5, 0.1}}}) {
+        const Plane plane(light, {step, step / 4});
+        double lit = 0;
+        double all = 0;
+        int pieces = 0;
+        const LightCutter cutter(plane, [&](const LitTriangle& piece, const LitBy& by) {
+            const P3 area = cross(piece[1].on.place - piece[0].on.place, piece[2].on.place - piece[0].on.place);
+            all += norm(area) / 2;
+            lit += by.any() ? norm(area) / 2 : 0.0;
+            ++pieces;
+        });
+        cutter.cut({plane.at(a), plane.at(b), plane.at(c)});
+        const double whole = std::abs((b - a)[0] * (c - a)[1] - (b - a)[1] * (c - a)[0]) / 2;
+        EXPECT_NEAR(all, whole, 1e-9 * whole);
+        EXPECT_NEAR(lit, litArea({a, b, c}), 1e-4 * whole);
+        const double length = norm(b - a);
+        EXPECT_LT(pieces, 2.5 * length / step + 8 * whole / (step * step) + 40) << b[1] << ' ' << c[1];
+        EXPECT_GT(pieces, length / step);
+    }
 }
 
 TEST(LightCutter, OfATriangleWithoutAFiniteExtentNothingIsTaken) {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
+#include <string>
 
 namespace {
 
@@ -362,6 +363,29 @@ TEST_F(ScreenCoverageTest, ThroughAMirrorBesideTheEyeItIsWhatTheRaysReach) {
     EXPECT_NEAR(coverage.partShared[0][0], (wholeCells + 0.5 * cutCells) / (CELLS * CELLS),
                 0.5 * cutCells / (CELLS * CELLS));
     EXPECT_LT(cut, 1e-3) << "sharp enough to tell";
+}
+
+TEST_F(ScreenCoverageTest, SliversFallIntoPiecesAsTheyAreLong) {
+    // A disc of 3 m in 1500 slivers; the picture is a rectangle in it.
+    constexpr int SLIVERS = 1500;
+    std::string obj = "v 0 5 0\n";
+    for (int i = 0; i < SLIVERS; ++i) {
+        const double angle = 2 * m_pi * i / SLIVERS;
+        obj += "v " + std::to_string(3 * std::cos(angle)) + " 5 " + std::to_string(3 * std::sin(angle)) + "\n";
+    }
+    for (int i = 0; i < SLIVERS; ++i) {
+        obj += "f 1 " + std::to_string(i + 2) + " " + std::to_string((i + 1) % SLIVERS + 2) + "\n";
+    }
+    m_folder.write("wall.obj", obj);
+    load(displays::MESH, camera("A", "-17", "17", "-11", "11"), displays::PROJECTORS);
+    const Lights all = lights();
+    std::size_t pieces = 0;
+    const ScreenCoverage coverage = ScreenCoverage::of(ScreenSampling(surface()), all, {LandingExtent::of(*all[0])},
+                                                       [&pieces](const auto&, const auto&) { ++pieces; });
+    expectArea(coverage.area, 9 * m_pi);
+    expectArea(coverage.sharedBy[0][0], 100 * std::tan(radians(17)) * std::tan(radians(11)));
+    expectArea(coverage.partShared[0][0], 1);
+    EXPECT_LT(pieces, SLIVERS * 250U);
 }
 
 }  // namespace

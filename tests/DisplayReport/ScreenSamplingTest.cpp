@@ -77,6 +77,15 @@ TEST_F(ScreenSamplingTest, AMeshWithTextureHasItsCoordinatesCornerByCorner) {
     EXPECT_EQ(middle.place, (P3{0.25, 5, 0}));
 }
 
+TEST_F(ScreenSamplingTest, TrianglesWithoutAreaAreLeftOut) {
+    // On one point, on two, on a line, and on one that is none in binary.
+    m_folder.write("wall.obj",
+                   "v 0 5 0\nv 4 5 0\nv 4 5 2\nv 2 5 0\nv 0.1 5 0.1\nv 0.2 5 0.2\nv 0.7 5 0.7\n"
+                   "f 1 1 1\nf 1 1 2\nf 1 2 3\nf 1 4 2\nf 5 6 7\n");
+    EXPECT_NEAR(areaOf(displays::MESH), 4, 1e-12);
+    EXPECT_EQ(ScreenSampling(surface()).size(), 1U);
+}
+
 TEST_F(ScreenSamplingTest, PointsBetweenLieOnACurvedSurface) {
     load(displays::SPHERE, "");
     const ScreenSampling sampling(surface());
