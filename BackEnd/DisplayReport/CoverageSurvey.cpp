@@ -54,7 +54,8 @@ public:
             channel.area = coverage.sharedBy[i][i];
             channel.landed = coverage.partShared[i][i];
             channel.isLighting = channel.area > 0.0;
-            channel.pitch = PixelPitch::of(*m_lights[i], channel.width, channel.height, coverage.landed[i]);
+            channel.pitch =
+                PixelPitch::of(*m_lights[i], channel.width, channel.height, coverage.landed[i], coverage.hints[i]);
             for (std::size_t j = i + 1; j < m_lights.size(); ++j) {
                 addOverlap(i, j, coverage);
             }

@@ -14,6 +14,15 @@ struct PictureBox {
     /// One without any point: the first one makes it a rectangle.
     [[nodiscard]] static PictureBox none() { return {{1.0, 1.0}, {0.0, 0.0}}; }
 
+    template <class Points>
+    [[nodiscard]] static PictureBox around(const Points& points) {
+        PictureBox box = none();
+        for (const Point<double, 2>& point : points) {
+            box.add(point);
+        }
+        return box;
+    }
+
     [[nodiscard]] bool empty() const { return minimum[0] > maximum[0] || minimum[1] > maximum[1]; }
 
     /// Points outside of the picture count as on its edge.

@@ -200,6 +200,7 @@ public:
         coverage.sharedBy.assign(lights.size(), std::vector<double>(lights.size()));
         coverage.partShared = coverage.sharedBy;
         coverage.landed.assign(lights.size(), PictureBox::none());
+        coverage.hints.resize(lights.size());
     }
 
     void add(const LitTriangle& piece, double area, const LitBy& by) {
@@ -212,7 +213,7 @@ public:
             }
         }
         for (const std::size_t i : m_litBy) {
-            const double part = partOfPicture(i, piece);
+            const double part = partOfPicture(i, piece, area);
             for (const std::size_t j : m_litBy) {
                 m_coverage.sharedBy[i][j] += area;
                 m_coverage.partShared[i][j] += part;
@@ -221,7 +222,7 @@ public:
     }
 
 private:
-    double partOfPicture(std::size_t light, const LitTriangle& piece) {
+    double partOfPicture(std::size_t light, const LitTriangle& piece, double area) {
         std::array<Point<double, 2>, 3> corners;
         for (std::size_t i = 0; i < corners.size(); ++i) {
             if (!findCorner(*m_lights[light], piece, i, corners[i])) {
@@ -233,7 +234,9 @@ private:
         }
         const Point<double, 2> across = corners[1] - corners[0];
         const Point<double, 2> upwards = corners[2] - corners[0];
-        return std::abs(across[0] * upwards[1] - across[1] * upwards[0]) / 2;
+        const double part = std::abs(across[0] * upwards[1] - across[1] * upwards[0]) / 2;
+        m_coverage.hints[light].add(corners, part, area);
+        return part;
     }
 
     bool findCorner(const ChannelLight& light, const LitTriangle& piece, std::size_t i,

@@ -4,6 +4,7 @@
 #include "DisplayReport/LandingExtent.h"
 #include "DisplayReport/LightCutter.h"
 #include "DisplayReport/PictureBox.h"
+#include "DisplayReport/PitchHints.h"
 
 #include <cstddef>
 #include <functional>
@@ -29,6 +30,7 @@ struct ScreenCoverage {
     std::vector<std::vector<double>> sharedBy;    ///< by two channels: lit by both; by a channel twice: lit by it
     std::vector<std::vector<double>> partShared;  ///< the same as part of the picture (0 to 1) of the first of the two
     std::vector<PictureBox> landed;               ///< by channel: where in its picture that lies
+    std::vector<PitchHints> hints;                ///< by channel
 
     /// @param lights at most `MOST_CHANNELS`, none null
     /// @param extents where the light of each channel is to be looked for more closely, as many as `lights`

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace {
 
 using Veltrani::DisplayReport::PictureBox;
@@ -22,6 +24,12 @@ TEST(PictureBox, GrowsAroundItsPoints) {
     box.add({0.25, 0.75});
     EXPECT_EQ(box.minimum, (P2{0.25, 0.25}));
     EXPECT_EQ(box.maximum, (P2{0.5, 0.75}));
+}
+
+TEST(PictureBox, StandsAroundPoints) {
+    const PictureBox box = PictureBox::around(std::array<P2, 3>{P2{0.5, 0.25}, {0.25, 0.75}, {2, 0.5}});
+    EXPECT_EQ(box.minimum, (P2{0.25, 0.25}));
+    EXPECT_EQ(box.maximum, (P2{1, 0.75}));
 }
 
 TEST(PictureBox, StaysWithinThePicture) {
