@@ -1,7 +1,8 @@
 # sm_add_library(NAME SOURCES a.cpp b.cpp [PUBLIC lib...] [PRIVATE lib...])
 #
 # One shared library of a layer. All libraries are shared, so that a singleton exists once in a process. Sources are
-# listed by hand: one class, one header, one source, one line. Headers are exported from include/ and Platform/.
+# listed by hand: one class, one header, one source, one line. Headers are exported from include/ and Platform/. The files
+# carry the product's name: a folder of libraries is shared with other products.
 function(sm_add_library NAME)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${NAME} SHARED ${ARG_SOURCES})
@@ -13,7 +14,8 @@ function(sm_add_library NAME)
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/screenmanager>)
   target_link_libraries(${NAME} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE}
     $<BUILD_INTERFACE:sm_options> $<BUILD_INTERFACE:sm_fuzzer_guidance>)
-  set_target_properties(${NAME} PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${SM_LIBRARY_FOLDER}"
+  string(REGEX REPLACE "^ScreenManager" "" _file "${NAME}")
+  set_target_properties(${NAME} PROPERTIES OUTPUT_NAME "ScreenManager${_file}" LIBRARY_OUTPUT_DIRECTORY "${SM_LIBRARY_FOLDER}"
     INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
   set_target_properties(${NAME} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   set_property(GLOBAL APPEND PROPERTY SM_LIBRARIES ${NAME})

@@ -1,6 +1,6 @@
 # Fails when the loader searches for a library of a program or shared library where somebody else may have put one: in the
 # working folder, which an empty element of the search path means too, or below it. What is installed must not search the
-# folders of its build either, and whatever logs must load libCommon, which keeps log4cxx from configuring itself.
+# folders of its build either, and whatever logs must load the lowest of our libraries, which keeps log4cxx from configuring itself.
 set(ENV{LC_ALL} C)
 set(faults "")
 
