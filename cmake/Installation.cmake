@@ -9,6 +9,7 @@ set(SM_HEADER_DIR "${CMAKE_INSTALL_INCLUDEDIR}/screenmanager")
 get_property(_libraries GLOBAL PROPERTY SM_LIBRARIES)
 install(TARGETS ${_libraries} EXPORT ScreenManagerTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS ScreenManagerClouds LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS screenmanager RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(EXPORT ScreenManagerTargets NAMESPACE ScreenManager:: DESTINATION ${SM_PACKAGE_DIR})
 

@@ -6,11 +6,8 @@
 #include "KelvoScreen/FlatScreen.h"
 #include "KelvoScreen/OBJScreen.h"
 #include "KelvoScreen/ObjLoadException.h"
+#include "ScreenManager/detail/CloudLibrary.h"
 #include "ScreenManager/detail/PcdCloud.h"
-
-#include <pcl/common/pca.h>
-#include <pcl/common/transforms.h>
-#include <pcl/exceptions.h>
 
 #include <cmath>
 #include <new>
@@ -199,17 +196,14 @@ bool Screen::loadModelPCD(const std::wstring& path, bool /*force*/) {
         Veltrani::throwWithCause(cloudFault(path));
     }
     const auto transform = importTransform(m_importTransformParam1, m_importTransformParam2, m_scale);
-    pcl::transformPointCloud(*cloud, *cloud, transform, true);
+    Veltrani::CloudLibrary::get().transform(*cloud, transform);
     updateModelPCDTimestamp();
     m_modelPCD = std::move(cloud);
     return true;
 }
 
 float Screen::calcPCDWidth() {
-    const Veltrani::QuietPointClouds quiet;
-    pcl::PCA<pcl::PointXYZ> analysis;
-    analysis.setInputCloud(m_modelPCD);
-    return std::sqrt(analysis.getEigenValues()[0]) * m_scale;
+    return std::sqrt(Veltrani::CloudLibrary::get().largestEigenvalue(m_modelPCD)) * m_scale;
 }
 
 void Screen::clearScreens() {

@@ -86,14 +86,14 @@ public:
     /// Reads the point cloud from a PCD file, again at every call; an empty path removes it and answers false.
     ///
     /// Throws `VeltraniMissingFileException` when the file cannot be read: missing, refused by `Veltrani::PcdCheck` or
-    /// by the reader, or too large for the memory; `VeltraniException` for axes that are none. The cloud and its
-    /// timestamp stay then.
+    /// by the reader, too large for the memory, or the module that reads clouds cannot be opened; `VeltraniException`
+    /// for axes that are none. The cloud and its timestamp stay then.
     bool loadModelPCD(const std::wstring& path, bool force);
 
     /// The spread of the cloud along its main axis: the square root of the largest eigenvalue of its covariance, times
     /// the current scale. The scale comes on top of the one that the cloud was loaded with: intended, callers compare
-    /// widths that were computed so. Throws `pcl::InitFailedException` without a cloud or for fewer than 3 points; NaN
-    /// for a cloud with a NaN.
+    /// widths that were computed so. Throws `pcl::InitFailedException` without a cloud or for fewer than 3 points, and
+    /// `VeltraniException` when the module that knows clouds cannot be opened; NaN for a cloud with a NaN.
     float calcPCDWidth();
 
     /// Everything but the id as just constructed.

@@ -1,10 +1,10 @@
 #include "ScreenManager/detail/PcdCloud.h"
 
+#include "ScreenManager/detail/CloudLibrary.h"
 #include "ScreenManager/detail/PcdCheck.h"
 #include "ScreenManager/detail/PcdText.h"
 
 #include <pcl/PCLPointCloud2.h>
-#include <pcl/io/pcd_io.h>
 
 #include <algorithm>
 #include <array>
@@ -14,6 +14,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <sstream>
 #include <string>
 
 namespace Veltrani {
@@ -48,10 +49,7 @@ private:
 void requireMemory(const RegularFile& file, const PcdHeader& header) {
     constexpr std::size_t LITTLE_THINGS = std::size_t{1} << 21;
     const std::size_t data = header.points() * header.bytesPerPoint();
-    std::size_t needed = data + header.points() * sizeof(pcl::PointXYZ) + LITTLE_THINGS;
-    if (header.data() != PcdHeader::Data::ASCII) {
-        needed += file.size();
-    }
+    std::size_t needed = data + header.points() * sizeof(pcl::PointXYZ) + file.size() + LITTLE_THINGS;
     if (header.data() == PcdHeader::Data::BINARY_COMPRESSED) {
         needed += data;
     }
@@ -105,10 +103,21 @@ private:
     const pcl::PCLPointField& m_field;
 };
 
-void readRounded(const std::string& name, Cloud& cloud) {
-    pcl::PCLPointCloud2 points;
-    int version = 0;
-    requireRead(pcl::PCDReader().read(name, points, cloud.sensor_origin_, cloud.sensor_orientation_, version));
+/// Reads all fields as they are. A text is taken into memory first, where reading cannot fail half-way; a binary file
+/// is mapped by the library, which opens it by itself: it must get the one that was checked.
+void readFields(const CloudLibrary& library, const RegularFile& file, const PcdHeader& header,
+                pcl::PCLPointCloud2& points, Cloud& sensor) {
+    if (header.data() != PcdHeader::Data::ASCII) {
+        errno = 0;
+        requireRead(library.read(file.nameForReopening(), points, sensor));
+        return;
+    }
+    std::istringstream text(file.readAll());
+    errno = 0;
+    requireRead(library.readText(text, points, sensor));
+}
+
+void round(const pcl::PCLPointCloud2& points, Cloud& cloud) {
     const std::array<Coordinate, 3> xyz{Coordinate(points, "x"), Coordinate(points, "y"), Coordinate(points, "z")};
     cloud.resize(std::size_t{points.width} * points.height);
     cloud.width = points.width;
@@ -127,17 +136,16 @@ bool isFinite(const pcl::PointXYZ& point) {
 
 std::shared_ptr<Cloud> PcdCloud::read(const RegularFile& file) {
     const PcdHeader header = PcdCheck::check(file);
+    const CloudLibrary& library = CloudLibrary::get();
     requireMemory(file, header);
-    const QuietPointClouds quiet;
     const ClassicNumbers numbers;
-    // The reader opens the file by itself, twice: it must get the one that was checked.
-    const std::string name = file.nameForReopening();
     auto cloud = pcl::make_shared<Cloud>();
-    errno = 0;
+    pcl::PCLPointCloud2 points;
+    readFields(library, file, header, points, *cloud);
     if (hasDoubles(header)) {
-        readRounded(name, *cloud);
+        round(points, *cloud);
     } else {
-        requireRead(pcl::PCDReader().read(name, *cloud));
+        library.convert(points, *cloud);
     }
     cloud->is_dense = cloud->is_dense && std::all_of(cloud->begin(), cloud->end(), isFinite);
     return cloud;

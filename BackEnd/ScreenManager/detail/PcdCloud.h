@@ -2,25 +2,12 @@
 
 #include "Common/RegularFile.h"
 
-#include <pcl/console/print.h>
 #include <pcl/point_cloud.h>
 #include <pcl/point_types.h>
 
 #include <memory>
 
 namespace Veltrani {
-
-/// Keeps the messages of the point cloud library off the console: what matters of them goes into exceptions.
-class QuietPointClouds {
-public:
-    QuietPointClouds() { pcl::console::setVerbosityLevel(pcl::console::L_ALWAYS); }
-    ~QuietPointClouds() { pcl::console::setVerbosityLevel(m_level); }
-    QuietPointClouds(const QuietPointClouds&) = delete;
-    QuietPointClouds& operator=(const QuietPointClouds&) = delete;
-
-private:
-    pcl::console::VERBOSITY_LEVEL m_level = pcl::console::getVerbosityLevel();
-};
 
 /// The points of PCD files, read by the Point Cloud Library once `PcdCheck` has passed a file.
 ///
@@ -33,8 +20,8 @@ public:
 
     PcdCloud() = delete;
 
-    /// Throws what `PcdCheck::check` throws, `VeltraniParseException` for data that the library refuses and for a
-    /// coordinate beyond single precision, and `std::bad_alloc` when memory runs out.
+    /// Throws what `PcdCheck::check` and `CloudLibrary::get` throw, `VeltraniParseException` for data that the library
+    /// refuses and for a coordinate beyond single precision, and `std::bad_alloc` when memory runs out.
     [[nodiscard]] static std::shared_ptr<Cloud> read(const RegularFile& file);
 };
 

@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pcl/console/print.h>
 #include <pcl/io/pcd_io.h>
 
 #include <bit>
@@ -51,10 +52,13 @@ protected:
 
     /// What the library's own reader makes of a file; nothing when it refuses it.
     [[nodiscard]] std::optional<PcdCloud::Cloud> readByLibrary(const std::string& content) const {
-        const Veltrani::QuietPointClouds quiet;
         PcdCloud::Cloud cloud;
         const std::string path = folder.write("b.pcd", content);
-        return pcl::PCDReader().read(path, cloud) == 0 ? std::optional(cloud) : std::nullopt;
+        const auto level = pcl::console::getVerbosityLevel();
+        pcl::console::setVerbosityLevel(pcl::console::L_ALWAYS);
+        const int fault = pcl::PCDReader().read(path, cloud);
+        pcl::console::setVerbosityLevel(level);
+        return fault == 0 ? std::optional(cloud) : std::nullopt;
     }
 
     TemporaryFolder folder;
