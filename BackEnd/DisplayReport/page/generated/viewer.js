@@ -1,4 +1,4 @@
-/* Made by scripts/page-bundle; do not edit. Contains three.js 0.187.0:
+/* Made by scripts/page-bundle from sources of SHA-256 a337b8adefb9af91b4b151a68962af3cf73f1f29f6f492e285d71f416c671792; do not edit. Contains three.js 0.187.0:
 
 The MIT License
 
