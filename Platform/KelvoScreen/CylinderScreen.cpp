@@ -6,6 +6,8 @@
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
 
+#include <typeinfo>
+
 using namespace KelvoScreenDetail;
 
 namespace {
@@ -88,4 +90,12 @@ IntersectionSet CylinderScreen::intersectExtrapolatedWithSpecifiedNormal(const P
 std::vector<Point<double, 3>> CylinderScreen::intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                        const std::vector<Ray>& centre) const {
     return channelBoundary(*this, boundary, centre);
+}
+
+std::size_t CylinderScreen::raysAtOnce() const {
+    return typeid(*this) == typeid(CylinderScreen) ? 1 : 0;
+}
+
+std::wstring CylinderScreen::faultOfShape() const {
+    return m_surface->fault();
 }

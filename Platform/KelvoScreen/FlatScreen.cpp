@@ -8,9 +8,11 @@
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
+#include "KelvoScreen/detail/ShapeFaults.h"
 
 #include <algorithm>
 #include <cmath>
+#include <typeinfo>
 
 using namespace KelvoScreenDetail;
 
@@ -56,11 +58,16 @@ void FlatScreen::set(const Numbers& numbers) {
     m_upward = rotation * Point<double, 3>{0.0, 0.0, numbers.height};
     m_corner = numbers.centre - rotation * Point<double, 3>{numbers.width / 2, 0.0, numbers.height / 2};
     m_normal = rotation * Point<double, 3>{0.0, 1.0, 0.0};
+    m_valid = fault().empty();
+}
+
+std::wstring FlatScreen::fault() const {
+    const bool areCornersFinite =
+        isFinite(m_corner) && isFinite(m_across) && isFinite(m_upward) && isFinite(m_corner + m_across + m_upward);
     // Without the squares of its sides nobody could tell what is inside the rectangle.
-    const bool haveSquares =
-        std::isnormal(numbers.width * numbers.width) && std::isnormal(numbers.height * numbers.height);
-    m_valid = numbers.width > 0 && numbers.height > 0 && haveSquares && isFinite(m_corner) && isFinite(m_across) &&
-              isFinite(m_upward) && isFinite(m_corner + m_across + m_upward);
+    return firstFault({faultOfSize(L"width", m_numbers.width), faultOfSize(L"height", m_numbers.height),
+                       faultOfPlace(m_numbers.centre, m_numbers.orientation),
+                       areCornersFinite ? L"" : L"its corners lie beyond all numbers: correct its Centre and Size"});
 }
 
 bool FlatScreen::isValid() const {
@@ -121,6 +128,14 @@ IntersectionSet FlatScreen::intersectExtrapolatedWithSpecifiedNormal(const Point
 std::vector<Point<double, 3>> FlatScreen::intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                    const std::vector<Ray>& centre) const {
     return channelBoundary(*this, boundary, centre);
+}
+
+std::size_t FlatScreen::raysAtOnce() const {
+    return typeid(*this) == typeid(FlatScreen) ? 1 : 0;
+}
+
+std::wstring FlatScreen::faultOfShape() const {
+    return fault();
 }
 
 Point<double, 3> FlatScreen::pointAt(double s, double t) const {

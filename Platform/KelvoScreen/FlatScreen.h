@@ -4,6 +4,7 @@
 #include "KelvoScreen/ScreenGeometry.h"
 
 #include <array>
+#include <string>
 #include <vector>
 
 /// A flat rectangle: (s, t) -> centre + R ((s - 1/2) width, 0, (t - 1/2) height), R from the three orientation angles.
@@ -38,6 +39,8 @@ public:
                                                                            int sign) const override;
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
+    [[nodiscard]] std::size_t raysAtOnce() const override;
+    [[nodiscard]] std::wstring faultOfShape() const override;
 
 private:
     /// The numbers of a description; all zero without one.
@@ -54,6 +57,8 @@ private:
     explicit FlatScreen(const Numbers& numbers);
     [[nodiscard]] static std::array<unsigned char, 20> hash(const Numbers& numbers);
     void set(const Numbers& numbers);
+    /// Which number makes the rectangle one that is not valid; empty when it is valid.
+    [[nodiscard]] std::wstring fault() const;
     [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
     /// Where the ray meets the whole plane, at t >= 0.
     [[nodiscard]] IntersectionSet intersectPlane(const Point<double, 3>& from, const Point<double, 3>& to) const;

@@ -279,3 +279,22 @@ const TriangleMesh& MeshScreen::mesh() const {
 bool MeshScreen::isParameterised() const {
     return m_implementation->parameterised;
 }
+
+std::size_t MeshScreen::raysAtOnce() const {
+    return typeid(*this) == typeid(MeshScreen) ? MESH_RAYS_AT_ONCE : 0;
+}
+
+const TriangleMesh* MeshScreen::triangleMesh() const {
+    return &mesh();
+}
+
+std::wstring MeshScreen::faultOfShape() const {
+    if (isValid()) {
+        return {};
+    }
+    const std::vector<Point<double, 3>>& vertices = mesh().vertices;
+    return std::all_of(vertices.begin(), vertices.end(), isFinite<3>)
+               ? L"none of its " + std::to_wstring(mesh().triangles.size()) +
+                     L" triangles has an area: give a mesh with faces"
+               : L"a vertex of its mesh is not finite: export the mesh again";
+}

@@ -122,6 +122,10 @@ void OBJScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> h
     }
 }
 
+std::size_t OBJScreen::raysAtOnce() const {
+    return typeid(*this) == typeid(OBJScreen) ? MESH_RAYS_AT_ONCE : MeshScreen::raysAtOnce();
+}
+
 Matrix<float, 4> OBJScreen::getTransformMatrix(const std::wstring& up, const std::wstring& forward, float scale) {
     const std::optional<Axis> upAxis = axisNamed(up);
     const std::optional<Axis> forwardAxis = axisNamed(forward);

@@ -24,6 +24,7 @@ public:
     void deserialize(std::istream& text);
 
     void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
+    [[nodiscard]] std::size_t raysAtOnce() const override;
 
     /// The transform from a file whose up and forward axes are named into the world frame, with the scale: column
     /// vectors, no translation, right = forward x up, never a mirror image. Throws `VeltraniException` for unknown or

@@ -6,6 +6,8 @@
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
 
+#include <typeinfo>
+
 using namespace KelvoScreenDetail;
 
 namespace {
@@ -85,4 +87,12 @@ IntersectionSet RuledSurfaceScreen::intersectExtrapolatedWithSpecifiedNormal(con
 std::vector<Point<double, 3>> RuledSurfaceScreen::intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                            const std::vector<Ray>& centre) const {
     return channelBoundary(*this, boundary, centre);
+}
+
+std::size_t RuledSurfaceScreen::raysAtOnce() const {
+    return typeid(*this) == typeid(RuledSurfaceScreen) ? 1 : 0;
+}
+
+std::wstring RuledSurfaceScreen::faultOfShape() const {
+    return m_surface->fault();
 }

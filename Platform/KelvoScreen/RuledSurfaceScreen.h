@@ -57,6 +57,8 @@ public:
                                                                            int sign) const override;
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
+    [[nodiscard]] std::size_t raysAtOnce() const override;
+    [[nodiscard]] std::wstring faultOfShape() const override;
 
 private:
     std::shared_ptr<const KelvoScreenDetail::RuledSurface> m_surface;  ///< never null

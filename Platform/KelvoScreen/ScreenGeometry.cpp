@@ -3,6 +3,7 @@
 #include "Common/VeltraniException.h"
 
 #include <cstddef>
+#include <string>
 
 void ScreenGeometry::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
     if (rays.size() != hits.size()) {
@@ -20,4 +21,20 @@ void ScreenGeometry::intersectRays(std::span<const Ray> rays, std::span<SurfaceH
             hits[i] = {nearest.point, normal, nearest.t, sideOfSurface(to - from, normal), true};
         }
     }
+}
+
+std::size_t ScreenGeometry::raysAtOnce() const {
+    return 0;
+}
+
+const TriangleMesh* ScreenGeometry::triangleMesh() const {
+    return nullptr;
+}
+
+bool ScreenGeometry::isParameterised() const {
+    return true;
+}
+
+std::wstring ScreenGeometry::faultOfShape() const {
+    return isValid() ? L"" : L"its shape has no extent or a number that is not finite";
 }

@@ -4,12 +4,15 @@
 #include "KelvoScreen/IScreenGeometry.h"
 
 #include <array>
+#include <cstddef>
 #include <map>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
 class IScreenConfig;
+struct TriangleMesh;
 
 /// A ray: its origin and a second point that it passes through.
 using Ray = std::pair<Point<double, 3>, Point<double, 3>>;
@@ -66,4 +69,23 @@ public:
     /// Many rays at once: the nearest hit of each with its normal and side, in order. `hits` is as long as `rays`;
     /// throws `VeltraniException` when it is not. The default body asks per ray.
     virtual void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
+
+    /// How many rays `intersectRays` is best given at once. 1: it gains nothing from more. 0, here: the rays must be
+    /// asked one by one, in the order in which their answers are wanted.
+    ///
+    /// A kind returns more than 0 for objects of exactly its class whose answers depend on nothing but the ray. A class
+    /// derived from it may count the rays or change the screen meanwhile, and is asked one by one again until it says
+    /// otherwise.
+    [[nodiscard]] virtual std::size_t raysAtOnce() const;
+
+    /// The triangles that the surface consists of, valid until the surface changes; null, here, for a surface that is
+    /// given by numbers.
+    [[nodiscard]] virtual const TriangleMesh* triangleMesh() const;
+
+    /// Whether the surface has 2D coordinates, so that `mapInto3D` does not throw; here: true.
+    [[nodiscard]] virtual bool isParameterised() const;
+
+    /// Which number keeps the shape from being valid, what was expected, and the remedy; empty for a valid shape. Here,
+    /// where no number is known: that the shape has no extent or a number that is not finite.
+    [[nodiscard]] virtual std::wstring faultOfShape() const;
 };

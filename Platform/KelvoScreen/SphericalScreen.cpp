@@ -12,6 +12,9 @@ using namespace KelvoScreenDetail;
 
 namespace {
 
+/// Rays, and then normals: the processor works at several together, and calls are fewer.
+constexpr std::size_t RAYS_AT_ONCE = 128;
+
 SphereNumbers numbersOf(const IScreenConfig* screen) {
     SphereNumbers numbers;
     if (screen != nullptr) {
@@ -105,4 +108,12 @@ void SphericalScreen::intersectRays(std::span<const Ray> rays, std::span<Surface
     } else {
         ScreenGeometry::intersectRays(rays, hits);
     }
+}
+
+std::size_t SphericalScreen::raysAtOnce() const {
+    return typeid(*this) == typeid(SphericalScreen) ? RAYS_AT_ONCE : 0;
+}
+
+std::wstring SphericalScreen::faultOfShape() const {
+    return m_surface->fault();
 }

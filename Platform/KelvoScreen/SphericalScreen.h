@@ -54,6 +54,8 @@ public:
                                                                          const std::vector<Ray>& centre) const override;
     /// Bit for bit the answers of single rays. A class derived from this one is asked per ray.
     void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
+    [[nodiscard]] std::size_t raysAtOnce() const override;
+    [[nodiscard]] std::wstring faultOfShape() const override;
 
 private:
     std::shared_ptr<const KelvoScreenDetail::SphereSurface> m_surface;  ///< never null

@@ -19,6 +19,7 @@ namespace shapes {
 /// Expects the answers of a screen that is not valid.
 inline void expectNothing(const ScreenGeometry& screen) {
     EXPECT_FALSE(screen.isValid());
+    EXPECT_NE(screen.faultOfShape(), L"") << "why it is not valid";
     for (const Point<double, 3>& to : {Point<double, 3>{0.0, 1.0, 0.0}, {1.0, -2.0, 3.0}, {0.0, 0.0, -1.0}}) {
         EXPECT_TRUE(screen.intersect({0.1, 0.2, 0.3}, to).empty());
         EXPECT_TRUE(screen.intersectExtrapolatedWithSpecifiedNormal({0.1, 0.2, 0.3}, to, 1).empty());
@@ -39,6 +40,7 @@ template <class Screen>
 void expectNotValid(const ScreenConfigDouble& good,
                     const std::vector<std::function<void(ScreenConfigDouble&)>>& faults) {
     EXPECT_TRUE(Screen(&good).isValid());
+    EXPECT_EQ(Screen(&good).faultOfShape(), L"");
     for (std::size_t i = 0; i < faults.size(); ++i) {
         SCOPED_TRACE("fault " + std::to_string(i));
         ScreenConfigDouble config = good;

@@ -5,6 +5,7 @@
 #include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
+#include "KelvoScreen/detail/ShapeFaults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,18 +13,20 @@
 namespace KelvoScreenDetail {
 
 CylinderSurface::CylinderSurface(const CylinderNumbers& numbers)
-    : m_numbers(numbers), m_placement(numbers.centre, numbers.orientation), m_isValid(areValid(numbers)) {
+    : m_numbers(numbers),
+      m_placement(numbers.centre, numbers.orientation),
+      m_fault(faultOf(numbers)),
+      m_isValid(m_fault.empty()) {
     if (m_isValid) {
         m_sector = AzimuthSector(numbers.azimuthMin, numbers.azimuthMax);
         m_extent = largestComponent(numbers.centre) + std::max(numbers.radius, numbers.height);
     }
 }
 
-bool CylinderSurface::areValid(const CylinderNumbers& numbers) {
-    return isFinite(numbers.centre) && isFinite(numbers.orientation) && numbers.height > 0 &&
-           numbers.radius > SMALLEST_IN_ROUNDINGS * ROUNDING * largestComponent(numbers.centre) &&
-           std::isnormal(numbers.radius * numbers.radius) && std::isfinite(numbers.height) &&
-           AzimuthSector::isRange(numbers.azimuthMin, numbers.azimuthMax);
+std::wstring CylinderSurface::faultOf(const CylinderNumbers& numbers) {
+    return firstFault({faultOfPlace(numbers.centre, numbers.orientation), faultOfLength(L"height", numbers.height),
+                       faultOfRadius(numbers.radius, numbers.centre),
+                       faultOfAzimuths(numbers.azimuthMin, numbers.azimuthMax)});
 }
 
 template <class Limit>

@@ -4,6 +4,8 @@
 #include "KelvoScreen/detail/AzimuthSector.h"
 #include "KelvoScreen/detail/Placement.h"
 
+#include <string>
+
 namespace KelvoScreenDetail {
 
 struct OwnHit;
@@ -26,6 +28,8 @@ public:
 
     [[nodiscard]] const CylinderNumbers& numbers() const { return m_numbers; }
     [[nodiscard]] bool isValid() const { return m_isValid; }
+    /// Which number makes the surface one that is not valid; empty when it is valid.
+    [[nodiscard]] const std::wstring& fault() const { return m_fault; }
 
     /// Hits within the limits; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
@@ -37,7 +41,7 @@ public:
     [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
 
 private:
-    [[nodiscard]] static bool areValid(const CylinderNumbers& numbers);
+    [[nodiscard]] static std::wstring faultOf(const CylinderNumbers& numbers);
     template <class Limit>
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
@@ -53,6 +57,7 @@ private:
     Placement m_placement;
     AzimuthSector m_sector;
     double m_extent = 0;  ///< the largest coordinate of the surface: the unit of its rounding
+    std::wstring m_fault;
     bool m_isValid = false;
 };
 

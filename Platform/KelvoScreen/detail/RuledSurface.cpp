@@ -126,17 +126,32 @@ private:
 };
 
 RuledSurface::RuledSurface(RuledNumbers numbers) : m_numbers(std::move(numbers)) {
-    if (haveRails()) {
+    if (faultOfRails().empty()) {
         build();
     }
 }
 
-bool RuledSurface::haveRails() const {
+std::wstring RuledSurface::faultOfRails() const {
     const auto areFinite = [](const std::vector<Point<double, 3>>& rail) {
         return std::all_of(rail.begin(), rail.end(), [](const Point<double, 3>& point) { return isFinite(point); });
     };
-    return m_numbers.lower.size() >= 2 && m_numbers.lower.size() == m_numbers.upper.size() &&
-           areFinite(m_numbers.lower) && areFinite(m_numbers.upper);
+    const std::size_t lower = m_numbers.lower.size();
+    const std::size_t upper = m_numbers.upper.size();
+    if (lower < 2 || lower != upper) {
+        return L"its rails have " + std::to_wstring(lower) + L" points (lower) and " + std::to_wstring(upper) +
+               L" (upper), expected as many on both, two at least: correct LowerRail and UpperRail";
+    }
+    if (!areFinite(m_numbers.lower) || !areFinite(m_numbers.upper)) {
+        return L"a point of its rails is not finite: correct LowerRail and UpperRail";
+    }
+    return {};
+}
+
+std::wstring RuledSurface::fault() const {
+    const std::wstring ofRails = faultOfRails();
+    return m_isValid || !ofRails.empty()
+               ? ofRails
+               : L"there is no area between its rails: move LowerRail and UpperRail apart, and their points";
 }
 
 void RuledSurface::build() {

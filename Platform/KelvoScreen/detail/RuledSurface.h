@@ -3,6 +3,7 @@
 #include "KelvoScreen/IntersectionSet.h"
 #include "KelvoScreen/detail/RuledPatch.h"
 
+#include <string>
 #include <vector>
 
 namespace KelvoScreenDetail {
@@ -22,6 +23,8 @@ public:
 
     [[nodiscard]] const RuledNumbers& numbers() const { return m_numbers; }
     [[nodiscard]] bool isValid() const { return m_isValid; }
+    /// What about the rails makes the surface one that is not valid; empty when it is valid.
+    [[nodiscard]] std::wstring fault() const;
 
     /// Hits between the rails; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
@@ -38,7 +41,8 @@ private:
     class Collector;
 
     void build();
-    [[nodiscard]] bool haveRails() const;
+    /// Empty when there are two rails of as many points, all of them finite.
+    [[nodiscard]] std::wstring faultOfRails() const;
     /// Makes the patches and returns their length.
     [[nodiscard]] double parameterised();
     /// The mean length of both rails from one ruling straight to another.

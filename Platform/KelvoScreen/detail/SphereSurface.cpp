@@ -5,6 +5,7 @@
 #include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
+#include "KelvoScreen/detail/ShapeFaults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,7 +25,10 @@ constexpr auto NO_LIMIT = [](const RayAim&, double, const Point<double, 3>&, dou
 }  // namespace
 
 SphereSurface::SphereSurface(const SphereNumbers& numbers)
-    : m_numbers(numbers), m_placement(numbers.centre, numbers.orientation), m_isValid(areValid(numbers)) {
+    : m_numbers(numbers),
+      m_placement(numbers.centre, numbers.orientation),
+      m_fault(faultOf(numbers)),
+      m_isValid(m_fault.empty()) {
     if (!m_isValid) {
         return;
     }
@@ -35,13 +39,10 @@ SphereSurface::SphereSurface(const SphereNumbers& numbers)
     m_isWhole = m_sector.isWhole() && std::isinf(m_lower.height) && std::isinf(m_upper.height);
 }
 
-bool SphereSurface::areValid(const SphereNumbers& numbers) {
-    return isFinite(numbers.centre) && isFinite(numbers.orientation) &&
-           numbers.radius > SMALLEST_IN_ROUNDINGS * ROUNDING * largestComponent(numbers.centre) &&
-           std::isnormal(numbers.radius * numbers.radius) &&
-           AzimuthSector::isRange(numbers.azimuthMin, numbers.azimuthMax) &&
-           numbers.elevationMin >= -POLE - ANGLE_TOLERANCE && numbers.elevationMax <= POLE + ANGLE_TOLERANCE &&
-           numbers.elevationMin < numbers.elevationMax;
+std::wstring SphereSurface::faultOf(const SphereNumbers& numbers) {
+    return firstFault({faultOfPlace(numbers.centre, numbers.orientation), faultOfRadius(numbers.radius, numbers.centre),
+                       faultOfAzimuths(numbers.azimuthMin, numbers.azimuthMax),
+                       faultOfElevations(numbers.elevationMin, numbers.elevationMax)});
 }
 
 SphereSurface::Rim SphereSurface::rimAt(double elevation, double radius) {

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <span>
+#include <string>
 
 namespace KelvoScreenDetail {
 
@@ -31,6 +32,8 @@ public:
 
     [[nodiscard]] const SphereNumbers& numbers() const { return m_numbers; }
     [[nodiscard]] bool isValid() const { return m_isValid; }
+    /// Which number makes the surface one that is not valid; empty when it is valid.
+    [[nodiscard]] const std::wstring& fault() const { return m_fault; }
 
     /// Hits within the limits; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
@@ -63,7 +66,7 @@ private:
         [[nodiscard]] double excess(const Point<double, 3>& own) const;
     };
 
-    [[nodiscard]] static bool areValid(const SphereNumbers& numbers);
+    [[nodiscard]] static std::wstring faultOf(const SphereNumbers& numbers);
     [[nodiscard]] static Rim rimAt(double elevation, double radius);
     [[nodiscard]] double elevationAt(double t) const;
     /// Calls `visit(point, t)` for each hit of the whole sphere that `limit` lets pass, mostly nearest first.
@@ -92,6 +95,7 @@ private:
     Rim m_lower, m_upper;
     double m_extent = 0;  ///< the largest coordinate of the sphere: the unit of its rounding
     bool m_isWhole = false;
+    std::wstring m_fault;
     bool m_isValid = false;
 };
 
