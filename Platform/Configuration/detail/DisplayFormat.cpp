@@ -1,9 +1,7 @@
 #include "Configuration/detail/DisplayFormat.h"
 
-#include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
-
 #include <algorithm>
+#include <numbers>
 
 namespace Veltrani {
 
@@ -24,8 +22,13 @@ constexpr AttributeRule RADIUS_ATTRIBUTES[] = {{"value", ValueType::PositiveLeng
 constexpr AttributeRule FLAT_SIZE_ATTRIBUTES[] = {{"width", ValueType::PositiveLength, REQUIRED},
                                                   {"height", ValueType::PositiveLength, REQUIRED}};
 constexpr AttributeRule CYLINDER_SIZE_ATTRIBUTES[] = {{"height", ValueType::PositiveLength, REQUIRED}};
-constexpr AttributeRule ANGLE_RANGE_ATTRIBUTES[] = {{"min", ValueType::Angle, REQUIRED},
-                                                    {"max", ValueType::Angle, REQUIRED}};
+// A round shape that states no limits is whole.
+constexpr double HALF_TURN = std::numbers::pi;
+constexpr double QUARTER_TURN = 0.5 * std::numbers::pi;
+constexpr AttributeRule AZIMUTH_ATTRIBUTES[] = {{"min", ValueType::Angle, REQUIRED, -HALF_TURN},
+                                                {"max", ValueType::Angle, REQUIRED, HALF_TURN}};
+constexpr AttributeRule ELEVATION_ATTRIBUTES[] = {{"min", ValueType::Angle, REQUIRED, -QUARTER_TURN},
+                                                  {"max", ValueType::Angle, REQUIRED, QUARTER_TURN}};
 constexpr AttributeRule FILE_ATTRIBUTES[] = {{"file", ValueType::NonEmptyText, REQUIRED}};
 constexpr AttributeRule IMPORT_ATTRIBUTES[] = {{"up", ValueType::Axis, REQUIRED},
                                                {"forward", ValueType::Axis, REQUIRED}};
@@ -69,8 +72,8 @@ constexpr ElementRule ORIENTATION{"Orientation", ORIENTATION_ATTRIBUTES, {}, Ele
 constexpr ElementRule RADIUS{"Radius", RADIUS_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
 constexpr ElementRule FLAT_SIZE{"Size", FLAT_SIZE_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
 constexpr ElementRule CYLINDER_SIZE{"Size", CYLINDER_SIZE_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
-constexpr ElementRule AZIMUTH{"Azimuth", ANGLE_RANGE_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
-constexpr ElementRule ELEVATION{"Elevation", ANGLE_RANGE_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
+constexpr ElementRule AZIMUTH{"Azimuth", AZIMUTH_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
+constexpr ElementRule ELEVATION{"Elevation", ELEVATION_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
 constexpr ElementRule CONTENT_MESH{"ContentMesh", FILE_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
 constexpr ElementRule MEASURED_MESH{"MeasuredMesh", FILE_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
 constexpr ElementRule MODEL_CLOUD{"ModelCloud", FILE_ATTRIBUTES, {}, ElementContent::Elements, {}, {}};
@@ -101,11 +104,11 @@ constexpr ChildRule CYLINDER_CHILDREN[] = {
     {&CENTRE, 0, 1}, {&ORIENTATION, 0, 1}, {&RADIUS, 1, 1}, {&CYLINDER_SIZE, 1, 1}, {&AZIMUTH, 0, 1}};
 constexpr ChildRule RULED_CHILDREN[] = {{&LOWER_RAIL, 1, 1}, {&UPPER_RAIL, 1, 1}};
 constexpr ChildRule MESH_CHILDREN[] = {{&CONTENT_MESH, 0, ANY_NUMBER}};
-constexpr VariantRule SHAPE_VARIANTS[] = {{&BaseConfig::SHAPE_FLAT, FLAT_CHILDREN},
-                                          {&BaseConfig::SHAPE_SPHERE, SPHERE_CHILDREN},
-                                          {&BaseConfig::SHAPE_CYLINDER, CYLINDER_CHILDREN},
-                                          {&BaseConfig::SHAPE_RULED, RULED_CHILDREN},
-                                          {&BaseConfig::SHAPE_MESH, MESH_CHILDREN}};
+constexpr VariantRule SHAPE_VARIANTS[] = {{"Flat", FLAT_CHILDREN},
+                                          {"Sphere", SPHERE_CHILDREN},
+                                          {"Cylinder", CYLINDER_CHILDREN},
+                                          {"Ruled", RULED_CHILDREN},
+                                          {"Mesh", MESH_CHILDREN}};
 constexpr ElementRule SCREEN{"Screen", SCREEN_ATTRIBUTES, SCREEN_CHILDREN, ElementContent::Elements,
                              "shape",  SHAPE_VARIANTS};
 
@@ -117,13 +120,13 @@ constexpr ElementRule PITCH_TABLE{"PitchTable", {}, TABLE_CHILDREN, ElementConte
 constexpr ChildRule TARGET_DATA_CHILDREN[] = {{&TARGET_POSITION, 0, 1}, {&YAW_TABLE, 0, 1}, {&PITCH_TABLE, 0, 1}};
 constexpr ChildRule COLLIMATED_CHILDREN[] = {{&MIRROR, 1, 1}};
 constexpr ChildRule OTHER_TARGET_CHILDREN[] = {{&MIRROR, 0, 1}};
-constexpr VariantRule TARGET_DATA_VARIANTS[] = {{&BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED, COLLIMATED_CHILDREN},
-                                                {&BaseConfig::TARGET_DATA_PLANAR_BASIC, OTHER_TARGET_CHILDREN},
-                                                {&BaseConfig::TARGET_DATA_PLANAR_ADVANCED, OTHER_TARGET_CHILDREN},
-                                                {&BaseConfig::TARGET_DATA_SPHERICAL, OTHER_TARGET_CHILDREN},
-                                                {&BaseConfig::TARGET_DATA_CUSTOM_PLANAR, OTHER_TARGET_CHILDREN},
-                                                {&BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC, OTHER_TARGET_CHILDREN},
-                                                {&BaseConfig::TARGET_DATA_3D, OTHER_TARGET_CHILDREN}};
+constexpr VariantRule TARGET_DATA_VARIANTS[] = {{"PlanarBasic", OTHER_TARGET_CHILDREN},
+                                                {"PlanarAdvanced", OTHER_TARGET_CHILDREN},
+                                                {"Spherical", OTHER_TARGET_CHILDREN},
+                                                {"SphericalCollimated", COLLIMATED_CHILDREN},
+                                                {"CustomPlanar", OTHER_TARGET_CHILDREN},
+                                                {"ProjectorCentric", OTHER_TARGET_CHILDREN},
+                                                {"3D", OTHER_TARGET_CHILDREN}};
 constexpr ElementRule TARGET_DATA{"TargetData", TARGET_DATA_ATTRIBUTES, TARGET_DATA_CHILDREN, ElementContent::Elements,
                                   "type",       TARGET_DATA_VARIANTS};
 
@@ -166,11 +169,32 @@ bool holdsAngles(const ElementRule& element) {
 
 const VariantRule* variantOf(const ElementRule& element, std::string_view selected) {
     for (const VariantRule& variant : element.variants) {
-        if (toUtf8(*variant.value) == selected) {
+        if (variant.value == selected) {
             return &variant;
         }
     }
     return nullptr;
+}
+
+std::span<const VariantRule> screenShapes() {
+    return SHAPE_VARIANTS;
+}
+
+std::span<const VariantRule> targetDataTypes() {
+    return TARGET_DATA_VARIANTS;
+}
+
+double withoutElement(std::string_view shape, std::string_view child, std::string_view attribute) {
+    const VariantRule* const variant = variantOf(SCREEN, shape);
+    const std::span<const ChildRule> children = variant != nullptr ? variant->children : std::span<const ChildRule>();
+    for (const ChildRule& rule : children) {
+        for (const AttributeRule& candidate : rule.element->attributes) {
+            if (rule.element->name == child && candidate.name == attribute) {
+                return candidate.withoutElement;
+            }
+        }
+    }
+    return 0.0;
 }
 
 }  // namespace Veltrani

@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <span>
-#include <string>
 #include <string_view>
 
 /// The form of a display configuration as one table: which elements there are, what they hold and how often. The
@@ -15,6 +14,8 @@ struct AttributeRule {
     std::string_view name;
     ValueType type = ValueType::Text;
     bool required = false;
+    /// What is read where the whole element is left out: a number in native units or radians.
+    double withoutElement = 0.0;
 };
 
 struct ElementRule;
@@ -27,7 +28,7 @@ struct ChildRule {
 
 /// The further children of an element whose selecting attribute has one particular value.
 struct VariantRule {
-    const std::wstring* value = nullptr;
+    std::string_view value;
     std::span<const ChildRule> children;
 };
 
@@ -61,5 +62,13 @@ inline constexpr AttributeRule ANGLE_UNIT_ATTRIBUTE{"angleUnit", ValueType::Angl
 
 /// The variant that the value of the selecting attribute selects; null when there is none.
 [[nodiscard]] const VariantRule* variantOf(const ElementRule& element, std::string_view selected);
+
+/// The shapes that a screen can have, and the types that target data can have, in the order of messages: the only lists
+/// of them in this library.
+[[nodiscard]] std::span<const VariantRule> screenShapes();
+[[nodiscard]] std::span<const VariantRule> targetDataTypes();
+
+/// What an attribute of a screen's child is read as where that child is left out; 0 for a shape without such a child.
+[[nodiscard]] double withoutElement(std::string_view shape, std::string_view child, std::string_view attribute);
 
 }  // namespace Veltrani

@@ -1,7 +1,6 @@
 #include "Configuration/detail/ValueRules.h"
 
-#include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
+#include "Configuration/detail/DisplayFormat.h"
 
 #include <algorithm>
 #include <vector>
@@ -14,22 +13,10 @@ using Words = std::vector<std::string>;
 
 constexpr std::string_view FORMAT_VERSION = "1";
 
-Words shapes() {
+Words namesOf(std::span<const VariantRule> variants) {
     Words words;
-    for (const std::wstring* shape : {&BaseConfig::SHAPE_FLAT, &BaseConfig::SHAPE_SPHERE, &BaseConfig::SHAPE_CYLINDER,
-                                      &BaseConfig::SHAPE_RULED, &BaseConfig::SHAPE_MESH}) {
-        words.push_back(toUtf8(*shape));
-    }
-    return words;
-}
-
-Words targetData() {
-    Words words;
-    for (const std::wstring* type : {&BaseConfig::TARGET_DATA_PLANAR_BASIC, &BaseConfig::TARGET_DATA_PLANAR_ADVANCED,
-                                     &BaseConfig::TARGET_DATA_SPHERICAL, &BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED,
-                                     &BaseConfig::TARGET_DATA_CUSTOM_PLANAR, &BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC,
-                                     &BaseConfig::TARGET_DATA_3D}) {
-        words.push_back(toUtf8(*type));
+    for (const VariantRule& variant : variants) {
+        words.emplace_back(variant.value);
     }
     return words;
 }
@@ -40,8 +27,8 @@ const Words& wordsOf(ValueType type) {
     static const Words VERSIONS{std::string(FORMAT_VERSION)};
     static const Words LENGTH_UNITS{"mm", "cm", "m", "in", "ft", "custom"};
     static const Words ANGLE_UNITS{std::string(DEGREES), std::string(RADIANS)};
-    static const Words SHAPES = shapes();
-    static const Words TARGET_DATA = targetData();
+    static const Words SHAPES = namesOf(screenShapes());
+    static const Words TARGET_DATA = namesOf(targetDataTypes());
     static const Words AXES{"X", "-X", "Y", "-Y", "Z", "-Z"};
     switch (type) {
         case ValueType::Version:

@@ -1,11 +1,10 @@
 #include "Configuration/detail/XmlScreenConfig.h"
 
 #include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
+#include "Configuration/detail/DisplayFormat.h"
 #include "Configuration/detail/XmlNode.h"
 
 #include <cstddef>
-#include <numbers>
 #include <optional>
 #include <utility>
 
@@ -13,9 +12,6 @@ namespace Veltrani {
 
 namespace {
 
-// The whole surface, in radians.
-constexpr double HALF_TURN = std::numbers::pi;
-constexpr double QUARTER_TURN = 0.5 * std::numbers::pi;
 // A file that says nothing is taken to be in the world frame: z up, y forward.
 constexpr const char* USUAL_UP = "Z";
 constexpr const char* USUAL_FORWARD = "Y";
@@ -77,14 +73,14 @@ void XmlScreenConfig::readShape(const xmlNode* screen, const ElementReader& read
 }
 
 void XmlScreenConfig::readLimits(const xmlNode* screen, const ElementReader& reader) {
-    const bool isSphere = m_shape == BaseConfig::SHAPE_SPHERE;
-    const bool isRound = isSphere || m_shape == BaseConfig::SHAPE_CYLINDER;
-    const xmlNode* const azimuth = Xml::child(screen, "Azimuth");
-    m_azimuthMin = reader.angle(azimuth, "min").value_or(isRound ? -HALF_TURN : 0.0);
-    m_azimuthMax = reader.angle(azimuth, "max").value_or(isRound ? HALF_TURN : 0.0);
-    const xmlNode* const elevation = Xml::child(screen, "Elevation");
-    m_elevationMin = reader.angle(elevation, "min").value_or(isSphere ? -QUARTER_TURN : 0.0);
-    m_elevationMax = reader.angle(elevation, "max").value_or(isSphere ? QUARTER_TURN : 0.0);
+    const std::string shape = toUtf8(m_shape);
+    const auto limit = [&](const char* child, const char* attribute) {
+        return reader.angle(Xml::child(screen, child), attribute).value_or(withoutElement(shape, child, attribute));
+    };
+    m_azimuthMin = limit("Azimuth", "min");
+    m_azimuthMax = limit("Azimuth", "max");
+    m_elevationMin = limit("Elevation", "min");
+    m_elevationMax = limit("Elevation", "max");
 }
 
 std::wstring XmlScreenConfig::getContentMeshFile(int index) const {
