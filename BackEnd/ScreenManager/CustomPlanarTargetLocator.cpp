@@ -3,8 +3,8 @@
 #include "Common/VeltraniException.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/detail/OutlinePlaces.h"
 
-#include <cstdint>
 #include <memory>
 
 namespace {
@@ -12,32 +12,6 @@ namespace {
 /// One less than a count of samples. The count leaves the range of an int only as a double.
 double stepsBetween(int samples) {
     return static_cast<double>(samples) - 1.0;
-}
-
-/// The border of a pixel space, edge by edge. The walk is in wide integers: a step past the last pixel may leave the
-/// range of an int.
-std::vector<Point<double, 2>> borderOf(const Point<int, 2>& resolution, int samplesPerEdge) {
-    const std::int64_t width = resolution[0];
-    const std::int64_t height = resolution[1];
-    const std::int64_t stepX = samplesPerEdge > 1 ? width / (std::int64_t{samplesPerEdge} - 1) : 0;
-    const std::int64_t stepY = samplesPerEdge > 1 ? height / (std::int64_t{samplesPerEdge} - 1) : 0;
-    std::vector<Point<double, 2>> border;
-    if (stepX < 1 || stepY < 1) {
-        return border;  // an edge that makes no step would never end
-    }
-    for (std::int64_t x = 0; x < width; x += stepX) {
-        border.emplace_back(x, 0);
-    }
-    for (std::int64_t y = 0; y < height; y += stepY) {
-        border.emplace_back(width - 1, y);
-    }
-    for (std::int64_t x = width - 1; x >= 0; x -= stepX) {
-        border.emplace_back(x, height - 1);
-    }
-    for (std::int64_t y = height - 1; y >= 0; y -= stepY) {
-        border.emplace_back(0, y);
-    }
-    return border;
 }
 
 }  // namespace
@@ -99,7 +73,7 @@ std::vector<Point<double, 3>> CustomPlanarTargetLocator::projectBoundaryOnTarget
     if (!screen) {
         return outline;
     }
-    for (const Point<double, 2>& pixel : borderOf(m_params.resolution, samplesPerEdge)) {
+    for (const Point<double, 2>& pixel : Veltrani::borderOfPixels(m_params.resolution, samplesPerEdge)) {
         Point<double, 2> onScreen;
         Point<double, 3> point;
         if (m_transform.mapChannel2DToScreen2D(pixel, onScreen) && screen->mapInto3D(onScreen, point, true)) {

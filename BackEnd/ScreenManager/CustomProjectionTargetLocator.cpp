@@ -4,6 +4,7 @@
 #include "KelvoControl/ProjectionModel.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
+#include "ScreenManager/detail/OutlinePlaces.h"
 
 #include <string>
 
@@ -42,34 +43,11 @@ private:
     Point<double, 3> m_origin;
 };
 
-/// Added up, not multiplied out, from here to the last of these two functions: whether an edge gets a sample at its far
-/// end depends on the rounding of the sum.
-template <class Place>
-void walkUp(const RayBuilder& rays, double step, std::vector<Ray>& boundary, Place&& place) {
-    double t = 0.0;
-    do {
-        boundary.push_back(rays.through(place(t)));
-        t += step;
-    } while (t < 1.0);
-}
-
-template <class Place>
-void walkDown(const RayBuilder& rays, double step, std::vector<Ray>& boundary, Place&& place) {
-    double t = 1.0;
-    do {
-        boundary.push_back(rays.through(place(t)));
-        t -= step;
-    } while (t > 0.0);
-}
-
 std::vector<Ray> boundaryRays(const RayBuilder& rays, int samplesPerEdge) {
-    using Normalised = Point<double, 2>;
-    const double step = 1.0 / samplesPerEdge;
     std::vector<Ray> boundary;
-    walkUp(rays, step, boundary, [](double t) { return Normalised{t, 0.0}; });
-    walkUp(rays, step, boundary, [](double t) { return Normalised{1.0, t}; });
-    walkDown(rays, step, boundary, [](double t) { return Normalised{t, 1.0}; });
-    walkDown(rays, step, boundary, [](double t) { return Normalised{0.0, t}; });
+    for (const Point<double, 2>& place : Veltrani::borderOfPicture(samplesPerEdge)) {
+        boundary.push_back(rays.through(place));
+    }
     return boundary;
 }
 

@@ -3,17 +3,13 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/UnitConversionTable.h"
 #include "Configuration/UnitConverter.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DravixDiagnostics/DravixDiagnostics.h"
-#include "KelvoScreen/CylinderScreen.h"
-#include "KelvoScreen/FlatScreen.h"
-#include "KelvoScreen/RuledSurfaceScreen.h"
-#include "KelvoScreen/SphericalScreen.h"
+#include "KelvoScreen/ScreenShape.h"
 
 #include <array>
 #include <exception>
@@ -39,41 +35,6 @@ const IScreenConfig* screenConfigOf(const XMLConfigManager* config) {
 /// An empty name, which is no shape, without a description.
 std::wstring shapeOf(const IScreenConfig* screen) {
     return screen != nullptr ? screen->getShape() : std::wstring();
-}
-
-bool isMesh(const IScreenConfig* screen) {
-    return shapeOf(screen) == BaseConfig::SHAPE_MESH;
-}
-
-template <class Kind>
-bool rebuildIfDifferent(Screen& screen, const IScreenConfig* description, const Hash& oldHash) {
-    if (Kind::calcUniqueDataHash(description) == oldHash) {
-        return false;
-    }
-    screen.setContent(std::make_shared<Kind>(description));
-    return true;
-}
-
-/// A shape that is built from numbers of the configuration.
-struct NumericShape {
-    const std::wstring& name;
-    bool (*rebuildIfDifferent)(Screen& screen, const IScreenConfig* description, const Hash& oldHash);
-};
-
-/// In the order in which a shape name is compared.
-const NumericShape* findNumericShape(const std::wstring& name) {
-    static const std::array SHAPES{
-        NumericShape{BaseConfig::SHAPE_SPHERE, rebuildIfDifferent<SphericalScreen>},
-        NumericShape{BaseConfig::SHAPE_CYLINDER, rebuildIfDifferent<CylinderScreen>},
-        NumericShape{BaseConfig::SHAPE_RULED, rebuildIfDifferent<RuledSurfaceScreen>},
-        NumericShape{BaseConfig::SHAPE_FLAT, rebuildIfDifferent<FlatScreen>},
-    };
-    for (const NumericShape& shape : SHAPES) {
-        if (shape.name == name) {
-            return &shape;
-        }
-    }
-    return nullptr;
 }
 
 UnitConversionTable::UnitSubType unitOf(const std::wstring& name) {
@@ -106,7 +67,7 @@ ScreenManager::~ScreenManager() = default;
 
 void ScreenManager::setScreenGeometry(XMLConfigManager* config, bool force) {
     const IScreenConfig* const screen = screenConfigOf(config);
-    const bool mesh = isMesh(screen);
+    const bool mesh = ScreenShape::isReadFromFile(screen);
     try {
         setScaleFromXml(config);
         setOrientationXfFromXml(config);
@@ -219,14 +180,14 @@ double ScreenManager::getScaleFromXml(XMLConfigManager* config) {
 }
 
 void ScreenManager::setScaleFromXml(XMLConfigManager* config) {
-    if (isMesh(screenConfigOf(config))) {
+    if (ScreenShape::isReadFromFile(screenConfigOf(config))) {
         m_screen.setScale(static_cast<float>(getScaleFromXml(config)));
     }
 }
 
 void ScreenManager::setOrientationXfFromXml(XMLConfigManager* config) {
     const IScreenConfig* const screen = screenConfigOf(config);
-    if (isMesh(screen)) {
+    if (ScreenShape::isReadFromFile(screen)) {
         const std::wstring param1 = screen->getImportOrientationParam1();
         const std::wstring param2 = screen->getImportOrientationParam2();
         m_screen.setImportTransformParams(param1, param2);
@@ -242,11 +203,15 @@ bool ScreenManager::createScreenIfDifferent(XMLConfigManager* config, bool force
     // Zeros, which no geometry has, stand for "rebuild whatever it is".
     const Hash oldHash = content ? content->getUniqueDataHash() : Hash{};
 
-    if (const NumericShape* const known = findNumericShape(shape)) {
-        return known->rebuildIfDifferent(m_screen, description, oldHash);
-    }
-    if (shape == BaseConfig::SHAPE_MESH) {
-        return m_screen.loadContent(description->getContentMeshFile(FIRST_FILE), force);
+    if (const ScreenShape* const known = ScreenShape::named(shape)) {
+        if (known->isReadFromFile()) {
+            return m_screen.loadContent(description->getContentMeshFile(FIRST_FILE), force);
+        }
+        const bool isDifferent = known->hashOf(description) != oldHash;
+        if (isDifferent) {
+            m_screen.setContent(known->make(description));
+        }
+        return isDifferent;
     }
     const std::wstring fault =
         L"ERROR: ScreenManager::createContentScreenIfDifferent(), screen type (" + shape + L") not found";

@@ -3,10 +3,8 @@
 #include "Common/Matrix.h"
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
-#include "KelvoScreen/MeshScreen.h"
-#include "KelvoScreen/SphericalScreen.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
-#include "ScreenManager/detail/RaysAtOnce.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +13,6 @@
 #include <locale>
 #include <memory>
 #include <sstream>
-#include <typeinfo>
 
 log4cxx::LoggerPtr SphereTargetLocator::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.SphereTargetLocator");
 
@@ -138,11 +135,10 @@ public:
         : m_screen(screen), m_eyepoint(eyepoint), m_directions(directions) {}
 
     void cast(int columns, int rows) {
-        // Meshes gain from neighbouring rays, spheres from fewer calls. The others have less to write one by one.
-        if (dynamic_cast<const MeshScreen*>(&m_screen) != nullptr) {
-            castAtOnce(columns, rows, MOST_AT_ONCE);
-        } else if (typeid(m_screen) == typeid(SphericalScreen)) {
-            castAtOnce(columns, rows, FEW_AT_ONCE);
+        // Surfaces that gain nothing from more have less to write one by one.
+        const std::size_t most = std::min(m_screen.raysAtOnce(), MOST_AT_ONCE);
+        if (most > 1) {
+            castAtOnce(columns, rows, static_cast<int>(most));
         } else {
             castOneByOne(columns, rows);
         }
@@ -153,7 +149,7 @@ public:
 
 private:
     /// Bounds the memory for rays and hits, 120 bytes each: they stay in the processor's cache.
-    static constexpr int MOST_AT_ONCE = 2048;
+    static constexpr std::size_t MOST_AT_ONCE = 2048;
     /// Rays, and then normals, that are asked before their targets are stored: the processor works at several together.
     static constexpr int FEW_AT_ONCE = 128;
 
@@ -281,9 +277,9 @@ void SphereTargetLocator::projectOnTargetLocationSurface(double uMin, double uMa
     const CellDirections directions(m_params, uMin, uMax, vMin, vMax, columns, rows);
     // Only where nobody can tell: classes derived from this one are asked for every ray, and headings are bent, logged
     // and refused in reading order.
-    if (typeid(*this) == typeid(SphereTargetLocator) && !remapsHeadings()) {
+    if (LocatorKind::of(*this).rays == LocatorKind::Rays::STRAIGHT && !remapsHeadings()) {
         const std::shared_ptr<ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
-        if (screen && answersInAnyOrder(*screen)) {
+        if (screen && screen->raysAtOnce() > 0) {
             ColumnwiseCast rays(*screen, m_params.eyepoint, directions);
             rays.cast(columns, rows);
             takeMajority(rays.front, rays.back, grid);

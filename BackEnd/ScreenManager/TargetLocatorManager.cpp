@@ -3,7 +3,6 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
@@ -11,22 +10,15 @@
 #include "ScreenManager/CollimatedTargetLocator.h"
 #include "ScreenManager/CustomPlanarTargetLocator.h"
 #include "ScreenManager/CustomProjectionTargetLocator.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/PlanarTargetLocator.h"
 #include "ScreenManager/SphereTargetLocator.h"
-
-#include <array>
-#include <new>
+#include "ScreenManager/detail/LocatorBuilders.h"
 
 TargetLocatorManager* TargetLocatorManager::m_pInstance = nullptr;
 log4cxx::LoggerPtr TargetLocatorManager::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.TargetLocatorManager");
 
 namespace {
-
-/// The factory of a kind of locator. Refers to the record, which must outlive it.
-template <class Locator, class Params>
-std::function<TargetLocator*()> factoryOf(const Params& params) {
-    return [&params]() -> TargetLocator* { return new (std::nothrow) Locator(params); };
-}
 
 /// What every kind that looks through a frustum reads of a projector, in the order of its entry.
 void readFrustum(const ProjectorConfig& projector, SphereTargetLocatorParams& params) {
@@ -63,8 +55,8 @@ std::shared_ptr<const TargetLocator> TargetLocatorManager::getTargetLocator(cons
     const bool asked = config != nullptr && projector != nullptr;
     const TargetLocatorConfig* const targetData = asked ? config->getTargetLocatorConfig() : nullptr;
     const std::wstring type = targetData != nullptr ? targetData->getTargetDataType() : std::wstring();
-    const Builder builder = targetData != nullptr ? builderOf(type) : nullptr;
-    if (builder != nullptr && (this->*builder)(config, projector)) {
+    const DisplayKind* const kind = targetData != nullptr ? DisplayKind::named(type) : nullptr;
+    if (kind != nullptr && kind->makeLocator(*this, config, projector)) {
         return m_locators[projector->getIdentity()];
     }
     // Said after the builder's own message, too: callers look for this one.
@@ -76,29 +68,6 @@ std::shared_ptr<const TargetLocator> TargetLocatorManager::getTargetLocator(cons
 void TargetLocatorManager::screenDefinitionChanged() {
     // Planar locators, too, which hold nothing of the screen: every holder of a locator is to see that it is another.
     m_locators.clear();
-}
-
-TargetLocatorManager::Builder TargetLocatorManager::builderOf(const std::wstring& targetDataType) {
-    struct Kind {
-        const std::wstring& type;
-        Builder builder;
-    };
-    static const std::array KINDS{
-        Kind{BaseConfig::TARGET_DATA_PLANAR_BASIC, &TargetLocatorManager::checkOrCreatePlanarTargetLocator},
-        Kind{BaseConfig::TARGET_DATA_PLANAR_ADVANCED, &TargetLocatorManager::checkOrCreatePlanarTargetLocator},
-        Kind{BaseConfig::TARGET_DATA_SPHERICAL, &TargetLocatorManager::checkOrCreateSphereTargetLocator},
-        Kind{BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED, &TargetLocatorManager::checkOrCreateCollimatedTargetLocator},
-        Kind{BaseConfig::TARGET_DATA_CUSTOM_PLANAR, &TargetLocatorManager::checkOrCreateCustomPlanarTargetLocator},
-        Kind{BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC,
-             &TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator},
-        Kind{BaseConfig::TARGET_DATA_3D, &TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator},
-    };
-    for (const Kind& kind : KINDS) {
-        if (kind.type == targetDataType) {
-            return kind.builder;
-        }
-    }
-    return nullptr;
 }
 
 // By value, as the callers' interface has it.
@@ -147,7 +116,8 @@ bool TargetLocatorManager::checkOrCreatePlanarTargetLocator(const XMLConfigManag
             return false;
         }
     }
-    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<PlanarTargetLocator>(params));
+    return checkOrCreateTargetLocator(projector->getIdentity(), params,
+                                      LocatorBuilders::factoryOf<PlanarTargetLocator>(params));
 }
 
 bool TargetLocatorManager::checkOrCreateSphereTargetLocator(const XMLConfigManager* config,
@@ -159,7 +129,8 @@ bool TargetLocatorManager::checkOrCreateSphereTargetLocator(const XMLConfigManag
         return false;
     }
     params.eyepoint = targetData->getTargetPosition();
-    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<SphereTargetLocator>(params));
+    return checkOrCreateTargetLocator(projector->getIdentity(), params,
+                                      LocatorBuilders::factoryOf<SphereTargetLocator>(params));
 }
 
 bool TargetLocatorManager::checkOrCreateCollimatedTargetLocator(const XMLConfigManager* config,
@@ -176,7 +147,8 @@ bool TargetLocatorManager::checkOrCreateCollimatedTargetLocator(const XMLConfigM
     params.eyepoint = targetData->getTargetPosition();
     params.pitchTable = targetData->getPitchTable();
     params.yawTable = targetData->getYawTable();
-    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<CollimatedTargetLocator>(params));
+    return checkOrCreateTargetLocator(projector->getIdentity(), params,
+                                      LocatorBuilders::factoryOf<CollimatedTargetLocator>(params));
 }
 
 bool TargetLocatorManager::checkOrCreateCustomPlanarTargetLocator(const XMLConfigManager* config,
@@ -191,7 +163,8 @@ bool TargetLocatorManager::checkOrCreateCustomPlanarTargetLocator(const XMLConfi
     if (!config->processPath(L"").empty()) {
         params.filename = config->processPath(params.filename);
     }
-    return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<CustomPlanarTargetLocator>(params));
+    return checkOrCreateTargetLocator(projector->getIdentity(), params,
+                                      LocatorBuilders::factoryOf<CustomPlanarTargetLocator>(params));
 }
 
 bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLConfigManager* /*config*/,
@@ -200,11 +173,12 @@ bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLC
     if (modelName.empty()) {
         SphereTargetLocatorParams params;
         readFrustum(*projector, params);
-        return checkOrCreateTargetLocator(projector->getIdentity(), params, factoryOf<SphereTargetLocator>(params));
+        return checkOrCreateTargetLocator(projector->getIdentity(), params,
+                                          LocatorBuilders::factoryOf<SphereTargetLocator>(params));
     }
     CustomProjectionTargetLocatorParams params;
     // Of 1 x 1 pixels: rays do not depend on the size, and a change of it alone is no reason to build a locator again.
     params.projectionModel = Blend::createProjectionModel(Viewport::of(*projector, modelName), modelName, L"");
     return checkOrCreateTargetLocator(projector->getIdentity(), params,
-                                      factoryOf<CustomProjectionTargetLocator>(params));
+                                      LocatorBuilders::factoryOf<CustomProjectionTargetLocator>(params));
 }

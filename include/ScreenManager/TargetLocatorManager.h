@@ -44,16 +44,11 @@ public:
     void screenDefinitionChanged();
 
 private:
+    friend struct LocatorBuilders;
     friend struct ScreenManagerTestAccess;
-
-    /// Reads what its kind is built from and sees to it that the cache holds such a locator; false when it cannot.
-    using Builder = bool (TargetLocatorManager::*)(const XMLConfigManager*, const ProjectorConfig*);
 
     TargetLocatorManager();
     ~TargetLocatorManager() override;
-
-    /// The builder of a target-data type; null for an unknown one.
-    static Builder builderOf(const std::wstring& targetDataType);
 
     /// Keeps the cached locator of this name when its record equals `params`; else the one that `factory` makes (null
     /// when there is no memory for it) takes its place. An exception of the suite from the factory is logged, and as
@@ -63,6 +58,7 @@ private:
     bool checkOrCreateTargetLocator(std::wstring name, const TargetLocatorParams& params,
                                     std::function<TargetLocator*()> factory);
 
+    // Each reads what its kind is built from and sees to it that the cache holds such a locator; false when it cannot.
     bool checkOrCreatePlanarTargetLocator(const XMLConfigManager* config, const ProjectorConfig* projector);
     bool checkOrCreateSphereTargetLocator(const XMLConfigManager* config, const ProjectorConfig* projector);
     bool checkOrCreateCollimatedTargetLocator(const XMLConfigManager* config, const ProjectorConfig* projector);

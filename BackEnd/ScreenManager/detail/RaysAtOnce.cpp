@@ -1,46 +1,25 @@
 #include "ScreenManager/detail/RaysAtOnce.h"
 
-#include "KelvoScreen/CylinderScreen.h"
-#include "KelvoScreen/FlatScreen.h"
-#include "KelvoScreen/OBJScreen.h"
-#include "KelvoScreen/RuledSurfaceScreen.h"
-#include "KelvoScreen/SphericalScreen.h"
 #include "ScreenManager/CollimatedTargetLocator.h"
-#include "ScreenManager/CustomPlanarTargetLocator.h"
-#include "ScreenManager/CustomProjectionTargetLocator.h"
-#include "ScreenManager/PlanarTargetLocator.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
-#include "ScreenManager/SphereTargetLocator.h"
-
-#include <typeinfo>
 
 namespace {
 
-/// True for the kinds that leave the ray query as it is; classes derived from them may replace it.
-bool asksTheScreenDirectly(const TargetLocator& locator) {
-    const std::type_info& kind = typeid(locator);
-    return kind == typeid(SphereTargetLocator) || kind == typeid(PlanarTargetLocator) ||
-           kind == typeid(CustomPlanarTargetLocator) || kind == typeid(CustomProjectionTargetLocator);
-}
-
-/// The locator as one whose rays are reflected first; null for others, and for classes derived from that one.
-const CollimatedTargetLocator* mirrorOf(const TargetLocator& locator) {
-    const bool isMirror = typeid(locator) == typeid(CollimatedTargetLocator);
-    return isMirror ? static_cast<const CollimatedTargetLocator*>(&locator) : nullptr;
+/// The locator as one whose rays are reflected first; null for others.
+const CollimatedTargetLocator* mirrorOf(const TargetLocator& locator, LocatorKind::Rays rays) {
+    // Only this class has such rays, and no class derived from it.
+    return rays == LocatorKind::Rays::REFLECTED ? static_cast<const CollimatedTargetLocator*>(&locator) : nullptr;
 }
 
 }  // namespace
 
-bool answersInAnyOrder(const ScreenGeometry& screen) {
-    const std::type_info& kind = typeid(screen);
-    return kind == typeid(OBJScreen) || kind == typeid(MeshScreen) || kind == typeid(SphericalScreen) ||
-           kind == typeid(CylinderScreen) || kind == typeid(RuledSurfaceScreen) || kind == typeid(FlatScreen);
-}
-
-RaysAtOnce::RaysAtOnce(const TargetLocator& locator) : m_mirror(mirrorOf(locator)) {
-    if (m_mirror != nullptr || asksTheScreenDirectly(locator)) {
+RaysAtOnce::RaysAtOnce(const TargetLocator& locator) : m_mirror(nullptr) {
+    const LocatorKind::Rays rays = LocatorKind::of(locator).rays;
+    if (rays != LocatorKind::Rays::OWN) {
         const std::shared_ptr<const ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
-        m_screen = screen && answersInAnyOrder(*screen) ? screen : nullptr;
+        m_screen = screen && screen->raysAtOnce() > 0 ? screen : nullptr;
+        m_mirror = mirrorOf(locator, rays);
     }
 }
 

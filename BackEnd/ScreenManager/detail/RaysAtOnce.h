@@ -10,18 +10,14 @@
 class CollimatedTargetLocator;
 class TargetLocator;
 
-/// True for the surfaces whose answers are known not to depend on when and in which order they are asked; others may
-/// count, or change the screen while they are asked.
-[[nodiscard]] bool answersInAnyOrder(const ScreenGeometry& screen);
-
 /// Casts many rays of a locator at once: its answers, to the last bit, as its `intersectWithTargetLocationSurface`
 /// gives them one by one, on the screen that is current when this is made.
 class RaysAtOnce {
 public:
     explicit RaysAtOnce(const TargetLocator& locator);
 
-    /// True where nobody can tell that the locator was not asked. False for locators of a class that is not known here,
-    /// for screens that are not known to answer in any order, and without a screen.
+    /// True where nobody can tell that the locator was not asked. False for locators with rays of their own
+    /// (`LocatorKind`), for screens that must be asked ray by ray (`ScreenGeometry::raysAtOnce`), and without a screen.
     [[nodiscard]] bool isPossible() const { return m_screen != nullptr; }
 
     /// Only where it is possible. Points are those of the surface; normals, sides and t are those of the rays as they

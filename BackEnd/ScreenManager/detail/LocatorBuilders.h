@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Configuration/ProjectorConfig.h"
+#include "ScreenManager/TargetLocatorManager.h"
+
+#include <functional>
+#include <new>
+
+/// How the target locators of the display kinds are built, for their table: each reads its record from the
+/// configuration in a fixed order and has the manager keep a locator that fits it.
+struct LocatorBuilders {
+    static bool planar(TargetLocatorManager& manager, const XMLConfigManager* config,
+                       const ProjectorConfig* projector) {
+        return manager.checkOrCreatePlanarTargetLocator(config, projector);
+    }
+    static bool sphere(TargetLocatorManager& manager, const XMLConfigManager* config,
+                       const ProjectorConfig* projector) {
+        return manager.checkOrCreateSphereTargetLocator(config, projector);
+    }
+    static bool collimated(TargetLocatorManager& manager, const XMLConfigManager* config,
+                           const ProjectorConfig* projector) {
+        return manager.checkOrCreateCollimatedTargetLocator(config, projector);
+    }
+    static bool customPlanar(TargetLocatorManager& manager, const XMLConfigManager* config,
+                             const ProjectorConfig* projector) {
+        return manager.checkOrCreateCustomPlanarTargetLocator(config, projector);
+    }
+    static bool customProjection(TargetLocatorManager& manager, const XMLConfigManager* config,
+                                 const ProjectorConfig* projector) {
+        return manager.checkOrCreateCustomProjectionTargetLocator(config, projector);
+    }
+
+    /// Keeps a locator for a record, under the identity of the projector: what a further kind ends with.
+    template <class Locator, class Params>
+    static bool keep(TargetLocatorManager& manager, const ProjectorConfig& projector, const Params& params) {
+        return manager.checkOrCreateTargetLocator(projector.getIdentity(), params, factoryOf<Locator>(params));
+    }
+
+    /// The factory of a kind of locator; null where there is no memory for it. Refers to the record, which must outlive
+    /// it.
+    template <class Locator, class Params>
+    static std::function<TargetLocator*()> factoryOf(const Params& params) {
+        return [&params]() -> TargetLocator* { return new (std::nothrow) Locator(params); };
+    }
+};
