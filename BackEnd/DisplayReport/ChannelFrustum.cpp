@@ -1,6 +1,7 @@
 #include "DisplayReport/ChannelFrustum.h"
 
 #include "Common/Matrix.h"
+#include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "KelvoControl/Frustum.h"
 #include "KelvoControl/ProjectionModel.h"
@@ -8,6 +9,7 @@
 #include "KelvoScreen/SphericalScreen.h"
 #include "ScreenManager/CollimatedTargetLocator.h"
 #include "ScreenManager/CustomProjectionTargetLocator.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/SphereTargetLocator.h"
 
@@ -164,26 +166,74 @@ private:
     SphericalScreen m_mirror;
 };
 
+/// Of a class from elsewhere, which alone knows where its rays arrive.
+class FollowedRays : public EyeRays {
+public:
+    FollowedRays(const ::TargetLocator& locator, const SphereTargetLocatorParams& params)
+        : EyeRays(params), m_locator(locator) {}
+
+    [[nodiscard]] Polyline path(const Point<double, 2>& picture, double /*reach*/) const override {
+        const auto [from, to] = rayOf(picture);
+        P3 hit;
+        return m_locator.intersectWithTargetLocationSurface(from, to, hit).first ? Polyline{apex(), hit}
+                                                                                 : Polyline{apex()};
+    }
+
+private:
+    const ::TargetLocator& m_locator;
+};
+
 bool hasExtent(const ProjectorConfig& projector) {
     return projector.getFrustumLeft() != projector.getFrustumRight() &&
            projector.getFrustumBottom() != projector.getFrustumTop();
 }
 
-/// Null where nothing describes them.
-std::unique_ptr<PictureRays> raysOf(const TargetLocator* locator, const ProjectorConfig& projector) {
-    if (const auto* custom = dynamic_cast<const CustomProjectionTargetLocator*>(locator)) {
-        const auto& params = static_cast<const CustomProjectionTargetLocatorParams&>(custom->getTargetLocatorParams());
-        return params.projectionModel ? std::make_unique<ModelRays>(*params.projectionModel) : nullptr;
-    }
-    if (const auto* mirror = dynamic_cast<const CollimatedTargetLocator*>(locator)) {
-        return std::make_unique<MirrorRays>(
-            *mirror, static_cast<const CollimatedTargetLocatorParams&>(mirror->getTargetLocatorParams()));
-    }
-    if (const auto* sphere = dynamic_cast<const SphereTargetLocator*>(locator)) {
-        return std::make_unique<EyeRays>(
-            static_cast<const SphereTargetLocatorParams&>(sphere->getTargetLocatorParams()));
-    }
+/// The rays that the configuration describes; null where it describes none.
+std::unique_ptr<PictureRays> raysOf(const ProjectorConfig& projector) {
     return hasExtent(projector) ? std::make_unique<ViewportRays>(Viewport::of(projector, L"")) : nullptr;
+}
+
+[[noreturn]] void refuse() {
+    throw VeltraniException(__FILE__, __LINE__, L"no frustum is known for this kind of target locator");
+}
+
+std::unique_ptr<PictureRays> followedRays(const TargetLocator& locator) {
+    // A class from elsewhere may have a record of its own.
+    const auto* const params = dynamic_cast<const SphereTargetLocatorParams*>(&locator.getTargetLocatorParams());
+    if (params == nullptr) {
+        refuse();
+    }
+    return std::make_unique<FollowedRays>(locator, *params);
+}
+
+/// The record of a locator; its kind, which goes by the exact class, says which one it is.
+template <class Record>
+const Record& recordOf(const TargetLocator& locator) {
+    return static_cast<const Record&>(locator.getTargetLocatorParams());
+}
+
+/// Null where nothing describes them. Throws `VeltraniException` where nobody knows.
+std::unique_ptr<PictureRays> raysOf(const TargetLocator& locator, const ProjectorConfig& projector) {
+    using Path = LocatorKind::Path;
+    switch (LocatorKind::of(locator).path) {
+        case Path::LENS: {
+            const auto& model = recordOf<CustomProjectionTargetLocatorParams>(locator).projectionModel;
+            return model ? std::make_unique<ModelRays>(*model) : nullptr;
+        }
+        case Path::MIRROR:
+            return std::make_unique<MirrorRays>(static_cast<const CollimatedTargetLocator&>(locator),
+                                                recordOf<CollimatedTargetLocatorParams>(locator));
+        case Path::FRUSTUM:
+            return std::make_unique<EyeRays>(recordOf<SphereTargetLocatorParams>(locator));
+        case Path::FOLLOWED:
+            return followedRays(locator);
+        case Path::SCREEN_AREA:
+        case Path::MAP_FILE:
+            return raysOf(projector);
+        case Path::UNKNOWN:
+            break;
+    }
+    refuse();
 }
 
 /// Around the border from the top left corner clockwise, `RIM_SAMPLES` a side.
@@ -244,7 +294,7 @@ FrustumTracer::FrustumTracer(const TargetLocator* locator, const ProjectorConfig
     : m_locator(locator), m_projector(projector), m_reach(reach) {}
 
 std::optional<ChannelFrustum> FrustumTracer::trace() const {
-    const auto rays = raysOf(m_locator, m_projector);
+    const auto rays = m_locator != nullptr ? raysOf(*m_locator, m_projector) : raysOf(m_projector);
     if (!rays || !isFinite(rays->apex())) {
         return std::nullopt;
     }

@@ -6,36 +6,46 @@
 #include "DisplayReport/LensLight.h"
 #include "DisplayReport/MapFileLight.h"
 #include "DisplayReport/SearchedLight.h"
-#include "ScreenManager/CollimatedTargetLocator.h"
 #include "ScreenManager/CustomPlanarTargetLocator.h"
 #include "ScreenManager/CustomProjectionTargetLocator.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/PlanarTargetLocator.h"
 #include "ScreenManager/SphereTargetLocator.h"
+
+#include <utility>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// The record of a locator whose kind is known.
+/// The record of a locator; its kind, which goes by the exact class, says which one it is.
 template <class Record>
 const Record& recordOf(const TargetLocator& locator) {
     return static_cast<const Record&>(locator.getTargetLocatorParams());
 }
 
-template <class Locator>
-bool isKind(const TargetLocator& locator) {
-    return dynamic_cast<const Locator*>(&locator) != nullptr;
+[[noreturn]] void refuse() {
+    throw VeltraniException(__FILE__, __LINE__, L"No light is known for this kind of target locator");
 }
 
 /// Neither a mirror nor a table of headings can be gone through backwards in closed form.
-std::unique_ptr<ChannelLight> lightOfCamera(const std::shared_ptr<const TargetLocator>& locator,
-                                            const std::shared_ptr<const ScreenGeometry>& surface) {
+std::unique_ptr<ChannelLight> searched(const std::shared_ptr<const TargetLocator>& locator,
+                                       const ScreenGeometry& surface) {
+    // The paths that come here are those of this family. A class from elsewhere may have a record of its own.
+    auto family = std::static_pointer_cast<const SphereTargetLocator>(locator);
+    if (dynamic_cast<const SphereTargetLocatorParams*>(&family->getTargetLocatorParams()) == nullptr) {
+        refuse();
+    }
+    return std::make_unique<SearchedLight>(std::move(family), surface);
+}
+
+std::unique_ptr<ChannelLight> throughFrustum(const std::shared_ptr<const TargetLocator>& locator,
+                                             const std::shared_ptr<const ScreenGeometry>& surface) {
     const auto& record = recordOf<SphereTargetLocatorParams>(*locator);
-    const bool isStraight = record.pitchTable.empty() && record.yawTable.empty();
-    if (isStraight && !isKind<CollimatedTargetLocator>(*locator)) {
+    if (record.pitchTable.empty() && record.yawTable.empty()) {
         return std::make_unique<FrustumLight>(record, surface);
     }
-    return std::make_unique<SearchedLight>(std::static_pointer_cast<const SphereTargetLocator>(locator), *surface);
+    return searched(locator, *surface);
 }
 
 }  // namespace
@@ -54,20 +64,24 @@ bool ChannelLight::isInPicture(const Point<double, 2>& picture) {
 
 std::unique_ptr<ChannelLight> ChannelLight::of(const std::shared_ptr<const TargetLocator>& locator,
                                                const std::shared_ptr<const ScreenGeometry>& surface) {
-    if (isKind<SphereTargetLocator>(*locator)) {
-        return lightOfCamera(locator, surface);
+    using Path = LocatorKind::Path;
+    switch (LocatorKind::of(*locator).path) {
+        case Path::SCREEN_AREA:
+            return std::make_unique<AreaLight>(recordOf<PlanarTargetLocatorParams>(*locator), surface);
+        case Path::MAP_FILE:
+            return std::make_unique<MapFileLight>(recordOf<CustomPlanarTargetLocatorParams>(*locator), surface);
+        case Path::LENS:
+            return std::make_unique<LensLight>(recordOf<CustomProjectionTargetLocatorParams>(*locator).projectionModel,
+                                               surface);
+        case Path::FRUSTUM:
+            return throughFrustum(locator, surface);
+        case Path::MIRROR:
+        case Path::FOLLOWED:
+            return searched(locator, *surface);
+        case Path::UNKNOWN:
+            break;
     }
-    if (isKind<PlanarTargetLocator>(*locator)) {
-        return std::make_unique<AreaLight>(recordOf<PlanarTargetLocatorParams>(*locator), surface);
-    }
-    if (isKind<CustomPlanarTargetLocator>(*locator)) {
-        return std::make_unique<MapFileLight>(recordOf<CustomPlanarTargetLocatorParams>(*locator), surface);
-    }
-    if (isKind<CustomProjectionTargetLocator>(*locator)) {
-        return std::make_unique<LensLight>(recordOf<CustomProjectionTargetLocatorParams>(*locator).projectionModel,
-                                           surface);
-    }
-    throw VeltraniException(__FILE__, __LINE__, L"No light is known for this kind of target locator");
+    refuse();
 }
 
 }  // namespace Veltrani::DisplayReport

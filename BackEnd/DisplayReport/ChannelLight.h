@@ -44,8 +44,8 @@ public:
     /// One picture point.
     [[nodiscard]] Landing landingOf(const Point<double, 2>& picture) const;
 
-    /// The light of a channel whose targets this locator places, for every kind of locator of the library. Throws
-    /// `VeltraniException` for another kind, and what reading a map file throws.
+    /// The light of a channel whose targets this locator places, by the path of its kind (`LocatorKind`). Throws
+    /// `VeltraniException` for one of which nothing is known, and what reading a map file throws.
     /// @param locator not null
     /// @param surface not null; the current screen
     [[nodiscard]] static std::unique_ptr<ChannelLight> of(const std::shared_ptr<const TargetLocator>& locator,

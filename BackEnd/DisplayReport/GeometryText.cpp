@@ -3,7 +3,8 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "DisplayReport/NumberText.h"
-#include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/TriangleMesh.h"
 
 namespace Veltrani::DisplayReport {
 
@@ -34,13 +35,13 @@ Extent sampledExtent(const ScreenGeometry& geometry) {
 }  // namespace
 
 std::string geometryText(const ScreenGeometry& geometry) {
-    const auto* mesh = dynamic_cast<const MeshScreen*>(&geometry);
+    const TriangleMesh* const mesh = geometry.triangleMesh();
     if (mesh == nullptr) {
         return "given by its numbers";
     }
-    const std::size_t count = mesh->mesh().triangles.size();
+    const std::size_t count = mesh->triangles.size();
     return std::to_string(count) + (count == 1 ? " triangle" : " triangles") +
-           (mesh->isParameterised() ? " with texture coordinates" : " without texture coordinates");
+           (geometry.isParameterised() ? " with texture coordinates" : " without texture coordinates");
 }
 
 std::string missingParameters(const ScreenGeometry& geometry) {
@@ -54,14 +55,14 @@ std::string missingParameters(const ScreenGeometry& geometry) {
 }
 
 Extent extentOf(const ScreenGeometry& geometry) {
-    const auto* mesh = dynamic_cast<const MeshScreen*>(&geometry);
+    const TriangleMesh* const mesh = geometry.triangleMesh();
     if (mesh == nullptr) {
         return sampledExtent(geometry);
     }
     Extent extent;
-    for (const TriangleMesh::Triangle& triangle : mesh->mesh().triangles) {
+    for (const TriangleMesh::Triangle& triangle : mesh->triangles) {
         for (const auto corner : triangle) {
-            extent.add(mesh->mesh().vertices[corner]);
+            extent.add(mesh->vertices[corner]);
         }
     }
     return extent;

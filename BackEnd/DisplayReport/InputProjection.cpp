@@ -1,12 +1,12 @@
 #include "DisplayReport/InputProjection.h"
 
 #include "Common/Matrix.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/LocatorSource.h"
+#include "ScreenManager/DisplayKinds.h"
 
 #include <algorithm>
 #include <array>
@@ -63,7 +63,8 @@ P3 eyePointOf(const XMLConfigManager& config) {
     const IScreenConfig* const screen = config.getScreenConfig();
     const P3 eyePoint = screen != nullptr ? screen->getEyePoint() : P3();
     const TargetLocatorConfig* const targets = config.getTargetLocatorConfig();
-    if (targets == nullptr || targets->getTargetDataType() != BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED) {
+    const DisplayKind* const kind = DisplayKind::of(config);
+    if (targets == nullptr || kind == nullptr || !kind->hasMirror()) {
         return eyePoint;
     }
     const P3 angles = targets->getMirrorOrientation();
@@ -128,7 +129,8 @@ std::optional<P2> InputProjection::place(const P3& layout) const {
 }
 
 bool InputProjection::hasPanorama(const XMLConfigManager& config) {
-    return !isPlanarDisplay(config) && targetDataTypeOf(config) != BaseConfig::TARGET_DATA_CUSTOM_PLANAR;
+    const DisplayKind* const kind = DisplayKind::of(config);
+    return kind == nullptr || kind->layout == DisplayKind::Layout::WORLD;
 }
 
 InputProjection::Kind InputProjection::kindOf(const XMLConfigManager& config, Panorama panorama) {

@@ -1,10 +1,10 @@
 #include "DisplayReport/LayoutMapper.h"
 
-#include "Configuration/BaseConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/LocatorSource.h"
 #include "DisplayReport/NumberText.h"
+#include "ScreenManager/DisplayKinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,24 +34,18 @@ void requireRectangle(const ChannelChoice& channel) {
     }
 }
 
-/// Displays whose maps count in pixels.
-bool countsPixels(const std::wstring& type) {
-    return type == BaseConfig::TARGET_DATA_CUSTOM_PLANAR || type == BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED ||
-           type == BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC || type == BaseConfig::TARGET_DATA_3D;
-}
-
 /// Refuses what the map would answer with misses alone, and what it says less clearly.
 void requireSource(const XMLConfigManager& config, const ChannelChoice& channel) {
-    if (isPlanarDisplay(config)) {
+    const DisplayKind* const kind = DisplayKind::of(config);
+    if (kind != nullptr && kind->layout == DisplayKind::Layout::PLANE) {
         requireRectangle(channel);
         return;
     }
-    const std::wstring type = targetDataTypeOf(config);
-    if (countsPixels(type)) {
+    if (kind != nullptr && kind->countsPixels) {
         static_cast<void>(channel.pictureSize());
     }
-    // The map reads its file by itself, and tells what is wrong with it.
-    if (type == BaseConfig::TARGET_DATA_CUSTOM_PLANAR) {
+    // The map reads its file by itself, and reports what is wrong with it.
+    if (kind != nullptr && kind->source == DisplayKind::Source::MAP_FILE) {
         return;
     }
     const LocatorSource source = locatorSourceOf(config, *channel.projector);

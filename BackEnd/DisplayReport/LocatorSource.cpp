@@ -1,16 +1,16 @@
 #include "DisplayReport/LocatorSource.h"
 
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/ScreenArea.h"
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/TargetLocatorManager.h"
 
-#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -18,13 +18,11 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-using Describe = LocatorSource (*)(const XMLConfigManager&, const ProjectorConfig&);
-
 std::string degrees(double radians) {
     return roundedText(radians * 180.0 / std::numbers::pi);
 }
 
-LocatorSource planar(const XMLConfigManager&, const ProjectorConfig& projector) {
+LocatorSource planar(const ProjectorConfig& projector) {
     const ScreenArea area = screenAreaOf(projector);
     LocatorSource source{(area.complete() ? "screen area " : "") + area.describe(), {}};
     if (const std::string fault = area.fault(); !fault.empty()) {
@@ -33,7 +31,7 @@ LocatorSource planar(const XMLConfigManager&, const ProjectorConfig& projector) 
     return source;
 }
 
-LocatorSource frustum(const XMLConfigManager&, const ProjectorConfig& projector) {
+LocatorSource frustum(const ProjectorConfig& projector) {
     LocatorSource source{"frustum left " + degrees(projector.getFrustumLeft()) + " right " +
                              degrees(projector.getFrustumRight()) + " bottom " + degrees(projector.getFrustumBottom()) +
                              " top " + degrees(projector.getFrustumTop()) + " deg",
@@ -54,7 +52,7 @@ LocatorSource frustum(const XMLConfigManager&, const ProjectorConfig& projector)
 }
 
 LocatorSource collimated(const XMLConfigManager& config, const ProjectorConfig& projector) {
-    LocatorSource source = frustum(config, projector);
+    LocatorSource source = frustum(projector);
     const TargetLocatorConfig* targets = config.getTargetLocatorConfig();
     source.text += " via the mirror";
     if (targets == nullptr || !(targets->getMirrorRadius() > 0.0)) {
@@ -84,7 +82,7 @@ LocatorSource customPlanar(const XMLConfigManager& config, const ProjectorConfig
 LocatorSource projectorCentric(const XMLConfigManager& config, const ProjectorConfig& projector) {
     const std::wstring model = projector.getProjectionModelName();
     if (model.empty()) {
-        return frustum(config, projector);
+        return frustum(projector);
     }
     LocatorSource source{"model " + toUtf8(model), {}};
     try {
@@ -95,20 +93,20 @@ LocatorSource projectorCentric(const XMLConfigManager& config, const ProjectorCo
     return source;
 }
 
-struct LocatorKind {
-    const std::wstring& type;
-    Describe describe;
-};
-
-const std::array<LocatorKind, 7>& locatorKinds() {
-    static const std::array<LocatorKind, 7> KINDS{{{BaseConfig::TARGET_DATA_PLANAR_BASIC, planar},
-                                                   {BaseConfig::TARGET_DATA_PLANAR_ADVANCED, planar},
-                                                   {BaseConfig::TARGET_DATA_SPHERICAL, frustum},
-                                                   {BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED, collimated},
-                                                   {BaseConfig::TARGET_DATA_CUSTOM_PLANAR, customPlanar},
-                                                   {BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC, projectorCentric},
-                                                   {BaseConfig::TARGET_DATA_3D, projectorCentric}}};
-    return KINDS;
+LocatorSource describe(DisplayKind::Source source, const XMLConfigManager& config, const ProjectorConfig& projector) {
+    switch (source) {
+        case DisplayKind::Source::SCREEN_AREA:
+            return planar(projector);
+        case DisplayKind::Source::FRUSTUM:
+            return frustum(projector);
+        case DisplayKind::Source::FRUSTUM_AND_MIRROR:
+            return collimated(config, projector);
+        case DisplayKind::Source::MAP_FILE:
+            return customPlanar(config, projector);
+        case DisplayKind::Source::MODEL_OR_FRUSTUM:
+            return projectorCentric(config, projector);
+    }
+    return {"nothing", {}};
 }
 
 }  // namespace
@@ -119,18 +117,19 @@ std::wstring targetDataTypeOf(const XMLConfigManager& config) {
 }
 
 bool isPlanarDisplay(const XMLConfigManager& config) {
-    const std::wstring type = targetDataTypeOf(config);
-    return type == BaseConfig::TARGET_DATA_PLANAR_BASIC || type == BaseConfig::TARGET_DATA_PLANAR_ADVANCED;
+    const DisplayKind* const kind = DisplayKind::of(config);
+    return kind != nullptr && kind->layout == DisplayKind::Layout::PLANE;
 }
 
 LocatorSource locatorSourceOf(const XMLConfigManager& config, const ProjectorConfig& projector) {
-    const std::wstring type = targetDataTypeOf(config);
-    for (const LocatorKind& kind : locatorKinds()) {
-        if (kind.type == type) {
-            return kind.describe(config, projector);
-        }
+    if (const DisplayKind* const kind = DisplayKind::of(config)) {
+        return describe(kind->source, config, projector);
     }
-    return {"nothing", {}};
+    LocatorSource source{"nothing", {}};
+    if (const std::string type = toUtf8(targetDataTypeOf(config)); !type.empty()) {
+        source.faults.push_back({"target data", "no target locator is known for the type " + inQuotes(type), {}});
+    }
+    return source;
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -16,7 +16,8 @@ struct LocatorSource {
     std::vector<Fault> faults;
 };
 
-/// By the kind of target data of the configuration; reads the files that the channel names. No screen is needed.
+/// By the kind of the display; reads the files that the channel names. No screen is needed. "nothing" without target
+/// data, and with a fault for a type that no kind has.
 [[nodiscard]] LocatorSource locatorSourceOf(const XMLConfigManager& config, const ProjectorConfig& projector);
 
 /// Empty without target data.

@@ -1,7 +1,7 @@
 #include "DisplayReport/ParameterLight.h"
 
 #include "DisplayReport/GeometryText.h"
-#include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/ScreenGeometry.h"
 
 #include <utility>
 
@@ -16,7 +16,7 @@ constexpr double SAME_PLACE = 1e-6;
 
 ParameterLight::ParameterLight(std::shared_ptr<const ScreenGeometry> surface)
     : m_surface(std::move(surface)),
-      m_mayOverlap(dynamic_cast<const MeshScreen*>(m_surface.get()) != nullptr),
+      m_mayOverlap(m_surface->triangleMesh() != nullptr),
       m_samePlace(m_mayOverlap ? SAME_PLACE * norm(extentOf(*m_surface).size()) : 0.0) {}
 
 void ParameterLight::land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const {

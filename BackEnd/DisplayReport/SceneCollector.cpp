@@ -3,14 +3,13 @@
 #include "Common/ExceptionCause.h"
 #include "Common/Matrix.h"
 #include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
-#include "DisplayReport/LocatorSource.h"
 #include "DisplayReport/SurfaceTessellator.h"
 #include "KelvoScreen/ScreenGeometry.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocator.h"
 #include "ScreenManager/TargetLocatorManager.h"
@@ -128,19 +127,13 @@ void dropFarThings(DisplayScene& scene) {
     }
 }
 
-bool isSeenFromTheTargetPosition(const std::wstring& targetData) {
-    return targetData == BaseConfig::TARGET_DATA_SPHERICAL ||
-           targetData == BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED;
-}
-
 /// Where the targets are placed from, and the eye point of the screen where it is another one.
 void addEyes(const XMLConfigManager& config, DisplayScene& scene) {
     const TargetLocatorConfig* targets = config.getTargetLocatorConfig();
-    const std::wstring targetData = targetDataTypeOf(config);
-    const bool isMirrored = targetData == BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED;
-    if (targets != nullptr && isSeenFromTheTargetPosition(targetData)) {
+    const DisplayKind* const kind = DisplayKind::of(config);
+    if (targets != nullptr && kind != nullptr && kind->addressedBy == DisplayKind::Addressing::EYE) {
         P3 eye = targets->getTargetPosition();
-        if (isMirrored) {
+        if (kind->hasMirror()) {
             const P3 angles = targets->getMirrorOrientation();
             const Matrix<double, 3> rotation = Veltrani::rotationZXY(angles[0], angles[1], angles[2]);
             // The eye is given relative to the middle of the mirror.

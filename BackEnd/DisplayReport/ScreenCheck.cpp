@@ -1,10 +1,8 @@
 #include "DisplayReport/ScreenCheck.h"
 
 #include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/IUnitsConfig.h"
-#include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/DisplayDescription.h"
 #include "DisplayReport/GeometryText.h"
@@ -12,6 +10,8 @@
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/ScreenLoader.h"
 #include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/ScreenShape.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
 
 #include <pcl/point_cloud.h>
@@ -49,7 +49,7 @@ std::string cloudText(const std::wstring& file, const std::string& unit) {
 
 void describeContent(const IScreenConfig& screen, const std::string& unit, DisplayDescription& description) {
     const auto content = ScreenManager::getInstance()->getContentModelScreenGeometry();
-    const bool isMesh = screen.getShape() == BaseConfig::SHAPE_MESH;
+    const bool isMesh = ScreenShape::isReadFromFile(&screen);
     const std::wstring file = screen.getContentMeshFile(0);
     const std::string source = isMesh ? " (" + fileOr(file, "no file: a unit square stands in") + ")" : "";
     if (isMesh && file.empty()) {
@@ -62,7 +62,10 @@ void describeContent(const IScreenConfig& screen, const std::string& unit, Displ
     }
     description.facts.push_back({"size", sizeText(extentOf(*content), unit)});
     if (!content->isValid()) {
-        description.faults.push_back({"screen", "its shape has no extent or a number that is not finite", {}});
+        const std::wstring fault = content->faultOfShape();
+        // A class from elsewhere may have more to object to than the shape that it is derived from.
+        description.faults.push_back(
+            {"screen", toUtf8(fault.empty() ? content->ScreenGeometry::faultOfShape() : fault), {}});
     }
 }
 
@@ -81,23 +84,17 @@ void describeFiles(const IScreenConfig& screen, const std::string& unit, Display
     if (const std::wstring file = screen.getModelPcdFile(0); !file.empty()) {
         description.facts.push_back({"cloud", cloudText(file, unit)});
     }
-    const bool hasFiles = screen.getShape() == BaseConfig::SHAPE_MESH || !screen.getMeasuredMeshFile(0).empty() ||
+    const bool hasFiles = ScreenShape::isReadFromFile(&screen) || !screen.getMeasuredMeshFile(0).empty() ||
                           !screen.getModelPcdFile(0).empty();
     if (hasFiles && !screen.getUnitName().empty()) {
         description.facts.push_back({"file unit", toUtf8(screen.getUnitName())});
     }
 }
 
-/// Kinds of target data that address the screen by its 2D parameters.
-bool isAddressedByParameters(const std::wstring& targetData) {
-    return targetData == BaseConfig::TARGET_DATA_PLANAR_BASIC ||
-           targetData == BaseConfig::TARGET_DATA_PLANAR_ADVANCED || targetData == BaseConfig::TARGET_DATA_CUSTOM_PLANAR;
-}
-
 void requireParameters(const XMLConfigManager& config, DisplayDescription& description) {
-    const TargetLocatorConfig* targets = config.getTargetLocatorConfig();
+    const DisplayKind* const kind = DisplayKind::of(config);
     const auto surface = ScreenManager::getInstance()->getScreenGeometry();
-    if (targets == nullptr || !surface || !isAddressedByParameters(targets->getTargetDataType())) {
+    if (kind == nullptr || !surface || kind->addressedBy != DisplayKind::Addressing::SCREEN_PARAMETERS) {
         return;
     }
     if (const std::string lack = missingParameters(*surface); !lack.empty()) {

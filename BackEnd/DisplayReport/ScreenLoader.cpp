@@ -1,10 +1,10 @@
 #include "DisplayReport/ScreenLoader.h"
 
 #include "Common/Utf8.h"
-#include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "KelvoScreen/ObjLoadException.h"
+#include "KelvoScreen/ScreenShape.h"
 #include "ScreenManager/ScreenManager.h"
 
 #include <functional>
@@ -14,7 +14,7 @@ namespace Veltrani::DisplayReport {
 namespace {
 
 bool isMesh(const IScreenConfig& screen) {
-    return screen.getShape() == BaseConfig::SHAPE_MESH;
+    return ScreenShape::isReadFromFile(&screen);
 }
 
 /// The screen manager leaves both alone for shapes that are given by numbers, although these may have a measured mesh

@@ -2,7 +2,8 @@
 
 #include "Common/VeltraniException.h"
 #include "DisplayReport/GeometryText.h"
-#include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/TriangleMesh.h"
 
 #include <algorithm>
 #include <array>
@@ -77,7 +78,7 @@ std::size_t hashOf(const Corners& corners) {
 }  // namespace
 
 ScreenSampling::ScreenSampling(std::shared_ptr<const ScreenGeometry> surface)
-    : m_surface(std::move(surface)), m_mesh(dynamic_cast<const MeshScreen*>(m_surface.get())) {
+    : m_surface(std::move(surface)), m_mesh(m_surface->triangleMesh()) {
     if (!m_surface->isValid()) {
         throw VeltraniException(__FILE__, __LINE__,
                                 L"The screen has no surface: check its size, its limits or its mesh");
@@ -106,7 +107,7 @@ void ScreenSampling::addNet() {
 }
 
 void ScreenSampling::chooseTriangles() {
-    const TriangleMesh& mesh = m_mesh->mesh();
+    const TriangleMesh& mesh = *m_mesh;
     std::vector<std::pair<std::size_t, std::size_t>> byHash;
     byHash.reserve(mesh.triangles.size());
     std::vector<bool> isLeftOut(mesh.triangles.size());
@@ -138,15 +139,15 @@ std::size_t ScreenSampling::size() const {
     if (m_mesh == nullptr) {
         return 2 * NET_CELLS * NET_CELLS;
     }
-    return m_chosen.empty() ? m_mesh->mesh().triangles.size() : m_chosen.size();
+    return m_chosen.empty() ? m_mesh->triangles.size() : m_chosen.size();
 }
 
 ScreenSampling::Triangle ScreenSampling::triangle(std::size_t i) const {
     Triangle triangle;
     if (m_mesh != nullptr) {
-        const TriangleMesh& mesh = m_mesh->mesh();
+        const TriangleMesh& mesh = *m_mesh;
         i = numberInMesh(i);
-        const bool hasParameters = m_mesh->isParameterised();
+        const bool hasParameters = m_surface->isParameterised();
         for (std::size_t corner = 0; corner < 3; ++corner) {
             triangle[corner].place = mesh.vertices[mesh.triangles[i][corner]];
             triangle[corner].hasParameters = hasParameters;
@@ -180,11 +181,11 @@ std::array<std::uint64_t, 3> ScreenSampling::cornerNumbers(std::size_t i) const 
     }
     // One vertex may stand in several places of the texture.
     constexpr int HALF = 32;
-    const TriangleMesh& mesh = m_mesh->mesh();
+    const TriangleMesh& mesh = *m_mesh;
     i = numberInMesh(i);
     for (std::size_t corner = 0; corner < 3; ++corner) {
         numbers[corner] = static_cast<std::uint64_t>(mesh.triangles[i][corner]) << HALF;
-        if (m_mesh->isParameterised()) {
+        if (m_surface->isParameterised()) {
             numbers[corner] += static_cast<std::uint64_t>(mesh.textureTriangles[i][corner]);
         }
     }

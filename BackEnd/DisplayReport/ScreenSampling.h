@@ -9,8 +9,8 @@
 #include <memory>
 #include <vector>
 
-class MeshScreen;
 class ScreenGeometry;
+struct TriangleMesh;
 
 namespace Veltrani::DisplayReport {
 
@@ -51,7 +51,7 @@ private:
     [[nodiscard]] double curvedArea(const Triangle& triangle, double chordArea, int depth) const;
 
     std::shared_ptr<const ScreenGeometry> m_surface;
-    const MeshScreen* m_mesh;           ///< the same, when it is a mesh; else null
+    const TriangleMesh* m_mesh;         ///< its triangles; null when it is given by numbers
     std::vector<SurfacePoint> m_net;    ///< row by row; empty for a mesh
     std::vector<std::size_t> m_chosen;  ///< the triangles of the mesh; empty for all of them
     double m_negligibleArea = 0;

@@ -3,7 +3,8 @@
 #include "Common/VeltraniException.h"
 #include "DisplayReport/GeometryText.h"
 #include "DisplayReport/MeshThinner.h"
-#include "KelvoScreen/MeshScreen.h"
+#include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/TriangleMesh.h"
 
 #include <algorithm>
 #include <cmath>
@@ -77,9 +78,9 @@ TriangleMesh latticeOf(const ScreenGeometry& geometry, std::size_t mostTriangles
 SceneSurface SurfaceTessellator::tessellate(const ScreenGeometry& geometry) const {
     SceneSurface surface;
     const MeshThinner thinner(m_mostTriangles);
-    if (const auto* mesh = dynamic_cast<const MeshScreen*>(&geometry)) {
-        surface = thinner.thin(mesh->mesh());
-        surface.trianglesOfMesh = mesh->mesh().triangles.size();
+    if (const TriangleMesh* const mesh = geometry.triangleMesh()) {
+        surface = thinner.thin(*mesh);
+        surface.trianglesOfMesh = mesh->triangles.size();
     } else {
         try {
             surface = thinner.thin(latticeOf(geometry, m_mostTriangles));

@@ -8,13 +8,11 @@
 #include "DisplayReport/Fault.h"
 #include "DisplayReport/GeometryText.h"
 #include "DisplayReport/LocatorSource.h"
-#include "DisplayReport/OutlineSamples.h"
 #include "DisplayReport/ScreenArea.h"
 #include "KelvoScreen/ScreenGeometry.h"
-#include "ScreenManager/CustomPlanarTargetLocator.h"
-#include "ScreenManager/CustomProjectionTargetLocator.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
-#include "ScreenManager/SphereTargetLocator.h"
+#include "ScreenManager/TargetLocator.h"
 
 #include <algorithm>
 #include <map>
@@ -35,26 +33,17 @@ std::size_t product(int a, int b) {
     return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
 }
 
-bool offersGrid(const TargetLocator& locator) {
-    return dynamic_cast<const CustomProjectionTargetLocator*>(&locator) == nullptr;
-}
-
-/// Rows run from the top of the picture down, but from the bottom up where a map file addresses pixels.
-bool runsUpwards(const TargetLocator& locator) {
-    return dynamic_cast<const CustomPlanarTargetLocator*>(&locator) != nullptr;
-}
-
 /// Why nothing lies on the screen.
 std::string whyEverythingMisses(const XMLConfigManager& config, const ProjectorConfig& projector,
-                                const TargetLocator& locator, const TargetPlan& plan, const ScreenGeometry& surface) {
-    const std::string what = offersGrid(locator) ? "none of its grid targets" : "nothing of its outline";
-    if (dynamic_cast<const SphereTargetLocator*>(&locator) != nullptr) {
+                                const LocatorKind& kind, const TargetPlan& plan, const ScreenGeometry& surface) {
+    const std::string what = kind.offersGrid ? "none of its grid targets" : "nothing of its outline";
+    if (kind.looksThroughFrustum()) {
         return plan.columns == 1 || plan.rows == 1
                    ? "a grid of one column or one row has no extent in a frustum: ask for two at least"
                    : what + " lies on the screen: check its position, orientation and frustum";
     }
     const std::string planar = isPlanarDisplay(config) ? screenAreaOf(projector).fault() : std::string();
-    for (const std::string& reason : {offersGrid(locator) ? missingParameters(surface) : std::string(), planar}) {
+    for (const std::string& reason : {kind.offersGrid ? missingParameters(surface) : std::string(), planar}) {
         if (!reason.empty()) {
             return reason;
         }
@@ -105,13 +94,19 @@ ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const 
         channel.fault = "there is no screen to place targets on";
         return channel;
     }
-    channel.boundaryMissed = outlineSamples(*locator, m_plan.boundarySamples);
-    if (!offersGrid(*locator)) {
+    const LocatorKind& kind = LocatorKind::of(*locator);
+    if (kind.path == LocatorKind::Path::UNKNOWN) {
+        channel.fault =
+            "nothing is known about its kind of target locator: which targets it places where in the picture";
+        return channel;
+    }
+    channel.boundaryMissed = kind.outlineSamples(*locator, m_plan.boundarySamples);
+    if (!kind.offersGrid) {
         channel.gridMissed = 0;
         channel.remark = "its projector has a projection model, for which only an outline is placed";
     }
     try {
-        placeGrid(*locator, channel);
+        placeGrid(*locator, kind, channel);
         channel.boundary = locator->projectBoundaryOnTargetLocationSurface(m_plan.boundarySamples);
     } catch (...) {
         channel.fault = sentenceOf(faultOf({}, std::current_exception()));
@@ -119,20 +114,20 @@ ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const 
     }
     channel.boundaryMissed -= std::min(channel.boundaryMissed, channel.boundary.size());
     const bool isOutlineWanted = m_plan.boundarySamples > 0;
-    if (offersGrid(*locator) ? channel.grid.empty() : isOutlineWanted && channel.boundary.empty()) {
-        channel.fault = whyEverythingMisses(config, projector, *locator, m_plan, *surface);
+    if (kind.offersGrid ? channel.grid.empty() : isOutlineWanted && channel.boundary.empty()) {
+        channel.fault = whyEverythingMisses(config, projector, kind, m_plan, *surface);
     }
     return channel;
 }
 
-void TargetPlacer::placeGrid(const TargetLocator& locator, ChannelTargets& channel) const {
-    if (!offersGrid(locator)) {
+void TargetPlacer::placeGrid(const TargetLocator& locator, const LocatorKind& kind, ChannelTargets& channel) const {
+    if (!kind.offersGrid) {
         return;
     }
     std::map<Point<int, 2>, Point<double, 3>> grid;
     locator.projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, m_plan.columns, m_plan.rows, grid);
     channel.grid.reserve(grid.size());
-    const bool upwards = runsUpwards(locator);
+    const bool upwards = !kind.firstRowIsAtTheTop;
     for (const auto& [index, point] : grid) {
         const double along = normalised(index[1], m_plan.rows);
         channel.grid.push_back(

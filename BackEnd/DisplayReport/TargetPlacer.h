@@ -9,6 +9,7 @@
 class ProjectorConfig;
 class TargetLocator;
 class XMLConfigManager;
+struct LocatorKind;
 
 namespace Veltrani::DisplayReport {
 
@@ -29,7 +30,7 @@ public:
 
 private:
     [[nodiscard]] ChannelTargets placeChannel(const XMLConfigManager& config, const ProjectorConfig& projector) const;
-    void placeGrid(const TargetLocator& locator, ChannelTargets& channel) const;
+    void placeGrid(const TargetLocator& locator, const LocatorKind& kind, ChannelTargets& channel) const;
 
     TargetPlan m_plan;
     Progress m_progress;

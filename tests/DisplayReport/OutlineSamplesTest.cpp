@@ -1,4 +1,4 @@
-#include "DisplayReport/OutlineSamples.h"
+#include "ScreenManager/DisplayKinds.h"
 
 #include "Displays.h"
 #include "ScreenManager/ScreenManager.h"
@@ -9,8 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-using namespace Veltrani::DisplayReport;
 
 class OutlineSamplesTest : public testing::Test {
 protected:
@@ -28,7 +26,7 @@ protected:
             TargetLocatorManager::getInstance()->getTargetLocator(config.get(), config->getProjectorConfig(L"A"));
         ASSERT_TRUE(locator);
         for (int samples = 0; samples <= 64; ++samples) {
-            EXPECT_EQ(outlineSamples(*locator, samples),
+            EXPECT_EQ(LocatorKind::of(*locator).outlineSamples(*locator, samples),
                       locator->projectBoundaryOnTargetLocationSurface(samples).size())
                 << targetData << " with " << samples;
         }
@@ -57,8 +55,8 @@ TEST_F(OutlineSamplesTest, StepsOfLessThanAPixelArePlacedNowhere) {
     const auto locator =
         TargetLocatorManager::getInstance()->getTargetLocator(config.get(), config->getProjectorConfig(L"A"));
     ASSERT_TRUE(locator);
-    EXPECT_EQ(outlineSamples(*locator, 1201), 2U * (1920 + 1200));
-    EXPECT_EQ(outlineSamples(*locator, 1202), 0U) << "the picture has 1200 rows";
+    EXPECT_EQ(LocatorKind::of(*locator).outlineSamples(*locator, 1201), 2U * (1920 + 1200));
+    EXPECT_EQ(LocatorKind::of(*locator).outlineSamples(*locator, 1202), 0U) << "the picture has 1200 rows";
 }
 
 }  // namespace
