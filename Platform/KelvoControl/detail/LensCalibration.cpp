@@ -25,9 +25,6 @@ constexpr int LARGEST_PICTURE = 1'000'000;
 /// Larger numbers would exceed the range of a double when a lens is computed from them.
 constexpr double LARGEST_COEFFICIENT = 1e12;
 
-constexpr std::size_t TILTED_COUNT = 14;
-constexpr std::size_t UNTILTED_COUNT = 12;
-
 constexpr const char* REMEDY = "write the calibration file again";
 
 /// Checks what stands in a file and turns it into numbers.
@@ -122,37 +119,42 @@ void readCamera(const CalibrationContent& content, const Checker& checker, LensC
     lens.cy = m[5];
 }
 
-bool isCountOf(LensFamily family, std::size_t count) {
-    if (family == LensFamily::Fisheye) {
-        return count == 4;
-    }
-    constexpr std::array<std::size_t, 5> COUNTS{4, 5, 8, UNTILTED_COUNT, TILTED_COUNT};
-    return std::find(COUNTS.begin(), COUNTS.end(), count) != COUNTS.end();
-}
-
-void readDistortion(const CalibrationContent& content, const Checker& checker, LensFamily family,
+void readDistortion(const CalibrationContent& content, const Checker& checker, const LensFamily& family,
                     LensCalibration& lens) {
     const std::string name = DISTORTION_COEFFICIENTS;
     const CalibrationMatrix& matrix = checker.required(content.distortion, name);
     const int rows = checker.sizeOf(matrix, matrix.rows, name + ", rows");
     const int cols = checker.sizeOf(matrix, matrix.cols, name + ", cols");
-    const bool fisheye = family == LensFamily::Fisheye;
-    if ((rows != 1 && cols != 1) || !isCountOf(family, static_cast<std::size_t>(std::max(rows, cols)))) {
+    if ((rows != 1 && cols != 1) || !family.takes(static_cast<std::size_t>(std::max(rows, cols)))) {
         checker.fail(matrix.line, name, std::to_string(rows) + " x " + std::to_string(cols),
-                     fisheye ? "one row or column of 4" : "one row or column of 4, 5, 8, 12 or 14",
+                     "one row or column of " + family.describeCounts(),
                      "check that the model's name fits the kind of calibration");
     }
     lens.distortion = checker.elements(matrix, name, rows, cols);
-    if (lens.distortion.size() == TILTED_COUNT) {
-        if (lens.distortion[TILTED_COUNT - 2] != 0 || lens.distortion[TILTED_COUNT - 1] != 0) {
+    if (const std::size_t count = lens.distortion.size(); count == family.tiltedCount) {
+        if (lens.distortion[count - 2] != 0 || lens.distortion[count - 1] != 0) {
             checker.fail(matrix.line, name, "a tilted sensor (the last two coefficients)", "zeros there",
                          "calibrate without the tilted model");
         }
-        lens.distortion.resize(UNTILTED_COUNT);
+        lens.distortion.resize(count - 2);
     }
 }
 
 }  // namespace
+
+bool LensFamily::takes(std::size_t count) const {
+    return count != 0 && std::find(counts.begin(), counts.end(), count) != counts.end();
+}
+
+std::string LensFamily::describeCounts() const {
+    const auto end = std::find(counts.begin(), counts.end(), 0U);
+    std::string text;
+    for (auto count = counts.begin(); count != end; ++count) {
+        text += count == counts.begin() ? "" : count + 1 == end ? " or " : ", ";
+        text += std::to_string(*count);
+    }
+    return text;
+}
 
 Point<double, 2> LensCalibration::lensFromPicture(const Point<double, 2>& normalised) const {
     const double px = normalised[0] * imageWidth - 0.5;
@@ -166,12 +168,12 @@ Point<double, 2> LensCalibration::pictureFromLens(const Point<double, 2>& distor
     return {(px + 0.5) / imageWidth, 1.0 - (py + 0.5) / imageHeight};
 }
 
-LensCalibration LensCalibration::read(const std::wstring& file, LensFamily family) {
+LensCalibration LensCalibration::read(const std::wstring& file, const LensFamily& family) {
     const std::string path = Veltrani::toUtf8(file);
     return parse(Veltrani::contentOf(path, LARGEST_BYTES), path, family);
 }
 
-LensCalibration LensCalibration::parse(std::string_view text, const std::string& document, LensFamily family) {
+LensCalibration LensCalibration::parse(std::string_view text, const std::string& document, const LensFamily& family) {
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first == std::string_view::npos) {
         Veltrani::throwFault(document,

@@ -2,17 +2,34 @@
 
 #include "Common/Point.h"
 
+#include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace KelvoControlDetail {
 
-/// What a distortion's numbers mean. A file of four coefficients does not tell: the name of the model decides.
-enum class LensFamily {
-    BrownConrady,  ///< k1 k2 p1 p2 [k3 [k4 k5 k6 [s1 s2 s3 s4]]]
-    Fisheye,       ///< k1 k2 k3 k4
+/// How many numbers the distortion of a kind of lens has. A file of four coefficients does not tell what they mean: the
+/// name of the model decides, and each kind of lens states its own family.
+struct LensFamily {
+    /// The counts that are accepted, growing; zeros behind the last one.
+    std::array<std::size_t, 6> counts{};
+    /// The count whose last two numbers tilt the sensor, which no model does: they must be zero and are dropped. 0 for
+    /// a family without such numbers.
+    std::size_t tiltedCount = 0;
+
+    static const LensFamily BrownConrady;  ///< k1 k2 p1 p2 [k3 [k4 k5 k6 [s1 s2 s3 s4 [tilt]]]]
+    static const LensFamily Fisheye;       ///< k1 k2 k3 k4
+
+    /// @param count 0 is never accepted
+    [[nodiscard]] bool takes(std::size_t count) const;
+    /// "4, 5, 8, 12 or 14".
+    [[nodiscard]] std::string describeCounts() const;
 };
+
+inline constexpr LensFamily LensFamily::BrownConrady{{4, 5, 8, 12, 14}, 14};
+inline constexpr LensFamily LensFamily::Fisheye{{4}};
 
 /// A lens as an OpenCV calibration file describes it, in YAML or XML: the size of the calibration picture, where the
 /// axis meets it and the distortion.
@@ -26,7 +43,7 @@ struct LensCalibration {
     double fy = 0;
     double cx = 0;
     double cy = 0;
-    std::vector<double> distortion;  ///< 4, 5, 8 or 12 numbers for Brown-Conrady, 4 for a fisheye; all finite
+    std::vector<double> distortion;  ///< as many as the family takes, without those of a tilt; all finite
 
     /// The distorted point on the lens plane of a picture point, and the way back.
     [[nodiscard]] Point<double, 2> lensFromPicture(const Point<double, 2>& normalised) const;
@@ -34,11 +51,12 @@ struct LensCalibration {
 
     /// Throws `VeltraniMissingFileException` when there is no such file and `VeltraniParseException`, which names file
     /// and line, when it is no such description or describes a lens that cannot be modelled: a skewed or tilted sensor.
-    [[nodiscard]] static LensCalibration read(const std::wstring& file, LensFamily family);
+    [[nodiscard]] static LensCalibration read(const std::wstring& file, const LensFamily& family);
 
     /// As `read`, from a text.
     /// @param document named in messages, UTF-8
-    [[nodiscard]] static LensCalibration parse(std::string_view text, const std::string& document, LensFamily family);
+    [[nodiscard]] static LensCalibration parse(std::string_view text, const std::string& document,
+                                               const LensFamily& family);
 };
 
 }  // namespace KelvoControlDetail

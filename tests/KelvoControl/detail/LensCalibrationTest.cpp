@@ -163,6 +163,20 @@ TEST(LensCalibration, TheCountsAreThoseOfTheFamily) {
     }
 }
 
+TEST(LensCalibration, AKindOfLensStatesItsOwnCounts) {
+    constexpr LensFamily DIVISION{{1, 2}};
+    CalibrationText text;
+    for (const std::size_t count : {1U, 2U, 3U, 4U, 14U}) {
+        text.distortion.assign(count, "0.5");
+        const std::wstring said = refusal(text.yaml(), DIVISION);
+        EXPECT_EQ(said.empty(), count <= 2) << count;
+        EXPECT_EQ(said.find(L"one row or column of 1 or 2") != std::wstring::npos, count > 2) << count;
+    }
+    EXPECT_FALSE(DIVISION.takes(0));
+    EXPECT_EQ(LensFamily::BrownConrady.describeCounts(), "4, 5, 8, 12 or 14");
+    EXPECT_EQ(LensFamily::Fisheye.describeCounts(), "4");
+}
+
 TEST(LensCalibration, EveryEntryIsNeeded) {
     for (const char* key : {"image_width", "image_height", "camera_matrix", "distortion_coefficients"}) {
         for (std::string content : {CalibrationText().yaml(), CalibrationText().xml()}) {
