@@ -10,9 +10,13 @@
 #include "DisplayReport/ProjectorRun.h"
 #include "DisplayReport/TextTable.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace Veltrani::DisplayReport {
 
@@ -36,9 +40,45 @@ std::string textOf(PowerState power) {
     return NOT_TOLD;
 }
 
-std::string textOf(const Point<int, 2>& resolution) {
-    return std::to_string(resolution[0]) + " x " + std::to_string(resolution[1]);
+/// None without a picture.
+std::optional<std::string> textOf(const Point<int, 2>& resolution) {
+    return resolution[0] > 0 ? std::optional(std::to_string(resolution[0]) + " x " + std::to_string(resolution[1]))
+                             : std::nullopt;
 }
+
+std::optional<std::string> textOf(int number) {
+    return std::to_string(number);
+}
+
+std::optional<std::string> textOf(const std::string& text) {
+    return text;
+}
+
+struct Question {
+    std::shared_ptr<Command> command;
+    std::function<void()> use;  ///< of its result
+    bool onlyAwake = false;
+};
+
+/// A question whose result goes into a cell of the table; what has no text leaves it as it is.
+template <class Kind>
+Question asking(std::string& cell) {
+    const auto command = std::make_shared<Kind>();
+    return {command, [command, &cell] { cell = textOf(command->getResult()).value_or(cell); }};
+}
+
+/// What a channel is asked beside its state, in the order of questions and columns: the only list of them.
+struct Column {
+    const char* heading;
+    bool onlyAwake;  ///< a projector that is not on refuses the answer, and that is no fault
+    Question (*ask)(std::string& cell);
+};
+
+constexpr std::array COLUMNS{
+    Column{"resolution", false, asking<GetNativeResolution>},
+    Column{"input", true, asking<GetActiveInputSignalIndex>},
+    Column{"firmware", false, asking<GetFirmware>},
+};
 
 /// What one device is asked for its line, question by question, and the questions that it does not answer.
 class Interview {
@@ -49,17 +89,15 @@ public:
             line.device = toUtf8(place->getDescription());
         }
         line.state = "reachable";
-        ask<GetPowerState>([this](PowerState power) {
-            m_line.state = textOf(power);
-            m_awake = power == PowerState::ON;
-        });
-        ask<GetNativeResolution>([this](const Point<int, 2>& resolution) {
-            m_line.resolution = resolution[0] > 0 ? textOf(resolution) : m_line.resolution;
-        });
-        ask<GetActiveInputSignalIndex>([this](int input) { m_line.input = std::to_string(input); });
-        // A projector that is not on refuses to state its input, and that is no fault.
-        m_questions.back().onlyAwake = true;
-        ask<GetFirmware>([this](const std::string& firmware) { m_line.firmware = firmware; });
+        const auto power = std::make_shared<GetPowerState>();
+        m_questions.push_back({power, [this, power] {
+                                   m_line.state = textOf(power->getResult());
+                                   m_awake = power->getResult() == PowerState::ON;
+                               }});
+        for (std::size_t i = 0; i < COLUMNS.size(); ++i) {
+            m_questions.push_back(COLUMNS[i].ask(line.answers[i]));
+            m_questions.back().onlyAwake = COLUMNS[i].onlyAwake;
+        }
     }
 
     /// The next question that the device supports; null when there is none left.
@@ -82,18 +120,6 @@ public:
     [[nodiscard]] const std::vector<Fault>& faults() const { return m_faults; }
 
 private:
-    struct Question {
-        std::shared_ptr<Command> command;
-        std::function<void()> use;  ///< of its result
-        bool onlyAwake = false;
-    };
-
-    template <class Kind, class Use>
-    void ask(Use use) {
-        const auto command = std::make_shared<Kind>();
-        m_questions.push_back({command, [command, use] { use(command->getResult()); }});
-    }
-
     ChannelLine& m_line;
     Device& m_device;
     std::vector<Question> m_questions;
@@ -131,7 +157,7 @@ std::vector<Fault> fill(std::vector<ChannelLine>& lines, const std::vector<Devic
 }
 
 ChannelLine lineOf(const std::string& name, const std::wstring& id) {
-    return {name, toUtf8(id), NOT_TOLD, "missing", NOT_TOLD, NOT_TOLD, NOT_TOLD};
+    return {name, toUtf8(id), NOT_TOLD, "missing", std::vector<std::string>(COLUMNS.size(), NOT_TOLD)};
 }
 
 /// Where the configuration says that the projector is.
@@ -146,6 +172,12 @@ std::string configuredPlace(const std::wstring& snippet) {
 }
 
 }  // namespace
+
+const std::string& ChannelLine::answer(std::string_view column) const {
+    const auto found = std::find_if(COLUMNS.begin(), COLUMNS.end(),
+                                    [&](const Column& candidate) { return candidate.heading == column; });
+    return answers.at(static_cast<std::size_t>(found - COLUMNS.begin()));
+}
 
 ChannelListing ChannelListing::ofEntries(const ProjectorRun& run) {
     ChannelListing listing;
@@ -172,9 +204,15 @@ ChannelListing ChannelListing::ofChannels(ProjectorRun& run) {
 }
 
 void ChannelListing::print(std::ostream& out) const {
-    TextTable table({"channel", "id", "device", "state", "resolution", "input", "firmware"});
+    std::vector<std::string> headings{"channel", "id", "device", "state"};
+    for (const Column& column : COLUMNS) {
+        headings.emplace_back(column.heading);
+    }
+    TextTable table(headings);
     for (const ChannelLine& line : lines) {
-        table.add({line.name, line.id, line.device, line.state, line.resolution, line.input, line.firmware});
+        std::vector<std::string> cells{line.name, line.id, line.device, line.state};
+        cells.insert(cells.end(), line.answers.begin(), line.answers.end());
+        table.add(cells);
     }
     table.print(out);
 }

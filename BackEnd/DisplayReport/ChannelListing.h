@@ -4,6 +4,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -13,12 +14,15 @@ class ProjectorRun;
 /// One line of the table of channels. All texts UTF-8; "-" stands for what cannot be told.
 struct ChannelLine {
     std::string name;
-    std::string id;          ///< of the configuration entry
-    std::string device;      ///< where it is, or where the configuration has it
-    std::string state;       ///< "on", "standby", "cooling", "warming up", "reachable", "simulated" or "missing"
-    std::string resolution;  ///< "1920 x 1200"
-    std::string input;       ///< number in the projector's own list, 0 is the first
-    std::string firmware;
+    std::string id;      ///< of the configuration entry
+    std::string device;  ///< where it is, or where the configuration has it
+    std::string state;   ///< "on", "standby", "cooling", "warming up", "reachable", "simulated" or "missing"
+    /// What the device was asked beside its state, in the order of the columns.
+    std::vector<std::string> answers;
+
+    /// The answer in a column: "resolution" ("1920 x 1200"), "input" (number in the projector's own list, 0 is the
+    /// first), "firmware". Throws `std::out_of_range` for a column that there is not.
+    [[nodiscard]] const std::string& answer(std::string_view column) const;
 };
 
 /// The channels of a display with what their projectors tell of themselves.

@@ -120,13 +120,27 @@ public:
 struct PJLinkProjector::Action {
     bool (*matches)(const Command&);
     int leastClass;
-    Step (*inSession)(PJLinkProjector&, Command&);
+    Step (*inSession)(PJLinkProjector&, const Action&, Command&);
     void (*locally)(PJLinkProjector&, const Command&);
+    PjlinkRequest question{};  ///< of a question with one value
+
+    /// A question with one value, which `READ` understands: nothing else needs to be written for it.
+    /// @param leastClass the least class of the standard that has it, which is sent with it
+    template <class Question, auto READ>
+    static Action asked(int leastClass, const std::string& name) {
+        return {&isA<Question>,
+                leastClass,
+                [](PJLinkProjector&, const Action& action, Command& command) {
+                    return askFor(dynamic_cast<Question&>(command), action.question, READ);
+                },
+                nullptr,
+                {static_cast<char>('0' + leastClass), name, QUESTION}};
+    }
 
     template <class Kind, Step (PJLinkProjector::*FIRST_STEP)(Kind&)>
     static Action sent(int leastClass) {
         return {&isA<Kind>, leastClass,
-                [](PJLinkProjector& projector, Command& command) {
+                [](PJLinkProjector& projector, const Action&, Command& command) {
                     return (projector.*FIRST_STEP)(dynamic_cast<Kind&>(command));
                 },
                 nullptr};
@@ -146,19 +160,19 @@ private:
 };
 
 const std::vector<PJLinkProjector::Action>& PJLinkProjector::actions() {
-    static const std::vector<Action> ACTIONS{Action::sent<GetFirmware, &PJLinkProjector::readFirmware>(2),
-                                             Action::sent<GetNativeResolution, &PJLinkProjector::readResolution>(2),
-                                             Action::sent<GetActiveInputSignalIndex, &PJLinkProjector::readInput>(1),
-                                             Action::sent<GetPowerState, &PJLinkProjector::readPower>(1),
-                                             Action::sent<GetPictureMute, &PJLinkProjector::readMute>(1),
-                                             Action::sent<GetProjectorName, &PJLinkProjector::readName>(1),
-                                             Action::sent<GetModel, &PJLinkProjector::readModel>(1),
-                                             Action::sent<SetActiveInputSignalIndex, &PJLinkProjector::setInput>(1),
-                                             Action::sent<Drawing::RunFillBlackTo, &PJLinkProjector::closeShutter>(1),
-                                             Action::sent<Drawing::RunClearTo, &PJLinkProjector::openShutter>(1),
-                                             Action::onlyWarns<Geometry::DisableWhiteLevelWarp>(),
-                                             Action::onlyWarns<Geometry::DisableWhiteLevelBlend>(),
-                                             Action::onlyWarns<Geometry::DisableBlackLevelBlend>()};
+    static const std::vector<Action> ACTIONS{
+        Action::asked<GetFirmware, readText>(2, "SVER"),
+        // The recommended resolution is that of the panel; IRES would be that of the incoming signal.
+        Action::asked<GetNativeResolution, PjlinkValues::resolution>(2, "RRES"),
+        Action::sent<GetActiveInputSignalIndex, &PJLinkProjector::readInput>(1),
+        Action::asked<GetPowerState, PjlinkValues::power>(1, "POWR"),
+        Action::asked<GetPictureMute, PjlinkValues::pictureMute>(1, "AVMT"),
+        Action::asked<GetProjectorName, readText>(1, "NAME"), Action::sent<GetModel, &PJLinkProjector::readModel>(1),
+        Action::sent<SetActiveInputSignalIndex, &PJLinkProjector::setInput>(1),
+        Action::sent<Drawing::RunFillBlackTo, &PJLinkProjector::closeShutter>(1),
+        Action::sent<Drawing::RunClearTo, &PJLinkProjector::openShutter>(1),
+        Action::onlyWarns<Geometry::DisableWhiteLevelWarp>(), Action::onlyWarns<Geometry::DisableWhiteLevelBlend>(),
+        Action::onlyWarns<Geometry::DisableBlackLevelBlend>()};
     return ACTIONS;
 }
 
@@ -221,7 +235,7 @@ PJLinkProjector::Step PJLinkProjector::begin(Command& command) {
         fail(L"it needs PJLink class " + std::to_wstring(action->leastClass) + L", the projector has class " +
              std::to_wstring(m_class));
     }
-    return action->inSession(*this, command);
+    return action->inSession(*this, *action, command);
 }
 
 void PJLinkProjector::converse(Step step) const {
@@ -270,27 +284,6 @@ PJLinkProjector::Step PJLinkProjector::beginContact() {
         m_inputClass = m_class == 2 ? '2' : '1';
         return DONE;
     });
-}
-
-PJLinkProjector::Step PJLinkProjector::readFirmware(GetFirmware& command) {
-    return askFor(command, {'2', "SVER", QUESTION}, readText);
-}
-
-PJLinkProjector::Step PJLinkProjector::readResolution(GetNativeResolution& command) {
-    // The recommended resolution is that of the panel; IRES would be that of the incoming signal.
-    return askFor(command, {'2', "RRES", QUESTION}, PjlinkValues::resolution);
-}
-
-PJLinkProjector::Step PJLinkProjector::readPower(GetPowerState& command) {
-    return askFor(command, {'1', "POWR", QUESTION}, PjlinkValues::power);
-}
-
-PJLinkProjector::Step PJLinkProjector::readMute(GetPictureMute& command) {
-    return askFor(command, {'1', "AVMT", QUESTION}, PjlinkValues::pictureMute);
-}
-
-PJLinkProjector::Step PJLinkProjector::readName(GetProjectorName& command) {
-    return askFor(command, {'1', "NAME", QUESTION}, readText);
 }
 
 PJLinkProjector::Step PJLinkProjector::readModel(GetModel& command) {

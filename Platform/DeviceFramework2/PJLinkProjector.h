@@ -84,12 +84,7 @@ private:
     /// The fault of a command, or of the contact when it is null, with everything that a message names.
     [[nodiscard]] DeviceException faultOf(const Command* command, const DeviceException& cause) const;
 
-    Step readFirmware(GetFirmware& command);
-    Step readResolution(GetNativeResolution& command);
     Step readInput(GetActiveInputSignalIndex& command);
-    Step readPower(GetPowerState& command);
-    Step readMute(GetPictureMute& command);
-    Step readName(GetProjectorName& command);
     Step readModel(GetModel& command);
     Step setInput(SetActiveInputSignalIndex& command);
     Step closeShutter(Device::Drawing::RunFillBlackTo& command);

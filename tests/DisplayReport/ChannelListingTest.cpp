@@ -36,9 +36,9 @@ TEST_F(AChannelListing, TellsWhatTheProjectorTells) {
     EXPECT_EQ(line.id, "020000000001");
     EXPECT_EQ(line.device, "PJLink 127.0.0.1:" + std::to_string(simulator.port()));
     EXPECT_EQ(line.state, "on");
-    EXPECT_EQ(line.resolution, "3840 x 2160");
-    EXPECT_EQ(line.input, "4");
-    EXPECT_EQ(line.firmware, "1.02.003");
+    EXPECT_EQ(line.answer("resolution"), "3840 x 2160");
+    EXPECT_EQ(line.answer("input"), "4");
+    EXPECT_EQ(line.answer("firmware"), "1.02.003");
     EXPECT_THAT(listing.faults, IsEmpty());
 }
 
@@ -54,7 +54,7 @@ TEST_F(AChannelListing, OfEntriesShowsWhereAMissingOneShouldBe) {
     EXPECT_EQ(listing.lines[0].state, "missing");
     EXPECT_EQ(listing.lines[1].id, "R") << "the id is that of the entry until there are channels";
     EXPECT_EQ(listing.lines[1].state, "cooling");
-    EXPECT_EQ(listing.lines[1].input, "-");
+    EXPECT_EQ(listing.lines[1].answer("input"), "-");
     EXPECT_EQ(listing.lines[2].device, "-");
     EXPECT_THAT(listing.faults, IsEmpty()) << "a projector that is not on need not tell its input";
 }
@@ -70,8 +70,8 @@ TEST_F(AChannelListing, WhatASleepingProjectorPutsOffIsNoFault) {
     const ChannelListing listing = ChannelListing::ofChannels(run);
     ASSERT_THAT(listing.lines, SizeIs(3));
     EXPECT_EQ(listing.lines[0].state, "standby");
-    EXPECT_EQ(listing.lines[0].resolution, "-");
-    EXPECT_EQ(listing.lines[0].firmware, "-");
+    EXPECT_EQ(listing.lines[0].answer("resolution"), "-");
+    EXPECT_EQ(listing.lines[0].answer("firmware"), "-");
     ASSERT_THAT(listing.faults, SizeIs(2));
     EXPECT_THAT(listing.faults[0].where + listing.faults[0].what, HasSubstr("channel MPJLink projector 020000000002"));
     EXPECT_THAT(listing.faults[0].what, HasSubstr("SVER ?: the projector reports a failure of its own (ERR4)"));
@@ -84,8 +84,8 @@ TEST_F(AChannelListing, WhatIsNotAnsweredIsAFaultAndTheRestIsShown) {
     ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
     run.buildChannels();
     const ChannelListing listing = ChannelListing::ofChannels(run);
-    EXPECT_EQ(listing.lines.at(0).firmware, "-");
-    EXPECT_EQ(listing.lines.at(0).input, "2");
+    EXPECT_EQ(listing.lines.at(0).answer("firmware"), "-");
+    EXPECT_EQ(listing.lines.at(0).answer("input"), "2");
     ASSERT_THAT(listing.faults, SizeIs(1));
     EXPECT_EQ(listing.faults[0].where, "channel L");
     EXPECT_THAT(listing.faults[0].what, HasSubstr("command GetFirmware: SVER ?: the projector reports a failure"));
@@ -113,7 +113,7 @@ TEST_F(AChannelListing, ProjectorsThatFallSilentAreListedAfterOneWaitEach) {
         EXPECT_EQ(listing.faults[i].where, "channel " + listing.lines[i].name) << "in the order of the channels";
         EXPECT_THAT(listing.faults[i].what, HasSubstr("command GetFirmware: no answer within 1000 ms"));
         EXPECT_EQ(listing.lines[i].state, "on");
-        EXPECT_EQ(listing.lines[i].input, "2");
+        EXPECT_EQ(listing.lines[i].answer("input"), "2");
     }
     EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS);
     EXPECT_EQ(silent.mostConnections(), 1);
@@ -126,13 +126,13 @@ TEST_F(AChannelListing, AVirtualProjectorIsPlainlySimulated) {
     const ChannelListing listing = ChannelListing::ofChannels(run);
     ASSERT_THAT(listing.lines, SizeIs(2));
     EXPECT_EQ(listing.lines[0].state, "simulated");
-    EXPECT_EQ(listing.lines[0].resolution, "1920 x 1200") << "as configured";
-    EXPECT_EQ(listing.lines[1].resolution, "-") << "none is configured";
+    EXPECT_EQ(listing.lines[0].answer("resolution"), "1920 x 1200") << "as configured";
+    EXPECT_EQ(listing.lines[1].answer("resolution"), "-") << "none is configured";
 }
 
 TEST(ChannelListing, IsPrintedAsATable) {
     ChannelListing listing;
-    listing.lines.push_back({"Left\nupper", "1", "here", "on", "4 x 3", "0", "v1"});
+    listing.lines.push_back({"Left\nupper", "1", "here", "on", {"4 x 3", "0", "v1"}});
     std::ostringstream out;
     listing.print(out);
     EXPECT_EQ(out.str(),
