@@ -7,8 +7,14 @@
 #include "Common/VeltraniException.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <istream>
 #include <limits>
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace Veltrani::DisplayReport {
@@ -141,6 +147,51 @@ void PointReader::refuse(int line, const std::string& found, const std::string& 
     const char* const example = m_kind == PointKind::PICTURE ? "0.5,0.25" : "1.5,4,-0.25";
     throwFault(m_document,
                {line, "point", found, expected, std::string("write one point per line, such as ") + example});
+}
+
+PointInput::PointInput() = default;
+PointInput::PointInput(PointInput&&) noexcept = default;
+PointInput::~PointInput() = default;
+
+PointInput PointInput::ofPoints(std::vector<Point<double, 3>> points) {
+    PointInput input;
+    input.m_points = std::move(points);
+    return input;
+}
+
+PointInput PointInput::ofStream(std::istream& in, std::string document, PointKind kind) {
+    PointInput input;
+    input.m_reader.emplace(in, std::move(document), kind);
+    return input;
+}
+
+PointInput PointInput::ofFile(const std::string& path, PointKind kind) {
+    std::error_code unknown;
+    if (std::filesystem::is_directory(path, unknown)) {
+        throw std::runtime_error(std::strerror(EISDIR));
+    }
+    errno = 0;
+    auto file = std::make_unique<std::ifstream>(path, std::ios::binary);
+    if (!*file) {
+        throw std::runtime_error(std::strerror(errno));
+    }
+    const auto size =
+        std::filesystem::is_regular_file(path, unknown) ? std::filesystem::file_size(path, unknown) : std::uintmax_t{0};
+    PointInput input = ofStream(*file, path, kind);
+    input.m_file = std::move(file);
+    input.m_size = unknown ? 0 : static_cast<std::size_t>(size);
+    return input;
+}
+
+bool PointInput::next(Point<double, 3>& point) {
+    if (m_reader) {
+        return m_reader->next(point);
+    }
+    if (m_taken == m_points.size()) {
+        return false;
+    }
+    point = m_points[m_taken++];
+    return true;
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <iosfwd>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -66,6 +67,39 @@ private:
     int m_emptyLine = 0;  ///< the first of the empty lines just read; 0 without any
     bool m_mayBeHeader = true;
     std::size_t m_bytes = 0;
+};
+
+/// Points from wherever they come, one after the other.
+class PointInput {
+public:
+    /// Points that are known already.
+    [[nodiscard]] static PointInput ofPoints(std::vector<Point<double, 3>> points);
+    /// Points of a stream.
+    /// @param in not owned, must outlive the input
+    /// @param document named in messages, UTF-8
+    [[nodiscard]] static PointInput ofStream(std::istream& in, std::string document, PointKind kind);
+    /// Points of a file. Throws `std::runtime_error` with the reason when it cannot be opened or is a folder.
+    [[nodiscard]] static PointInput ofFile(const std::string& path, PointKind kind);
+
+    PointInput(PointInput&&) noexcept;
+    ~PointInput();
+
+    /// As `PointReader::next`.
+    bool next(Point<double, 3>& point);
+
+    /// Bytes of the whole input; 0 where nobody knows how long it is, as of a pipe.
+    [[nodiscard]] std::size_t size() const { return m_size; }
+    /// How many of them have been read.
+    [[nodiscard]] std::size_t bytesRead() const { return m_reader ? m_reader->bytesRead() : 0; }
+
+private:
+    PointInput();
+
+    std::vector<Point<double, 3>> m_points;
+    std::size_t m_taken = 0;
+    std::unique_ptr<std::istream> m_file;
+    std::size_t m_size = 0;
+    std::optional<PointReader> m_reader;
 };
 
 }  // namespace Veltrani::DisplayReport

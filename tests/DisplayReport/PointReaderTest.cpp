@@ -3,11 +3,13 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "support/ForeignLocale.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <stdexcept>
 
 namespace {
 
@@ -122,6 +124,67 @@ TEST(PointReader, APointOfACommandLineIsReadAlike) {
     EXPECT_EQ(PointReader::parse("1,2,3", PointKind::LAYOUT), (P3{1, 2, 3}));
     EXPECT_EQ(PointReader::parse("1,2", PointKind::LAYOUT), std::nullopt);
     EXPECT_EQ(PointReader::parse("", PointKind::PICTURE), std::nullopt);
+}
+
+std::vector<P3> allOf(PointInput input) {
+    std::vector<P3> points;
+    for (P3 point; input.next(point);) {
+        points.push_back(point);
+    }
+    return points;
+}
+
+std::string refusalOf(const std::string& path) {
+    try {
+        static_cast<void>(PointInput::ofFile(path, PointKind::LAYOUT));
+    } catch (const std::runtime_error& refusal) {
+        return refusal.what();
+    }
+    return "";
+}
+
+TEST(PointInput, GivesThePointsOfAListAStreamAndAFileAlike) {
+    const std::vector<P3> expected{{1, 2, 3}, {-4, 5.5, 0}};
+    const std::string text = "x,y,z\n1,2,3\n-4,5.5,0\n";
+    std::istringstream stream(text);
+    const TemporaryFolder folder;
+    const std::string file = folder.write("points.csv", text);
+    EXPECT_EQ(allOf(PointInput::ofPoints(expected)), expected);
+    EXPECT_EQ(allOf(PointInput::ofStream(stream, "points", PointKind::LAYOUT)), expected);
+    EXPECT_EQ(allOf(PointInput::ofFile(file, PointKind::LAYOUT)), expected);
+}
+
+TEST(PointInput, KnowsHowFarAFileIsReadButNotHowLongAStreamIs) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("points.csv", "1,2,3\n4,5,6\n");
+    PointInput input = PointInput::ofFile(file, PointKind::LAYOUT);
+    EXPECT_EQ(input.size(), 12U);
+    EXPECT_EQ(input.bytesRead(), 0U);
+    P3 point;
+    ASSERT_TRUE(input.next(point));
+    EXPECT_EQ(input.bytesRead(), 6U);
+    std::istringstream stream("1,2,3\n");
+    EXPECT_EQ(PointInput::ofStream(stream, "points", PointKind::LAYOUT).size(), 0U);
+    EXPECT_EQ(PointInput::ofFile("/dev/null", PointKind::LAYOUT).size(), 0U);
+}
+
+TEST(PointInput, RefusesAFolderAndAMissingFileWithTheReason) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(refusalOf(folder.path()), "Is a directory");
+    EXPECT_EQ(refusalOf(folder.file("none.csv")), "No such file or directory");
+}
+
+TEST(PointInput, NamesItsFileInAFault) {
+    const TemporaryFolder folder;
+    const std::string file = folder.write("points.csv", "1,2\n");
+    PointInput input = PointInput::ofFile(file, PointKind::LAYOUT);
+    P3 point;
+    try {
+        input.next(point);
+        FAIL() << "nothing was thrown";
+    } catch (const VeltraniParseException& fault) {
+        EXPECT_THAT(Veltrani::toUtf8(fault.message), StartsWith(file + ":1: point: "));
+    }
 }
 
 }  // namespace
