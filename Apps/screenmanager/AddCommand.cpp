@@ -1,23 +1,71 @@
-#include "AddCommand.h"
-
 #include "Common/Utf8.h"
 #include "Configuration/ConfigurationChangedException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigFile.h"
-#include "Console.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DisplayFile.h"
-#include "ExitCode.h"
+#include "DisplayReport/ProjectorAddition.h"
 #include "FailureReport.h"
-#include "ProjectorReport.h"
+#include "Projectors.h"
 
 #include <memory>
 #include <optional>
 
 namespace {
 
+using Veltrani::fromUtf8;
 using Veltrani::toUtf8;
+using Veltrani::DeviceFramework2::DeviceManager;
+using Veltrani::DeviceFramework2::MacAddress;
+using Veltrani::DeviceFramework2::ProjectorAddress;
 using Veltrani::DisplayReport::ProjectorAddition;
+
+struct Options : DeviceOptions {
+    std::string file;  ///< the configuration, which is replaced as a whole, or not at all
+    ProjectorAddition::Target target;
+};
+
+/// Throws the error of CLI11 for what is no MAC address.
+MacAddress readMac(const std::string& text) {
+    const auto mac = MacAddress::parse(fromUtf8(text));
+    if (!mac) {
+        throw CLI::ValidationError("--mac", "\"" + text + "\" is not a MAC address such as 02:00:00:00:00:01");
+    }
+    return *mac;
+}
+
+/// Throws the error of CLI11 when another MAC address was stated already: as PROJECTOR or with --mac.
+void setMac(const MacAddress& mac, ProjectorAddition::Target& target) {
+    if (target.mac && *target.mac != mac) {
+        throw CLI::ValidationError("--mac", "PROJECTOR and --mac state different MAC addresses, " +
+                                                toUtf8(target.mac->text()) + " and " + toUtf8(mac.text()));
+    }
+    target.mac = mac;
+}
+
+/// Throws the error of CLI11 for what is neither an address nor a MAC address.
+void readTarget(const std::string& text, ProjectorAddition::Target& target) {
+    if (const auto mac = MacAddress::parse(fromUtf8(text))) {
+        setMac(*mac, target);
+        return;
+    }
+    target.address = ProjectorAddress::parse(text);
+    if (!target.address) {
+        throw CLI::ValidationError("PROJECTOR",
+                                   "\"" + text + "\" is neither an IP address with or without a port, " +
+                                       "such as 192.0.2.10, 192.0.2.10:4352 or [2001:db8::1]:4352, nor a " +
+                                       "MAC address such as 02:00:00:00:00:01");
+    }
+}
+
+/// Throws the error of CLI11 for a name that no channel can have.
+std::wstring readName(const std::string& text) {
+    const std::wstring name = fromUtf8(text);
+    if (name.empty()) {
+        throw CLI::ValidationError("--name", "a name has at least one character, in UTF-8");
+    }
+    return name;
+}
 
 void printAdded(const ProjectorAddition::Added& added) {
     const bool sized = added.width > 0 && added.height > 0;
@@ -48,9 +96,9 @@ std::optional<ExitCode> trySave(const XMLConfigFile& config, const std::string& 
 std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const std::string& file, ExitCode& code) {
     std::unique_ptr<XMLConfigFile> newer = DisplayFile::read(file);
     if (!newer) {
-        Console::say("error: " + file +
-                     " was changed while the projector was asked, and nothing was added: mend the file, then add "
-                     "the projector again");
+        Console::error(file +
+                       " was changed while the projector was asked, and nothing was added: mend the file, then add "
+                       "the projector again");
         code = EXIT_INPUT;
         return nullptr;
     }
@@ -66,7 +114,7 @@ std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const
 
 /// Saves a new entry. Nobody could lock the file for as long as a projector may be asked: when it was changed
 /// meanwhile, the entry goes to the newer file, if it fits there.
-ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const AddCommand::Options& options) {
+ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const Options& options) {
     // Every further try means that somebody else has saved a change of his own this moment.
     constexpr int MOST_TRIES = 1000;
     if (const auto code = trySave(config, options.file)) {
@@ -79,27 +127,25 @@ ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const A
             return code;
         }
         if (const auto saved = trySave(*newer, options.file)) {
-            if (*saved == EXIT_ALL_RIGHT && options.devices.talkative()) {
+            if (*saved == EXIT_ALL_RIGHT && options.isTalkative()) {
                 Console::say(options.file +
                              " was changed while the projector was asked: it was added to the newer file");
             }
             return *saved;
         }
     }
-    Console::say("error: " + options.file + " is changed all the time, and nothing was added: see what changes it");
+    Console::error(options.file + " is changed all the time, and nothing was added: see what changes it");
     return EXIT_OUTPUT;
 }
 
-}  // namespace
-
-int AddCommand::run(const Options& options) {
+int run(const Options& options) {
     const std::unique_ptr<XMLConfigFile> config = DisplayFile::read(options.file);
     if (!config) {
         return EXIT_INPUT;
     }
     ProjectorAddition::Added added;
     try {
-        Veltrani::DeviceFramework2::DeviceManager devices(options.devices.settings());
+        DeviceManager devices(options.settings());
         added = ProjectorAddition(*config, devices).add(options.target);
     } catch (...) {
         reportDeviceFailure(options.file, std::current_exception());
@@ -109,5 +155,31 @@ int AddCommand::run(const Options& options) {
         return code;
     }
     printAdded(added);
-    return finishOutput();
+    return Console::finishOutput();
 }
+
+Command::Run addTo(CLI::App& line) {
+    const auto options = std::make_shared<Options>();
+    ProjectorAddition::Target& target = options->target;
+    line.add_option("FILE", options->file, "Configuration of the display (XML), which is changed")->required();
+    line.add_option_function<std::string>(
+            "PROJECTOR", [&target](const std::string& text) { readTarget(text, target); },
+            "Its IP address, or its MAC address to search for it")
+        ->required()
+        ->type_name("ADDRESS|MAC");
+    line.add_option_function<std::string>(
+            "--mac", [&target](const std::string& text) { setMac(readMac(text), target); },
+            "MAC address of the projector at ADDRESS, for one that does not tell it")
+        ->type_name("MAC");
+    line.add_option_function<std::string>(
+            "--name", [&target](const std::string& text) { target.name = readName(text); },
+            "Name of the channel (default: where the projector is)")
+        ->type_name("NAME");
+    addTimeout(line, *options);
+    addBroadcast(line, *options);
+    return Command::with(options, run);
+}
+
+}  // namespace
+
+const Command ADD_COMMAND{.name = "add", .summary = "Add a projector to a configuration", .addTo = addTo};

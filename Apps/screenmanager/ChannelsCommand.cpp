@@ -1,40 +1,38 @@
-#include "ChannelsCommand.h"
-
 #include "Configuration/XMLConfigFile.h"
-#include "Console.h"
+#include "DisplayFile.h"
 #include "DisplayReport/ChannelListing.h"
 #include "DisplayReport/ProjectorRun.h"
-#include "ExitCode.h"
-#include "FailureReport.h"
 #include "ProgressMeter.h"
-#include "ProjectorReport.h"
+#include "Projectors.h"
 
 #include <iostream>
-#include <memory>
 
 namespace {
 
 using namespace Veltrani::DisplayReport;
 using Veltrani::DeviceFramework2::DeviceManager;
 
+struct Options : DeviceOptions {
+    std::string file;      ///< the configuration, which is not changed
+    bool offline = false;  ///< virtual projectors in place of those that cannot be reached
+};
+
 /// False when standard output does not take everything, which has been reported then.
 bool printListing(const ChannelListing& listing) {
     listing.print(std::cout);
-    if (!std::cout.flush()) {
-        Console::say("error: standard output cannot be written");
+    if (Console::finishOutput() != EXIT_ALL_RIGHT) {
         return false;
     }
     for (const Fault& fault : listing.faults) {
-        Console::say("error: " + fault.where + ": " + fault.what);
+        Console::error(fault.where + ": " + fault.what);
     }
     return true;
 }
 
-int list(XMLConfigFile& config, const ChannelsCommand::Options& options) {
-    DeviceManager devices(options.devices.settings());
-    ProgressMeter progress(options.devices.talkative(), "asking projectors");
-    ProjectorRun run(config, devices, ProjectorNeed::ANSWER,
-                     [&progress](std::size_t done, std::size_t total) { progress.update(done, total); });
+int list(XMLConfigFile& config, const Options& options) {
+    DeviceManager devices(options.settings());
+    ProgressMeter progress(options.isTalkative(), "asking projectors");
+    ProjectorRun run(config, devices, ProjectorNeed::ANSWER, progress.callback());
     if (reportNone(run.findings(), options.file)) {
         return EXIT_INCOMPLETE;
     }
@@ -56,21 +54,26 @@ int list(XMLConfigFile& config, const ChannelsCommand::Options& options) {
     if (!printListing(listing)) {
         return EXIT_OUTPUT;
     }
-    if (!replace || options.devices.talkative()) {
+    if (!replace || options.isTalkative()) {
         reportUnusable(run.findings(), replace);
     }
     return channels && listing.faults.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
+int run(const Options& options) {
+    const auto config = DisplayFile::read(options.file);
+    return config ? list(*config, options) : EXIT_INPUT;
+}
+
+Command::Run addTo(CLI::App& line) {
+    const auto options = std::make_shared<Options>();
+    addDisplayFile(line, options->file);
+    line.add_flag("--offline", options->offline, "Put virtual projectors in place of those that cannot be reached");
+    addTimeout(line, *options);
+    return Command::with(options, run);
+}
+
 }  // namespace
 
-int ChannelsCommand::run(const Options& options) {
-    std::unique_ptr<XMLConfigFile> config;
-    try {
-        config = XMLConfigFile::load(options.file);
-    } catch (...) {
-        reportConfigurationFailure(options.file, std::current_exception());
-        return EXIT_INPUT;
-    }
-    return list(*config, options);
-}
+const Command CHANNELS_COMMAND{
+    .name = "channels", .summary = "Ask every projector; print the channels and what they tell", .addTo = addTo};

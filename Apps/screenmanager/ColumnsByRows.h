@@ -1,5 +1,8 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
+
+#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -14,3 +17,19 @@ struct ColumnsByRows {
     /// Both from `fewest` to `most`, and no more than `mostTogether` places in the grid.
     [[nodiscard]] bool isWithin(int fewest, int most, long long mostTogether) const;
 };
+
+/// An option whose value is such a size.
+struct GridOption {
+    const char* name;
+    const char* help;
+    const char* form = "COLUMNSxROWS";  ///< the name of the value
+    const char* example;
+    const char* things;  ///< of which there are at most so many together
+    int fewest;          ///< columns, and rows
+    int most;            ///< columns, and rows
+    long long mostTogether;
+};
+
+/// Adds the option, which accepts nothing but sizes within its bounds.
+/// @param take is given the value
+CLI::Option* addGridOption(CLI::App& line, const GridOption& option, std::function<void(const ColumnsByRows&)> take);

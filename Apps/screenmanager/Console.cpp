@@ -12,6 +12,10 @@ void Console::say(const std::string& line) {
     std::cerr << onOneLine(line) + '\n';
 }
 
+void Console::error(const std::string& line) {
+    say(ERROR + line);
+}
+
 void Console::sayLines(const std::string& lines) {
     std::istringstream text(lines);
     std::string shown;
@@ -21,6 +25,18 @@ void Console::sayLines(const std::string& lines) {
     std::cerr << shown;
 }
 
+void Console::errorLines(const std::string& lines) {
+    sayLines(ERROR + lines);
+}
+
 void Console::print(const std::string& line) {
     std::cout << onOneLine(line) << '\n';
+}
+
+ExitCode Console::finishOutput() {
+    if (std::cout.flush()) {
+        return EXIT_ALL_RIGHT;
+    }
+    error("standard output cannot be written");
+    return EXIT_OUTPUT;
 }

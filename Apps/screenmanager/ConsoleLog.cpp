@@ -26,7 +26,7 @@ std::string inWords(std::string record) {
 
 const char* prefixOf(const log4cxx::LevelPtr& level) {
     if (level->isGreaterOrEqual(log4cxx::Level::getError())) {
-        return "error: ";
+        return Console::ERROR;
     }
     return level->isGreaterOrEqual(log4cxx::Level::getWarn()) ? "warning: " : "info: ";
 }

@@ -1,47 +1,39 @@
-#include "CoverageCommand.h"
-
-#include "Console.h"
+#include "Command.h"
 #include "ConsoleLog.h"
 #include "DisplayFile.h"
 #include "DisplayReport/CoveragePrinter.h"
 #include "DisplayReport/CoverageSurvey.h"
 #include "DisplayReport/JsonCoverageWriter.h"
 #include "DisplayReport/PlyCoverageWriter.h"
-#include "ExitCode.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
-#include <functional>
 #include <vector>
 
 namespace {
 
 using namespace Veltrani::DisplayReport;
-using Options = CoverageCommand::Options;
+
+struct Options : CommandOptions {
+    std::string file;     ///< the configuration
+    bool isJson = false;  ///< instead of tables
+    std::string output;   ///< file for the report; empty for standard output
+    std::string ply;      ///< file for the coloured surface; empty for none
+};
 
 CoverageReport measure(const XMLConfigFile& config, std::vector<CoveredPiece>& pieces, const Options& options) {
-    ProgressMeter progress(options.verbosity != Verbosity::QUIET, "measuring the coverage, step");
-    // The library tells at info of every ray that it bends by a table: a million lines.
-    const ConsoleLog::ErrorsOnly quieter(options.verbosity != Verbosity::QUIET);
-    CoverageSurvey survey([&progress](std::size_t done, std::size_t total) { progress.update(done, total); });
+    ProgressMeter progress(options.isTalkative(), "measuring the coverage, step");
+    // The library logs at info every ray that it bends by a table: a million lines.
+    const ConsoleLog::ErrorsOnly quieter(options.isTalkative());
+    CoverageSurvey survey(progress.callback());
     if (!options.ply.empty()) {
         survey.keepPieces(pieces);
     }
     return survey.of(config);
 }
 
-/// False when not everything could be written, which has been reported then.
-bool write(const std::string& path, const std::function<void(std::ostream&)>& writer) {
-    ResultFile result(path);
-    if (!result.open()) {
-        return false;
-    }
-    writer(result.stream());
-    return result.commit();
-}
-
 bool writeReport(const CoverageReport& report, const Options& options) {
-    return write(options.output, [&](std::ostream& out) {
+    return ResultFile::write(options.output, [&](std::ostream& out) {
         if (options.isJson) {
             JsonCoverageWriter::write(report, out);
         } else {
@@ -52,22 +44,20 @@ bool writeReport(const CoverageReport& report, const Options& options) {
 
 bool writeSurface(const CoverageReport& report, const std::vector<CoveredPiece>& pieces, const Options& options) {
     return options.ply.empty() || !report.fault.empty() ||
-           write(options.ply, [&](std::ostream& out) { PlyCoverageWriter::write(report, pieces, out); });
+           ResultFile::write(options.ply, [&](std::ostream& out) { PlyCoverageWriter::write(report, pieces, out); });
 }
 
 /// True when a file would be written twice, or an input would be replaced; reported then.
 bool isMisused(const XMLConfigFile& config, const Options& options) {
     if (!options.ply.empty() && !options.output.empty() && ResultFile::isSamePlace(options.ply, options.output)) {
-        Console::say("error: --ply and --output name the same file, " + options.ply + ": name two");
+        Console::error("--ply and --output name the same file, " + options.ply + ": name two");
         return true;
     }
     return ResultFile::replacesInput(options.output, config, options.file) ||
            ResultFile::replacesInput(options.ply, config, options.file);
 }
 
-}  // namespace
-
-int CoverageCommand::run(const Options& options) {
+int run(const Options& options) {
     const auto config = DisplayFile::read(options.file);
     if (!config) {
         return EXIT_INPUT;
@@ -84,8 +74,24 @@ int CoverageCommand::run(const Options& options) {
         return EXIT_OUTPUT;
     }
     if (!report.fault.empty()) {
-        Console::say("error: " + options.file + ": " + report.fault);
+        Console::error(options.file + ": " + report.fault);
         return EXIT_INPUT;
     }
     return report.complete() && !report.channels.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
+
+Command::Run addTo(CLI::App& line) {
+    const auto options = std::make_shared<Options>();
+    addDisplayFile(line, options->file);
+    line.add_flag("--json", options->isJson, "Write one JSON object instead of tables");
+    line.add_option("--ply", options->ply, "File for the screen, coloured by number of projectors")->type_name("FILE");
+    addOutput(line, options->output);
+    return Command::with(options, run);
+}
+
+}  // namespace
+
+const Command COVERAGE_COMMAND{.name = "coverage",
+                               .summary = "Measure what part of the screen each channel lights, and overlaps",
+                               .addTo = addTo,
+                               .bendsMillionsOfRays = true};

@@ -1,10 +1,6 @@
-#include "DiscoverCommand.h"
-
-#include "Console.h"
 #include "DisplayReport/ProjectorDiscovery.h"
-#include "ExitCode.h"
 #include "ProgressMeter.h"
-#include "ProjectorReport.h"
+#include "Projectors.h"
 
 #include <algorithm>
 #include <chrono>
@@ -23,32 +19,28 @@ namespace {
 bool reportMissing(const Discovery& found) {
     for (const DiscoveredProjector& projector : found.projectors) {
         if (!projector.fault.empty()) {
-            Console::say("error: " + projector.fault);
+            Console::error(projector.fault);
         }
     }
     for (const std::string& line : found.leftOut) {
-        Console::say("error: " + line);
+        Console::error(line);
     }
     return found.leftOut.empty() &&
            std::all_of(found.projectors.begin(), found.projectors.end(),
                        [](const DiscoveredProjector& projector) { return projector.fault.empty(); });
 }
 
-}  // namespace
-
-int DiscoverCommand::run(const DeviceOptions& options) {
+int run(const DeviceOptions& options) {
     const auto settings = options.settings();
-    if (options.talkative()) {
+    if (options.isTalkative()) {
         std::ostringstream text;
         text << "searching for " << std::chrono::duration<double>(settings.search.duration).count() << " s";
         Console::say(text.str());
     }
-    ProgressMeter progress(options.talkative(), "asking projectors");
+    ProgressMeter progress(options.isTalkative(), "asking projectors");
     Discovery found;
     try {
-        found = ProjectorDiscovery(settings, [&progress](std::size_t done, std::size_t total) {
-                    progress.update(done, total);
-                }).run();
+        found = ProjectorDiscovery(settings, progress.callback()).run();
     } catch (...) {
         progress.end();
         reportDeviceFailure("discover", std::current_exception());
@@ -56,13 +48,24 @@ int DiscoverCommand::run(const DeviceOptions& options) {
     }
     progress.end();
     if (found.projectors.empty()) {
-        Console::say("error: no projector answered; projectors of PJLink class 1 never do: use their address");
+        Console::error("no projector answered; projectors of PJLink class 1 never do: use their address");
         return EXIT_INCOMPLETE;
     }
     ProjectorDiscovery::print(found.projectors, std::cout);
-    if (!std::cout.flush()) {
-        Console::say("error: standard output cannot be written");
-        return EXIT_OUTPUT;
+    if (const ExitCode code = Console::finishOutput(); code != EXIT_ALL_RIGHT) {
+        return code;
     }
     return reportMissing(found) ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
+
+Command::Run addTo(CLI::App& line) {
+    const auto options = std::make_shared<DeviceOptions>();
+    addTimeout(line, *options);
+    addBroadcast(line, *options);
+    return Command::with(options, run);
+}
+
+}  // namespace
+
+const Command DISCOVER_COMMAND{
+    .name = "discover", .summary = "Search the network for projectors and print those that answer", .addTo = addTo};

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Configuration/XMLConfigFile.h"
+#include "Console.h"
 #include "DisplayReport/Fault.h"
-#include "Verbosity.h"
 
 #include <memory>
 #include <string>

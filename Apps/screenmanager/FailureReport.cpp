@@ -5,7 +5,6 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Console.h"
-#include "ExitCode.h"
 
 #include <unistd.h>
 
@@ -22,7 +21,7 @@ constexpr std::string_view OUT_OF_MEMORY =
 std::string headOf(const std::string& where, const Fault& fault) {
     // A message that names the file already, in whatever form, does not need it once more.
     const bool named = onOneLine(fault.what).starts_with(onOneLine(where) + ":");
-    return "error: " + (named ? fault.what : onOneLine(where) + ": " + fault.what);
+    return named ? fault.what : onOneLine(where) + ": " + fault.what;
 }
 
 void sayCauses(const Fault& fault) {
@@ -51,7 +50,7 @@ void sayWhatNeedsMemory(const std::exception_ptr& exception) {
 
 void reportFailure(const std::string& subject, const std::exception_ptr& exception) {
     const Fault fault = Veltrani::DisplayReport::faultOf(subject, exception);
-    Console::say(headOf(subject, fault));
+    Console::error(headOf(subject, fault));
     sayCauses(fault);
 }
 
@@ -59,14 +58,14 @@ void reportConfigurationFailure(const std::string& file, const std::exception_pt
     try {
         std::rethrow_exception(exception);
     } catch (const VeltraniParseException&) {
-        Console::sayLines(headOf(file, Veltrani::DisplayReport::faultOf(file, exception)));
+        Console::errorLines(headOf(file, Veltrani::DisplayReport::faultOf(file, exception)));
     } catch (...) {
         reportFailure(file, exception);
     }
 }
 
 void reportFault(const std::string& subject, const Fault& fault) {
-    Console::say(headOf(subject + ": " + fault.where, fault));
+    Console::error(headOf(subject + ": " + fault.where, fault));
     sayCauses(fault);
 }
 
@@ -77,7 +76,7 @@ int reportEnd(const std::exception_ptr& exception) noexcept {
             sayThatMemoryRanOut();
             sayWhatNeedsMemory(exception);
         } else {
-            Console::say("error: internal fault: " + Veltrani::toUtf8(Veltrani::messageOf(exception)));
+            Console::error("internal fault: " + Veltrani::toUtf8(Veltrani::messageOf(exception)));
         }
     } catch (...) {
         // The cause of the first fault is known; there is no memory to tell more.

@@ -4,7 +4,6 @@
 #include "Common/Utf8.h"
 #include "Console.h"
 #include "ConsoleLog.h"
-#include "ExitCode.h"
 #include "ResultFile.h"
 
 #include <fcntl.h>
@@ -71,7 +70,7 @@ bool isLog(int descriptor) {
 }
 
 void report(const std::string& path, const std::string& what) {
-    Console::say("error: --log " + path + ": " + what);
+    Console::error("--log " + path + ": " + what);
 }
 
 std::string reasonOf(int error) {

@@ -1,141 +1,112 @@
-#include "MapCommand.h"
-
+#include "ColumnsByRows.h"
+#include "Command.h"
 #include "Common/VeltraniException.h"
-#include "Console.h"
 #include "DisplayFile.h"
 #include "DisplayReport/ChannelChoice.h"
+#include "DisplayReport/InputProjection.h"
 #include "DisplayReport/LayoutMapper.h"
 #include "DisplayReport/PictureWarp.h"
 #include "DisplayReport/PointMapping.h"
 #include "DisplayReport/PointReader.h"
 #include "DisplayReport/WarpWriter.h"
-#include "ExitCode.h"
 #include "FailureReport.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <memory>
 #include <optional>
-#include <system_error>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace {
 
 using namespace Veltrani::DisplayReport;
-using Options = MapCommand::Options;
 
-bool isLoud(const Options& options) {
-    return options.verbosity != Verbosity::QUIET;
-}
+/// As many as a reader of warp meshes takes in one row.
+constexpr int MOST_NODES_IN_ROW = 1'000'000;
 
-PointKind kindOf(const Options& options) {
-    return options.toChannel ? PointKind::LAYOUT : PointKind::PICTURE;
-}
+struct Options : CommandOptions {
+    std::string file;     ///< the configuration
+    std::string channel;  ///< name or id
+    std::string output;   ///< file to write; empty for standard output
 
-/// Points that stand on the command line, or in a stream.
-class PointInput {
-public:
-    explicit PointInput(const Options& options) : m_options(options) {}
+    bool toChannel = false;           ///< from the layout to the picture, else the other way
+    bool useCache = false;            ///< see `LayoutMapFactory::create`
+    std::vector<std::string> points;  ///< "U,V" or "X,Y,Z"
+    std::string pointFile;            ///< "-" for standard input, as when there are no points either
 
-    /// False when a point of the command line is none, which has been reported then.
-    [[nodiscard]] bool parse() {
-        for (const std::string& text : m_options.points) {
-            const auto point = PointReader::parse(text, kindOf(m_options));
-            if (!point) {
-                Console::say("error: --point " + text + " is not " +
-                             (m_options.toChannel ? "X,Y,Z, such as 1.5,4,-0.25" : "U,V, such as 0.5,0.25"));
-                return false;
-            }
-            m_points.push_back(*point);
-        }
-        return true;
-    }
+    bool grid = false;                   ///< the whole picture instead of points
+    std::string format = "mesh";         ///< one of `WarpWriter::formats`
+    std::optional<ColumnsByRows> nodes;  ///< none for the corners of all pixels
+    std::optional<Panorama> panorama;    ///< none for the usual one
 
-    /// False when the file cannot be opened, which has been reported then.
-    [[nodiscard]] bool open() {
-        if (!m_points.empty()) {
-            return true;
-        }
-        const bool isFile = !m_options.pointFile.empty() && m_options.pointFile != "-";
-        if (isFile && !openFile()) {
-            return false;
-        }
-        m_reader.emplace(isFile ? m_file : std::cin, name(), kindOf(m_options));
-        return true;
-    }
-
-    [[nodiscard]] std::string name() const {
-        return m_options.pointFile.empty() || m_options.pointFile == "-" ? "standard input" : m_options.pointFile;
-    }
-
-    bool next(Point<double, 3>& point) {
-        if (m_reader) {
-            return m_reader->next(point);
-        }
-        if (m_taken == m_points.size()) {
-            return false;
-        }
-        point = m_points[m_taken++];
-        return true;
-    }
-
-    /// How far the reading of a file is; nothing where nobody knows how long the input is.
-    void showProgress(ProgressMeter& progress) const {
-        constexpr std::size_t BYTES_PER_KILOBYTE = 1000;
-        if (m_size > 0 && m_reader) {
-            progress.update(m_reader->bytesRead() / BYTES_PER_KILOBYTE, m_size / BYTES_PER_KILOBYTE);
-        }
-    }
-
-private:
-    bool openFile() {
-        const std::string& path = m_options.pointFile;
-        std::error_code unknown;
-        if (std::filesystem::is_directory(path, unknown)) {
-            Console::say("error: " + path + ": Is a directory");
-            return false;
-        }
-        errno = 0;
-        m_file.open(path, std::ios::binary);
-        if (!m_file) {
-            Console::say("error: " + path + ": " + std::strerror(errno));
-            return false;
-        }
-        const auto size = std::filesystem::is_regular_file(path, unknown) ? std::filesystem::file_size(path, unknown)
-                                                                          : std::uintmax_t{0};
-        m_size = unknown ? 0 : static_cast<std::size_t>(size);
-        return true;
-    }
-
-    const Options& m_options;
-    std::vector<Point<double, 3>> m_points;
-    std::size_t m_taken = 0;
-    std::ifstream m_file;
-    std::size_t m_size = 0;
-    std::optional<PointReader> m_reader;
+    [[nodiscard]] PointKind pointKind() const { return toChannel ? PointKind::LAYOUT : PointKind::PICTURE; }
+    [[nodiscard]] bool readsStandardInput() const { return pointFile.empty() || pointFile == "-"; }
+    /// As messages have it.
+    [[nodiscard]] std::string pointSource() const { return readsStandardInput() ? "standard input" : pointFile; }
 };
 
-/// Says what came of the points; answers an `ExitCode`.
+using Points = std::vector<Point<double, 3>>;
+
+/// The points of the command line. None when one of them is no point, which has been reported then.
+std::optional<Points> parsePoints(const Options& options) {
+    Points points;
+    for (const std::string& text : options.points) {
+        const auto point = PointReader::parse(text, options.pointKind());
+        if (!point) {
+            Console::error("--point " + text + " is not " +
+                           (options.toChannel ? "X,Y,Z, such as 1.5,4,-0.25" : "U,V, such as 0.5,0.25"));
+            return std::nullopt;
+        }
+        points.push_back(*point);
+    }
+    return points;
+}
+
+/// The points of the command line, else those of the file or of standard input. None when the file cannot be opened,
+/// which has been reported then.
+std::optional<PointInput> openPoints(const Points& points, const Options& options) {
+    if (!points.empty()) {
+        return PointInput::ofPoints(points);
+    }
+    if (options.readsStandardInput()) {
+        return PointInput::ofStream(std::cin, options.pointSource(), options.pointKind());
+    }
+    try {
+        return PointInput::ofFile(options.pointFile, options.pointKind());
+    } catch (const std::runtime_error& fault) {
+        Console::error(options.pointFile + ": " + fault.what());
+        return std::nullopt;
+    }
+}
+
+/// How far the reading of a file is; nothing where nobody knows how long the input is.
+void showProgress(const PointInput& input, ProgressMeter& progress) {
+    constexpr std::size_t BYTES_PER_KILOBYTE = 1000;
+    if (input.size() > 0) {
+        progress.update(input.bytesRead() / BYTES_PER_KILOBYTE, input.size() / BYTES_PER_KILOBYTE);
+    }
+}
+
+/// Reports what came of the points; returns an `ExitCode`.
 int summarise(const PointMapping::Count& count, const ChannelChoice& channel, const Options& options) {
     if (count.points == 0) {
-        Console::say("error: there are no points: give --point, --points or points on standard input");
+        Console::error("there are no points: give --point, --points or points on standard input");
         return EXIT_INCOMPLETE;
     }
-    if (isLoud(options)) {
+    if (options.isTalkative()) {
         Console::say(channel.describe() + ": " + std::to_string(count.mapped) + " of " + std::to_string(count.points) +
                      " points mapped to the " + (options.toChannel ? "channel" : "layout"));
     }
     return count.mapped > 0 ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
-int mapPoints(LayoutMapper& map, PointInput& input, const ChannelChoice& channel, const Options& options) {
-    if (!input.open()) {
+int mapPoints(LayoutMapper& map, const Points& points, const ChannelChoice& channel, const Options& options) {
+    std::optional<PointInput> input = openPoints(points, options);
+    if (!input) {
         return EXIT_INPUT;
     }
     ResultFile result(options.output);
@@ -144,13 +115,13 @@ int mapPoints(LayoutMapper& map, PointInput& input, const ChannelChoice& channel
     }
     PointMapping::Count count;
     try {
-        ProgressMeter progress(isLoud(options), "mapping points, kB");
-        PointMapping mapping(map, kindOf(options), [&] { input.showProgress(progress); });
-        count = mapping.run([&input](Point<double, 3>& point) { return input.next(point); }, result.stream());
+        ProgressMeter progress(options.isTalkative(), "mapping points, kB");
+        PointMapping mapping(map, options.pointKind(), [&] { showProgress(*input, progress); });
+        count = mapping.run([&input](Point<double, 3>& point) { return input->next(point); }, result.stream());
     } catch (...) {
         // A pipe keeps what came before the fault; a file is left as it was.
         result.stream().flush();
-        reportFailure(input.name(), std::current_exception());
+        reportFailure(options.pointSource(), std::current_exception());
         return EXIT_INPUT;
     }
     if (!result.commit()) {
@@ -161,21 +132,20 @@ int mapPoints(LayoutMapper& map, PointInput& input, const ChannelChoice& channel
 
 PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, bool hasNodes,
                    const Options& options) {
-    ProgressMeter meter(isLoud(options), "mapping the picture, row");
-    const auto progress = [&meter](std::size_t done, std::size_t total) { meter.update(done, total); };
+    ProgressMeter meter(options.isTalkative(), "mapping the picture, row");
     const Point<int, 2> pixels = channel.pictureSize();
     if (!hasNodes) {
-        return PictureWarp::atPixels(map, input, pixels, progress);
+        return PictureWarp::atPixels(map, input, pixels, meter.callback());
     }
     const Point<int, 2> nodes =
         options.nodes ? Point<int, 2>{options.nodes->columns, options.nodes->rows} : pixels + Point<int, 2>{1, 1};
-    return PictureWarp::atNodes(map, input, pixels, nodes, progress);
+    return PictureWarp::atNodes(map, input, pixels, nodes, meter.callback());
 }
 
 int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, const Options& options) {
     const auto writer = WarpWriter::ofFormat(options.format);
     if (options.output.empty() && !writer->isText() && ::isatty(STDOUT_FILENO) == 1) {
-        Console::say("error: a terminal cannot show " + options.format + ": name a file with --output");
+        Console::error("a terminal cannot show " + options.format + ": name a file with --output");
         return EXIT_USAGE;
     }
     ResultFile result(options.output);
@@ -184,9 +154,9 @@ int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice
     }
     PictureWarp warp = warpOf(map, input, channel, writer->hasNodes(), options);
     if (warp.mapped() == 0) {
-        Console::say("error: " + channel.describe() +
-                     ": nothing of its picture is mapped, and nothing was written: check its position, " +
-                     "orientation and frustum, or its map, against the screen");
+        Console::error(channel.describe() +
+                       ": nothing of its picture is mapped, and nothing was written: check its position, " +
+                       "orientation and frustum, or its map, against the screen");
         return EXIT_INCOMPLETE;
     }
     const std::size_t missed = warp.missed();
@@ -195,7 +165,7 @@ int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice
     if (!result.commit()) {
         return EXIT_OUTPUT;
     }
-    if (isLoud(options)) {
+    if (options.isTalkative()) {
         Console::say(channel.describe() + ": " + std::to_string(warp.columns()) + " x " + std::to_string(warp.rows()) +
                      (writer->hasNodes() ? " nodes, " : " pixels, ") + std::to_string(missed) + " not mapped" +
                      (cut > 0 ? ", " + std::to_string(cut) + " left out at the seam of the input" : ""));
@@ -216,27 +186,28 @@ std::optional<ChannelChoice> chooseChannel(const XMLConfigFile& config, const Op
 /// True when the command line does not fit the display; reported then.
 bool isMisused(const XMLConfigFile& config, const Options& options) {
     if (options.panorama && !InputProjection::hasPanorama(config)) {
-        Console::say("error: --input chooses a panorama, and the input of this display is flat: leave it out");
+        Console::error("--input chooses a panorama, and the input of this display is flat: leave it out");
         return true;
     }
     if (!options.output.empty() && !options.pointFile.empty() &&
         ResultFile::isSameFile(options.output, options.pointFile)) {
-        Console::say("error: " + options.output + " is the file of points: name another file with --output");
+        Console::error(options.output + " is the file of points: name another file with --output");
         return true;
     }
     return ResultFile::replacesInput(options.output, config, options.file);
 }
 
-}  // namespace
-
-int MapCommand::run(const Options& options) {
+int run(const Options& options) {
     const auto config = DisplayFile::read(options.file);
     if (!config) {
         return EXIT_INPUT;
     }
     const auto channel = chooseChannel(*config, options);
-    PointInput input(options);
-    if (!channel || isMisused(*config, options) || !input.parse()) {
+    if (!channel || isMisused(*config, options)) {
+        return EXIT_USAGE;
+    }
+    const auto points = parsePoints(options);
+    if (!points) {
         return EXIT_USAGE;
     }
     if (LayoutMapper::needsScreen(*config) && !DisplayFile::buildScreen(*config, options.file, options.verbosity)) {
@@ -245,7 +216,7 @@ int MapCommand::run(const Options& options) {
     try {
         LayoutMapper map(*config, *channel, options.useCache);
         if (!options.grid) {
-            return mapPoints(map, input, *channel, options);
+            return mapPoints(map, *points, *channel, options);
         }
         return mapGrid(map, InputProjection(*config, options.panorama.value_or(Panorama::FISHEYE)), *channel, options);
     } catch (const VeltraniExceptionBase&) {
@@ -253,3 +224,69 @@ int MapCommand::run(const Options& options) {
         return EXIT_INPUT;
     }
 }
+
+void addPointOptions(CLI::App& line, Options& options, CLI::Option& grid) {
+    line.add_option_function<std::string>(
+            "--to", [&options](const std::string& side) { options.toChannel = side == "channel"; },
+            "layout (default): from picture points; channel: from layout points")
+        ->check(CLI::IsMember({"layout", "channel"}))
+        ->type_name("SIDE")
+        ->excludes(&grid);
+    auto* const point = line.add_option("--point", options.points, "A point to map; may be given several times")
+                            ->allow_extra_args(false)
+                            ->type_name("U,V|X,Y,Z")
+                            ->excludes(&grid);
+    line.add_option("--points", options.pointFile, "File of points, one per line; - for standard input (default)")
+        ->type_name("FILE")
+        ->excludes(&grid)
+        ->excludes(point);
+    line.add_flag("--cache", options.useCache,
+                  "Remember the pixels of a collimated display: faster for many points to the channel")
+        ->excludes(&grid);
+}
+
+void addGridOptions(CLI::App& line, Options& options, CLI::Option& grid) {
+    line.add_option("--format", options.format, "mesh (default), pfm or png")
+        ->check(CLI::IsMember(WarpWriter::formats()))
+        ->type_name("FORMAT")
+        ->needs(&grid);
+    addGridOption(line,
+                  {.name = "--nodes",
+                   .help = "Nodes of a mesh (default: the corners of all pixels)",
+                   .example = "97x61",
+                   .things = "nodes",
+                   .fewest = 2,
+                   .most = MOST_NODES_IN_ROW,
+                   .mostTogether = static_cast<long long>(PictureWarp::MOST_SAMPLES)},
+                  [&options](const ColumnsByRows& nodes) { options.nodes = nodes; })
+        ->needs(&grid);
+    line.add_option_function<std::string>(
+            "--input", [&options](const std::string& name) { options.panorama = panoramaOf(name); },
+            "Panorama that feeds the display: fisheye (default) or equirectangular")
+        ->check(CLI::IsMember(panoramaNames()))
+        ->type_name("PANORAMA")
+        ->needs(&grid);
+}
+
+Command::Run addTo(CLI::App& line) {
+    const auto options = std::make_shared<Options>();
+    addDisplayFile(line, options->file);
+    line.add_option("--channel", options->channel, "The channel")->required()->type_name("NAME|ID");
+    addOutput(line, options->output);
+    CLI::Option* const grid =
+        line.add_flag("--grid", options->grid, "The whole picture: which part of the input each place shows");
+    addPointOptions(line, *options, *grid);
+    addGridOptions(line, *options, *grid);
+    line.parse_complete_callback([&said = *options] {
+        if (said.nodes && !WarpWriter::ofFormat(said.format)->hasNodes()) {
+            throw CLI::ValidationError("--nodes", said.format + " has one value per pixel: leave it out");
+        }
+    });
+    return Command::with(options, run);
+}
+
+}  // namespace
+
+const Command MAP_COMMAND{.name = "map",
+                          .summary = "Map points between a channel and the layout, or write the map of its picture",
+                          .addTo = addTo};

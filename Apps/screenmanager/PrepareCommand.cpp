@@ -1,19 +1,15 @@
-#include "PrepareCommand.h"
-
 #include "Common/ExceptionCause.h"
 #include "Common/QuotedText.h"
 #include "Configuration/XMLConfigFile.h"
-#include "Console.h"
+#include "DisplayFile.h"
 #include "DisplayReport/ProjectorRun.h"
-#include "ExitCode.h"
-#include "FailureReport.h"
 #include "ProgressMeter.h"
-#include "ProjectorReport.h"
+#include "Projectors.h"
 
 #include <algorithm>
 #include <array>
 #include <exception>
-#include <memory>
+#include <iterator>
 
 namespace {
 
@@ -31,6 +27,12 @@ struct State {
 constexpr std::array<State, 3> STATES{{{"black", "black", ProjectorNeed::BLACK, IChannelManager::Black},
                                        {"gray50", "half grey", ProjectorNeed::GRAY50, IChannelManager::Gray50},
                                        {"clear", "their input", ProjectorNeed::CLEAR, IChannelManager::Clear}}};
+
+struct Options : DeviceOptions {
+    std::string file;      ///< the configuration, which is not changed
+    std::string state;     ///< the name of one of `STATES`
+    bool offline = false;  ///< virtual projectors in place of those that are not ready
+};
 
 const State& stateNamed(const std::string& name) {
     return *std::find_if(STATES.begin(), STATES.end() - 1, [&](const State& state) { return name == state.name; });
@@ -63,9 +65,9 @@ void printSummary(ProjectorRun& run, const State& state) {
 }
 
 /// False when a projector failed, which has been reported then.
-bool send(ProjectorRun& run, const State& state, const PrepareCommand::Options& options) {
+bool send(ProjectorRun& run, const State& state, const Options& options) {
     const auto total = static_cast<std::size_t>(run.channels().getNumberOfChannels());
-    ProgressMeter progress(options.devices.talkative(), "sending to projectors");
+    ProgressMeter progress(options.isTalkative(), "sending to projectors");
     run.setObserver([&](const CommandRecord&) { progress.update(std::min(run.records().size(), total), total); });
     bool complete = false;
     std::exception_ptr fault;
@@ -91,11 +93,10 @@ bool send(ProjectorRun& run, const State& state, const PrepareCommand::Options& 
     return complete;
 }
 
-int prepare(XMLConfigFile& config, const State& state, const PrepareCommand::Options& options) {
-    DeviceManager devices(options.devices.settings());
-    ProgressMeter progress(options.devices.talkative(), "asking projectors");
-    ProjectorRun run(config, devices, state.need,
-                     [&progress](std::size_t done, std::size_t total) { progress.update(done, total); });
+int prepare(XMLConfigFile& config, const State& state, const Options& options) {
+    DeviceManager devices(options.settings());
+    ProgressMeter progress(options.isTalkative(), "asking projectors");
+    ProjectorRun run(config, devices, state.need, progress.callback());
     progress.end();
     if (reportNone(run.findings(), options.file)) {
         return EXIT_INCOMPLETE;
@@ -104,11 +105,11 @@ int prepare(XMLConfigFile& config, const State& state, const PrepareCommand::Opt
         return EXIT_INPUT;
     }
     const bool replace = options.offline && !run.complete();
-    if (!replace || options.devices.talkative()) {
+    if (!replace || options.isTalkative()) {
         reportUnusable(run.findings(), replace);
     }
     if (!run.complete() && !replace) {
-        Console::say("error: nothing was sent; mend this, or let virtual projectors stand in with --offline");
+        Console::error("nothing was sent; mend this, or let virtual projectors stand in with --offline");
         return EXIT_INCOMPLETE;
     }
     try {
@@ -121,27 +122,27 @@ int prepare(XMLConfigFile& config, const State& state, const PrepareCommand::Opt
         return EXIT_INCOMPLETE;
     }
     printSummary(run, state);
-    return finishOutput();
+    return Console::finishOutput();
+}
+
+int run(const Options& options) {
+    const auto config = DisplayFile::read(options.file);
+    return config ? prepare(*config, stateNamed(options.state), options) : EXIT_INPUT;
+}
+
+Command::Run addTo(CLI::App& line) {
+    const auto options = std::make_shared<Options>();
+    std::vector<std::string> names;
+    std::transform(STATES.begin(), STATES.end(), std::back_inserter(names),
+                   [](const State& state) { return state.name; });
+    addDisplayFile(line, options->file);
+    line.add_option("STATE", options->state, "black, gray50 or clear")->required()->check(CLI::IsMember(names));
+    line.add_flag("--offline", options->offline, "Put virtual projectors in place of those that are not ready");
+    addTimeout(line, *options);
+    return Command::with(options, run);
 }
 
 }  // namespace
 
-std::vector<std::string> PrepareCommand::states() {
-    std::vector<std::string> names;
-    names.reserve(STATES.size());
-    for (const State& state : STATES) {
-        names.emplace_back(state.name);
-    }
-    return names;
-}
-
-int PrepareCommand::run(const Options& options) {
-    std::unique_ptr<XMLConfigFile> config;
-    try {
-        config = XMLConfigFile::load(options.file);
-    } catch (...) {
-        reportConfigurationFailure(options.file, std::current_exception());
-        return EXIT_INPUT;
-    }
-    return prepare(*config, stateNamed(options.state), options);
-}
+const Command PREPARE_COMMAND{
+    .name = "prepare", .summary = "Make every projector show black, half grey or its input; or none", .addTo = addTo};

@@ -21,6 +21,11 @@ public:
     /// `done` of `total` equal pieces are done.
     void update(std::size_t done, std::size_t total);
 
+    /// `update` as a function to be passed on, which the meter must outlive.
+    [[nodiscard]] auto callback() {
+        return [this](std::size_t done, std::size_t total) { update(done, total); };
+    }
+
     /// Erases the line; nothing is shown afterwards.
     void end();
 

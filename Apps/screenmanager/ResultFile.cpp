@@ -107,7 +107,7 @@ bool ResultFile::open() {
             buffer = m_whole.get();
         }
         if (buffer == nullptr) {
-            Console::say("error: " + m_path + " cannot be written");
+            Console::error(m_path + " cannot be written");
             return false;
         }
         m_stream = std::make_unique<std::ostream>(buffer);
@@ -130,13 +130,27 @@ bool ResultFile::commit() {
             return true;
         }
         if (!isTaken) {
-            Console::say("error: " + (m_path.empty() ? "standard output" : m_path) + " cannot be written");
+            Console::error((m_path.empty() ? "standard output" : m_path) + " cannot be written");
         }
         return isTaken;
     } catch (...) {
         reportFailure(m_path, std::current_exception());
         return false;
     }
+}
+
+bool ResultFile::write(const std::string& path, const std::function<void(std::ostream&)>& writer) {
+    ResultFile result(path);
+    if (!result.open()) {
+        return false;
+    }
+    try {
+        writer(result.stream());
+    } catch (...) {
+        reportFailure(path, std::current_exception());
+        return false;
+    }
+    return result.commit();
 }
 
 bool ResultFile::isSameFile(const std::string& a, const std::string& b) {
@@ -160,7 +174,7 @@ bool ResultFile::replacesInput(const std::string& path, const XMLConfigManager& 
         }
     }
     if (!what.empty()) {
-        Console::say("error: " + path + " is " + what + ": name another file with --output");
+        Console::error(path + " is " + what + ": name another file with --output");
     }
     return !what.empty();
 }

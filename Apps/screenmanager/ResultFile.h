@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <streambuf>
@@ -10,10 +11,7 @@ class XMLConfigManager;
 /// Where a command writes its result: standard output, a file that is replaced as a whole or not at all, or what
 /// cannot be replaced, such as a pipe, which is written through.
 ///
-///     ResultFile result(options.output);
-///     if (!result.open()) { return EXIT_OUTPUT; }
-///     result.stream() << ...;
-///     return result.commit() ? EXIT_ALL_RIGHT : EXIT_OUTPUT;
+///     if (!ResultFile::write(options.output, [&](std::ostream& out) { out << ...; })) { return EXIT_OUTPUT; }
 class ResultFile {
 public:
     /// @param path UTF-8; empty for standard output
@@ -31,6 +29,9 @@ public:
     /// Puts a file in its place; without it the old one stays. False when not everything could be written, which has
     /// been reported then.
     [[nodiscard]] bool commit();
+
+    /// Writes a whole result. False when that failed, which has been reported then.
+    [[nodiscard]] static bool write(const std::string& path, const std::function<void(std::ostream&)>& writer);
 
     /// True when writing there would replace a file that the display is described by; reported then.
     [[nodiscard]] static bool replacesInput(const std::string& path, const XMLConfigManager& config,

@@ -1,12 +1,8 @@
-#include "TargetsCommand.h"
-
-#include "Console.h"
+#include "Command.h"
 #include "DisplayFile.h"
 #include "DisplayReport/TargetPlacer.h"
 #include "DisplayReport/TargetSummary.h"
 #include "DisplayReport/TargetWriter.h"
-#include "ExitCode.h"
-#include "FailureReport.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
@@ -16,31 +12,14 @@ namespace {
 
 using namespace Veltrani::DisplayReport;
 
-TargetSurvey placeTargets(const XMLConfigFile& config, const TargetsCommand::Options& options) {
-    ProgressMeter progress(options.verbosity != Verbosity::QUIET, "placing targets, channel");
-    return TargetPlacer(options.plan,
-                        [&progress](std::size_t done, std::size_t total) { progress.update(done, total); })
-        .place(config);
-}
+struct Options : CommandOptions {
+    std::string file;            ///< the configuration
+    std::string format = "csv";  ///< one of `TargetWriter::formats`
+    std::string output;          ///< file to write; empty for standard output
+    TargetPlan plan;
+};
 
-/// False when the result cannot be written, which has been reported then.
-bool writeTargets(const TargetSurvey& survey, const TargetsCommand::Options& options) {
-    ResultFile result(options.output);
-    if (!result.open()) {
-        return false;
-    }
-    try {
-        TargetWriter::ofFormat(options.format)->write(survey, result.stream());
-    } catch (...) {
-        reportFailure(options.output, std::current_exception());
-        return false;
-    }
-    return result.commit();
-}
-
-}  // namespace
-
-int TargetsCommand::run(const Options& options) {
+int run(const Options& options) {
     const auto config = DisplayFile::read(options.file);
     if (!config) {
         return EXIT_INPUT;
@@ -51,14 +30,33 @@ int TargetsCommand::run(const Options& options) {
     if (!DisplayFile::buildScreen(*config, options.file, options.verbosity)) {
         return EXIT_INPUT;
     }
-    const TargetSurvey survey = placeTargets(*config, options);
-    if (!writeTargets(survey, options)) {
+    ProgressMeter progress(options.isTalkative(), "placing targets, channel");
+    const TargetSurvey survey = TargetPlacer(options.plan, progress.callback()).place(*config);
+    progress.end();
+    const auto writer = TargetWriter::ofFormat(options.format);
+    if (!ResultFile::write(options.output, [&](std::ostream& out) { writer->write(survey, out); })) {
         return EXIT_OUTPUT;
     }
-    if (options.verbosity != Verbosity::QUIET) {
+    if (options.isTalkative()) {
         std::ostringstream summary;
         printSummary(survey, summary);
         Console::sayLines(summary.str());
     }
     return survey.complete() && !survey.channels.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
+
+Command::Run addTo(CLI::App& line) {
+    const auto options = std::make_shared<Options>();
+    addDisplayFile(line, options->file);
+    line.add_option("--format", options->format, "csv (default), json or ply")
+        ->check(CLI::IsMember(TargetWriter::formats()))
+        ->type_name("FORMAT");
+    addOutput(line, options->output);
+    addPlan(line, options->plan);
+    return Command::with(options, run);
+}
+
+}  // namespace
+
+const Command TARGETS_COMMAND{
+    .name = "targets", .summary = "Place a grid of targets and an outline for every channel", .addTo = addTo};

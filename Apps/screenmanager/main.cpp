@@ -1,13 +1,49 @@
 #include "CommandLine.h"
-#include "EndingSignals.h"
+#include "Common/AtomicFile.h"
 #include "FailureReport.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
 
+#include <signal.h>
+
 #include <exception>
 
+namespace {
+
+/// The signals that end the program while it may be writing a file:
+/// by a user or another program, by an output that nobody reads any more, and by the limits of the shell. Those of a
+/// broken program are left alone, and SIGKILL cannot be handled: after these the next run removes what is left.
+constexpr int ENDING[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU, SIGXFSZ};
+
+/// Calls nothing but what a handler may call. The handler is gone when it runs (SA_RESETHAND): the signal that is
+/// raised takes its usual effect as soon as this returns.
+extern "C" void endBySignal(int signal) {
+    Veltrani::AtomicFile::removeTemporaryFiles();
+    ::raise(signal);
+}
+
+/// Each of the signals removes the temporary files first; then the program ends as if nobody had handled it, so that
+/// the shell learns of it. One that the program was started to ignore, as `nohup` does with SIGHUP, stays ignored. To
+/// be called before anything is written.
+void handleEndingSignals() {
+    for (const int signal : ENDING) {
+        struct sigaction action {};
+        if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) {
+            continue;
+        }
+        action = {};
+        action.sa_handler = endBySignal;
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        // No other signal interrupts the handler.
+        ::sigfillset(&action.sa_mask);
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    EndingSignals::handle();
+    handleEndingSignals();
     try {
         CommandLine commandLine;
         try {

@@ -31,6 +31,17 @@ TEST(CommandLine, HelpNamesEveryCommandAndExitsWithZero) {
     EXPECT_EQ(run.errors, "");
 }
 
+TEST(CommandLine, AMisspeltCommandIsAnsweredWithAllThatThereAre) {
+    const std::vector<std::string> commands = commandsOfTheProgram();
+    ASSERT_GE(commands.size(), 10U);
+    std::string names = commands.front();
+    for (std::size_t i = 1; i < commands.size(); ++i) {
+        names += (i + 1 == commands.size() ? " or " : ", ") + commands[i];
+    }
+    EXPECT_EQ(runScreenManager({"chek"}).errors,
+              "\"chek\" is not a command: " + names + ". Run with --help for more.\n");
+}
+
 TEST(CommandLine, EachCommandHasItsHelp) {
     EXPECT_THAT(runScreenManager({"targets", "--help"}).output, HasSubstr("COLUMNSxROWS"));
     EXPECT_EQ(runScreenManager({"check", "--help"}).exitCode, 0);

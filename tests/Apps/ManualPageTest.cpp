@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <regex>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -43,6 +45,31 @@ TEST(ManualPage, ShowsNothingButCommandsAsExamples) {
     }
     EXPECT_FALSE(isExample);
     EXPECT_GE(commands, 8);
+}
+
+/// The plain words in bold that begin a line of a section, each once, in their order.
+/// @param onlyHeads those of its paragraphs alone
+std::vector<std::string> boldWords(const std::string& section, bool onlyHeads) {
+    static const std::regex WORD("\\.BI? ([a-z]+).*");
+    std::ifstream page(sourceFolder() + "/docs/screenmanager.1");
+    std::vector<std::string> words;
+    bool isInside = false;
+    std::smatch match;
+    for (std::string line, before; std::getline(page, line); before = line) {
+        isInside = line.starts_with(".SH ") ? line == ".SH " + section : isInside;
+        if (isInside && (before == ".TP" || !onlyHeads) && std::regex_match(line, match, WORD) &&
+            match[1] != "screenmanager" && std::find(words.begin(), words.end(), match[1]) == words.end()) {
+            words.push_back(match[1]);
+        }
+    }
+    return words;
+}
+
+TEST(ManualPage, ListsTheCommandsOfTheHelpInTheirOrder) {
+    const std::vector<std::string> commands = commandsOfTheProgram();
+    ASSERT_GE(commands.size(), 10U);
+    EXPECT_EQ(boldWords("SYNOPSIS", false), commands);
+    EXPECT_EQ(boldWords("COMMANDS", true), commands);
 }
 
 TEST(ManualPage, NamesEveryOptionOfTheHelp) {

@@ -1,0 +1,136 @@
+#include "ColumnsByRows.h"
+#include "Command.h"
+#include "DisplayFile.h"
+#include "DisplayReport/DrawingWriter.h"
+#include "DisplayReport/SceneCamera.h"
+#include "DisplayReport/SceneCollector.h"
+#include "DisplayReport/ScenePage.h"
+#include "DisplayReport/ScenePainter.h"
+#include "DisplayReport/TargetPlacer.h"
+#include "ProgressMeter.h"
+#include "ResultFile.h"
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+
+/// Bounds of the sides of a picture, pixels: smaller ones have no room for the list of channels, larger ones none in
+/// the memory of small machines.
+constexpr int SMALLEST = 200;
+constexpr int LARGEST = 8000;
+constexpr long long MOST_PIXELS = 32'000'000;
+
+struct Options : CommandOptions {
+    std::string file;    ///< the configuration
+    std::string output;  ///< file to write; empty for standard output
+    TargetPlan plan;
+};
+
+struct PictureOptions : Options {
+    std::string format;              ///< "png" or "svg"; empty: as the output is named, else "png"
+    std::string view = "home";       ///< one of `SceneCamera::views`
+    ColumnsByRows size{1600, 1000};  ///< of the picture, pixels
+};
+
+/// Null when the configuration cannot be read or the output would replace a file of it, which has been reported then;
+/// `code` says which.
+std::unique_ptr<XMLConfigFile> readInput(const Options& options, ExitCode& code) {
+    auto config = DisplayFile::read(options.file);
+    if (!config) {
+        code = EXIT_INPUT;
+    } else if (ResultFile::replacesInput(options.output, *config, options.file)) {
+        code = EXIT_USAGE;
+        config.reset();
+    }
+    return config;
+}
+
+/// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded
+/// is missing in the scene, whose notes say so; they are shown on standard error too, unless quiet.
+DisplayScene collectScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits) {
+    const std::vector<Fault> faults = DisplayFile::loadScreen(config, options.verbosity);
+    ProgressMeter progress(options.isTalkative(), "placing targets, channel");
+    const TargetSurvey survey = TargetPlacer(options.plan, progress.callback()).place(config);
+    DisplayScene scene = SceneCollector(limits).collect(options.file, config, survey, faults);
+    progress.end();
+    if (options.isTalkative()) {
+        for (const std::string& note : scene.notes) {
+            Console::say("note: " + note);
+        }
+    }
+    return scene;
+}
+
+int runView(const Options& options) {
+    ExitCode fault = EXIT_ALL_RIGHT;
+    const auto config = readInput(options, fault);
+    if (!config) {
+        return fault;
+    }
+    const DisplayScene scene = collectScene(*config, options, {});
+    if (!ResultFile::write(options.output, [&](std::ostream& out) { ScenePage::write(scene, out); })) {
+        return EXIT_OUTPUT;
+    }
+    return scene.complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
+}
+
+Command::Run addView(CLI::App& line) {
+    const auto options = std::make_shared<Options>();
+    addDisplayFile(line, options->file);
+    addOutput(line, options->output, "Page to write instead of standard output (HTML)");
+    addPlan(line, options->plan);
+    return Command::with(options, runView);
+}
+
+std::string formatOf(const PictureOptions& options) {
+    if (!options.format.empty()) {
+        return options.format;
+    }
+    return options.output.ends_with(".svg") || options.output.ends_with(".SVG") ? "svg" : "png";
+}
+
+int runPicture(const PictureOptions& options) {
+    ExitCode fault = EXIT_ALL_RIGHT;
+    const auto config = readInput(options, fault);
+    if (!config) {
+        return fault;
+    }
+    const auto writer = DrawingWriter::ofFormat(formatOf(options));
+    const DisplayScene scene = collectScene(*config, options, writer->limits());
+    const Drawing drawing = ScenePainter(options.view, options.size.columns, options.size.rows).paint(scene);
+    if (!ResultFile::write(options.output, [&](std::ostream& out) { writer->write(drawing, out); })) {
+        return EXIT_OUTPUT;
+    }
+    return scene.complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
+}
+
+Command::Run addPicture(CLI::App& line) {
+    const auto options = std::make_shared<PictureOptions>();
+    addDisplayFile(line, options->file);
+    addOutput(line, options->output);
+    line.add_option("--format", options->format, "png or svg (default: as FILE is named, else png)")
+        ->check(CLI::IsMember(DrawingWriter::formats()))
+        ->type_name("FORMAT");
+    line.add_option("--view", options->view, "Where to look from: home (default), front, side or top")
+        ->check(CLI::IsMember(SceneCamera::views()))
+        ->type_name("VIEW");
+    addGridOption(line,
+                  {.name = "--size",
+                   .help = "Of the picture in pixels (default 1600x1000)",
+                   .form = "WIDTHxHEIGHT",
+                   .example = "1600x1000",
+                   .things = "pixels",
+                   .fewest = SMALLEST,
+                   .most = LARGEST,
+                   .mostTogether = MOST_PIXELS},
+                  [target = options.get()](const ColumnsByRows& size) { target->size = size; });
+    addPlan(line, options->plan);
+    return Command::with(options, runPicture);
+}
+
+}  // namespace
+
+const Command VIEW_COMMAND{
+    .name = "view", .summary = "Write a page that shows the display in three dimensions", .addTo = addView};
+
+const Command PICTURE_COMMAND{.name = "picture", .summary = "Draw a still of the display", .addTo = addPicture};
