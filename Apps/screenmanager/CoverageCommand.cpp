@@ -1,10 +1,8 @@
 #include "Command.h"
 #include "ConsoleLog.h"
 #include "DisplayFile.h"
-#include "DisplayReport/CoveragePrinter.h"
 #include "DisplayReport/CoverageSurvey.h"
-#include "DisplayReport/JsonCoverageWriter.h"
-#include "DisplayReport/PlyCoverageWriter.h"
+#include "DisplayReport/CoverageWriter.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
@@ -33,18 +31,16 @@ CoverageReport measure(const XMLConfigFile& config, std::vector<CoveredPiece>& p
 }
 
 bool writeReport(const CoverageReport& report, const Options& options) {
-    return ResultFile::write(options.output, [&](std::ostream& out) {
-        if (options.isJson) {
-            JsonCoverageWriter::write(report, out);
-        } else {
-            print(report, out);
-        }
-    });
+    const auto writer = CoverageWriter::ofFormat(options.isJson ? "json" : "text");
+    return ResultFile::write(options.output, [&](std::ostream& out) { writer->write(report, {}, out); });
 }
 
 bool writeSurface(const CoverageReport& report, const std::vector<CoveredPiece>& pieces, const Options& options) {
-    return options.ply.empty() || !report.fault.empty() ||
-           ResultFile::write(options.ply, [&](std::ostream& out) { PlyCoverageWriter::write(report, pieces, out); });
+    if (options.ply.empty() || !report.fault.empty()) {
+        return true;
+    }
+    const auto writer = CoverageWriter::ofFormat("ply");
+    return ResultFile::write(options.ply, [&](std::ostream& out) { writer->write(report, pieces, out); });
 }
 
 /// True when a file would be written twice, or an input would be replaced; reported then.

@@ -11,7 +11,7 @@ namespace Veltrani::DisplayReport {
 
 struct Drawing;
 
-/// Writes drawings in one file format. A new format is a class, a header and a line in `DrawingWriter.cpp`.
+/// Writes drawings in one file format. A new format is a class and a line in `DrawingWriter.cpp`.
 class DrawingWriter {
 public:
     virtual ~DrawingWriter() = default;

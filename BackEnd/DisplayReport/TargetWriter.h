@@ -9,7 +9,7 @@ namespace Veltrani::DisplayReport {
 
 struct TargetSurvey;
 
-/// Writes targets in one file format. A new format is a class, a header and a line in `TargetWriter.cpp`.
+/// Writes targets in one file format. A new format is a class and a line in `TargetWriter.cpp`.
 class TargetWriter {
 public:
     virtual ~TargetWriter() = default;

@@ -9,7 +9,7 @@ namespace Veltrani::DisplayReport {
 
 class PictureWarp;
 
-/// Writes a warp in one file format. A new format is a class, a header and a line in `WarpWriter.cpp`.
+/// Writes a warp in one file format. A new format is a class and a line in `WarpWriter.cpp`.
 class WarpWriter {
 public:
     virtual ~WarpWriter() = default;

@@ -1,4 +1,4 @@
-#include "DisplayReport/CoveragePrinter.h"
+#include "DisplayReport/CoverageWriter.h"
 
 #include "CoverageReports.h"
 
@@ -12,7 +12,7 @@ using namespace Veltrani::DisplayReport;
 
 std::string printed(const CoverageReport& report) {
     std::ostringstream out;
-    print(report, out);
+    CoverageWriter::ofFormat("text")->write(report, {}, out);
     return out.str();
 }
 
@@ -61,6 +61,16 @@ TEST(CoveragePrinter, ChannelsThatDoNotOverlapAreSaidNotTo) {
     CoverageReport report = sampleCoverage();
     report.overlaps.clear();
     EXPECT_NE(printed(report).find("\nno two channels overlap\n"), std::string::npos);
+}
+
+TEST(CoverageWriter, MakesAWriterForEachOfItsFormatsAndForNoOther) {
+    EXPECT_EQ(CoverageWriter::formats(), (std::vector<std::string>{"text", "json", "ply"}));
+    for (const std::string& format : CoverageWriter::formats()) {
+        ASSERT_NE(CoverageWriter::ofFormat(format), nullptr) << format;
+        EXPECT_EQ(CoverageWriter::ofFormat(format)->showsPieces(), format == "ply");
+    }
+    EXPECT_EQ(CoverageWriter::ofFormat("JSON"), nullptr);
+    EXPECT_EQ(CoverageWriter::ofFormat(""), nullptr);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include "DisplayReport/PictureWarp.h"
 #include "DisplayReport/ScreenLoader.h"
 #include "DisplayReport/TargetPlacer.h"
-#include "DisplayReport/WarpMeshWriter.h"
+#include "DisplayReport/WarpWriter.h"
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
@@ -175,7 +175,7 @@ TEST_F(ExampleMaps, AWarpOfAMapFileReadsBackAsTheMapFile) {
                                                       {2 * 8 + 1, 3 * 5 + 1});
         EXPECT_EQ(warp.missed(), 0U);
         std::ostringstream text;
-        WarpMeshWriter().write(warp, text);
+        WarpWriter::ofFormat("mesh")->write(warp, text);
         const CustomPlanarScreenToChannelMap written(Veltrani::fromUtf8(folder.write("written.map", text.str())),
                                                      nullptr);
         const CustomPlanarScreenToChannelMap original(

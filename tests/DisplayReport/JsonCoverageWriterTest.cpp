@@ -1,4 +1,4 @@
-#include "DisplayReport/JsonCoverageWriter.h"
+#include "DisplayReport/CoverageWriter.h"
 
 #include "CoverageReports.h"
 
@@ -14,7 +14,7 @@ using namespace Veltrani::DisplayReport;
 
 nlohmann::json written(const CoverageReport& report) {
     std::ostringstream out;
-    JsonCoverageWriter::write(report, out);
+    CoverageWriter::ofFormat("json")->write(report, {}, out);
     return nlohmann::json::parse(out.str());
 }
 

@@ -1,4 +1,4 @@
-#include "DisplayReport/PfmWarpWriter.h"
+#include "DisplayReport/WarpWriter.h"
 
 #include "DisplayReport/PictureWarp.h"
 
@@ -13,7 +13,7 @@ using namespace Veltrani::DisplayReport;
 TEST(PfmWarpWriter, WritesLittleEndianNumbersFromTheBottomUp) {
     const PictureWarp warp({1, 2}, 1, 2, {{{0.5, 1}, true}, {}});
     std::ostringstream out;
-    PfmWarpWriter().write(warp, out);
+    WarpWriter::ofFormat("pfm")->write(warp, out);
     // 0.5 is 3f000000, 1 is 3f800000, -1 is bf800000.
     const std::string expected = std::string("PF\n1 2\n-1.0\n") +
                                  std::string("\0\0\0\x3f\0\0\x80\x3f\0\0\x80\x3f", 12) +
@@ -24,7 +24,7 @@ TEST(PfmWarpWriter, WritesLittleEndianNumbersFromTheBottomUp) {
 TEST(PfmWarpWriter, RowsFollowOneAnother) {
     const PictureWarp warp({3, 2}, 3, 2, std::vector<WarpSample>(6));
     std::ostringstream out;
-    PfmWarpWriter().write(warp, out);
+    WarpWriter::ofFormat("pfm")->write(warp, out);
     EXPECT_EQ(out.str().size(), std::string("PF\n3 2\n-1.0\n").size() + 6 * 3 * 4);
 }
 

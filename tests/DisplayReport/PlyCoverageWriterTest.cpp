@@ -1,4 +1,4 @@
-#include "DisplayReport/PlyCoverageWriter.h"
+#include "DisplayReport/CoverageWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ std::string written(const std::vector<CoveredPiece>& pieces, const std::string& 
     CoverageReport report;
     report.unit = unit;
     std::ostringstream out;
-    PlyCoverageWriter::write(report, pieces, out);
+    CoverageWriter::ofFormat("ply")->write(report, pieces, out);
     return out.str();
 }
 

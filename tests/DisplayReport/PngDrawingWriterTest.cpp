@@ -1,4 +1,4 @@
-#include "DisplayReport/PngDrawingWriter.h"
+#include "DisplayReport/DrawingWriter.h"
 
 #include "DisplayReport/Drawing.h"
 #include "DisplayReport/DrawingRaster.h"
@@ -18,7 +18,7 @@ using namespace Veltrani::DisplayReport;
 TEST(PngDrawingWriter, TheFileHoldsThePixelsOfTheDrawing) {
     const Drawing drawing = ScenePainter("home", 320, 200).paint(scenes::wall());
     std::ostringstream out;
-    PngDrawingWriter().write(drawing, out);
+    DrawingWriter::ofFormat("png")->write(drawing, out);
     const PngImage image = PngImage::read(out.str());
     EXPECT_EQ(image.width, 320U);
     EXPECT_EQ(image.height, 200U);
@@ -27,7 +27,7 @@ TEST(PngDrawingWriter, TheFileHoldsThePixelsOfTheDrawing) {
 
 TEST(PngDrawingWriter, ADrawingWithoutAPixelIsRefused) {
     std::ostringstream out;
-    EXPECT_THROW(PngDrawingWriter().write({}, out), std::runtime_error);
+    EXPECT_THROW(DrawingWriter::ofFormat("png")->write({}, out), std::runtime_error);
     EXPECT_EQ(out.str(), "");
 }
 

@@ -1,4 +1,4 @@
-#include "DisplayReport/PngWarpWriter.h"
+#include "DisplayReport/WarpWriter.h"
 
 #include "DisplayReport/PictureWarp.h"
 
@@ -28,7 +28,7 @@ struct Picture {
 
 Picture pictureOf(const PictureWarp& warp) {
     std::ostringstream out;
-    PngWarpWriter().write(warp, out);
+    WarpWriter::ofFormat("png")->write(warp, out);
     const std::string text = out.str();
     png_image image{};
     image.version = PNG_IMAGE_VERSION;

@@ -1,4 +1,4 @@
-#include "DisplayReport/SvgDrawingWriter.h"
+#include "DisplayReport/DrawingWriter.h"
 
 #include "DisplayReport/Drawing.h"
 #include "DisplayReport/ScenePainter.h"
@@ -18,7 +18,7 @@ using testing::StartsWith;
 
 std::string svgOf(const Drawing& drawing) {
     std::ostringstream out;
-    SvgDrawingWriter().write(drawing, out);
+    DrawingWriter::ofFormat("svg")->write(drawing, out);
     return out.str();
 }
 

@@ -1,4 +1,4 @@
-#include "DisplayReport/WarpMeshWriter.h"
+#include "DisplayReport/WarpWriter.h"
 
 #include "Common/Utf8.h"
 #include "DisplayReport/PictureWarp.h"
@@ -18,7 +18,7 @@ using P2 = Point<double, 2>;
 
 std::string written(const PictureWarp& warp) {
     std::ostringstream out;
-    WarpMeshWriter().write(warp, out);
+    WarpWriter::ofFormat("mesh")->write(warp, out);
     return out.str();
 }
 
