@@ -40,8 +40,7 @@ public:
         }
     }
 
-    void measure(const ScreenSampling& screen, const ScreenCoverage::Take& take,
-                 const ScreenCoverage::Progress& progress) {
+    void measure(const ScreenSampling& screen, const ScreenCoverage::Take& take, const Progress& progress) {
         std::vector<LandingExtent> extents;
         for (const auto& light : m_lights) {
             extents.push_back(LandingExtent::of(*light));

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "DisplayReport/CoverageReport.h"
+#include "DisplayReport/Progress.h"
 
-#include <cstddef>
-#include <functional>
 #include <vector>
 
 class XMLConfigManager;
@@ -20,9 +19,7 @@ namespace Veltrani::DisplayReport {
 /// asked.
 class CoverageSurvey {
 public:
-    /// Told how far the work is, in equal pieces.
-    using Progress = std::function<void(std::size_t done, std::size_t total)>;
-
+    /// @param progress called with steps of about equal length
     explicit CoverageSurvey(Progress progress = {});
 
     /// Hands out the pieces of the surface, too; they take some 80 bytes each.

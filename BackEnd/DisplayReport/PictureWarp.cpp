@@ -41,7 +41,7 @@ void requireRoom(std::size_t columns, std::size_t rows) {
 }
 
 std::vector<WarpSample> samplesAt(LayoutMapper& map, const InputProjection& input, const Places& across,
-                                  const Places& upwards, const PictureWarp::Progress& progress) {
+                                  const Places& upwards, const Progress& progress) {
     std::vector<WarpSample> samples;
     samples.reserve(across.size() * upwards.size());
     std::vector<Point<double, 2>> picture(across.size());
@@ -66,7 +66,7 @@ std::vector<WarpSample> samplesAt(LayoutMapper& map, const InputProjection& inpu
 }
 
 PictureWarp warpAt(LayoutMapper& map, const InputProjection& input, const Point<int, 2>& pixels, const Places& across,
-                   const Places& upwards, const PictureWarp::Progress& progress) {
+                   const Places& upwards, const Progress& progress) {
     return {pixels, across.size(), upwards.size(), samplesAt(map, input, across, upwards, progress)};
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "DisplayReport/Progress.h"
 
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,14 +24,12 @@ struct WarpSample {
 /// place in the middle of each.
 class PictureWarp {
 public:
-    /// Told before each row how many are done, of how many; once more at the end.
-    using Progress = std::function<void(std::size_t done, std::size_t total)>;
-
     /// Keeps the memory for a warp within a gigabyte: more than the pixels of an 8K picture.
     static constexpr std::size_t MOST_SAMPLES = 40'000'000;
 
     /// @param pixels width and height of the picture
     /// @param nodes columns and rows, two or more each; from corner to corner of every pixel it is `pixels` plus one.
+    /// @param progress called before each row, and once more at the end
     /// Throws `VeltraniException` for more than `MOST_SAMPLES`, and what the map throws.
     [[nodiscard]] static PictureWarp atNodes(LayoutMapper& map, const InputProjection& input,
                                              const Point<int, 2>& pixels, const Point<int, 2>& nodes,

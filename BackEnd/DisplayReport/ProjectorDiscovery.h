@@ -2,10 +2,10 @@
 
 #include "DeviceFramework2/DeviceManager.h"
 #include "DeviceFramework2/MacAddress.h"
+#include "DisplayReport/Progress.h"
 
 #include <chrono>
 #include <cstddef>
-#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -43,9 +43,7 @@ struct DiscoveryLimits {
 /// after another.
 class ProjectorDiscovery {
 public:
-    /// Called with how many projectors are done, of how many are asked: at the beginning and whenever one is.
-    using Progress = std::function<void(std::size_t done, std::size_t total)>;
-
+    /// @param progress called at the beginning and whenever a projector is done
     explicit ProjectorDiscovery(DeviceFramework2::DeviceManager::Settings settings, Progress progress = {},
                                 DiscoveryLimits limits = {});
 

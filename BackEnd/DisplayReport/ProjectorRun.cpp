@@ -8,7 +8,7 @@
 namespace Veltrani::DisplayReport {
 
 ProjectorRun::ProjectorRun(XMLConfigManager& config, DeviceFramework2::DeviceManager& devices, ProjectorNeed need,
-                           const ProjectorSurvey::Progress& progress)
+                           const Progress& progress)
     : m_config(config), m_devices(devices, ProjectorSurvey(need, progress).run(config, devices)) {}
 
 ProjectorRun::~ProjectorRun() = default;

@@ -28,7 +28,7 @@ class ProjectorRun {
 public:
     /// Asks every projector. The configuration and the manager must outlive this.
     ProjectorRun(XMLConfigManager& config, DeviceFramework2::DeviceManager& devices, ProjectorNeed need,
-                 const ProjectorSurvey::Progress& progress = {});
+                 const Progress& progress = {});
     ~ProjectorRun();
     ProjectorRun(const ProjectorRun&) = delete;
     ProjectorRun& operator=(const ProjectorRun&) = delete;

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "DisplayReport/Progress.h"
 #include "DisplayReport/ProjectorFinding.h"
 
-#include <cstddef>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,9 +29,7 @@ enum class ProjectorNeed {
 /// needed. Changes nothing on any of them, and one that does not do keeps none of the others from being asked.
 class ProjectorSurvey {
 public:
-    /// Called with how many projectors are done, of how many: at the beginning and whenever one is.
-    using Progress = std::function<void(std::size_t done, std::size_t total)>;
-
+    /// @param progress called at the beginning and whenever a projector is done
     explicit ProjectorSurvey(ProjectorNeed need, Progress progress = {});
 
     /// One finding per entry, in configuration order. An entry with the identity or the address of an earlier one is

@@ -5,9 +5,8 @@
 #include "DisplayReport/LightCutter.h"
 #include "DisplayReport/PictureBox.h"
 #include "DisplayReport/PitchHints.h"
+#include "DisplayReport/Progress.h"
 
-#include <cstddef>
-#include <functional>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -22,8 +21,6 @@ class ScreenSampling;
 struct ScreenCoverage {
     /// Receives every piece of the surface and the channels that light it.
     using Take = LightCutter::Take;
-    /// Told how many of how many triangles are done.
-    using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
     double area = 0;                              ///< of the screen: the sum of `byCount`
     std::vector<double> byCount;                  ///< lit by 0, 1, ... channels; one more than there are channels
@@ -34,6 +31,7 @@ struct ScreenCoverage {
 
     /// @param lights at most `MOST_CHANNELS`, none null
     /// @param extents where the light of each channel is to be looked for more closely, as many as `lights`
+    /// @param progress counts the triangles of the surface
     [[nodiscard]] static ScreenCoverage of(const ScreenSampling& screen, const ChannelLights& lights,
                                            const std::vector<LandingExtent>& extents, const Take& take = {},
                                            const Progress& progress = {});

@@ -1,10 +1,8 @@
 #pragma once
 
+#include "DisplayReport/Progress.h"
 #include "DisplayReport/TargetPlan.h"
 #include "DisplayReport/TargetSurvey.h"
-
-#include <cstddef>
-#include <functional>
 
 class ProjectorConfig;
 class TargetLocator;
@@ -19,9 +17,7 @@ namespace Veltrani::DisplayReport {
 /// The locators are those of the `TargetLocatorManager`: the kind of target data of the configuration decides.
 class TargetPlacer {
 public:
-    /// Told before each channel how many are done, of how many; once more at the end.
-    using Progress = std::function<void(std::size_t done, std::size_t total)>;
-
+    /// @param progress called before each channel, and once more at the end
     explicit TargetPlacer(const TargetPlan& plan, Progress progress = {});
 
     /// The screen must have been built. A channel without a locator, or none of whose targets lies on the screen, says
