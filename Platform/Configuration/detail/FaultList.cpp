@@ -11,7 +11,7 @@ namespace Veltrani {
 
 namespace {
 
-std::string lineOf(const std::string& document, const FaultList::Fault& fault) {
+std::string lineOf(const std::string& document, const FileFault& fault) {
     return onOneLine(concatenated({document, ":", std::to_string(fault.line), ": <", fault.element, ">: found ",
                                    fault.found, ", expected ", fault.expected, "; ", fault.remedy}));
 }
@@ -20,19 +20,20 @@ std::string lineOf(const std::string& document, const FaultList::Fault& fault) {
 
 FaultList::FaultList(std::string documentName) : m_documentName(std::move(documentName)) {}
 
-void FaultList::add(Fault fault) {
+void FaultList::add(Kind kind, FileFault fault) {
     ++m_count;
-    m_hasStructureFault = m_hasStructureFault || fault.kind == Kind::Structure;
+    m_hasStructureFault = m_hasStructureFault || kind == Kind::Structure;
     if (m_faults.size() < MOST_FAULTS_SHOWN) {
         m_faults.push_back(std::move(fault));
     }
 }
 
 std::wstring FaultList::message() const {
-    std::vector<Fault> ordered = m_faults;
-    std::stable_sort(ordered.begin(), ordered.end(), [](const Fault& a, const Fault& b) { return a.line < b.line; });
+    std::vector<FileFault> ordered = m_faults;
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const FileFault& a, const FileFault& b) { return a.line < b.line; });
     std::string text;
-    for (const Fault& fault : ordered) {
+    for (const FileFault& fault : ordered) {
         text += text.empty() ? "" : "\n";
         text += lineOf(m_documentName, fault);
     }

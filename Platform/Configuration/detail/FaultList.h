@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Common/FileFault.h"
+
 #include <cstddef>
 #include <initializer_list>
 #include <string>
@@ -16,19 +18,11 @@ public:
         Meaning,    ///< well formed, but the values contradict each other or cannot be represented
     };
 
-    struct Fault {
-        Kind kind = Kind::Structure;
-        int line = 0;  ///< first line is 1
-        std::string element;
-        std::string found;
-        std::string expected;
-        std::string remedy;
-    };
-
     /// @param documentName stands before the line of every fault, usually the path; UTF-8
     explicit FaultList(std::string documentName);
 
-    void add(Fault fault);
+    /// @param fault with the plain name of an element
+    void add(Kind kind, FileFault fault);
 
     [[nodiscard]] bool empty() const { return m_count == 0; }
     /// How many faults were added, the ones beyond the limit of the message included.
@@ -47,7 +41,7 @@ public:
 
 private:
     std::string m_documentName;
-    std::vector<Fault> m_faults;
+    std::vector<FileFault> m_faults;
     std::size_t m_count = 0;
     bool m_hasStructureFault = false;
 };

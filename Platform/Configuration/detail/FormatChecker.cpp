@@ -186,9 +186,9 @@ void FormatChecker::checkStrayText(const xmlNode* element, const xmlNode* node) 
     const auto linesBehind = node->type == XML_TEXT_NODE
                                  ? std::count(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), '\n')
                                  : 0;
-    m_faults.add({Kind::Structure, std::max(Xml::lineOf(node) - static_cast<int>(linesBehind), Xml::lineOf(element)),
-                  std::string(Xml::view(element->name)), "the text " + inQuotes(text.substr(first)), "elements only",
-                  "remove the text or make it a comment"});
+    m_faults.add(Kind::Structure, {std::max(Xml::lineOf(node) - static_cast<int>(linesBehind), Xml::lineOf(element)),
+                                   std::string(Xml::view(element->name)), "the text " + inQuotes(text.substr(first)),
+                                   "elements only", "remove the text or make it a comment"});
 }
 
 void FormatChecker::checkChild(const xmlNode* child, const std::vector<ChildRule>& rules, std::vector<int>& counts) {
@@ -225,8 +225,8 @@ void FormatChecker::checkCounts(const xmlNode* element, const std::vector<ChildR
 
 void FormatChecker::add(FaultList::Kind kind, const xmlNode* at, std::string found, std::string expected,
                         std::string remedy) {
-    m_faults.add({kind, Xml::lineOf(at), std::string(Xml::view(at->name)), std::move(found), std::move(expected),
-                  std::move(remedy)});
+    m_faults.add(kind, {Xml::lineOf(at), std::string(Xml::view(at->name)), std::move(found), std::move(expected),
+                        std::move(remedy)});
 }
 
 }  // namespace Veltrani

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Common/HardenedXml.h"
 #include "Configuration/detail/FaultList.h"
 
 #include <libxml/tree.h>
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -32,10 +32,7 @@ public:
     static constexpr std::size_t LARGEST_BYTES = std::size_t{32} * 1024 * 1024;
 
 private:
-    struct Free {
-        void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-    };
-    std::unique_ptr<xmlDoc, Free> m_document;
+    HardenedXml::Tree m_document;
 };
 
 }  // namespace Veltrani

@@ -4,8 +4,6 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/MacAddress.h"
 
-#include <libxml/parser.h>
-
 #include <algorithm>
 #include <new>
 
@@ -16,43 +14,13 @@ namespace {
 /// Characters of a found value that a message shows.
 constexpr std::size_t LONGEST_QUOTATION = 40;
 
-struct ParserFault {
-    int line = 0;
-    std::string text;
-    bool isOutOfMemory = false;
-};
-
-using Parser = std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)>;
-
-ParserFault& faultOf(void* context) {
-    return *static_cast<ParserFault*>(static_cast<xmlParserCtxt*>(context)->_private);
-}
-
-void keepFirstFault(void* context, xmlErrorPtr error) {
-    ParserFault& fault = faultOf(context);
-    // Behind a fault of the text it is only how the parser gives up, for instance on a value that is too long.
-    fault.isOutOfMemory = fault.isOutOfMemory || (fault.text.empty() && error->code == XML_ERR_NO_MEMORY);
-    if (fault.text.empty() && error->level >= XML_ERR_ERROR && error->domain != XML_FROM_NAMESPACE) {
-        fault.line = error->line;
-        fault.text = error->message != nullptr ? error->message : "not readable";
-        fault.text.erase(fault.text.find_last_not_of('\n') + 1);
-    }
-}
-
-/// Called where a document type begins, before any of its declarations is read.
-void refuseDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-    auto* parser = static_cast<xmlParserCtxt*>(context);
-    faultOf(context) = {xmlSAX2GetLineNumber(parser), "a document type is not allowed", false};
-    xmlStopParser(parser);
-}
-
-std::wstring faultText(const ParserFault& fault) {
-    return L"line " + std::to_wstring(fault.line) + L": " + fromUtf8OrBytes(fault.text);
+std::wstring faultText(const HardenedXml::FirstFault& fault) {
+    return L"line " + std::to_wstring(fault.line()) + L": " + fromUtf8OrBytes(fault.text());
 }
 
 }  // namespace
 
-XmlSnippet::XmlSnippet(const std::wstring& text) : m_name(nameOf(text)), m_document(nullptr, &xmlFreeDoc) {
+XmlSnippet::XmlSnippet(const std::wstring& text) : m_name(nameOf(text)) {
     const std::string bytes = toUtf8(text);
     if (text.find_first_not_of(L" \t\r\n") == std::wstring::npos) {
         fail(L"it is empty: the entry names no device");
@@ -63,20 +31,9 @@ XmlSnippet::XmlSnippet(const std::wstring& text) : m_name(nameOf(text)), m_docum
     if (bytes.size() > LONGEST_SNIPPET) {
         fail(L"it is longer than " + std::to_wstring(LONGEST_SNIPPET) + L" bytes");
     }
-    ParserFault fault;
-    const Parser parser(xmlNewParserCtxt(), &xmlFreeParserCtxt);
-    if (!parser) {
-        throw std::bad_alloc();
-    }
-    parser->_private = &fault;
-    parser->sax->serror = &keepFirstFault;
-    parser->sax->internalSubset = &refuseDocumentType;
-    m_document.reset(xmlCtxtReadMemory(parser.get(), bytes.data(), static_cast<int>(bytes.size()), nullptr, "UTF-8",
-                                       XML_PARSE_NONET | XML_PARSE_IGNORE_ENC));
-    if (fault.isOutOfMemory) {
-        throw std::bad_alloc();
-    }
-    if (!m_document || root() == nullptr || !fault.text.empty()) {
+    HardenedXml::FirstFault fault(true);
+    m_document = HardenedXml::read(bytes, {.isUtf8 = true}, fault);
+    if (!m_document || root() == nullptr || !fault.text().empty()) {
         fail(faultText(fault));
     }
 }

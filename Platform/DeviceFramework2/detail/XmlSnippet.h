@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Common/HardenedXml.h"
+
 #include <libxml/tree.h>
 
 #include <map>
-#include <memory>
 #include <string>
 
 namespace Veltrani::DeviceFramework2 {
@@ -43,7 +44,7 @@ public:
 
 private:
     std::wstring m_name;
-    std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> m_document;
+    HardenedXml::Tree m_document;
 };
 
 }  // namespace Veltrani::DeviceFramework2

@@ -1,10 +1,9 @@
 #include "KelvoControl/detail/CalibrationXml.h"
 
 #include "Common/FileFault.h"
+#include "Common/HardenedXml.h"
 #include "Common/QuotedText.h"
 
-#include <libxml/SAX2.h>
-#include <libxml/parser.h>
 #include <libxml/tree.h>
 
 #include <algorithm>
@@ -19,39 +18,6 @@ namespace {
 constexpr const char* ROOT = "opencv_storage";
 constexpr const char* REMEDY = "write the calibration file again";
 constexpr std::string_view BLANKS = " \t\r\n";
-// Nothing is fetched, and lines count beyond 65535.
-constexpr int OPTIONS = XML_PARSE_NONET | XML_PARSE_BIG_LINES;
-
-struct ParserFault {
-    int line = 0;
-    std::string text;
-    bool isOutOfMemory = false;
-};
-
-using Parser = std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)>;
-using Document = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
-
-ParserFault& faultOf(void* context) {
-    return *static_cast<ParserFault*>(static_cast<xmlParserCtxt*>(context)->_private);
-}
-
-void keepFirstFault(void* context, xmlErrorPtr error) {
-    ParserFault& fault = faultOf(context);
-    // Behind a fault of the text it is only how the parser gives up, for instance on a value that is too long.
-    fault.isOutOfMemory = fault.isOutOfMemory || (fault.text.empty() && error->code == XML_ERR_NO_MEMORY);
-    if (fault.text.empty() && error->level >= XML_ERR_ERROR) {
-        fault.line = std::max(error->line, 1);
-        fault.text = error->message != nullptr ? error->message : "not readable";
-        fault.text.erase(fault.text.find_last_not_of(BLANKS) + 1);
-    }
-}
-
-/// Called where a document type begins, before any of its declarations is read.
-void refuseDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
-    auto* const parser = static_cast<xmlParserCtxt*>(context);
-    faultOf(context) = {xmlSAX2GetLineNumber(parser), "a document type is not allowed", false};
-    xmlStopParser(parser);
-}
 
 int lineOf(const xmlNode* node) {
     return static_cast<int>(std::max(xmlGetLineNo(node), 1L));
@@ -189,23 +155,12 @@ private:
 }  // namespace
 
 CalibrationContent calibrationFromXml(std::string_view text, const std::string& document) {
-    ParserFault fault;
-    const Parser parser(xmlNewParserCtxt(), &xmlFreeParserCtxt);
-    if (parser == nullptr) {
-        throw std::bad_alloc();
-    }
-    parser->_private = &fault;
-    parser->sax->serror = &keepFirstFault;
-    parser->sax->internalSubset = &refuseDocumentType;
-    const Document tree(
-        xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, OPTIONS),
-        &xmlFreeDoc);
-    if (fault.isOutOfMemory) {
-        throw std::bad_alloc();
-    }
-    if (!fault.text.empty()) {
-        Veltrani::throwFault(document, {fault.line, "text", "broken XML (" + Veltrani::inQuotes(fault.text) + ")",
-                                        "XML as OpenCV writes it", REMEDY});
+    Veltrani::HardenedXml::FirstFault fault(false);
+    const Veltrani::HardenedXml::Tree tree = Veltrani::HardenedXml::read(text, {}, fault);
+    if (!fault.text().empty()) {
+        Veltrani::throwFault(
+            document, {std::max(fault.line(), 1), "text", "broken XML (" + Veltrani::inQuotes(fault.text()) + ")",
+                       "XML as OpenCV writes it", REMEDY});
     }
     if (tree == nullptr || xmlDocGetRootElement(tree.get()) == nullptr) {
         throw std::bad_alloc();  // the only failure that the parser does not report
