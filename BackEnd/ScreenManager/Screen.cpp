@@ -11,7 +11,6 @@
 
 #include <cmath>
 #include <new>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -248,9 +247,7 @@ std::shared_ptr<ScreenGeometry> Screen::createMeshScreen(const std::wstring& pat
         return {};
     }
     auto mesh = std::make_shared<OBJScreen>(param1, param2, scale);
-    // Moved in: a mesh file is large, and the screen reads it in place.
-    std::istringstream text(std::move(bytes));
-    mesh->deserialize(text);
+    mesh->read(bytes, hash);
     if (!mesh->isValid()) {
         setReason(reason, mesh->mesh().triangles.empty() ? NO_FACES : NO_AREA);
         return {};

@@ -93,7 +93,8 @@ OBJScreen::OBJScreen(std::wstring up, std::wstring forward, float scale)
     : m_up(std::move(up)), m_forward(std::move(forward)), m_scale(scale) {}
 
 void OBJScreen::deserialize(std::istream& text) {
-    const Matrix<double, 3> world_from_file = widened(getTransformMatrix(m_up, m_forward, m_scale));
+    // Axes that make no transform are reported before a stream that cannot be read, and leave it untouched.
+    static_cast<void>(getTransformMatrix(m_up, m_forward, m_scale));
     if (text.fail() || text.rdbuf() == nullptr) {
         throw VeltraniException(__FILE__, __LINE__, L"The screen file cannot be read: its stream has failed");
     }
@@ -104,14 +105,18 @@ void OBJScreen::deserialize(std::istream& text) {
         bytes = copy;
     }
     text.setstate(std::ios_base::eofbit);
+    KelvoScreenDetail::Sha1 sha1;
+    sha1.addBytes(bytes->data(), bytes->size());
+    read(*bytes, sha1.finish());
+}
 
-    TriangleMesh mesh = ObjReader::read(*bytes);
+void OBJScreen::read(std::string_view bytes, const std::array<unsigned char, 20>& hash) {
+    const Matrix<double, 3> world_from_file = widened(getTransformMatrix(m_up, m_forward, m_scale));
+    TriangleMesh mesh = ObjReader::read(bytes);
     for (Point<double, 3>& vertex : mesh.vertices) {
         vertex = world_from_file * vertex;
     }
-    KelvoScreenDetail::Sha1 sha1;
-    sha1.addBytes(bytes->data(), bytes->size());
-    setMesh(std::move(mesh), sha1.finish());
+    setMesh(std::move(mesh), hash);
 }
 
 void OBJScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {

@@ -3,8 +3,10 @@
 #include "Common/Matrix.h"
 #include "KelvoScreen/MeshScreen.h"
 
+#include <array>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 /// A mesh screen read from OBJ text.
 class OBJScreen : public MeshScreen {
@@ -22,6 +24,10 @@ public:
     /// axes or a scale that make no transform (see `getTransformMatrix`); the mesh is unchanged then. A string stream
     /// is read in place, without a copy of its text.
     void deserialize(std::istream& text);
+
+    /// The same for a text whose bytes are in memory and have been hashed already.
+    /// @param hash of the bytes, see `calcUniqueDataHash`; held as it is
+    void read(std::string_view bytes, const std::array<unsigned char, 20>& hash);
 
     void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
     [[nodiscard]] std::size_t raysAtOnce() const override;

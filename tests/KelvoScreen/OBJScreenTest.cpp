@@ -208,6 +208,22 @@ TEST(OBJScreen, HashesTheBytesAndNothingElse) {
     }
 }
 
+TEST(OBJScreen, ReadsBytesInMemoryAsAStreamOfThemAndKeepsTheHashThatComesWithThem) {
+    const std::array<unsigned char, 20> hash{1, 2, 3};
+    OBJScreen fromStream(L"Y", L"Z", 2.0F);
+    load(fromStream, SQUARE);
+    OBJScreen fromBytes(L"Y", L"Z", 2.0F);
+    fromBytes.read(SQUARE, hash);
+    EXPECT_TRUE(fromBytes.isValid());
+    EXPECT_EQ(fromBytes.mesh().vertices, fromStream.mesh().vertices);
+    EXPECT_EQ(fromBytes.mesh().textureCoordinates, fromStream.mesh().textureCoordinates);
+    EXPECT_EQ(fromBytes.getUniqueDataHash(), hash);
+    EXPECT_THROW(fromBytes.read(SQUARE + "f 1 2 5\n", {}), ObjLoadException);
+    EXPECT_EQ(fromBytes.getUniqueDataHash(), hash);
+    OBJScreen parallel(L"Y", L"-Y", 1.0F);
+    EXPECT_THROW(parallel.read(SQUARE, hash), VeltraniException);
+}
+
 TEST(OBJScreen, ATextWithoutFacesIsNoFaultButNotValid) {
     OBJScreen screen = plainScreen();
     load(screen, TRIANGLE);
