@@ -1,5 +1,6 @@
 #include "DisplayReport/MeshThinner.h"
 
+#include "Common/Finite.h"
 #include "DisplayReport/Extent.h"
 
 #include <algorithm>
@@ -26,10 +27,6 @@ constexpr double WIDENING = 1.2;
 constexpr double INSIDE = -1;
 /// Bits of a cell's number per axis: three fit one number of 64 bits, with one to spare.
 constexpr unsigned AXIS_BITS = 21;
-
-bool isFinite(const P3& point) {
-    return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
-}
 
 /// The places that a picture can hold together with most of a mesh.
 class Neighbourhood {

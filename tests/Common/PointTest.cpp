@@ -1,5 +1,7 @@
 #include "Common/Point.h"
 
+#include "Common/Finite.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -68,6 +70,20 @@ TEST(Point, CrossProductIsRightHanded) {
 
 TEST(Point, NormIsTheLength) {
     EXPECT_EQ(norm(P3{2.0, 3.0, 6.0}), 7.0);
+}
+
+TEST(Point, IsFiniteWhileNoComponentIsInfiniteOrNaN) {
+    EXPECT_TRUE(isFinite(Point<double, 3>{0, -0.0, std::numeric_limits<double>::max()}));
+    EXPECT_TRUE(isFinite(Point<double, 2>{std::numeric_limits<double>::denorm_min(), 1}));
+    for (const double odd : {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+                             std::numeric_limits<double>::quiet_NaN()}) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            Point<double, 3> point{1, 2, 3};
+            point[i] = odd;
+            EXPECT_FALSE(isFinite(point)) << odd << " at " << i;
+        }
+        EXPECT_FALSE(isFinite(Point<double, 2>{1, odd})) << odd;
+    }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "KelvoControl/detail/LensModel.h"
 
+#include "Common/Finite.h"
 #include "Common/VeltraniException.h"
 
 #include <cmath>
@@ -69,14 +70,6 @@ bool LensModel::project(const Point<double, 3>& layoutPoint, Point<int, 2>& pixe
     }
     pixel = rounded;
     return true;
-}
-
-bool isFinite(const Point<double, 2>& point) {
-    return std::isfinite(point[0]) && std::isfinite(point[1]);
-}
-
-bool isFinite(const Point<double, 3>& point) {
-    return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
 }
 
 void requireExtents(const Viewport& viewport, const std::wstring& name) {

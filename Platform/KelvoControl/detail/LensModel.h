@@ -40,10 +40,6 @@ private:
     Matrix<double, 3> m_projectorFromWorld;
 };
 
-/// True when no component is infinite or NaN.
-[[nodiscard]] bool isFinite(const Point<double, 2>& point);
-[[nodiscard]] bool isFinite(const Point<double, 3>& point);
-
 /// Throws `VeltraniException` when the viewport's extents are not finite or span nothing: for the lenses that use them.
 void requireExtents(const Viewport& viewport, const std::wstring& name);
 

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <cmath>
+#include <cstddef>
+
+/// True when no component is infinite or NaN.
+template <std::size_t N>
+[[nodiscard]] bool isFinite(const Point<double, N>& point) {
+    for (std::size_t i = 0; i < N; ++i) {
+        if (!std::isfinite(point[i])) {
+            return false;
+        }
+    }
+    return true;
+}
