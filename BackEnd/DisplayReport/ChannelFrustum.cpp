@@ -1,5 +1,6 @@
 #include "DisplayReport/ChannelFrustum.h"
 
+#include "Common/Finite.h"
 #include "Common/Matrix.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
@@ -30,10 +31,6 @@ using Polyline = std::vector<P3>;
 constexpr std::size_t RIM_SAMPLES = 16;
 /// Cells along each side of the part of the mirror that a channel uses.
 constexpr std::size_t MIRROR_CELLS = 12;
-
-bool isFinite(const P3& point) {
-    return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
-}
 
 /// The rays through points of a picture, (0, 0) at the bottom left corner, (1, 1) at the top right one.
 class PictureRays {

@@ -1,5 +1,6 @@
 #include "DisplayReport/LayoutMapper.h"
 
+#include "Common/Finite.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/LocatorSource.h"
@@ -12,15 +13,6 @@
 namespace Veltrani::DisplayReport {
 
 namespace {
-
-template <std::size_t N>
-bool isFinite(const Point<double, N>& point) {
-    bool finite = true;
-    for (std::size_t i = 0; i < N; ++i) {
-        finite = finite && std::isfinite(point[i]);
-    }
-    return finite;
-}
 
 void requireRectangle(const ChannelChoice& channel) {
     const ProjectorConfig& projector = *channel.projector;
