@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -132,7 +133,6 @@ int ChannelManager::getChannelIndexByID(const std::wstring& projectorConfigId) c
 
 std::vector<int> ChannelManager::getChannelInputs() {
     std::vector<int> inputs;
-    inputs.reserve(m_channels.size());
     for (const std::shared_ptr<Channel>& channel : m_channels) {
         AbstractDevice* const device = getDeviceRefactor(channel->getChannelId());
         inputs.push_back(askDevice<GetActiveInputSignalIndex>(device).value_or(NO_INPUT));
@@ -234,19 +234,15 @@ void ChannelManager::setupProjectorState(ProjectorState state) {
 
 std::vector<Channel::ProjectorId> ChannelManager::getDisplayDeviceIds() const {
     std::vector<Channel::ProjectorId> ids;
-    ids.reserve(m_channels.size());
-    for (const std::shared_ptr<Channel>& channel : m_channels) {
-        ids.push_back(channel->getProjectorId());
-    }
+    std::transform(m_channels.begin(), m_channels.end(), std::back_inserter(ids),
+                   [](const auto& channel) { return channel->getProjectorId(); });
     return ids;
 }
 
 std::vector<Channel> ChannelManager::getChannels() const {
     std::vector<Channel> copies;
-    copies.reserve(m_channels.size());
-    for (const std::shared_ptr<Channel>& channel : m_channels) {
-        copies.push_back(*channel);
-    }
+    std::transform(m_channels.begin(), m_channels.end(), std::back_inserter(copies),
+                   [](const auto& channel) { return *channel; });
     return copies;
 }
 

@@ -1,75 +1,132 @@
 #include "Layers.h"
 
-#include <array>
+#include <algorithm>
 #include <regex>
 #include <sstream>
-#include <string_view>
 
 namespace layers {
 
 namespace {
 
-struct Layer {
-    std::string_view library;  ///< first folder of an included name
-    std::array<std::string_view, 2> folders;
-    int level;
-};
+/// Parts of the C library and the system; every library may use them, no exported header does.
+const std::vector<std::string_view> SYSTEM{"arpa",    "dlfcn.h", "emmintrin.h", "fcntl.h",  "ifaddrs.h", "net",
+                                           "netdb.h", "netinet", "poll.h",      "signal.h", "sys",       "unistd.h"};
 
-// Inside Platform the libraries stand in the order in which they may use each other.
-constexpr std::array<Layer, 9> LAYERS{{{"Common", {"Common/", "include/Common/"}, 10},
-                                       {"Configuration", {"Platform/Configuration/", ""}, 20},
-                                       {"DravixDiagnostics", {"Platform/DravixDiagnostics/", ""}, 21},
-                                       {"DeviceFramework2", {"Platform/DeviceFramework2/", ""}, 22},
-                                       {"KelvoScreen", {"Platform/KelvoScreen/", ""}, 23},
-                                       {"KelvoControl", {"Platform/KelvoControl/", ""}, 24},
-                                       {"ScreenManager", {"BackEnd/ScreenManager/", "include/ScreenManager/"}, 30},
-                                       {"DisplayReport", {"BackEnd/DisplayReport/", ""}, 40},
-                                       {"screenmanager", {"Apps/screenmanager/", ""}, 50}}};
-
-}  // namespace
-
-int ofFile(const std::string& path) {
-    for (const Layer& layer : LAYERS) {
-        for (const std::string_view folder : layer.folders) {
-            if (!folder.empty() && path.starts_with(folder)) {
-                return layer.level;
-            }
-        }
-    }
-    return -1;
+bool contains(const std::vector<std::string_view>& names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-int ofInclude(const std::string& name) {
-    for (const Layer& layer : LAYERS) {
-        if (name.starts_with(std::string(layer.library) + "/")) {
-            return layer.level;
-        }
-    }
-    return -1;
+/// The first folder of a name, or all of it.
+std::string topOf(const std::string& name) {
+    return name.substr(0, name.find('/'));
 }
 
-std::vector<std::string> quotedIncludes(const std::string& text) {
-    static const std::regex INCLUDE(R"re(^\s*#\s*include\s*"([^"]+)")re");
+const Library* named(const std::string& name) {
+    const auto found =
+        std::find_if(all().begin(), all().end(), [&name](const Library& library) { return library.name == name; });
+    return found == all().end() ? nullptr : &*found;
+}
+
+/// Headers of the C++ library have neither folder nor extension.
+bool isOfTheLanguage(const std::string& name) {
+    return name.find_first_of("/.") == std::string::npos;
+}
+
+std::vector<std::string> matches(const std::string& text, const std::regex& include) {
     std::vector<std::string> names;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
         std::smatch match;
-        if (std::regex_search(line, match, INCLUDE)) {
+        if (std::regex_search(line, match, include)) {
             names.push_back(match[1]);
         }
     }
     return names;
 }
 
-std::vector<std::string> upwardIncludes(const std::string& path, const std::string& text) {
+}  // namespace
+
+const std::vector<Library>& all() {
+    static const std::vector<Library> LIBRARIES{
+        {"Common", {"Common/", "include/Common/"}, {}, {"libxml", "log4cxx", "utf8.h"}, {"log4cxx"}},
+        {"Configuration", {"Platform/Configuration/"}, {"Common"}, {"libxml", "utf8.h"}, {}},
+        {"DravixDiagnostics", {"Platform/DravixDiagnostics/"}, {"Common"}, {}, {}},
+        {"DeviceFramework2", {"Platform/DeviceFramework2/"}, {"Common"}, {"libxml", "openssl"}, {}},
+        {"KelvoScreen", {"Platform/KelvoScreen/"}, {"Common", "Configuration"}, {"Eigen", "embree3", "openssl"}, {}},
+        {"KelvoControl",
+         {"Platform/KelvoControl/"},
+         {"Common", "Configuration", "DeviceFramework2", "DravixDiagnostics", "KelvoScreen"},
+         {"libxml", "yaml.h"},
+         {}},
+        {"ScreenManager",
+         {"BackEnd/ScreenManager/", "include/ScreenManager/"},
+         {"Common", "Configuration", "DeviceFramework2", "DravixDiagnostics", "KelvoControl", "KelvoScreen"},
+         {"Eigen", "log4cxx", "pcl"},
+         {"log4cxx"}},
+        {"DisplayReport",
+         {"BackEnd/DisplayReport/"},
+         {"Common", "Configuration", "DeviceFramework2", "KelvoControl", "KelvoScreen", "ScreenManager"},
+         {"nanoflann.hpp", "nlohmann", "openssl", "pcl", "png.h"},
+         {}},
+        {"screenmanager",
+         {"Apps/screenmanager/"},
+         {"Common", "Configuration", "DeviceFramework2", "DisplayReport", "ScreenManager"},
+         {"CLI", "log4cxx"},
+         {}}};
+    return LIBRARIES;
+}
+
+const Library* ofFile(const std::string& path) {
+    for (const Library& library : all()) {
+        for (const std::string_view folder : library.folders) {
+            if (path.starts_with(folder)) {
+                return &library;
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool isExported(const std::string& path) {
+    return (path.starts_with("include/") || path.starts_with("Platform/")) && path.ends_with(".h") &&
+           path.find("/detail/") == std::string::npos;
+}
+
+std::vector<std::string> quotedIncludes(const std::string& text) {
+    static const std::regex INCLUDE(R"re(^\s*#\s*include\s*"([^"]+)")re");
+    return matches(text, INCLUDE);
+}
+
+std::vector<std::string> systemIncludes(const std::string& text) {
+    static const std::regex INCLUDE(R"re(^\s*#\s*include\s*<([^>]+)>)re");
+    return matches(text, INCLUDE);
+}
+
+std::vector<std::string> faultsOf(const std::string& path, const std::string& text) {
     std::vector<std::string> faults;
-    const int own = ofFile(path);
-    if (own < 0) {
+    const Library* const own = ofFile(path);
+    if (own == nullptr) {
         return faults;
     }
+    const bool exported = isExported(path);
     for (const std::string& name : quotedIncludes(text)) {
-        if (ofInclude(name) > own) {
-            faults.push_back(path + " includes " + name + ", which stands above it");
+        const Library* const used = named(topOf(name));
+        const bool isForeign = used != nullptr && used != own;
+        const bool isPrivate = name.find("/detail/") != std::string::npos;
+        if (isForeign && !contains(own->mayUse, used->name)) {
+            faults.push_back(path + " includes " + name + ", which " + std::string(own->name) + " may not use");
+        }
+        if (isPrivate && (isForeign || exported)) {
+            faults.push_back(path + " includes " + name + ", which is private");
+        }
+    }
+    for (const std::string& name : systemIncludes(text)) {
+        const std::string package = topOf(name);
+        const bool isAllowed =
+            exported ? contains(own->exports, package) : contains(own->packages, package) || contains(SYSTEM, package);
+        if (!isOfTheLanguage(name) && !isAllowed) {
+            faults.push_back(path + " includes <" + name + ">, which " +
+                             (exported ? "is private" : std::string(own->name) + " may not use"));
         }
     }
     return faults;

@@ -1,23 +1,37 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-/// The layers of the source tree and the direction in which they may include each other.
+/// The libraries of the source tree, which of each other and which packages from outside they may include.
 namespace layers {
 
-/// The layer of a source file, by its path in the repository: the higher the number, the higher the layer. -1 for files
-/// that belong to none (tests, benchmarks, examples).
-int ofFile(const std::string& path);
+struct Library {
+    std::string_view name;                   ///< first folder of an included name
+    std::vector<std::string_view> folders;   ///< in the repository
+    std::vector<std::string_view> mayUse;    ///< other libraries
+    std::vector<std::string_view> packages;  ///< first parts of names in angle brackets, such as "libxml"
+    std::vector<std::string_view> exports;   ///< of these packages: those that its exported headers may include
+};
 
-/// The layer of an included name such as "Common/Point.h"; -1 for a name of no layer (system, third party, same
-/// folder).
-int ofInclude(const std::string& name);
+/// From the lowest library to the highest: each may use only such that stand before it.
+const std::vector<Library>& all();
+
+/// The library of a source file, by its path in the repository; null for files of none (tests, benchmarks, examples).
+const Library* ofFile(const std::string& path);
+
+/// True for headers that are installed: those of `include/` and `Platform/`, without folders named "detail".
+bool isExported(const std::string& path);
 
 /// The names in the `#include "..."` lines of a text.
 std::vector<std::string> quotedIncludes(const std::string& text);
 
-/// One line for every include of `text` that points upwards.
-std::vector<std::string> upwardIncludes(const std::string& path, const std::string& text);
+/// The names in the `#include <...>` lines of a text.
+std::vector<std::string> systemIncludes(const std::string& text);
+
+/// One line for every include of a file that the table does not allow: another library, a folder named "detail" of
+/// another library or in an exported header, a package from outside.
+std::vector<std::string> faultsOf(const std::string& path, const std::string& text);
 
 }  // namespace layers
