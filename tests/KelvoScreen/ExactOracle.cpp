@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstddef>
 #include <initializer_list>
+#include <tuple>
+#include <utility>
 
 namespace oracle {
 
@@ -135,6 +137,29 @@ Fraction area(const Point<Fraction, 2>& a, const Point<Fraction, 2>& b, const Po
     return (b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0]);
 }
 
+using Weights = std::array<Fraction, 3>;
+using FlatTriangle = std::array<Point<Fraction, 2>, 3>;
+
+/// The weights of the place on the edges that is nearest: the nearest of three segments. The second is its distance.
+std::pair<Weights, double> weightsOnEdges(const FlatTriangle& corners, const Point<Fraction, 2>& point) {
+    Weights weights;
+    Fraction smallest = -1;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::size_t next = (i + 1) % 3;
+        const Point<Fraction, 2> along = corners[next] - corners[i];
+        const Fraction position =
+            std::clamp<Fraction>(dot(point - corners[i], along) / dot(along, along), Fraction(0), Fraction(1));
+        const Point<Fraction, 2> away = corners[i] + position * along - point;
+        if (smallest < 0 || dot(away, away) < smallest) {
+            smallest = dot(away, away);
+            weights = {};
+            weights[i] = 1 - position;
+            weights[next] = position;
+        }
+    }
+    return {weights, std::sqrt(static_cast<double>(smallest))};
+}
+
 }  // namespace
 
 bool isNearLine(const Vector& from, const Vector& to, const Vector& point, double bound) {
@@ -192,21 +217,29 @@ double exactArea(const Point<double, 2>& a, const Point<double, 2>& b, const Poi
     return static_cast<double>(area(fractions(a), fractions(b), fractions(c)));
 }
 
-Vector exactlyMapped(const std::array<Point<double, 2>, 3>& texture, const Triangle& triangle,
-                     const Point<double, 2>& st) {
-    const Point<Fraction, 2> a = fractions(texture[0]);
-    const Point<Fraction, 2> b = fractions(texture[1]);
-    const Point<Fraction, 2> c = fractions(texture[2]);
+double exactProjection(const Point<double, 2>& a, const Point<double, 2>& b, const Point<double, 2>& c) {
+    const Point<Fraction, 2> start = fractions(a);
+    return static_cast<double>(dot(fractions(b) - start, fractions(c) - start));
+}
+
+MappedPlace exactlyMapped(const std::array<Point<double, 2>, 3>& texture, const Triangle& triangle,
+                          const Point<double, 2>& st) {
+    const FlatTriangle corners{fractions(texture[0]), fractions(texture[1]), fractions(texture[2])};
+    const auto& [a, b, c] = corners;
     const Point<Fraction, 2> p = fractions(st);
     const Fraction whole = area(a, b, c);
-    const std::array<Fraction, 3> weights{area(p, b, c) / whole, area(p, c, a) / whole, area(p, a, b) / whole};
-    Vector mapped;
+    Weights weights{area(p, b, c) / whole, area(p, c, a) / whole, area(p, a, b) / whole};
+    MappedPlace mapped;
+    mapped.isInside = weights[0] >= 0 && weights[1] >= 0 && weights[2] >= 0;
+    if (!mapped.isInside) {
+        std::tie(weights, mapped.distance) = weightsOnEdges(corners, p);
+    }
     for (std::size_t k = 0; k < 3; ++k) {
         Fraction sum = 0;
         for (std::size_t i = 0; i < 3; ++i) {
             sum += weights[i] * fraction(triangle[i][k]);
         }
-        mapped[k] = static_cast<double>(sum);
+        mapped.point[k] = static_cast<double>(sum);
     }
     return mapped;
 }

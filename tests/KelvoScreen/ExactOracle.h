@@ -31,8 +31,18 @@ using Triangle = std::array<Point<double, 3>, 3>;
 /// (b - a) x (c - a) in the plane, rounded once.
 [[nodiscard]] double exactArea(const Point<double, 2>& a, const Point<double, 2>& b, const Point<double, 2>& c);
 
-/// The place on `triangle` that corresponds linearly to `st` on the triangle `texture`, in fractions, rounded once.
-[[nodiscard]] Point<double, 3> exactlyMapped(const std::array<Point<double, 2>, 3>& texture, const Triangle& triangle,
-                                             const Point<double, 2>& st);
+/// (b - a) . (c - a) in the plane, rounded once.
+[[nodiscard]] double exactProjection(const Point<double, 2>& a, const Point<double, 2>& b, const Point<double, 2>& c);
+
+struct MappedPlace {
+    Point<double, 3> point;
+    bool isInside = false;  ///< edges included
+    double distance = 0;    ///< of `st` from the triangle `texture`
+};
+
+/// The place on `triangle` that corresponds linearly to `st` on the triangle `texture`, or to the place on its edges
+/// that is nearest to an `st` outside; in fractions, rounded once.
+[[nodiscard]] MappedPlace exactlyMapped(const std::array<Point<double, 2>, 3>& texture, const Triangle& triangle,
+                                        const Point<double, 2>& st);
 
 }  // namespace oracle

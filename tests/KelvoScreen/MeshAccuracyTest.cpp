@@ -29,6 +29,12 @@ constexpr double NORMAL_BOUND = 2e-13;
 constexpr double NEEDLE_NORMAL_BOUND = 4 * EPSILON;
 constexpr double NEAREST_BOUND = 1e-12;
 constexpr double MAPPED_BOUND = 1e-12;
+/// Of texture triangles whose distances differ by less, relative to the largest texture coordinate, any is nearest.
+constexpr double TEXTURE_DISTANCE_BOUND = 4 * EPSILON;
+/// Heights of needles among the texture coordinates, in powers of ten: lower ones could be without area.
+constexpr double DEEPEST_TEXTURE = 14.3;
+/// Fractions take their time.
+constexpr std::size_t TEXTURE_PLACES = IS_SANITIZED ? 1'000 : 10'000;
 
 constexpr std::size_t SWEEP_HITS = IS_SANITIZED ? 50'000 : 2'000'000;
 constexpr int BUNDLES = 16;  // for each triangle, sixteen rays in each
@@ -288,54 +294,163 @@ TEST(MeshAccuracy, TheNormalAtAPointIsThatOfANearestTriangleAmongNeedles) {
     }
 }
 
-TEST(MeshAccuracy, ANeedleAmongTheTextureCoordinatesMapsExactly) {
-    oracle::Random random(711);
-    int mapped = 0;
-    for (int i = 0; i < 4'000; ++i) {
-        const double aspect = needles::anyAspect(random);
-        const double turn = random.uniform(0, 6);
-        const Point<double, 2> along{std::cos(turn), std::sin(turn)};
-        const Point<double, 2> across{-along[1], along[0]};
-        const Point<double, 2> start{random.uniform(0, 1), random.uniform(0, 1)};
-        const std::array<Point<double, 2>, 3> texture{start, start + along,
-                                                      start + random.uniform(0, 1) * along + aspect * across};
-        const oracle::Triangle corners{3.0 * random.inCube(), 3.0 * random.inCube(), 3.0 * random.inCube()};
-        TriangleMesh mesh = meshOf(corners);
-        mesh.textureCoordinates.assign(texture.begin(), texture.end());
-        mesh.textureTriangles = mesh.triangles;
-        const MeshScreen screen(mesh);
-        const double share = random.uniform(0, 1);
-        const Point<double, 2> opposite = texture[1] + share * (texture[2] - texture[1]);
-        const Point<double, 2> st = texture[0] + random.uniform(0, 1) * (opposite - texture[0]);
-        Vector point;
-        if (!screen.mapInto3D(st, point, false)) {
-            continue;  // no area but rounding
-        }
-        ++mapped;
-        const Vector expected = oracle::exactlyMapped(texture, corners, st);
-        ASSERT_TRUE(oracle::isNearTriangle(corners, point, HIT_BOUND * 3)) << "aspect " << aspect;
-        if (oracle::isNearTriangle(corners, expected, HIT_BOUND * 3)) {
-            ASSERT_LE(norm(point - expected), MAPPED_BOUND * 6) << "aspect " << aspect;
-        }
+/// A needle among the texture coordinates, in any place and position, and the triangle that it belongs to.
+struct TextureNeedle {
+    std::array<Point<double, 2>, 3> texture;
+    oracle::Triangle corners;
+};
+
+TextureNeedle anyTextureNeedle(oracle::Random& random) {
+    const double aspect = std::pow(10, -random.uniform(0, DEEPEST_TEXTURE));
+    const double turn = random.uniform(0, 6.3);
+    const Point<double, 2> along{std::cos(turn), std::sin(turn)};
+    const Point<double, 2> across{-along[1], along[0]};
+    const Point<double, 2> start{random.uniform(-1, 1), random.uniform(-1, 1)};
+    // Both ends may also have an edge as short as the needle is thin.
+    const double apex =
+        random.below(3) == 0 ? random.below(2) + random.uniform(-1, 1) * aspect : random.uniform(-0.2, 1.2);
+    TextureNeedle needle{{start, start + along, start + apex * along + aspect * across},
+                         {3.0 * random.inCube(), 3.0 * random.inCube(), 3.0 * random.inCube()}};
+    std::rotate(needle.texture.begin(), needle.texture.begin() + random.below(3), needle.texture.end());
+    if (random.below(2) == 0) {
+        std::swap(needle.texture[0], needle.texture[1]);
     }
-    EXPECT_GT(mapped, 3'500);
+    return needle;
 }
 
-TEST(MeshAccuracy, BesideANeedleOfTheTextureItsEdgeIsMapped) {
-    oracle::Random random(713);
-    for (int i = 0; i < 4'000; ++i) {
-        const double aspect = std::pow(10, -random.uniform(0, 12));
-        const std::array<Point<double, 2>, 3> texture{Point<double, 2>{0.1, 0.3}, {0.9, 0.3}, {0.4, 0.3 + aspect}};
-        const oracle::Triangle corners{3.0 * random.inCube(), 3.0 * random.inCube(), 3.0 * random.inCube()};
+/// On an edge as far as rounding leaves it there, often near a corner.
+Point<double, 2> placeOnEdge(const std::array<Point<double, 2>, 3>& texture, oracle::Random& random) {
+    const std::uint32_t corner = random.below(3);
+    const double share = random.below(3) == 0 ? std::pow(10, -random.uniform(0, 17)) : random.uniform(0, 1);
+    return texture[corner] + share * (texture[(corner + 1 + random.below(2)) % 3] - texture[corner]);
+}
+
+/// Inside or on an edge, as far as rounding leaves it there.
+Point<double, 2> placeIn(const std::array<Point<double, 2>, 3>& texture, oracle::Random& random) {
+    const Point<double, 2> onEdge = placeOnEdge(texture, random);
+    return onEdge + (random.below(4) == 0 ? 0 : random.uniform(0, 1)) * (texture[random.below(3)] - onEdge);
+}
+
+/// Up to 9e-10 from a place on an edge, in any direction.
+Point<double, 2> placeBeside(const std::array<Point<double, 2>, 3>& texture, oracle::Random& random) {
+    const double turn = random.uniform(0, 6.3);
+    return placeOnEdge(texture, random) +
+           std::pow(10, -random.uniform(9.05, 17)) * Point<double, 2>{std::cos(turn), std::sin(turn)};
+}
+
+/// The bound of a mapped point.
+double mappedBound(const oracle::Triangle& corners) {
+    const double longest =
+        std::max({norm(corners[1] - corners[0]), norm(corners[2] - corners[1]), norm(corners[0] - corners[2])});
+    return MAPPED_BOUND * longest + HIT_BOUND * needles::largestCoordinate(corners, corners[0]);
+}
+
+TEST(MeshAccuracy, ANeedleAmongTheTextureCoordinatesIsMappedAsInExactArithmetic) {
+    oracle::Random random(711);
+    std::size_t inside = 0;
+    std::size_t outside = 0;
+    for (std::size_t i = 0; i < TEXTURE_PLACES; ++i) {
+        const auto [texture, corners] = anyTextureNeedle(random);
         TriangleMesh mesh = meshOf(corners);
         mesh.textureCoordinates.assign(texture.begin(), texture.end());
         mesh.textureTriangles = mesh.triangles;
-        const double position = random.uniform(0.01, 0.99);
-        const Point<double, 2> beside{0.1 + 0.8 * position, 0.3 - random.uniform(0.1, 0.9) * 1e-9};
+        const Point<double, 2> st = i % 3 == 0 ? placeIn(texture, random) : placeBeside(texture, random);
         Vector point;
-        ASSERT_TRUE(MeshScreen(mesh).mapInto3D(beside, point, false)) << "aspect " << aspect;
-        const Vector expected = corners[0] + (beside[0] - 0.1) / 0.8 * (corners[1] - corners[0]);
-        ASSERT_LE(norm(point - expected), MAPPED_BOUND * 6) << "aspect " << aspect;
+        ASSERT_TRUE(MeshScreen(mesh).mapInto3D(st, point, false)) << "needle " << i;
+        const oracle::MappedPlace expected = oracle::exactlyMapped(texture, corners, st);
+        ++(expected.isInside ? inside : outside);
+        ASSERT_LE(norm(point - expected.point), mappedBound(corners))
+            << "needle " << i << (expected.isInside ? ", inside" : ", outside");
+    }
+    EXPECT_GT(inside, TEXTURE_PLACES * 2 / 5);
+    EXPECT_GT(outside, TEXTURE_PLACES * 3 / 10);
+}
+
+/// A needle and ordinary triangles along its three edges; the needle is the first or the last.
+struct NeedleAmongOthers {
+    TriangleMesh mesh;
+    std::array<Point<double, 2>, 3> texture;  ///< of the needle
+    oracle::Triangle corners;
+};
+
+NeedleAmongOthers anyNeedleAmongOthers(oracle::Random& random) {
+    const double aspect = std::pow(10, -random.uniform(3, DEEPEST_TEXTURE));
+    const double turn = random.uniform(0, 6.3);
+    const Point<double, 2> along{std::cos(turn), std::sin(turn)};
+    const Point<double, 2> start{random.uniform(-1, 1), random.uniform(-1, 1)};
+    NeedleAmongOthers made;
+    for (const Point<double, 2>& place :
+         {Point<double, 2>{0, 0}, {1, 0}, {random.uniform(0.1, 0.9), aspect}, {0.5, -0.5}, {0.05, 0.5}, {0.95, 0.5}}) {
+        made.mesh.textureCoordinates.push_back(start + place[0] * along +
+                                               place[1] * Point<double, 2>{-along[1], along[0]});
+        made.mesh.vertices.push_back(3.0 * random.inCube());
+    }
+    made.mesh.triangles = {{0, 1, 2}, {1, 0, 3}, {2, 4, 0}, {1, 5, 2}};
+    if (random.below(2) == 0) {
+        std::reverse(made.mesh.triangles.begin(), made.mesh.triangles.end());
+    }
+    made.mesh.textureTriangles = made.mesh.triangles;
+    for (std::size_t i = 0; i < 3; ++i) {
+        made.texture[i] = made.mesh.textureCoordinates[i];
+        made.corners[i] = made.mesh.vertices[i];
+    }
+    return made;
+}
+
+TEST(MeshAccuracy, ANeedleOfTheTextureIsNotTakenByItsNeighbours) {
+    oracle::Random random(713);
+    std::size_t inside = 0;
+    for (std::size_t i = 0; i < TEXTURE_PLACES / 2; ++i) {
+        const NeedleAmongOthers made = anyNeedleAmongOthers(random);
+        const Point<double, 2> st = placeIn(made.texture, random);
+        const oracle::MappedPlace expected = oracle::exactlyMapped(made.texture, made.corners, st);
+        if (!expected.isInside) {
+            continue;  // in a neighbour
+        }
+        ++inside;
+        Vector point;
+        ASSERT_TRUE(MeshScreen(made.mesh).mapInto3D(st, point, false)) << "needle " << i;
+        ASSERT_LE(norm(point - expected.point), mappedBound(made.corners)) << "needle " << i;
+    }
+    EXPECT_GT(inside, TEXTURE_PLACES / 6);
+}
+
+/// True when the point is that of the place nearest to `st` on a triangle of the texture that is nearest to it, as far
+/// as distances are rounded.
+bool isMappedByANearest(const TriangleMesh& mesh, const Point<double, 2>& st, const Vector& point) {
+    struct Candidate {
+        double distance;
+        bool isRight;
+    };
+    std::vector<Candidate> candidates;
+    double least = std::numeric_limits<double>::infinity();
+    for (const auto& [a, b, c] : mesh.textureTriangles) {
+        const std::array<Point<double, 2>, 3> texture{mesh.textureCoordinates[a], mesh.textureCoordinates[b],
+                                                      mesh.textureCoordinates[c]};
+        const oracle::Triangle corners{mesh.vertices[a], mesh.vertices[b], mesh.vertices[c]};
+        const oracle::MappedPlace place = oracle::exactlyMapped(texture, corners, st);
+        least = std::min(least, place.distance);
+        candidates.push_back({place.distance, norm(place.point - point) <= mappedBound(corners)});
+    }
+    constexpr double LARGEST_COORDINATE = 2.5;
+    return std::any_of(candidates.begin(), candidates.end(), [least](const Candidate& candidate) {
+        return candidate.isRight && candidate.distance <= least + TEXTURE_DISTANCE_BOUND * LARGEST_COORDINATE;
+    });
+}
+
+TEST(MeshAccuracy, BesideANeedleAtTheBorderOfTheTextureANearestTriangleIsMapped) {
+    oracle::Random random(714);
+    for (std::size_t i = 0; i < TEXTURE_PLACES / 4; ++i) {
+        NeedleAmongOthers made = anyNeedleAmongOthers(random);
+        made.mesh.triangles = {{0, 1, 2}, {1, 0, 3}};
+        if (random.below(2) == 0) {
+            std::swap(made.mesh.triangles[0], made.mesh.triangles[1]);
+        }
+        made.mesh.textureTriangles = made.mesh.triangles;
+        const Point<double, 2> st = placeBeside(made.texture, random);
+        Vector point;
+        ASSERT_TRUE(MeshScreen(made.mesh).mapInto3D(st, point, false)) << "needle " << i;
+        ASSERT_TRUE(isMappedByANearest(made.mesh, st, point)) << "needle " << i;
     }
 }
 

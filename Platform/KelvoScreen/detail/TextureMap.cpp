@@ -47,63 +47,103 @@ std::array<double, 3> weightsAt(const Corners& corners, const Point<double, 3>& 
     return {parts[0] * scale, parts[1] * scale, parts[2] * scale};
 }
 
-/// The same in twice the precision of a double.
-std::array<double, 3> accurateWeights(const Corners& corners, const Point<double, 3>& point) {
-    const auto flat = [](const Point<double, 3>& place) { return Point<double, 2>{place[0], place[1]}; };
-    const Point<double, 2> a = flat(corners[0]);
-    const Point<double, 2> b = flat(corners[1]);
-    const Point<double, 2> c = flat(corners[2]);
-    const Point<double, 2> p = flat(point);
-    const double whole = accurateArea(a, b, c);
-    return {accurateArea(p, b, c) / whole, accurateArea(p, c, a) / whole, accurateArea(p, a, b) / whole};
-}
-
 /// Height over longest edge of texture triangles below which rounding the differences from the point, and their
 /// products, could move the weights by more than 2e-13.
 constexpr double THIN = 1.0 / 256;
 
-/// The weights of a point inside a thin triangle to their last digits: none is below zero. The point was found inside
-/// by rounded differences and may be outside by their rounding, which is no small part of a height as small as that.
-std::array<double, 3> weightsWithinThin(const Corners& corners, const Point<double, 3>& point) {
-    std::array<double, 3> weights = accurateWeights(corners, point);
-    double sum = 0;
-    for (double& weight : weights) {
-        weight = std::max(0.0, weight);
-        sum += weight;
-    }
-    return {weights[0] / sum, weights[1] / sum, weights[2] / sum};
+bool isThin(const Corners& corners) {
+    return TriangleShape(corners).isThinner(THIN);
 }
 
-/// The weights of the place on the edges of a triangle that is nearest to a point.
-std::array<double, 3> weightsOnEdge(const Corners& corners, const Point<double, 3>& point) {
-    std::array<double, 3> weights{};
-    double smallest = Box::INFINITE;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const Point<double, 3> along = corners[(i + 1) % 3] - corners[i];
-        const double position = std::clamp(dot(point - corners[i], along) / dot(along, along), 0.0, 1.0);
-        const double distance = norm(corners[i] + position * along - point);
-        if (distance < smallest) {
-            smallest = distance;
-            weights[i] = 1 - position;
-            weights[(i + 1) % 3] = position;
-            weights[(i + 2) % 3] = 0;
-        }
+/// How a point lies to a texture triangle, in twice the precision of a double.
+///
+/// Across a thin triangle the mesh changes within a few last digits of (s, t). There a point that is inside after
+/// rounding is not inside, and the nearest of two edges after rounding is the other one.
+class AccuratePlace {
+public:
+    AccuratePlace(const Corners& corners, const Point<double, 3>& point)
+        : m_corners{flat(corners[0]), flat(corners[1]), flat(corners[2])}, m_point(flat(point)) {
+        const auto& [a, b, c] = m_corners;
+        m_area = accurateArea(a, b, c);
+        m_weights = {accurateArea(m_point, b, c) / m_area, accurateArea(m_point, c, a) / m_area,
+                     accurateArea(m_point, a, b) / m_area};
     }
-    return weights;
-}
+
+    /// Those of the triangle continued linearly.
+    [[nodiscard]] const std::array<double, 3>& weights() const { return m_weights; }
+    [[nodiscard]] bool isInside() const { return m_weights[0] >= 0 && m_weights[1] >= 0 && m_weights[2] >= 0; }
+
+    /// The weights of the place of the triangle that is nearest to the point.
+    [[nodiscard]] std::array<double, 3> nearestWeights() const {
+        if (isInside()) {
+            return m_weights;
+        }
+        const auto [edge, position] = nearestOnEdges();
+        std::array<double, 3> weights{};
+        weights[edge] = 1 - position;
+        weights[next(edge)] = position;
+        return weights;
+    }
+
+    /// Zero inside only.
+    [[nodiscard]] double distance() const {
+        if (isInside()) {
+            return 0;
+        }
+        const auto [edge, position] = nearestOnEdges();
+        const Point<double, 2>& end = m_corners[position > 0 ? next(edge) : edge];
+        const bool isAtEnd = !(position > 0 && position < 1);
+        return isAtEnd ? norm(end - m_point)
+                       : std::abs(m_weights[opposite(edge)] * m_area) / norm(end - m_corners[edge]);
+    }
+
+private:
+    /// Edges have the number of the corner at which they begin.
+    struct EdgePlace {
+        std::size_t edge;
+        double position;  ///< from 0 to 1
+    };
+
+    static Point<double, 2> flat(const Point<double, 3>& place) { return {place[0], place[1]}; }
+    static std::size_t next(std::size_t edge) { return (edge + 1) % 3; }
+    static std::size_t opposite(std::size_t edge) { return (edge + 2) % 3; }
+
+    [[nodiscard]] bool isBeyond(std::size_t edge) const { return m_weights[opposite(edge)] < 0; }
+
+    [[nodiscard]] double positionOn(std::size_t edge) const {
+        const Point<double, 2>& start = m_corners[edge];
+        const Point<double, 2>& end = m_corners[next(edge)];
+        return accurateProjection(start, end, m_point) / accurateProjection(start, end, end);
+    }
+
+    /// A point outside is beyond one edge or two. The nearest place is on such an edge; of two it is on the second one
+    /// if the foot of the point comes after its beginning. Distances are not compared: those from the two long edges
+    /// of a needle differ by less than they are rounded.
+    [[nodiscard]] EdgePlace nearestOnEdges() const {
+        const auto isFirst = [this](std::size_t edge) { return isBeyond(edge) && !isBeyond(opposite(edge)); };
+        const std::size_t first = isFirst(0) ? 0 : isFirst(1) ? 1 : 2;
+        const std::size_t second = next(first);
+        const double onSecond = isBeyond(second) ? positionOn(second) : 0;
+        return onSecond > 0 ? EdgePlace{second, std::min(onSecond, 1.0)}
+                            : EdgePlace{first, std::clamp(positionOn(first), 0.0, 1.0)};
+    }
+
+    std::array<Point<double, 2>, 3> m_corners;
+    Point<double, 2> m_point;
+    double m_area = 0;
+    std::array<double, 3> m_weights{};
+};
 
 /// @param distance of the point from the triangle
 /// @param tolerance a point that is nearer belongs to the edge
 std::array<double, 3> weightsOf(const Corners& corners, const Point<double, 3>& point, double distance,
                                 double tolerance) {
+    if (isThin(corners)) {
+        const AccuratePlace place(corners, point);
+        return distance <= tolerance ? place.nearestWeights() : place.weights();
+    }
     const bool isOnEdge = distance > 0 && distance <= tolerance;
-    if (!TriangleShape(corners).isThinner(THIN)) {
-        return weightsAt(corners, isOnEdge ? closestPoint(corners, point) : point);
-    }
-    if (isOnEdge) {
-        return weightsOnEdge(corners, point);
-    }
-    return distance > 0 ? accurateWeights(corners, point) : weightsWithinThin(corners, point);
+    return weightsAt(corners, isOnEdge ? closestPoint(corners, point) : point);
 }
 
 bool contains(const Corners& corners, const Point<double, 3>& point) {
@@ -126,12 +166,21 @@ public:
         return m_distance;
     }
 
-    [[nodiscard]] const std::optional<std::uint32_t>& found() const { return m_found; }
+    /// An ordinary triangle contains its surroundings as far as the differences from the point are rounded, which may
+    /// be all of a thin neighbour. A thin triangle that does contain the point comes before it.
+    [[nodiscard]] std::optional<std::uint32_t> found() const {
+        const bool isBeside =
+            m_thin && m_found != m_thin && !AccuratePlace(textureCorners(m_mesh, *m_found), m_point).isInside();
+        return isBeside ? m_thin : m_found;
+    }
     [[nodiscard]] double distance() const { return m_distance; }
 
 private:
-    [[nodiscard]] double distanceTo(std::uint32_t triangle) const {
+    double distanceTo(std::uint32_t triangle) {
         const Corners corners = textureCorners(m_mesh, triangle);
+        if (isThin(corners)) {
+            return distanceToThin(triangle, corners);
+        }
         if (contains(corners, m_point)) {
             return 0;
         }
@@ -142,10 +191,19 @@ private:
         return nearest;
     }
 
+    double distanceToThin(std::uint32_t triangle, const Corners& corners) {
+        const AccuratePlace place(corners, m_point);
+        if (place.isInside() && !(m_thin && *m_thin < triangle)) {
+            m_thin = triangle;
+        }
+        return place.distance();
+    }
+
     const TriangleMesh& m_mesh;
     Point<double, 3> m_point;
     double m_distance;
     std::optional<std::uint32_t> m_found;
+    std::optional<std::uint32_t> m_thin;  ///< the lowest thin triangle that contains the point
 };
 
 }  // namespace
@@ -163,11 +221,11 @@ std::optional<TexturePlace> TextureMap::find(const Point<double, 2>& st, bool ex
     const double reach = extrapolate ? Box::INFINITE : tolerance;
     NearestTexture nearest(m_mesh, point, reach);
     m_index.aroundPoint(point, reach, nearest);
-    if (!nearest.found()) {
+    const std::optional<std::uint32_t> found = nearest.found();
+    if (!found) {
         return std::nullopt;
     }
-    const Corners corners = textureCorners(m_mesh, *nearest.found());
-    return TexturePlace{*nearest.found(), weightsOf(corners, point, nearest.distance(), tolerance)};
+    return TexturePlace{*found, weightsOf(textureCorners(m_mesh, *found), point, nearest.distance(), tolerance)};
 }
 
 }  // namespace KelvoScreenDetail

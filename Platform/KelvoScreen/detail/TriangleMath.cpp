@@ -128,6 +128,13 @@ double accurateArea(const Point<double, 2>& a, const Point<double, 2>& b, const 
     return difference.high + (difference.low + (first.low - second.low));
 }
 
+double accurateProjection(const Point<double, 2>& a, const Point<double, 2>& b, const Point<double, 2>& c) {
+    const Double2 first = product(exactDifference(b[0], a[0]), exactDifference(c[0], a[0]));
+    const Double2 second = product(exactDifference(b[1], a[1]), exactDifference(c[1], a[1]));
+    const Double2 sum = exactDifference(first.high, -second.high);
+    return sum.high + (sum.low + (first.low + second.low));
+}
+
 Point<double, 3> areaVector(const Corners& corners) {
     return TriangleShape(corners).area;
 }

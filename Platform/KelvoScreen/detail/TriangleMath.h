@@ -84,4 +84,8 @@ struct TriangleShape {
 /// two lengths, or below a last digit of the result.
 [[nodiscard]] double accurateArea(const Point<double, 2>& a, const Point<double, 2>& b, const Point<double, 2>& c);
 
+/// (b - a) . (c - a) in the plane, as accurate as the above.
+[[nodiscard]] double accurateProjection(const Point<double, 2>& a, const Point<double, 2>& b,
+                                        const Point<double, 2>& c);
+
 }  // namespace KelvoScreenDetail

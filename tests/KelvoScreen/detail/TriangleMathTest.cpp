@@ -185,6 +185,20 @@ TEST(AccurateArea, IsThatOfExactArithmeticToTwiceThePrecisionOfADouble) {
     }
 }
 
+TEST(AccurateProjection, IsThatOfExactArithmeticToTwiceThePrecisionOfADouble) {
+    oracle::Random random(29);
+    for (int i = 0; i < 3000; ++i) {
+        const auto [p, q] = nearlyParallel(random);
+        const Point<double, 2> a{random.uniform(-1, 1), random.uniform(-1, 1)};
+        const Point<double, 2> b = a + p;
+        const Point<double, 2> c = a + Point<double, 2>{-q[1], q[0]};
+        const double exact = oracle::exactProjection(a, b, c);
+        ASSERT_LE(std::abs(accurateProjection(a, b, c) - exact), 4e-16 * std::abs(exact) + 0x1p-100 * norm(p) * norm(q))
+            << i;
+        ASSERT_LE(std::abs(accurateProjection(a, b, b) - dot(p, p)), 4e-16 * dot(p, p)) << i;
+    }
+}
+
 TEST(EdgeFunction, HasTheExactSignWhereTheProductsRoundAlike) {
     // p x q = (1 + e)(1 + e) - 1 (1 + 2 e) = e^2, far below the rounding of the products.
     const double e = 0x1p-40;
