@@ -27,7 +27,7 @@ constexpr double EPSILON = std::numeric_limits<double>::epsilon();
 constexpr double HIT_BOUND = 128 * EPSILON;
 constexpr double NORMAL_BOUND = 2e-13;
 constexpr double NEEDLE_NORMAL_BOUND = 4 * EPSILON;
-constexpr double NEAREST_BOUND = 1e-12;
+constexpr double NEAREST_BOUND = 8 * EPSILON;
 constexpr double MAPPED_BOUND = 1e-12;
 /// Of texture triangles whose distances differ by less, relative to the largest texture coordinate, any is nearest.
 constexpr double TEXTURE_DISTANCE_BOUND = 4 * EPSILON;

@@ -44,7 +44,7 @@ struct TriangleShape {
 /// True when the triangle has an area: its height over its longest edge exceeds what the rounding of its own
 /// coordinates can produce. Three points on a line that are not exact in binary leave such a sliver, whose direction is
 /// noise. False when a corner is not finite, and where the arithmetic ends: extents below 1e-75 or above 1e75 units,
-/// and of needles twice the area below 1e-150.
+/// and of needles twice the area below 3.2e-151.
 [[nodiscard]] bool hasArea(const Corners& corners);
 
 /// The unit normal by the winding, right to 2e-13, that of a needle to the last digits; zero for a triangle without
