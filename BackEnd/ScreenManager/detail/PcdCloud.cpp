@@ -12,7 +12,6 @@
 #include <clocale>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <sstream>
 #include <string>
@@ -90,7 +89,7 @@ public:
         }
         double value = 0;
         std::memcpy(&value, place, sizeof(value));
-        if (std::isfinite(value) && std::abs(value) > std::numeric_limits<float>::max()) {
+        if (!PcdText::fitsSinglePrecision(value)) {
             PcdText::fail(
                 "a number beyond single precision as " + m_field.name + " of point " + std::to_string(point + 1),
                 "at most 3.4e38", "correct the point, or export the cloud in a larger unit");

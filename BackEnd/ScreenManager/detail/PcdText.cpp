@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <optional>
 #include <system_error>
 
@@ -63,7 +62,13 @@ bool PcdText::isNumber(std::string_view word) {
 
 bool PcdText::isCoordinate(std::string_view word) {
     const std::optional<double> number = parseFinite(word);
-    return number ? std::abs(*number) <= std::numeric_limits<float>::max() : isNotFinite(word);
+    return number ? fitsSinglePrecision(*number) : isNotFinite(word);
+}
+
+bool PcdText::fitsSinglePrecision(double number) {
+    // Half-way between FLT_MAX and the power of two above it; from there on, rounding to the even one of two, up.
+    constexpr double LEAST_INFINITE = 0x1.ffffffp127;
+    return !(std::isfinite(number) && std::abs(number) >= LEAST_INFINITE);
 }
 
 bool PcdText::isNotFinite(std::string_view word) {

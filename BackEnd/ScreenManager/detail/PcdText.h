@@ -19,8 +19,13 @@ public:
     /// Any number that a C library reads in full, with a decimal point, or one that is not finite.
     [[nodiscard]] static bool isNumber(std::string_view word);
 
-    /// A finite number within the range of `float`, or one that is not finite: a point that was not measured.
+    /// A finite number that is finite in single precision as well, or one that is not finite: a point that was not
+    /// measured.
     [[nodiscard]] static bool isCoordinate(std::string_view word);
+
+    /// False for a finite number that the nearest number of single precision makes infinite. FLT_MAX is mostly printed
+    /// with nine digits, which is a little more than it is.
+    [[nodiscard]] static bool fitsSinglePrecision(double number);
 
     /// What a C library prints and reads for a number that is not finite: "nan", "nan(ind)", "inf" or "infinity", with
     /// or without a sign, in any case.

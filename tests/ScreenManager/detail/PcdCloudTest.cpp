@@ -235,15 +235,33 @@ TEST_F(PcdCloudTest, ADoubleBeyondSinglePrecisionIsRefused) {
             kind);
     };
     for (const char* kind : {"binary", "binary_compressed"}) {
-        for (const double value : {1e39, -1e300, 3.4028234663852889e38}) {
+        // The last is half-way between the greatest number and infinity.
+        for (const double value : {1e39, -1e300, 3.4028236e38, 0x1.ffffffp127}) {
             EXPECT_EQ(refusal(file(value, kind)),
                       "found a number beyond single precision as y of point 2, expected at most 3.4e38; correct the "
                       "point, or export the cloud in a larger unit");
         }
-        EXPECT_EQ(refusal(file(3.4028234663852886e38, kind)), "");
+        for (const double value : {3.4028234663852886e38, 3.4028234663852889e38, 3.4028235e38, 0x1.fffffefffffffp127}) {
+            EXPECT_EQ((*load(file(value, kind)))[1].y, std::numeric_limits<float>::max());
+            EXPECT_EQ((*load(file(-value, kind)))[1].y, std::numeric_limits<float>::lowest());
+        }
     }
     EXPECT_THAT(refusal(file(1e39, "ascii")), HasSubstr("line 9: found \"1e+39\""));
     EXPECT_EQ(refusal(file(-3.4028234663852886e38, "ascii")), "");
+}
+
+TEST_F(PcdCloudTest, TheGreatestNumberIsReadHoweverItIsPrinted) {
+    for (const std::string size : {"4", "8"}) {
+        for (const std::string word :
+             {"3.40282347e+38", "3.4028235e38", "3.4028234663852886e+38", "3.4028235677973364e38"}) {
+            const auto cloud = load("FIELDS x y z\nSIZE " + size + " 4 " + size +
+                                    "\nTYPE F F F\nPOINTS 1\nDATA ascii\n" + word + " -" + word + " " + word + "\n");
+            EXPECT_EQ((*cloud)[0].x, std::numeric_limits<float>::max()) << word;
+            EXPECT_EQ((*cloud)[0].y, std::numeric_limits<float>::lowest()) << word;
+            EXPECT_EQ((*cloud)[0].z, std::numeric_limits<float>::max()) << word;
+            EXPECT_TRUE(cloud->is_dense) << word;
+        }
+    }
 }
 
 TEST_F(PcdCloudTest, OrganisedCloudsStayOrganised) {

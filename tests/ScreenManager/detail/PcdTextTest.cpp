@@ -26,7 +26,8 @@ const std::vector<const char*> NOT_FINITE{"nan",  "NaN",  "NAN", "-nan", "+nan",
 
 TEST(PcdText, CoordinatesAreNumbersOfSinglePrecisionOrNotFinite) {
     for (const char* word : {"0", "-0", "1", "+1", "-1.5", ".5", "5.", "1e5", "1E+5", "-1.25e-3", "3.4028234e38",
-                             "1e-45", "1e-60", "1e-400", "0.1000000000000000055511151231257827"}) {
+                             "3.4028235e38", "3.40282347e+38", "-3.40282347e+38", "3.4028235677973364e38", "1e-45",
+                             "1e-60", "1e-400", "0.1000000000000000055511151231257827"}) {
         EXPECT_TRUE(PcdText::isCoordinate(word)) << word;
         EXPECT_FALSE(PcdText::isNotFinite(word)) << word;
     }
@@ -39,6 +40,9 @@ TEST(PcdText, CoordinatesAreNumbersOfSinglePrecisionOrNotFinite) {
           "+-1",  "++1",    "1 2",    "1.#QNAN", "--inf",  "+-nan", "nan(",  "nan)",     "nan(a b", "nanx",
           "infx", "infini", "3.5e38", "1e400",   "-1e400", "1_000", "1'000", "nan(1,2)", "(nan)",   "i\xeeNf"}) {
         EXPECT_FALSE(PcdText::isCoordinate(word)) << word;
+    }
+    for (const char* word : {"3.4028235677973367e38", "-3.4028236e38"}) {
+        EXPECT_FALSE(PcdText::isCoordinate(word)) << word << " is infinite in single precision";
     }
     EXPECT_FALSE(PcdText::isCoordinate(std::string_view("1\0", 2)));
     EXPECT_FALSE(PcdText::isCoordinate(std::string_view("nan\0", 4)));
