@@ -33,6 +33,10 @@ struct TypeSizes {
 };
 constexpr std::array<TypeSizes, 4> TYPES{{{'F', "48"}, {'I', "1248"}, {'U', "1248"}, {'B', "1"}}};
 
+char capital(char letter) {
+    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
 bool typeHasSize(char type, std::uint64_t size) {
     return std::any_of(TYPES.begin(), TYPES.end(), [=](const TypeSizes& known) {
         return known.type == type && known.sizes.find(static_cast<char>('0' + size)) != std::string_view::npos;
@@ -161,11 +165,11 @@ void PcdHeader::readTypes(const Words& words) {
     requireOnePerField(words);
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
         const std::string_view type = words[i + 1];
-        if (type.size() != 1 || !typeHasSize(type[0], m_fields[i].size)) {
+        if (type.size() != 1 || !typeHasSize(capital(type[0]), m_fields[i].size)) {
             fail(type, "a type of " + std::to_string(m_fields[i].size) + " bytes: F, I, U or B",
                  "correct SIZE or TYPE: F has 4 or 8 bytes, I and U 1, 2, 4 or 8, B 1");
         }
-        m_fields[i].type = type[0];
+        m_fields[i].type = capital(type[0]);
     }
 }
 
@@ -189,11 +193,12 @@ void PcdHeader::readViewpoint(const Words& words) const {
 }
 
 void PcdHeader::readData(const Words& words) {
+    // The usual reader takes for a text what does not begin with "binary" in small letters.
     constexpr std::array<std::string_view, 3> KINDS{"ascii", "binary", "binary_compressed"};
-    const auto kind = words.size() == 2 ? std::find(KINDS.begin(), KINDS.end(), words[1]) : KINDS.end();
+    const std::string_view word = words.size() > 1 ? words[1] : words[0];
+    const auto kind = std::find(KINDS.begin(), KINDS.end(), PcdText::isSame(word, KINDS[0]) ? KINDS[0] : word);
     if (kind == KINDS.end()) {
-        fail(words.size() > 1 ? words[1] : words[0], "DATA ascii, binary or binary_compressed",
-             "name the kind that the data are of");
+        fail(word, "DATA ascii, binary or binary_compressed", "name the kind that the data are of");
     }
     m_data = static_cast<Data>(kind - KINDS.begin());
 }

@@ -15,12 +15,13 @@ namespace Veltrani {
 /// The lines FIELDS, SIZE, TYPE, COUNT, WIDTH, HEIGHT, VIEWPOINT, POINTS and DATA, each at most once, with every number
 /// in full; `#` starts a comment line. FIELDS (or its old name COLUMNS), POINTS and DATA are required. Without SIZE,
 /// TYPE and COUNT every field is a single-precision number; without HEIGHT it is 1; without both WIDTH and HEIGHT the
-/// cloud is a single row. What the usual readers guess or skip is a fault here.
+/// cloud is a single row. A type may be a small letter, "ascii" in any case, and what follows a kind of data on its
+/// line does not count, as usual readers have it. What else they guess or skip is a fault here.
 class PcdHeader {
 public:
     struct Field {
         std::string name;         ///< "_" for bytes without a meaning
-        char type = 'F';          ///< F floating point, I signed, U unsigned, B boolean
+        char type = 'F';          ///< in capitals: F floating point, I signed, U unsigned, B boolean
         std::uint64_t size = 4;   ///< bytes per element: 1, 2, 4 or 8, as the type has it
         std::uint64_t count = 1;  ///< elements, at least 1
     };

@@ -23,10 +23,6 @@ bool startsWith(std::string_view word, std::string_view lower) {
            });
 }
 
-bool isSame(std::string_view word, std::string_view lower) {
-    return word.size() == lower.size() && startsWith(word, lower);
-}
-
 /// What may stand between the brackets of "nan(...)".
 bool isPayload(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) {
@@ -83,7 +79,14 @@ bool PcdText::isNotFinite(std::string_view word) {
            isPayload(word.substr(OPENING.size(), word.size() - OPENING.size() - 1));
 }
 
+bool PcdText::isSame(std::string_view word, std::string_view lower) {
+    return word.size() == lower.size() && startsWith(word, lower);
+}
+
 bool PcdText::readWhole(std::string_view word, std::uint64_t& number) {
+    if (word.starts_with('+')) {
+        word.remove_prefix(1);
+    }
     const auto [end, fault] = std::from_chars(word.data(), word.data() + word.size(), number);
     return fault == std::errc() && end == word.data() + word.size();
 }

@@ -31,7 +31,10 @@ public:
     /// or without a sign, in any case.
     [[nodiscard]] static bool isNotFinite(std::string_view word);
 
-    /// False unless the word is a whole number without a sign that fits.
+    /// The same text without regard to case; `lower` in small letters of ASCII.
+    [[nodiscard]] static bool isSame(std::string_view word, std::string_view lower);
+
+    /// False unless the word is a whole number that fits, without a sign or with a plus.
     [[nodiscard]] static bool readWhole(std::string_view word, std::uint64_t& number);
 
     /// Throws `VeltraniParseException` "line 12: found "1,5", expected a number; write it with a point"; `found` is

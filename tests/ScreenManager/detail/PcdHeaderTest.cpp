@@ -61,6 +61,14 @@ TEST(PcdHeader, CommentsEmptyLinesTabsAndCarriageReturnsAreAllowed) {
     EXPECT_EQ(refusal("\n# comment\r\n\nFIELDS\tx y  z\r\nWIDTH 1\r\nPOINTS 1\r\nDATA ascii\r\n"), "accepted");
 }
 
+TEST(PcdHeader, WhatMeansTheSameIsAllowed) {
+    EXPECT_EQ(PcdHeader(pcd::replaced(VALID, "TYPE F F F", "TYPE f F f")).fields()[2].type, 'F');
+    EXPECT_EQ(PcdHeader(pcd::replaced(VALID, "WIDTH 2", "WIDTH +2")).points(), 2U);
+    EXPECT_EQ(PcdHeader(pcd::replaced(VALID, "DATA ascii", "DATA ASCII")).data(), PcdHeader::Data::ASCII);
+    EXPECT_EQ(PcdHeader(pcd::replaced(VALID, "DATA ascii", "DATA Ascii yes")).data(), PcdHeader::Data::ASCII);
+    EXPECT_EQ(PcdHeader(pcd::replaced(VALID, "DATA ascii", "DATA binary ascii")).data(), PcdHeader::Data::BINARY);
+}
+
 TEST(PcdHeader, EveryPrefixIsRefused) {
     for (std::size_t length = 0; length < VALID.size(); ++length) {
         EXPECT_NE(refusal(VALID.substr(0, length)), "accepted") << length;
@@ -172,6 +180,9 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"COUNT 1 1 1", "COUNT 1 1 1048576",
                "found points of more than 1048576 bytes, expected at most that many; leave out the fields that are not "
                "needed"},
+        Change{"SIZE 4 4 4\nTYPE F F F", "SIZE 4 2 4\nTYPE F f F",
+               "line 5: found \"f\", expected a type of 2 bytes: F, I, U or B; correct SIZE or TYPE: F has 4 or 8 "
+               "bytes, I and U 1, 2, 4 or 8, B 1"},
         Change{"WIDTH 2", "WIDTH -2",
                "line 7: found \"-2\", expected a whole number from 0 to 2147483647; correct the number, or export the "
                "cloud again"},
@@ -205,6 +216,9 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"DATA ascii", "DATA",
                "line 11: found \"DATA\", expected DATA ascii, binary or binary_compressed; name the kind that the data "
                "are of"},
+        Change{"DATA ascii", "DATA BINARY",
+               "line 11: found \"BINARY\", expected DATA ascii, binary or binary_compressed; name the kind that the "
+               "data are of"},
         Change{"DATA ascii", "DATA text",
                "line 11: found \"text\", expected DATA ascii, binary or binary_compressed; name the kind that the data "
                "are of"},

@@ -60,13 +60,15 @@ TEST(PcdText, OtherValuesMayBeAnyNumber) {
     }
 }
 
-TEST(PcdText, WholeNumbersHaveNoSignAndFit) {
+TEST(PcdText, WholeNumbersHaveNoMinusAndFit) {
     std::uint64_t number = 0;
     EXPECT_TRUE(PcdText::readWhole("007", number));
     EXPECT_EQ(number, 7U);
+    EXPECT_TRUE(PcdText::readWhole("+3", number));
+    EXPECT_EQ(number, 3U);
     EXPECT_TRUE(PcdText::readWhole("18446744073709551615", number));
     EXPECT_EQ(number, 18446744073709551615U);
-    for (const char* word : {"", "-1", "+1", "1.0", "1e3", "18446744073709551616", "1x"}) {
+    for (const char* word : {"", "+", "-1", "++1", "+-1", "1.0", "1e3", "18446744073709551616", "1x"}) {
         EXPECT_FALSE(PcdText::readWhole(word, number)) << word;
     }
 }
