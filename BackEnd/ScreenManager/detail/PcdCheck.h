@@ -17,7 +17,7 @@ namespace Veltrani {
 /// - compressed: the two sizes of the data agree with the points and with the file, and no field is padding;
 /// - no data begin with something that a reader takes for one more header line.
 ///
-/// What follows after the last point is ignored. Every refusal stands in docs/point-clouds.md.
+/// What follows after the last point is ignored. Every refusal of what the reader takes stands in docs/point-clouds.md.
 class PcdCheck {
 public:
     PcdCheck() = delete;

@@ -1,27 +1,21 @@
 #include "ScreenManager/detail/PcdCloud.h"
 
-#include "Common/Utf8.h"
-#include "Common/VeltraniException.h"
+#include "PcdCloudFixture.h"
 #include "PcdSamples.h"
 #include "support/AllocationFault.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pcl/console/print.h>
-#include <pcl/io/pcd_io.h>
 
+#include <array>
 #include <bit>
 #include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <new>
-#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
@@ -34,35 +28,7 @@ using Veltrani::PcdCloud;
 
 constexpr std::array<const char*, 3> KINDS{"ascii", "binary", "binary_compressed"};
 
-class PcdCloudTest : public testing::Test {
-protected:
-    [[nodiscard]] std::shared_ptr<PcdCloud::Cloud> load(const std::string& content) const {
-        return PcdCloud::read(Veltrani::RegularFile(folder.write("a.pcd", content)));
-    }
-
-    /// Why a file is refused; empty when it is read.
-    [[nodiscard]] std::string refusal(const std::string& content) const {
-        try {
-            static_cast<void>(load(content));
-        } catch (const VeltraniParseException& fault) {
-            return Veltrani::toUtf8(fault.message);
-        }
-        return "";
-    }
-
-    /// What the library's own reader makes of a file; nothing when it refuses it.
-    [[nodiscard]] std::optional<PcdCloud::Cloud> readByLibrary(const std::string& content) const {
-        PcdCloud::Cloud cloud;
-        const std::string path = folder.write("b.pcd", content);
-        const auto level = pcl::console::getVerbosityLevel();
-        pcl::console::setVerbosityLevel(pcl::console::L_ALWAYS);
-        const int fault = pcl::PCDReader().read(path, cloud);
-        pcl::console::setVerbosityLevel(level);
-        return fault == 0 ? std::optional(cloud) : std::nullopt;
-    }
-
-    TemporaryFolder folder;
-};
+class PcdCloudTest : public PcdCloudFixture {};
 
 std::uint32_t bitsOf(float value) {
     return std::bit_cast<std::uint32_t>(value);
@@ -376,47 +342,6 @@ TEST_F(PcdCloudTest, WhereverMemoryRunsOutForDoublesItIsSaid) {
     }
     EXPECT_GE(faults, 4U) << "the header, what reading takes at most, the fields and the points";
     EXPECT_EQ((*cloud)[COUNT - 1].z, 1.5F);
-}
-
-/// A file that the library reads, answering that all is well, and that is refused all the same; the first column of
-/// its row in the page says why.
-struct Misread {
-    const char* row;
-    std::string content;
-};
-
-std::string withHeader(const std::string& lines, const std::string& data) {
-    return lines + "\nWIDTH 1\nHEIGHT 1\nPOINTS 1\nDATA " + data;
-}
-
-std::vector<Misread> misread() {
-    const std::string xyz = "FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1";
-    const std::string one = pcd::bytes(pcd::Position{1, 2, 3});
-    return {
-        {"no x, y or z", withHeader("FIELDS x y\nSIZE 4 4\nTYPE F F\nCOUNT 1 1", "ascii\n1 2\n")},
-        {"the same coordinate twice",
-         withHeader("FIELDS x y z y\nSIZE 4 4 4 4\nTYPE F F F F\nCOUNT 1 1 1 1", "ascii\n1 2 3 4\n")},
-        {"coordinates of TYPE I or U",
-         withHeader("FIELDS x y z\nSIZE 4 4 4\nTYPE I I I\nCOUNT 1 1 1", "ascii\n1 2 3\n")},
-        {"a coordinate with a COUNT above 1",
-         withHeader("FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 2", "ascii\n1 2 3 4\n")},
-        {"words and decimal commas in a text", withHeader(xyz, "ascii\n1 2 three\n")},
-        {"words and decimal commas in a text", withHeader(xyz, "ascii\n1 2,5 3\n")},
-        {"words and decimal commas in a text", withHeader(xyz, "ascii\n1 2 1.#QNAN\n")},
-        {"coordinates beyond single precision", withHeader(xyz, "ascii\n1 1e39 3\n")},
-        {"data that begin like a header line", withHeader(xyz, "ascii\nVERSION 0.7\nPOINTS 1\n1 2 3\n")},
-        {"a header line twice", withHeader(xyz + "\nCOUNT 1 1 1", "ascii\n1 2 3\n")},
-    };
-}
-
-TEST_F(PcdCloudTest, WhatTheReaderMisreadsIsRefusedAndStandsInThePage) {
-    std::ifstream file(sourceFolder() + "/docs/point-clouds.md");
-    const std::string page{std::istreambuf_iterator<char>(file), {}};
-    for (const Misread& row : misread()) {
-        EXPECT_TRUE(readByLibrary(row.content).has_value()) << row.row << ": the reader refuses it itself";
-        EXPECT_NE(refusal(row.content), "") << row.row;
-        EXPECT_THAT(page, HasSubstr(std::string("| ") + row.row + " |"));
-    }
 }
 
 }  // namespace
