@@ -93,7 +93,9 @@ std::optional<ExitCode> trySave(const XMLConfigFile& config, const std::string& 
 
 /// Adds the entry to the file as it is now. Null when it cannot be read or has something like it, which has been
 /// reported then; `code` says which.
-std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const std::string& file, ExitCode& code) {
+std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const AddCommand::Options& options,
+                                             ExitCode& code) {
+    const std::string& file = options.file;
     std::unique_ptr<XMLConfigFile> newer = DisplayFile::read(file);
     if (!newer) {
         Console::error(file +
@@ -103,7 +105,7 @@ std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const
         return nullptr;
     }
     try {
-        ProjectorAddition::repeat(entry, *newer);
+        ProjectorAddition::repeat(entry, options.target.name, *newer);
     } catch (...) {
         reportDeviceFailure(file, std::current_exception());
         code = EXIT_INCOMPLETE;
@@ -122,7 +124,7 @@ ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const O
     }
     for (int i = 1; i < MOST_TRIES; ++i) {
         ExitCode code = EXIT_ALL_RIGHT;
-        const auto newer = repeatInNewer(entry, options.file, code);
+        const auto newer = repeatInNewer(entry, options, code);
         if (!newer) {
             return code;
         }

@@ -53,8 +53,9 @@ void requireNewName(const XMLConfigFile& config, const std::wstring& name) {
 }  // namespace
 
 ProjectorAddition::Added ProjectorAddition::add(const Target& target) const {
-    requireNewName(m_config, target.name);
+    // What can be seen without the projector goes first.
     requireNew(m_config, target.address);
+    requireNewName(m_config, target.name);
     const MacAddress mac = target.mac ? *target.mac : macAt(target.address.value());
     requireNew(m_config, mac);
     Device* const device = connect(mac, target);
@@ -120,11 +121,12 @@ MacAddress ProjectorAddition::macAt(const ProjectorAddress& address) const {
 }
 
 /// An entry that was added this moment holds nothing but what can be set.
-void ProjectorAddition::repeat(const ProjectorConfig& entry, XMLConfigFile& newer) {
+void ProjectorAddition::repeat(const ProjectorConfig& entry, const std::wstring& statedName, XMLConfigFile& newer) {
     constexpr int PONDS_OF_MIRROR = 4;
-    requireNewName(newer, entry.getName());
-    requireNew(newer, ProjectorAddress::ofText(entry.getDeviceSnippet()));
+    // The same projector has the same address and often the same name: what it is goes first.
     requireNew(newer, MacAddress::parse(entry.getIdentity()).value());
+    requireNew(newer, ProjectorAddress::ofText(entry.getDeviceSnippet()));
+    requireNewName(newer, statedName);
 
     ProjectorConfig& added = *newer.addProjectorConfig(entry.getIdentity());
     added.setDeviceSnippet(entry.getDeviceSnippet());

@@ -49,7 +49,8 @@ public:
 
     /// Adds the entry that `add` has made once more, to a newer state of the configuration; no projector is asked. The
     /// same is refused as there, with nothing changed.
-    static void repeat(const ProjectorConfig& entry, XMLConfigFile& newer);
+    /// @param statedName that of the target; empty when the name of the entry is where it is, which need not be new
+    static void repeat(const ProjectorConfig& entry, const std::wstring& statedName, XMLConfigFile& newer);
 
 private:
     [[nodiscard]] DeviceFramework2::MacAddress macAt(const DeviceFramework2::ProjectorAddress& address) const;

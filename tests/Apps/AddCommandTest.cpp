@@ -182,9 +182,13 @@ const std::vector<std::string> SLOW{"--mac", mac(1), "--delay", "50"};
 class TheAddCommandMeanwhile : public TheAddCommand {
 protected:
     /// Adds a slow projector, and does something once the program is asking it: it has read the file by then.
-    ProgramRun addAnd(const std::function<void()>& meanwhile) {
+    ProgramRun addAnd(const std::function<void()>& meanwhile, const std::string& name = "Left") {
         const std::size_t before = slow.journal().size();
-        RunningProgram program(programFile(), {"add", file, at(slow), "--name", "Left", "--timeout", PATIENT});
+        std::vector<std::string> arguments{"add", file, at(slow), "--timeout", PATIENT};
+        if (!name.empty()) {
+            arguments.insert(arguments.end(), {"--name", name});
+        }
+        RunningProgram program(programFile(), arguments);
         while (slow.journal().size() == before) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
@@ -217,6 +221,32 @@ TEST_F(TheAddCommandMeanwhile, AnEditSurvives) {
     folder.write("display.xml", edited);
     EXPECT_EQ(runScreenManager({"add", file, at(slow), "--name", "Left", "--timeout", PATIENT}).errors, "");
     EXPECT_EQ(folder.read("display.xml"), content);
+}
+
+TEST_F(TheAddCommandMeanwhile, ANameThatWasNotStatedNeedNotBeNew) {
+    const std::string named = display(entry("R", "PJLink " + at(slow), snippet(1, 2)));
+    const ProgramRun run = addAnd([&] { folder.write("display.xml", named); }, "");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.errors, file + " was changed while the projector was asked: it was added to the newer file\n");
+    const std::string content = folder.read("display.xml");
+
+    folder.write("display.xml", named);
+    EXPECT_EQ(runScreenManager({"add", file, at(slow), "--timeout", PATIENT}).exitCode, 0);
+    EXPECT_EQ(folder.read("display.xml"), content) << "as when it is added there in the first place";
+}
+
+TEST_F(TheAddCommandMeanwhile, OneProjectorTwiceAtOnceIsRefusedForItself) {
+    for (const std::string name : {"Left", ""}) {
+        folder.write("display.xml", display(""));
+        EXPECT_EQ(addAnd([] {}, name).exitCode, 0);
+        const std::string theirs = folder.read("display.xml");
+        folder.write("display.xml", display(""));
+        const ProgramRun run = addAnd([&] { folder.write("display.xml", theirs); }, name);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_THAT(run.errors, testing::StartsWith("error: " + file +
+                                                    ": the projector 02:00:00:00:00:01 is there "
+                                                    "already: entry 020000000001, channel "));
+    }
 }
 
 TEST_F(TheAddCommandMeanwhile, ARemovedFileDoesNotComeBack) {

@@ -115,12 +115,29 @@ TEST_F(AProjectorAddition, RepeatedInANewerConfigurationItMakesTheSameEntry) {
     static_cast<void>(add({at(simulator), {}, L"Left"}));
     static_cast<void>(add({at(plain), MacAddress::parse(L"020000000008"), L""}));
     const auto newer = configOf(displays::projector("L", ""));
-    for (const wchar_t* uid : {L"020000000007", L"020000000008"}) {
-        ProjectorAddition::repeat(*config->getProjectorConfig(uid), *newer);
-    }
+    ProjectorAddition::repeat(*config->getProjectorConfig(L"020000000007"), L"Left", *newer);
+    ProjectorAddition::repeat(*config->getProjectorConfig(L"020000000008"), L"", *newer);
     EXPECT_EQ(newer->text(), config->text());
     EXPECT_EQ(newer->getProjectorConfig(L"020000000007")->getWidth(), 1920);
     EXPECT_EQ(newer->getProjectorConfig(L"020000000008")->getWidth(), 0);
+}
+
+TEST_F(AProjectorAddition, ANameThatNobodyStatedNeedNotBeNewThereEither) {
+    const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
+    const auto empty = configOf("");
+    static_cast<void>(ProjectorAddition(*empty, manager).add({at(simulator), {}, L""}));
+    config->getProjectorConfig(L"L")->setName(L"PJLink 127.0.0.1:" + std::to_wstring(simulator.port()));
+    const auto newer = XMLConfigFile::parse(config->text(), "newer.xml");
+    static_cast<void>(add({at(simulator), {}, L""}));
+    ProjectorAddition::repeat(*empty->getProjectorConfig(L"020000000007"), L"", *newer);
+    EXPECT_EQ(newer->text(), config->text()) << "as when it is added there in the first place";
+}
+
+TEST_F(AProjectorAddition, AProjectorThatIsThereIsRefusedForItselfAndNotForItsName) {
+    const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
+    static_cast<void>(add({at(simulator), {}, L"Left"}));
+    EXPECT_EQ(refusal({at(simulator), {}, L"Left"}),
+              "a projector at " + at(simulator).text() + " is there already: entry 020000000007, channel \"Left\"");
 }
 
 TEST_F(AProjectorAddition, WhatTheNewerConfigurationHasIsNotRepeatedThere) {
@@ -131,6 +148,9 @@ TEST_F(AProjectorAddition, WhatTheNewerConfigurationHasIsNotRepeatedThere) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {displays::projector("Left", ""), "the name \"Left\" is there already: entry Left, channel \"Left\""},
         {entry("A", device), "a projector at " + at(simulator).text() + " is there already: entry A, channel \"A\""},
+        {entry("Left", other), "the projector 02:00:00:00:00:07 is there already: entry Left, channel \"Left\""},
+        {entry("Left", device),
+         "a projector at " + at(simulator).text() + " is there already: entry Left, channel \"Left\""},
         {entry("B", other), "the projector 02:00:00:00:00:07 is there already: entry B, channel \"B\""},
         {displays::projector("020000000007", ""),
          "the projector 02:00:00:00:00:07 is there already: entry 020000000007, channel \"020000000007\""}};
@@ -138,7 +158,7 @@ TEST_F(AProjectorAddition, WhatTheNewerConfigurationHasIsNotRepeatedThere) {
         const auto newer = configOf(entries);
         const std::string before = newer->text();
         try {
-            ProjectorAddition::repeat(*config->getProjectorConfig(L"020000000007"), *newer);
+            ProjectorAddition::repeat(*config->getProjectorConfig(L"020000000007"), L"Left", *newer);
             ADD_FAILURE() << "it was repeated beside " << entries;
         } catch (const VeltraniException& fault) {
             EXPECT_EQ(Veltrani::toUtf8(fault.message), expected);
