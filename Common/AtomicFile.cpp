@@ -112,10 +112,17 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+/// True when the name still leads to the open file. The number of its names says less: it may have others, and some
+/// file systems count none.
+bool isStillNamed(int descriptor, const std::string& path) {
+    struct stat opened {};
+    struct stat named {};
+    return ::fstat(descriptor, &opened) == 0 && ::lstat(path.c_str(), &named) == 0 && isSameFile(opened, named);
+}
+
 /// Removes a temporary file unless a process is writing it, which then holds its lock. One that was made this moment
 /// and is not locked yet is removed as well: its writer notices, see `createLocked`.
 void removeLeftover(const std::string& path) {
-    struct stat opened {};
     struct stat named {};
     // Examined first: opening some devices has an effect of its own.
     if (::lstat(path.c_str(), &named) != 0 || !S_ISREG(named.st_mode)) {
@@ -126,8 +133,7 @@ void removeLeftover(const std::string& path) {
         return;
     }
     // Examined again under the lock: a writer that has committed meanwhile has given the file its final name.
-    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && ::fstat(descriptor, &opened) == 0 &&
-        ::lstat(path.c_str(), &named) == 0 && isSameFile(opened, named)) {
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && isStillNamed(descriptor, path)) {
         ::unlink(path.c_str());
     }
     ::close(descriptor);
@@ -200,11 +206,10 @@ private:
 
 /// Waits for a process that is looking whether the file is a leftover. False when it has removed it. Where files cannot
 /// be locked nothing is ever taken for a leftover.
-bool lock(int descriptor) {
+bool lock(int descriptor, const std::string& path) {
     while (::flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
     }
-    struct stat status {};
-    return ::fstat(descriptor, &status) == 0 && status.st_nlink > 0;
+    return isStillNamed(descriptor, path);
 }
 
 }  // namespace
@@ -249,9 +254,10 @@ void AtomicFile::createLocked(const std::string& requested) {
         if (!create(prefix)) {
             fail(requested, systemReason());
         }
-        if (lock(m_descriptor)) {
+        if (lock(m_descriptor, m_temporary)) {
             return;
         }
+        m_temporary.clear();  // a file of that name is somebody else's
         discard();
     }
     fail(requested, "other programs keep removing its temporary file");

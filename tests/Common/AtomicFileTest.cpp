@@ -10,6 +10,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +18,22 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <utility>
+
+namespace {
+
+/// Called once, before the next lock is taken.
+std::function<void()> beforeLock;
+
+}  // namespace
+
+/// The library calls this one in place of that of the system.
+extern "C" int flock(int descriptor, int operation) noexcept {
+    if (beforeLock) {
+        std::exchange(beforeLock, nullptr)();
+    }
+    return static_cast<int>(::syscall(SYS_flock, descriptor, operation));
+}
 
 namespace {
 
@@ -316,6 +333,36 @@ TEST(AtomicFile, ManyWritersAtOnceAllSucceed) {
         EXPECT_EQ(status, 0);
     }
     EXPECT_EQ(entries(folder), 1);
+}
+
+TEST(AtomicFile, ATemporaryFileThatIsRemovedBeforeItIsLockedIsMadeAnew) {
+    for (const bool hasAnotherName : {false, true}) {
+        const TemporaryFolder folder;
+        beforeLock = [&] {
+            const std::string temporary = folder.file(temporaryFiles(folder).at(0));
+            if (hasAnotherName) {
+                std::filesystem::create_hard_link(temporary, folder.file("link"));
+            }
+            std::filesystem::remove(temporary);
+        };
+        EXPECT_EQ(refusal(folder.file("file")), "written") << hasAnotherName;
+        EXPECT_FALSE(beforeLock) << "it was removed";
+        EXPECT_EQ(folder.read("file"), "x");
+        EXPECT_THAT(temporaryFiles(folder), testing::IsEmpty());
+    }
+}
+
+TEST(AtomicFile, ATemporaryFileInWhosePlaceAnotherStandsIsMadeAnew) {
+    const TemporaryFolder folder;
+    std::string name;
+    beforeLock = [&] {
+        name = temporaryFiles(folder).at(0);
+        std::filesystem::rename(folder.file(name), folder.file("moved"));
+        folder.write(name, "of somebody else");
+    };
+    EXPECT_EQ(refusal(folder.file("file")), "written");
+    EXPECT_EQ(folder.read("file"), "x");
+    EXPECT_EQ(folder.read(name), "of somebody else");
 }
 
 TEST(AtomicFile, WhatIsCalledBeforeReplacingFindsTheOldFileAndMayKeepIt) {
