@@ -75,6 +75,17 @@ void printAdded(const ProjectorAddition::Added& added) {
                           : "resolution not told; state it in the file"));
 }
 
+/// False when the file has several names, which has been reported then: found before a projector is asked in vain.
+bool isReplaceable(const std::string& file) {
+    try {
+        XMLConfigFile::requireOneName(file);
+        return true;
+    } catch (...) {
+        reportFailure(file, std::current_exception());
+        return false;
+    }
+}
+
 /// None when the file is no longer the one that was read: then the change has to be repeated in the newer one.
 std::optional<ExitCode> trySave(const XMLConfigFile& config, const std::string& file) {
     try {
@@ -144,6 +155,9 @@ int run(const Options& options) {
     const std::unique_ptr<XMLConfigFile> config = DisplayFile::read(options.file);
     if (!config) {
         return EXIT_INPUT;
+    }
+    if (!isReplaceable(options.file)) {
+        return EXIT_OUTPUT;
     }
     ProjectorAddition::Added added;
     try {

@@ -55,19 +55,6 @@ XmlDocument checkedDocument(std::string_view text, FaultList& faults) {
     return document;
 }
 
-/// A new file takes the place of one name; the others would go on leading to the old one.
-void requireOneName(const std::string& path, const std::string& target) {
-    std::error_code unknown;
-    const auto names = std::filesystem::hard_link_count(target, unknown);
-    if (!unknown && names > 1) {
-        throw VeltraniException(
-            __FILE__, __LINE__,
-            Veltrani::fromUtf8OrBytes(path) + L": the file has " + std::to_wstring(names) +
-                L" names (hard links), which a save would part, and was not replaced; save to another path, or "
-                L"rename a copy over it, which parts them, then repeat the change");
-    }
-}
-
 }  // namespace
 
 struct XMLConfigFile::Impl {
@@ -155,6 +142,19 @@ XMLConfigFile::XMLConfigFile(std::unique_ptr<Impl> impl) : m_impl(std::move(impl
 
 XMLConfigFile::~XMLConfigFile() = default;
 
+/// A new file takes the place of one name; the others would go on leading to the old one.
+void XMLConfigFile::requireOneName(const std::string& utf8Path) {
+    std::error_code unknown;
+    const auto names = std::filesystem::hard_link_count(utf8Path, unknown);
+    if (!unknown && names > 1) {
+        throw VeltraniException(
+            __FILE__, __LINE__,
+            Veltrani::fromUtf8OrBytes(utf8Path) + L": the file has " + std::to_wstring(names) +
+                L" names (hard links), which a save would part, and was not replaced; save to another path, or "
+                L"rename a copy over it, which parts them, then repeat the change");
+    }
+}
+
 void XMLConfigFile::save(const std::string& utf8Path) const {
     std::string content = text();
     FaultList faults(utf8Path);
@@ -169,7 +169,7 @@ void XMLConfigFile::save(const std::string& utf8Path) const {
     std::optional<Veltrani::FileLock> lock;
     file.commit([&] {
         lock.emplace(file.target());
-        requireOneName(utf8Path, file.target());
+        requireOneName(utf8Path);
         m_impl->files.requireUnchanged(utf8Path, file.target());
     });
     m_impl->files.addSaved(utf8Path, std::move(content));

@@ -49,6 +49,9 @@ public:
     /// (a document beyond its limits) is not written, and neither is a file with several names (hard links).
     void save(const std::string& utf8Path) const;
 
+    /// Throws what `save` throws for a file with several names (hard links): before work that would be lost then.
+    static void requireOneName(const std::string& utf8Path);
+
     /// The text that `save` writes.
     [[nodiscard]] std::string text() const;
 

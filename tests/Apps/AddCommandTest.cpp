@@ -316,7 +316,7 @@ TEST_F(TheAddCommandMeanwhile, TwoAdditionsAtOnceBothStay) {
     }
 }
 
-TEST_F(TheAddCommand, AFileWithTwoNamesIsRefused) {
+TEST_F(TheAddCommand, AFileWithTwoNamesIsRefusedBeforeAProjectorIsAsked) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     std::filesystem::create_hard_link(file, folder.file("second.xml"));
     const ProgramRun run = add({at(simulator)});
@@ -325,6 +325,19 @@ TEST_F(TheAddCommand, AFileWithTwoNamesIsRefused) {
     EXPECT_THAT(run.errors, testing::StartsWith("error: " + file + ": the file has 2 names (hard links), "));
     EXPECT_EQ(folder.read("display.xml"), display(""));
     EXPECT_TRUE(std::filesystem::equivalent(file, folder.file("second.xml")));
+    EXPECT_THAT(simulator.journal(), IsEmpty());
+
+    std::filesystem::rename(file, folder.file("first.xml"));
+    ASSERT_EQ(::symlink("first.xml", file.c_str()), 0);
+    EXPECT_EQ(add({at(simulator)}).exitCode, 4) << "whichever way leads there";
+    EXPECT_THAT(simulator.journal(), IsEmpty());
+}
+
+TEST_F(TheAddCommandMeanwhile, AFurtherNameIsFoundAsWell) {
+    const ProgramRun run = addAnd([&] { std::filesystem::create_hard_link(file, folder.file("second.xml")); });
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_THAT(run.errors, testing::StartsWith("error: " + file + ": the file has 2 names (hard links), "));
+    EXPECT_EQ(folder.read("display.xml"), display(""));
 }
 
 TEST_F(TheAddCommand, ASymbolicLinkStaysOne) {
