@@ -3,8 +3,13 @@
 #include "Common/RunCatch.h"
 #include "Common/Utf8.h"
 
+#include <filesystem>
+#include <ios>
 #include <new>
 #include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <typeinfo>
 
 namespace Veltrani {
 
@@ -12,9 +17,24 @@ namespace {
 
 constexpr const wchar_t* NOT_ENOUGH_MEMORY = L"not enough memory";
 
-/// True for the names of types and functions that the exceptions of the C++ runtime bring along.
-bool namesTheRuntime(const std::string& what) {
-    return what.starts_with("std::") || what.find("::_M_") != std::string::npos || what.starts_with("basic_string");
+constexpr const wchar_t* FAULT_OF_THE_PROGRAM =
+    L"a fault in the program itself: report it, with the files and the steps that lead to it";
+
+/// True for the exceptions of the C++ runtime, whose texts are made of the names of its own functions and types. Those
+/// of the suite and of other libraries have types of their own.
+bool isOfTheRuntime(const std::exception& fault) {
+    constexpr std::string_view CARRIER_OF = "St17_Nested_exceptionI";
+    std::string_view type = typeid(fault).name();
+    if (type.starts_with(CARRIER_OF)) {
+        type.remove_prefix(CARRIER_OF.size());
+    }
+    return type.starts_with("St") || type.starts_with("NSt");  // as the C++ ABI of Itanium spells the namespace
+}
+
+/// The texts of these begin with the function of the runtime that failed.
+std::wstring messageOfSystem(const std::system_error& fault) {
+    const bool isKnown = fault.code().category() != std::iostream_category();
+    return isKnown ? fromUtf8OrBytes(fault.code().message()) : L"a file cannot be read or written";
 }
 
 }  // namespace
@@ -67,9 +87,14 @@ std::wstring messageOf(const std::exception_ptr& exception) {
         return NOT_ENOUGH_MEMORY;
     } catch (const std::length_error&) {
         return NOT_ENOUGH_MEMORY;
+    } catch (const std::filesystem::filesystem_error& fault) {
+        return fromUtf8OrBytes(fault.path1().native()) + L": " + messageOfSystem(fault);
+    } catch (const std::system_error& fault) {
+        return messageOfSystem(fault);
+    } catch (const std::exception& fault) {
+        return isOfTheRuntime(fault) ? FAULT_OF_THE_PROGRAM : fromUtf8OrBytes(fault.what());
     } catch (...) {
-        const std::string what = RunCatch::describe(exception);
-        return namesTheRuntime(what) ? L"a fault in the program itself" : fromUtf8OrBytes(what);
+        return fromUtf8OrBytes(RunCatch::describe(exception));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "ColumnsByRows.h"
 #include "Command.h"
+#include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "DisplayFile.h"
 #include "DisplayReport/ChannelChoice.h"
@@ -15,10 +16,13 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -104,6 +108,28 @@ int summarise(const PointMapping::Count& count, const ChannelChoice& channel, co
     return count.mapped > 0 ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
+[[noreturn]] void failReading(const Options& options, const std::error_code& reason) {
+    throw VeltraniException(Veltrani::fromUtf8OrBytes(
+        options.pointSource() + ": cannot be read to its end: " + reason.message() +
+        "; check the disk or the network that it comes from, and that it is a file of points"));
+}
+
+/// Throws where the input ends because it cannot be read any further.
+bool nextPoint(PointInput& input, const Options& options, Point<double, 3>& point) {
+    errno = 0;
+    try {
+        if (input.next(point)) {
+            return true;
+        }
+    } catch (const std::system_error& fault) {
+        failReading(options, fault.code());
+    }
+    if (options.readsStandardInput() && std::ferror(stdin) != 0) {
+        failReading(options, {errno, std::generic_category()});
+    }
+    return false;
+}
+
 int mapPoints(LayoutMapper& map, const Points& points, const ChannelChoice& channel, const Options& options) {
     std::optional<PointInput> input = openPoints(points, options);
     if (!input) {
@@ -117,7 +143,8 @@ int mapPoints(LayoutMapper& map, const Points& points, const ChannelChoice& chan
     try {
         ProgressMeter progress(options.isTalkative(), "mapping points, kB");
         PointMapping mapping(map, options.pointKind(), [&] { showProgress(*input, progress); });
-        count = mapping.run([&input](Point<double, 3>& point) { return input->next(point); }, result.stream());
+        count =
+            mapping.run([&](Point<double, 3>& point) { return nextPoint(*input, options, point); }, result.stream());
     } catch (...) {
         // A pipe keeps what came before the fault; a file is left as it was.
         result.stream().flush();

@@ -1,10 +1,12 @@
 #include "DisplayReport/PngPicture.h"
 
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+
 #include <png.h>
 
 #include <new>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -18,7 +20,7 @@ bool namesMemory(std::string_view reason) {
 }
 
 [[noreturn]] void refuse(const std::string& reason) {
-    throw std::runtime_error("The picture cannot be encoded: " + reason);
+    throw VeltraniException(L"The picture cannot be encoded: " + fromUtf8OrBytes(reason));
 }
 
 }  // namespace

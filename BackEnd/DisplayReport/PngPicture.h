@@ -13,7 +13,7 @@ struct PngPicture {
     /// Red, green and blue of each pixel, row by row from the top left one: 3 x width x height.
     std::vector<unsigned char> colours;
 
-    /// Throws `std::runtime_error` when the picture cannot be encoded, as without a pixel.
+    /// Throws `VeltraniException` when the picture cannot be encoded, as without a pixel.
     void write(std::ostream& out) const;
 };
 

@@ -50,7 +50,8 @@ template <class Fault>
 [[nodiscard]] bool isOutOfMemory(const std::exception_ptr& exception);
 
 /// What an exception says, for people: the message of one of the suite without its place in the sources, "not enough
-/// memory", or the `what()` of any other, unless that only names a part of the C++ runtime.
+/// memory", for a `std::system_error` the words of its code (behind the path of a `filesystem_error`), and the `what()`
+/// of another library's. An exception of the C++ runtime itself is a fault of the program, and its text is not shown.
 [[nodiscard]] std::wstring messageOf(const std::exception_ptr& exception);
 
 }  // namespace Veltrani

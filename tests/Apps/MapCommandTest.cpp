@@ -152,6 +152,20 @@ TEST_F(MapCommand, FilesThatCannotBeUsedExitWithThree) {
     EXPECT_EQ(folder.errors, "error: " + m_folder.path() + ": Is a directory\n");
 }
 
+TEST_F(MapCommand, PointsThatCannotBeReadToTheirEndAreAFault) {
+    const std::string unreadable = "/proc/self/mem";  // a file that opens and cannot be read at its start
+    const std::string reason =
+        ": cannot be read to its end: Input/output error; check the disk or the network that it comes from, and that "
+        "it is a file of points\n";
+    const ProgramRun file = map({"--points", unreadable});
+    EXPECT_EQ(file.exitCode, 3);
+    EXPECT_EQ(file.errors, "error: " + unreadable + reason);
+    const ProgramRun input =
+        runProgram("/bin/sh", {"-c", programFile() + " map '" + m_file + "' --channel Left < " + unreadable});
+    EXPECT_EQ(input.exitCode, 3);
+    EXPECT_EQ(input.errors, "error: standard input" + reason);
+}
+
 TEST_F(MapCommand, NeverReplacesWhatItReads) {
     const std::string points = m_folder.write("points.csv", "0,0\n");
     const ProgramRun onPoints = map({"--points", points, "-o", m_folder.path() + "/./points.csv"});

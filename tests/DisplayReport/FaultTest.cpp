@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <new>
-#include <stdexcept>
 
 namespace {
 
@@ -32,9 +31,9 @@ TEST(Fault, TellsEveryNestedCauseOutermostFirst) {
     try {
         try {
             try {
-                throw std::runtime_error("disk");
+                throw VeltraniException(L"disk");
             } catch (...) {
-                std::throw_with_nested(std::runtime_error("line 3"));
+                std::throw_with_nested(VeltraniException(L"line 3"));
             }
         } catch (...) {
             std::throw_with_nested(VeltraniMissingFileException(L"no screen"));

@@ -1,5 +1,6 @@
 #include "DisplayReport/DrawingWriter.h"
 
+#include "Common/VeltraniException.h"
 #include "DisplayReport/Drawing.h"
 #include "DisplayReport/DrawingRaster.h"
 #include "DisplayReport/ScenePainter.h"
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <stdexcept>
 
 namespace {
 
@@ -27,7 +27,7 @@ TEST(PngDrawingWriter, TheFileHoldsThePixelsOfTheDrawing) {
 
 TEST(PngDrawingWriter, ADrawingWithoutAPixelIsRefused) {
     std::ostringstream out;
-    EXPECT_THROW(DrawingWriter::ofFormat("png")->write({}, out), std::runtime_error);
+    EXPECT_THROW(DrawingWriter::ofFormat("png")->write({}, out), VeltraniException);
     EXPECT_EQ(out.str(), "");
 }
 

@@ -1,12 +1,12 @@
 #include "DisplayReport/PngPicture.h"
 
+#include "Common/VeltraniException.h"
 #include "support/PngImage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <stdexcept>
 
 namespace {
 
@@ -19,8 +19,8 @@ void expectRefused(const PngPicture& picture) {
     try {
         picture.write(out);
         ADD_FAILURE() << "it was written";
-    } catch (const std::runtime_error& fault) {
-        EXPECT_THAT(fault.what(), HasSubstr("The picture cannot be encoded: it has no pixels"));
+    } catch (const VeltraniException& fault) {
+        EXPECT_EQ(fault.message, L"The picture cannot be encoded: it has no pixels");
     }
     EXPECT_EQ(out.str(), "");
 }
