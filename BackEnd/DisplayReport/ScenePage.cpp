@@ -1,5 +1,7 @@
 #include "DisplayReport/ScenePage.h"
 
+#include "Common/OpensslFault.h"
+#include "Common/VeltraniException.h"
 #include "DisplayReport/Base64.h"
 #include "DisplayReport/DisplayScene.h"
 #include "DisplayReport/SceneAxes.h"
@@ -245,7 +247,10 @@ std::string escaped(const std::string& text) {
 /// What a policy names a script by.
 std::string digestOf(std::string_view script) {
     std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
-    SHA256(reinterpret_cast<const unsigned char*>(script.data()), script.size(), digest.data());
+    if (SHA256(reinterpret_cast<const unsigned char*>(script.data()), script.size(), digest.data()) == nullptr) {
+        throwIfOpensslLacksMemory();
+        throw VeltraniException(L"The page needs SHA-256, which is not available: check the OpenSSL configuration");
+    }
     return "sha256-" + base64(std::as_bytes(std::span(digest)));
 }
 

@@ -48,7 +48,7 @@ std::vector<std::string> matches(const std::string& text, const std::regex& incl
 
 const std::vector<Library>& all() {
     static const std::vector<Library> LIBRARIES{
-        {"Common", {"Common/", "include/Common/"}, {}, {"libxml", "log4cxx", "utf8.h"}, {"log4cxx"}},
+        {"Common", {"Common/", "include/Common/"}, {}, {"libxml", "log4cxx", "openssl", "utf8.h"}, {"log4cxx"}},
         {"Configuration", {"Platform/Configuration/"}, {"Common"}, {"libxml", "utf8.h"}, {}},
         {"DravixDiagnostics", {"Platform/DravixDiagnostics/"}, {"Common"}, {}, {}},
         {"DeviceFramework2", {"Platform/DeviceFramework2/"}, {"Common"}, {"libxml", "openssl"}, {}},

@@ -1,5 +1,6 @@
 #include "DeviceFramework2/detail/PjlinkLogin.h"
 
+#include "Common/OpensslFault.h"
 #include "DeviceFramework2/DeviceException.h"
 
 #include <openssl/crypto.h>
@@ -16,6 +17,7 @@ std::string pjlinkLoginDigest(const std::string& seed, const std::string& passwo
     const bool done = EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_md5(), nullptr) == 1;
     OPENSSL_cleanse(text.data(), text.size());
     if (!done) {
+        throwIfOpensslLacksMemory();
         throw DeviceException(__FILE__, __LINE__, L"the login needs MD5, which this machine refuses");
     }
     constexpr char DIGITS[] = "0123456789abcdef";

@@ -1,20 +1,38 @@
 #include "KelvoScreen/detail/Sha1.h"
 
+#include "Common/OpensslFault.h"
 #include "Common/VeltraniException.h"
 
 #include <openssl/evp.h>
 
 #include <bit>
 #include <cstring>
+#include <memory>
+#include <new>
 
 namespace KelvoScreenDetail {
 
 namespace {
 
-void require(int succeeded) {
-    if (succeeded != 1) {
+void require(bool succeeded) {
+    if (!succeeded) {
+        Veltrani::throwIfOpensslLacksMemory();
         throw VeltraniException(__FILE__, __LINE__, L"SHA-1 is not available: check the OpenSSL configuration");
     }
+}
+
+struct AlgorithmDeleter {
+    void operator()(EVP_MD* algorithm) const { EVP_MD_free(algorithm); }
+};
+
+/// Looked up once, which is more work than most digests are.
+const EVP_MD* algorithm() {
+    static const std::unique_ptr<EVP_MD, AlgorithmDeleter> instance = [] {
+        std::unique_ptr<EVP_MD, AlgorithmDeleter> fetched(EVP_MD_fetch(nullptr, "SHA1", nullptr));
+        require(fetched != nullptr);
+        return fetched;
+    }();
+    return instance.get();
 }
 
 }  // namespace
@@ -24,7 +42,10 @@ void Sha1::ContextDeleter::operator()(evp_md_ctx_st* context) const {
 }
 
 Sha1::Sha1() : m_context(EVP_MD_CTX_new()) {
-    require(m_context != nullptr && EVP_DigestInit_ex(m_context.get(), EVP_sha1(), nullptr) == 1 ? 1 : 0);
+    if (m_context == nullptr) {
+        throw std::bad_alloc();
+    }
+    require(EVP_DigestInit_ex(m_context.get(), algorithm(), nullptr) == 1);
 }
 
 Sha1::~Sha1() = default;
@@ -37,7 +58,7 @@ void Sha1::addBytes(const void* bytes, std::size_t size) {
         flush();
     }
     if (size > m_pending.size()) {
-        require(EVP_DigestUpdate(m_context.get(), bytes, size));
+        require(EVP_DigestUpdate(m_context.get(), bytes, size) == 1);
         return;
     }
     std::memcpy(m_pending.data() + m_pendingSize, bytes, size);
@@ -64,7 +85,7 @@ void Sha1::addCount(std::uint64_t count) {
 Sha1::Digest Sha1::finish() {
     flush();
     Digest digest{};
-    require(EVP_DigestFinal_ex(m_context.get(), digest.data(), nullptr));
+    require(EVP_DigestFinal_ex(m_context.get(), digest.data(), nullptr) == 1);
     if (digest == Digest{}) {
         digest.back() = 1;
     }
@@ -72,7 +93,7 @@ Sha1::Digest Sha1::finish() {
 }
 
 void Sha1::flush() {
-    require(EVP_DigestUpdate(m_context.get(), m_pending.data(), m_pendingSize));
+    require(EVP_DigestUpdate(m_context.get(), m_pending.data(), m_pendingSize) == 1);
     m_pendingSize = 0;
 }
 

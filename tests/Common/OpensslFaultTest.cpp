@@ -1,0 +1,35 @@
+#include "Common/OpensslFault.h"
+
+#include <gtest/gtest.h>
+#include <openssl/err.h>
+#include <openssl/evp.h>
+
+#include <new>
+
+namespace {
+
+using Veltrani::throwIfOpensslLacksMemory;
+
+TEST(OpensslFault, AMissingAlgorithmIsNoLackOfMemory) {
+    ASSERT_EQ(EVP_MD_fetch(nullptr, "no such digest", nullptr), nullptr);
+    EXPECT_NO_THROW(throwIfOpensslLacksMemory());
+    EXPECT_EQ(ERR_peek_error(), 0U) << "the list is empty afterwards";
+}
+
+TEST(OpensslFault, MemoryIsFoundAmongItsConsequences) {
+    ERR_raise(ERR_LIB_CRYPTO, ERR_R_MALLOC_FAILURE);
+    ASSERT_EQ(EVP_MD_fetch(nullptr, "no such digest", nullptr), nullptr);
+    EXPECT_THROW(throwIfOpensslLacksMemory(), std::bad_alloc);
+    EXPECT_EQ(ERR_peek_error(), 0U);
+}
+
+TEST(OpensslFault, ADigestThatCannotBeginHadNoMemoryForItsState) {
+    ERR_raise(ERR_LIB_EVP, EVP_R_INITIALIZATION_ERROR);
+    EXPECT_THROW(throwIfOpensslLacksMemory(), std::bad_alloc);
+}
+
+TEST(OpensslFault, AFailureWithoutAReasonHadNoMemoryForOne) {
+    EXPECT_THROW(throwIfOpensslLacksMemory(), std::bad_alloc);
+}
+
+}  // namespace
