@@ -71,6 +71,7 @@ namespace {
 /// What `install` made.
 struct Installed {
     std::shared_ptr<StandardErrorAppender> console = std::make_shared<StandardErrorAppender>();
+    LoggerPtr root = Logger::getRootLogger();  ///< kept, as finding it may take memory
     bool others = false;
 };
 
@@ -82,7 +83,7 @@ Installed& installed() {
 /// Nobody builds the text of a record that nobody sees.
 void show(const LevelPtr& threshold) {
     installed().console->setThreshold(threshold);
-    Logger::getRootLogger()->setLevel(installed().others ? Level::getInfo() : threshold);
+    installed().root->setLevel(installed().others ? Level::getInfo() : threshold);
 }
 
 }  // namespace
@@ -95,7 +96,7 @@ std::string ConsoleLog::utf8(const LogString& text) {
 
 void ConsoleLog::install(const LevelPtr& threshold, bool others) {
     installed().others = others;
-    Logger::getRootLogger()->addAppender(installed().console);
+    installed().root->addAppender(installed().console);
     show(threshold);
 }
 
@@ -109,6 +110,11 @@ ConsoleLog::ErrorsOnly::ErrorsOnly(bool enabled) : m_before(installed().console-
     }
 }
 
+/// Also while an exception ends the run because memory ran out: what needs more of it leaves errors alone to be shown.
 ConsoleLog::ErrorsOnly::~ErrorsOnly() {
-    show(m_before);
+    try {
+        show(m_before);
+    } catch (...) {
+        return;
+    }
 }

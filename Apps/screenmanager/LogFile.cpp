@@ -95,6 +95,9 @@ public:
     void close() override {}
     bool requiresLayout() const override { return false; }
 
+    /// Drops all further records.
+    void forgetFile() { m_file = nullptr; }
+
 protected:
     void append(const spi::LoggingEventPtr& event, helpers::Pool& /*pool*/) override {
         if (m_file != nullptr) {
@@ -103,7 +106,7 @@ protected:
     }
 
 private:
-    LogFile* m_file;  ///< takes this appender off the loggers before it ends
+    LogFile* m_file;  ///< null once that has ended
 };
 
 IMPLEMENT_LOG4CXX_OBJECT(LogFileAppender)
@@ -134,7 +137,8 @@ int LogFile::open(const std::string& path, const std::vector<std::string>& argum
     }
     add(std::string(OPENING) + '\t' + now() + "\tscreenmanager " SM_VERSION ":" + Veltrani::onOneLine(run));
     m_appender = std::make_shared<LogFileAppender>(this);
-    Logger::getRootLogger()->addAppender(m_appender);
+    m_root = Logger::getRootLogger();
+    m_root->addAppender(m_appender);
     return EXIT_ALL_RIGHT;
 }
 
@@ -189,9 +193,15 @@ int LogFile::close(int exitCode) {
     return exitCode <= EXIT_INCOMPLETE ? EXIT_OUTPUT : exitCode;
 }
 
-void LogFile::detach() {
+/// Also while an exception ends the run because memory ran out.
+void LogFile::detach() noexcept {
     if (m_appender) {
-        Logger::getRootLogger()->removeAppender(m_appender);
+        m_appender->forgetFile();
+        try {
+            m_root->removeAppender(m_appender);
+        } catch (...) {
+            // It stays with the logger, and does nothing there.
+        }
         m_appender.reset();
     }
     if (m_descriptor >= 0) {

@@ -1,9 +1,12 @@
 #pragma once
 
-#include <log4cxx/appender.h>
+#include <log4cxx/logger.h>
 
+#include <memory>
 #include <string>
 #include <vector>
+
+class LogFileAppender;
 
 /// The file of `--log`, which receives every log record as one line, behind what earlier runs wrote there: five columns
 /// in UTF-8 with tabs between them, which are time (UTC), level, logger, place in the sources and text. Lines that
@@ -37,10 +40,11 @@ public:
 
 private:
     [[nodiscard]] std::string openDescriptor(const std::string& path);
-    void detach();
+    void detach() noexcept;
 
     std::string m_path;
     int m_descriptor = -1;
-    int m_fault = 0;  ///< the system's number of the first error
-    log4cxx::AppenderPtr m_appender;
+    int m_fault = 0;            ///< the system's number of the first error
+    log4cxx::LoggerPtr m_root;  ///< kept, as finding it may take memory
+    std::shared_ptr<LogFileAppender> m_appender;
 };

@@ -18,7 +18,12 @@ SurveyedDeviceManager::SurveyedDeviceManager(DeviceFramework2::DeviceManager& ma
 
 SurveyedDeviceManager::~SurveyedDeviceManager() {
     for (const ProjectorFinding& finding : m_findings) {
-        m_manager.releaseDevice(finding.device);
+        try {
+            m_manager.releaseDevice(finding.device);
+        } catch (...) {
+            // A device that was given back before is logged, for which memory may be missing.
+            continue;
+        }
     }
 }
 

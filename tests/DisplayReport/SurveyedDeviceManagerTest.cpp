@@ -4,6 +4,8 @@
 #include "DeviceFramework2/Commands.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
 #include "ProjectorTesting.h"
+#include "support/AllocationFault.h"
+#include "support/LogTrap.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -62,6 +64,20 @@ TEST_F(ASurveyedDeviceManager, GivesTheDevicesOfTheSurveyBack) {
         EXPECT_EQ(manager.deviceCount(), 1U);
     }
     EXPECT_EQ(manager.deviceCount(), 0U);
+}
+
+TEST_F(ASurveyedDeviceManager, ItsEndNeedsNoMemory) {
+    const LogTrap trap;
+    const ProjectorFinding finding = usable();
+    manager.releaseDevice(finding.device);  // given back behind its back, which is logged at its end
+    std::size_t failures = 0;
+    for (bool isMissed = true; isMissed; ++failures) {
+        auto surveyed = std::make_unique<SurveyedDeviceManager>(manager, std::vector<ProjectorFinding>{finding});
+        const AllocationFault fault(failures);
+        surveyed.reset();
+        isMissed = fault.happened();
+    }
+    EXPECT_GT(failures, 1U);
 }
 
 TEST_F(ASurveyedDeviceManager, NotesWhatIsSentAndTellsAnObserver) {
