@@ -1,9 +1,10 @@
-// Every command with less and less memory: it ends as the manual page has it, says so in words, and what was there
-// before stays.
+// Every command with less and less memory, and with allocations that fail: it ends as the manual page has it, says so
+// in words, and what was there before stays.
 #include "ProgramRun.h"
 #include "ProjectorDisplays.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,6 +22,7 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::AnyOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -128,12 +130,37 @@ protected:
         }
     }
 
-    /// With less memory than it needs.
-    void expectSaid(const Way& way, const ProgramRun& run) const {
-        EXPECT_THAT(run.errors, HasSubstr("error: not enough memory"));
+    /// What can be told from a run.
+    struct Outcome {
+        ProgramRun run;
+        std::string file;
+    };
+
+    [[nodiscard]] Outcome outcomeOf(const Way& way, const RunConditions& conditions = {}) const {
+        putBack(way);
+        Outcome outcome{runScreenManagerUnder(conditions, way.arguments), ""};
         if (!way.output.empty()) {
-            EXPECT_TRUE(m_folder.read(way.output) == way.before) << "the old file stays";
+            outcome.file = m_folder.read(way.output);
         }
+        return outcome;
+    }
+
+    /// As with all the memory it wants, or in words that there was too little. True when there was.
+    bool expectSameOrSaid(const Way& way, const Outcome& outcome, const Outcome& usual) const {
+        const ProgramRun& run = outcome.run;
+        EXPECT_EQ(run.signal, 0) << run.errors;
+        EXPECT_THAT(run.errors, AllOf(Not(HasSubstr("std::")), Not(HasSubstr("_M_"))));
+        if (run.exitCode != OUT_OF_MEMORY) {
+            EXPECT_EQ(run.exitCode, usual.run.exitCode) << run.errors << run.output;
+            EXPECT_EQ(run.output, usual.run.output);
+            EXPECT_TRUE(outcome.file == usual.file) << "the same result";
+            return false;
+        }
+        EXPECT_THAT(run.errors, HasSubstr("error: not enough memory"));
+        // Memory may also be missing for what is said of a result that is written already.
+        EXPECT_TRUE(way.output.empty() || outcome.file == way.before || outcome.file == usual.file)
+            << "the old file stays";
+        return true;
     }
 
     /// The command with every memory from where it can start to where it succeeds twice in a row. How often memory was
@@ -141,25 +168,57 @@ protected:
     int expectDecency(const Way& way) {
         constexpr std::size_t STEP = 7 * MEGABYTE;
         constexpr std::size_t MOST = 2000 * MEGABYTE;
+        const Outcome usual = outcomeOf(way);
+        EXPECT_THAT(usual.run.exitCode, AnyOf(ALL_RIGHT, INCOMPLETE)) << usual.run.errors;
         int successes = 0;
         int failures = 0;
         for (std::size_t memory = m_least; successes < 2 && memory < MOST; memory += STEP) {
             SCOPED_TRACE(testing::PrintToString(way.arguments) + " with " + std::to_string(memory) + " bytes");
-            putBack(way);
-            const ProgramRun run = runScreenManagerUnder({{}, "", memory}, way.arguments);
-            EXPECT_EQ(run.signal, 0) << run.errors;
-            EXPECT_THAT(run.exitCode, AnyOf(ALL_RIGHT, INCOMPLETE, OUT_OF_MEMORY)) << run.errors;
-            EXPECT_THAT(run.errors, Not(HasSubstr("std::")));
-            EXPECT_THAT(run.errors, Not(HasSubstr("_M_")));
-            if (run.exitCode == OUT_OF_MEMORY) {
+            const Outcome outcome = outcomeOf(way, {{}, "", memory});
+            if (expectSameOrSaid(way, outcome, usual)) {
                 ++failures;
-                expectSaid(way, run);
             } else {
-                EXPECT_THAT(run.errors, Not(HasSubstr("memory")));
+                EXPECT_THAT(outcome.run.errors, Not(HasSubstr("memory")));
                 ++successes;
             }
         }
         EXPECT_EQ(successes, 2) << testing::PrintToString(way.arguments);
+        return failures;
+    }
+
+    /// Which allocations fail, of those that a library makes once the program has started; all when it has no name.
+    struct Failing {
+        std::string library;
+        long from = 0;
+        long count = 0;
+    };
+
+    [[nodiscard]] RunConditions conditionsOf(const Failing& failing) const {
+        return {{{"LD_PRELOAD", failingAllocations()},
+                 {"SM_ALLOCATIONS", m_folder.file("allocations")},
+                 {"SM_FAIL_IN", failing.library},
+                 {"SM_FAIL_FROM", std::to_string(failing.from)},
+                 {"SM_FAIL_COUNT", std::to_string(failing.count)}}};
+    }
+
+    /// Lets one allocation fail, and all from there on, at places spread over the whole run. How often that was said.
+    int expectDecencyWherever(const Way& way, const std::string& library, long places) {
+        const Outcome usual = outcomeOf(way, conditionsOf({library, 0, 0}));
+        const long allocations = std::stol(m_folder.read("allocations"));
+        EXPECT_GT(allocations, places) << library;
+        int failures = 0;
+        for (long place = 0; place < places; ++place) {
+            for (const long count : {1L, allocations}) {
+                const Failing failing{library, 1 + place * (allocations - 1) / (places - 1), count};
+                SCOPED_TRACE(testing::PrintToString(way.arguments) + ", from " + std::to_string(failing.from) + " of " +
+                             std::to_string(allocations) + ", " + std::to_string(count));
+                const Outcome outcome = outcomeOf(way, conditionsOf(failing));
+                // There the C library ends the process by itself.
+                if (!outcome.run.errors.starts_with("Fatal glibc error: failed to register TLS destructor")) {
+                    failures += expectSameOrSaid(way, outcome, usual) ? 1 : 0;
+                }
+            }
+        }
         return failures;
     }
 
@@ -210,6 +269,25 @@ TEST_F(Memory, IsMissedInWordsWhateverFileItIsFor) {
         const std::string file = m_folder.write("display.xml", display(files, projector("P0", "")));
         const Way way{{"targets", file, "-o", m_folder.file("o.csv"), "-v"}, "o.csv"};
         EXPECT_GT(expectDecency(way), 0) << files;
+    }
+}
+
+TEST_F(Memory, IsMissedInWordsWhicheverAllocationFails) {
+    const std::string file = m_folder.write("display.xml", display("", projector("P0", "") + projector("P1", "")));
+    constexpr long PLACES = 8;
+    for (const Way& way :
+         {Way{{"check", file}, ""}, Way{{"targets", file, "-o", m_folder.file("o.csv")}, "o.csv"},
+          Way{{"view", file, "-o", m_folder.file("o.html"), "--log", m_folder.file("log")}, "o.html"},
+          Way{{"map", file, "--channel", "P0", "--point", "0.5,0.5", "-o", m_folder.file("o.txt")}, "o.txt"}}) {
+        EXPECT_GE(expectDecencyWherever(way, "", PLACES), PLACES) << way.arguments[0];
+    }
+}
+
+TEST_F(Memory, IsNotTakenForADigestThatIsMissing) {
+    const std::string file = m_folder.write("display.xml", display("", projector("P0", "") + projector("P1", "")));
+    constexpr long PLACES = 5;
+    for (const Way& way : {Way{{"check", file}, ""}, Way{{"view", file, "-o", m_folder.file("o.html")}, "o.html"}}) {
+        EXPECT_GE(expectDecencyWherever(way, "libcrypto", PLACES), PLACES) << way.arguments[0];
     }
 }
 

@@ -16,6 +16,10 @@ std::string exampleGenerator() {
     return SM_EXAMPLE_GENERATOR;
 }
 
+std::string failingAllocations() {
+    return SM_FAILING_ALLOCATIONS;
+}
+
 std::string simulatorFile() {
     return SM_PJLINK_SIMULATOR;
 }

@@ -18,5 +18,8 @@ std::string programFile();
 /// The program that makes the mesh of the curved wall.
 std::string exampleGenerator();
 
+/// The library that lets allocations of a program fail into which it is preloaded.
+std::string failingAllocations();
+
 /// The program that plays projectors.
 std::string simulatorFile();
