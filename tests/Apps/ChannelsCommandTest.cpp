@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <chrono>
 
 namespace {
 
@@ -121,7 +120,7 @@ TEST_F(TheChannelsCommand, ASilentProjectorHoldsNobodyUpForLongerThanTheTimeout)
     EXPECT_THAT(run.output, ContainsRegex("Left .* missing "));
 }
 
-TEST_F(TheChannelsCommand, ManySilentProjectorsTakeAsLongAsOne) {
+TEST_F(TheChannelsCommand, ManySilentProjectorsAreWaitedForTogether) {
     constexpr int PROJECTORS = 32;
     const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--greeting", "-"});
     std::string entries;
@@ -129,9 +128,7 @@ TEST_F(TheChannelsCommand, ManySilentProjectorsTakeAsLongAsOne) {
         const std::string number = std::to_string(i);
         entries += entry("E" + number, "Channel " + number, snippet(silent.port(static_cast<std::size_t>(i)), i));
     }
-    const auto begin = std::chrono::steady_clock::now();
     const ProgramRun run = channels(display(entries), {"--timeout", "1"});
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << "one after another: 32 s";
     EXPECT_EQ(run.exitCode, 1);
     std::size_t at = 0;
     for (int i = 0; i < PROJECTORS; ++i) {
@@ -139,7 +136,7 @@ TEST_F(TheChannelsCommand, ManySilentProjectorsTakeAsLongAsOne) {
         ASSERT_NE(at, std::string::npos) << i << ", in the order of the file";
     }
     EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), PROJECTORS);
-    EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS);
+    EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS) << "one after another they are open alone";
 }
 
 TEST_F(TheChannelsCommand, APasswordFileThatCannotBeUsedBringsItsOwnRemedy) {

@@ -73,15 +73,13 @@ TEST(ProjectorDiscovery, AsksAllThatItFindsAtTheSameTime) {
     const PjlinkSimulator silent({"--spread", "yes", "--projectors", std::to_string(PROJECTORS), "--greeting", "-"});
     auto impatient = searching(silent);
     impatient.pjlink.greetingLimit = WAIT;
-    const auto begin = std::chrono::steady_clock::now();
     const Discovery found = ProjectorDiscovery(impatient).run();
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 4 * WAIT) << "one after another they take 32 waits";
     ASSERT_THAT(found.projectors, SizeIs(PROJECTORS));
     for (const DiscoveredProjector& projector : found.projectors) {
         EXPECT_THAT(projector.fault, HasSubstr("first contact: no answer within 1000 ms"));
     }
     EXPECT_THAT(found.leftOut, IsEmpty());
-    EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS);
+    EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS) << "one after another they are open alone";
 }
 
 TEST(ProjectorDiscovery, OneThatStatesManyMacAddressesIsContactedAFewTimesOnly) {
@@ -121,11 +119,10 @@ TEST(ProjectorDiscovery, TheTimeForAllEndsTheQuestions) {
     const PjlinkSimulator silent({"--spread", "yes", "--projectors", "5", "--greeting", "-"});
     auto patient = searching(silent);
     patient.pjlink.greetingLimit = std::chrono::seconds(60);
-    const auto begin = std::chrono::steady_clock::now();
     const Discovery found = ProjectorDiscovery(patient, {}, {256, std::chrono::seconds(1)}).run();
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
     EXPECT_THAT(found.projectors, SizeIs(5));
-    EXPECT_THAT(found.leftOut, ElementsAre(HasSubstr("5 of 5 projectors that answered were not asked")));
+    EXPECT_THAT(found.leftOut, ElementsAre(HasSubstr("5 of 5 projectors that answered were not asked")))
+        << "and not that they did not answer";
 }
 
 TEST(ProjectorDiscovery, IsPrintedAsATable) {
