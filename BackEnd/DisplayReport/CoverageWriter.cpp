@@ -2,6 +2,7 @@
 
 #include "Common/QuotedText.h"
 #include "DisplayReport/FormatList.h"
+#include "DisplayReport/JsonText.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/TextTable.h"
 
@@ -188,7 +189,7 @@ Json litBy(const CoverageReport& report) {
 }
 
 std::string textOf(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return safeForTerminals(json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 /// One by one: a tree of thousands needs memory when it goes, and has none where memory ran out.

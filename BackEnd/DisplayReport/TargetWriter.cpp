@@ -3,6 +3,7 @@
 #include "Common/QuotedText.h"
 #include "DisplayReport/ChannelPalette.h"
 #include "DisplayReport/FormatList.h"
+#include "DisplayReport/JsonText.h"
 #include "DisplayReport/NumberText.h"
 #include "DisplayReport/TargetSurvey.h"
 
@@ -62,6 +63,10 @@ void CsvTargetWriter::write(const TargetSurvey& survey, std::ostream& out) const
 template <class Value>
 std::string text(const Value& value) {
     return nlohmann::json(value).dump();
+}
+
+std::string text(const std::string& value) {
+    return safeForTerminals(nlohmann::json(value).dump());
 }
 
 std::string text(const Point<double, 3>& point) {

@@ -283,7 +283,9 @@ TEST_F(ForeignText, StandsAsItIsInWhatOtherProgramsRead) {
     for (const std::vector<std::string>& command :
          {std::vector<std::string>{"targets", file, "--format", "json", "--quiet"},
           {"coverage", file, "--json", "--quiet"}}) {
-        const auto document = nlohmann::json::parse(runScreenManager(command).output);
+        const std::string json = runScreenManager(command).output;
+        expectSeen(json, "JSON has its own way to spell them out");
+        const auto document = nlohmann::json::parse(json);
         EXPECT_EQ(document.at("channels").at(0).at("name"), "\"" + HOSTILE + ",");
         EXPECT_EQ(document.at("channels").at(0).at("projector"), id);
     }
