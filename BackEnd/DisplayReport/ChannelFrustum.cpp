@@ -302,7 +302,7 @@ std::optional<ChannelFrustum> FrustumTracer::trace() const {
     const double reach = longest > 0 ? longest : m_reach;
     for (std::size_t i = 0; i < places.size(); ++i) {
         const Polyline way = rays->path(places[i], reach);
-        if (way.size() < 2 || !std::all_of(way.begin(), way.end(), isFinite)) {
+        if (way.size() < 2 || !std::all_of(way.begin(), way.end(), isFinite<3>)) {
             continue;
         }
         if (i % RIM_SAMPLES == 0) {
