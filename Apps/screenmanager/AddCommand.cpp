@@ -104,8 +104,7 @@ std::optional<ExitCode> trySave(const XMLConfigFile& config, const std::string& 
 
 /// Adds the entry to the file as it is now. Null when it cannot be read or has something like it, which has been
 /// reported then; `code` says which.
-std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const AddCommand::Options& options,
-                                             ExitCode& code) {
+std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const Options& options, ExitCode& code) {
     const std::string& file = options.file;
     std::unique_ptr<XMLConfigFile> newer = DisplayFile::read(file);
     if (!newer) {
