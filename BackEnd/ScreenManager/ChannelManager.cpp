@@ -241,6 +241,7 @@ std::vector<Channel::ProjectorId> ChannelManager::getDisplayDeviceIds() const {
 
 std::vector<Channel> ChannelManager::getChannels() const {
     std::vector<Channel> copies;
+    copies.reserve(m_channels.size());
     std::transform(m_channels.begin(), m_channels.end(), std::back_inserter(copies),
                    [](const auto& channel) { return *channel; });
     return copies;
@@ -260,8 +261,7 @@ AbstractDevice* ChannelManager::getDeviceRefactor(const Channel::Id& channelId) 
 }
 
 AbstractDevice* ChannelManager::getDeviceRefactor(int index) const {
-    const bool askable = m_deviceManager != nullptr && index >= 0;
-    return askable ? deviceOf(channelAt(index).getProjectorConfigId()) : nullptr;
+    return m_deviceManager != nullptr && index >= 0 ? deviceOf(channelAt(index).getProjectorConfigId()) : nullptr;
 }
 
 Channel ChannelManager::getChannelInfoRefactor(const Channel::ProjectorId& projectorId) const {
