@@ -137,7 +137,9 @@ TEST(PeakSearch, AJaggedFunctionEndsToo) {
     std::uint64_t looks = 0;
     PeakSearch search = searchOf([&](int column, int row) {
         ++looks;
-        return static_cast<double>((static_cast<std::uint64_t>(column) * 7919 + row * 104729U) % 1000) / 1000;
+        return static_cast<double>(
+                   (static_cast<std::uint64_t>(column) * 7919 + static_cast<unsigned int>(row) * 104729U) % 1000) /
+               1000;
     });
     EXPECT_GT(search.greatest(), 0.99);
     EXPECT_LT(looks, 3000U);

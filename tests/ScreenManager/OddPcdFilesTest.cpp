@@ -190,7 +190,7 @@ TEST_F(OddPcdFiles, WhatIsOddAndHarmlessIsReadAsTheReaderDoes) {
         ASSERT_EQ(cloud->size(), 2U) << content;
         ASSERT_EQ(expected->size(), 2U) << content;
         for (std::size_t i = 0; i < 2; ++i) {
-            for (int axis = 0; axis < 3; ++axis) {
+            for (std::size_t axis = 0; axis < 3; ++axis) {
                 EXPECT_EQ((*cloud)[i].data[axis], static_cast<float>(3 * i + axis + 1)) << content;
                 EXPECT_EQ((*expected)[i].data[axis], (*cloud)[i].data[axis]) << content;
             }
