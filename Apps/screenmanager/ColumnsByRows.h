@@ -20,14 +20,14 @@ struct ColumnsByRows {
 
 /// An option whose value is such a size.
 struct GridOption {
-    const char* name;
-    const char* help;
+    const char* name = nullptr;
+    const char* help = nullptr;
     const char* form = "COLUMNSxROWS";  ///< the name of the value
-    const char* example;
-    const char* things;  ///< of which there are at most so many together
-    int fewest;          ///< columns, and rows
-    int most;            ///< columns, and rows
-    long long mostTogether;
+    const char* example = nullptr;
+    const char* things = nullptr;  ///< of which there are at most so many together
+    int fewest = 0;                ///< columns, and rows
+    int most = 0;                  ///< columns, and rows
+    long long mostTogether = 0;
 };
 
 /// Adds the option, which accepts nothing but sizes within its bounds.

@@ -15,11 +15,11 @@ struct Command {
     /// Does what was parsed; returns an `ExitCode`.
     using Run = std::function<int(Verbosity)>;
 
-    const char* name;
-    const char* summary;  ///< in the help of the program
+    const char* name = nullptr;
+    const char* summary = nullptr;  ///< in the help of the program
     /// Adds the arguments and options to the command line of this command; returns what is to be run once they are
     /// parsed, which owns their values and must live until then.
-    Run (*addTo)(CLI::App& line);
+    Run (*addTo)(CLI::App& line) = nullptr;
     /// It prints every fault itself: warnings of the library would only repeat them.
     bool printsFaults = false;
     /// It bends so many rays that a log record for each would fill the log.
