@@ -111,11 +111,13 @@ void LightCutter::cutAcross(const LitTriangle& triangle, double foot, double ste
     for (const bool isFirst : {true, false}) {
         const LitPoint& tip = isFirst ? a : b;
         const double start = isFirst ? 0.0 : 1.0;
-        const double count = std::ceil(std::clamp(std::abs(foot - start) * steps, 0.0, MOST_ACROSS));
+        // A foot that is no number cuts nothing.
+        const auto count =
+            static_cast<int>(std::ceil(std::fmin(std::fmax(std::abs(foot - start) * steps, 0), MOST_ACROSS)));
         LitPoint along = tip;
         LitPoint beside = tip;
-        for (double i = 1; i <= count; ++i) {
-            const double part = i / count;
+        for (int i = 1; i <= count; ++i) {
+            const double part = static_cast<double>(i) / count;
             const LitPoint nextBeside = i < count ? m_domain.between(tip, c, part, LitBy().set()) : c;
             const LitPoint nextAlong = m_domain.between(a, b, start + (foot - start) * part, LitBy().set());
             halve({along, nextAlong, nextBeside}, depth + 1);
