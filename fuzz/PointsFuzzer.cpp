@@ -1,5 +1,5 @@
 #include "Common/VeltraniException.h"
-#include "DisplayReport/PointReader.h"
+#include "DisplayReport/maps/PointReader.h"
 
 #include <cmath>
 #include <cstdint>

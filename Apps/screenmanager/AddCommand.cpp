@@ -4,8 +4,8 @@
 #include "Configuration/XMLConfigFile.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DisplayFile.h"
-#include "DisplayReport/ProjectorAddition.h"
 #include "FailureReport.h"
+#include "ProjectorSession/ProjectorAddition.h"
 #include "Projectors.h"
 
 #include <memory>
@@ -18,7 +18,7 @@ using Veltrani::toUtf8;
 using Veltrani::DeviceFramework2::DeviceManager;
 using Veltrani::DeviceFramework2::MacAddress;
 using Veltrani::DeviceFramework2::ProjectorAddress;
-using Veltrani::DisplayReport::ProjectorAddition;
+using Veltrani::ProjectorSession::ProjectorAddition;
 
 struct Options : DeviceOptions {
     std::string file;  ///< the configuration, which is replaced as a whole, or not at all

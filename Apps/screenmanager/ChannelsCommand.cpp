@@ -1,15 +1,15 @@
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayFile.h"
-#include "DisplayReport/ChannelListing.h"
-#include "DisplayReport/ProjectorRun.h"
 #include "ProgressMeter.h"
+#include "ProjectorSession/ChannelListing.h"
+#include "ProjectorSession/ProjectorRun.h"
 #include "Projectors.h"
 
 #include <iostream>
 
 namespace {
 
-using namespace Veltrani::DisplayReport;
+using namespace Veltrani::ProjectorSession;
 using Veltrani::DeviceFramework2::DeviceManager;
 
 struct Options : DeviceOptions {
@@ -23,7 +23,7 @@ bool printListing(const ChannelListing& listing) {
     if (Console::finishOutput() != EXIT_ALL_RIGHT) {
         return false;
     }
-    for (const Fault& fault : listing.faults) {
+    for (const Veltrani::DisplayReport::Fault& fault : listing.faults) {
         Console::error(fault.where + ": " + fault.what);
     }
     return true;

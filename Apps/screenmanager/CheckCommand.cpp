@@ -1,6 +1,6 @@
 #include "Command.h"
-#include "DisplayReport/DisplayCheck.h"
-#include "DisplayReport/DisplayDescriptionPrinter.h"
+#include "DisplayReport/check/DisplayCheck.h"
+#include "DisplayReport/check/DisplayDescription.h"
 
 #include <iostream>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Console.h"
-#include "DisplayReport/TargetPlan.h"
+#include "DisplayReport/targets/TargetSurvey.h"
 
 #include <CLI/CLI.hpp>
 

@@ -4,7 +4,7 @@
 #include "Common/VeltraniException.h"
 #include "Configuration/XMLConfigFile.h"
 #include "ConsoleLog.h"
-#include "DisplayReport/NamedFiles.h"
+#include "DisplayReport/basics/NamedFiles.h"
 #include "FailureReport.h"
 
 #include <log4cxx/logger.h>

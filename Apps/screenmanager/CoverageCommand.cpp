@@ -1,8 +1,8 @@
 #include "Command.h"
 #include "ConsoleLog.h"
 #include "DisplayFile.h"
-#include "DisplayReport/CoverageSurvey.h"
-#include "DisplayReport/CoverageWriter.h"
+#include "DisplayReport/coverage/CoverageSurvey.h"
+#include "DisplayReport/coverage/CoverageWriter.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 

@@ -1,5 +1,5 @@
-#include "DisplayReport/ProjectorDiscovery.h"
 #include "ProgressMeter.h"
+#include "ProjectorSession/ProjectorDiscovery.h"
 #include "Projectors.h"
 
 #include <algorithm>
@@ -9,9 +9,9 @@
 #include <sstream>
 #include <string>
 
-using Veltrani::DisplayReport::DiscoveredProjector;
-using Veltrani::DisplayReport::Discovery;
-using Veltrani::DisplayReport::ProjectorDiscovery;
+using Veltrani::ProjectorSession::DiscoveredProjector;
+using Veltrani::ProjectorSession::Discovery;
+using Veltrani::ProjectorSession::ProjectorDiscovery;
 
 namespace {
 

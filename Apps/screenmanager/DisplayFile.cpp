@@ -1,7 +1,7 @@
 #include "DisplayFile.h"
 
 #include "ConsoleLog.h"
-#include "DisplayReport/ScreenLoader.h"
+#include "DisplayReport/channels/ScreenLoader.h"
 #include "FailureReport.h"
 #include "ProgressMeter.h"
 

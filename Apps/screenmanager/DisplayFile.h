@@ -2,7 +2,7 @@
 
 #include "Configuration/XMLConfigFile.h"
 #include "Console.h"
-#include "DisplayReport/Fault.h"
+#include "DisplayReport/basics/Fault.h"
 
 #include <memory>
 #include <string>

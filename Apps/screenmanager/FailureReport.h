@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DisplayReport/Fault.h"
+#include "DisplayReport/basics/Fault.h"
 
 #include <exception>
 #include <string>

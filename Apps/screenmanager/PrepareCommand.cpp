@@ -2,8 +2,8 @@
 #include "Common/QuotedText.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayFile.h"
-#include "DisplayReport/ProjectorRun.h"
 #include "ProgressMeter.h"
+#include "ProjectorSession/ProjectorRun.h"
 #include "Projectors.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace Veltrani::DisplayReport;
+using namespace Veltrani::ProjectorSession;
 using Veltrani::onOneLine;
 using Veltrani::DeviceFramework2::DeviceManager;
 

@@ -9,7 +9,7 @@
 namespace {
 
 using namespace Veltrani::DeviceFramework2;
-using Veltrani::DisplayReport::ProjectorFinding;
+using Veltrani::ProjectorSession::ProjectorFinding;
 
 /// Bounds of a wait in seconds: an answer on a local network takes milliseconds, and nobody waits for longer than an
 /// hour.

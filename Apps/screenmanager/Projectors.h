@@ -3,7 +3,7 @@
 #include "Command.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DeviceFramework2/ProjectorAddress.h"
-#include "DisplayReport/ProjectorFinding.h"
+#include "ProjectorSession/ProjectorFinding.h"
 
 #include <chrono>
 #include <exception>
@@ -27,17 +27,17 @@ void addBroadcast(CLI::App& line, DeviceOptions& options);
 
 /// Reports which projectors do not do, one line each: "error: channel NAME (ID): cause; remedy".
 /// @param replaced virtual projectors stand in for them, so that these are warnings
-void reportUnusable(const std::vector<Veltrani::DisplayReport::ProjectorFinding>& findings, bool replaced);
+void reportUnusable(const std::vector<Veltrani::ProjectorSession::ProjectorFinding>& findings, bool replaced);
 
 /// True when there are no projectors at all, which has been reported then.
-bool reportNone(const std::vector<Veltrani::DisplayReport::ProjectorFinding>& findings, const std::string& file);
+bool reportNone(const std::vector<Veltrani::ProjectorSession::ProjectorFinding>& findings, const std::string& file);
 
 /// Reports what went wrong with projectors or their entries, in one line: "error: SUBJECT: message".
 /// Unlike `reportFailure` without the place in the source: it is no fault of the program.
 void reportDeviceFailure(const std::string& subject, const std::exception_ptr& exception);
 
 /// Reports which entries contradict each other. True if any do: no channels can be made of them.
-bool reportConflicts(const std::vector<Veltrani::DisplayReport::ProjectorFinding>& findings);
+bool reportConflicts(const std::vector<Veltrani::ProjectorSession::ProjectorFinding>& findings);
 
 /// A text as one word of a command line that a user can copy.
 std::string shellWord(const std::string& text);

@@ -3,7 +3,7 @@
 #include "Common/AtomicFile.h"
 #include "Common/Utf8.h"
 #include "Console.h"
-#include "DisplayReport/NamedFiles.h"
+#include "DisplayReport/basics/NamedFiles.h"
 #include "FailureReport.h"
 
 #include <array>

@@ -1,8 +1,7 @@
 #include "Command.h"
 #include "DisplayFile.h"
-#include "DisplayReport/TargetPlacer.h"
-#include "DisplayReport/TargetSummary.h"
-#include "DisplayReport/TargetWriter.h"
+#include "DisplayReport/targets/TargetPlacer.h"
+#include "DisplayReport/targets/TargetWriter.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 

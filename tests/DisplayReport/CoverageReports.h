@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DisplayReport/CoverageReport.h"
+#include "DisplayReport/coverage/CoverageReport.h"
 
 /// A report for the tests of its writers: a channel that lights, one without pixels, one without light.
 inline Veltrani::DisplayReport::CoverageReport sampleCoverage() {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "DisplayReport/ChannelLight.h"
-#include "DisplayReport/ChannelLocator.h"
-#include "DisplayReport/ScreenLoader.h"
-#include "Displays.h"
+#include "DisplayReport/channels/ChannelLocator.h"
+#include "DisplayReport/channels/ScreenLoader.h"
+#include "DisplayReport/coverage/ChannelLight.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/SphereTargetLocator.h"
 #include "ScreenManager/TargetLocatorManager.h"
+#include "support/Displays.h"
 #include "support/LogTrap.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DisplayReport/DisplayScene.h"
+#include "DisplayReport/scene/DisplayScene.h"
 
 #include <cstdint>
 

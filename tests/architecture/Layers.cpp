@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <regex>
 #include <sstream>
+#include <utility>
 
 namespace layers {
 
@@ -11,6 +12,10 @@ namespace {
 /// Parts of the C library and the system; every library may use them, no exported header does.
 const std::vector<std::string_view> SYSTEM{"arpa",    "dlfcn.h", "emmintrin.h", "fcntl.h",  "ifaddrs.h", "net",
                                            "netdb.h", "netinet", "poll.h",      "signal.h", "sys",       "unistd.h"};
+
+/// The libraries that reports are made from.
+const std::vector<std::string_view> BELOW_REPORTS{"Common",       "Configuration", "DeviceFramework2",
+                                                  "KelvoControl", "KelvoScreen",   "ScreenManager"};
 
 bool contains(const std::vector<std::string_view>& names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -21,10 +26,28 @@ std::string topOf(const std::string& name) {
     return name.substr(0, name.find('/'));
 }
 
+/// True for the folder itself and for what lies below it.
+bool liesIn(std::string_view name, std::string_view folder) {
+    return name.starts_with(folder) && (name.size() == folder.size() || name[folder.size()] == '/');
+}
+
+/// The library or the room that an included name belongs to; null for none.
 const Library* named(const std::string& name) {
-    const auto found =
-        std::find_if(all().begin(), all().end(), [&name](const Library& library) { return library.name == name; });
+    const auto found = std::find_if(all().begin(), all().end(),
+                                    [&name](const Library& library) { return liesIn(name, library.name); });
     return found == all().end() ? nullptr : &*found;
+}
+
+bool mayUse(const Library& library, const Library& used) {
+    return std::any_of(library.mayUse.begin(), library.mayUse.end(),
+                       [&used](std::string_view name) { return liesIn(used.name, name); });
+}
+
+/// A room of the library of reports: what it may use beside the libraries below and the rooms that it names.
+Library room(std::string_view name, std::vector<std::string_view> folders, std::vector<std::string_view> rooms,
+             std::vector<std::string_view> packages) {
+    rooms.insert(rooms.end(), BELOW_REPORTS.begin(), BELOW_REPORTS.end());
+    return {name, std::move(folders), std::move(rooms), std::move(packages), {}};
 }
 
 /// Headers of the C++ library have neither folder nor extension.
@@ -63,14 +86,30 @@ const std::vector<Library>& all() {
          {"Common", "Configuration", "DeviceFramework2", "DravixDiagnostics", "KelvoControl", "KelvoScreen"},
          {"Eigen", "log4cxx", "pcl"},
          {"log4cxx"}},
-        {"DisplayReport",
-         {"BackEnd/DisplayReport/"},
-         {"Common", "Configuration", "DeviceFramework2", "KelvoControl", "KelvoScreen", "ScreenManager"},
-         {"nanoflann.hpp", "nlohmann", "openssl", "pcl", "png.h"},
+        room("DisplayReport/basics", {"BackEnd/DisplayReport/basics/", "include/DisplayReport/basics/"}, {}, {"png.h"}),
+        room("DisplayReport/channels", {"BackEnd/DisplayReport/channels/", "include/DisplayReport/channels/"},
+             {"DisplayReport/basics"}, {}),
+        room("DisplayReport/targets", {"BackEnd/DisplayReport/targets/", "include/DisplayReport/targets/"},
+             {"DisplayReport/basics", "DisplayReport/channels"}, {"nlohmann"}),
+        room("DisplayReport/maps", {"BackEnd/DisplayReport/maps/", "include/DisplayReport/maps/"},
+             {"DisplayReport/basics", "DisplayReport/channels"}, {}),
+        room("DisplayReport/coverage", {"BackEnd/DisplayReport/coverage/", "include/DisplayReport/coverage/"},
+             {"DisplayReport/basics", "DisplayReport/channels"}, {"nanoflann.hpp", "nlohmann"}),
+        room("DisplayReport/check", {"BackEnd/DisplayReport/check/", "include/DisplayReport/check/"},
+             {"DisplayReport/basics", "DisplayReport/channels"}, {"pcl"}),
+        room("DisplayReport/scene", {"BackEnd/DisplayReport/scene/"},
+             {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/targets"},
+             {"nlohmann", "openssl", "pcl"}),
+        room("DisplayReport/still", {"BackEnd/DisplayReport/still/"}, {"DisplayReport/basics", "DisplayReport/scene"},
+             {}),
+        {"ProjectorSession",
+         {"BackEnd/ProjectorSession/"},
+         {"Common", "Configuration", "DeviceFramework2", "ScreenManager", "DisplayReport/basics"},
+         {},
          {}},
         {"screenmanager",
          {"Apps/screenmanager/"},
-         {"Common", "Configuration", "DeviceFramework2", "DisplayReport", "ScreenManager"},
+         {"Common", "Configuration", "DeviceFramework2", "DisplayReport", "ProjectorSession", "ScreenManager"},
          {"CLI", "log4cxx"},
          {}}};
     return LIBRARIES;
@@ -110,10 +149,10 @@ std::vector<std::string> faultsOf(const std::string& path, const std::string& te
     }
     const bool exported = isExported(path);
     for (const std::string& name : quotedIncludes(text)) {
-        const Library* const used = named(topOf(name));
+        const Library* const used = named(name);
         const bool isForeign = used != nullptr && used != own;
         const bool isPrivate = name.find("/detail/") != std::string::npos;
-        if (isForeign && !contains(own->mayUse, used->name)) {
+        if (isForeign && !mayUse(*own, *used)) {
             faults.push_back(path + " includes " + name + ", which " + std::string(own->name) + " may not use");
         }
         if (isPrivate && (isForeign || exported)) {

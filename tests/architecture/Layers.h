@@ -4,13 +4,14 @@
 #include <string_view>
 #include <vector>
 
-/// The libraries of the source tree, which of each other and which packages from outside they may include.
+/// The libraries of the source tree, and the rooms of those that have some ("DisplayReport/coverage"): which of each
+/// other and which packages from outside they may include.
 namespace layers {
 
 struct Library {
-    std::string_view name;                   ///< first folder of an included name
+    std::string_view name;                   ///< first folders of an included name
     std::vector<std::string_view> folders;   ///< in the repository
-    std::vector<std::string_view> mayUse;    ///< other libraries
+    std::vector<std::string_view> mayUse;    ///< other libraries; the name of a library of rooms stands for all of them
     std::vector<std::string_view> packages;  ///< first parts of names in angle brackets, such as "libxml"
     std::vector<std::string_view> exports;   ///< of these packages: those that its exported headers may include
 };

@@ -15,14 +15,25 @@ std::string contents(const std::string& path) {
     return text.str();
 }
 
-// The consumer is built and run by a test of its own, so the program in the README is too.
-TEST(Readme, ItsProgramIsTheOneThatIsBuiltAndRun) {
-    const std::string readme = contents("README.md");
+/// The first piece of C++ in a page.
+std::string programIn(const std::string& page) {
+    const std::string text = contents(page);
     const std::string opening = "```cpp\n";
-    const auto start = readme.find(opening);
-    ASSERT_NE(start, std::string::npos);
+    const auto start = text.find(opening);
+    if (start == std::string::npos) {
+        return {};
+    }
     const auto body = start + opening.size();
-    EXPECT_EQ(readme.substr(body, readme.find("```", body) - body), contents("tests/install/consumer/main.cpp"));
+    return text.substr(body, text.find("```", body) - body);
+}
+
+// The consumers are built and run by a test of their own, so the programs in the pages are too.
+TEST(Readme, ItsProgramIsTheOneThatIsBuiltAndRun) {
+    EXPECT_EQ(programIn("README.md"), contents("tests/install/consumer/main.cpp"));
+}
+
+TEST(Readme, TheProgramWithReportsIsTheOneThatIsBuiltAndRun) {
+    EXPECT_EQ(programIn("docs/reports-in-programs.md"), contents("tests/install/consumer/reports.cpp"));
 }
 
 TEST(Readme, EveryFileThatItNamesExists) {

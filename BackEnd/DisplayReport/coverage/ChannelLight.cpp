@@ -1,0 +1,87 @@
+#include "DisplayReport/coverage/ChannelLight.h"
+
+#include "Common/VeltraniException.h"
+#include "DisplayReport/coverage/AreaLight.h"
+#include "DisplayReport/coverage/FrustumLight.h"
+#include "DisplayReport/coverage/LensLight.h"
+#include "DisplayReport/coverage/MapFileLight.h"
+#include "DisplayReport/coverage/SearchedLight.h"
+#include "ScreenManager/CustomPlanarTargetLocator.h"
+#include "ScreenManager/CustomProjectionTargetLocator.h"
+#include "ScreenManager/DisplayKinds.h"
+#include "ScreenManager/PlanarTargetLocator.h"
+#include "ScreenManager/SphereTargetLocator.h"
+
+#include <utility>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+/// The record of a locator; its kind, which goes by the exact class, says which one it is.
+template <class Record>
+const Record& recordOf(const TargetLocator& locator) {
+    return static_cast<const Record&>(locator.getTargetLocatorParams());
+}
+
+[[noreturn]] void refuse() {
+    throw VeltraniException(__FILE__, __LINE__, L"No light is known for this kind of target locator");
+}
+
+/// Neither a mirror nor a table of headings can be gone through backwards in closed form.
+std::unique_ptr<ChannelLight> searched(const std::shared_ptr<const TargetLocator>& locator,
+                                       const ScreenGeometry& surface) {
+    // The paths that come here are those of this family. A class from elsewhere may have a record of its own.
+    auto family = std::static_pointer_cast<const SphereTargetLocator>(locator);
+    if (dynamic_cast<const SphereTargetLocatorParams*>(&family->getTargetLocatorParams()) == nullptr) {
+        refuse();
+    }
+    return std::make_unique<SearchedLight>(std::move(family), surface);
+}
+
+std::unique_ptr<ChannelLight> throughFrustum(const std::shared_ptr<const TargetLocator>& locator,
+                                             const std::shared_ptr<const ScreenGeometry>& surface) {
+    const auto& record = recordOf<SphereTargetLocatorParams>(*locator);
+    if (record.pitchTable.empty() && record.yawTable.empty()) {
+        return std::make_unique<FrustumLight>(record, surface);
+    }
+    return searched(locator, *surface);
+}
+
+}  // namespace
+
+ChannelLight::~ChannelLight() = default;
+
+ChannelLight::Landing ChannelLight::landingOf(const Point<double, 2>& picture) const {
+    Landing landing;
+    land({&picture, 1}, {&landing, 1});
+    return landing;
+}
+
+bool ChannelLight::isInPicture(const Point<double, 2>& picture) {
+    return picture[0] >= 0.0 && picture[0] <= 1.0 && picture[1] >= 0.0 && picture[1] <= 1.0;
+}
+
+std::unique_ptr<ChannelLight> ChannelLight::of(const std::shared_ptr<const TargetLocator>& locator,
+                                               const std::shared_ptr<const ScreenGeometry>& surface) {
+    using Path = LocatorKind::Path;
+    switch (LocatorKind::of(*locator).path) {
+        case Path::SCREEN_AREA:
+            return std::make_unique<AreaLight>(recordOf<PlanarTargetLocatorParams>(*locator), surface);
+        case Path::MAP_FILE:
+            return std::make_unique<MapFileLight>(recordOf<CustomPlanarTargetLocatorParams>(*locator), surface);
+        case Path::LENS:
+            return std::make_unique<LensLight>(recordOf<CustomProjectionTargetLocatorParams>(*locator).projectionModel,
+                                               surface);
+        case Path::FRUSTUM:
+            return throughFrustum(locator, surface);
+        case Path::MIRROR:
+        case Path::FOLLOWED:
+            return searched(locator, *surface);
+        case Path::UNKNOWN:
+            break;
+    }
+    refuse();
+}
+
+}  // namespace Veltrani::DisplayReport

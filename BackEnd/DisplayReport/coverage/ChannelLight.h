@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "DisplayReport/coverage/SurfacePoint.h"
+
+#include <memory>
+#include <span>
+#include <vector>
+
+class ScreenGeometry;
+class TargetLocator;
+
+namespace Veltrani::DisplayReport {
+
+/// The light of one channel: where its picture lands on the screen, and which points of the screen it reaches.
+///
+/// Picture points are normalised, (0, 0) the bottom left corner and (1, 1) the top right one. Light stops at the first
+/// surface that it meets, from whichever side. The two ways belong together: a point that a picture point lands on is
+/// lit.
+class ChannelLight {
+public:
+    /// Where a picture point lands.
+    struct Landing {
+        SurfacePoint on;  ///< as it was on a miss
+        bool hits = false;
+    };
+
+    virtual ~ChannelLight();
+    ChannelLight(const ChannelLight&) = delete;
+    ChannelLight& operator=(const ChannelLight&) = delete;
+
+    /// Many picture points at once. What the surface throws passes through: `VeltraniException` where a picture is
+    /// addressed by 2D coordinates that the surface does not have.
+    /// @param landings as long as `picture`
+    virtual void land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const = 0;
+
+    /// True when the channel lights a point of the surface, the edge of its picture included.
+    [[nodiscard]] virtual bool lights(const SurfacePoint& point) const = 0;
+
+    /// The picture point that a point of the surface belongs to, whether or not something stands in the way. It may lie
+    /// outside of the picture. False, and `picture` as it was, when there is none.
+    virtual bool findPicture(const SurfacePoint& point, Point<double, 2>& picture) const = 0;
+
+    /// One picture point.
+    [[nodiscard]] Landing landingOf(const Point<double, 2>& picture) const;
+
+    /// The light of a channel whose targets this locator places, by the path of its kind (`LocatorKind`). Throws
+    /// `VeltraniException` for one of which nothing is known, and what reading a map file throws.
+    /// @param locator not null
+    /// @param surface not null; the current screen
+    [[nodiscard]] static std::unique_ptr<ChannelLight> of(const std::shared_ptr<const TargetLocator>& locator,
+                                                          const std::shared_ptr<const ScreenGeometry>& surface);
+
+protected:
+    ChannelLight() = default;
+
+    /// False for NaN.
+    [[nodiscard]] static bool isInPicture(const Point<double, 2>& picture);
+};
+
+/// The light of all channels of a display.
+using ChannelLights = std::vector<std::unique_ptr<ChannelLight>>;
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,181 @@
+#include "DisplayReport/maps/WarpWriter.h"
+
+#include "DisplayReport/basics/FormatList.h"
+#include "DisplayReport/basics/NumberText.h"
+#include "DisplayReport/basics/PngPicture.h"
+#include "DisplayReport/maps/PictureWarp.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+/// -1 to 1, exactly so at both ends.
+double fromMiddle(std::size_t node, std::size_t count) {
+    return 2.0 * static_cast<double>(node) / static_cast<double>(count - 1) - 1.0;
+}
+
+std::string lineOf(double x, double y, const WarpSample& sample) {
+    return exactText(x) + ' ' + exactText(y) + ' ' + exactText(sample.input[0]) + ' ' + exactText(sample.input[1]) +
+           (sample.isMapped ? " 1\n" : " -1\n");
+}
+
+/// A warp of nodes as a warp mesh:
+///
+///     2                      rectangular
+///     nx ny                  nodes in a row, rows
+///     x y u v i              nx * ny nodes, x fastest, from the bottom left one
+///     pixels W H             size of the channel's picture
+///
+/// (x, y) is the node in the picture: y from -1 (bottom) to 1 (top), x from -aspect to aspect, which is width / height
+/// of the picture. (u, v) is the place in the input, (0, 0) bottom left. i is the brightness, 1, or -1 where nothing is
+/// mapped; every cell that touches such a node is unused. Numbers read back as exactly those that were computed.
+///
+/// The files serve as maps of custom planar channels, too.
+class WarpMeshWriter : public WarpWriter {
+public:
+    void write(const PictureWarp& warp, std::ostream& out) const override;
+    [[nodiscard]] bool hasNodes() const override { return true; }
+    [[nodiscard]] bool isText() const override { return true; }
+};
+
+void WarpMeshWriter::write(const PictureWarp& warp, std::ostream& out) const {
+    const std::string width = std::to_string(warp.pixels()[0]);
+    const std::string height = std::to_string(warp.pixels()[1]);
+    const double aspect = static_cast<double>(warp.pixels()[0]) / warp.pixels()[1];
+    out << "2\n" + std::to_string(warp.columns()) + ' ' + std::to_string(warp.rows()) + '\n';
+    for (std::size_t row = 0; row < warp.rows(); ++row) {
+        const double y = fromMiddle(row, warp.rows());
+        for (std::size_t column = 0; column < warp.columns(); ++column) {
+            out << lineOf(aspect * fromMiddle(column, warp.columns()), y, warp.at(column, row));
+        }
+    }
+    out << "pixels " + width + ' ' + height + '\n';
+}
+
+/// Little-endian on every machine.
+void append(std::string& bytes, float value) {
+    constexpr unsigned BITS_PER_BYTE = 8;
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    for (unsigned shift = 0; shift < sizeof(bits) * BITS_PER_BYTE; shift += BITS_PER_BYTE) {
+        bytes += static_cast<char>((bits >> shift) & 0xFFU);
+    }
+}
+
+/// A warp of pixels as a portable float map in colour ("PF", little-endian, 32-bit numbers, rows from the bottom up):
+/// red is u, green is v, the place in the input that the middle of the pixel shows, (0, 0) bottom left. Blue is 1 where
+/// there is one; where nothing is mapped blue is 0, red and green are -1.
+class PfmWarpWriter : public WarpWriter {
+public:
+    void write(const PictureWarp& warp, std::ostream& out) const override;
+};
+
+void PfmWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
+    // The minus sign says little-endian.
+    out << "PF\n" + std::to_string(warp.columns()) + ' ' + std::to_string(warp.rows()) + "\n-1.0\n";
+    std::string bytes;
+    for (std::size_t row = 0; row < warp.rows(); ++row) {
+        bytes.clear();
+        for (std::size_t column = 0; column < warp.columns(); ++column) {
+            const WarpSample& sample = warp.at(column, row);
+            append(bytes, sample.isMapped ? static_cast<float>(sample.input[0]) : -1.0F);
+            append(bytes, sample.isMapped ? static_cast<float>(sample.input[1]) : -1.0F);
+            append(bytes, sample.isMapped ? 1.0F : 0.0F);
+        }
+        out << bytes;
+    }
+}
+
+using Colour = std::array<unsigned char, 3>;
+
+/// Of the input, between lines.
+constexpr double LINES_PER_UNIT = 20;
+constexpr double STRONG_LINES_PER_UNIT = 4;
+constexpr Colour LINE{150, 150, 150};
+constexpr Colour STRONG_LINE{255, 255, 255};
+constexpr Colour UNMAPPED_DARK{20, 20, 90};
+constexpr Colour UNMAPPED_LIGHT{60, 60, 190};
+/// Pixels along the side of a square.
+constexpr std::size_t CHEQUER = 8;
+
+unsigned char shade(double part) {
+    constexpr double BRIGHTEST = 255;
+    return static_cast<unsigned char>(std::lround(std::clamp(part, 0.0, 1.0) * BRIGHTEST));
+}
+
+/// Whether a line of so many per unit runs between two samples.
+bool isCrossed(const WarpSample& a, const WarpSample& b, double linesPerUnit) {
+    const auto cell = [linesPerUnit](double part) { return std::floor(part * linesPerUnit); };
+    return a.isMapped && b.isMapped && (cell(a.input[0]) != cell(b.input[0]) || cell(a.input[1]) != cell(b.input[1]));
+}
+
+/// Whether a line runs between a sample and its neighbour to the right or above.
+bool isOnLine(const PictureWarp& warp, std::size_t column, std::size_t row, double linesPerUnit) {
+    const WarpSample& sample = warp.at(column, row);
+    return (column + 1 < warp.columns() && isCrossed(sample, warp.at(column + 1, row), linesPerUnit)) ||
+           (row + 1 < warp.rows() && isCrossed(sample, warp.at(column, row + 1), linesPerUnit));
+}
+
+Colour colourAt(const PictureWarp& warp, std::size_t column, std::size_t row) {
+    const WarpSample& sample = warp.at(column, row);
+    if (!sample.isMapped) {
+        return (column / CHEQUER + row / CHEQUER) % 2 == 0 ? UNMAPPED_DARK : UNMAPPED_LIGHT;
+    }
+    if (isOnLine(warp, column, row, STRONG_LINES_PER_UNIT)) {
+        return STRONG_LINE;
+    }
+    if (isOnLine(warp, column, row, LINES_PER_UNIT)) {
+        return LINE;
+    }
+    return {shade(sample.input[0]), shade(sample.input[1]), 0};
+}
+
+/// Row by row from the top, three bytes a pixel.
+std::vector<unsigned char> coloursOf(const PictureWarp& warp) {
+    std::vector<unsigned char> bytes;
+    bytes.reserve(warp.columns() * warp.rows() * Colour().size());
+    for (std::size_t row = warp.rows(); row-- > 0;) {
+        for (std::size_t column = 0; column < warp.columns(); ++column) {
+            const Colour colour = colourAt(warp, column, row);
+            bytes.insert(bytes.end(), colour.begin(), colour.end());
+        }
+    }
+    return bytes;
+}
+
+/// A warp of pixels as a picture for people (PNG), upright as the channel shows it: red grows with u, green with v, the
+/// place in the input; u = 0, v = 0 is black, u = 1, v = 1 yellow. Grey lines stand at every 0.05 of u and of v, white
+/// ones at every quarter. Where nothing is mapped, the picture is a blue chequerboard.
+class PngWarpWriter : public WarpWriter {
+public:
+    /// Throws `std::runtime_error` when the picture cannot be encoded.
+    void write(const PictureWarp& warp, std::ostream& out) const override;
+};
+
+void PngWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
+    PngPicture{warp.columns(), warp.rows(), coloursOf(warp)}.write(out);
+}
+
+constexpr FormatList<WarpWriter, 3> FORMATS{{{{"mesh", makeWriter<WarpWriter, WarpMeshWriter>},
+                                              {"pfm", makeWriter<WarpWriter, PfmWarpWriter>},
+                                              {"png", makeWriter<WarpWriter, PngWarpWriter>}}}};
+
+}  // namespace
+
+std::vector<std::string> WarpWriter::formats() {
+    return FORMATS.names();
+}
+
+std::unique_ptr<WarpWriter> WarpWriter::ofFormat(const std::string& format) {
+    return FORMATS.writerOf(format);
+}
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "DisplayReport/basics/ChannelPalette.h"
+#include "DisplayReport/basics/Extent.h"
+#include "DisplayReport/scene/ChannelFrustum.h"
+#include "DisplayReport/scene/SceneSurface.h"
+#include "DisplayReport/targets/TargetSurvey.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+/// A point cloud as a picture shows it.
+struct SceneCloud {
+    std::vector<Point<double, 3>> points;  ///< finite
+};
+
+/// A channel as a picture shows it.
+struct SceneChannel {
+    ChannelTargets targets;   ///< perhaps thinned
+    std::size_t placed = 0;   ///< targets of its grid, before they were thinned
+    std::size_t samples = 0;  ///< of its outline, before they were thinned
+    Colour colour;
+    int width = 0;   ///< of its picture, pixels
+    int height = 0;  ///< of its picture, pixels
+    std::optional<ChannelFrustum> frustum;
+};
+
+/// A place with a name: the eye point.
+struct ScenePlace {
+    std::string name;
+    Point<double, 3> point;
+};
+
+/// The sphere of a mirror; the parts of it that are used stand with the channels.
+struct SceneMirror {
+    Point<double, 3> centre;
+    double radius = 0;
+};
+
+/// Everything that a picture of a display shows, collected once. World frame, native units; all texts UTF-8; no
+/// coordinate is NaN or infinite, and none is so far away that a picture of the screen could not hold it.
+struct DisplayScene {
+    std::string title;
+    std::string unit;  ///< name of the native unit; may be empty
+    TargetPlan plan;
+    int targetStep = 1;                  ///< every so many columns and rows of the targets are shown
+    int outlineStep = 1;                 ///< every so many samples of the outlines
+    std::vector<SceneSurface> surfaces;  ///< the measured screen after the content one
+    std::optional<SceneCloud> cloud;
+    std::vector<SceneChannel> channels;
+    std::vector<ScenePlace> eyes;
+    std::optional<SceneMirror> mirror;
+    std::vector<std::string> notes;  ///< what is wrong, missing or left out, one sentence each
+    bool complete = true;            ///< false when something is wrong or missing
+
+    /// The box that a picture of the display shows: around the screen and whatever stands near it. The unit cube around
+    /// the origin where there is nothing.
+    [[nodiscard]] Extent frame() const;
+    /// The points that the frame is around.
+    [[nodiscard]] std::vector<Point<double, 3>> framedPoints() const;
+    /// The box around the screen; around targets and outlines where there is none; empty where there is nothing.
+    [[nodiscard]] Extent core() const;
+};
+
+}  // namespace Veltrani::DisplayReport

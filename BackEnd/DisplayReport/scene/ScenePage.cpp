@@ -1,0 +1,271 @@
+#include "DisplayReport/scene/ScenePage.h"
+
+#include "Common/OpensslFault.h"
+#include "Common/VeltraniException.h"
+#include "DisplayReport/basics/Base64.h"
+#include "DisplayReport/scene/DisplayScene.h"
+#include "DisplayReport/scene/SceneAxes.h"
+#include "DisplayReport/scene/SceneCamera.h"
+#include "DisplayReport/scene/ViewerScript.h"
+
+#include <openssl/sha.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using P3 = Point<double, 3>;
+
+/// Graphics processors count in single precision: places are given from the middle of the picture, in its size.
+class Normal {
+public:
+    explicit Normal(const Extent& frame)
+        : m_centre(frame.minimum() + frame.size() * 0.5), m_scale(std::max(norm(frame.size()), SMALLEST)) {}
+
+    [[nodiscard]] const P3& centre() const { return m_centre; }
+    [[nodiscard]] double scale() const { return m_scale; }
+
+    /// Three numbers per point.
+    [[nodiscard]] std::string text(const std::vector<P3>& points) const {
+        std::vector<float> numbers;
+        numbers.reserve(points.size() * 3);
+        for (const P3& point : points) {
+            const P3 place = (point - m_centre) * (1 / m_scale);
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                numbers.push_back(static_cast<float>(place[axis]));
+            }
+        }
+        return base64Of(numbers);
+    }
+
+private:
+    /// Of a frame around a single point; native units.
+    static constexpr double SMALLEST = 1e-9;
+
+    P3 m_centre;
+    double m_scale;
+};
+
+template <std::size_t N>
+std::string indexText(const std::vector<std::array<std::uint32_t, N>>& indices) {
+    std::vector<std::uint32_t> numbers;
+    numbers.reserve(indices.size() * N);
+    for (const auto& group : indices) {
+        numbers.insert(numbers.end(), group.begin(), group.end());
+    }
+    return base64Of(numbers);
+}
+
+/// As they are: these are read off the page.
+std::string exactPoints(const std::vector<P3>& points) {
+    std::vector<double> numbers;
+    numbers.reserve(points.size() * 3);
+    for (const P3& point : points) {
+        numbers.insert(numbers.end(), {point[0], point[1], point[2]});
+    }
+    return base64Of(numbers);
+}
+
+Json coordinates(const P3& point) {
+    return {point[0], point[1], point[2]};
+}
+
+Json jsonOf(const SceneSurface& surface, const Normal& normal) {
+    return {{"name", surface.name},
+            {"text", surface.text},
+            {"vertices", normal.text(surface.vertices)},
+            {"triangles", indexText(surface.triangles)},
+            {"border", indexText(surface.border)}};
+}
+
+Json jsonOf(const ChannelFrustum& frustum, const Normal& normal) {
+    Json edges = Json::array();
+    for (const auto& edge : frustum.edges) {
+        edges.push_back(normal.text(edge));
+    }
+    return {{"apex", coordinates(frustum.apex)},
+            {"edges", std::move(edges)},
+            {"rim", normal.text(frustum.rim)},
+            {"mirrorVertices", normal.text(frustum.mirrorVertices)},
+            {"mirrorTriangles", indexText(frustum.mirrorTriangles)}};
+}
+
+Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) {
+    std::vector<P3> points;
+    std::vector<std::int32_t> cells;
+    std::vector<double> picture;
+    for (const GridTarget& target : channel.targets.grid) {
+        points.push_back(target.point);
+        cells.insert(cells.end(), {target.column, target.row});
+        picture.insert(picture.end(), {target.picture[0], target.picture[1]});
+    }
+    return {{"name", channel.targets.name},
+            {"projector", channel.targets.projectorId},
+            {"colour", hexText(channel.colour)},
+            {"width", channel.width},
+            {"height", channel.height},
+            {"fault", channel.targets.fault},
+            {"remark", channel.targets.remark},
+            {"placed", channel.placed},
+            {"samples", channel.samples},
+            {"outlineStep", outlineStep},
+            {"gridMissed", channel.targets.gridMissed},
+            {"boundaryMissed", channel.targets.boundaryMissed},
+            {"points", normal.text(points)},
+            {"exactPoints", exactPoints(points)},
+            {"cells", base64Of(cells)},
+            {"picture", base64Of(picture)},
+            {"boundary", normal.text(channel.targets.boundary)},
+            {"exactBoundary", exactPoints(channel.targets.boundary)},
+            {"frustum", channel.frustum ? jsonOf(*channel.frustum, normal) : Json()}};
+}
+
+Json jsonOf(const SceneAxes& scales, const SceneAxes::Edges& edges) {
+    Json axes = Json::array();
+    for (std::size_t number = 0; number < scales.axes.size(); ++number) {
+        const SceneAxes::Axis& axis = scales.axes[number];
+        Json ticks = Json::array();
+        for (const SceneAxes::Tick& tick : axis.ticks) {
+            ticks.push_back({{"value", tick.value}, {"text", tick.text}});
+        }
+        axes.push_back({{"title", axis.title},
+                        {"start", coordinates(edges.starts[number])},
+                        {"end", coordinates(edges.ends[number])},
+                        {"outwards", coordinates(edges.outwards[number])},
+                        {"ticks", std::move(ticks)}});
+    }
+    return {{"minimum", coordinates(scales.box.minimum())},
+            {"maximum", coordinates(scales.box.maximum())},
+            {"axes", std::move(axes)}};
+}
+
+template <class Items, class ToJson>
+Json listOf(const Items& items, ToJson&& toJson) {
+    Json list = Json::array();
+    for (const auto& item : items) {
+        list.push_back(toJson(item));
+    }
+    return list;
+}
+
+/// What an eye looks at.
+P3 middleOfScreen(const DisplayScene& scene, const Normal& normal) {
+    const Extent core = scene.core();
+    return core.empty() ? normal.centre() : core.minimum() + core.size() * 0.5;
+}
+
+Json jsonOf(const DisplayScene& scene) {
+    const Extent frame = scene.frame();
+    const Normal normal(frame);
+    Json document = {
+        {"title", scene.title},
+        {"unit", scene.unit},
+        {"columns", scene.plan.columns},
+        {"rows", scene.plan.rows},
+        {"targetStep", scene.targetStep},
+        {"centre", coordinates(normal.centre())},
+        {"scale", normal.scale()},
+        {"home", coordinates(SceneCamera::directionOf("home", scene))},
+        {"middle", coordinates(middleOfScreen(scene, normal))},
+        {"notes", scene.notes},
+        {"surfaces", listOf(scene.surfaces, [&](const SceneSurface& surface) { return jsonOf(surface, normal); })},
+        {"cloud", scene.cloud ? Json{{"points", normal.text(scene.cloud->points)}} : Json()},
+        {"channels", listOf(scene.channels,
+                            [&](const SceneChannel& channel) { return jsonOf(channel, scene.outlineStep, normal); })},
+        {"eyes", listOf(scene.eyes,
+                        [](const ScenePlace& eye) {
+                            return Json{{"name", eye.name}, {"point", coordinates(eye.point)}};
+                        })},
+        {"axes", jsonOf(SceneAxes::of(frame, scene.unit),
+                        SceneAxes::edgesFor(frame, SceneCamera::directionOf("home", scene)))}};
+    document["mirror"] =
+        scene.mirror ? Json{{"centre", coordinates(scene.mirror->centre)}, {"radius", scene.mirror->radius}} : Json();
+    return document;
+}
+
+/// The text without any character that means something to a reader of HTML. In JSON these stand in strings alone.
+std::string dataText(const Json& document) {
+    constexpr int NO_INDENT = -1;
+    constexpr bool ASCII = true;
+    const std::string json = document.dump(NO_INDENT, ' ', ASCII, Json::error_handler_t::replace);
+    std::string text;
+    text.reserve(json.size());
+    for (const char c : json) {
+        switch (c) {
+            case '<':
+                text += "\\u003c";
+                break;
+            case '>':
+                text += "\\u003e";
+                break;
+            case '&':
+                text += "\\u0026";
+                break;
+            default:
+                text += c;
+        }
+    }
+    return text;
+}
+
+/// For text between tags.
+std::string escaped(const std::string& text) {
+    std::string html;
+    for (const char c : text) {
+        switch (c) {
+            case '<':
+                html += "&lt;";
+                break;
+            case '>':
+                html += "&gt;";
+                break;
+            case '&':
+                html += "&amp;";
+                break;
+            case '"':
+                html += "&quot;";
+                break;
+            case '\'':
+                html += "&#39;";
+                break;
+            default:
+                html += c;
+        }
+    }
+    return html;
+}
+
+/// What a policy names a script by.
+std::string digestOf(std::string_view script) {
+    std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
+    if (SHA256(reinterpret_cast<const unsigned char*>(script.data()), script.size(), digest.data()) == nullptr) {
+        throwIfOpensslLacksMemory();
+        throw VeltraniException(L"The page needs SHA-256, which is not available: check the OpenSSL configuration");
+    }
+    return "sha256-" + base64(std::as_bytes(std::span(digest)));
+}
+
+}  // namespace
+
+void ScenePage::write(const DisplayScene& scene, std::ostream& out) {
+    const std::string_view script = viewerScript();
+    out << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+        << "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; script-src '" << digestOf(script)
+        << "'; style-src 'unsafe-inline'; img-src data:; base-uri 'none'; form-action 'none'\">\n"
+        << "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+        << "<title>" << escaped(scene.title) << "</title>\n</head>\n<body>\n"
+        << "<noscript>This page shows a display in three dimensions: allow scripts for it.</noscript>\n"
+        << "<script type=\"application/json\" id=\"scene\">" << dataText(jsonOf(scene)) << "</script>\n"
+        << "<script>" << script << "</script>\n</body>\n</html>\n";
+}
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,61 @@
+#include "DisplayReport/check/DisplayDescription.h"
+
+#include "DisplayReport/check/DisplayDescription.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+
+std::string printed(const DisplayDescription& description) {
+    std::ostringstream out;
+    print(description, out);
+    return out.str();
+}
+
+TEST(DisplayDescription, PrintsFactsChannelsAndNoFaults) {
+    DisplayDescription description;
+    description.facts = {{"screen", "Flat"}, {"target data", "PlanarBasic"}};
+    description.channels = {{"Left", "AB", "1920 x 1200", "screen area left 0", "none"}};
+    EXPECT_EQ(printed(description),
+              "screen       Flat\n"
+              "target data  PlanarBasic\n"
+              "\n"
+              "channel  projector  picture      targets by          device\n"
+              "Left     AB         1920 x 1200  screen area left 0  none\n"
+              "\n"
+              "No faults.\n");
+}
+
+TEST(DisplayDescription, PrintsEveryFaultWithItsCauses) {
+    DisplayDescription description;
+    description.faults = {{"content mesh", "Unable to load", {"line 3", "B\u00fchne"}}, {"units", "none", {}}};
+    EXPECT_EQ(printed(description),
+              "\n"
+              "2 faults:\n"
+              "  - content mesh: Unable to load\n"
+              "      because: line 3\n"
+              "      because: B\u00fchne\n"
+              "  - units: none\n");
+}
+
+TEST(DisplayDescription, NoTextOfADisplayMakesALineOfItsOwn) {
+    DisplayDescription description;
+    description.facts = {{"display", "a\nb\x1b[2J.xml"}};
+    description.channels = {{"L\u2028eft", "A\nB", "1 x 1", "map \u202efdp", "none"}};
+    description.faults = {{"channel\nLeft", "no\tmap", {"first\nsecond"}}};
+    EXPECT_EQ(printed(description),
+              "display  a\\nb\\x1b[2J.xml\n"
+              "\n"
+              "channel     projector  picture  targets by     device\n"
+              "L\\u2028eft  A\\nB       1 x 1    map \\u202efdp  none\n"
+              "\n"
+              "1 fault:\n"
+              "  - channel\\nLeft: no\\x09map\n"
+              "      because: first\\nsecond\n");
+}
+
+}  // namespace

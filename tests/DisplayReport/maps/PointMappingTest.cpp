@@ -1,0 +1,92 @@
+#include "DisplayReport/maps/PointMapping.h"
+
+#include "Common/VeltraniException.h"
+#include "DisplayReport/maps/LayoutMapper.h"
+#include "support/Displays.h"
+#include "support/ForeignLocale.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+using P3 = Point<double, 3>;
+
+class PointMappingTest : public testing::Test {
+protected:
+    PointMapping::Count run(PointKind kind, const std::string& text) {
+        std::istringstream in(text);
+        PointReader reader(in, "in", kind);
+        PointMapping mapping(m_map, kind, [this] { ++m_calls; });
+        return mapping.run([&reader](P3& point) { return reader.next(point); }, m_out);
+    }
+
+    std::unique_ptr<XMLConfigFile> m_config =
+        displays::parsed(displays::FLAT, displays::projector("A", "<Layout xMin='1' xMax='2' yMin='0' yMax='4'/>"));
+    LayoutMapper m_map{*m_config, ChannelChoice::of(*m_config, "A"), false};
+    std::ostringstream m_out;
+    int m_calls = 0;
+};
+
+TEST_F(PointMappingTest, WritesOneLinePerPointAndMarksMisses) {
+    const auto count = run(PointKind::PICTURE, "0.5,0.25\n2,0\n0.1,1\n");
+    EXPECT_EQ(m_out.str(), "u,v,x,y,z,mapped\n0.5,0.25,1.5,1,0,1\n2,0,,,,0\n0.1,1,1.1,4,0,1\n");
+    EXPECT_EQ(count.points, 3U);
+    EXPECT_EQ(count.mapped, 2U);
+    EXPECT_GE(m_calls, 1);
+}
+
+TEST_F(PointMappingTest, GoesTheOtherWay) {
+    const ForeignLocale german;
+    const auto count = run(PointKind::LAYOUT, "1.5,1,77\n9,9,9\n");
+    EXPECT_EQ(m_out.str(), "x,y,z,u,v,mapped\n1.5,1,77,0.5,0.25,1\n9,9,9,,,0\n");
+    EXPECT_EQ(count.points, 2U);
+    EXPECT_EQ(count.mapped, 1U);
+}
+
+TEST_F(PointMappingTest, WithoutPointsThereIsAHeaderAlone) {
+    EXPECT_EQ(run(PointKind::PICTURE, "").points, 0U);
+    EXPECT_EQ(m_out.str(), "u,v,x,y,z,mapped\n");
+}
+
+TEST_F(PointMappingTest, WhatCameBeforeAFaultIsWritten) {
+    EXPECT_THROW(run(PointKind::PICTURE, "0.5,0.25\n0.5;0.25\n0,0\n"), VeltraniParseException);
+    EXPECT_EQ(m_out.str(), "u,v,x,y,z,mapped\n0.5,0.25,1.5,1,0,1\n");
+}
+
+TEST_F(PointMappingTest, ManyPointsStayInOrder) {
+    std::string text;
+    constexpr int POINTS = 5000;  // some batches and a part of one
+    for (int i = 0; i < POINTS; ++i) {
+        const std::string v = std::to_string(i) + "e-4";
+        text += "0," + v + '\n';
+    }
+    EXPECT_EQ(run(PointKind::PICTURE, text).mapped, 5000U);
+    std::istringstream lines(m_out.str());
+    std::string line;
+    std::getline(lines, line);
+    for (int i = 0; i < POINTS; ++i) {
+        ASSERT_TRUE(std::getline(lines, line));
+        ASSERT_EQ(std::stod(line.substr(2)), std::stod(std::to_string(i) + "e-4")) << line;
+    }
+    EXPECT_FALSE(std::getline(lines, line));
+    EXPECT_EQ(m_calls, 3);
+}
+
+TEST_F(PointMappingTest, AnOutputThatTakesNoMoreEndsIt) {
+    m_out.setstate(std::ios::badbit);
+    int asked = 0;
+    PointMapping mapping(m_map, PointKind::PICTURE);
+    const auto count = mapping.run(
+        [&asked](P3& point) {
+            point = {};
+            return ++asked > 0;
+        },
+        m_out);
+    EXPECT_EQ(count.points, 0U);
+    EXPECT_EQ(asked, 0);
+}
+
+}  // namespace
