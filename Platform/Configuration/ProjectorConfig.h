@@ -54,6 +54,9 @@ public:
     [[nodiscard]] virtual double getLayoutXMax() const = 0;
     [[nodiscard]] virtual double getLayoutYMin() const = 0;
     [[nodiscard]] virtual double getLayoutYMax() const = 0;
+    /// The text of a child element that has no operation of its own here, such as "Note". Empty where the entry has no
+    /// such element, and for records that are not made from a file.
+    [[nodiscard]] virtual std::wstring getText(const std::wstring& /*element*/) const { return {}; }
 
     /// What a bound of the screen area answers when it is not configured.
     static constexpr double SCREEN_BOUND_NOT_CONFIGURED = -1000.0;

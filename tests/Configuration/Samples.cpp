@@ -53,6 +53,7 @@ std::string fullConfiguration() {
             <Position x="1.5" y="-0.5" z="2.75"/>
             <ScreenArea left="0" right="0.55" bottom="-0.05" top="1.05"/>
             <Layout xMin="-2" xMax="0.25" yMin="0" yMax="1.5"/>
+            <Note>shift locked, lamp of spring</Note>
             <v:LampHours>1234</v:LampHours>
         </Projector>
         <Projector id="right">

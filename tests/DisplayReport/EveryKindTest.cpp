@@ -64,7 +64,7 @@ TEST_F(EveryKind, IsCheckedWithoutAFault) {
             ADD_FAILURE() << fault.where << ": " << fault.what;
         }
         ASSERT_EQ(description.channels.size(), 1U);
-        EXPECT_NE(description.channels[0].locator, "nothing");
+        EXPECT_NE(description.channels[0].fact("targets by"), "nothing");
     }
 }
 

@@ -26,6 +26,18 @@ std::string deviceText(const ProjectorConfig& projector) {
     return shortened(snippet, LONGEST_DEVICE_TEXT);
 }
 
+std::string pictureText(const ProjectorConfig& projector) {
+    return std::to_string(projector.getWidth()) + " x " + std::to_string(projector.getHeight());
+}
+
+/// What `check` shows of a channel, a column each; behind them stand the values that only some displays have.
+std::vector<DisplayFact> factsOf(const ProjectorConfig& projector, const LocatorSource& source) {
+    return {{"picture", pictureText(projector)},
+            {"targets by", source.text},
+            {"device", deviceText(projector)},
+            {"note", toUtf8(projector.getText(L"Note"))}};
+}
+
 }  // namespace
 
 void ChannelCheck::run(const XMLConfigManager& config, DisplayDescription& description) {
@@ -46,10 +58,7 @@ void ChannelCheck::run(const XMLConfigManager& config, DisplayDescription& descr
             continue;
         }
         LocatorSource source = locatorSourceOf(config, *projector);
-        description.channels.push_back(
-            {toUtf8(projector->getName()), toUtf8(id),
-             std::to_string(projector->getWidth()) + " x " + std::to_string(projector->getHeight()), source.text,
-             deviceText(*projector)});
+        description.channels.push_back({toUtf8(projector->getName()), toUtf8(id), factsOf(*projector, source)});
         for (Fault& fault : source.faults) {
             fault.where = "channel " + toUtf8(projector->getName()) + ", " + fault.where;
             description.faults.push_back(std::move(fault));

@@ -20,15 +20,37 @@ void printFacts(const std::vector<DisplayFact>& facts, std::ostream& out) {
     }
 }
 
+/// The labels of the channels, without those that have no value on any of them.
+std::vector<std::string> columnsOf(const std::vector<ChannelDescription>& channels) {
+    std::vector<std::string> columns;
+    for (const DisplayFact& fact : channels.front().facts) {
+        const bool isUsed = std::any_of(channels.begin(), channels.end(), [&fact](const ChannelDescription& channel) {
+            return !channel.fact(fact.label).empty();
+        });
+        if (isUsed) {
+            columns.push_back(fact.label);
+        }
+    }
+    return columns;
+}
+
 void printChannels(const std::vector<ChannelDescription>& channels, std::ostream& out) {
-    TextTable table({"channel", "projector", "picture", "targets by", "device"});
+    if (channels.empty()) {
+        return;
+    }
+    const std::vector<std::string> columns = columnsOf(channels);
+    std::vector<std::string> headings{"channel", "projector"};
+    headings.insert(headings.end(), columns.begin(), columns.end());
+    TextTable table(headings);
     for (const ChannelDescription& channel : channels) {
-        table.add({channel.name, channel.projectorId, channel.resolution, channel.locator, channel.device});
+        std::vector<std::string> cells{channel.name, channel.projectorId};
+        for (const std::string& column : columns) {
+            cells.push_back(channel.fact(column));
+        }
+        table.add(cells);
     }
-    if (!table.empty()) {
-        out << '\n';
-        table.print(out);
-    }
+    out << '\n';
+    table.print(out);
 }
 
 void printFaults(const std::vector<Fault>& faults, std::ostream& out) {
@@ -47,6 +69,12 @@ void printFaults(const std::vector<Fault>& faults, std::ostream& out) {
 }
 
 }  // namespace
+
+std::string ChannelDescription::fact(std::string_view label) const {
+    const auto found =
+        std::find_if(facts.begin(), facts.end(), [label](const DisplayFact& fact) { return fact.label == label; });
+    return found == facts.end() ? std::string() : found->value;
+}
 
 void print(const DisplayDescription& description, std::ostream& out) {
     printFacts(description.facts, out);

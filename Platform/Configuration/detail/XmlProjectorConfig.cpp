@@ -117,6 +117,11 @@ std::wstring XmlProjectorConfig::getDeviceSnippet() const {
     return device == nullptr ? std::wstring() : fromUtf8(Xml::innerXml(device));
 }
 
+std::wstring XmlProjectorConfig::getText(const std::wstring& element) const {
+    const xmlNode* const child = Xml::child(m_element, toUtf8(element).c_str());
+    return child == nullptr ? std::wstring() : fromUtf8(Xml::content(child));
+}
+
 void XmlProjectorConfig::setDeviceSnippet(const std::wstring& snippet) {
     if (snippet == getDeviceSnippet()) {
         return;

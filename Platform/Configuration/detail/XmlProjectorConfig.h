@@ -60,6 +60,7 @@ public:
     [[nodiscard]] double getLayoutXMax() const override { return m_layout.right; }
     [[nodiscard]] double getLayoutYMin() const override { return m_layout.bottom; }
     [[nodiscard]] double getLayoutYMax() const override { return m_layout.top; }
+    [[nodiscard]] std::wstring getText(const std::wstring& element) const override;
 
 private:
     struct Sides {

@@ -4,11 +4,12 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
 
-/// One line of the description of a display.
+/// One line of the description of a display, or one cell of the table of its channels.
 struct DisplayFact {
     std::string label;  ///< "screen", "size", "units", ...
     std::string value;
@@ -18,9 +19,11 @@ struct DisplayFact {
 struct ChannelDescription {
     std::string name;
     std::string projectorId;
-    std::string resolution;  ///< "1920 x 1200"
-    std::string locator;     ///< kind of target locator and what it is built from
-    std::string device;      ///< type and address of the device
+    /// "picture", "targets by", "device", "note": the same labels in the same order for every channel of a display.
+    std::vector<DisplayFact> facts;
+
+    /// The value with this label; empty when there is none.
+    [[nodiscard]] std::string fact(std::string_view label) const;
 };
 
 /// A display as its configuration and the files that it names describe it, with everything that is wrong. UTF-8.
@@ -32,7 +35,8 @@ struct DisplayDescription {
     std::vector<Fault> faults;
 };
 
-/// Prints a description for people: the facts, the table of channels, then the faults with their causes or "No faults."
+/// Prints a description for people: the facts, the table of channels without the
+/// columns that are empty for all of them, then the faults with their causes or "No faults."
 void print(const DisplayDescription& description, std::ostream& out);
 
 }  // namespace Veltrani::DisplayReport

@@ -72,6 +72,8 @@ TEST(XmlProjectorConfig, ReadsEveryValue) {
     EXPECT_EQ(left->getLayoutXMax(), 0.25);
     EXPECT_EQ(left->getLayoutYMin(), 0.0);
     EXPECT_EQ(left->getLayoutYMax(), 1.5);
+    EXPECT_EQ(left->getText(L"Note"), L"shift locked, lamp of spring");
+    EXPECT_EQ(left->getText(L"Name"), L"Left & lower");
 }
 
 TEST(XmlProjectorConfig, WhatIsNotStatedIsNeutral) {
@@ -89,6 +91,7 @@ TEST(XmlProjectorConfig, WhatIsNotStatedIsNeutral) {
     EXPECT_EQ(projector->getFrustumTop(), 0.0);
     EXPECT_EQ(projector->getPosition(), (Point<double, 3>{}));
     EXPECT_EQ(projector->getLayoutXMax(), 0.0);
+    EXPECT_EQ(projector->getText(L"Note"), L"");
     for (const double bound : {projector->getScreenLeft(), projector->getScreenRight(), projector->getScreenTop(),
                                projector->getScreenBottom()}) {
         EXPECT_EQ(bound, -1000.0);

@@ -24,10 +24,16 @@ TEST(ChannelCheck, APlanarChannelUsesItsScreenArea) {
     const auto description = checked("<TargetData type='PlanarBasic'/>", displays::WHOLE_AREA);
     ASSERT_THAT(description.channels, SizeIs(1));
     EXPECT_EQ(description.channels[0].name, "A");
-    EXPECT_EQ(description.channels[0].resolution, "1920 x 1200");
-    EXPECT_EQ(description.channels[0].locator, "screen area left 0 right 1 bottom 0 top 1");
-    EXPECT_EQ(description.channels[0].device, "none");
+    EXPECT_EQ(description.channels[0].fact("picture"), "1920 x 1200");
+    EXPECT_EQ(description.channels[0].fact("targets by"), "screen area left 0 right 1 bottom 0 top 1");
+    EXPECT_EQ(description.channels[0].fact("device"), "none");
     EXPECT_THAT(description.faults, IsEmpty());
+}
+
+TEST(ChannelCheck, ANoteIsShown) {
+    const auto description =
+        checked("<TargetData type='PlanarBasic'/>", displays::WHOLE_AREA + std::string("<Note>shift locked</Note>"));
+    EXPECT_EQ(description.channels.at(0).fact("note"), "shift locked");
 }
 
 TEST(ChannelCheck, NamesTheChannelOfAFault) {
@@ -50,7 +56,7 @@ TEST(ChannelCheck, ALongDeviceIsShortened) {
     const std::string device = "<Device><Device type='PJLink' mac='02:00:00:00:00:01' host='" + std::string(100, 'h') +
                                "' port='4352'/></Device>";
     const auto description = checked("<TargetData type='PlanarBasic'/>", displays::WHOLE_AREA + device);
-    const std::string& shown = description.channels.at(0).device;
+    const std::string shown = description.channels.at(0).fact("device");
     EXPECT_EQ(shown.substr(0, 8), "<Device ");
     EXPECT_EQ(shown.size(), 63U);
 }

@@ -1,7 +1,5 @@
 #include "DisplayReport/check/DisplayDescription.h"
 
-#include "DisplayReport/check/DisplayDescription.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -9,6 +7,11 @@
 namespace {
 
 using namespace Veltrani::DisplayReport;
+
+ChannelDescription channel(const std::string& name, const std::string& id, const std::string& picture,
+                           const std::string& locator, const std::string& note) {
+    return {name, id, {{"picture", picture}, {"targets by", locator}, {"device", "none"}, {"note", note}}};
+}
 
 std::string printed(const DisplayDescription& description) {
     std::ostringstream out;
@@ -19,7 +22,7 @@ std::string printed(const DisplayDescription& description) {
 TEST(DisplayDescription, PrintsFactsChannelsAndNoFaults) {
     DisplayDescription description;
     description.facts = {{"screen", "Flat"}, {"target data", "PlanarBasic"}};
-    description.channels = {{"Left", "AB", "1920 x 1200", "screen area left 0", "none"}};
+    description.channels = {channel("Left", "AB", "1920 x 1200", "screen area left 0", "")};
     EXPECT_EQ(printed(description),
               "screen       Flat\n"
               "target data  PlanarBasic\n"
@@ -28,6 +31,20 @@ TEST(DisplayDescription, PrintsFactsChannelsAndNoFaults) {
               "Left     AB         1920 x 1200  screen area left 0  none\n"
               "\n"
               "No faults.\n");
+}
+
+TEST(DisplayDescription, AColumnIsPrintedWhenOneChannelHasAValueForIt) {
+    DisplayDescription description;
+    description.channels = {channel("Left", "AB", "1 x 1", "a", ""), channel("Right", "AC", "1 x 1", "b", "new lamp")};
+    EXPECT_EQ(printed(description),
+              "\n"
+              "channel  projector  picture  targets by  device  note\n"
+              "Left     AB         1 x 1    a           none\n"
+              "Right    AC         1 x 1    b           none    new lamp\n"
+              "\n"
+              "No faults.\n");
+    EXPECT_EQ(description.channels[1].fact("note"), "new lamp");
+    EXPECT_EQ(description.channels[1].fact("weight"), "");
 }
 
 TEST(DisplayDescription, PrintsEveryFaultWithItsCauses) {
@@ -45,7 +62,7 @@ TEST(DisplayDescription, PrintsEveryFaultWithItsCauses) {
 TEST(DisplayDescription, NoTextOfADisplayMakesALineOfItsOwn) {
     DisplayDescription description;
     description.facts = {{"display", "a\nb\x1b[2J.xml"}};
-    description.channels = {{"L\u2028eft", "A\nB", "1 x 1", "map \u202efdp", "none"}};
+    description.channels = {channel("L\u2028eft", "A\nB", "1 x 1", "map \u202efdp", "")};
     description.faults = {{"channel\nLeft", "no\tmap", {"first\nsecond"}}};
     EXPECT_EQ(printed(description),
               "display  a\\nb\\x1b[2J.xml\n"
