@@ -54,9 +54,7 @@ bool CollimatedTargetLocatorParams::equals(const TargetLocatorParams& other) con
 
 CollimatedTargetLocator::CollimatedTargetLocator(const CollimatedTargetLocatorParams& params)
     : SphereTargetLocator(params),
-      m_mirrorRotation(
-          Veltrani::rotationZXY(params.mirrorOrientation[0], params.mirrorOrientation[1], params.mirrorOrientation[2])),
-      m_mirrorOffset(params.mirrorPosition),
+      m_mirrorFrame(params.mirrorOrientation, params.mirrorPosition),
       m_mirror(wholeSphere(params.mirrorRadius)),
       m_collimatedParams(params) {}
 
@@ -164,9 +162,9 @@ bool CollimatedTargetLocator::GetRefDirectionAndMirrorIntersection(const Point<d
     }
     const Vector onMirror = intersections.first().point;
     const Vector inward = -m_mirror.getScreenNormal(onMirror);
-    mirrorPoint = m_mirrorRotation * (onMirror + m_mirrorOffset);
-    const Vector back = m_mirrorRotation * (from - to);
+    mirrorPoint = m_mirrorFrame.toWorld(onMirror);
+    const Vector back = m_mirrorFrame.rotation() * (from - to);
     // Turned already, and turned again below: intended, see the class.
-    reflectedDirection = m_mirrorRotation * (2 * dot(back, inward) * inward - back);
+    reflectedDirection = m_mirrorFrame.rotation() * (2 * dot(back, inward) * inward - back);
     return true;
 }

@@ -4,6 +4,7 @@
 #include "Common/VeltraniException.h"
 #include "Common/VeltraniLogging.h"
 #include "ScreenManager/DisplayKinds.h"
+#include "ScreenManager/FrustumRays.h"
 #include "ScreenManager/ScreenManager.h"
 
 #include <algorithm>
@@ -298,6 +299,12 @@ void SphereTargetLocator::projectOnTargetLocationSurface(double uMin, double uMa
         }
     }
     takeMajority(front.grid, back.grid, grid);
+}
+
+Ray SphereTargetLocator::rayOf(const Point<double, 2>& picture) const {
+    std::vector<Ray> rays{{m_params.eyepoint, m_params.eyepoint + FrustumRays(m_params).directionOf(picture)}};
+    remapRays(rays);
+    return rays.front();
 }
 
 std::pair<bool, int> SphereTargetLocator::locate(const Point<double, 3>& direction, Point<double, 3>& target) const {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Common/Matrix.h"
 #include "KelvoScreen/SphericalScreen.h"
+#include "ScreenManager/MirrorFrame.h"
 #include "ScreenManager/SphereTargetLocator.h"
 
 #pragma GCC diagnostic push
@@ -63,6 +63,9 @@ public:
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const;
 
+    /// Where its mirror stands.
+    [[nodiscard]] const MirrorFrame& mirrorFrame() const { return m_mirrorFrame; }
+
 protected:
     [[nodiscard]] std::vector<Point<double, 3>> calculateBoundaryPoints(Point<double, 3> a, Point<double, 3> b,
                                                                         Point<double, 3> c, Point<double, 3> d,
@@ -76,8 +79,7 @@ private:
                                               Point<double, 3>& mirrorPoint,
                                               Point<double, 3>& reflectedDirection) const;
 
-    Matrix<double, 3> m_mirrorRotation;
-    Point<double, 3> m_mirrorOffset;
+    MirrorFrame m_mirrorFrame;
     SphericalScreen m_mirror;
     CollimatedTargetLocatorParams m_collimatedParams;
 };

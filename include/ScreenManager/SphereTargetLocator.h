@@ -67,6 +67,9 @@ public:
     /// screen drops the locator.
     std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const override;
 
+    /// The ray from the eye through a place of the picture, (0, 0) bottom left to (1, 1) top right, bent by the tables.
+    [[nodiscard]] Ray rayOf(const Point<double, 2>& picture) const;
+
     /// One target, whatever side its ray comes from; answers as `intersectWithTargetLocationSurface`.
     /// @param direction from the eye, world frame, any length; the tables bend it here
     std::pair<bool, int> locate(const Point<double, 3>& direction, Point<double, 3>& target) const;

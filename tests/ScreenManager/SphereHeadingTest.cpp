@@ -220,6 +220,17 @@ TEST_F(SphereHeadingTest, RaysAreBentAroundTheirOriginInOrder) {
                                             "INFO Pitch,Yaw (0,1.5708) mapped to (0,1.6708)"));
 }
 
+TEST_F(SphereHeadingTest, TheRayOfAPicturePointIsBentByTheTables) {
+    const Table byTenth{{-PI, -PI + 0.1}, {PI, PI + 0.1}};
+    const SphereTargetLocator bent(recordWith(EMPTY, byTenth));
+    const Ray middle = bent.rayOf({0.5, 0.5});
+    EXPECT_EQ(middle.first, (Vector{1.0, 2.0, 3.0}));
+    expectNear(middle.second - middle.first, {std::sin(0.1), std::cos(0.1), 0.0});
+
+    const Ray upperRight = SphereTargetLocator(recordWith(EMPTY, EMPTY)).rayOf({1.0, 1.0});
+    expectNear(upperRight.second - upperRight.first, {std::tan(0.5), 1.0, std::tan(0.4)});
+}
+
 TEST_F(SphereHeadingTest, WithoutTablesRaysStayToTheLastBitAndNothingIsLogged) {
     const std::vector<Ray> before{{{0.1, 0.2, 0.3}, {1.0 / 3.0, 0.7, 1e-9}}};
     std::vector<Ray> rays = before;

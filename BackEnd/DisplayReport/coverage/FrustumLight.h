@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DisplayReport/coverage/FrustumRays.h"
+#include "ScreenManager/FrustumRays.h"
 #include "DisplayReport/coverage/RayLight.h"
 
 namespace Veltrani::DisplayReport {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DisplayReport/coverage/ChannelLight.h"
-#include "DisplayReport/coverage/FrustumRays.h"
+#include "ScreenManager/FrustumRays.h"
 #include "DisplayReport/coverage/PointIndex.h"
 
 #include <optional>

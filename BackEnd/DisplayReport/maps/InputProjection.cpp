@@ -1,12 +1,12 @@
 #include "DisplayReport/maps/InputProjection.h"
 
-#include "Common/Matrix.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/channels/LocatorSource.h"
 #include "ScreenManager/DisplayKinds.h"
+#include "ScreenManager/MirrorFrame.h"
 
 #include <algorithm>
 #include <array>
@@ -67,8 +67,7 @@ P3 eyePointOf(const XMLConfigManager& config) {
     if (targets == nullptr || kind == nullptr || !kind->hasMirror()) {
         return eyePoint;
     }
-    const P3 angles = targets->getMirrorOrientation();
-    return Veltrani::rotationZXY(angles[0], angles[1], angles[2]) * (eyePoint + targets->getMirrorPosition());
+    return MirrorFrame(*targets).toWorld(eyePoint);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "DisplayReport/scene/ChannelFrustum.h"
 
 #include "Common/Finite.h"
-#include "Common/Matrix.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "KelvoControl/Frustum.h"
@@ -91,36 +90,24 @@ private:
     Frustum m_frustum;
 };
 
-/// A locator of its own, for the rays and the bending of headings that it offers to classes derived from it.
-class EyeRays : public PictureRays, private SphereTargetLocator {
+/// From the eye, bent as the targets of the channel are.
+class EyeRays : public PictureRays {
 public:
-    explicit EyeRays(const SphereTargetLocatorParams& params)
-        : SphereTargetLocator(params),
-          m_params(params),
-          m_orientation(Veltrani::rotationZXY(params.rotationZ, params.rotationX, params.rotationY)) {}
+    /// Only the rays of the record are taken, whatever class of locator it belongs to.
+    explicit EyeRays(const SphereTargetLocatorParams& params) : m_apex(params.eyepoint), m_rays(params) {}
 
-    [[nodiscard]] P3 apex() const override { return m_params.eyepoint; }
+    [[nodiscard]] P3 apex() const override { return m_apex; }
     [[nodiscard]] Polyline path(const Point<double, 2>& picture, double reach) const override {
         const auto [from, to] = rayOf(picture);
         return straight(from, to - from, reach);
     }
 
 protected:
-    /// From the eye, bent as the targets of the channel are.
-    [[nodiscard]] Ray rayOf(const Point<double, 2>& picture) const {
-        const auto between = [](double low, double high, double part) {
-            return std::tan(low) + (std::tan(high) - std::tan(low)) * part;
-        };
-        const P3 direction = m_orientation * P3{between(m_params.angleLeft, m_params.angleRight, picture[0]), 1.0,
-                                                between(m_params.angleBottom, m_params.angleTop, picture[1])};
-        std::vector<Ray> rays{{m_params.eyepoint, m_params.eyepoint + direction}};
-        remapRays(rays);
-        return rays.front();
-    }
+    [[nodiscard]] Ray rayOf(const Point<double, 2>& picture) const { return m_rays.rayOf(picture); }
 
 private:
-    SphereTargetLocatorParams m_params;
-    Matrix<double, 3> m_orientation;
+    P3 m_apex;
+    SphereTargetLocator m_rays;
 };
 
 /// The eye is given relative to the middle of the mirror, which is moved and turned into the world here.
@@ -129,13 +116,10 @@ public:
     MirrorRays(const CollimatedTargetLocator& locator, const CollimatedTargetLocatorParams& params)
         : EyeRays(params),
           m_locator(locator),
-          m_params(params),
-          m_rotation(Veltrani::rotationZXY(params.mirrorOrientation[0], params.mirrorOrientation[1],
-                                           params.mirrorOrientation[2])),
           m_mirror({}, params.mirrorRadius, -std::numbers::pi, std::numbers::pi, -std::numbers::pi / 2,
                    std::numbers::pi / 2) {}
 
-    [[nodiscard]] P3 apex() const override { return inWorld(EyeRays::apex()); }
+    [[nodiscard]] P3 apex() const override { return m_locator.mirrorFrame().toWorld(EyeRays::apex()); }
     [[nodiscard]] bool usesMirror() const override { return true; }
     [[nodiscard]] Polyline path(const Point<double, 2>& picture, double /*reach*/) const override {
         const auto [from, to] = rayOf(picture);
@@ -144,7 +128,7 @@ public:
         if (onMirror.empty()) {
             return way;
         }
-        way.push_back(inWorld(onMirror.first().point));
+        way.push_back(m_locator.mirrorFrame().toWorld(onMirror.first().point));
         P3 hit;
         if (m_locator.intersectWithTargetLocationSurface(from, to, hit).first) {
             way.push_back(hit);
@@ -153,13 +137,7 @@ public:
     }
 
 private:
-    [[nodiscard]] P3 inWorld(const P3& besideMirror) const {
-        return m_rotation * (besideMirror + m_params.mirrorPosition);
-    }
-
     const CollimatedTargetLocator& m_locator;
-    CollimatedTargetLocatorParams m_params;
-    Matrix<double, 3> m_rotation;
     SphericalScreen m_mirror;
 };
 

@@ -1,7 +1,6 @@
 #include "DisplayReport/scene/SceneCollector.h"
 
 #include "Common/ExceptionCause.h"
-#include "Common/Matrix.h"
 #include "Common/Utf8.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/ProjectorConfig.h"
@@ -10,6 +9,7 @@
 #include "DisplayReport/scene/SurfaceTessellator.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/DisplayKinds.h"
+#include "ScreenManager/MirrorFrame.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocator.h"
 #include "ScreenManager/TargetLocatorManager.h"
@@ -134,11 +134,10 @@ void addEyes(const XMLConfigManager& config, DisplayScene& scene) {
     if (targets != nullptr && kind != nullptr && kind->addressedBy == DisplayKind::Addressing::EYE) {
         P3 eye = targets->getTargetPosition();
         if (kind->hasMirror()) {
-            const P3 angles = targets->getMirrorOrientation();
-            const Matrix<double, 3> rotation = Veltrani::rotationZXY(angles[0], angles[1], angles[2]);
+            const MirrorFrame frame(*targets);
             // The eye is given relative to the middle of the mirror.
-            eye = rotation * (eye + targets->getMirrorPosition());
-            const P3 centre = rotation * targets->getMirrorPosition();
+            eye = frame.toWorld(eye);
+            const P3 centre = frame.centre();
             if (targets->getMirrorRadius() > 0 && targets->getMirrorRadius() <= LARGEST && isDrawable(centre)) {
                 scene.mirror = SceneMirror{centre, targets->getMirrorRadius()};
             }

@@ -1,8 +1,6 @@
-#include "DisplayReport/coverage/FrustumRays.h"
+#include "ScreenManager/FrustumRays.h"
 
 #include <cmath>
-
-namespace Veltrani::DisplayReport {
 
 FrustumRays::FrustumRays(const SphereTargetLocatorParams& camera)
     : m_rotation(Veltrani::rotationZXY(camera.rotationZ, camera.rotationX, camera.rotationY)),
@@ -22,5 +20,3 @@ bool FrustumRays::pictureOf(const Point<double, 3>& direction, Point<double, 2>&
     picture = {(ahead[0] / ahead[1] - m_start[0]) / m_size[0], (ahead[2] / ahead[1] - m_start[1]) / m_size[1]};
     return true;
 }
-
-}  // namespace Veltrani::DisplayReport

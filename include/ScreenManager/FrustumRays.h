@@ -3,8 +3,6 @@
 #include "Common/Matrix.h"
 #include "ScreenManager/SphereTargetLocator.h"
 
-namespace Veltrani::DisplayReport {
-
 /// The rays of a channel that is described like a camera, before tables bend them: the tangents of the frustum grow
 /// evenly over the picture.
 class FrustumRays {
@@ -22,5 +20,3 @@ private:
     Point<double, 2> m_start;      ///< tangents at (u, v) = (0, 0)
     Point<double, 2> m_size;       ///< from there to (1, 1)
 };
-
-}  // namespace Veltrani::DisplayReport

@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/FrustumRays.h"
+#include "ScreenManager/FrustumRays.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,6 @@
 
 namespace {
 
-using Veltrani::DisplayReport::FrustumRays;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 
