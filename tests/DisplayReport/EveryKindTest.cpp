@@ -8,7 +8,7 @@
 #include "DisplayReport/maps/InputProjection.h"
 #include "DisplayReport/maps/LayoutMapper.h"
 #include "DisplayReport/scene/ChannelFrustum.h"
-#include "DisplayReport/scene/SurfaceTessellator.h"
+#include "DisplayReport/scene/SceneSurface.h"
 #include "DisplayReport/targets/TargetPlacer.h"
 #include "KelvoScreen/ScreenShape.h"
 #include "ScreenManager/DisplayKinds.h"

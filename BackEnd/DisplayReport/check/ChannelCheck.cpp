@@ -4,7 +4,7 @@
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/basics/TextTable.h"
-#include "DisplayReport/channels/LocatorSource.h"
+#include "DisplayReport/channels/ChannelLocator.h"
 #include "DisplayReport/check/DisplayDescription.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DisplayReport/coverage/LitPoint.h"
+#include "DisplayReport/coverage/SurfacePoint.h"
 
 #include <functional>
 #include <utility>

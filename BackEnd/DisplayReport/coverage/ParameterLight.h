@@ -1,6 +1,9 @@
 #pragma once
 
 #include "DisplayReport/coverage/ChannelLight.h"
+#include "KelvoControl/CustomPlanarScreenToChannelMap.h"
+#include "ScreenManager/CustomPlanarTargetLocator.h"
+#include "ScreenManager/PlanarTargetLocator.h"
 
 namespace Veltrani::DisplayReport {
 
@@ -30,6 +33,37 @@ private:
     std::shared_ptr<const ScreenGeometry> m_surface;
     bool m_mayOverlap;   ///< several points may have the same coordinates
     double m_samePlace;  ///< native units: nearer points are the same
+};
+
+/// The light of a channel whose picture fills a rectangle of the screen's 2D coordinates. A picture whose left bound is
+/// right of its right one is mirrored, and covers as much.
+class AreaLight : public ParameterLight {
+public:
+    AreaLight(const PlanarTargetLocatorParams& area, std::shared_ptr<const ScreenGeometry> surface);
+
+protected:
+    bool mapToScreen(const Point<double, 2>& picture, Point<double, 2>& screen) const override;
+    [[nodiscard]] bool covers(const Point<double, 2>& screen) const override;
+    bool mapToPicture(const Point<double, 2>& screen, Point<double, 2>& picture) const override;
+
+private:
+    PlanarTargetLocatorParams m_area;
+};
+
+/// The light of a channel whose picture is carried to the screen's 2D coordinates by a map file.
+class MapFileLight : public ParameterLight {
+public:
+    /// Reads the map file; throws what `CustomPlanarScreenToChannelMap` throws.
+    MapFileLight(const CustomPlanarTargetLocatorParams& channel, std::shared_ptr<const ScreenGeometry> surface);
+
+protected:
+    bool mapToScreen(const Point<double, 2>& picture, Point<double, 2>& screen) const override;
+    [[nodiscard]] bool covers(const Point<double, 2>& screen) const override;
+    bool mapToPicture(const Point<double, 2>& screen, Point<double, 2>& picture) const override;
+
+private:
+    CustomPlanarScreenToChannelMap m_map;
+    Point<double, 2> m_size;  ///< of the picture, pixels
 };
 
 }  // namespace Veltrani::DisplayReport

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "DisplayReport/coverage/CoverageReport.h"
-#include "DisplayReport/coverage/PictureBox.h"
 #include "DisplayReport/coverage/PitchHints.h"
 
 namespace Veltrani::DisplayReport {

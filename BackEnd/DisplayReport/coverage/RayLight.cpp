@@ -1,12 +1,28 @@
 #include "DisplayReport/coverage/RayLight.h"
 
-#include "DisplayReport/coverage/LineOfSight.h"
+#include "KelvoControl/ProjectionModel.h"
 #include "KelvoScreen/ScreenGeometry.h"
 
+#include <cmath>
 #include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
+
+namespace {
+
+/// Of the way to the point: far above rounding, and a few micrometres on the way across a room.
+constexpr double SAME_PLACE = 1e-6;
+
+}  // namespace
+
+bool isInSight(const ScreenGeometry& surface, const Point<double, 3>& from, const Point<double, 3>& onSurface) {
+    if (!std::isfinite(norm(onSurface - from))) {
+        return false;
+    }
+    const IntersectionSet met = surface.intersect(from, onSurface);
+    return met.empty() || met.first().t >= 1.0 - SAME_PLACE;
+}
 
 RayLight::RayLight(const Point<double, 3>& origin, std::shared_ptr<const ScreenGeometry> surface)
     : m_origin(origin), m_surface(std::move(surface)) {}
@@ -37,6 +53,30 @@ bool RayLight::lights(const SurfacePoint& point) const {
 
 bool RayLight::findPicture(const SurfacePoint& point, Point<double, 2>& picture) const {
     return pictureOf(point.place, picture);
+}
+
+FrustumLight::FrustumLight(const SphereTargetLocatorParams& camera, std::shared_ptr<const ScreenGeometry> surface)
+    : RayLight(camera.eyepoint, std::move(surface)), m_rays(camera) {}
+
+bool FrustumLight::rayOf(const Point<double, 2>& picture, Point<double, 3>& direction) const {
+    direction = m_rays.directionOf(picture);
+    return true;
+}
+
+bool FrustumLight::pictureOf(const Point<double, 3>& place, Point<double, 2>& picture) const {
+    return m_rays.pictureOf(place - origin(), picture);
+}
+
+LensLight::LensLight(std::shared_ptr<const ProjectionModel> model, std::shared_ptr<const ScreenGeometry> surface)
+    : RayLight(model ? model->viewport().position : Point<double, 3>(), std::move(surface)),
+      m_model(std::move(model)) {}
+
+bool LensLight::rayOf(const Point<double, 2>& picture, Point<double, 3>& direction) const {
+    return m_model && m_model->unproject(picture, direction);
+}
+
+bool LensLight::pictureOf(const Point<double, 3>& place, Point<double, 2>& picture) const {
+    return m_model && m_model->projectNormalised(place, picture);
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -2,9 +2,7 @@
 
 #include "DisplayReport/basics/Progress.h"
 #include "DisplayReport/coverage/ChannelLight.h"
-#include "DisplayReport/coverage/LandingExtent.h"
 #include "DisplayReport/coverage/LightCutter.h"
-#include "DisplayReport/coverage/PictureBox.h"
 #include "DisplayReport/coverage/PitchHints.h"
 
 #include <vector>

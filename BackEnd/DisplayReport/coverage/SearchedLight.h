@@ -1,8 +1,8 @@
 #pragma once
 
 #include "DisplayReport/coverage/ChannelLight.h"
-#include "ScreenManager/FrustumRays.h"
 #include "DisplayReport/coverage/PointIndex.h"
+#include "ScreenManager/FrustumRays.h"
 
 #include <optional>
 #include <vector>

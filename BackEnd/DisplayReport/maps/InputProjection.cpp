@@ -4,7 +4,7 @@
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
-#include "DisplayReport/channels/LocatorSource.h"
+#include "DisplayReport/channels/ChannelLocator.h"
 #include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/MirrorFrame.h"
 

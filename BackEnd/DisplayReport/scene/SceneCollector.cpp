@@ -6,7 +6,7 @@
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
-#include "DisplayReport/scene/SurfaceTessellator.h"
+#include "DisplayReport/scene/SceneSurface.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/MirrorFrame.h"

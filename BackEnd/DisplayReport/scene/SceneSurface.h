@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+class ScreenGeometry;
+
 namespace Veltrani::DisplayReport {
 
 /// A surface as a picture shows it: triangles in the world frame, native units. Every vertex is finite.
@@ -33,5 +35,20 @@ struct SceneSurface {
 /// border; an edge names the first of them.
 [[nodiscard]] std::vector<SceneSurface::Edge> borderOf(const std::vector<Point<double, 3>>& vertices,
                                                        const std::vector<SceneSurface::Triangle>& triangles);
+
+/// Turns a screen geometry of any kind into triangles for a picture: a mesh gives its own, thinned when there are too
+/// many, every other kind a lattice over its 2D parameters.
+class SurfaceTessellator {
+public:
+    /// @param mostTriangles at least 2
+    explicit SurfaceTessellator(std::size_t mostTriangles) : m_mostTriangles(mostTriangles) {}
+
+    /// With its border, without a name. Empty when the geometry has neither triangles nor 2D parameters, or when no
+    /// point of it is finite.
+    [[nodiscard]] SceneSurface tessellate(const ScreenGeometry& geometry) const;
+
+private:
+    std::size_t m_mostTriangles;
+};
 
 }  // namespace Veltrani::DisplayReport

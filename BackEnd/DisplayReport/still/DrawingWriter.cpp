@@ -5,7 +5,6 @@
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/still/Drawing.h"
 #include "DisplayReport/still/DrawingRaster.h"
-#include "DisplayReport/still/NearnessMap.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,5 @@
 #include "DisplayReport/still/ScenePainter.h"
 
-#include "DisplayReport/scene/AxisLayout.h"
 #include "DisplayReport/scene/DisplayScene.h"
 #include "DisplayReport/scene/SceneAxes.h"
 #include "DisplayReport/scene/SceneCamera.h"

@@ -134,7 +134,7 @@ constexpr ElementRule TARGET_DATA{"TargetData", TARGET_DATA_ATTRIBUTES, TARGET_D
 constexpr ChildRule PROJECTOR_CHILDREN[] = {{&NAME, 0, 1},        {&DEVICE, 0, 1},     {&RESOLUTION, 0, 1},
                                             {&POND, 0, 1},        {&CUSTOM_MAP, 0, 1}, {&MODEL, 0, 1},
                                             {&ORIENTATION, 0, 1}, {&FRUSTUM, 0, 1},    {&POSITION, 0, 1},
-                                            {&SCREEN_AREA, 0, 1}, {&LAYOUT, 0, 1}, {&NOTE, 0, 1}};
+                                            {&SCREEN_AREA, 0, 1}, {&LAYOUT, 0, 1},     {&NOTE, 0, 1}};
 constexpr ElementRule PROJECTOR{"Projector", PROJECTOR_ATTRIBUTES, PROJECTOR_CHILDREN, ElementContent::Elements, {},
                                 {}};
 constexpr ChildRule PROJECTORS_CHILDREN[] = {{&PROJECTOR, 0, ANY_NUMBER}};

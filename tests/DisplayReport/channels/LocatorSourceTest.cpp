@@ -1,4 +1,4 @@
-#include "DisplayReport/channels/LocatorSource.h"
+#include "DisplayReport/channels/ChannelLocator.h"
 
 #include "Configuration/BaseConfig.h"
 #include "ScreenManager/TargetLocatorManager.h"

@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/AreaLight.h"
+#include "DisplayReport/coverage/ParameterLight.h"
 
 #include "KelvoScreen/FlatScreen.h"
 

@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/FrustumLight.h"
+#include "DisplayReport/coverage/RayLight.h"
 
 #include "KelvoScreen/SphericalScreen.h"
 #include "LitDisplays.h"

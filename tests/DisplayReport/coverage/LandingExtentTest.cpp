@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/LandingExtent.h"
+#include "DisplayReport/coverage/ChannelLight.h"
 
 #include "LitDisplays.h"
 

@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/LensLight.h"
+#include "DisplayReport/coverage/RayLight.h"
 
 #include "LitDisplays.h"
 

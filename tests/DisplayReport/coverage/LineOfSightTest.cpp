@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/LineOfSight.h"
+#include "DisplayReport/coverage/RayLight.h"
 
 #include "KelvoScreen/MeshScreen.h"
 #include "KelvoScreen/SphericalScreen.h"

@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/MapFileLight.h"
+#include "DisplayReport/coverage/ParameterLight.h"
 
 #include "Common/VeltraniException.h"
 #include "KelvoScreen/FlatScreen.h"

@@ -1,7 +1,6 @@
 #include "DisplayReport/coverage/ParameterLight.h"
 
 #include "Common/VeltraniException.h"
-#include "DisplayReport/coverage/AreaLight.h"
 #include "KelvoScreen/MeshScreen.h"
 
 #include <gtest/gtest.h>

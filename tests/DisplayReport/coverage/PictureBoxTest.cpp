@@ -1,4 +1,4 @@
-#include "DisplayReport/coverage/PictureBox.h"
+#include "DisplayReport/coverage/PitchHints.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,5 @@
 #include "DisplayReport/coverage/RayLight.h"
 
-#include "DisplayReport/coverage/FrustumLight.h"
-#include "DisplayReport/coverage/LensLight.h"
 #include "LitDisplays.h"
 
 #include <limits>

@@ -1,7 +1,7 @@
 // Areas that are known in closed form. Every expectation is worked out here.
 #include "DisplayReport/coverage/ScreenCoverage.h"
 
-#include "DisplayReport/coverage/LandingExtent.h"
+#include "DisplayReport/coverage/ChannelLight.h"
 #include "DisplayReport/coverage/ScreenSampling.h"
 #include "LitDisplays.h"
 

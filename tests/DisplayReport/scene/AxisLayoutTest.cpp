@@ -1,4 +1,4 @@
-#include "DisplayReport/scene/AxisLayout.h"
+#include "DisplayReport/scene/SceneAxes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "DisplayReport/scene/SurfaceTessellator.h"
+#include "DisplayReport/scene/SceneSurface.h"
 
 #include "Common/VeltraniException.h"
 #include "KelvoScreen/CylinderScreen.h"

@@ -1,4 +1,4 @@
-#include "DisplayReport/still/NearnessMap.h"
+#include "DisplayReport/still/DrawingRaster.h"
 
 #include <gtest/gtest.h>
 

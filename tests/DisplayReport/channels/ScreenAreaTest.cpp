@@ -1,4 +1,4 @@
-#include "DisplayReport/targets/ScreenArea.h"
+#include "DisplayReport/channels/ScreenArea.h"
 
 #include "Configuration/ProjectorConfig.h"
 
