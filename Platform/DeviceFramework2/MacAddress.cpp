@@ -1,7 +1,10 @@
 #include "DeviceFramework2/MacAddress.h"
 
+#include "Common/Utf8.h"
+
 #include <algorithm>
 #include <cstddef>
+#include <ostream>
 
 namespace Veltrani::DeviceFramework2 {
 
@@ -104,6 +107,10 @@ std::wstring MacAddress::text() const {
         pairText.insert(i, 1, L':');
     }
     return pairText;
+}
+
+std::ostream& operator<<(std::ostream& out, const MacAddress& address) {
+    return out << toUtf8(address.text());
 }
 
 }  // namespace Veltrani::DeviceFramework2

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,5 +34,8 @@ private:
 
     std::array<std::uint8_t, 6> m_bytes;
 };
+
+/// As `text`, UTF-8.
+std::ostream& operator<<(std::ostream& out, const MacAddress& address);
 
 }  // namespace Veltrani::DeviceFramework2

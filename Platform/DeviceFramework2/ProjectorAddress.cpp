@@ -5,6 +5,7 @@
 #include "DeviceFramework2/detail/WholeNumber.h"
 
 #include <algorithm>
+#include <ostream>
 
 namespace Veltrani::DeviceFramework2 {
 
@@ -64,6 +65,10 @@ std::optional<ProjectorAddress> ProjectorAddress::ofText(const std::wstring& sni
 
 std::string ProjectorAddress::text() const {
     return (isIpv4() ? host : "[" + host + "]") + ":" + std::to_string(port);
+}
+
+std::ostream& operator<<(std::ostream& out, const ProjectorAddress& address) {
+    return out << address.text();
 }
 
 }  // namespace Veltrani::DeviceFramework2

@@ -2,6 +2,7 @@
 
 #include "DeviceFramework2/DeviceSnippet.h"
 
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,5 +30,8 @@ struct ProjectorAddress {
     std::string host;  ///< in the shortest spelling of the address
     int port = DeviceSnippet::STANDARD_PORT;
 };
+
+/// As `text`, UTF-8.
+std::ostream& operator<<(std::ostream& out, const ProjectorAddress& address);
 
 }  // namespace Veltrani::DeviceFramework2

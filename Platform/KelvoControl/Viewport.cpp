@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <ostream>
 
 namespace {
 
@@ -59,4 +60,10 @@ Viewport Viewport::of(const ProjectorConfig& projector, const std::wstring& mode
         requireEdgeAhead(L"top", top, modelName);
     }
     return viewport;
+}
+
+std::ostream& operator<<(std::ostream& out, const Viewport& viewport) {
+    const Point<double, 4> extents{viewport.ox, viewport.sx, viewport.oy, viewport.sy};
+    return out << "extents " << extents << ", position " << viewport.position << ", orientation "
+               << viewport.orientation << ", " << viewport.width << " x " << viewport.height << " pixels";
 }

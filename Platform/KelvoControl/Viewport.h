@@ -2,6 +2,7 @@
 
 #include "Common/Point.h"
 
+#include <iosfwd>
 #include <string>
 
 class ProjectorConfig;
@@ -32,3 +33,6 @@ struct Viewport {
     ///     does not.
     [[nodiscard]] static Viewport of(const ProjectorConfig& projector, const std::wstring& modelName);
 };
+
+/// "extents (ox, sx, oy, sy), position (x, y, z), orientation (z, x, y), 1920 x 1200 pixels", with all digits.
+std::ostream& operator<<(std::ostream& out, const Viewport& viewport);

@@ -1,7 +1,16 @@
 #include "KelvoScreen/IntersectionSet.h"
 
+#include <limits>
+#include <ostream>
 #include <stdexcept>
 #include <string>
+
+std::ostream& operator<<(std::ostream& out, const Intersection& intersection) {
+    const auto precision = out.precision(std::numeric_limits<double>::max_digits10);
+    out << intersection.point << " at t " << intersection.t;
+    out.precision(precision);
+    return out;
+}
 
 IntersectionSet::IntersectionSet(std::initializer_list<Intersection> intersections) {
     for (const Intersection& intersection : intersections) {

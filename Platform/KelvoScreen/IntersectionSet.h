@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <initializer_list>
+#include <iosfwd>
 #include <vector>
 
 /// Where a ray meets a surface.
@@ -12,6 +13,9 @@ struct Intersection {
     Point<double, 3> point;  ///< world frame, native units
     double t = 0;            ///< position along the ray: point = from + t (to - from)
 };
+
+/// "(0, 4, 1) at t 0.5", with all digits.
+std::ostream& operator<<(std::ostream& out, const Intersection& intersection);
 
 /// The intersections of a ray with a surface, nearest first.
 ///

@@ -3,7 +3,15 @@
 #include "Common/VeltraniException.h"
 
 #include <cstddef>
+#include <ostream>
 #include <string>
+
+std::ostream& operator<<(std::ostream& out, const SurfaceHit& hit) {
+    if (!hit.hit) {
+        return out << "miss";
+    }
+    return out << Intersection{hit.point, hit.t} << ", side " << hit.side << ", normal " << hit.normal;
+}
 
 void ScreenGeometry::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
     if (rays.size() != hits.size()) {

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <iosfwd>
 #include <map>
 #include <span>
 #include <string>
@@ -25,6 +26,9 @@ struct SurfaceHit {
     int side = 1;             ///< +1 along the normal, -1 against it, 0 across; 1 on a miss
     bool hit = false;
 };
+
+/// "(0, 4, 1) at t 0.5, side 1, normal (0, -1, 0)", with all digits, or "miss".
+std::ostream& operator<<(std::ostream& out, const SurfaceHit& hit);
 
 /// The side from which a direction reaches a surface: +1 when it travels along the normal, -1 against it, 0 across it
 /// or when either is not a number.

@@ -71,6 +71,19 @@ template <class T, std::size_t N>
     return result;
 }
 
+/// Its rows: "[(1, 0), (0, 1)]", with all digits.
+template <class Char, class Traits, class T, std::size_t N>
+std::basic_ostream<Char, Traits>& operator<<(std::basic_ostream<Char, Traits>& out, const Matrix<T, N>& m) {
+    for (std::size_t r = 0; r < N; ++r) {
+        Point<T, N> row;
+        for (std::size_t c = 0; c < N; ++c) {
+            row[c] = m(r, c);
+        }
+        out << (r == 0 ? "[" : ", ") << row;
+    }
+    return out << "]";
+}
+
 namespace Veltrani {
 
 /// The right-handed rotation by an angle (radians) about a unit axis k, in Rodrigues form:

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <concepts>
 #include <cstddef>
+#include <iosfwd>
+#include <limits>
 #include <type_traits>
 
 /// A fixed-size coordinate tuple: a position, a direction or a grid index.
@@ -113,4 +115,16 @@ template <class T>
 template <std::floating_point T, std::size_t N>
 [[nodiscard]] T norm(const Point<T, N>& a) {
     return std::sqrt(dot(a, a));
+}
+
+/// "(1, 0.5, -2)", with all digits, so that a failing comparison shows where two points differ. Includes of
+/// streams are left to those who print.
+template <class Char, class Traits, class T, std::size_t N>
+std::basic_ostream<Char, Traits>& operator<<(std::basic_ostream<Char, Traits>& out, const Point<T, N>& point) {
+    const auto precision = out.precision(std::numeric_limits<T>::max_digits10);
+    for (std::size_t i = 0; i < N; ++i) {
+        out << (i == 0 ? "(" : ", ") << point[i];
+    }
+    out.precision(precision);
+    return out << ")";
 }

@@ -72,4 +72,8 @@ TEST(Rotation, AgreesWithQuaternions) {
     }
 }
 
+TEST(Matrix, IsPrintedRowByRow) {
+    EXPECT_EQ(testing::PrintToString(Matrix<double, 2>()), "[(1, 0), (0, 1)]");
+}
+
 }  // namespace

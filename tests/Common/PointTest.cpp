@@ -6,6 +6,7 @@
 
 #include <limits>
 #include <map>
+#include <sstream>
 #include <type_traits>
 
 namespace {
@@ -84,6 +85,14 @@ TEST(Point, IsFiniteWhileNoComponentIsInfiniteOrNaN) {
         }
         EXPECT_FALSE(isFinite(Point<double, 2>{1, odd})) << odd;
     }
+}
+
+TEST(Point, IsPrintedWithAllDigits) {
+    EXPECT_EQ(testing::PrintToString(Point<double, 3>{1.0, -0.5, 0.1}), "(1, -0.5, 0.10000000000000001)");
+    EXPECT_EQ(testing::PrintToString(Point<int, 2>{1920, 1200}), "(1920, 1200)");
+    std::ostringstream out;
+    out << Point<double, 2>{0.25, 1e-20} << ' ' << 0.1234567891;
+    EXPECT_EQ(out.str(), "(0.25, 9.9999999999999995e-21) 0.123457") << "the precision of the stream stays";
 }
 
 }  // namespace

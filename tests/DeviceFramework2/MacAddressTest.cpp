@@ -71,4 +71,8 @@ TEST(MacAddress, OrderFollowsTheDigits) {
     EXPECT_NE(*first, *second);
 }
 
+TEST(MacAddress, IsPrintedAsItsText) {
+    EXPECT_EQ(testing::PrintToString(*MacAddress::parse(L"02000000000a")), "02:00:00:00:00:0A");
+}
+
 }  // namespace

@@ -79,4 +79,8 @@ TEST(ProjectorAddress, IsReadFromASnippet) {
               std::nullopt);
 }
 
+TEST(ProjectorAddress, IsPrintedAsItsText) {
+    EXPECT_EQ(testing::PrintToString(*ProjectorAddress::parse("192.0.2.10")), "192.0.2.10:4352");
+}
+
 }  // namespace

@@ -76,4 +76,14 @@ TEST(Viewport, OfAModelOfTheFrustumItsEdgesLieAhead) {
     }
 }
 
+TEST(Viewport, IsPrintedWithAllItsNumbers) {
+    Viewport viewport;
+    viewport.position = {1.0, 2.0, 3.0};
+    viewport.orientation = {0.5, 0.0, 0.0};
+    viewport.width = 1920;
+    viewport.height = 1200;
+    EXPECT_EQ(testing::PrintToString(viewport),
+              "extents (0, 1, 0, 1), position (1, 2, 3), orientation (0.5, 0, 0), 1920 x 1200 pixels");
+}
+
 }  // namespace

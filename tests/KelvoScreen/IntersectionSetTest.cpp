@@ -1,5 +1,7 @@
 #include "KelvoScreen/IntersectionSet.h"
 
+#include "KelvoScreen/ScreenGeometry.h"
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -42,6 +44,17 @@ TEST(IntersectionSet, CopiesAreIndependent) {
     set.add(at(0));
     EXPECT_EQ(copy.size(), 3U);
     EXPECT_EQ(copy.first().t, 1);
+}
+
+TEST(Intersection, IsPrintedWithAllDigits) {
+    EXPECT_EQ(testing::PrintToString(Intersection{{0.0, 4.0, 0.1}, 0.3}),
+              "(0, 4, 0.10000000000000001) at t 0.29999999999999999");
+}
+
+TEST(SurfaceHit, IsPrintedWithSideAndNormalOrAsAMiss) {
+    EXPECT_EQ(testing::PrintToString(SurfaceHit{{0.0, 4.0, 1.0}, {0.0, -1.0, 0.0}, 0.5, -1, true}),
+              "(0, 4, 1) at t 0.5, side -1, normal (0, -1, 0)");
+    EXPECT_EQ(testing::PrintToString(SurfaceHit()), "miss");
 }
 
 }  // namespace
