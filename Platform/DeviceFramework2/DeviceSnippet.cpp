@@ -3,8 +3,8 @@
 #include "Common/Utf8.h"
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
+#include "DeviceFramework2/detail/AsciiText.h"
 #include "DeviceFramework2/detail/Endpoint.h"
-#include "DeviceFramework2/detail/WholeNumber.h"
 #include "DeviceFramework2/detail/XmlSnippet.h"
 
 namespace Veltrani::DeviceFramework2 {

@@ -1,8 +1,8 @@
 #include "DeviceFramework2/ProjectorAddress.h"
 
 #include "DeviceFramework2/DeviceException.h"
+#include "DeviceFramework2/detail/AsciiText.h"
 #include "DeviceFramework2/detail/Endpoint.h"
-#include "DeviceFramework2/detail/WholeNumber.h"
 
 #include <algorithm>
 #include <ostream>

@@ -1,7 +1,7 @@
 #include "DeviceFramework2/VirtualProjectorSnippet.h"
 
 #include "Common/Utf8.h"
-#include "DeviceFramework2/detail/WholeNumber.h"
+#include "DeviceFramework2/detail/AsciiText.h"
 #include "DeviceFramework2/detail/XmlSnippet.h"
 
 namespace Veltrani::DeviceFramework2 {

@@ -1,7 +1,6 @@
 #include "DeviceFramework2/detail/PjlinkValues.h"
 
 #include "DeviceFramework2/detail/AsciiText.h"
-#include "DeviceFramework2/detail/WholeNumber.h"
 
 #include <algorithm>
 
