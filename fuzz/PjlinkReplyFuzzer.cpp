@@ -1,11 +1,8 @@
 #include "Common/Utf8.h"
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/detail/AsciiText.h"
-#include "DeviceFramework2/detail/LineBuffer.h"
-#include "DeviceFramework2/detail/PjlinkGreeting.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 #include "DeviceFramework2/detail/PjlinkProtocol.h"
-#include "DeviceFramework2/detail/PjlinkReply.h"
-#include "DeviceFramework2/detail/PjlinkSearchReply.h"
 #include "DeviceFramework2/detail/PjlinkValues.h"
 
 #include <stdlib.h>

@@ -5,7 +5,7 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/detail/BroadcastAddresses.h"
 #include "DeviceFramework2/detail/Endpoint.h"
-#include "DeviceFramework2/detail/PjlinkSearchReply.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 #include "DeviceFramework2/detail/Socket.h"
 
 #include <poll.h>

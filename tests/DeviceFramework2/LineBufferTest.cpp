@@ -1,4 +1,4 @@
-#include "DeviceFramework2/detail/LineBuffer.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 
 #include "DeviceTesting.h"
 

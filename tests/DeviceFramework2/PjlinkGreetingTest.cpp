@@ -1,6 +1,4 @@
-#include "DeviceFramework2/detail/PjlinkGreeting.h"
-
-#include "DeviceFramework2/detail/PjlinkLogin.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
-#include "DeviceFramework2/detail/PjlinkReply.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 
-#include "DeviceFramework2/detail/PjlinkRequest.h"
 #include "DeviceTesting.h"
 
 #include <gtest/gtest.h>

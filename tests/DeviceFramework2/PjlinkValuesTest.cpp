@@ -1,7 +1,7 @@
 #include "DeviceFramework2/detail/PjlinkValues.h"
 
 #include "DeviceFramework2/detail/AsciiText.h"
-#include "DeviceFramework2/detail/PjlinkSearchReply.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

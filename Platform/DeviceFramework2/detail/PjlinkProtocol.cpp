@@ -2,8 +2,7 @@
 
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/detail/AsciiText.h"
-#include "DeviceFramework2/detail/PjlinkGreeting.h"
-#include "DeviceFramework2/detail/PjlinkLogin.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 
 #include <utility>
 

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "DeviceFramework2/PasswordSource.h"
-#include "DeviceFramework2/detail/LineBuffer.h"
-#include "DeviceFramework2/detail/PjlinkReply.h"
-#include "DeviceFramework2/detail/PjlinkRequest.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "DeviceFramework2/detail/PjlinkReply.h"
-#include "DeviceFramework2/detail/PjlinkRequest.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 
 #include <functional>
 #include <memory>
