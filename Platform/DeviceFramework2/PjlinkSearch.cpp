@@ -3,7 +3,6 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniLogging.h"
 #include "DeviceFramework2/DeviceException.h"
-#include "DeviceFramework2/detail/BroadcastAddresses.h"
 #include "DeviceFramework2/detail/Endpoint.h"
 #include "DeviceFramework2/detail/PjlinkMessages.h"
 #include "DeviceFramework2/detail/Socket.h"

@@ -1,7 +1,5 @@
 #include "DeviceFramework2/detail/Endpoint.h"
 
-#include "DeviceFramework2/detail/BroadcastAddresses.h"
-
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 

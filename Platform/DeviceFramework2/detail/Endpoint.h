@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Veltrani::DeviceFramework2 {
 
@@ -31,5 +32,9 @@ private:
 
     sockaddr_storage m_address;
 };
+
+/// The IPv4 broadcast addresses of the networks that this machine is on, each once; the general one,
+/// 255.255.255.255, where there are none.
+[[nodiscard]] std::vector<std::string> broadcastAddresses();
 
 }  // namespace Veltrani::DeviceFramework2
