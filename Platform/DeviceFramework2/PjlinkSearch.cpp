@@ -5,7 +5,7 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/detail/Endpoint.h"
 #include "DeviceFramework2/detail/PjlinkMessages.h"
-#include "DeviceFramework2/detail/Socket.h"
+#include "DeviceFramework2/detail/Sockets.h"
 
 #include <poll.h>
 #include <sys/socket.h>

@@ -1,4 +1,4 @@
-#include "DeviceFramework2/detail/Deadline.h"
+#include "DeviceFramework2/detail/Sockets.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "DeviceFramework2/detail/TcpConnection.h"
+#include "DeviceFramework2/detail/Sockets.h"
 
 #include "DeviceTesting.h"
 #include "Listener.h"

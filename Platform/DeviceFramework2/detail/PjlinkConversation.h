@@ -1,10 +1,9 @@
 #pragma once
 
 #include "DeviceFramework2/PjlinkSettings.h"
-#include "DeviceFramework2/detail/Deadline.h"
 #include "DeviceFramework2/detail/Endpoint.h"
 #include "DeviceFramework2/detail/PjlinkProtocol.h"
-#include "DeviceFramework2/detail/TcpConnection.h"
+#include "DeviceFramework2/detail/Sockets.h"
 
 #include <optional>
 #include <string>

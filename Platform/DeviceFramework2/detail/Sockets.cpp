@@ -1,17 +1,25 @@
-#include "DeviceFramework2/detail/TcpConnection.h"
+#include "DeviceFramework2/detail/Sockets.h"
 
+#include "Common/Utf8.h"
 #include "DeviceFramework2/DeviceException.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <system_error>
 
 namespace Veltrani::DeviceFramework2 {
 
 namespace {
+
+/// Keeps the sums below within the range of the clock and of poll.
+constexpr std::chrono::milliseconds LONGEST_LIMIT = std::chrono::hours(24);
 
 /// Bytes taken at once: several times the longest line, so that a flood is cut off after little of it.
 constexpr std::size_t CHUNK = 512;
@@ -21,6 +29,45 @@ constexpr std::size_t CHUNK = 512;
 }
 
 }  // namespace
+
+Deadline::Deadline(std::chrono::milliseconds limit)
+    : m_limit(std::clamp(limit, std::chrono::milliseconds(0), LONGEST_LIMIT)),
+      m_end(std::chrono::steady_clock::now() + m_limit) {}
+
+std::chrono::milliseconds Deadline::remaining() const {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - std::chrono::steady_clock::now());
+    return std::max(left, std::chrono::milliseconds(0));
+}
+
+Socket::Socket(int family, int kind) : m_descriptor(::socket(family, kind | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+    if (m_descriptor < 0) {
+        throw DeviceException(__FILE__, __LINE__, L"no socket: " + reason(errno));
+    }
+}
+
+Socket::~Socket() {
+    ::close(m_descriptor);
+}
+
+bool Socket::waitFor(short events, const Deadline& deadline) const {
+    while (true) {
+        pollfd watched{m_descriptor, events, 0};
+        const int ready = ::poll(&watched, 1, static_cast<int>(deadline.remaining().count()));
+        if (ready > 0) {
+            return true;
+        }
+        if (ready < 0 && errno != EINTR) {
+            throw DeviceException(__FILE__, __LINE__, L"the wait failed: " + reason(errno));
+        }
+        if (deadline.expired()) {
+            return false;
+        }
+    }
+}
+
+std::wstring Socket::reason(int error) {
+    return fromUtf8OrBytes(std::generic_category().message(error));
+}
 
 TcpConnection::TcpConnection(const Endpoint& peer) : m_socket(peer.family(), SOCK_STREAM) {
     // A request is one small packet that must not wait for company.
