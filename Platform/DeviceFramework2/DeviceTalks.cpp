@@ -3,7 +3,6 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/PJLinkProjector.h"
 #include "DeviceFramework2/detail/PjlinkConversation.h"
-#include "DeviceFramework2/detail/PjlinkStep.h"
 
 #include <poll.h>
 #include <sys/resource.h>

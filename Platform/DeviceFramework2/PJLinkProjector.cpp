@@ -5,8 +5,7 @@
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
 #include "DeviceFramework2/detail/AsciiText.h"
-#include "DeviceFramework2/detail/PjlinkSession.h"
-#include "DeviceFramework2/detail/PjlinkStep.h"
+#include "DeviceFramework2/detail/PjlinkConversation.h"
 #include "DeviceFramework2/detail/PjlinkValues.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "DeviceFramework2/detail/PjlinkSession.h"
+#include "DeviceFramework2/detail/PjlinkConversation.h"
 
 #include "DeviceTesting.h"
 #include "support/pjlink_simulator/PjlinkSimulator.h"

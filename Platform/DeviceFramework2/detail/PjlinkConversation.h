@@ -2,13 +2,28 @@
 
 #include "DeviceFramework2/PjlinkSettings.h"
 #include "DeviceFramework2/detail/Endpoint.h"
+#include "DeviceFramework2/detail/PjlinkMessages.h"
 #include "DeviceFramework2/detail/PjlinkProtocol.h"
 #include "DeviceFramework2/detail/Sockets.h"
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
+// Conversations with one projector: what a command sends step by step, a conversation that never waits, and one that is
+// waited for.
 namespace Veltrani::DeviceFramework2 {
+
+/// One request of a command, and what follows its reply: the next step, or null when the command is done.
+///
+/// A command is stated as its first step. Whoever has the session sends the request and hands the reply over, waiting
+/// for it or not, so that what a command says stands in one place.
+struct PjlinkStep {
+    PjlinkRequest request;
+    /// Throws `DeviceException` for a reply that ends the command with a fault.
+    std::function<std::unique_ptr<PjlinkStep>(const PjlinkReply&)> then;
+};
 
 /// One connection to a projector, from connecting to the last reply, that never waits.
 ///
@@ -61,6 +76,28 @@ private:
     PjlinkProtocol m_protocol;
     State m_state = State::CONNECTING;
     std::string m_unsent;  ///< of the request under way
+};
+
+/// A conversation with one projector that is waited for: connect, greet, log in with the first command, one command at
+/// a time.
+///
+/// Many projectors take one connection and drop it when it is idle, so a session is short and there is one at a time
+/// per projector. Any fault closes it: a late answer can then never be taken for that of a later command. Faults are
+/// `DeviceException`s with the cause alone; the password is in none of them.
+class PjlinkSession {
+public:
+    /// Connects and reads the greeting. When the projector wants a password and none is configured, nothing is sent.
+    /// @param uid selects the password
+    PjlinkSession(const Endpoint& peer, const std::wstring& uid, const PjlinkSettings& settings);
+
+    /// Sends a command and waits for its answer. An error that the projector reports is an answer; a refused login is
+    /// a fault.
+    [[nodiscard]] PjlinkReply ask(const PjlinkRequest& request);
+
+private:
+    void waitUntilReady();
+
+    std::optional<PjlinkConversation> m_conversation;  ///< none after a fault
 };
 
 }  // namespace Veltrani::DeviceFramework2
