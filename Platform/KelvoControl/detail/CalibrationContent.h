@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace KelvoControlDetail {
@@ -43,5 +45,17 @@ inline constexpr const char* MATRIX_TYPE = "opencv-matrix";
 
 /// A matrix that is needed has at most 14 elements; a list that goes on for longer than this is not kept.
 inline constexpr std::size_t MOST_ELEMENTS = 64;
+
+/// The entries of a calibration file in XML: a root `opencv_storage` whose matrices are elements with
+/// `type_id="opencv-matrix"`. No document type, no entities but the five of XML itself, nothing fetched.
+///
+/// Throws `VeltraniParseException` for everything else, an entry that stands twice included.
+[[nodiscard]] CalibrationContent calibrationFromXml(std::string_view text, const std::string& document);
+
+/// The entries of a calibration file in YAML: a mapping whose matrices carry the tag `!!opencv-matrix`. The first line
+/// may be `%YAML:1.0`, which is no YAML but what such files begin with.
+///
+/// Throws `VeltraniParseException` for everything else, an entry that stands twice included.
+[[nodiscard]] CalibrationContent calibrationFromYaml(std::string_view text, const std::string& document);
 
 }  // namespace KelvoControlDetail

@@ -4,8 +4,7 @@
 #include "Common/FileFault.h"
 #include "Common/QuotedText.h"
 #include "Common/Utf8.h"
-#include "KelvoControl/detail/CalibrationXml.h"
-#include "KelvoControl/detail/CalibrationYaml.h"
+#include "KelvoControl/detail/CalibrationContent.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/CalibrationXml.h"
+#include "KelvoControl/detail/CalibrationContent.h"
 
 #include "CalibrationText.h"
 #include "Common/VeltraniException.h"

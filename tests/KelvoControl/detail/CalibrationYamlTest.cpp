@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/CalibrationYaml.h"
+#include "KelvoControl/detail/CalibrationContent.h"
 
 #include "CalibrationText.h"
 #include "Common/VeltraniException.h"
