@@ -2,7 +2,7 @@
 
 #include "Common/VeltraniException.h"
 #include "KelvoControl/detail/LensKinds.h"
-#include "KelvoControl/detail/LensName.h"
+#include "KelvoControl/detail/LensModel.h"
 
 #include <algorithm>
 #include <utility>

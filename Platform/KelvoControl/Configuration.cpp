@@ -7,7 +7,7 @@
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "KelvoControl/Blend.h"
-#include "KelvoControl/detail/LensName.h"
+#include "KelvoControl/detail/LensModel.h"
 
 #include <string>
 #include <utility>

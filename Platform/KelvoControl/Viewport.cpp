@@ -3,7 +3,7 @@
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "KelvoControl/detail/LensKinds.h"
-#include "KelvoControl/detail/LensName.h"
+#include "KelvoControl/detail/LensModel.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,5 @@
 #include "KelvoControl/detail/BrownConradyLens.h"
 
-#include "KelvoControl/detail/LensName.h"
-
 namespace KelvoControlDetail {
 
 BrownConradyLens::BrownConradyLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file)

@@ -1,7 +1,5 @@
 #include "KelvoControl/detail/FisheyeLens.h"
 
-#include "KelvoControl/detail/LensName.h"
-
 namespace KelvoControlDetail {
 
 namespace {

@@ -22,6 +22,14 @@ bool roundToPixel(double position, int& pixel) {
 
 }  // namespace
 
+LensName LensName::of(const std::wstring& first, const std::wstring& second) {
+    const std::size_t colon = first.find(L':');
+    if (!second.empty() || colon == std::wstring::npos) {
+        return {first, second};
+    }
+    return {first.substr(0, colon), first.substr(colon + 1)};
+}
+
 LensModel::LensModel(const Viewport& viewport, std::wstring name, std::wstring file)
     : m_viewport(viewport), m_name(std::move(name)), m_file(std::move(file)) {
     if (!isFinite(viewport.position) || !isFinite(viewport.orientation)) {

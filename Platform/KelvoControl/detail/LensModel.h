@@ -7,6 +7,16 @@
 
 namespace KelvoControlDetail {
 
+/// What the two texts mean that a projection model is made from.
+struct LensName {
+    std::wstring kind;
+    std::wstring file;  ///< empty without one
+
+    /// @param first the kind, or "kind:file" while `second` is empty; the file begins behind the first colon
+    /// @param second the file
+    [[nodiscard]] static LensName of(const std::wstring& first, const std::wstring& second);
+};
+
 /// What all projection models share: the viewport, the names, and the way from the projector's own frame (+x right,
 /// +y forward, +z up) to the world frame. A kind of lens adds the two operations at the end.
 class LensModel : public ProjectionModel {

@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/LensName.h"
+#include "KelvoControl/detail/LensModel.h"
 
 #include <gtest/gtest.h>
 
