@@ -1,7 +1,6 @@
 #include "KelvoControl/detail/BrownConradyDistortion.h"
 
-#include "KelvoControl/detail/IncreasingFunction.h"
-#include "KelvoControl/detail/Polynomial.h"
+#include "KelvoControl/detail/UnivariateFunctions.h"
 
 #include <algorithm>
 #include <cmath>

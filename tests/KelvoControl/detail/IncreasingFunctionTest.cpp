@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/IncreasingFunction.h"
+#include "KelvoControl/detail/UnivariateFunctions.h"
 
 #include <gtest/gtest.h>
 

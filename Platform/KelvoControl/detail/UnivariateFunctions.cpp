@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/Polynomial.h"
+#include "KelvoControl/detail/UnivariateFunctions.h"
 
 #include <algorithm>
 #include <cstddef>
