@@ -1,12 +1,125 @@
 #pragma once
 
 #include "Common/Point.h"
-#include "KelvoControl/detail/QuadCell.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
 namespace KelvoControlDetail {
+
+/// A part of an edge or of a cell, brought into 0 to 1. NaN becomes 0: where a row of the cell is one point, any place
+/// in the row is that point.
+[[nodiscard]] inline double toPart(double value) {
+    return value > 0 ? std::min(value, 1.0) : 0.0;
+}
+
+/// A cell between four nodes, bilinear inside: (a, b) = (0, 0), (1, 0), (0, 1), (1, 1) at the nodes. Along an edge only
+/// its two nodes matter, so that neighbours meet without a gap.
+struct QuadCell {
+    Point<double, 2> origin;
+    Point<double, 2> alongA;  ///< the node at (1, 0)
+    Point<double, 2> alongB;  ///< the node at (0, 1)
+    Point<double, 2> across;  ///< the node at (1, 1)
+
+    [[nodiscard]] Point<double, 2> at(double a, double b) const {
+        const double restA = 1 - a;
+        const double restB = 1 - b;
+        return {restB * (restA * origin[0] + a * alongA[0]) + b * (restA * alongB[0] + a * across[0]),
+                restB * (restA * origin[1] + a * alongA[1]) + b * (restA * alongB[1] + a * across[1])};
+    }
+
+    /// True for a point in the box around the cell, grown by `margin` on every side. False for NaN.
+    [[nodiscard]] bool boxHolds(const Point<double, 2>& point, const Point<double, 2>& margin) const {
+        return boxHolds(point, margin, 0) && boxHolds(point, margin, 1);
+    }
+
+    /// Asks about the places (a, b) where the bilinear formula, continued beyond the cell, takes a value: at most two,
+    /// the one that belongs to a cell without folds first, and none for a point beyond the fold of another. A place may
+    /// be NaN, where a whole row of the cell is one point or the cell is flat.
+    /// @param accept Point<double, 2> -> bool; true ends the search
+    /// @return true when a place was accepted
+    template <class Accept>
+    bool anyPlaceOf(const Point<double, 2>& point, const Accept& accept) const {
+        return anyPlaceOf(point, accept, Beyond::NOTHING);
+    }
+
+    /// As `anyPlaceOf`, and beyond a fold about a place on it, whose value is not the point: rounding alone may have
+    /// carried the point there. `accept` has to judge how far away it is.
+    template <class Accept>
+    bool anyPlaceUpToFold(const Point<double, 2>& point, const Accept& accept) const {
+        return anyPlaceOf(point, accept, Beyond::FOLD);
+    }
+
+    /// Asks about the place that is nearest to a point on each of the four edges, in turn.
+    /// @param unit by axis, above zero: what distances are measured in
+    /// @param accept Point<double, 2> -> bool; true ends the search
+    /// @return true when a place was accepted
+    template <class Accept>
+    bool anyEdgePlaceOf(const Point<double, 2>& point, const Point<double, 2>& unit, const Accept& accept) const {
+        const auto part = [&](const Point<double, 2>& from, const Point<double, 2>& to) {
+            const Point<double, 2> edge{(to[0] - from[0]) / unit[0], (to[1] - from[1]) / unit[1]};
+            const Point<double, 2> way{(point[0] - from[0]) / unit[0], (point[1] - from[1]) / unit[1]};
+            return toPart(dot(way, edge) / dot(edge, edge));
+        };
+        return accept(Point<double, 2>{part(origin, alongA), 0.0}) ||
+               accept(Point<double, 2>{part(alongB, across), 1.0}) ||
+               accept(Point<double, 2>{0.0, part(origin, alongB)}) ||
+               accept(Point<double, 2>{1.0, part(alongA, across)});
+    }
+
+private:
+    /// Where the formula takes no value: whether to ask about the fold.
+    enum class Beyond { NOTHING, FOLD };
+
+    template <class Accept>
+    bool anyPlaceOf(const Point<double, 2>& point, const Accept& accept, Beyond beyond) const {
+        const Point<double, 2> e = alongA - origin;
+        const Point<double, 2> f = alongB - origin;
+        const Point<double, 2> g = origin - alongA - alongB + across;
+        const Point<double, 2> h = point - origin;
+        const auto place = [&](double b) {
+            const Point<double, 2> row = e + g * b;
+            return Point<double, 2>{dot(h - f * b, row) / dot(row, row), b};
+        };
+        // b solves (e + g b) x (h - f b) = 0 and a likewise (f + g a) x (h - e a) = 0: quadratic equations with one
+        // discriminant, written so that nothing cancels.
+        const double area = turn(e, f);
+        const double twist = turn(h, g);
+        const double k2 = turn(g, f);
+        const double k1 = twist + area;
+        const double k0 = turn(h, e);
+        const double discriminant = k1 * k1 - 4 * k0 * k2;
+        if (discriminant < 0 && beyond == Beyond::NOTHING) {
+            return false;
+        }
+        const double root = std::copysign(std::sqrt(std::max(discriminant, 0.0)), k1);
+        const double q = -0.5 * (k1 + root);
+        const double first = k0 / q;
+        // Where the twist outweighs the area, the direct formula for a would cancel.
+        const bool isCalm = std::abs(twist) < std::abs(area);
+        if (accept(isCalm ? Point<double, 2>{turn(h, f) / (-0.5 * (twist - area - root)), first} : place(first))) {
+            return true;
+        }
+        return k2 != 0 && accept(place(q / k2));
+    }
+
+    [[nodiscard]] static double turn(const Point<double, 2>& p, const Point<double, 2>& q) {
+        return p[0] * q[1] - p[1] * q[0];
+    }
+
+    [[nodiscard]] bool boxHolds(const Point<double, 2>& point, const Point<double, 2>& margin, std::size_t i) const {
+        const double low = std::min(std::min(origin[i], alongA[i]), std::min(alongB[i], across[i]));
+        const double high = std::max(std::max(origin[i], alongA[i]), std::max(alongB[i], across[i]));
+        return point[i] >= low - margin[i] && point[i] <= high + margin[i];
+    }
+};
+
+/// True for a place (a, b) in the cell or on its edge; false for NaN.
+[[nodiscard]] inline bool isInCell(const Point<double, 2>& place) {
+    return place[0] >= 0 && place[0] <= 1 && place[1] >= 0 && place[1] <= 1;
+}
 
 /// Nodes in rows and columns, column fastest, and the cells between them. Every node has a place in two planes: the
 /// picture and the screen.

@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/QuadCell.h"
+#include "KelvoControl/detail/CellLattice.h"
 
 #include <gtest/gtest.h>
 
