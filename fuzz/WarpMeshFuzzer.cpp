@@ -1,5 +1,5 @@
 #include "Common/VeltraniException.h"
-#include "KelvoControl/detail/WarpMeshFile.h"
+#include "KelvoControl/detail/WarpMesh.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
 
-#include "KelvoControl/detail/WarpMeshFile.h"
+#include "KelvoControl/detail/WarpMesh.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/WarpMeshFile.h"
+#include "KelvoControl/detail/WarpMesh.h"
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
