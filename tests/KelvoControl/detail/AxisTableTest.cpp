@@ -1,4 +1,4 @@
-#include "KelvoControl/detail/AxisTable.h"
+#include "KelvoControl/detail/CellLocator.h"
 
 #include <gtest/gtest.h>
 
