@@ -1,7 +1,7 @@
 #include "KelvoScreen/detail/MeshBorder.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
-#include "KelvoScreen/detail/BorderBlend.h"
+#include "KelvoScreen/detail/BorderSheets.h"
 #include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/MeshTopology.h"
 #include "KelvoScreen/detail/RayAim.h"

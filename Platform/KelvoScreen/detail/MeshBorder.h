@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KelvoScreen/detail/BorderStretches.h"
+#include "KelvoScreen/detail/BorderSheets.h"
 #include "KelvoScreen/detail/MeshSurface.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/BorderBlend.h"
+#include "KelvoScreen/detail/BorderSheets.h"
 
 #include "KelvoScreen/Meshes.h"
 

@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/BorderStretches.h"
+#include "KelvoScreen/detail/BorderSheets.h"
 
 #include "KelvoScreen/Meshes.h"
 #include "KelvoScreen/SphericalScreen.h"
