@@ -3,7 +3,7 @@
 #include "KelvoScreen/detail/Box.h"
 #include "KelvoScreen/detail/FaceRegion.h"
 #include "KelvoScreen/detail/MeshSurface.h"
-#include "KelvoScreen/detail/QuadricFit.h"
+#include "KelvoScreen/detail/QuadricSheet.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>

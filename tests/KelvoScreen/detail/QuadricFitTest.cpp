@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/QuadricFit.h"
+#include "KelvoScreen/detail/QuadricSheet.h"
 
 #include "KelvoScreen/MeshOracle.h"
 
