@@ -1,10 +1,10 @@
 #include "KelvoScreen/detail/BorderSheets.h"
 
 #include "KelvoScreen/detail/Box.h"
-#include "KelvoScreen/detail/FaceRegion.h"
 #include "KelvoScreen/detail/MeshSurface.h"
 #include "KelvoScreen/detail/QuadricSheet.h"
 #include "KelvoScreen/detail/Rounding.h"
+#include "KelvoScreen/detail/SmoothFaces.h"
 
 #include <algorithm>
 #include <cmath>

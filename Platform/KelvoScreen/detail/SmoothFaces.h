@@ -1,8 +1,10 @@
 #pragma once
 
+#include "KelvoScreen/TriangleMesh.h"
 #include "KelvoScreen/detail/MeshTopology.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace KelvoScreenDetail {
@@ -32,6 +34,42 @@ private:
     std::vector<MeshTopology::Neighbours> m_neighbours;
     std::vector<Point<double, 3>> m_normals;
     std::vector<std::uint32_t> m_faces;
+};
+
+/// Collects the vertices of a smooth face around a place on it, one place after another.
+///
+/// Refers to everything it is given, which must stay as it is.
+class FaceRegion {
+public:
+    FaceRegion(const TriangleMesh& mesh, const MeshTopology& topology, const SmoothFaces& faces);
+
+    /// Grows around a place on a triangle as far as `radius` across the surface, at least a few triangles far and at
+    /// most some thousand vertices, and no further than the surface has turned by 45 degrees. Replaces the last region.
+    void grow(std::uint32_t triangle, const Point<double, 3>& place, double radius);
+
+    /// The mean normal near the place, unit length; zero when no triangle there has one.
+    [[nodiscard]] const Point<double, 3>& normal() const { return m_normal; }
+    /// Nearest to the place first; vertices at the same place count once.
+    [[nodiscard]] std::span<const Point<double, 3>> points() const { return m_points; }
+    /// The mean distance between neighbouring vertices.
+    [[nodiscard]] double spacing() const { return m_spacing; }
+
+private:
+    [[nodiscard]] Point<double, 3> meanNormal(std::uint32_t triangle);
+    template <class Accept, class Take>
+    void walk(std::uint32_t triangle, const Accept& accept, const Take& take);
+    [[nodiscard]] double distanceTo(std::uint32_t triangle, const Point<double, 3>& place) const;
+
+    const TriangleMesh& m_mesh;
+    const MeshTopology& m_topology;
+    const SmoothFaces& m_faces;
+    std::vector<std::uint32_t> m_triangleSeen;  ///< the walk in which a triangle was met last
+    std::vector<std::uint32_t> m_vertexSeen;    ///< the same of the merged vertices
+    std::uint32_t m_walk = 0;
+    std::vector<std::pair<std::uint32_t, int>> m_open;  ///< triangles and their ring
+    Point<double, 3> m_normal;
+    std::vector<Point<double, 3>> m_points;
+    double m_spacing = 0;
 };
 
 }  // namespace KelvoScreenDetail

@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/FaceRegion.h"
+#include "KelvoScreen/detail/SmoothFaces.h"
 
 #include "KelvoScreen/Meshes.h"
 
