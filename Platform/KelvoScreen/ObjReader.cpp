@@ -1,9 +1,7 @@
 #include "KelvoScreen/ObjReader.h"
 
 #include "KelvoScreen/ObjLoadException.h"
-#include "KelvoScreen/detail/ObjCursor.h"
-#include "KelvoScreen/detail/ObjIndices.h"
-#include "KelvoScreen/detail/ObjSizeEstimate.h"
+#include "KelvoScreen/detail/ObjText.h"
 #include "KelvoScreen/detail/PolygonCutter.h"
 
 #include <array>

@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/ObjCursor.h"
+#include "KelvoScreen/detail/ObjText.h"
 
 #include "KelvoScreen/ObjLoadException.h"
 

@@ -1,7 +1,6 @@
-#include "KelvoScreen/detail/ObjIndices.h"
+#include "KelvoScreen/detail/ObjText.h"
 
 #include "KelvoScreen/ObjLoadException.h"
-#include "KelvoScreen/detail/ObjCursor.h"
 
 #include <gtest/gtest.h>
 

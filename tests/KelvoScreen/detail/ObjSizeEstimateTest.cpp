@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/ObjSizeEstimate.h"
+#include "KelvoScreen/detail/ObjText.h"
 
 #include <gtest/gtest.h>
 
