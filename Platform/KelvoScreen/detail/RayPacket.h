@@ -3,9 +3,9 @@
 #include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/TriangleMesh.h"
 #include "KelvoScreen/detail/Box.h"
+#include "KelvoScreen/detail/BoxScene.h"
 #include "KelvoScreen/detail/Lanes.h"
 #include "KelvoScreen/detail/MeshCorners.h"
-#include "KelvoScreen/detail/PacketCast.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "KelvoScreen/detail/TriangleIndex.h"
 
+#include "KelvoScreen/detail/BoxScene.h"
 #include "KelvoScreen/detail/Components.h"
-#include "KelvoScreen/detail/EmbreeDevice.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>

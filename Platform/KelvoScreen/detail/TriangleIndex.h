@@ -1,8 +1,7 @@
 #pragma once
 
 #include "KelvoScreen/detail/Box.h"
-#include "KelvoScreen/detail/IndexUnits.h"
-#include "KelvoScreen/detail/PacketCast.h"
+#include "KelvoScreen/detail/BoxScene.h"
 #include "KelvoScreen/detail/TriangleBoxes.h"
 #include "KelvoScreen/detail/TriangleMath.h"
 

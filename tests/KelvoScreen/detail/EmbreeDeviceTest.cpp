@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/EmbreeDevice.h"
+#include "KelvoScreen/detail/BoxScene.h"
 
 #include "KelvoScreen/MeshScreen.h"
 #include "KelvoScreen/Meshes.h"

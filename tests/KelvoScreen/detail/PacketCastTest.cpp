@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/PacketCast.h"
+#include "KelvoScreen/detail/BoxScene.h"
 
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"

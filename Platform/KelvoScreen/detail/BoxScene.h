@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KelvoScreen/detail/IndexUnits.h"
+#include "Common/Point.h"
 #include "KelvoScreen/detail/Lanes.h"
 
 #include <embree3/rtcore.h>
@@ -9,7 +9,34 @@
 #include <cstdint>
 #include <vector>
 
+// Scenes of boxes in Embree: their units, the device of the process, and the casting of packets of rays.
 namespace KelvoScreenDetail {
+
+/// How places and lengths are turned into those of a search structure in single precision: relative to the centre of
+/// all triangles, in units of half the longest side of their box. No coordinate inside the box exceeds 1.
+struct IndexUnits {
+    /// Units by which rays start before their origin and reach past their end: the boxes are enlarged along the ray as
+    /// well.
+    static constexpr double RAY_MARGIN = 1e-5;
+
+    Point<double, 3> centre;
+    double perLength = 1;
+
+    /// In this order nothing overflows: a position inside the box is a length like that of the box.
+    [[nodiscard]] float reach(double t, double lengthPerT) const {
+        return static_cast<float>(t * lengthPerT * perLength + 2 * RAY_MARGIN);
+    }
+};
+
+/// The one Embree device of the process, made on first use.
+///
+/// It runs on the caller's thread alone (`threads=1`; otherwise Embree starts threads of its own), and it is
+/// intentionally never released: releasing a device starts one more thread, and scenes may outlive every static object.
+/// Throws `VeltraniException` when Embree cannot be started.
+[[nodiscard]] RTCDevice embreeDevice();
+
+/// Throws what the device reports since the last call: `std::bad_alloc` when memory ran out, else `VeltraniException`.
+void throwEmbreeFault();
 
 /// Rays side by side, as a search structure needs them. Lanes that do not take part hold anything finite.
 struct LaneRays {
