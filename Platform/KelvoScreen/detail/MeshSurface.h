@@ -2,8 +2,8 @@
 
 #include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/TriangleMesh.h"
-#include "KelvoScreen/detail/MeshCorners.h"
 #include "KelvoScreen/detail/TriangleIndex.h"
+#include "KelvoScreen/detail/TriangleMath.h"
 
 #include <cstdint>
 #include <optional>

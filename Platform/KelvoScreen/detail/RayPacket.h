@@ -5,7 +5,7 @@
 #include "KelvoScreen/detail/Box.h"
 #include "KelvoScreen/detail/BoxScene.h"
 #include "KelvoScreen/detail/Lanes.h"
-#include "KelvoScreen/detail/MeshCorners.h"
+#include "KelvoScreen/detail/TriangleMath.h"
 
 #include <cstddef>
 #include <cstdint>

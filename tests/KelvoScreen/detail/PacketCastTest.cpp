@@ -2,8 +2,8 @@
 
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"
-#include "KelvoScreen/detail/MeshCorners.h"
 #include "KelvoScreen/detail/TriangleIndex.h"
+#include "KelvoScreen/detail/TriangleMath.h"
 
 #include <gtest/gtest.h>
 

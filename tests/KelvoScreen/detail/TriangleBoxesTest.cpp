@@ -2,7 +2,7 @@
 
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"
-#include "KelvoScreen/detail/MeshCorners.h"
+#include "KelvoScreen/detail/TriangleMath.h"
 
 #include <gtest/gtest.h>
 
