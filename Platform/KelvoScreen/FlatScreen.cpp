@@ -3,7 +3,6 @@
 #include "Common/Matrix.h"
 #include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"

@@ -1,9 +1,9 @@
 #include "KelvoScreen/MeshScreen.h"
 
 #include "Common/VeltraniException.h"
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/MeshBorder.h"
 #include "KelvoScreen/detail/MeshSurface.h"
+#include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
 #include "KelvoScreen/detail/TextureMap.h"

@@ -1,6 +1,6 @@
 #include "KelvoScreen/detail/Box.h"
 
-#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>
 #include <cmath>

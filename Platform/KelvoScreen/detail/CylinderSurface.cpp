@@ -1,7 +1,6 @@
 #include "KelvoScreen/detail/CylinderSurface.h"
 
 #include "KelvoScreen/detail/Chord.h"
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"

@@ -2,7 +2,6 @@
 
 #include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/detail/BorderSheets.h"
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/MeshTopology.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"

@@ -1,6 +1,5 @@
 #include "KelvoScreen/detail/MeshSurface.h"
 
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/RayPacket.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"

@@ -1,6 +1,6 @@
 #include "KelvoScreen/detail/QuadricSheet.h"
 
-#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/Rounding.h"
 
 #include <Eigen/Cholesky>
 #include <Eigen/Core>

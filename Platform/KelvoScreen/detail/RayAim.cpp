@@ -1,6 +1,6 @@
 #include "KelvoScreen/detail/RayAim.h"
 
-#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/Rounding.h"
 
 namespace KelvoScreenDetail {
 

@@ -1,5 +1,10 @@
 #pragma once
 
+#include "Common/Finite.h"
+#include "Common/Point.h"
+
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace KelvoScreenDetail {
@@ -16,5 +21,10 @@ inline constexpr double SMALLEST_IN_ROUNDINGS = 8;
 /// How far outside its range a normalised 2D screen coordinate still counts as the edge. The row formulas of the grids
 /// end up to a few last bits above 1, and mapped coordinates come out of single precision in some files.
 inline constexpr double PARAMETER_TOLERANCE = 1e-9;
+
+/// The largest absolute component: the size to which the rounding of the others is compared.
+[[nodiscard]] inline double largestComponent(const Point<double, 3>& point) {
+    return std::max({std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
+}
 
 }  // namespace KelvoScreenDetail

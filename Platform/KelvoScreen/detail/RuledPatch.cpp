@@ -1,6 +1,5 @@
 #include "KelvoScreen/detail/RuledPatch.h"
 
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 #include "KelvoScreen/detail/RuledSurface.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"

@@ -1,6 +1,5 @@
 #include "KelvoScreen/detail/ScreenSampling.h"
 
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 namespace KelvoScreenDetail {

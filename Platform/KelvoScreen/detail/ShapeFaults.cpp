@@ -1,7 +1,6 @@
 #include "KelvoScreen/detail/ShapeFaults.h"
 
 #include "KelvoScreen/detail/AzimuthSector.h"
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <charconv>

@@ -1,7 +1,6 @@
 #include "KelvoScreen/detail/TriangleIndex.h"
 
 #include "KelvoScreen/detail/BoxScene.h"
-#include "KelvoScreen/detail/Components.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "KelvoScreen/detail/TriangleMath.h"
 
-#include "KelvoScreen/detail/Components.h"
+#include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>
 #include <limits>
