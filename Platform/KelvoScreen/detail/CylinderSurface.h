@@ -1,8 +1,8 @@
 #pragma once
 
 #include "KelvoScreen/IntersectionSet.h"
-#include "KelvoScreen/detail/AzimuthSector.h"
 #include "KelvoScreen/detail/Placement.h"
+#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include <string>
 

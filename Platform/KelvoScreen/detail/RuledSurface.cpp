@@ -1,10 +1,10 @@
 #include "KelvoScreen/detail/RuledSurface.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
-#include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
+#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "KelvoScreen/detail/ShapeFaults.h"
 
-#include "KelvoScreen/detail/AzimuthSector.h"
 #include "KelvoScreen/detail/Rounding.h"
+#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,10 +1,10 @@
 #include "KelvoScreen/detail/SphereSurface.h"
 
 #include "KelvoScreen/detail/Chord.h"
-#include "KelvoScreen/detail/LimitSearch.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ShapeFaults.h"
+#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include <algorithm>
 #include <cmath>

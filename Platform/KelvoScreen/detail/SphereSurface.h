@@ -2,8 +2,8 @@
 
 #include "KelvoScreen/IntersectionSet.h"
 #include "KelvoScreen/ScreenGeometry.h"
-#include "KelvoScreen/detail/AzimuthSector.h"
 #include "KelvoScreen/detail/Placement.h"
+#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include <cmath>
 #include <span>

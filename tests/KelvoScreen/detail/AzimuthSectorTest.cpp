@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/AzimuthSector.h"
+#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include "KelvoScreen/MeshOracle.h"
 

@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/LimitSearch.h"
+#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include <gtest/gtest.h>
 
