@@ -1,6 +1,5 @@
 #include "KelvoScreen/detail/CylinderSurface.h"
 
-#include "KelvoScreen/detail/Chord.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ShapeFaults.h"

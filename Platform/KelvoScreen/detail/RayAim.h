@@ -2,6 +2,12 @@
 
 #include "Common/Point.h"
 
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+// A ray as round shapes look at it: its direction, of a length that can be squared, and its chord through a ball or
+// circle.
 namespace KelvoScreenDetail {
 
 /// The direction of a ray, of a length whose square neither overflows nor vanishes.
@@ -37,5 +43,132 @@ private:
     /// By value: an object that a function elsewhere may change does not stay in registers.
     [[nodiscard]] static RayAim rescaled(Point<double, 3> direction);
 };
+
+/// Where a ray passes the surface of a ball (N = 3) or a circle (N = 2) around the origin: none, one or two ends of the
+/// chord, nearest first, only at t >= 0.
+template <std::size_t N>
+struct Chord {
+    struct End {
+        Point<double, N> place;  ///< on the surface
+        double t = 0;            ///< in units of the direction
+    };
+
+    std::array<End, 2> ends;
+    std::size_t count = 0;
+
+    void add(const Point<double, N>& place, double t) {
+        if (t >= 0 && std::isfinite(t)) {
+            ends[count++] = {place, t};
+        }
+    }
+};
+
+/// Outside these bounds the terms of a discriminant may have left the range of a double.
+inline constexpr double SMALLEST_DISCRIMINANT = 1e-250;
+inline constexpr double LARGEST_DISCRIMINANT = 1e300;
+/// A discriminant is known to this part of the squares that enter it; generous.
+inline constexpr double DISCRIMINANT_NOISE = 1e-14;
+/// Up to four radii from the centre the textbook formula loses no more than a digit.
+inline constexpr double NEAR = 16;
+
+/// For any line; see `visitChord`. The line is taken by value: what a function elsewhere may look at would have to
+/// stand in memory for all rays.
+///
+/// Both ends are built from the point of the line that is nearest to the centre. That point is at right angles to the
+/// direction, so neither end suffers from the cancellation of the textbook formula, however far away the ray starts.
+template <std::size_t N>
+[[nodiscard]] Chord<N> chordFromItsMiddle(Point<double, N> origin, Point<double, N> direction, double directionLength2,
+                                          double radius, double tolerance) {
+    const double perLength2 = 1 / directionLength2;
+    double middle = -dot(origin, direction) * perLength2;
+    Point<double, N> nearest = origin + middle * direction;
+    // The first step rounds in units of the distance of the origin, the second in units of what is left.
+    const double rest = -dot(nearest, direction) * perLength2;
+    nearest += rest * direction;
+    middle += rest;
+
+    Chord<N> chord;
+    const double distance2 = dot(nearest, nearest);
+    if (!std::isfinite(distance2)) {
+        return chord;  // too far away to be told from anything, whatever the tolerance
+    }
+    const double halfSquare = radius * radius - distance2;
+    if (!(halfSquare > 0)) {
+        if (!(distance2 <= (radius + tolerance) * (radius + tolerance))) {
+            return chord;
+        }
+        nearest *= radius / std::sqrt(distance2);
+    }
+    const double half = halfSquare > 0 ? std::sqrt(halfSquare * perLength2) : 0.0;
+    const double first = middle - half;
+    const double second = middle + half;
+    if (first < 0) {
+        const double originDistance2 = dot(origin, origin);
+        const bool hasDirection = originDistance2 > 0 && std::isfinite(originDistance2);
+        if (hasDirection && std::abs(originDistance2 - radius * radius) <= tolerance * (2 * radius + tolerance)) {
+            const Point<double, N> start = origin * (radius / std::sqrt(originDistance2));
+            chord.add(start, 0);
+            if (half > 0 && std::abs(first) < std::abs(second)) {
+                chord.add(nearest + half * direction, second);
+            }
+            return chord;
+        }
+    } else {
+        chord.add(nearest - half * direction, first);
+    }
+    if (half > 0) {
+        chord.add(nearest + half * direction, second);
+    }
+    return chord;
+}
+
+/// Visits the ends of a chord, nearest first, as `visit(place, t)`.
+///
+/// Within `tolerance` (a length) the answer is in favour of a hit: a line that misses by less touches the surface in
+/// one point, and an origin that is off the surface by less lies on it, at t = 0.
+///
+/// @param radius above zero
+/// @param directionLength2 the square of the length of `direction`, above zero
+template <std::size_t N, class Visit>
+void visitChord(const Point<double, N>& origin, const Point<double, N>& direction, double directionLength2,
+                double radius, double tolerance, const Visit& visit) {
+    // The textbook formula, (origin + t direction)^2 = radius^2, serves wherever it is exact: for a clear miss, from
+    // well inside, as a projector looks at its dome, and for a clear hit from no further than a few radii.
+    const double offset2 = dot(origin, origin);
+    const double square2 = radius * radius;
+    const double outside2 = offset2 - square2;
+    const double surface2 = tolerance * (2 * radius + tolerance);
+    const double towards = -dot(origin, direction);
+    const double discriminant = towards * towards - directionLength2 * outside2;
+    const double noise = directionLength2 * (surface2 + DISCRIMINANT_NOISE * (offset2 + square2));
+    const bool isOutside = outside2 > surface2;
+    if (isOutside) {
+        const bool leadsAway = towards < 0;
+        const bool isMiss = discriminant < -noise;
+        // Either is as good as random, both together are less so: one branch.
+        if (static_cast<int>(leadsAway) + static_cast<int>(isMiss) != 0) {
+            return;
+        }
+    }
+    const bool isInside = outside2 < -surface2;
+    const bool isClear = isInside || (isOutside && discriminant > noise && offset2 <= NEAR * square2);
+    if (isClear && discriminant >= SMALLEST_DISCRIMINANT && discriminant <= LARGEST_DISCRIMINANT) {
+        // Terms of one sign do not cancel; the other root follows from the product of both.
+        const double sum = std::abs(towards) + std::sqrt(discriminant);
+        const double byProduct = std::abs(outside2) / sum;
+        if (isOutside || !(towards > 0)) {
+            visit(origin + byProduct * direction, byProduct);
+        }
+        const double bySum = sum / directionLength2;
+        if (towards > 0 && std::isfinite(bySum)) {
+            visit(origin + bySum * direction, bySum);
+        }
+        return;
+    }
+    const Chord<N> chord = chordFromItsMiddle(origin, direction, directionLength2, radius, tolerance);
+    for (std::size_t i = 0; i < chord.count; ++i) {
+        visit(chord.ends[i].place, chord.ends[i].t);
+    }
+}
 
 }  // namespace KelvoScreenDetail

@@ -1,4 +1,4 @@
-#include "KelvoScreen/detail/Chord.h"
+#include "KelvoScreen/detail/RayAim.h"
 
 #include "KelvoScreen/MeshOracle.h"
 
