@@ -1,7 +1,7 @@
 #include "Common/ExceptionCause.h"
 #include "Common/Utf8.h"
 #include "ScreenManager/Screen.h"
-#include "ScreenManager/detail/PcdHeader.h"
+#include "ScreenManager/detail/PcdFormat.h"
 
 #include <pcl/point_cloud.h>
 #include <pcl/point_types.h>

@@ -1,7 +1,7 @@
 #include "ScreenManager/detail/PcdCheck.h"
 
 #include "Common/VeltraniException.h"
-#include "ScreenManager/detail/PcdText.h"
+#include "ScreenManager/detail/PcdFormat.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Common/RegularFile.h"
-#include "ScreenManager/detail/PcdHeader.h"
+#include "ScreenManager/detail/PcdFormat.h"
 
 namespace Veltrani {
 

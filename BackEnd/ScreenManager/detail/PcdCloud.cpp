@@ -2,7 +2,7 @@
 
 #include "ScreenManager/detail/CloudLibrary.h"
 #include "ScreenManager/detail/PcdCheck.h"
-#include "ScreenManager/detail/PcdText.h"
+#include "ScreenManager/detail/PcdFormat.h"
 
 #include <pcl/PCLPointCloud2.h>
 

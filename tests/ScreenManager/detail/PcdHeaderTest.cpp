@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/PcdHeader.h"
+#include "ScreenManager/detail/PcdFormat.h"
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"

@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/PcdText.h"
+#include "ScreenManager/detail/PcdFormat.h"
 
 #include "Common/VeltraniException.h"
 
