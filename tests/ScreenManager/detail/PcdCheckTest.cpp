@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/PcdCheck.h"
+#include "ScreenManager/detail/PcdCloud.h"
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
