@@ -1,7 +1,7 @@
 #include "ScreenManager/CollimatedLayoutToChannelMap.h"
 
 #include "KelvoControl/KelvoProjector.h"
-#include "ScreenManager/detail/BlendOwners.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 #include "ScreenManager/detail/EyeRays.h"
 #include "ScreenManager/detail/PixelSearch.h"
 

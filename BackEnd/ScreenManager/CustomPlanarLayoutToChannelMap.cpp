@@ -6,7 +6,7 @@
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
-#include "ScreenManager/detail/ChannelRecord.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 
 namespace {
 

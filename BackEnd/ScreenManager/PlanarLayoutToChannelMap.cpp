@@ -1,7 +1,7 @@
 #include "ScreenManager/PlanarLayoutToChannelMap.h"
 
 #include "Configuration/ProjectorConfig.h"
-#include "ScreenManager/detail/ChannelRecord.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 
 namespace {
 

@@ -4,8 +4,7 @@
 #include "KelvoControl/KelvoProjector.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
-#include "ScreenManager/detail/BlendOwners.h"
-#include "ScreenManager/detail/ChannelRecord.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "ScreenManager/SphericalLayoutToChannelMap.h"
 
 #include "KelvoControl/Frustum.h"
-#include "ScreenManager/detail/BlendOwners.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 #include "ScreenManager/detail/EyeRays.h"
 
 #include <typeinfo>

@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/BlendOwners.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 
 #include "Common/VeltraniException.h"
 #include "KelvoControl/Configuration.h"

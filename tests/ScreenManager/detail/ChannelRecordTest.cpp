@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/ChannelRecord.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 
 #include "Common/VeltraniException.h"
 #include "support/ProjectorConfigDouble.h"

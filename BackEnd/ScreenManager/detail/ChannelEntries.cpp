@@ -1,10 +1,19 @@
-#include "ScreenManager/detail/BlendOwners.h"
+#include "ScreenManager/detail/ChannelEntries.h"
 
 #include "Common/VeltraniException.h"
 #include "Configuration/XMLConfigManager.h"
 #include "KelvoControl/Configuration.h"
 
 namespace Veltrani {
+
+const ProjectorConfig& requireRecord(const ProjectorConfig* record, std::size_t channelIndex) {
+    if (record == nullptr) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"The configuration lists a projector for channel " + std::to_wstring(channelIndex) +
+                                    L" (counted from 0), but has no record of it");
+    }
+    return *record;
+}
 
 std::vector<const KelvoProjector*> blendOwners(const XMLConfigManager* config,
                                                const KelvoControl::Configuration* channelMapConfig) {
