@@ -15,7 +15,6 @@
 #include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/PlanarTargetLocator.h"
 #include "ScreenManager/detail/EyeRays.h"
-#include "ScreenManager/detail/RaysAtOnce.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

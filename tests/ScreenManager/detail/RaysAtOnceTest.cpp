@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/RaysAtOnce.h"
+#include "ScreenManager/detail/EyeRays.h"
 
 #include "Common/Utf8.h"
 #include "KelvoScreen/MeshScreen.h"
