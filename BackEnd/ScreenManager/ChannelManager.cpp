@@ -8,11 +8,8 @@
 #include "Configuration/XMLConfigManager.h"
 #include "DeviceFramework2/DeviceManager.h"
 #include "DeviceFramework2/DeviceTypeManager.h"
-#include "ScreenManager/detail/DeviceEntry.h"
-#include "ScreenManager/detail/DeviceQuestion.h"
-#include "ScreenManager/detail/ProjectorBinding.h"
+#include "ScreenManager/detail/ChannelDevices.h"
 #include "ScreenManager/detail/ProjectorPreparation.h"
-#include "ScreenManager/detail/ReleaseOnFault.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/DeviceEntry.h"
+#include "ScreenManager/detail/ChannelDevices.h"
 
 #include "ChannelFixture.h"
 #include "Common/Utf8.h"

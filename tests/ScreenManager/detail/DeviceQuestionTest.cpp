@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/DeviceQuestion.h"
+#include "ScreenManager/detail/ChannelDevices.h"
 
 #include "support/DeviceDouble.h"
 

@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/ProjectorBinding.h"
+#include "ScreenManager/detail/ChannelDevices.h"
 
 #include "ChannelFixture.h"
 #include "DeviceFramework2/DeviceException.h"

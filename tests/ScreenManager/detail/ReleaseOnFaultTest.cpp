@@ -1,4 +1,4 @@
-#include "ScreenManager/detail/ReleaseOnFault.h"
+#include "ScreenManager/detail/ChannelDevices.h"
 
 #include "support/DeviceManagerDouble.h"
 
