@@ -11,6 +11,13 @@
 
 namespace Veltrani {
 
+/// The line (from 1) of the first start tag with more than `limit` attributes; 0 when there is none.
+///
+/// The XML parser compares every attribute of a tag with every other, so that one tag with a million attributes would
+/// keep it busy for minutes. This scan is linear, understands comments, CDATA sections and processing instructions
+/// enough to pass over them, and leaves every other judgement to the parser.
+[[nodiscard]] int lineOfOverfullTag(std::string_view text, std::size_t limit);
+
 /// An XML document held as a tree, comments, white space and foreign content included.
 ///
 /// Only a closed world is read: UTF-8, no document type and hence no entities of its own, nothing fetched from

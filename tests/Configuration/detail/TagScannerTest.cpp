@@ -1,4 +1,4 @@
-#include "Configuration/detail/TagScanner.h"
+#include "Configuration/detail/XmlDocument.h"
 
 #include <gtest/gtest.h>
 
