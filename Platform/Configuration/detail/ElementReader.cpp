@@ -3,8 +3,8 @@
 #include "Common/Utf8.h"
 #include "Configuration/UnitConverter.h"
 #include "Configuration/detail/DisplayFormat.h"
-#include "Configuration/detail/NumberText.h"
 #include "Configuration/detail/ValueRules.h"
+#include "Configuration/detail/ValueText.h"
 #include "Configuration/detail/XmlNode.h"
 
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Configuration/detail/NumberText.h"
+#include "Configuration/detail/ValueText.h"
 
 #include <string>
 #include <string_view>

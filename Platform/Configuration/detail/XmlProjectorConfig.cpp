@@ -4,10 +4,9 @@
 #include "Common/VeltraniException.h"
 #include "Configuration/detail/FaultList.h"
 #include "Configuration/detail/NodePlacement.h"
-#include "Configuration/detail/NumberText.h"
+#include "Configuration/detail/ValueText.h"
 #include "Configuration/detail/XmlDocument.h"
 #include "Configuration/detail/XmlNode.h"
-#include "Configuration/detail/XmlText.h"
 
 #include <optional>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "Configuration/detail/NumberText.h"
+#include "Configuration/detail/ValueText.h"
 
 #include "support/ForeignLocale.h"
 

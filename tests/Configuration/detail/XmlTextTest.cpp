@@ -1,4 +1,4 @@
-#include "Configuration/detail/XmlText.h"
+#include "Configuration/detail/ValueText.h"
 
 #include "Common/VeltraniException.h"
 

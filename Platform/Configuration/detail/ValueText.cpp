@@ -1,9 +1,13 @@
-#include "Configuration/detail/NumberText.h"
+#include "Configuration/detail/ValueText.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <system_error>
 
 namespace Veltrani {
@@ -36,6 +40,13 @@ std::string_view takeWord(std::string_view& text) {
     const std::string_view word = text.substr(0, text.find_first_of(WHITE_SPACE));
     text.remove_prefix(word.size());
     return word;
+}
+
+/// The production `Char` of XML 1.0.
+bool isXmlCharacter(wchar_t character) {
+    const auto code = static_cast<std::uint32_t>(character);
+    return code == 0x9U || code == 0xAU || code == 0xDU || (code >= 0x20U && code <= 0xD7FFU) ||
+           (code >= 0xE000U && code <= 0xFFFDU) || (code >= 0x10000U && code <= 0x10FFFFU);
 }
 
 }  // namespace
@@ -84,6 +95,14 @@ std::string fourBytesText(const std::array<unsigned char, 4>& bytes) {
         text += numberText(byte);
     }
     return text;
+}
+
+std::string xmlText(const std::wstring& text, const std::wstring& what) {
+    if (!std::all_of(text.begin(), text.end(), isXmlCharacter)) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                what + L" holds a character that a configuration file cannot store");
+    }
+    return toUtf8(text);
 }
 
 }  // namespace Veltrani

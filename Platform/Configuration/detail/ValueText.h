@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// Numbers in the text of a configuration: the same in every locale, the whole text or nothing.
+/// Values in the text of a configuration. Numbers are the same in every locale, and read as a whole or not at all.
 namespace Veltrani {
 
 /// What became of a text that was to be a number.
@@ -36,5 +36,11 @@ struct ParsedNumber {
 
 /// The counterpart of `parseFourBytes`.
 [[nodiscard]] std::string fourBytesText(const std::array<unsigned char, 4>& bytes);
+
+/// A text as UTF-8 for an XML document. Throws `VeltraniException` when XML cannot hold it: control characters other
+/// than tab, line feed and carriage return, U+FFFE, U+FFFF, surrogates, values beyond Unicode.
+///
+/// @param what names the text in the message
+[[nodiscard]] std::string xmlText(const std::wstring& text, const std::wstring& what);
 
 }  // namespace Veltrani
