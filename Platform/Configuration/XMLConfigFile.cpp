@@ -13,12 +13,10 @@
 #include "Configuration/detail/MeaningChecker.h"
 #include "Configuration/detail/NodePlacement.h"
 #include "Configuration/detail/ValueText.h"
+#include "Configuration/detail/XmlDisplayConfigs.h"
 #include "Configuration/detail/XmlDocument.h"
 #include "Configuration/detail/XmlNode.h"
 #include "Configuration/detail/XmlProjectorConfig.h"
-#include "Configuration/detail/XmlScreenConfig.h"
-#include "Configuration/detail/XmlTargetLocatorConfig.h"
-#include "Configuration/detail/XmlUnitsConfig.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "Configuration/detail/XmlScreenConfig.h"
+#include "Configuration/detail/XmlDisplayConfigs.h"
 
 #include "Configuration/XMLConfigFile.h"
 #include "Samples.h"

@@ -1,4 +1,4 @@
-#include "Configuration/detail/XmlUnitsConfig.h"
+#include "Configuration/detail/XmlDisplayConfigs.h"
 
 #include "Configuration/XMLConfigFile.h"
 

@@ -1,4 +1,4 @@
-#include "Configuration/detail/XmlScreenConfig.h"
+#include "Configuration/detail/XmlDisplayConfigs.h"
 
 #include "Common/Utf8.h"
 #include "Configuration/detail/DisplayFormat.h"
@@ -38,7 +38,18 @@ std::vector<Point<double, 3>> pointsOf(const xmlNode* rail, const ElementReader&
     return points;
 }
 
+std::vector<std::pair<double, double>> pairsOf(const xmlNode* table, const ElementReader& reader) {
+    std::vector<std::pair<double, double>> pairs;
+    for (const xmlNode* pair : Xml::children(table, "Pair")) {
+        pairs.emplace_back(reader.angle(pair, "measured").value_or(0.0), reader.angle(pair, "corrected").value_or(0.0));
+    }
+    return pairs;
+}
+
 }  // namespace
+
+XmlUnitsConfig::XmlUnitsConfig(const xmlNode* units)
+    : m_unitName(fromUtf8(Xml::attribute(units, "native").value_or(""))) {}
 
 XmlScreenConfig::XmlScreenConfig(const xmlNode* screen, const ElementReader& reader, const FolderPath& folder,
                                  std::wstring nativeUnit)
@@ -93,6 +104,20 @@ std::wstring XmlScreenConfig::getMeasuredMeshFile(int index) const {
 
 std::wstring XmlScreenConfig::getModelPcdFile(int index) const {
     return at(m_modelClouds, index);
+}
+
+XmlTargetLocatorConfig::XmlTargetLocatorConfig(const xmlNode* targetData, const ElementReader& reader,
+                                               const Point<double, 3>& eyePoint)
+    : m_type(fromUtf8(reader.text(targetData, "type").value_or(""))), m_position(eyePoint) {
+    if (const xmlNode* position = Xml::child(targetData, "TargetPosition")) {
+        m_position = reader.position(position);
+    }
+    const xmlNode* const mirror = Xml::child(targetData, "Mirror");
+    m_mirrorOrientation = reader.orientation(Xml::child(mirror, "Orientation"));
+    m_mirrorPosition = reader.position(Xml::child(mirror, "Position"));
+    m_mirrorRadius = reader.length(mirror, "radius").value_or(0.0);
+    m_yawTable = pairsOf(Xml::child(targetData, "YawTable"), reader);
+    m_pitchTable = pairsOf(Xml::child(targetData, "PitchTable"), reader);
 }
 
 }  // namespace Veltrani

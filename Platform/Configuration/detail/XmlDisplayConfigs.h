@@ -1,15 +1,31 @@
 #pragma once
 
 #include "Configuration/IScreenConfig.h"
+#include "Configuration/IUnitsConfig.h"
+#include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/detail/ElementReader.h"
 #include "Configuration/detail/FolderPath.h"
 
 #include <libxml/tree.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
+// The records of what a display has once, read from a checked document: its units, its screen and the data of its
+// targets.
 namespace Veltrani {
+
+/// The `<Units>` of a checked document.
+class XmlUnitsConfig : public IUnitsConfig {
+public:
+    explicit XmlUnitsConfig(const xmlNode* units);
+
+    [[nodiscard]] std::wstring getUnitName() const override { return m_unitName; }
+
+private:
+    std::wstring m_unitName;
+};
 
 /// The `<Screen>` of a checked document, read once.
 class XmlScreenConfig : public IScreenConfig {
@@ -64,6 +80,30 @@ private:
     double m_elevationMax = 0.0;
     std::vector<Point<double, 3>> m_lowerRail;
     std::vector<Point<double, 3>> m_upperRail;
+};
+
+/// The `<TargetData>` of a checked document, read once.
+class XmlTargetLocatorConfig : public TargetLocatorConfig {
+public:
+    /// @param eyePoint where the targets are placed for when the element states no position of its own
+    XmlTargetLocatorConfig(const xmlNode* targetData, const ElementReader& reader, const Point<double, 3>& eyePoint);
+
+    [[nodiscard]] std::wstring getTargetDataType() const override { return m_type; }
+    [[nodiscard]] Point<double, 3> getTargetPosition() const override { return m_position; }
+    [[nodiscard]] Point<double, 3> getMirrorOrientation() const override { return m_mirrorOrientation; }
+    [[nodiscard]] Point<double, 3> getMirrorPosition() const override { return m_mirrorPosition; }
+    [[nodiscard]] double getMirrorRadius() const override { return m_mirrorRadius; }
+    [[nodiscard]] std::vector<std::pair<double, double>> getYawTable() const override { return m_yawTable; }
+    [[nodiscard]] std::vector<std::pair<double, double>> getPitchTable() const override { return m_pitchTable; }
+
+private:
+    std::wstring m_type;
+    Point<double, 3> m_position;
+    Point<double, 3> m_mirrorOrientation;
+    Point<double, 3> m_mirrorPosition;
+    double m_mirrorRadius = 0.0;
+    std::vector<std::pair<double, double>> m_yawTable;
+    std::vector<std::pair<double, double>> m_pitchTable;
 };
 
 }  // namespace Veltrani
