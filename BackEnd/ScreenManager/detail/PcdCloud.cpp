@@ -1,7 +1,6 @@
 #include "ScreenManager/detail/PcdCloud.h"
 
 #include "ScreenManager/detail/CloudLibrary.h"
-#include "ScreenManager/detail/PcdFormat.h"
 
 #include <pcl/PCLPointCloud2.h>
 

@@ -2,7 +2,6 @@
 
 #include "DeviceFramework2/DeviceException.h"
 #include "DeviceFramework2/detail/AsciiText.h"
-#include "DeviceFramework2/detail/PjlinkMessages.h"
 
 #include <utility>
 

@@ -2,7 +2,6 @@
 
 #include "KelvoScreen/detail/Box.h"
 #include "KelvoScreen/detail/MeshSurface.h"
-#include "KelvoScreen/detail/QuadricSheet.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/SmoothFaces.h"
 

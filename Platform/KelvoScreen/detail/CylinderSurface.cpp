@@ -3,7 +3,6 @@
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ShapeFaults.h"
-#include "KelvoScreen/detail/SurfaceLimits.h"
 
 #include <algorithm>
 #include <cmath>

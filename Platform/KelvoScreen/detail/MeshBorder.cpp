@@ -1,7 +1,6 @@
 #include "KelvoScreen/detail/MeshBorder.h"
 
 #include "KelvoScreen/ScreenGeometry.h"
-#include "KelvoScreen/detail/BorderSheets.h"
 #include "KelvoScreen/detail/MeshTopology.h"
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"

@@ -1,6 +1,5 @@
 #include "KelvoScreen/detail/TriangleIndex.h"
 
-#include "KelvoScreen/detail/BoxScene.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>
