@@ -15,8 +15,8 @@ public:
     bool pictureOf(const Point<double, 3>& direction, Point<double, 2>& picture) const;
 
 private:
-    Matrix<double, 3> m_rotation;  ///< from the camera's frame to world axes
-    Matrix<double, 3> m_inverse;   ///< back
-    Point<double, 2> m_start;      ///< tangents at (u, v) = (0, 0)
-    Point<double, 2> m_size;       ///< from there to (1, 1)
+    Matrix<double, 3> m_world_from_camera;  ///< from the camera's frame to world axes
+    Matrix<double, 3> m_camera_from_world;  ///< back
+    Point<double, 2> m_start;               ///< tangents at (u, v) = (0, 0)
+    Point<double, 2> m_size;                ///< from there to (1, 1)
 };

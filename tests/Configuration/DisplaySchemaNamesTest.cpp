@@ -226,7 +226,7 @@ TEST(DisplaySchemaNames, ARoundShapeWithoutLimitsIsWhole) {
     for (const VariantRule& shape : Veltrani::screenShapes()) {
         for (const ChildRule& child : shape.children) {
             for (const auto& limit : child.element->attributes) {
-                if (limit.type == Veltrani::ValueType::Angle && child.minimum == 0 &&
+                if (limit.type == Veltrani::ValueType::ANGLE && child.minimum == 0 &&
                     (limit.name == "min" || limit.name == "max")) {
                     EXPECT_NE(Veltrani::withoutElement(shape.value, child.element->name, limit.name), 0.0)
                         << shape.value << " would read " << child.element->name << " " << limit.name << " as 0";

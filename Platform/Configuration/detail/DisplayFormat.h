@@ -12,7 +12,7 @@ namespace Veltrani {
 
 struct AttributeRule {
     std::string_view name;
-    ValueType type = ValueType::Text;
+    ValueType type = ValueType::TEXT;
     bool required = false;
     /// What is read where the whole element is left out: a number in native units or radians.
     double withoutElement = 0.0;
@@ -33,16 +33,16 @@ struct VariantRule {
 };
 
 enum class ElementContent {
-    Elements,  ///< the children of the rule and white space
-    Text,      ///< text alone
-    Anything,  ///< any well-formed XML
+    ELEMENTS,  ///< the children of the rule and white space
+    TEXT,      ///< text alone
+    ANYTHING,  ///< any well-formed XML
 };
 
 struct ElementRule {
     std::string_view name;
     std::span<const AttributeRule> attributes;
     std::span<const ChildRule> children;
-    ElementContent content = ElementContent::Elements;
+    ElementContent content = ElementContent::ELEMENTS;
     std::string_view selector;  ///< attribute that selects a variant; empty when there are none
     std::span<const VariantRule> variants;
 };
@@ -50,8 +50,8 @@ struct ElementRule {
 inline constexpr int ANY_NUMBER = INT_MAX;
 
 /// The two attributes that may stand on every element which holds, or contains elements which hold, such values.
-inline constexpr AttributeRule LENGTH_UNIT_ATTRIBUTE{"lengthUnit", ValueType::LengthUnit, false};
-inline constexpr AttributeRule ANGLE_UNIT_ATTRIBUTE{"angleUnit", ValueType::AngleUnit, false};
+inline constexpr AttributeRule LENGTH_UNIT_ATTRIBUTE{"lengthUnit", ValueType::LENGTH_UNIT, false};
+inline constexpr AttributeRule ANGLE_UNIT_ATTRIBUTE{"angleUnit", ValueType::ANGLE_UNIT, false};
 
 /// The rule of the root element.
 [[nodiscard]] const ElementRule& displayFormat();

@@ -43,7 +43,7 @@ std::optional<std::string> ElementReader::text(const xmlNode* element, const cha
 std::optional<double> ElementReader::number(const xmlNode* element, const char* attribute) const {
     const std::optional<std::string> value = text(element, attribute);
     const ParsedNumber<double> parsed = parseNumber(value.value_or(""));
-    return parsed.state == NumberState::Good ? std::optional<double>(parsed.value) : std::nullopt;
+    return parsed.state == NumberState::GOOD ? std::optional<double>(parsed.value) : std::nullopt;
 }
 
 std::optional<double> ElementReader::length(const xmlNode* element, const char* attribute) const {
@@ -72,7 +72,7 @@ std::optional<double> ElementReader::angle(const xmlNode* element, const char* a
 std::optional<int> ElementReader::pixels(const xmlNode* element, const char* attribute) const {
     const std::optional<std::string> value = text(element, attribute);
     const ParsedNumber<int> parsed = parsePixelCount(value.value_or(""));
-    return parsed.state == NumberState::Good ? std::optional<int>(parsed.value) : std::nullopt;
+    return parsed.state == NumberState::GOOD ? std::optional<int>(parsed.value) : std::nullopt;
 }
 
 Point<double, 3> ElementReader::position(const xmlNode* element) const {

@@ -22,7 +22,7 @@ FaultList::FaultList(std::string documentName) : m_documentName(std::move(docume
 
 void FaultList::add(Kind kind, FileFault fault) {
     ++m_count;
-    m_hasStructureFault = m_hasStructureFault || kind == Kind::Structure;
+    m_hasStructureFault = m_hasStructureFault || kind == Kind::STRUCTURE;
     if (m_faults.size() < MOST_FAULTS_SHOWN) {
         m_faults.push_back(std::move(fault));
     }

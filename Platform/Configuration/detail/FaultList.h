@@ -14,8 +14,8 @@ namespace Veltrani {
 class FaultList {
 public:
     enum class Kind {
-        Structure,  ///< against the form: what the published schema can tell as well
-        Meaning,    ///< well formed, but the values contradict each other or cannot be represented
+        STRUCTURE,  ///< against the form: what the published schema can tell as well
+        MEANING,    ///< well formed, but the values contradict each other or cannot be represented
     };
 
     /// @param documentName stands before the line of every fault, usually the path; UTF-8

@@ -84,17 +84,17 @@ void FormatChecker::check(const xmlNode* root, FaultList& faults) {
     if (Xml::isOwnElement(root, rule.name)) {
         checker.checkElement(root, rule);
     } else if (root->ns != nullptr) {
-        checker.add(Kind::Structure, root, "the namespace " + inQuotes(Xml::view(root->ns->href)), "no namespace",
+        checker.add(Kind::STRUCTURE, root, "the namespace " + inQuotes(Xml::view(root->ns->href)), "no namespace",
                     "remove the declaration of a default namespace");
     } else {
-        checker.add(Kind::Structure, root, tag(Xml::view(root->name)), tag(rule.name),
+        checker.add(Kind::STRUCTURE, root, tag(Xml::view(root->name)), tag(rule.name),
                     "check that this is a display configuration");
     }
 }
 
 void FormatChecker::checkElement(const xmlNode* element, const ElementRule& rule) {
     checkAttributes(element, rule);
-    if (rule.content != ElementContent::Anything) {
+    if (rule.content != ElementContent::ANYTHING) {
         checkContent(element, rule);
     }
 }
@@ -113,11 +113,11 @@ void FormatChecker::checkAttributes(const xmlNode* element, const ElementRule& r
         std::vector<std::string> names;
         std::transform(rules.begin(), rules.end(), std::back_inserter(names),
                        [](const AttributeRule& other) { return std::string(other.name); });
-        add(Kind::Structure, element, "the attribute " + inQuotes(name), oneOf(names), "remove it or correct its name");
+        add(Kind::STRUCTURE, element, "the attribute " + inQuotes(name), oneOf(names), "remove it or correct its name");
     }
     for (const AttributeRule& wanted : rules) {
         if (wanted.required && !Xml::attribute(element, wanted.name.data())) {
-            add(Kind::Structure, element, "no attribute \"" + std::string(wanted.name) + "\"",
+            add(Kind::STRUCTURE, element, "no attribute \"" + std::string(wanted.name) + "\"",
                 "it with " + expectedValue(wanted.type), "add " + std::string(wanted.name) + "=\"...\"");
         }
     }
@@ -125,16 +125,16 @@ void FormatChecker::checkAttributes(const xmlNode* element, const ElementRule& r
 
 void FormatChecker::checkValue(const xmlNode* element, const AttributeRule& rule, const std::string& value) {
     const NumberState state = Veltrani::checkValue(rule.type, value);
-    if (state == NumberState::NotANumber) {
-        add(Kind::Structure, element, assignment(rule.name, value), expectedValue(rule.type), "correct the value");
-    } else if (state == NumberState::OutOfRange) {
-        add(Kind::Meaning, element, assignment(rule.name, value), expectedValue(rule.type) + " that can be represented",
+    if (state == NumberState::WRONG_FORM) {
+        add(Kind::STRUCTURE, element, assignment(rule.name, value), expectedValue(rule.type), "correct the value");
+    } else if (state == NumberState::OUT_OF_RANGE) {
+        add(Kind::MEANING, element, assignment(rule.name, value), expectedValue(rule.type) + " that can be represented",
             "state a value of sensible size");
-    } else if (isLength(rule.type) || rule.type == ValueType::Angle) {
+    } else if (isLength(rule.type) || rule.type == ValueType::ANGLE) {
         checkUnit(element, rule, value);
-    } else if (rule.type == ValueType::LengthUnit && (value == "custom") != (m_reader.native() == Unit::UNIT_CUSTOM)) {
+    } else if (rule.type == ValueType::LENGTH_UNIT && (value == "custom") != (m_reader.native() == Unit::UNIT_CUSTOM)) {
         // A native unit without a length of its own can be converted neither from nor to.
-        add(Kind::Meaning, element, assignment(rule.name, value) + " beside another kind of native unit",
+        add(Kind::MEANING, element, assignment(rule.name, value) + " beside another kind of native unit",
             "\"custom\" together with <Units native=\"custom\">, and only then",
             "state the unit that the numbers are in, here or in <Units>");
     }
@@ -145,9 +145,9 @@ void FormatChecker::checkUnit(const xmlNode* element, const AttributeRule& rule,
     const std::string name(unitRule.name);
     const std::optional<std::string> unit = ElementReader::unitInScope(element, name.c_str());
     if (!unit) {
-        add(Kind::Meaning, element, assignment(rule.name, value) + " without a unit",
+        add(Kind::MEANING, element, assignment(rule.name, value) + " without a unit",
             name + " with " + expectedValue(unitRule.type), "state " + name + " on the element or around it");
-    } else if (Veltrani::checkValue(unitRule.type, *unit) == NumberState::Good) {
+    } else if (Veltrani::checkValue(unitRule.type, *unit) == NumberState::GOOD) {
         checkConverted(element, rule, value);
     }
 }
@@ -157,7 +157,7 @@ void FormatChecker::checkConverted(const xmlNode* element, const AttributeRule& 
     const std::optional<double> converted =
         isLength(rule.type) ? m_reader.length(element, name) : m_reader.angle(element, name);
     if (!converted || (isPositive(rule.type) && !(*converted > 0.0))) {
-        add(Kind::Meaning, element, assignment(rule.name, value),
+        add(Kind::MEANING, element, assignment(rule.name, value),
             expectedValue(rule.type) + " that can be represented in native units", "state a value of sensible size");
     }
 }
@@ -168,7 +168,7 @@ void FormatChecker::checkContent(const xmlNode* element, const ElementRule& rule
     for (const xmlNode* node = element->children; node != nullptr; node = node->next) {
         if (Xml::isOwnElement(node)) {
             checkChild(node, rules, counts);
-        } else if (rule.content == ElementContent::Elements) {
+        } else if (rule.content == ElementContent::ELEMENTS) {
             checkStrayText(element, node);
         }
     }
@@ -186,7 +186,7 @@ void FormatChecker::checkStrayText(const xmlNode* element, const xmlNode* node) 
     const auto linesBehind = node->type == XML_TEXT_NODE
                                  ? std::count(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), '\n')
                                  : 0;
-    m_faults.add(Kind::Structure, {std::max(Xml::lineOf(node) - static_cast<int>(linesBehind), Xml::lineOf(element)),
+    m_faults.add(Kind::STRUCTURE, {std::max(Xml::lineOf(node) - static_cast<int>(linesBehind), Xml::lineOf(element)),
                                    std::string(Xml::view(element->name)), "the text " + inQuotes(text.substr(first)),
                                    "elements only", "remove the text or make it a comment"});
 }
@@ -199,14 +199,14 @@ void FormatChecker::checkChild(const xmlNode* child, const std::vector<ChildRule
         std::vector<std::string> names;
         std::transform(rules.begin(), rules.end(), std::back_inserter(names),
                        [](const ChildRule& rule) { return tag(rule.element->name); });
-        add(Kind::Structure, child, "this element in " + tag(Xml::view(child->parent->name)), oneOf(names),
+        add(Kind::STRUCTURE, child, "this element in " + tag(Xml::view(child->parent->name)), oneOf(names),
             "remove it, correct its name or move it");
         return;
     }
     int& count = counts[static_cast<std::size_t>(found - rules.begin())];
     ++count;
     if (count > found->maximum) {
-        add(Kind::Structure, child, "this element once more in " + tag(Xml::view(child->parent->name)),
+        add(Kind::STRUCTURE, child, "this element once more in " + tag(Xml::view(child->parent->name)),
             "at most " + std::to_string(found->maximum), "remove all but one");
     }
     checkElement(child, *found->element);
@@ -217,7 +217,7 @@ void FormatChecker::checkCounts(const xmlNode* element, const std::vector<ChildR
     for (std::size_t i = 0; i < rules.size(); ++i) {
         if (counts[i] < rules[i].minimum) {
             const std::string name = tag(rules[i].element->name);
-            add(Kind::Structure, element, std::to_string(counts[i]) + " of " + name,
+            add(Kind::STRUCTURE, element, std::to_string(counts[i]) + " of " + name,
                 (rules[i].maximum == 1 ? "exactly " : "at least ") + std::to_string(rules[i].minimum), "add " + name);
         }
     }

@@ -168,7 +168,7 @@ void MeaningChecker::checkScreenArea(const xmlNode* area) {
 }
 
 void MeaningChecker::add(const xmlNode* at, std::string found, std::string expected, std::string remedy) {
-    m_faults.add(FaultList::Kind::Meaning, {Xml::lineOf(at), std::string(Xml::view(at->name)), std::move(found),
+    m_faults.add(FaultList::Kind::MEANING, {Xml::lineOf(at), std::string(Xml::view(at->name)), std::move(found),
                                             std::move(expected), std::move(remedy)});
 }
 

@@ -31,47 +31,47 @@ const Words& wordsOf(ValueType type) {
     static const Words TARGET_DATA = namesOf(targetDataTypes());
     static const Words AXES{"X", "-X", "Y", "-Y", "Z", "-Z"};
     switch (type) {
-        case ValueType::Version:
+        case ValueType::VERSION:
             return VERSIONS;
-        case ValueType::NativeUnit:
-        case ValueType::FileUnit:
-        case ValueType::LengthUnit:
+        case ValueType::NATIVE_UNIT:
+        case ValueType::FILE_UNIT:
+        case ValueType::LENGTH_UNIT:
             return LENGTH_UNITS;
-        case ValueType::AngleUnit:
+        case ValueType::ANGLE_UNIT:
             return ANGLE_UNITS;
-        case ValueType::Shape:
+        case ValueType::SHAPE:
             return SHAPES;
-        case ValueType::TargetData:
+        case ValueType::TARGET_DATA:
             return TARGET_DATA;
-        case ValueType::Axis:
+        case ValueType::AXIS:
             return AXES;
-        case ValueType::Text:
-        case ValueType::NonEmptyText:
-        case ValueType::ModelName:
-        case ValueType::Number:
-        case ValueType::PositiveNumber:
-        case ValueType::Length:
-        case ValueType::PositiveLength:
-        case ValueType::Angle:
-        case ValueType::PixelCount:
-        case ValueType::FourBytes:
+        case ValueType::TEXT:
+        case ValueType::NON_EMPTY_TEXT:
+        case ValueType::MODEL_NAME:
+        case ValueType::NUMBER:
+        case ValueType::POSITIVE_NUMBER:
+        case ValueType::LENGTH:
+        case ValueType::POSITIVE_LENGTH:
+        case ValueType::ANGLE:
+        case ValueType::PIXEL_COUNT:
+        case ValueType::FOUR_BYTES:
             break;
     }
     return NO_CHOICE;
 }
 
 NumberState goodIf(bool condition) {
-    return condition ? NumberState::Good : NumberState::NotANumber;
+    return condition ? NumberState::GOOD : NumberState::WRONG_FORM;
 }
 
 NumberState checkNumber(ValueType type, std::string_view text) {
     const ParsedNumber<double> parsed = parseNumber(text);
     // Zero and the negative numbers are another form, as they are for the schema.
-    if (isPositive(type) && parsed.state == NumberState::Good && !(parsed.value > 0.0)) {
-        return NumberState::NotANumber;
+    if (isPositive(type) && parsed.state == NumberState::GOOD && !(parsed.value > 0.0)) {
+        return NumberState::WRONG_FORM;
     }
     if (isPositive(type) && text.starts_with('-')) {
-        return NumberState::NotANumber;
+        return NumberState::WRONG_FORM;
     }
     return parsed.state;
 }
@@ -90,30 +90,30 @@ std::string joined(const Words& words) {
 
 NumberState checkValue(ValueType type, std::string_view text) {
     switch (type) {
-        case ValueType::Text:
-            return NumberState::Good;
-        case ValueType::NonEmptyText:
+        case ValueType::TEXT:
+            return NumberState::GOOD;
+        case ValueType::NON_EMPTY_TEXT:
             return goodIf(!text.empty());
-        case ValueType::ModelName:
+        case ValueType::MODEL_NAME:
             return goodIf(!text.empty() && text.find(':') == std::string_view::npos);
-        case ValueType::Number:
-        case ValueType::PositiveNumber:
-        case ValueType::Length:
-        case ValueType::PositiveLength:
-        case ValueType::Angle:
+        case ValueType::NUMBER:
+        case ValueType::POSITIVE_NUMBER:
+        case ValueType::LENGTH:
+        case ValueType::POSITIVE_LENGTH:
+        case ValueType::ANGLE:
             return checkNumber(type, text);
-        case ValueType::PixelCount:
+        case ValueType::PIXEL_COUNT:
             return parsePixelCount(text).state;
-        case ValueType::FourBytes:
+        case ValueType::FOUR_BYTES:
             return goodIf(parseFourBytes(text).has_value());
-        case ValueType::Version:
-        case ValueType::NativeUnit:
-        case ValueType::FileUnit:
-        case ValueType::LengthUnit:
-        case ValueType::AngleUnit:
-        case ValueType::Shape:
-        case ValueType::TargetData:
-        case ValueType::Axis:
+        case ValueType::VERSION:
+        case ValueType::NATIVE_UNIT:
+        case ValueType::FILE_UNIT:
+        case ValueType::LENGTH_UNIT:
+        case ValueType::ANGLE_UNIT:
+        case ValueType::SHAPE:
+        case ValueType::TARGET_DATA:
+        case ValueType::AXIS:
             break;
     }
     const Words& words = wordsOf(type);
@@ -122,45 +122,45 @@ NumberState checkValue(ValueType type, std::string_view text) {
 
 std::string expectedValue(ValueType type) {
     switch (type) {
-        case ValueType::Text:
+        case ValueType::TEXT:
             return "a text";
-        case ValueType::NonEmptyText:
+        case ValueType::NON_EMPTY_TEXT:
             return "a text that is not empty";
-        case ValueType::ModelName:
+        case ValueType::MODEL_NAME:
             return "a name without a colon";
-        case ValueType::Number:
+        case ValueType::NUMBER:
             return "a number such as 0.25";
-        case ValueType::PositiveNumber:
+        case ValueType::POSITIVE_NUMBER:
             return "a number greater than 0 such as 0.25";
-        case ValueType::Length:
+        case ValueType::LENGTH:
             return "a length such as -2.5";
-        case ValueType::PositiveLength:
+        case ValueType::POSITIVE_LENGTH:
             return "a length greater than 0 such as 2.5";
-        case ValueType::Angle:
+        case ValueType::ANGLE:
             return "an angle such as -22.5";
-        case ValueType::PixelCount:
+        case ValueType::PIXEL_COUNT:
             return "a whole number of pixels greater than 0 such as 1920";
-        case ValueType::FourBytes:
+        case ValueType::FOUR_BYTES:
             return "four whole numbers from 0 to 255 such as \"14 14 14 14\"";
-        case ValueType::Version:
-        case ValueType::NativeUnit:
-        case ValueType::FileUnit:
-        case ValueType::LengthUnit:
-        case ValueType::AngleUnit:
-        case ValueType::Shape:
-        case ValueType::TargetData:
-        case ValueType::Axis:
+        case ValueType::VERSION:
+        case ValueType::NATIVE_UNIT:
+        case ValueType::FILE_UNIT:
+        case ValueType::LENGTH_UNIT:
+        case ValueType::ANGLE_UNIT:
+        case ValueType::SHAPE:
+        case ValueType::TARGET_DATA:
+        case ValueType::AXIS:
             break;
     }
     return joined(wordsOf(type));
 }
 
 bool isLength(ValueType type) {
-    return type == ValueType::Length || type == ValueType::PositiveLength;
+    return type == ValueType::LENGTH || type == ValueType::POSITIVE_LENGTH;
 }
 
 bool isPositive(ValueType type) {
-    return type == ValueType::PositiveNumber || type == ValueType::PositiveLength;
+    return type == ValueType::POSITIVE_NUMBER || type == ValueType::POSITIVE_LENGTH;
 }
 
 }  // namespace Veltrani

@@ -9,28 +9,28 @@ namespace Veltrani {
 
 /// The kinds of value that an attribute of the configuration can have.
 enum class ValueType {
-    Text,            ///< anything, nothing included
-    NonEmptyText,    ///< anything but nothing
-    ModelName,       ///< text without a colon: the colon parts the name of a projection model from its file
-    Number,          ///< finite
-    PositiveNumber,  ///< finite, above zero
-    Length,          ///< a number in the unit of `lengthUnit`
-    PositiveLength,  ///< a length above zero
-    Angle,           ///< a number in the unit of `angleUnit`
-    PixelCount,      ///< a whole number above zero
-    FourBytes,       ///< four whole numbers from 0 to 255
-    Version,         ///< of the format
-    NativeUnit,      ///< unit of the world: a length unit or "custom"
-    FileUnit,        ///< unit of mesh and cloud files: the same names
-    LengthUnit,      ///< unit of the lengths below: the same names
-    AngleUnit,       ///< "deg" or "rad"
-    Shape,           ///< `BaseConfig::SHAPE_*`
-    TargetData,      ///< `BaseConfig::TARGET_DATA_*`
-    Axis,            ///< X, -X, Y, -Y, Z or -Z
+    TEXT,             ///< anything, nothing included
+    NON_EMPTY_TEXT,   ///< anything but nothing
+    MODEL_NAME,       ///< text without a colon: the colon parts the name of a projection model from its file
+    NUMBER,           ///< finite
+    POSITIVE_NUMBER,  ///< finite, above zero
+    LENGTH,           ///< a number in the unit of `lengthUnit`
+    POSITIVE_LENGTH,  ///< a length above zero
+    ANGLE,            ///< a number in the unit of `angleUnit`
+    PIXEL_COUNT,      ///< a whole number above zero
+    FOUR_BYTES,       ///< four whole numbers from 0 to 255
+    VERSION,          ///< of the format
+    NATIVE_UNIT,      ///< unit of the world: a length unit or "custom"
+    FILE_UNIT,        ///< unit of mesh and cloud files: the same names
+    LENGTH_UNIT,      ///< unit of the lengths below: the same names
+    ANGLE_UNIT,       ///< "deg" or "rad"
+    SHAPE,            ///< `BaseConfig::SHAPE_*`
+    TARGET_DATA,      ///< `BaseConfig::TARGET_DATA_*`
+    AXIS,             ///< X, -X, Y, -Y, Z or -Z
 };
 
-/// Whether a text has the form of the type. `NotANumber` stands for every wrong form, of words too; `OutOfRange` for a
-/// number of the right form that the type cannot hold.
+/// Whether a text has the form of the type. `WRONG_FORM` is returned for words that are none of the choices, too;
+/// `OUT_OF_RANGE` for a number of the right form that the type cannot hold.
 [[nodiscard]] NumberState checkValue(ValueType type, std::string_view text);
 
 /// What a message says that was expected.

@@ -29,9 +29,9 @@ ParsedNumber<T> parseWhole(std::string_view text) {
         return {};
     }
     if (result.ec == std::errc::result_out_of_range) {
-        return {T{}, NumberState::OutOfRange};
+        return {T{}, NumberState::OUT_OF_RANGE};
     }
-    return {value, NumberState::Good};
+    return {value, NumberState::GOOD};
 }
 
 /// The next run of characters that are not white space, taken off the front of `text`; empty at the end.
@@ -61,7 +61,7 @@ ParsedNumber<double> parseNumber(std::string_view text) {
 
 ParsedNumber<int> parsePixelCount(std::string_view text) {
     const ParsedNumber<int> parsed = parseWhole<int>(text);
-    if (!startsWithDigit(text) || (parsed.state == NumberState::Good && parsed.value == 0)) {
+    if (!startsWithDigit(text) || (parsed.state == NumberState::GOOD && parsed.value == 0)) {
         return {};
     }
     return parsed;
@@ -71,7 +71,7 @@ std::optional<std::array<unsigned char, 4>> parseFourBytes(std::string_view text
     std::array<unsigned char, 4> bytes{};
     for (unsigned char& byte : bytes) {
         const ParsedNumber<unsigned char> parsed = parseWhole<unsigned char>(takeWord(text));
-        if (parsed.state != NumberState::Good) {
+        if (parsed.state != NumberState::GOOD) {
             return std::nullopt;
         }
         byte = parsed.value;

@@ -10,15 +10,15 @@ namespace Veltrani {
 
 /// What became of a text that was to be a number.
 enum class NumberState {
-    Good,
-    NotANumber,  ///< the text has another form; infinities and NaN count as this
-    OutOfRange,  ///< a number, but none that the type can hold
+    GOOD,
+    WRONG_FORM,    ///< the text has another form; infinities and NaN count as this
+    OUT_OF_RANGE,  ///< a number, but none that the type can hold
 };
 
 template <class T>
 struct ParsedNumber {
     T value{};  ///< zero unless good
-    NumberState state = NumberState::NotANumber;
+    NumberState state = NumberState::WRONG_FORM;
 };
 
 /// A finite decimal number: an optional minus, digits with an optional decimal point, an optional exponent. No blanks,

@@ -86,7 +86,7 @@ public:
             m_undeclared = {std::move(*m_end)};
         }
         for (FileFault& fault : m_undeclared) {
-            faults.add(FaultList::Kind::Structure, std::move(fault));
+            faults.add(FaultList::Kind::STRUCTURE, std::move(fault));
         }
         return !m_undeclared.empty();
     }
@@ -179,7 +179,7 @@ int lineOfOverfullTag(std::string_view text, std::size_t limit) {
 
 XmlDocument XmlDocument::parse(std::string_view text, FaultList& faults) {
     if (std::optional<FileFault> fault = faultOfBytes(text)) {
-        faults.add(FaultList::Kind::Structure, std::move(*fault));
+        faults.add(FaultList::Kind::STRUCTURE, std::move(*fault));
         return {};
     }
     XmlDocument parsed;
@@ -188,7 +188,7 @@ XmlDocument XmlDocument::parse(std::string_view text, FaultList& faults) {
         return {};
     }
     if (std::optional<FileFault> fault = faultOfDeclaration(*parsed.m_document)) {
-        faults.add(FaultList::Kind::Structure, std::move(*fault));
+        faults.add(FaultList::Kind::STRUCTURE, std::move(*fault));
         return {};
     }
     if (parsed.m_document->encoding == nullptr) {

@@ -42,8 +42,8 @@ LensModel::LensModel(const Viewport& viewport, std::wstring name, std::wstring f
                                     L" x " + std::to_wstring(viewport.height) + L" pixels, expected at least 1 x 1");
     }
     const auto& angles = viewport.orientation;
-    m_worldFromProjector = Veltrani::rotationZXY(angles[0], angles[1], angles[2]);
-    m_projectorFromWorld = transpose(m_worldFromProjector);
+    m_world_from_projector = Veltrani::rotationZXY(angles[0], angles[1], angles[2]);
+    m_projector_from_world = transpose(m_world_from_projector);
 }
 
 bool LensModel::unproject(const Point<double, 2>& normalised, Point<double, 3>& direction) const {
@@ -51,7 +51,7 @@ bool LensModel::unproject(const Point<double, 2>& normalised, Point<double, 3>& 
     if (!isFinite(normalised) || !rayOf(normalised, ray) || !isFinite(ray)) {
         return false;
     }
-    direction = m_worldFromProjector * ray;
+    direction = m_world_from_projector * ray;
     return true;
 }
 
@@ -60,7 +60,7 @@ bool LensModel::unprojectPixel(const Point<double, 2>& pixel, Point<double, 3>& 
 }
 
 bool LensModel::projectNormalised(const Point<double, 3>& layoutPoint, Point<double, 2>& normalised) const {
-    const Point<double, 3> ray = m_projectorFromWorld * (layoutPoint - m_viewport.position);
+    const Point<double, 3> ray = m_projector_from_world * (layoutPoint - m_viewport.position);
     Point<double, 2> found;
     if (!isFinite(ray) || !pictureOf(ray, found) || !isFinite(found)) {
         return false;

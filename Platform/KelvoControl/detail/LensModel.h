@@ -46,8 +46,8 @@ private:
     Viewport m_viewport;
     std::wstring m_name;
     std::wstring m_file;
-    Matrix<double, 3> m_worldFromProjector;
-    Matrix<double, 3> m_projectorFromWorld;
+    Matrix<double, 3> m_world_from_projector;
+    Matrix<double, 3> m_projector_from_world;
 };
 
 /// Throws `VeltraniException` when the viewport's extents are not finite or span nothing: for the lenses that use them.

@@ -24,9 +24,9 @@ TEST(FaultList, AnEmptyListThrowsNothing) {
 
 TEST(FaultList, OneLinePerFaultInTheOrderOfTheirLines) {
     FaultList faults("d\u00f6me.xml");
-    faults.add(FaultList::Kind::Meaning, fault(9, "Late"));
-    faults.add(FaultList::Kind::Structure, fault(2, "Early"));
-    faults.add(FaultList::Kind::Structure, fault(9, "LateToo"));
+    faults.add(FaultList::Kind::MEANING, fault(9, "Late"));
+    faults.add(FaultList::Kind::STRUCTURE, fault(2, "Early"));
+    faults.add(FaultList::Kind::STRUCTURE, fault(9, "LateToo"));
     EXPECT_EQ(faults.message(),
               L"d\u00f6me.xml:2: <Early>: found a, expected b; do c\n"
               L"d\u00f6me.xml:9: <Late>: found a, expected b; do c\n"
@@ -37,7 +37,7 @@ TEST(FaultList, OneLinePerFaultInTheOrderOfTheirLines) {
 
 TEST(FaultList, ThrowsItsMessage) {
     FaultList faults("a.xml");
-    faults.add(FaultList::Kind::Meaning, fault(1, "X"));
+    faults.add(FaultList::Kind::MEANING, fault(1, "X"));
     EXPECT_FALSE(faults.hasStructureFault());
     try {
         faults.throwIfAny();
@@ -50,7 +50,7 @@ TEST(FaultList, ThrowsItsMessage) {
 TEST(FaultList, CountsWhatItDoesNotShow) {
     FaultList faults("a.xml");
     for (int i = 0; i < 1234; ++i) {
-        faults.add(FaultList::Kind::Structure, fault(i, "X"));
+        faults.add(FaultList::Kind::STRUCTURE, fault(i, "X"));
     }
     const std::wstring message = faults.message();
     EXPECT_EQ(std::count(message.begin(), message.end(), L'\n'), 1000);
@@ -59,7 +59,7 @@ TEST(FaultList, CountsWhatItDoesNotShow) {
 
 TEST(FaultList, ANameWithALineFeedStaysOnItsLine) {
     FaultList faults("a\nb.xml");
-    faults.add(FaultList::Kind::Structure, fault(1, "X"));
+    faults.add(FaultList::Kind::STRUCTURE, fault(1, "X"));
     EXPECT_EQ(faults.message(), L"a\\nb.xml:1: <X>: found a, expected b; do c");
 }
 

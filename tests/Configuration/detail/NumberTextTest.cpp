@@ -33,22 +33,22 @@ TEST(NumberText, ReadsDecimalNumbers) {
 TEST(NumberText, RefusesEverythingElse) {
     for (const char* text : {"",     " ",   "-",   ".",    "e5",       "1e",  "1,5",   "1 ",    " 1", "+1",  "1.2.3",
                              "0x10", "nan", "inf", "-inf", "infinity", "NaN", "1_000", "1'000", "1d", "--1", "one"}) {
-        EXPECT_EQ(parseNumber(text).state, NumberState::NotANumber) << text;
+        EXPECT_EQ(parseNumber(text).state, NumberState::WRONG_FORM) << text;
         EXPECT_EQ(parseNumber(text).value, 0.0) << text;
     }
 }
 
 TEST(NumberText, TellsNumbersThatNoDoubleHolds) {
     for (const char* text : {"1e999", "-1e999", "1e-999", "1.8e308"}) {
-        EXPECT_EQ(parseNumber(text).state, NumberState::OutOfRange) << text;
+        EXPECT_EQ(parseNumber(text).state, NumberState::OUT_OF_RANGE) << text;
     }
-    EXPECT_EQ(parseNumber("1e999x").state, NumberState::NotANumber);
+    EXPECT_EQ(parseNumber("1e999x").state, NumberState::WRONG_FORM);
 }
 
 TEST(NumberText, DoesNotAskTheLocale) {
     const ForeignLocale german;
     EXPECT_EQ(parseNumber("1234.5").value, 1234.5);
-    EXPECT_EQ(parseNumber("1,5").state, NumberState::NotANumber);
+    EXPECT_EQ(parseNumber("1,5").state, NumberState::WRONG_FORM);
     EXPECT_EQ(Veltrani::numberText(1234567), "1234567");
     EXPECT_EQ(Veltrani::fourBytesText({1, 2, 3, 255}), "1 2 3 255");
 }
@@ -57,9 +57,9 @@ TEST(NumberText, PixelCountsAreWholeAndPositive) {
     EXPECT_EQ(parsePixelCount("1920").value, 1920);
     EXPECT_EQ(parsePixelCount("01").value, 1);
     EXPECT_EQ(parsePixelCount("2147483647").value, INT_MAX);
-    EXPECT_EQ(parsePixelCount("2147483648").state, NumberState::OutOfRange);
+    EXPECT_EQ(parsePixelCount("2147483648").state, NumberState::OUT_OF_RANGE);
     for (const char* text : {"", "0", "000", "-1", "-0", "+1", "1.0", "1e3", " 1", "1 ", "x", "-99999999999"}) {
-        EXPECT_EQ(parsePixelCount(text).state, NumberState::NotANumber) << text;
+        EXPECT_EQ(parsePixelCount(text).state, NumberState::WRONG_FORM) << text;
     }
 }
 

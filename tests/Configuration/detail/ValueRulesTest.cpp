@@ -18,25 +18,25 @@ using Veltrani::ValueType;
 
 void expectOnly(ValueType type, const std::vector<std::string>& accepted) {
     for (const std::string& word : accepted) {
-        EXPECT_EQ(checkValue(type, word), NumberState::Good) << word;
-        EXPECT_EQ(checkValue(type, word + " "), NumberState::NotANumber) << word;
+        EXPECT_EQ(checkValue(type, word), NumberState::GOOD) << word;
+        EXPECT_EQ(checkValue(type, word + " "), NumberState::WRONG_FORM) << word;
         EXPECT_NE(expectedValue(type).find("\"" + word + "\""), std::string::npos) << word;
     }
-    EXPECT_EQ(checkValue(type, ""), NumberState::NotANumber);
-    EXPECT_EQ(checkValue(type, "other"), NumberState::NotANumber);
+    EXPECT_EQ(checkValue(type, ""), NumberState::WRONG_FORM);
+    EXPECT_EQ(checkValue(type, "other"), NumberState::WRONG_FORM);
 }
 
 TEST(ValueRules, ChoicesAreExact) {
-    expectOnly(ValueType::Version, {"1"});
-    expectOnly(ValueType::AngleUnit, {"deg", "rad"});
-    expectOnly(ValueType::Axis, {"X", "-X", "Y", "-Y", "Z", "-Z"});
-    expectOnly(ValueType::Shape, {"Flat", "Sphere", "Cylinder", "Ruled", "Mesh"});
-    expectOnly(ValueType::TargetData, {"PlanarBasic", "PlanarAdvanced", "Spherical", "SphericalCollimated",
-                                       "CustomPlanar", "ProjectorCentric", "3D"});
+    expectOnly(ValueType::VERSION, {"1"});
+    expectOnly(ValueType::ANGLE_UNIT, {"deg", "rad"});
+    expectOnly(ValueType::AXIS, {"X", "-X", "Y", "-Y", "Z", "-Z"});
+    expectOnly(ValueType::SHAPE, {"Flat", "Sphere", "Cylinder", "Ruled", "Mesh"});
+    expectOnly(ValueType::TARGET_DATA, {"PlanarBasic", "PlanarAdvanced", "Spherical", "SphericalCollimated",
+                                        "CustomPlanar", "ProjectorCentric", "3D"});
 }
 
 TEST(ValueRules, UnitsAreThoseOfTheConversionTable) {
-    for (const ValueType type : {ValueType::NativeUnit, ValueType::FileUnit, ValueType::LengthUnit}) {
+    for (const ValueType type : {ValueType::NATIVE_UNIT, ValueType::FILE_UNIT, ValueType::LENGTH_UNIT}) {
         expectOnly(type, {"mm", "cm", "m", "in", "ft", "custom"});
     }
     for (const std::string name : {"mm", "cm", "m", "in", "ft", "custom"}) {
@@ -45,31 +45,31 @@ TEST(ValueRules, UnitsAreThoseOfTheConversionTable) {
 }
 
 TEST(ValueRules, PositiveMeansAboveZero) {
-    for (const ValueType type : {ValueType::PositiveNumber, ValueType::PositiveLength}) {
-        EXPECT_EQ(checkValue(type, "0.001"), NumberState::Good);
-        EXPECT_EQ(checkValue(type, "1e999"), NumberState::OutOfRange);
+    for (const ValueType type : {ValueType::POSITIVE_NUMBER, ValueType::POSITIVE_LENGTH}) {
+        EXPECT_EQ(checkValue(type, "0.001"), NumberState::GOOD);
+        EXPECT_EQ(checkValue(type, "1e999"), NumberState::OUT_OF_RANGE);
         for (const char* text : {"0", "0.0", "-0", "-1", "-1e999", "x", ""}) {
-            EXPECT_EQ(checkValue(type, text), NumberState::NotANumber) << text;
+            EXPECT_EQ(checkValue(type, text), NumberState::WRONG_FORM) << text;
         }
     }
 }
 
 TEST(ValueRules, NumbersLengthsAndAnglesHaveOneForm) {
-    for (const ValueType type : {ValueType::Number, ValueType::Length, ValueType::Angle}) {
-        EXPECT_EQ(checkValue(type, "-0.25"), NumberState::Good);
-        EXPECT_EQ(checkValue(type, "1e999"), NumberState::OutOfRange);
-        EXPECT_EQ(checkValue(type, "0,25"), NumberState::NotANumber);
-        EXPECT_EQ(checkValue(type, ""), NumberState::NotANumber);
+    for (const ValueType type : {ValueType::NUMBER, ValueType::LENGTH, ValueType::ANGLE}) {
+        EXPECT_EQ(checkValue(type, "-0.25"), NumberState::GOOD);
+        EXPECT_EQ(checkValue(type, "1e999"), NumberState::OUT_OF_RANGE);
+        EXPECT_EQ(checkValue(type, "0,25"), NumberState::WRONG_FORM);
+        EXPECT_EQ(checkValue(type, ""), NumberState::WRONG_FORM);
     }
 }
 
 TEST(ValueRules, Texts) {
-    EXPECT_EQ(checkValue(ValueType::Text, ""), NumberState::Good);
-    EXPECT_EQ(checkValue(ValueType::NonEmptyText, ""), NumberState::NotANumber);
-    EXPECT_EQ(checkValue(ValueType::NonEmptyText, " "), NumberState::Good);
-    EXPECT_EQ(checkValue(ValueType::ModelName, "BrownConrady"), NumberState::Good);
-    EXPECT_EQ(checkValue(ValueType::ModelName, "BrownConrady:lens.yml"), NumberState::NotANumber);
-    EXPECT_EQ(checkValue(ValueType::ModelName, ""), NumberState::NotANumber);
+    EXPECT_EQ(checkValue(ValueType::TEXT, ""), NumberState::GOOD);
+    EXPECT_EQ(checkValue(ValueType::NON_EMPTY_TEXT, ""), NumberState::WRONG_FORM);
+    EXPECT_EQ(checkValue(ValueType::NON_EMPTY_TEXT, " "), NumberState::GOOD);
+    EXPECT_EQ(checkValue(ValueType::MODEL_NAME, "BrownConrady"), NumberState::GOOD);
+    EXPECT_EQ(checkValue(ValueType::MODEL_NAME, "BrownConrady:lens.yml"), NumberState::WRONG_FORM);
+    EXPECT_EQ(checkValue(ValueType::MODEL_NAME, ""), NumberState::WRONG_FORM);
 }
 
 }  // namespace
