@@ -170,7 +170,7 @@ TEST(FormatChecker, AllFaultsAreReportedInOneGo) {
         lines.push_back(fault.substr(0, fault.find(": found")));
     }
     EXPECT_THAT(lines, ElementsAre("4: <Units>", "6: <EyePoint>", "12: <MeasuredMesh>", "12: <MeasuredMesh>",
-                                   "25: <Pair>", "37: <Resolution>", "46: <Projector>", "48: <Projector>"));
+                                   "25: <Pair>", "37: <Resolution>", "47: <Projector>", "49: <Projector>"));
 }
 
 TEST(FormatChecker, ForeignContentIsNotLookedAt) {
