@@ -25,25 +25,25 @@ struct Options : DeviceOptions {
     ProjectorAddition::Target target;
 };
 
-/// Throws the error of CLI11 for what is no MAC address.
+/// Refuses the command line for what is no MAC address.
 MacAddress readMac(const std::string& text) {
     const auto mac = MacAddress::parse(fromUtf8(text));
     if (!mac) {
-        throw CLI::ValidationError("--mac", "\"" + text + "\" is not a MAC address such as 02:00:00:00:00:01");
+        OptionList::refuse("--mac", "\"" + text + "\" is not a MAC address such as 02:00:00:00:00:01");
     }
     return *mac;
 }
 
-/// Throws the error of CLI11 when another MAC address was stated already: as PROJECTOR or with --mac.
+/// Refuses the command line when another MAC address was stated already: as PROJECTOR or with --mac.
 void setMac(const MacAddress& mac, ProjectorAddition::Target& target) {
     if (target.mac && *target.mac != mac) {
-        throw CLI::ValidationError("--mac", "PROJECTOR and --mac state different MAC addresses, " +
-                                                toUtf8(target.mac->text()) + " and " + toUtf8(mac.text()));
+        OptionList::refuse("--mac", "PROJECTOR and --mac state different MAC addresses, " + toUtf8(target.mac->text()) +
+                                        " and " + toUtf8(mac.text()));
     }
     target.mac = mac;
 }
 
-/// Throws the error of CLI11 for what is neither an address nor a MAC address.
+/// Refuses the command line for what is neither an address nor a MAC address.
 void readTarget(const std::string& text, ProjectorAddition::Target& target) {
     if (const auto mac = MacAddress::parse(fromUtf8(text))) {
         setMac(*mac, target);
@@ -51,18 +51,17 @@ void readTarget(const std::string& text, ProjectorAddition::Target& target) {
     }
     target.address = ProjectorAddress::parse(text);
     if (!target.address) {
-        throw CLI::ValidationError("PROJECTOR",
-                                   "\"" + text + "\" is neither an IP address with or without a port, " +
-                                       "such as 192.0.2.10, 192.0.2.10:4352 or [2001:db8::1]:4352, nor a " +
-                                       "MAC address such as 02:00:00:00:00:01");
+        OptionList::refuse("PROJECTOR", "\"" + text + "\" is neither an IP address with or without a port, " +
+                                            "such as 192.0.2.10, 192.0.2.10:4352 or [2001:db8::1]:4352, nor a " +
+                                            "MAC address such as 02:00:00:00:00:01");
     }
 }
 
-/// Throws the error of CLI11 for a name that no channel can have.
+/// Refuses the command line for a name that no channel can have.
 std::wstring readName(const std::string& text) {
     const std::wstring name = fromUtf8(text);
     if (name.empty()) {
-        throw CLI::ValidationError("--name", "a name has at least one character, in UTF-8");
+        OptionList::refuse("--name", "a name has at least one character, in UTF-8");
     }
     return name;
 }
@@ -173,23 +172,23 @@ int run(const Options& options) {
     return Console::finishOutput();
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     ProjectorAddition::Target& target = options->target;
-    line.add_option("FILE", options->file, "Configuration of the display (XML), which is changed")->required();
-    line.add_option_function<std::string>(
+    line.add("FILE", options->file, "Configuration of the display (XML), which is changed").required();
+    line.addRead(
             "PROJECTOR", [&target](const std::string& text) { readTarget(text, target); },
             "Its IP address, or its MAC address to search for it")
-        ->required()
-        ->type_name("ADDRESS|MAC");
-    line.add_option_function<std::string>(
+        .required()
+        .typeName("ADDRESS|MAC");
+    line.addRead(
             "--mac", [&target](const std::string& text) { setMac(readMac(text), target); },
             "MAC address of the projector at ADDRESS, for one that does not tell it")
-        ->type_name("MAC");
-    line.add_option_function<std::string>(
+        .typeName("MAC");
+    line.addRead(
             "--name", [&target](const std::string& text) { target.name = readName(text); },
             "Name of the channel (default: where the projector is)")
-        ->type_name("NAME");
+        .typeName("NAME");
     addTimeout(line, *options);
     addBroadcast(line, *options);
     return Command::with(options, run);

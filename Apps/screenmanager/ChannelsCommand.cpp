@@ -65,10 +65,10 @@ int run(const Options& options) {
     return config ? list(*config, options) : EXIT_INPUT;
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
-    line.add_flag("--offline", options->offline, "Put virtual projectors in place of those that cannot be reached");
+    line.addFlag("--offline", options->offline, "Put virtual projectors in place of those that cannot be reached");
     addTimeout(line, *options);
     return Command::with(options, run);
 }

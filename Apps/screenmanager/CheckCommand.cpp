@@ -24,7 +24,7 @@ int run(const Options& options) {
     return description.faults.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
     return Command::with(options, run);

@@ -14,14 +14,14 @@ std::optional<int> numberOf(std::string_view text) {
     return fault == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
-/// Throws the error of CLI11 for what is no size within the bounds.
+/// Refuses the command line for what is no size within the bounds.
 ColumnsByRows read(const GridOption& option, const std::string& text) {
     const auto size = ColumnsByRows::parse(text);
     if (!size || !size->isWithin(option.fewest, option.most, option.mostTogether)) {
-        throw CLI::ValidationError(option.name, "\"" + text + "\" is not " + option.form + ", such as " +
-                                                    option.example + ", with " + std::to_string(option.fewest) +
-                                                    " to " + std::to_string(option.most) + " each and at most " +
-                                                    std::to_string(option.mostTogether) + " " + option.things);
+        OptionList::refuse(option.name, "\"" + text + "\" is not " + option.form + ", such as " + option.example +
+                                            ", with " + std::to_string(option.fewest) + " to " +
+                                            std::to_string(option.most) + " each and at most " +
+                                            std::to_string(option.mostTogether) + " " + option.things);
     }
     return *size;
 }
@@ -40,10 +40,10 @@ bool ColumnsByRows::isWithin(int fewest, int most, long long mostTogether) const
     return allowed(columns) && allowed(rows) && 1LL * columns * rows <= mostTogether;
 }
 
-CLI::Option* addGridOption(CLI::App& line, const GridOption& option, std::function<void(const ColumnsByRows&)> take) {
+Option addGridOption(OptionList& line, const GridOption& option, std::function<void(const ColumnsByRows&)> take) {
     return line
-        .add_option_function<std::string>(
+        .addRead(
             option.name, [option, take = std::move(take)](const std::string& text) { take(read(option, text)); },
             option.help)
-        ->type_name(option.form);
+        .typeName(option.form);
 }

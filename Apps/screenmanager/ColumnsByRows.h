@@ -1,6 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "OptionList.h"
 
 #include <functional>
 #include <optional>
@@ -32,4 +32,4 @@ struct GridOption {
 
 /// Adds the option, which accepts nothing but sizes within its bounds.
 /// @param take is given the value
-CLI::Option* addGridOption(CLI::App& line, const GridOption& option, std::function<void(const ColumnsByRows&)> take);
+Option addGridOption(OptionList& line, const GridOption& option, std::function<void(const ColumnsByRows&)> take);

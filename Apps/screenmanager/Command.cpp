@@ -11,15 +11,15 @@ constexpr int MOST_BOUNDARY_SAMPLES = 100000;
 
 }  // namespace
 
-void addDisplayFile(CLI::App& line, std::string& file) {
-    line.add_option("FILE", file, "Configuration of the display (XML)")->required();
+void addDisplayFile(OptionList& line, std::string& file) {
+    line.add("FILE", file, "Configuration of the display (XML)").required();
 }
 
-void addOutput(CLI::App& line, std::string& output, const char* help) {
-    line.add_option("-o,--output", output, help)->type_name("FILE");
+void addOutput(OptionList& line, std::string& output, const char* help) {
+    line.add("-o,--output", output, help).typeName("FILE");
 }
 
-void addPlan(CLI::App& line, Veltrani::DisplayReport::TargetPlan& plan) {
+void addPlan(OptionList& line, Veltrani::DisplayReport::TargetPlan& plan) {
     addGridOption(line,
                   {.name = "--grid",
                    .help = "Targets per channel (default 16x10)",
@@ -32,7 +32,7 @@ void addPlan(CLI::App& line, Veltrani::DisplayReport::TargetPlan& plan) {
                       plan.columns = grid.columns;
                       plan.rows = grid.rows;
                   });
-    line.add_option("--boundary", plan.boundarySamples, "Samples per edge of the outline (default 16)")
-        ->check(CLI::Range(0, MOST_BOUNDARY_SAMPLES))
-        ->type_name("N");
+    line.add("--boundary", plan.boundarySamples, "Samples per edge of the outline (default 16)")
+        .between(0, MOST_BOUNDARY_SAMPLES)
+        .typeName("N");
 }

@@ -2,8 +2,7 @@
 
 #include "Console.h"
 #include "DisplayReport/targets/TargetSurvey.h"
-
-#include <CLI/CLI.hpp>
+#include "OptionList.h"
 
 #include <array>
 #include <functional>
@@ -19,7 +18,7 @@ struct Command {
     const char* summary = nullptr;  ///< in the help of the program
     /// Adds the arguments and options to the command line of this command; returns what is to be run once they are
     /// parsed, which owns their values and must live until then.
-    Run (*addTo)(CLI::App& line) = nullptr;
+    Run (*addTo)(OptionList& line) = nullptr;
     /// It prints every fault itself: warnings of the library would only repeat them.
     bool printsFaults = false;
     /// It bends so many rays that a log record for each would fill the log.
@@ -59,8 +58,8 @@ struct CommandOptions {
 };
 
 /// The argument FILE. Values are filled by parsing here and below, and must outlive the command line.
-void addDisplayFile(CLI::App& line, std::string& file);
+void addDisplayFile(OptionList& line, std::string& file);
 /// `--output`, of what the default help does not say.
-void addOutput(CLI::App& line, std::string& output, const char* help = "File to write instead of standard output");
+void addOutput(OptionList& line, std::string& output, const char* help = "File to write instead of standard output");
 /// `--grid` and `--boundary`: how densely targets are placed.
-void addPlan(CLI::App& line, Veltrani::DisplayReport::TargetPlan& plan);
+void addPlan(OptionList& line, Veltrani::DisplayReport::TargetPlan& plan);

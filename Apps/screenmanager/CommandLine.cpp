@@ -61,7 +61,8 @@ CommandLine::CommandLine()
         ->type_name("FILE");
     for (const Command* const command : COMMANDS) {
         CLI::App* const line = m_app.add_subcommand(command->name, command->summary);
-        m_commands.push_back({command, line, command->addTo(*line)});
+        OptionList options(*line);
+        m_commands.push_back({command, line, command->addTo(options)});
     }
 }
 

@@ -76,11 +76,11 @@ int run(const Options& options) {
     return report.complete() && !report.channels.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
-    line.add_flag("--json", options->isJson, "Write one JSON object instead of tables");
-    line.add_option("--ply", options->ply, "File for the screen, coloured by number of projectors")->type_name("FILE");
+    line.addFlag("--json", options->isJson, "Write one JSON object instead of tables");
+    line.add("--ply", options->ply, "File for the screen, coloured by number of projectors").typeName("FILE");
     addOutput(line, options->output);
     return Command::with(options, run);
 }

@@ -58,7 +58,7 @@ int run(const DeviceOptions& options) {
     return reportMissing(found) ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<DeviceOptions>();
     addTimeout(line, *options);
     addBroadcast(line, *options);

@@ -252,31 +252,31 @@ int run(const Options& options) {
     }
 }
 
-void addPointOptions(CLI::App& line, Options& options, CLI::Option& grid) {
-    line.add_option_function<std::string>(
+void addPointOptions(OptionList& line, Options& options, const Option& grid) {
+    line.addRead(
             "--to", [&options](const std::string& side) { options.toChannel = side == "channel"; },
             "layout (default): from picture points; channel: from layout points")
-        ->check(CLI::IsMember({"layout", "channel"}))
-        ->type_name("SIDE")
-        ->excludes(&grid);
-    auto* const point = line.add_option("--point", options.points, "A point to map; may be given several times")
-                            ->allow_extra_args(false)
-                            ->type_name("U,V|X,Y,Z")
-                            ->excludes(&grid);
-    line.add_option("--points", options.pointFile, "File of points, one per line; - for standard input (default)")
-        ->type_name("FILE")
-        ->excludes(&grid)
-        ->excludes(point);
-    line.add_flag("--cache", options.useCache,
-                  "Remember the pixels of a collimated display: faster for many points to the channel")
-        ->excludes(&grid);
+        .oneOf({"layout", "channel"})
+        .typeName("SIDE")
+        .excludes(grid);
+    const Option point = line.add("--point", options.points, "A point to map; may be given several times")
+                             .oneValueEach()
+                             .typeName("U,V|X,Y,Z")
+                             .excludes(grid);
+    line.add("--points", options.pointFile, "File of points, one per line; - for standard input (default)")
+        .typeName("FILE")
+        .excludes(grid)
+        .excludes(point);
+    line.addFlag("--cache", options.useCache,
+                 "Remember the pixels of a collimated display: faster for many points to the channel")
+        .excludes(grid);
 }
 
-void addGridOptions(CLI::App& line, Options& options, CLI::Option& grid) {
-    line.add_option("--format", options.format, "mesh (default), pfm or png")
-        ->check(CLI::IsMember(WarpWriter::formats()))
-        ->type_name("FORMAT")
-        ->needs(&grid);
+void addGridOptions(OptionList& line, Options& options, const Option& grid) {
+    line.add("--format", options.format, "mesh (default), pfm or png")
+        .oneOf(WarpWriter::formats())
+        .typeName("FORMAT")
+        .needs(grid);
     addGridOption(line,
                   {.name = "--nodes",
                    .help = "Nodes of a mesh (default: the corners of all pixels)",
@@ -286,27 +286,27 @@ void addGridOptions(CLI::App& line, Options& options, CLI::Option& grid) {
                    .most = MOST_NODES_IN_ROW,
                    .mostTogether = static_cast<long long>(PictureWarp::MOST_SAMPLES)},
                   [&options](const ColumnsByRows& nodes) { options.nodes = nodes; })
-        ->needs(&grid);
-    line.add_option_function<std::string>(
+        .needs(grid);
+    line.addRead(
             "--input", [&options](const std::string& name) { options.panorama = panoramaOf(name); },
             "Panorama that feeds the display: fisheye (default) or equirectangular")
-        ->check(CLI::IsMember(panoramaNames()))
-        ->type_name("PANORAMA")
-        ->needs(&grid);
+        .oneOf(panoramaNames())
+        .typeName("PANORAMA")
+        .needs(grid);
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
-    line.add_option("--channel", options->channel, "The channel")->required()->type_name("NAME|ID");
+    line.add("--channel", options->channel, "The channel").required().typeName("NAME|ID");
     addOutput(line, options->output);
-    CLI::Option* const grid =
-        line.add_flag("--grid", options->grid, "The whole picture: which part of the input each place shows");
-    addPointOptions(line, *options, *grid);
-    addGridOptions(line, *options, *grid);
-    line.parse_complete_callback([&said = *options] {
+    const Option grid =
+        line.addFlag("--grid", options->grid, "The whole picture: which part of the input each place shows");
+    addPointOptions(line, *options, grid);
+    addGridOptions(line, *options, grid);
+    line.whenComplete([&said = *options] {
         if (said.nodes && !WarpWriter::ofFormat(said.format)->hasNodes()) {
-            throw CLI::ValidationError("--nodes", said.format + " has one value per pixel: leave it out");
+            OptionList::refuse("--nodes", said.format + " has one value per pixel: leave it out");
         }
     });
     return Command::with(options, run);

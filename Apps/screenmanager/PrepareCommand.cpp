@@ -130,14 +130,14 @@ int run(const Options& options) {
     return config ? prepare(*config, stateNamed(options.state), options) : EXIT_INPUT;
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     std::vector<std::string> names;
     std::transform(STATES.begin(), STATES.end(), std::back_inserter(names),
                    [](const State& state) { return state.name; });
     addDisplayFile(line, options->file);
-    line.add_option("STATE", options->state, "black, gray50 or clear")->required()->check(CLI::IsMember(names));
-    line.add_flag("--offline", options->offline, "Put virtual projectors in place of those that are not ready");
+    line.add("STATE", options->state, "black, gray50 or clear").required().oneOf(names);
+    line.addFlag("--offline", options->offline, "Put virtual projectors in place of those that are not ready");
     addTimeout(line, *options);
     return Command::with(options, run);
 }

@@ -16,22 +16,22 @@ using Veltrani::ProjectorSession::ProjectorFinding;
 constexpr double SHORTEST_TIMEOUT = 0.01;
 constexpr double LONGEST_TIMEOUT = 3600.0;
 
-/// Throws the error of CLI11 for a wait that is none, NaN included.
+/// Refuses the command line for a wait that is none, NaN included.
 std::chrono::milliseconds readTimeout(double seconds) {
     if (!(seconds >= SHORTEST_TIMEOUT && seconds <= LONGEST_TIMEOUT)) {
         std::ostringstream text;
         text << seconds << " s is not a wait of " << SHORTEST_TIMEOUT << " to " << LONGEST_TIMEOUT << " s";
-        throw CLI::ValidationError("--timeout", text.str());
+        OptionList::refuse("--timeout", text.str());
     }
     return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
 }
 
-/// Throws the error of CLI11 for what is no IPv4 address.
+/// Refuses the command line for what is no IPv4 address.
 ProjectorAddress readBroadcast(const std::string& text) {
     const auto address = ProjectorAddress::parse(text);
     if (!address || !address->isIpv4()) {
-        throw CLI::ValidationError("--broadcast", "\"" + text + "\" is not an IPv4 address with or without a port, " +
-                                                      "such as 192.0.2.255 or 192.0.2.255:4352");
+        OptionList::refuse("--broadcast", "\"" + text + "\" is not an IPv4 address with or without a port, " +
+                                              "such as 192.0.2.255 or 192.0.2.255:4352");
     }
     return *address;
 }
@@ -60,18 +60,18 @@ DeviceManager::Settings DeviceOptions::settings() const {
     return settings;
 }
 
-void addTimeout(CLI::App& line, DeviceOptions& options) {
-    line.add_option_function<double>(
+void addTimeout(OptionList& line, DeviceOptions& options) {
+    line.addNumber(
             "--timeout", [&options](double seconds) { options.timeout = readTimeout(seconds); },
             "Longest wait for each answer of a projector, and for a search (default 3 to 10, search 30)")
-        ->type_name("SECONDS");
+        .typeName("SECONDS");
 }
 
-void addBroadcast(CLI::App& line, DeviceOptions& options) {
-    line.add_option_function<std::string>(
+void addBroadcast(OptionList& line, DeviceOptions& options) {
+    line.addRead(
             "--broadcast", [&options](const std::string& text) { options.broadcast = readBroadcast(text); },
             "Where to search (default: on all networks of this machine)")
-        ->type_name("ADDRESS[:PORT]");
+        .typeName("ADDRESS[:PORT]");
 }
 
 void reportUnusable(const std::vector<ProjectorFinding>& findings, bool replaced) {

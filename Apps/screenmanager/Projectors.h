@@ -21,9 +21,9 @@ struct DeviceOptions : CommandOptions {
 };
 
 /// `--timeout`. Values are filled by parsing here and below, and must outlive the command line.
-void addTimeout(CLI::App& line, DeviceOptions& options);
+void addTimeout(OptionList& line, DeviceOptions& options);
 /// `--broadcast`, of the commands that search.
-void addBroadcast(CLI::App& line, DeviceOptions& options);
+void addBroadcast(OptionList& line, DeviceOptions& options);
 
 /// Reports which projectors do not do, one line each: "error: channel NAME (ID): cause; remedy".
 /// @param replaced virtual projectors stand in for them, so that these are warnings

@@ -74,7 +74,7 @@ int runView(const Options& options) {
     return scene.complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
-Command::Run addView(CLI::App& line) {
+Command::Run addView(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
     addOutput(line, options->output, "Page to write instead of standard output (HTML)");
@@ -104,16 +104,16 @@ int runPicture(const PictureOptions& options) {
     return scene.complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
-Command::Run addPicture(CLI::App& line) {
+Command::Run addPicture(OptionList& line) {
     const auto options = std::make_shared<PictureOptions>();
     addDisplayFile(line, options->file);
     addOutput(line, options->output);
-    line.add_option("--format", options->format, "png or svg (default: as FILE is named, else png)")
-        ->check(CLI::IsMember(DrawingWriter::formats()))
-        ->type_name("FORMAT");
-    line.add_option("--view", options->view, "Where to look from: home (default), front, side or top")
-        ->check(CLI::IsMember(SceneCamera::views()))
-        ->type_name("VIEW");
+    line.add("--format", options->format, "png or svg (default: as FILE is named, else png)")
+        .oneOf(DrawingWriter::formats())
+        .typeName("FORMAT");
+    line.add("--view", options->view, "Where to look from: home (default), front, side or top")
+        .oneOf(SceneCamera::views())
+        .typeName("VIEW");
     addGridOption(line,
                   {.name = "--size",
                    .help = "Of the picture in pixels (default 1600x1000)",

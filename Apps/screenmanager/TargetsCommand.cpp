@@ -44,12 +44,12 @@ int run(const Options& options) {
     return survey.complete() && !survey.channels.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
-Command::Run addTo(CLI::App& line) {
+Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
-    line.add_option("--format", options->format, "csv (default), json or ply")
-        ->check(CLI::IsMember(TargetWriter::formats()))
-        ->type_name("FORMAT");
+    line.add("--format", options->format, "csv (default), json or ply")
+        .oneOf(TargetWriter::formats())
+        .typeName("FORMAT");
     addOutput(line, options->output);
     addPlan(line, options->plan);
     return Command::with(options, run);
