@@ -26,6 +26,8 @@ install(FILES
   cmake/FindPointCloudLibrary.cmake
   DESTINATION ${SM_PACKAGE_DIR})
 
+get_target_property(_completion screenmanager SM_COMPLETION)
+install(FILES "${_completion}" DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES docs/screenmanager.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES docs/configuration.md docs/display.rng DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples

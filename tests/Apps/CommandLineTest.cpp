@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace {
 
 using testing::HasSubstr;
@@ -51,8 +53,42 @@ TEST(CommandLine, TellsItsVersion) {
     EXPECT_THAT(runScreenManager({"--version"}).output, StartsWith("screenmanager "));
 }
 
+/// What bash completes at the end of a command line, by the script that the program prints.
+/// @param words of the line behind the program's name, the last one begun
+std::string completed(const std::vector<std::string>& words) {
+    const TemporaryFolder folder;
+    const std::string script = folder.write("completion", runScreenManager({"--completion"}).output);
+    std::string line = "screenmanager";
+    for (const std::string& word : words) {
+        line += " '" + word + "'";
+    }
+    const ProgramRun run = runProgram("/bin/bash", {"-c", ". '" + script + "'; COMP_WORDS=(" + line +
+                                                              "); COMP_CWORD=" + std::to_string(words.size()) +
+                                                              "; _screenmanager; echo \"${COMPREPLY[*]}\""});
+    EXPECT_EQ(run.errors, "");
+    return run.output;
+}
+
+TEST(CommandLine, TheShellCompletesCommandsAndTheirOptions) {
+    EXPECT_EQ(completed({"c"}), "check coverage channels\n");
+    EXPECT_EQ(completed({"targets", "--f"}), "--format\n");
+    EXPECT_EQ(completed({"-q", "map", "display.xml", "--po"}), "--point --points\n");
+    EXPECT_EQ(completed({"map", "disp"}), "\n") << "the shell completes names of files";
+}
+
+TEST(CommandLine, TheShellCompletesEveryOptionOfTheHelp) {
+    static const std::regex OPTION("--[a-z]+");
+    for (const std::string& command : commandsOfTheProgram()) {
+        const std::string help = runScreenManager({command, "--help"}).output;
+        const std::string offered = completed({command, "-"});
+        for (std::sregex_iterator option(help.begin(), help.end(), OPTION), end; option != end; ++option) {
+            EXPECT_THAT(offered + " ", testing::ContainsRegex(option->str() + "[ \n]")) << command;
+        }
+    }
+}
+
 TEST(CommandLine, HelpAndVersionThatCannotBeWrittenAreAFault) {
-    std::vector<std::vector<std::string>> all{{"--help"}, {"--version"}};
+    std::vector<std::vector<std::string>> all{{"--help"}, {"--version"}, {"--completion"}};
     for (const std::string& command : commandsOfTheProgram()) {
         all.push_back({command, "--help"});
     }
