@@ -20,9 +20,9 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-class TheAddCommand : public testing::Test {
+class AddCommandTest : public testing::Test {
 protected:
-    TheAddCommand() : file(folder.write("display.xml", display(""))) {}
+    AddCommandTest() : file(folder.write("display.xml", display(""))) {}
 
     [[nodiscard]] ProgramRun add(std::vector<std::string> arguments,
                                  const std::map<std::string, std::string>& environment = {}) const {
@@ -46,7 +46,7 @@ protected:
     std::string file;
 };
 
-TEST_F(TheAddCommand, ByAddressThenChannelsListsIt) {
+TEST_F(AddCommandTest, ByAddressThenChannelsListsIt) {
     const PjlinkSimulator left({"--mac", mac(1)});
     const PjlinkSimulator right({"--mac", mac(2)});
     const ProgramRun first = add({at(left), "--name", "B\xc3\xbchne links"}, {{"LC_ALL", "C"}});
@@ -65,7 +65,7 @@ TEST_F(TheAddCommand, ByAddressThenChannelsListsIt) {
                 ContainsRegex("PJLink " + at(right) + " +020000000002 +PJLink " + at(right) + " +on "));
 }
 
-TEST_F(TheAddCommand, ByMacAddressSearchesForIt) {
+TEST_F(AddCommandTest, ByMacAddressSearchesForIt) {
     const PjlinkSimulator simulator({"--search-answers", "3"});
     const ProgramRun run = add({"02-00-00-00-00-03", "--broadcast", at(simulator)});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
@@ -75,14 +75,14 @@ TEST_F(TheAddCommand, ByMacAddressSearchesForIt) {
                                                       std::to_string(simulator.port()) + "\""));
 }
 
-TEST_F(TheAddCommand, AMacAddressThatNobodyHasIsAFault) {
+TEST_F(AddCommandTest, AMacAddressThatNobodyHasIsAFault) {
     const PjlinkSimulator simulator({"--search-answers", "3"});
     const std::string before = folder.read("display.xml");
     expectRefusal(add({"02:00:00:00:00:09", "--broadcast", at(simulator)}), before,
                   "PJLink projector 020000000009 did not answer the search (3 others did)");
 }
 
-TEST_F(TheAddCommand, ByBothAddressesSearchesForNothing) {
+TEST_F(AddCommandTest, ByBothAddressesSearchesForNothing) {
     const PjlinkSimulator simulator({"--class", "1"});
     const ProgramRun run = add({at(simulator), "--mac", "020000000007"});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
@@ -92,7 +92,7 @@ TEST_F(TheAddCommand, ByBothAddressesSearchesForNothing) {
     EXPECT_THAT(folder.read("display.xml"), Not(HasSubstr("Resolution")));
 }
 
-TEST_F(TheAddCommand, AMacAddressThatTheProjectorContradictsIsRefused) {
+TEST_F(AddCommandTest, AMacAddressThatTheProjectorContradictsIsRefused) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     expectRefusal(
         add({at(simulator), "--mac", mac(2)}), folder.read("display.xml"),
@@ -101,7 +101,7 @@ TEST_F(TheAddCommand, AMacAddressThatTheProjectorContradictsIsRefused) {
     EXPECT_EQ(add({at(simulator), "--mac", mac(1)}).exitCode, 0);
 }
 
-TEST_F(TheAddCommand, AProjectorThatDoesNotTellItsMacAddressNeedsTheOption) {
+TEST_F(AddCommandTest, AProjectorThatDoesNotTellItsMacAddressNeedsTheOption) {
     const PjlinkSimulator simulator;
     const std::string before = folder.read("display.xml");
     expectRefusal(add({at(simulator)}), before,
@@ -115,7 +115,7 @@ TEST_F(TheAddCommand, AProjectorThatDoesNotTellItsMacAddressNeedsTheOption) {
                   "PJLink projector 020000000001 at [::1]:1, first contact: ");
 }
 
-TEST_F(TheAddCommand, AProjectorThatTheFileHasIsRefused) {
+TEST_F(AddCommandTest, AProjectorThatTheFileHasIsRefused) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     ASSERT_EQ(add({at(simulator), "--name", "Left"}).exitCode, 0);
     const std::string before = folder.read("display.xml");
@@ -129,7 +129,7 @@ TEST_F(TheAddCommand, AProjectorThatTheFileHasIsRefused) {
     expectRefusal(add({at(other), "--name", "Left"}), before, "the name \"Left\" is there already");
 }
 
-TEST_F(TheAddCommand, AnEntryThatWasNeverFoundCountsByItsSnippet) {
+TEST_F(AddCommandTest, AnEntryThatWasNeverFoundCountsByItsSnippet) {
     const std::string content = twoProjectors(1, 2);
     folder.write("display.xml", content);
     const PjlinkSimulator simulator({"--mac", mac(2)});
@@ -137,14 +137,14 @@ TEST_F(TheAddCommand, AnEntryThatWasNeverFoundCountsByItsSnippet) {
                   "the projector 02:00:00:00:00:02 is there already: entry R, channel \"Right\"");
 }
 
-TEST_F(TheAddCommand, AProjectorThatIsNotThereIsAFault) {
+TEST_F(AddCommandTest, AProjectorThatIsNotThereIsAFault) {
     const std::string port = std::to_string(deadPort());
     expectRefusal(
         add({"127.0.0.1:" + port, "--mac", mac(1)}), folder.read("display.xml"),
         "PJLink projector 020000000001 at 127.0.0.1:" + port + ", first contact: no connection: Connection refused\n");
 }
 
-TEST_F(TheAddCommand, ALockedProjectorNamesWhereThePasswordBelongs) {
+TEST_F(AddCommandTest, ALockedProjectorNamesWhereThePasswordBelongs) {
     const PjlinkSimulator simulator(
         {"--mac", mac(1), "--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
     expectRefusal(add({at(simulator)}), folder.read("display.xml"),
@@ -155,14 +155,14 @@ TEST_F(TheAddCommand, ALockedProjectorNamesWhereThePasswordBelongs) {
     EXPECT_THAT(folder.read("display.xml"), Not(HasSubstr("12345678")));
 }
 
-TEST_F(TheAddCommand, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
+TEST_F(AddCommandTest, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
     const PjlinkSimulator simulator({"--mac", mac(1), "--answer", "RRES=ERR4"});
     expectRefusal(add({at(simulator)}), folder.read("display.xml"),
                   "command GetNativeResolution: RRES ?: the projector reports a failure of its own (ERR4); nothing was "
                   "added: see to the projector, then add it again\n");
 }
 
-TEST_F(TheAddCommand, AFullDiskIsReportedAndExitsWithFour) {
+TEST_F(AddCommandTest, AFullDiskIsReportedAndExitsWithFour) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     const ProgramRun run = runProgram("/bin/sh", {"-c", programFile() + " add " + file + " " + at(simulator) +
                                                             " --timeout " + IMPATIENT + " > /dev/full"});
@@ -170,7 +170,7 @@ TEST_F(TheAddCommand, AFullDiskIsReportedAndExitsWithFour) {
     EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
 }
 
-TEST_F(TheAddCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
+TEST_F(AddCommandTest, AConfigurationThatCannotBeUsedExitsWithThree) {
     folder.write("display.xml", "<Display");
     EXPECT_EQ(add({"192.0.2.1"}).exitCode, 3);
     EXPECT_EQ(folder.read("display.xml"), "<Display");
@@ -179,7 +179,7 @@ TEST_F(TheAddCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
 /// A projector that takes its time for each answer, so that something can happen meanwhile.
 const std::vector<std::string> SLOW{"--mac", mac(1), "--delay", "50"};
 
-class TheAddCommandMeanwhile : public TheAddCommand {
+class AddCommandMeanwhileTest : public AddCommandTest {
 protected:
     /// Adds a slow projector, and does something once the program is asking it: it has read the file by then.
     ProgramRun addAnd(const std::function<void()>& meanwhile, const std::string& name = "Left") {
@@ -207,7 +207,7 @@ protected:
     const std::string edited = display(entry("R", "Right", snippet(1, 2)));
 };
 
-TEST_F(TheAddCommandMeanwhile, AnEditSurvives) {
+TEST_F(AddCommandMeanwhileTest, AnEditSurvives) {
     const ProgramRun run = addAnd([&] { folder.write("display.xml", edited); });
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.errors, file + " was changed while the projector was asked: it was added to the newer file\n");
@@ -223,7 +223,7 @@ TEST_F(TheAddCommandMeanwhile, AnEditSurvives) {
     EXPECT_EQ(folder.read("display.xml"), content);
 }
 
-TEST_F(TheAddCommandMeanwhile, ANameThatWasNotStatedNeedNotBeNew) {
+TEST_F(AddCommandMeanwhileTest, ANameThatWasNotStatedNeedNotBeNew) {
     const std::string named = display(entry("R", "PJLink " + at(slow), snippet(1, 2)));
     const ProgramRun run = addAnd([&] { folder.write("display.xml", named); }, "");
     EXPECT_EQ(run.exitCode, 0);
@@ -235,7 +235,7 @@ TEST_F(TheAddCommandMeanwhile, ANameThatWasNotStatedNeedNotBeNew) {
     EXPECT_EQ(folder.read("display.xml"), content) << "as when it is added there in the first place";
 }
 
-TEST_F(TheAddCommandMeanwhile, OneProjectorTwiceAtOnceIsRefusedForItself) {
+TEST_F(AddCommandMeanwhileTest, OneProjectorTwiceAtOnceIsRefusedForItself) {
     for (const std::string name : {"Left", ""}) {
         folder.write("display.xml", display(""));
         EXPECT_EQ(addAnd([] {}, name).exitCode, 0);
@@ -249,7 +249,7 @@ TEST_F(TheAddCommandMeanwhile, OneProjectorTwiceAtOnceIsRefusedForItself) {
     }
 }
 
-TEST_F(TheAddCommandMeanwhile, ARemovedFileDoesNotComeBack) {
+TEST_F(AddCommandMeanwhileTest, ARemovedFileDoesNotComeBack) {
     const ProgramRun run = addAnd([&] { std::filesystem::remove(file); });
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_EQ(run.output, "");
@@ -260,7 +260,7 @@ TEST_F(TheAddCommandMeanwhile, ARemovedFileDoesNotComeBack) {
     expectNothingBeside();
 }
 
-TEST_F(TheAddCommandMeanwhile, AnEditThatCannotBeReadStays) {
+TEST_F(AddCommandMeanwhileTest, AnEditThatCannotBeReadStays) {
     const ProgramRun run = addAnd([&] { folder.write("display.xml", "<Display"); });
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_EQ(run.output, "");
@@ -273,7 +273,7 @@ TEST_F(TheAddCommandMeanwhile, AnEditThatCannotBeReadStays) {
     expectNothingBeside();
 }
 
-TEST_F(TheAddCommandMeanwhile, WhatSomebodyElseAddedIsNotAddedTwice) {
+TEST_F(AddCommandMeanwhileTest, WhatSomebodyElseAddedIsNotAddedTwice) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {entry("A", "Other", snippet(1, 1)), "the projector 02:00:00:00:00:01 is there already: entry A"},
         {entry("A", "Other", snippet(slow.port(), 2)), "a projector at " + at(slow) + " is there already: entry A"},
@@ -285,7 +285,7 @@ TEST_F(TheAddCommandMeanwhile, WhatSomebodyElseAddedIsNotAddedTwice) {
     }
 }
 
-TEST_F(TheAddCommandMeanwhile, ALinkThatLeadsElsewhereByNowIsFollowed) {
+TEST_F(AddCommandMeanwhileTest, ALinkThatLeadsElsewhereByNowIsFollowed) {
     std::filesystem::rename(file, folder.file("first.xml"));
     folder.write("second.xml", edited);
     ASSERT_EQ(::symlink("first.xml", file.c_str()), 0);
@@ -300,7 +300,7 @@ TEST_F(TheAddCommandMeanwhile, ALinkThatLeadsElsewhereByNowIsFollowed) {
     EXPECT_THAT(folder.read("second.xml"), HasSubstr("<Projector id=\"020000000001\">"));
 }
 
-TEST_F(TheAddCommandMeanwhile, TwoAdditionsAtOnceBothStay) {
+TEST_F(AddCommandMeanwhileTest, TwoAdditionsAtOnceBothStay) {
     constexpr int ROUNDS = 20;
     const PjlinkSimulator other({"--mac", mac(2), "--delay", "50"});
     for (int round = 0; round < ROUNDS; ++round) {
@@ -316,7 +316,7 @@ TEST_F(TheAddCommandMeanwhile, TwoAdditionsAtOnceBothStay) {
     }
 }
 
-TEST_F(TheAddCommand, AFileWithTwoNamesIsRefusedBeforeAProjectorIsAsked) {
+TEST_F(AddCommandTest, AFileWithTwoNamesIsRefusedBeforeAProjectorIsAsked) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     std::filesystem::create_hard_link(file, folder.file("second.xml"));
     const ProgramRun run = add({at(simulator)});
@@ -333,14 +333,14 @@ TEST_F(TheAddCommand, AFileWithTwoNamesIsRefusedBeforeAProjectorIsAsked) {
     EXPECT_THAT(simulator.journal(), IsEmpty());
 }
 
-TEST_F(TheAddCommandMeanwhile, AFurtherNameIsFoundAsWell) {
+TEST_F(AddCommandMeanwhileTest, AFurtherNameIsFoundAsWell) {
     const ProgramRun run = addAnd([&] { std::filesystem::create_hard_link(file, folder.file("second.xml")); });
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, testing::StartsWith("error: " + file + ": the file has 2 names (hard links), "));
     EXPECT_EQ(folder.read("display.xml"), display(""));
 }
 
-TEST_F(TheAddCommand, ASymbolicLinkStaysOne) {
+TEST_F(AddCommandTest, ASymbolicLinkStaysOne) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     std::filesystem::rename(file, folder.file("real.xml"));
     ASSERT_EQ(::symlink("real.xml", file.c_str()), 0);

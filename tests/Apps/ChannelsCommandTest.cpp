@@ -17,7 +17,7 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-class TheChannelsCommand : public testing::Test {
+class ChannelsCommandTest : public testing::Test {
 protected:
     /// Runs `channels` over a file with this content, which must not change.
     ProgramRun channels(const std::string& content, std::vector<std::string> options = {},
@@ -32,7 +32,7 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(TheChannelsCommand, ListsWhatTheProjectorsTell) {
+TEST_F(ChannelsCommandTest, ListsWhatTheProjectorsTell) {
     const PjlinkSimulator left;
     const PjlinkSimulator right({"--class", "1", "--answer", "INPT ?=11"});
     const ProgramRun run = channels(twoProjectors(left.port(), right.port()), {"--timeout", PATIENT});
@@ -47,7 +47,7 @@ TEST_F(TheChannelsCommand, ListsWhatTheProjectorsTell) {
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "%1CLSS ?"), 1) << "contacted once";
 }
 
-TEST_F(TheChannelsCommand, EveryMissingProjectorIsNamedInOneGo) {
+TEST_F(ChannelsCommandTest, EveryMissingProjectorIsNamedInOneGo) {
     const PjlinkSimulator there;
     const std::string ports[] = {std::to_string(deadPort()), std::to_string(deadPort())};
     const ProgramRun run = channels(
@@ -68,7 +68,7 @@ TEST_F(TheChannelsCommand, EveryMissingProjectorIsNamedInOneGo) {
                   "control is switched on, and its address and password\n");
 }
 
-TEST_F(TheChannelsCommand, OfflineReplacesTheMissingOnes) {
+TEST_F(ChannelsCommandTest, OfflineReplacesTheMissingOnes) {
     const PjlinkSimulator there;
     const ProgramRun run = channels(twoProjectors(there.port(), deadPort()), {"--offline", "--timeout", PATIENT});
     EXPECT_EQ(run.exitCode, 0);
@@ -78,19 +78,19 @@ TEST_F(TheChannelsCommand, OfflineReplacesTheMissingOnes) {
     EXPECT_THAT(run.errors, ContainsRegex("^warning: channel Right \\(R\\): .*; a virtual projector stands in\n$"));
 }
 
-TEST_F(TheChannelsCommand, QuietSaysNothingOfReplacements) {
+TEST_F(ChannelsCommandTest, QuietSaysNothingOfReplacements) {
     const ProgramRun run = channels(twoProjectors(deadPort(), deadPort()), {"--offline", "--quiet"});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.errors, "");
 }
 
-TEST_F(TheChannelsCommand, VerboseShowsWhatTheLibraryDoes) {
+TEST_F(ChannelsCommandTest, VerboseShowsWhatTheLibraryDoes) {
     const ProgramRun run = channels(twoProjectors(deadPort(), deadPort()), {"--offline", "--verbose"});
     EXPECT_THAT(run.errors, HasSubstr("info: initialize: replaceMissingWithOffline 1\n"));
     EXPECT_THAT(run.errors, HasSubstr("warning: Replacing projector Lwith (offline) virtual projector\n"));
 }
 
-TEST_F(TheChannelsCommand, StandbyIsAStateAndNoFault) {
+TEST_F(ChannelsCommandTest, StandbyIsAStateAndNoFault) {
     const PjlinkSimulator left({"--power", "0"});
     const PjlinkSimulator right({"--power", "3"});
     const ProgramRun run = channels(twoProjectors(left.port(), right.port()), {"--timeout", PATIENT});
@@ -99,7 +99,7 @@ TEST_F(TheChannelsCommand, StandbyIsAStateAndNoFault) {
     EXPECT_THAT(run.output, ContainsRegex("Right .* warming up "));
 }
 
-TEST_F(TheChannelsCommand, AQuestionThatAProjectorDoesNotAnswerIsAFault) {
+TEST_F(ChannelsCommandTest, AQuestionThatAProjectorDoesNotAnswerIsAFault) {
     const PjlinkSimulator left({"--answer", "INST=ERR4"});
     const PjlinkSimulator right;
     const ProgramRun run = channels(twoProjectors(left.port(), right.port()), {"--timeout", PATIENT});
@@ -109,7 +109,7 @@ TEST_F(TheChannelsCommand, AQuestionThatAProjectorDoesNotAnswerIsAFault) {
     EXPECT_THAT(run.errors, HasSubstr("INST ?: the projector reports a failure of its own (ERR4)"));
 }
 
-TEST_F(TheChannelsCommand, ASilentProjectorHoldsNobodyUpForLongerThanTheTimeout) {
+TEST_F(ChannelsCommandTest, ASilentProjectorHoldsNobodyUpForLongerThanTheTimeout) {
     const PjlinkSimulator silent({"--greeting", "-"});
     const PjlinkSimulator there;
     const auto begin = std::chrono::steady_clock::now();
@@ -120,7 +120,7 @@ TEST_F(TheChannelsCommand, ASilentProjectorHoldsNobodyUpForLongerThanTheTimeout)
     EXPECT_THAT(run.output, ContainsRegex("Left .* missing "));
 }
 
-TEST_F(TheChannelsCommand, ManySilentProjectorsAreWaitedForTogether) {
+TEST_F(ChannelsCommandTest, ManySilentProjectorsAreWaitedForTogether) {
     constexpr int PROJECTORS = 32;
     const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--greeting", "-"});
     std::string entries;
@@ -139,7 +139,7 @@ TEST_F(TheChannelsCommand, ManySilentProjectorsAreWaitedForTogether) {
     EXPECT_EQ(silent.mostConnectionsTogether(), PROJECTORS) << "one after another they are open alone";
 }
 
-TEST_F(TheChannelsCommand, APasswordFileThatCannotBeUsedBringsItsOwnRemedy) {
+TEST_F(ChannelsCommandTest, APasswordFileThatCannotBeUsedBringsItsOwnRemedy) {
     const PjlinkSimulator locked({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
     const PjlinkSimulator open;
     const std::string content = twoProjectors(locked.port(), open.port());
@@ -152,7 +152,7 @@ TEST_F(TheChannelsCommand, APasswordFileThatCannotBeUsedBringsItsOwnRemedy) {
     EXPECT_EQ(channels(content, {"--timeout", PATIENT}, environment).exitCode, 0) << "with a byte-order mark";
 }
 
-TEST_F(TheChannelsCommand, AMissingPasswordNamesWhereItBelongs) {
+TEST_F(ChannelsCommandTest, AMissingPasswordNamesWhereItBelongs) {
     const PjlinkSimulator locked({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
     const PjlinkSimulator open;
     const ProgramRun run = channels(twoProjectors(locked.port(), open.port()), {"--timeout", PATIENT});
@@ -163,7 +163,7 @@ TEST_F(TheChannelsCommand, AMissingPasswordNamesWhereItBelongs) {
                           "SCREENMANAGER_PJLINK_PASSWORD_FILE\n"));
 }
 
-TEST_F(TheChannelsCommand, ThePasswordIsUsedAndNeverShown) {
+TEST_F(ChannelsCommandTest, ThePasswordIsUsedAndNeverShown) {
     const PjlinkSimulator left({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
     const PjlinkSimulator right({"--seed", "61fa922e", "--digest", "5ad047bf382a444610f5785503f77783"});
     const ProgramRun run = channels(
@@ -175,7 +175,7 @@ TEST_F(TheChannelsCommand, ThePasswordIsUsedAndNeverShown) {
     EXPECT_THAT(run.errors + run.output, AllOf(Not(HasSubstr("12345678")), Not(HasSubstr("87654321"))));
 }
 
-TEST_F(TheChannelsCommand, ABrokenSnippetIsNamedAndCanBeReplaced) {
+TEST_F(ChannelsCommandTest, ABrokenSnippetIsNamedAndCanBeReplaced) {
     const PjlinkSimulator there;
     const std::string content = display(entry("A", "Left", "<Device type='PJLink' host='192.0.2.1'/>") +
                                         entry("B", "Centre", "") + entry("C", "Right", snippet(there.port(), 3)));
@@ -194,7 +194,7 @@ TEST_F(TheChannelsCommand, ABrokenSnippetIsNamedAndCanBeReplaced) {
     EXPECT_THAT(replaced.output, ContainsRegex("Right +020000000003 .* on "));
 }
 
-TEST_F(TheChannelsCommand, TwoEntriesWithOneProjectorCannotBeUsed) {
+TEST_F(ChannelsCommandTest, TwoEntriesWithOneProjectorCannotBeUsed) {
     const PjlinkSimulator there;
     const std::string remedy = " as channel Left (L); correct the Device element of one of the two, or remove one";
     const std::string two = twoProjectors(there.port(), there.port());
@@ -214,7 +214,7 @@ TEST_F(TheChannelsCommand, TwoEntriesWithOneProjectorCannotBeUsed) {
     EXPECT_EQ(sameMac.output, "");
 }
 
-TEST_F(TheChannelsCommand, NamesOfEveryScriptWorkInTheCLocale) {
+TEST_F(ChannelsCommandTest, NamesOfEveryScriptWorkInTheCLocale) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const ProgramRun run =
@@ -229,19 +229,19 @@ TEST_F(TheChannelsCommand, NamesOfEveryScriptWorkInTheCLocale) {
     EXPECT_THAT(run.errors, HasSubstr("channel \xe5\xb7\xa6\\nx (X): "));
 }
 
-TEST_F(TheChannelsCommand, AFileWithoutProjectorsSaysHowToAddOne) {
+TEST_F(ChannelsCommandTest, AFileWithoutProjectorsSaysHowToAddOne) {
     const ProgramRun run = channels(display(""));
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.errors,
                 ContainsRegex("has no projectors; add one with: screenmanager add .*display.xml ADDRESS\n"));
 }
 
-TEST_F(TheChannelsCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
+TEST_F(ChannelsCommandTest, AConfigurationThatCannotBeUsedExitsWithThree) {
     EXPECT_EQ(channels("<Display").exitCode, 3);
     EXPECT_EQ(runScreenManager({"channels", folder.file("gone.xml")}).exitCode, 3);
 }
 
-TEST_F(TheChannelsCommand, AFullDiskExitsWithFour) {
+TEST_F(ChannelsCommandTest, AFullDiskExitsWithFour) {
     const std::string file = folder.write("display.xml", twoProjectors(deadPort(), deadPort()));
     const ProgramRun run =
         runProgram("/bin/sh", {"-c", programFile() + " channels --offline '" + file + "' > /dev/full"});

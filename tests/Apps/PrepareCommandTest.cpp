@@ -25,7 +25,7 @@ std::vector<std::string> orders(const PjlinkSimulator& projector) {
     return lines;
 }
 
-class ThePrepareCommand : public testing::Test {
+class PrepareCommandTest : public testing::Test {
 protected:
     /// Runs `prepare` over a file with this content, which must not change.
     ProgramRun prepare(const std::string& content, const std::string& state,
@@ -40,7 +40,7 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(ThePrepareCommand, BlackAndClearReachEveryProjectorInARow) {
+TEST_F(PrepareCommandTest, BlackAndClearReachEveryProjectorInARow) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const std::string two = twoProjectors(left.port(), right.port());
@@ -60,7 +60,7 @@ TEST_F(ThePrepareCommand, BlackAndClearReachEveryProjectorInARow) {
     EXPECT_EQ(left.mostConnections(), 1) << "one session at a time";
 }
 
-TEST_F(ThePrepareCommand, QuietShowsTheResultAlone) {
+TEST_F(PrepareCommandTest, QuietShowsTheResultAlone) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "black", {"--quiet"});
@@ -68,7 +68,7 @@ TEST_F(ThePrepareCommand, QuietShowsTheResultAlone) {
     EXPECT_EQ(run.errors, "");
 }
 
-TEST_F(ThePrepareCommand, WithAMissingProjectorNothingIsSent) {
+TEST_F(PrepareCommandTest, WithAMissingProjectorNothingIsSent) {
     const PjlinkSimulator left;
     const ProgramRun run = prepare(twoProjectors(left.port(), deadPort()), "black");
     EXPECT_EQ(run.exitCode, 1);
@@ -79,7 +79,7 @@ TEST_F(ThePrepareCommand, WithAMissingProjectorNothingIsSent) {
     EXPECT_THAT(orders(left), IsEmpty());
 }
 
-TEST_F(ThePrepareCommand, OfflineReplacesAMissingProjectorAndSendsToTheOthers) {
+TEST_F(PrepareCommandTest, OfflineReplacesAMissingProjectorAndSendsToTheOthers) {
     const PjlinkSimulator left;
     const ProgramRun run =
         prepare(twoProjectors(left.port(), deadPort()), "black", {"--offline", "--timeout", PATIENT});
@@ -89,7 +89,7 @@ TEST_F(ThePrepareCommand, OfflineReplacesAMissingProjectorAndSendsToTheOthers) {
     EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
 }
 
-TEST_F(ThePrepareCommand, AProjectorThatIsNotOnIsNotReady) {
+TEST_F(PrepareCommandTest, AProjectorThatIsNotOnIsNotReady) {
     const std::vector<std::pair<std::string, std::string>> states{{"0", "is in standby; switch it on"},
                                                                   {"2", "is cooling down; wait, then switch it on"},
                                                                   {"3", "is warming up; wait until it is on"}};
@@ -106,7 +106,7 @@ TEST_F(ThePrepareCommand, AProjectorThatIsNotOnIsNotReady) {
     }
 }
 
-TEST_F(ThePrepareCommand, OfflineReplacesAProjectorThatIsNotOn) {
+TEST_F(PrepareCommandTest, OfflineReplacesAProjectorThatIsNotOn) {
     const PjlinkSimulator left;
     const PjlinkSimulator right({"--power", "0"});
     EXPECT_EQ(prepare(twoProjectors(left.port(), right.port()), "clear", {"--offline"}).exitCode, 0);
@@ -114,7 +114,7 @@ TEST_F(ThePrepareCommand, OfflineReplacesAProjectorThatIsNotOn) {
     EXPECT_THAT(orders(right), IsEmpty());
 }
 
-TEST_F(ThePrepareCommand, AProjectorWithoutAShutterIsNotReady) {
+TEST_F(PrepareCommandTest, AProjectorWithoutAShutterIsNotReady) {
     const PjlinkSimulator left;
     const PjlinkSimulator right({"--answer", "AVMT=ERR1"});
     const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "black");
@@ -124,7 +124,7 @@ TEST_F(ThePrepareCommand, AProjectorWithoutAShutterIsNotReady) {
     EXPECT_THAT(orders(right), IsEmpty());
 }
 
-TEST_F(ThePrepareCommand, GreyNamesTheProjectorsThatCannotShowIt) {
+TEST_F(PrepareCommandTest, GreyNamesTheProjectorsThatCannotShowIt) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "gray50");
@@ -138,7 +138,7 @@ TEST_F(ThePrepareCommand, GreyNamesTheProjectorsThatCannotShowIt) {
     EXPECT_THAT(orders(right), IsEmpty());
 }
 
-TEST_F(ThePrepareCommand, GreyWithOfflineIsShownBySimulatedProjectorsAlone) {
+TEST_F(PrepareCommandTest, GreyWithOfflineIsShownBySimulatedProjectorsAlone) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const ProgramRun run =
@@ -151,7 +151,7 @@ TEST_F(ThePrepareCommand, GreyWithOfflineIsShownBySimulatedProjectorsAlone) {
     EXPECT_THAT(orders(right), IsEmpty());
 }
 
-TEST_F(ThePrepareCommand, AFaultWhileSendingNamesWhatWasSentAndTheUndoing) {
+TEST_F(PrepareCommandTest, AFaultWhileSendingNamesWhatWasSentAndTheUndoing) {
     const PjlinkSimulator left;
     const PjlinkSimulator right({"--answer", "AVMT 11=ERR4"});
     const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "black");
@@ -168,7 +168,7 @@ TEST_F(ThePrepareCommand, AFaultWhileSendingNamesWhatWasSentAndTheUndoing) {
     EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
 }
 
-TEST_F(ThePrepareCommand, WhatSimulatedProjectorsWereSentIsMarkedAndIsNoChange) {
+TEST_F(PrepareCommandTest, WhatSimulatedProjectorsWereSentIsMarkedAndIsNoChange) {
     const PjlinkSimulator right({"--answer", "AVMT 11=ERR4"});
     const std::string file =
         folder.write("my display's.xml", display(entry("virtual-2", "Left", "") + entry("A", "Upper", "") +
@@ -183,7 +183,7 @@ TEST_F(ThePrepareCommand, WhatSimulatedProjectorsWereSentIsMarkedAndIsNoChange) 
                                       quoted + " clear\n"));
 }
 
-TEST_F(ThePrepareCommand, AFullDiskIsReportedAndExitsWithFour) {
+TEST_F(PrepareCommandTest, AFullDiskIsReportedAndExitsWithFour) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const std::string file = folder.write("display.xml", twoProjectors(left.port(), right.port()));
@@ -193,7 +193,7 @@ TEST_F(ThePrepareCommand, AFullDiskIsReportedAndExitsWithFour) {
     EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
 }
 
-TEST_F(ThePrepareCommand, AFaultAtTheFirstProjectorSaysThatNoOtherWasSentAnything) {
+TEST_F(PrepareCommandTest, AFaultAtTheFirstProjectorSaysThatNoOtherWasSentAnything) {
     const PjlinkSimulator left({"--answer", "AVMT 10=ERR3"});
     const PjlinkSimulator right;
     const ProgramRun run = prepare(twoProjectors(left.port(), right.port()), "clear");
@@ -203,7 +203,7 @@ TEST_F(ThePrepareCommand, AFaultAtTheFirstProjectorSaysThatNoOtherWasSentAnythin
     EXPECT_THAT(orders(right), IsEmpty());
 }
 
-TEST_F(ThePrepareCommand, AProjectorThatDiesBetweenTwoCommandsEndsTheRun) {
+TEST_F(PrepareCommandTest, AProjectorThatDiesBetweenTwoCommandsEndsTheRun) {
     // How many questions come before the order is counted on a pair that lives.
     int questions = 0;
     {
@@ -223,7 +223,7 @@ TEST_F(ThePrepareCommand, AProjectorThatDiesBetweenTwoCommandsEndsTheRun) {
     EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
 }
 
-TEST_F(ThePrepareCommand, TwoEntriesWithOneProjectorCannotBeUsedAndNothingIsSent) {
+TEST_F(PrepareCommandTest, TwoEntriesWithOneProjectorCannotBeUsedAndNothingIsSent) {
     const PjlinkSimulator there;
     const std::string one = snippet(there.port(), 1);
     for (const std::vector<std::string>& options :
@@ -237,7 +237,7 @@ TEST_F(ThePrepareCommand, TwoEntriesWithOneProjectorCannotBeUsedAndNothingIsSent
     EXPECT_THAT(orders(there), IsEmpty());
 }
 
-TEST_F(ThePrepareCommand, AFileWithoutProjectorsIsAFault) {
+TEST_F(PrepareCommandTest, AFileWithoutProjectorsIsAFault) {
     const ProgramRun run = prepare(display(""), "black");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.errors, HasSubstr("has no projectors"));

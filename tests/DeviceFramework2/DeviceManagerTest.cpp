@@ -27,7 +27,7 @@ std::wstring wrapped(const std::wstring& inside) {
     return L"<Wrapper><Projector Width='1920' Height='1200'>" + inside + L"</Projector></Wrapper>";
 }
 
-class ADeviceManager : public testing::Test {
+class DeviceManagerTest : public testing::Test {
 protected:
     static DeviceManager::Settings settings() {
         DeviceManager::Settings result;
@@ -45,7 +45,7 @@ protected:
     DeviceManager manager{settings()};
 };
 
-TEST_F(ADeviceManager, MakesARealProjectorAndFindsItUnderItsUid) {
+TEST_F(DeviceManagerTest, MakesARealProjectorAndFindsItUnderItsUid) {
     const PjlinkSimulator simulator;
     Device* device = manager.createDevice(snippetText(simulator.port()), true, L"");
     ASSERT_NE(device, nullptr);
@@ -58,7 +58,7 @@ TEST_F(ADeviceManager, MakesARealProjectorAndFindsItUnderItsUid) {
     EXPECT_EQ(manager.getDevice(L""), nullptr);
 }
 
-TEST_F(ADeviceManager, CountsADeviceThatIsMadeAgain) {
+TEST_F(DeviceManagerTest, CountsADeviceThatIsMadeAgain) {
     const PjlinkSimulator simulator;
     Device* device = manager.createDevice(snippetText(simulator.port()), true, L"PJLink");
     EXPECT_EQ(manager.createDevice(snippetText(simulator.port()), true, L""), device);
@@ -73,7 +73,7 @@ TEST_F(ADeviceManager, CountsADeviceThatIsMadeAgain) {
     EXPECT_EQ(manager.useCount(device), 0);
 }
 
-TEST_F(ADeviceManager, ToleratesNullAndStrangersInRelease) {
+TEST_F(DeviceManagerTest, ToleratesNullAndStrangersInRelease) {
     LogTrap trap;
     manager.releaseDevice(nullptr);
     EXPECT_THAT(trap.messages(), IsEmpty());
@@ -83,7 +83,7 @@ TEST_F(ADeviceManager, ToleratesNullAndStrangersInRelease) {
                 ElementsAre("WARN releaseDevice: the device is none of this manager's, or was released before"));
 }
 
-TEST_F(ADeviceManager, AProjectorThatDoesNotAnswerIsNullAndTheCauseIsLogged) {
+TEST_F(DeviceManagerTest, AProjectorThatDoesNotAnswerIsNullAndTheCauseIsLogged) {
     PjlinkSimulator simulator;
     simulator.kill();
     LogTrap trap;
@@ -94,7 +94,7 @@ TEST_F(ADeviceManager, AProjectorThatDoesNotAnswerIsNullAndTheCauseIsLogged) {
     EXPECT_EQ(manager.deviceCount(), 0U);
 }
 
-TEST_F(ADeviceManager, ARefusedPasswordIsNullAndIsNotLogged) {
+TEST_F(DeviceManagerTest, ARefusedPasswordIsNullAndIsNotLogged) {
     const Environment password("SM_TEST_PJLINK_PASSWORD", "hunter2");
     const PjlinkSimulator simulator({"--seed", "498e4a67", "--digest", "5d8409bc1c3fa39749434aa3a5c38682"});
     LogTrap trap;
@@ -104,7 +104,7 @@ TEST_F(ADeviceManager, ARefusedPasswordIsNullAndIsNotLogged) {
     EXPECT_THAT(trap.messages().front(), testing::Not(HasSubstr("hunter2")));
 }
 
-TEST_F(ADeviceManager, TheCauseOfABrokenSnippetIsLogged) {
+TEST_F(DeviceManagerTest, TheCauseOfABrokenSnippetIsLogged) {
     LogTrap trap;
     const std::string real = faultOf([&] { manager.createDevice(L"<Device type='PJLink'/>", true, L""); });
     const std::string simulated = faultOf([&] { createVirtual(L"<Device"); });
@@ -112,7 +112,7 @@ TEST_F(ADeviceManager, TheCauseOfABrokenSnippetIsLogged) {
                 testing::ElementsAre("ERROR createDevice: " + real, "ERROR createDevice: " + simulated));
 }
 
-TEST_F(ADeviceManager, BrokenSnippetsThrowAndLeaveNothing) {
+TEST_F(DeviceManagerTest, BrokenSnippetsThrowAndLeaveNothing) {
     const LogTrap trap;
     EXPECT_THAT(faultOf([&] { manager.createDevice(L"", true, L""); }), HasSubstr("the entry names no device"));
     EXPECT_THAT(faultOf([&] { manager.createDevice(L"<Device", true, L""); }), StartsWith("Device snippet "));
@@ -122,7 +122,7 @@ TEST_F(ADeviceManager, BrokenSnippetsThrowAndLeaveNothing) {
     EXPECT_EQ(manager.deviceCount(), 0U);
 }
 
-TEST_F(ADeviceManager, TypesThatContradictThrow) {
+TEST_F(DeviceManagerTest, TypesThatContradictThrow) {
     const LogTrap trap;
     EXPECT_EQ(faultOf([&] { manager.createDevice(snippetText(1), true, VIRTUAL); }),
               "Device type \"VirtualProjector\": the type of a real device is PJLink");
@@ -132,7 +132,7 @@ TEST_F(ADeviceManager, TypesThatContradictThrow) {
               "Device type \"Other\": the type of a real device is PJLink");
 }
 
-TEST_F(ADeviceManager, AVirtualProjectorKeepsTheRealOnesSnippetAndUid) {
+TEST_F(DeviceManagerTest, AVirtualProjectorKeepsTheRealOnesSnippetAndUid) {
     const std::wstring real = snippetText(4352);
     Device* device = createVirtual(real);
     ASSERT_NE(device, nullptr);
@@ -145,7 +145,7 @@ TEST_F(ADeviceManager, AVirtualProjectorKeepsTheRealOnesSnippetAndUid) {
     EXPECT_EQ(manager.useCount(device), 2);
 }
 
-TEST_F(ADeviceManager, GoingOfflineAndBackNeverLosesTheSnippet) {
+TEST_F(DeviceManagerTest, GoingOfflineAndBackNeverLosesTheSnippet) {
     const PjlinkSimulator simulator;
     std::wstring stored = snippetText(simulator.port());
     for (int round = 0; round < 3; ++round) {
@@ -160,7 +160,7 @@ TEST_F(ADeviceManager, GoingOfflineAndBackNeverLosesTheSnippet) {
     EXPECT_EQ(stored, snippetText(simulator.port()));
 }
 
-TEST_F(ADeviceManager, EntriesWithoutADeviceGetVirtualProjectorsOfTheirOwn) {
+TEST_F(DeviceManagerTest, EntriesWithoutADeviceGetVirtualProjectorsOfTheirOwn) {
     Device* first = createVirtual(L"");
     Device* second = createVirtual(L"");
     ASSERT_NE(first, second);
@@ -171,7 +171,7 @@ TEST_F(ADeviceManager, EntriesWithoutADeviceGetVirtualProjectorsOfTheirOwn) {
     EXPECT_EQ(createMACAddressDeviceUIDFromDeviceSnippet(L"left", first->getUidSourceText()), L"left");
 }
 
-TEST_F(ADeviceManager, ADeviceIsFoundUnderTheEntryThatItIsBoundTo) {
+TEST_F(DeviceManagerTest, ADeviceIsFoundUnderTheEntryThatItIsBoundTo) {
     Device* first = createVirtual(L"");
     Device* second = createVirtual(L"");
     EXPECT_TRUE(manager.bindDevice(first, L"left"));
@@ -187,7 +187,7 @@ TEST_F(ADeviceManager, ADeviceIsFoundUnderTheEntryThatItIsBoundTo) {
     EXPECT_EQ(manager.getDevice(L"centre"), nullptr);
 }
 
-TEST_F(ADeviceManager, AMadeUpUidStandsInNobodysWayOnceItsDeviceIsBound) {
+TEST_F(DeviceManagerTest, AMadeUpUidStandsInNobodysWayOnceItsDeviceIsBound) {
     Device* first = createVirtual(L"");
     const std::wstring madeUp = first->getUID();
     ASSERT_TRUE(manager.bindDevice(first, L"left"));
@@ -200,7 +200,7 @@ TEST_F(ADeviceManager, AMadeUpUidStandsInNobodysWayOnceItsDeviceIsBound) {
     EXPECT_FALSE(manager.bindDevice(second, real->getUID())) << "a MAC address stays taken";
 }
 
-TEST_F(ADeviceManager, TheOtherKindOfAKnownDeviceIsAnsweredWithAWarning) {
+TEST_F(DeviceManagerTest, TheOtherKindOfAKnownDeviceIsAnsweredWithAWarning) {
     Device* device = createVirtual(snippetText(4352));
     LogTrap trap;
     EXPECT_EQ(manager.createDevice(snippetText(4352), true, L""), device);
@@ -210,7 +210,7 @@ TEST_F(ADeviceManager, TheOtherKindOfAKnownDeviceIsAnsweredWithAWarning) {
             "WARN createDevice: 020000000001 is in use as a virtual projector and stays one until it is released"));
 }
 
-TEST_F(ADeviceManager, AProjectorWithoutAnAddressIsSearchedFor) {
+TEST_F(DeviceManagerTest, AProjectorWithoutAnAddressIsSearchedFor) {
     // Answers the search as projector 1 on loopback; the port of the snippet leads to its other socket.
     const PjlinkSimulator simulator({"--search-answers", "3"});
     DeviceManager::Settings searching = settings();
@@ -224,7 +224,7 @@ TEST_F(ADeviceManager, AProjectorWithoutAnAddressIsSearchedFor) {
     EXPECT_EQ(device->getDeviceSnippet(), snippetText(simulator.port(), 2)) << "the host that was found is stored";
 }
 
-TEST_F(ADeviceManager, AProjectorThatTheSearchDoesNotFindIsNull) {
+TEST_F(DeviceManagerTest, AProjectorThatTheSearchDoesNotFindIsNull) {
     const PjlinkSimulator simulator({"--search-answers", "3"});
     DeviceManager::Settings searching = settings();
     searching.search.targetPort = simulator.searchPort();
@@ -236,7 +236,7 @@ TEST_F(ADeviceManager, AProjectorThatTheSearchDoesNotFindIsNull) {
         ElementsAre("WARN createDevice: PJLink projector 020000000099 did not answer the search (3 others did)"));
 }
 
-TEST_F(ADeviceManager, TellsWhyAProjectorThatMustAnswerDoesNotAndLogsNothing) {
+TEST_F(DeviceManagerTest, TellsWhyAProjectorThatMustAnswerDoesNotAndLogsNothing) {
     LogTrap trap;
     const std::string port = [] { return std::to_string(PjlinkSimulator().port()); }();
     EXPECT_EQ(
@@ -248,7 +248,7 @@ TEST_F(ADeviceManager, TellsWhyAProjectorThatMustAnswerDoesNotAndLogsNothing) {
     EXPECT_THAT(trap.messages(), IsEmpty());
 }
 
-TEST_F(ADeviceManager, ADeviceThatWasConnectedIsCountedLikeACreatedOne) {
+TEST_F(DeviceManagerTest, ADeviceThatWasConnectedIsCountedLikeACreatedOne) {
     const PjlinkSimulator simulator;
     Device* device = manager.connectDevice(snippetText(simulator.port()));
     EXPECT_EQ(manager.createDevice(snippetText(simulator.port()), true, L""), device);
@@ -279,7 +279,7 @@ std::vector<Reported> connectAll(DeviceManager& manager, const std::vector<std::
     return all;
 }
 
-TEST_F(ADeviceManager, ConnectsManyDevicesEachWithItsOwnResult) {
+TEST_F(DeviceManagerTest, ConnectsManyDevicesEachWithItsOwnResult) {
     const PjlinkSimulator good({"--projectors", "2"});
     const PjlinkSimulator known;
     const std::string dead = std::to_string(PjlinkSimulator().port());
@@ -309,7 +309,7 @@ TEST_F(ADeviceManager, ConnectsManyDevicesEachWithItsOwnResult) {
     EXPECT_THAT(trap.messages(), IsEmpty());
 }
 
-TEST_F(ADeviceManager, SeveralProjectorsWithoutAnAddressAreSearchedForAtOnce) {
+TEST_F(DeviceManagerTest, SeveralProjectorsWithoutAnAddressAreSearchedForAtOnce) {
     const PjlinkSimulator simulator({"--search-answers", "3"});
     DeviceManager::Settings searching = settings();
     searching.search.targetPort = simulator.searchPort();
@@ -329,7 +329,7 @@ TEST_F(ADeviceManager, SeveralProjectorsWithoutAnAddressAreSearchedForAtOnce) {
     EXPECT_EQ(std::count(events.begin(), events.end(), "SEARCH %2SRCH"), 1);
 }
 
-TEST_F(ADeviceManager, ASearchThatCannotBeMadeIsTheFaultOfAllThatNeedIt) {
+TEST_F(DeviceManagerTest, ASearchThatCannotBeMadeIsTheFaultOfAllThatNeedIt) {
     const PjlinkSimulator simulator;
     DeviceManager::Settings searching = settings();
     searching.search.ownPort = simulator.searchPort();

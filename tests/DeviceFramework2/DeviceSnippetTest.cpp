@@ -61,15 +61,15 @@ struct Refused {
     const char* message;
 };
 
-class ARefusedSnippet : public testing::TestWithParam<Refused> {};
+class RefusedSnippetTest : public testing::TestWithParam<Refused> {};
 
-TEST_P(ARefusedSnippet, SaysWhatWasFoundAndWhatWasExpected) {
+TEST_P(RefusedSnippetTest, SaysWhatWasFoundAndWhatWasExpected) {
     EXPECT_EQ(refusal(replaced(GetParam().from, GetParam().to)),
               std::string("Device snippet of 02:00:00:00:00:01: ") + GetParam().message);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    DeviceSnippet, ARefusedSnippet,
+    DeviceSnippet, RefusedSnippetTest,
     testing::Values(
         Refused{L"PJLink", L"pjlink", "attribute type: found \"pjlink\", expected PJLink"},
         Refused{L"type='PJLink'", L"", "the attribute type is missing"},

@@ -19,7 +19,7 @@ using testing::Not;
 using testing::Optional;
 using Veltrani::DeviceFramework2::PasswordSource;
 
-class APasswordSource : public testing::Test {
+class PasswordSourceTest : public testing::Test {
 protected:
     std::string privateFile(const std::string& content) const {
         std::string path = folder.write("passwords", content);
@@ -32,13 +32,13 @@ protected:
     const std::wstring uid = L"020000000001";
 };
 
-TEST_F(APasswordSource, HasNoneWhenNothingIsSet) {
+TEST_F(PasswordSourceTest, HasNoneWhenNothingIsSet) {
     EXPECT_EQ(source.find(uid), std::nullopt);
     const Environment empty("SM_TEST_PASSWORD", "");
     EXPECT_EQ(source.find(uid), std::nullopt);
 }
 
-TEST_F(APasswordSource, TheVariableOfTheProjectorComesBeforeThatOfAll) {
+TEST_F(PasswordSourceTest, TheVariableOfTheProjectorComesBeforeThatOfAll) {
     const Environment all("SM_TEST_PASSWORD", "for all");
     EXPECT_THAT(source.find(uid), Optional(std::string("for all")));
     const Environment own("SM_TEST_PASSWORD_020000000001", "own");
@@ -46,7 +46,7 @@ TEST_F(APasswordSource, TheVariableOfTheProjectorComesBeforeThatOfAll) {
     EXPECT_THAT(source.find(L"020000000002"), Optional(std::string("for all")));
 }
 
-TEST_F(APasswordSource, TheFileComesBeforeTheVariables) {
+TEST_F(PasswordSourceTest, TheFileComesBeforeTheVariables) {
     const Environment all("SM_TEST_PASSWORD", "variable");
     const Environment file("SM_TEST_PASSWORD_FILE",
                            privateFile("# projectors\n*  any\n020000000001\tone two\r\n020000000003 three\n"));
@@ -55,7 +55,7 @@ TEST_F(APasswordSource, TheFileComesBeforeTheVariables) {
     EXPECT_THAT(source.find(L"020000000009"), Optional(std::string("any")));
 }
 
-TEST_F(APasswordSource, AMacAddressMayBeSpeltAnyWayAndBlanksAroundALineDoNotCount) {
+TEST_F(PasswordSourceTest, AMacAddressMayBeSpeltAnyWayAndBlanksAroundALineDoNotCount) {
     const Environment file("SM_TEST_PASSWORD_FILE",
                            privateFile("\n  # note\n02:00:00:00:00:01 one\n  02-00-00-00-00-0a\ttwo  \n \t\n"
                                        "02000000000b three and more \t\r\n"));
@@ -64,7 +64,7 @@ TEST_F(APasswordSource, AMacAddressMayBeSpeltAnyWayAndBlanksAroundALineDoNotCoun
     EXPECT_THAT(source.find(L"02000000000B"), Optional(std::string("three and more")));
 }
 
-TEST_F(APasswordSource, ALineThatCannotBeReadIsNamedByItsNumberAlone) {
+TEST_F(PasswordSourceTest, ALineThatCannotBeReadIsNamedByItsNumberAlone) {
     for (const std::string line :
          {"lonely", "hunter2 hunter3", "02:00:00:00:00 hunter2", "020000000001", "*  ", "\xff\xfe hunter2"}) {
         const std::string path = privateFile("# notes\n020000000009 nine\n" + line + "\n");
@@ -75,7 +75,7 @@ TEST_F(APasswordSource, ALineThatCannotBeReadIsNamedByItsNumberAlone) {
     }
 }
 
-TEST_F(APasswordSource, AByteOrderMarkBeforeTheFirstLineDoesNotCount) {
+TEST_F(PasswordSourceTest, AByteOrderMarkBeforeTheFirstLineDoesNotCount) {
     const Environment file("SM_TEST_PASSWORD_FILE", privateFile("\xef\xbb\xbf"
                                                                 "020000000001 one\r\n* any\r\n"));
     EXPECT_THAT(source.find(uid), Optional(std::string("one")));
@@ -86,13 +86,13 @@ TEST_F(APasswordSource, AByteOrderMarkBeforeTheFirstLineDoesNotCount) {
     EXPECT_EQ(source.find(uid), std::nullopt);
 }
 
-TEST_F(APasswordSource, AByteOrderMarkAnywhereElseIsPartOfALineThatCannotBeRead) {
+TEST_F(PasswordSourceTest, AByteOrderMarkAnywhereElseIsPartOfALineThatCannotBeRead) {
     const Environment file("SM_TEST_PASSWORD_FILE", privateFile("* any\n\xef\xbb\xbf"
                                                                 "020000000001 one\n"));
     EXPECT_THAT(faultOf([&] { static_cast<void>(source.find(uid)); }), HasSubstr("line 2 cannot be read"));
 }
 
-TEST_F(APasswordSource, AFileInAnotherEncodingIsNamedAsThat) {
+TEST_F(PasswordSourceTest, AFileInAnotherEncodingIsNamedAsThat) {
     for (const std::string& text : {std::string("\xff\xfe*\0 \0x\0", 8), std::string("\xfe\xff\0*\0 \0x", 8)}) {
         const Environment file("SM_TEST_PASSWORD_FILE", privateFile(text));
         EXPECT_THAT(faultOf([&] { static_cast<void>(source.find(uid)); }),
@@ -100,7 +100,7 @@ TEST_F(APasswordSource, AFileInAnotherEncodingIsNamedAsThat) {
     }
 }
 
-TEST_F(APasswordSource, AFaultOfTheFileIsOneOfThisMachine) {
+TEST_F(PasswordSourceTest, AFaultOfTheFileIsOneOfThisMachine) {
     const Environment file("SM_TEST_PASSWORD_FILE", folder.file("missing"));
     try {
         static_cast<void>(source.find(uid));
@@ -110,13 +110,13 @@ TEST_F(APasswordSource, AFaultOfTheFileIsOneOfThisMachine) {
     }
 }
 
-TEST_F(APasswordSource, AFileThatDoesNotKnowTheProjectorLeavesItToTheVariables) {
+TEST_F(PasswordSourceTest, AFileThatDoesNotKnowTheProjectorLeavesItToTheVariables) {
     const Environment all("SM_TEST_PASSWORD", "variable");
     const Environment file("SM_TEST_PASSWORD_FILE", privateFile("020000000003 three\n"));
     EXPECT_THAT(source.find(uid), Optional(std::string("variable")));
 }
 
-TEST_F(APasswordSource, AFileThatOthersCanReadIsRefused) {
+TEST_F(PasswordSourceTest, AFileThatOthersCanReadIsRefused) {
     const std::string path = privateFile("* secret\n");
     const Environment file("SM_TEST_PASSWORD_FILE", path);
     for (const mode_t mode : std::initializer_list<mode_t>{0640, 0604, 0620, 0601, 0666}) {
@@ -130,7 +130,7 @@ TEST_F(APasswordSource, AFileThatOthersCanReadIsRefused) {
     EXPECT_THAT(source.find(uid), Optional(std::string("secret")));
 }
 
-TEST_F(APasswordSource, WhatIsNoPlainFileIsRefused) {
+TEST_F(PasswordSourceTest, WhatIsNoPlainFileIsRefused) {
     const auto refusal = [&](const std::string& path) {
         const Environment file("SM_TEST_PASSWORD_FILE", path);
         return faultOf([&] { static_cast<void>(source.find(uid)); });
@@ -146,7 +146,7 @@ TEST_F(APasswordSource, WhatIsNoPlainFileIsRefused) {
                 EndsWith("it is larger than 65536 bytes; name a file with one line per projector in " + variable));
 }
 
-TEST_F(APasswordSource, TheRemedyNamesTheVariables) {
+TEST_F(PasswordSourceTest, TheRemedyNamesTheVariables) {
     EXPECT_EQ(source.remedy(),
               L"set the environment variable SM_TEST_PASSWORD, or name a password file in SM_TEST_PASSWORD_FILE");
     EXPECT_EQ(PasswordSource().variable, "SCREENMANAGER_PJLINK_PASSWORD");

@@ -16,7 +16,7 @@ using Sent = VirtualProjector::SentCommand;
 
 const std::wstring REAL = L" <Device type='PJLink' mac='02:00:00:00:00:01'/>\n";
 
-class AVirtualProjector : public testing::Test {
+class VirtualProjectorTest : public testing::Test {
 protected:
     template <class Kind, class... Arguments>
     std::shared_ptr<Kind> send(Arguments... arguments) {
@@ -28,7 +28,7 @@ protected:
     VirtualProjector projector{VirtualProjectorSnippet{1920, 1200, 1, REAL}, L"020000000001"};
 };
 
-TEST_F(AVirtualProjector, KeepsTheSnippetOfTheRealOne) {
+TEST_F(VirtualProjectorTest, KeepsTheSnippetOfTheRealOne) {
     EXPECT_EQ(projector.getDeviceSnippet(), REAL);
     EXPECT_EQ(projector.getUidSourceText(), REAL);
     EXPECT_EQ(projector.getUID(), L"020000000001");
@@ -37,7 +37,7 @@ TEST_F(AVirtualProjector, KeepsTheSnippetOfTheRealOne) {
     EXPECT_EQ(projector.getDeviceSnippet(), REAL) << "what it was sent does not change it";
 }
 
-TEST_F(AVirtualProjector, IsMarkedAsSimulated) {
+TEST_F(VirtualProjectorTest, IsMarkedAsSimulated) {
     ASSERT_NE(projector.getLocation(), nullptr);
     EXPECT_EQ(projector.getLocation()->getDescription(), L"Virtual projector 020000000001");
     EXPECT_EQ(send<GetFirmware>()->getResult(), "simulated (virtual projector)");
@@ -46,14 +46,14 @@ TEST_F(AVirtualProjector, IsMarkedAsSimulated) {
     EXPECT_EQ(projector.getTypeCode(), 0);
 }
 
-TEST_F(AVirtualProjector, AnswersResolutionAndInputsFromItsSnippet) {
+TEST_F(VirtualProjectorTest, AnswersResolutionAndInputsFromItsSnippet) {
     EXPECT_EQ(send<GetNativeResolution>()->getResult(), (Point<int, 2>{1920, 1200}));
     EXPECT_EQ(send<GetActiveInputSignalIndex>()->getResult(), 1);
     send<SetActiveInputSignalIndex>(4);
     EXPECT_EQ(send<GetActiveInputSignalIndex>()->getResult(), 4);
 }
 
-TEST_F(AVirtualProjector, IsAlwaysOnAndBlackWhenItWasToldSo) {
+TEST_F(VirtualProjectorTest, IsAlwaysOnAndBlackWhenItWasToldSo) {
     EXPECT_EQ(send<GetPowerState>()->getResult(), PowerState::ON);
     EXPECT_FALSE(send<GetPictureMute>()->getResult());
     send<Device::Drawing::RunFillBlackTo>(5);
@@ -65,7 +65,7 @@ TEST_F(AVirtualProjector, IsAlwaysOnAndBlackWhenItWasToldSo) {
     EXPECT_FALSE(send<GetPictureMute>()->getResult());
 }
 
-TEST_F(AVirtualProjector, RemembersWhatItWasSent) {
+TEST_F(VirtualProjectorTest, RemembersWhatItWasSent) {
     EXPECT_THAT(projector.sentCommands(), IsEmpty());
     send<Device::Drawing::RunFillBlackTo>(5);
     send<Device::Geometry::DisableWhiteLevelBlend>();
@@ -80,7 +80,7 @@ TEST_F(AVirtualProjector, RemembersWhatItWasSent) {
                             Sent{"RunFill50GrayTo", 5}, Sent{"RunClearTo", 2}, Sent{"SetActiveInputSignalIndex", 3}));
 }
 
-TEST_F(AVirtualProjector, ForgetsTheOldestOfVeryManyCommands) {
+TEST_F(VirtualProjectorTest, ForgetsTheOldestOfVeryManyCommands) {
     for (int i = 0; i <= static_cast<int>(VirtualProjector::LONGEST_HISTORY); ++i) {
         send<Device::Drawing::RunClearTo>(i);
     }
@@ -89,7 +89,7 @@ TEST_F(AVirtualProjector, ForgetsTheOldestOfVeryManyCommands) {
     EXPECT_EQ(projector.sentCommands().back(), (Sent{"RunClearTo", 1000}));
 }
 
-TEST_F(AVirtualProjector, SupportsEveryCommandOfTheFramework) {
+TEST_F(VirtualProjectorTest, SupportsEveryCommandOfTheFramework) {
     EXPECT_TRUE(projector.supports(GetFirmware()));
     EXPECT_TRUE(projector.supports(GetNativeResolution()));
     EXPECT_TRUE(projector.supports(GetActiveInputSignalIndex()));
@@ -106,7 +106,7 @@ TEST_F(AVirtualProjector, SupportsEveryCommandOfTheFramework) {
     EXPECT_TRUE(projector.supports(Device::Geometry::DisableBlackLevelBlend()));
 }
 
-TEST_F(AVirtualProjector, RefusesWhatItCannotTakeAndRemembersNothingOfIt) {
+TEST_F(VirtualProjectorTest, RefusesWhatItCannotTakeAndRemembersNothingOfIt) {
     class Unknown : public Command {
     public:
         [[nodiscard]] std::string typeName() const override { return "Unknown"; }

@@ -19,13 +19,13 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class AChannelListing : public testing::Test {
+class ChannelListingTest : public testing::Test {
 protected:
     LogTrap trap;
     DeviceManager manager{settings()};
 };
 
-TEST_F(AChannelListing, TellsWhatTheProjectorTells) {
+TEST_F(ChannelListingTest, TellsWhatTheProjectorTells) {
     const PjlinkSimulator simulator({"--answer", "RRES=3840x2160", "--answer", "INPT ?=5A"});
     const auto config = configOf(entry("L", device(simulator.port(), 1)));
     ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
@@ -43,7 +43,7 @@ TEST_F(AChannelListing, TellsWhatTheProjectorTells) {
     EXPECT_THAT(listing.faults, IsEmpty());
 }
 
-TEST_F(AChannelListing, OfEntriesShowsWhereAMissingOneShouldBe) {
+TEST_F(ChannelListingTest, OfEntriesShowsWhereAMissingOneShouldBe) {
     const int dead = deadPort();
     const PjlinkSimulator simulator({"--power", "2"});
     const auto config =
@@ -60,7 +60,7 @@ TEST_F(AChannelListing, OfEntriesShowsWhereAMissingOneShouldBe) {
     EXPECT_THAT(listing.faults, IsEmpty()) << "a projector that is not on need not tell its input";
 }
 
-TEST_F(AChannelListing, WhatASleepingProjectorPutsOffIsNoFault) {
+TEST_F(ChannelListingTest, WhatASleepingProjectorPutsOffIsNoFault) {
     const PjlinkSimulator asleep({"--power", "0", "--answer", "RRES=ERR3", "--answer", "SVER=ERR3"});
     const PjlinkSimulator broken({"--power", "0", "--answer", "RRES=ERR3", "--answer", "SVER=ERR4"});
     const PjlinkSimulator awake({"--answer", "RRES=ERR3"});
@@ -79,7 +79,7 @@ TEST_F(AChannelListing, WhatASleepingProjectorPutsOffIsNoFault) {
     EXPECT_EQ(listing.faults[1].where, "channel R") << "one that is on has no reason to put anything off";
 }
 
-TEST_F(AChannelListing, WhatIsNotAnsweredIsAFaultAndTheRestIsShown) {
+TEST_F(ChannelListingTest, WhatIsNotAnsweredIsAFaultAndTheRestIsShown) {
     const PjlinkSimulator simulator({"--answer", "SVER=ERR4"});
     const auto config = configOf(entry("L", device(simulator.port(), 1)));
     ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
@@ -109,7 +109,7 @@ int askedBeforeTheFirstEnd(const std::vector<std::string>& journal) {
     return 0;
 }
 
-TEST_F(AChannelListing, ProjectorsThatFallSilentAreWaitedForTogether) {
+TEST_F(ChannelListingTest, ProjectorsThatFallSilentAreWaitedForTogether) {
     constexpr int PROJECTORS = 16;
     constexpr std::chrono::milliseconds WAIT(1000);
     const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--silent-on", "SVER"});
@@ -135,7 +135,7 @@ TEST_F(AChannelListing, ProjectorsThatFallSilentAreWaitedForTogether) {
     EXPECT_EQ(askedBeforeTheFirstEnd(silent.journal()), PROJECTORS) << "one after another it is one";
 }
 
-TEST_F(AChannelListing, AVirtualProjectorIsPlainlySimulated) {
+TEST_F(ChannelListingTest, AVirtualProjectorIsPlainlySimulated) {
     const auto config = configOf(displays::projector("L", "") + "<Projector id='M'/>");
     ProjectorRun run(*config, manager, ProjectorNeed::ANSWER);
     run.buildChannels();

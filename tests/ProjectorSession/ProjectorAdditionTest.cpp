@@ -18,7 +18,7 @@ using Veltrani::DeviceFramework2::MacAddress;
 using Veltrani::DeviceFramework2::ProjectorAddress;
 using Veltrani::ProjectorSession::ProjectorAddition;
 
-class AProjectorAddition : public testing::Test {
+class ProjectorAdditionTest : public testing::Test {
 protected:
     [[nodiscard]] ProjectorAddition::Added add(const ProjectorAddition::Target& target) {
         return ProjectorAddition(*config, manager).add(target);
@@ -41,7 +41,7 @@ protected:
     std::unique_ptr<XMLConfigFile> config = configOf(displays::projector("L", ""));
 };
 
-TEST_F(AProjectorAddition, MakesAnEntryWithWhatTheProjectorTells) {
+TEST_F(ProjectorAdditionTest, MakesAnEntryWithWhatTheProjectorTells) {
     const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07", "--answer", "RRES=3840x2160"});
     const auto added = add({at(simulator), {}, L""});
     EXPECT_EQ(added.uid, L"020000000007");
@@ -59,7 +59,7 @@ TEST_F(AProjectorAddition, MakesAnEntryWithWhatTheProjectorTells) {
     EXPECT_THAT(orders(simulator), testing::IsEmpty());
 }
 
-TEST_F(AProjectorAddition, OnlyTheNewProjectorIsAsked) {
+TEST_F(ProjectorAdditionTest, OnlyTheNewProjectorIsAsked) {
     const PjlinkSimulator present;
     config = configOf(entry("L", device(present.port(), 1)));
     const PjlinkSimulator simulator;
@@ -68,7 +68,7 @@ TEST_F(AProjectorAddition, OnlyTheNewProjectorIsAsked) {
     EXPECT_TRUE(present.journal().empty());
 }
 
-TEST_F(AProjectorAddition, AProjectorThatMovedToAKnownAddressIsRefused) {
+TEST_F(ProjectorAdditionTest, AProjectorThatMovedToAKnownAddressIsRefused) {
     // The search leads to the address of the entry that is there: one of the two is wrong.
     const PjlinkSimulator simulator({"--search-answers", "2"});
     config = configOf(entry("L", device(simulator.port(), 1)));
@@ -86,21 +86,21 @@ TEST_F(AProjectorAddition, AProjectorThatMovedToAKnownAddressIsRefused) {
     EXPECT_EQ(finder.deviceCount(), 0U);
 }
 
-TEST_F(AProjectorAddition, AnotherProjectorThanTheOneAtTheAddressIsNotTakenForIt) {
+TEST_F(ProjectorAdditionTest, AnotherProjectorThanTheOneAtTheAddressIsNotTakenForIt) {
     // Many answer, as behind a broadcast address; only the answer from the address counts.
     const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
     EXPECT_THAT(refusal({ProjectorAddress{"127.0.0.2", simulator.port()}, {}, L""}),
                 HasSubstr("does not tell its MAC address"));
 }
 
-TEST_F(AProjectorAddition, WhatFailsHalfwayGivesTheDeviceBack) {
+TEST_F(ProjectorAdditionTest, WhatFailsHalfwayGivesTheDeviceBack) {
     const PjlinkSimulator simulator({"--answer", "SVER=ERR3"});
     EXPECT_THAT(refusal({at(simulator), MacAddress::parse(L"020000000001"), L""}),
                 HasSubstr("command GetFirmware: SVER ?: not available now"));
     EXPECT_EQ(manager.deviceCount(), 0U);
 }
 
-TEST_F(AProjectorAddition, AnEmptyNameOfAnEntryIsNobodysName) {
+TEST_F(ProjectorAdditionTest, AnEmptyNameOfAnEntryIsNobodysName) {
     config->getProjectorConfig(L"L")->setName(L"");
     const PjlinkSimulator simulator;
     EXPECT_EQ(refusal({at(simulator), MacAddress::parse(L"020000000001"), L""}), "added");
@@ -109,7 +109,7 @@ TEST_F(AProjectorAddition, AnEmptyNameOfAnEntryIsNobodysName) {
                   at(simulator).text() + "\"");
 }
 
-TEST_F(AProjectorAddition, RepeatedInANewerConfigurationItMakesTheSameEntry) {
+TEST_F(ProjectorAdditionTest, RepeatedInANewerConfigurationItMakesTheSameEntry) {
     const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
     const PjlinkSimulator plain({"--class", "1"});
     static_cast<void>(add({at(simulator), {}, L"Left"}));
@@ -122,7 +122,7 @@ TEST_F(AProjectorAddition, RepeatedInANewerConfigurationItMakesTheSameEntry) {
     EXPECT_EQ(newer->getProjectorConfig(L"020000000008")->getWidth(), 0);
 }
 
-TEST_F(AProjectorAddition, ANameThatNobodyStatedNeedNotBeNewThereEither) {
+TEST_F(ProjectorAdditionTest, ANameThatNobodyStatedNeedNotBeNewThereEither) {
     const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
     const auto empty = configOf("");
     static_cast<void>(ProjectorAddition(*empty, manager).add({at(simulator), {}, L""}));
@@ -133,14 +133,14 @@ TEST_F(AProjectorAddition, ANameThatNobodyStatedNeedNotBeNewThereEither) {
     EXPECT_EQ(newer->text(), config->text()) << "as when it is added there in the first place";
 }
 
-TEST_F(AProjectorAddition, AProjectorThatIsThereIsRefusedForItselfAndNotForItsName) {
+TEST_F(ProjectorAdditionTest, AProjectorThatIsThereIsRefusedForItselfAndNotForItsName) {
     const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
     static_cast<void>(add({at(simulator), {}, L"Left"}));
     EXPECT_EQ(refusal({at(simulator), {}, L"Left"}),
               "a projector at " + at(simulator).text() + " is there already: entry 020000000007, channel \"Left\"");
 }
 
-TEST_F(AProjectorAddition, WhatTheNewerConfigurationHasIsNotRepeatedThere) {
+TEST_F(ProjectorAdditionTest, WhatTheNewerConfigurationHasIsNotRepeatedThere) {
     const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
     static_cast<void>(add({at(simulator), {}, L"Left"}));
     const std::string device = projector_testing::device(simulator.port(), 9);

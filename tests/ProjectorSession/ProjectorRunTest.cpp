@@ -14,13 +14,13 @@ using namespace Veltrani::ProjectorSession;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class AProjectorRun : public testing::Test {
+class ProjectorRunTest : public testing::Test {
 protected:
     LogTrap trap;
     DeviceManager manager{settings()};
 };
 
-TEST_F(AProjectorRun, MakesChannelsOfProjectorsThatAreThereAndGivesThemBack) {
+TEST_F(ProjectorRunTest, MakesChannelsOfProjectorsThatAreThereAndGivesThemBack) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
     const auto config = configOf(entry("L", device(left.port(), 1)) + entry("R", device(right.port(), 2)));
@@ -42,7 +42,7 @@ TEST_F(AProjectorRun, MakesChannelsOfProjectorsThatAreThereAndGivesThemBack) {
     EXPECT_THAT(orders(right), ElementsAre("%1AVMT 11"));
 }
 
-TEST_F(AProjectorRun, PutsVirtualProjectorsInPlaceOfThoseThatDoNotDo) {
+TEST_F(ProjectorRunTest, PutsVirtualProjectorsInPlaceOfThoseThatDoNotDo) {
     const PjlinkSimulator asleep({"--power", "0"});
     const PjlinkSimulator awake;
     const auto config = configOf(entry("L", device(asleep.port(), 1)) + entry("R", device(awake.port(), 2)) +
@@ -58,7 +58,7 @@ TEST_F(AProjectorRun, PutsVirtualProjectorsInPlaceOfThoseThatDoNotDo) {
     EXPECT_THAT(orders(awake), ElementsAre("%1AVMT 10"));
 }
 
-TEST_F(AProjectorRun, TwoEntriesWithOneProjectorCannotBecomeChannels) {
+TEST_F(ProjectorRunTest, TwoEntriesWithOneProjectorCannotBecomeChannels) {
     const PjlinkSimulator simulator;
     const auto config = configOf(entry("L", device(simulator.port(), 1)) + entry("R", device(simulator.port(), 1)));
     {

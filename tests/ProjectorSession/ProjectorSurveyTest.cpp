@@ -20,7 +20,7 @@ using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
 
-class AProjectorSurvey : public testing::Test {
+class ProjectorSurveyTest : public testing::Test {
 protected:
     /// The finding on one simulated projector; its device is given back.
     ProjectorFinding findingOn(const PjlinkSimulator& simulator, ProjectorNeed need) {
@@ -33,7 +33,7 @@ protected:
     DeviceManager manager{settings()};
 };
 
-TEST_F(AProjectorSurvey, AsksEveryEntryWhateverIsFound) {
+TEST_F(ProjectorSurveyTest, AsksEveryEntryWhateverIsFound) {
     const PjlinkSimulator there;
     const auto config =
         configOf(entry("A", device(deadPort(), 1)) + entry("B", device(there.port(), 2)) + entry("C", ""));
@@ -54,7 +54,7 @@ TEST_F(AProjectorSurvey, AsksEveryEntryWhateverIsFound) {
     manager.releaseDevice(findings[1].device);
 }
 
-TEST_F(AProjectorSurvey, OnlyAsksWhatIsNeededAndChangesNothing) {
+TEST_F(ProjectorSurveyTest, OnlyAsksWhatIsNeededAndChangesNothing) {
     const PjlinkSimulator simulator;
     EXPECT_TRUE(findingOn(simulator, ProjectorNeed::ANSWER).usable());
     EXPECT_THAT(simulator.lines(), ElementsAre("%1CLSS ?"));
@@ -64,7 +64,7 @@ TEST_F(AProjectorSurvey, OnlyAsksWhatIsNeededAndChangesNothing) {
                 ElementsAre("%1CLSS ?", "%1CLSS ?", "%1POWR ?", "%1AVMT ?", "%1CLSS ?", "%1POWR ?", "%1AVMT ?"));
 }
 
-TEST_F(AProjectorSurvey, StandbyDoesForAnAnswerAndForNothingElse) {
+TEST_F(ProjectorSurveyTest, StandbyDoesForAnAnswerAndForNothingElse) {
     const PjlinkSimulator simulator({"--power", "0"});
     EXPECT_TRUE(findingOn(simulator, ProjectorNeed::ANSWER).usable());
     for (const ProjectorNeed need : {ProjectorNeed::BLACK, ProjectorNeed::GRAY50, ProjectorNeed::CLEAR}) {
@@ -75,14 +75,14 @@ TEST_F(AProjectorSurvey, StandbyDoesForAnAnswerAndForNothingElse) {
     EXPECT_EQ(manager.deviceCount(), 0U) << "one that is not usable is given back";
 }
 
-TEST_F(AProjectorSurvey, AProjectorThatFailsAQuestionIsNotReady) {
+TEST_F(ProjectorSurveyTest, AProjectorThatFailsAQuestionIsNotReady) {
     EXPECT_THAT(findingOn(PjlinkSimulator({"--answer", "POWR=ERR4"}), ProjectorNeed::CLEAR).fault,
                 HasSubstr("command GetPowerState: POWR ?: the projector reports a failure of its own (ERR4)"));
     EXPECT_THAT(findingOn(PjlinkSimulator({"--answer", "AVMT=ERR2"}), ProjectorNeed::BLACK).fault,
                 HasSubstr("command GetPictureMute: AVMT ?: it does not take the parameter (ERR2)"));
 }
 
-TEST_F(AProjectorSurvey, AProjectorWithoutAShutterIsNamedWithARemedyThatFitsTheNeed) {
+TEST_F(ProjectorSurveyTest, AProjectorWithoutAShutterIsNamedWithARemedyThatFitsTheNeed) {
     const PjlinkSimulator simulator({"--answer", "AVMT=ERR1"});
     EXPECT_THAT(findingOn(simulator, ProjectorNeed::BLACK).fault,
                 EndsWith("(ERR1): it cannot show a black picture; darken it by hand and leave it out with --offline"));
@@ -92,7 +92,7 @@ TEST_F(AProjectorSurvey, AProjectorWithoutAShutterIsNamedWithARemedyThatFitsTheN
     EXPECT_THAT(clear, testing::Not(HasSubstr("black")));
 }
 
-TEST_F(AProjectorSurvey, AnEntryThatMeansAnEarlierOnesProjectorIsAtFaultAndIsNotAsked) {
+TEST_F(ProjectorSurveyTest, AnEntryThatMeansAnEarlierOnesProjectorIsAtFaultAndIsNotAsked) {
     const PjlinkSimulator there;
     const PjlinkSimulator other;
     const auto config = configOf(entry("A", device(there.port(), 1)) + entry("B", device(other.port(), 1)) +
@@ -111,14 +111,14 @@ TEST_F(AProjectorSurvey, AnEntryThatMeansAnEarlierOnesProjectorIsAtFaultAndIsNot
     manager.releaseDevice(findings[0].device);
 }
 
-TEST_F(AProjectorSurvey, GreyIsNotToBeHadByPjlink) {
+TEST_F(ProjectorSurveyTest, GreyIsNotToBeHadByPjlink) {
     const PjlinkSimulator simulator;
     EXPECT_EQ(findingOn(simulator, ProjectorNeed::GRAY50).fault,
               "projector 020000000001 (PJLink 127.0.0.1:" + std::to_string(simulator.port()) +
                   ") cannot show a grey picture by itself; show one through its input");
 }
 
-TEST_F(AProjectorSurvey, ThirtyTwoThatNeverGreetAreWaitedForTogether) {
+TEST_F(ProjectorSurveyTest, ThirtyTwoThatNeverGreetAreWaitedForTogether) {
     constexpr int PROJECTORS = 32;
     constexpr std::chrono::milliseconds WAIT(1000);
     const PjlinkSimulator silent({"--projectors", std::to_string(PROJECTORS), "--greeting", "-"});
@@ -144,7 +144,7 @@ std::string lastOf(const std::vector<std::string>& texts) {
     return texts.empty() ? "" : texts.back();
 }
 
-TEST_F(AProjectorSurvey, ProjectorsThatAreSilentAtDifferentQuestionsAreWaitedForTogether) {
+TEST_F(ProjectorSurveyTest, ProjectorsThatAreSilentAtDifferentQuestionsAreWaitedForTogether) {
     constexpr std::chrono::milliseconds WAIT(1500);
     const PjlinkSimulator atOnce({"--greeting", "-"});
     const PjlinkSimulator atPower({"--silent-on", "POWR"});
@@ -173,7 +173,7 @@ TEST_F(AProjectorSurvey, ProjectorsThatAreSilentAtDifferentQuestionsAreWaitedFor
     EXPECT_EQ(hasty.deviceCount(), 0U);
 }
 
-TEST_F(AProjectorSurvey, AFaultOfThisMachineBringsItsOwnRemedy) {
+TEST_F(ProjectorSurveyTest, AFaultOfThisMachineBringsItsOwnRemedy) {
     const PjlinkSimulator locked({"--seed", "498e4a67", "--digest", "5d8409bc1c3fa39749434aa3a5c38682"});
     EXPECT_THAT(findingOn(locked, ProjectorNeed::ANSWER).fault,
                 EndsWith("or name a password file in SM_TEST_PJLINK_PASSWORD_FILE"));
@@ -193,13 +193,13 @@ TEST_F(AProjectorSurvey, AFaultOfThisMachineBringsItsOwnRemedy) {
                 EndsWith("Address already in use. Give the address of each projector instead"));
 }
 
-TEST_F(AProjectorSurvey, AFaultIsOneLine) {
+TEST_F(ProjectorSurveyTest, AFaultIsOneLine) {
     const PjlinkSimulator simulator({"--greeting", "hello \x1b[2J"});
     EXPECT_THAT(findingOn(simulator, ProjectorNeed::ANSWER).fault,
                 HasSubstr("it greeted with \"hello  [2J\", which is not PJLink; check that it has power"));
 }
 
-TEST_F(AProjectorSurvey, AnEmptyConfigurationHasNoFindings) {
+TEST_F(ProjectorSurveyTest, AnEmptyConfigurationHasNoFindings) {
     EXPECT_THAT(ProjectorSurvey(ProjectorNeed::BLACK).run(*configOf(""), manager), IsEmpty());
 }
 

@@ -32,7 +32,7 @@ public:
     }
 };
 
-class ARecordedDevice : public testing::Test {
+class RecordedDeviceTest : public testing::Test {
 protected:
     CommandRecords records;
     VirtualProjector device{VirtualProjectorSnippet{1920, 1200, 1, L"<Device mac='02:00:00:00:00:01'/>"},
@@ -40,7 +40,7 @@ protected:
     RecordedDevice recorded{device, [this](const CommandRecord& record) { records.push_back(record); }};
 };
 
-TEST_F(ARecordedDevice, LooksLikeTheDeviceBehind) {
+TEST_F(RecordedDeviceTest, LooksLikeTheDeviceBehind) {
     EXPECT_EQ(recorded.getUID(), device.getUID());
     EXPECT_EQ(recorded.getDeviceSnippet(), device.getDeviceSnippet());
     EXPECT_EQ(recorded.getUidSourceText(), device.getUidSourceText());
@@ -51,7 +51,7 @@ TEST_F(ARecordedDevice, LooksLikeTheDeviceBehind) {
     EXPECT_THAT(records, IsEmpty());
 }
 
-TEST_F(ARecordedDevice, PassesCommandsOnAndNotesThem) {
+TEST_F(RecordedDeviceTest, PassesCommandsOnAndNotesThem) {
     recorded.execute(std::make_shared<Device::Drawing::RunFillBlackTo>(5));
     const auto resolution = std::make_shared<GetNativeResolution>();
     recorded.execute(resolution);
@@ -61,14 +61,14 @@ TEST_F(ARecordedDevice, PassesCommandsOnAndNotesThem) {
     EXPECT_EQ(device.sentCommands().size(), 2U);
 }
 
-TEST_F(ARecordedDevice, NotesFaultsAndLetsThemThrough) {
+TEST_F(RecordedDeviceTest, NotesFaultsAndLetsThemThrough) {
     EXPECT_THROW(recorded.execute(std::make_shared<SetActiveInputSignalIndex>(-1)), DeviceException);
     EXPECT_THROW(recorded.execute(nullptr), DeviceException);
     EXPECT_THAT(records, ElementsAre(CommandRecord{L"020000000001", "SetActiveInputSignalIndex", true},
                                      CommandRecord{L"020000000001", "", true}));
 }
 
-TEST_F(ARecordedDevice, WhatReachesNoProjectorIsNotNoted) {
+TEST_F(RecordedDeviceTest, WhatReachesNoProjectorIsNotNoted) {
     WithoutWarp plain(VirtualProjectorSnippet{}, L"A");
     RecordedDevice notes(plain, [this](const CommandRecord& record) { records.push_back(record); });
     notes.execute(std::make_shared<Device::Geometry::DisableWhiteLevelWarp>());

@@ -19,7 +19,7 @@ using Veltrani::ProjectorSession::CommandRecord;
 using Veltrani::ProjectorSession::ProjectorFinding;
 using Veltrani::ProjectorSession::SurveyedDeviceManager;
 
-class ASurveyedDeviceManager : public testing::Test {
+class SurveyedDeviceManagerTest : public testing::Test {
 protected:
     /// As the survey leaves it: the device is counted once.
     ProjectorFinding usable() { return {L"L", snippet, "Left", "", manager.connectDevice(snippet)}; }
@@ -30,7 +30,7 @@ protected:
     DeviceManager manager{settings()};
 };
 
-TEST_F(ASurveyedDeviceManager, AnswersTheSurveyedDeviceWithoutAskingItAgain) {
+TEST_F(SurveyedDeviceManagerTest, AnswersTheSurveyedDeviceWithoutAskingItAgain) {
     const ProjectorFinding finding = usable();
     SurveyedDeviceManager surveyed(manager, {finding});
     const auto asked = simulator.lines().size();
@@ -45,7 +45,7 @@ TEST_F(ASurveyedDeviceManager, AnswersTheSurveyedDeviceWithoutAskingItAgain) {
     EXPECT_EQ(manager.useCount(finding.device), 1) << "the count of the survey";
 }
 
-TEST_F(ASurveyedDeviceManager, AnUnusableProjectorDoesNotExist) {
+TEST_F(SurveyedDeviceManagerTest, AnUnusableProjectorDoesNotExist) {
     SurveyedDeviceManager surveyed(manager, {ProjectorFinding{L"L", snippet, "Left", "in standby", nullptr}});
     EXPECT_EQ(surveyed.createDevice(snippet, true, L""), nullptr);
     EXPECT_TRUE(simulator.journal().empty()) << "nobody is asked";
@@ -58,7 +58,7 @@ TEST_F(ASurveyedDeviceManager, AnUnusableProjectorDoesNotExist) {
     EXPECT_EQ(surveyed.getDevice(L"020000000001"), nullptr);
 }
 
-TEST_F(ASurveyedDeviceManager, GivesTheDevicesOfTheSurveyBack) {
+TEST_F(SurveyedDeviceManagerTest, GivesTheDevicesOfTheSurveyBack) {
     {
         const SurveyedDeviceManager surveyed(manager, {usable()});
         EXPECT_EQ(manager.deviceCount(), 1U);
@@ -66,7 +66,7 @@ TEST_F(ASurveyedDeviceManager, GivesTheDevicesOfTheSurveyBack) {
     EXPECT_EQ(manager.deviceCount(), 0U);
 }
 
-TEST_F(ASurveyedDeviceManager, ItsEndNeedsNoMemory) {
+TEST_F(SurveyedDeviceManagerTest, ItsEndNeedsNoMemory) {
     const LogTrap trap;
     const ProjectorFinding finding = usable();
     manager.releaseDevice(finding.device);  // given back behind its back, which is logged at its end
@@ -80,7 +80,7 @@ TEST_F(ASurveyedDeviceManager, ItsEndNeedsNoMemory) {
     EXPECT_GT(failures, 1U);
 }
 
-TEST_F(ASurveyedDeviceManager, NotesWhatIsSentAndTellsAnObserver) {
+TEST_F(SurveyedDeviceManagerTest, NotesWhatIsSentAndTellsAnObserver) {
     SurveyedDeviceManager surveyed(manager, {usable()});
     Device* const made = surveyed.createDevice(snippet, true, L"");
     made->execute(std::make_shared<Device::Drawing::RunFillBlackTo>(5));
@@ -93,7 +93,7 @@ TEST_F(ASurveyedDeviceManager, NotesWhatIsSentAndTellsAnObserver) {
     surveyed.releaseDevice(made);
 }
 
-TEST_F(ASurveyedDeviceManager, BindsDevicesToEntries) {
+TEST_F(SurveyedDeviceManagerTest, BindsDevicesToEntries) {
     SurveyedDeviceManager surveyed(manager, {});
     Device* const stand = surveyed.createDevice(L"<Wrapper><Projector Width='4' Height='3'/></Wrapper>", false, L"");
     EXPECT_TRUE(surveyed.bindDevice(stand, L"left"));
