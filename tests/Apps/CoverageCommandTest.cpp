@@ -10,6 +10,7 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <numbers>
 #include <sstream>
 #include <string>
 
@@ -203,7 +204,7 @@ TEST(CoverageCommand, AnUnwritableFileExitsWithFour) {
 }
 
 TEST(CoverageCommand, TheDomeAndTheCylinderHaveTheirAreas) {
-    const double pi = std::acos(-1.0);
+    const double pi = std::numbers::pi;
     const double dome = 25 * pi * (1 + std::sin(15 * pi / 180));
     EXPECT_NEAR(coverage(EXAMPLES + "dome/display.xml")["screenArea"], dome, PROMISED * dome);
     const Json cylinder = coverage(EXAMPLES + "cylinder/display.xml");
@@ -252,7 +253,7 @@ TEST(CoverageCommand, ADomeInEqualLunes) {
     const Json document = coverage(folder.write(
         "display.xml", display(dome + "<Projectors>" + projectorOn("A", "0", "0.25") + projectorOn("B", "0.25", "0.5") +
                                projectorOn("C", "0.5", "0.75") + projectorOn("D", "0.75", "1") + "</Projectors>")));
-    const double pi = std::acos(-1.0);
+    const double pi = std::numbers::pi;
     const double lune = 25 * (pi / 4) * (1 + std::sin(15 * pi / 180));
     ASSERT_EQ(document["channels"].size(), 4U);
     for (const Json& channel : document["channels"]) {
@@ -320,7 +321,7 @@ TEST(CoverageCommand, AMissingLensIsAFaultOfItsChannel) {
     const std::string fault = document["channels"][0]["fault"];
     EXPECT_THAT(fault, HasSubstr("gone.yml"));
     EXPECT_THAT(fault, Not(HasSubstr(".cpp")));
-    EXPECT_NEAR(document["channels"][1]["area"], std::pow(10 * std::tan(std::acos(-1.0) / 18), 2), 4e-3);
+    EXPECT_NEAR(document["channels"][1]["area"], std::pow(10 * std::tan(std::numbers::pi / 18), 2), 4e-3);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cmath>
+#include <numbers>
 #include <string>
 
 namespace {
@@ -42,7 +43,7 @@ Vector vectorOf(const Json& point) {
 }
 
 double radians(double degrees) {
-    return degrees * std::acos(-1.0) / 180;
+    return degrees * std::numbers::pi / 180;
 }
 
 Vector minus(const Vector& a, const Vector& b) {

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <numbers>
 #include <sstream>
 
 namespace {
@@ -279,8 +280,8 @@ TEST_F(MapCommand, AFloatMapAgreesWithSinglePoints) {
         const double angle = std::acos((y + 1) / std::hypot(x - 1, y + 1, z - 0.5));
         const double around = std::atan2(z - 0.5, x - 1);
         constexpr double FLOAT_ROUNDING = 1e-7;
-        EXPECT_NEAR(valueOf(pfm, header, 3 * i), 0.5 + angle / std::acos(-1.0) * std::cos(around), FLOAT_ROUNDING);
-        EXPECT_NEAR(valueOf(pfm, header, 3 * i + 1), 0.5 + angle / std::acos(-1.0) * std::sin(around), FLOAT_ROUNDING);
+        EXPECT_NEAR(valueOf(pfm, header, 3 * i), 0.5 + angle / std::numbers::pi * std::cos(around), FLOAT_ROUNDING);
+        EXPECT_NEAR(valueOf(pfm, header, 3 * i + 1), 0.5 + angle / std::numbers::pi * std::sin(around), FLOAT_ROUNDING);
         EXPECT_EQ(valueOf(pfm, header, 3 * i + 2), 1);
     }
     EXPECT_GT(mapped, 20);

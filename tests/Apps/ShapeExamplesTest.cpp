@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 namespace {
@@ -41,7 +42,7 @@ std::vector<Place> targets(const std::string& example, const std::string& kind) 
 }
 
 double degrees(double radians) {
-    return radians * 180 / std::acos(-1.0);
+    return radians * 180 / std::numbers::pi;
 }
 
 /// The distance of a point from a polyline.
@@ -83,7 +84,7 @@ TEST(ShapeExamples, TargetsOfTheDomeLieOnItsTiltedSphere) {
     for (const auto& [x, y, z] : grid) {
         ASSERT_NEAR(std::sqrt(x * x + y * y + (z - 1.6) * (z - 1.6)), 5, WRITTEN);
         // Tilted back by 10 degrees, in the frame of the dome.
-        const double tilt = std::acos(-1.0) / 18;
+        const double tilt = std::numbers::pi / 18;
         const double forward = std::cos(tilt) * y + std::sin(tilt) * (z - 1.6);
         const double up = std::cos(tilt) * (z - 1.6) - std::sin(tilt) * y;
         lowest = std::min(lowest, degrees(std::asin(up / 5)));

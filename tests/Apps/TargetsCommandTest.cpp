@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <sstream>
 
 namespace {
@@ -50,7 +51,7 @@ TEST(TargetsCommand, PlacesTargetsOnTheMeasuredWall) {
             const double x = target["point"][0];
             const double y = target["point"][1];
             const double z = target["point"][2];
-            const double pi = std::acos(-1.0);
+            const double pi = std::numbers::pi;
             const double s = std::atan2(x, y) / (140.0 * pi / 180.0) + 0.5;
             const double t = z / 2.4;
             const double deviation = 0.018 * std::sin(3 * pi * s) * std::sin(pi * t) + 0.012 * (2 * t - 1);

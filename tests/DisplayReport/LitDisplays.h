@@ -15,6 +15,7 @@
 
 #include <cmath>
 #include <memory>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -87,7 +88,7 @@ protected:
                                            bottom + "' top='" + top + "'/>");
     }
 
-    static double radians(double degrees) { return degrees * std::acos(-1.0) / 180; }
+    static double radians(double degrees) { return degrees * std::numbers::pi / 180; }
 
     /// The solid angle of a frustum that is symmetric both ways, by its half angles in degrees.
     static double solidAngle(double halfWidth, double halfHeight) {

@@ -157,7 +157,7 @@ TriangleMesh fan(double radius, int slivers) {
     const Point<double, 3> across = Point<double, 3>{2.0, 1.0, 2.0} * (1.0 / 3);
     const Point<double, 3> upwards = Point<double, 3>{-2.0, 2.0, 1.0} * (1.0 / 3);
     for (int i = 0; i < slivers; ++i) {
-        const double angle = 2 * std::acos(-1.0) * i / slivers;
+        const double angle = 2 * std::numbers::pi * i / slivers;
         mesh.vertices.push_back(mesh.vertices[0] + radius * (std::cos(angle) * across + std::sin(angle) * upwards));
         mesh.textureCoordinates.push_back({0.5 + 0.5 * std::cos(angle), 0.5 + 0.5 * std::sin(angle)});
         const auto first = static_cast<std::uint32_t>(i + 1);

@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace {
 
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 
-const double DEGREE = std::acos(-1.0) / 180;
+const double DEGREE = std::numbers::pi / 180;
 
 FrustumRays rays(double left, double right, double bottom, double top, double heading = 0, double pitch = 0,
                  double roll = 0) {

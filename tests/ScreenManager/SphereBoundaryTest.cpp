@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numbers>
 #include <stdexcept>
 
 namespace {
@@ -202,7 +203,7 @@ TEST_F(SphereBoundaryTest, AFaultyTableSurfacesBeforeTheScreenIsAsked) {
 }
 
 TEST_F(SphereBoundaryTest, TheOutlineOfADomeStartsAtTheCornersOfTheGrid) {
-    const double pi = std::acos(-1.0);
+    const double pi = std::numbers::pi;
     ScreenManager::getInstance()->setScreenGeometry(
         std::make_shared<SphericalScreen>(Vector{0.1, 0.2, 0.3}, 4.0, -pi, pi, -pi / 2, pi / 2));
     std::map<Point<int, 2>, Vector> grid;

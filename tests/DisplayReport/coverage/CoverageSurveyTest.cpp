@@ -2,6 +2,8 @@
 
 #include "LitDisplays.h"
 
+#include <numbers>
+
 namespace {
 
 using namespace Veltrani::DisplayReport;
@@ -107,7 +109,7 @@ TEST_F(CoverageSurveyTest, FarAwayAndVeryLargeDisplaysAreMeasuredAlike) {
         "<Screen shape='Sphere'><Radius value='1e9'/><Azimuth min='-180' max='180'/><Elevation min='-90' "
         "max='90'/></Screen>",
         camera("A", "-45", "45", "-45", "45"), displays::SPHERICAL);
-    const double sixth = 4e18 * std::acos(-1.0) / 6;
+    const double sixth = 4e18 * std::numbers::pi / 6;
     EXPECT_NEAR(report().channels[0].area, sixth, 1e-4 * sixth);
 }
 

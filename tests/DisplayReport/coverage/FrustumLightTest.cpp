@@ -3,6 +3,8 @@
 #include "KelvoScreen/SphericalScreen.h"
 #include "LitDisplays.h"
 
+#include <numbers>
+
 namespace {
 
 using namespace Veltrani::DisplayReport;
@@ -10,7 +12,7 @@ using namespace Veltrani::DisplayReport;
 class FrustumLightTest : public LitDisplayTest {
 protected:
     static FrustumLight light(double left, double right, double bottom, double top, double headingDegrees = 0) {
-        const double pi = std::acos(-1.0);
+        const double pi = std::numbers::pi;
         return {SphereTargetLocatorParams({0, 0, 0}, radians(left), radians(right), radians(bottom), radians(top),
                                           radians(headingDegrees), 0, 0, {}, {}),
                 std::make_shared<SphericalScreen>(P3{0, 0, 0}, 5, -pi, pi, -pi / 2, pi / 2)};

@@ -7,6 +7,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -105,7 +106,7 @@ TEST(LightCutter, ADiscIsRightToSecondOrder) {
     // A hundred and more steps across, as a picture has. Where a border bulges into a triangle between its corners less
     // is seen: a few millionths of the disc in all.
     auto areas = Plane(light, {0.6 / 128, 0.6 / 256}).areas();
-    EXPECT_NEAR(areas[1], std::acos(-1.0) * 0.09, 2e-5);
+    EXPECT_NEAR(areas[1], std::numbers::pi * 0.09, 2e-5);
     EXPECT_NEAR(areas[0] + areas[1], 1.0, 1e-12) << "nothing is taken twice";
 }
 
@@ -133,7 +134,7 @@ TEST(LightCutter, CornersAreRightToTheFineStep) {
 TEST(LightCutter, ASpotAsLargeAsTheCoarseStepIsSeenBetweenDarkCorners) {
     const auto light = [](const P2& p) { return norm(p - P2{0.37, 0.61}) < 0.03 ? 1UL : 0UL; };
     // Two steps across: seen, and measured to a tenth.
-    EXPECT_NEAR(Plane(light, USUAL).areas()[1], std::acos(-1.0) * 0.0009, 3e-4);
+    EXPECT_NEAR(Plane(light, USUAL).areas()[1], std::numbers::pi * 0.0009, 3e-4);
 }
 
 TEST(LightCutter, ASliverFallsIntoPiecesAsItIsLong) {

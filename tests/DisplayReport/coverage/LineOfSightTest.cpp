@@ -7,13 +7,14 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace {
 
 using Veltrani::DisplayReport::isInSight;
 using P3 = Point<double, 3>;
 
-const double PI = std::acos(-1.0);
+const double PI = std::numbers::pi;
 
 TEST(LineOfSight, ASphereIsSeenAllOverFromInside) {
     const SphericalScreen sphere({0, 0, 0}, 5, -PI, PI, -PI / 2, PI / 2);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numbers>
 #include <numeric>
 #include <string>
 
@@ -34,7 +35,7 @@ protected:
 
     static void expectArea(double found, double expected) { EXPECT_NEAR(found, expected, RIGHT * expected); }
 
-    const double m_pi = std::acos(-1.0);
+    const double m_pi = std::numbers::pi;
 };
 
 TEST_F(ScreenCoverageTest, TwoHalfOverlappingRectanglesOnAWall) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <map>
+#include <numbers>
 
 namespace {
 
@@ -23,7 +24,7 @@ protected:
         return area;
     }
 
-    const double m_pi = std::acos(-1.0);
+    const double m_pi = std::numbers::pi;
 };
 
 TEST_F(ScreenSamplingTest, AFlatScreenHasItsArea) {

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -90,7 +91,7 @@ TEST(PictureWarp, TheFisheyeOfADomeIsThatOfItsFrustum) {
                     "Spherical");
     const PictureWarp warp = PictureWarp::atNodes(channel.map, channel.input, {1920, 1200}, {9, 7});
     EXPECT_EQ(warp.missed(), 0U);
-    const double pi = std::acos(-1.0);
+    const double pi = std::numbers::pi;
     for (std::size_t row = 0; row < 7; ++row) {
         for (std::size_t column = 0; column < 9; ++column) {
             const double x = std::tan(pi * 40 / 180) * (static_cast<double>(column) / 4 - 1);

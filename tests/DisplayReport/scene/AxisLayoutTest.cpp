@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 namespace {
@@ -43,7 +44,7 @@ TEST(AxisLayout, WhereverTheAxisPointsNoTextCoversAnother) {
     for (int step = 0; step < 72; ++step) {
         for (const double side : {-1.0, 1.0}) {
             for (const Box& number : {Box{9, 12}, Box{75, 12}}) {
-                const double angle = 0.01 + step * std::acos(-1.0) / 36;
+                const double angle = 0.01 + step * std::numbers::pi / 36;
                 const Place along{std::cos(angle), std::sin(angle)};
                 const Place start{400, 400};
                 const Place end = start + along * 380;

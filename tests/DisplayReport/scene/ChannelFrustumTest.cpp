@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -76,7 +77,7 @@ TEST_F(ChannelFrustumTest, FollowsTheModelOfItsLens) {
     EXPECT_EQ(frustum->apex, (P3{1, 0, 0}));
     // Turned to the right: forward is +x. The top left corner is seen at yaw -60, pitch 30 degrees; so is no corner of
     // a plane.
-    const double pi = std::acos(-1.0);
+    const double pi = std::numbers::pi;
     const P3 local{std::sin(-pi / 3) * std::cos(pi / 6), std::cos(-pi / 3) * std::cos(pi / 6), std::sin(pi / 6)};
     const P3 direction{local[1], -local[0], local[2]};
     const P3 offset = frustum->edges.at(0).at(1) - frustum->apex;
@@ -142,7 +143,7 @@ TEST_F(ChannelFrustumTest, APlanarChannelHasTheFrustumOfItsConfiguration) {
         displays::WHOLE_AREA + "<Frustum left='-10' right='10' bottom='-5' top='5'/><Position x='0' y='0' z='1'/>",
         "<TargetData type='PlanarBasic'/>");
     ASSERT_TRUE(frustum.has_value());
-    const double degree = std::acos(-1.0) / 180;
+    const double degree = std::numbers::pi / 180;
     const P3 corner{-5 * std::tan(10 * degree), 5, 1 + 5 * std::tan(5 * degree)};
     EXPECT_LE(norm(frustum->edges.at(0).at(1) - corner), 1e-12);
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -58,7 +59,7 @@ double rightOf(const Point<double, 3>& place, const Point<double, 3>& towardsCam
 TEST(SceneAxes, TheUprightScaleStandsAtTheLeftEndFromEverySide) {
     const Extent extent = box({-1, -2, -3}, {1, 2, 3});
     for (int step = 0; step < 36; ++step) {
-        const double angle = 0.05 + step * std::acos(-1.0) / 18;
+        const double angle = 0.05 + step * std::numbers::pi / 18;
         const Point<double, 3> towards{std::sin(angle), std::cos(angle), 0.4};
         const SceneAxes::Edges edges = SceneAxes::edgesFor(extent, towards);
         for (const double x : {-1.0, 1.0}) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -59,7 +60,7 @@ TEST(SceneCamera, APointIsWhereTheIntersectionOfItsRayWithThePictureIs) {
     const SceneCamera camera(wall(), "front", WIDTH, HEIGHT);
     const P3 from = camera.position();
     EXPECT_NEAR(from[0], 0, 1e-9) << "the scene is symmetric";
-    const double focus = HEIGHT / 2 / std::tan(16 * std::acos(-1.0) / 180);
+    const double focus = HEIGHT / 2 / std::tan(16 * std::numbers::pi / 180);
     for (const P3& point : {P3{-2, 5, 1}, P3{1.25, 5, -0.5}, P3{0.5, 2, 0.75}}) {
         const double ahead = point[1] - from[1];
         const auto place = camera.place(point);

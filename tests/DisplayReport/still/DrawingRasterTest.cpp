@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -61,7 +62,7 @@ TEST(DrawingRaster, ADiscHasTheAreaOfACircle) {
         }
     }
     // A polygon of twenty corners has 98.4 % of it.
-    EXPECT_NEAR(ink / (400 * std::acos(-1.0)), 0.984, 0.004);
+    EXPECT_NEAR(ink / (400 * std::numbers::pi), 0.984, 0.004);
 }
 
 TEST(DrawingRaster, ALineIsAsWideAsItShouldBe) {

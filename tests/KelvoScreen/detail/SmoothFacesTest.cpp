@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <numbers>
 #include <set>
 
 namespace {
@@ -22,7 +23,7 @@ std::size_t faceCount(const TriangleMesh& mesh) {
 
 /// A part of a cylinder with its axis upright, `degrees` per column.
 TriangleMesh arc(int columns, int rows, double degrees) {
-    const double turn = columns * degrees * std::acos(-1.0) / 180;
+    const double turn = columns * degrees * std::numbers::pi / 180;
     return meshes::surface(columns, rows, [&](double s, double t) {
         return Vector{5 * std::sin((s - 0.5) * turn), 5 * std::cos((s - 0.5) * turn), 3 * t};
     });
