@@ -7,7 +7,7 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// Black, the last of the published eight, cannot be told from lines and text: a grey stands for it.
+/// Black, the last of the published eight, cannot be distinguished from lines and text: a grey stands for it.
 constexpr std::array<Colour, 8> COLOURS{{{230, 159, 0},
                                          {86, 180, 233},
                                          {0, 158, 115},
@@ -17,7 +17,7 @@ constexpr std::array<Colour, 8> COLOURS{{{230, 159, 0},
                                          {204, 121, 167},
                                          {160, 160, 160}}};
 constexpr Colour WHITE{255, 255, 255};
-/// Of white in the paler eight.
+/// The part of white in the paler eight.
 constexpr double PALENESS = 0.5;
 
 unsigned char mixedPart(unsigned char a, unsigned char b, double share) {

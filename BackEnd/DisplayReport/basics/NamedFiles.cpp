@@ -25,7 +25,7 @@ void addScreenFiles(const IScreenConfig& screen, std::vector<std::wstring>& file
 std::vector<std::wstring> contentMeshesOf(const IScreenConfig& screen) {
     std::vector<std::wstring> files;
     std::wstring file = screen.getContentMeshFile(0);
-    // A service that knows one mesh alone answers it whatever the number is.
+    // A service that knows one mesh alone returns it whatever the number is.
     while (!file.empty() && (files.empty() || file != files.back())) {
         files.push_back(file);
         file = screen.getContentMeshFile(static_cast<int>(files.size()));

@@ -33,7 +33,7 @@ struct ChannelLocator {
     std::shared_ptr<const TargetLocator> locator;  ///< null when there is none
     std::string fault;                             ///< the reason, UTF-8; empty when there is one
 
-    /// Asks the `TargetLocatorManager`; what it throws becomes the fault.
+    /// Requests the locator from the `TargetLocatorManager`; what that throws becomes the fault.
     [[nodiscard]] static ChannelLocator of(const XMLConfigManager& config, const ProjectorConfig& projector);
 };
 

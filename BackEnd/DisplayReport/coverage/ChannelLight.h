@@ -66,7 +66,7 @@ using ChannelLights = std::vector<std::unique_ptr<ChannelLight>>;
 struct LandingExtent {
     Extent box;         ///< empty when no point lands, which happens when the picture is much larger than the screen
     double narrow = 0;  ///< native units: the width of the picture on the screen or its height, whichever is less; 0
-                        ///< when too little lands to tell
+                        ///< when too little lands to determine it
 
     /// Throws what `ChannelLight::land` throws.
     [[nodiscard]] static LandingExtent of(const ChannelLight& light);

@@ -11,7 +11,7 @@ double ChannelCoverage::pixels() const {
 }
 
 double ChannelCoverage::missed() const {
-    // Less cannot be told from what the borders of the light are right to.
+    // Less cannot be distinguished from the error of the borders of the light.
     constexpr double LEAST = 2e-5;
     const double part = std::clamp(1.0 - landed, 0.0, 1.0);
     return part < LEAST ? 0.0 : part;

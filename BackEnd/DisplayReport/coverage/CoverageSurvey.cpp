@@ -60,8 +60,8 @@ public:
         }
     }
 
-    /// After everything was measured. What is wrong in the configuration of a channel is told even where its light
-    /// could be measured.
+    /// To be called after everything was measured. What is wrong in the configuration of a channel is reported even
+    /// where its light could be measured.
     void nameFaults(const XMLConfigManager& config) {
         for (std::size_t i = 0; i < m_lights.size(); ++i) {
             ChannelCoverage& channel = channelOf(i);
@@ -94,7 +94,7 @@ private:
         m_report.channels.push_back(std::move(channel));
     }
 
-    /// Adds the light of the channel that is added next, or tells why there is none.
+    /// Adds the light of the channel that is added next, or states in `fault` why there is none.
     void addLight(const XMLConfigManager& config, const ProjectorConfig& projector, std::string& fault) {
         const auto [locator, missing] = ChannelLocator::of(config, projector);
         fault = missing;
@@ -103,7 +103,7 @@ private:
         }
         try {
             auto light = ChannelLight::of(locator, m_surface);
-            // A surface without 2D coordinates says so at the first point.
+            // A surface without 2D coordinates reports that at the first point.
             static_cast<void>(light->landingOf({0.5, 0.5}));
             m_lights.push_back(std::move(light));
             m_places.push_back(m_report.channels.size());

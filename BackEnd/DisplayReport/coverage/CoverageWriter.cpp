@@ -35,7 +35,7 @@ std::string squared(const std::string& unit) {
     return unit.empty() ? unit : unit + "^2";
 }
 
-/// Of a channel's picture: "230400 (10 %)".
+/// The pixels of a part of a channel's picture, as "230400 (10 %)".
 std::string pixelText(const ChannelCoverage& channel, double part) {
     return channel.pixels() > 0 ? roundedText(std::round(part * channel.pixels())) + " (" + percent(part) + ")"
                                 : percent(part);

@@ -18,14 +18,14 @@ class LitDomain {
 public:
     virtual ~LitDomain() = default;
 
-    /// For a triangle and everything in it; its halves are asked for again.
+    /// The steps for a triangle and everything in it; they are requested again for its halves.
     [[nodiscard]] virtual LightSteps stepsIn(const LitTriangle& triangle) const = 0;
 
     /// The point at a part (0 to 1) of the way from one point to another, and the light on it of those channels that
-    /// are asked for.
+    /// are requested.
     [[nodiscard]] virtual LitPoint between(const LitPoint& from, const LitPoint& to, double part,
                                            const LitBy& among) const = 0;
-    /// The distance that the steps are told in.
+    /// The distance that the steps are measured in.
     [[nodiscard]] virtual double distance(const LitPoint& a, const LitPoint& b) const = 0;
 };
 
@@ -34,8 +34,8 @@ public:
 ///
 /// A triangle is halved, a long sliver cut across, until its edges are short enough to see the light, then, where light
 /// ends in it, until they are short enough to take the border for straight; there the border is searched on the edges
-/// by bisection and the triangle is cut along it. What is smaller than a coarse step may be overlooked. Of triangles
-/// without a finite extent nothing is taken.
+/// by bisection and the triangle is cut along it. What is smaller than a coarse step may be overlooked. Triangles
+/// without a finite extent yield no pieces.
 class LightCutter {
 public:
     /// Receives a piece and the channels that light it. Its corners may be marked otherwise: they stand on the border.
@@ -53,7 +53,7 @@ private:
     void cutAcross(const LitTriangle& triangle, double foot, double steps, int depth) const;
     void slice(const LitTriangle& triangle, int depth) const;
     /// The border on the way from a point to another, once with the light as at `from`, once with that behind it. Only
-    /// the channels of the two ends are asked: another one that lights less than a fine step is none of both.
+    /// the channels of the two ends are examined: another one that lights less than a fine step is none of both.
     [[nodiscard]] std::pair<LitPoint, LitPoint> border(const LitPoint& from, const LitPoint& to) const;
 
     const LitDomain& m_domain;

@@ -10,7 +10,7 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// Of the size of the screen: far above rounding, far below a pixel.
+/// A part of the size of the screen: far above rounding, far below a pixel.
 constexpr double SAME_PLACE = 1e-6;
 
 /// Either bound may be the larger one; false for NaN.

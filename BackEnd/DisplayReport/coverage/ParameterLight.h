@@ -10,7 +10,7 @@ namespace Veltrani::DisplayReport {
 /// The light of a channel whose picture is laid out in the screen's 2D coordinates. Nothing stands in its way: the
 /// picture is where its coordinates are.
 ///
-/// On a mesh whose texture overlaps itself only the triangle that answers for the coordinates is lit.
+/// On a mesh whose texture overlaps itself only the triangle that the coordinates are mapped onto is lit.
 class ParameterLight : public ChannelLight {
 public:
     void land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const override;

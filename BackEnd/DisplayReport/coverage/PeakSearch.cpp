@@ -17,8 +17,8 @@ constexpr std::size_t BORDER_PATIENCE = 150;
 constexpr std::size_t PATIENCE = 60;
 constexpr std::size_t OFFERED_PATIENCE = 25;
 constexpr std::size_t MOST_QUARTERED = 1500;
-/// Of the second difference of the function. A peak between two slopes rises over the higher corner of its cell by as
-/// much as that, at most; a parabola by a quarter of it.
+/// The bulge of a cell, as a part of the second difference of the function. A peak between two slopes rises over the
+/// higher corner of its cell by as much as that, at most; a parabola by a quarter of it.
 constexpr double BULGE = 1.0 / 2;
 /// Columns and rows on which an offered window is looked at first.
 constexpr int OFFERED_LINES = 3;
@@ -31,7 +31,7 @@ constexpr int SIGHT = 5;
 constexpr int MOST_CLIMBED = 500;
 /// The slope across a cell where none is known: a twentieth.
 constexpr double USUAL_SLOPE = 0.05;
-/// Of the slack of a cell: what its quarters have at least, should a bend not have shown in its middle.
+/// The least slack of the quarters of a cell, as a part of its own, should a bend not have shown in its middle.
 constexpr double HIDDEN = 1.0 / 8;
 
 }  // namespace
@@ -57,7 +57,7 @@ public:
     }
 
     /// The cell above and to the right of a node; it promises nothing when none of its corners has a value.
-    /// @param usualSlope along columns or rows that do not tell their own
+    /// @param usualSlope along columns or rows that do not determine their own
     [[nodiscard]] Cell cell(std::size_t column, std::size_t row, double usualSlope) const {
         Cell cell{{m_columns[column], m_columns[column + 1], m_rows[row], m_rows[row + 1]}};
         std::size_t known = 0;

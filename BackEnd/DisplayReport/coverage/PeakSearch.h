@@ -19,14 +19,14 @@ struct PixelWindow {
 /// The function is looked at on a lattice. Cells of the lattice in which it may rise above the greatest value so far,
 /// by its slopes and its bends there, are quartered, the most promising one first, until none promises more than
 /// `TOLERANCE`: inside, along the border of where the function has values, and in its corners. What is smaller than a
-/// cell of the lattice and shows in none of its corners is found when it is offered. Of a function so jagged that cells
-/// promise everywhere, and a great many of them lead to nothing greater, the rest is left.
+/// cell of the lattice and shows in none of its corners is found when it is offered. Where a function is so jagged that
+/// cells promise everywhere, and a great many of them lead to nothing greater, the rest is left.
 class PeakSearch {
 public:
     /// The function; NaN for a pixel that has no value.
     using Function = std::function<double(int column, int row)>;
 
-    /// Of the function: what cells promise less than this above the greatest value is left.
+    /// In units of the function: cells that promise less than this above the greatest value are left.
     static constexpr double TOLERANCE = 2e-4;
 
     /// @param function is called once for every pixel that is looked at, or more often

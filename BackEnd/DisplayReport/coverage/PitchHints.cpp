@@ -9,7 +9,7 @@ namespace {
 /// Cells of the picture, each with a piece of its own.
 constexpr std::size_t COLUMNS = 32;
 constexpr std::size_t ROWS = 20;
-/// Of a picture, a pixel or two: what is smaller holds no pixel, and its size is rounding.
+/// A part of a picture, a pixel or two: what is smaller holds no pixel, and its size is rounding.
 constexpr double LEAST_PART = 1e-6;
 
 std::size_t cellAt(double place, std::size_t count) {

@@ -21,21 +21,22 @@ constexpr std::size_t SIDE = 3;
 /// The middle of an edge stands this close to the middle of its ends, in lengths of the edge. Half a length is where a
 /// step of the surface tears an edge apart.
 constexpr double MOST_BEND = 0.25;
-/// The same, across the edge alone. What bends more lies across a fold of the surface, where corners tell too little,
-/// between pixels on both sides that tell more. A pixel of a tenth of a degree on a dome bends by a fiftieth of that.
+/// The same, across the edge alone. What bends more lies across a fold of the surface, where corners show too little,
+/// between pixels on both sides that show more. A pixel of a tenth of a degree on a dome bends by a fiftieth of that.
 constexpr double MOST_FOLD = 0.01;
 
 /// Hints that are looked at for the least pixel and for the greatest: until so many have led to nothing more.
 constexpr std::size_t MOST_HINTS = 24;
 constexpr int MOST_IDLE_HINTS = 4;
-/// Of a pixel, in logarithms: a piece whose pixels are not extreme on average, but for so much, may hold one that is.
+/// In logarithms of the size of a pixel: a piece whose pixels are not extreme on average, but for so much, may hold one
+/// that is.
 constexpr double HINT_MARGIN = 1e-3;
 
 /// Pixels to all sides of a piece that promises more than was found nearby: in the sharp end of a surface, whole pixels
 /// are few.
 constexpr int NEAR = 10;
 
-/// Of a row or a column of so many.
+/// The pixel at a place from 0 to 1 along a row or a column of so many.
 int pixelAt(double place, int pixels) {
     return std::clamp(static_cast<int>(place * pixels), 0, pixels - 1);
 }
@@ -68,7 +69,7 @@ enum class Shape {
     TORN,    ///< it lies across a step of the surface, or misses in part
 };
 
-/// Of an edge, by its ends and its middle.
+/// The shape of an edge, from its ends and its middle.
 Shape shapeOf(const Footprint& footprint, std::size_t from, std::size_t middle, std::size_t to) {
     const Point<double, 3> edge = footprint[to].on.place - footprint[from].on.place;
     const Point<double, 3> half = footprint[middle].on.place - footprint[from].on.place;
@@ -127,7 +128,7 @@ public:
         return {column - NEAR, column + NEAR, row - NEAR, row + NEAR};
     }
 
-    /// Of the whole picture, by the part that a pixel is.
+    /// The side of a pixel, from the ratio of the whole picture and the part of it that a pixel is.
     [[nodiscard]] double sideOfRatio(double ratio) const {
         return std::sqrt(ratio / (static_cast<double>(m_width) * m_height));
     }

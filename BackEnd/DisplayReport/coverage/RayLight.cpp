@@ -11,7 +11,7 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// Of the way to the point: far above rounding, and a few micrometres on the way across a room.
+/// A part of the way to the point: far above rounding, and a few micrometres on the way across a room.
 constexpr double SAME_PLACE = 1e-6;
 
 }  // namespace

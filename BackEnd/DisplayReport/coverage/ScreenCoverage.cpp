@@ -27,8 +27,8 @@ constexpr std::size_t TRIANGLES_AT_ONCE = 64;
 constexpr double MOST_STEPS = 4e5;
 /// Squares of one step on the surface, likewise: a bound for surfaces that fill a room, page behind page.
 constexpr double MOST_SQUARES = 2e5;
-/// Of the way into a piece: where a corner of it is seen in a picture that itself is not, by rounding, since it stands
-/// on the edge of the picture.
+/// The part of the way from a corner into a piece at which the corner is searched in a picture where it is not found
+/// itself, by rounding, since it stands on the edge of the picture.
 constexpr double INWARDS = 1e-3;
 
 bool overlap(const Extent& a, const Extent& b) {
@@ -66,7 +66,7 @@ public:
         }
     }
 
-    /// For a triangle of the surface.
+    /// The step for a triangle of the surface.
     [[nodiscard]] double at(const LitTriangle& triangle) const {
         const Extent box = boxOf(triangle);
         double step = m_coarse;
@@ -84,8 +84,8 @@ private:
         double step = 0;
     };
 
-    /// Of surface. A triangle is cut into as many pieces as its longest edge has steps, at least, and as its area has
-    /// squares.
+    /// An amount of surface. A triangle is cut into as many pieces as its longest edge has steps, at least, and as its
+    /// area has squares.
     struct Amount {
         double edges = 0;
         double area = 0;
@@ -157,7 +157,7 @@ private:
     Steps m_steps;
 };
 
-/// The light on corners that were asked for lately: the triangles of a mesh share each with five others.
+/// The light on corners that were requested lately: the triangles of a mesh share each with five others.
 class CornerLight {
 public:
     CornerLight(const ScreenSampling& screen, const SurfaceDomain& domain)

@@ -22,8 +22,8 @@ constexpr std::size_t NET_NODES = NET_CELLS + 1;
 
 /// Two steps of halving that agree to this part are extrapolated; what is left is some hundred times smaller.
 constexpr double AGREEMENT = 1e-4;
-/// Of the screen: what so little area may be off matters to nobody. At a pole, where triangles shrink to lines, no two
-/// steps ever agree to a part.
+/// A part of the area of the screen that is small enough for its error not to matter. At a pole, where triangles shrink
+/// to lines, no two steps ever agree to a part.
 constexpr double NEGLIGIBLE_PART = 1e-9;
 /// Kinks are followed into 1/256 of a triangle.
 constexpr int MOST_HALVINGS = 8;

@@ -29,7 +29,8 @@ public:
     [[nodiscard]] std::size_t size() const;
     /// Triangle i; one without area where the surface has a gap.
     [[nodiscard]] Triangle triangle(std::size_t i) const;
-    /// Tells the corners of triangle i apart from those of all others: triangles that share one have the same number.
+    /// Numbers that identify the corners of triangle i among those of all triangles: triangles that share a corner have
+    /// the same number for it.
     [[nodiscard]] std::array<std::uint64_t, 3> cornerNumbers(std::size_t i) const;
     /// The box around the corners.
     [[nodiscard]] const Extent& extent() const { return m_extent; }

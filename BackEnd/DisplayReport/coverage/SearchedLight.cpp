@@ -15,28 +15,28 @@ namespace {
 /// Dense enough that Newton's method starts near its end.
 constexpr int LATTICE_COLUMNS = 49;
 constexpr int LATTICE_ROWS = 31;
-/// Of the picture: the step of the derivatives.
+/// The step of the derivatives, as a part of the picture.
 constexpr double STEP = 1.0 / 4096;
-/// Of the size of the screen: far above rounding, far below a pixel.
+/// A part of the size of the screen: far above rounding, far below a pixel.
 constexpr double SAME_PLACE = 1e-8;
-/// All but this part of the neighbours in the lattice tell its spacing: the others may stand on two sides of a jump,
-/// from one part of the screen to another.
+/// All but this part of the neighbours in the lattice determine its spacing: the others may stand on two sides of a
+/// jump, from one part of the screen to another.
 constexpr double JUMPS = 0.05;
 /// Spacings of the lattice between a lit point and the nearest point that landed; more than the half diagonal of a
 /// cell, since cells at the edge of the screen have lost corners.
 constexpr double REACH = 6.0;
-/// Of the reach, 16 times what the step of the derivatives usually moves: what moves more moves to another part of the
-/// screen.
+/// A part of the reach, 16 times what the step of the derivatives usually moves: what moves more moves to another part
+/// of the screen.
 constexpr double STEADY = 1.0 / 32;
 /// Newton's method needs three to five steps; more only where tables bend.
 constexpr int MOST_STEPS = 12;
 /// A place that is lit is approached by a whole step, or by a sixteenth at the edge of the screen. One in a shadow by
 /// none.
 constexpr int MOST_HALVINGS = 4;
-/// Of a step: what is left behind it, at most, where the screen goes on as a plane for as long. A point behind another
-/// part of the screen, or before it, leaves more.
+/// What is left behind a step, at most, as a part of the step, where the screen goes on as a plane for as long. A point
+/// behind another part of the screen, or before it, leaves more.
 constexpr double MOST_REST = 0.125;
-/// Of the picture, a spacing of the lattice: a longer step is gone before it is believed.
+/// A part of the picture, a spacing of the lattice: a longer step is gone before it is believed.
 constexpr double LONGEST_TRUSTED = 1.0 / (LATTICE_ROWS - 1);
 /// Steps to the edge of the picture from where it does not matter any more how the next ones go.
 constexpr double FAR_FROM_EDGE = 2.0;

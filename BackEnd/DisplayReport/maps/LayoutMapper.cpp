@@ -26,7 +26,7 @@ void requireRectangle(const ChannelChoice& channel) {
     }
 }
 
-/// Refuses what the map would answer with misses alone, and what it says less clearly.
+/// Refuses what the map would return nothing but misses for, and what it reports less clearly.
 void requireSource(const XMLConfigManager& config, const ChannelChoice& channel) {
     const DisplayKind* const kind = DisplayKind::of(config);
     if (kind != nullptr && kind->layout == DisplayKind::Layout::PLANE) {

@@ -15,7 +15,7 @@ namespace {
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 
-/// Enough for the maps to make use of many at once, few enough that a long search still tells how far it is.
+/// Enough for the maps to make use of many at once, few enough that a long search still reports how far it is.
 constexpr std::size_t POINTS_AT_ONCE = 2048;
 
 std::string textOf(const P2& point) {

@@ -79,7 +79,7 @@ public:
 };
 
 void PfmWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
-    // The minus sign says little-endian.
+    // The minus sign means little-endian.
     out << "PF\n" + std::to_string(warp.columns()) + ' ' + std::to_string(warp.rows()) + "\n-1.0\n";
     std::string bytes;
     for (std::size_t row = 0; row < warp.rows(); ++row) {
@@ -96,7 +96,7 @@ void PfmWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
 
 using Colour = std::array<unsigned char, 3>;
 
-/// Of the input, between lines.
+/// Lines of the grid per width or height of the input.
 constexpr double LINES_PER_UNIT = 20;
 constexpr double STRONG_LINES_PER_UNIT = 4;
 constexpr Colour LINE{150, 150, 150};

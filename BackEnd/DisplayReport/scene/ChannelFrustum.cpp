@@ -141,7 +141,7 @@ private:
     SphericalScreen m_mirror;
 };
 
-/// Of a class from elsewhere, which alone knows where its rays arrive.
+/// The rays of a locator of a class from elsewhere, which alone knows where they arrive.
 class FollowedRays : public EyeRays {
 public:
     FollowedRays(const ::TargetLocator& locator, const SphereTargetLocatorParams& params)
@@ -191,7 +191,7 @@ const Record& recordOf(const TargetLocator& locator) {
     return static_cast<const Record&>(locator.getTargetLocatorParams());
 }
 
-/// Null where nothing describes them. Throws `VeltraniException` where nobody knows.
+/// Null where nothing describes the rays. Throws `VeltraniException` for a locator whose way of the rays is not known.
 std::unique_ptr<PictureRays> raysOf(const TargetLocator& locator, const ProjectorConfig& projector) {
     using Path = LocatorKind::Path;
     switch (LocatorKind::of(locator).path) {

@@ -31,9 +31,8 @@ struct ChannelFrustum {
 class FrustumTracer {
 public:
     /// @param locator of the channel; may be null: what the configuration says is used then
-    /// @param reach how long rays are drawn where none of the channel meets the screen, above zero; native units.
-    /// Beside
-    ///     others that meet it, a ray is drawn as long as the longest of them.
+    /// @param reach how long rays are drawn where none of the channel meets the screen, above zero; native units;
+    ///     beside others that meet it, a ray is drawn as long as the longest of them
     FrustumTracer(const TargetLocator* locator, const ProjectorConfig& projector, double reach);
 
     /// On the current screen of the `ScreenManager`. None where nothing describes the rays of the channel.

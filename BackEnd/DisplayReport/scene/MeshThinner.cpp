@@ -55,7 +55,7 @@ public:
     }
 
 private:
-    /// Of the middle half of the vertices' size.
+    /// The farthest that a vertex may stand from the middle, in sizes of the middle half of the vertices.
     static constexpr double FARTHEST = 1e4;
 
     static double quantile(std::vector<double>& places, double part) {

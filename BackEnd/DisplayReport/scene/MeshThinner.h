@@ -11,7 +11,7 @@ namespace Veltrani::DisplayReport {
 /// their place, and triangles that keep three different corners stay. Vertices of the border are gathered apart from
 /// the others, and the one where it turns most takes their place: the border stays where it is, corners included.
 ///
-/// For looking at, not for measuring: what is smaller than a cell disappears.
+/// The result is for looking at, not for measuring: what is smaller than a cell disappears.
 class MeshThinner {
 public:
     /// @param mostTriangles at least 1

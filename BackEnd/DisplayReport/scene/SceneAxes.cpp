@@ -17,7 +17,7 @@ double reach(const AxisLayout::Box& box, const AxisLayout::Place& direction) {
 }
 
 constexpr double MOST_STEPS = 6;
-/// Of a step: a tick that rounding pushes past the end of the box counts as on it.
+/// A part of a step: a tick that rounding pushes past the end of the box counts as on it.
 constexpr double ROUNDING = 1e-6;
 
 /// 1, 2 or 5 times a power of ten, so that no more than `MOST_STEPS` fit.

@@ -19,7 +19,7 @@ constexpr double MARGIN = 0.06;
 /// Home stands that far to the right of the audience and above it, radians: depth shows, and nothing is hidden.
 constexpr double HOME_ASIDE = 28 * std::numbers::pi / 180;
 constexpr double HOME_ABOVE = 24 * std::numbers::pi / 180;
-/// Of the size of the screen: an eye nearer to its middle than this does not tell which side is the audience's.
+/// A part of the size of the screen: an eye nearer to its middle than this does not show which side is the audience's.
 constexpr double TELLING = 0.05;
 
 P3 unit(const P3& direction) {
@@ -31,7 +31,7 @@ P3 middleOf(const Extent& box) {
     return box.minimum() + box.size() * 0.5;
 }
 
-/// Seen from above, where the audience is: on the side of the first eye, behind the origin when nothing tells.
+/// Seen from above, where the audience is: on the side of the first eye, behind the origin when nothing shows it.
 double audienceHeading(const DisplayScene& scene) {
     const Extent core = scene.core();
     if (!scene.eyes.empty() && !core.empty()) {

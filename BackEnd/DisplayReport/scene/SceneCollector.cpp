@@ -66,7 +66,7 @@ void fault(DisplayScene& scene, const std::string& note) {
     scene.complete = false;
 }
 
-/// Leaves out what is not a number; tells how many.
+/// Leaves out the items that are unwanted; returns how many.
 template <class Items, class PointOf>
 std::size_t dropIf(Items& items, PointOf&& isUnwanted) {
     const std::size_t before = items.size();
@@ -151,7 +151,7 @@ void addEyes(const XMLConfigManager& config, DisplayScene& scene) {
     }
 }
 
-/// Null, without a message, where there is none: the survey tells why.
+/// Null, without a message, where there is none: the survey reports why.
 std::shared_ptr<const TargetLocator> locatorOf(const XMLConfigManager& config, const ProjectorConfig& projector) {
     try {
         return TargetLocatorManager::getInstance()->getTargetLocator(&config, &projector);
@@ -295,7 +295,7 @@ void SceneCollector::thinTargets(DisplayScene& scene) const {
         return;
     }
     auto every = static_cast<int>(std::sqrt(static_cast<double>(all) / static_cast<double>(m_limits.targets)));
-    // Columns and rows that do not divide evenly leave a few more than the square tells.
+    // Columns and rows that do not divide evenly leave a few more than the square of `every` accounts for.
     while (count() > m_limits.targets) {
         ++every;
         for (SceneChannel& channel : scene.channels) {

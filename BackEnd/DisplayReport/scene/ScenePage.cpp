@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    /// Of a frame around a single point; native units.
+    /// The size that a frame around a single point counts as; native units.
     static constexpr double SMALLEST = 1e-9;
 
     P3 m_centre;
@@ -217,7 +217,7 @@ std::string dataText(const Json& document) {
     return text;
 }
 
-/// For text between tags.
+/// A text as it is written between tags.
 std::string escaped(const std::string& text) {
     std::string html;
     for (const char c : text) {

@@ -6,7 +6,7 @@ namespace Veltrani::DisplayReport {
 
 struct DisplayScene;
 
-/// Writes a scene as one HTML page that shows it in three dimensions: it opens from a disk and asks no network.
+/// Writes a scene as one HTML page that shows it in three dimensions: it opens from a disk and contacts no network.
 ///
 /// Names can hold anything: they reach the page as data, and its policy runs no script but its own.
 class ScenePage {

@@ -18,8 +18,8 @@ namespace {
 
 using Vertices = std::vector<Point<double, 3>>;
 
-/// Of the size of the surface: the width of the cells in which vertices count as one. Rounding at a seam is many orders
-/// smaller, a triangle that can be seen many orders larger.
+/// The width of the cells in which vertices count as one, as a part of the size of the surface. Rounding at a seam is
+/// many orders smaller, a triangle that can be seen many orders larger.
 constexpr double SAME_PLACE = 1e-7;
 
 using Cell = std::array<long long, 3>;

@@ -28,7 +28,7 @@ struct SceneSurface {
     [[nodiscard]] bool isThinned() const { return trianglesOfMesh > triangles.size(); }
 };
 
-/// For each vertex the first of those at its place: itself where it stands alone. All must be finite.
+/// Returns for each vertex the first of those at its place, itself where it stands alone. All must be finite.
 [[nodiscard]] std::vector<std::uint32_t> weldedVertices(const std::vector<Point<double, 3>>& vertices);
 
 /// The edges of exactly one triangle. Vertices at the same place count as one, so that the seam of a closed shape is no

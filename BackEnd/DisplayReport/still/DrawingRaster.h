@@ -7,8 +7,8 @@
 
 namespace Veltrani::DisplayReport {
 
-/// How near the opaque triangles of a drawing are at each pixel: tells formats that have no depth of their own which
-/// shapes are hidden.
+/// How near the opaque triangles of a drawing are at each pixel: shows which shapes are hidden, for formats that have
+/// no depth of their own.
 class NearnessMap {
 public:
     explicit NearnessMap(const Drawing& drawing);

@@ -21,7 +21,7 @@ constexpr double LETTER_SHARE = 0.0115;
 constexpr double SMALLEST_LETTER = 6;
 /// Width of the list of channels as a share of the picture's width.
 constexpr double COLUMN_SHARE = 0.22;
-/// Of lines of small text below the scene.
+/// The most lines of small text below the scene.
 constexpr std::size_t MOST_NOTES = 4;
 /// Width of a letter with its space, as a share of the height of a capital one: of the widest ones.
 constexpr double LETTER_WIDTH = 0.95;

@@ -31,12 +31,12 @@ constexpr Colour EYE_COLOUR{20, 20, 20};
 
 /// Shares of the colour's light: of a surface that is seen edge on, and what facing it adds.
 constexpr double LEAST_LIGHT = 0.72;
-/// Of a screen that is seen from behind, and of a part of a mirror.
+/// The opacity of a screen that is seen from behind, and of a part of a mirror.
 constexpr double BEHIND_OPACITY = 0.12;
 constexpr double MIRROR_OPACITY = 0.16;
-/// Of a screen that is seen by way of a mirror.
+/// The opacity of a screen that is seen by way of a mirror.
 constexpr double MIRRORED_OPACITY = 0.5;
-/// Of the picture of a channel on the screen.
+/// The opacity of the picture of a channel on the screen.
 constexpr double PICTURE_OPACITY = 0.42;
 /// Pixels, in a picture of a thousand lines.
 constexpr double THIN = 1.1;
