@@ -67,10 +67,10 @@ Question asking(std::string& cell) {
     return {command, [command, &cell] { cell = textOf(command->getResult()).value_or(cell); }};
 }
 
-/// What a channel is asked beside its state, in the order of questions and columns: the only list of them.
+/// What is requested of a channel beside its state, in the order of questions and columns: the only list of them.
 struct Column {
     const char* heading;
-    bool onlyAwake;  ///< a projector that is not on refuses the answer, and that is no fault
+    bool onlyAwake;  ///< a projector that is not on refuses the question, and that is no fault
     Question (*ask)(std::string& cell);
 };
 
@@ -80,10 +80,10 @@ constexpr std::array COLUMNS{
     Column{"firmware", false, asking<GetFirmware>},
 };
 
-/// What one device is asked for its line, question by question, and the questions that it does not answer.
+/// The questions that are sent to one device for its line, one after another, and those that get no reply.
 class Interview {
 public:
-    /// @param line what is known without asking; filled as far as the device answers
+    /// @param line what is known without the device; filled as far as the device replies
     Interview(ChannelLine& line, Device& device) : m_line(line), m_device(device) {
         if (const Location* place = device.getLocation()) {
             line.device = toUtf8(place->getDescription());
@@ -129,8 +129,8 @@ private:
     std::vector<DisplayReport::Fault> m_faults;
 };
 
-/// Asks all devices at the same time, and reports what they do not answer in the order of their lines.
-/// @param devices one per line; null: nothing is asked
+/// Queries all devices at the same time, and reports the questions without a reply in the order of their lines.
+/// @param devices one per line; null: nothing is sent
 std::vector<DisplayReport::Fault> fill(std::vector<ChannelLine>& lines, const std::vector<Device*>& devices) {
     std::vector<std::unique_ptr<Interview>> interviews;
     DeviceTalks talks;
@@ -160,7 +160,7 @@ ChannelLine lineOf(const std::string& name, const std::wstring& id) {
     return {name, toUtf8(id), NOT_TOLD, "missing", std::vector<std::string>(COLUMNS.size(), NOT_TOLD)};
 }
 
-/// Where the configuration says that the projector is.
+/// Where the projector is according to the configuration.
 std::string configuredPlace(const std::wstring& snippet) {
     try {
         const DeviceSnippet configured = DeviceSnippet::parse(snippet);

@@ -75,8 +75,8 @@ ProjectorAddition::Added ProjectorAddition::add(const Target& target) const {
             channel.getConfig()->getWidth(), channel.getConfig()->getHeight()};
 }
 
-/// A question to this one address: the answer to a search is the only one in which a projector tells its MAC address.
-/// Nothing when it does not answer.
+/// Sends a search to this one address: the reply to a search is the only one in which a projector states its MAC
+/// address. Returns nothing without a reply.
 std::optional<MacAddress> ProjectorAddition::askMac(const ProjectorAddress& address) const {
     PjlinkSearchSettings settings = m_devices.settings().search;
     settings.targets = {address.host};
@@ -87,8 +87,8 @@ std::optional<MacAddress> ProjectorAddition::askMac(const ProjectorAddress& addr
     return answers.empty() || !isIt(answers.back()) ? std::nullopt : std::optional(answers.back().mac);
 }
 
-/// A MAC address that a user states is compared with what the projector tells, where it can: it does from class 2 on.
-/// One that does not tell is taken at the user's word.
+/// A MAC address that a user states is compared with the one that the projector reports, where it does: from class 2
+/// on. Elsewhere it is taken at the user's word.
 void ProjectorAddition::requireSame(const MacAddress& mac, const ProjectorAddress& address, Device* device) const {
     std::optional<MacAddress> told;
     try {

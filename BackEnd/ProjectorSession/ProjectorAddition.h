@@ -19,7 +19,7 @@ class DeviceManager;
 
 namespace Veltrani::ProjectorSession {
 
-/// Adds a projector to a configuration, as an entry and as a channel. No projector but the new one is asked anything.
+/// Adds a projector to a configuration, as an entry and as a channel. No projector but the new one is contacted.
 ///
 /// Every fault is a `VeltraniException` with a message for people; the configuration may be half changed then and must
 /// not be saved.
@@ -28,7 +28,7 @@ public:
     /// Which projector: by its address, by its MAC address, or both.
     struct Target {
         std::optional<DeviceFramework2::ProjectorAddress> address;  ///< without: the network is searched
-        std::optional<DeviceFramework2::MacAddress> mac;            ///< without: the projector is asked for it
+        std::optional<DeviceFramework2::MacAddress> mac;            ///< without: requested from the projector
         std::wstring name;                                          ///< of the channel; empty: where it is
     };
 
@@ -36,19 +36,19 @@ public:
         std::wstring uid;
         std::wstring name;
         std::wstring place;  ///< "PJLink 192.0.2.10:4352"
-        int width = 0;       ///< pixels, 0 when the projector does not tell
+        int width = 0;       ///< pixels, 0 when the projector does not report it
         int height = 0;
     };
 
     ProjectorAddition(XMLConfigFile& config, DeviceFramework2::DeviceManager& devices)
         : m_config(config), m_devices(devices) {}
 
-    /// Refuses a projector, an address and a name that the configuration has already, and a MAC address that is not
-    /// the one that the projector at the address tells.
+    /// Refuses a projector, an address and a name that the configuration has already, and a MAC address that is not the
+    /// one that the projector at the address reports.
     Added add(const Target& target) const;
 
-    /// Adds the entry that `add` has made once more, to a newer state of the configuration; no projector is asked. The
-    /// same is refused as there, with nothing changed.
+    /// Adds the entry that `add` has made once more, to a newer state of the configuration; no projector is contacted.
+    /// The same is refused as there, with nothing changed.
     /// @param statedName that of the target; empty when the name of the entry is where it is, which need not be new
     static void repeat(const ProjectorConfig& entry, const std::wstring& statedName, XMLConfigFile& newer);
 

@@ -20,7 +20,7 @@ using namespace DeviceFramework2;
 
 namespace {
 
-/// What one projector is asked, question by question.
+/// The questions that are sent to one projector, one after another.
 class Introduction {
 public:
     explicit Introduction(DiscoveredProjector& found) : m_found(found) {}

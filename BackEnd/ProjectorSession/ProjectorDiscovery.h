@@ -12,13 +12,13 @@
 
 namespace Veltrani::ProjectorSession {
 
-/// A projector that answered a search. All texts UTF-8.
+/// A projector that replied to a search. All texts UTF-8.
 struct DiscoveredProjector {
     DeviceFramework2::MacAddress mac;
     std::string address;  ///< "192.0.2.10:4352"
     std::string name;     ///< that its owner gave it
     std::string model;
-    std::string fault;  ///< why name and model are not known; empty when it was not asked, too
+    std::string fault;  ///< why name and model are not known; empty when it was not contacted, too
 };
 
 /// What a search has come to.
@@ -28,19 +28,19 @@ struct Discovery {
     std::vector<std::string> leftOut;
 };
 
-/// What a search may lead to at most. Answers to a search prove nothing about who sends them; however many there are,
+/// What a search may lead to at most. Replies to a search prove nothing about who sends them; however many there are,
 /// no more than this comes of them.
 struct DiscoveryLimits {
-    /// Projectors that are asked for name and model, of those that answered first.
+    /// Projectors whose name and model are requested: those that replied first.
     std::size_t projectors = 256;
-    /// For all of them together.
+    /// The time for all of them together.
     std::chrono::milliseconds time{120000};
 };
 
-/// Searches the network for projectors and asks those that answer who they are, all at the same time.
+/// Searches the network for projectors and requests name and model of those that reply, all at the same time.
 ///
-/// Of one network address, `PjlinkSearch::MOST_ANSWERS_PER_ADDRESS` answers count, and its projectors are asked one
-/// after another.
+/// Of the replies from one network address `PjlinkSearch::MOST_ANSWERS_PER_ADDRESS` count, and the projectors there are
+/// contacted one after another.
 class ProjectorDiscovery {
 public:
     /// @param progress called at the beginning and whenever a projector is done
@@ -55,7 +55,7 @@ public:
     static void print(const std::vector<DiscoveredProjector>& projectors, std::ostream& out);
 
 private:
-    /// Returns how many had no time left for their answers.
+    /// Returns how many had no time left for their replies.
     std::size_t introduce(std::vector<DiscoveredProjector>& projectors, std::size_t count) const;
 
     DeviceFramework2::DeviceManager::Settings m_settings;

@@ -10,14 +10,14 @@ class Device;
 
 namespace Veltrani::ProjectorSession {
 
-/// What asking a configured projector came to.
+/// What contacting a configured projector led to.
 struct ProjectorFinding {
     std::wstring id;       ///< of the configuration entry
     std::wstring snippet;  ///< of the configuration entry
     std::string name;      ///< of the channel, UTF-8
     /// Why the projector does not do, and what to mend: one line, UTF-8; empty when it does.
     std::string fault;
-    /// Belongs to the device manager that was asked, where it is counted once for this finding. Null with a fault.
+    /// Belongs to the device manager of the survey, where it is counted once for this finding. Null with a fault.
     DeviceFramework2::Device* device = nullptr;
     /// False for an entry with the identity of another one: no channel can be made of it, not even a simulated one.
     bool replaceable = true;

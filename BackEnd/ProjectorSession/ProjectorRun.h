@@ -26,7 +26,7 @@ namespace Veltrani::ProjectorSession {
 /// Ids and snippets of the configuration change in memory, as set-up has it; save it only when that is wanted.
 class ProjectorRun {
 public:
-    /// Asks every projector. The configuration and the manager must outlive this.
+    /// Queries every projector. The configuration and the manager must outlive this.
     ProjectorRun(XMLConfigManager& config, DeviceFramework2::DeviceManager& devices, ProjectorNeed need,
                  const DisplayReport::Progress& progress = {});
     ~ProjectorRun();
@@ -45,7 +45,7 @@ public:
     [[nodiscard]] const CommandRecords& records() const { return m_devices.records(); }
     /// Channels with a virtual projector. Call after `buildChannels`.
     [[nodiscard]] std::size_t simulatedChannels();
-    /// Told of each command that is sent from now on.
+    /// Sets the function that is called with each command that is sent from now on.
     void setObserver(RecordedDevice::Recorder observer) { m_devices.setObserver(std::move(observer)); }
     /// The name of the channel whose device has this UID, UTF-8; the UID itself when there is none.
     [[nodiscard]] std::string nameOf(const std::wstring& uid) const;

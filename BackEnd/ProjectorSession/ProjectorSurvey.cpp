@@ -50,12 +50,12 @@ void requireSnippet(const std::wstring& snippet) {
     }
 }
 
-/// What the survey asks one projector, question by question.
+/// The questions that the survey sends to one projector, one after another.
 class Inquiry {
 public:
     Inquiry(ProjectorFinding& finding, ProjectorNeed need) : m_finding(finding), m_need(need) {}
 
-    /// The next question; null when there is none left or none is worth asking any more.
+    /// The next question; null when there is none left or none is worth sending any more.
     /// @param fault of the contact or of the question before; null when there was none
     std::shared_ptr<Command> next(Device* device, const DeviceException* fault) {
         try {
@@ -142,7 +142,7 @@ std::string sameAs(const ProjectorFinding& earlier, const std::string& what) {
                      "); correct the Device element of one of the two, or remove one");
 }
 
-/// Two entries that mean one projector; the later one is at fault, and says which the other one is.
+/// Two entries that mean one projector; the later one is at fault, and names the other one.
 bool isDuplicate(ProjectorFinding& finding, const std::vector<ProjectorFinding>& earlier) {
     const std::wstring uid = createMACAddressDeviceUIDFromDeviceSnippet(finding.id, finding.snippet);
     const auto address = ProjectorAddress::ofText(finding.snippet);
@@ -160,7 +160,7 @@ bool isDuplicate(ProjectorFinding& finding, const std::vector<ProjectorFinding>&
     return false;
 }
 
-/// One finding per entry, with the faults that need no projector to be asked.
+/// One finding per entry, with the faults that are found without contacting a projector.
 std::vector<ProjectorFinding> entriesOf(const XMLConfigManager& config) {
     std::vector<ProjectorFinding> findings;
     for (const std::wstring& id : config.getProjectorConfigIds()) {

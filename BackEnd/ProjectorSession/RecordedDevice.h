@@ -16,7 +16,7 @@ public:
     using Recorder = std::function<void(const CommandRecord&)>;
 
     /// @param device not owned; must outlive this
-    /// @param recorder told of each command once it is over
+    /// @param recorder called with each command once it is over
     RecordedDevice(DeviceFramework2::Device& device, Recorder recorder)
         : m_device(device), m_recorder(std::move(recorder)) {}
 

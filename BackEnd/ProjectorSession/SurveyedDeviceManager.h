@@ -18,14 +18,14 @@ class DeviceManager;
 
 namespace Veltrani::ProjectorSession {
 
-/// The device manager of one run over surveyed projectors: nobody is asked for a second time, and everything that is
-/// sent through it is noted.
+/// The device manager of one run over surveyed projectors: no projector is queried for a second time, and everything
+/// that is sent through it is recorded.
 ///
-/// A projector that the survey found unusable does not exist here, so that whoever sets channels up treats it as
+/// A projector that the survey found unusable does not exist here, so that a caller that sets channels up treats it as
 /// missing. Devices are handed out as `RecordedDevice`s, one per device.
 class SurveyedDeviceManager : public DeviceFramework2::IDeviceManager {
 public:
-    /// @param manager the one that the survey asked; must outlive this
+    /// @param manager the one that the survey used; must outlive this
     /// @param findings of the survey; their devices are given back with this object
     SurveyedDeviceManager(DeviceFramework2::DeviceManager& manager, std::vector<ProjectorFinding> findings);
     ~SurveyedDeviceManager() override;
@@ -39,7 +39,7 @@ public:
     [[nodiscard]] const std::vector<ProjectorFinding>& findings() const { return m_findings; }
     /// What was sent to the devices as they are handed out, whether it arrived or not.
     [[nodiscard]] const CommandRecords& records() const { return m_records; }
-    /// Told of each command from now on.
+    /// Sets the function that is called with each command from now on.
     void setObserver(RecordedDevice::Recorder observer) { m_observer = std::move(observer); }
     /// The device behind one that is handed out, for `DeviceTalks`; any other, and null, as it is.
     /// What it is sent is not noted.
