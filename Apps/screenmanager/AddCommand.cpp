@@ -74,7 +74,7 @@ void printAdded(const ProjectorAddition::Added& added) {
                           : "resolution not told; state it in the file"));
 }
 
-/// False when the file has several names, which has been reported then: found before a projector is asked in vain.
+/// False when the file has several names, which has been reported then: found before a projector is contacted in vain.
 bool isReplaceable(const std::string& file) {
     try {
         XMLConfigFile::requireOneName(file);
@@ -123,10 +123,10 @@ std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const
     return newer;
 }
 
-/// Saves a new entry. Nobody could lock the file for as long as a projector may be asked: when it was changed
+/// Saves a new entry. The file cannot stay locked for as long as a projector may take to reply: when it was changed
 /// meanwhile, the entry goes to the newer file, if it fits there.
 ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const Options& options) {
-    // Every further try means that somebody else has saved a change of his own this moment.
+    // Every further try means that another program has saved a change of its own this moment.
     constexpr int MOST_TRIES = 1000;
     if (const auto code = trySave(config, options.file)) {
         return *code;

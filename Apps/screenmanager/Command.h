@@ -59,7 +59,7 @@ struct CommandOptions {
 
 /// The argument FILE. Values are filled by parsing here and below, and must outlive the command line.
 void addDisplayFile(OptionList& line, std::string& file);
-/// `--output`, of what the default help does not say.
+/// Adds `--output`; `help` replaces the default text where that does not describe the output.
 void addOutput(OptionList& line, std::string& output, const char* help = "File to write instead of standard output");
 /// `--grid` and `--boundary`: how densely targets are placed.
 void addPlan(OptionList& line, Veltrani::DisplayReport::TargetPlan& plan);

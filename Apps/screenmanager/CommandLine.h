@@ -15,7 +15,7 @@ public:
 
     /// Throws the errors of CLI11, which also carry `--help` and `--version`.
     void parse(int argc, char** argv);
-    /// Prints the message of an error, or the help that was asked for; returns an `ExitCode`.
+    /// Prints the message of an error, or the help that was requested; returns an `ExitCode`.
     [[nodiscard]] int report(const CLI::ParseError& error) const;
     /// Does what was said; returns an `ExitCode`.
     [[nodiscard]] int run();

@@ -23,7 +23,7 @@ enum ExitCode : int {
 
 /// The only way of a text to standard error, and of a single line to standard output.
 ///
-/// What the program says holds names, ids, file names, values of files and answers of devices. Whatever in them steers
+/// What the program says holds names, ids, file names, values of files and replies of devices. Whatever in them steers
 /// a terminal is spelled out here (see `Veltrani::onOneLine`), line feeds too: a line ends where the program ends it.
 class Console {
 public:

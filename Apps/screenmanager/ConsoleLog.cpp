@@ -80,7 +80,7 @@ Installed& installed() {
     return instance;
 }
 
-/// Nobody builds the text of a record that nobody sees.
+/// The text of a record that is not shown is not built.
 void show(const LevelPtr& threshold) {
     installed().console->setThreshold(threshold);
     installed().root->setLevel(installed().others ? Level::getInfo() : threshold);

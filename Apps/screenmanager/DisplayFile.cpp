@@ -19,7 +19,7 @@ std::unique_ptr<XMLConfigFile> DisplayFile::read(const std::string& file) {
 std::vector<Fault> DisplayFile::loadScreen(XMLConfigFile& config, Verbosity verbosity) {
     ProgressMeter progress(verbosity != Verbosity::QUIET, "building the screen");
     progress.begin();
-    // Every fault is answered; the library's warning of the first would only repeat it.
+    // Every fault is returned; the library's warning of the first would only repeat it.
     const ConsoleLog::ErrorsOnly quieter(verbosity == Verbosity::NORMAL);
     return ScreenLoader::load(config);
 }

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// The configuration that a command works on. Whatever is wrong with it has been told on standard error when an
-/// operation answers that it failed.
+/// The configuration that a command works on. Whatever is wrong with it has been reported on standard error when an
+/// operation returns that it failed.
 class DisplayFile {
 public:
     DisplayFile() = delete;
@@ -17,8 +17,8 @@ public:
     /// Null when the configuration cannot be read.
     [[nodiscard]] static std::unique_ptr<XMLConfigFile> read(const std::string& file);
 
-    /// Loads what can be loaded of the screen, with progress on a terminal; answers what is wrong with the rest, of
-    /// which nothing has been told.
+    /// Loads what can be loaded of the screen, with progress on a terminal; returns what is wrong with the rest, none
+    /// of which has been reported.
     [[nodiscard]] static std::vector<Veltrani::DisplayReport::Fault> loadScreen(XMLConfigFile& config,
                                                                                 Verbosity verbosity);
 

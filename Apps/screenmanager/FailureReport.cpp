@@ -79,7 +79,7 @@ int reportEnd(const std::exception_ptr& exception) noexcept {
             Console::error("internal fault: " + Veltrani::toUtf8(Veltrani::messageOf(exception)));
         }
     } catch (...) {
-        // The cause of the first fault is known; there is no memory to tell more.
+        // The cause of the first fault is known; there is no memory to report more.
         if (!isMemory) {
             sayThatMemoryRanOut();
         }

@@ -5,7 +5,7 @@
 #include <exception>
 #include <string>
 
-/// Tells on standard error why something failed: "error: FILE: message", then one "because:" line per nested cause.
+/// Reports on standard error why something failed: "error: FILE: message", then one "because:" line per nested cause.
 ///
 /// Too little memory is a fault neither of a file nor of a display: such an exception is thrown on, here and in all
 /// other reports, and ends the run (see `reportEnd`).
@@ -17,6 +17,6 @@ void reportConfigurationFailure(const std::string& file, const std::exception_pt
 /// The same for a fault that has been collected: "error: SUBJECT: where: what".
 void reportFault(const std::string& subject, const Veltrani::DisplayReport::Fault& fault);
 
-/// Tells what ended the run against all expectation: too little memory, or a fault in the program itself. Answers an
+/// Reports what ended the run against all expectation: too little memory, or a fault in the program itself. Returns an
 /// `ExitCode`. Never throws.
 [[nodiscard]] int reportEnd(const std::exception_ptr& exception) noexcept;

@@ -87,7 +87,7 @@ std::optional<PointInput> openPoints(const Points& points, const Options& option
     }
 }
 
-/// How far the reading of a file is; nothing where nobody knows how long the input is.
+/// How far the reading of a file is; nothing where the length of the input is not known.
 void showProgress(const PointInput& input, ProgressMeter& progress) {
     constexpr std::size_t BYTES_PER_KILOBYTE = 1000;
     if (input.size() > 0) {

@@ -39,7 +39,7 @@ const State& stateNamed(const std::string& name) {
 }
 
 /// What reached the projectors before a fault: they keep it until somebody changes it. A command that failed may have
-/// been carried out all the same, when only its answer was lost.
+/// been carried out all the same, when only its reply was lost.
 void reportSent(const ProjectorRun& run, const std::string& file) {
     std::string text;
     for (const CommandRecord& record : run.records()) {

@@ -15,7 +15,7 @@ public:
     ProgressMeter(const ProgressMeter&) = delete;
     ProgressMeter& operator=(const ProgressMeter&) = delete;
 
-    /// Shows at once that the work is under way, for work that cannot tell how far it is.
+    /// Shows at once that the work is under way, for work that cannot report how far it is.
     void begin();
 
     /// `done` of `total` equal pieces are done.

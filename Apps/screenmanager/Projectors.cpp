@@ -11,7 +11,7 @@ namespace {
 using namespace Veltrani::DeviceFramework2;
 using Veltrani::ProjectorSession::ProjectorFinding;
 
-/// Bounds of a wait in seconds: an answer on a local network takes milliseconds, and nobody waits for longer than an
+/// Bounds of a wait in seconds: a reply on a local network takes milliseconds, and nobody waits for longer than an
 /// hour.
 constexpr double SHORTEST_TIMEOUT = 0.01;
 constexpr double LONGEST_TIMEOUT = 3600.0;

@@ -14,7 +14,7 @@
 /// What every command that talks to projectors can be given.
 struct DeviceOptions : CommandOptions {
     std::optional<std::chrono::milliseconds> timeout;  ///< for each wait; without: the limits of the standard
-    /// Where a search asks; without: on all networks of the machine.
+    /// The address that a search is sent to; without: all networks of the machine.
     std::optional<Veltrani::DeviceFramework2::ProjectorAddress> broadcast;
 
     [[nodiscard]] Veltrani::DeviceFramework2::DeviceManager::Settings settings() const;

@@ -45,7 +45,7 @@ std::unique_ptr<std::streambuf> openThrough(const std::string& path) {
 }  // namespace
 
 /// A file that is replaced as a whole, as the buffer of a stream. Keeps the first fault instead of throwing it through
-/// the stream, where nobody could tell it from those of the writer.
+/// the stream, where it could not be distinguished from those of the writer.
 class ResultFile::WholeFile : public std::streambuf {
 public:
     explicit WholeFile(const std::string& path) : m_file(path) {

@@ -36,9 +36,9 @@ public:
     /// True when writing there would replace a file that the display is described by; reported then.
     [[nodiscard]] static bool replacesInput(const std::string& path, const XMLConfigManager& config,
                                             const std::string& configurationFile);
-    /// Of files that exist.
+    /// True when both names lead to one file, which exists.
     [[nodiscard]] static bool isSameFile(const std::string& a, const std::string& b);
-    /// Of files that need not exist yet, too.
+    /// The same for files that need not exist yet.
     [[nodiscard]] static bool isSamePlace(const std::string& a, const std::string& b);
 
 private:
