@@ -11,6 +11,6 @@ public:
     AllocationFault(const AllocationFault&) = delete;
     AllocationFault& operator=(const AllocationFault&) = delete;
 
-    /// Whether the allocation has been asked for, and has failed.
+    /// Whether the allocation has been requested, and has failed.
     [[nodiscard]] bool happened() const;
 };

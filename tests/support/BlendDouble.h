@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-/// A blend that answers what its members say.
+/// A blend that returns what its members state.
 class BlendDouble : public Blend, public Recorder {
 public:
     explicit BlendDouble(const Frustum& theFrustum = Frustum(), Trace* trace = nullptr)
@@ -14,7 +14,7 @@ public:
 
     mutable Frustum frustum;
     std::shared_ptr<ProjectionModel> model;
-    /// Called before each answer about the frustum, which it may change.
+    /// Called each time before the frustum is returned, which it may change.
     std::function<void(Frustum&)> change;
 
     const Frustum& getSphericalBlendExtents() const override {

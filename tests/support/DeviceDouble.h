@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-/// A device that answers what its members say. Commands stand in the trace as "RunFillBlackTo 5": the name of their
+/// A device that returns what its members state. Commands stand in the trace as "RunFillBlackTo 5": the name of their
 /// type and their parameter, if they have one.
 class DeviceDouble : public Veltrani::DeviceFramework2::Device, public Recorder {
 public:
@@ -24,7 +24,7 @@ public:
 
     /// The type names of the commands that it does not support.
     std::set<std::string> refused;
-    /// Nothing: the question is executed but not answered.
+    /// Nothing: the question is executed but has no result.
     std::optional<std::string> firmware;
     std::optional<Point<int, 2>> nativeResolution;
     std::optional<int> activeInput;

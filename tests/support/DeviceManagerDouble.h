@@ -14,9 +14,9 @@ class DeviceManagerDouble : public Veltrani::DeviceFramework2::IDeviceManager, p
 public:
     explicit DeviceManagerDouble(Trace* trace = nullptr) : Recorder("devices", trace) {}
 
-    /// What `getDevice` answers, by configuration id. The device that `createDevice` makes is added under its UID.
+    /// What `getDevice` returns, by configuration id. The device that `createDevice` makes is added under its UID.
     std::map<std::wstring, DeviceDouble*> devices;
-    /// What `createDevice` makes, by snippet and whether a real device is asked for; null without an entry.
+    /// What `createDevice` makes, by snippet and whether a real device is requested; null without an entry.
     std::map<std::pair<std::wstring, bool>, DeviceDouble*> creatable;
 
     Veltrani::DeviceFramework2::AbstractDevice* getDevice(const std::wstring& configurationId) override;

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-/// A projection model that answers what its members say.
+/// A projection model that returns what its members state.
 class ProjectionModelDouble : public ProjectionModel, public Recorder {
 public:
     explicit ProjectionModelDouble(Trace* trace = nullptr, const std::string& name = "model") : Recorder(name, trace) {}

@@ -5,7 +5,7 @@
 
 #include <array>
 
-/// A projector entry that answers what its members say; setters store there.
+/// A projector entry that returns what its members state; setters store there.
 class ProjectorConfigDouble : public ProjectorConfig, public Recorder {
 public:
     explicit ProjectorConfigDouble(std::wstring id, Trace* trace = nullptr)

@@ -11,13 +11,13 @@
 #include <utility>
 
 /// What the recording doubles have in common: every call is counted and goes into a trace as
-/// "name.operation(arguments)", and any of them can be told to throw.
+/// "name.operation(arguments)", and any of them can be made to throw.
 ///
 /// Texts stand in quotes, points in parentheses, doubles in their shortest form that reads back exactly, pointers as
 /// "null" or "set".
 class Recorder {
 public:
-    /// @param trace receives the calls; null when nobody asks for them
+    /// @param trace receives the calls; null when they are not needed
     explicit Recorder(std::string name, Trace* trace = nullptr);
 
     void recordTo(Trace* trace) { m_trace = trace; }

@@ -3,7 +3,7 @@
 #include "Configuration/IScreenConfig.h"
 #include "support/Recorder.h"
 
-/// A screen description that answers what its members say.
+/// A screen description that returns what its members state.
 class ScreenConfigDouble : public IScreenConfig, public Recorder {
 public:
     explicit ScreenConfigDouble(Trace* trace = nullptr) : Recorder("screen", trace) {}

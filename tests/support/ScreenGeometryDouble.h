@@ -5,7 +5,7 @@
 
 #include <functional>
 
-/// A screen geometry that answers what its members say.
+/// A screen geometry that returns what its members state.
 class ScreenGeometryDouble : public ScreenGeometry, public Recorder {
 public:
     explicit ScreenGeometryDouble(Trace* trace = nullptr, const std::string& name = "geometry")

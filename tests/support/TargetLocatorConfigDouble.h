@@ -3,7 +3,7 @@
 #include "Configuration/TargetLocatorConfig.h"
 #include "support/Recorder.h"
 
-/// Target-locator settings that answer what their members say.
+/// Target-locator settings that return what their members state.
 class TargetLocatorConfigDouble : public TargetLocatorConfig, public Recorder {
 public:
     using Table = std::vector<std::pair<double, double>>;

@@ -19,9 +19,9 @@ public:
     /// The path of an entry, which need not exist; `name` may hold slashes.
     [[nodiscard]] std::string file(const std::string& name) const { return m_path + "/" + name; }
 
-    /// Writes a file, byte for byte, with the folders that lead to it; answers its path.
+    /// Writes a file, byte for byte, with the folders that lead to it; returns its path.
     std::string write(const std::string& name, std::string_view content) const;
-    /// Makes a folder and those that lead to it; answers its path.
+    /// Makes a folder and those that lead to it; returns its path.
     std::string makeFolder(const std::string& name) const;
     /// The bytes of a file.
     [[nodiscard]] std::string read(const std::string& name) const;

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// The ordered record of everything that the doubles of a test were asked and everything that was logged, one line
-/// each. Several doubles and a log trap write into one trace, so that a test compares their order step by step.
+/// The ordered record of every call of the doubles of a test and every log record, one line each. Several doubles and a
+/// log trap write into one trace, so that a test compares their order step by step.
 class Trace {
 public:
     void add(const std::string& line);

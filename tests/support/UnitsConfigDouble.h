@@ -3,7 +3,7 @@
 #include "Configuration/IUnitsConfig.h"
 #include "support/Recorder.h"
 
-/// Native units that answer what their member says.
+/// Native units that return what their member states.
 class UnitsConfigDouble : public IUnitsConfig, public Recorder {
 public:
     explicit UnitsConfigDouble(Trace* trace = nullptr) : Recorder("units", trace) {}

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] int searchPort() const { return m_searchPort; }
 
     /// What happened so far, in order: "OPEN p n", "LINE p text", "CLOSE p n" (n: open connections of projector p
-    /// afterwards), "SEARCH text". A line stands here before it is answered.
+    /// afterwards), "SEARCH text". A line stands here before its reply is sent.
     [[nodiscard]] std::vector<std::string> journal() const;
     /// The command lines that one projector received.
     [[nodiscard]] std::vector<std::string> lines(std::size_t projector = 0) const;

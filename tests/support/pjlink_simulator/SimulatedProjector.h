@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-/// One projector: its state, and its answer to each command line.
+/// One projector: its state, and its reply to each command line.
 class SimulatedProjector {
 public:
     explicit SimulatedProjector(const SimulatorOptions& options) : m_options(options), m_power(options.power) {}

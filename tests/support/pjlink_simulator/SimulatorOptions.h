@@ -19,22 +19,22 @@ struct SimulatorOptions {
     std::string digest;    ///< the one login that is accepted
     std::string greeting;  ///< in place of the usual one; "-" greets with nothing
     std::string lineEnd = "\r";
-    int delay = 0;             ///< milliseconds before each answer
-    int split = -1;            ///< milliseconds between the bytes of an answer; -1 sends it whole
+    int delay = 0;             ///< milliseconds before each reply
+    int split = -1;            ///< milliseconds between the bytes of a reply; -1 sends it whole
     bool halfClose = false;    ///< finishes sending after the greeting
     int closeAfter = -1;       ///< commands after which a connection is closed; -1 never
-    int resetAfter = -1;       ///< commands after which a connection is reset amid the answer; -1 never
-    int silentAfter = -1;      ///< commands after which a connection is not answered any more; -1 never
-    std::string silentOn;      ///< command that is never answered, such as "POWR"
+    int resetAfter = -1;       ///< commands after which a connection is reset amid the reply; -1 never
+    int silentAfter = -1;      ///< commands after which a connection gets no reply any more; -1 never
+    std::string silentOn;      ///< command that never gets a reply, such as "POWR"
     int flood = 0;             ///< bytes of lines that follow the greeting unasked
-    int endless = 0;           ///< bytes without a line end in place of each answer
-    std::string rawAnswer;     ///< line in place of each answer; empty: the usual one
-    int dieAfter = -1;         ///< commands after which, once answered, the program ends; -1 never
-    std::string mac;           ///< MAC address that answers each search request, alone
-    int searchAnswers = 0;     ///< answers to each search request, each with a MAC address of its own
+    int endless = 0;           ///< bytes without a line end in place of each reply
+    std::string rawAnswer;     ///< line in place of each reply; empty: the usual one
+    int dieAfter = -1;         ///< commands after which, once replied to, the program ends; -1 never
+    std::string mac;           ///< MAC address that replies to each search request, alone
+    int searchAnswers = 0;     ///< replies to each search request, each with a MAC address of its own
     int searchHosts = 0;       ///< loopback addresses that these come from in turn; 0: the own one
     bool searchNoise = false;  ///< duplicates and junk among them
-    bool spread = false;       ///< each projector has an address of its own, one port, and answers each search
+    bool spread = false;       ///< each projector has an address of its own, one port, and replies to each search
     std::string journal;       ///< file that receives one line per event
-    std::map<std::string, std::string> answers;  ///< "AVMT 11" or "AVMT" to what follows the "=" of the answer
+    std::map<std::string, std::string> answers;  ///< "AVMT 11" or "AVMT" to what follows the "=" of the reply
 };

@@ -19,9 +19,9 @@ constexpr int BACKLOG = 64;
 
 /// 127.0.1.1 and following: addresses of projectors that are spread.
 constexpr std::uint32_t FIRST_PROJECTOR = INADDR_LOOPBACK + 0x100;
-/// 127.1.0.1 and following: addresses that answers to a search come from, and nobody serves.
+/// 127.1.0.1 and following: addresses that replies to a search come from, and that nothing serves.
 constexpr std::uint32_t FIRST_SEARCH_HOST = INADDR_LOOPBACK + 0x10000;
-/// The number of the first MAC address of projectors that are spread; other answers have smaller ones.
+/// The number of the first MAC address of projectors that are spread; other replies have smaller ones.
 constexpr int FIRST_SPREAD_MAC = 0x10000;
 
 sockaddr_in endpoint(std::uint32_t host, int port) {
@@ -190,7 +190,7 @@ int SimulatorServer::waitMilliseconds(Clock::time_point end) const {
     return static_cast<int>(std::max<std::int64_t>(left, 0));
 }
 
-/// Before the last answer leaves, so that nobody who has it can still connect.
+/// To be called before the last reply leaves, so that no client that has it can still connect.
 void SimulatorServer::stopListening() {
     m_dying = true;
     for (Listener& listener : m_listeners) {
