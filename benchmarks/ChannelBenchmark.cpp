@@ -20,7 +20,7 @@ namespace {
 
 constexpr int CHANNELS = 1000;
 /// No worse than the plain scan. By projector id nearly all of the time is that of the configuration, which both sides
-/// ask alike for former ids: that ratio is one, give or take what a busy machine adds.
+/// query alike for former ids: that ratio is one, give or take what a busy machine adds.
 constexpr double LIMIT = 1.0;
 
 std::string configuration() {

@@ -19,7 +19,7 @@ constexpr double BATCH_LIMIT = 0.6;
 /// Rays in any order gain nothing from company; they must not lose either.
 constexpr double SCATTERED_BATCH_LIMIT = 1.5;
 
-/// A mesh as both sides have it, built when it is first asked for.
+/// A mesh as both sides have it, built when it is first requested.
 class Contest {
 public:
     explicit Contest(int cells) : m_cells(cells) {}
@@ -44,7 +44,7 @@ private:
     std::unique_ptr<EmbreeReference> m_embree;
 };
 
-/// What a target locator asks: the hit, the normal at the bare point, the side.
+/// What a target locator requests of a screen: the hit, the normal at the bare point, the side.
 SurfaceHit askScreen(const MeshScreen& screen, const Ray& ray) {
     const IntersectionSet hits = screen.intersect(ray.first, ray.second);
     if (hits.empty()) {

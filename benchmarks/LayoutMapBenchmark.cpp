@@ -30,13 +30,13 @@ namespace {
 using Vector = Point<double, 3>;
 using Picture = Point<double, 2>;
 
-/// Of a channel of a dome, and of a collimated one.
+/// The pictures of a channel of a dome and of a collimated one, pixels.
 constexpr int WIDTH = 1920;
 constexpr int HEIGHT = 1200;
 constexpr int SIDE = 1024;
 /// Layout points that are searched, all of them those of pixels that the search finds.
 constexpr std::size_t WANTED = 4096;
-/// What a search of a picture of 1024 x 1024 pixels asks for on average.
+/// The layout points that a search of a picture of 1024 x 1024 pixels requests on average.
 constexpr std::size_t ASKED = 262;
 
 /// A display of one channel, straight ahead from an eye off the centre, with everything that its map needs.
@@ -72,7 +72,7 @@ Display mirrorDisplay() {
         SIDE, SIDE};
 }
 
-/// Of the pixels, row by row.
+/// The picture points of the pixels, row by row.
 std::vector<Picture> picturePoints(int width, int height) {
     std::vector<Picture> points;
     points.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
@@ -84,7 +84,7 @@ std::vector<Picture> picturePoints(int width, int height) {
     return points;
 }
 
-/// Times `step` on everything that was prepared; `count` answers each time.
+/// Times `step` on everything that was prepared; `count` results each time.
 template <class Step>
 ratio::Body timing(std::size_t count, const Step& step) {
     return [count, step](benchmark::State& state) {
@@ -131,7 +131,7 @@ void addSphericalPairs(const std::shared_ptr<MeshScreen>& screen) {
     ratio::pair("spherical_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.6);
 }
 
-/// Keeps what a search asks for.
+/// Keeps what a search requests.
 class AskedPoints : public CollimatedLayoutToChannelMap {
 public:
     using CollimatedLayoutToChannelMap::CollimatedLayoutToChannelMap;
@@ -168,7 +168,7 @@ public:
         search(with);
     }
 
-    /// As many as a search asks for on average, the same for all.
+    /// As many as a search requests on average, the same for all.
     void keepAsked(const std::vector<Picture>& points) {
         for (std::size_t i = 0; i < ASKED; ++i) {
             asked.push_back(points[i % points.size()]);
@@ -251,7 +251,7 @@ void addCollimatedPairs(const std::shared_ptr<MirrorChannel>& channel) {
         channel->without.mapChannelPointsToLayout(*points, *layout, 0);
         benchmark::DoNotOptimize(layout->data());
     });
-    // The mirror is asked ray by ray all the same.
+    // The mirror is called ray by ray all the same.
     ratio::pair("collimated_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.6);
     ratio::pair("collimated_search_1024_vs_262_maps", withoutCache, forward, 1.35);
     ratio::pair("collimated_search_warm_vs_kd_tree", withCache, queries, 2.5);

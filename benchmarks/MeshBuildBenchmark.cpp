@@ -13,7 +13,7 @@ namespace {
 
 constexpr double LIMIT = 1.4;
 
-/// What a caller sees: the mesh is given, the first ray is answered.
+/// What a caller sees: the mesh is passed, the hit of the first ray is returned.
 class AnsweringScreen {
 public:
     explicit AnsweringScreen(TriangleMesh mesh) : m_screen(std::move(mesh)) {

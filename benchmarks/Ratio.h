@@ -15,7 +15,7 @@
 ///     ...
 ///     return ratio::run(argc, argv);      // prints the table "name, ours, reference, ratio, limit"
 ///
-/// `run` answers 1 when a ratio is above its limit and the program was started with `--check`, else 0. All options of
+/// `run` returns 1 when a ratio is above its limit and the program was started with `--check`, else 0. All options of
 /// the benchmark library work as usual.
 namespace ratio {
 

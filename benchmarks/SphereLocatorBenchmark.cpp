@@ -32,7 +32,7 @@ using Table = SphereTargetLocatorParams::HeadingTable;
 
 constexpr double PI = std::numbers::pi;
 constexpr double RADIUS = 5;  // metres: a dome
-/// Of a channel of a dome, and of a rough look at it.
+/// The picture of a channel of a dome, pixels, and the columns and rows of a rough look at it.
 constexpr int WIDTH = 1920;
 constexpr int HEIGHT = 1200;
 constexpr int FEW = 100;
@@ -42,7 +42,7 @@ SphereTargetLocatorParams camera(const Table& pitches = {}, const Table& yaws = 
     return {{0.5, 1.0, 0.25}, -PI / 4, PI / 4, -PI / 4, PI / 4, 0.0, 0.0, 0.0, pitches, yaws};
 }
 
-/// A locator of another class is asked for each ray.
+/// A locator of another class is called for each ray.
 class RayByRay : public SphereTargetLocator {
 public:
     using SphereTargetLocator::SphereTargetLocator;
@@ -72,7 +72,7 @@ ratio::Body locating(const std::shared_ptr<ScreenGeometry>& screen, int columns,
     });
 }
 
-/// @param ask gets a ray and the point to set; answers whether there is one
+/// @param ask gets a ray and the point to set; returns whether there is one
 template <class Ask>
 ratio::Body casting(const Ask& ask, int columns, int rows) {
     return filling([ask, columns, rows](Grid& grid) {
@@ -197,7 +197,7 @@ void addHeadingPair(const std::string& name, double limit) {
                 limit);
 }
 
-/// What a grid takes while it is filled, relative to what it holds in the end; 0 when that cannot be told.
+/// What a grid takes while it is filled, relative to what it holds in the end; 0 when that cannot be determined.
 template <class Locator>
 double peakOfAGrid() {
     const pid_t child = ::fork();
