@@ -64,8 +64,8 @@ if(SM_SANITIZERS)
     target_compile_options(sm_options INTERFACE -fno-sanitize-recover=undefined)
   endif()
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    # By a name that tells the content and, with Ninja, not the folder: the compiler cache, which knows the list by its name
-    # alone, then serves every clone and nothing that was compiled with another list.
+    # By a name that identifies the content and, with Ninja, not the folder: the compiler cache, which knows the list by
+    # its name alone, then serves every clone and nothing that was compiled with another list.
     set(_ignores "${PROJECT_SOURCE_DIR}/cmake/sanitizer-ignores.txt")
     file(SHA1 "${_ignores}" _digest)
     configure_file("${_ignores}" "${CMAKE_BINARY_DIR}/sanitizer-ignores-${_digest}.txt" COPYONLY)
