@@ -19,7 +19,7 @@ std::string escaped(unsigned int unit) {
     return text.data();
 }
 
-/// As one unit of UTF-16 or as two, which is how JSON counts.
+/// The character as one unit of UTF-16 or as two, which is how JSON counts.
 std::string escapedCharacter(unsigned int character) {
     constexpr unsigned int FIRST_OF_TWO_UNITS = 0x10000;
     if (character < FIRST_OF_TWO_UNITS) {

@@ -14,7 +14,7 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// The library has no other sign of it than its words.
+/// The library reports lack of memory by the words of its message alone.
 bool namesMemory(std::string_view reason) {
     return reason.find("memory") != std::string_view::npos;
 }

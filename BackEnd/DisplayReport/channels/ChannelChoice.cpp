@@ -11,7 +11,7 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// Those that have a record.
+/// The channels whose projectors have a record.
 std::vector<ChannelChoice> channelsOf(const XMLConfigManager& config) {
     std::vector<ChannelChoice> channels;
     std::size_t index = 0;

@@ -71,7 +71,7 @@ LocatorSource customPlanar(const XMLConfigManager& config, const ProjectorConfig
         source.faults.push_back({"map", "no custom planar map file is given", {}});
     } else {
         try {
-            // Found as the locator finds it.
+            // The file is found as the locator finds it.
             const std::wstring file = config.processPath(L"").empty() ? name : config.processPath(name);
             const CustomPlanarScreenToChannelMap map(file, nullptr);
         } catch (...) {

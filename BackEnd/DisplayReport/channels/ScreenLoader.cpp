@@ -32,7 +32,7 @@ void attempt(const std::string& where, const std::wstring& file, std::vector<Fau
     try {
         step(file);
     } catch (const ObjLoadException&) {
-        // It names the line; which file it is of is known here.
+        // The exception names the line; the file is known here.
         Fault fault = faultOf(where, std::current_exception());
         fault.what = toUtf8(file) + ": " + fault.what;
         faults.push_back(std::move(fault));

@@ -19,7 +19,7 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// The record of a locator; its kind, which goes by the exact class, says which one it is.
+/// The record of a locator; its class follows from the kind, which goes by the exact class of the locator.
 template <class Record>
 const Record& recordOf(const TargetLocator& locator) {
     return static_cast<const Record&>(locator.getTargetLocatorParams());

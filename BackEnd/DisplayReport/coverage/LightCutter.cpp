@@ -155,8 +155,8 @@ std::pair<LitPoint, LitPoint> LightCutter::border(const LitPoint& from, const Li
         (middle.by == from.by ? near : far) = part;
         (middle.by == from.by ? inside : outside) = middle;
     }
-    // In one place, lest the gap between the two be nobody's: that of the one with more light, which all of its
-    // channels still reach.
+    // In one place, lest the gap between the two belong to neither: in that of the one with more light, which all of
+    // its channels still reach.
     (inside.by.count() < outside.by.count() ? inside.on : outside.on) =
         inside.by.count() < outside.by.count() ? outside.on : inside.on;
     return {inside, outside};

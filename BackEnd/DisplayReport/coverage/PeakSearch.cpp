@@ -10,9 +10,9 @@ namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// Bounds for the time of functions that promise everywhere, as jagged ones do: each costs up to five pixels. So many
-/// in turn that lead to nothing greater: along a border, of which whole pixels stand away more and less; inside; in
-/// what is offered. And so many in all.
+/// Bounds for the time of functions that promise everywhere, as jagged ones do: each cell costs up to five pixels. The
+/// search ends after so many cells in turn that lead to nothing greater: along a border, of which whole pixels stand
+/// away more and less; inside; in what is offered. It also ends after so many in all.
 constexpr std::size_t BORDER_PATIENCE = 150;
 constexpr std::size_t PATIENCE = 60;
 constexpr std::size_t OFFERED_PATIENCE = 25;

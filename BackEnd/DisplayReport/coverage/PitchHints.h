@@ -9,7 +9,7 @@
 
 namespace Veltrani::DisplayReport {
 
-/// A rectangle of a picture, in normalised coordinates; the whole picture when nothing else is said.
+/// A rectangle of a picture, in normalised coordinates; the whole picture unless another one is stated.
 struct PictureBox {
     Point<double, 2> minimum{0.0, 0.0};
     Point<double, 2> maximum{1.0, 1.0};

@@ -20,7 +20,7 @@ constexpr double ACROSS = 1.0 / 4;
 constexpr double LEAST = 1.0 / 16384;
 /// Borders are taken for straight over this part of a step.
 constexpr double FINE = 1.0 / 4;
-/// Triangles between two words on the progress.
+/// Triangles between two reports of the progress.
 constexpr std::size_t TRIANGLES_AT_ONCE = 64;
 /// Steps along the edges of all triangles, and along those where one picture lies: a bound for meshes of a great many
 /// long triangles.

@@ -30,7 +30,7 @@ constexpr double REACH = 6.0;
 constexpr double STEADY = 1.0 / 32;
 /// Newton's method needs three to five steps; more only where tables bend.
 constexpr int MOST_STEPS = 12;
-/// A place that is lit is approached by a whole step, or by a sixteenth at the edge of the screen. One in a shadow by
+/// A place that is lit is approached by a whole step, or by a sixteenth at the edge of the screen; one in a shadow by
 /// none.
 constexpr int MOST_HALVINGS = 4;
 /// What is left behind a step, at most, as a part of the step, where the screen goes on as a plane for as long. A point

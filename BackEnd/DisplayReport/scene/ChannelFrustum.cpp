@@ -185,7 +185,7 @@ std::unique_ptr<PictureRays> followedRays(const TargetLocator& locator) {
     return std::make_unique<FollowedRays>(locator, *params);
 }
 
-/// The record of a locator; its kind, which goes by the exact class, says which one it is.
+/// The record of a locator; its class follows from the kind, which goes by the exact class of the locator.
 template <class Record>
 const Record& recordOf(const TargetLocator& locator) {
     return static_cast<const Record&>(locator.getTargetLocatorParams());

@@ -16,7 +16,7 @@ namespace Veltrani::DisplayReport {
 /// that were placed.
 class SceneCollector {
 public:
-    /// How much a picture can hold; more is thinned, and the scene says so.
+    /// How much a picture can hold; more is thinned, which the notes of the scene state.
     struct Limits {
         std::size_t triangles = 60000;  ///< per surface
         std::size_t points = 60000;     ///< of the cloud

@@ -25,8 +25,8 @@ public:
     /// @param pieces must live as long as the survey
     CoverageSurvey& keepPieces(std::vector<CoveredPiece>& pieces);
 
-    /// A channel whose light is not known or misses the screen says so in its `fault`, and does not keep the others
-    /// from being measured. A screen without surface, or none, is reported in the `fault` of the report.
+    /// A channel whose light is not known or misses the screen reports that in its `fault`, and does not keep the
+    /// others from being measured. A screen without surface, or none, is reported in the `fault` of the report.
     [[nodiscard]] CoverageReport of(const XMLConfigManager& config) const;
 
 private:

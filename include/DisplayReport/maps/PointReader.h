@@ -87,7 +87,7 @@ public:
     /// As `PointReader::next`.
     bool next(Point<double, 3>& point);
 
-    /// Bytes of the whole input; 0 where nobody knows how long it is, as of a pipe.
+    /// Bytes of the whole input; 0 where its length is not known, as of a pipe.
     [[nodiscard]] std::size_t size() const { return m_size; }
     /// How many of them have been read.
     [[nodiscard]] std::size_t bytesRead() const { return m_reader ? m_reader->bytesRead() : 0; }

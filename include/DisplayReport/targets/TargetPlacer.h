@@ -19,8 +19,8 @@ public:
     /// @param progress called before each channel, and once more at the end
     explicit TargetPlacer(const TargetPlan& plan, Progress progress = {});
 
-    /// The screen must have been built. A channel without a locator, or none of whose targets lies on the screen, says
-    /// so in its `fault`; it does not keep the others from being placed.
+    /// The screen must have been built. A channel without a locator, or none of whose targets lies on the screen,
+    /// reports that in its `fault`; it does not keep the others from being placed.
     [[nodiscard]] TargetSurvey place(const XMLConfigManager& config) const;
 
 private:
