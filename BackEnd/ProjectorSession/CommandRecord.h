@@ -5,7 +5,7 @@
 
 namespace Veltrani::ProjectorSession {
 
-/// A command that a projector was sent.
+/// A command that was sent to a projector.
 struct CommandRecord {
     std::wstring uid;     ///< of the projector
     std::string command;  ///< the name of its class

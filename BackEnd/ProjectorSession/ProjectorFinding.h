@@ -15,7 +15,7 @@ struct ProjectorFinding {
     std::wstring id;       ///< of the configuration entry
     std::wstring snippet;  ///< of the configuration entry
     std::string name;      ///< of the channel, UTF-8
-    /// Why the projector does not do, and what to mend: one line, UTF-8; empty when it does.
+    /// Why the projector is not usable, and what to mend: one line, UTF-8; empty when it is.
     std::string fault;
     /// Belongs to the device manager of the survey, where it is counted once for this finding. Null with a fault.
     DeviceFramework2::Device* device = nullptr;

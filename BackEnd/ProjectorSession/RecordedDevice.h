@@ -8,9 +8,9 @@
 
 namespace Veltrani::ProjectorSession {
 
-/// Stands before a device and notes what it is sent; everything is passed through unchanged.
+/// Stands before a device and records what is sent to it; everything is passed through unchanged.
 ///
-/// A command that the device takes without supporting it is not noted: nothing reaches the projector then.
+/// A command that the device takes without supporting it is not recorded: nothing reaches the projector then.
 class RecordedDevice : public DeviceFramework2::Device {
 public:
     using Recorder = std::function<void(const CommandRecord&)>;

@@ -41,8 +41,8 @@ public:
     [[nodiscard]] const CommandRecords& records() const { return m_records; }
     /// Sets the function that is called with each command from now on.
     void setObserver(RecordedDevice::Recorder observer) { m_observer = std::move(observer); }
-    /// The device behind one that is handed out, for `DeviceTalks`; any other, and null, as it is.
-    /// What it is sent is not noted.
+    /// The device behind one that is handed out, for `DeviceTalks`; any other, and null, as it is. What is sent to it
+    /// is not recorded.
     [[nodiscard]] static DeviceFramework2::AbstractDevice* deviceBehind(DeviceFramework2::AbstractDevice* device);
     /// True for a virtual projector of this manager.
     [[nodiscard]] static bool isSimulated(const DeviceFramework2::AbstractDevice& device);
