@@ -42,7 +42,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   target_compile_options(sm_options INTERFACE -Wno-restrict)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # Nobody replaces a function of ours at load time; without this, none of a shared library is inlined in itself.
+  # No function of ours is replaced at load time; without this, none of a shared library is inlined in itself.
   target_compile_options(sm_options INTERFACE -fno-semantic-interposition)
 endif()
 target_link_options(sm_options INTERFACE -Wl,--no-undefined -Wl,--as-needed)

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// The command line of the program: what may be said, and what was said.
+/// The command line of the program: what it accepts, and what was given.
 class CommandLine {
 public:
     CommandLine();
@@ -17,7 +17,7 @@ public:
     void parse(int argc, char** argv);
     /// Prints the message of an error, or the help that was requested; returns an `ExitCode`.
     [[nodiscard]] int report(const CLI::ParseError& error) const;
-    /// Does what was said; returns an `ExitCode`.
+    /// Runs the command that was parsed; returns an `ExitCode`.
     [[nodiscard]] int run();
 
 private:

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// How much the program says on standard error.
+/// How much the program prints on standard error.
 enum class Verbosity {
     QUIET,    ///< errors alone
     NORMAL,   ///< errors, warnings and summaries
@@ -23,8 +23,9 @@ enum ExitCode : int {
 
 /// The only way of a text to standard error, and of a single line to standard output.
 ///
-/// What the program says holds names, ids, file names, values of files and replies of devices. Whatever in them steers
-/// a terminal is spelled out here (see `Veltrani::onOneLine`), line feeds too: a line ends where the program ends it.
+/// What the program prints holds names, ids, file names, values of files and replies of devices. Whatever in them
+/// steers a terminal is spelled out here (see `Veltrani::onOneLine`), line feeds too: a line ends where the program
+/// ends it.
 class Console {
 public:
     /// How every fault begins, on whatever way it comes.

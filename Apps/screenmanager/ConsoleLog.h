@@ -12,9 +12,9 @@ public:
     ConsoleLog() = delete;
 
     /// Shows records at this level and above.
-    /// @param others whether somebody else receives records too, all from info on
+    /// @param others whether another appender receives records too, all from info on
     static void install(const log4cxx::LevelPtr& threshold, bool others);
-    /// Hides what one logger says, unless it is fatal.
+    /// Hides the records of one logger, unless they are fatal.
     static void showOnlyFatal(const std::string& logger);
     /// Text of a log record in UTF-8; "not enough memory" where it ends in the name of that exception.
     [[nodiscard]] static std::string utf8(const log4cxx::LogString& text);

@@ -30,12 +30,12 @@ void sayCauses(const Fault& fault) {
     }
 }
 
-/// Written without any memory.
+/// The message is written without any memory.
 void sayThatMemoryRanOut() noexcept {
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, OUT_OF_MEMORY.data(), OUT_OF_MEMORY.size());
 }
 
-/// What could not be done, where an exception of the suite says so.
+/// What could not be done, where an exception of the suite states it.
 void sayWhatNeedsMemory(const std::exception_ptr& exception) {
     try {
         std::rethrow_exception(exception);

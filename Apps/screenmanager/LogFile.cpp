@@ -48,7 +48,7 @@ std::string now() {
     return timeText(std::chrono::duration_cast<Microseconds>(std::chrono::system_clock::now().time_since_epoch()));
 }
 
-/// Where in the sources a record comes from; a hyphen for one that does not say.
+/// Where in the sources a record comes from; a hyphen for one that does not state it.
 std::string placeText(const log4cxx::spi::LocationInfo& place) {
     return place.getLineNumber() < 0 ? "-"
                                      : std::string(place.getFileName()) + ":" + std::to_string(place.getLineNumber());

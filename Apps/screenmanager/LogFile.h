@@ -12,7 +12,7 @@ class LogFileAppender;
 /// in UTF-8 with tabs between them, which are time (UTC), level, logger, place in the sources and text. Lines that
 /// begin with "#" note where a run begins and ends.
 ///
-/// Nothing but a new file and a log of this program is ever written to, so that a misspelt name costs nobody a file.
+/// Nothing but a new file and a log of this program is ever written to, so that a misspelt name destroys no file.
 class LogFile {
 public:
     LogFile() = default;

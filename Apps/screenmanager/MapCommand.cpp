@@ -49,7 +49,7 @@ struct Options : CommandOptions {
 
     [[nodiscard]] PointKind pointKind() const { return toChannel ? PointKind::LAYOUT : PointKind::PICTURE; }
     [[nodiscard]] bool readsStandardInput() const { return pointFile.empty() || pointFile == "-"; }
-    /// As messages have it.
+    /// The source of the points as messages name it.
     [[nodiscard]] std::string pointSource() const { return readsStandardInput() ? "standard input" : pointFile; }
 };
 

@@ -38,8 +38,8 @@ const State& stateNamed(const std::string& name) {
     return *std::find_if(STATES.begin(), STATES.end() - 1, [&](const State& state) { return name == state.name; });
 }
 
-/// What reached the projectors before a fault: they keep it until somebody changes it. A command that failed may have
-/// been carried out all the same, when only its reply was lost.
+/// What reached the projectors before a fault: they keep it until it is changed. A command that failed may have been
+/// carried out all the same, when only its reply was lost.
 void reportSent(const ProjectorRun& run, const std::string& file) {
     std::string text;
     for (const CommandRecord& record : run.records()) {

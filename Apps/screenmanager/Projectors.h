@@ -25,7 +25,7 @@ void addTimeout(OptionList& line, DeviceOptions& options);
 /// `--broadcast`, of the commands that search.
 void addBroadcast(OptionList& line, DeviceOptions& options);
 
-/// Reports which projectors do not do, one line each: "error: channel NAME (ID): cause; remedy".
+/// Reports which projectors are not usable, one line each: "error: channel NAME (ID): cause; remedy".
 /// @param replaced virtual projectors stand in for them, so that these are warnings
 void reportUnusable(const std::vector<Veltrani::ProjectorSession::ProjectorFinding>& findings, bool replaced);
 

@@ -45,8 +45,8 @@ std::unique_ptr<XMLConfigFile> readInput(const Options& options, ExitCode& code)
     return config;
 }
 
-/// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded
-/// is missing in the scene, whose notes say so; they are shown on standard error too, unless quiet.
+/// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded is
+/// missing in the scene, whose notes state it; they are shown on standard error too, unless quiet.
 DisplayScene collectScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits) {
     const std::vector<Fault> faults = DisplayFile::loadScreen(config, options.verbosity);
     ProgressMeter progress(options.isTalkative(), "placing targets, channel");

@@ -22,7 +22,7 @@ extern "C" void endBySignal(int signal) {
     ::raise(signal);
 }
 
-/// Each of the signals removes the temporary files first; then the program ends as if nobody had handled it, so that
+/// Each of the signals removes the temporary files first; then the program ends as if it had not been handled, so that
 /// the shell learns of it. One that the program was started to ignore, as `nohup` does with SIGHUP, stays ignored. To
 /// be called before anything is written.
 void handleEndingSignals() {
