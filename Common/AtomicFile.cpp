@@ -38,8 +38,8 @@ std::string folderOf(const std::string& path) {
     return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
 
-/// The path that the last component leads to when it is a symbolic link, whether a file is there yet or not; links
-/// further up are left to the system.
+/// Returns the path that the last component leads to when it is a symbolic link, whether a file is there yet or not;
+/// links further up are left to the system.
 std::string withoutLinks(const std::string& requested) {
     constexpr int MOST_LINKS = 40;  // as many as the system itself follows
     std::string path = requested;
@@ -112,8 +112,8 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// True when the name still leads to the open file. The number of its names says less: it may have others, and some
-/// file systems count none.
+/// Returns true when the name still leads to the open file. The number of its names proves less: it may have others,
+/// and some file systems count none.
 bool isStillNamed(int descriptor, const std::string& path) {
     struct stat opened {};
     struct stat named {};
@@ -152,7 +152,7 @@ void removeLeftovers(const std::string& prefix) {
     }
 }
 
-/// A place for the path of a temporary file, in which a handler of signals may look: it can neither allocate nor wait.
+/// A place for the path of a temporary file, which a signal handler may read: it can neither allocate nor wait.
 struct Slot {
     enum State : int { FREE, TAKEN, LIVE };
 
@@ -168,7 +168,7 @@ bool changeState(Slot& slot, int from, int to) noexcept {
     return slot.state.compare_exchange_strong(from, to);
 }
 
-/// The number of the slot that holds the path now; -1 when all are in use.
+/// Returns the number of the slot that holds the path now; -1 when all are in use.
 int enter(const std::string& path) {
     for (std::size_t i = 0; i < slots.size() && path.size() < PATH_MAX; ++i) {
         if (changeState(slots[i], Slot::FREE, Slot::TAKEN)) {
@@ -257,7 +257,7 @@ void AtomicFile::createLocked(const std::string& requested) {
         if (lock(m_descriptor, m_temporary)) {
             return;
         }
-        m_temporary.clear();  // a file of that name is somebody else's
+        m_temporary.clear();  // a file of that name belongs to another writer
         discard();
     }
     fail(requested, "other programs keep removing its temporary file");
@@ -298,7 +298,7 @@ void AtomicFile::commit(const std::function<void()>& beforeReplacing) {
 }
 
 void AtomicFile::discard() {
-    // Removed before its lock ends, so that nobody takes it for a leftover.
+    // Removed before its lock ends, so that no other process takes it for a leftover.
     if (!m_temporary.empty()) {
         ::unlink(m_temporary.c_str());
         m_temporary.clear();

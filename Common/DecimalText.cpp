@@ -25,8 +25,8 @@ int exponentOf(std::string_view text) {
     return std::clamp(exponent, -LARGEST_EXPONENT, LARGEST_EXPONENT);
 }
 
-/// A number out of range is either too large or too near to zero: only the latter has a value. Its first digit above
-/// zero tells, by its distance from the decimal point and the exponent.
+/// A number out of range is either too large or too near to zero: only the latter has a value. The place of its first
+/// digit above zero, by its distance from the decimal point and the exponent, decides which.
 bool isNearZero(std::string_view number) {
     const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
     const std::string_view digits = number.substr(0, mark);

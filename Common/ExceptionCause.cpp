@@ -20,8 +20,8 @@ constexpr const wchar_t* NOT_ENOUGH_MEMORY = L"not enough memory";
 constexpr const wchar_t* FAULT_OF_THE_PROGRAM =
     L"a fault in the program itself: report it, with the files and the steps that lead to it";
 
-/// True for the exceptions of the C++ runtime, whose texts are made of the names of its own functions and types. Those
-/// of the suite and of other libraries have types of their own.
+/// Returns true for the exceptions of the C++ runtime, whose texts are made of the names of its own functions and
+/// types. Those of the suite and of other libraries have types of their own.
 bool isOfTheRuntime(const std::exception& fault) {
     constexpr std::string_view CARRIER_OF = "St17_Nested_exceptionI";
     std::string_view type = typeid(fault).name();

@@ -19,14 +19,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Between two looks at a lock that somebody else holds. The system would wait without a limit.
+/// The pause between two attempts to take a lock that is held elsewhere. The system would wait without a limit.
 constexpr std::chrono::milliseconds BETWEEN_LOOKS{10};
 
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
     throw VeltraniException(L"Unable to lock " + fromUtf8OrBytes(path) + L": " + fromUtf8OrBytes(reason));
 }
 
-/// False when it is still locked by somebody else at the end.
+/// Returns false when it is still locked elsewhere at the end.
 bool waitForLock(int descriptor, Clock::time_point end) {
     while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         if (errno == EWOULDBLOCK) {
@@ -41,7 +41,7 @@ bool waitForLock(int descriptor, Clock::time_point end) {
     return true;
 }
 
-/// True when the name still leads to the file that was opened.
+/// Returns true when the name still leads to the file that was opened.
 bool isStillAt(const std::string& path, int descriptor) {
     struct stat opened {};
     struct stat named {};
@@ -55,7 +55,7 @@ FileLock::FileLock(const std::string& utf8Path, std::chrono::milliseconds patien
     const Clock::time_point end = Clock::now() + patience;
     do {
         release();
-        // For writing: some file systems lock nothing else for one process alone.
+        // Opened for writing: some file systems lock nothing else for one process alone.
         m_descriptor = ::open(utf8Path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
         if (m_descriptor < 0 && errno == ENOENT) {
             return;

@@ -13,14 +13,14 @@ namespace {
 
 struct FreeParser {
     void operator()(xmlParserCtxt* parser) const {
-        // A document that nobody took dies with its parser.
+        // A document that was not taken is destroyed with its parser.
         xmlFreeDoc(parser->myDoc);
         parser->myDoc = nullptr;
         xmlFreeParserCtxt(parser);
     }
 };
 
-/// Of one run of the parser.
+/// The state of one run of the parser.
 struct Run {
     HardenedXml::Observer& observer;
     bool hasFault = false;

@@ -9,7 +9,7 @@ namespace Veltrani {
 
 namespace {
 
-/// A digest that was found has nothing to initialise but its memory, and does not say so.
+/// A digest that was found has nothing to initialise but its memory, and does not report that as the reason.
 bool namesMemory(unsigned long error) {
     return ERR_GET_REASON(error) == ERR_R_MALLOC_FAILURE ||
            (ERR_GET_LIB(error) == ERR_LIB_EVP && ERR_GET_REASON(error) == EVP_R_INITIALIZATION_ERROR);

@@ -32,7 +32,7 @@ bool steersATerminal(char32_t character) {
     });
 }
 
-/// A backslash, the letter, and that many digits.
+/// Returns a backslash, the letter, and that many digits.
 std::string spelledOut(char letter, char32_t number, int digits) {
     static constexpr std::string_view DIGITS = "0123456789abcdef";
     constexpr int BITS = 4;
@@ -85,7 +85,7 @@ std::string onOneLine(std::string_view text) {
 std::string inQuotes(std::string_view text) {
     std::string shown;
     while (!text.empty()) {
-        // What is spelled out is longer than what stands in the text.
+        // A character that is spelled out is longer than in the text.
         const std::string character = takeShown(text);
         if (shown.size() + character.size() > LONGEST_QUOTE_BYTES) {
             return "\"" + shown + "...\"";

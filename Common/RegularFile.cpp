@@ -48,7 +48,7 @@ RegularFile::RegularFile(const std::string& utf8Path) : m_path(utf8Path) {
         fail(utf8Path.substr(0, utf8Path.find('\0')), "the file name contains a zero character");
     }
     struct stat status {};
-    // Asked first: opening some devices has an effect of its own.
+    // Examined first: opening some devices has an effect of its own.
     if (::stat(utf8Path.c_str(), &status) != 0) {
         fail(utf8Path, systemReason());
     }
@@ -59,7 +59,7 @@ RegularFile::RegularFile(const std::string& utf8Path) : m_path(utf8Path) {
     if (m_descriptor < 0) {
         fail(utf8Path, systemReason());
     }
-    // Asked again of what was opened: the name may lead elsewhere by now.
+    // Examined again on what was opened: the name may lead elsewhere by now.
     if (::fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         ::close(m_descriptor);
         fail(utf8Path, kindOf(status.st_mode));

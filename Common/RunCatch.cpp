@@ -15,7 +15,7 @@ void logDescription(const std::string& description) {
     VELTRANI_LOG(logger(), Error, L"Caught exception: " + Veltrani::fromUtf8OrBytes(description));
 }
 
-// Both exist from the moment the library is loaded, whatever is called first.
+// Both exist from the moment the library is loaded, whichever function is called first.
 [[maybe_unused]] const auto& loadedHandlers = RunCatch::handlers();
 [[maybe_unused]] const auto& loadedLogger = logger();
 

@@ -6,8 +6,8 @@
 namespace {
 
 /// The first logger of a process makes log4cxx look for a configuration in the working folder and in the environment,
-/// and obey it. A folder that came from somebody else could so empty any file of the user. A repository that counts as
-/// configured is left alone until the application itself configures it.
+/// and obey it. A folder that was received from elsewhere could so empty any file of the user. A repository that counts
+/// as configured is left alone until the application itself configures it.
 ///
 /// The loader runs the initialisers of this library before those of the libraries that use it, and this one, by its
 /// number (the first that is not reserved), before the loggers of this library itself.

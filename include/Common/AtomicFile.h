@@ -14,9 +14,9 @@ namespace Veltrani {
 /// kept and, where the system permits, its owner.
 ///
 /// The temporary file is called ".save-HASH-XXXXXX", HASH being 16 hexadecimal digits made of the name of the replaced
-/// file, and is locked (flock) while it is written. What a killed process left behind is thus known by its name and by
-/// nobody holding its lock: the next `AtomicFile` for the same file removes it. Any number of them may write for the
-/// same file at once; the last commit stays.
+/// file, and is locked (flock) while it is written. What a killed process left behind is thus recognised by its name
+/// and by its lock, which no process holds: the next `AtomicFile` for the same file removes it. Any number of them may
+/// write for the same file at once; the last commit stays.
 ///
 ///     AtomicFile file(path);
 ///     file.write(text);
@@ -30,7 +30,7 @@ public:
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
-    /// The path that is replaced: where the symbolic links lead.
+    /// Returns the path that is replaced: where the symbolic links lead.
     [[nodiscard]] const std::string& target() const { return m_target; }
 
     /// Appends. Throws `VeltraniException` when writing fails.
@@ -43,9 +43,9 @@ public:
     void commit(const std::function<void()>& beforeReplacing = {});
 
     /// Removes the temporary files that this process is writing (of the first 16 at a time; a later one is left to the
-    /// next run). For a process that is about to end: what is being written can no longer be committed.
+    /// next run). Called by a process that is about to end: what is being written can no longer be committed.
     ///
-    /// May be called by a handler of signals: it calls nothing but `unlink`.
+    /// May be called by a signal handler: it calls nothing but `unlink`.
     static void removeTemporaryFiles() noexcept;
 
 private:

@@ -5,11 +5,11 @@
 
 namespace Veltrani {
 
-/// What is wrong at one place of a file, told so that its author can put it right.
+/// What is wrong at one place of a file, stated so that its author can correct it.
 struct FileFault {
     int line = 1;         ///< the first line of the file is 1
-    std::string element;  ///< what stands there: "camera_matrix", "node (3, 4)"
-    std::string found;    ///< as it stands in the file, see `inQuotes`
+    std::string element;  ///< the element at that line: "camera_matrix", "node (3, 4)"
+    std::string found;    ///< as the file has it, see `inQuotes`
     std::string expected;
     std::string remedy;
 };
@@ -18,7 +18,7 @@ struct FileFault {
 /// @param document usually the path; UTF-8
 [[noreturn]] void throwFault(const std::string& document, const FileFault& fault);
 
-/// The content of a file, without the byte-order mark that some editors put before UTF-8 text.
+/// Returns the content of a file, without the byte-order mark that some editors put before UTF-8 text.
 ///
 /// Throws `VeltraniMissingFileException` when there is no such file, `VeltraniParseException` when it is longer than
 /// `largest` bytes.

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-/// True when no component is infinite or NaN.
+/// Returns true when no component is infinite or NaN.
 template <std::size_t N>
 [[nodiscard]] bool isFinite(const Point<double, N>& point) {
     for (std::size_t i = 0; i < N; ++i) {

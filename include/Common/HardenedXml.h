@@ -25,7 +25,7 @@ public:
         bool hasElementLines = false;  ///< `_private` of each element is the line on which its start tag ends
     };
 
-    /// What the parser objects to.
+    /// A fault that the parser reports.
     struct Finding {
         int line = 0;
         const char* message = nullptr;  ///< in the words of the parser, usually with a line feed behind; may be null
@@ -67,8 +67,8 @@ public:
 
     HardenedXml() = delete;
 
-    /// The tree of a text of at most 2^31 - 1 bytes. Null, or of no use, when there was a fault; null without one is
-    /// possible only where memory ran out. Throws `std::bad_alloc` where the parser reports that itself.
+    /// Returns the tree of a text of at most 2^31 - 1 bytes. Null, or incomplete, when there was a fault; null without
+    /// one is possible only where memory ran out. Throws `std::bad_alloc` where the parser reports that itself.
     [[nodiscard]] static Tree read(std::string_view text, const Options& options, Observer& observer);
 };
 

@@ -8,7 +8,7 @@
 /// A square matrix of N x N numbers, stored row by row, acting on column vectors: `m * v` is the product with the
 /// column v.
 ///
-/// A default-constructed matrix is the identity. Element (r, c) stands at `data()[N * r + c]`.
+/// A default-constructed matrix is the identity. Element (r, c) is stored at `data()[N * r + c]`.
 template <class T, std::size_t N>
 class Matrix {
 public:
@@ -59,7 +59,7 @@ template <class T, std::size_t N>
     return product;
 }
 
-/// The matrix with rows and columns exchanged: the inverse of a rotation.
+/// Returns the matrix with rows and columns exchanged: the inverse of a rotation.
 template <class T, std::size_t N>
 [[nodiscard]] constexpr Matrix<T, N> transpose(const Matrix<T, N>& m) {
     Matrix<T, N> result;
@@ -86,13 +86,13 @@ std::basic_ostream<Char, Traits>& operator<<(std::basic_ostream<Char, Traits>& o
 
 namespace Veltrani {
 
-/// The right-handed rotation by an angle (radians) about a unit axis k, in Rodrigues form:
-/// cos(angle) I + sin(angle) [k]x + (1 - cos(angle)) k k^T.
+/// Returns the right-handed rotation by an angle (radians) about a unit axis k, in Rodrigues form: cos(angle) I +
+/// sin(angle) [k]x + (1 - cos(angle)) k k^T.
 [[nodiscard]] Matrix<double, 3> rotation(double angle, const Point<double, 3>& unitAxis);
 
-/// The orientation of a projector, a screen or a mirror from its three angles (radians):
-/// R(-z, Z) R(x, X) R(y, Y), with R the right-handed rotation about the named world axis. A positive z turns to the
-/// right (growing azimuth), a positive x tilts up, a positive y rolls the right side down.
+/// Returns the orientation of a projector, a screen or a mirror from its three angles (radians): R(-z, Z) R(x, X) R(y,
+/// Y), with R the right-handed rotation about the named world axis. A positive z turns to the right (growing azimuth),
+/// a positive x tilts up, a positive y rolls the right side down.
 [[nodiscard]] Matrix<double, 3> rotationZXY(double z, double x, double y);
 
 }  // namespace Veltrani

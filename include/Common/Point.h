@@ -30,8 +30,8 @@ public:
 
     constexpr Point() = default;
 
-    /// From exactly N components, whole numbers included: `Point<double, 3>{0, 0, z}`. A fraction for a whole-numbered
-    /// component is refused.
+    /// A point of exactly N components, whole numbers included: `Point<double, 3>{0, 0, z}`. A fraction for a
+    /// whole-numbered component is refused.
     template <class... Components>
     requires(sizeof...(Components) == N && (IsComponent<Components> && ...)) constexpr Point(Components... components)
         : m_components{static_cast<T>(components)...} {}
@@ -94,8 +94,8 @@ private:
     std::array<T, N> m_components{};
 };
 
-/// The inner product, summed from zero with the first component first; results that must match to the last bit rely on
-/// this order.
+/// Returns the inner product, summed from zero with the first component first; results that must match to the last bit
+/// rely on this order.
 template <class T, std::size_t N>
 [[nodiscard]] constexpr T dot(const Point<T, N>& a, const Point<T, N>& b) {
     T sum{};
@@ -105,20 +105,20 @@ template <class T, std::size_t N>
     return sum;
 }
 
-/// The right-handed cross product a x b.
+/// Returns the right-handed cross product a x b.
 template <class T>
 [[nodiscard]] constexpr Point<T, 3> cross(const Point<T, 3>& a, const Point<T, 3>& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-/// The Euclidean length.
+/// Returns the Euclidean length.
 template <std::floating_point T, std::size_t N>
 [[nodiscard]] T norm(const Point<T, N>& a) {
     return std::sqrt(dot(a, a));
 }
 
-/// "(1, 0.5, -2)", with all digits, so that a failing comparison shows where two points differ. Includes of
-/// streams are left to those who print.
+/// "(1, 0.5, -2)", with all digits, so that a failing comparison shows where two points differ. Code that prints
+/// includes the streams itself.
 template <class Char, class Traits, class T, std::size_t N>
 std::basic_ostream<Char, Traits>& operator<<(std::basic_ostream<Char, Traits>& out, const Point<T, N>& point) {
     const auto precision = out.precision(std::numeric_limits<T>::max_digits10);

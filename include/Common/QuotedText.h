@@ -5,8 +5,8 @@
 
 namespace Veltrani {
 
-/// A text of outside data (a name, an id, a file name, an answer of a device) for a message or a table: one line that
-/// steers no terminal.
+/// Returns a text of outside data (a name, an id, a file name, a reply of a device) for a message or a table: one line
+/// that steers no terminal.
 ///
 /// A line feed is shown as "\n"; other control characters of ASCII, and bytes that are no UTF-8, as "\x1b"; the control
 /// characters beyond ASCII, line and paragraph separators, marks that turn the direction of writing and characters

@@ -12,7 +12,7 @@ namespace Veltrani {
 /// and a pipe or a device never ends. What was examined is what is read: the file is opened once, by its UTF-8 name.
 class RegularFile {
 public:
-    /// Throws `VeltraniMissingFileException` whose message names the file and says why: no such file, permission
+    /// Throws `VeltraniMissingFileException` whose message names the file and the reason: no such file, permission
     /// denied, name too long, a directory, a device, ...
     explicit RegularFile(const std::string& utf8Path);
     ~RegularFile();
@@ -22,17 +22,17 @@ public:
     /// Size in bytes at the time of opening.
     [[nodiscard]] std::size_t size() const { return m_size; }
 
-    /// The whole content, to its end even when the file has grown or shrunk since. Throws
+    /// Returns the whole content, to its end even when the file has grown or shrunk since. Throws
     /// `VeltraniMissingFileException` when reading fails and `std::bad_alloc` when it does not fit into memory.
-    /// @param limit reading stops one byte behind it: a longer result tells that the file is too large
+    /// @param limit reading stops one byte behind it: a longer result means that the file is too large
     [[nodiscard]] std::string readAll(std::size_t limit = std::numeric_limits<std::size_t>::max() - 1) const;
 
-    /// Up to `count` bytes from `offset` on into `buffer`; answers how many, fewer only at the end of the file. Throws
-    /// `VeltraniMissingFileException` when reading fails.
+    /// Reads up to `count` bytes from `offset` on into `buffer` and returns how many were read, fewer only at the end
+    /// of the file. Throws `VeltraniMissingFileException` when reading fails.
     std::size_t readAt(std::size_t offset, char* buffer, std::size_t count) const;
 
-    /// A name under which another library opens this very file again, whatever stands under its own name by then. Valid
-    /// while this object lives. Where the system offers no such names it is the file's own.
+    /// Returns a name under which another library opens this very file again, whichever file bears its own name by
+    /// then. Valid while this object lives. Where the system offers no such names it is the file's own.
     [[nodiscard]] std::string nameForReopening() const;
 
 private:

@@ -17,8 +17,8 @@ public:
 
     RunCatch() = delete;
 
-    /// One text (UTF-8) for any exception: nothing for a null pointer, the full description of a `VeltraniException`,
-    /// the `what()` of a `std::exception`, and "(...) No details" for everything else.
+    /// Returns one text (UTF-8) for any exception: nothing for a null pointer, the full description of a
+    /// `VeltraniException`, the `what()` of a `std::exception`, and "(...) No details" for everything else.
     [[nodiscard]] static std::string describe(std::exception_ptr exception);
 
     /// Must be called inside a catch handler: describes the exception in flight and calls every handler with the text,
@@ -26,7 +26,7 @@ public:
     /// @param rethrow true throws the very same exception object on; false returns normally
     static void handleCurrentException(bool rethrow);
 
-    /// The handlers of the process, called in order. Starts with one, which logs "Caught exception: " and the
+    /// Returns the handlers of the process, called in order. Starts with one, which logs "Caught exception: " and the
     /// description at error on the logger "Common.RunCatch".
     [[nodiscard]] static std::vector<Handler>& handlers();
 

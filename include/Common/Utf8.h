@@ -14,7 +14,7 @@ namespace Veltrani {
 [[nodiscard]] std::wstring fromUtf8(const std::string& text);
 
 /// As `fromUtf8`, but never loses a text: one that is not UTF-8 is widened byte by byte (each byte as U+0000 to
-/// U+00FF). For messages of other libraries, whose encoding nobody promises.
+/// U+00FF). Meant for messages of other libraries, whose encoding is not documented.
 [[nodiscard]] std::wstring fromUtf8OrBytes(const std::string& text);
 
 }  // namespace Veltrani

@@ -14,7 +14,8 @@ struct VeltraniExceptionBase {
     VeltraniExceptionBase& operator=(const VeltraniExceptionBase&) = default;
     virtual ~VeltraniExceptionBase();
 
-    /// The message, followed by " @ file:line" exactly when a line was recorded (any line but -1, zero included).
+    /// Returns the message, followed by " @ file:line" exactly when a line was recorded (any line but -1, zero
+    /// included).
     [[nodiscard]] std::wstring fullDescription() const;
 
     std::wstring message;
@@ -35,7 +36,7 @@ struct ChannelInitializationException : VeltraniException {
     std::wstring reason;  ///< the message once more
 };
 
-/// A projector stands where another one is configured.
+/// A projector was found where another one is configured.
 struct ChannelSwapException : VeltraniException {
     ChannelSwapException(std::wstring projector, std::wstring replacement);
 

@@ -16,8 +16,8 @@ public:
     VeltraniLogging() = delete;
 
     /// Logs a text of several lines at info: the header as one record, then every piece of the body between line feeds
-    /// as a record of its own, so n line feeds give n + 1 records after the header. Nothing when info is off at the
-    /// start; the level is tested again before each piece. The records carry the location of this helper.
+    /// as a record of its own, so n line feeds give n + 1 records after the header. Logs nothing when info is off at
+    /// the start; the level is tested again before each piece. The records carry the location of this helper.
     static void multiLineLog(const log4cxx::LoggerPtr& logger, const std::wstring& header, const std::wstring& body);
 };
 
@@ -27,8 +27,8 @@ public:
 ///     VELTRANI_LOG(log, Info, L"initialize: replaceMissingWithOffline " + std::to_wstring(flag));
 #define VELTRANI_LOG(logger, level, wideText) VELTRANI_LOG_AT(LOG4CXX_LOCATION, logger, level, wideText)
 
-/// The same at the place of another statement: the parts of an operation log at the place of the operation, which hands
-/// its `LOG4CXX_LOCATION` on to them.
+/// The same at the place of another statement: the parts of an operation log at the place of the operation, which
+/// passes its `LOG4CXX_LOCATION` on to them.
 #define VELTRANI_LOG_AT(location, logger, level, wideText)                                         \
     do {                                                                                           \
         if ((logger)->is##level##Enabled()) {                                                      \
