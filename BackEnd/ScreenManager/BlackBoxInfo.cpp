@@ -69,7 +69,8 @@ void BlackBoxInfo::setOtherPowerPorts(std::vector<int>& otherPowerPorts) {
     m_otherPowerPorts = otherPowerPorts;
 }
 
-// The two blanks after each semicolon and the power port without quotes are intended: the text is parsed elsewhere.
+// The two blanks after each semicolon and the power port without quotes are intended: programs that parse the text rely
+// on them.
 std::wstring BlackBoxInfo::toString() {
     const std::wstring text = std::wstring(L"BlackBoxInfo[ enabled='") + (m_enabled ? L"true" : L"false") +
                               L"';  protocol='" + m_protocol + L"';  commAddress='" + m_commAddress +

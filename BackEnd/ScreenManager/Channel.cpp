@@ -27,7 +27,7 @@ Channel::ProjectorId Channel::getProjectorId() const {
     return ProjectorId(Veltrani::toUtf8(m_projectorConfigId));
 }
 
-// By value, as the callers' interface has it.
+// Passed by value, as the callers' interface has it.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool Channel::includesProjector(ProjectorId projectorId) const {
     return projectorId == getProjectorId();

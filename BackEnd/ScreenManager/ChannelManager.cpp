@@ -29,18 +29,18 @@ log4cxx::LoggerPtr ChannelManager::log = log4cxx::Logger::getLogger(L"Dravix.Scr
 namespace {
 
 constexpr int NOT_FOUND = -1;
-/// Where a channel lies that nobody has placed in the layout yet.
+/// The place of a channel that has not been placed in the layout yet.
 constexpr int NO_PLACE = -1;
-/// What stands for the input of a projector that cannot tell it.
+/// Stands for the input of a projector that does not report it.
 constexpr int NO_INPUT = 0;
 const std::string OUT_OF_BOUNDS = "Channel index out of bounds..";
 
-/// From the end: names and UIDs of one display begin alike and differ in their last characters.
+/// Compares from the end: names and UIDs of one display begin alike and differ in their last characters.
 bool same(const std::wstring& a, const std::wstring& b) {
     return std::equal(a.rbegin(), a.rend(), b.rbegin(), b.rend());
 }
 
-/// The index of the first channel that matches, or NOT_FOUND.
+/// Returns the index of the first channel that matches, or NOT_FOUND.
 template <class Matches>
 int firstIndex(const std::vector<std::shared_ptr<Channel>>& channels, const Matches& matches) {
     const auto found = std::find_if(channels.begin(), channels.end(),
@@ -68,7 +68,7 @@ void ChannelManager::logUnreleased(const Channel& channel) noexcept try {
                  L"~ChannelManager: the device of channel \"" + channel.getName() + L"\" is not released: " +
                      Veltrani::fromUtf8OrBytes(RunCatch::describe(std::current_exception())));
 } catch (...) {
-    // A destructor that cannot even log has nobody left to tell.
+    // A destructor that cannot even log has no way left to report the fault.
 }
 
 AbstractDevice* ChannelManager::getAbstractDeviceRefactor(const std::wstring& projectorConfigId) {
@@ -205,7 +205,7 @@ bool ChannelManager::moveChannel(int index, int direction) {
     if (!isChannelIndexInBounds(index)) {
         return false;
     }
-    // Asked first and whatever the direction is: intended, callers rely on the configuration deciding for itself.
+    // Called first and whatever the direction is: intended, callers rely on the configuration deciding for itself.
     m_config->moveProjectorConfig(channelAt(index).getProjectorConfigId(), direction);
     if ((direction != 1 && direction != -1) || !isChannelIndexInBounds(index + direction)) {
         return false;
@@ -291,7 +291,7 @@ void ChannelManager::setDeviceManager(IDeviceManager* deviceManager) {
     }
     for (const std::shared_ptr<Channel>& channel : m_channels) {
         if (deviceManager->getDevice(channel->getProjectorConfigId()) == nullptr) {
-            // "cameras" stands for the devices: intended, the text is looked for.
+            // "cameras" stands for the devices: intended, programs that look for this text rely on it.
             const std::wstring fault = L"setDeviceManager: deviceManager does not own ChannelManagers's cameras";
             VELTRANI_LOG(log, Fatal, fault);
             throw VeltraniException(__FILE__, __LINE__, fault);
@@ -318,7 +318,7 @@ Channel& ChannelManager::channelAt(int index) const {
 int ChannelManager::indexOfChannelId(const Channel::Id& channelId) const {
     const std::wstring name = Veltrani::fromUtf8(channelId.value());
     if (name.empty()) {
-        // An empty id stands for every name that cannot be converted; an ill-formed one is nobody's.
+        // An empty id stands for every name that cannot be converted; an ill-formed one belongs to no channel.
         return firstIndex(m_channels, [&](const Channel& channel) { return channel.getChannelId() == channelId; });
     }
     // The conversion is strict and hence one-to-one: comparing wide texts is comparing ids, without a conversion each.
@@ -366,13 +366,13 @@ void ChannelManager::initializeChannel(const std::wstring& id, const ProjectorBi
     }
     releaseOnFault(*m_deviceManager, bound.device, [&] {
         // A virtual projector whose snippet holds no identity is found by this alone. That the manager declines is no
-        // fault: it may keep no entries, hand out views of its devices, or have one object for every id.
+        // fault: it may keep no entries, return views of its devices, or have one object for every id.
         m_deviceManager->bindDevice(bound.device, bound.uid);
         appendChannel(*entry, bound.uid);
     });
 }
 
-/// Every channel is looked at, whether the new device has a place or not: one without a device is a fault of its own.
+/// Every channel is checked, whether the new device has a place or not: one without a device is a fault of its own.
 bool ChannelManager::isAtThePlaceOfAChannel(const Device& device) const {
     const Location* const place = device.getLocation();
     const std::wstring description = place != nullptr ? place->getDescription() : std::wstring();

@@ -23,7 +23,7 @@ const Frustum& frustumOf(const KelvoProjector& projector) {
     return projector.getBlend().getSphericalBlendExtents();
 }
 
-/// One more than there are pixels: for the far edge.
+/// Returns one more than there are pixels: the last one stands for the far edge.
 std::size_t placesAlong(int pixels) {
     return pixels < 0 ? 0 : static_cast<std::size_t>(pixels) + 1;
 }
@@ -41,7 +41,7 @@ double squaredDistance(const Vector& a, const Vector& b) {
 
 }  // namespace
 
-// By value, as the callers' interface has it.
+// Passed by value, as the callers' interface has it.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 CollimatedLayoutToChannelMap::CollimatedLayoutToChannelMap(
     XMLConfigManager* config, std::shared_ptr<KelvoControl::Configuration> channelMapConfig, bool useCache)

@@ -9,13 +9,13 @@ namespace {
 
 using Vector = Point<double, 3>;
 
-/// Around the origin; the mirror's own position comes in later.
+/// The sphere lies around the origin; the mirror's own position is applied later.
 SphericalScreen wholeSphere(double radius) {
     constexpr double PI = std::numbers::pi;
     return {Vector{}, radius, -PI, PI, -PI / 2, PI / 2};
 }
 
-/// How many rays reach which side of the screen.
+/// Counts how many rays reach which side of the screen.
 class SideCount {
 public:
     void add(const std::pair<bool, int>& answer) {
@@ -164,7 +164,8 @@ bool CollimatedTargetLocator::GetRefDirectionAndMirrorIntersection(const Point<d
     const Vector inward = -m_mirror.getScreenNormal(onMirror);
     mirrorPoint = m_mirrorFrame.toWorld(onMirror);
     const Vector back = m_mirrorFrame.rotation() * (from - to);
-    // Turned already, and turned again below: intended, see the class.
+    // Turned already, and turned again below: intended, the tables and orientations of calibrated displays belong to
+    // the two turns.
     reflectedDirection = m_mirrorFrame.rotation() * (2 * dot(back, inward) * inward - back);
     return true;
 }

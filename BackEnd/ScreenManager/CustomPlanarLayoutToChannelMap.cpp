@@ -19,7 +19,7 @@ std::wstring mapFileOf(const ProjectorConfig& projector) {
     return file;
 }
 
-/// False for NaN.
+/// Returns false for NaN.
 bool isWithin(const Point<double, 2>& point, double xMax, double yMax) {
     return point[0] >= 0.0 && point[1] >= 0.0 && point[0] <= xMax && point[1] <= yMax;
 }

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// One less than a count of samples. The count leaves the range of an int only as a double.
+/// Returns one less than a count of samples. The count leaves the range of an int only as a double.
 double stepsBetween(int samples) {
     return static_cast<double>(samples) - 1.0;
 }

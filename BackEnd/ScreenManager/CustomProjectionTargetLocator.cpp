@@ -10,8 +10,8 @@
 
 namespace {
 
-/// The line that the fault of a grid has always carried; reports of it are found by this number, wherever the statement
-/// stands now.
+/// The line that the fault of a grid has always carried; programs that read the logs find it by this number, wherever
+/// the statement is now.
 constexpr int GRID_FAULT_LINE = 33;
 
 bool sameViewport(const Viewport& a, const Viewport& b) {
@@ -19,7 +19,7 @@ bool sameViewport(const Viewport& a, const Viewport& b) {
            a.orientation == b.orientation && a.width == b.width && a.height == b.height;
 }
 
-/// Asks `a` first, whatever order the compiler gives to operands.
+/// Calls `a` first, whatever order the compiler gives to operands.
 bool sameText(const ProjectionModel& a, const ProjectionModel& b, std::wstring (ProjectionModel::*text)() const) {
     const std::wstring first = (a.*text)();
     return first == (b.*text)();
@@ -32,8 +32,8 @@ public:
 
     [[nodiscard]] Ray through(const Point<double, 2>& normalised) const {
         Point<double, 3> direction;
-        // Not asked for its success: a sample that is refused keeps its place as a ray of length zero, which the screen
-        // judges.
+        // The result is not evaluated: a sample that is refused keeps its place as a ray of length zero, which the
+        // screen handles.
         m_model.unproject(normalised, direction);
         return {m_origin, m_origin + direction};
     }

@@ -38,8 +38,8 @@ constexpr bool COUNTS_NO_PIXELS = false;
 /// No projector has more on a side; a search over more would not end.
 constexpr int MOST_PIXELS = 100'000;
 
-/// For the maps that count pixels and have no lens, which would refuse first: without any pixels they would answer, but
-/// never anything of use.
+/// Checks the pictures of the maps that count pixels and have no lens, which would throw first: without any pixels
+/// these maps would return results, but never useful ones.
 void requirePictures(const XMLConfigManager& config) {
     for (const std::wstring& id : config.getProjectorConfigIds()) {
         const ProjectorConfig* const projector = config.getProjectorConfig(id);
@@ -58,7 +58,7 @@ void requirePictures(const XMLConfigManager& config) {
     }
 }
 
-/// Without a table: a lens that this display does not use must not stop it.
+/// Made without a table: a fault of a lens that this display does not use must not stop it.
 LayoutMap makePlanar(XMLConfigManager* config, bool /*useCache*/) {
     return {nullptr, std::make_unique<PlanarLayoutToChannelMap>(config, nullptr)};
 }
@@ -68,7 +68,7 @@ LayoutMap makeCustomPlanar(XMLConfigManager* config, bool /*useCache*/) {
     return {nullptr, std::make_unique<CustomPlanarLayoutToChannelMap>(config)};
 }
 
-/// Kinds that refer to the table; what a kind takes besides it.
+/// Makes the map of a kind that refers to the table; `options` are the arguments that the kind takes besides it.
 template <class Map, class... Options>
 LayoutMap makeWithTable(XMLConfigManager* config, Options... options) {
     const auto table = std::make_shared<KelvoControl::Configuration>(config);

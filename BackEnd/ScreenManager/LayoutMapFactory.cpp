@@ -27,7 +27,7 @@ LayoutMap::LayoutMap(std::shared_ptr<KelvoControl::Configuration> theChannelMapC
     : channelMapConfig(std::move(theChannelMapConfig)), map(std::move(theMap)) {}
 
 LayoutMap& LayoutMap::operator=(LayoutMap&& other) noexcept {
-    // The old map first: it refers to the old table.
+    // The old map is destroyed first: it refers to the old table.
     map = std::move(other.map);
     channelMapConfig = std::move(other.channelMapConfig);
     return *this;

@@ -13,7 +13,7 @@ log4cxx::LoggerPtr PlanarTargetLocator::log = log4cxx::Logger::getLogger(L"Dravi
 
 namespace {
 
-/// In this order: results match to the last bit.
+/// Evaluated in this order, so that results match to the last bit.
 double between(double start, double end, double normalised) {
     return start + (end - start) * normalised;
 }

@@ -8,8 +8,8 @@
 
 namespace {
 
-/// One use of the model of a channel. Asked for anew each time, and let go: a blend may change its model, and nothing
-/// of it is to stay alive for the map.
+/// Uses the model of a channel once. The model is fetched anew each time and released afterwards: a blend may change
+/// its model, and the map must not keep an old one alive.
 template <class Use>
 bool withModel(const KelvoProjector& owner, Use&& use) {
     const std::shared_ptr<ProjectionModel> model = owner.getBlend().getProjectionModel();
@@ -48,7 +48,7 @@ bool ProjectorCentricLayoutToChannelMap::mapLayoutToChannel(const Point<double, 
     Point<int, 2> pixel;
     double width = 0;
     double height = 0;
-    // The model takes the projector's position off the layout point itself.
+    // The model itself subtracts the projector's position from the layout point.
     const bool isProjected =
         withModel(owner, [&](const ProjectionModel& model) { return model.project(layout, pixel); });
     if (!isProjected || !pictureWidth(owner, width) || !pictureHeight(owner, height)) {

@@ -125,7 +125,7 @@ void Screen::setScale(float scale) {
 }
 
 void Screen::setImportTransformParams(const std::wstring& param1, const std::wstring& param2) {
-    // Copied first: the caller may hand in the screen's own texts.
+    // Copied first: the caller may pass the screen's own texts.
     std::wstring first = param1;
     std::wstring second = param2;
     m_importTransformParam1 = std::move(first);

@@ -25,14 +25,14 @@ namespace {
 
 using Hash = std::array<unsigned char, 20>;
 
-/// Every file getter of the screen is asked for its first file.
+/// The index that every file getter of the screen is called with: its first file.
 constexpr int FIRST_FILE = 0;
 
 const IScreenConfig* screenConfigOf(const XMLConfigManager* config) {
     return config != nullptr ? config->getScreenConfig() : nullptr;
 }
 
-/// An empty name, which is no shape, without a description.
+/// Returns an empty name, which is no shape, without a description.
 std::wstring shapeOf(const IScreenConfig* screen) {
     return screen != nullptr ? screen->getShape() : std::wstring();
 }
@@ -141,7 +141,7 @@ void ScreenManager::getScreenMatrix(double xMin, double xMax, double yMin, doubl
         return;
     }
     for (int row = 0; row < rows; ++row) {
-        // In this order: other forms of it differ in the last bit.
+        // Evaluated in this order: other forms of it differ in the last bit.
         const double y = rows == 1 ? yMin : ((yMax - yMin) * row) / (rows - 1) + yMin;
         geometry->sampleHorizontally(y, xMin, xMax, columns, row, grid, extrapolate);
     }
@@ -151,7 +151,7 @@ Screen& ScreenManager::getScreen() {
     return m_screen;
 }
 
-// By value, as the callers' interface has it; nothing reads it.
+// The id is passed by value, as the callers' interface has it, and is not read.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 Screen& ScreenManager::getScreen(StrongId<std::string, ScreenIdTag> /*id*/) {
     return m_screen;
@@ -175,7 +175,7 @@ double ScreenManager::getScaleFromXml(XMLConfigManager* config) {
     const double scale = screenUnits == UnitConversionTable::UNIT_CUSTOM
                              ? screen->getScale()
                              : UnitConverter<5, 0, 5>(nativeUnits, LENGTH).getNativeFromTarget(1.0, screenUnits);
-    // A NaN is answered as it is: the next file is refused with it, and the fault is seen.
+    // A NaN is returned as it is: the next file is refused with it, and the fault is seen.
     return scale <= 0.0 ? 1.0 : scale;
 }
 

@@ -35,8 +35,8 @@ std::wstring text(double value) {
     return stream.str();
 }
 
-/// Of both faults the text shows the same value, the input of the entry before, twice: intended, the texts are compared
-/// with those of earlier releases.
+/// The text of both faults shows the same value, the input of the entry before, twice: intended, programs that compare
+/// the texts with those of earlier releases rely on it.
 [[noreturn]] void refuseTable(int line, const std::wstring& values, double input, std::size_t index) {
     throw VeltraniException(__FILE__, line,
                             L"Interpolation " + values + L" values must be monotonically increasing but value " +
@@ -76,7 +76,7 @@ public:
         const double right = std::tan(params.angleRight);
         const double bottom = std::tan(params.angleBottom);
         const double top = std::tan(params.angleTop);
-        // In this order: results match to the last bit.
+        // Evaluated in this order, so that results match to the last bit.
         m_hStart = left + (right - left) * uMin;
         const double hEnd = right - (1 - uMax) * (right - left);
         const double vLow = bottom + (top - bottom) * vMin;
@@ -98,7 +98,7 @@ private:
     double m_vStep = 0;
 };
 
-/// Moves the targets of the side that more rays reach into a grid; those that it has already stay.
+/// Moves the targets of the side that more rays reach into a grid; targets that the grid holds already stay.
 void takeMajority(Grid& front, Grid& back, Grid& grid) {
     Grid& majority = back.size() > front.size() ? back : front;
     if (grid.empty()) {
@@ -125,11 +125,11 @@ public:
     Grid grid;
 
 private:
-    std::vector<Grid::iterator> m_lowest;  ///< of each column; the end where there is none
+    std::vector<Grid::iterator> m_lowest;  ///< the lowest target of each column; the end where there is none
 };
 
-/// Asks a surface for the rays of a grid column by column, the order of the map: filled in another one, it would leave
-/// its memory scattered.
+/// Casts the rays of a grid at a surface column by column, in the order of the map: a map that is filled in another
+/// order would leave its memory scattered.
 class ColumnwiseCast {
 public:
     ColumnwiseCast(const ScreenGeometry& screen, const Vector& eyepoint, const CellDirections& directions)
@@ -151,7 +151,8 @@ public:
 private:
     /// Bounds the memory for rays and hits, 120 bytes each: they stay in the processor's cache.
     static constexpr std::size_t MOST_AT_ONCE = 2048;
-    /// Rays, and then normals, that are asked before their targets are stored: the processor works at several together.
+    /// The number of rays, and then of normals, that are calculated before their targets are stored: the processor
+    /// works at several together.
     static constexpr int FEW_AT_ONCE = 128;
 
     struct Answer {
@@ -196,7 +197,7 @@ private:
                 row = end;
             }
         }
-        // A mesh remembers its last hit: it shall be that of the last cell in reading order.
+        // A mesh remembers its last hit, which is to be that of the last cell in reading order.
         if (m_last.first >= 0) {
             const auto [row, column] = m_last;
             (void)m_screen.intersect(m_eyepoint, pointOnRay(column, row));
@@ -276,8 +277,8 @@ void SphereTargetLocator::projectOnTargetLocationSurface(double uMin, double uMa
         return;
     }
     const CellDirections directions(m_params, uMin, uMax, vMin, vMax, columns, rows);
-    // Only where nobody can tell: classes derived from this one are asked for every ray, and headings are bent, logged
-    // and refused in reading order.
+    // Done only where no caller can notice: for classes derived from this one the operation is called for every ray,
+    // and headings are bent, logged and refused in reading order.
     if (LocatorKind::of(*this).rays == LocatorKind::Rays::STRAIGHT && !remapsHeadings()) {
         const std::shared_ptr<ScreenGeometry> screen = ScreenManager::getInstance()->getScreenGeometry();
         if (screen && screen->raysAtOnce() > 0) {
@@ -381,7 +382,7 @@ Point<double, 3> SphereTargetLocator::remapHeading(const Point<double, 3>& direc
             std::sin(newPitch) * length};
 }
 
-// By value, as the interface has it; headings are looked up without the copy.
+// Passed by value, as the interface has it; headings are looked up without the copy.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 double SphereTargetLocator::interpolate(double x, HeadingTable table) {
     return lookUp(x, table);

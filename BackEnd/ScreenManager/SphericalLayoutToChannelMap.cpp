@@ -10,15 +10,16 @@ using Veltrani::EyeRays;
 
 namespace {
 
-/// Of the direction of view, in native units: nearer points, and those behind, are not seen.
+/// The least distance along the direction of view, in native units: nearer points, and those behind, are not seen.
 constexpr double NEAREST = 1e-6;
-/// Of the picture's size, at each edge: what rounding may do to a point on the edge.
+/// How far rounding may move a point on an edge of the picture, as a part of the picture's size.
 constexpr double EDGE_TOLERANCE = 1e-6;
 
 /// @param fromEye a point relative to the eye point
 bool projectThrough(const Frustum& frustum, const Point<double, 3>& fromEye, Point<double, 2>& channel) {
     const Point<double, 3> ahead = frustum.Rinv * (fromEye - frustum.origin);
-    // Asked so that a NaN goes on: what it gives is refused for lying nowhere.
+    // Compared in this form so that a NaN passes: the result is then NaN, which lies in no picture and is refused by
+    // the caller.
     if (ahead[1] <= NEAREST) {
         return false;
     }
@@ -32,7 +33,7 @@ bool isInside(double coordinate) {
 
 }  // namespace
 
-// By value, as the callers' interface has it.
+// Passed by value, as the callers' interface has it.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 SphericalLayoutToChannelMap::SphericalLayoutToChannelMap(XMLConfigManager* config,
                                                          std::shared_ptr<KelvoControl::Configuration> channelMapConfig)
@@ -51,7 +52,7 @@ bool SphericalLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& lay
     if (!projectThrough(rays.frustum(), fromEye, candidate) || !isInside(candidate[0]) || !isInside(candidate[1])) {
         return false;
     }
-    // The frustum is asked for again: what it says last is the answer.
+    // The frustum is fetched again, and the result of this second projection counts.
     projectThrough(rays.frustum(), fromEye, channel);
     return true;
 }

@@ -59,24 +59,25 @@ std::shared_ptr<const TargetLocator> TargetLocatorManager::getTargetLocator(cons
     if (kind != nullptr && kind->makeLocator(*this, config, projector)) {
         return m_locators[projector->getIdentity()];
     }
-    // Said after the builder's own message, too: callers look for this one.
+    // Logged after the builder's own message, too: programs that read the logs look for this one.
     VELTRANI_LOG(log, Warn,
                  L"ERROR: TargetLocatorManager::getTargetLocator(), TargetLocator type (" + type + L") not found");
     return nullptr;
 }
 
 void TargetLocatorManager::screenDefinitionChanged() {
-    // Planar locators, too, which hold nothing of the screen: every holder of a locator is to see that it is another.
+    // Planar locators are dropped, too, although they hold nothing of the screen: every holder of a locator is to see
+    // that it is another one.
     m_locators.clear();
 }
 
-// By value, as the callers' interface has it.
+// Passed by value, as the callers' interface has it.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 bool TargetLocatorManager::checkOrCreateTargetLocator(std::wstring name, const TargetLocatorParams& params,
                                                       std::function<TargetLocator*()> factory) {
     // NOLINTEND(performance-unnecessary-value-param)
     const auto cached = m_locators.find(name);
-    // An empty handle stands where an entry has changed its identity while its locator was built.
+    // The handle is empty where an entry has changed its identity while its locator was built.
     if (cached != m_locators.end() && cached->second && params == cached->second->getTargetLocatorParams()) {
         return true;
     }
@@ -84,17 +85,18 @@ bool TargetLocatorManager::checkOrCreateTargetLocator(std::wstring name, const T
     try {
         locator.reset(factory());
     } catch (const VeltraniExceptionBase& fault) {
-        // Through UTF-8, as everywhere where a description leaves the library: one that is no text is dropped whole.
+        // Converted through UTF-8, as everywhere where a description leaves the library: a description that is not
+        // valid text is dropped whole.
         VELTRANI_LOG(log, Info,
                      L"Failed creating target locator due to following error: " +
                          Veltrani::fromUtf8(Veltrani::toUtf8(fault.fullDescription())));
     }
-    // Its place is made before the old one goes: without memory for it everything stays as it was.
+    // The new place is allocated before the old one is erased: when memory runs out, everything stays as it was.
     std::map<std::wstring, std::shared_ptr<const TargetLocator>> made;
     if (locator) {
         made.emplace(name, locator);
     }
-    // After a failure, too: a locator that no longer fits its projector must not come back.
+    // Erased after a failure, too: a locator that no longer fits its projector must not come back.
     m_locators.erase(name);
     m_locators.merge(made);
     return locator != nullptr;
@@ -109,7 +111,7 @@ bool TargetLocatorManager::checkOrCreatePlanarTargetLocator(const XMLConfigManag
     params.screenBottom = projector->getScreenBottom();
     for (const double bound : {params.screenLeft, params.screenRight, params.screenTop, params.screenBottom}) {
         if (bound == ProjectorConfig::SCREEN_BOUND_NOT_CONFIGURED) {
-            // Ends without the channel's name: intended, callers match the whole text.
+            // Ends without the channel's name: intended, programs that read the logs match the whole text.
             VELTRANI_LOG(log, Warn,
                          L"ERROR:  TargetLocatorManager::checkOrCreateTargetLocator() - calibration file does not "
                          L"contain complete screen area information for channel");
@@ -177,7 +179,8 @@ bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLC
                                           LocatorBuilders::factoryOf<SphereTargetLocator>(params));
     }
     CustomProjectionTargetLocatorParams params;
-    // Of 1 x 1 pixels: rays do not depend on the size, and a change of it alone is no reason to build a locator again.
+    // The viewport has 1 x 1 pixels: rays do not depend on the size, and a change of the size alone is no reason to
+    // build a locator again.
     params.projectionModel = Blend::createProjectionModel(Viewport::of(*projector, modelName), modelName, L"");
     return checkOrCreateTargetLocator(projector->getIdentity(), params,
                                       LocatorBuilders::factoryOf<CustomProjectionTargetLocator>(params));

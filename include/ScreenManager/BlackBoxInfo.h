@@ -29,7 +29,7 @@ public:
     /// Copies the ports; the argument is not changed.
     void setOtherPowerPorts(std::vector<int>& otherPowerPorts);
 
-    /// The record in one line, without the other power ports, cut after 511 characters.
+    /// Returns the record in one line, without the other power ports, cut after 511 characters.
     [[nodiscard]] std::wstring toString();
 
 private:

@@ -25,8 +25,8 @@ struct _projectorId;
 /// entry belongs to the configuration and must outlive every use of `setName`.
 class Channel {
 public:
-    /// The name in UTF-8: channels of the same name have the same id, and a renamed channel has another one. Empty for
-    /// a name that is empty or cannot be converted.
+    /// The name in UTF-8: channels of the same name have the same id, and a renamed channel has another one. It is
+    /// empty for a name that is empty or cannot be converted.
     using Id = StrongId<std::string, Veltrani::ChannelIdTag>;
     /// The configuration id in UTF-8.
     using ProjectorId = StrongId<std::string, Veltrani::_projectorId>;
@@ -53,7 +53,7 @@ public:
     [[nodiscard]] Id getChannelId() const;
     [[nodiscard]] ProjectorId getProjectorId() const;
 
-    /// Whether the projector of this channel has that id; the name of the channel does not count.
+    /// Returns whether the projector of this channel has that id; the name of the channel does not count.
     [[nodiscard]] bool includesProjector(ProjectorId projectorId) const;
 
     void getChannelLocation(int& x, int& y) const;
@@ -71,8 +71,8 @@ public:
     void projectOnTargetLocationSurface(double uMin, double uMax, double vMin, double vMax, int columns, int rows,
                                         std::map<Point<int, 2>, Point<double, 3>>& grid) const;
 
-    /// The outline of the channel's area, `samplesPerEdge` samples on each edge (see `TargetLocator`). Empty without a
-    /// locator.
+    /// Returns the outline of the channel's area, `samplesPerEdge` samples on each edge (see `TargetLocator`). Empty
+    /// without a locator.
     std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const;
 
 protected:

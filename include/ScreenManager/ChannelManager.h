@@ -32,7 +32,7 @@ public:
     /// Releases the device of every channel, in order. What a device manager throws is logged.
     ~ChannelManager() override;
 
-    /// The pond-of-mirror size that suits a projector (see `DeviceEntry`); the usual one for null.
+    /// Returns the pond-of-mirror size that suits a projector (see `DeviceEntry`); the usual one for null.
     static int getPondOfMirrorSizeForChannel(Veltrani::DeviceFramework2::Device* device);
 
     /// Replaces the device manager by one that knows the device of every channel. Throws `VeltraniException` for null
@@ -73,16 +73,16 @@ private:
 
     static log4cxx::LoggerPtr log;
 
-    /// The base, or the first of base_01, base_02, ... that no channel is called.
+    /// Returns the base, or the first of base_01, base_02, ... that is not the name of a channel.
     [[nodiscard]] std::wstring generateUniqueChannelName(const std::wstring& base) const;
 
-    /// Throws the logic error for an index that is out of bounds.
+    /// Throws the `std::logic_error` of `IChannelManager` for an index that is out of bounds.
     [[nodiscard]] Channel& channelAt(int index) const;
     [[nodiscard]] int indexOfChannelId(const Channel::Id& channelId) const;
     [[nodiscard]] int indexOfProjectorId(const Channel::ProjectorId& projectorId) const;
-    /// The configuration's entry; null when there is none.
+    /// Returns the configuration's entry; null when there is none.
     [[nodiscard]] ProjectorConfig* entryOf(const std::wstring& projectorConfigId) const;
-    /// The device manager's device; null when there is none.
+    /// Returns the device manager's device; null when there is none.
     [[nodiscard]] Veltrani::DeviceFramework2::AbstractDevice* deviceOf(const std::wstring& projectorConfigId) const;
     void releaseDevice(Veltrani::DeviceFramework2::AbstractDevice* device) const;
 

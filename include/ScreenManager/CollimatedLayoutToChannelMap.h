@@ -19,22 +19,23 @@ class Configuration;
 /// A picture point becomes a ray from the eye point as in `SphericalLayoutToChannelMap`. The heading tables of the
 /// target locator bend the rays of targets, not these: with tables, a target lies beside the layout point of its place
 /// in the picture. The mirror leaves no formula for the way back: the pixels of the channel's frustum, width x height,
-/// are searched from coarse to fine for the one whose layout point is nearest. The answer is a whole pixel (x, y) as
-/// (x / width, y / height); there is none when the nearest pixel found is further than 0.0005 units away. Pixels of the
+/// are searched from coarse to fine for the one whose layout point is nearest. The result is a whole pixel (x, y) as (x
+/// / width, y / height); there is none when the nearest pixel found is further than 0.0005 units away. Pixels of the
 /// far edges, x = width and y = height, are found where they are samples on the way to the last window, and else lost.
 ///
-/// A search asks for a few hundred layout points. A map that was built with a cache keeps every one that it calculates,
-/// 24 bytes for each of (width + 1) x (height + 1) places per channel, all taken at construction; searches are then
-/// tens of times as fast. The cache has rows of `width` places: the column x = width of a row shares its places with
-/// the column x = 0 of the next one, and whichever is calculated first stands for both. This is intended.
+/// A search evaluates a few hundred layout points. A map that was built with a cache keeps every one that it
+/// calculates, 24 bytes for each of (width + 1) x (height + 1) places per channel, all taken at construction; searches
+/// are then tens of times as fast. The cache has rows of `width` places: the column x = width of a row shares its
+/// places with the column x = 0 of the next one, and whichever is calculated first stands for both. This is intended:
+/// recorded calibrations rely on it.
 ///
-/// Without a cache a pixel whose ray misses the surface counts as if it lay at the origin, which is intended, too; with
-/// one it is out of the search, and calculated again the next time.
+/// Without a cache a pixel whose ray misses the surface counts as if it lay at the origin, on which recorded
+/// calibrations rely, too; with one it is excluded from the search, and calculated again the next time.
 ///
 /// The cache is as large as the frustum was at construction; a frustum that grows afterwards is searched without it.
 ///
-/// Nothing empties the cache: a map that is built before a screen changes goes on answering for the old one. Copies
-/// share it. Not safe to use from two threads at once.
+/// Nothing empties the cache: a map that is built before a screen changes continues to return points of the old one.
+/// Copies share it. Not safe to use from two threads at once.
 class CollimatedLayoutToChannelMap : public LayoutToChannelMap {
 public:
     /// @param config not owned, must outlive the map
@@ -47,7 +48,8 @@ public:
     CollimatedLayoutToChannelMap(XMLConfigManager* config,
                                  std::shared_ptr<KelvoControl::Configuration> channelMapConfig, bool useCache);
 
-    /// The search. Asks this object's own `mapChannelToLayout`, also where a derived class replaces it.
+    /// Searches as described for the class. Calls this object's own `mapChannelToLayout`, also where a derived class
+    /// replaces it.
     bool mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,
                             std::size_t channelIndex) override;
 
@@ -56,7 +58,7 @@ public:
     bool mapChannelToLayout(const Point<double, 2>& channel, Point<double, 3>& layout,
                             std::size_t channelIndex) override;
 
-    /// As for `SphericalLayoutToChannelMap`; the cache has no part in it either.
+    /// Behaves as in `SphericalLayoutToChannelMap`; the cache is not used either.
     void mapChannelPointsToLayout(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout,
                                   std::size_t channelIndex) override;
 

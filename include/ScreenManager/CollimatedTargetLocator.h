@@ -29,11 +29,11 @@ protected:
 
 /// Targets on the screen as they are seen in a spherical mirror: each ray from the eye is reflected first.
 ///
-/// The ray meets the sphere of the mirror where it stands around the origin. The point found there is moved by the
-/// mirror's position and then turned by its orientation; the ray is turned before it is reflected, and turned once more
+/// The ray meets the sphere of the mirror placed around the origin. The point found there is moved by the mirror's
+/// position and then turned by its orientation; the ray is turned before it is reflected, and turned once more
 /// afterwards. The two turns are intended: the tables and orientations of calibrated displays belong to them. The
 /// heading tables bend the rays of grids and outlines before that; `intersectWithTargetLocationSurface`, which layout
-/// maps ask, takes a ray as it is.
+/// maps call, uses a ray as it is given.
 ///
 /// A ray that misses the mirror, whose reflection misses the screen, or that has no screen to meet, is a miss.
 class CollimatedTargetLocator : public SphereTargetLocator {
@@ -42,28 +42,28 @@ public:
 
     [[nodiscard]] const TargetLocatorParams& getTargetLocatorParams() const override;
 
-    /// Where the reflection meets the screen, and from which side it reaches it; {false, 1} and `hit` untouched on a
-    /// miss.
+    /// Intersects the reflection with the screen, and returns from which side it reaches it; {false, 1} and `hit`
+    /// untouched on a miss.
     std::pair<bool, int> intersectWithTargetLocationSurface(const Point<double, 3>& from, const Point<double, 3>& to,
                                                             Point<double, 3>& hit) const override;
 
-    /// Where the reflection meets the screen or its continuation from the side `normalSign`; false and `hit` untouched
-    /// on a miss.
+    /// Intersects the reflection with the screen or its continuation from the side `normalSign`; returns false and
+    /// leaves `hit` untouched on a miss.
     virtual bool intersectWithTargetLocationSurfaceExtrapolated(const Point<double, 3>& from,
                                                                 const Point<double, 3>& to, Point<double, 3>& hit,
                                                                 int normalSign) const;
 
-    /// What becomes of a ray in the mirror: it starts where it meets the mirror, and passes through the next point
-    /// along its reflection. False, and `reflected` untouched, when it misses the mirror.
+    /// Reflects a ray in the mirror: the reflected ray starts where `ray` meets the mirror, and passes through the next
+    /// point along the reflection. Returns false, and leaves `reflected` untouched, when `ray` misses the mirror.
     [[nodiscard]] bool reflect(const Ray& ray, Ray& reflected) const;
 
-    /// The outline of a channel: with the side that most boundary rays reach (the centre rays when none of those hits;
-    /// the back on a tie, and side 0 counts as back), where the reflection of every boundary ray meets the screen or
-    /// its continuation. Rays without such a point are dropped; empty when nothing is hit at all.
+    /// Returns the outline of a channel: with the side that most boundary rays reach (the centre rays when none of
+    /// those hits; the back on a tie, and side 0 counts as back), where the reflection of every boundary ray meets the
+    /// screen or its continuation. Rays without such a point are dropped; empty when nothing is hit at all.
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const;
 
-    /// Where its mirror stands.
+    /// Returns the place of its mirror.
     [[nodiscard]] const MirrorFrame& mirrorFrame() const { return m_mirrorFrame; }
 
 protected:

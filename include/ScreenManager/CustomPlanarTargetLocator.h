@@ -36,17 +36,17 @@ public:
     explicit CustomPlanarTargetLocator(const CustomPlanarTargetLocatorParams& params);
 
     /// Samples from (uMin, vMin) on, in equal steps up to (uMax, vMax), v from 0 at the bottom edge of the picture to 1
-    /// at its top edge as the map file has it; a single column or row stays at uMin or vMin.
-    /// What stands in `grid` under a key is replaced. Without a screen `grid` stays as it is; exceptions of the screen,
-    /// such as the `VeltraniException` of one without 2D parameters, pass through.
+    /// at its top edge as the map file has it; a single column or row stays at uMin or vMin. Points that `grid` already
+    /// holds under a key are replaced. Without a screen `grid` stays as it is; exceptions of the screen, such as the
+    /// `VeltraniException` of one without 2D parameters, pass through.
     void projectOnTargetLocationSurface(double uMin, double uMax, double vMin, double vMax, int columns, int rows,
                                         std::map<Point<int, 2>, Point<double, 3>>& grid) const override;
 
     [[nodiscard]] const TargetLocatorParams& getTargetLocatorParams() const override;
 
-    /// The border of the pixel space from (0, 0) along y = 0, back along the last row, down to (0, 0), in steps of
-    /// whole pixels: width and height divided by `samplesPerEdge` - 1, remainder dropped. Corners may come twice. The
-    /// screen is continued past its edges. Empty without a screen, for fewer than two samples, and for more of them
+    /// Returns the border of the pixel space from (0, 0) along y = 0, back along the last row, down to (0, 0), in steps
+    /// of whole pixels: width and height divided by `samplesPerEdge` - 1, remainder dropped. Corners may come twice.
+    /// The screen is continued past its edges. Empty without a screen, for fewer than two samples, and for more of them
     /// than the pixel space has steps.
     std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const override;
 

@@ -10,13 +10,13 @@ class ProjectionModel;
 // No virtual destructor in this family: see TargetLocatorParams.
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// The projection model of a projector, shared with whoever made it.
+/// The projection model of a projector, shared with the code that made it.
 struct CustomProjectionTargetLocatorParams : TargetLocatorParams {
     std::shared_ptr<ProjectionModel> projectionModel;  ///< empty at first
 
 protected:
-    /// By what the models say of themselves, not by identity: extents, points and pixel size of their viewports, then
-    /// both names. A record without a model equals only another one without.
+    /// Compares what the models report about themselves, not their identity: extents, points and pixel size of their
+    /// viewports, then both names. A record without a model equals only another one without a model.
     [[nodiscard]] bool equals(const TargetLocatorParams& other) const override;
 };
 

@@ -12,7 +12,7 @@ class TargetLocatorManager;
 class XMLConfigManager;
 
 /// One kind of display, that is one type of target data (`TargetLocatorConfig::getTargetDataType`), with everything
-/// that differs from kind to kind. Whoever needs to know what a display is asks here.
+/// that differs from kind to kind. Code that depends on the kind of a display looks it up here.
 struct DisplayKind {
     /// What the place of a picture on the screen follows from.
     enum class Addressing {
@@ -37,7 +37,7 @@ struct DisplayKind {
         MODEL_OR_FRUSTUM,  ///< the projection model of the projector; its frustum where it names none
     };
 
-    /// Sees to it that the manager keeps the locator of a projector; false when it cannot be built.
+    /// Makes the manager keep the locator of a projector; returns false when it cannot be built.
     using LocatorMaker = bool (*)(TargetLocatorManager& manager, const XMLConfigManager* config,
                                   const ProjectorConfig* projector);
     /// As `LayoutMapFactory::create`, for a configuration of this kind.
@@ -53,20 +53,22 @@ struct DisplayKind {
     LocatorMaker makeLocator;
     MapMaker makeMap;
 
-    /// Whether the display is seen in a mirror, beside whose middle its eye is given.
+    /// Returns whether the display is seen in a mirror, beside whose middle its eye is given.
     [[nodiscard]] bool hasMirror() const { return source == Source::FRUSTUM_AND_MIRROR; }
 
     /// Every kind there is. This is the only list of them.
     [[nodiscard]] static std::span<const DisplayKind> all();
 
-    /// The kind of this type; null for a type that no kind has.
+    /// Returns the kind of this type; null for a type that no kind has.
     [[nodiscard]] static const DisplayKind* named(std::wstring_view type);
 
-    /// The kind of the display that a configuration describes; null without target data and for an unknown type.
+    /// Returns the kind of the display that a configuration describes; null without target data and for an unknown
+    /// type.
     [[nodiscard]] static const DisplayKind* of(const XMLConfigManager& config);
 };
 
-/// One kind of target locator, that is one class, with everything that is asked of a locator beside its operations.
+/// One kind of target locator, that is one class, with everything that callers need to know of a locator beside its
+/// operations.
 struct LocatorKind {
     /// How a point of the picture reaches the screen.
     enum class Path {
@@ -82,8 +84,8 @@ struct LocatorKind {
     /// What `intersectWithTargetLocationSurface` does with a ray.
     enum class Rays {
         OWN,        ///< what only the locator knows: it must be called for every ray
-        STRAIGHT,   ///< asks the current screen for it
-        REFLECTED,  ///< asks the current screen for what `CollimatedTargetLocator::reflect` makes of it
+        STRAIGHT,   ///< intersects it with the current screen
+        REFLECTED,  ///< intersects what `CollimatedTargetLocator::reflect` makes of it with the current screen
     };
 
     /// How many places an outline is sampled at, before those that miss the screen are left out.
@@ -95,16 +97,16 @@ struct LocatorKind {
     bool offersGrid = true;
     /// Whether the first row of a grid over the whole picture lies at the top of the picture.
     bool firstRowIsAtTheTop = true;
-    /// Null where it is not known.
+    /// Counts the samples of an outline; null where their number is not known.
     OutlineCounter outlineSamples = nullptr;
 
-    /// Whether rays through a frustum make the grid, so that a single column or row has no extent.
+    /// Returns whether rays through a frustum make the grid, so that a single column or row has no extent.
     [[nodiscard]] bool looksThroughFrustum() const {
         return path == Path::FRUSTUM || path == Path::MIRROR || path == Path::FOLLOWED;
     }
 
-    /// The kind of a locator, by its exact class: a class derived from one of this library may replace what the rows
-    /// state. One that is derived from `SphereTargetLocator` has a followed path; of every other class nothing is
+    /// Returns the kind of a locator, by its exact class: a class derived from one of this library may replace what the
+    /// rows state. One that is derived from `SphereTargetLocator` has a followed path; of every other class nothing is
     /// known. No operation of the locator is called.
     [[nodiscard]] static const LocatorKind& of(const TargetLocator& locator);
 };

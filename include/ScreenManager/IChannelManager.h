@@ -30,7 +30,7 @@ inline const std::wstring k_WARP = L"warp";
 /// id in UTF-8). Texts are compared exactly; where several channels match, the first one counts. A projector id also
 /// finds a projector that had this id before the configuration was updated (`ProjectorConfig::getOldUID`).
 ///
-/// Queries answer copies of channels. An index that is not below the number of channels makes them throw
+/// Queries return copies of channels. An index that is not below the number of channels makes them throw
 /// `std::logic_error` "Channel index out of bounds..". Exceptions of devices and of the configuration pass through.
 class IChannelManager : public IProjectorProvider {
 public:
@@ -51,18 +51,18 @@ public:
     /// Throws `VeltraniException` when there is no such channel.
     virtual Channel getChannelInfo(const Channel::Id& channelId) = 0;
     virtual Channel getChannelInfo(int index) = 0;
-    /// Replaces a channel; false, and nothing changed, when another one has the name already.
+    /// Replaces a channel; returns false, and changes nothing, when another one has the name already.
     virtual bool setChannelInfo(int index, Channel channel) = 0;
     /// Renames the first channels, and their configuration entries, in order. Names that are not UTF-8 become empty.
-    /// Throws the logic error for more names than channels and then renames none.
+    /// Throws the `std::logic_error` of an index out of bounds for more names than channels, and then renames none.
     virtual void setChannelNames(const std::vector<std::string>& names) = 0;
-    /// -1 when there is none.
+    /// Returns -1 when there is none.
     [[nodiscard]] virtual int getChannelIndexByName(const std::wstring& name) const = 0;
-    /// By configuration id, in spite of its name; -1 when there is none.
+    /// Finds by configuration id, in spite of its name; returns -1 when there is none.
     [[nodiscard]] virtual int getChannelIndexByID(const std::wstring& projectorConfigId) const = 0;
-    /// The input that each channel's projector shows, 0 where it cannot tell.
+    /// Returns the input that each channel's projector shows, 0 where the projector does not report it.
     virtual std::vector<int> getChannelInputs() = 0;
-    /// Shows these inputs on the projectors that can switch; nothing unless there is one for every channel.
+    /// Shows these inputs on the projectors that can switch; does nothing unless there is one for every channel.
     virtual void setChannelInputs(const std::vector<int>& inputs) = 0;
     /// Adds a channel for every projector of the configuration behind those that are there.
     ///
@@ -80,26 +80,28 @@ public:
     /// is found by the name in the record, which must be the channel's current one for the device to be released.
     /// @return false when there is no such channel
     virtual bool removeChannel(Channel channel) = 0;
-    /// Moves a channel and its configuration entry by one place: 1 later, -1 earlier. False for any other direction
-    /// and for a move past either end, although the configuration has been asked first even then: intended.
+    /// Moves a channel and its configuration entry by one place: 1 later, -1 earlier. False for any other direction and
+    /// for a move past either end, although the configuration's own `moveProjectorConfig` has been called first even
+    /// then: intended, callers rely on the configuration deciding for itself.
     virtual bool moveChannel(int index, int direction) = 0;
     /// Brings every projector into a state; values that are no state do nothing. Throws `VeltraniException`, before
     /// anything is sent, when a channel has no device. Commands that were sent before a fault stay in effect.
     virtual void setupProjectorState(ProjectorState state) = 0;
-    /// The projector ids of all channels, in order.
+    /// Returns the projector ids of all channels, in order.
     [[nodiscard]] virtual std::vector<Channel::ProjectorId> getDisplayDeviceIds() const = 0;
     [[nodiscard]] virtual std::vector<Channel> getChannels() const = 0;
-    /// The first of several channels with one id.
+    /// Returns the channels by their ids; the first of several channels with one id.
     [[nodiscard]] virtual std::map<Channel::Id, const Channel> getChannelInfoMap() const = 0;
-    /// Null when there is no such channel or it has no device.
+    /// Returns null when there is no such channel or it has no device.
     virtual Veltrani::DeviceFramework2::AbstractDevice* getDeviceRefactor(const Channel::Id& channelId) const = 0;
-    /// Null for a negative index and for a channel without a device.
+    /// Returns null for a negative index and for a channel without a device.
     virtual Veltrani::DeviceFramework2::AbstractDevice* getDeviceRefactor(int index) const = 0;
-    /// Throws the logic error when there is no such channel.
+    /// Throws the `std::logic_error` of an index out of bounds when there is no such channel.
     virtual Channel getChannelInfoRefactor(const Channel::ProjectorId& projectorId) const = 0;
-    /// An empty id when there is no such channel.
+    /// Returns an empty id when there is no such channel.
     [[nodiscard]] virtual Channel::Id getChannelIdRefactor(const Channel::ProjectorId& projectorId) const = 0;
     virtual Channel::ProjectorId getProjectorIdRefactor(int index) = 0;
-    /// The entry that the configuration has for the channel now; null when there is no such channel or no entry.
+    /// Returns the entry that the configuration has for the channel now; null when there is no such channel or no
+    /// entry.
     [[nodiscard]] virtual ProjectorConfig* getConfig(const Channel::Id& channelId) const = 0;
 };

@@ -17,11 +17,11 @@ public:
     IProjectorProvider(const IProjectorProvider&) = default;
     IProjectorProvider& operator=(const IProjectorProvider&) = default;
 
-    /// The device of a channel; null when there is no such channel or it has no device.
+    /// Returns the device of a channel; null when there is no such channel or it has no device.
     virtual Veltrani::DeviceFramework2::AbstractDevice* getAbstractDeviceRefactor(
         const std::wstring& projectorConfigId) = 0;
 
-    /// The entry with that id, whether there is a channel for it or not; null when there is none.
+    /// Returns the entry with that id, whether there is a channel for it or not; null when there is none.
     virtual ProjectorConfig* getProjectorConfig(const std::wstring& projectorConfigId) = 0;
 
     virtual ~IProjectorProvider();

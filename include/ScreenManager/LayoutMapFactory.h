@@ -5,7 +5,8 @@
 
 #include <memory>
 
-/// A layout map together with what it refers to, which always goes after it. Copies of the map need the table, too.
+/// A layout map together with what it refers to, which is always destroyed after it. Copies of the map need the table,
+/// too.
 struct LayoutMap {
     LayoutMap() = default;
     LayoutMap(std::shared_ptr<KelvoControl::Configuration> theChannelMapConfig,
@@ -18,7 +19,7 @@ struct LayoutMap {
     std::unique_ptr<LayoutToChannelMap> map;                        ///< null by default and after it was moved from
 };
 
-/// Makes the layout map of a display, of the kind that its target-data type asks for.
+/// Makes the layout map of a display, of the kind that its target-data type requires.
 ///
 ///     const LayoutMap made = LayoutMapFactory::create(config, false);
 ///     Point<double, 3> layout;
@@ -35,7 +36,7 @@ class LayoutMapFactory {
 public:
     LayoutMapFactory() = delete;
 
-    /// Build the screen first: some kinds take it when they are made.
+    /// The screen must be built first: some kinds read it when they are made.
     ///
     /// Throws `VeltraniException`, naming what is accepted, for null, without target data, for an unknown type and,
     /// where the map counts pixels (custom planar, collimated), for a channel without a size; and what the map and

@@ -10,7 +10,7 @@
 class ProjectorConfig;
 class XMLConfigManager;
 
-/// The answer to one of many picture points.
+/// The result for one of many picture points.
 struct LayoutPoint {
     Point<double, 3> point;  ///< as it was where there is none
     bool isMapped = false;
@@ -19,11 +19,11 @@ struct LayoutPoint {
 /// Converts between the picture of a channel and the layout, the 3D space that the screen is described in; one kind of
 /// map per kind of display.
 ///
-/// Channel points are normalised, (0, 0) to (1, 1) over the whole picture. What a layout point means, its frame and its
-/// unit, is the kind's. Channels are counted from 0 in the order in which the configuration lists its projectors.
+/// Channel points are normalised, (0, 0) to (1, 1) over the whole picture. Each kind defines what a layout point means,
+/// its frame and its unit. Channels are counted from 0 in the order in which the configuration lists its projectors.
 ///
-/// A map is built from the configuration as it stands; whoever changes the configuration builds a new one. Copies share
-/// what they refer to. Not safe to use from two threads at once.
+/// A map is built from the configuration as it is at that time; a caller that changes the configuration builds a new
+/// map. Copies share what they refer to. Not safe to use from two threads at once.
 class LayoutToChannelMap {
 public:
     /// @param config not owned, must outlive the map; without one the map has no channels. A record that the
@@ -33,35 +33,35 @@ public:
     LayoutToChannelMap& operator=(const LayoutToChannelMap&) = default;
     virtual ~LayoutToChannelMap();
 
-    /// From a layout point to the picture of a channel.
+    /// Maps a layout point to the picture of a channel.
     /// @param channel receives the picture point; untouched when there is none
     /// @param channelIndex below the number of channels; not checked
     /// @return whether the channel shows the layout point
     virtual bool mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,
                                     std::size_t channelIndex) = 0;
 
-    /// From a picture point of a channel to the layout.
+    /// Maps a picture point of a channel to the layout.
     /// @param layout receives the layout point; untouched when there is none
     /// @param channelIndex below the number of channels; not checked
     /// @return whether the picture point lies anywhere in the layout
     virtual bool mapChannelToLayout(const Point<double, 2>& channel, Point<double, 3>& layout,
                                     std::size_t channelIndex) = 0;
 
-    /// Many picture points of a channel at once, such as rows of its pixels: what `mapChannelToLayout` says of each, to
-    /// the last bit. The default body asks point by point, in order.
+    /// Many picture points of a channel at once, such as rows of its pixels: what `mapChannelToLayout` returns for
+    /// each, to the last bit. The default body calls it point by point, in order.
     ///
     ///     std::vector<LayoutPoint> row(picturePoints.size());
     ///     map.mapChannelPointsToLayout(picturePoints, row, channelIndex);
     ///
-    /// @param layout receives the answers in order; throws `VeltraniException` when it is not as long as `channel`
+    /// @param layout receives the results in order; throws `VeltraniException` when it is not as long as `channel`
     virtual void mapChannelPointsToLayout(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout,
                                           std::size_t channelIndex);
 
 protected:
     [[nodiscard]] XMLConfigManager* config() const { return m_config; }
-    /// Asks the configuration anew; none without one.
+    /// Reads the configuration anew; none without one.
     [[nodiscard]] std::vector<std::wstring> projectorIds() const;
-    /// The record of each channel, not owned; null where the configuration has none.
+    /// Returns the record of each channel, not owned; null where the configuration has none.
     [[nodiscard]] const std::vector<ProjectorConfig*>& projectors() const { return m_projectors; }
 
 private:

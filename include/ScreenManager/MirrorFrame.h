@@ -5,7 +5,7 @@
 
 class TargetLocatorConfig;
 
-/// Where a collimating mirror stands: points beside the mirror, which lies around the origin of its own frame, are
+/// The place of a collimating mirror: points beside the mirror, which lies around the origin of its own frame, are
 /// moved by its position first and turned by its orientation then. The eye of a display with a mirror is such a point.
 class MirrorFrame {
 public:
@@ -14,11 +14,11 @@ public:
     MirrorFrame(const Point<double, 3>& orientation, const Point<double, 3>& position);
     explicit MirrorFrame(const TargetLocatorConfig& config);
 
-    /// From the frame of the mirror to the world frame, native units.
+    /// Returns a point beside the mirror in the world frame, native units.
     [[nodiscard]] Point<double, 3> toWorld(const Point<double, 3>& besideMirror) const {
         return m_world_from_mirror * (besideMirror + m_position);
     }
-    /// The middle of the mirror; world frame.
+    /// Returns the middle of the mirror; world frame.
     [[nodiscard]] Point<double, 3> centre() const { return m_world_from_mirror * m_position; }
     /// Turns directions into world axes.
     [[nodiscard]] const Matrix<double, 3>& rotation() const { return m_world_from_mirror; }

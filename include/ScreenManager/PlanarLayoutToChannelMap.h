@@ -25,8 +25,8 @@ struct ChannelLayoutRect {
 ///     map.mapChannelToLayout({0.5, 0.5}, layout, 0);   // the middle of the first channel's rectangle
 ///
 /// Both ways include the edges and clamp nothing. They compare as written, which callers rely on: NaN is outside of
-/// nothing and comes out as NaN, with true; a mirrored rectangle takes channel points, but no layout point; one without
-/// width or height answers a number that is not finite for a layout point on it, with true.
+/// nothing and comes out as NaN, with true; a mirrored rectangle accepts channel points, but no layout point; one
+/// without width or height yields a number that is not finite for a layout point on it, with true.
 class PlanarLayoutToChannelMap : public LayoutToChannelMap {
 public:
     /// Reads the rectangle of every projector (`ProjectorConfig::getLayoutXMin` and so on).

@@ -38,9 +38,9 @@ public:
 
     [[nodiscard]] const TargetLocatorParams& getTargetLocatorParams() const override;
 
-    /// The four edges of the rectangle from its top left corner clockwise, continued past the screen where it can be;
-    /// each edge gives its first corner and `samplesPerEdge` - 1 samples, never its last corner. Samples that do not
-    /// map are dropped. Logs a warning and answers what was collected by then when the screen has no 2D
+    /// Returns the four edges of the rectangle from its top left corner clockwise, continued past the screen where it
+    /// can be; each edge gives its first corner and `samplesPerEdge` - 1 samples, never its last corner. Samples that
+    /// do not map are dropped. Logs a warning and returns what was collected by then when the screen has no 2D
     /// parameterisation; empty without a screen.
     std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const override;
 

@@ -12,15 +12,15 @@ class Configuration;
 
 }  // namespace KelvoControl
 
-/// The map of a display whose channels are described by their projectors: where each stands, and its projection model.
-/// Layout points are positions in the world frame, native units.
+/// The map of a display whose channels are described by their projectors: the position of each, and its projection
+/// model. Layout points are positions in the world frame, native units.
 ///
 /// A channel point becomes the ray of its pixel position and lies where that meets the screen; a layout point is
 /// projected into the picture, whether it lies on the screen or not, to a whole pixel. So the way there and back
 /// rounds to the nearest pixel. Nothing is clipped at the edges of the picture.
 ///
-/// Screen and model are asked for at each call: the map follows a screen that is replaced. The positions are those of
-/// the time when it was built. Without a screen, or a model, nothing maps.
+/// Screen and model are fetched at each call: the map follows a screen that is replaced. The positions are those of the
+/// time when it was built. Without a screen, or a model, nothing maps.
 class ProjectorCentricLayoutToChannelMap : public LayoutToChannelMap {
 public:
     /// Reads the position of every projector, and looks it up in the table.

@@ -13,23 +13,23 @@
 class XMLConfigManager;
 class ScreenGeometry;
 
-/// Owns the one screen of the calibration set-up: builds it from the configuration and answers where its surface is.
+/// Owns the one screen of the calibration set-up: builds it from the configuration and reports where its surface is.
 ///
-/// The single instance appears with the first `getInstance` and goes with `deleteInstance`. Whoever changes the screen
-/// also tells the target locators (`TargetLocatorManager::screenDefinitionChanged`): nothing is notified from here. Not
-/// safe to use from two threads at once.
+/// The single instance appears with the first `getInstance` and goes with `deleteInstance`. A caller that changes the
+/// screen also calls `TargetLocatorManager::screenDefinitionChanged`: no notification is sent from here. Not safe to
+/// use from two threads at once.
 class ScreenManager {
 public:
-    /// The three geometries of the screen, for callers that tell them apart.
+    /// The three geometries of the screen, for callers that distinguish them.
     static constexpr int CONTENT_SCREEN = 0;
     static constexpr int MEASURED_SCREEN = 1;
     static constexpr int PCD_SCREEN = 2;
 
-    /// For the messages of callers.
+    /// A text for the messages of callers.
     static const std::wstring k_FAILED_TO_LOAD_SCREEN_FILE;
     static const std::wstring k_UNABLE_TO_LOAD;
 
-    /// The instance, made on the first call.
+    /// Returns the instance, made on the first call.
     static ScreenManager* getInstance();
     /// Clears the screen and destroys the instance; nothing when there is none.
     static void deleteInstance();
@@ -40,10 +40,10 @@ public:
     /// Builds the content, the measured and the point cloud screen from the configuration. The content of another shape
     /// than a mesh is only rebuilt when its description has changed; the files are read at every call.
     ///
-    /// The unit and the axes that the configuration states for the files count for a content mesh and what stands
-    /// beside it. Beside another shape a measured mesh and a cloud are read with the scale and the axes that the screen
-    /// has: 1, "Y" up and "Z" forward, unless the caller sets them before (`Screen::setScale` with `getScaleFromXml`,
-    /// `Screen::setImportTransformParams`).
+    /// The unit and the axes that the configuration states for the files count for a content mesh, and for the measured
+    /// mesh and the cloud beside it. Beside another shape a measured mesh and a cloud are read with the scale and the
+    /// axes that the screen has: 1, "Y" up and "Z" forward, unless the caller sets them before (`Screen::setScale` with
+    /// `getScaleFromXml`, `Screen::setImportTransformParams`).
     ///
     /// Whatever is thrown (`VeltraniMissingFileException` for the files, see `Screen`; `VeltraniException` for an
     /// unknown shape and a file that cannot be archived; `ObjLoadException` for a faulty content mesh) is logged and
@@ -55,10 +55,10 @@ public:
     /// content.
     void setScreenGeometry(std::shared_ptr<ScreenGeometry> geometry);
 
-    /// Lets the content screen read its numbers from the configuration again; nothing when there is none.
+    /// Makes the content screen read its numbers from the configuration again; nothing when there is none.
     void updateScreenGeometry(XMLConfigManager* config);
 
-    /// The measured screen when there is one, else the content screen; may be empty.
+    /// Returns the measured screen when there is one, else the content screen; may be empty.
     [[nodiscard]] std::shared_ptr<ScreenGeometry> getScreenGeometry();
     [[nodiscard]] std::shared_ptr<ScreenGeometry> getContentModelScreenGeometry();
     [[nodiscard]] std::shared_ptr<ScreenGeometry> getMeasuredScreenGeometry();
@@ -81,9 +81,9 @@ public:
 
     /// Native units per unit of the screen's files; 1.0 unless the configuration gives a value above zero.
     [[nodiscard]] double getScaleFromXml(XMLConfigManager* config);
-    /// For a mesh: hands the scale to the screen, for the next files that are read.
+    /// Passes the scale to the screen, for the next files that are read; only when the content is a mesh.
     void setScaleFromXml(XMLConfigManager* config);
-    /// For a mesh: hands the axes of its files to the screen, for the next files that are read.
+    /// Passes the axes of its files to the screen, for the next files that are read; only when the content is a mesh.
     void setOrientationXfFromXml(XMLConfigManager* config);
 
 protected:

@@ -54,28 +54,30 @@ public:
     /// One ray per cell, v from 0 at the bottom edge of the picture to 1 at its top edge, the first row at vMax; cells
     /// whose ray misses the surface stay empty. Of the two sides of the surface the one that more rays reach gives the
     /// targets, the front on a tie; what the others reach is left out. Targets already in `grid` are kept. A single
-    /// column or row is no grid: its step is 0 / 0, and nothing is found. This is intended, callers ask for two and
+    /// column or row is no grid: its step is 0 / 0, and nothing is found. This is intended: callers request two and
     /// more.
     void projectOnTargetLocationSurface(double uMin, double uMax, double vMin, double vMax, int columns, int rows,
                                         std::map<Point<int, 2>, Point<double, 3>>& grid) const override;
 
     [[nodiscard]] const TargetLocatorParams& getTargetLocatorParams() const override;
 
-    /// The outline from the left top corner clockwise; each edge gives its first corner and `samplesPerEdge` - 1
-    /// samples, evenly spread on the plane of the frustum. The last outline is remembered with its number of samples,
-    /// the empty one of a missing screen too, and is not calculated again when the screen changes: whoever changes the
-    /// screen drops the locator.
+    /// Returns the outline from the left top corner clockwise; each edge gives its first corner and `samplesPerEdge` -
+    /// 1 samples, evenly spread on the plane of the frustum. The last outline is remembered with its number of samples,
+    /// the empty one of a missing screen too, and is not calculated again when the screen changes: a caller that
+    /// changes the screen drops the locator.
     std::vector<Point<double, 3>> projectBoundaryOnTargetLocationSurface(int samplesPerEdge) const override;
 
-    /// The ray from the eye through a place of the picture, (0, 0) bottom left to (1, 1) top right, bent by the tables.
+    /// Returns the ray from the eye through a place of the picture, (0, 0) bottom left to (1, 1) top right, bent by the
+    /// tables.
     [[nodiscard]] Ray rayOf(const Point<double, 2>& picture) const;
 
-    /// One target, whatever side its ray comes from; answers as `intersectWithTargetLocationSurface`.
+    /// Places one target, whichever side its ray comes from; returns what `intersectWithTargetLocationSurface` returns.
     /// @param direction from the eye, world frame, any length; the tables bend it here
     std::pair<bool, int> locate(const Point<double, 3>& direction, Point<double, 3>& target) const;
 
 protected:
-    /// The outline a -> b -> d -> c -> a on the surface, given by the corners of the frustum (points, not directions).
+    /// Returns the outline a -> b -> d -> c -> a on the surface, given by the corners of the frustum (points, not
+    /// directions).
     [[nodiscard]] virtual std::vector<Point<double, 3>> calculateBoundaryPoints(Point<double, 3> a, Point<double, 3> b,
                                                                                 Point<double, 3> c, Point<double, 3> d,
                                                                                 int samplesPerEdge) const;
@@ -95,7 +97,7 @@ private:
 
     static log4cxx::LoggerPtr log;
 
-    /// The direction with its pitch and its yaw looked up; its length is kept. Logs each heading at info.
+    /// Returns the direction with its pitch and its yaw looked up; its length is kept. Logs each heading at info.
     static Point<double, 3> remapHeading(const Point<double, 3>& direction, const HeadingTable& pitchTable,
                                          const HeadingTable& yawTable);
 

@@ -24,7 +24,7 @@ class Configuration;
 ///     Point<double, 3> onTheDome;
 ///     if (map.mapChannelToLayout({0.5, 0.5}, onTheDome, 0)) { ... }
 ///
-/// The eye point is taken off a layout point, and then the origin of the frustum, too: intended, the frusta of
+/// The eye point is subtracted from a layout point, and then the origin of the frustum, too: intended, the frusta of
 /// calibrated displays are made for it. So the two ways are inverse to each other only where that origin is zero.
 ///
 /// The target locators are those of the time when the map was built. They follow a screen that is replaced, and stay
@@ -40,8 +40,8 @@ public:
     SphericalLayoutToChannelMap(XMLConfigManager* config,
                                 std::shared_ptr<KelvoControl::Configuration> channelMapConfig);
 
-    /// False for a point behind the eye or beside the picture. Up to 1e-6 beside it is still inside: the answer is then
-    /// up to that much outside of [0, 1], and is not clamped.
+    /// Returns false for a point behind the eye or beside the picture. Up to 1e-6 beside it is still inside: the result
+    /// is then up to that much outside of [0, 1], and is not clamped.
     bool mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,
                             std::size_t channelIndex) override;
 
@@ -50,7 +50,7 @@ public:
                             std::size_t channelIndex) override;
 
     /// Several times as fast as point by point on a mesh when neighbouring points follow each other, and to the last
-    /// bit the same. A class derived from this one is asked point by point.
+    /// bit the same. For a class derived from this one, `mapChannelToLayout` is called point by point.
     void mapChannelPointsToLayout(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout,
                                   std::size_t channelIndex) override;
 

@@ -19,11 +19,11 @@ struct TargetLocatorParams;
 ///     }
 ///
 /// The single instance appears with the first `getInstance` and goes with `deleteInstance`. Locators are shared: those
-/// handed out outlive their place in the cache and the manager itself. Whoever changes the screen calls
+/// that were returned outlive their place in the cache and the manager itself. A caller that changes the screen calls
 /// `screenDefinitionChanged`. Not safe to use from two threads at once.
 class TargetLocatorManager : public ITargetLocatorProvider {
 public:
-    /// The instance, made on the first call.
+    /// Returns the instance, made on the first call.
     static TargetLocatorManager* getInstance();
     /// Destroys the instance with its cache; nothing when there is none.
     static void deleteInstance();
@@ -31,8 +31,8 @@ public:
     TargetLocatorManager(const TargetLocatorManager&) = delete;
     TargetLocatorManager& operator=(const TargetLocatorManager&) = delete;
 
-    /// The locator of a projector, of the kind that the target-data type of the configuration asks for. The same object
-    /// as last time while nothing that it is built from has changed.
+    /// Returns the locator of a projector, of the kind that the target-data type of the configuration requires. The
+    /// same object is returned as last time while nothing that it is built from has changed.
     ///
     /// Empty, with a warning, for an unknown type, without target data, for null arguments, for an entry that lacks
     /// what its kind needs, and for a locator that cannot be built. What the configuration or the projection model
@@ -58,7 +58,7 @@ private:
     bool checkOrCreateTargetLocator(std::wstring name, const TargetLocatorParams& params,
                                     std::function<TargetLocator*()> factory);
 
-    // Each reads what its kind is built from and sees to it that the cache holds such a locator; false when it cannot.
+    // Each reads what its kind is built from and makes the cache hold such a locator; returns false when it cannot.
     bool checkOrCreatePlanarTargetLocator(const XMLConfigManager* config, const ProjectorConfig* projector);
     bool checkOrCreateSphereTargetLocator(const XMLConfigManager* config, const ProjectorConfig* projector);
     bool checkOrCreateCollimatedTargetLocator(const XMLConfigManager* config, const ProjectorConfig* projector);
@@ -68,6 +68,6 @@ private:
     static TargetLocatorManager* m_pInstance;
     static log4cxx::LoggerPtr log;
 
-    /// By the identity of the projector.
+    /// The locators by the identity of the projector.
     std::map<std::wstring, std::shared_ptr<const TargetLocator>> m_locators;
 };

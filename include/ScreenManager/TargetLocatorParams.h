@@ -10,7 +10,7 @@
 /// unequal even to itself). A cached locator is used again as long as its record equals the one just read from the
 /// configuration.
 struct TargetLocatorParams {
-    /// Of two kinds: false, and `equals` is not called.
+    /// Returns false for records of two kinds, and does not call `equals` then.
     virtual bool operator==(const TargetLocatorParams& other) const;
 
     /// The negation of `operator==`, of the one that a derived record may have put in its place. Not a constant

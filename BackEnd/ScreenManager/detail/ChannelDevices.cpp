@@ -18,7 +18,7 @@ using Veltrani::DeviceFramework2::Location;
 
 namespace {
 
-/// Of whom this is the part that talks to the devices.
+/// The logger of the `ChannelManager`, of which this is the part that talks to the devices.
 const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.ChannelManager");
 
 constexpr int PONDS_OF_MIRROR = 4;
@@ -30,7 +30,7 @@ constexpr Point<int, 2> SMALL_PANEL{2048, 1080};
 void logDevice(Device& device, const Location& place, const std::wstring& uid, const std::wstring& snippet,
                const log4cxx::spi::LocationInfo& operation) {
     VELTRANI_LOG_AT(operation, LOGGER, Info, L"addChannel() - Projector UID = [" + uid + L"]");
-    // Asked for at any level of the log, so that a device without an answer shows it always.
+    // Requested at any level of the log, so that a device that does not answer always shows it.
     if (const auto firmware = askDevice<GetFirmware>(&device)) {
         VELTRANI_LOG_AT(operation, LOGGER, Info,
                         L"addChannel() - Projector Firmware = [" + Veltrani::fromUtf8(*firmware) + L"]");

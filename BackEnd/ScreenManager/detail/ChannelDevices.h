@@ -14,14 +14,14 @@
 class ProjectorConfig;
 class XMLConfigManager;
 
-// The devices of channels: questions to them, steps of a set-up that own one, and what binds each to its entry in the
+// The devices of channels: queries to them, steps of a set-up that own one, and what binds each to its entry in the
 // configuration.
 
-/// Asks a device, as in `askDevice<GetFirmware>(device)`.
+/// Queries a device, as in `askDevice<GetFirmware>(device)`.
 ///
 /// @tparam Question a `GetCommand`
-/// @return nothing when there is no device, or it does not support the question. Throws what the device throws, and
-/// `CmdResultNotAvailableException` when it supports the question and yet gives no answer.
+/// @return nothing when there is no device, or it does not support the command. Throws what the device throws, and
+/// `CmdResultNotAvailableException` when it supports the command and yet stores no result.
 template <class Question>
 auto askDevice(Veltrani::DeviceFramework2::AbstractDevice* device)
     -> std::optional<std::decay_t<decltype(std::declval<Question>().getResult())>> {
@@ -51,7 +51,7 @@ decltype(auto) releaseOnFault(Veltrani::DeviceFramework2::IDeviceManager& manage
 class ProjectorBinding {
 public:
     struct Result {
-        Veltrani::DeviceFramework2::Device* device;  ///< never null; the caller's to release
+        Veltrani::DeviceFramework2::Device* device;  ///< never null; released by the caller
         std::wstring uid;                            ///< of the device, and the id of the entry from now on
     };
 
@@ -93,15 +93,15 @@ public:
     DeviceEntry() = delete;
 
     /// Logs what the device is, if it has a location, and stores its snippet, its pond-of-mirror sizes, the name that
-    /// suits its channel, and its native resolution where it can tell it. What the device and the entry throw passes
+    /// suits its channel, and its native resolution where it reports one. What the device and the entry throw passes
     /// through; what was stored before stays.
     /// @param operation whose part this is; the location of the log records, except those of the snippet, which are
     /// logged by `VeltraniLogging::multiLineLog`
     static void store(Veltrani::DeviceFramework2::Device& device, const std::wstring& uid, ProjectorConfig& entry,
                       const log4cxx::spi::LocationInfo& operation);
 
-    /// The pond-of-mirror size that suits a projector (`ProjectorConfig::setPondOfMirror`), by its model
-    /// (`Device::getTypeCode`) and, for some models, its native resolution. The resolution is asked of every device
-    /// that can tell it, whatever its model: intended. The usual size for null.
+    /// Returns the pond-of-mirror size that suits a projector (`ProjectorConfig::setPondOfMirror`), by its model
+    /// (`Device::getTypeCode`) and, for some models, its native resolution. The resolution is requested from every
+    /// device that supports the command, whatever its model: intended. Returns the usual size for null.
     [[nodiscard]] static int pondOfMirrorSize(Veltrani::DeviceFramework2::Device* device);
 };

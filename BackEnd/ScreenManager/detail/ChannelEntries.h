@@ -16,12 +16,12 @@ class Configuration;
 // The entries of channels that layout maps are made from, each of which must be there.
 namespace Veltrani {
 
-/// The record of a channel. Throws `VeltraniException` naming the channel by its number when it is null: the
+/// Returns the record of a channel. Throws `VeltraniException` naming the channel by its number when it is null: the
 /// configuration lists a projector that it does not have.
 [[nodiscard]] const ProjectorConfig& requireRecord(const ProjectorConfig* record, std::size_t channelIndex);
 
-/// The entry of each channel in the table of the channel maps, which owns it and must outlive it, in the order in which
-/// the configuration lists the projectors now.
+/// Returns the entry of each channel in the table of the channel maps, which owns it and must outlive it, in the order
+/// in which the configuration lists the projectors now.
 ///
 /// Throws `VeltraniException` naming the first projector that has no entry; without a table none has. Empty without a
 /// configuration.

@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The file of this library. Found when it is loaded: a relative search path of the loader counts from the working
-/// folder of that moment.
+/// Returns the file of this library. It is determined when the library is loaded: a relative search path of the loader
+/// counts from the working folder of that moment.
 fs::path ownFile() {
     Dl_info info{};
     static const int PLACE_IN_LIBRARY = 0;

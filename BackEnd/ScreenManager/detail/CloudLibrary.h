@@ -17,9 +17,9 @@ namespace Veltrani {
 /// What is done by the shared libraries of the Point Cloud Library, opened with the first cloud.
 ///
 /// Its reader of PCD files brings a visualisation stack of some sixty shared libraries into the process, which most
-/// displays never need. What calls it stands therefore in a module of its own beside the library of this class; the
-/// types of clouds are headers alone. The messages of the Point Cloud Library stay off the console: what matters of
-/// them goes into exceptions and results.
+/// displays never need. The code that calls it is therefore in a module of its own beside the library of this class;
+/// the types of clouds are headers alone. The messages of the Point Cloud Library stay off the console: the faults
+/// among them are reported by exceptions and results.
 class CloudLibrary {
 public:
     using Cloud = pcl::PointCloud<pcl::PointXYZ>;
@@ -38,13 +38,15 @@ public:
     /// all is right; else `errno` is ENOMEM when memory ran out, and is left alone by the Point Cloud Library
     /// otherwise.
     [[nodiscard]] virtual int read(const std::string& utf8Path, pcl::PCLPointCloud2& points, Cloud& sensor) const = 0;
-    /// The same of a text. The stream must not fail before its end: the reader would wait for ever, or repeat a line.
+    /// Reads all fields of a text in the same way. The stream must not fail before its end: the reader would wait for
+    /// ever, or repeat a line.
     [[nodiscard]] virtual int readText(std::istream& text, pcl::PCLPointCloud2& points, Cloud& sensor) const = 0;
     /// Takes the single-precision coordinates of points that were read.
     virtual void convert(const pcl::PCLPointCloud2& points, Cloud& cloud) const = 0;
     /// Applies `world_from_file` to every finite point in place.
     virtual void transform(Cloud& cloud, const Eigen::Affine3f& world_from_file) const = 0;
-    /// Of the covariance of the points. Throws `pcl::InitFailedException` without a cloud or for fewer than 3 points.
+    /// Returns the largest eigenvalue of the covariance of the points. Throws `pcl::InitFailedException` without a
+    /// cloud or for fewer than 3 points.
     [[nodiscard]] virtual float largestEigenvalue(const std::shared_ptr<Cloud>& cloud) const = 0;
 };
 

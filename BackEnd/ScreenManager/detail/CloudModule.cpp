@@ -73,7 +73,7 @@ public:
 
 extern "C" const Veltrani::CloudLibrary* SM_CLOUD_MODULE_FUNCTION();
 
-/// The entry of the module; its name carries the version.
+/// Returns the entry of the module; its name carries the version.
 extern "C" const Veltrani::CloudLibrary* SM_CLOUD_MODULE_FUNCTION() {
     static const Veltrani::Module module;
     return &module;

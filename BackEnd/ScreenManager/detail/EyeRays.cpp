@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The locator as one whose rays are reflected first; null for others.
+/// Returns the locator as one whose rays are reflected first; null for others.
 const CollimatedTargetLocator* mirrorOf(const TargetLocator& locator, LocatorKind::Rays rays) {
     // Only this class has such rays, and no class derived from it.
     return rays == LocatorKind::Rays::REFLECTED ? static_cast<const CollimatedTargetLocator*>(&locator) : nullptr;
@@ -123,7 +123,7 @@ Point<double, 3> EyeRays::pointOnRay(const Point<double, 2>& channel) const {
     const Frustum& f = frustum();
     const double a = f.sx * channel[0] + f.ox;
     const double b = f.sy * channel[1] + f.oy;
-    // In this order: results match to the last bit.
+    // Evaluated in this order, so that results match to the last bit.
     const auto component = [&](std::size_t k) { return a * f.R(k, 0) + f.R(k, 1) + b * f.R(k, 2); };
     return m_eyePoint + Point<double, 3>{component(0), component(1), component(2)};
 }

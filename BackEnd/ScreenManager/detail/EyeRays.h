@@ -18,18 +18,19 @@ struct Frustum;
 // Rays to the surface that the target locator of a channel knows: many of them at once, and those of its picture, seen
 // from the eye.
 
-/// Casts many rays of a locator at once: its answers, to the last bit, as its `intersectWithTargetLocationSurface`
-/// gives them one by one, on the screen that is current when this is made.
+/// Casts many rays of a locator at once. The results are, to the last bit, those that its
+/// `intersectWithTargetLocationSurface` returns one by one, on the screen that is current when this object is made.
 class RaysAtOnce {
 public:
     explicit RaysAtOnce(const TargetLocator& locator);
 
-    /// True where nobody can tell that the locator was not asked. False for locators with rays of their own
-    /// (`LocatorKind`), for screens that must be asked ray by ray (`ScreenGeometry::raysAtOnce`), and without a screen.
+    /// Returns true where no caller can notice that the locator was not called. False for locators with rays of their
+    /// own (`LocatorKind`), for screens that must be called ray by ray (`ScreenGeometry::raysAtOnce`), and without a
+    /// screen.
     [[nodiscard]] bool isPossible() const { return m_screen != nullptr; }
 
-    /// Only where it is possible. Points are those of the surface; normals, sides and t are those of the rays as they
-    /// reach the screen, which are not the ones given where a mirror turns them.
+    /// May be called only where `isPossible` is true. Points are those of the surface; normals, sides and t are those
+    /// of the rays as they reach the screen, which are not the ones given where a mirror turns them.
     /// @param hits as long as `rays`
     void cast(std::span<const Ray> rays, std::span<SurfaceHit> hits);
 
@@ -40,22 +41,23 @@ private:
     const CollimatedTargetLocator* m_mirror;         ///< null when rays reach the screen directly
     std::vector<Ray> m_reflected;
     std::vector<SurfaceHit> m_reflectedHits;
-    std::vector<std::size_t> m_places;  ///< of the reflected rays among those given
+    std::vector<std::size_t> m_places;  ///< places of the reflected rays among the given ones
 };
 
 namespace Veltrani {
 
-/// The eye point (world frame) of a display that is seen from one; the origin without a configuration or a screen.
+/// Returns the eye point (world frame) of a display that is seen from one; the origin without a configuration or a
+/// screen.
 [[nodiscard]] Point<double, 3> eyePointOf(const XMLConfigManager* config);
 
-/// The target locator of each channel, from the `TargetLocatorManager`; empty handles where it has none.
+/// Returns the target locator of each channel, from the `TargetLocatorManager`; empty handles where it has none.
 [[nodiscard]] std::vector<std::shared_ptr<const TargetLocator>> targetLocators(
     const XMLConfigManager* config, const std::vector<ProjectorConfig*>& projectors);
 
 /// The way from the picture of one channel to the layout on displays that are seen from an eye point: the ray from the
 /// eye through the frustum of the channel, and where it meets the channel's target-location surface.
 ///
-/// Refers to what it was made from. Made for a call and forgotten: the frustum is asked for anew with each point.
+/// Refers to what it was made from. Made for one call: the frustum is fetched anew for each point.
 class EyeRays {
 public:
     /// @param locator null where the channel has none: nothing is met
@@ -64,16 +66,16 @@ public:
     [[nodiscard]] const Frustum& frustum() const;
 
     /// The point of the surface that a picture point is seen at. No limits are set to the picture point.
-    /// @param layout handed to the locator as it is; untouched on a miss
+    /// @param layout passed to the locator as it is; untouched on a miss
     bool mapToLayout(const Point<double, 2>& channel, Point<double, 3>& layout) const;
 
-    /// The same for many points, to the last bit.
+    /// Maps many points; the results are the same to the last bit.
     /// @param layout as long as `channel`
-    /// @return false, and nothing done, where somebody could tell that they were not mapped one by one
+    /// @return false, and nothing done, where a caller could notice that they were not mapped one by one
     bool mapToLayoutAtOnce(std::span<const Point<double, 2>> channel, std::span<LayoutPoint> layout) const;
 
 private:
-    /// A point on the ray of a picture point, one step from the eye.
+    /// Returns a point on the ray of a picture point, one step from the eye.
     [[nodiscard]] Point<double, 3> pointOnRay(const Point<double, 2>& channel) const;
 
     const KelvoProjector& m_projector;

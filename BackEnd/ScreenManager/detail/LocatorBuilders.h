@@ -30,7 +30,7 @@ struct LocatorBuilders {
         return manager.checkOrCreateCustomProjectionTargetLocator(config, projector);
     }
 
-    /// Keeps a locator for a record, under the identity of the projector: what a further kind ends with.
+    /// Keeps a locator for a record, under the identity of the projector: the last step of the builder of every kind.
     template <class Locator, class Params>
     static bool keep(TargetLocatorManager& manager, const ProjectorConfig& projector, const Params& params) {
         return manager.checkOrCreateTargetLocator(projector.getIdentity(), params, factoryOf<Locator>(params));

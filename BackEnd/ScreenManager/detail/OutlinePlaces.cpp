@@ -45,7 +45,7 @@ std::vector<Point<double, 2>> borderOfPicture(int samplesPerEdge) {
 }
 
 std::vector<Point<double, 2>> borderOfPixels(const Point<int, 2>& resolution, int samplesPerEdge) {
-    // In wide integers: a step past the last pixel may leave the range of an int.
+    // Calculated in wide integers: a step past the last pixel may leave the range of an int.
     const std::int64_t width = resolution[0];
     const std::int64_t height = resolution[1];
     const std::int64_t stepX = samplesPerEdge > 1 ? width / (std::int64_t{samplesPerEdge} - 1) : 0;

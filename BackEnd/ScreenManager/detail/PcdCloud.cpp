@@ -29,7 +29,7 @@ class ByteCursor {
 public:
     ByteCursor(const RegularFile& file, std::size_t offset) : m_file(file), m_offset(offset), m_block(BLOCK) {}
 
-    /// The current byte; -1 at the end of the file.
+    /// Returns the current byte; -1 at the end of the file.
     int peek() {
         if (m_next == m_filled) {
             m_filled = m_file.readAt(m_offset, m_block.data(), m_block.size());
@@ -70,7 +70,7 @@ std::string wordAt(ByteCursor& bytes) {
     return word;
 }
 
-/// After DATA the reader goes on taking empty lines, comments and header lines for the header; only the first other
+/// After DATA the reader continues to take empty lines, comments and header lines for the header; only the first other
 /// line stops it. Data that look like that would change the header behind the check.
 bool continuesHeader(const RegularFile& file, std::size_t offset) {
     ByteCursor bytes(file, offset);
@@ -121,7 +121,7 @@ void checkCoordinate(const PcdHeader& header, const std::string& name) {
     }
 }
 
-/// For each element of a point, whether it is a coordinate.
+/// Returns for each element of a point whether it is a coordinate.
 std::vector<bool> coordinateElements(const PcdHeader& header) {
     std::vector<bool> elements;
     for (const PcdHeader::Field& field : header.fields()) {
@@ -247,7 +247,7 @@ void requireMemory(const RegularFile& file, const PcdHeader& header) {
     ::operator delete(::operator new(needed));
 }
 
-/// @param read what the library answered, 0 when all is right
+/// @param read what the library returned, 0 when all is right
 void requireRead(int read) {
     if (read != 0 && errno == ENOMEM) {
         throw std::bad_alloc();

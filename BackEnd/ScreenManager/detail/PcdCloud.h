@@ -12,7 +12,7 @@ namespace Veltrani {
 
 /// Examines a PCD file before the reader of the Point Cloud Library sees it.
 ///
-/// That reader crashes on a file without a FIELDS line, answers a cloud of zeros for coordinates that are no
+/// That reader crashes on a file without a FIELDS line, returns a cloud of zeros for coordinates that are no
 /// floating-point numbers, reads `1,5` as 1, skips lines of the wrong length, and reserves whatever memory a header
 /// announces. A file that passes here holds what it announces, and the reader takes it as it is meant:
 /// - the header is complete (see `PcdHeader`), with x, y and z once each as floating-point numbers of either precision;
@@ -22,13 +22,14 @@ namespace Veltrani {
 /// - compressed: the two sizes of the data agree with the points and with the file, and no field is padding;
 /// - no data begin with something that a reader takes for one more header line.
 ///
-/// What follows after the last point is ignored. Every refusal of what the reader takes stands in docs/point-clouds.md.
+/// What follows after the last point is ignored. Every refusal of what the reader accepts is listed in
+/// docs/point-clouds.md.
 class PcdCheck {
 public:
     PcdCheck() = delete;
 
-    /// The header of a file that may be read. Throws `VeltraniParseException` with the reason and a remedy, and the
-    /// line where there is one, for one that must not; `VeltraniMissingFileException` when reading fails and
+    /// Returns the header of a file that may be read. Throws `VeltraniParseException` with the reason and a remedy, and
+    /// the line where there is one, for one that must not; `VeltraniMissingFileException` when reading fails and
     /// `std::bad_alloc` when an ascii file does not fit into memory.
     [[nodiscard]] static PcdHeader check(const RegularFile& file);
 };

@@ -17,14 +17,14 @@ namespace {
 
 constexpr std::string_view SEPARATORS = " \t\r";
 
-/// Without regard to case; `lower` in small letters of ASCII.
+/// Compares without regard to case; `lower` is in small letters of ASCII.
 bool startsWith(std::string_view word, std::string_view lower) {
     return word.size() >= lower.size() && std::equal(lower.begin(), lower.end(), word.begin(), [](char a, char b) {
                return a == (b >= 'A' && b <= 'Z' ? b - 'A' + 'a' : b);
            });
 }
 
-/// What may stand between the brackets of "nan(...)".
+/// True for a text that is allowed between the brackets of "nan(...)".
 bool isPayload(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
@@ -47,7 +47,7 @@ constexpr std::uint64_t MOST_POINTS = std::numeric_limits<std::int32_t>::max();
 
 constexpr std::array<std::string_view, 10> NAMES{"VERSION", "FIELDS", "SIZE",      "TYPE",   "COUNT",
                                                  "WIDTH",   "HEIGHT", "VIEWPOINT", "POINTS", "DATA"};
-/// What FIELDS was called in the first versions of the format.
+/// The name of FIELDS in the first versions of the format.
 constexpr std::string_view OLD_NAME_OF_FIELDS = "COLUMNS";
 
 constexpr const char* NAME_A_CLOUD = "name a point cloud in the format PCD, or export it again";

@@ -26,28 +26,28 @@ public:
     /// measured.
     [[nodiscard]] static bool isCoordinate(std::string_view word);
 
-    /// False for a finite number that the nearest number of single precision makes infinite. FLT_MAX is mostly printed
-    /// with nine digits, which is a little more than it is.
+    /// Returns false for a finite number that the nearest number of single precision makes infinite. FLT_MAX is mostly
+    /// printed with nine digits, which is a little more than it is.
     [[nodiscard]] static bool fitsSinglePrecision(double number);
 
-    /// What a C library prints and reads for a number that is not finite: "nan", "nan(ind)", "inf" or "infinity", with
-    /// or without a sign, in any case.
+    /// Returns true for what a C library prints and reads for a number that is not finite: "nan", "nan(ind)", "inf" or
+    /// "infinity", with or without a sign, in any case.
     [[nodiscard]] static bool isNotFinite(std::string_view word);
 
-    /// The same text without regard to case; `lower` in small letters of ASCII.
+    /// Returns true for the same text without regard to case; `lower` is in small letters of ASCII.
     [[nodiscard]] static bool isSame(std::string_view word, std::string_view lower);
 
-    /// False unless the word is a whole number that fits, without a sign or with a plus.
+    /// Returns false unless the word is a whole number that fits, without a sign or with a plus.
     [[nodiscard]] static bool readWhole(std::string_view word, std::uint64_t& number);
 
     /// Throws `VeltraniParseException` "line 12: found "1,5", expected a number; write it with a point"; `found` is
     /// shortened when long.
     [[noreturn]] static void fail(std::size_t line, std::string_view found, const std::string& expected,
                                   const std::string& remedy);
-    /// The same for what has no line of its own: "found no FIELDS line, expected ...; ...".
+    /// Throws the same for a fault that has no line of its own: "found no FIELDS line, expected ...; ...".
     [[noreturn]] static void fail(const std::string& found, const std::string& expected, const std::string& remedy);
 
-    /// What helps against a file that has lost something, or whose header promises too much.
+    /// The remedy for a file that has lost something, or whose header announces too much.
     static constexpr const char* EXPORT_AGAIN = "export the cloud again: the file is cut off, or its header is wrong";
 };
 
@@ -77,7 +77,8 @@ public:
     /// Width x height.
     [[nodiscard]] std::uint64_t points() const { return m_points; }
     [[nodiscard]] Data data() const { return m_data; }
-    /// Where the points begin, in bytes from the beginning of the file and as a line number (1 is the first).
+    /// Returns the place where the points begin, in bytes from the beginning of the file and as a line number (1 is the
+    /// first).
     [[nodiscard]] std::size_t bodyOffset() const { return m_bodyOffset; }
     [[nodiscard]] std::size_t bodyLine() const { return m_line + 1; }
 
@@ -85,7 +86,7 @@ public:
     [[nodiscard]] std::uint64_t bytesPerPoint() const;
     [[nodiscard]] std::uint64_t elementsPerPoint() const;
 
-    /// True when a reader that looks for header lines takes a line that begins with this word for one.
+    /// Returns true when a reader that looks for header lines takes a line that begins with this word for one.
     [[nodiscard]] static bool startsLikeKeyword(std::string_view word);
 
 private:

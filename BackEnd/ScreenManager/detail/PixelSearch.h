@@ -11,7 +11,7 @@
 /// both directions, five columns and five rows of samples lie over it, the last ones on its far edges; it then shrinks
 /// to the samples around the best one. What is left is searched pixel by pixel, without its far edges: a pixel there
 /// can be lost. This is intended, as are the order of the samples and that the first of equally near ones is taken:
-/// recorded calibrations were searched so.
+/// recorded calibrations rely on them.
 class PixelSearch {
 public:
     struct Pixel {
@@ -19,14 +19,15 @@ public:
         int y = 0;
     };
 
-    /// Squared distance up to which a pixel is taken: 0.0005 layout units. Narrower pixels are not told apart anyway.
+    /// Squared distance up to which a pixel is taken: 0.0005 layout units. Narrower pixels cannot be distinguished in
+    /// any case.
     static constexpr double ACCEPTED_SCORE = 2.5e-7;
 
     /// A size of zero or less has no pixels: nothing is found.
     PixelSearch(int width, int height) : m_columns{0, width}, m_rows{0, height} {}
 
-    /// @param score gets x and y of a pixel, 0 <= x <= width and 0 <= y <= height, and answers the squared distance of
-    ///     its layout point; a NaN is no answer
+    /// @param score gets x and y of a pixel, 0 <= x <= width and 0 <= y <= height, and returns the squared distance of
+    ///     its layout point; a NaN counts as no score
     /// @param announce gets x and y of pixels that are about to be scored, so that their memory can be fetched
     /// @return nothing when no sample of a pass has a score, or the best pixel is not near enough
     template <class Score, class Announce>
@@ -55,7 +56,7 @@ public:
 private:
     static constexpr int FEWEST_TO_SAMPLE = 10;
     static constexpr std::size_t SAMPLES = 5;
-    /// Of a pixel that is not to be taken; infinitely far ones are none either.
+    /// The score of a pixel that is not to be taken; infinitely far ones are not taken either.
     static constexpr double NO_SCORE = std::numeric_limits<double>::max();
 
     using Samples = std::array<int, SAMPLES>;
@@ -71,7 +72,7 @@ private:
             const int step = size() / static_cast<int>(SAMPLES - 1);
             return {begin, begin + step, begin + 2 * step, begin + 3 * step, end};
         }
-        /// From the sample before to the one behind; at an edge from the edge.
+        /// Returns the window from the sample before to the one behind; at an edge it begins or ends at the edge.
         [[nodiscard]] Window around(std::size_t sample) const {
             const Samples all = samples();
             return {all[sample == 0 ? sample : sample - 1], all[sample == SAMPLES - 1 ? sample : sample + 1]};

@@ -13,7 +13,7 @@ using Veltrani::DeviceFramework2::Device;
 
 namespace {
 
-/// Passed to the devices as they are; what they mean is the devices' own.
+/// Passed to the devices as they are; each device defines what they mean.
 constexpr int FILL_PARAMETER = 5;
 constexpr int CLEAR_PARAMETER = 2;
 
@@ -62,7 +62,8 @@ void ProjectorPreparation::black() const {
 
 void ProjectorPreparation::gray50() const {
     send(m_devices, std::make_shared<Device::Drawing::RunFill50GrayTo>(FILL_PARAMETER));
-    // Unlike for black to every device: intended, a grey that is still warped cannot be measured.
+    // Sent to every device, unlike for black: intended, measurements rely on it, as a grey that is still warped cannot
+    // be measured.
     send(m_devices, std::make_shared<Device::Geometry::DisableWhiteLevelWarp>());
     send(m_devices, std::make_shared<Device::Geometry::DisableWhiteLevelBlend>());
     disableBlackLevelBlend();

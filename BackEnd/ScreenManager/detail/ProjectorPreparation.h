@@ -8,14 +8,14 @@
 /// `IChannelManager::setupProjectorState` once the devices are known.
 ///
 /// Whether a command is sent to a projector that does not support it depends on the command and the state: most are, so
-/// that the fault shows. Answers are not looked at. What a projector throws passes through, and the commands before it
+/// that the fault shows. Results are not evaluated. What a projector throws passes through, and the commands before it
 /// stay in effect.
 class ProjectorPreparation {
 public:
     /// @param devices none of them null; must outlive this object
     explicit ProjectorPreparation(std::vector<Veltrani::DeviceFramework2::AbstractDevice*> devices);
 
-    /// Whether `run` does anything for this value.
+    /// Returns whether `run` does anything for this value.
     [[nodiscard]] static bool isState(IChannelManager::ProjectorState state);
 
     void run(IChannelManager::ProjectorState state) const;
