@@ -6,7 +6,7 @@
 
 namespace Veltrani::DeviceFramework2 {
 
-/// Whatever takes commands.
+/// An object that carries out commands.
 class AbstractDevice {
 public:
     AbstractDevice() = default;
@@ -14,10 +14,10 @@ public:
     AbstractDevice& operator=(const AbstractDevice&) = delete;
     virtual ~AbstractDevice() = default;
 
-    /// True when the device can carry the command out. Asks nothing of the hardware.
+    /// Returns true when the device can carry the command out. Does not contact the hardware.
     [[nodiscard]] virtual bool supports(const Command& command) const = 0;
 
-    /// Carries the command out and stores the answer in it. Throws `DeviceException` when that fails; the command then
+    /// Carries the command out and stores its result in it. Throws `DeviceException` when that fails; the command then
     /// has no new result.
     virtual void execute(const std::shared_ptr<Command>& command) = 0;
 };

@@ -4,8 +4,8 @@
 
 namespace Veltrani::DeviceFramework2 {
 
-/// Something that a device can be asked to do or to tell. A command object carries its parameter, if it has one, and
-/// takes the answer, if there is one; the device interprets it (`AbstractDevice`).
+/// An action or a query that a device can carry out. A command object holds its parameter, if it has one, and receives
+/// the result, if there is one; the device interprets it (`AbstractDevice`).
 class Command {
 public:
     Command() = default;
@@ -15,7 +15,7 @@ public:
     Command& operator=(Command&&) = default;
     virtual ~Command() = default;
 
-    /// The name of the command class without its scope, such as "RunFillBlackTo": for messages.
+    /// Returns the name of the command class without its scope, such as "RunFillBlackTo": for messages.
     [[nodiscard]] virtual std::string typeName() const = 0;
 };
 

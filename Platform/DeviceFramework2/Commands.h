@@ -12,11 +12,11 @@
 /// The commands of the device framework.
 namespace Veltrani::DeviceFramework2 {
 
-/// A command that brings an answer back.
+/// A command with a result.
 template <class Result>
 class GetCommand : public Command {
 public:
-    /// For the device.
+    /// Called by the device.
     void setResult(Result result) { m_result = std::move(result); }
 
     /// Throws `CmdResultNotAvailableException`, naming the command, until a device has stored a result.
@@ -49,15 +49,15 @@ public:
     [[nodiscard]] std::string typeName() const override;
 };
 
-/// What the lamp or light source does.
+/// The state of the lamp or light source.
 enum class PowerState {
-    STANDBY,     ///< off: takes hardly any command
+    STANDBY,     ///< off: carries out very few commands
     ON,          ///< shows a picture
     COOLING,     ///< on its way to standby
     WARMING_UP,  ///< on its way to on
 };
 
-/// Whether the projector is on.
+/// The state of the lamp or light source of the projector.
 class GetPowerState : public GetCommand<PowerState> {
 public:
     [[nodiscard]] std::string typeName() const override;
@@ -94,7 +94,7 @@ private:
     int m_index;
 };
 
-/// A command that fills the picture. The meaning of the parameter is the device's own: most take none and ignore it.
+/// A command that fills the picture. The device defines the meaning of the parameter: most have none and ignore it.
 class FillParameters : public Command {
 public:
     explicit FillParameters(int fillParameter) : m_fillParameter(fillParameter) {}
@@ -105,21 +105,21 @@ private:
     int m_fillParameter;
 };
 
-/// A black picture.
+/// Shows a black picture.
 class Device::Drawing::RunFillBlackTo : public FillParameters {
 public:
     using FillParameters::FillParameters;
     [[nodiscard]] std::string typeName() const override;
 };
 
-/// A picture of half grey.
+/// Shows a picture of half grey.
 class Device::Drawing::RunFill50GrayTo : public FillParameters {
 public:
     using FillParameters::FillParameters;
     [[nodiscard]] std::string typeName() const override;
 };
 
-/// The input signal again.
+/// Shows the input signal again.
 class Device::Drawing::RunClearTo : public FillParameters {
 public:
     using FillParameters::FillParameters;

@@ -26,15 +26,15 @@ public:
         class DisableBlackLevelBlend;
     };
 
-    /// The identity of the device: what its configuration entry is called.
+    /// Returns the identity of the device: the id of its configuration entry.
     [[nodiscard]] virtual std::wstring getUID() const = 0;
-    /// The text from which the device can be created again; this is what a configuration stores.
+    /// Returns the text from which the device can be created again; this is what a configuration stores.
     [[nodiscard]] virtual std::wstring getDeviceSnippet() const = 0;
-    /// The text in which `createMACAddressDeviceUIDFromDeviceSnippet` finds the identity.
+    /// Returns the text in which `createMACAddressDeviceUIDFromDeviceSnippet` finds the identity.
     [[nodiscard]] virtual std::wstring getUidSourceText() const = 0;
-    /// Null when the place is not known; owned by the device.
+    /// Returns null when the place is not known; owned by the device.
     [[nodiscard]] virtual const Location* getLocation() const = 0;
-    /// A number for the model of the projector, where models differ in the treatment of their picture;
+    /// Returns a number for the model of the projector, where models differ in the treatment of their picture;
     /// `DeviceTypeManager::NO_TYPE_CODE` where that is not known.
     [[nodiscard]] virtual int getTypeCode() const = 0;
 };

@@ -6,12 +6,12 @@
 
 namespace Veltrani::DeviceFramework2 {
 
-/// A device cannot be made, cannot be reached or did not do what it was told.
+/// A device cannot be made, cannot be reached or did not carry out a command.
 struct DeviceException : VeltraniException {
     /// What a caller may have to distinguish; the message is for people alone.
     enum class Cause {
         DEVICE,        ///< the device, its address or the network
-        NOT_NOW,       ///< the device put the command off because it is not on
+        NOT_NOW,       ///< the device refused the command for the moment because it is not on
         THIS_MACHINE,  ///< a password, a password file or a port of this machine; the message states the remedy
     };
 

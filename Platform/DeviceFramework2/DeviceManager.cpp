@@ -20,7 +20,7 @@ namespace {
 
 const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.DeviceFramework2.DeviceManager");
 
-/// Set once somebody has chosen; null is a choice too.
+/// Empty until `setInstance` has been called; null is a valid choice, too.
 std::optional<IDeviceManager*>& chosenInstance() {
     static std::optional<IDeviceManager*> chosen;
     return chosen;
@@ -36,7 +36,7 @@ void requireType(bool realDevice, const std::wstring& typeName) {
     }
 }
 
-/// @param others answers of other projectors to the search
+/// @param others replies of other projectors to the search
 DeviceException notFound(const MacAddress& mac, std::size_t others) {
     return {
         __FILE__, __LINE__,
@@ -49,7 +49,7 @@ struct DeviceManager::Entry {
     std::unique_ptr<Device> device;
     bool real = false;
     int count = 1;
-    bool anonymous = false;  ///< the UID is made up, and may be the id of somebody's entry
+    bool anonymous = false;  ///< the UID is made up, and may be the id of an entry of another device
     std::wstring boundId{};  ///< empty until the device is bound
 
     [[nodiscard]] bool isCalled(const std::wstring& id) const {
@@ -88,7 +88,7 @@ Device* DeviceManager::createDevice(const std::wstring& snippet, bool realDevice
         requireType(realDevice, typeName);
         return realDevice ? createReal(snippet) : createVirtual(snippet);
     } catch (const DeviceException& fault) {
-        // Callers tell their users which entry failed, not why.
+        // Callers report to their users which entry failed, not why.
         VELTRANI_LOG(LOGGER, Error, L"createDevice: " + fault.message);
         throw;
     }
@@ -236,7 +236,7 @@ void DeviceManager::begin(Visit& visit, DeviceTalks& talks) {
     });
 }
 
-/// One search for all that have no host: the port that answers come to can be held only once.
+/// One search for all that have no host: the port at which replies arrive can be held only once.
 void DeviceManager::searchHosts(std::vector<std::unique_ptr<Visit>>& visits) const {
     std::map<MacAddress, Visit*> missing;
     for (const auto& visit : visits) {
@@ -300,7 +300,7 @@ std::string DeviceManager::searchHost(const MacAddress& mac) const {
     return answers.back().host;
 }
 
-/// An identity for a virtual projector whose entry never had a device.
+/// Returns an identity for a virtual projector whose entry never had a device.
 std::wstring DeviceManager::freshUid() {
     std::wstring uid;
     do {

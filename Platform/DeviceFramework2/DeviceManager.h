@@ -28,10 +28,10 @@ public:
         PjlinkSearchSettings search;
     };
 
-    /// The manager of the process: one with the default settings, unless another one was set.
+    /// Returns the manager of the process: one with the default settings, unless another one was set.
     [[nodiscard]] static IDeviceManager* getInstance();
-    /// Puts another manager in its place, for instance a double; null too, for a system without one. Not owned. Keep
-    /// what `getInstance` answered before to put it back.
+    /// Puts another manager in its place, for instance a double; null too, for a system without one. Not owned. To
+    /// restore the previous one, keep what `getInstance` returned before.
     static void setInstance(IDeviceManager* instance);
 
     DeviceManager();
@@ -40,23 +40,25 @@ public:
 
     [[nodiscard]] const Settings& settings() const { return m_settings; }
 
-    /// By the UID under which it was created, or by the id that it was bound to. A virtual projector without a MAC
-    /// address has a made-up UID, which may be an entry's id: once it is bound, it is found by that id alone.
+    /// Finds a device by the UID under which it was created, or by the id that it was bound to. A virtual projector
+    /// without a MAC address has a made-up UID, which may be an entry's id: once it is bound, it is found by that id
+    /// alone.
     AbstractDevice* getDevice(const std::wstring& configurationId) override;
 
-    /// A device whose UID is already known is counted once more and answered, whatever its kind; a warning tells when
-    /// it is not of the kind that was asked for. Throws `DeviceException`, with the cause in the log too, for a broken
-    /// snippet and for a type that does not exist or contradicts `realDevice` or the snippet.
+    /// A device whose UID is already known is counted once more and returned, whatever its kind; a warning is logged
+    /// when it is not of the kind that was requested. Throws `DeviceException`, with the cause in the log too, for a
+    /// broken snippet and for a type that does not exist or contradicts `realDevice` or the snippet.
     Device* createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) override;
 
-    /// As `createDevice` for a real device, but says in a `DeviceException` why it does not answer, and logs nothing.
+    /// As `createDevice` for a real device, but throws a `DeviceException` with the reason when the device does not
+    /// answer, and logs nothing.
     Device* connectDevice(const std::wstring& snippet);
 
     /// One of several devices that are connected at the same time.
     struct Connecting {
         std::wstring snippet;
-        /// Called once with the device, counted for the caller, or with null and the fault that kept it away. Then, as
-        /// in `DeviceTalks`, after each command that it returned; null ends the talk.
+        /// Called once with the device, counted for the caller, or with null and the fault that prevented the
+        /// connection. Then, as in `DeviceTalks`, after each command that it returned; null ends the talk.
         std::function<std::shared_ptr<Command>(Device* device, const DeviceException* fault)> next;
     };
 
@@ -65,15 +67,15 @@ public:
     /// address of an earlier one is a fault.
     void connectDevices(const std::vector<Connecting>& connecting);
 
-    /// A device that is none of this manager's is left alone, with a warning.
+    /// A device that this manager does not own is left alone, and a warning is logged.
     void releaseDevice(AbstractDevice* device) override;
 
-    /// False when the device is none of this manager's or another one has the id.
+    /// Returns false when this manager does not own the device or another one has the id.
     bool bindDevice(AbstractDevice* device, const std::wstring& configurationId) override;
 
-    /// Devices that exist.
+    /// Returns the number of devices that exist.
     [[nodiscard]] std::size_t deviceCount() const;
-    /// How often a device must still be released; 0 for one that is none of this manager's.
+    /// How often a device must still be released; 0 for one that this manager does not own.
     [[nodiscard]] int useCount(const AbstractDevice* device) const;
 
 private:

@@ -25,11 +25,12 @@ struct DeviceSnippet {
     /// Throws `DeviceException` naming the snippet by its MAC address, what was found and what was expected.
     [[nodiscard]] static DeviceSnippet parse(const std::wstring& text);
 
-    /// The MAC address of a snippet or of any other text: in well-formed XML the first attribute `mac`, in document
-    /// order; else the first address that stands alone in the text. Nothing when there is none or it is malformed.
+    /// Returns the MAC address of a snippet or of any other text: in well-formed XML the first attribute `mac`, in
+    /// document order; else the first address that stands alone in the text. Returns nothing when there is none or it
+    /// is malformed.
     [[nodiscard]] static std::optional<MacAddress> macAddressIn(const std::wstring& text);
 
-    /// The snippet in one line, with the attributes in the order above.
+    /// Returns the snippet in one line, with the attributes in the order above.
     [[nodiscard]] std::wstring text() const;
 
     std::wstring type;

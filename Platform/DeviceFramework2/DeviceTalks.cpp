@@ -36,7 +36,7 @@ struct DeviceTalks::Talk {
 
     Talk(AbstractDevice& itsDevice, PJLinkProjector* itsProjector, bool withContact, Next itsNext)
         : device(itsDevice), projector(itsProjector), contact(withContact), next(std::move(itsNext)) {
-        // Kept here: whoever is called at the end of the talk may destroy the projector.
+        // Kept here: the callback at the end of the talk may destroy the projector.
         address = projector == nullptr ? std::wstring() : projector->getLocation()->getDescription();
     }
 
@@ -58,7 +58,7 @@ struct DeviceTalks::Talk {
 
     AbstractDevice& device;
     PJLinkProjector* projector;  ///< the same device; null when it is not on the network
-    bool contact;                ///< comes before the first command
+    bool contact;                ///< precedes the first command
     Next next;
     std::wstring address;  ///< empty when it is not on the network
     State state = State::NOT_BEGUN;
@@ -77,7 +77,7 @@ private:
         return std::nullopt;
     }
 
-    /// From one command to the next, until one has to wait for its device or the talk is over.
+    /// Proceeds from one command to the next, until one has to wait for its device or the talk is over.
     void goOn(std::optional<DeviceException> fault) {
         while (!conversation && state != State::OVER) {
             step.reset();
@@ -166,8 +166,8 @@ void DeviceTalks::beginTalks() {
     }
 }
 
-/// The talks that wait for their device. One that is between two conversations is never among the others: it goes on at
-/// once.
+/// Returns the talks that wait for their device. One that is between two conversations is never among the others: it
+/// continues at once.
 std::vector<DeviceTalks::Talk*> DeviceTalks::waitingTalks() const {
     std::vector<Talk*> found;
     for (const auto& talk : m_talks) {
@@ -178,7 +178,7 @@ std::vector<DeviceTalks::Talk*> DeviceTalks::waitingTalks() const {
     return found;
 }
 
-/// Waits until something happens, at most `longest`, and lets the talks that it concerns go on.
+/// Waits until something happens, at most `longest`, and continues the talks that it concerns.
 void DeviceTalks::waitFor(const std::vector<Talk*>& talking, std::chrono::milliseconds longest) {
     std::vector<pollfd> watched;
     for (const Talk* talk : talking) {
@@ -190,7 +190,7 @@ void DeviceTalks::waitFor(const std::vector<Talk*>& talking, std::chrono::millis
         throw DeviceException(__FILE__, __LINE__, L"the wait for projectors failed: " + Socket::reason(errno));
     }
     for (std::size_t i = 0; i < talking.size(); ++i) {
-        // What has arrived counts, however late it is looked at.
+        // What has arrived counts, however late it is read.
         const bool hasNews = ready > 0 && watched[i].revents != 0;
         if (hasNews || talking[i]->conversation->deadline().expired()) {
             talking[i]->handle(hasNews);

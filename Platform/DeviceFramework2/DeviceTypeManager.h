@@ -22,14 +22,15 @@ public:
     [[nodiscard]] static std::wstring pjlinkTypeName();
 };
 
-/// The identity of a device: the MAC address in `text` (`Device::getUidSourceText`, or a snippet) as twelve upper-case
-/// digits, or `identity` when there is none. Never an IP address, which can move to another projector. Never throws.
+/// Returns the identity of a device: the MAC address in `text` (`Device::getUidSourceText`, or a snippet) as twelve
+/// upper-case digits, or `identity` when there is none. Never an IP address, which can move to another projector. Never
+/// throws.
 ///
 /// In well-formed XML the first attribute `mac` counts. In any other text it is the first address that stands alone.
 [[nodiscard]] std::wstring createMACAddressDeviceUIDFromDeviceSnippet(const std::wstring& identity,
                                                                       const std::wstring& text);
 
-/// The device behind its command interface; null for null and for what is no `Device`.
+/// Returns the device behind its command interface; null for null and for an object that is no `Device`.
 [[nodiscard]] Device* deprecatedDeviceFromAbstractDevice(AbstractDevice* device);
 
 }  // namespace Veltrani::DeviceFramework2

@@ -15,7 +15,7 @@ public:
     IDeviceManager& operator=(const IDeviceManager&) = delete;
     virtual ~IDeviceManager() = default;
 
-    /// The device of a configuration entry; null when there is none.
+    /// Returns the device of a configuration entry; null when there is none.
     virtual AbstractDevice* getDevice(const std::wstring& configurationId) = 0;
 
     /// Makes the device that a snippet describes, or counts the one that is already there once more.
@@ -24,12 +24,12 @@ public:
     /// @return null when a real device does not answer; the cause is logged
     virtual Device* createDevice(const std::wstring& snippet, bool realDevice, const std::wstring& typeName) = 0;
 
-    /// Gives a device back: it is destroyed when everybody who made it has given it back. Null is tolerated.
+    /// Releases a device: it is destroyed when it has been released as often as it was created. Null is tolerated.
     virtual void releaseDevice(AbstractDevice* device) = 0;
 
     /// States under which configuration entry a device is kept, for devices whose snippet holds no identity of its own.
-    /// Not pure, so that existing managers stay complete; the default knows nothing of entries.
-    /// @return true when `getDevice(configurationId)` answers the device from now on
+    /// Not pure, so that existing managers stay complete; the default body returns false.
+    /// @return true when `getDevice(configurationId)` returns the device from now on
     virtual bool bindDevice(AbstractDevice* device, const std::wstring& configurationId);
 };
 

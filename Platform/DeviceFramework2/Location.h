@@ -4,7 +4,7 @@
 
 namespace Veltrani::DeviceFramework2 {
 
-/// Where a device is found. Two devices with the same description are the same device.
+/// The place of a device. Two devices with the same description are the same device.
 class Location {
 public:
     Location() = default;
@@ -14,7 +14,7 @@ public:
     Location& operator=(Location&&) = default;
     virtual ~Location() = default;
 
-    /// For people, such as "PJLink 192.0.2.10:4352".
+    /// Returns a text for people, such as "PJLink 192.0.2.10:4352".
     [[nodiscard]] virtual std::wstring getDescription() const = 0;
 };
 

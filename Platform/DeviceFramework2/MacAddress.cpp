@@ -55,7 +55,8 @@ bool hasSeparators(std::wstring_view text) {
     return true;
 }
 
-/// True for a character that cannot stand beside an address: one that continues a word, a host name or an IPv6 address.
+/// Returns true for a character that cannot stand beside an address: one that continues a word, a host name or an IPv6
+/// address.
 bool continues(wchar_t character) {
     return (character >= L'0' && character <= L'9') || (character >= L'A' && character <= L'Z') ||
            (character >= L'a' && character <= L'z') || character == L':' || character == L'-' || character == L'.' ||

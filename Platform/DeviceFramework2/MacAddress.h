@@ -17,8 +17,8 @@ public:
     /// nothing for any other text and for the two addresses that belong to no device, all zero and all ones.
     [[nodiscard]] static std::optional<MacAddress> parse(std::wstring_view text);
 
-    /// The first address in a text, written in pairs with ':' or '-' between them and standing alone: not as a part of
-    /// a longer word, of a name with dashes or of an IPv6 address.
+    /// Returns the first address in a text, written in pairs with ':' or '-' between them and standing alone: not as a
+    /// part of a longer word, of a name with dashes or of an IPv6 address.
     [[nodiscard]] static std::optional<MacAddress> find(std::wstring_view text);
 
     /// "020000000001": twelve digits in upper case.

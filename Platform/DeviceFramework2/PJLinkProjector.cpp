@@ -41,7 +41,7 @@ std::string valueOf(const PjlinkRequest& request, const PjlinkReply& reply) {
     return reply.value;
 }
 
-/// What a reader made of a value, or the fault that it made nothing of it.
+/// Returns the value that a reader found, or throws the fault of a value that it could not read.
 template <class Value>
 Value understood(const std::optional<Value>& value, const PjlinkRequest& request, const std::string& text) {
     if (!value) {
@@ -50,15 +50,15 @@ Value understood(const std::optional<Value>& value, const PjlinkRequest& request
     return *value;
 }
 
-/// @param then takes the request and the reply, and returns the next step
+/// @param then receives the request and the reply, and returns the next step
 template <class Then>
 Step stepOf(const PjlinkRequest& request, Then then) {
     return std::make_unique<PjlinkStep>(
         PjlinkStep{request, [request, then](const PjlinkReply& reply) -> Step { return then(request, reply); }});
 }
 
-/// A question to which nothing but a value will do.
-/// @param then takes the request and the value, and returns the next step
+/// A query whose only acceptable reply is a value.
+/// @param then receives the request and the value, and returns the next step
 template <class Then>
 Step ask(const PjlinkRequest& request, Then then) {
     return stepOf(request, [then](const PjlinkRequest& asked, const PjlinkReply& reply) -> Step {
@@ -66,7 +66,7 @@ Step ask(const PjlinkRequest& request, Then then) {
     });
 }
 
-/// A question whose value is read by `read` and becomes the result of a command.
+/// A query whose value is read by `read` and becomes the result of a command.
 template <class Question, class Read>
 Step askFor(Question& command, const PjlinkRequest& request, Read read) {
     return ask(request, [&command, read](const PjlinkRequest& asked, const std::string& value) {
@@ -83,8 +83,8 @@ std::optional<std::string> readText(const std::string& value) {
     return textOf(value);
 }
 
-/// The shutter by one parameter, or by the other when the projector does not take the first.
-/// @param then takes the parameter that the projector took
+/// Sets the shutter by one parameter, or by the other when the projector does not accept the first.
+/// @param then receives the parameter that the projector accepted
 template <class Then>
 Step setShutter(const std::string& first, const std::string& second, Then then) {
     const auto finish = [then](const PjlinkRequest& request, const PjlinkReply& reply) {
@@ -105,7 +105,7 @@ Step setShutter(const std::string& first, const std::string& second, Then then) 
 
 }  // namespace
 
-/// Where the projector is.
+/// The address of the projector.
 class PJLinkProjector::Address : public Location {
 public:
     explicit Address(const Endpoint& place) : endpoint(place) {}
@@ -115,15 +115,15 @@ public:
     const Endpoint endpoint;
 };
 
-/// What a command does. One without a session is never sent anywhere.
+/// What a command does. A command without a session is never sent.
 struct PJLinkProjector::Action {
     bool (*matches)(const Command&);
     int leastClass;
     Step (*inSession)(PJLinkProjector&, const Action&, Command&);
     void (*locally)(PJLinkProjector&, const Command&);
-    PjlinkRequest question{};  ///< of a question with one value
+    PjlinkRequest question{};  ///< the request of a query with one value
 
-    /// A question with one value, which `READ` understands: nothing else needs to be written for it.
+    /// A query with one value, which `READ` understands: nothing else needs to be written for it.
     /// @param leastClass the least class of the standard that has it, which is sent with it
     template <class Question, auto READ>
     static Action asked(int leastClass, const std::string& name) {
@@ -277,7 +277,7 @@ int PJLinkProjector::getTypeCode() const {
 
 PJLinkProjector::Step PJLinkProjector::beginContact() {
     return stepOf({'1', "CLSS", QUESTION}, [this](const PjlinkRequest& request, const PjlinkReply& reply) {
-        // Projectors that do not know the question are older than class 2.
+        // Projectors that do not know the query are older than class 2.
         const std::string value = reply.outcome == Outcome::UNKNOWN_COMMAND ? "1" : valueOf(request, reply);
         m_class = understood(PjlinkValues::commandClass(value), request, value);
         m_inputClass = m_class == 2 ? '2' : '1';

@@ -34,10 +34,10 @@ struct PjlinkStep;
 /// | `DisableWhiteLevelWarp`, `DisableWhiteLevelBlend`, `DisableBlackLevelBlend` | nothing: not in the standard; one
 /// warning per projector that its own warp and blend must be off |
 ///
-/// `supports` is false for the last two rows, and for the class 2 commands of a class 1 projector. Fill parameters have
-/// no meaning here. Each command is a session of its own, and every wait in it has a limit (`PjlinkSettings`). Every
-/// fault is a `DeviceException` that names the projector, its address and the command; its cause is `NOT_NOW` when the
-/// projector put the command off because it is not on. To talk with many projectors at the same time, see
+/// `supports` is false for the last two rows, and for the class 2 commands of a class 1 projector. Fill parameters are
+/// ignored. Each command is a session of its own, and every wait in it has a limit (`PjlinkSettings`). Every fault is a
+/// `DeviceException` that names the projector, its address and the command; its cause is `NOT_NOW` when the projector
+/// refused the command for the moment because it is not on. To talk with many projectors at the same time, see
 /// `DeviceTalks`.
 class PJLinkProjector : public Device {
 public:
@@ -45,17 +45,17 @@ public:
     PJLinkProjector(const DeviceSnippet& snippet, const PjlinkSettings& settings);
     ~PJLinkProjector() override;
 
-    /// Connects, logs in and asks for the class. Throws `DeviceException` when the projector does not answer; until
-    /// this has succeeded it is taken for class 1.
+    /// Connects, logs in and queries the class. Throws `DeviceException` when the projector does not answer; until this
+    /// has succeeded it is taken for class 1.
     void contact();
 
     [[nodiscard]] bool supports(const Command& command) const override;
     void execute(const std::shared_ptr<Command>& command) override;
 
     [[nodiscard]] std::wstring getUID() const override;
-    /// In one line; with the host, even where a search found it.
+    /// Returns the snippet in one line; with the host, even where a search found it.
     [[nodiscard]] std::wstring getDeviceSnippet() const override;
-    /// The MAC address.
+    /// Returns the MAC address.
     [[nodiscard]] std::wstring getUidSourceText() const override;
     /// "PJLink 192.0.2.10:4352"; never null.
     [[nodiscard]] const Location* getLocation() const override;
@@ -72,16 +72,16 @@ private:
     static const Action* actionFor(const Command& command);
     [[nodiscard]] std::wstring name() const;
 
-    /// The first step of a command; null when nothing is to be sent. Throws `DeviceException` with the cause alone for
-    /// a command that the projector does not take.
+    /// Returns the first step of a command; null when nothing is to be sent. Throws `DeviceException` with the cause
+    /// alone for a command that the projector does not accept.
     Step begin(Command& command);
-    /// The first step of the contact.
+    /// Returns the first step of the contact.
     Step beginContact();
     /// Carries the steps out, waiting for each reply.
     void converse(Step step) const;
     /// Begins a session, without waiting for it.
     [[nodiscard]] std::unique_ptr<PjlinkConversation> connect() const;
-    /// The fault of a command, or of the contact when it is null, with everything that a message names.
+    /// Returns the fault of a command, or of the contact when it is null, with everything that a message names.
     [[nodiscard]] DeviceException faultOf(const Command* command, const DeviceException& cause) const;
 
     Step readInput(GetActiveInputSignalIndex& command);

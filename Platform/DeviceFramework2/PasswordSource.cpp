@@ -56,7 +56,7 @@ public:
         }
     }
 
-    /// The text of the file; a UTF-8 byte-order mark, which editors put there unseen, is no part of it.
+    /// Returns the text of the file; a UTF-8 byte-order mark, which editors put there unseen, is no part of it.
     [[nodiscard]] std::string text() const {
         std::string content = bytes();
         if (content.starts_with("\xff\xfe") || content.starts_with("\xfe\xff")) {
@@ -114,7 +114,7 @@ struct PasswordLine {
     std::string name;
     std::string password;
 
-    /// Nothing when it cannot be read.
+    /// Returns nothing when the line cannot be read.
     static std::optional<PasswordLine> parse(const std::string& line) {
         const std::size_t nameEnd = std::min(line.find_first_of(BLANKS), line.size());
         const std::string name = line.substr(0, nameEnd);
@@ -141,7 +141,7 @@ std::optional<std::string> findInFile(const std::string& path, const std::string
         }
         const auto known = PasswordLine::parse(line);
         if (!known) {
-            // By its number only: whatever it holds may be a password.
+            // The line is named by its number only: whatever it holds may be a password.
             fail(path, L"line " + std::to_wstring(number) +
                            L" cannot be read: a MAC address or *, blanks and the password are expected; correct it");
         }

@@ -5,14 +5,15 @@
 
 namespace Veltrani::DeviceFramework2 {
 
-/// Where the login passwords of projectors come from. Never from a snippet, which is shown and stored in the open.
+/// The source of the login passwords of projectors. They never come from a snippet, which is shown and stored in the
+/// open.
 ///
-/// Asked in this order; the first that knows the projector counts:
+/// Searched in this order; the first that knows the projector counts:
 ///
-/// 1. the file that the environment variable `fileVariable` names: one projector per line, its MAC address
-///    (plain or in pairs, in either case; or `*` for all others), blanks, the password; blanks around a line do not
-///    count, empty lines, those that begin with `#` and a UTF-8 byte-order mark neither. Nobody but the user (or the
-///    administrator) may own it, and nobody else may have any right to it.
+/// 1. the file that the environment variable `fileVariable` names: one projector per line, its MAC address (plain or in
+///    pairs, in either case; or `*` for all others), blanks, the password; blanks around a line do not count, empty
+///    lines, those that begin with `#` and a UTF-8 byte-order mark neither. It must be owned by the user (or the
+///    administrator), and no other user may have any right to it.
 /// 2. the environment variable `variable` + "_" + UID;
 /// 3. the environment variable `variable`.
 ///
@@ -22,7 +23,7 @@ struct PasswordSource {
     std::string fileVariable = "SCREENMANAGER_PJLINK_PASSWORD_FILE";
 
     /// Throws `DeviceException` of this machine, naming the file and the remedy but nothing of its content, for a file
-    /// that cannot be used or has a line that cannot be read, which is named by its number; nothing is passed over
+    /// that cannot be used or has a line that cannot be read, which is named by its number; no line is skipped
     /// silently.
     [[nodiscard]] std::optional<std::string> find(const std::wstring& uid) const;
 

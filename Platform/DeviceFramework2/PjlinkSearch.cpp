@@ -25,12 +25,12 @@ namespace {
 const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.DeviceFramework2.PjlinkSearch");
 
 constexpr std::string_view REQUEST = "%2SRCH\r";
-/// Bytes of a datagram that are looked at: an answer has 25.
+/// Bytes of a datagram that are read: a reply has 25.
 constexpr std::size_t LONGEST_DATAGRAM = 64;
-/// Room for the answers of a large installation that arrive at once; the system may give less.
+/// Room for the replies of a large installation that arrive at once; the system may give less.
 constexpr int RECEIVE_BUFFER = 1 << 20;
 
-/// One search: the socket, and what has been heard.
+/// One search: the socket, and what has been received.
 class Hearing {
 public:
     explicit Hearing(const PjlinkSearchSettings& settings) : m_settings(settings), m_socket(AF_INET, SOCK_DGRAM) {
@@ -46,8 +46,8 @@ public:
         }
     }
 
-    /// An address that cannot be asked is logged; the others still can.
-    /// @return how many were asked
+    /// An address that no request can be sent to is logged; the others are still served.
+    /// @return how many requests were sent
     std::size_t request(const std::vector<std::string>& targets) const {
         std::size_t asked = 0;
         for (const std::string& target : targets) {
@@ -64,7 +64,7 @@ public:
         return asked;
     }
 
-    /// The next answer; nothing when the time is over first. The deadline is looked at for every datagram, so that
+    /// Returns the next reply; nothing when the time is over first. The deadline is checked for every datagram, so that
     /// a flood does not prolong the search.
     std::optional<PjlinkSearch::Answer> next(const Deadline& deadline) {
         while (!deadline.expired() && m_socket.waitFor(POLLIN, deadline)) {
@@ -96,12 +96,12 @@ private:
     Socket m_socket;
 };
 
-/// What is kept of the answers. It stays small, whatever arrives.
+/// What is kept of the replies. It stays small, whatever arrives.
 class Collection {
 public:
     explicit Collection(const std::function<bool(const PjlinkSearch::Answer&)>& enough) : m_enough(enough) {}
 
-    /// False when the search has ended with this answer.
+    /// Returns false when the search has ended with this reply.
     bool take(const PjlinkSearch::Answer& answer) {
         if (m_known.count(answer.mac) != 0) {
             return true;

@@ -8,12 +8,12 @@ namespace Veltrani::DeviceFramework2 {
 
 /// The limits of every wait for a projector, and where its password comes from.
 struct PjlinkSettings {
-    /// For a connection to be made.
+    /// The limit for a connection to be made.
     std::chrono::milliseconds connectLimit{3000};
-    /// For the projector to greet once it is connected.
+    /// The limit for the projector to greet once it is connected.
     std::chrono::milliseconds greetingLimit{5000};
-    /// For one command to be sent and answered. Most projectors answer within 2 s, some need 10 s around a change of
-    /// power.
+    /// The limit for one command to be sent and its reply to arrive. Most projectors reply within 2 s, some need 10 s
+    /// around a change of power.
     std::chrono::milliseconds replyLimit{10000};
     PasswordSource passwords;
 };

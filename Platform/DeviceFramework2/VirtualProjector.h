@@ -13,7 +13,7 @@ namespace Veltrani::DeviceFramework2 {
 
 /// A simulated projector, offline: it stands in for one that cannot be reached. Nothing is ever sent anywhere.
 ///
-/// It takes every command of the framework and remembers it. Its firmware text says that it is simulated. Its snippet
+/// It accepts every command of the framework and records it. Its firmware text states that it is simulated. Its snippet
 /// and its UID text are those of the real projector, unchanged, so that a configuration that is saved meanwhile still
 /// leads to the real one.
 class VirtualProjector : public Device {
@@ -26,13 +26,13 @@ public:
         friend bool operator==(const SentCommand&, const SentCommand&) = default;
     };
 
-    /// Commands that are remembered; older ones are forgotten.
+    /// The number of commands that are recorded; older ones are dropped.
     static constexpr std::size_t LONGEST_HISTORY = 1000;
 
     /// @param uid the identity of the real projector, or another unique one when the snippet wraps none
     VirtualProjector(const VirtualProjectorSnippet& snippet, const std::wstring& uid);
 
-    /// False only for commands that are none of this framework's.
+    /// Returns false only for commands that do not belong to this framework.
     [[nodiscard]] bool supports(const Command& command) const override;
     /// Throws `DeviceException` for null, for a command that is not supported, and for a negative input.
     void execute(const std::shared_ptr<Command>& command) override;

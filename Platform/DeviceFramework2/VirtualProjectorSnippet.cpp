@@ -38,7 +38,7 @@ const xmlNode* projectorOf(const XmlSnippet& snippet) {
     return projector;
 }
 
-/// The number of an attribute, which is taken out of the list.
+/// Returns the number of an attribute, which is taken out of the list.
 int take(const XmlSnippet& snippet, Attributes& attributes, const std::string& name, bool required) {
     const auto attribute = attributes.find(name);
     if (attribute == attributes.end()) {
@@ -56,7 +56,7 @@ int take(const XmlSnippet& snippet, Attributes& attributes, const std::string& n
     return *value;
 }
 
-/// Position after the start tag whose '<' stands at `start`; a '>' may stand inside an attribute value.
+/// Position after the start tag whose '<' is at `start`; a '>' may occur inside an attribute value.
 std::size_t endOfTag(const std::wstring& text, std::size_t start) {
     wchar_t quotation = 0;
     for (std::size_t i = start; i < text.size(); ++i) {
@@ -71,7 +71,7 @@ std::size_t endOfTag(const std::wstring& text, std::size_t start) {
     return text.size();
 }
 
-/// The XML parser hands out no positions, and writing its tree back would change the text. The document is known to be
+/// The XML parser reports no positions, and writing its tree back would change the text. The document is known to be
 /// well-formed and to have nothing around the two elements, so their tags are found where they must be.
 std::wstring textInside(const std::wstring& text) {
     const std::size_t wrapper = endOfTag(text, text.find(L"<Wrapper"));

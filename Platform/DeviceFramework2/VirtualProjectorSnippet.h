@@ -4,12 +4,12 @@
 
 namespace Veltrani::DeviceFramework2 {
 
-/// The snippet that stands a virtual projector in for a real one. It wraps the real one's snippet:
+/// The snippet of a virtual projector that replaces a real one. It wraps the real one's snippet:
 ///
 ///     <Wrapper><Projector Width='1920' Height='1200'><Device .../></Projector></Wrapper>
 ///
 /// `Width` and `Height` are pixels, 0 when not known. `Input` (optional) is the index of the input that is shown, 0
-/// when absent. Nothing but blanks may stand around the two elements; the wrapped text is any well-formed XML content,
+/// when absent. Nothing but blanks is allowed around the two elements; the wrapped text is any well-formed XML content,
 /// empty for an entry that never had a device.
 struct VirtualProjectorSnippet {
     /// Throws `DeviceException` naming the snippet, what was found and what was expected.

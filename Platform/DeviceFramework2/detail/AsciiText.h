@@ -16,8 +16,8 @@ namespace Veltrani::DeviceFramework2 {
 /// Bytes of a device as readable text: UTF-8 where they are that, else byte by byte; control characters become blanks.
 [[nodiscard]] std::wstring readable(const std::string& bytes);
 
-/// A text that is a non-negative whole number in decimal digits and nothing else; nothing for any other text and for a
-/// number that does not fit.
+/// Reads a text that is a non-negative whole number in decimal digits and nothing else; returns nothing for any other
+/// text and for a number that does not fit.
 [[nodiscard]] inline std::optional<int> wholeNumber(std::string_view text) {
     int value = 0;
     const char* const end = text.data() + text.size();

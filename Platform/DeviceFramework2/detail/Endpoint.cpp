@@ -17,7 +17,7 @@ namespace {
 // The kinds of address are copied out of and into the general one, never viewed through a cast pointer: that would
 // break the aliasing rules of the language.
 
-/// IPv4 in four decimal numbers: the shorter and octal forms that other functions take are typing errors here.
+/// IPv4 in four decimal numbers: the shorter and octal forms that other functions accept are typing errors here.
 bool parseIpv4(const std::string& host, int port, sockaddr_storage& address) {
     sockaddr_in ipv4{};
     if (::inet_pton(AF_INET, host.c_str(), &ipv4.sin_addr) != 1) {

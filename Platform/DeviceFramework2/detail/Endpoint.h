@@ -33,7 +33,7 @@ private:
     sockaddr_storage m_address;
 };
 
-/// The IPv4 broadcast addresses of the networks that this machine is on, each once; the general one,
+/// Returns the IPv4 broadcast addresses of the networks that this machine is on, each once; the general one,
 /// 255.255.255.255, where there are none.
 [[nodiscard]] std::vector<std::string> broadcastAddresses();
 

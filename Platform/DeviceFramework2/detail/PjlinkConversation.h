@@ -17,8 +17,8 @@ namespace Veltrani::DeviceFramework2 {
 
 /// One request of a command, and what follows its reply: the next step, or null when the command is done.
 ///
-/// A command is stated as its first step. Whoever has the session sends the request and hands the reply over, waiting
-/// for it or not, so that what a command says stands in one place.
+/// A command is stated as its first step. The owner of the session sends the request and passes the reply on, waiting
+/// for it or not, so that what a command sends is defined in one place.
 struct PjlinkStep {
     PjlinkRequest request;
     /// Throws `DeviceException` for a reply that ends the command with a fault.
@@ -45,14 +45,14 @@ public:
     /// @param uid selects the password
     PjlinkConversation(const Endpoint& peer, const std::wstring& uid, const PjlinkSettings& settings);
 
-    /// True when a request may be sent: the projector has greeted, and the request before has its reply.
+    /// Returns true when a request may be sent: the projector has greeted, and the request before has its reply.
     [[nodiscard]] bool isReady() const {
         return m_state == State::IN_SESSION && m_unsent.empty() && m_protocol.isIdle();
     }
 
-    /// Begins a request. Only when ready.
+    /// Begins a request. May be called only when ready.
     void send(const PjlinkRequest& request);
-    /// The reply to the last request, once; nothing before it is there.
+    /// Returns the reply to the last request, once; nothing before it is there.
     [[nodiscard]] std::optional<PjlinkReply> takeReply() { return m_protocol.takeReply(); }
 
     /// What is waited for while not ready, and how long.
@@ -62,7 +62,7 @@ public:
 
     /// Does what can be done without waiting, once the socket is ready or has a fault to report.
     void proceed();
-    /// The wait is over and the socket was never ready: a fault.
+    /// To be called when the wait is over and the socket was never ready; throws the fault.
     [[noreturn]] void expire() const;
 
 private:
@@ -82,7 +82,7 @@ private:
 /// a time.
 ///
 /// Many projectors take one connection and drop it when it is idle, so a session is short and there is one at a time
-/// per projector. Any fault closes it: a late answer can then never be taken for that of a later command. Faults are
+/// per projector. Any fault closes it: a late reply can then never be taken for that of a later command. Faults are
 /// `DeviceException`s with the cause alone; the password is in none of them.
 class PjlinkSession {
 public:
@@ -90,8 +90,8 @@ public:
     /// @param uid selects the password
     PjlinkSession(const Endpoint& peer, const std::wstring& uid, const PjlinkSettings& settings);
 
-    /// Sends a command and waits for its answer. An error that the projector reports is an answer; a refused login is
-    /// a fault.
+    /// Sends a command and waits for its reply. An error that the projector reports is a reply; a refused login is a
+    /// fault.
     [[nodiscard]] PjlinkReply ask(const PjlinkRequest& request);
 
 private:

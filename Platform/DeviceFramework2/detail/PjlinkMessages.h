@@ -8,7 +8,7 @@
 #include <string_view>
 
 // The lines that PJLink exchanges: how received bytes become lines, what is sent, and what the lines of a projector
-// say.
+// mean.
 namespace Veltrani::DeviceFramework2 {
 
 /// Cuts received bytes into lines. CR, LF and CRLF all end a line, wherever the bytes were split; empty lines are
@@ -20,16 +20,16 @@ public:
 
     void append(std::string_view bytes);
 
-    /// The next complete line without its end; nothing when more bytes are needed. Throws `DeviceException` when so
-    /// many bytes bring no line that none is to be expected.
+    /// Returns the next complete line without its end; nothing when more bytes are needed. Throws `DeviceException`
+    /// when so many bytes bring no line that none is to be expected.
     [[nodiscard]] std::optional<std::string> takeLine();
 
-    /// True when nothing but line ends is left.
+    /// Returns true when nothing but line ends is left.
     [[nodiscard]] bool isIdle() const;
 
 private:
     std::string m_bytes;
-    std::size_t m_skipped = 0;  ///< line ends passed over since the last line
+    std::size_t m_skipped = 0;  ///< line ends skipped since the last line
 };
 
 /// The first line of a projector: "PJLINK 0", "PJLINK 1 498e4a67" or "PJLINK ERRA".
@@ -43,7 +43,7 @@ struct PjlinkGreeting {
     std::string seed;  ///< eight hex digits as sent; empty unless `LOGIN`
 };
 
-/// The login digest: MD5 of seed and password, 32 hex digits in lower case. Throws `DeviceException` when the
+/// Returns the login digest: MD5 of seed and password, 32 hex digits in lower case. Throws `DeviceException` when the
 /// cryptographic library of the machine refuses MD5.
 [[nodiscard]] std::string pjlinkLoginDigest(const std::string& seed, const std::string& password);
 
@@ -54,7 +54,7 @@ struct PjlinkRequest {
 
     char commandClass = '1';  ///< '1' or '2'
     std::string body;         ///< four capitals, such as "POWR"
-    std::string parameter;    ///< "?" asks
+    std::string parameter;    ///< "?" for a query
 
     /// "%1POWR ?" and a carriage return. Throws `DeviceException` for one that is too long or holds a line end, which
     /// would smuggle in a second command.
@@ -64,10 +64,10 @@ struct PjlinkRequest {
     [[nodiscard]] std::wstring text() const;
 };
 
-/// A projector's answer to one command: "%1POWR=1".
+/// A projector's reply to one command: "%1POWR=1".
 struct PjlinkReply {
     enum class Outcome {
-        VALUE,            ///< the answer to a question
+        VALUE,            ///< the reply to a query
         DONE,             ///< "OK"
         UNKNOWN_COMMAND,  ///< "ERR1"
         BAD_PARAMETER,    ///< "ERR2"
@@ -76,19 +76,20 @@ struct PjlinkReply {
         LOGIN_REFUSED,    ///< "PJLINK ERRA"
     };
 
-    /// Reads a line without its end; letters are taken without regard to case. Nothing for what is no answer.
+    /// Reads a line without its end; letters are read without regard to case. Returns nothing for a line that is no
+    /// reply.
     [[nodiscard]] static std::optional<PjlinkReply> parse(std::string_view line);
 
-    /// For messages: "not available now (standby, warming up or cooling)".
+    /// Returns the outcome for messages: "not available now (standby, warming up or cooling)".
     [[nodiscard]] static std::wstring describe(Outcome outcome);
 
     Outcome outcome = Outcome::VALUE;
-    std::string body;   ///< the command that is answered, in capitals; empty for `LOGIN_REFUSED`
+    std::string body;   ///< the command that the reply belongs to, in capitals; empty for `LOGIN_REFUSED`
     std::string value;  ///< as sent, bytes of any kind; empty unless `VALUE`
 };
 
-/// The MAC address of an answer to a search, "%2ACKN=02:00:00:00:00:01" with or without line ends; nothing for any
-/// other datagram.
+/// Returns the MAC address of a reply to a search, "%2ACKN=02:00:00:00:00:01" with or without line ends; nothing for
+/// any other datagram.
 [[nodiscard]] std::optional<MacAddress> parsePjlinkSearchReply(std::string_view datagram);
 
 }  // namespace Veltrani::DeviceFramework2

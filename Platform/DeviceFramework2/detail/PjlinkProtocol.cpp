@@ -30,7 +30,7 @@ void PjlinkProtocol::receive(std::string_view bytes) {
         fail(isIdle() ? L"it closed the connection" : L"it closed the connection without an answer");
     }
     m_received.append(bytes);
-    // What arrives while nothing is under way stays where it is: the next request finds it there.
+    // What arrives while no request is under way stays in the buffer: the next request finds it there.
     if (isIdle()) {
         return;
     }
@@ -76,7 +76,7 @@ void PjlinkProtocol::takeLine(const std::string& line) {
     if (reply && reply->outcome == PjlinkReply::Outcome::LOGIN_REFUSED) {
         fail(PjlinkReply::describe(reply->outcome));
     }
-    // The class digit is not compared: some projectors answer every command in their own class.
+    // The class digit is not compared: some projectors reply to every command in their own class.
     if (!reply || reply->body != m_request.body) {
         fail(L"it answered " + m_request.text() + L" with " + quoted(line));
     }

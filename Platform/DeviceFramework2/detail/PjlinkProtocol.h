@@ -19,18 +19,19 @@ public:
     /// @param uid selects the password
     PjlinkProtocol(std::wstring uid, PasswordSource passwords);
 
-    /// True once the projector has greeted, and while no request is under way.
+    /// Returns true once the projector has greeted, and while no request is under way.
     [[nodiscard]] bool isIdle() const { return m_state == State::IDLE; }
 
-    /// Takes what the projector sent; empty when it has finished sending. Without a password where one is wanted there
-    /// is nothing to be sent: a fault.
+    /// Processes what the projector sent; empty when it has finished sending. Throws when the projector wants a
+    /// password and none is configured.
     void receive(std::string_view bytes);
 
-    /// The bytes that a request is sent as. Only when idle; a fault when the projector has sent anything unasked, which
-    /// would be taken for the reply.
+    /// Returns the bytes that a request is sent as. May be called only when idle; throws when the projector has sent
+    /// anything unrequested, which would be taken for the reply.
     [[nodiscard]] std::string send(const PjlinkRequest& request);
 
-    /// The reply to the last request, once. An error that the projector reports is a reply; a refused login is a fault.
+    /// Returns the reply to the last request, once. An error that the projector reports is a reply; a refused login is
+    /// a fault.
     [[nodiscard]] std::optional<PjlinkReply> takeReply();
 
 private:

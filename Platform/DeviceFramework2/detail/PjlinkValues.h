@@ -10,7 +10,7 @@
 
 namespace Veltrani::DeviceFramework2 {
 
-/// Reads the values that projectors answer with. Nothing for what is not understood.
+/// Reads the values that projectors reply with. Each function returns nothing for a value that is not understood.
 class PjlinkValues {
 public:
     PjlinkValues() = delete;
@@ -25,13 +25,13 @@ public:
     /// "0" standby, "1" on, "2" cooling, "3" warming up.
     [[nodiscard]] static std::optional<PowerState> power(std::string_view value);
 
-    /// True for "11" and "31", false for "10", "20", "21" and "30": the sound alone mutes no picture.
+    /// Returns true for "11" and "31", false for "10", "20", "21" and "30": the sound alone mutes no picture.
     [[nodiscard]] static std::optional<bool> pictureMute(std::string_view value);
 
-    /// One input, "31" or "2A": kind 1 to 6 and number 1 to 9 or A to Z; letters in capitals.
+    /// Reads one input, "31" or "2A": kind 1 to 6 and number 1 to 9 or A to Z; letters in capitals.
     [[nodiscard]] static std::optional<std::string> input(std::string_view value);
 
-    /// A list of inputs with blanks between them, in the projector's order; at least one.
+    /// Reads a list of inputs with blanks between them, in the projector's order; at least one.
     [[nodiscard]] static std::optional<std::vector<std::string>> inputs(std::string_view value);
 };
 

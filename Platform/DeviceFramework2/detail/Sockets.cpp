@@ -70,10 +70,10 @@ std::wstring Socket::reason(int error) {
 }
 
 TcpConnection::TcpConnection(const Endpoint& peer) : m_socket(peer.family(), SOCK_STREAM) {
-    // A request is one small packet that must not wait for company.
+    // A request is one small packet that must not be held back until more data follow.
     const int on = 1;
     ::setsockopt(m_socket.descriptor(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    // An interrupted attempt goes on in the background, as one that was started does.
+    // An interrupted attempt continues in the background, as one that was started does.
     if (::connect(m_socket.descriptor(), peer.address(), peer.size()) != 0 && errno != EINPROGRESS && errno != EINTR) {
         fail(L"no connection", errno);
     }

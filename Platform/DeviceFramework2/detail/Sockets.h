@@ -14,13 +14,13 @@ namespace Veltrani::DeviceFramework2 {
 /// The end of a wait, on the monotonic clock: setting the time of the machine does not move it.
 class Deadline {
 public:
-    /// From now on; a negative limit has already passed, one above a day counts as a day.
+    /// The wait begins now; a negative limit has already passed, one above a day counts as a day.
     explicit Deadline(std::chrono::milliseconds limit);
 
     [[nodiscard]] bool expired() const { return remaining().count() == 0; }
     /// Rounded up to whole milliseconds, so that a wait of that length is not cut into a busy loop; never negative.
     [[nodiscard]] std::chrono::milliseconds remaining() const;
-    /// The length of the whole wait, for messages.
+    /// Returns the length of the whole wait, for messages.
     [[nodiscard]] std::chrono::milliseconds limit() const { return m_limit; }
 
 private:
@@ -43,7 +43,7 @@ public:
     /// over first.
     [[nodiscard]] bool waitFor(short events, const Deadline& deadline) const;
 
-    /// The system's words for `errno`.
+    /// Returns the system's words for `errno`.
     [[nodiscard]] static std::wstring reason(int error);
 
 private:
@@ -57,13 +57,13 @@ public:
     /// Begins to connect. The connection is made, or has failed, when the socket is ready to be written to.
     explicit TcpConnection(const Endpoint& peer);
 
-    /// Throws when the connection has failed. Only once the socket is ready to be written to.
+    /// Throws when the connection has failed. May be called only once the socket is ready to be written to.
     void requireConnected() const;
 
     /// Sends as much as the system takes. Returns how many bytes that is.
     [[nodiscard]] std::size_t send(std::string_view bytes);
 
-    /// The bytes that are there; nothing when there are none, empty when the other side has finished sending.
+    /// Returns the bytes that are there; nothing when there are none, empty when the other side has finished sending.
     [[nodiscard]] std::optional<std::string> receive();
 
     [[nodiscard]] const Socket& socket() const { return m_socket; }

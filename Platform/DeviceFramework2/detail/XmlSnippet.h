@@ -25,21 +25,21 @@ public:
     /// Throws `DeviceException`: the name of the snippet, then the fault.
     [[noreturn]] void fail(const std::wstring& fault) const;
 
-    /// Throws `DeviceException` when an element has another name or stands in a namespace.
+    /// Throws `DeviceException` when an element has another name or is in a namespace.
     void requireName(const xmlNode* element, const std::string& name) const;
 
-    /// The attributes of an element outside any namespace; those within one are notes of other programs.
+    /// Returns the attributes of an element outside any namespace; those within one are notes of other programs.
     [[nodiscard]] static std::map<std::string, std::wstring> attributesOf(const xmlNode* element);
 
-    /// True for blank text and for comments.
+    /// Returns true for blank text and for comments.
     [[nodiscard]] static bool isBlank(const xmlNode* node);
     [[nodiscard]] static std::string nameOf(const xmlNode* node);
 
-    /// How messages name a snippet: by the MAC address in it. Never by its text, where somebody may have written a
+    /// How messages name a snippet: by the MAC address in it. The text of the snippet is never its name: it may hold a
     /// password.
     [[nodiscard]] static std::wstring nameOf(const std::wstring& text);
 
-    /// A found value for a message: shortened, without control characters, in quotation marks.
+    /// Returns a found value for a message: shortened, without control characters, in quotation marks.
     [[nodiscard]] static std::wstring quoted(const std::wstring& value);
 
 private:
