@@ -17,7 +17,7 @@ public:
     Blend& operator=(const Blend&) = default;
 
     [[nodiscard]] virtual const Frustum& getSphericalBlendExtents() const;
-    /// Shared by all who ask; empty when there is none.
+    /// Returns the model, shared by all callers; empty when there is none.
     [[nodiscard]] virtual std::shared_ptr<ProjectionModel> getProjectionModel() const;
 
     /// Makes a projection model by the name of its kind:

@@ -27,7 +27,7 @@ Point<double, 3> eyePointOf(const XMLConfigManager& config) {
     return screen != nullptr ? screen->getEyePoint() : Point<double, 3>();
 }
 
-/// The model that an entry asks for; empty for none.
+/// Returns the name of the model that an entry requires; empty for none.
 std::wstring modelNameOf(const ProjectorConfig& projector, bool isUsed) {
     const std::wstring name = projector.getProjectionModelName();
     if (isUsed) {

@@ -38,7 +38,7 @@ public:
     Configuration(const Configuration&) = delete;
     Configuration& operator=(const Configuration&) = delete;
 
-    /// Adds an entry; one that stands there under the id dies. Nothing for null.
+    /// Adds an entry and destroys one that the table holds under the id. Does nothing for null.
     void add(const KelvoProjectorUID& uid, std::unique_ptr<KelvoProjector> projector);
 
     /// Every entry under its id; never null.

@@ -24,7 +24,7 @@ class WarpMesh;
 /// 0 to W and 0 to H, or of the screen, 0 to 1, is on that edge: rounding takes no point of an edge away from callers
 /// that compare exactly, and what is mapped comes back. A mesh that reaches further beyond has results beyond.
 ///
-/// Both directions answer false outside of the mesh and for NaN, and then leave `out` as it was.
+/// Both directions return false outside of the mesh and for NaN, and then leave `out` as it was.
 ///
 /// Copies share the immutable mesh and the screen.
 class CustomPlanarScreenToChannelMap {
@@ -36,10 +36,10 @@ public:
     /// @param screen the screen that the coordinates belong to, kept alive by the map; may be empty
     CustomPlanarScreenToChannelMap(const std::wstring& filename, std::shared_ptr<IScreenGeometry> screen);
 
-    /// From a pixel position to screen coordinates.
+    /// Maps a pixel position to screen coordinates.
     bool mapChannel2DToScreen2D(const Point<double, 2>& channel, Point<double, 2>& out) const;
 
-    /// From screen coordinates to a pixel position.
+    /// Maps screen coordinates to a pixel position.
     bool mapScreen2DToChannel2D(const Point<double, 2>& screen, Point<double, 2>& out) const;
 
 private:

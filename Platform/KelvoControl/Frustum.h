@@ -3,8 +3,8 @@
 #include "Common/Matrix.h"
 #include "KelvoControl/Viewport.h"
 
-/// A viewport with what the spherical maps read from it: where the projector stands as seen from the eye point, and its
-/// rotation. The direction of the picture point (u, v) in the world frame is R * (ox + sx u, 1, oy + sy v).
+/// A viewport with what the spherical maps read from it: the position of the projector as seen from the eye point, and
+/// its rotation. The direction of the picture point (u, v) in the world frame is R * (ox + sx u, 1, oy + sy v).
 struct Frustum : Viewport {
     Point<double, 3> origin;  ///< position relative to the eye point, world axes, native units
     Matrix<double, 3> R;      ///< from the projector's frame to world axes

@@ -19,8 +19,8 @@ public:
 
     [[nodiscard]] const Blend& getBlend() const;
 
-    /// What a new channel is called: where its device is, such as "PJLink 192.0.2.10:4352", or the UID of a device that
-    /// does not tell. Empty for null.
+    /// Returns the name of a new channel: the location of its device, such as "PJLink 192.0.2.10:4352", or the UID of a
+    /// device that does not report one. Empty for null.
     [[nodiscard]] static std::wstring suggestNameForChannel(const Veltrani::DeviceFramework2::Device* device);
 
 private:

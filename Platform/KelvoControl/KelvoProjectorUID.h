@@ -5,7 +5,7 @@
 /// The key of a projector in the table of the channel maps: its configuration id.
 class KelvoProjectorUID {
 public:
-    /// Not explicit: callers ask the table by the ids that the configuration lists.
+    /// Not explicit: callers look up the table by the ids that the configuration lists.
     KelvoProjectorUID(std::wstring configurationId);
 
     [[nodiscard]] const std::wstring& value() const { return m_value; }

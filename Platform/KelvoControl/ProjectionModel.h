@@ -12,9 +12,9 @@
 /// same times the size of the viewport's picture. Directions are in world axes, from the viewport's position, of any
 /// length above zero. Layout points are positions in the world frame.
 ///
-/// No operation clips at the edges of the picture. Each answers false and leaves its result as it was where the lens
-/// sends no light: behind it, or beyond the angle where its model folds back; so does any coordinate that is NaN.
-/// Models are immutable once made, and `Blend::createProjectionModel` makes them.
+/// No operation clips at the edges of the picture. Each returns false and leaves its result as it was where the lens
+/// sends no light: behind it, or beyond the angle where its model folds back; the same holds for any coordinate that is
+/// NaN. Models are immutable once made, and `Blend::createProjectionModel` makes them.
 class ProjectionModel {
 public:
     virtual ~ProjectionModel();
@@ -35,8 +35,8 @@ public:
     [[nodiscard]] virtual std::wstring firstName() const = 0;
     [[nodiscard]] virtual std::wstring secondName() const = 0;
 
-    /// The normalised picture point of a layout point. By default what `project` says, divided by the size of the
-    /// picture; models that know better are not bound to whole pixels.
+    /// The normalised picture point of a layout point. By default what `project` returns, divided by the size of the
+    /// picture; models with a more exact result are not bound to whole pixels.
     virtual bool projectNormalised(const Point<double, 3>& layoutPoint, Point<double, 2>& normalised) const;
 
 protected:

@@ -24,7 +24,7 @@ void requireEdgeAhead(const wchar_t* edge, double angle, const std::wstring& mod
     }
 }
 
-/// False for a name that is unknown: whoever makes the model tells.
+/// Returns false for an unknown name: the code that makes the model reports it.
 bool picturesTheFrustum(const std::wstring& modelName) {
     const LensName name = LensName::of(modelName, L"");
     const auto& kinds = KelvoControlDetail::lensKinds();

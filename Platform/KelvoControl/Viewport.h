@@ -7,7 +7,7 @@
 
 class ProjectorConfig;
 
-/// Where a channel's picture lies in space: on a plane one unit in front of the projector.
+/// The place of a channel's picture in space: on a plane one unit in front of the projector.
 ///
 /// In the projector's own frame (+x right, +y forward, +z up) the normalised picture point (u, v) lies at
 /// (ox + sx u, 1, oy + sy v): u = 0 is the left edge, v = 0 the bottom. With frustum angles that is
@@ -22,12 +22,12 @@ struct Viewport {
     int width = 1;                 ///< of the picture, pixels
     int height = 1;                ///< of the picture, pixels
 
-    /// The extents of a frustum, the rest as by default. Angles in radians, right and top positive, each below a right
-    /// angle in size.
+    /// Returns the extents of a frustum, the rest as by default. Angles in radians, right and top positive, each below
+    /// a right angle in size.
     [[nodiscard]] static Viewport fromFrustumAngles(double left, double right, double bottom, double top);
 
-    /// Frustum, orientation and position of a configured projector. The size stays 1 x 1: whoever works in pixels sets
-    /// it.
+    /// Frustum, orientation and position of a configured projector. The size stays 1 x 1: a caller that works in pixels
+    /// sets it.
     /// @param modelName the projection model that the viewport is for; empty for none. A model known by its name alone
     ///     has the picture of the frustum, whose edges must then lie ahead: throws `VeltraniException` naming one that
     ///     does not.

@@ -18,7 +18,7 @@ constexpr double LEAST_SLOPE = 1e-4;
 /// magnified beyond what any lens does, and rounding with it.
 constexpr double LEAST_DENOMINATOR = 1e-3;
 
-/// Relative; a point at the edge of the fold may be rounded out of it on its way there and back.
+/// A relative tolerance; a point at the edge of the fold may be rounded out of it on its way there and back.
 constexpr double ROUNDING = 1e-12;
 
 /// How near the way back must come to a point, relative to 1 + its size; places that the formula brings to the same
@@ -33,7 +33,7 @@ constexpr double INVERSE_TOLERANCE = 1e-10;
 constexpr int MOST_STEPS = 50;
 constexpr int MOST_HALVINGS = 20;
 
-/// Places between the axis and a point where the other terms are asked whether they turn the picture over.
+/// The number of places between the axis and a point at which the other terms are tested for turning the picture over.
 constexpr int PLACES_ON_THE_WAY = 16;
 
 Polynomial onePlus(const std::array<double, 3>& higher) {

@@ -21,8 +21,7 @@ namespace KelvoControlDetail {
 /// distance from the axis.
 class BrownConradyDistortion {
 public:
-    /// @param coefficients k1 k2 p1 p2 [k3 [k4 k5 k6 [s1 s2 s3 s4]]]: 4, 5, 8 or 12 finite numbers; more are not looked
-    /// at
+    /// @param coefficients k1 k2 p1 p2 [k3 [k4 k5 k6 [s1 s2 s3 s4]]]: 4, 5, 8 or 12 finite numbers; more are ignored
     explicit BrownConradyDistortion(const std::vector<double>& coefficients);
 
     /// The distorted point; false, with `distorted` untouched, where the lens folds.
@@ -31,10 +30,11 @@ public:
     /// The point that `distort` moves here, to rounding; false, with `plain` untouched, when there is none.
     bool undistort(const Point<double, 2>& distorted, Point<double, 2>& plain) const;
 
-    /// The distance from the axis where the lens folds or comes near to a pole; `FARTHEST` for one that never does.
+    /// Returns the distance from the axis where the lens folds or comes near to a pole; `FARTHEST` for one that never
+    /// does.
     [[nodiscard]] double foldRadius() const { return m_foldRadius; }
 
-    /// Nothing is asked for farther out than this: less than 0.0001 degrees from a right angle to the axis.
+    /// No point farther out than this is ever needed: it is less than 0.0001 degrees from a right angle to the axis.
     static constexpr double FARTHEST = 1e6;
 
 private:
@@ -47,11 +47,11 @@ private:
     [[nodiscard]] double findFold() const;
     [[nodiscard]] double radial(double r2, double& slope) const;
     [[nodiscard]] Point<double, 2> formula(const Point<double, 2>& plain, Jacobian& jacobian) const;
-    /// True when the other terms leave the picture the right way round all the way from the axis to the point.
+    /// Returns true when the other terms leave the picture the right way round all the way from the axis to the point.
     [[nodiscard]] bool isRightWayRoundUpTo(const Point<double, 2>& plain) const;
-    /// The place that the formula brings here, if there is one; unchecked.
+    /// Returns the place that the formula brings here, if there is one; unchecked.
     [[nodiscard]] Point<double, 2> inverse(const Point<double, 2>& distorted) const;
-    /// The point in the same direction whose radius the radial part alone would bring here.
+    /// Returns the point in the same direction whose radius the radial part alone would bring here.
     [[nodiscard]] Point<double, 2> undistortRadius(const Point<double, 2>& distorted, double distortedRadius) const;
     [[nodiscard]] Point<double, 2> refine(const Point<double, 2>& distorted, Point<double, 2> guess) const;
 

@@ -73,7 +73,7 @@ private:
         }
     }
 
-    /// The text of an element that holds nothing else.
+    /// Returns the text of an element that holds nothing else.
     [[nodiscard]] std::string textOf(const xmlNode* element) const {
         std::string text;
         for (const xmlNode* child = element->children; child != nullptr; child = child->next) {

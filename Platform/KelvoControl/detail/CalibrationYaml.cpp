@@ -125,7 +125,7 @@ private:
                              {line, "text", "broken YAML (" + problem + ")", "YAML as OpenCV writes it", REMEDY});
     }
 
-    /// To the key of the next entry; false at the end of the group.
+    /// Moves to the key of the next entry; returns false at the end of the group.
     [[nodiscard]] bool nextEntry() {
         next();
         if (m_event.type == YAML_MAPPING_END_EVENT) {
@@ -210,7 +210,7 @@ private:
         }
     }
 
-    /// Over the value of an entry of another program, whatever it is.
+    /// Skips the value of an entry of another program, whatever it is.
     void skip(const CalibrationValue& key) {
         int depth = 0;
         do {

@@ -9,8 +9,8 @@
 
 namespace KelvoControlDetail {
 
-/// A part of an edge or of a cell, brought into 0 to 1. NaN becomes 0: where a row of the cell is one point, any place
-/// in the row is that point.
+/// Returns a part of an edge or of a cell, brought into 0 to 1. NaN becomes 0: where a row of the cell is one point,
+/// any place in the row is that point.
 [[nodiscard]] inline double toPart(double value) {
     return value > 0 ? std::min(value, 1.0) : 0.0;
 }
@@ -30,14 +30,14 @@ struct QuadCell {
                 restB * (restA * origin[1] + a * alongA[1]) + b * (restA * alongB[1] + a * across[1])};
     }
 
-    /// True for a point in the box around the cell, grown by `margin` on every side. False for NaN.
+    /// Returns true for a point in the box around the cell, grown by `margin` on every side. False for NaN.
     [[nodiscard]] bool boxHolds(const Point<double, 2>& point, const Point<double, 2>& margin) const {
         return boxHolds(point, margin, 0) && boxHolds(point, margin, 1);
     }
 
-    /// Asks about the places (a, b) where the bilinear formula, continued beyond the cell, takes a value: at most two,
-    /// the one that belongs to a cell without folds first, and none for a point beyond the fold of another. A place may
-    /// be NaN, where a whole row of the cell is one point or the cell is flat.
+    /// Calls `accept` with the places (a, b) where the bilinear formula, continued beyond the cell, takes a value: at
+    /// most two, the one that belongs to a cell without folds first, and none for a point beyond the fold of another. A
+    /// place may be NaN, where a whole row of the cell is one point or the cell is flat.
     /// @param accept Point<double, 2> -> bool; true ends the search
     /// @return true when a place was accepted
     template <class Accept>
@@ -45,14 +45,14 @@ struct QuadCell {
         return anyPlaceOf(point, accept, Beyond::NOTHING);
     }
 
-    /// As `anyPlaceOf`, and beyond a fold about a place on it, whose value is not the point: rounding alone may have
-    /// carried the point there. `accept` has to judge how far away it is.
+    /// As `anyPlaceOf`, and beyond a fold also with a place on it, whose value is not the point: rounding alone may
+    /// have carried the point there. `accept` has to judge how far away it is.
     template <class Accept>
     bool anyPlaceUpToFold(const Point<double, 2>& point, const Accept& accept) const {
         return anyPlaceOf(point, accept, Beyond::FOLD);
     }
 
-    /// Asks about the place that is nearest to a point on each of the four edges, in turn.
+    /// Calls `accept` with the place that is nearest to a point on each of the four edges, in turn.
     /// @param unit by axis, above zero: what distances are measured in
     /// @param accept Point<double, 2> -> bool; true ends the search
     /// @return true when a place was accepted
@@ -70,7 +70,7 @@ struct QuadCell {
     }
 
 private:
-    /// Where the formula takes no value: whether to ask about the fold.
+    /// What is done where the formula takes no value: whether the place on the fold is tried.
     enum class Beyond { NOTHING, FOLD };
 
     template <class Accept>
@@ -116,7 +116,7 @@ private:
     }
 };
 
-/// True for a place (a, b) in the cell or on its edge; false for NaN.
+/// Returns true for a place (a, b) in the cell or on its edge; false for NaN.
 [[nodiscard]] inline bool isInCell(const Point<double, 2>& place) {
     return place[0] >= 0 && place[0] <= 1 && place[1] >= 0 && place[1] <= 1;
 }
@@ -130,13 +130,13 @@ struct CellLattice {
     std::vector<Point<double, 2>> screen;   ///< columns * rows, (s, t)
     std::vector<bool> unused;               ///< columns * rows; cells at such a node map nothing
 
-    /// True when none of the four nodes of a cell is unused; 0 <= column < columns - 1, the row likewise.
+    /// Returns true when none of the four nodes of a cell is unused; 0 <= column < columns - 1, the row likewise.
     [[nodiscard]] bool isMapped(std::size_t column, std::size_t row) const {
         const std::size_t node = row * columns + column;
         return !(unused[node] || unused[node + 1] || unused[node + columns] || unused[node + columns + 1]);
     }
 
-    /// The cell whose first node this is, in one of the two planes.
+    /// Returns the cell whose first node this is, in one of the two planes.
     [[nodiscard]] QuadCell cell(const std::vector<Point<double, 2>>& plane, std::size_t node) const {
         return {plane[node], plane[node + 1], plane[node + columns], plane[node + columns + 1]};
     }

@@ -158,7 +158,7 @@ void CellIndex::fill(const std::vector<QuadCell>& cells, const std::vector<std::
             }
         }
     };
-    // Counted first, then filled: bin after bin in one list.
+    // The entries are counted first, then filled in: bin after bin in one list.
     m_starts.assign(m_bins[0] * m_bins[1] + 1, 0);
     forEachEntry([&](std::size_t bin, std::uint32_t) { ++m_starts[bin + 1]; });
     for (std::size_t bin = 0; bin + 1 < m_starts.size(); ++bin) {

@@ -17,8 +17,8 @@ namespace KelvoControlDetail {
 /// are evenly spaced.
 class AxisTable {
 public:
-    /// None unless there are at least two numbers, finite, each above the one before, or each below, and not so near to
-    /// each other that no number tells how many of them fit into one unit.
+    /// Returns nothing unless there are at least two numbers, finite, each above the one before, or each below, and not
+    /// so near to each other that no number expresses how many of them fit into one unit.
     [[nodiscard]] static std::optional<AxisTable> of(const std::vector<double>& values);
 
     /// The interval between values `index` and `index + 1`, and the part of it that lies before `value`, 0 to 1; false
@@ -36,7 +36,7 @@ public:
         return true;
     }
 
-    /// The part of an interval that lies before `value`: 0 before the interval, 1 behind it.
+    /// Returns the part of an interval that lies before `value`: 0 before the interval, 1 behind it.
     [[nodiscard]] double partOf(double value, std::size_t index) const {
         const double part = (value * m_sign - m_values[index]) * m_inverseWidths[index];
         return part > 0 ? (part < 1 ? part : 1) : 0;
@@ -54,14 +54,14 @@ private:
 };
 
 /// Which cells of a lattice may hold a point of one of its planes: the box around all mapped cells, divided evenly into
-/// bins, each with the cells whose boxes touch it. A second, finer division tells one cell that probably does.
+/// bins, each with the cells whose boxes touch it. A second, finer division names one cell that probably does.
 class CellIndex {
 public:
     /// @param plane the lattice's picture or screen; finite numbers
     /// @param margin cells count as this much larger on every side
     CellIndex(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane, const Point<double, 2>& margin);
 
-    /// The first nodes of the cells that may hold the point, in the order of the lattice; empty for NaN.
+    /// Returns the first nodes of the cells that may hold the point, in the order of the lattice; empty for NaN.
     [[nodiscard]] std::span<const std::uint32_t> near(const Point<double, 2>& point) const {
         if (!(point[0] >= m_low[0] && point[0] <= m_high[0] && point[1] >= m_low[1] && point[1] <= m_high[1])) {
             return {};
@@ -70,8 +70,8 @@ public:
         return {m_cells.data() + m_starts[bin], m_starts[bin + 1] - m_starts[bin]};
     }
 
-    /// A cell that holds most points around this one, by its first node; `NO_GUESS` where there is none and for NaN.
-    /// Looking there first saves the search among those near, whose outcome no processor can foresee.
+    /// Returns a cell that holds most points around this one, by its first node; `NO_GUESS` where there is none and for
+    /// NaN. Testing it first saves the search among those near, whose outcome no processor can predict.
     [[nodiscard]] std::uint32_t guess(const Point<double, 2>& point) const {
         const Point<double, 2> at{(point[0] - m_low[0]) * m_guessesPerUnit[0],
                                   (point[1] - m_low[1]) * m_guessesPerUnit[1]};
@@ -90,13 +90,14 @@ private:
         [[nodiscard]] std::size_t count() const { return (lastX - firstX + 1) * (lastY - firstY + 1); }
     };
 
-    /// The bin of a coordinate within the box. A bin found for a point and one found for a cell's edge round alike.
+    /// Returns the bin of a coordinate within the box. A bin found for a point and one found for a cell's edge round
+    /// alike.
     [[nodiscard]] std::size_t binAt(double value, std::size_t axis) const {
         const auto bin = static_cast<std::size_t>((value - m_low[axis]) * m_binsPerUnit[axis]);
         return bin < m_bins[axis] ? bin : m_bins[axis] - 1;
     }
 
-    /// The box around all cells; answers their mean size.
+    /// Sets the box around all cells; returns their mean size.
     [[nodiscard]] Point<double, 2> enclose(const std::vector<QuadCell>& cells);
     /// Chooses the number of bins for cells of a mean size.
     void divideFor(const std::vector<QuadCell>& cells, const Point<double, 2>& meanSize);
@@ -161,10 +162,10 @@ private:
     }
     bool locateNearAxes(const Point<double, 2>& point, CellPlace& place) const;
     bool locateByIndex(const Point<double, 2>& point, CellPlace& place) const;
-    /// In the cell of this first node, edges included.
+    /// Locates the point in the cell of this first node, edges included.
     bool locateIn(std::size_t node, const Point<double, 2>& point, CellPlace& place) const;
     bool locateAmongNear(const Point<double, 2>& point, CellPlace& place) const;
-    /// Within the tolerance of a cell.
+    /// Locates the point within the tolerance of a cell.
     bool locateNear(const Point<double, 2>& point, CellPlace& place) const;
 
     const CellLattice& m_lattice;

@@ -15,7 +15,7 @@ namespace {
 /// formula is rounded: strong terms may cancel each other.
 constexpr double LEAST_SLOPE = 1e-4;
 
-/// Relative; a ray at the edge of the fold may be rounded out of it on its way there.
+/// A relative tolerance; a ray at the edge of the fold may be rounded out of it on its way there.
 constexpr double ROUNDING = 1e-12;
 
 }  // namespace
@@ -52,7 +52,7 @@ bool FisheyeDistortion::distort(const Point<double, 3>& ray, Point<double, 2>& d
     if (!(theta < m_foldAngle)) {
         return false;
     }
-    // Divided first: the product of tiny components with an angle could vanish.
+    // The division comes first: the product of tiny components with an angle could vanish.
     distorted = Point<double, 2>{ray[0] / aside, ray[1] / aside} * distortedAngle(theta);
     return true;
 }

@@ -19,14 +19,14 @@ public:
     /// @param coefficients k1 to k4
     explicit FisheyeDistortion(const std::array<double, 4>& coefficients);
 
-    /// Where a ray of any length arrives; false, with `distorted` untouched, where the lens folds, for straight behind
-    /// and for no direction at all.
+    /// Calculates where a ray of any length arrives; returns false, with `distorted` untouched, where the lens folds,
+    /// for straight behind and for no direction at all.
     bool distort(const Point<double, 3>& ray, Point<double, 2>& distorted) const;
 
     /// The ray, of length 1, that arrives here; false, with `ray` untouched, when there is none.
     bool undistort(const Point<double, 2>& distorted, Point<double, 3>& ray) const;
 
-    /// The angle to the axis where the lens folds, at most pi; radians.
+    /// Returns the angle to the axis where the lens folds, at most pi; radians.
     [[nodiscard]] double foldAngle() const { return m_foldAngle; }
 
 private:

@@ -18,7 +18,7 @@ namespace {
 /// Calibration files hold some numbers and, at times, the points that they were computed from.
 constexpr std::size_t LARGEST_BYTES = std::size_t{1024} * 1024;
 
-/// No picture has more pixels on a side; larger numbers stand in the wrong place.
+/// No picture has more pixels on a side; larger numbers are in the wrong place.
 constexpr int LARGEST_PICTURE = 1'000'000;
 
 /// Larger numbers would exceed the range of a double when a lens is computed from them.
@@ -26,7 +26,7 @@ constexpr double LARGEST_COEFFICIENT = 1e12;
 
 constexpr const char* REMEDY = "write the calibration file again";
 
-/// Checks what stands in a file and turns it into numbers.
+/// Checks the content of a file and turns it into numbers.
 class Checker {
 public:
     Checker(const std::string& document, int lastLine) : m_document(document), m_lastLine(lastLine) {}
@@ -53,7 +53,7 @@ public:
         return *number;
     }
 
-    /// The elements of a matrix of `rows` x `cols`, row by row.
+    /// Returns the elements of a matrix of `rows` x `cols`, row by row.
     [[nodiscard]] std::vector<double> elements(const CalibrationMatrix& matrix, const std::string& name, int rows,
                                                int cols) const {
         const auto expected = static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols);

@@ -10,8 +10,8 @@
 
 namespace KelvoControlDetail {
 
-/// How many numbers the distortion of a kind of lens has. A file of four coefficients does not tell what they mean: the
-/// name of the model decides, and each kind of lens states its own family.
+/// How many numbers the distortion of a kind of lens has. A file of four coefficients does not state what they mean:
+/// the name of the model decides, and each kind of lens states its own family.
 struct LensFamily {
     /// The counts that are accepted, growing; zeros behind the last one.
     std::array<std::size_t, 6> counts{};

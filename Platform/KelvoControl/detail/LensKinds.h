@@ -13,12 +13,12 @@ namespace KelvoControlDetail {
 struct LensKind {
     std::wstring name;
     bool needsFile = false;
-    /// From the viewport and the two texts that name the kind and the file, see `LensName`; only called with a file
-    /// when one is needed and without one else.
+    /// Makes the model from the viewport and the two texts that name the kind and the file, see `LensName`; called with
+    /// a file only when one is needed, and without one otherwise.
     std::function<std::shared_ptr<ProjectionModel>(const Viewport&, const std::wstring&, const std::wstring&)> make;
 };
 
-/// Every kind that there is: the one place where a kind is made known.
+/// Every kind that there is: the only list of them.
 [[nodiscard]] const std::vector<LensKind>& lensKinds();
 
 }  // namespace KelvoControlDetail

@@ -7,7 +7,7 @@
 
 namespace KelvoControlDetail {
 
-/// What the two texts mean that a projection model is made from.
+/// The meaning of the two texts that a projection model is made from.
 struct LensName {
     std::wstring kind;
     std::wstring file;  ///< empty without one

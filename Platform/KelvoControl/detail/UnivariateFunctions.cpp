@@ -7,7 +7,7 @@ namespace KelvoControlDetail {
 
 namespace {
 
-/// Where the sign changes between two places where it differs; the last place before the change.
+/// Finds where the sign changes between two places where it differs; returns the last place before the change.
 double signChange(const Polynomial& polynomial, double low, double high) {
     const bool positiveAtLow = valueAt(polynomial, low) > 0;
     for (;;) {
@@ -19,8 +19,8 @@ double signChange(const Polynomial& polynomial, double low, double high) {
     }
 }
 
-/// All sign changes between 0 and `limit`, in order. Between two extrema a polynomial is monotone and has at most one;
-/// the extrema are the sign changes of its derivative.
+/// Returns all sign changes between 0 and `limit`, in order. Between two extrema a polynomial is monotone and has at
+/// most one; the extrema are the sign changes of its derivative.
 std::vector<double> signChanges(const Polynomial& polynomial, double limit) {
     if (polynomial.size() < 2) {
         return {};

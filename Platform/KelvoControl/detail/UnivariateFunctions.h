@@ -24,8 +24,8 @@ struct ValueAndSlope {
     double slope = 0;
 };
 
-/// Where an increasing function takes a value: Newton's method, kept within bounds that close in on the place, so that
-/// it arrives for every increasing function, and in about five steps for smooth ones.
+/// Finds where an increasing function takes a value: Newton's method, kept within bounds that close in on the place, so
+/// that it converges for every increasing function, and in about five steps for smooth ones.
 ///
 /// @param function x -> ValueAndSlope, increasing from `low` to `high`
 /// @param target within its values at `low` and `high`

@@ -34,7 +34,7 @@ Point<double, 2> ontoEdges(const Point<double, 2>& place, const Point<double, 2>
 /// picture.
 constexpr std::size_t MOST_NODES = 4'000'000;
 
-/// Nodes of long numbers included.
+/// Nodes with long numbers are within this limit.
 constexpr std::size_t LARGEST_BYTES = std::size_t{256} * 1024 * 1024;
 
 /// "0 0 0 0 0" and its line end: no node is shorter.
@@ -51,7 +51,7 @@ constexpr double SMALLEST_ASPECT = 1e-3;
 constexpr std::string_view BLANKS = " \t\r\v\f";
 constexpr const char* CUT_OFF = "write the file again: it may be cut off, or its counts may be wrong";
 
-/// One more than any line has: a line with too many is told from a good one.
+/// One more than any valid line has: a line with too many is distinguished from a valid one.
 constexpr std::size_t MOST_WORDS = 6;
 
 /// The words of one line.
@@ -87,7 +87,7 @@ public:
     }
 
 private:
-    /// The next line that holds words; one without any at the end of the text.
+    /// Returns the next line that holds words; one without any at the end of the text.
     [[nodiscard]] Line next() {
         while (!m_rest.empty()) {
             const std::size_t end = std::min(m_rest.find('\n'), m_rest.size());
@@ -193,7 +193,7 @@ private:
         }
     }
 
-    /// From the unit of the file to pixels.
+    /// Converts from the unit of the file to pixels.
     void placeInPicture(const Point<double, 2>& size) {
         double aspect = 0;
         for (const Point<double, 2>& node : m_lattice.picture) {

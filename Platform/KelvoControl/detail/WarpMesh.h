@@ -11,9 +11,8 @@ namespace KelvoControlDetail {
 
 /// A warp mesh as two maps, from the picture to the screen and back. Immutable.
 ///
-/// What comes out up to `EDGE_TOLERANCE` beyond the edge of the picture, or of the screen's range, is on that edge:
-/// there it is within the picture for callers that compare exactly. A mesh that really reaches further keeps its
-/// places.
+/// A result up to `EDGE_TOLERANCE` beyond the edge of the picture, or of the screen's range, is on that edge: there it
+/// is within the picture for callers that compare exactly. A mesh that really reaches further keeps its places.
 class WarpMesh {
 public:
     /// @param pictureSize width and height in pixels: the unit of the tolerance at the edges of cells
@@ -47,8 +46,8 @@ private:
 ///
 /// (x, y) is the node in the picture: y from -1 (bottom) to 1 (top), x from -a to a, where a is the largest x of the
 /// file; in pixels ((x + a) / (2 a) W, (y + 1) / 2 H). (u, v) is the node on the screen. i is the brightness, up to 1;
-/// below 0 the node is unused. Lines without text are passed over, and the last line needs no end: a file that was cut
-/// off within its very last number cannot be told from a whole one.
+/// below 0 the node is unused. Lines without text are skipped, and the last line needs no end: a file that was cut off
+/// within its very last number cannot be distinguished from a whole one.
 class WarpMeshFile {
 public:
     /// Throws `VeltraniMissingFileException` when there is no such file and `VeltraniParseException`, which names file
