@@ -30,14 +30,14 @@ public:
     /// null gives a screen that is not valid.
     explicit CylinderScreen(const IScreenConfig* screen);
 
-    /// The hash of the cylinder of a description, without building it.
+    /// Returns the hash of the cylinder of a description, without building it.
     [[nodiscard]] static std::array<unsigned char, 20> calcUniqueDataHash(const IScreenConfig* screen);
 
-    /// Finite, with a radius and a height above zero and growing azimuth limits.
+    /// Returns true when the numbers are finite, radius and height are above zero and the azimuth limits grow.
     [[nodiscard]] bool isValid() const override;
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const override;
-    /// Outward at the nearest point of the endless cylinder, so that it also holds for hits of the continuation. On the
-    /// axis, to which a whole circle is equally near: forward in the frame of the cylinder. Zero for a NaN.
+    /// Points outward at the nearest point of the endless cylinder, so that it also holds for hits of the continuation.
+    /// On the axis, to which a whole circle is equally near: forward in the frame of the cylinder. Zero for a NaN.
     [[nodiscard]] Point<double, 3> getScreenNormal(const Point<double, 3>& point) const override;
     bool mapInto3D(const Point<double, 2>& st, Point<double, 3>& out, bool extrapolate) const override;
     [[nodiscard]] std::array<unsigned char, 20> getUniqueDataHash() const override;

@@ -63,7 +63,7 @@ void FlatScreen::set(const Numbers& numbers) {
 std::wstring FlatScreen::fault() const {
     const bool areCornersFinite =
         isFinite(m_corner) && isFinite(m_across) && isFinite(m_upward) && isFinite(m_corner + m_across + m_upward);
-    // Without the squares of its sides nobody could tell what is inside the rectangle.
+    // Without the squares of its sides it could not be decided what is inside the rectangle.
     return firstFault({faultOfSize(L"width", m_numbers.width), faultOfSize(L"height", m_numbers.height),
                        faultOfPlace(m_numbers.centre, m_numbers.orientation),
                        areCornersFinite ? L"" : L"its corners lie beyond all numbers: correct its Centre and Size"});
@@ -144,7 +144,8 @@ Point<double, 3> FlatScreen::pointAt(double s, double t) const {
 IntersectionSet FlatScreen::intersectPlane(const Point<double, 3>& from, const Point<double, 3>& to) const {
     const Point<double, 3> direction = to - from;
     const double approach = dot(direction, m_normal);
-    // Below this the direction itself is known too badly to tell whether the ray comes nearer to the plane at all.
+    // Below this the direction itself is known too inaccurately to decide whether the ray comes nearer to the plane at
+    // all.
     const double noise = ROUNDING * std::max(largestComponent(from), largestComponent(to));
     if (!m_valid || !(std::abs(approach) > noise)) {
         return {};

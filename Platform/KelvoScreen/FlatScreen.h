@@ -9,7 +9,7 @@
 
 /// A flat rectangle: (s, t) -> centre + R ((s - 1/2) width, 0, (t - 1/2) height), R from the three orientation angles.
 ///
-/// Unrotated it stands upright and looks along +y; its normal is +y. Its continuation is the whole plane.
+/// Unrotated it is upright and looks along +y; its normal is +y. Its continuation is the whole plane.
 ///
 /// The edges belong to the rectangle: a ray that passes one within the rounding of its own coordinates hits it there. A
 /// ray parallel to the plane, to rounding, never hits, one that lies in the plane included. A hit lies on the rectangle
@@ -22,10 +22,10 @@ public:
     /// Centre, orientation, width and height of the description; null gives a screen that is not valid.
     explicit FlatScreen(const IScreenConfig* screen);
 
-    /// The hash of the flat screen of a description, without building it.
+    /// Returns the hash of the flat screen of a description, without building it.
     [[nodiscard]] static std::array<unsigned char, 20> calcUniqueDataHash(const IScreenConfig* screen);
 
-    /// Finite, with a width and a height above zero.
+    /// Returns true when the numbers are finite and width and height are above zero.
     [[nodiscard]] bool isValid() const override;
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const override;
     [[nodiscard]] Point<double, 3> getScreenNormal(const Point<double, 3>& point) const override;
@@ -60,12 +60,12 @@ private:
     /// Which number makes the rectangle one that is not valid; empty when it is valid.
     [[nodiscard]] std::wstring fault() const;
     [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
-    /// Where the ray meets the whole plane, at t >= 0.
+    /// Intersects the ray with the whole plane, at t >= 0.
     [[nodiscard]] IntersectionSet intersectPlane(const Point<double, 3>& from, const Point<double, 3>& to) const;
     /// Moves a hit of the plane onto the rectangle when the ray passes it within rounding; false when it misses it.
     [[nodiscard]] bool limitToRectangle(const Point<double, 3>& from, const Point<double, 3>& to,
                                         Intersection& hit) const;
-    /// The largest coordinate that enters a hit: the unit of its rounding.
+    /// Returns the largest coordinate that enters a hit: the unit of its rounding.
     [[nodiscard]] double largestCoordinate(const Point<double, 3>& from) const;
 
     Numbers m_numbers;

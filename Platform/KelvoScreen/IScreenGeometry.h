@@ -11,19 +11,19 @@ class IScreenGeometry {
 public:
     virtual ~IScreenGeometry() = default;
 
-    /// True when the surface is finite and has an extent.
+    /// Returns true when the surface is finite and has an extent.
     [[nodiscard]] virtual bool isValid() const = 0;
 
-    /// Where the ray from `from` through `to` meets the surface, nearest first: t >= 0, not limited to `to`, and only
-    /// within the limits of the shape. A NaN or a ray of length zero gives an empty set.
+    /// Returns where the ray from `from` through `to` meets the surface, nearest first: t >= 0, not limited to `to`,
+    /// and only within the limits of the shape. A NaN or a ray of length zero gives an empty set.
     [[nodiscard]] virtual IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const = 0;
 
-    /// The unit normal at the surface point nearest to `point`. Flat and ruled: (d/dt) x (d/ds), which is +y for an
-    /// unrotated flat screen. Sphere and cylinder: outward. Mesh: by the winding of the triangle.
+    /// Returns the unit normal at the surface point nearest to `point`. Flat and ruled: (d/dt) x (d/ds), which is +y
+    /// for an unrotated flat screen. Sphere and cylinder: outward. Mesh: by the winding of the triangle.
     [[nodiscard]] virtual Point<double, 3> getScreenNormal(const Point<double, 3>& point) const = 0;
 
-    /// The surface point at (s, t). Up to 1e-9 outside [0, 1] counts as the edge. Further outside the answer is false,
-    /// unless `extrapolate` is set and the surface has a continuation there. `out` is untouched when the answer is
-    /// false. Throws `VeltraniException` when the surface has no 2D parameterisation.
+    /// Calculates the surface point at (s, t). Up to 1e-9 outside [0, 1] counts as the edge. Further outside the result
+    /// is false, unless `extrapolate` is set and the surface has a continuation there. `out` is untouched when the
+    /// result is false. Throws `VeltraniException` when the surface has no 2D parameterisation.
     virtual bool mapInto3D(const Point<double, 2>& st, Point<double, 3>& out, bool extrapolate) const = 0;
 };

@@ -8,7 +8,7 @@
 #include <iosfwd>
 #include <vector>
 
-/// Where a ray meets a surface.
+/// A point where a ray meets a surface.
 struct Intersection {
     Point<double, 3> point;  ///< world frame, native units
     double t = 0;            ///< position along the ray: point = from + t (to - from)
@@ -37,7 +37,7 @@ public:
     [[nodiscard]] bool empty() const { return m_size == 0; }
     [[nodiscard]] std::size_t size() const { return m_size; }
 
-    /// The nearest one. Throws `std::logic_error` when the set is empty.
+    /// Returns the nearest one. Throws `std::logic_error` when the set is empty.
     [[nodiscard]] const Intersection& first() const { return (*this)[0]; }
 
     /// Number i, nearest first. Throws `std::logic_error` when there is none.
@@ -50,10 +50,11 @@ public:
 
 private:
     static constexpr std::size_t INLINE_CAPACITY = 2;
-    /// Behind the inline ones, with the first allocation: few surfaces are met more often than eight times in all.
+    /// The number of hits behind the inline ones that the first allocation holds: few surfaces are met more often than
+    /// eight times in all.
     static constexpr std::size_t FURTHER_CAPACITY = 6;
 
-    /// Into a set that is not empty.
+    /// Inserts into a set that is not empty.
     void insert(const Intersection& intersection);
     [[noreturn]] void refuse(std::size_t i) const;
 

@@ -20,7 +20,7 @@ using namespace KelvoScreenDetail;
 
 namespace {
 
-/// Fewer rays are asked one by one: one more is cast at the end of a batch.
+/// Fewer rays are cast one by one: one more is cast at the end of a batch.
 constexpr std::size_t FEWEST_AT_ONCE = 8;
 
 void requireIndices(const std::vector<TriangleMesh::Triangle>& triangles, std::size_t size, const std::wstring& what) {
@@ -104,13 +104,13 @@ std::array<unsigned char, 20> hashOf(const TriangleMesh& mesh) {
 
 /// The mesh and what was derived from it so far. The derived parts refer to the mesh: it neither moves nor changes.
 struct MeshScreen::Implementation {
-    /// The last hit, which is usually asked for its normal next.
+    /// The last hit, whose normal is usually requested next.
     struct LastHit {
         Point<double, 3> point;
         Point<double, 3> area;  ///< along the normal
     };
 
-    /// @param theHash none: that of the numbers, when it is first asked for
+    /// @param theHash none: that of the numbers, calculated when it is first requested
     Implementation(TriangleMesh theMesh, const std::optional<std::array<unsigned char, 20>>& theHash)
         : mesh(std::move(theMesh)), hash(theHash), valid(isValidMesh(mesh)), parameterised(hasParameterisation(mesh)) {}
 
@@ -148,7 +148,8 @@ struct MeshScreen::Implementation {
         return set;
     }
 
-    /// By their bits: 0.0 and -0.0 are different points here, and a NaN may be remembered without harm.
+    /// Points are compared by their bits: 0.0 and -0.0 are different points here, and a NaN may be remembered without
+    /// harm.
     [[nodiscard]] bool isLastHit(const Point<double, 3>& point) const {
         return lastHit && std::memcmp(&lastHit->point, &point, sizeof point) == 0;
     }
@@ -264,7 +265,7 @@ void MeshScreen::intersectAtOnce(std::span<const Ray> rays, std::span<SurfaceHit
         return;
     }
     self.getSurface().nearestHits(rays, hits);
-    // The last hit is remembered as if the rays had been asked one by one.
+    // The last hit is remembered as if the rays had been cast one by one.
     const auto last = std::find_if(hits.rbegin(), hits.rend(), [](const SurfaceHit& hit) { return hit.hit; });
     if (last != hits.rend()) {
         const auto& [from, to] = rays[static_cast<std::size_t>(hits.rend() - last) - 1];

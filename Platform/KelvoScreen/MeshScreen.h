@@ -13,7 +13,7 @@
 /// out what is too far away to matter. A ray yields its nearest hit alone, and of triangles hit at the same t the
 /// lowest. Edges, corners and the border belong to the mesh: a ray that passes within the rounding of its own
 /// coordinates hits, so that none slips between two triangles of a closed mesh, whether they share their vertices,
-/// repeat them, or meet with a corner in the middle of an edge. A ray sees nothing of a triangle that it runs along.
+/// repeat them, or meet with a corner in the middle of an edge. A ray never hits a triangle that it runs along.
 ///
 /// A triangle whose corners lie on a line, up to the rounding of their coordinates, has no area: it is never hit, never
 /// nearest and carries no normal. A mesh with a vertex that is not finite, or without any area, is not valid: it is
@@ -24,7 +24,7 @@
 /// 2e-13.
 ///
 /// The mesh is parameterised by its texture coordinates; where triangles overlap there, the one with the lowest index
-/// answers. Coordinates that are not finite count as none.
+/// counts. Coordinates that are not finite count as none.
 ///
 /// The search structures are built on first use: for rays and normals about a second and 40 to 80 MB for a million
 /// triangles, as much again for `mapInto3D`, and again for the border. Later queries allocate nothing. A normal
@@ -35,8 +35,8 @@
 /// border: a flat mesh in its plane, a curved one with the curvature that it has there, each triangle in its own plane
 /// where there are too few for a curvature. `mapInto3D` continues the triangle nearest in texture space.
 ///
-/// The triangle of the last hit is remembered for a normal asked at the bit-identical point, so that the usual pair of
-/// `intersect` and `getScreenNormal` costs one search. Not safe to use from two threads at once.
+/// The triangle of the last hit is remembered for a normal requested at the bit-identical point, so that the usual pair
+/// of `intersect` and `getScreenNormal` costs one search. Not safe to use from two threads at once.
 class MeshScreen : public ScreenGeometry {
 public:
     /// A mesh given as numbers; its hash covers them. Throws `VeltraniException` when an index is out of range or the
@@ -46,10 +46,10 @@ public:
     MeshScreen(const MeshScreen&) = delete;
     MeshScreen& operator=(const MeshScreen&) = delete;
 
-    /// The hash of a mesh that is read from these bytes: SHA-1 of the bytes and nothing else.
+    /// Returns the hash of a mesh that is read from these bytes: SHA-1 of the bytes and nothing else.
     [[nodiscard]] static std::array<unsigned char, 20> calcUniqueDataHash(const std::string& bytes);
 
-    /// At least one triangle with an area, and all vertices finite.
+    /// Returns true when at least one triangle has an area and all vertices are finite.
     [[nodiscard]] bool isValid() const override;
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const override;
     [[nodiscard]] Point<double, 3> getScreenNormal(const Point<double, 3>& point) const override;
@@ -65,16 +65,16 @@ public:
                                                                          const std::vector<Ray>& centre) const override;
 
     /// Several times as fast as ray by ray when neighbouring rays run close to each other, as those of a channel do,
-    /// and to the last bit the same. A class derived from this one is asked ray by ray, since it may answer
-    /// differently; one that does not calls `intersectAtOnce`.
+    /// and to the last bit the same. For a class derived from this one the rays are cast one by one, since its results
+    /// may differ; a class whose results do not differ calls `intersectAtOnce`.
     void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
 
-    /// The mesh as held.
+    /// Returns the mesh as held.
     [[nodiscard]] const TriangleMesh& mesh() const;
-    /// True when every corner has a texture coordinate.
+    /// Returns true when every corner has a texture coordinate.
     [[nodiscard]] bool isParameterised() const override;
 
-    /// Enough for the search to follow neighbouring rays.
+    /// Returns enough rays for the search to follow neighbouring ones.
     [[nodiscard]] std::size_t raysAtOnce() const override;
     [[nodiscard]] const TriangleMesh* triangleMesh() const override;
     [[nodiscard]] std::wstring faultOfShape() const override;
@@ -90,7 +90,7 @@ protected:
     /// Replaces the mesh and everything derived from it. Throws as the constructor does; the old mesh stays then.
     void setMesh(TriangleMesh mesh, const std::array<unsigned char, 20>& hash);
 
-    /// As `intersectRays`, by this class's own `intersect` and `getScreenNormal`.
+    /// As `intersectRays`, with the results of this class's own `intersect` and `getScreenNormal`.
     void intersectAtOnce(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
 
 private:

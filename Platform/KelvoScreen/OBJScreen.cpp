@@ -17,7 +17,7 @@ namespace {
 
 using Axis = Point<float, 3>;
 
-/// Bytes asked of a stream at a time.
+/// Bytes read from a stream at a time.
 constexpr std::size_t BLOCK_BYTES = 65536;
 
 std::optional<Axis> axisNamed(const std::wstring& name) {
@@ -54,8 +54,8 @@ Matrix<double, 3> widened(const Matrix<float, 4>& transform) {
     return result;
 }
 
-/// The text of a plain string stream from its position on, where it lies; the stream is left at its end. Nothing for
-/// any other stream, whose characters may be made as they are asked for.
+/// Returns the text of a plain string stream from its position on, where it lies; the stream is left at its end.
+/// Returns nothing for any other stream, whose characters may be generated while they are read.
 std::optional<std::string_view> takeInPlace(std::istream& stream) {
     const std::streambuf* const buffer = stream.rdbuf();
     if (typeid(*buffer) != typeid(std::stringbuf)) {
@@ -70,8 +70,8 @@ std::optional<std::string_view> takeInPlace(std::istream& stream) {
     return text.view().substr(static_cast<std::size_t>(position));
 }
 
-/// The rest of a stream of unknown size. Reads through a stream of its own, so that the exceptions that the caller may
-/// have asked for do not replace ours.
+/// Returns the rest of a stream of unknown size. Reads through a stream of its own, so that the exceptions that the
+/// caller may have enabled do not replace ours.
 std::string takeInBlocks(std::istream& stream) {
     std::istream source(stream.rdbuf());
     std::array<char, BLOCK_BYTES> block{};

@@ -7,8 +7,8 @@
 /// A faulty OBJ text: an unreadable or non-finite number, an index of zero or out of range, a face below three corners.
 struct ObjLoadException : std::exception {
     /// @param faultyLine line of the fault, 1 is the first
-    /// @param foundText what stands there, UTF-8, shortened when long
-    /// @param expectedText what should stand there
+    /// @param foundText the text at the fault, UTF-8, shortened when long
+    /// @param expectedText what is expected in its place
     /// @param remedyText what the author of the file can do
     ObjLoadException(std::size_t faultyLine, std::string foundText, std::string expectedText,
                      std::string remedyText = "correct the file, or export it again");

@@ -34,12 +34,12 @@ struct Corner {
     std::uint32_t texture = 0;
 };
 
-/// Corner number i of the polygon that a fan of triangles stands for.
+/// Returns corner number i of the polygon that a fan of triangles stands for.
 std::uint32_t fanCorner(const Triangle* fan, std::size_t i) {
     return i < 2 ? fan[0][i] : fan[i - 2][2];
 }
 
-/// Gives back the room that an estimate took in excess, where that is worth a copy.
+/// Releases the room that an estimate reserved in excess, where that is worth a copy.
 template <class T>
 void trim(std::vector<T>& elements) {
     if (elements.capacity() / 4 * 3 > elements.size()) {
@@ -85,7 +85,7 @@ private:
         }
     }
 
-    /// Reads the numbers of the statement; of more than there is room for only the count is right.
+    /// Reads the numbers of the statement; when there are more than there is room for, only the count is right.
     template <std::size_t N>
     std::size_t readNumbers(std::array<double, N>& numbers) {
         std::size_t count = 0;

@@ -36,10 +36,10 @@ public:
     /// The two rails of the description; null gives a screen that is not valid.
     explicit RuledSurfaceScreen(const IScreenConfig* screen);
 
-    /// The hash of the ruled surface of a description, without building it.
+    /// Returns the hash of the ruled surface of a description, without building it.
     [[nodiscard]] static std::array<unsigned char, 20> calcUniqueDataHash(const IScreenConfig* screen);
 
-    /// Two rails of equally many finite points, at least two, with an area between them.
+    /// Returns true for two rails of equally many finite points, at least two, with an area between them.
     [[nodiscard]] bool isValid() const override;
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const override;
     /// (d/dt) x (d/ds) at the nearest point of the surface or, past its edges, of the continuation there. Zero for a
@@ -50,8 +50,8 @@ public:
     void updateGeometry(const IScreenConfig* screen) override;
     void sampleHorizontally(double y, double xMin, double xMax, int columns, int row, Grid& grid,
                             bool extrapolate) const override;
-    /// The side is told by the normal of the patch that is hit. Far out on the continuation another patch may be nearer
-    /// to the hit, so that `getScreenNormal` there shows another side.
+    /// The side is determined by the normal of the patch that is hit. Far out on the continuation another patch may be
+    /// nearer to the hit, so that `getScreenNormal` there gives another side.
     [[nodiscard]] IntersectionSet intersectExtrapolatedWithSpecifiedNormal(const Point<double, 3>& from,
                                                                            const Point<double, 3>& to,
                                                                            int sign) const override;

@@ -18,15 +18,15 @@ struct ScreenShape {
     /// The hash of that geometry, without making it; null together with `make`.
     std::array<unsigned char, 20> (*hashOf)(const IScreenConfig* screen) = nullptr;
 
-    /// True for the shape that the content mesh of the description gives.
+    /// Returns true for the shape that the content mesh of the description gives.
     [[nodiscard]] bool isReadFromFile() const { return make == nullptr; }
 
     /// Every shape there is. This is the only list of them that knows their classes.
     [[nodiscard]] static std::span<const ScreenShape> all();
 
-    /// The shape of this name; null for a name that no shape has.
+    /// Returns the shape of this name; null for a name that no shape has.
     [[nodiscard]] static const ScreenShape* named(std::wstring_view name);
 
-    /// Whether a description is of a shape that is read from a file; false for null.
+    /// Returns whether a description is of a shape that is read from a file; false for null.
     [[nodiscard]] static bool isReadFromFile(const IScreenConfig* screen);
 };

@@ -12,7 +12,8 @@ using namespace KelvoScreenDetail;
 
 namespace {
 
-/// Rays, and then normals: the processor works at several together, and calls are fewer.
+/// The number of rays, and then of normals, that are calculated together: the processor works at several at once, and
+/// calls are fewer.
 constexpr std::size_t RAYS_AT_ONCE = 128;
 
 SphereNumbers numbersOf(const IScreenConfig* screen) {

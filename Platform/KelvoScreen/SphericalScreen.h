@@ -33,14 +33,14 @@ public:
     SphericalScreen(Point<double, 3> centre, double radius, double azimuthMin, double azimuthMax, double elevationMin,
                     double elevationMax);
 
-    /// The hash of the sphere of a description, without building it.
+    /// Returns the hash of the sphere of a description, without building it.
     [[nodiscard]] static std::array<unsigned char, 20> calcUniqueDataHash(const IScreenConfig* screen);
 
-    /// Finite, with a radius above zero and growing limits.
+    /// Returns true when the numbers are finite, the radius is above zero and the limits grow.
     [[nodiscard]] bool isValid() const override;
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const override;
-    /// Outward at the nearest point of the whole sphere, so that it also holds for hits of the continuation. At the
-    /// centre, to which all points are equally near: forward in the frame of the sphere. Zero for a NaN.
+    /// Points outward at the nearest point of the whole sphere, so that it also holds for hits of the continuation. At
+    /// the centre, to which all points are equally near: forward in the frame of the sphere. Zero for a NaN.
     [[nodiscard]] Point<double, 3> getScreenNormal(const Point<double, 3>& point) const override;
     bool mapInto3D(const Point<double, 2>& st, Point<double, 3>& out, bool extrapolate) const override;
     [[nodiscard]] std::array<unsigned char, 20> getUniqueDataHash() const override;
@@ -52,7 +52,8 @@ public:
                                                                            int sign) const override;
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
-    /// Bit for bit the answers of single rays. A class derived from this one is asked per ray.
+    /// The results are bit for bit those of single rays. For a class derived from this one the rays are cast one by
+    /// one.
     void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
     [[nodiscard]] std::size_t raysAtOnce() const override;
     [[nodiscard]] std::wstring faultOfShape() const override;

@@ -10,7 +10,8 @@
 struct TriangleMesh {
     using Triangle = std::array<std::uint32_t, 3>;
 
-    /// World frame, native units.
+    /// The positions of the vertices, in the frame and the unit of the text where `ObjReader` has filled the mesh, and
+    /// in the world frame and native units in a `MeshScreen`.
     std::vector<Point<double, 3>> vertices;
     /// Indices into `vertices`, counter-clockwise when seen against the normal.
     std::vector<Triangle> triangles;

@@ -17,15 +17,16 @@ namespace KelvoScreenDetail {
 namespace {
 
 /// How far around the border a sheet is fitted, as a part of the diagonal of the mesh. Projectors overshoot by about as
-/// much, and a curvature can be told over a distance as long as that to which it is continued.
+/// much, and a curvature can be determined over a distance as long as that to which it is continued.
 constexpr double FIT_PART = 0.1;
-/// Stretches are so long in terms of the radius to which their sheet was fitted: neighbours share half their points.
+/// The length of a stretch, as a part of the radius to which its sheet was fitted: neighbours share half their points.
 constexpr double REACH_PART = 0.5;
 /// A region may be as large as its error grows to so many times that of the smallest one: more is not noise.
 constexpr double ERROR_GROWTH = 1.5;
 /// ... or to this part of the distance between vertices, which is invisible beside the triangles themselves.
 constexpr double HARMLESS_ERROR = 0.01;
-/// The smallest region tells the noise, so it holds several times as many points as a sheet has freedoms.
+/// The smallest region determines the noise, so it holds several times as many points as a sheet has degrees of
+/// freedom.
 constexpr std::size_t FEWEST_NOISE_POINTS = 40;
 /// More points make a fit slower and no better.
 constexpr std::size_t MOST_FIT_POINTS = 600;
@@ -120,7 +121,7 @@ private:
                norm(seed.place - middle) < seed.stretch.reach;
     }
 
-    /// The cell of a place, moved by some cells; places and moves past the grid are in its outermost cells.
+    /// Returns the cell of a place, moved by some cells; places and moves past the grid are in its outermost cells.
     [[nodiscard]] std::size_t cellOf(const Point<double, 3>& place, const std::array<int, 3>& move) const {
         std::size_t cell = 0;
         for (std::size_t i = 0; i < 3; ++i) {
@@ -151,7 +152,8 @@ private:
         return stretch;
     }
 
-    /// The fit to the largest part of the region that one sheet describes. Each part is half as far as the one before.
+    /// Returns the fit to the largest part of the region that one sheet describes. Each part is half as far as the one
+    /// before.
     [[nodiscard]] std::optional<FittedSheet> bestFit(const Point<double, 3>& middle, double& radius) {
         const Points all = m_region.points();
         const Points smallest = all.first(std::min(all.size(), FEWEST_NOISE_POINTS));
@@ -196,7 +198,7 @@ private:
         return result;
     }
 
-    /// With the corners added to a box around all.
+    /// Returns the triangle along the border, and adds its corners to a box around all.
     [[nodiscard]] BorderTriangle borderTriangle(std::uint32_t triangle, Box& all) const {
         const Corners corners = cornersOf(m_mesh, triangle);
         Box box;
@@ -229,7 +231,8 @@ constexpr double REACH2 = 4;
 /// The distance, in those between vertices, over which a step at the border fades.
 constexpr double FADING = 1;
 
-/// The squared distance of a stretch; never less than its own reach, so that the nearest one does not rule alone.
+/// Returns the squared distance of a stretch; never less than its own reach, so that the nearest one does not decide
+/// alone.
 double distance2(const BorderStretch& stretch, const Point<double, 3>& point) {
     const Point<double, 3> away = point - stretch.sheet.origin;
     return dot(away, away) + stretch.reach * stretch.reach + stretch.bounds.radius * stretch.bounds.radius;
@@ -285,7 +288,7 @@ bool BorderBlend::approach(const BorderStretch& stretch, const Point<double, 3>&
 Point<double, 3> BorderBlend::nearestOnBorder(const Point<double, 3>& point, double& spacing) const {
     Point<double, 3> nearest = point;
     double smallest = Box::INFINITE;
-    // With a good one first, few others need a look at their triangles.
+    // With a good stretch first, the triangles of few others need to be examined.
     const std::uint32_t first = nearestStretch(point);
     (void)approach(m_border.stretches[first], point, nearest, smallest);
     spacing = m_border.stretches[first].spacing;

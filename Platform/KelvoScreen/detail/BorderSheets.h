@@ -11,7 +11,7 @@
 // The continuation of a mesh past its border: the border cut into stretches, each with a sheet, and the sheets blended.
 namespace KelvoScreenDetail {
 
-/// Encloses triangles, so that most need no closer look.
+/// Encloses triangles, so that most need not be examined one by one.
 struct BoundingSphere {
     Point<double, 3> centre;
     double radius = 0;
@@ -43,7 +43,7 @@ struct BorderStretch {
 /// The border of a mesh, cut into stretches, and how the mesh continues at each.
 struct BorderStretches {
     std::vector<BorderTriangle> triangles;
-    /// Those of a face follow each other.
+    /// The stretches of a face follow each other.
     std::vector<BorderStretch> stretches;
 };
 
@@ -55,7 +55,7 @@ struct BorderStretches {
 /// area are left out.
 [[nodiscard]] BorderStretches borderStretches(const TriangleMesh& mesh);
 
-/// Where a ray meets blended sheets.
+/// A point where a ray meets blended sheets.
 struct BlendedHit {
     double tau = 0;
     Point<double, 3> normal;
@@ -71,11 +71,11 @@ struct BlendedHit {
 /// Refers to the stretches, which must stay as they are.
 class BorderBlend {
 public:
-    /// Of the stretches first to last - 1; those whose normal is on the side of `normal` count.
+    /// Blends the stretches first to last - 1; those whose normal is on the side of `normal` count.
     BorderBlend(const BorderStretches& border, std::uint32_t first, std::uint32_t last, const Point<double, 3>& normal)
         : m_border(border), m_first(first), m_last(last), m_normal(normal) {}
 
-    /// Where start + tau direction meets the surface, near a start that is near it; nothing when it passes it.
+    /// Returns where start + tau direction meets the surface, near a start that is near it; nothing when it passes it.
     [[nodiscard]] std::optional<BlendedHit> meet(const Point<double, 3>& start,
                                                  const Point<double, 3>& direction) const;
 

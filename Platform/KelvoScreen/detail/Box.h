@@ -27,7 +27,7 @@ struct Box {
         add(box.lower);
         add(box.upper);
     }
-    /// True inside and on the surface. False for a point that is not a number.
+    /// Returns true inside and on the surface. False for a point that is not a number.
     [[nodiscard]] bool contains(const Point<double, 3>& point) const {
         bool inside = true;
         for (std::size_t i = 0; i < 3; ++i) {
@@ -45,7 +45,7 @@ struct Box {
         const Point<double, 3> size = upper - lower;
         return size[0] * size[1] + size[1] * size[2] + size[2] * size[0];
     }
-    /// The largest absolute coordinate.
+    /// Returns the largest absolute coordinate.
     [[nodiscard]] double largestCoordinate() const;
 
     /// The part of a ray inside the box enlarged by `margin` on all sides: from t = first >= 0 to second. False when

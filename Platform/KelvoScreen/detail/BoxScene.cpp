@@ -12,7 +12,7 @@ namespace KelvoScreenDetail {
 namespace {
 
 /// Nodes of eight boxes, which Embree would use for its own triangles, make rays a fifth faster where the processor can
-/// test eight at once. (The answers are the same: they are decided in double precision.)
+/// test eight at once. (The results are the same: they are decided in double precision.)
 const char* configuration() {
     return __builtin_cpu_supports("avx") != 0 ? "threads=1,object_accel=bvh8.object" : "threads=1";
 }
@@ -39,7 +39,7 @@ struct NarrowRays {
     alignas(64) Row end{};
 };
 
-/// A query as its call-back finds it: Embree hands the context through.
+/// A query as its call-back finds it: Embree passes the context through.
 struct PacketQuery : RTCIntersectContext {
     PacketVisitor* visitor;
     const BoxScene* scene;
@@ -102,7 +102,7 @@ bool isNative(RTCDeviceProperty property) {
     return rtcGetDeviceProperty(embreeDevice(), property) != 0;
 }
 
-/// A bit for each of N numbers, a multiple of four, that is -1 and not 0.
+/// Returns a bit for each of N numbers, a multiple of four, that is -1 and not 0.
 LaneMask validRays(const int* valid, std::size_t count) {
     LaneMask mask = 0;
     for (std::size_t i = 0; i < count; i += 4) {

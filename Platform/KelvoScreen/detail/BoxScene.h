@@ -22,13 +22,13 @@ struct IndexUnits {
     Point<double, 3> centre;
     double perLength = 1;
 
-    /// In this order nothing overflows: a position inside the box is a length like that of the box.
+    /// Evaluated in this order nothing overflows: a position inside the box is a length like that of the box.
     [[nodiscard]] float reach(double t, double lengthPerT) const {
         return static_cast<float>(t * lengthPerT * perLength + 2 * RAY_MARGIN);
     }
 };
 
-/// The one Embree device of the process, made on first use.
+/// Returns the one Embree device of the process, made on first use.
 ///
 /// It runs on the caller's thread alone (`threads=1`; otherwise Embree starts threads of its own), and it is
 /// intentionally never released: releasing a device starts one more thread, and scenes may outlive every static object.
@@ -46,7 +46,7 @@ struct LaneRays {
     Lanes end{};           ///< t up to which triangles matter at first
 };
 
-/// What is told of the triangles that a packet of rays may meet.
+/// Receives the triangles that a packet of rays may meet.
 class PacketVisitor {
 public:
     /// Tests one triangle with some of the lanes. Returns those for which it brought the reach nearer.
@@ -61,14 +61,14 @@ protected:
 /// A scene of boxes, each under the number of the lowest triangle in it; further boxes of a triangle follow behind.
 struct BoxScene {
     RTCScene scene = nullptr;
-    /// For each triangle whether the next one stands in its box as well. (A bit each, which stays in the cache.)
+    /// States for each triangle whether the next one is in its box as well. (A bit each, which stays in the cache.)
     const std::vector<bool>& isPaired;
     /// The triangles of the further boxes.
     const std::vector<std::uint32_t>& furtherOf;
     const IndexUnits& units;
 };
 
-/// Calls `visit` for each triangle in a box of a scene; returns its last answer, combined by `combine` with the first
+/// Calls `visit` for each triangle in a box of a scene; returns its last result, combined by `combine` with the first
 /// where there are two.
 template <class Visit, class Combine>
 auto visitBox(const BoxScene& scene, std::uint32_t box, const Visit& visit, const Combine& combine) {
@@ -84,7 +84,7 @@ auto visitBox(const BoxScene& scene, std::uint32_t box, const Visit& visit, cons
 [[nodiscard]] std::size_t widestPacket();
 
 /// Visits every triangle that one of the lanes may meet, roughly nearest first.
-/// @param width how many rays are handed to Embree at once: not more than `widestPacket`
+/// @param width how many rays are passed to Embree at once: not more than `widestPacket`
 void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor);
 
 /// The part of the intersection call-back of such a scene for packets.

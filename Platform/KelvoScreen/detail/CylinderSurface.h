@@ -35,9 +35,9 @@ public:
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
     /// Hits of the endless cylinder; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersectEndless(const Point<double, 3>& from, const Point<double, 3>& to) const;
-    /// Outward at the nearest point of the endless cylinder; zero for a NaN.
+    /// Returns the outward normal at the nearest point of the endless cylinder; zero for a NaN.
     [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const;
-    /// The point at (s, t); not finite when (s, t) or the result is not.
+    /// Returns the point at (s, t); not finite when (s, t) or the result is not.
     [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
 
 private:
@@ -46,11 +46,11 @@ private:
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
     [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
-    /// A lower bound of the distance from a point to the surface within its limits; may be below zero.
+    /// Returns a lower bound of the distance from a point to the surface within its limits; may be below zero.
     [[nodiscard]] double limitBound(const Point<double, 3>& own) const;
     /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the own frame.
     [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;
-    /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
+    /// Returns the point within the limits nearest to a point, both relative to the centre, in the own frame.
     [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
 
     CylinderNumbers m_numbers;

@@ -15,7 +15,7 @@ bool isDigit(char c) {
 /// Far beyond any exponent of a double, and far from the end of the integer range.
 constexpr std::int64_t EXPONENT_LIMIT = 1'000'000'000;
 
-/// The exponent that a number such as "1.5e-400" ends in; held within the limit.
+/// Returns the exponent that a number such as "1.5e-400" ends in; held within the limit.
 std::int64_t statedExponent(const char* at, const char* last) {
     if (at == last) {
         return 0;
@@ -31,8 +31,8 @@ std::int64_t statedExponent(const char* at, const char* last) {
     return negative ? -exponent : exponent;
 }
 
-/// Whether a number that no double can hold is too near to zero, not too far from it: by the decimal place of its
-/// first significant digit.
+/// Returns whether a number that no double can hold is too near to zero, not too far from it: by the decimal place of
+/// its first significant digit.
 bool isTooNearToZero(const char* first, const char* last) {
     const char* const exponent = std::find_if(first, last, [](char c) { return c == 'e' || c == 'E'; });
     const char* const point = std::find(first, exponent, '.');

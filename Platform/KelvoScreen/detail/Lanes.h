@@ -46,7 +46,7 @@ inline constexpr LaneMask WIDE_BITS = (LaneMask{1} << WIDTH) - 1;
 [[nodiscard, gnu::always_inline]] inline Wide all(double value) {
     return Wide{value, value, value, value};
 }
-/// As `std::min` and `std::max`: the first of two that are equal or not comparable.
+/// Work as `std::min` and `std::max`: they return the first of two that are equal or not comparable.
 [[nodiscard, gnu::always_inline]] inline Wide smaller(Wide a, Wide b) {
     return b < a ? b : a;
 }
@@ -60,25 +60,25 @@ inline constexpr LaneMask WIDE_BITS = (LaneMask{1} << WIDTH) - 1;
 [[nodiscard, gnu::always_inline]] inline Wide squareRoot(Wide a) {
     return Wide{std::sqrt(a[0]), std::sqrt(a[1]), std::sqrt(a[2]), std::sqrt(a[3])};
 }
-/// As `dot`: summed from zero, first component first.
+/// Returns the inner product, as `dot` calculates it: summed from zero, first component first.
 [[nodiscard, gnu::always_inline]] inline Wide innerProduct(Wide ax, Wide ay, Wide az, Wide bx, Wide by, Wide bz) {
     return 0.0 + ax * bx + ay * by + az * bz;
 }
 
-/// A bit for each of four lanes.
+/// Returns a bit for each of four lanes.
 [[nodiscard, gnu::always_inline]] inline LaneMask bitsOf(WideMask mask) {
     const __m128d low = {std::bit_cast<double>(mask[0]), std::bit_cast<double>(mask[1])};
     const __m128d high = {std::bit_cast<double>(mask[2]), std::bit_cast<double>(mask[3])};
     return static_cast<LaneMask>(_mm_movemask_pd(low) | _mm_movemask_pd(high) << 2);
 }
-/// The opposite: `bits` is below 16.
+/// The inverse of `bitsOf`: `bits` is below 16.
 [[nodiscard, gnu::always_inline]] inline WideMask maskOf(LaneMask bits) {
     const WideMask bitOfLane = {1, 2, 4, 8};
     const long long number = bits;
     return (WideMask{number, number, number, number} & bitOfLane) == bitOfLane;
 }
 
-/// The lanes below zero; -0.0 is among them.
+/// Returns the lanes below zero; -0.0 is among them.
 [[nodiscard]] inline LaneMask negativeLanes(const Lanes& lanes) {
     LaneMask mask = 0;
     for (std::size_t i = 0; i < LANES; i += 2) {

@@ -25,7 +25,7 @@ public:
     SheetRay(const Point<double, 3>& from, const RayAim& aim, int side)
         : m_from(from), m_direction(aim.direction), m_length2(aim.length2), m_side(side) {}
 
-    /// Where along the ray it passes a point nearest.
+    /// Returns the place along the ray where it passes a point nearest.
     [[nodiscard]] double nearestTo(const Point<double, 3>& point) const {
         return dot(point - m_from, m_direction) / m_length2;
     }
@@ -60,7 +60,7 @@ private:
 class NearestSheet {
 public:
     NearestSheet(const BorderStretches& border, const SheetRay& ray) : m_border(border), m_ray(ray) {
-        // With a good one first, few others need a look at their triangles.
+        // With a good stretch first, the triangles of few others need to be examined.
         const std::uint32_t first = roughlyNearest();
         if (first < m_border.stretches.size()) {
             visit(first);
@@ -72,7 +72,7 @@ public:
         }
     }
 
-    /// In units of the direction of the aim; negative when no sheet was met.
+    /// The position in units of the direction of the aim; negative when no sheet was met.
     double tau = -1;
     std::uint32_t stretch = 0;
     std::uint32_t triangle = 0;

@@ -25,14 +25,14 @@ public:
     /// Triangles on the border, ascending.
     [[nodiscard]] std::vector<std::uint32_t> triangles() const;
 
-    /// Where the ray meets the continuation at t >= 0 on the given side. Of the points where it meets the sheets of
-    /// the stretches of the border, the one nearest to a triangle of its stretch decides which is meant, among equals
-    /// that of the lowest triangle. The ray misses the mesh itself.
+    /// Returns where the ray meets the continuation at t >= 0 on the given side. Of the points where it meets the
+    /// sheets of the stretches of the border, the one nearest to a triangle of its stretch decides which is meant,
+    /// among equals that of the lowest triangle. The ray misses the mesh itself.
     [[nodiscard]] std::optional<MeshPoint> continuedHit(const Point<double, 3>& from, const Point<double, 3>& to,
                                                         int side) const;
 
 private:
-    /// The stretches of a smooth face: first to last - 1.
+    /// The stretches of a smooth face, from first to last - 1.
     struct Face {
         std::uint32_t first = 0;
         std::uint32_t last = 0;

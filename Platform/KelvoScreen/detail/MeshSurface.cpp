@@ -12,7 +12,7 @@ namespace KelvoScreenDetail {
 namespace {
 
 /// Relative to half the longest side of the mesh. Rays whose rounding is less visit every triangle that they pass
-/// within it, whatever their company: the boxes are enlarged by more.
+/// within it, whichever rays are cast with them: the boxes are enlarged by more.
 constexpr double LARGEST_PACKET_ROUNDING = 1e-7;
 
 /// Relative to the typical size of a triangle. Rays further apart have few boxes in common (measured: from about ten on
@@ -91,7 +91,7 @@ private:
         }
     }
 
-    /// Apart, so that the numbers of all other triangles stay in registers.
+    /// A separate function, so that the numbers of all other triangles stay in registers.
     [[gnu::noinline]] void keepNeedle(const Corners& corners, const Meeting& meeting, std::uint32_t triangle) {
         keepIfSeen(corners, accurateAreaVector(corners), meeting, triangle);
     }

@@ -27,9 +27,9 @@ public:
     /// The vertices that the triangles use must be finite.
     explicit MeshSurface(const TriangleMesh& mesh);
 
-    /// The nearest hit at t >= 0; only hits on a given side (see `sideOfSurface`) when one is wanted. Of hits at the
-    /// same t the one of the lowest triangle. Nothing for a ray that is not finite or has no length, and for triangles
-    /// that the ray sees edge-on.
+    /// Returns the nearest hit at t >= 0; only hits on a given side (see `sideOfSurface`) when one is wanted. Of hits
+    /// at the same t the one of the lowest triangle. Nothing for a ray that is not finite or has no length, and for
+    /// triangles that the ray sees edge-on.
     [[nodiscard]] std::optional<MeshPoint> nearestHit(const Point<double, 3>& from, const Point<double, 3>& to,
                                                       std::optional<int> side) const;
 
@@ -37,8 +37,8 @@ public:
     /// when neighbouring rays run close to each other. `hits` is as long as `rays`.
     void nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
 
-    /// The point of the mesh nearest to a point; of equally near ones that of the lowest triangle. Nothing when no
-    /// triangle has an area or the point is not finite.
+    /// Returns the point of the mesh nearest to a point; of equally near ones that of the lowest triangle. Nothing when
+    /// no triangle has an area or the point is not finite.
     [[nodiscard]] std::optional<MeshPoint> nearestPoint(const Point<double, 3>& point) const;
 
 private:

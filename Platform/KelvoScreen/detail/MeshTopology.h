@@ -15,10 +15,10 @@ namespace KelvoScreenDetail {
 /// them; one of more is neither.
 class MeshTopology {
 public:
-    /// In place of a triangle where there is none.
+    /// Stands for a triangle where there is none.
     static constexpr std::uint32_t NONE = 0xffffffff;
 
-    /// By the sides of a triangle: side i runs from corner i to corner i + 1.
+    /// One neighbour for each side of a triangle: side i runs from corner i to corner i + 1.
     using Neighbours = std::array<std::uint32_t, 3>;
 
     struct BorderEdge {
@@ -29,11 +29,11 @@ public:
     /// Costs about half a second for a million triangles.
     explicit MeshTopology(const TriangleMesh& mesh);
 
-    /// For each vertex the lowest one at the same place.
+    /// Returns for each vertex the lowest one at the same place.
     [[nodiscard]] const std::vector<std::uint32_t>& mergedVertices() const { return m_merged; }
-    /// For each triangle those across its sides, or NONE.
+    /// Returns for each triangle those across its sides, or NONE.
     [[nodiscard]] const std::vector<Neighbours>& neighbours() const { return m_neighbours; }
-    /// By triangle, then side.
+    /// Returns the edges of the border, ordered by triangle, then by side.
     [[nodiscard]] const std::vector<BorderEdge>& border() const { return m_border; }
 
 private:

@@ -21,7 +21,7 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t';
 }
 
-/// The triangles that a face line is cut into: two fewer than it has corners.
+/// Returns the triangles that a face line is cut into: two fewer than it has corners.
 std::size_t trianglesOf(std::string_view line) {
     std::size_t words = 0;
     for (std::size_t i = 1; i < line.size(); ++i) {
@@ -71,7 +71,7 @@ constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 /// Bytes of the text that a message shows at most.
 constexpr std::size_t MAX_QUOTED_BYTES = 60;
 
-/// A piece of text as a message can show it: control characters and bytes outside ASCII as \xNN, cut when long.
+/// Returns a piece of text as a message can show it: control characters and bytes outside ASCII as \xNN, cut when long.
 std::string quoted(std::string_view text) {
     constexpr std::string_view HEX_DIGITS = "0123456789ABCDEF";
     std::string result;

@@ -8,14 +8,14 @@
 #include <string_view>
 #include <vector>
 
-// What the text of an OBJ file is taken apart with: an estimate of its size, a cursor through its words, and the
-// indices of its faces.
+// The tools that parse the text of an OBJ file: an estimate of its size, a cursor through its words, and the indices of
+// its faces.
 namespace KelvoScreenDetail {
 
 /// Roughly how many elements an OBJ text defines, from samples spread over it, so that room for them can be reserved
 /// at once. A short text is counted whole. Never more than the text has room for.
 struct ObjSizeEstimate {
-    /// Looks at no more than a quarter of a megabyte, however long the text is.
+    /// Reads no more than a quarter of a megabyte, however long the text is.
     [[nodiscard]] static ObjSizeEstimate of(std::string_view text);
 
     std::size_t vertices = 0;
@@ -26,21 +26,21 @@ struct ObjSizeEstimate {
 /// A position in OBJ text that knows its line: takes the text apart into statements and their words.
 ///
 /// Lines end in LF, CR or CRLF. Blanks and tabs part the words. A `#` starts a comment, anywhere; the comment ends with
-/// its line. A backslash right before the end of a line continues the statement on the next one, between two words,
-/// and does nothing in a comment. A byte-order mark of UTF-8 at the start is passed over.
+/// its line. A backslash right before the end of a line continues the statement on the next one, between two words, and
+/// does nothing in a comment. A byte-order mark of UTF-8 at the start is skipped.
 ///
-/// The text is only looked at, never copied; it must outlive the cursor. Faults throw `ObjLoadException` with the line
-/// of the word that they are about.
+/// The text is only read, never copied; it must outlive the cursor. Faults throw `ObjLoadException` with the line of
+/// the word that they are about.
 class ObjCursor {
 public:
     explicit ObjCursor(std::string_view text);
 
-    /// The line of the current position; 1 is the first.
+    /// Returns the line of the current position; 1 is the first.
     [[nodiscard]] std::size_t line() const { return m_line; }
 
     /// Goes to the first word of the next statement that is not empty; false at the end of the text.
     [[nodiscard]] bool findStatement();
-    /// The first word of the statement; goes past it. Throws when there is a NUL byte in it: that is no text.
+    /// Returns the first word of the statement; goes past it. Throws when there is a NUL byte in it: that is no text.
     [[nodiscard]] std::string_view takeKeyword();
     /// Goes past the rest of the statement and its line end. Throws when there is a NUL byte in it.
     void skipStatement();
@@ -50,17 +50,18 @@ public:
     /// Takes the word, which must be a finite number with a decimal point or none. Throws when it is not.
     [[nodiscard]] double takeNumber();
 
-    /// Takes the whole number that the rest of the word starts with. Beyond 2^40 it is some number beyond 2^40. Throws
-    /// when no digit is there.
+    /// Takes the whole number that the rest of the word starts with. A number beyond 2^40 is returned as some number
+    /// beyond 2^40. Throws when no digit is there.
     [[nodiscard]] std::int64_t takeIndex();
     /// Takes this character if it comes next.
     [[nodiscard]] bool take(char c);
     /// Throws unless the word ends here.
     void requireWordEnd() const;
 
-    /// Throws what stands in the current word against what should stand there, and the remedy.
+    /// Throws a fault with the text of the current word, what is expected in its place, and the remedy.
     [[noreturn]] void failWord(std::string expected, std::string remedy) const;
-    /// Throws what stands in the current statement against what should stand there, with the line that it starts on.
+    /// Throws a fault with the text of the current statement, what is expected in its place, and the line that it
+    /// starts on.
     [[noreturn]] void failStatement(std::string expected, std::string remedy) const;
 
 private:
@@ -144,9 +145,9 @@ inline void ObjCursor::requireWordEnd() const {
 
 /// The elements of one kind (vertices, texture coordinates or normals) of an OBJ text, as its faces refer to them.
 ///
-/// Positive indices count from the first element of the whole text, which is 1, so that a face may stand before the
-/// elements that it refers to; whether they exist is known at the end of the text. Negative ones count back from the
-/// last element that stands before the face.
+/// Positive indices count from the first element of the whole text, which is 1, so that a face may precede the elements
+/// that it refers to; whether they exist is known at the end of the text. Negative ones count back from the last
+/// element that precedes the face.
 class ObjIndices {
 public:
     /// @param kind what a message calls one element
@@ -156,8 +157,8 @@ public:
     void define() { ++m_count; }
     [[nodiscard]] std::size_t count() const { return m_count; }
 
-    /// The element, counted from 0, behind an index as the text has it. Throws `ObjLoadException` for the word that
-    /// the cursor is in when the index is 0 or out of range.
+    /// Returns the element, counted from 0, behind an index as the text has it. Throws `ObjLoadException` for the word
+    /// that the cursor is in when the index is 0 or out of range.
     [[nodiscard]] std::uint32_t resolve(std::int64_t index, const ObjCursor& cursor) {
         if (index > 0 && static_cast<std::uint64_t>(index) <= m_count && index <= MAX_INDEX) {
             return static_cast<std::uint32_t>(index - 1);
@@ -165,7 +166,8 @@ public:
         return resolveUnusual(index, cursor);
     }
 
-    /// At the end of the text: throws `ObjLoadException` with its line for the first index past the last element.
+    /// To be called at the end of the text: throws `ObjLoadException` with its line for the first index past the last
+    /// element.
     void requireAllDefined() const;
 
 private:

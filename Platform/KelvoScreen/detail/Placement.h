@@ -4,10 +4,10 @@
 
 namespace KelvoScreenDetail {
 
-/// Where the own frame of a shape stands in the world: its centre and its orientation.
+/// The place of the own frame of a shape in the world: its centre and its orientation.
 class Placement {
 public:
-    /// At the origin, unrotated.
+    /// The placement at the origin, unrotated.
     Placement() = default;
     /// @param angles about Z (sign reversed), X and Y, radians, as `Veltrani::rotationZXY` takes them
     Placement(const Point<double, 3>& centre, const Point<double, 3>& angles)
@@ -30,7 +30,7 @@ private:
     Point<double, 3> m_centre;
     Matrix<double, 3> m_world_from_own;
     Matrix<double, 3> m_own_from_world;
-    bool m_isTurned = false;  ///< most displays are not: worth a look for every ray
+    bool m_isTurned = false;  ///< most displays are not: worth a test for every ray
 };
 
 }  // namespace KelvoScreenDetail

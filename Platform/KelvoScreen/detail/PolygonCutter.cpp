@@ -15,14 +15,14 @@ double doubleArea(const P2& a, const P2& b, const P2& c) {
     return (b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0]);
 }
 
-/// Whether p lies in a counter-clockwise triangle or on its edge, but not on one of its corners: the two sides of a
-/// slit that leads to a hole share their corners without covering each other.
+/// Returns whether p lies in a counter-clockwise triangle or on its edge, but not on one of its corners: the two sides
+/// of a slit that leads to a hole share their corners without covering each other.
 bool isCovered(const P2& p, const P2& a, const P2& b, const P2& c) {
     return doubleArea(a, b, p) >= 0 && doubleArea(b, c, p) >= 0 && doubleArea(c, a, p) >= 0 && !(p == a) && !(p == b) &&
            !(p == c);
 }
 
-/// The normal of a polygon that need be neither planar nor convex; its length is twice the area.
+/// Returns the normal of a polygon that need be neither planar nor convex; its length is twice the area.
 P3 newellNormal(std::span<const P3> corners) {
     P3 normal;
     for (std::size_t i = 2; i < corners.size(); ++i) {
@@ -31,8 +31,8 @@ P3 newellNormal(std::span<const P3> corners) {
     return normal;
 }
 
-/// The corners relative to the first one and scaled by a power of two, exactly, to about 1, so that neither very large
-/// nor very small polygons leave the range of a double.
+/// Returns the corners relative to the first one and scaled by a power of two, exactly, to about 1, so that neither
+/// very large nor very small polygons leave the range of a double.
 std::vector<P3> normalised(std::span<const P3> corners) {
     std::vector<P3> result(corners.begin(), corners.end());
     double extent = 0;
@@ -47,8 +47,8 @@ std::vector<P3> normalised(std::span<const P3> corners) {
     return result;
 }
 
-/// Whether the diagonal from corner 0 to corner 2 cuts the quadrilateral into two triangles of its own winding, or the
-/// other diagonal does no better.
+/// Returns whether the diagonal from corner 0 to corner 2 cuts the quadrilateral into two triangles of its own winding,
+/// or the other diagonal does no better.
 bool isCutFromFirstCorner(std::span<const P3> corners) {
     const P3 normal = cross(corners[2] - corners[0], corners[3] - corners[1]);
     const auto keepsWinding = [&](int a, int b, int c) {
@@ -154,7 +154,7 @@ bool PolygonCutter::clipEars() {
     return m_cornersLeft <= 3;
 }
 
-/// A corner whose triangle has no area, such as the tip of a spike; the current one when there is none.
+/// Returns a corner whose triangle has no area, such as the tip of a spike; the current one when there is none.
 std::uint32_t PolygonCutter::findFlatCorner() {
     spend(m_cornersLeft);
     std::uint32_t corner = m_current;
@@ -182,7 +182,7 @@ void PolygonCutter::clip(std::uint32_t corner) {
     }
 }
 
-/// A triangle that holds any corner holds one that does not bulge outwards, so that only those are looked at.
+/// A triangle that holds any corner holds one that does not bulge outwards, so that only those are tested.
 bool PolygonCutter::isEar(std::uint32_t corner) {
     spend(1);
     if (m_hollowPlace[corner] != NOWHERE) {

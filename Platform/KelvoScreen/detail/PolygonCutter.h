@@ -16,8 +16,9 @@ namespace KelvoScreenDetail {
 /// corner that bulges outwards and whose triangle holds no other corner. A quadrilateral is cut along the diagonal from
 /// its first corner unless only the other one lies inside.
 ///
-/// n corners always give n - 2 triangles with the winding of the polygon, and equal polygons equal triangles. A polygon
-/// that crosses itself or has no area has no right answer: it is cut into some n - 2 triangles of its corners.
+/// n corners always give n - 2 triangles with the winding of the polygon, and equal polygons equal triangles. For a
+/// polygon that crosses itself or has no area there is no correct result: it is cut into some n - 2 triangles of its
+/// corners.
 ///
 /// The time is proportional to the number of corners times the number of those that do not bulge outwards. The steps
 /// of all polygons together are limited, so that a hostile file cannot keep the caller waiting.
@@ -32,8 +33,8 @@ public:
     /// @param maxSteps corner tests for all polygons together
     explicit PolygonCutter(std::size_t maxSteps = DEFAULT_MAX_STEPS) : m_stepsLeft(maxSteps) {}
 
-    /// The triangles of a polygon of three corners or more, valid until the next call. Empty when the steps are used
-    /// up.
+    /// Returns the triangles of a polygon of three corners or more, valid until the next call. Empty when the steps are
+    /// used up.
     [[nodiscard]] std::span<const Triangle> cut(std::span<const Point<double, 3>> corners);
 
 private:

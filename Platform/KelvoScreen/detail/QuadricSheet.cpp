@@ -19,10 +19,10 @@ constexpr int MOST_ROUNDS = 40;
 /// The change of all coefficients, those of lengths in units of the radius, below which no further round is needed.
 constexpr double SETTLED = 1e-13;
 
-/// The same change after the last round, above which the fit does not tell what the surface is.
+/// The same change after the last round, above which the fit does not determine the surface.
 constexpr double UNSETTLED = 1e-2;
 
-/// Information per point about a curvature, in units of the radius, that is too little to tell it: that of a strip
+/// Information per point about a curvature, in units of the radius, that is too little to determine it: that of a strip
 /// about a tenth as wide as long. (A half disc has 1e-3, a disc 1e-2.)
 constexpr double LEAST_INFORMATION = 2e-6;
 /// The same for a slope: that of points on a line.
@@ -57,8 +57,8 @@ struct Coefficients {
     double xy = 0;
     double yy = 0;
 
-    /// The curvature across for which spheres and cylinders come out exact: (p^3 + q^3) / (p^2 + q^2) of the principal
-    /// curvatures p and q.
+    /// Returns the curvature across for which spheres and cylinders come out exact: (p^3 + q^3) / (p^2 + q^2) of the
+    /// principal curvatures p and q.
     [[nodiscard]] double across() const {
         const double squares = xx * xx + 2 * xy * xy + yy * yy;
         return squares > 0 ? (xx * xx * xx + 3 * xy * xy * (xx + yy) + yy * yy * yy) / squares : 0;
@@ -81,7 +81,7 @@ public:
         m_bentSide += z * bent;
     }
 
-    /// False when the points do not spread in two directions.
+    /// Returns false when the points do not spread in two directions.
     [[nodiscard]] bool solve(double count, Coefficients& out) const {
         if (!(Eigen::SelfAdjointEigenSolver<Matrix3>(m_flat, Eigen::EigenvaluesOnly).eigenvalues()[0] >
               LEAST_SPREAD * count)) {
@@ -166,7 +166,8 @@ Frame turned(const Frame& frame, const Coefficients& c, double radius) {
     return {frame.origin + (c.height * radius) * frame.z, frame.z - c.slopeX * frame.x - c.slopeY * frame.y};
 }
 
-/// The plane of the points when they lie in one. It takes two rounds, since the first one rounds in a tilted frame.
+/// Returns the plane of the points when they lie in one. It takes two rounds, since the first one rounds in a tilted
+/// frame.
 std::optional<QuadricSheet> fitPlane(std::span<const Point<double, 3>> points, Frame frame, double radius,
                                      double noise) {
     Coefficients c;

@@ -37,9 +37,9 @@ struct QuadricSheet {
 
     [[nodiscard]] bool isPlane() const { return bend == SymmetricMatrix{}; }
     [[nodiscard]] double height(const Point<double, 3>& point) const;
-    /// Along the normal at a point of the surface.
+    /// Returns the gradient of the height, which lies along the normal at a point of the surface.
     [[nodiscard]] Point<double, 3> gradient(const Point<double, 3>& point) const;
-    /// The heights along point + tau direction.
+    /// Returns the heights along point + tau direction.
     [[nodiscard]] AlongRay alongRay(const Point<double, 3>& point, const Point<double, 3>& direction) const;
 };
 
@@ -70,7 +70,7 @@ inline constexpr std::size_t FEWEST_FIT_POINTS = 9;
 /// decides how they continue. A curvature across which the points do not extend, as the one across a narrow strip, is
 /// zero.
 ///
-/// Nothing for fewer points than `FEWEST_FIT_POINTS`, and when they do not spread in two directions.
+/// Returns nothing for fewer points than `FEWEST_FIT_POINTS`, and when they do not spread in two directions.
 ///
 /// @param radius the distance of the farthest point from the origin
 /// @param noise heights up to this are those of a plane

@@ -6,8 +6,7 @@
 #include <cmath>
 #include <cstddef>
 
-// A ray as round shapes look at it: its direction, of a length that can be squared, and its chord through a ball or
-// circle.
+// A ray as round shapes use it: its direction, of a length that can be squared, and its chord through a ball or circle.
 namespace KelvoScreenDetail {
 
 /// The direction of a ray, of a length whose square neither overflows nor vanishes.
@@ -19,11 +18,11 @@ struct RayAim {
         }
     }
 
-    /// False for a ray of length zero and for one that is not finite.
+    /// Returns false for a ray of length zero and for one that is not finite.
     [[nodiscard]] bool isUsable() const { return length2 > 0; }
 
-    /// The position on the ray of a t in units of `direction`; not finite where a double cannot hold it. The start is 0
-    /// for every ray.
+    /// Returns the position on the ray of a t in units of `direction`; not finite where a double cannot hold it. The
+    /// start is 0 for every ray.
     [[nodiscard]] double positionOf(double t) const { return t == 0 ? 0.0 : t * scale; }
 
     /// `to - from`, scaled when that is extremely short or long.
@@ -40,12 +39,12 @@ private:
 
     explicit RayAim(const Point<double, 3>& unscaled) : direction(unscaled), length2(0) {}
 
-    /// By value: an object that a function elsewhere may change does not stay in registers.
+    /// Passed by value: an object that a function elsewhere may change does not stay in registers.
     [[nodiscard]] static RayAim rescaled(Point<double, 3> direction);
 };
 
-/// Where a ray passes the surface of a ball (N = 3) or a circle (N = 2) around the origin: none, one or two ends of the
-/// chord, nearest first, only at t >= 0.
+/// The points where a ray passes the surface of a ball (N = 3) or a circle (N = 2) around the origin: none, one or two
+/// ends of the chord, nearest first, only at t >= 0.
 template <std::size_t N>
 struct Chord {
     struct End {
@@ -66,13 +65,13 @@ struct Chord {
 /// Outside these bounds the terms of a discriminant may have left the range of a double.
 inline constexpr double SMALLEST_DISCRIMINANT = 1e-250;
 inline constexpr double LARGEST_DISCRIMINANT = 1e300;
-/// A discriminant is known to this part of the squares that enter it; generous.
+/// A discriminant is known to this part of the squares that enter it; a generous bound.
 inline constexpr double DISCRIMINANT_NOISE = 1e-14;
 /// Up to four radii from the centre the textbook formula loses no more than a digit.
 inline constexpr double NEAR = 16;
 
-/// For any line; see `visitChord`. The line is taken by value: what a function elsewhere may look at would have to
-/// stand in memory for all rays.
+/// Returns the chord of any line; see `visitChord`. The line is passed by value: an object that a function elsewhere
+/// may read would have to be in memory for all rays.
 ///
 /// Both ends are built from the point of the line that is nearest to the centre. That point is at right angles to the
 /// direction, so neither end suffers from the cancellation of the textbook formula, however far away the ray starts.
@@ -90,7 +89,7 @@ template <std::size_t N>
     Chord<N> chord;
     const double distance2 = dot(nearest, nearest);
     if (!std::isfinite(distance2)) {
-        return chord;  // too far away to be told from anything, whatever the tolerance
+        return chord;  // too far away to be distinguished from anything, whatever the tolerance
     }
     const double halfSquare = radius * radius - distance2;
     if (!(halfSquare > 0)) {
@@ -124,7 +123,7 @@ template <std::size_t N>
 
 /// Visits the ends of a chord, nearest first, as `visit(place, t)`.
 ///
-/// Within `tolerance` (a length) the answer is in favour of a hit: a line that misses by less touches the surface in
+/// Within `tolerance` (a length) the decision is in favour of a hit: a line that misses by less touches the surface in
 /// one point, and an origin that is off the surface by less lies on it, at t = 0.
 ///
 /// @param radius above zero
@@ -145,7 +144,7 @@ void visitChord(const Point<double, N>& origin, const Point<double, N>& directio
     if (isOutside) {
         const bool leadsAway = towards < 0;
         const bool isMiss = discriminant < -noise;
-        // Either is as good as random, both together are less so: one branch.
+        // Each condition is practically random, both together are less so: one branch tests both.
         if (static_cast<int>(leadsAway) + static_cast<int>(isMiss) != 0) {
             return;
         }

@@ -82,7 +82,7 @@ void RayPacket::take(std::span<const Ray> rays) {
     }
 }
 
-/// Lanes without a ray repeat the last one.
+/// Reads the rays into lanes; lanes without a ray repeat the last one.
 void RayPacket::read(std::span<const Ray> rays) {
     for (std::size_t i = 0; i < LANES; ++i) {
         const auto& [from, to] = rays[std::min(i, rays.size() - 1)];
@@ -160,7 +160,7 @@ void RayPacket::chooseAxis() {
     m_active &= same;
 }
 
-/// Lanes that are not active repeat the first active one where all lanes are looked at together.
+/// Lanes that are not active repeat the first active one where all lanes are processed together.
 void RayPacket::fillInactive() {
     const auto any = static_cast<std::size_t>(std::countr_zero(m_active));
     forEachLane(m_active ^ ALL_LANES, [&](std::size_t i) {

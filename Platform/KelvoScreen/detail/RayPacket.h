@@ -13,7 +13,7 @@
 
 namespace KelvoScreenDetail {
 
-/// A mesh as a packet of rays needs to know it.
+/// What a packet of rays needs to know of a mesh.
 struct PacketTarget {
     const TriangleMesh& mesh;
     const TriangleShapes& shapes;
@@ -26,32 +26,32 @@ struct PacketTarget {
 
 /// Up to sixteen rays, and the nearest hit of each so far.
 ///
-/// Every ray gets the answer of a single search, to the last bit: the arithmetic is that of `Box::clip`, of `RayProbe`
+/// Every ray gets the result of a single search, to the last bit: the arithmetic is that of `Box::clip`, of `RayProbe`
 /// and of the collector of single hits, operation by operation, four rays at a time. What is rare, a ray that touches
 /// an edge or a corner or sees no more of a triangle than a needle, is left to `RayProbe` itself.
 ///
-/// Rays are refused, to be asked one by one, when they are unusual (parallel to an axis, extremely long or short, not
+/// Rays are refused, to be cast one by one, when they are unusual (parallel to an axis, extremely long or short, not
 /// finite, from far away), when they run most along another axis than the first one, and all of them when they have so
-/// little in common that company would cost time.
+/// little in common that a packet would cost time.
 class RayPacket final : public PacketVisitor {
 public:
-    /// Empty. Refers to the target.
+    /// An empty packet. Refers to the target.
     explicit RayPacket(const PacketTarget& target) : m_target(target) {}
 
-    /// Takes between one and `LANES` rays in place of those before; ray i stands in lane i.
+    /// Takes between one and `LANES` rays in place of those before; ray i is in lane i.
     void take(std::span<const Ray> rays);
 
-    /// Lanes of rays that must be asked one by one.
+    /// Lanes of rays that must be cast one by one.
     [[nodiscard]] LaneMask refused() const { return m_refused; }
     /// Lanes of rays that come near the mesh; those in neither mask miss it.
     [[nodiscard]] LaneMask active() const { return m_active; }
-    /// The rays, from where they come near the mesh.
+    /// Returns the rays, from where they come near the mesh.
     [[nodiscard]] const LaneRays& rays() const { return m_rays; }
 
     LaneMask visit(std::uint32_t triangle, LaneMask lanes) override;
     [[nodiscard]] const Lanes& reach() const override { return m_reach; }
 
-    /// Writes the answers of all lanes that were not refused. `hits` is as long as the rays taken.
+    /// Writes the results of all lanes that were not refused. `hits` is as long as the rays taken.
     void finish(std::span<SurfaceHit> hits);
 
 private:
@@ -94,7 +94,7 @@ private:
     Lanes m_axis{};
     Lanes m_rounding{};  ///< length that rounding the coordinates of ray and mesh can make
     Lanes m_earliest{};  ///< t before which a hit is behind the origin
-    Lanes m_skipped{};   ///< t at which the origin of `m_rays` stands on the ray as given
+    Lanes m_skipped{};   ///< t of the origin of `m_rays` on the ray as given
     Lanes m_shearX{}, m_shearY{}, m_perDepth{};
     Lanes m_reach{};     ///< t of the nearest hit, as are the following
     Lanes m_triangle{};  ///< -1 while there is none

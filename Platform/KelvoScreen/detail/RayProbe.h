@@ -10,17 +10,17 @@
 
 namespace KelvoScreenDetail {
 
-/// The axis of the largest component: a direction runs most along it.
+/// Returns the axis of the largest component: a direction runs most along it.
 [[nodiscard]] std::size_t largestAxis(const Point<double, 3>& direction);
 
-/// False when a ray sees a triangle edge-on: it then runs along the triangle and has no hit.
+/// Returns false when a ray sees a triangle edge-on: it then runs along the triangle and has no hit.
 /// @param heading the direction, scaled so that it can be squared
 [[nodiscard]] inline bool isSeen(const Point<double, 3>& heading, const Point<double, 3>& area) {
     const double along = dot(heading, area);
     return along * along > ROUNDING * ROUNDING * (dot(area, area) * dot(heading, heading));
 }
 
-/// Where a ray meets a triangle.
+/// A point where a ray meets a triangle.
 struct Meeting {
     double t = 0;                     ///< in units of the ray's direction; may be negative
     std::array<double, 3> weights{};  ///< barycentric weights of the point, each within [0, 1]
@@ -50,7 +50,7 @@ public:
     /// @param longestEdge no edge of the triangles is longer
     RayProbe(const Point<double, 3>& origin, const Point<double, 3>& direction, double tolerance, double longestEdge);
 
-    /// False when the ray misses the triangle or sees it edge-on.
+    /// Returns false when the ray misses the triangle or sees it edge-on.
     [[nodiscard]] bool meets(const Point<double, 3>& a, const Point<double, 3>& b, const Point<double, 3>& c,
                              Meeting& meeting) const {
         const std::array<Flat, 3> flat{flatten(a), flatten(b), flatten(c)};

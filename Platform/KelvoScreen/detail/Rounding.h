@@ -15,14 +15,14 @@ namespace KelvoScreenDetail {
 inline constexpr double ROUNDING = 16 * std::numeric_limits<double>::epsilon();
 
 /// A round shape must be this much larger than the rounding of its centre: a ray that starts at the centre of a smaller
-/// one cannot be told from one that starts on the surface.
+/// one cannot be distinguished from one that starts on the surface.
 inline constexpr double SMALLEST_IN_ROUNDINGS = 8;
 
 /// How far outside its range a normalised 2D screen coordinate still counts as the edge. The row formulas of the grids
 /// end up to a few last bits above 1, and mapped coordinates come out of single precision in some files.
 inline constexpr double PARAMETER_TOLERANCE = 1e-9;
 
-/// The largest absolute component: the size to which the rounding of the others is compared.
+/// Returns the largest absolute component: the size to which the rounding of the others is compared.
 [[nodiscard]] inline double largestComponent(const Point<double, 3>& point) {
     return std::max({std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
 }

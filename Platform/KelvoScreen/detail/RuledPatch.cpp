@@ -173,7 +173,7 @@ bool RuledPatch::moveToTip(const Line& line, double tolerance, double reach, Pat
         if (alongEdge(v) != Point<double, 3>{}) {
             continue;
         }
-        // Not by interpolation, which rounds in another way in every patch.
+        // The tip is not interpolated, which would round in another way in every patch.
         PatchMeeting tip{{meeting.place.u, v}, v == 0 ? m_lower[0] : m_upper[0], 0};
         const Point<double, 3> connection = tip.point - line.origin;
         tip.along = dot(connection, line.direction);
@@ -288,7 +288,8 @@ PatchPlace RuledPatch::closest(const Point<double, 3>& point, double touching) c
 }
 
 bool RuledPatch::liesOn(const Point<double, 3>& point, double touching, PatchPlace& place) const {
-    // A line through the point meets the patch there and at one more place at most. Steep enough, it tells exactly.
+    // A line through the point meets the patch there and at one more place at most. When it is steep enough, it decides
+    // exactly.
     for (const PatchPlace& about : {PatchPlace{0.5, 0.5}, PatchPlace{0.1, 0.1}, PatchPlace{0.9, 0.1}}) {
         std::array<PatchMeeting, 2> meetings;
         const std::size_t count = meet({point, normalAt(about)}, PatchRange{}, touching, meetings);

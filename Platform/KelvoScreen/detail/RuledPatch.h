@@ -31,7 +31,7 @@ struct Line {
     Point<double, 3> direction;  ///< unit
 };
 
-/// Where a line meets a patch.
+/// A point where a line meets a patch.
 struct PatchMeeting {
     PatchPlace place;
     Point<double, 3> point;
@@ -52,13 +52,13 @@ public:
     /// (d/dv) x (d/du), of unit length: upwards x to the right. At a corner where the patch shrinks to a point, the
     /// normal beside it; zero where there is none at all.
     [[nodiscard]] Point<double, 3> normalAt(const PatchPlace& place) const;
-    /// False when all of the patch is one line or one point, to rounding.
+    /// Returns false when all of the patch is one line or one point, to rounding.
     [[nodiscard]] bool hasArea() const;
 
-    /// False when the line passes the patch (not its continuation) at more than `tolerance`.
+    /// Returns false when the line passes the patch (not its continuation) at more than `tolerance`.
     [[nodiscard]] bool mayMeet(const Line& line, double tolerance) const;
-    /// The places in the range that the line passes within `tolerance`, at most two, in no order; their number is
-    /// returned. A line that lies in the patch, to rounding, does not meet it.
+    /// Returns the places in the range that the line passes within `tolerance`, at most two, in no order; their number
+    /// is returned. A line that lies in the patch, to rounding, does not meet it.
     [[nodiscard]] std::size_t meet(const Line& line, const PatchRange& range, double tolerance,
                                    std::array<PatchMeeting, 2>& meetings) const;
 
@@ -67,11 +67,12 @@ public:
     /// meeting.
     [[nodiscard]] bool moveToTip(const Line& line, double tolerance, double reach, PatchMeeting& meeting) const;
 
-    /// A lower bound of the distance from a point to the patch.
+    /// Returns a lower bound of the distance from a point to the patch.
     [[nodiscard]] double distanceBound(const Point<double, 3>& point) const;
-    /// The place on the patch nearest to a point; the first one found when it is no further away than `touching`.
+    /// Returns the place on the patch nearest to a point; the first one found when it is no further away than
+    /// `touching`.
     [[nodiscard]] PatchPlace closest(const Point<double, 3>& point, double touching) const;
-    /// From a place near the answer, the place in the range where the distance to the point is smallest.
+    /// Finds, from a place near the result, the place in the range where the distance to the point is smallest.
     [[nodiscard]] PatchPlace refineClosest(const Point<double, 3>& point, PatchPlace start,
                                            const PatchRange& range) const;
 
@@ -81,12 +82,13 @@ private:
     [[nodiscard]] Point<double, 3> alongEdge(double v) const;
     /// Completes a meeting at its place; false when the line passes it at more than the tolerance.
     [[nodiscard]] bool passes(const Line& line, double tolerance, PatchMeeting& meeting) const;
-    /// From a root u, the place of the range that the line passes nearest; false when there is none near.
+    /// Finds, from a root u, the place of the range that the line passes nearest; returns false when there is none
+    /// near.
     [[nodiscard]] bool place(const Line& line, double root, const PatchRange& range, PatchPlace& out) const;
     [[nodiscard]] double improvedRoot(const Line& line, double root) const;
     /// Sets v to where the line passes the ruling of u; false when the two are parallel.
     [[nodiscard]] bool passRuling(const Line& line, PatchPlace& place) const;
-    /// Past the end of a ruling: sets u to where the line passes the edge of v.
+    /// Used past the end of a ruling: sets u to where the line passes the edge of v.
     void passEdge(const Line& line, const PatchRange& range, PatchPlace& place) const;
     [[nodiscard]] double distance2(const Point<double, 3>& point, const PatchPlace& place) const;
     [[nodiscard]] double closestOnRuling(const Point<double, 3>& point, double u, const PatchRange& range) const;
@@ -94,14 +96,14 @@ private:
     [[nodiscard]] bool liesOn(const Point<double, 3>& point, double touching, PatchPlace& place) const;
     /// How the distance to the rulings changes at u, in parts of the distance.
     [[nodiscard]] double slopeAcross(const Point<double, 3>& point, double u, const PatchRange& range) const;
-    /// The ruling between two where that slope turns from falling to rising.
+    /// Returns the ruling between two where that slope turns from falling to rising.
     [[nodiscard]] double turnOfSlope(const Point<double, 3>& point, double falling, double rising,
                                      const PatchRange& range) const;
     [[nodiscard]] double closestOnRow(const Point<double, 3>& point, double v, const PatchRange& range) const;
     /// @param twistWeight 1 for Newton's step, 0 for one that leaves the twist out
     [[nodiscard]] PatchPlace newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range,
                                         double twistWeight) const;
-    /// A place that is nearer than `from`, unless `from` is a minimum.
+    /// Returns a place that is nearer than `from`, unless `from` is a minimum.
     [[nodiscard]] PatchPlace descend(const Point<double, 3>& point, const PatchPlace& from,
                                      const PatchRange& range) const;
 

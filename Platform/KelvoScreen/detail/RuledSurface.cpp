@@ -16,7 +16,7 @@ namespace KelvoScreenDetail {
 
 namespace {
 
-/// How far the surface goes on past its edges, in widths and heights of the patch there. Further out the coordinates
+/// How far the surface continues past its edges, in widths and heights of the patch there. Further out the coordinates
 /// of a twisted patch have no digits left.
 constexpr double CONTINUATION = 1e6;
 /// The error of a point of a patch, in units of ROUNDING: it takes more operations than those of the other shapes.
@@ -57,7 +57,7 @@ public:
     }
 
     [[nodiscard]] bool isEmpty() const { return m_hits.empty(); }
-    /// Once, at the end.
+    /// Moves the hits out; to be called once, at the end.
     [[nodiscard]] IntersectionSet takeHits() { return std::move(m_hits); }
 
 private:
@@ -80,7 +80,7 @@ private:
         }
     }
 
-    /// True when this very point, a tip that several patches have in common, is a hit already.
+    /// Returns true when this very point, a tip that several patches have in common, is a hit already.
     [[nodiscard]] bool isHit(const Point<double, 3>& point) const {
         for (std::size_t i = 0; i < m_hits.size(); ++i) {
             if (m_hits[i].point == m_surface.m_centre + point) {
@@ -90,7 +90,7 @@ private:
         return false;
     }
 
-    /// True for a meeting on the ruling that two patches have in common, when the other one has reported it.
+    /// Returns true for a meeting on the ruling that two patches have in common, when the other one has reported it.
     [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
         const bool isLast = patch + 1 == m_surface.m_patches.size();
         return (m_previous.patch + 1 == patch && repeats(m_previous, meeting, cosine)) ||
@@ -186,7 +186,7 @@ std::vector<std::size_t> RuledSurface::rulings(double dust) const {
             kept.push_back(i);
         }
     }
-    // The surface ends at the last points exactly: it is those before them that give way.
+    // The surface ends exactly at the last points: those before them are removed.
     while (kept.size() > 1 && !(widthBetween(kept.back(), last) > dust)) {
         kept.pop_back();
     }
@@ -301,7 +301,7 @@ Point<double, 3> RuledSurface::normal(const Point<double, 3>& point) const {
 }
 
 std::size_t RuledSurface::nearestPatch(const Point<double, 3>& point, PatchPlace& place) const {
-    // A likely one first: most others are out of question then.
+    // A likely patch comes first: most others are excluded then.
     std::size_t nearest = 0;
     double leastBound = std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < m_patches.size(); ++i) {
@@ -339,7 +339,7 @@ bool RuledSurface::pointAt(double s, double t, Point<double, 3>& out) const {
     if (!(place.u >= range.uMin && place.u <= range.uMax && t >= range.vMin && t <= range.vMax)) {
         return false;
     }
-    // From the rails themselves, not relative to the centre: their points are mapped to the last bit.
+    // Calculated from the rails themselves, not relative to the centre: their points are mapped to the last bit.
     const auto onRail = [&](const std::vector<Point<double, 3>>& rail) {
         return (1 - place.u) * rail[m_rulings[patch]] + place.u * rail[m_rulings[patch + 1]];
     };

@@ -23,7 +23,7 @@ public:
 
     [[nodiscard]] const RuledNumbers& numbers() const { return m_numbers; }
     [[nodiscard]] bool isValid() const { return m_isValid; }
-    /// What about the rails makes the surface one that is not valid; empty when it is valid.
+    /// Returns the fault of the rails that makes the surface one that is not valid; empty when it is valid.
     [[nodiscard]] std::wstring fault() const;
 
     /// Hits between the rails; none when the surface is not valid.
@@ -31,7 +31,8 @@ public:
     /// Hits between the rails with side `sign`; when there is none, those of the continuation.
     [[nodiscard]] IntersectionSet intersectContinued(const Point<double, 3>& from, const Point<double, 3>& to,
                                                      int sign) const;
-    /// At the nearest point between the rails, or of the continuation when that point is on an edge; zero for a NaN.
+    /// Returns the normal at the nearest point between the rails, or of the continuation when that point is on an edge;
+    /// zero for a NaN.
     [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const;
     /// The point at (s, t). False, with `out` untouched, where not even the continuation has one.
     [[nodiscard]] bool pointAt(double s, double t, Point<double, 3>& out) const;
@@ -41,16 +42,17 @@ private:
     class Collector;
 
     void build();
-    /// Empty when there are two rails of as many points, all of them finite.
+    /// Returns an empty text when there are two rails of as many points, all of them finite.
     [[nodiscard]] std::wstring faultOfRails() const;
     /// Makes the patches and returns their length.
     [[nodiscard]] double parameterised();
-    /// The mean length of both rails from one ruling straight to another.
+    /// Returns the mean length of both rails from one ruling straight to another.
     [[nodiscard]] double widthBetween(std::size_t left, std::size_t right) const;
-    /// The numbers of the rulings that are further than `dust` apart: the others would make patches of noise.
+    /// Returns the numbers of the rulings that are further than `dust` apart: the others would make patches of noise.
     [[nodiscard]] std::vector<std::size_t> rulings(double dust) const;
     [[nodiscard]] AimedLine aimedLine(const Point<double, 3>& from, const RayAim& aim) const;
-    /// The whole patch, or with `continued` also what lies beyond the edges that it has in common with the surface.
+    /// Returns the whole patch, or with `continued` also what lies beyond the edges that it has in common with the
+    /// surface.
     [[nodiscard]] PatchRange rangeOf(std::size_t patch, bool continued) const;
     void collect(const AimedLine& line, bool continued, Collector& collector) const;
     [[nodiscard]] std::size_t nearestPatch(const Point<double, 3>& point, PatchPlace& place) const;

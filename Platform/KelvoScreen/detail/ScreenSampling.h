@@ -12,8 +12,8 @@ namespace KelvoScreenDetail {
 void sampleRow(const IScreenGeometry& screen, double y, double xMin, double xMax, int columns, int row,
                ScreenGeometry::Grid& grid, bool extrapolate);
 
-/// The outline of a channel, see `ScreenGeometry::intersectChannelBoundary`. The side is +1 when more of the rays that
-/// hit have side +1 than any other; ties give -1, the rule that the collimated outline follows too.
+/// Returns the outline of a channel, see `ScreenGeometry::intersectChannelBoundary`. The side is +1 when more of the
+/// rays that hit have side +1 than any other; ties give -1, the rule that the collimated outline follows too.
 [[nodiscard]] std::vector<Point<double, 3>> channelBoundary(const ScreenGeometry& screen,
                                                             const std::vector<Ray>& boundary,
                                                             const std::vector<Ray>& centre);
@@ -21,7 +21,7 @@ void sampleRow(const IScreenGeometry& screen, double y, double xMin, double xMax
 /// Moves a normalised coordinate that is up to PARAMETER_TOLERANCE outside [0, 1] onto the edge; others stay.
 [[nodiscard]] double snapToEdge(double coordinate);
 
-/// True when both coordinates are in [0, 1].
+/// Returns true when both coordinates are in [0, 1].
 [[nodiscard]] inline bool isWithinUnit(double s, double t) {
     return s >= 0 && s <= 1 && t >= 0 && t <= 1;
 }
@@ -29,7 +29,7 @@ void sampleRow(const IScreenGeometry& screen, double y, double xMin, double xMax
 /// Stores a mapped point; false, with `out` untouched, when it is not finite.
 [[nodiscard]] bool storeIfFinite(const Point<double, 3>& point, Point<double, 3>& out);
 
-/// The hits whose side, by the screen's own normal at each, is `sign`.
+/// Returns the hits whose side, by the screen's own normal at each, is `sign`.
 [[nodiscard]] IntersectionSet keepSide(const IScreenGeometry& screen, const IntersectionSet& hits,
                                        const Point<double, 3>& direction, int sign);
 

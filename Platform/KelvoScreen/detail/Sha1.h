@@ -40,8 +40,8 @@ public:
         }
     }
 
-    /// The digest of everything added; ends the use of the object. Never all zero: twenty zero bytes mean "no screen"
-    /// to the callers.
+    /// Returns the digest of everything added; ends the use of the object. Never all zero: twenty zero bytes mean "no
+    /// screen" to the callers.
     [[nodiscard]] Digest finish();
 
 private:

@@ -9,7 +9,7 @@
 /// and the element to correct, and an empty one where the number is right.
 namespace KelvoScreenDetail {
 
-/// The first text that is not empty; empty when all are.
+/// Returns the first text that is not empty; empty when all are.
 [[nodiscard]] std::wstring firstFault(std::initializer_list<std::wstring> faults);
 
 /// Centre and orientation must be finite.
@@ -19,10 +19,11 @@ namespace KelvoScreenDetail {
 /// @param name what the shape has, "height"
 [[nodiscard]] std::wstring faultOfLength(const std::wstring& name, double value);
 
-/// As a length; its square must be a normal number, too.
+/// A size must be valid as a length; its square must be a normal number, too.
 [[nodiscard]] std::wstring faultOfSize(const std::wstring& name, double value);
 
-/// As a size, and large enough beside the coordinates of the centre not to be lost in their rounding.
+/// A radius must be valid as a size, and large enough beside the coordinates of the centre not to be lost in their
+/// rounding.
 [[nodiscard]] std::wstring faultOfRadius(double radius, const Point<double, 3>& centre);
 
 /// Limits in radians: growing, by one turn at most.

@@ -22,7 +22,7 @@ constexpr double LARGEST_BEND = 60 * DEGREE;
 /// The share of edges that bend no more than is usual. Of the edges of a cylinder cut into quadrilaterals only a third
 /// bend at all.
 constexpr double USUAL_SHARE = 0.8;
-/// So many edges tell what is usual.
+/// The number of edges that determine what is usual.
 constexpr std::size_t SAMPLE_SIZE = 20000;
 
 /// Height over longest edge below which the normal of a triangle is noise: in a mesh measured to a ten-thousandth of
@@ -39,7 +39,7 @@ Point<double, 3> steadyNormal(const Corners& corners) {
     return norm(area) > THIN * longest2 ? unitNormal(corners) : Point<double, 3>{};
 }
 
-/// The cosine of the bend; 1 where a normal is missing.
+/// Returns the cosine of the bend; 1 where a normal is missing.
 double bendCosine(const Point<double, 3>& a, const Point<double, 3>& b) {
     const Point<double, 3> none;
     return a == none || b == none ? 1 : dot(a, b);

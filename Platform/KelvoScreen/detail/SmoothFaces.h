@@ -19,11 +19,11 @@ public:
     /// The vertices that the triangles use must be finite.
     SmoothFaces(const TriangleMesh& mesh, const MeshTopology& topology);
 
-    /// As those of the topology, without those across a crease.
+    /// Returns the neighbours of the topology, without those across a crease.
     [[nodiscard]] const std::vector<MeshTopology::Neighbours>& neighbours() const { return m_neighbours; }
-    /// The unit normals of the triangles; zero for those whose normal is noise.
+    /// Returns the unit normals of the triangles; zero for those whose normal is noise.
     [[nodiscard]] const std::vector<Point<double, 3>>& normals() const { return m_normals; }
-    /// For each triangle the lowest one of its face.
+    /// Returns for each triangle the lowest one of its face.
     [[nodiscard]] const std::vector<std::uint32_t>& faces() const { return m_faces; }
 
 private:
@@ -47,11 +47,11 @@ public:
     /// most some thousand vertices, and no further than the surface has turned by 45 degrees. Replaces the last region.
     void grow(std::uint32_t triangle, const Point<double, 3>& place, double radius);
 
-    /// The mean normal near the place, unit length; zero when no triangle there has one.
+    /// Returns the mean normal near the place, unit length; zero when no triangle there has one.
     [[nodiscard]] const Point<double, 3>& normal() const { return m_normal; }
-    /// Nearest to the place first; vertices at the same place count once.
+    /// Returns the points of the region, nearest to the place first; vertices at the same place count once.
     [[nodiscard]] std::span<const Point<double, 3>> points() const { return m_points; }
-    /// The mean distance between neighbouring vertices.
+    /// Returns the mean distance between neighbouring vertices.
     [[nodiscard]] double spacing() const { return m_spacing; }
 
 private:

@@ -109,7 +109,7 @@ IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Poi
 }
 
 void SphereSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
-    // All points, then all normals: the processor works at several rays together.
+    // All points are calculated, then all normals: the processor works at several rays together.
     const auto ask = [&](const auto& limit) {
         for (std::size_t i = 0; i < rays.size(); ++i) {
             hits[i] = nearestPoint(rays[i], limit);

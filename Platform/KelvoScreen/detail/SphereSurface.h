@@ -41,7 +41,7 @@ public:
     void nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
     /// Hits of the whole sphere; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersectWhole(const Point<double, 3>& from, const Point<double, 3>& to) const;
-    /// Outward at the nearest point of the whole sphere; zero for a NaN.
+    /// Returns the outward normal at the nearest point of the whole sphere; zero for a NaN.
     [[nodiscard]] Point<double, 3> normal(const Point<double, 3>& point) const {
         const Point<double, 3> outward = point - m_numbers.centre;
         const double distance = norm(outward);
@@ -50,9 +50,9 @@ public:
         }
         return distance > 0 ? outward * (1 / distance) : m_placement.toWorld({0.0, 1.0, 0.0});
     }
-    /// The point at (s, t); not finite when (s, t) or the result is not.
+    /// Returns the point at (s, t); not finite when (s, t) or the result is not.
     [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
-    /// True when the whole sphere goes on at this t: not past a pole.
+    /// Returns true when the whole sphere continues at this t: not past a pole.
     [[nodiscard]] bool continuesAt(double t) const;
 
 private:
@@ -62,7 +62,7 @@ private:
         double radius = 0;
 
         /// Above zero for a point of the sphere that is higher than the circle, below zero for a lower one. Near a
-        /// pole, where the height hardly changes any more, the distance from the axis tells.
+        /// pole, where the height hardly changes any more, the distance from the axis decides.
         [[nodiscard]] double excess(const Point<double, 3>& own) const;
     };
 
@@ -78,15 +78,16 @@ private:
                                        const Limit& limit) const;
     template <class Limit>
     [[nodiscard]] SurfaceHit nearestPoint(const Ray& ray, const Limit& limit) const;
-    /// Whether a hit of the whole sphere, relative to the centre, is within the limits, perhaps after a small move.
+    /// Returns whether a hit of the whole sphere, relative to the centre, is within the limits, perhaps after a small
+    /// move.
     [[nodiscard]] bool isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const;
     [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
-    /// A lower bound of the distance from a point to the surface within its limits; may be below zero.
+    /// Returns a lower bound of the distance from a point to the surface within its limits; may be below zero.
     [[nodiscard]] double limitBound(const Point<double, 3>& own) const;
     [[nodiscard]] const Rim& nearestRim(double height) const;
     /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the world frame.
     [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;
-    /// The point within the limits nearest to a point, both relative to the centre, in the own frame.
+    /// Returns the point within the limits nearest to a point, both relative to the centre, in the own frame.
     [[nodiscard]] Point<double, 3> moveWithinLimits(const Point<double, 3>& own) const;
 
     SphereNumbers m_numbers;

@@ -11,7 +11,7 @@
 namespace KelvoScreenDetail {
 
 /// How far along a ray a hit is uncertain when the ray is known to `tolerance` across: a length. For a touching ray,
-/// where the angle says nothing, the curvature of a surface as large as the coordinates bounds it.
+/// where the angle gives no bound, the curvature of a surface as large as the coordinates bounds it.
 ///
 /// @param cosine of the angle between the ray and the normal
 [[nodiscard]] inline double uncertaintyAlong(double tolerance, double cosine) {
@@ -68,7 +68,7 @@ public:
     }
 
 private:
-    /// In units of the uncertainty; the limits may be oblique to the ray.
+    /// The farthest slide in units of the uncertainty; the limits may be oblique to the ray.
     static constexpr double FARTHEST_SLIDE = 4;
 
     template <class MoveWithinLimits>
@@ -97,20 +97,20 @@ private:
 /// of 100 m. Files are read with less tolerance, so that every range of azimuths that is read is one here too.
 inline constexpr double ANGLE_TOLERANCE = 1e-9;
 
-/// A range of azimuths, limits included; azimuth = atan2(x, y). Asked without any trigonometry.
+/// A range of azimuths, limits included; azimuth = atan2(x, y). Its tests use no trigonometry.
 class AzimuthSector {
 public:
     /// The whole turn.
     AzimuthSector() = default;
-    /// From `min`, growing, to `max` (radians). See `isRange`.
+    /// The sector from `min`, growing, to `max` (radians). See `isRange`.
     AzimuthSector(double min, double max);
 
-    /// True when these limits make a sector: finite, growing, no more than one turn.
+    /// Returns true when these limits make a sector: finite, growing, no more than one turn.
     [[nodiscard]] static bool isRange(double min, double max);
 
     [[nodiscard]] bool isWhole() const { return m_isWhole; }
 
-    /// True for every point when the sector is whole, and for x = y = 0 always.
+    /// Returns true for every point when the sector is whole, and for x = y = 0 always.
     [[nodiscard]] bool contains(double x, double y) const {
         if (m_isWhole) {
             return true;
@@ -122,7 +122,7 @@ public:
                         : fromMin >= 0 && fromMax >= 0 && x * m_middle[0] + y * m_middle[1] >= 0;
     }
 
-    /// A lower bound of the distance of (x, y) from the sector.
+    /// Returns a lower bound of the distance of (x, y) from the sector.
     [[nodiscard]] double distanceBound(double x, double y) const {
         if (m_isWhole) {
             return 0;
@@ -132,10 +132,10 @@ public:
         return m_isWide ? std::min(beyondMin, beyondMax) : std::max(beyondMin, beyondMax);
     }
 
-    /// The half-plane of the nearest limit, seen from a place beyond it.
+    /// Returns the half-plane of the nearest limit, seen from a place beyond it.
     [[nodiscard]] LimitPlane limitPlane(const Point<double, 3>& place, const Point<double, 3>& direction) const;
 
-    /// The limit nearest to the direction (x, y), as a unit vector.
+    /// Returns the limit nearest to the direction (x, y), as a unit vector.
     [[nodiscard]] const Point<double, 2>& nearestLimit(double x, double y) const;
 
 private:

@@ -9,7 +9,7 @@ namespace KelvoScreenDetail {
 
 namespace {
 
-/// The texture triangle as a triangle in space, at height zero.
+/// Returns the texture triangle as a triangle in space, at height zero.
 Corners textureCorners(const TriangleMesh& mesh, std::uint32_t triangle) {
     Corners corners;
     for (std::size_t i = 0; i < 3; ++i) {
@@ -54,7 +54,7 @@ bool isThin(const Corners& corners) {
     return TriangleShape(corners).isThinner(THIN);
 }
 
-/// How a point lies to a texture triangle, in twice the precision of a double.
+/// The place of a point relative to a texture triangle, in twice the precision of a double.
 ///
 /// Across a thin triangle the mesh changes within a few last digits of (s, t). There a point that is inside after
 /// rounding is not inside, and the nearest of two edges after rounding is the other one.
@@ -68,11 +68,11 @@ public:
                      accurateArea(m_point, a, b) / m_area};
     }
 
-    /// Those of the triangle continued linearly.
+    /// Returns the weights in the triangle, continued linearly.
     [[nodiscard]] const std::array<double, 3>& weights() const { return m_weights; }
     [[nodiscard]] bool isInside() const { return m_weights[0] >= 0 && m_weights[1] >= 0 && m_weights[2] >= 0; }
 
-    /// The weights of the place of the triangle that is nearest to the point.
+    /// Returns the weights of the place of the triangle that is nearest to the point.
     [[nodiscard]] std::array<double, 3> nearestWeights() const {
         if (isInside()) {
             return m_weights;

@@ -22,10 +22,10 @@ class TextureMap {
 public:
     explicit TextureMap(const TriangleMesh& mesh);
 
-    /// The triangle at (s, t): among those that contain the point, edges included and without gaps between neighbours,
-    /// the lowest. When none does, the nearest one, of equally near ones the lowest: up to PARAMETER_TOLERANCE away the
-    /// place is on its edge; further away, only with `extrapolate`, the triangle is continued linearly. Nothing for a
-    /// point that is not finite.
+    /// Returns the triangle at (s, t): among those that contain the point, edges included and without gaps between
+    /// neighbours, the lowest. When none does, the nearest one, of equally near ones the lowest: up to
+    /// PARAMETER_TOLERANCE away the place is on its edge; further away, only with `extrapolate`, the triangle is
+    /// continued linearly. Nothing for a point that is not finite.
     [[nodiscard]] std::optional<TexturePlace> find(const Point<double, 2>& st, bool extrapolate) const;
 
 private:

@@ -21,8 +21,8 @@ constexpr double CROWD = 8;
 constexpr double SHORTEST_SLICE = 1.0 / 128;
 /// ... nor so short that all triangles together had more: a bound for the memory, 200 bytes each.
 constexpr double MOST_SLICES = 1 << 19;
-/// Of the surface of its box, what the slices of a triangle may have to be worth it: a ray that runs along the triangle
-/// meets it in every slice. What lies along the axes, or is wide, has nothing to gain.
+/// The part of the surface of its box that the slices of a triangle may have to be worth it: a ray that runs along the
+/// triangle meets it in every slice. What lies along the axes, or is wide, has nothing to gain.
 constexpr double MOST_KEPT = 0.5;
 
 Box boxOf(const Corners& corners) {
@@ -37,7 +37,7 @@ bool areWorthJoining(const Box& a, const Box& b) {
     return joined.halfSurface() <= PAIR_GROWTH * (a.halfSurface() + b.halfSurface());
 }
 
-/// The same whichever corner comes first; the winding stays.
+/// The result is the same whichever corner comes first; the winding stays.
 Corners fromLowest(const Corners& corners) {
     Corners turned = corners;
     std::rotate(turned.begin(), std::min_element(turned.begin(), turned.end()), turned.end());
@@ -63,7 +63,7 @@ public:
     Known(std::uint32_t count, const TriangleSource& source)
         : m_source(source), m_table(std::bit_ceil(2 * static_cast<std::size_t>(count) + 1), TriangleBoxes::NO_BOX) {}
 
-    /// False when one before it has the same corners in the same winding.
+    /// Returns false when one before it has the same corners in the same winding.
     bool add(std::uint32_t triangle, const Corners& corners) {
         const Corners turned = fromLowest(corners);
         const std::size_t hash = hashOf(turned);
@@ -112,7 +112,7 @@ public:
 
     [[nodiscard]] double length() const { return m_length; }
 
-    /// The boxes of slices of about this length, which make the triangle up.
+    /// Returns the boxes of slices of about this length, which make the triangle up.
     [[nodiscard]] std::vector<Box> slices(double length) const {
         std::vector<Box> boxes;
         for (const Point<double, 3>& tip : {m_start, m_end}) {
@@ -141,7 +141,7 @@ double surfaceOf(const std::vector<Box>& boxes) {
                            [](double sum, const Box& box) { return sum + box.halfSurface(); });
 }
 
-/// None where the triangle had better stay whole.
+/// Returns no boxes where it is better to keep the triangle whole.
 std::vector<Box> slicesWorthIt(const Corners& corners, double length) {
     const Lengthwise lengthwise(corners);
     if (!(lengthwise.length() > length)) {

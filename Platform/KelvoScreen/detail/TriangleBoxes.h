@@ -9,11 +9,11 @@
 
 namespace KelvoScreenDetail {
 
-/// Where triangles come from while a search structure is built over them.
+/// The source of triangles while a search structure is built over them.
 class TriangleSource {
 public:
     virtual ~TriangleSource() = default;
-    /// False for a triangle that is to be left out.
+    /// Returns false for a triangle that is to be left out.
     virtual bool corners(std::uint32_t triangle, Corners& out) const = 0;
 };
 
@@ -28,14 +28,14 @@ public:
 /// of a fan are, they are taken in slices along their longest edge, with a box for each.
 class TriangleBoxes {
 public:
-    /// In place of the number of a box: of a triangle that is left out, and of the second of a pair.
+    /// Stands for the number of a box: for a triangle that is left out, and for the second of a pair.
     static constexpr std::uint32_t NO_BOX = std::numeric_limits<std::uint32_t>::max();
 
-    /// Of the triangles 0 to count - 1. Throws `std::bad_alloc` when memory runs out.
+    /// Makes the boxes of the triangles 0 to count - 1. Throws `std::bad_alloc` when memory runs out.
     TriangleBoxes(std::uint32_t count, const TriangleSource& source);
 
     std::vector<Box> boxes;
-    /// For each triangle the number of the box whose lowest it is; then those of the further slices, as many as
+    /// Holds for each triangle the number of the box whose lowest it is; then those of the further slices, as many as
     /// `furtherOf`.
     std::vector<std::uint32_t> numbers;
     std::vector<bool> isPaired;            ///< for each triangle whether it shares its box with the next one
@@ -46,7 +46,7 @@ public:
 private:
     void form(std::uint32_t count, const TriangleSource& source);
     void addBox(std::uint32_t triangle, const Box& box, bool& isOpen);
-    /// True when a ray through the whole passes very many boxes.
+    /// Returns true when a ray through the whole passes very many boxes.
     [[nodiscard]] bool isCrowded() const;
     void slice(std::uint32_t count, const TriangleSource& source);
     void addSlices(std::uint32_t triangle, const std::vector<Box>& slices);

@@ -20,7 +20,7 @@ namespace {
 constexpr double PADDING = 3e-6;
 /// Relative to the distance of the point from the centre in units: more than single precision loses in a distance.
 constexpr double DISTANCE_MARGIN = 1e-6;
-/// Units. From beyond, single precision cannot tell the triangles apart: all are visited.
+/// A distance in units. From beyond it, single precision cannot distinguish the triangles: all are visited.
 constexpr double FARTHEST_POINT = 1e5;
 
 struct Release {
@@ -30,7 +30,7 @@ struct Release {
 using Scene = std::unique_ptr<RTCSceneTy, Release>;
 using Geometry = std::unique_ptr<RTCGeometryTy, Release>;
 
-/// Embree hands out null where it had no memory.
+/// Embree returns null where it had no memory.
 template <class Handle>
 Handle made(Handle handle) {
     if (handle == nullptr) {
@@ -53,7 +53,7 @@ struct BuildContext {
     IndexUnits units;
 };
 
-/// Bounds that are the wrong way round tell Embree to take no notice.
+/// Bounds that are the wrong way round make Embree ignore the box.
 void setBounds(const RTCBoundsFunctionArguments* arguments) {
     const BuildContext& context = *static_cast<const BuildContext*>(arguments->geometryUserPtr);
     const std::uint32_t number = context.triangles.numbers[arguments->primID];
@@ -69,7 +69,7 @@ void setBounds(const RTCBoundsFunctionArguments* arguments) {
     bounds.upper_z = static_cast<float>(upper[2] + PADDING);
 }
 
-/// Visits the triangles in a box; the last answer is the tightest.
+/// Visits the triangles in a box; the last result is the tightest.
 template <class Visitor>
 double reachAfter(const BoxScene& scene, std::uint32_t box, Visitor& visitor) {
     return visitBox(
@@ -77,7 +77,7 @@ double reachAfter(const BoxScene& scene, std::uint32_t box, Visitor& visitor) {
         [](double /*first*/, double second) { return second; });
 }
 
-/// The ray query as its call-back finds it: Embree hands the context through.
+/// The ray query as its call-back finds it: Embree passes the context through.
 struct RayQuery : RTCIntersectContext {
     TriangleIndex::RayVisitor* visitor;
     const BoxScene* scene;
@@ -120,7 +120,8 @@ bool visitAroundPoint(RTCPointQueryFunctionArguments* arguments) {
     return false;
 }
 
-/// Finite, and neither so short nor so long that its inverse or its products leave the range of a double.
+/// Returns true for a direction that is finite, and neither so short nor so long that its inverse or its products leave
+/// the range of a double.
 bool isOrdinary(const Point<double, 3>& direction) {
     constexpr double SHORTEST = 1e-100;
     constexpr double LONGEST = 1e100;
@@ -180,7 +181,7 @@ void TriangleIndex::build(const TriangleBoxes& triangles) {
 bool TriangleIndex::clip(const Point<double, 3>& from, const Point<double, 3>& direction, double& first,
                          double& second) const {
     const double uncertainty = ROUNDING * largestComponent(from);
-    // From where the rounding of the origin alone is as large as the mesh, nothing can be aimed at.
+    // Where the rounding of the origin alone is as large as the mesh, no ray can be aimed at it.
     if (m_scene == nullptr || !(uncertainty * m_units.perLength <= 1)) {
         return false;
     }

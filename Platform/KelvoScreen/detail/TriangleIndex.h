@@ -16,9 +16,9 @@ namespace KelvoScreenDetail {
 /// A search structure over triangles: which of them may a ray meet, which are near a point.
 ///
 /// Only boxes are kept, in single precision, relative to the centre of all triangles and in units of their extent, each
-/// enlarged by more than single precision can lose. The answers are therefore never too few: every triangle that meets
-/// the ray, or is near enough, is visited, besides some that turn out not to. The visitor decides in double precision.
-/// That is what makes the results exact and watertight; the triangles themselves stay with the caller.
+/// enlarged by more than single precision can lose. The triangles visited are therefore never too few: every triangle
+/// that meets the ray, or is near enough, is visited, besides some that turn out not to. The visitor decides in double
+/// precision. That is what makes the results exact and watertight; the triangles themselves stay with the caller.
 ///
 /// Two triangles that follow each other and fill nearly the same box, as the halves of a quadrilateral do, share one:
 /// most meshes come from grids, and half as many boxes are half the memory and fewer steps for every ray. Of triangles
@@ -29,7 +29,7 @@ namespace KelvoScreenDetail {
 /// about a second and 40 to 80 MB for a million triangles. A query allocates nothing.
 class TriangleIndex {
 public:
-    /// Where the triangles come from while the structure is built.
+    /// The source of the triangles while the structure is built.
     using Source = TriangleSource;
 
     class RayVisitor {
@@ -50,13 +50,13 @@ public:
         ~PointVisitor() = default;
     };
 
-    /// Over the triangles 0 to count - 1. Throws `std::bad_alloc` when memory runs out.
+    /// Builds the structure over the triangles 0 to count - 1. Throws `std::bad_alloc` when memory runs out.
     TriangleIndex(std::uint32_t count, const Source& source);
     ~TriangleIndex();
     TriangleIndex(const TriangleIndex&) = delete;
     TriangleIndex& operator=(const TriangleIndex&) = delete;
 
-    /// Around all triangles that were not left out.
+    /// Returns the box around all triangles that were not left out.
     [[nodiscard]] const Box& box() const { return m_box; }
 
     /// The part of a ray that can meet anything, see `Box::clip`. Far origins are moved up to it by the caller: only
@@ -70,14 +70,14 @@ public:
     void alongRay(const Point<double, 3>& origin, const Point<double, 3>& direction, double reach,
                   RayVisitor& visitor) const;
 
-    /// The same for the given lanes of a packet, each from its origin to its end.
-    /// @param width how many rays are handed on at once: 4, 8 or 16, and not more than `widestPacket`
+    /// As `alongRay` for the given lanes of a packet, each from its origin to its end.
+    /// @param width how many rays are passed on at once: 4, 8 or 16, and not more than `widestPacket`
     void alongRays(const LaneRays& rays, LaneMask lanes, std::size_t width, PacketVisitor& visitor) const;
 
     /// Length by which the box is enlarged before a ray is clipped to it, besides the rounding of its origin.
     [[nodiscard]] double clipMargin() const { return IndexUnits::RAY_MARGIN / m_units.perLength; }
 
-    /// The longest side of the box of a triangle, on average.
+    /// Returns the longest side of the box of a triangle, on average.
     [[nodiscard]] double typicalSize() const { return m_typicalSize; }
 
     /// Visits every triangle that may be within `radius` (infinite allowed) of the point, roughly nearest first. The

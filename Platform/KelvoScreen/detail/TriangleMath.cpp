@@ -37,7 +37,7 @@ Double2 exactDifference(double a, double b) {
     return {high, (a - shareOfA) + (shareOfB - b)};
 }
 
-/// Of numbers that are the sum of two doubles: all but 2^-103 of the product.
+/// Returns the product of numbers that are the sum of two doubles, right to 2^-103 of it.
 Double2 product(const Double2& a, const Double2& b) {
     const double high = a.high * b.high;
     const double rounding = std::fma(a.high, b.high, -high);
@@ -52,7 +52,7 @@ double largestCoordinate(const Corners& corners) {
     return largest;
 }
 
-/// The index of the corner at which the longest edge begins.
+/// Returns the index of the corner at which the longest edge begins.
 std::size_t startOfLongestEdge(const Corners& corners) {
     std::size_t start = 0;
     double longest2 = -1;
@@ -77,7 +77,7 @@ bool isAbove(const Corners& corners, const Point<double, 3>& area, const Point<d
     return true;
 }
 
-/// The foot of a point on a slender triangle; nothing when it falls beside the triangle.
+/// Returns the foot of a point on a slender triangle; nothing when it falls beside the triangle.
 ///
 /// In the frame of the longest edge, x along it and y across it within the triangle, both directions are known to the
 /// last digits, and the height of the triangle is as well: whether the foot lies inside is decided exactly for a
@@ -100,7 +100,7 @@ std::optional<Point<double, 3>> footOnSlender(const Corners& corners, const Poin
     return isInside ? std::optional(start + x * along + y * across) : std::nullopt;
 }
 
-/// The foot of a point on a triangle with area; nothing when it falls beside the triangle.
+/// Returns the foot of a point on a triangle with area; nothing when it falls beside the triangle.
 std::optional<Point<double, 3>> footOf(const Corners& corners, const TriangleShape& shape,
                                        const Point<double, 3>& point) {
     if (shape.isThinner(SLENDER)) {

@@ -19,20 +19,20 @@ using Corners = std::array<Point<double, 3>, 3>;
     return cross(corners[1] - corners[0], corners[2] - corners[0]);
 }
 
-/// The same in twice the precision of a double: right to a few last digits of its length for every triangle that has an
-/// area.
+/// Returns the area vector in twice the precision of a double: right to a few last digits of its length for every
+/// triangle that has an area.
 [[nodiscard]] Point<double, 3> accurateAreaVector(const Corners& corners);
 
-/// Twice the area along the normal, by the winding. Only needles pay for more than rounded arithmetic.
+/// Twice the area along the normal, by the winding. Only needles cost more than rounded arithmetic.
 [[nodiscard]] Point<double, 3> areaVector(const Corners& corners);
 
-/// What the edges tell about a triangle.
+/// What the edges determine about a triangle.
 struct TriangleShape {
     explicit TriangleShape(const Corners& corners);
 
     /// See the function of the same name.
     [[nodiscard]] bool hasArea() const { return area2 > leastArea2 && std::isfinite(area2); }
-    /// True when the height over the longest edge is below `ratio` times that edge.
+    /// Returns true when the height over the longest edge is below `ratio` times that edge.
     [[nodiscard]] bool isThinner(double ratio) const { return area2 < ratio * ratio * longest2 * longest2; }
 
     /// True when the sine of the angle at the first corner is below 1/256: the terms of the area vector cancel so far
@@ -44,22 +44,22 @@ struct TriangleShape {
     double longest2;        ///< square of the longest edge
 };
 
-/// True when the triangle has an area: its height over its longest edge exceeds what the rounding of its own
+/// Returns true when the triangle has an area: its height over its longest edge exceeds what the rounding of its own
 /// coordinates can produce. Three points on a line that are not exact in binary leave such a sliver, whose direction is
 /// noise. False when a corner is not finite, and where the arithmetic ends: extents below 1e-75 or above 1e75 units,
 /// and of needles twice the area below 3.2e-151.
 [[nodiscard]] bool hasArea(const Corners& corners);
 
-/// The unit normal by the winding, right to 2e-13, that of a needle to the last digits; zero for a triangle without
-/// area.
+/// Returns the unit normal by the winding, right to 2e-13, that of a needle to the last digits; zero for a triangle
+/// without area.
 [[nodiscard]] Point<double, 3> unitNormal(const Corners& corners);
 
-/// The point of a triangle nearest to `point`; for a triangle without area the nearest one of its edges. Along an edge
-/// the result does not depend on the order of the corners, so that two triangles with a common edge are equally far
-/// from a point that is nearest to that edge.
+/// Returns the point of a triangle nearest to `point`; for a triangle without area the nearest one of its edges. Along
+/// an edge the result does not depend on the order of the corners, so that two triangles with a common edge are equally
+/// far from a point that is nearest to that edge.
 [[nodiscard]] Point<double, 3> closestPoint(const Corners& corners, const Point<double, 3>& point);
 
-/// The point of a segment nearest to `point`; the same to the last bit when the ends are exchanged.
+/// Returns the point of a segment nearest to `point`; the same to the last bit when the ends are exchanged.
 [[nodiscard]] Point<double, 3> closestOnSegment(const Point<double, 3>& end1, const Point<double, 3>& end2,
                                                 const Point<double, 3>& point);
 
@@ -80,7 +80,7 @@ struct TriangleShape {
     return difference != 0 ? difference : std::fma(px, qy, -first) - std::fma(py, qx, -second);
 }
 
-/// The same to one and a half last digits of the result, however much of the products cancels.
+/// Returns the edge function to one and a half last digits of the result, however much of the products cancels.
 [[nodiscard]] double accurateEdgeFunction(double px, double py, double qx, double qy);
 
 /// (b - a) x (c - a) in the plane, in twice the precision of a double: the error is below 2^-100 of the product of the
@@ -91,7 +91,7 @@ struct TriangleShape {
 [[nodiscard]] double accurateProjection(const Point<double, 2>& a, const Point<double, 2>& b,
                                         const Point<double, 2>& c);
 
-/// The corners of a triangle of a mesh.
+/// Returns the corners of a triangle of a mesh.
 [[nodiscard]] inline Corners cornersOf(const TriangleMesh& mesh, std::uint32_t triangle) {
     const TriangleMesh::Triangle& corners = mesh.triangles[triangle];
     return {mesh.vertices[corners[0]], mesh.vertices[corners[1]], mesh.vertices[corners[2]]};
