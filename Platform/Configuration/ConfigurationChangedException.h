@@ -4,10 +4,10 @@
 
 #include <string>
 
-/// A configuration was not saved: the file is no longer what was read from it, or saved to it, before. Somebody else's
-/// change would have been lost. The file is untouched.
+/// A configuration was not saved: the file is no longer what was read from it, or saved to it, before. A change made
+/// elsewhere would have been lost. The file is untouched.
 ///
-/// To go on, load the file again and repeat the change, or save to another path.
+/// To continue, load the file again and repeat the change, or save to another path.
 struct ConfigurationChangedException : VeltraniException {
     ConfigurationChangedException(std::wstring text, bool fileIsGone);
 

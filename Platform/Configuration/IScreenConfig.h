@@ -9,7 +9,7 @@
 ///
 /// World frame: +x right, +y forward, +z up, right-handed; lengths in native units (those of `IUnitsConfig`), angles in
 /// radians. Only the mesh and cloud files are in the screen's own unit (`getUnitName`, `getScale`) and are scaled on
-/// load. Getters that a shape does not use answer their neutral value.
+/// load. Getters that a shape does not use return their neutral value.
 class IScreenConfig {
 public:
     virtual ~IScreenConfig() = default;
@@ -32,7 +32,7 @@ public:
     /// Native units per unit of the files; read only when the unit is "custom".
     [[nodiscard]] virtual double getScale() const = 0;
 
-    /// Where the audience looks from.
+    /// The place from which the audience looks.
     [[nodiscard]] virtual Point<double, 3> getEyePoint() const = 0;
 
     /// Centre of a sphere; centre of the axis of a cylinder; centre of a flat rectangle.

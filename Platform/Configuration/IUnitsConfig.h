@@ -3,7 +3,7 @@
 #include <string>
 
 /// The native length unit of the display: the unit of the world frame and of every length that the configuration
-/// answers.
+/// returns.
 class IUnitsConfig {
 public:
     virtual ~IUnitsConfig() = default;

@@ -5,7 +5,7 @@
 #include <string>
 
 /// The configuration entry of one projector. Owned by the configuration; stays valid and identical while the entry is
-/// renamed or moved, and dies when it is removed. Lengths in native units, angles in radians.
+/// renamed or moved, and is destroyed when it is removed. Lengths in native units, angles in radians.
 class ProjectorConfig {
 public:
     virtual ~ProjectorConfig() = default;
@@ -58,6 +58,6 @@ public:
     /// such element, and for records that are not made from a file.
     [[nodiscard]] virtual std::wstring getText(const std::wstring& /*element*/) const { return {}; }
 
-    /// What a bound of the screen area answers when it is not configured.
+    /// What a bound of the screen area returns when it is not configured.
     static constexpr double SCREEN_BOUND_NOT_CONFIGURED = -1000.0;
 };

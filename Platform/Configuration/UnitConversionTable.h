@@ -17,7 +17,7 @@ public:
         UNIT_FOOT = 6,    ///< "ft"
     };
 
-    /// The unit of a name, compared exactly; `UNIT_NONE` for an unknown one.
+    /// Returns the unit of a name, compared exactly; `UNIT_NONE` for an unknown one.
     [[nodiscard]] static UnitSubType getUnitSubTypeFromName(const std::wstring& name);
 
     /// Metres per unit; 0.0 for `UNIT_NONE`, `UNIT_CUSTOM` and values outside the table, which have no length of their

@@ -70,7 +70,7 @@ struct XMLConfigFile::Impl {
     std::unique_ptr<XmlUnitsConfig> units;
     std::unique_ptr<XmlScreenConfig> screen;
     std::unique_ptr<XmlTargetLocatorConfig> targetData;
-    Point<double, 3> eyePoint;  // of the screen
+    Point<double, 3> eyePoint;  // eye point of the screen
     Entries entries;            // configuration order
     std::unordered_map<std::wstring, XmlProjectorConfig*> byId;
     KnownFiles files;
@@ -140,7 +140,7 @@ XMLConfigFile::XMLConfigFile(std::unique_ptr<Impl> impl) : m_impl(std::move(impl
 
 XMLConfigFile::~XMLConfigFile() = default;
 
-/// A new file takes the place of one name; the others would go on leading to the old one.
+/// A new file takes the place of one name; the others would still lead to the old one.
 void XMLConfigFile::requireOneName(const std::string& utf8Path) {
     std::error_code unknown;
     const auto names = std::filesystem::hard_link_count(utf8Path, unknown);

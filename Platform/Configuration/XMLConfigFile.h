@@ -8,9 +8,9 @@
 
 /// A display configuration in an XML file; `docs/configuration.md` describes the format.
 ///
-/// The document is kept as it was read: comments, order, and elements and attributes in a namespace of somebody else
-/// survive changes and saves, and so does the text of every value that nobody changed. All paths and names are UTF-8.
-/// Reading and writing do not depend on the locale. Nothing is fetched and no entity is expanded.
+/// The document is kept as it was read: comments, order, and elements and attributes in a foreign namespace survive
+/// changes and saves, and so does the text of every value that was not changed. All paths and names are UTF-8. Reading
+/// and writing do not depend on the locale. Nothing is fetched and no entity is expanded.
 ///
 /// ```
 /// const std::unique_ptr<XMLConfigFile> config = XMLConfigFile::load("dome/display.xml");
@@ -22,7 +22,7 @@ public:
     /// Reads a file of at most 32 MiB. File names in it are resolved against its folder.
     ///
     /// Throws `VeltraniMissingFileException` when there is no readable regular file at the path, and
-    /// `VeltraniParseException` when its content is faulty; the message then tells every fault on a line of its own:
+    /// `VeltraniParseException` when its content is faulty; the message then reports every fault on a line of its own:
     /// `path:line: <element>: found ..., expected ...; remedy`.
     [[nodiscard]] static std::unique_ptr<XMLConfigFile> load(const std::string& utf8Path);
 
@@ -39,7 +39,7 @@ public:
     /// Writes the document to a file in one step: after a crash the file is the old one or the new one. An existing
     /// file keeps its mode, a symbolic link stays one. Does not change the folder that file names are resolved against.
     ///
-    /// Nobody else's change is lost: the file that the document was loaded from, and the last other one that it was
+    /// No change made elsewhere is lost: the file that the document was loaded from, and the last other one that it was
     /// saved to, are replaced only while they hold, byte for byte, what this object last read from or saved to them;
     /// otherwise `ConfigurationChangedException` is thrown. Between the comparison and the replacement the file is
     /// locked (`FileLock`), so that this holds between any number of processes and objects. Any other file is replaced
@@ -52,7 +52,7 @@ public:
     /// Throws what `save` throws for a file with several names (hard links): before work that would be lost then.
     static void requireOneName(const std::string& utf8Path);
 
-    /// The text that `save` writes.
+    /// Returns the text that `save` writes.
     [[nodiscard]] std::string text() const;
 
     /// Adds an entry behind the others, with nothing configured but its id. Throws `VeltraniException`, and changes
@@ -62,12 +62,13 @@ public:
     [[nodiscard]] std::vector<std::wstring> getProjectorConfigIds() const override;
     [[nodiscard]] ProjectorConfig* getProjectorConfig(const std::wstring& id) const override;
 
-    /// In this order: the same id twice is true, whether there is such an entry or not; false when another entry has
-    /// the new id. Throws `VeltraniException`, and changes nothing, when there is no entry with the old id or the new
-    /// one is empty or cannot be stored. The entry's name and section stay what they were.
+    /// Checks in this order: returns true when both ids are the same, whether there is such an entry or not, and false
+    /// when another entry has the new id. Throws `VeltraniException`, and changes nothing, when there is no entry with
+    /// the old id or the new one is empty or cannot be stored. The entry's name and section stay what they were.
     bool renameProjectorConfig(const std::wstring& oldId, const std::wstring& newId) override;
 
-    /// True when the entry was moved. Comments on the lines above an entry and behind it on its line move with it.
+    /// Returns true when the entry was moved. Comments on the lines above an entry and behind it on its line move with
+    /// it.
     bool moveProjectorConfig(const std::wstring& id, int direction) override;
 
     /// Comments stay.

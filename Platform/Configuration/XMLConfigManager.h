@@ -15,24 +15,24 @@ class XMLConfigManager {
 public:
     virtual ~XMLConfigManager() = default;
 
-    /// The ids of all projector entries, in configuration order.
+    /// Returns the ids of all projector entries, in configuration order.
     [[nodiscard]] virtual std::vector<std::wstring> getProjectorConfigIds() const = 0;
-    /// The entry with this id; null when there is none.
+    /// Returns the entry with this id; null when there is none.
     [[nodiscard]] virtual ProjectorConfig* getProjectorConfig(const std::wstring& id) const = 0;
-    /// Gives an entry a new id and keeps the old one as its old UID. Renaming to the same id is true and changes
-    /// nothing; false exactly when another entry has the new id.
+    /// Gives an entry a new id and keeps the old one as its old UID. Renaming to the same id returns true and changes
+    /// nothing; false is returned exactly when another entry has the new id.
     virtual bool renameProjectorConfig(const std::wstring& oldId, const std::wstring& newId) = 0;
     /// Moves an entry by one place: 1 later, -1 earlier. Any other direction, or a move past either end, does nothing.
     virtual bool moveProjectorConfig(const std::wstring& id, int direction) = 0;
-    /// Removes an entry, which dies; false when there is none with this id.
+    /// Removes and destroys an entry; returns false when there is none with this id.
     virtual bool removeProjectorConfig(const std::wstring& id) = 0;
-    /// The description of the screen; null when there is none.
+    /// Returns the description of the screen; null when there is none.
     [[nodiscard]] virtual const IScreenConfig* getScreenConfig() const = 0;
-    /// The native units; null when there are none.
+    /// Returns the native units; null when there are none.
     [[nodiscard]] virtual const IUnitsConfig* getNativeUnitsConfig() const = 0;
     /// What the target locators have in common; null when there is nothing.
     [[nodiscard]] virtual const TargetLocatorConfig* getTargetLocatorConfig() const = 0;
-    /// A file name resolved against the folder of the configuration. Absolute names stay; an empty name answers the
-    /// folder itself, or nothing when the configuration has no folder.
+    /// Returns a file name resolved against the folder of the configuration. Absolute names stay; for an empty name the
+    /// folder itself is returned, or an empty text when the configuration has no folder.
     [[nodiscard]] virtual std::wstring processPath(const std::wstring& name) const = 0;
 };

@@ -6,8 +6,8 @@
 #include <span>
 #include <string_view>
 
-/// The form of a display configuration as one table: which elements there are, what they hold and how often. The
-/// checker walks a document along it; `docs/display.rng` says the same for other tools.
+/// The form of a display configuration as one table: which elements there are, what they hold and how often they occur.
+/// The checker walks a document along it; `docs/display.rng` states the same for other tools.
 namespace Veltrani {
 
 struct AttributeRule {
@@ -49,18 +49,18 @@ struct ElementRule {
 
 inline constexpr int ANY_NUMBER = INT_MAX;
 
-/// The two attributes that may stand on every element which holds, or contains elements which hold, such values.
+/// The two attributes that are allowed on every element which holds, or contains elements which hold, such values.
 inline constexpr AttributeRule LENGTH_UNIT_ATTRIBUTE{"lengthUnit", ValueType::LENGTH_UNIT, false};
 inline constexpr AttributeRule ANGLE_UNIT_ATTRIBUTE{"angleUnit", ValueType::ANGLE_UNIT, false};
 
-/// The rule of the root element.
+/// Returns the rule of the root element.
 [[nodiscard]] const ElementRule& displayFormat();
 
-/// Whether the element or one below it holds lengths, or angles.
+/// Returns whether the element or one below it holds lengths, or angles.
 [[nodiscard]] bool holdsLengths(const ElementRule& element);
 [[nodiscard]] bool holdsAngles(const ElementRule& element);
 
-/// The variant that the value of the selecting attribute selects; null when there is none.
+/// Returns the variant that the value of the selecting attribute selects; null when there is none.
 [[nodiscard]] const VariantRule* variantOf(const ElementRule& element, std::string_view selected);
 
 /// The shapes that a screen can have, and the types that target data can have, in the order of messages: the only lists

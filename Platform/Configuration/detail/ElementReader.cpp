@@ -22,7 +22,8 @@ std::optional<double> finite(double value) {
     return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
 }
 
-/// Divided first: the quarter, half and full turns become exactly the multiples of pi that limits are compared with.
+/// The division comes first: the quarter, half and full turns become exactly the multiples of pi that limits are
+/// compared with.
 double radiansFromDegrees(double degrees) {
     return degrees / DEGREES_OF_HALF_TURN * std::numbers::pi;
 }
@@ -56,7 +57,7 @@ std::optional<double> ElementReader::length(const xmlNode* element, const char* 
     if (unit == Unit::UNIT_NONE) {
         return std::nullopt;
     }
-    // The same unit must not cost a last bit.
+    // A value in the native unit is not converted, which could change its last bit.
     return unit == m_native ? value : finite(UnitConverter<5, 0, 5>(m_native).getNativeFromTarget(*value, unit));
 }
 

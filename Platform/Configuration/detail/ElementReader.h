@@ -18,7 +18,7 @@ class ElementReader {
 public:
     explicit ElementReader(UnitConversionTable::UnitSubType native) : m_native(native) {}
 
-    /// With the native unit that a display states; none when it states none.
+    /// Makes a reader with the native unit that a display states; without one when it states none.
     [[nodiscard]] static ElementReader ofDisplay(const xmlNode* root);
 
     [[nodiscard]] UnitConversionTable::UnitSubType native() const { return m_native; }

@@ -14,11 +14,11 @@ namespace Veltrani {
 class FaultList {
 public:
     enum class Kind {
-        STRUCTURE,  ///< against the form: what the published schema can tell as well
+        STRUCTURE,  ///< against the form: what the published schema detects as well
         MEANING,    ///< well formed, but the values contradict each other or cannot be represented
     };
 
-    /// @param documentName stands before the line of every fault, usually the path; UTF-8
+    /// @param documentName precedes the line of every fault, usually the path; UTF-8
     explicit FaultList(std::string documentName);
 
     /// @param fault with the plain name of an element
@@ -29,8 +29,8 @@ public:
     [[nodiscard]] std::size_t size() const { return m_count; }
     [[nodiscard]] bool hasStructureFault() const { return m_hasStructureFault; }
 
-    /// One line per fault, in the order of their lines:
-    /// `document:line: <element>: found ..., expected ...; remedy`.
+    /// Returns one line per fault, in the order of their lines: `document:line: <element>: found ..., expected ...;
+    /// remedy`.
     [[nodiscard]] std::wstring message() const;
 
     /// Throws `VeltraniParseException` with `message()` unless the list is empty.
@@ -46,7 +46,7 @@ private:
     bool m_hasStructureFault = false;
 };
 
-/// The pieces one behind the other.
+/// Returns the pieces one behind the other.
 [[nodiscard]] std::string concatenated(std::initializer_list<std::string_view> pieces);
 
 }  // namespace Veltrani

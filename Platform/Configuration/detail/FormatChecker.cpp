@@ -54,7 +54,8 @@ void append(std::vector<ChildRule>& rules, std::span<const ChildRule> further) {
     rules.insert(rules.end(), further.begin(), further.end());
 }
 
-/// Without a known variant its fault is reported already: then the children of all variants pass, none required.
+/// Without a known variant the value of the selecting attribute has been reported as a fault, and the children of all
+/// variants pass, none of them required: which of them belong to the element is not known.
 void appendAllVariants(std::vector<ChildRule>& rules, const ElementRule& rule) {
     for (const VariantRule& variant : rule.variants) {
         for (const ChildRule& child : variant.children) {

@@ -13,7 +13,7 @@
 namespace Veltrani {
 
 /// Walks a document along the table of `displayFormat()` and reports everything that departs from it, and every value
-/// that has no unit or leaves the range of its type. Elements and attributes in a namespace are not looked at.
+/// that has no unit or leaves the range of its type. Elements and attributes in a namespace are not checked.
 class FormatChecker {
 public:
     /// Adds the faults of a whole document.

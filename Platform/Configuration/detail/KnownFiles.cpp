@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where the file is, or was: the folder stays when the file has gone.
+/// Returns the place where the file is, or was: the folder stays when the file has gone.
 fs::path placeOf(const fs::path& named) {
     std::error_code unknown;
     fs::path place = fs::canonical(named, unknown);

@@ -5,11 +5,11 @@
 
 namespace Veltrani {
 
-/// What stood in the files of a configuration when they were last read or saved: the one that it was read from, and the
-/// last other one that it was saved to.
+/// The content of the files of a configuration when they were last read or saved: the one that it was read from, and
+/// the last other one that it was saved to.
 ///
 /// A file counts as the same one when it is named by the same text, wherever the links on that way lead by now, or when
-/// it stands in the same place.
+/// it is in the same place.
 class KnownFiles {
 public:
     /// To be called as soon as the file has been read.
@@ -18,7 +18,7 @@ public:
     void addSaved(const std::string& utf8Path, std::string content);
 
     /// Throws `ConfigurationChangedException` when the file is known, and is gone or holds anything else. A file that
-    /// is not known is not looked at.
+    /// is not known is not examined.
     /// @param target where the symbolic links at `utf8Path` lead, whether a file is there or not
     void requireUnchanged(const std::string& utf8Path, const std::string& target) const;
 

@@ -16,11 +16,11 @@ namespace {
 
 constexpr double FULL_TURN = 2.0 * std::numbers::pi;     // radians
 constexpr double QUARTER_TURN = 0.5 * std::numbers::pi;  // radians
-// Limits written in degrees each round once, by some 1e-15: what differs by less than this is the same turn. Radians.
-// To be no more than the tolerance of the shapes, for which a range that passes here has to be a range.
+// Limits written in degrees are each rounded once, by some 1e-15: what differs by less than this is the same turn.
+// Radians. Must not exceed the tolerance of the shapes, for which a range that passes here has to be a range.
 constexpr double ROUNDING_OF_ANGLES = 1e-12;
 
-/// The axis without its direction.
+/// Returns the axis without its direction.
 std::string lineOfAxis(const std::string& axis) {
     return axis.starts_with('-') ? axis.substr(1) : axis;
 }

@@ -10,7 +10,7 @@
 namespace Veltrani {
 
 /// Reports what is well-formed value by value but cannot be meant: values that contradict each other and ids that occur
-/// twice. Values that are missing or ill-formed are passed over; the format check has reported them.
+/// twice. Values that are missing or ill-formed are skipped; the format check has reported them.
 class MeaningChecker {
 public:
     /// Adds the faults of a whole document.

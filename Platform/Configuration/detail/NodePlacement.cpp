@@ -24,7 +24,7 @@ bool isNote(const xmlNode* node) {
     return node->type == XML_COMMENT_NODE || node->type == XML_PI_NODE;
 }
 
-/// The line feed and the blanks that put `node` on its own line; empty when it is not on its own line.
+/// Returns the line feed and the blanks that put `node` on its own line; empty when it is not on its own line.
 std::string indentationOf(const xmlNode* node) {
     const xmlNode* const before = node->prev;
     if (before == nullptr || !isBlankText(before) || lineFeeds(before) == 0) {
@@ -86,7 +86,7 @@ void free(xmlNode* node) {
     xmlFreeNode(node);
 }
 
-/// The element with the comments that belong to it, in document order. It begins and ends with something solid.
+/// Returns the element with the comments that belong to it, in document order. It begins and ends with something solid.
 std::vector<xmlNode*> blockOf(xmlNode* element) {
     std::vector<xmlNode*> block{element};
     for (xmlNode* at = element; at->prev != nullptr && isBlankText(at->prev) && lineFeeds(at->prev) == 1;) {
@@ -136,7 +136,7 @@ void shorten(xmlNode* text, std::size_t characters) {
     }
 }
 
-/// Two texts that stand side by side once what parts them is gone become one, as they would be when read again.
+/// Two texts that are adjacent once what parts them is removed become one, as they would be when read again.
 void joinTexts(xmlNode* before, xmlNode* behind) {
     if (before != nullptr && behind != nullptr && before->type == XML_TEXT_NODE && behind->type == XML_TEXT_NODE) {
         xmlNodeAddContent(before, behind->content);

@@ -21,7 +21,7 @@ Words namesOf(std::span<const VariantRule> variants) {
     return words;
 }
 
-/// The words of a type that is a choice; none for every other type.
+/// Returns the words of a type that is a choice; none for every other type.
 const Words& wordsOf(ValueType type) {
     static const Words NO_CHOICE;
     static const Words VERSIONS{std::string(FORMAT_VERSION)};
@@ -66,7 +66,7 @@ NumberState goodIf(bool condition) {
 
 NumberState checkNumber(ValueType type, std::string_view text) {
     const ParsedNumber<double> parsed = parseNumber(text);
-    // Zero and the negative numbers are another form, as they are for the schema.
+    // Zero and the negative numbers have the wrong form, as they have for the schema.
     if (isPositive(type) && parsed.state == NumberState::GOOD && !(parsed.value > 0.0)) {
         return NumberState::WRONG_FORM;
     }

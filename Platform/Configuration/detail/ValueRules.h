@@ -29,11 +29,11 @@ enum class ValueType {
     AXIS,             ///< X, -X, Y, -Y, Z or -Z
 };
 
-/// Whether a text has the form of the type. `WRONG_FORM` is returned for words that are none of the choices, too;
-/// `OUT_OF_RANGE` for a number of the right form that the type cannot hold.
+/// Returns whether a text has the form of the type. `WRONG_FORM` is returned for words that are none of the choices,
+/// too; `OUT_OF_RANGE` for a number of the right form that the type cannot hold.
 [[nodiscard]] NumberState checkValue(ValueType type, std::string_view text);
 
-/// What a message says that was expected.
+/// What a message names as expected.
 [[nodiscard]] std::string expectedValue(ValueType type);
 
 [[nodiscard]] bool isLength(ValueType type);

@@ -34,7 +34,7 @@ ParsedNumber<T> parseWhole(std::string_view text) {
     return {value, NumberState::GOOD};
 }
 
-/// The next run of characters that are not white space, taken off the front of `text`; empty at the end.
+/// Returns the next run of characters that are not white space, taken off the front of `text`; empty at the end.
 std::string_view takeWord(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(WHITE_SPACE), text.size()));
     const std::string_view word = text.substr(0, text.find_first_of(WHITE_SPACE));

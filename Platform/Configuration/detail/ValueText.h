@@ -8,7 +8,7 @@
 /// Values in the text of a configuration. Numbers are the same in every locale, and read as a whole or not at all.
 namespace Veltrani {
 
-/// What became of a text that was to be a number.
+/// The result of reading a text as a number.
 enum class NumberState {
     GOOD,
     WRONG_FORM,    ///< the text has another form; infinities and NaN count as this
@@ -21,24 +21,24 @@ struct ParsedNumber {
     NumberState state = NumberState::WRONG_FORM;
 };
 
-/// A finite decimal number: an optional minus, digits with an optional decimal point, an optional exponent. No blanks,
-/// no plus sign, no grouping.
+/// Reads a finite decimal number: an optional minus, digits with an optional decimal point, an optional exponent. No
+/// blanks, no plus sign, no grouping.
 [[nodiscard]] ParsedNumber<double> parseNumber(std::string_view text);
 
-/// A count of pixels: digits, greater than zero.
+/// Reads a count of pixels: digits, greater than zero.
 [[nodiscard]] ParsedNumber<int> parsePixelCount(std::string_view text);
 
 /// Exactly four numbers from 0 to 255, apart by white space.
 [[nodiscard]] std::optional<std::array<unsigned char, 4>> parseFourBytes(std::string_view text);
 
-/// The shortest decimal text.
+/// Returns the shortest decimal text.
 [[nodiscard]] std::string numberText(int value);
 
 /// The counterpart of `parseFourBytes`.
 [[nodiscard]] std::string fourBytesText(const std::array<unsigned char, 4>& bytes);
 
-/// A text as UTF-8 for an XML document. Throws `VeltraniException` when XML cannot hold it: control characters other
-/// than tab, line feed and carriage return, U+FFFE, U+FFFF, surrogates, values beyond Unicode.
+/// Returns a text as UTF-8 for an XML document. Throws `VeltraniException` when XML cannot hold it: control characters
+/// other than tab, line feed and carriage return, U+FFFE, U+FFFF, surrogates, values beyond Unicode.
 ///
 /// @param what names the text in the message
 [[nodiscard]] std::string xmlText(const std::wstring& text, const std::wstring& what);

@@ -12,7 +12,7 @@ namespace Veltrani {
 
 namespace {
 
-// A file that says nothing is taken to be in the world frame: z up, y forward.
+// A file without stated axes is taken to be in the world frame: z up, y forward.
 constexpr const char* USUAL_UP = "Z";
 constexpr const char* USUAL_FORWARD = "Y";
 

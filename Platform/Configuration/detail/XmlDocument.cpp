@@ -15,7 +15,7 @@ namespace Veltrani {
 
 namespace {
 
-/// Where `end` is over, looked for from `from` on; the end of the text when it does not occur.
+/// Returns the position behind the first `end` from `from` on; the end of the text when it does not occur.
 std::size_t past(std::string_view text, std::size_t from, std::string_view end) {
     const std::size_t found = text.find(end, from);
     return found == std::string_view::npos ? text.size() : found + end.size();
@@ -26,7 +26,7 @@ struct Tag {
     std::size_t attributes = 0;
 };
 
-/// The start tag at `begin`; a quoted value may hold anything, a closing bracket included.
+/// Returns the start tag at `begin`; a quoted value may hold anything, a closing bracket included.
 Tag scanTag(std::string_view text, std::size_t begin) {
     Tag tag;
     std::size_t at = begin + 1;
@@ -53,8 +53,8 @@ std::string_view withoutLineEnd(std::string_view text) {
     return text.substr(0, text.find_last_not_of(" \r\n") + 1);
 }
 
-/// What one run of the parser has to say. A fault that ends the parsing is the whole truth: what the parser says after
-/// it is about the ruins, and a prefix that seemed to be undeclared may have been declared behind it.
+/// What one run of the parser reports. A fault that ends the parsing counts alone: what the parser reports after it
+/// follows from that fault, and a prefix that seemed to be undeclared may have been declared behind it.
 class Findings : public HardenedXml::Observer {
 public:
     bool onFinding(const HardenedXml::Finding& finding) override {
@@ -80,7 +80,7 @@ public:
                           "a document without one", "remove the declaration and write out what its entities stand for"};
     }
 
-    /// True when there was one.
+    /// Returns true when there was one.
     bool report(FaultList& faults) {
         if (m_end) {
             m_undeclared = {std::move(*m_end)};
@@ -100,7 +100,7 @@ FileFault encodingFault(int line, std::string found) {
     return {line, ROOT, std::move(found), "text in UTF-8", "save the file in the encoding UTF-8"};
 }
 
-/// What can be told from the bytes alone.
+/// Returns the faults that can be found in the bytes alone.
 std::optional<FileFault> faultOfBytes(std::string_view text) {
     if (text.size() > XmlDocument::LARGEST_BYTES) {
         return FileFault{1, ROOT, std::to_string(text.size()) + " bytes",
@@ -138,7 +138,7 @@ std::optional<FileFault> faultOfDeclaration(const xmlDoc& document) {
     return std::nullopt;
 }
 
-/// Null when faults were added.
+/// Returns null when faults were added.
 HardenedXml::Tree read(std::string_view text, FaultList& faults) {
     const Xml::MemoryWatch memory;
     Findings findings;

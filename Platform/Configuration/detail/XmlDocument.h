@@ -11,7 +11,7 @@
 
 namespace Veltrani {
 
-/// The line (from 1) of the first start tag with more than `limit` attributes; 0 when there is none.
+/// Returns the line (from 1) of the first start tag with more than `limit` attributes; 0 when there is none.
 ///
 /// The XML parser compares every attribute of a tag with every other, so that one tag with a million attributes would
 /// keep it busy for minutes. This scan is linear, understands comments, CDATA sections and processing instructions
@@ -28,11 +28,11 @@ public:
     /// @return the document, or none (null root) when something was added to `faults`
     [[nodiscard]] static XmlDocument parse(std::string_view text, FaultList& faults);
 
-    /// The root element; null when there is no document.
+    /// Returns the root element; null when there is no document.
     [[nodiscard]] xmlNode* root() const;
 
-    /// The whole document as UTF-8 text. What was not changed since it was parsed is the same XML again; the spelling
-    /// of tags is normalised (double quotes, `<a/>` for empty elements, line feeds alone at line ends).
+    /// Returns the whole document as UTF-8 text. What was not changed since it was parsed is the same XML again; the
+    /// spelling of tags is normalised (double quotes, `<a/>` for empty elements, line feeds alone at line ends).
     [[nodiscard]] std::string text() const;
 
     /// The largest document that is read or written.

@@ -28,7 +28,7 @@ using OwnedBuffer = std::unique_ptr<xmlBuffer, FreeBuffer>;
 using OwnedDocument = std::unique_ptr<xmlDoc, FreeDocument>;
 using OwnedNode = std::unique_ptr<xmlNode, FreeNode>;
 
-/// The library answers null when memory ran out.
+/// The library returns null when memory ran out.
 template <class T>
 T* allocated(T* pointer) {
     if (pointer == nullptr) {
@@ -50,7 +50,7 @@ void removeContent(xmlNode* element) {
     }
 }
 
-/// The node with everything in it, for a document; owned by the caller.
+/// Returns the node with everything in it, for a document; owned by the caller.
 xmlNode* copyOf(xmlNode* node, xmlDoc* document) {
     const MemoryWatch memory;
     OwnedNode copy(allocated(xmlDocCopyNode(node, document, 1)));
@@ -121,7 +121,7 @@ int lineOf(const xmlNode* node) {
 std::optional<std::string> attribute(const xmlNode* element, const char* name) {
     const OwnedText value(xmlGetNoNsProp(mutableNode(element), chars(name)));
     if (value == nullptr) {
-        // Null stands for an attribute that is not there, and for one that there is no memory for.
+        // The library returns null for an attribute that is not there, and for one that there is no memory for.
         if (xmlHasNsProp(mutableNode(element), chars(name), nullptr) != nullptr) {
             throw std::bad_alloc();
         }
@@ -165,7 +165,7 @@ std::string content(const xmlNode* element) {
 }
 
 void setContent(xmlNode* element, const std::string& text) {
-    // Made before anything is given up, and never parsed: an ampersand is an ampersand.
+    // Made before anything is removed, and never parsed: an ampersand stays an ampersand.
     xmlNode* const node = allocated(xmlNewDocText(element->doc, chars(text.c_str())));
     removeContent(element);
     xmlAddChild(element, node);

@@ -8,15 +8,15 @@
 #include <string_view>
 #include <vector>
 
-/// Reading and changing nodes of an XML tree. Names are those of elements and attributes without a namespace: what
-/// stands in a namespace belongs to somebody else and is passed over. All text is UTF-8. Where memory runs out,
-/// `std::bad_alloc` is thrown and nothing is left out.
+/// Reading and changing nodes of an XML tree. Names are those of elements and attributes without a namespace: what is
+/// in a namespace belongs to other programs and is skipped. All text is UTF-8. Where memory runs out, `std::bad_alloc`
+/// is thrown; nothing is omitted silently.
 namespace Veltrani::Xml {
 
-/// While it lives, the library keeps what it says about its trees off standard error.
+/// While it lives, the messages of the library about its trees do not reach standard error.
 ///
-/// Its functions on trees leave out what they have no memory for, a value or a whole branch, and go on as if it had
-/// never been there. That they have done so is known here alone.
+/// Its functions on trees leave out what they have no memory for, a value or a whole branch, and continue as if it had
+/// never been there. Only this class detects that they have done so.
 class MemoryWatch {
 public:
     MemoryWatch();
@@ -43,27 +43,28 @@ private:
 /// A text node of nothing but white space.
 [[nodiscard]] bool isBlankText(const xmlNode* node);
 
-/// The line on which the start tag of an element ends; for a text, the line that the tree remembers.
+/// Returns the line on which the start tag of an element ends; for a text, the line that the tree remembers.
 [[nodiscard]] int lineOf(const xmlNode* node);
 
 [[nodiscard]] std::optional<std::string> attribute(const xmlNode* element, const char* name);
 void setAttribute(xmlNode* element, const char* name, const std::string& value);
 
-/// The first child element of this name; null when there is none. A null parent has no children.
+/// Returns the first child element of this name; null when there is none. A null parent has no children.
 [[nodiscard]] xmlNode* child(const xmlNode* parent, std::string_view name);
 [[nodiscard]] std::vector<xmlNode*> children(const xmlNode* parent, std::string_view name);
 
-/// The text inside an element, comments left out.
+/// Returns the text inside an element, comments left out.
 [[nodiscard]] std::string content(const xmlNode* element);
 /// Replaces everything inside an element.
 void setContent(xmlNode* element, const std::string& text);
 
-/// The XML inside an element. It stands on its own: a namespace that is declared further out is declared again in it.
+/// Returns the XML inside an element. The text is complete in itself: a namespace that is declared further out is
+/// declared again in it.
 [[nodiscard]] std::string innerXml(const xmlNode* element);
-/// Replaces everything inside `element` by a copy of what stands inside `source`, which may be of another document.
+/// Replaces everything inside `element` by a copy of the content of `source`, which may be of another document.
 void setInnerXml(xmlNode* element, const xmlNode* source);
 
-/// A new element of the document, not yet in its tree: the caller puts it there.
+/// Returns a new element of the document, not yet in its tree: the caller puts it there.
 [[nodiscard]] xmlNode* newElement(xmlDoc* document, const char* name);
 
 }  // namespace Veltrani::Xml

@@ -15,12 +15,12 @@ namespace Veltrani {
 
 namespace {
 
-// A snippet is tried as deep as it will stand in the file, where the parser limits the depth.
+// A snippet is parsed at the depth that it will have in the file, where the parser limits the depth.
 constexpr std::string_view BEFORE_SNIPPET = "<Display><Projectors><Projector><Device>";
 constexpr std::string_view BEHIND_SNIPPET = "</Device></Projector></Projectors></Display>";
 
-/// The element that encloses the snippet. Null when the snippet closed it early and opened others in its place: then
-/// something stands beside it at some level.
+/// Returns the element that encloses the snippet. Null when the snippet closed it early and opened others in its place:
+/// then there is something beside it at some level.
 const xmlNode* soleDevice(const XmlDocument& document) {
     const xmlNode* node = document.root();
     for (int level = 0; level < 3; ++level) {

@@ -14,12 +14,12 @@ namespace Veltrani {
 
 /// One `<Projector>` of a checked document: read once, every change written through to the document.
 ///
-/// A setter that is given what the element already says changes nothing; one that is given what the file could not hold
-/// throws `VeltraniException` naming the entry, and changes nothing either.
+/// A setter that is given what the element already states changes nothing; one that is given what the file could not
+/// hold throws `VeltraniException` naming the entry, and changes nothing either.
 class XmlProjectorConfig : public ProjectorConfig {
 public:
     /// @param element stays in the document for as long as this object lives
-    /// @param eyePoint of the screen: where the projector's frustum is seen from unless the element says
+    /// @param eyePoint of the screen: where the projector's frustum is seen from unless the element states it
     XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder,
                        const Point<double, 3>& eyePoint);
 
