@@ -10,11 +10,12 @@ class DravixDiagnostics {
 public:
     DravixDiagnostics() = delete;
 
-    /// True when projectors are to be replaced by virtual ones on load. Off at first.
+    /// Returns true when projectors are to be replaced by virtual ones on load. Off at first.
     [[nodiscard]] static bool doVirtualLoad();
     static void setVirtualLoad(bool enabled);
 
-    /// Where files are collected; it need not exist yet. An empty name, as at first, turns collecting off.
+    /// Sets the folder in which files are collected; it need not exist yet. An empty name, as at first, turns
+    /// collecting off.
     static void setDataDirectory(const std::wstring& directory);
 
     /// Copies a file to `<data directory>/screens/<file name>`, in place of an earlier one of that name, even of one
