@@ -53,6 +53,12 @@ inline constexpr LaneMask WIDE_BITS = (LaneMask{1} << WIDTH) - 1;
 [[nodiscard, gnu::always_inline]] inline Wide larger(Wide a, Wide b) {
     return a < b ? b : a;
 }
+/// The number of the greatest of three components, 0 to 2.
+[[nodiscard, gnu::always_inline]] inline Wide longestAxis(Wide x, Wide y, Wide z) {
+    const WideMask mostlyX = (x > y) & (x > z);
+    const WideMask mostlyY = (x <= y) & (y > z);
+    return mostlyX ? all(0) : mostlyY ? all(1) : all(2);
+}
 [[nodiscard, gnu::always_inline]] inline Wide absolute(Wide a) {
     constexpr long long WITHOUT_SIGN = 0x7fff'ffff'ffff'ffff;
     return reinterpret_cast<Wide>(reinterpret_cast<WideMask>(a) & WITHOUT_SIGN);

@@ -125,9 +125,7 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::clip() {
         const WideMask usable = (rounding <= m_target.largestRounding) & (least >= SHORTEST) & (sum <= LONGEST);
         store(m_usable, i, usable ? all(YES) : all(NO));
         store(m_met, i, first <= second ? all(YES) : all(NO));
-        const WideMask mostlyX = (x > y) & (x > z);
-        const WideMask mostlyY = (x <= y) & (y > z);
-        store(m_axis, i, mostlyX ? all(0) : mostlyY ? all(1) : all(2));
+        store(m_axis, i, longestAxis(x, y, z));
         store(m_rays.largest, i, largest);
         store(m_rays.end, i, second - first);
         store(m_skipped, i, first);
