@@ -18,23 +18,12 @@ struct PjlinkStep;
 
 /// A projector that is controlled over the network by the PJLink standard, class 1 or 2.
 ///
-/// | Command | Sent |
-/// |---|---|
-/// | `RunFillBlackTo` | the shutter: `AVMT 11`, or `AVMT 31` when the projector only mutes picture and sound together |
-/// | `RunClearTo` | `AVMT 10`, or `AVMT 30` |
-/// | `GetActiveInputSignalIndex` | the position of `INPT ?` in `INST ?` |
-/// | `SetActiveInputSignalIndex` | `INPT` with that entry of `INST ?` |
-/// | `GetPowerState` | `POWR ?` |
-/// | `GetPictureMute` | `AVMT ?` |
-/// | `GetProjectorName` | `NAME ?` |
-/// | `GetModel` | `INF1 ?`, `INF2 ?` |
-/// | `GetNativeResolution` (class 2) | `RRES ?` |
-/// | `GetFirmware` (class 2) | `SVER ?` |
-/// | `RunFill50GrayTo` | nothing: not in the standard, throws |
-/// | `DisableWhiteLevelWarp`, `DisableWhiteLevelBlend`, `DisableBlackLevelBlend` | nothing: not in the standard; one
-/// warning per projector that its own warp and blend must be off |
+/// What each command sends is listed in docs/devices.md, by the same rows as in `actions` of the source.
+/// `RunFill50GrayTo`, `DisableWhiteLevelWarp`, `DisableWhiteLevelBlend` and `DisableBlackLevelBlend` are not in the
+/// standard and send nothing: the first throws, the others log one warning per projector that its own warp and blend
+/// must be off.
 ///
-/// `supports` is false for the last two rows, and for the class 2 commands of a class 1 projector. Fill parameters are
+/// `supports` is false for these four, and for the class 2 commands of a class 1 projector. Fill parameters are
 /// ignored. Each command is a session of its own, and every wait in it has a limit (`PjlinkSettings`). Every fault is a
 /// `DeviceException` that names the projector, its address and the command; its cause is `NOT_NOW` when the projector
 /// refused the command for the moment because it is not on. To talk with many projectors at the same time, see
