@@ -18,22 +18,6 @@
 TargetLocatorManager* TargetLocatorManager::m_pInstance = nullptr;
 log4cxx::LoggerPtr TargetLocatorManager::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.TargetLocatorManager");
 
-namespace {
-
-/// What every kind that looks through a frustum reads of a projector, in the order of its entry.
-void readFrustum(const ProjectorConfig& projector, SphereTargetLocatorParams& params) {
-    params.eyepoint = projector.getPosition();
-    params.angleTop = projector.getFrustumTop();
-    params.angleBottom = projector.getFrustumBottom();
-    params.angleLeft = projector.getFrustumLeft();
-    params.angleRight = projector.getFrustumRight();
-    params.rotationZ = projector.getOrientationZ();
-    params.rotationX = projector.getOrientationX();
-    params.rotationY = projector.getOrientationY();
-}
-
-}  // namespace
-
 TargetLocatorManager* TargetLocatorManager::getInstance() {
     if (m_pInstance == nullptr) {
         m_pInstance = new TargetLocatorManager();
@@ -125,7 +109,7 @@ bool TargetLocatorManager::checkOrCreatePlanarTargetLocator(const XMLConfigManag
 bool TargetLocatorManager::checkOrCreateSphereTargetLocator(const XMLConfigManager* config,
                                                             const ProjectorConfig* projector) {
     SphereTargetLocatorParams params;
-    readFrustum(*projector, params);
+    LocatorBuilders::readFrustum(*projector, params);
     const TargetLocatorConfig* const targetData = config->getTargetLocatorConfig();
     if (targetData == nullptr) {
         return false;
@@ -138,7 +122,7 @@ bool TargetLocatorManager::checkOrCreateSphereTargetLocator(const XMLConfigManag
 bool TargetLocatorManager::checkOrCreateCollimatedTargetLocator(const XMLConfigManager* config,
                                                                 const ProjectorConfig* projector) {
     CollimatedTargetLocatorParams params;
-    readFrustum(*projector, params);
+    LocatorBuilders::readFrustum(*projector, params);
     const TargetLocatorConfig* const targetData = config->getTargetLocatorConfig();
     if (targetData == nullptr) {
         return false;
@@ -174,7 +158,7 @@ bool TargetLocatorManager::checkOrCreateCustomProjectionTargetLocator(const XMLC
     const std::wstring modelName = projector->getProjectionModelName();
     if (modelName.empty()) {
         SphereTargetLocatorParams params;
-        readFrustum(*projector, params);
+        LocatorBuilders::readFrustum(*projector, params);
         return checkOrCreateTargetLocator(projector->getIdentity(), params,
                                           LocatorBuilders::factoryOf<SphereTargetLocator>(params));
     }

@@ -103,10 +103,11 @@ int askedBeforeTheFirstEnd(const std::vector<std::string>& journal) {
         if (kind == "LINE" && event.ends_with("SVER ?")) {
             asked.insert(projector);
         } else if (kind == "CLOSE" && asked.contains(projector)) {
-            return static_cast<int>(asked.size());
+            break;
         }
     }
-    return 0;
+    // The simulator may not have noticed any end yet: then all have been asked before it.
+    return static_cast<int>(asked.size());
 }
 
 TEST_F(ChannelListingTest, ProjectorsThatFallSilentAreWaitedForTogether) {

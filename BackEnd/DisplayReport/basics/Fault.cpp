@@ -3,6 +3,8 @@
 #include "Common/ExceptionCause.h"
 #include "Common/Utf8.h"
 
+#include <ostream>
+
 namespace Veltrani::DisplayReport {
 
 Fault faultOf(const std::string& where, const std::exception_ptr& exception) {
@@ -22,6 +24,10 @@ std::string sentenceOf(const Fault& fault) {
         text += ": " + cause;
     }
     return text;
+}
+
+std::ostream& operator<<(std::ostream& out, const Fault& fault) {
+    return out << fault.where << ": " << sentenceOf(fault);
 }
 
 }  // namespace Veltrani::DisplayReport

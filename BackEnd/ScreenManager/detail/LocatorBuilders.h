@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Configuration/ProjectorConfig.h"
+#include "ScreenManager/SphereTargetLocator.h"
 #include "ScreenManager/TargetLocatorManager.h"
 
 #include <functional>
@@ -28,6 +29,19 @@ struct LocatorBuilders {
     static bool customProjection(TargetLocatorManager& manager, const XMLConfigManager* config,
                                  const ProjectorConfig* projector) {
         return manager.checkOrCreateCustomProjectionTargetLocator(config, projector);
+    }
+
+    /// Reads what every kind that looks through a frustum takes from a projector, in the order of its entry; programs
+    /// that compare call traces rely on this order.
+    static void readFrustum(const ProjectorConfig& projector, SphereTargetLocatorParams& params) {
+        params.eyepoint = projector.getPosition();
+        params.angleTop = projector.getFrustumTop();
+        params.angleBottom = projector.getFrustumBottom();
+        params.angleLeft = projector.getFrustumLeft();
+        params.angleRight = projector.getFrustumRight();
+        params.rotationZ = projector.getOrientationZ();
+        params.rotationX = projector.getOrientationX();
+        params.rotationY = projector.getOrientationY();
     }
 
     /// Keeps a locator for a record, under the identity of the projector: the last step of the builder of every kind.

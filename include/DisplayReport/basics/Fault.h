@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -19,5 +20,8 @@ struct Fault {
 
 /// What is wrong and why, in one line.
 [[nodiscard]] std::string sentenceOf(const Fault& fault);
+
+/// "where: what (causes)" in one line.
+std::ostream& operator<<(std::ostream& out, const Fault& fault);
 
 }  // namespace Veltrani::DisplayReport

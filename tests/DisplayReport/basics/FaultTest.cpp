@@ -65,4 +65,9 @@ TEST(Fault, ToleratesAnythingThrown) {
     EXPECT_THAT(fault.causes, IsEmpty());
 }
 
+TEST(Fault, IsPrintedInOneLine) {
+    EXPECT_EQ(testing::PrintToString(Fault{"channel Left", "no map", {"first", "second"}}),
+              "channel Left: " + sentenceOf(Fault{"", "no map", {"first", "second"}}));
+}
+
 }  // namespace
