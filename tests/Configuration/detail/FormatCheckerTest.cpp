@@ -172,7 +172,7 @@ TEST(FormatChecker, AllFaultsAreReportedInOneGo) {
         lines.push_back(fault.substr(0, fault.find(": found")));
     }
     const auto at = [&text](const std::string& words, const std::string& element) {
-        const auto end = text.begin() + static_cast<std::ptrdiff_t>(text.find(words));
+        const auto end = text.begin() + static_cast<std::ptrdiff_t>(text.rfind(words));
         return std::to_string(1 + std::count(text.begin(), end, '\n')) + ": <" + element + ">";
     };
     const std::string mesh = at("name=\"scans/measured.obj\"", "MeasuredMesh");
