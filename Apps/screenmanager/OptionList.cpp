@@ -55,7 +55,7 @@ Option OptionList::addFlag(const char* names, bool& value, const char* help) {
     return Option(*m_line->add_flag(names, value, help));
 }
 
-Option OptionList::addRead(const char* names, std::function<void(const std::string&)> take, const char* help) {
+Option OptionList::addRead(const char* names, const std::function<void(const std::string&)>& take, const char* help) {
     return Option(*m_line->add_option_function<std::string>(names, take, help));
 }
 

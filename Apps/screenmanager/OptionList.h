@@ -43,7 +43,7 @@ public:
     Option add(const char* names, std::vector<std::string>& values, const char* help);
     Option addFlag(const char* names, bool& value, const char* help);
     /// @param take is given the value; calls `refuse` for one that is none
-    Option addRead(const char* names, std::function<void(const std::string&)> take, const char* help);
+    Option addRead(const char* names, const std::function<void(const std::string&)>& take, const char* help);
     Option addNumber(const char* names, std::function<void(double)> take, const char* help);
 
     /// @param check is called once everything has been parsed; calls `refuse` for values that do not go together
