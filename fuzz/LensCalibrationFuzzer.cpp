@@ -15,10 +15,10 @@
 
 namespace {
 
-using KelvoControlDetail::BrownConradyDistortion;
-using KelvoControlDetail::FisheyeDistortion;
-using KelvoControlDetail::LensCalibration;
-using KelvoControlDetail::LensFamily;
+using Veltrani::KelvoControlDetail::BrownConradyDistortion;
+using Veltrani::KelvoControlDetail::FisheyeDistortion;
+using Veltrani::KelvoControlDetail::LensCalibration;
+using Veltrani::KelvoControlDetail::LensFamily;
 using P2 = Point<double, 2>;
 
 void require(bool holds, const char* law) {

@@ -13,8 +13,8 @@
 
 namespace {
 
-using KelvoControlDetail::CellLattice;
-using KelvoControlDetail::WarpMesh;
+using Veltrani::KelvoControlDetail::CellLattice;
+using Veltrani::KelvoControlDetail::WarpMesh;
 using P2 = Point<double, 2>;
 
 /// Meshes of more nodes than this cost more time than they find.
@@ -29,7 +29,7 @@ void require(bool holds, const char* law) {
 
 std::shared_ptr<const WarpMesh> read(std::string_view text) {
     try {
-        return KelvoControlDetail::WarpMeshFile::parse(text, "mesh");
+        return Veltrani::KelvoControlDetail::WarpMeshFile::parse(text, "mesh");
     } catch (const VeltraniParseException& fault) {
         require(fault.message.compare(0, 5, L"mesh:") == 0, "a refusal names its file");
         require(fault.message.find(L": found ") != std::wstring::npos, "a refusal says what was found");

@@ -9,11 +9,11 @@
 
 namespace {
 
-using KelvoControlDetail::LensKind;
-using KelvoControlDetail::LensName;
+using Veltrani::KelvoControlDetail::LensKind;
+using Veltrani::KelvoControlDetail::LensName;
 
 const LensKind& kindNamed(const std::wstring& name) {
-    const std::vector<LensKind>& kinds = KelvoControlDetail::lensKinds();
+    const std::vector<LensKind>& kinds = Veltrani::KelvoControlDetail::lensKinds();
     const auto found =
         std::find_if(kinds.begin(), kinds.end(), [&](const LensKind& kind) { return kind.name == name; });
     if (found != kinds.end()) {

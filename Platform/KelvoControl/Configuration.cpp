@@ -34,7 +34,7 @@ std::wstring modelNameOf(const ProjectorConfig& projector, bool isUsed) {
         return name.empty() ? L"Rectilinear" : name;
     }
     // A file that is missing must not stop a display that has no use for it.
-    const bool hasFile = !KelvoControlDetail::LensName::of(name, L"").file.empty();
+    const bool hasFile = !Veltrani::KelvoControlDetail::LensName::of(name, L"").file.empty();
     return hasFile ? std::wstring() : name;
 }
 

@@ -6,7 +6,7 @@
 
 CustomPlanarScreenToChannelMap::CustomPlanarScreenToChannelMap(const std::wstring& filename,
                                                                std::shared_ptr<IScreenGeometry> screen)
-    : m_mesh(filename.empty() ? nullptr : KelvoControlDetail::WarpMeshFile::read(filename)),
+    : m_mesh(filename.empty() ? nullptr : Veltrani::KelvoControlDetail::WarpMeshFile::read(filename)),
       m_screen(std::move(screen)) {}
 
 bool CustomPlanarScreenToChannelMap::mapChannel2DToScreen2D(const Point<double, 2>& channel,

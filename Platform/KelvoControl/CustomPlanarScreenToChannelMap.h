@@ -6,11 +6,11 @@
 #include <memory>
 #include <string>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 class WarpMesh;
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail
 
 /// The map of a custom planar channel, read from a warp-mesh file: from pixel positions of the channel's picture to the
 /// screen's normalised 2D coordinates (s, t), and back.
@@ -43,6 +43,6 @@ public:
     bool mapScreen2DToChannel2D(const Point<double, 2>& screen, Point<double, 2>& out) const;
 
 private:
-    std::shared_ptr<const KelvoControlDetail::WarpMesh> m_mesh;
+    std::shared_ptr<const Veltrani::KelvoControlDetail::WarpMesh> m_mesh;
     std::shared_ptr<IScreenGeometry> m_screen;
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-using KelvoControlDetail::LensName;
+using Veltrani::KelvoControlDetail::LensName;
 
 /// The tangents of right angles and more would mirror the picture.
 void requireEdgeAhead(const wchar_t* edge, double angle, const std::wstring& modelName) {
@@ -27,7 +27,7 @@ void requireEdgeAhead(const wchar_t* edge, double angle, const std::wstring& mod
 /// Returns false for an unknown name: the code that makes the model reports it.
 bool picturesTheFrustum(const std::wstring& modelName) {
     const LensName name = LensName::of(modelName, L"");
-    const auto& kinds = KelvoControlDetail::lensKinds();
+    const auto& kinds = Veltrani::KelvoControlDetail::lensKinds();
     return std::any_of(kinds.begin(), kinds.end(),
                        [&](const auto& kind) { return kind.name == name.kind && !kind.needsFile; });
 }

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 class CylinderSurface;
 }
 
@@ -53,5 +53,5 @@ public:
     [[nodiscard]] std::wstring faultOfShape() const override;
 
 private:
-    std::shared_ptr<const KelvoScreenDetail::CylinderSurface> m_surface;  ///< never null
+    std::shared_ptr<const Veltrani::KelvoScreenDetail::CylinderSurface> m_surface;  ///< never null
 };

@@ -13,7 +13,7 @@
 #include <cmath>
 #include <typeinfo>
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 
 FlatScreen::Numbers::Numbers(const IScreenConfig* screen) {
     if (screen != nullptr) {

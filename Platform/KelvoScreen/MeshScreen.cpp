@@ -16,7 +16,7 @@
 #include <typeinfo>
 #include <utility>
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 
 namespace {
 

@@ -105,7 +105,7 @@ void OBJScreen::deserialize(std::istream& text) {
         bytes = copy;
     }
     text.setstate(std::ios_base::eofbit);
-    KelvoScreenDetail::Sha1 sha1;
+    Veltrani::KelvoScreenDetail::Sha1 sha1;
     sha1.addBytes(bytes->data(), bytes->size());
     read(*bytes, sha1.finish());
 }

@@ -13,10 +13,10 @@
 
 namespace {
 
-using KelvoScreenDetail::ObjCursor;
-using KelvoScreenDetail::ObjIndices;
-using KelvoScreenDetail::ObjSizeEstimate;
-using KelvoScreenDetail::PolygonCutter;
+using Veltrani::KelvoScreenDetail::ObjCursor;
+using Veltrani::KelvoScreenDetail::ObjIndices;
+using Veltrani::KelvoScreenDetail::ObjSizeEstimate;
+using Veltrani::KelvoScreenDetail::PolygonCutter;
 using Triangle = TriangleMesh::Triangle;
 
 constexpr const char* CUT_FACE = "cut it into smaller faces where the mesh was made";

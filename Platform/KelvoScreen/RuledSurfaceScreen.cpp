@@ -8,7 +8,7 @@
 
 #include <typeinfo>
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 
 namespace {
 

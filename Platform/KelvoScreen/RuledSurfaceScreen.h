@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 class RuledSurface;
 }
 
@@ -61,5 +61,5 @@ public:
     [[nodiscard]] std::wstring faultOfShape() const override;
 
 private:
-    std::shared_ptr<const KelvoScreenDetail::RuledSurface> m_surface;  ///< never null
+    std::shared_ptr<const Veltrani::KelvoScreenDetail::RuledSurface> m_surface;  ///< never null
 };

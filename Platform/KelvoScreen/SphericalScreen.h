@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 class SphereSurface;
 }
 
@@ -59,5 +59,5 @@ public:
     [[nodiscard]] std::wstring faultOfShape() const override;
 
 private:
-    std::shared_ptr<const KelvoScreenDetail::SphereSurface> m_surface;  ///< never null
+    std::shared_ptr<const Veltrani::KelvoScreenDetail::SphereSurface> m_surface;  ///< never null
 };

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -201,4 +201,4 @@ bool BrownConradyDistortion::undistort(const Point<double, 2>& distorted, Point<
     return true;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

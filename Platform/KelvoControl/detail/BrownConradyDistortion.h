@@ -5,7 +5,7 @@
 #include <array>
 #include <vector>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// The distortion of a lens with radial, tangential and thin-prism terms, on the plane one unit in front of it (x
 /// right, y down).
@@ -64,4 +64,4 @@ private:
     double m_distortedFoldRadius = 0;  ///< where the radial part brings it
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

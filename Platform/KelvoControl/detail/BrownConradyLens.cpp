@@ -1,6 +1,6 @@
 #include "KelvoControl/detail/BrownConradyLens.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 BrownConradyLens::BrownConradyLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file)
     : LensModel(viewport, name, file),
@@ -25,4 +25,4 @@ bool BrownConradyLens::pictureOf(const Point<double, 3>& ray, Point<double, 2>& 
     return true;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -4,7 +4,7 @@
 #include "KelvoControl/detail/LensCalibration.h"
 #include "KelvoControl/detail/LensModel.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// A lens with radial, tangential and thin-prism distortion from an OpenCV calibration file. The picture spans the
 /// calibration picture; the viewport's extents are not used.
@@ -23,4 +23,4 @@ private:
     BrownConradyDistortion m_distortion;
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

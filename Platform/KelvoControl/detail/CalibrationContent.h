@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// A value of a calibration file, as the file has it.
 struct CalibrationValue {
@@ -58,4 +58,4 @@ inline constexpr std::size_t MOST_ELEMENTS = 64;
 /// Throws `VeltraniParseException` for everything else, an entry that occurs twice included.
 [[nodiscard]] CalibrationContent calibrationFromYaml(std::string_view text, const std::string& document);
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

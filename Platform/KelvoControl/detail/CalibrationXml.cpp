@@ -11,7 +11,7 @@
 #include <new>
 #include <utility>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -170,4 +170,4 @@ CalibrationContent calibrationFromXml(std::string_view text, const std::string& 
     return content;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

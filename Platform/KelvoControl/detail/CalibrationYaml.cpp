@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -239,4 +239,4 @@ CalibrationContent calibrationFromYaml(std::string_view text, const std::string&
     return Reader(text, document).read();
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// Returns a part of an edge or of a cell, brought into 0 to 1. NaN becomes 0: where a row of the cell is one point,
 /// any place in the row is that point.
@@ -149,4 +149,4 @@ struct CellPlace {
     double b = 0;          ///< along the cell, 0 to 1
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

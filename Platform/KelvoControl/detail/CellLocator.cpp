@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <utility>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -322,4 +322,4 @@ bool CellLocator::locateNear(const Point<double, 2>& point, CellPlace& place) co
     return false;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

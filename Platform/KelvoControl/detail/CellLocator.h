@@ -11,7 +11,7 @@
 
 // The search for the cell of a lattice that holds a point: along two axes where rows and columns are straight, else by
 // an index of its cells.
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// Finds the interval of a growing or falling series of numbers that holds a number, in constant time where the numbers
 /// are evenly spaced.
@@ -176,4 +176,4 @@ private:
     std::optional<CellIndex> m_index;     ///< of every other lattice
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

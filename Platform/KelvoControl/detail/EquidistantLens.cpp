@@ -3,7 +3,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 EquidistantLens::EquidistantLens(const Viewport& viewport, const std::wstring& name)
     : LensModel(viewport, name, {}), m_first{std::atan(viewport.ox), std::atan(viewport.oy)} {
@@ -33,4 +33,4 @@ bool EquidistantLens::pictureOf(const Point<double, 3>& ray, Point<double, 2>& n
     return true;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -2,7 +2,7 @@
 
 #include "KelvoControl/detail/LensModel.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// A lens of equal angles: yaw = L + (R - L) u, pitch = B + (T - B) v, with L, R, B, T the angles of the viewport's
 /// edges, seen in the direction (sin yaw cos pitch, cos yaw cos pitch, sin pitch). Yaw and pitch stay within a right
@@ -21,4 +21,4 @@ private:
     Point<double, 2> m_span;   ///< from there to u = 1 and v = 1
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

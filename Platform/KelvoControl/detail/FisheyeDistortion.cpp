@@ -6,7 +6,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -73,4 +73,4 @@ bool FisheyeDistortion::undistort(const Point<double, 2>& distorted, Point<doubl
     return true;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// The distortion of a fisheye lens: the angle to the axis decides how far from the centre of the picture a ray
 /// arrives.
@@ -38,4 +38,4 @@ private:
     double m_distortedFoldAngle = 0;
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

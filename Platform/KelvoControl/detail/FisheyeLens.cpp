@@ -1,6 +1,6 @@
 #include "KelvoControl/detail/FisheyeLens.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -46,4 +46,4 @@ bool FisheyeLens::pictureOf(const Point<double, 3>& ray, Point<double, 2>& norma
     return true;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -4,7 +4,7 @@
 #include "KelvoControl/detail/LensCalibration.h"
 #include "KelvoControl/detail/LensModel.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// A fisheye lens from an OpenCV calibration file. The picture spans the calibration picture; the viewport's extents
 /// are not used.
@@ -26,4 +26,4 @@ private:
     FisheyeDistortion m_distortion;
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -11,7 +11,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -190,4 +190,4 @@ LensCalibration LensCalibration::parse(std::string_view text, const std::string&
     return lens;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// How many numbers the distortion of a kind of lens has. A file of four coefficients does not state what they mean:
 /// the name of the model decides, and each kind of lens states its own family.
@@ -59,4 +59,4 @@ struct LensCalibration {
                                                const LensFamily& family);
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

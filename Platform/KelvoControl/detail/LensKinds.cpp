@@ -5,7 +5,7 @@
 #include "KelvoControl/detail/FisheyeLens.h"
 #include "KelvoControl/detail/RectilinearLens.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -35,4 +35,4 @@ const std::vector<LensKind>& lensKinds() {
     return kinds;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

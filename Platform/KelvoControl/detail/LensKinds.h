@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// One kind of projection model.
 struct LensKind {
@@ -21,4 +21,4 @@ struct LensKind {
 /// Every kind that there is: the only list of them.
 [[nodiscard]] const std::vector<LensKind>& lensKinds();
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

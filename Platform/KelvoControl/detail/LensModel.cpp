@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -92,4 +92,4 @@ void requireExtents(const Viewport& viewport, const std::wstring& name) {
     }
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// The meaning of the two texts that a projection model is made from.
 struct LensName {
@@ -53,4 +53,4 @@ private:
 /// Throws `VeltraniException` when the viewport's extents are not finite or span nothing: for the lenses that use them.
 void requireExtents(const Viewport& viewport, const std::wstring& name);
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -1,6 +1,6 @@
 #include "KelvoControl/detail/RectilinearLens.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 RectilinearLens::RectilinearLens(const Viewport& viewport, const std::wstring& name) : LensModel(viewport, name, {}) {
     requireExtents(viewport, name);
@@ -21,4 +21,4 @@ bool RectilinearLens::pictureOf(const Point<double, 3>& ray, Point<double, 2>& n
     return true;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

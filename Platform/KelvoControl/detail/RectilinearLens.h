@@ -2,7 +2,7 @@
 
 #include "KelvoControl/detail/LensModel.h"
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// A lens without distortion: the picture point (u, v) is seen in the direction (ox + sx u, 1, oy + sy v).
 class RectilinearLens : public LensModel {
@@ -15,4 +15,4 @@ protected:
     bool pictureOf(const Point<double, 3>& ray, Point<double, 2>& normalised) const override;
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -86,4 +86,4 @@ double positiveUpTo(const Polynomial& polynomial, double limit) {
     return changes.empty() ? limit : changes.front();
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -4,7 +4,7 @@
 #include <vector>
 
 // Functions of one variable, of which distortions are made: polynomials, and the inverse of any increasing function.
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// A polynomial in one variable by its coefficients, constant first. Empty is zero.
 using Polynomial = std::vector<double>;
@@ -56,4 +56,4 @@ template <class Function>
     return x;
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
@@ -249,4 +249,4 @@ std::shared_ptr<const WarpMesh> WarpMeshFile::parse(std::string_view text, const
     return Parser(text, document).parse();
 }
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

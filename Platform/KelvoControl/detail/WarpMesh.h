@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace KelvoControlDetail {
+namespace Veltrani::KelvoControlDetail {
 
 /// A warp mesh as two maps, from the picture to the screen and back. Immutable.
 ///
@@ -59,4 +59,4 @@ public:
     [[nodiscard]] static std::shared_ptr<const WarpMesh> parse(std::string_view text, const std::string& document);
 };
 
-}  // namespace KelvoControlDetail
+}  // namespace Veltrani::KelvoControlDetail

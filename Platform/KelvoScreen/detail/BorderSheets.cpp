@@ -12,7 +12,7 @@
 #include <span>
 #include <tuple>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -355,4 +355,4 @@ std::optional<BlendedHit> BorderBlend::meet(const Point<double, 3>& start, const
     return hit;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

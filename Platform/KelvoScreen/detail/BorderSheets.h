@@ -9,7 +9,7 @@
 #include <vector>
 
 // The continuation of a mesh past its border: the border cut into stretches, each with a sheet, and the sheets blended.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Encloses triangles, so that most need not be examined one by one.
 struct BoundingSphere {
@@ -95,4 +95,4 @@ private:
     Point<double, 3> m_normal;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 Point<double, 3> Box::centre() const {
     return 0.5 * lower + 0.5 * upper;
@@ -43,4 +43,4 @@ bool Box::clip(const Point<double, 3>& from, const Point<double, 3>& direction, 
     return second < INFINITE;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

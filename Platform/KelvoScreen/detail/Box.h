@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <limits>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// An axis-aligned box; empty until a point is added.
 struct Box {
@@ -54,4 +54,4 @@ struct Box {
                             double& first, double& second) const;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

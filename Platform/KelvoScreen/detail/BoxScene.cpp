@@ -7,7 +7,7 @@
 #include <new>
 #include <string>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -170,4 +170,4 @@ void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments) {
     });
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -10,7 +10,7 @@
 #include <vector>
 
 // Scenes of boxes in Embree: their units, the device of the process, and the casting of packets of rays.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// How places and lengths are turned into those of a search structure in single precision: relative to the centre of
 /// all triangles, in units of half the longest side of their box. No coordinate inside the box exceeds 1.
@@ -90,4 +90,4 @@ void castPacket(const BoxScene& scene, const LaneRays& rays, LaneMask lanes, std
 /// The part of the intersection call-back of such a scene for packets.
 void visitAlongPacket(const RTCIntersectFunctionNArguments* arguments);
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

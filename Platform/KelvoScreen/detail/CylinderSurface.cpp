@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 CylinderSurface::CylinderSurface(const CylinderNumbers& numbers)
     : m_numbers(numbers),
@@ -121,4 +121,4 @@ Point<double, 3> CylinderSurface::pointAt(double s, double t) const {
                                                    m_numbers.radius * std::cos(azimuth), (t - 0.5) * m_numbers.height});
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 struct OwnHit;
 struct RayAim;
@@ -61,4 +61,4 @@ private:
     bool m_isValid = false;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <system_error>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -61,4 +61,4 @@ const char* DecimalNumber::parseAny(const char* first, const char* last, double&
     return first;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Decimal numbers in text, read as `std::from_chars` reads them, bit for bit, and faster for those that mesh files
 /// hold: up to nineteen digits without an exponent.
@@ -62,4 +62,4 @@ inline const char* DecimalNumber::parse(const char* first, const char* last, dou
     return at;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

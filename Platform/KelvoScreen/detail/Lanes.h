@@ -12,7 +12,7 @@
 ///
 /// The results are those of the same operations one by one, to the last bit: vector instructions round each lane as the
 /// scalar ones do, and none is fused.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 inline constexpr std::size_t LANES = 16;
 
@@ -101,7 +101,7 @@ void forEachLane(LaneMask mask, const Action& action) {
     }
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail
 
 /// Compiles a function twice, for processors with vectors of four doubles and for all others; which one runs is decided
 /// when the library is loaded. Both give the same bits. (clang 14 cannot do that to members: it takes two of two.)

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -182,4 +182,4 @@ std::optional<MeshPoint> MeshBorder::continuedHit(const Point<double, 3>& from, 
     return isFinite(hit.point) && std::isfinite(hit.t) ? std::optional(hit) : std::nullopt;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

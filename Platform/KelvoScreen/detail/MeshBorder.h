@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// A mesh continued past its border: where it is flat there, in its plane, and where it is curved, with that curvature.
 ///
@@ -45,4 +45,4 @@ private:
     std::vector<Face> m_faces;  ///< in the order of their stretches
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -196,4 +196,4 @@ std::optional<MeshPoint> MeshSurface::nearestPoint(const Point<double, 3>& point
     return collector.best();
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -9,7 +9,7 @@
 #include <optional>
 #include <span>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// A point of a mesh.
 struct MeshPoint {
@@ -50,4 +50,4 @@ private:
     double m_largestCoordinate;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

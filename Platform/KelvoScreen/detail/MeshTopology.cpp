@@ -5,7 +5,7 @@
 #include <numeric>
 #include <tuple>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -83,4 +83,4 @@ MeshTopology::MeshTopology(const TriangleMesh& mesh)
     });
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

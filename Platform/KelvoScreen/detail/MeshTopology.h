@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Which triangles of a mesh share an edge, and where the mesh ends.
 ///
@@ -42,4 +42,4 @@ private:
     std::vector<BorderEdge> m_border;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -255,4 +255,4 @@ void ObjIndices::requireAllDefined() const {
     }
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -10,7 +10,7 @@
 
 // The tools that parse the text of an OBJ file: an estimate of its size, a cursor through its words, and the indices of
 // its faces.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Roughly how many elements an OBJ text defines, from samples spread over it, so that room for them can be reserved
 /// at once. A short text is counted whole. Never more than the text has room for.
@@ -187,4 +187,4 @@ private:
     std::vector<Forward> m_forward;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

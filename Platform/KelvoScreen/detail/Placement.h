@@ -2,7 +2,7 @@
 
 #include "Common/Matrix.h"
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// The place of the own frame of a shape in the world: its centre and its orientation.
 class Placement {
@@ -33,4 +33,4 @@ private:
     bool m_isTurned = false;  ///< most displays are not: worth a test for every ray
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -220,4 +220,4 @@ double PolygonCutter::bulge(std::uint32_t corner) const {
     return doubleArea(m_corners[m_previous[corner]], m_corners[corner], m_corners[m_next[corner]]);
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Cuts polygons, concave ones included, into triangles.
 ///
@@ -75,4 +75,4 @@ private:
     std::size_t m_cornersLeft = 0;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -247,4 +247,4 @@ std::optional<FittedSheet> fitSheet(std::span<const Point<double, 3>> points, co
     return FittedSheet{sheet, errorOf(sheet, points)};
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

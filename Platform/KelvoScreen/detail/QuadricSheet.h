@@ -7,7 +7,7 @@
 #include <optional>
 #include <span>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// A symmetric 3 x 3 matrix: xx, xy, xz, yy, yz, zz.
 using SymmetricMatrix = std::array<double, 6>;
@@ -78,4 +78,4 @@ inline constexpr std::size_t FEWEST_FIT_POINTS = 9;
                                                   const Point<double, 3>& origin, const Point<double, 3>& normal,
                                                   double radius, double noise);
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

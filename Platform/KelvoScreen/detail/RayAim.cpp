@@ -2,7 +2,7 @@
 
 #include "KelvoScreen/detail/Rounding.h"
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 RayAim RayAim::rescaled(Point<double, 3> direction) {
     RayAim aim(direction);
@@ -18,4 +18,4 @@ RayAim RayAim::rescaled(Point<double, 3> direction) {
     return aim;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -7,7 +7,7 @@
 #include <cstddef>
 
 // A ray as round shapes use it: its direction, of a length that can be squared, and its chord through a ball or circle.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// The direction of a ray, of a length whose square neither overflows nor vanishes.
 struct RayAim {
@@ -170,4 +170,4 @@ void visitChord(const Point<double, N>& origin, const Point<double, N>& directio
     }
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -7,7 +7,7 @@
 #include <bit>
 #include <cmath>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -392,4 +392,4 @@ void RayPacket::finish(std::span<SurfaceHit> hits) {
     });
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

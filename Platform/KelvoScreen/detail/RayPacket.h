@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <span>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// What a packet of rays needs to know of a mesh.
 struct PacketTarget {
@@ -102,4 +102,4 @@ private:
     Completion m_completion;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

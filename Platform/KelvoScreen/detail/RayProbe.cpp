@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -86,4 +86,4 @@ bool RayProbe::meetsEdge(const std::array<Flat, 3>& flat, std::array<double, 3>&
     return met && !isEdgeOn(flat);
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

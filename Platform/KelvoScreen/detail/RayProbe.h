@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Returns the axis of the largest component: a direction runs most along it.
 [[nodiscard]] std::size_t largestAxis(const Point<double, 3>& direction);
@@ -105,4 +105,4 @@ private:
     double m_perDepth;  ///< t per length along that axis
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

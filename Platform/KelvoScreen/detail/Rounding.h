@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Relative error that a handful of double operations may leave: where coordinates of size x enter, lengths below
 /// ROUNDING * x are noise. A ray that passes an edge closer than that counts as on the edge, so that nothing slips
@@ -27,4 +27,4 @@ inline constexpr double PARAMETER_TOLERANCE = 1e-9;
     return std::max({std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -393,4 +393,4 @@ PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlac
             fixedV || !(bendV > 0) ? at.v : at.v - slopeV / bendV};
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -5,7 +5,7 @@
 #include <array>
 #include <cstddef>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Parameters on a patch: u from the left to the right ruling, v from the lower to the upper edge, both [0, 1] on the
 /// patch itself.
@@ -116,4 +116,4 @@ private:
     double m_radius = 0;  ///< of a ball around the centre that holds the patch
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

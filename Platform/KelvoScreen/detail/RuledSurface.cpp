@@ -12,7 +12,7 @@
 #include <limits>
 #include <utility>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -346,4 +346,4 @@ bool RuledSurface::pointAt(double s, double t, Point<double, 3>& out) const {
     return storeIfFinite((1 - t) * onRail(m_numbers.lower) + t * onRail(m_numbers.upper), out);
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

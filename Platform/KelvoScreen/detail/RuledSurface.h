@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 struct RayAim;
 
@@ -68,4 +68,4 @@ private:
     bool m_isValid = false;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -2,7 +2,7 @@
 
 #include "KelvoScreen/detail/Rounding.h"
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -83,4 +83,4 @@ IntersectionSet keepSide(const IScreenGeometry& screen, const IntersectionSet& h
     return kept;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

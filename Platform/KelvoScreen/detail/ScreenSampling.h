@@ -5,7 +5,7 @@
 #include <vector>
 
 /// What every kind of screen does in the same way, on top of its own ray and parameter queries.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Samples one row at height y, see `ScreenGeometry::sampleHorizontally`. Nothing for columns <= 0. The order of
 /// evaluation is part of the contract: grids built at different times must agree to the last bit.
@@ -33,4 +33,4 @@ void sampleRow(const IScreenGeometry& screen, double y, double xMin, double xMax
 [[nodiscard]] IntersectionSet keepSide(const IScreenGeometry& screen, const IntersectionSet& hits,
                                        const Point<double, 3>& direction, int sign);
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -10,7 +10,7 @@
 #include <memory>
 #include <new>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -97,4 +97,4 @@ void Sha1::flush() {
     m_pendingSize = 0;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

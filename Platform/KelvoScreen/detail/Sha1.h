@@ -10,7 +10,7 @@
 
 struct evp_md_ctx_st;
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// A running SHA-1 digest over bytes and numbers.
 ///
@@ -56,4 +56,4 @@ private:
     std::size_t m_pendingSize = 0;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

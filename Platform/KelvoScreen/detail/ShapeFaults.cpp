@@ -8,7 +8,7 @@
 #include <iterator>
 #include <numbers>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -84,4 +84,4 @@ std::wstring faultOfElevations(double min, double max) {
                : L"its elevations" + range(min, max) + L"growing ones from -90 to 90 at most: correct its Elevation";
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

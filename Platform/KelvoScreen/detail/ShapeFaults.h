@@ -7,7 +7,7 @@
 
 /// Why the numbers of a shape describe no surface. Each function returns a text that names the number, what is expected
 /// and the element to correct, and an empty one where the number is right.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// Returns the first text that is not empty; empty when all are.
 [[nodiscard]] std::wstring firstFault(std::initializer_list<std::wstring> faults);
@@ -32,4 +32,4 @@ namespace KelvoScreenDetail {
 /// Limits in radians: growing, from pole to pole at most.
 [[nodiscard]] std::wstring faultOfElevations(double min, double max);
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <numbers>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -184,4 +184,4 @@ void FaceRegion::grow(std::uint32_t triangle, const Point<double, 3>& place, dou
               [&place](const auto& a, const auto& b) { return norm(a - place) < norm(b - place); });
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// A mesh divided along its creases into smooth faces.
 ///
@@ -72,4 +72,4 @@ private:
     double m_spacing = 0;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -9,7 +9,7 @@
 #include <limits>
 #include <numbers>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -207,4 +207,4 @@ double SphereSurface::elevationAt(double t) const {
     return m_numbers.elevationMin + t * (m_numbers.elevationMax - m_numbers.elevationMin);
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 struct OwnHit;
 struct RayAim;
@@ -100,4 +100,4 @@ private:
     bool m_isValid = false;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

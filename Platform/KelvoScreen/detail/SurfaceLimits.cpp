@@ -3,7 +3,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -33,4 +33,4 @@ const Point<double, 2>& AzimuthSector::nearestLimit(double x, double y) const {
     return x * m_min[0] + y * m_min[1] >= x * m_max[0] + y * m_max[1] ? m_min : m_max;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

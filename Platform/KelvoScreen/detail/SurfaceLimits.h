@@ -8,7 +8,7 @@
 #include <cmath>
 
 // Where a surface ends: the range of its azimuths, and rays that pass a limit so closely that they hit it.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// How far along a ray a hit is uncertain when the ray is known to `tolerance` across: a length. For a touching ray,
 /// where the angle gives no bound, the curvature of a surface as large as the coordinates bounds it.
@@ -144,4 +144,4 @@ private:
     bool m_isWide = true;  ///< more than half a turn
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

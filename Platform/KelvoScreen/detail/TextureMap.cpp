@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -227,4 +227,4 @@ std::optional<TexturePlace> TextureMap::find(const Point<double, 2>& st, bool ex
     return TexturePlace{*found, weightsOf(textureCorners(m_mesh, *found), point, nearest.distance(), tolerance)};
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// A place on a mesh, found by its texture coordinates.
 struct TexturePlace {
@@ -33,4 +33,4 @@ private:
     TriangleIndex m_index;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <numeric>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -236,4 +236,4 @@ void TriangleBoxes::addSlices(std::uint32_t triangle, const std::vector<Box>& sl
     boxes.insert(boxes.end(), slices.begin(), slices.end());
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -7,7 +7,7 @@
 #include <limits>
 #include <vector>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// The source of triangles while a search structure is built over them.
 class TriangleSource {
@@ -52,4 +52,4 @@ private:
     void addSlices(std::uint32_t triangle, const std::vector<Box>& slices);
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

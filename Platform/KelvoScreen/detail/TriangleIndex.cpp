@@ -10,7 +10,7 @@
 #include <new>
 #include <utility>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -248,4 +248,4 @@ void TriangleIndex::aroundPoint(const Point<double, 3>& point, double radius, Po
     rtcPointQuery(m_scene, &ball, &context, visitAroundPoint, &query);
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -11,7 +11,7 @@
 
 struct RTCSceneTy;
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// A search structure over triangles: which of them may a ray meet, which are near a point.
 ///
@@ -96,4 +96,4 @@ private:
     RTCSceneTy* m_scene = nullptr;
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

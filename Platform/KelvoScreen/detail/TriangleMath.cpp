@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 namespace {
 
@@ -208,4 +208,4 @@ Point<double, 3> closestOnSegment(const Point<double, 3>& end1, const Point<doub
     return position > 0 ? start + position * along : start;
 }
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// The arithmetic of triangles: of single ones, and what rays must know of those of a mesh.
-namespace KelvoScreenDetail {
+namespace Veltrani::KelvoScreenDetail {
 
 /// The three corners of a triangle, in the order of its winding.
 using Corners = std::array<Point<double, 3>, 3>;
@@ -119,4 +119,4 @@ struct TriangleShapes {
     [[nodiscard]] bool isNeedle(std::uint32_t triangle) const { return hasNeedles && needles[triangle]; }
 };
 
-}  // namespace KelvoScreenDetail
+}  // namespace Veltrani::KelvoScreenDetail

@@ -8,7 +8,7 @@
 
 namespace {
 
-using KelvoControlDetail::AxisTable;
+using Veltrani::KelvoControlDetail::AxisTable;
 
 /// The interval by looking at one after the other.
 std::size_t searched(const std::vector<double>& values, double value) {

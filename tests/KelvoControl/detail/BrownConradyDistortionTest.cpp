@@ -8,7 +8,7 @@
 
 namespace {
 
-using KelvoControlDetail::BrownConradyDistortion;
+using Veltrani::KelvoControlDetail::BrownConradyDistortion;
 using P2 = Point<double, 2>;
 
 const std::vector<double> STRONG{-0.35, 0.15, 0.002, -0.001, -0.03};

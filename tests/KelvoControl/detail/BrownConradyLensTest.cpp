@@ -10,7 +10,7 @@
 
 namespace {
 
-using KelvoControlDetail::BrownConradyLens;
+using Veltrani::KelvoControlDetail::BrownConradyLens;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 

@@ -7,8 +7,8 @@
 
 namespace {
 
-using KelvoControlDetail::CalibrationContent;
-using KelvoControlDetail::calibrationFromXml;
+using Veltrani::KelvoControlDetail::CalibrationContent;
+using Veltrani::KelvoControlDetail::calibrationFromXml;
 
 std::wstring refusal(const std::string& text) {
     try {

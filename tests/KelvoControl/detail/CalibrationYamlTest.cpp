@@ -7,8 +7,8 @@
 
 namespace {
 
-using KelvoControlDetail::CalibrationContent;
-using KelvoControlDetail::calibrationFromYaml;
+using Veltrani::KelvoControlDetail::CalibrationContent;
+using Veltrani::KelvoControlDetail::calibrationFromYaml;
 
 std::wstring refusal(const std::string& text) {
     try {

@@ -9,8 +9,8 @@
 
 namespace {
 
-using KelvoControlDetail::CellIndex;
-using KelvoControlDetail::CellLattice;
+using Veltrani::KelvoControlDetail::CellIndex;
+using Veltrani::KelvoControlDetail::CellLattice;
 using P2 = Point<double, 2>;
 
 template <class Place>

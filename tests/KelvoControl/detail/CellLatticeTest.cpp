@@ -4,8 +4,8 @@
 
 namespace {
 
-using KelvoControlDetail::CellLattice;
-using KelvoControlDetail::QuadCell;
+using Veltrani::KelvoControlDetail::CellLattice;
+using Veltrani::KelvoControlDetail::QuadCell;
 using P2 = Point<double, 2>;
 
 /// Three columns, four rows: node (c, r) at (10 c, r) in the picture, at (c, 100 r) on the screen.

@@ -9,10 +9,10 @@
 
 namespace {
 
-using KelvoControlDetail::CellLattice;
-using KelvoControlDetail::CellLocator;
-using KelvoControlDetail::CellPlace;
-using KelvoControlDetail::QuadCell;
+using Veltrani::KelvoControlDetail::CellLattice;
+using Veltrani::KelvoControlDetail::CellLocator;
+using Veltrani::KelvoControlDetail::CellPlace;
+using Veltrani::KelvoControlDetail::QuadCell;
 using P2 = Point<double, 2>;
 
 constexpr P2 TOLERANCE{1e-9, 1e-9};

@@ -8,7 +8,7 @@
 
 namespace {
 
-using KelvoControlDetail::EquidistantLens;
+using Veltrani::KelvoControlDetail::EquidistantLens;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 

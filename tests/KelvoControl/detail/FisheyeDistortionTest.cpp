@@ -9,7 +9,7 @@
 
 namespace {
 
-using KelvoControlDetail::FisheyeDistortion;
+using Veltrani::KelvoControlDetail::FisheyeDistortion;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 

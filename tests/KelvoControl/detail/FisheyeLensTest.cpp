@@ -11,7 +11,7 @@
 
 namespace {
 
-using KelvoControlDetail::FisheyeLens;
+using Veltrani::KelvoControlDetail::FisheyeLens;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 

@@ -6,8 +6,8 @@
 
 namespace {
 
-using KelvoControlDetail::ValueAndSlope;
-using KelvoControlDetail::whereIncreasingEquals;
+using Veltrani::KelvoControlDetail::ValueAndSlope;
+using Veltrani::KelvoControlDetail::whereIncreasingEquals;
 
 TEST(IncreasingFunction, ArrivesInFiveStepsWhereItIsSmooth) {
     int steps = 0;

@@ -12,8 +12,8 @@
 
 namespace {
 
-using KelvoControlDetail::LensCalibration;
-using KelvoControlDetail::LensFamily;
+using Veltrani::KelvoControlDetail::LensCalibration;
+using Veltrani::KelvoControlDetail::LensFamily;
 
 constexpr LensFamily BROWN = LensFamily::BrownConrady;
 

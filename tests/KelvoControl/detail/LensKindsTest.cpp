@@ -10,8 +10,8 @@
 
 namespace {
 
-using KelvoControlDetail::LensKind;
-using KelvoControlDetail::lensKinds;
+using Veltrani::KelvoControlDetail::LensKind;
+using Veltrani::KelvoControlDetail::lensKinds;
 
 TEST(LensKinds, EachHasANameOfItsOwn) {
     std::set<std::wstring> names;

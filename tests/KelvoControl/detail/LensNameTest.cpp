@@ -4,7 +4,7 @@
 
 namespace {
 
-using KelvoControlDetail::LensName;
+using Veltrani::KelvoControlDetail::LensName;
 
 void expectParts(const LensName& name, const std::wstring& kind, const std::wstring& file) {
     EXPECT_EQ(name.kind, kind);

@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace KelvoControlDetail;
+using namespace Veltrani::KelvoControlDetail;
 
 TEST(Polynomial, IsWrittenConstantFirst) {
     EXPECT_EQ(valueAt({1.0, 2.0, 3.0}, 2.0), 17.0);

@@ -7,7 +7,7 @@
 
 namespace {
 
-using KelvoControlDetail::QuadCell;
+using Veltrani::KelvoControlDetail::QuadCell;
 using P2 = Point<double, 2>;
 
 /// The place within the cell, or none.

@@ -6,7 +6,7 @@
 
 namespace {
 
-using KelvoControlDetail::RectilinearLens;
+using Veltrani::KelvoControlDetail::RectilinearLens;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 

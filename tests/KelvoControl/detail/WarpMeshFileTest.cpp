@@ -10,7 +10,7 @@
 
 namespace {
 
-using KelvoControlDetail::WarpMeshFile;
+using Veltrani::KelvoControlDetail::WarpMeshFile;
 
 std::wstring refusal(const std::string& text) {
     try {

@@ -4,8 +4,8 @@
 
 namespace {
 
-using KelvoControlDetail::CellLattice;
-using KelvoControlDetail::WarpMesh;
+using Veltrani::KelvoControlDetail::CellLattice;
+using Veltrani::KelvoControlDetail::WarpMesh;
 using P2 = Point<double, 2>;
 
 /// One cell: the picture 200 x 100, a trapezium on the screen.

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 
 constexpr double PI = std::numbers::pi;
 

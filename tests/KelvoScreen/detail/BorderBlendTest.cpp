@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 /// Two stretches along z = 0, at x = -1 and x = 1: triangles below whose edges end there, continued by the given

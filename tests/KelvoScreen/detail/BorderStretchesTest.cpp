@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 /// Checks that each border triangle is in one stretch, inside its spheres, and that faces are in one piece.

@@ -6,7 +6,7 @@
 
 namespace {
 
-using KelvoScreenDetail::Box;
+using Veltrani::KelvoScreenDetail::Box;
 using Vector = Point<double, 3>;
 
 Box box(const Vector& a, const Vector& b) {

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Plane = Point<double, 2>;
 using Vector = Point<double, 3>;
 

@@ -14,7 +14,7 @@
 
 namespace {
 
-using KelvoScreenDetail::DecimalNumber;
+using Veltrani::KelvoScreenDetail::DecimalNumber;
 
 struct Parsed {
     double value = 0;

@@ -16,8 +16,8 @@ std::ptrdiff_t threadCount() {
 }
 
 TEST(EmbreeDevice, IsOneForTheWholeProcess) {
-    EXPECT_NE(KelvoScreenDetail::embreeDevice(), nullptr);
-    EXPECT_EQ(KelvoScreenDetail::embreeDevice(), KelvoScreenDetail::embreeDevice());
+    EXPECT_NE(Veltrani::KelvoScreenDetail::embreeDevice(), nullptr);
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::embreeDevice(), Veltrani::KelvoScreenDetail::embreeDevice());
 }
 
 TEST(EmbreeDevice, BuildingAndSearchingAMeshStartsNoThread) {

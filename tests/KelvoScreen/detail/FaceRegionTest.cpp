@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 /// A mesh with everything that a region refers to.

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 TEST(MeshBorder, OfAWallAreTheTrianglesAlongItsEdges) {

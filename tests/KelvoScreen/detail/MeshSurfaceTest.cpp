@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 constexpr int WATERTIGHT_RAYS = 100000;

@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 
 constexpr std::uint32_t NONE = MeshTopology::NONE;
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-using KelvoScreenDetail::ObjCursor;
+using Veltrani::KelvoScreenDetail::ObjCursor;
 
 /// The keywords of all statements with the lines that they stand on.
 std::string statements(const std::string& text) {

@@ -8,8 +8,8 @@
 
 namespace {
 
-using KelvoScreenDetail::ObjCursor;
-using KelvoScreenDetail::ObjIndices;
+using Veltrani::KelvoScreenDetail::ObjCursor;
+using Veltrani::KelvoScreenDetail::ObjIndices;
 
 ObjIndices withElements(int count) {
     ObjIndices indices("vertex");

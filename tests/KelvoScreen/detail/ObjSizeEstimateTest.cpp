@@ -6,7 +6,7 @@
 
 namespace {
 
-using KelvoScreenDetail::ObjSizeEstimate;
+using Veltrani::KelvoScreenDetail::ObjSizeEstimate;
 
 /// Vertices, then texture coordinates, then faces of `corners` corners, as files usually have them.
 std::string sections(int vertices, int textureCoordinates, int faces, int corners) {

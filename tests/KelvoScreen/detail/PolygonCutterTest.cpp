@@ -11,7 +11,7 @@
 
 namespace {
 
-using KelvoScreenDetail::PolygonCutter;
+using Veltrani::KelvoScreenDetail::PolygonCutter;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 using Triangle = PolygonCutter::Triangle;

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 /// The sphere around the origin, positive outside: (|p|^2 - r^2) / (2 r) seen from its lowest point.

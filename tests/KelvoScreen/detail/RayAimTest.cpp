@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 TEST(RayAim, IsTheDifferenceOfTheTwoPoints) {

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();

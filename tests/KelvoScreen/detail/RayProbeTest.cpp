@@ -10,8 +10,8 @@
 
 namespace {
 
-using KelvoScreenDetail::Meeting;
-using KelvoScreenDetail::RayProbe;
+using Veltrani::KelvoScreenDetail::Meeting;
+using Veltrani::KelvoScreenDetail::RayProbe;
 using Vector = Point<double, 3>;
 
 bool meets(const RayProbe& probe, const TriangleMesh& mesh, Meeting& meeting, std::size_t triangle = 0) {
@@ -100,12 +100,13 @@ TEST(RayProbe, TheWeightsOfANeedlePlaceThePointOnTheRay) {
         const needles::Shape shape = needles::anyTriangle(needles::anyAspect(random), random);
         for (const auto& [from, to] : needles::aimAt(shape, random)) {
             const double largest = needles::largestCoordinate(shape.corners, from);
-            const RayProbe probe(from, to - from, KelvoScreenDetail::ROUNDING * largest, 3 * shape.size);
+            const RayProbe probe(from, to - from, Veltrani::KelvoScreenDetail::ROUNDING * largest, 3 * shape.size);
             Meeting meeting;
             if (probe.meets(shape.corners[0], shape.corners[1], shape.corners[2], meeting)) {
                 ++hits;
-                const Vector point = KelvoScreenDetail::pointWithWeights(shape.corners, meeting.weights);
-                ASSERT_TRUE(oracle::isNearLine(from, to, point, 8 * KelvoScreenDetail::ROUNDING * largest)) << i;
+                const Vector point = Veltrani::KelvoScreenDetail::pointWithWeights(shape.corners, meeting.weights);
+                ASSERT_TRUE(oracle::isNearLine(from, to, point, 8 * Veltrani::KelvoScreenDetail::ROUNDING * largest))
+                    << i;
                 for (const double weight : meeting.weights) {
                     ASSERT_GE(weight, 0) << i;
                 }
@@ -129,7 +130,8 @@ TEST(RayProbe, BesideANeedleTheToleranceIsTheSameOnBothSides) {
         const Vector direction = shape.across + tilt * shape.normal;
         const Vector aside = cross(direction, shape.along) * (1 / norm(direction));
         const Vector onEdge = start + random.uniform(0.1, 0.9) * (end - start);
-        const double tolerance = KelvoScreenDetail::ROUNDING * needles::largestCoordinate(corners, onEdge - direction);
+        const double tolerance =
+            Veltrani::KelvoScreenDetail::ROUNDING * needles::largestCoordinate(corners, onEdge - direction);
         if (tilt * width < 0.25 * tolerance) {
             continue;  // the ray sees its corners on a line, up to rounding
         }

@@ -66,7 +66,7 @@ Ray miss(double x = 0) {
 TEST(SampleRow, EvaluatesInTheGivenOrder) {
     const RecordingScreen screen;
     Grid grid;
-    KelvoScreenDetail::sampleRow(screen, 0.25, 0.2, 1.0, 4, 7, grid, true);
+    Veltrani::KelvoScreenDetail::sampleRow(screen, 0.25, 0.2, 1.0, 4, 7, grid, true);
     ASSERT_EQ(screen.asked.size(), 4U);
     EXPECT_EQ(screen.asked[3][0], 1.0000000000000002) << "not 1.0, as xMax or a look-alike formula would give";
     EXPECT_EQ(screen.asked[1][0], 0.46666666666666667);
@@ -81,14 +81,14 @@ TEST(SampleRow, EvaluatesInTheGivenOrder) {
 TEST(SampleRow, RunsBackwardsWhenTheRangeDoes) {
     const RecordingScreen screen;
     Grid grid;
-    KelvoScreenDetail::sampleRow(screen, 0, 2, 0, 3, 0, grid, false);
+    Veltrani::KelvoScreenDetail::sampleRow(screen, 0, 2, 0, 3, 0, grid, false);
     EXPECT_EQ(screen.asked, (std::vector<Point<double, 2>>{{2.0, 0.0}, {1.0, 0.0}, {0.0, 0.0}}));
 }
 
 TEST(SampleRow, ASingleColumnStandsAtTheStart) {
     const RecordingScreen screen;
     Grid grid;
-    KelvoScreenDetail::sampleRow(screen, 0.5, 0.3, 0.9, 1, 2, grid, false);
+    Veltrani::KelvoScreenDetail::sampleRow(screen, 0.5, 0.3, 0.9, 1, 2, grid, false);
     EXPECT_EQ(screen.asked, (std::vector<Point<double, 2>>{{0.3, 0.5}}));
     EXPECT_EQ(grid, (Grid{{{0, 2}, Vector{0.3, 0.0, 0.5}}}));
 }
@@ -96,8 +96,8 @@ TEST(SampleRow, ASingleColumnStandsAtTheStart) {
 TEST(SampleRow, WithoutColumnsNothingIsAsked) {
     const RecordingScreen screen;
     Grid grid;
-    KelvoScreenDetail::sampleRow(screen, 0, 0, 1, 0, 0, grid, false);
-    KelvoScreenDetail::sampleRow(screen, 0, 0, 1, -3, 0, grid, false);
+    Veltrani::KelvoScreenDetail::sampleRow(screen, 0, 0, 1, 0, 0, grid, false);
+    Veltrani::KelvoScreenDetail::sampleRow(screen, 0, 0, 1, -3, 0, grid, false);
     EXPECT_TRUE(screen.asked.empty());
     EXPECT_TRUE(grid.empty());
 }
@@ -106,70 +106,71 @@ TEST(SampleRow, KeepsWhatStandsWhereNothingMaps) {
     RecordingScreen screen;
     screen.reach = 0.5;
     Grid grid{{{1, 0}, Vector{9.0, 9.0, 9.0}}};
-    KelvoScreenDetail::sampleRow(screen, 0, 0, 1, 2, 0, grid, false);
+    Veltrani::KelvoScreenDetail::sampleRow(screen, 0, 0, 1, 2, 0, grid, false);
     EXPECT_EQ(grid, (Grid{{{0, 0}, Vector{}}, {{1, 0}, Vector{9.0, 9.0, 9.0}}}));
 }
 
 TEST(ChannelBoundary, TheMajorityOfTheCentreRaysDecides) {
     const RecordingScreen screen;
-    (void)KelvoScreenDetail::channelBoundary(screen, {back(), back(), back()}, {front(), front(), back(), miss()});
+    (void)Veltrani::KelvoScreenDetail::channelBoundary(screen, {back(), back(), back()},
+                                                       {front(), front(), back(), miss()});
     EXPECT_EQ(screen.signs, (std::vector<int>{1, 1, 1}));
 }
 
 TEST(ChannelBoundary, TiesAndGrazingRaysGiveTheBack) {
     const RecordingScreen tie;
-    (void)KelvoScreenDetail::channelBoundary(tie, {front()}, {front(), back()});
+    (void)Veltrani::KelvoScreenDetail::channelBoundary(tie, {front()}, {front(), back()});
     EXPECT_EQ(tie.signs, (std::vector<int>{-1}));
     const RecordingScreen grazing;
-    (void)KelvoScreenDetail::channelBoundary(grazing, {front()}, {across(), across(), front()});
+    (void)Veltrani::KelvoScreenDetail::channelBoundary(grazing, {front()}, {across(), across(), front()});
     EXPECT_EQ(grazing.signs, (std::vector<int>{-1}));
 }
 
 TEST(ChannelBoundary, WhenNoCentreRayHitsTheBoundaryRaysDecide) {
     const RecordingScreen screen;
-    (void)KelvoScreenDetail::channelBoundary(screen, {front(), miss(), front(), back()}, {miss()});
+    (void)Veltrani::KelvoScreenDetail::channelBoundary(screen, {front(), miss(), front(), back()}, {miss()});
     EXPECT_EQ(screen.signs, (std::vector<int>{1, 1, 1, 1}));
     const RecordingScreen noCentre;
-    (void)KelvoScreenDetail::channelBoundary(noCentre, {front()}, {});
+    (void)Veltrani::KelvoScreenDetail::channelBoundary(noCentre, {front()}, {});
     EXPECT_EQ(noCentre.signs, (std::vector<int>{1}));
 }
 
 TEST(ChannelBoundary, WhenNothingHitsThereIsNoOutline) {
     const RecordingScreen screen;
-    EXPECT_TRUE(KelvoScreenDetail::channelBoundary(screen, {miss(), miss()}, {miss()}).empty());
-    EXPECT_TRUE(KelvoScreenDetail::channelBoundary(screen, {}, {}).empty());
+    EXPECT_TRUE(Veltrani::KelvoScreenDetail::channelBoundary(screen, {miss(), miss()}, {miss()}).empty());
+    EXPECT_TRUE(Veltrani::KelvoScreenDetail::channelBoundary(screen, {}, {}).empty());
     EXPECT_TRUE(screen.signs.empty()) << "no continuation is asked for";
 }
 
 TEST(ChannelBoundary, TakesTheFirstHitOfEachRayInOrderAndDropsTheRest) {
     const RecordingScreen screen;
     const std::vector<Vector> outline =
-        KelvoScreenDetail::channelBoundary(screen, {front(3), front(-1), miss(1), back(2)}, {front()});
+        Veltrani::KelvoScreenDetail::channelBoundary(screen, {front(3), front(-1), miss(1), back(2)}, {front()});
     EXPECT_EQ(outline, (std::vector<Vector>{{3.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {2.0, 0.0, 0.0}}));
 }
 
 TEST(SnapToEdge, MovesWhatIsABillionthOutsideOntoTheEdge) {
-    EXPECT_EQ(KelvoScreenDetail::snapToEdge(-1e-9), 0);
-    EXPECT_EQ(KelvoScreenDetail::snapToEdge(1 + 1e-9), 1);
-    EXPECT_EQ(KelvoScreenDetail::snapToEdge(-1.001e-9), -1.001e-9);
-    EXPECT_EQ(KelvoScreenDetail::snapToEdge(1 + 1.001e-9), 1 + 1.001e-9);
-    EXPECT_EQ(KelvoScreenDetail::snapToEdge(1e-12), 1e-12) << "inside nothing moves";
-    EXPECT_TRUE(std::isnan(KelvoScreenDetail::snapToEdge(std::numeric_limits<double>::quiet_NaN())));
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::snapToEdge(-1e-9), 0);
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::snapToEdge(1 + 1e-9), 1);
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::snapToEdge(-1.001e-9), -1.001e-9);
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::snapToEdge(1 + 1.001e-9), 1 + 1.001e-9);
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::snapToEdge(1e-12), 1e-12) << "inside nothing moves";
+    EXPECT_TRUE(std::isnan(Veltrani::KelvoScreenDetail::snapToEdge(std::numeric_limits<double>::quiet_NaN())));
 }
 
 TEST(IsWithinUnit, IncludesTheEdgesAndNoNaN) {
-    EXPECT_TRUE(KelvoScreenDetail::isWithinUnit(0, 1));
-    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(-1e-300, 0.5));
-    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(0.5, 1.0000000000000002));
-    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(std::numeric_limits<double>::quiet_NaN(), 0.5));
-    EXPECT_FALSE(KelvoScreenDetail::isWithinUnit(0.5, std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_TRUE(Veltrani::KelvoScreenDetail::isWithinUnit(0, 1));
+    EXPECT_FALSE(Veltrani::KelvoScreenDetail::isWithinUnit(-1e-300, 0.5));
+    EXPECT_FALSE(Veltrani::KelvoScreenDetail::isWithinUnit(0.5, 1.0000000000000002));
+    EXPECT_FALSE(Veltrani::KelvoScreenDetail::isWithinUnit(std::numeric_limits<double>::quiet_NaN(), 0.5));
+    EXPECT_FALSE(Veltrani::KelvoScreenDetail::isWithinUnit(0.5, std::numeric_limits<double>::quiet_NaN()));
 }
 
 TEST(StoreIfFinite, LeavesTheOutputAloneOtherwise) {
     Vector out{7.0, 8.0, 9.0};
-    EXPECT_FALSE(KelvoScreenDetail::storeIfFinite({0.0, std::numeric_limits<double>::infinity(), 0.0}, out));
+    EXPECT_FALSE(Veltrani::KelvoScreenDetail::storeIfFinite({0.0, std::numeric_limits<double>::infinity(), 0.0}, out));
     EXPECT_EQ(out, (Vector{7.0, 8.0, 9.0}));
-    EXPECT_TRUE(KelvoScreenDetail::storeIfFinite({1.0, 2.0, 3.0}, out));
+    EXPECT_TRUE(Veltrani::KelvoScreenDetail::storeIfFinite({1.0, 2.0, 3.0}, out));
     EXPECT_EQ(out, (Vector{1.0, 2.0, 3.0}));
 }
 
@@ -179,12 +180,12 @@ TEST(KeepSide, KeepsTheHitsWithThatSideInTheirOrder) {
                                  2 * std::atan(1.0));
     const IntersectionSet hits{{{0.0, -1.0, 0.0}, 1}, {{0.0, 1.0, 0.0}, 3}};
     const Vector direction{0.0, 2.0, 0.0};
-    ASSERT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, -1).size(), 1U);
-    EXPECT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, -1).first().t, 1);
-    ASSERT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, 1).size(), 1U);
-    EXPECT_EQ(KelvoScreenDetail::keepSide(sphere, hits, direction, 1).first().t, 3);
-    EXPECT_TRUE(KelvoScreenDetail::keepSide(sphere, hits, direction, 0).empty());
-    EXPECT_EQ(KelvoScreenDetail::keepSide(sphere, hits, {1.0, 0.0, 0.0}, 0).size(), 2U);
+    ASSERT_EQ(Veltrani::KelvoScreenDetail::keepSide(sphere, hits, direction, -1).size(), 1U);
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::keepSide(sphere, hits, direction, -1).first().t, 1);
+    ASSERT_EQ(Veltrani::KelvoScreenDetail::keepSide(sphere, hits, direction, 1).size(), 1U);
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::keepSide(sphere, hits, direction, 1).first().t, 3);
+    EXPECT_TRUE(Veltrani::KelvoScreenDetail::keepSide(sphere, hits, direction, 0).empty());
+    EXPECT_EQ(Veltrani::KelvoScreenDetail::keepSide(sphere, hits, {1.0, 0.0, 0.0}, 0).size(), 2U);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 
 namespace {
 
-using KelvoScreenDetail::Sha1;
+using Veltrani::KelvoScreenDetail::Sha1;
 
 std::string hex(const Sha1::Digest& digest) {
     const char* digits = "0123456789abcdef";

@@ -16,7 +16,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 constexpr double PI = std::numbers::pi;
 
 /// A wall of a cylinder, a part of a dome, a rectangle and a ruled surface in one.

@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Texture = Point<double, 2>;
 
 /// Where the place lies in the texture.

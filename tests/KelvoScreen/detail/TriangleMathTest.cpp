@@ -12,7 +12,7 @@
 
 namespace {
 
-using namespace KelvoScreenDetail;
+using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
 const Corners RIGHT_ANGLE{Vector{0.0, 0.0, 0.0}, Vector{2.0, 0.0, 0.0}, Vector{0.0, 3.0, 0.0}};
