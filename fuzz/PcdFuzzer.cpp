@@ -44,7 +44,7 @@ private:
     int m_descriptor;
 };
 
-void requireAsAnnounced(const Screen::PointCloud& cloud, const Veltrani::PcdHeader& header) {
+void requireAsAnnounced(const Screen::PointCloud& cloud, const Veltrani::ScreenManagerDetail::PcdHeader& header) {
     require(cloud.size() == header.points(), "a cloud has as many points as announced");
     for (const pcl::PointXYZ& point : cloud) {
         const bool finite = std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Screen screen;
     try {
         require(screen.loadModelPCD(file.name(), false), "a load answers true or throws");
-        requireAsAnnounced(*screen.getModelPCD(), Veltrani::PcdHeader(content));
+        requireAsAnnounced(*screen.getModelPCD(), Veltrani::ScreenManagerDetail::PcdHeader(content));
     } catch (const VeltraniMissingFileException& fault) {
         const std::wstring cause = Veltrani::causeOf(fault);
         require(!cause.empty() && cause.size() < 300, "a refusal has a short reason");

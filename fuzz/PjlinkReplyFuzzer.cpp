@@ -20,6 +20,7 @@
 namespace {
 
 using namespace Veltrani::DeviceFramework2;
+using namespace Veltrani::DeviceFramework2Detail;
 
 void require(bool condition) {
     if (!condition) {

@@ -23,6 +23,7 @@ using Veltrani::DeviceFramework2::GetActiveInputSignalIndex;
 using Veltrani::DeviceFramework2::IDeviceManager;
 using Veltrani::DeviceFramework2::Location;
 using Veltrani::DeviceFramework2::SetActiveInputSignalIndex;
+using namespace Veltrani::ScreenManagerDetail;
 
 log4cxx::LoggerPtr ChannelManager::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.ChannelManager");
 

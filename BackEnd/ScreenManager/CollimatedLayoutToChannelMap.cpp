@@ -9,7 +9,8 @@
 #include <optional>
 #include <typeinfo>
 
-using Veltrani::EyeRays;
+using Veltrani::ScreenManagerDetail::EyeRays;
+using Veltrani::ScreenManagerDetail::PixelSearch;
 
 namespace {
 
@@ -47,9 +48,9 @@ CollimatedLayoutToChannelMap::CollimatedLayoutToChannelMap(
     XMLConfigManager* config, std::shared_ptr<KelvoControl::Configuration> channelMapConfig, bool useCache)
     : LayoutToChannelMap(config) {
     // NOLINTEND(performance-unnecessary-value-param)
-    m_eyePoint = Veltrani::eyePointOf(config);
-    m_blendOwners = Veltrani::blendOwners(config, channelMapConfig.get());
-    m_locators = Veltrani::targetLocators(config, projectors());
+    m_eyePoint = Veltrani::ScreenManagerDetail::eyePointOf(config);
+    m_blendOwners = Veltrani::ScreenManagerDetail::blendOwners(config, channelMapConfig.get());
+    m_locators = Veltrani::ScreenManagerDetail::targetLocators(config, projectors());
     if (useCache) {
         for (const KelvoProjector* owner : m_blendOwners) {
             m_caches.push_back(emptyCache(frustumOf(*owner)));

@@ -28,7 +28,8 @@ bool isWithin(const Point<double, 2>& point, double xMax, double yMax) {
 
 CustomPlanarLayoutToChannelMap::CustomPlanarLayoutToChannelMap(XMLConfigManager* config) : LayoutToChannelMap(config) {
     for (const std::wstring& id : projectorIds()) {
-        const ProjectorConfig& projector = Veltrani::requireRecord(config->getProjectorConfig(id), m_transforms.size());
+        const ProjectorConfig& projector =
+            Veltrani::ScreenManagerDetail::requireRecord(config->getProjectorConfig(id), m_transforms.size());
         const std::wstring file = config->processPath(mapFileOf(projector));
         m_transforms.push_back(
             std::make_shared<CustomPlanarScreenToChannelMap>(file, ScreenManager::getInstance()->getScreenGeometry()));

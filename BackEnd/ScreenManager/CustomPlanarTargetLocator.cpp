@@ -73,7 +73,8 @@ std::vector<Point<double, 3>> CustomPlanarTargetLocator::projectBoundaryOnTarget
     if (!screen) {
         return outline;
     }
-    for (const Point<double, 2>& pixel : Veltrani::borderOfPixels(m_params.resolution, samplesPerEdge)) {
+    for (const Point<double, 2>& pixel :
+         Veltrani::ScreenManagerDetail::borderOfPixels(m_params.resolution, samplesPerEdge)) {
         Point<double, 2> onScreen;
         Point<double, 3> point;
         if (m_transform.mapChannel2DToScreen2D(pixel, onScreen) && screen->mapInto3D(onScreen, point, true)) {

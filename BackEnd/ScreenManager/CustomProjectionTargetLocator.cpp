@@ -45,7 +45,7 @@ private:
 
 std::vector<Ray> boundaryRays(const RayBuilder& rays, int samplesPerEdge) {
     std::vector<Ray> boundary;
-    for (const Point<double, 2>& place : Veltrani::borderOfPicture(samplesPerEdge)) {
+    for (const Point<double, 2>& place : Veltrani::ScreenManagerDetail::borderOfPicture(samplesPerEdge)) {
         boundary.push_back(rays.through(place));
     }
     return boundary;

@@ -24,6 +24,8 @@
 #include <string>
 #include <typeinfo>
 
+using Veltrani::ScreenManagerDetail::LocatorBuilders;
+
 namespace {
 
 using Addressing = DisplayKind::Addressing;
@@ -96,11 +98,11 @@ std::size_t onFourEdges(const TargetLocator& /*locator*/, int samplesPerEdge) {
 std::size_t onBorderOfPixels(const TargetLocator& locator, int samplesPerEdge) {
     // The row is found by the exact class, which is this one.
     const Point<int, 2> resolution = static_cast<const CustomPlanarTargetLocator&>(locator).getResolution();
-    return Veltrani::borderOfPixels(resolution, samplesPerEdge).size();
+    return Veltrani::ScreenManagerDetail::borderOfPixels(resolution, samplesPerEdge).size();
 }
 
 std::size_t onBorderOfPicture(const TargetLocator& /*locator*/, int samplesPerEdge) {
-    return Veltrani::borderOfPicture(samplesPerEdge).size();
+    return Veltrani::ScreenManagerDetail::borderOfPicture(samplesPerEdge).size();
 }
 
 constexpr bool HAS_GRID = true;

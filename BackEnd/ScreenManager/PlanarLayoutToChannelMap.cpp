@@ -25,7 +25,8 @@ PlanarLayoutToChannelMap::PlanarLayoutToChannelMap(XMLConfigManager* config,
     // NOLINTEND(performance-unnecessary-value-param)
     const std::size_t channels = projectorIds().size();
     for (std::size_t i = 0; i < channels; ++i) {
-        m_rects.push_back(rectOf(Veltrani::requireRecord(i < projectors().size() ? projectors()[i] : nullptr, i)));
+        m_rects.push_back(rectOf(
+            Veltrani::ScreenManagerDetail::requireRecord(i < projectors().size() ? projectors()[i] : nullptr, i)));
     }
 }
 

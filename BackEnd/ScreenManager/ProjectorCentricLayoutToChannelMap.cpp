@@ -36,9 +36,10 @@ bool pictureHeight(const KelvoProjector& owner, double& height) {
 ProjectorCentricLayoutToChannelMap::ProjectorCentricLayoutToChannelMap(
     XMLConfigManager* config,
     std::shared_ptr<KelvoControl::Configuration> channelMapConfig)  // NOLINT(performance-unnecessary-value-param)
-    : LayoutToChannelMap(config), m_blendOwners(Veltrani::blendOwners(config, channelMapConfig.get())) {
+    : LayoutToChannelMap(config),
+      m_blendOwners(Veltrani::ScreenManagerDetail::blendOwners(config, channelMapConfig.get())) {
     for (std::size_t i = 0; i < projectors().size(); ++i) {
-        m_positions.push_back(Veltrani::requireRecord(projectors()[i], i).getPosition());
+        m_positions.push_back(Veltrani::ScreenManagerDetail::requireRecord(projectors()[i], i).getPosition());
     }
 }
 

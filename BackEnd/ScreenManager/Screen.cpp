@@ -190,19 +190,19 @@ bool Screen::loadModelPCD(const std::wstring& path, bool /*force*/) {
     }
     std::shared_ptr<PointCloud> cloud;
     try {
-        cloud = Veltrani::PcdCloud::read(Veltrani::RegularFile(Veltrani::toUtf8(path)));
+        cloud = Veltrani::ScreenManagerDetail::PcdCloud::read(Veltrani::RegularFile(Veltrani::toUtf8(path)));
     } catch (...) {
         Veltrani::throwWithCause(cloudFault(path));
     }
     const auto transform = importTransform(m_importTransformParam1, m_importTransformParam2, m_scale);
-    Veltrani::CloudLibrary::get().transform(*cloud, transform);
+    Veltrani::ScreenManagerDetail::CloudLibrary::get().transform(*cloud, transform);
     updateModelPCDTimestamp();
     m_modelPCD = std::move(cloud);
     return true;
 }
 
 float Screen::calcPCDWidth() {
-    return std::sqrt(Veltrani::CloudLibrary::get().largestEigenvalue(m_modelPCD)) * m_scale;
+    return std::sqrt(Veltrani::ScreenManagerDetail::CloudLibrary::get().largestEigenvalue(m_modelPCD)) * m_scale;
 }
 
 void Screen::clearScreens() {

@@ -6,7 +6,7 @@
 
 #include <typeinfo>
 
-using Veltrani::EyeRays;
+using Veltrani::ScreenManagerDetail::EyeRays;
 
 namespace {
 
@@ -39,9 +39,9 @@ SphericalLayoutToChannelMap::SphericalLayoutToChannelMap(XMLConfigManager* confi
                                                          std::shared_ptr<KelvoControl::Configuration> channelMapConfig)
     : LayoutToChannelMap(config) {
     // NOLINTEND(performance-unnecessary-value-param)
-    m_eyePoint = Veltrani::eyePointOf(config);
-    m_blendOwners = Veltrani::blendOwners(config, channelMapConfig.get());
-    m_locators = Veltrani::targetLocators(config, projectors());
+    m_eyePoint = Veltrani::ScreenManagerDetail::eyePointOf(config);
+    m_blendOwners = Veltrani::ScreenManagerDetail::blendOwners(config, channelMapConfig.get());
+    m_locators = Veltrani::ScreenManagerDetail::targetLocators(config, projectors());
 }
 
 bool SphericalLayoutToChannelMap::mapLayoutToChannel(const Point<double, 3>& layout, Point<double, 2>& channel,

@@ -15,6 +15,8 @@
 #include "ScreenManager/SphereTargetLocator.h"
 #include "ScreenManager/detail/LocatorBuilders.h"
 
+using Veltrani::ScreenManagerDetail::LocatorBuilders;
+
 TargetLocatorManager* TargetLocatorManager::m_pInstance = nullptr;
 log4cxx::LoggerPtr TargetLocatorManager::log = log4cxx::Logger::getLogger(L"Dravix.ScreenManager.TargetLocatorManager");
 

@@ -27,16 +27,16 @@
 #include <utility>
 #include <vector>
 
-using Veltrani::ElementReader;
-using Veltrani::FaultList;
-using Veltrani::FolderPath;
-using Veltrani::KnownFiles;
-using Veltrani::XmlDocument;
-using Veltrani::XmlProjectorConfig;
-using Veltrani::XmlScreenConfig;
-using Veltrani::XmlTargetLocatorConfig;
-using Veltrani::XmlUnitsConfig;
-namespace Xml = Veltrani::Xml;
+using Veltrani::ConfigurationDetail::ElementReader;
+using Veltrani::ConfigurationDetail::FaultList;
+using Veltrani::ConfigurationDetail::FolderPath;
+using Veltrani::ConfigurationDetail::KnownFiles;
+using Veltrani::ConfigurationDetail::XmlDocument;
+using Veltrani::ConfigurationDetail::XmlProjectorConfig;
+using Veltrani::ConfigurationDetail::XmlScreenConfig;
+using Veltrani::ConfigurationDetail::XmlTargetLocatorConfig;
+using Veltrani::ConfigurationDetail::XmlUnitsConfig;
+namespace Xml = Veltrani::ConfigurationDetail::Xml;
 
 namespace {
 
@@ -47,8 +47,8 @@ constexpr int EARLIER = -1;
 XmlDocument checkedDocument(std::string_view text, FaultList& faults) {
     XmlDocument document = XmlDocument::parse(text, faults);
     if (document.root() != nullptr) {
-        Veltrani::FormatChecker::check(document.root(), faults);
-        Veltrani::MeaningChecker::check(document.root(), faults);
+        Veltrani::ConfigurationDetail::FormatChecker::check(document.root(), faults);
+        Veltrani::ConfigurationDetail::MeaningChecker::check(document.root(), faults);
     }
     return document;
 }
@@ -184,7 +184,7 @@ ProjectorConfig* XMLConfigFile::addProjectorConfig(const std::wstring& id) {
     if (m_impl->find(id) != nullptr) {
         throw VeltraniException(__FILE__, __LINE__, L"A projector \"" + id + L"\" is in the configuration already");
     }
-    const std::string text = Veltrani::xmlText(id, L"The id of a new projector");
+    const std::string text = Veltrani::ConfigurationDetail::xmlText(id, L"The id of a new projector");
     xmlNode* const parent = m_impl->projectorsToWrite();
     xmlNode* const element = Xml::newElement(parent->doc, "Projector");
     Xml::setAttribute(element, "id", text);

@@ -9,6 +9,10 @@
 
 namespace Veltrani::DeviceFramework2 {
 
+using DeviceFramework2Detail::Endpoint;
+using DeviceFramework2Detail::wholeNumber;
+using DeviceFramework2Detail::XmlSnippet;
+
 namespace {
 
 using Attributes = std::map<std::string, std::wstring>;

@@ -13,6 +13,11 @@
 
 namespace Veltrani::DeviceFramework2 {
 
+using DeviceFramework2Detail::Deadline;
+using DeviceFramework2Detail::PjlinkConversation;
+using DeviceFramework2Detail::PjlinkStep;
+using DeviceFramework2Detail::Socket;
+
 namespace {
 
 /// Descriptors that a process may have, of which the connections take one: the rest is for everything else that the

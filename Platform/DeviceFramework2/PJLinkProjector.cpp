@@ -14,6 +14,15 @@
 
 namespace Veltrani::DeviceFramework2 {
 
+using DeviceFramework2Detail::Endpoint;
+using DeviceFramework2Detail::PjlinkConversation;
+using DeviceFramework2Detail::PjlinkReply;
+using DeviceFramework2Detail::PjlinkRequest;
+using DeviceFramework2Detail::PjlinkSession;
+using DeviceFramework2Detail::PjlinkStep;
+using DeviceFramework2Detail::PjlinkValues;
+using DeviceFramework2Detail::readable;
+
 namespace {
 
 using Outcome = PjlinkReply::Outcome;

@@ -11,10 +11,14 @@
 #include <string>
 #include <vector>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 class PjlinkConversation;
 struct PjlinkStep;
+
+}  // namespace Veltrani::DeviceFramework2Detail
+
+namespace Veltrani::DeviceFramework2 {
 
 /// A projector that is controlled over the network by the PJLink standard, class 1 or 2.
 ///
@@ -55,7 +59,7 @@ private:
 
     struct Action;
     class Address;
-    using Step = std::unique_ptr<PjlinkStep>;
+    using Step = std::unique_ptr<DeviceFramework2Detail::PjlinkStep>;
 
     static const std::vector<Action>& actions();
     static const Action* actionFor(const Command& command);
@@ -69,7 +73,7 @@ private:
     /// Carries the steps out, waiting for each reply.
     void converse(Step step) const;
     /// Begins a session, without waiting for it.
-    [[nodiscard]] std::unique_ptr<PjlinkConversation> connect() const;
+    [[nodiscard]] std::unique_ptr<DeviceFramework2Detail::PjlinkConversation> connect() const;
     /// Returns the fault of a command, or of the contact when it is null, with everything that a message names.
     [[nodiscard]] DeviceException faultOf(const Command* command, const DeviceException& cause) const;
 

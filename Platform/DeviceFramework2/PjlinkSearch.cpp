@@ -20,6 +20,12 @@
 
 namespace Veltrani::DeviceFramework2 {
 
+using DeviceFramework2Detail::broadcastAddresses;
+using DeviceFramework2Detail::Deadline;
+using DeviceFramework2Detail::Endpoint;
+using DeviceFramework2Detail::parsePjlinkSearchReply;
+using DeviceFramework2Detail::Socket;
+
 namespace {
 
 const log4cxx::LoggerPtr LOGGER = log4cxx::Logger::getLogger(L"Dravix.DeviceFramework2.PjlinkSearch");

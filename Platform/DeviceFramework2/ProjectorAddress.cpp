@@ -9,6 +9,9 @@
 
 namespace Veltrani::DeviceFramework2 {
 
+using DeviceFramework2Detail::Endpoint;
+using DeviceFramework2Detail::wholeNumber;
+
 namespace {
 
 struct Parts {

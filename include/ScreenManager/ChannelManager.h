@@ -9,8 +9,13 @@
 #include <string>
 #include <vector>
 
-class ProjectorBinding;
 class XMLConfigManager;
+
+namespace Veltrani::ScreenManagerDetail {
+
+class ProjectorBinding;
+
+}  // namespace Veltrani::ScreenManagerDetail
 
 /// The channels of the display, in display order, kept in step with the configuration and with the devices.
 ///
@@ -86,7 +91,7 @@ private:
     [[nodiscard]] Veltrani::DeviceFramework2::AbstractDevice* deviceOf(const std::wstring& projectorConfigId) const;
     void releaseDevice(Veltrani::DeviceFramework2::AbstractDevice* device) const;
 
-    void initializeChannel(const std::wstring& id, const ProjectorBinding& binding);
+    void initializeChannel(const std::wstring& id, const Veltrani::ScreenManagerDetail::ProjectorBinding& binding);
     [[nodiscard]] bool isAtThePlaceOfAChannel(const Veltrani::DeviceFramework2::Device& device) const;
     static void logUnreleased(const Channel& channel) noexcept;
     void appendChannel(ProjectorConfig& entry, const std::wstring& projectorConfigId);

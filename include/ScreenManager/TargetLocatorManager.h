@@ -10,6 +10,12 @@
 
 struct TargetLocatorParams;
 
+namespace Veltrani::ScreenManagerDetail {
+
+struct LocatorBuilders;
+
+}  // namespace Veltrani::ScreenManagerDetail
+
 /// Makes the target locators of all projectors and keeps them: one per projector, used again as long as what it was
 /// built from stays the same.
 ///
@@ -44,7 +50,7 @@ public:
     void screenDefinitionChanged();
 
 private:
-    friend struct LocatorBuilders;
+    friend struct Veltrani::ScreenManagerDetail::LocatorBuilders;
     friend struct ScreenManagerTestAccess;
 
     TargetLocatorManager();

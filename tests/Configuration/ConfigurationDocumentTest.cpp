@@ -15,9 +15,9 @@
 /// What the reference page says is true: its examples can be read, and it names every element and attribute there is.
 namespace {
 
-using Veltrani::ChildRule;
-using Veltrani::ElementRule;
-using Veltrani::VariantRule;
+using Veltrani::ConfigurationDetail::ChildRule;
+using Veltrani::ConfigurationDetail::ElementRule;
+using Veltrani::ConfigurationDetail::VariantRule;
 
 std::string page() {
     std::ifstream in(sourceFolder() + "/docs/configuration.md", std::ios::binary);
@@ -59,7 +59,7 @@ TEST(ConfigurationDocument, ItsExamplesCanBeRead) {
 
 TEST(ConfigurationDocument, NamesEveryElementAndAttribute) {
     const std::string text = page();
-    visit(Veltrani::displayFormat(), [&](const ElementRule& rule) {
+    visit(Veltrani::ConfigurationDetail::displayFormat(), [&](const ElementRule& rule) {
         EXPECT_NE(text.find(std::string("`<").append(rule.name).append(">`")), std::string::npos) << rule.name;
         for (const auto& attribute : rule.attributes) {
             EXPECT_NE(text.find(std::string("`").append(attribute.name).append("`")), std::string::npos)

@@ -25,12 +25,12 @@
 namespace {
 
 using testing::IsEmpty;
-using Veltrani::ChildRule;
-using Veltrani::ElementRule;
-using Veltrani::FaultList;
-using Veltrani::VariantRule;
-using Veltrani::XmlDocument;
-namespace Xml = Veltrani::Xml;
+using Veltrani::ConfigurationDetail::ChildRule;
+using Veltrani::ConfigurationDetail::ElementRule;
+using Veltrani::ConfigurationDetail::FaultList;
+using Veltrani::ConfigurationDetail::VariantRule;
+using Veltrani::ConfigurationDetail::XmlDocument;
+namespace Xml = Veltrani::ConfigurationDetail::Xml;
 
 using Names = std::set<std::string>;
 
@@ -73,7 +73,7 @@ void addChildren(const ElementRule& rule, std::span<const ChildRule> children, N
 
 Names namesOfTheFormat() {
     Names names;
-    addElement(Veltrani::displayFormat(), names);
+    addElement(Veltrani::ConfigurationDetail::displayFormat(), names);
     return names;
 }
 
@@ -207,12 +207,12 @@ TEST(DisplaySchemaNames, TheNamesThatProgramsUseAreThoseOfTheFormat) {
         }
         return names;
     };
-    const Names shapes = namesOf(Veltrani::screenShapes());
+    const Names shapes = namesOf(Veltrani::ConfigurationDetail::screenShapes());
     for (const std::wstring& shape : {BaseConfig::SHAPE_SPHERE, BaseConfig::SHAPE_CYLINDER, BaseConfig::SHAPE_RULED,
                                       BaseConfig::SHAPE_FLAT, BaseConfig::SHAPE_MESH}) {
         EXPECT_EQ(shapes.count(Veltrani::toUtf8(shape)), 1U) << Veltrani::toUtf8(shape);
     }
-    const Names types = namesOf(Veltrani::targetDataTypes());
+    const Names types = namesOf(Veltrani::ConfigurationDetail::targetDataTypes());
     for (const std::wstring& type : {BaseConfig::TARGET_DATA_PLANAR_BASIC, BaseConfig::TARGET_DATA_PLANAR_ADVANCED,
                                      BaseConfig::TARGET_DATA_SPHERICAL, BaseConfig::TARGET_DATA_SPHERICAL_COLLIMATED,
                                      BaseConfig::TARGET_DATA_CUSTOM_PLANAR, BaseConfig::TARGET_DATA_PROJECTOR_CENTRIC,
@@ -223,12 +223,14 @@ TEST(DisplaySchemaNames, TheNamesThatProgramsUseAreThoseOfTheFormat) {
 
 TEST(DisplaySchemaNames, ARoundShapeWithoutLimitsIsWhole) {
     int limited = 0;
-    for (const VariantRule& shape : Veltrani::screenShapes()) {
+    for (const VariantRule& shape : Veltrani::ConfigurationDetail::screenShapes()) {
         for (const ChildRule& child : shape.children) {
             for (const auto& limit : child.element->attributes) {
-                if (limit.type == Veltrani::ValueType::ANGLE && child.minimum == 0 &&
+                if (limit.type == Veltrani::ConfigurationDetail::ValueType::ANGLE && child.minimum == 0 &&
                     (limit.name == "min" || limit.name == "max")) {
-                    EXPECT_NE(Veltrani::withoutElement(shape.value, child.element->name, limit.name), 0.0)
+                    EXPECT_NE(
+                        Veltrani::ConfigurationDetail::withoutElement(shape.value, child.element->name, limit.name),
+                        0.0)
                         << shape.value << " would read " << child.element->name << " " << limit.name << " as 0";
                     ++limited;
                 }
@@ -236,7 +238,7 @@ TEST(DisplaySchemaNames, ARoundShapeWithoutLimitsIsWhole) {
         }
     }
     EXPECT_GE(limited, 6);
-    EXPECT_EQ(Veltrani::withoutElement("Flat", "Azimuth", "min"), 0.0);
+    EXPECT_EQ(Veltrani::ConfigurationDetail::withoutElement("Flat", "Azimuth", "min"), 0.0);
 }
 
 }  // namespace

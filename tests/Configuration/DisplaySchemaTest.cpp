@@ -19,10 +19,10 @@
 /// each time a validator that knows nothing but the schema must come to the same verdict as the loader.
 namespace {
 
-using Veltrani::FaultList;
-using Veltrani::FormatChecker;
-using Veltrani::XmlDocument;
-namespace Xml = Veltrani::Xml;
+using Veltrani::ConfigurationDetail::FaultList;
+using Veltrani::ConfigurationDetail::FormatChecker;
+using Veltrani::ConfigurationDetail::XmlDocument;
+namespace Xml = Veltrani::ConfigurationDetail::Xml;
 
 void ignoreError(void*, xmlErrorPtr) {}
 

@@ -7,7 +7,7 @@
 namespace {
 
 using namespace std::chrono_literals;
-using Veltrani::DeviceFramework2::Deadline;
+using Veltrani::DeviceFramework2Detail::Deadline;
 
 TEST(Deadline, RunsOut) {
     const Deadline deadline(20ms);

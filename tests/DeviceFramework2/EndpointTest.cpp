@@ -7,8 +7,8 @@
 
 namespace {
 
-using Veltrani::DeviceFramework2::broadcastAddresses;
-using Veltrani::DeviceFramework2::Endpoint;
+using Veltrani::DeviceFramework2Detail::broadcastAddresses;
+using Veltrani::DeviceFramework2Detail::Endpoint;
 
 std::string text(const std::string& host, int port) {
     const auto endpoint = Endpoint::parse(host, port);

@@ -12,7 +12,7 @@ namespace {
 using device_testing::faultOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Veltrani::DeviceFramework2::LineBuffer;
+using Veltrani::DeviceFramework2Detail::LineBuffer;
 
 std::vector<std::string> linesOf(const std::vector<std::string>& pieces) {
     LineBuffer buffer;

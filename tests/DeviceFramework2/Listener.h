@@ -23,11 +23,11 @@ public:
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 
-    [[nodiscard]] Veltrani::DeviceFramework2::Endpoint endpoint() const {
+    [[nodiscard]] Veltrani::DeviceFramework2Detail::Endpoint endpoint() const {
         sockaddr_storage address{};
         socklen_t size = sizeof address;
         ::getsockname(m_descriptor, reinterpret_cast<sockaddr*>(&address), &size);
-        return Veltrani::DeviceFramework2::Endpoint::of(address);
+        return Veltrani::DeviceFramework2Detail::Endpoint::of(address);
     }
     [[nodiscard]] int accept() const { return ::accept(m_descriptor, nullptr, nullptr); }
 

@@ -14,6 +14,7 @@ namespace {
 
 using namespace device_testing;
 using namespace Veltrani::DeviceFramework2;
+using namespace Veltrani::DeviceFramework2Detail;
 
 const PjlinkRequest CLASS_QUESTION{'1', "CLSS", "?"};
 

@@ -4,8 +4,8 @@
 
 namespace {
 
-using Veltrani::DeviceFramework2::PjlinkGreeting;
-using Veltrani::DeviceFramework2::pjlinkLoginDigest;
+using Veltrani::DeviceFramework2Detail::PjlinkGreeting;
+using Veltrani::DeviceFramework2Detail::pjlinkLoginDigest;
 using Kind = PjlinkGreeting::Kind;
 
 TEST(PjlinkGreeting, TheThreeGreetingsAreRead) {

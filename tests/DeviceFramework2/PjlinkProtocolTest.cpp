@@ -9,6 +9,7 @@ namespace {
 
 using namespace device_testing;
 using namespace Veltrani::DeviceFramework2;
+using namespace Veltrani::DeviceFramework2Detail;
 using testing::HasSubstr;
 using testing::Not;
 

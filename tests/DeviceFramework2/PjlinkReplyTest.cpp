@@ -7,8 +7,8 @@
 namespace {
 
 using device_testing::faultOf;
-using Veltrani::DeviceFramework2::PjlinkReply;
-using Veltrani::DeviceFramework2::PjlinkRequest;
+using Veltrani::DeviceFramework2Detail::PjlinkReply;
+using Veltrani::DeviceFramework2Detail::PjlinkRequest;
 using Outcome = PjlinkReply::Outcome;
 
 TEST(PjlinkReply, AValueIsKeptAsSent) {

@@ -10,6 +10,7 @@ namespace {
 
 using namespace device_testing;
 using namespace Veltrani::DeviceFramework2;
+using namespace Veltrani::DeviceFramework2Detail;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -9,6 +9,7 @@
 namespace {
 
 using namespace Veltrani::DeviceFramework2;
+using namespace Veltrani::DeviceFramework2Detail;
 using testing::ElementsAre;
 using testing::Optional;
 

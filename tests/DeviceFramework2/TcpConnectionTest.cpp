@@ -15,6 +15,7 @@ namespace {
 
 using namespace device_testing;
 using namespace Veltrani::DeviceFramework2;
+using namespace Veltrani::DeviceFramework2Detail;
 using testing::StartsWith;
 
 bool comes(const TcpConnection& connection, short event, std::chrono::milliseconds limit = PATIENT) {

@@ -22,9 +22,9 @@ namespace {
 
 using Names = std::set<std::string>;
 
-Names namesOf(std::span<const Veltrani::VariantRule> variants) {
+Names namesOf(std::span<const Veltrani::ConfigurationDetail::VariantRule> variants) {
     Names names;
-    for (const Veltrani::VariantRule& variant : variants) {
+    for (const Veltrani::ConfigurationDetail::VariantRule& variant : variants) {
         names.emplace(variant.value);
     }
     return names;
@@ -50,7 +50,7 @@ TEST_F(DisplayKinds, AreThoseThatTheConfigurationCanName) {
         EXPECT_TRUE(names.insert(name).second) << name << " has two rows";
         EXPECT_EQ(DisplayKind::named(kind.type), &kind) << name;
     }
-    EXPECT_EQ(names, namesOf(Veltrani::targetDataTypes()));
+    EXPECT_EQ(names, namesOf(Veltrani::ConfigurationDetail::targetDataTypes()));
     EXPECT_EQ(DisplayKind::named(L"planarbasic"), nullptr);
     EXPECT_EQ(DisplayKind::named(L""), nullptr);
 }
@@ -123,7 +123,7 @@ TEST_F(DisplayKinds, EveryShapeThatTheConfigurationCanNameIsMade) {
             EXPECT_EQ(shape.make(&screen)->getUniqueDataHash(), shape.hashOf(&screen)) << name;
         }
     }
-    EXPECT_EQ(names, namesOf(Veltrani::screenShapes()));
+    EXPECT_EQ(names, namesOf(Veltrani::ConfigurationDetail::screenShapes()));
     EXPECT_EQ(ScreenShape::named(L"flat"), nullptr);
     EXPECT_FALSE(ScreenShape::isReadFromFile(nullptr));
 }

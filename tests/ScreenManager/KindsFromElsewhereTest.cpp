@@ -23,6 +23,8 @@
 #include <set>
 #include <sstream>
 
+using Veltrani::ScreenManagerDetail::RaysAtOnce;
+
 /// Programs derive from the locators and screens of this library and replace how one ray is answered. Whatever is done
 /// to answer many rays at once, such a class is called for every single one.
 
@@ -131,7 +133,7 @@ protected:
         const auto blend = std::make_shared<BlendDouble>(straightFrustum(), nullptr);
         const KelvoProjector projector(blend);
         const Vector eye{0.1, -0.2, 0.3};
-        const Veltrani::EyeRays rays(projector, &locator, eye);
+        const Veltrani::ScreenManagerDetail::EyeRays rays(projector, &locator, eye);
         std::vector<Point<double, 2>> picture;
         for (std::size_t i = 0; i < CELLS; ++i) {
             picture.emplace_back(static_cast<double>(i) / CELLS, 0.5);

@@ -16,8 +16,9 @@
 /// Reads PCD files from their content, by `PcdCloud` and by the Point Cloud Library alone.
 class PcdCloudFixture : public testing::Test {
 protected:
-    [[nodiscard]] std::shared_ptr<Veltrani::PcdCloud::Cloud> load(const std::string& content) const {
-        return Veltrani::PcdCloud::read(Veltrani::RegularFile(folder.write("a.pcd", content)));
+    [[nodiscard]] std::shared_ptr<Veltrani::ScreenManagerDetail::PcdCloud::Cloud> load(
+        const std::string& content) const {
+        return Veltrani::ScreenManagerDetail::PcdCloud::read(Veltrani::RegularFile(folder.write("a.pcd", content)));
     }
 
     /// Why a file is refused; empty when it is read.
@@ -31,8 +32,9 @@ protected:
     }
 
     /// What the library's own reader makes of a file; nothing when it refuses it.
-    [[nodiscard]] std::optional<Veltrani::PcdCloud::Cloud> readByLibrary(const std::string& content) const {
-        Veltrani::PcdCloud::Cloud cloud;
+    [[nodiscard]] std::optional<Veltrani::ScreenManagerDetail::PcdCloud::Cloud> readByLibrary(
+        const std::string& content) const {
+        Veltrani::ScreenManagerDetail::PcdCloud::Cloud cloud;
         const std::string path = folder.write("b.pcd", content);
         const auto level = pcl::console::getVerbosityLevel();
         pcl::console::setVerbosityLevel(pcl::console::L_ALWAYS);

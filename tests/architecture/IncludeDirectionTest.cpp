@@ -1,4 +1,4 @@
-// Who includes whom, and how large files are: held for every source in the repository.
+// Who includes whom, where names lie, and how large files are: held for every source in the repository.
 #include "Layers.h"
 
 #include <gmock/gmock.h>
@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -128,6 +129,29 @@ TEST(IncludeDirection, EverySourceIncludesItsOwnHeaderFirst) {
             EXPECT_EQ(fs::path(names.front()).filename(), header) << path;
         }
     }
+}
+
+// One spelling for all libraries: what is private can be recognised wherever it is used.
+TEST(Namespaces, WhatIsPrivateLiesInTheOneOfItsLibrary) {
+    static const std::regex DEFINITION(R"re(^(class|struct|enum class) \w+[^;]*\{)re");
+    int definitions = 0;
+    for (const auto& [path, text] : layeredSources()) {
+        if (path.find("/detail/") == std::string::npos || !path.ends_with(".h")) {
+            continue;
+        }
+        const std::string expected = "namespace Veltrani::" + std::string(layers::ofFile(path)->name) + "Detail";
+        std::string current;
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("namespace ") || line.starts_with("}  // namespace")) {
+                current = line.starts_with('}') ? "" : line;
+            } else if (std::regex_search(line, DEFINITION)) {
+                EXPECT_TRUE(current.starts_with(expected)) << path << ": " << line << " lies in \"" << current << '"';
+                ++definitions;
+            }
+        }
+    }
+    EXPECT_GT(definitions, 100);
 }
 
 TEST(Sizes, NoFileIsAHall) {

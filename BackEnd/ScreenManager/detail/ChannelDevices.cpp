@@ -16,6 +16,8 @@ using Veltrani::DeviceFramework2::GetNativeResolution;
 using Veltrani::DeviceFramework2::IDeviceManager;
 using Veltrani::DeviceFramework2::Location;
 
+namespace Veltrani::ScreenManagerDetail {
+
 namespace {
 
 /// The logger of the `ChannelManager`, of which this is the part that talks to the devices.
@@ -151,3 +153,5 @@ int DeviceEntry::pondOfMirrorSize(Device* device) {
             return USUAL_SIZE;
     }
 }
+
+}  // namespace Veltrani::ScreenManagerDetail

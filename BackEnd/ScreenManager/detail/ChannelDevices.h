@@ -14,6 +14,8 @@
 class ProjectorConfig;
 class XMLConfigManager;
 
+namespace Veltrani::ScreenManagerDetail {
+
 // The devices of channels: queries to them, steps of a set-up that own one, and what binds each to its entry in the
 // configuration.
 
@@ -105,3 +107,5 @@ public:
     /// device that supports the command, whatever its model: intended. Returns the usual size for null.
     [[nodiscard]] static int pondOfMirrorSize(Veltrani::DeviceFramework2::Device* device);
 };
+
+}  // namespace Veltrani::ScreenManagerDetail

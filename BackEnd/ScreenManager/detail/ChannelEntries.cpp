@@ -4,7 +4,7 @@
 #include "Configuration/XMLConfigManager.h"
 #include "KelvoControl/Configuration.h"
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 const ProjectorConfig& requireRecord(const ProjectorConfig* record, std::size_t channelIndex) {
     if (record == nullptr) {
@@ -35,4 +35,4 @@ std::vector<const KelvoProjector*> blendOwners(const XMLConfigManager* config,
     return owners;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

@@ -14,7 +14,7 @@ class Configuration;
 }  // namespace KelvoControl
 
 // The entries of channels that layout maps are made from, each of which must be there.
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 /// Returns the record of a channel. Throws `VeltraniException` naming the channel by its number when it is null: the
 /// configuration lists a projector that it does not have.
@@ -28,4 +28,4 @@ namespace Veltrani {
 [[nodiscard]] std::vector<const KelvoProjector*> blendOwners(const XMLConfigManager* config,
                                                              const KelvoControl::Configuration* channelMapConfig);
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

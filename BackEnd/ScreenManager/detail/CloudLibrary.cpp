@@ -12,7 +12,7 @@
 #include <string>
 #include <system_error>
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 namespace {
 
@@ -81,4 +81,4 @@ const CloudLibrary& CloudLibrary::get() {
     return library;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

@@ -12,7 +12,7 @@ namespace pcl {
 struct PCLPointCloud2;
 }  // namespace pcl
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 /// What is done by the shared libraries of the Point Cloud Library, opened with the first cloud.
 ///
@@ -50,4 +50,4 @@ public:
     [[nodiscard]] virtual float largestEigenvalue(const std::shared_ptr<Cloud>& cloud) const = 0;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

@@ -10,7 +10,7 @@
 
 #include <istream>
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 namespace {
 
@@ -69,12 +69,12 @@ public:
 
 }  // namespace
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail
 
-extern "C" const Veltrani::CloudLibrary* SM_CLOUD_MODULE_FUNCTION();
+extern "C" const Veltrani::ScreenManagerDetail::CloudLibrary* SM_CLOUD_MODULE_FUNCTION();
 
 /// Returns the entry of the module; its name carries the version.
-extern "C" const Veltrani::CloudLibrary* SM_CLOUD_MODULE_FUNCTION() {
-    static const Veltrani::Module module;
+extern "C" const Veltrani::ScreenManagerDetail::CloudLibrary* SM_CLOUD_MODULE_FUNCTION() {
+    static const Veltrani::ScreenManagerDetail::Module module;
     return &module;
 }

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+namespace Veltrani::ScreenManagerDetail {
+
 namespace {
 
 /// Returns the locator as one whose rays are reflected first; null for others.
@@ -55,8 +57,6 @@ void RaysAtOnce::castReflected(std::span<const Ray> rays, std::span<SurfaceHit> 
         hits[m_places[i]] = m_reflectedHits[i];
     }
 }
-
-namespace Veltrani {
 
 namespace {
 
@@ -128,4 +128,4 @@ Point<double, 3> EyeRays::pointOnRay(const Point<double, 2>& channel) const {
     return m_eyePoint + Point<double, 3>{component(0), component(1), component(2)};
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

@@ -15,6 +15,8 @@ class ProjectorConfig;
 class TargetLocator;
 struct Frustum;
 
+namespace Veltrani::ScreenManagerDetail {
+
 // Rays to the surface that the target locator of a channel knows: many of them at once, and those of its picture, seen
 // from the eye.
 
@@ -43,8 +45,6 @@ private:
     std::vector<SurfaceHit> m_reflectedHits;
     std::vector<std::size_t> m_places;  ///< places of the reflected rays among the given ones
 };
-
-namespace Veltrani {
 
 /// Returns the eye point (world frame) of a display that is seen from one; the origin without a configuration or a
 /// screen.
@@ -83,4 +83,4 @@ private:
     const Point<double, 3>& m_eyePoint;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

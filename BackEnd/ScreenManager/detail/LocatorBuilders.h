@@ -7,6 +7,8 @@
 #include <functional>
 #include <new>
 
+namespace Veltrani::ScreenManagerDetail {
+
 /// How the target locators of the display kinds are built, for their table: each reads its record from the
 /// configuration in a fixed order and has the manager keep a locator that fits it.
 struct LocatorBuilders {
@@ -57,3 +59,5 @@ struct LocatorBuilders {
         return [&params]() -> TargetLocator* { return new (std::nothrow) Locator(params); };
     }
 };
+
+}  // namespace Veltrani::ScreenManagerDetail

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::vector<Point<double, 2>> borderOfPixels(const Point<int, 2>& resolution, in
     return border;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

@@ -5,7 +5,7 @@
 #include <vector>
 
 /// The places of a picture that outlines are sampled at, for the kinds of locators that step along their edges.
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 /// Returns the places along v = 0, u = 1, v = 1 (backwards) and u = 0 (backwards) of a normalised picture, in steps of
 /// 1 / `samplesPerEdge` that are added up, so that rounding may give an edge one sample more. None for less than one
@@ -16,4 +16,4 @@ namespace Veltrani {
 /// for fewer than two samples, and where an edge has no whole step.
 [[nodiscard]] std::vector<Point<double, 2>> borderOfPixels(const Point<int, 2>& resolution, int samplesPerEdge);
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

@@ -17,7 +17,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 namespace {
 
@@ -365,4 +365,4 @@ std::shared_ptr<Cloud> PcdCloud::read(const RegularFile& file) {
     return cloud;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

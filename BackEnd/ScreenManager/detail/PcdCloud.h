@@ -8,7 +8,7 @@
 
 #include <memory>
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 /// Examines a PCD file before the reader of the Point Cloud Library sees it.
 ///
@@ -50,4 +50,4 @@ public:
     [[nodiscard]] static std::shared_ptr<Cloud> read(const RegularFile& file);
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

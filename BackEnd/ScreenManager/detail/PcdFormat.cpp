@@ -11,7 +11,7 @@
 #include <optional>
 #include <system_error>
 
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 namespace {
 
@@ -344,4 +344,4 @@ void PcdHeader::fail(std::string_view found, const std::string& expected, const 
     PcdText::fail(m_line, found, expected, remedy);
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

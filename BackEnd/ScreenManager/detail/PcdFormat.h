@@ -9,7 +9,7 @@
 #include <vector>
 
 // The PCD format: the words and numbers of its text, and its header.
-namespace Veltrani {
+namespace Veltrani::ScreenManagerDetail {
 
 /// The words and numbers of PCD text.
 class PcdText {
@@ -117,4 +117,4 @@ private:
     std::bitset<KEYWORDS> m_seen;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ScreenManagerDetail

@@ -5,6 +5,8 @@
 #include <limits>
 #include <optional>
 
+namespace Veltrani::ScreenManagerDetail {
+
 /// Finds the pixel of a channel whose layout point is nearest to a wanted one, from coarse to fine.
 ///
 /// While the window, at first the whole grid of (width + 1) x (height + 1) corners of pixels, is 10 pixels and more in
@@ -143,3 +145,5 @@ private:
     Window m_columns;
     Window m_rows;
 };
+
+}  // namespace Veltrani::ScreenManagerDetail

@@ -11,6 +11,8 @@ using Veltrani::DeviceFramework2::AbstractDevice;
 using Veltrani::DeviceFramework2::Command;
 using Veltrani::DeviceFramework2::Device;
 
+namespace Veltrani::ScreenManagerDetail {
+
 namespace {
 
 /// Passed to the devices as they are; each device defines what they mean.
@@ -82,3 +84,5 @@ void ProjectorPreparation::disableBlackLevelBlend() const {
         }
     });
 }
+
+}  // namespace Veltrani::ScreenManagerDetail

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace Veltrani::ScreenManagerDetail {
+
 /// Brings a list of projectors into a state, by commands in a fixed order. The behaviour of
 /// `IChannelManager::setupProjectorState` once the devices are known.
 ///
@@ -31,3 +33,5 @@ private:
 
     std::vector<Veltrani::DeviceFramework2::AbstractDevice*> m_devices;
 };
+
+}  // namespace Veltrani::ScreenManagerDetail

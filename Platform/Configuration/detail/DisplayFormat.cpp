@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numbers>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -198,4 +198,4 @@ double withoutElement(std::string_view shape, std::string_view child, std::strin
     return 0.0;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

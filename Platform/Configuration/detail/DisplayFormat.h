@@ -8,7 +8,7 @@
 
 /// The form of a display configuration as one table: which elements there are, what they hold and how often they occur.
 /// The checker walks a document along it; `docs/display.rng` states the same for other tools.
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 struct AttributeRule {
     std::string_view name;
@@ -71,4 +71,4 @@ inline constexpr AttributeRule ANGLE_UNIT_ATTRIBUTE{"angleUnit", ValueType::ANGL
 /// What an attribute of a screen's child is read as where that child is left out; 0 for a shape without such a child.
 [[nodiscard]] double withoutElement(std::string_view shape, std::string_view child, std::string_view attribute);
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -93,4 +93,4 @@ std::optional<std::string> ElementReader::unitInScope(const xmlNode* element, co
     return std::nullopt;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

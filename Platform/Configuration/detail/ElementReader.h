@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// Reads the values of elements: lengths come out in native units, angles in radians.
 ///
@@ -41,4 +41,4 @@ private:
     UnitConversionTable::UnitSubType m_native;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -57,4 +57,4 @@ std::string concatenated(std::initializer_list<std::string_view> pieces) {
     return text;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

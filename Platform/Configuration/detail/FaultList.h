@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// Everything that is wrong with one document, collected so that its author sees all of it at once.
 class FaultList {
@@ -49,4 +49,4 @@ private:
 /// Returns the pieces one behind the other.
 [[nodiscard]] std::string concatenated(std::initializer_list<std::string_view> pieces);
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

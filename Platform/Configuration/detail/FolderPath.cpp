@@ -1,6 +1,6 @@
 #include "Configuration/detail/FolderPath.h"
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 FolderPath FolderPath::ofFile(const std::wstring& fileName) {
     FolderPath folder;
@@ -22,4 +22,4 @@ std::wstring FolderPath::resolve(const std::wstring& name) const {
     return m_folder.back() == L'/' ? m_folder + name : m_folder + L"/" + name;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

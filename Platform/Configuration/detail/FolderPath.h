@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// The folder of a configuration, against which the file names in it are resolved.
 ///
@@ -26,4 +26,4 @@ private:
     std::wstring m_folder;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

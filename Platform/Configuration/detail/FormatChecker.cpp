@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -125,7 +125,7 @@ void FormatChecker::checkAttributes(const xmlNode* element, const ElementRule& r
 }
 
 void FormatChecker::checkValue(const xmlNode* element, const AttributeRule& rule, const std::string& value) {
-    const NumberState state = Veltrani::checkValue(rule.type, value);
+    const NumberState state = Veltrani::ConfigurationDetail::checkValue(rule.type, value);
     if (state == NumberState::WRONG_FORM) {
         add(Kind::STRUCTURE, element, assignment(rule.name, value), expectedValue(rule.type), "correct the value");
     } else if (state == NumberState::OUT_OF_RANGE) {
@@ -148,7 +148,7 @@ void FormatChecker::checkUnit(const xmlNode* element, const AttributeRule& rule,
     if (!unit) {
         add(Kind::MEANING, element, assignment(rule.name, value) + " without a unit",
             name + " with " + expectedValue(unitRule.type), "state " + name + " on the element or around it");
-    } else if (Veltrani::checkValue(unitRule.type, *unit) == NumberState::GOOD) {
+    } else if (Veltrani::ConfigurationDetail::checkValue(unitRule.type, *unit) == NumberState::GOOD) {
         checkConverted(element, rule, value);
     }
 }
@@ -230,4 +230,4 @@ void FormatChecker::add(FaultList::Kind kind, const xmlNode* at, std::string fou
                         std::move(remedy)});
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// Walks a document along the table of `displayFormat()` and reports everything that departs from it, and every value
 /// that has no unit or leaves the range of its type. Elements and attributes in a namespace are not checked.
@@ -37,4 +37,4 @@ private:
     FaultList& m_faults;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -92,4 +92,4 @@ void KnownFiles::requireUnchanged(const std::string& utf8Path, const std::string
     }
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// The content of the files of a configuration when they were last read or saved: the one that it was read from, and
 /// the last other one that it was saved to.
@@ -36,4 +36,4 @@ private:
     std::optional<File> m_saved;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

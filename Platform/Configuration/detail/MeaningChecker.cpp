@@ -10,7 +10,7 @@
 #include <optional>
 #include <utility>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -172,4 +172,4 @@ void MeaningChecker::add(const xmlNode* at, std::string found, std::string expec
                                             std::move(expected), std::move(remedy)});
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// Reports what is well-formed value by value but cannot be meant: values that contradict each other and ids that occur
 /// twice. Values that are missing or ill-formed are skipped; the format check has reported them.
@@ -36,4 +36,4 @@ private:
     FaultList& m_faults;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

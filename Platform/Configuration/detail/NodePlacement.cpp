@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Veltrani::Xml {
+namespace Veltrani::ConfigurationDetail::Xml {
 
 namespace {
 
@@ -191,4 +191,4 @@ void removeIndented(xmlNode* element) {
     free(element);
 }
 
-}  // namespace Veltrani::Xml
+}  // namespace Veltrani::ConfigurationDetail::Xml

@@ -4,7 +4,7 @@
 
 /// Adding, moving and removing elements in a way that leaves the text of the document as a person would have written
 /// it: indentation is kept, comments are never lost.
-namespace Veltrani::Xml {
+namespace Veltrani::ConfigurationDetail::Xml {
 
 /// Puts a new element behind the last child of `parent`, on a line of its own and indented like its siblings when the
 /// document is written in lines.
@@ -17,4 +17,4 @@ void exchange(xmlNode* earlier, xmlNode* later);
 /// Removes and frees an element with its line; comments stay.
 void removeIndented(xmlNode* element);
 
-}  // namespace Veltrani::Xml
+}  // namespace Veltrani::ConfigurationDetail::Xml

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -163,4 +163,4 @@ bool isPositive(ValueType type) {
     return type == ValueType::POSITIVE_NUMBER || type == ValueType::POSITIVE_LENGTH;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// The kinds of value that an attribute of the configuration can have.
 enum class ValueType {
@@ -43,4 +43,4 @@ enum class ValueType {
 inline constexpr std::string_view DEGREES = "deg";
 inline constexpr std::string_view RADIANS = "rad";
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

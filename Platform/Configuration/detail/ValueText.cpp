@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <system_error>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -105,4 +105,4 @@ std::string xmlText(const std::wstring& text, const std::wstring& what) {
     return toUtf8(text);
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

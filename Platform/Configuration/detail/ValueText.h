@@ -6,7 +6,7 @@
 #include <string_view>
 
 /// Values in the text of a configuration. Numbers are the same in every locale, and read as a whole or not at all.
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// The result of reading a text as a number.
 enum class NumberState {
@@ -43,4 +43,4 @@ struct ParsedNumber {
 /// @param what names the text in the message
 [[nodiscard]] std::string xmlText(const std::wstring& text, const std::wstring& what);
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -120,4 +120,4 @@ XmlTargetLocatorConfig::XmlTargetLocatorConfig(const xmlNode* targetData, const 
     m_pitchTable = pairsOf(Xml::child(targetData, "PitchTable"), reader);
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

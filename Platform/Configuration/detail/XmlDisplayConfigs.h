@@ -14,7 +14,7 @@
 
 // The records of what a display has once, read from a checked document: its units, its screen and the data of its
 // targets.
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// The `<Units>` of a checked document.
 class XmlUnitsConfig : public IUnitsConfig {
@@ -106,4 +106,4 @@ private:
     std::vector<std::pair<double, double>> m_pitchTable;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -216,4 +216,4 @@ std::string XmlDocument::text() const {
     return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)};
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

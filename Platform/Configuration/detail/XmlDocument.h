@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// Returns the line (from 1) of the first start tag with more than `limit` attributes; 0 when there is none.
 ///
@@ -42,4 +42,4 @@ private:
     HardenedXml::Tree m_document;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-namespace Veltrani::Xml {
+namespace Veltrani::ConfigurationDetail::Xml {
 
 namespace {
 
@@ -194,4 +194,4 @@ xmlNode* newElement(xmlDoc* document, const char* name) {
     return allocated(xmlNewDocNode(document, nullptr, chars(name), nullptr));
 }
 
-}  // namespace Veltrani::Xml
+}  // namespace Veltrani::ConfigurationDetail::Xml

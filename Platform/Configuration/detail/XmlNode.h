@@ -11,7 +11,7 @@
 /// Reading and changing nodes of an XML tree. Names are those of elements and attributes without a namespace: what is
 /// in a namespace belongs to other programs and is skipped. All text is UTF-8. Where memory runs out, `std::bad_alloc`
 /// is thrown; nothing is omitted silently.
-namespace Veltrani::Xml {
+namespace Veltrani::ConfigurationDetail::Xml {
 
 /// While it lives, the messages of the library about its trees do not reach standard error.
 ///
@@ -67,4 +67,4 @@ void setInnerXml(xmlNode* element, const xmlNode* source);
 /// Returns a new element of the document, not yet in its tree: the caller puts it there.
 [[nodiscard]] xmlNode* newElement(xmlDoc* document, const char* name);
 
-}  // namespace Veltrani::Xml
+}  // namespace Veltrani::ConfigurationDetail::Xml

@@ -11,7 +11,7 @@
 #include <optional>
 #include <string_view>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 namespace {
 
@@ -195,4 +195,4 @@ xmlNode* XmlProjectorConfig::childToWrite(const char* name) {
     return added;
 }
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

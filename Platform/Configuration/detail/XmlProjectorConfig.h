@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <string>
 
-namespace Veltrani {
+namespace Veltrani::ConfigurationDetail {
 
 /// One `<Projector>` of a checked document: read once, every change written through to the document.
 ///
@@ -96,4 +96,4 @@ private:
     Sides m_layout;
 };
 
-}  // namespace Veltrani
+}  // namespace Veltrani::ConfigurationDetail

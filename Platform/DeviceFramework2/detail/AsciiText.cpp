@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 std::string capitals(std::string_view text) {
     std::string result(text);
@@ -28,4 +28,4 @@ std::wstring readable(const std::string& bytes) {
     return text;
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// ASCII letters in capitals, whatever the locale; all other bytes as they are.
 [[nodiscard]] std::string capitals(std::string_view text);
@@ -28,4 +28,4 @@ namespace Veltrani::DeviceFramework2 {
     return value;
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <memory>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 namespace {
 
@@ -121,4 +121,4 @@ std::vector<std::string> broadcastAddresses() {
     return found;
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

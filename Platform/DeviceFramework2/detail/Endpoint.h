@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// A numeric network address with a port. Names are not looked up: that would be a wait without a limit.
 class Endpoint {
@@ -37,4 +37,4 @@ private:
 /// 255.255.255.255, where there are none.
 [[nodiscard]] std::vector<std::string> broadcastAddresses();
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -4,7 +4,10 @@
 
 #include <poll.h>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
+
+using DeviceFramework2::DeviceException;
+using DeviceFramework2::PjlinkSettings;
 
 PjlinkConversation::PjlinkConversation(const Endpoint& peer, const std::wstring& uid, const PjlinkSettings& settings)
     : m_settings(settings),
@@ -78,4 +81,4 @@ void PjlinkSession::waitUntilReady() {
     }
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

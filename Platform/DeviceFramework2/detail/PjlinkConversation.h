@@ -13,7 +13,7 @@
 
 // Conversations with one projector: what a command sends step by step, a conversation that never waits, and one that is
 // waited for.
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// One request of a command, and what follows its reply: the next step, or null when the command is done.
 ///
@@ -43,7 +43,7 @@ class PjlinkConversation {
 public:
     /// Begins to connect.
     /// @param uid selects the password
-    PjlinkConversation(const Endpoint& peer, const std::wstring& uid, const PjlinkSettings& settings);
+    PjlinkConversation(const Endpoint& peer, const std::wstring& uid, const DeviceFramework2::PjlinkSettings& settings);
 
     /// Returns true when a request may be sent: the projector has greeted, and the request before has its reply.
     [[nodiscard]] bool isReady() const {
@@ -70,7 +70,7 @@ private:
 
     void sendRest();
 
-    PjlinkSettings m_settings;
+    DeviceFramework2::PjlinkSettings m_settings;
     Deadline m_deadline;
     TcpConnection m_connection;
     PjlinkProtocol m_protocol;
@@ -88,7 +88,7 @@ class PjlinkSession {
 public:
     /// Connects and reads the greeting. When the projector wants a password and none is configured, nothing is sent.
     /// @param uid selects the password
-    PjlinkSession(const Endpoint& peer, const std::wstring& uid, const PjlinkSettings& settings);
+    PjlinkSession(const Endpoint& peer, const std::wstring& uid, const DeviceFramework2::PjlinkSettings& settings);
 
     /// Sends a command and waits for its reply. An error that the projector reports is a reply; a refused login is a
     /// fault.
@@ -100,4 +100,4 @@ private:
     std::optional<PjlinkConversation> m_conversation;  ///< none after a fault
 };
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -11,7 +11,10 @@
 #include <algorithm>
 #include <array>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
+
+using DeviceFramework2::DeviceException;
+using DeviceFramework2::MacAddress;
 
 namespace {
 
@@ -169,4 +172,4 @@ std::optional<MacAddress> parsePjlinkSearchReply(std::string_view datagram) {
     return MacAddress::parse(fromUtf8OrBytes(text.substr(PREFIX.size())));
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -9,7 +9,7 @@
 
 // The lines that PJLink exchanges: how received bytes become lines, what is sent, and what the lines of a projector
 // mean.
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// Cuts received bytes into lines. CR, LF and CRLF all end a line, wherever the bytes were split; empty lines are
 /// skipped.
@@ -90,6 +90,6 @@ struct PjlinkReply {
 
 /// Returns the MAC address of a reply to a search, "%2ACKN=02:00:00:00:00:01" with or without line ends; nothing for
 /// any other datagram.
-[[nodiscard]] std::optional<MacAddress> parsePjlinkSearchReply(std::string_view datagram);
+[[nodiscard]] std::optional<DeviceFramework2::MacAddress> parsePjlinkSearchReply(std::string_view datagram);
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -5,7 +5,10 @@
 
 #include <utility>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
+
+using DeviceFramework2::DeviceException;
+using DeviceFramework2::PasswordSource;
 
 namespace {
 
@@ -87,4 +90,4 @@ std::optional<PjlinkReply> PjlinkProtocol::takeReply() {
     return std::exchange(m_reply, std::nullopt);
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

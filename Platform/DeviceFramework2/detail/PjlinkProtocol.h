@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// The course of one session with a projector: its greeting, the login with the first request, one request at a time.
 ///
@@ -17,7 +17,7 @@ namespace Veltrani::DeviceFramework2 {
 class PjlinkProtocol {
 public:
     /// @param uid selects the password
-    PjlinkProtocol(std::wstring uid, PasswordSource passwords);
+    PjlinkProtocol(std::wstring uid, DeviceFramework2::PasswordSource passwords);
 
     /// Returns true once the projector has greeted, and while no request is under way.
     [[nodiscard]] bool isIdle() const { return m_state == State::IDLE; }
@@ -41,7 +41,7 @@ private:
     void takeLine(const std::string& line);
 
     std::wstring m_uid;
-    PasswordSource m_passwords;
+    DeviceFramework2::PasswordSource m_passwords;
     State m_state = State::GREETING;
     LineBuffer m_received;
     std::string m_login;  ///< goes directly before the first request; empty when none is wanted
@@ -50,4 +50,4 @@ private:
     std::optional<PjlinkReply> m_reply;
 };
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
+
+using DeviceFramework2::PowerState;
 
 std::optional<int> PjlinkValues::commandClass(std::string_view value) {
     constexpr std::string_view WORD = "CLASS ";
@@ -88,4 +90,4 @@ std::optional<std::vector<std::string>> PjlinkValues::inputs(std::string_view va
     return list;
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

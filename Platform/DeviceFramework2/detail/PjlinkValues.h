@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// Reads the values that projectors reply with. Each function returns nothing for a value that is not understood.
 class PjlinkValues {
@@ -23,7 +23,7 @@ public:
     [[nodiscard]] static std::optional<Point<int, 2>> resolution(std::string_view value);
 
     /// "0" standby, "1" on, "2" cooling, "3" warming up.
-    [[nodiscard]] static std::optional<PowerState> power(std::string_view value);
+    [[nodiscard]] static std::optional<DeviceFramework2::PowerState> power(std::string_view value);
 
     /// Returns true for "11" and "31", false for "10", "20", "21" and "30": the sound alone mutes no picture.
     [[nodiscard]] static std::optional<bool> pictureMute(std::string_view value);
@@ -35,4 +35,4 @@ public:
     [[nodiscard]] static std::optional<std::vector<std::string>> inputs(std::string_view value);
 };
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -14,7 +14,9 @@
 #include <cerrno>
 #include <system_error>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
+
+using DeviceFramework2::DeviceException;
 
 namespace {
 
@@ -115,4 +117,4 @@ std::optional<std::string> TcpConnection::receive() {
     return std::nullopt;
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

@@ -9,7 +9,7 @@
 #include <string_view>
 
 // Sockets that never block: the limit of a wait, an owned socket, and a connection over one.
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// The end of a wait, on the monotonic clock: setting the time of the machine does not move it.
 class Deadline {
@@ -72,4 +72,4 @@ private:
     Socket m_socket;
 };
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

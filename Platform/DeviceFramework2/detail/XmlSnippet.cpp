@@ -7,7 +7,10 @@
 #include <algorithm>
 #include <new>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
+
+using DeviceFramework2::DeviceException;
+using DeviceFramework2::MacAddress;
 
 namespace {
 
@@ -89,4 +92,4 @@ std::wstring XmlSnippet::quoted(const std::wstring& value) {
     return L"\"" + shown + (value.size() > LONGEST_QUOTATION ? L"...\"" : L"\"");
 }
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

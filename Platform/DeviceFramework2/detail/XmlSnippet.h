@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-namespace Veltrani::DeviceFramework2 {
+namespace Veltrani::DeviceFramework2Detail {
 
 /// A device snippet as a checked XML tree. Text from outside: no document type, no entities but the five of XML itself,
 /// no network, and limits on size and depth.
@@ -47,4 +47,4 @@ private:
     HardenedXml::Tree m_document;
 };
 
-}  // namespace Veltrani::DeviceFramework2
+}  // namespace Veltrani::DeviceFramework2Detail

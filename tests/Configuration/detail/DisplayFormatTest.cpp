@@ -8,9 +8,9 @@
 
 namespace {
 
-using Veltrani::ChildRule;
-using Veltrani::ElementRule;
-using Veltrani::VariantRule;
+using Veltrani::ConfigurationDetail::ChildRule;
+using Veltrani::ConfigurationDetail::ElementRule;
+using Veltrani::ConfigurationDetail::VariantRule;
 
 void visit(const ElementRule& rule, const std::function<void(const ElementRule&)>& action) {
     action(rule);
@@ -26,7 +26,7 @@ void visit(const ElementRule& rule, const std::function<void(const ElementRule&)
 
 const ElementRule& ruleOf(const std::string& name) {
     const ElementRule* found = nullptr;
-    visit(Veltrani::displayFormat(), [&](const ElementRule& rule) {
+    visit(Veltrani::ConfigurationDetail::displayFormat(), [&](const ElementRule& rule) {
         if (rule.name == name) {
             found = &rule;
         }
@@ -36,7 +36,7 @@ const ElementRule& ruleOf(const std::string& name) {
 
 TEST(DisplayFormat, NoElementHasAnAttributeOrAChildTwice) {
     int elements = 0;
-    visit(Veltrani::displayFormat(), [&](const ElementRule& rule) {
+    visit(Veltrani::ConfigurationDetail::displayFormat(), [&](const ElementRule& rule) {
         ++elements;
         std::set<std::string_view> names{"lengthUnit", "angleUnit"};
         for (const auto& attribute : rule.attributes) {
@@ -53,31 +53,31 @@ TEST(DisplayFormat, NoElementHasAnAttributeOrAChildTwice) {
 TEST(DisplayFormat, UnitsStandWhereSuchValuesAre) {
     for (const char* name : {"Display", "Screen", "EyePoint", "Size", "LowerRail", "TargetData", "Mirror", "Projectors",
                              "Projector", "Position", "Layout"}) {
-        EXPECT_TRUE(Veltrani::holdsLengths(ruleOf(name))) << name;
+        EXPECT_TRUE(Veltrani::ConfigurationDetail::holdsLengths(ruleOf(name))) << name;
     }
     for (const char* name : {"Display", "Screen", "Orientation", "Azimuth", "YawTable", "Pair", "Mirror", "Projectors",
                              "Projector", "Frustum"}) {
-        EXPECT_TRUE(Veltrani::holdsAngles(ruleOf(name))) << name;
+        EXPECT_TRUE(Veltrani::ConfigurationDetail::holdsAngles(ruleOf(name))) << name;
     }
     for (const char* name :
          {"Units", "Name", "Device", "Resolution", "ScreenArea", "ContentMesh", "ImportOrientation"}) {
-        EXPECT_FALSE(Veltrani::holdsLengths(ruleOf(name))) << name;
-        EXPECT_FALSE(Veltrani::holdsAngles(ruleOf(name))) << name;
+        EXPECT_FALSE(Veltrani::ConfigurationDetail::holdsLengths(ruleOf(name))) << name;
+        EXPECT_FALSE(Veltrani::ConfigurationDetail::holdsAngles(ruleOf(name))) << name;
     }
-    EXPECT_FALSE(Veltrani::holdsLengths(ruleOf("Frustum")));
-    EXPECT_FALSE(Veltrani::holdsAngles(ruleOf("Layout")));
+    EXPECT_FALSE(Veltrani::ConfigurationDetail::holdsLengths(ruleOf("Frustum")));
+    EXPECT_FALSE(Veltrani::ConfigurationDetail::holdsAngles(ruleOf("Layout")));
 }
 
 TEST(DisplayFormat, EveryShapeAndKindOfTargetDataHasItsVariant) {
     for (const char* shape : {"Flat", "Sphere", "Cylinder", "Ruled", "Mesh"}) {
-        EXPECT_NE(Veltrani::variantOf(ruleOf("Screen"), shape), nullptr) << shape;
+        EXPECT_NE(Veltrani::ConfigurationDetail::variantOf(ruleOf("Screen"), shape), nullptr) << shape;
     }
     for (const char* type : {"PlanarBasic", "PlanarAdvanced", "Spherical", "SphericalCollimated", "CustomPlanar",
                              "ProjectorCentric", "3D"}) {
-        EXPECT_NE(Veltrani::variantOf(ruleOf("TargetData"), type), nullptr) << type;
+        EXPECT_NE(Veltrani::ConfigurationDetail::variantOf(ruleOf("TargetData"), type), nullptr) << type;
     }
-    EXPECT_EQ(Veltrani::variantOf(ruleOf("Screen"), ""), nullptr);
-    EXPECT_EQ(Veltrani::variantOf(ruleOf("Screen"), "flat"), nullptr);
+    EXPECT_EQ(Veltrani::ConfigurationDetail::variantOf(ruleOf("Screen"), ""), nullptr);
+    EXPECT_EQ(Veltrani::ConfigurationDetail::variantOf(ruleOf("Screen"), "flat"), nullptr);
 }
 
 }  // namespace

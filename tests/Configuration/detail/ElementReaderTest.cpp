@@ -10,10 +10,10 @@
 
 namespace {
 
-using Veltrani::ElementReader;
-using Veltrani::FaultList;
-using Veltrani::XmlDocument;
-namespace Xml = Veltrani::Xml;
+using Veltrani::ConfigurationDetail::ElementReader;
+using Veltrani::ConfigurationDetail::FaultList;
+using Veltrani::ConfigurationDetail::XmlDocument;
+namespace Xml = Veltrani::ConfigurationDetail::Xml;
 using Unit = UnitConversionTable::UnitSubType;
 
 constexpr double PI = std::numbers::pi;

@@ -8,7 +8,7 @@
 
 namespace {
 
-using Veltrani::FaultList;
+using Veltrani::ConfigurationDetail::FaultList;
 
 Veltrani::FileFault fault(int line, const std::string& element) {
     return {line, element, "a", "b", "do c"};

@@ -4,7 +4,7 @@
 
 namespace {
 
-using Veltrani::FolderPath;
+using Veltrani::ConfigurationDetail::FolderPath;
 
 TEST(FolderPath, IsWhatStandsBeforeTheLastSlash) {
     EXPECT_EQ(FolderPath::ofFile(L"a/b/c.xml").text(), L"a/b");

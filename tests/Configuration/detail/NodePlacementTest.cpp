@@ -10,9 +10,9 @@
 
 namespace {
 
-using Veltrani::FaultList;
-using Veltrani::XmlDocument;
-namespace Xml = Veltrani::Xml;
+using Veltrani::ConfigurationDetail::FaultList;
+using Veltrani::ConfigurationDetail::XmlDocument;
+namespace Xml = Veltrani::ConfigurationDetail::Xml;
 
 /// What becomes of a document, without its declaration.
 std::string after(std::string_view text, const std::function<void(xmlNode*)>& change) {

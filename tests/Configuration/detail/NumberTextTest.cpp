@@ -12,10 +12,10 @@
 
 namespace {
 
-using Veltrani::NumberState;
-using Veltrani::parseFourBytes;
-using Veltrani::parseNumber;
-using Veltrani::parsePixelCount;
+using Veltrani::ConfigurationDetail::NumberState;
+using Veltrani::ConfigurationDetail::parseFourBytes;
+using Veltrani::ConfigurationDetail::parseNumber;
+using Veltrani::ConfigurationDetail::parsePixelCount;
 
 TEST(NumberText, ReadsDecimalNumbers) {
     EXPECT_EQ(parseNumber("0").value, 0.0);
@@ -49,8 +49,8 @@ TEST(NumberText, DoesNotAskTheLocale) {
     const ForeignLocale german;
     EXPECT_EQ(parseNumber("1234.5").value, 1234.5);
     EXPECT_EQ(parseNumber("1,5").state, NumberState::WRONG_FORM);
-    EXPECT_EQ(Veltrani::numberText(1234567), "1234567");
-    EXPECT_EQ(Veltrani::fourBytesText({1, 2, 3, 255}), "1 2 3 255");
+    EXPECT_EQ(Veltrani::ConfigurationDetail::numberText(1234567), "1234567");
+    EXPECT_EQ(Veltrani::ConfigurationDetail::fourBytesText({1, 2, 3, 255}), "1 2 3 255");
 }
 
 TEST(NumberText, PixelCountsAreWholeAndPositive) {
@@ -74,10 +74,11 @@ TEST(NumberText, FourBytesAreExactlyFour) {
 
 TEST(NumberText, WholeNumbersSurviveTheRoundTrip) {
     for (const int value : {1, 9, 1920, INT_MAX}) {
-        EXPECT_EQ(parsePixelCount(Veltrani::numberText(value)).value, value);
+        EXPECT_EQ(parsePixelCount(Veltrani::ConfigurationDetail::numberText(value)).value, value);
     }
-    EXPECT_EQ(Veltrani::numberText(INT_MIN), "-2147483648");
-    EXPECT_EQ(parseFourBytes(Veltrani::fourBytesText({0, 1, 99, 255})), (std::array<unsigned char, 4>{0, 1, 99, 255}));
+    EXPECT_EQ(Veltrani::ConfigurationDetail::numberText(INT_MIN), "-2147483648");
+    EXPECT_EQ(parseFourBytes(Veltrani::ConfigurationDetail::fourBytesText({0, 1, 99, 255})),
+              (std::array<unsigned char, 4>{0, 1, 99, 255}));
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace {
 
-using Veltrani::lineOfOverfullTag;
+using Veltrani::ConfigurationDetail::lineOfOverfullTag;
 
 TEST(TagScanner, NothingToFind) {
     for (const char* text : {"", "no tag", "<", "<a", "<a b=\"", "<a b='x'/>", "<!--", "<![CDATA[", "<?", "</a>"}) {

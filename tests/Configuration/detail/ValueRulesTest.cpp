@@ -11,10 +11,10 @@
 
 namespace {
 
-using Veltrani::checkValue;
-using Veltrani::expectedValue;
-using Veltrani::NumberState;
-using Veltrani::ValueType;
+using Veltrani::ConfigurationDetail::checkValue;
+using Veltrani::ConfigurationDetail::expectedValue;
+using Veltrani::ConfigurationDetail::NumberState;
+using Veltrani::ConfigurationDetail::ValueType;
 
 void expectOnly(ValueType type, const std::vector<std::string>& accepted) {
     for (const std::string& word : accepted) {

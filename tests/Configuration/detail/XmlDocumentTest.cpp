@@ -10,8 +10,8 @@
 
 namespace {
 
-using Veltrani::FaultList;
-using Veltrani::XmlDocument;
+using Veltrani::ConfigurationDetail::FaultList;
+using Veltrani::ConfigurationDetail::XmlDocument;
 
 std::string faultOf(std::string_view text) {
     FaultList faults("t");
@@ -50,8 +50,8 @@ TEST(XmlDocument, WhiteSpaceInValuesSurvives) {
     FaultList faults("t");
     const XmlDocument again = XmlDocument::parse(text, faults);
     ASSERT_NE(again.root(), nullptr);
-    EXPECT_EQ(Veltrani::Xml::attribute(again.root(), "b"), "1\n2\t3\r4");
-    EXPECT_EQ(Veltrani::Xml::content(again.root()), "5\r6");
+    EXPECT_EQ(Veltrani::ConfigurationDetail::Xml::attribute(again.root(), "b"), "1\n2\t3\r4");
+    EXPECT_EQ(Veltrani::ConfigurationDetail::Xml::content(again.root()), "5\r6");
 }
 
 TEST(XmlDocument, BrokenXmlIsOneFaultWithItsLine) {
@@ -157,7 +157,9 @@ TEST(XmlDocument, LinesBeyond65535AreRight) {
     FaultList faults("t");
     const XmlDocument document = XmlDocument::parse(text, faults);
     ASSERT_NE(document.root(), nullptr);
-    EXPECT_EQ(Veltrani::Xml::lineOf(Veltrani::Xml::child(document.root(), "b")), 70001);
+    EXPECT_EQ(
+        Veltrani::ConfigurationDetail::Xml::lineOf(Veltrani::ConfigurationDetail::Xml::child(document.root(), "b")),
+        70001);
     EXPECT_EQ(faultOf("<a>" + std::string(70000, '\n') + "<b></a>").rfind("t:70001:", 0), 0U);
 }
 

@@ -6,9 +6,9 @@
 
 namespace {
 
-using Veltrani::FaultList;
-using Veltrani::XmlDocument;
-namespace Xml = Veltrani::Xml;
+using Veltrani::ConfigurationDetail::FaultList;
+using Veltrani::ConfigurationDetail::XmlDocument;
+namespace Xml = Veltrani::ConfigurationDetail::Xml;
 
 XmlDocument parsed(std::string_view text) {
     FaultList faults("t");

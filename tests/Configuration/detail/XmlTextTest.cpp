@@ -6,7 +6,7 @@
 
 namespace {
 
-using Veltrani::xmlText;
+using Veltrani::ConfigurationDetail::xmlText;
 
 TEST(XmlText, KeepsWhatXmlCanHold) {
     EXPECT_EQ(xmlText(L"", L"it"), "");

@@ -22,7 +22,7 @@ protected:
     }
     std::wstring fault(const KelvoControl::Configuration* from) const {
         try {
-            const auto owners = Veltrani::blendOwners(&config, from);
+            const auto owners = Veltrani::ScreenManagerDetail::blendOwners(&config, from);
         } catch (const VeltraniException& thrown) {
             return thrown.message;
         }
@@ -40,7 +40,7 @@ TEST_F(BlendOwnersTest, AreTheEntriesOfTheListedIdsInTheOrderOfTheList) {
     const KelvoProjector* const one = add(L"P1");
     const KelvoProjector* const two = add(L"P2");
     add(L"P3");
-    EXPECT_THAT(Veltrani::blendOwners(&config, &table), ElementsAre(two, one));
+    EXPECT_THAT(Veltrani::ScreenManagerDetail::blendOwners(&config, &table), ElementsAre(two, one));
     EXPECT_THAT(trace.lines(), ElementsAre("config.getProjectorConfigIds()"));
 }
 
@@ -54,9 +54,9 @@ TEST_F(BlendOwnersTest, TheFirstIdThatTheTableLacksIsNamed) {
 }
 
 TEST_F(BlendOwnersTest, WithoutAConfigurationOrProjectorsThereAreNone) {
-    EXPECT_THAT(Veltrani::blendOwners(nullptr, &table), IsEmpty());
+    EXPECT_THAT(Veltrani::ScreenManagerDetail::blendOwners(nullptr, &table), IsEmpty());
     config.projectors.clear();
-    EXPECT_THAT(Veltrani::blendOwners(&config, nullptr), IsEmpty());
+    EXPECT_THAT(Veltrani::ScreenManagerDetail::blendOwners(&config, nullptr), IsEmpty());
 }
 
 }  // namespace

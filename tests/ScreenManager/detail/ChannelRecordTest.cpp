@@ -9,12 +9,12 @@ namespace {
 
 TEST(ChannelRecord, IsTheRecordItself) {
     const ProjectorConfigDouble record(L"P1");
-    EXPECT_EQ(&Veltrani::requireRecord(&record, 3), &record);
+    EXPECT_EQ(&Veltrani::ScreenManagerDetail::requireRecord(&record, 3), &record);
 }
 
 TEST(ChannelRecord, AMissingOneIsToldByTheNumberOfItsChannel) {
     try {
-        static_cast<void>(Veltrani::requireRecord(nullptr, 3));
+        static_cast<void>(Veltrani::ScreenManagerDetail::requireRecord(nullptr, 3));
         FAIL() << "nothing was thrown";
     } catch (const VeltraniException& fault) {
         EXPECT_EQ(fault.message,

@@ -11,6 +11,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using Veltrani::DeviceFramework2::CmdResultNotAvailableException;
 using Veltrani::DeviceFramework2::DeviceException;
+using Veltrani::ScreenManagerDetail::DeviceEntry;
 
 const log4cxx::spi::LocationInfo OPERATION("a/File.cpp", "File.cpp", "void SomeClass::someOperation(int)", 12);
 

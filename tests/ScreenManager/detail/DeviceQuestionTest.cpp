@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using Veltrani::ScreenManagerDetail::askDevice;
+
 namespace {
 
 using namespace Veltrani::DeviceFramework2;

@@ -11,7 +11,7 @@ namespace {
 
 using Vector = Point<double, 3>;
 using Picture = Point<double, 2>;
-using Veltrani::EyeRays;
+using Veltrani::ScreenManagerDetail::EyeRays;
 
 /// Answers each ray by its second point, from the back, and keeps the rays.
 class OwnRays : public SphereTargetLocator {
@@ -65,16 +65,16 @@ TEST_F(EyeRaysTest, WithoutALocatorNothingIsMet) {
 
 TEST_F(EyeRaysTest, TheEyePointIsThatOfTheScreenOrTheOrigin) {
     screenConfig.eyePoint = {1.0, 2.0, 3.0};
-    EXPECT_EQ(Veltrani::eyePointOf(&config), (Vector{1.0, 2.0, 3.0}));
+    EXPECT_EQ(Veltrani::ScreenManagerDetail::eyePointOf(&config), (Vector{1.0, 2.0, 3.0}));
     config.screen = nullptr;
-    EXPECT_EQ(Veltrani::eyePointOf(&config), Vector());
-    EXPECT_EQ(Veltrani::eyePointOf(nullptr), Vector());
+    EXPECT_EQ(Veltrani::ScreenManagerDetail::eyePointOf(&config), Vector());
+    EXPECT_EQ(Veltrani::ScreenManagerDetail::eyePointOf(nullptr), Vector());
 }
 
 TEST_F(EyeRaysTest, TheLocatorsStandInTheOrderOfTheProjectors) {
     ProjectorConfigDouble second(L"P2", &trace);
     config.projectors = {&projector, &second};
-    const auto locators = Veltrani::targetLocators(&config, {&second, nullptr, &projector});
+    const auto locators = Veltrani::ScreenManagerDetail::targetLocators(&config, {&second, nullptr, &projector});
     ASSERT_EQ(locators.size(), 3U);
     EXPECT_EQ(locators[0], TargetLocatorManager::getInstance()->getTargetLocator(&config, &second));
     EXPECT_EQ(locators[1], nullptr);

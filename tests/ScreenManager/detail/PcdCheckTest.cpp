@@ -17,7 +17,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using Veltrani::PcdCheck;
+using Veltrani::ScreenManagerDetail::PcdCheck;
 
 const std::vector<pcd::Position> POINTS{{1.0F, 2.0F, 3.0F}, {-4.5F, 0.25F, 1e-3F}, {7.0F, 8.0F, 9.0F}};
 

@@ -24,7 +24,7 @@
 namespace {
 
 using testing::HasSubstr;
-using Veltrani::PcdCloud;
+using Veltrani::ScreenManagerDetail::PcdCloud;
 
 constexpr std::array<const char*, 3> KINDS{"ascii", "binary", "binary_compressed"};
 

@@ -11,7 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::SizeIs;
-using Veltrani::PcdHeader;
+using Veltrani::ScreenManagerDetail::PcdHeader;
 
 const std::string VALID = pcd::header(2, "ascii");
 

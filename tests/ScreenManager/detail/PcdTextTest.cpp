@@ -11,7 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Veltrani::PcdText;
+using Veltrani::ScreenManagerDetail::PcdText;
 
 TEST(PcdText, SplitsAtBlanksTabsAndCarriageReturns) {
     EXPECT_THAT(PcdText::split(" \tFIELDS x\t\ty  z \r"), ElementsAre("FIELDS", "x", "y", "z"));

@@ -8,6 +8,8 @@
 #include <set>
 #include <utility>
 
+using Veltrani::ScreenManagerDetail::PixelSearch;
+
 namespace {
 
 /// The squared distance of a pixel to a place on a picture of a tenth of the accepted distance.

@@ -8,6 +8,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Veltrani::DeviceFramework2::DeviceException;
+using Veltrani::ScreenManagerDetail::ProjectorBinding;
 
 const std::wstring MAC_TEXT = L"<Device mac='02:00:00:00:00:01'/>";
 const std::wstring MAC_UID = L"020000000001";

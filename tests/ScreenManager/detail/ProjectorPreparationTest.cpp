@@ -10,6 +10,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using Veltrani::DeviceFramework2::DeviceException;
+using Veltrani::ScreenManagerDetail::ProjectorPreparation;
 
 using State = IChannelManager::ProjectorState;
 

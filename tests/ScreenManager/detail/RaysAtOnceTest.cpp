@@ -14,6 +14,8 @@
 
 #include <cmath>
 
+using Veltrani::ScreenManagerDetail::RaysAtOnce;
+
 namespace {
 
 using Vector = Point<double, 3>;

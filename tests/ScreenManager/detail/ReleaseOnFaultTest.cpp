@@ -6,6 +6,8 @@
 
 #include <stdexcept>
 
+using Veltrani::ScreenManagerDetail::releaseOnFault;
+
 namespace {
 
 TEST(ReleaseOnFault, AStepThatSucceedsKeepsTheDeviceAndGivesItsResult) {
