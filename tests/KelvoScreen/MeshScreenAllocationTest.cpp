@@ -1,38 +1,16 @@
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/MeshScreen.h"
 #include "KelvoScreen/Meshes.h"
+#include "support/AllocationFault.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
-#include <new>
 #include <span>
 #include <vector>
 
 /// Every allocation of this program is counted; that is why the test is a program of its own.
-
-namespace {
-
-std::size_t allocationCount = 0;
-
-}  // namespace
-
-// Not inlined: the compiler would see memory of `new` given to `free` and warn of a mismatch.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocationCount;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
 
 namespace {
 
@@ -42,7 +20,7 @@ TEST(MeshScreenAllocation, ARayItsNormalAndItsSideAllocateNothing) {
     const MeshScreen screen(meshes::room(6));
     (void)screen.intersect({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0});
     oracle::Random random(91);
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     int hits = 0;
     for (int i = 0; i < 1000; ++i) {
         const Vector from = random.inCube();
@@ -52,7 +30,7 @@ TEST(MeshScreenAllocation, ARayItsNormalAndItsSideAllocateNothing) {
             hits += sideOfSurface(to - from, screen.getScreenNormal(set.first().point)) != 0 ? 1 : 0;
         }
     }
-    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_EQ(AllocationFault::allocations() - before, 0U);
     EXPECT_GT(hits, 900);
 }
 
@@ -64,7 +42,7 @@ TEST(MeshScreenAllocation, ARayPastTheBorderAllocatesNothing) {
     }));
     (void)screen.intersectExtrapolatedWithSpecifiedNormal({0.0, 0.0, 1.0}, {3.0, 0.0, 0.0}, 1);
     oracle::Random random(93);
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     int continued = 0;
     for (int i = 0; i < 1000; ++i) {
         const Vector from = Vector{0.0, 0.0, 2.0} + 0.5 * random.inCube();
@@ -74,7 +52,7 @@ TEST(MeshScreenAllocation, ARayPastTheBorderAllocatesNothing) {
             continued += isHit && screen.intersect(from, to).empty() ? 1 : 0;
         }
     }
-    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_EQ(AllocationFault::allocations() - before, 0U);
     EXPECT_GT(continued, 100);
 }
 
@@ -91,9 +69,9 @@ TEST(MeshScreenAllocation, ManyRaysAtOnceAllocateNothing) {
     }
     std::vector<SurfaceHit> hits(rays.size());
     screen.intersectRays(std::span(rays).first(16), std::span(hits).first(16));
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     screen.intersectRays(rays, hits);
-    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_EQ(AllocationFault::allocations() - before, 0U);
     EXPECT_GT(std::count_if(hits.begin(), hits.end(), [](const SurfaceHit& hit) { return hit.hit; }), 1900);
 }
 
@@ -101,19 +79,19 @@ TEST(MeshScreenAllocation, TheSearchForABarePointAllocatesNothing) {
     const MeshScreen screen(meshes::room(6));
     (void)screen.getScreenNormal({0.0, 0.0, 0.0});
     oracle::Random random(92);
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     double sum = 0;
     for (int i = 0; i < 1000; ++i) {
         sum += norm(screen.getScreenNormal(5.0 * random.inCube()));
     }
-    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_EQ(AllocationFault::allocations() - before, 0U);
     EXPECT_NEAR(sum, 1000, 1e-9);
 }
 
 TEST(MeshScreenAllocation, TheCounterCounts) {
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     const MeshScreen screen(meshes::room(1));
-    EXPECT_GT(allocationCount, before);
+    EXPECT_GT(AllocationFault::allocations(), before);
 }
 
 }  // namespace

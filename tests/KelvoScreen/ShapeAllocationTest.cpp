@@ -3,36 +3,14 @@
 #include "KelvoScreen/RuledSurfaceScreen.h"
 #include "KelvoScreen/RuledSurfaces.h"
 #include "KelvoScreen/SphericalScreen.h"
+#include "support/AllocationFault.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstddef>
-#include <cstdlib>
-#include <new>
 
 /// Every allocation of this program is counted; that is why the test is a program of its own.
-
-namespace {
-
-std::size_t allocationCount = 0;
-
-}  // namespace
-
-// Not inlined: the compiler would see memory of `new` given to `free` and warn of a mismatch.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocationCount;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
 
 namespace {
 
@@ -40,7 +18,7 @@ using Vector = Point<double, 3>;
 
 void expectNoAllocation(const ScreenGeometry& screen) {
     oracle::Random random(71);
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     int hits = 0;
     double sum = 0;
     for (int i = 0; i < 1000; ++i) {
@@ -54,7 +32,7 @@ void expectNoAllocation(const ScreenGeometry& screen) {
         Vector out;
         sum += screen.mapInto3D({random.uniform(0, 1), random.uniform(0, 1)}, out, false) ? out[0] : 0;
     }
-    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_EQ(AllocationFault::allocations() - before, 0U);
     EXPECT_GT(hits, 150);
     EXPECT_TRUE(std::isfinite(sum));
 }
@@ -78,10 +56,10 @@ TEST(ShapeAllocation, TwoHitsAllocateNothing) {
     const SphericalScreen sphere(Vector{}, 1, -4, 2, -1, 1);
     const ScreenConfigDouble config = ruled::saddle();
     const RuledSurfaceScreen saddle(&config);
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     const IntersectionSet both = sphere.intersect({-3.0, 0.1, 0.2}, {3.0, 0.2, 0.1});
     const IntersectionSet twice = saddle.intersect({-1.6, -1.6, 0.2}, {1.6, 1.6, 0.2});
-    EXPECT_EQ(allocationCount - before, 0U);
+    EXPECT_EQ(AllocationFault::allocations() - before, 0U);
     EXPECT_EQ(both.size(), 2U);
     EXPECT_EQ(twice.size(), 2U);
 }
@@ -98,19 +76,19 @@ TEST(ShapeAllocation, AZigzagThatIsHitEightTimesAllocatesOnce) {
     const RuledSurfaceScreen zigzag(&config);
     for (const bool continued : {false, true}) {
         const Vector eye{0.1, 0.0, 0.0};
-        const std::size_t before = allocationCount;
+        const std::size_t before = AllocationFault::allocations();
         const IntersectionSet hits = continued
                                          ? zigzag.intersectExtrapolatedWithSpecifiedNormal(eye, {0.1, 1.0, 0.0}, 1)
                                          : zigzag.intersect(eye, {0.1, 1.0, 0.0});
-        EXPECT_EQ(allocationCount - before, 1U);
+        EXPECT_EQ(AllocationFault::allocations() - before, 1U);
         EXPECT_EQ(hits.size(), continued ? 4U : 8U);
     }
 }
 
 TEST(ShapeAllocation, TheCounterCounts) {
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     const SphericalScreen sphere(Vector{}, 1, -1, 1, -1, 1);
-    EXPECT_GT(allocationCount, before) << sphere.isValid();
+    EXPECT_GT(AllocationFault::allocations(), before) << sphere.isValid();
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "DeviceFramework2/DeviceManager.h"
 #include "ScreenManager/ChannelManager.h"
+#include "support/AllocationFault.h"
 #include "support/ConfigManagerDouble.h"
 #include "support/DeviceManagerDouble.h"
 #include "support/LogTrap.h"
@@ -7,41 +8,18 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdlib>
 #include <memory>
-#include <new>
 
 /// Every allocation of this program is counted; that is why the test is a program of its own. A copy of a channel with
 /// a long name and a long id allocates both, a move allocates nothing.
 
 namespace {
 
-std::size_t allocationCount = 0;
-
-}  // namespace
-
-// Not inlined: the compiler would see memory of `new` given to `free` and warn of a mismatch.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocationCount;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
-
-namespace {
-
 template <class Step>
 std::size_t allocationsOf(Step&& step) {
-    const std::size_t before = allocationCount;
+    const std::size_t before = AllocationFault::allocations();
     [[maybe_unused]] const auto keep = step();
-    return allocationCount - before;
+    return AllocationFault::allocations() - before;
 }
 
 class ChannelCopiesTest : public testing::Test {

@@ -9,8 +9,10 @@ namespace {
 thread_local long long remaining = -1;
 thread_local std::size_t smallest = 0;
 thread_local bool failed = false;
+thread_local std::size_t count = 0;
 
 void* allocate(std::size_t size) {
+    ++count;
     if (remaining >= 0 && size >= smallest && remaining-- == 0) {
         failed = true;
         throw std::bad_alloc();
@@ -65,4 +67,8 @@ AllocationFault::~AllocationFault() {
 
 bool AllocationFault::happened() const {
     return failed;
+}
+
+std::size_t AllocationFault::allocations() {
+    return count;
 }

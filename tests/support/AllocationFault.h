@@ -13,4 +13,7 @@ public:
 
     /// Whether the allocation has been requested, and has failed.
     [[nodiscard]] bool happened() const;
+
+    /// Number of allocations of this thread by now.
+    [[nodiscard]] static std::size_t allocations();
 };
