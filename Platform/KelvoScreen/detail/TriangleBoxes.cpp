@@ -1,10 +1,13 @@
 #include "KelvoScreen/detail/TriangleBoxes.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <numeric>
+#include <utility>
 
 namespace Veltrani::KelvoScreenDetail {
 
@@ -44,38 +47,104 @@ Corners fromLowest(const Corners& corners) {
     return turned;
 }
 
-std::size_t hashOf(const Corners& corners) {
-    constexpr std::size_t SPREAD = 0x9E3779B97F4A7C15U;
-    std::size_t hash = 0;
-    for (const Point<double, 3>& corner : corners) {
-        for (std::size_t i = 0; i < 3; ++i) {
-            // Zero has two signs, and one place.
-            hash = (hash ^ std::bit_cast<std::uint64_t>(corner[i] + 0.0)) * SPREAD;
-            hash ^= hash >> 32U;
-        }
+/// One to one; every bit of the value has a part in the upper half of the result, and in the lower one.
+std::uint64_t spread(std::uint64_t value) {
+    constexpr std::uint64_t FACTOR = 0x9E3779B97F4A7C15U;
+    value = (value ^ (value >> 32U)) * FACTOR;
+    return value ^ (value >> 32U);
+}
+
+std::uint64_t hashOf(const Point<double, 3>& corner) {
+    constexpr std::array<std::uint64_t, 3> FACTORS{0xD1B54A32D192ED03U, 0x8CB92BA72F3D8DD7U, 0xAEF17502108EF2D9U};
+    std::uint64_t hash = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        // Zero has two signs, and one place.
+        const auto bits = std::bit_cast<std::uint64_t>(corner[i] + 0.0);
+        hash += (bits ^ (bits >> 32U)) * FACTORS[i];
     }
     return hash;
+}
+
+/// The same whichever corner comes first, and another for the other winding.
+std::uint64_t hashOf(const Corners& corners) {
+    const std::array<std::uint64_t, 3> hashes{hashOf(corners[0]), hashOf(corners[1]), hashOf(corners[2])};
+    std::uint64_t sum = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        sum += spread(hashes[i] + std::rotl(hashes[(i + 1) % 3], 32));
+    }
+    return sum;
+}
+
+/// Counts how often a number occurs: never, once, or several times.
+class Tally {
+public:
+    explicit Tally(std::size_t size) : m_words(size / PER_WORD), m_mask(size - 1) {}
+
+    void count(std::uint64_t number) {
+        std::uint64_t& word = m_words[(number & m_mask) / PER_WORD];
+        const std::uint64_t once = std::uint64_t{1} << shiftOf(number);
+        word |= once | ((word & once) << 1U);
+    }
+
+    [[nodiscard]] bool isSeveral(std::uint64_t number) const {
+        return (m_words[(number & m_mask) / PER_WORD] >> shiftOf(number) & 2U) != 0;
+    }
+
+private:
+    static constexpr std::size_t PER_WORD = 32;
+
+    /// Two bits for each number: whether it occurred, and whether it occurred again.
+    static std::uint64_t shiftOf(std::uint64_t number) { return 2 * (number % PER_WORD); }
+
+    std::vector<std::uint64_t> m_words;
+    std::uint64_t m_mask;
+};
+
+/// Returns false only when no two of the hashes are equal, and true, but for a rare chance, only when two are.
+///
+/// A table of the triangles, which is far larger than the caches and read all over, takes half as long as all else that
+/// a large mesh needs. A tally of a byte for each hash stays in the caches, and leaves few hashes in question.
+bool mayRepeat(std::vector<std::uint64_t> hashes) {
+    constexpr std::size_t SMALLEST_TALLY = 1 << 12;
+    while (!hashes.empty()) {
+        Tally tally(std::max(SMALLEST_TALLY, std::bit_ceil(4 * hashes.size())));
+        for (std::uint64_t& hash : hashes) {
+            hash = spread(hash);  // each round finds other neighbours
+            tally.count(hash);
+        }
+        const std::size_t before = hashes.size();
+        std::size_t kept = 0;
+        for (const std::uint64_t hash : hashes) {
+            hashes[kept] = hash;
+            kept += tally.isSeveral(hash) ? 1 : 0;
+        }
+        hashes.resize(kept);
+        // By chance a quarter is left at most.
+        if (kept > before / 2) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// The triangles that came before, found by their corners.
 class Known {
 public:
     Known(std::uint32_t count, const TriangleSource& source)
-        : m_source(source), m_table(std::bit_ceil(2 * static_cast<std::size_t>(count) + 1), TriangleBoxes::NO_BOX) {}
+        : m_source(source),
+          m_table(std::bit_ceil(2 * static_cast<std::size_t>(count) + 1), Place{0, TriangleBoxes::NO_BOX}) {}
 
     /// Returns false when one before it has the same corners in the same winding.
     bool add(std::uint32_t triangle, const Corners& corners) {
-        const Corners turned = fromLowest(corners);
-        const std::size_t hash = hashOf(turned);
+        const std::uint64_t hash = hashOf(corners);
+        const auto mark = static_cast<std::uint32_t>(hash >> 32U);
         for (std::size_t i = 0; i < MOST_PROBES; ++i) {
-            std::uint32_t& place = m_table[(hash + i) & (m_table.size() - 1)];
-            if (place == TriangleBoxes::NO_BOX) {
-                place = triangle;
+            Place& place = m_table[(hash + i) & (m_table.size() - 1)];
+            if (place.triangle == TriangleBoxes::NO_BOX) {
+                place = {mark, triangle};
                 return true;
             }
-            Corners other;
-            m_source.corners(place, other);
-            if (fromLowest(other) == turned) {
+            if (place.mark == mark && isEqual(place.triangle, corners)) {
                 return false;
             }
         }
@@ -87,8 +156,19 @@ private:
     /// costs time and nothing else.
     static constexpr std::size_t MOST_PROBES = 64;
 
+    struct Place {
+        std::uint32_t mark;  ///< upper half of the hash: corners are compared where it is equal
+        std::uint32_t triangle;
+    };
+
+    [[nodiscard]] bool isEqual(std::uint32_t triangle, const Corners& corners) const {
+        Corners other;
+        m_source.corners(triangle, other);
+        return fromLowest(other) == fromLowest(corners);
+    }
+
     const TriangleSource& m_source;
-    std::vector<std::uint32_t> m_table;
+    std::vector<Place> m_table;
 };
 
 /// A triangle along its longest edge.
@@ -153,23 +233,40 @@ std::vector<Box> slicesWorthIt(const Corners& corners, double length) {
 
 }  // namespace
 
-TriangleBoxes::TriangleBoxes(std::uint32_t count, const TriangleSource& source)
-    : numbers(count, NO_BOX), isPaired(count) {
-    form(count, source);
+TriangleBoxes::TriangleBoxes(std::uint32_t count, const TriangleSource& source) {
+    if (!formAll(count, source)) {
+        Known known(count, source);
+        form(count, source,
+             [&known](std::uint32_t triangle, const Corners& corners) { return known.add(triangle, corners); });
+    }
     if (isCrowded()) {
         slice(count, source);
     }
 }
 
-void TriangleBoxes::form(std::uint32_t count, const TriangleSource& source) {
-    Known known(count, source);
+bool TriangleBoxes::formAll(std::uint32_t count, const TriangleSource& source) {
+    std::vector<std::uint64_t> hashes;
+    hashes.reserve(count);
+    form(count, source, [&hashes](std::uint32_t /*triangle*/, const Corners& corners) {
+        hashes.push_back(hashOf(corners));
+        return true;
+    });
+    return !mayRepeat(std::move(hashes));
+}
+
+template <class IsNew>
+void TriangleBoxes::form(std::uint32_t count, const TriangleSource& source, const IsNew& isNew) {
+    numbers.assign(count, NO_BOX);
+    isPaired.assign(count, false);
+    boxes.clear();
     boxes.reserve(count / 2 + 1);
+    all = Box();
     Corners corners;
     double sizes = 0;
     std::uint32_t taken = 0;
     bool isOpen = false;  // the last box holds the previous triangle and no other
     for (std::uint32_t i = 0; i < count; ++i) {
-        if (!source.corners(i, corners) || !known.add(i, corners)) {
+        if (!source.corners(i, corners) || !isNew(i, corners)) {
             isOpen = false;
             continue;
         }

@@ -44,7 +44,10 @@ public:
     double typicalSize = 0;                ///< the longest side of the box of a triangle, on average
 
 private:
-    void form(std::uint32_t count, const TriangleSource& source);
+    /// Forms the boxes as if no triangles were equal. Returns false when some may be.
+    [[nodiscard]] bool formAll(std::uint32_t count, const TriangleSource& source);
+    template <class IsNew>
+    void form(std::uint32_t count, const TriangleSource& source, const IsNew& isNew);
     void addBox(std::uint32_t triangle, const Box& box, bool& isOpen);
     /// Returns true when a ray through the whole passes very many boxes.
     [[nodiscard]] bool isCrowded() const;

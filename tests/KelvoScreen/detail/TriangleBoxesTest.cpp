@@ -135,6 +135,21 @@ TEST(TriangleBoxes, OfEqualTrianglesInOneWindingTheLowestHasABox) {
     }
 }
 
+TEST(TriangleBoxes, ASingleRepeatInALargeMeshIsFound) {
+    const TriangleMesh ball = meshes::withoutSharedVertices(meshes::bumpyBall(5, 100, 150));
+    const auto count = static_cast<std::uint32_t>(ball.triangles.size());
+    oracle::Random random(73);
+    for (int i = 0; i < 20; ++i) {
+        const std::size_t repeated = random.below(count);
+        TriangleMesh mesh = ball;
+        const auto [a, b, c] = ball.triangles[repeated];
+        mesh.triangles.push_back({b, c, a});
+        EXPECT_EQ(boxesOf(mesh).numbers[count], TriangleBoxes::NO_BOX) << repeated;
+        mesh.triangles.back() = {c, b, a};
+        EXPECT_NE(boxesOf(mesh).numbers[count], TriangleBoxes::NO_BOX) << repeated << " in the other winding";
+    }
+}
+
 TEST(TriangleBoxes, AMeshWithinAMeshCostsNoBoxes) {
     const TriangleMesh ball = meshes::bumpyBall(5, 40, 60);
     const TriangleMesh twice = meshes::joined(ball, meshes::withoutSharedVertices(ball));
