@@ -44,6 +44,30 @@ TEST(ViewCommand, ADisplayWithoutAnythingIsAPageThatSaysSo) {
     EXPECT_EQ(runScreenManager({"view", file, "-o", page, "--quiet"}).errors, "");
 }
 
+TEST(ViewCommand, AScreenWithoutProjectorsIsAPageToo) {
+    const ProgramRun run = runScreenManager({"view", EXAMPLES + "empty-wall/display.xml"});
+    EXPECT_EQ(run.exitCode, 1);
+    const auto data = dataOf(run.output);
+    EXPECT_EQ(data.at("channels").size(), 0U);
+    EXPECT_EQ(data.at("surfaces").size(), 1U);
+}
+
+TEST(ViewCommand, AWallFarFromTheOriginIsAPageLikeAnyOther) {
+    const TemporaryFolder folder;
+    const std::string file =
+        folder.write("display.xml",
+                     "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'>"
+                     "<EyePoint x='1e9' y='1e9' z='1e9'/><Centre x='1e9' y='1000000005' z='1e9'/><Size width='4' "
+                     "height='2'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector id='A'><Name>Far"
+                     "</Name><Resolution width='1920' height='1200'/><ScreenArea left='0' right='1' bottom='0' "
+                     "top='1'/></Projector></Projectors></Display>");
+    const ProgramRun run = runScreenManager({"view", file});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    const auto data = dataOf(run.output);
+    EXPECT_EQ(data.at("channels").size(), 1U);
+    EXPECT_EQ(data.at("surfaces").size(), 1U);
+}
+
 TEST(ViewCommand, AMeshThatIsMissingIsSaidInThePage) {
     const TemporaryFolder folder;
     const std::string file = folder.write("display.xml",
