@@ -15,6 +15,7 @@
 #include <pcl/io/pcd_io.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <atomic>
 #include <clocale>
 #include <cmath>
@@ -336,14 +337,18 @@ double largestEigenvalue(const Screen::PointCloud& cloud) {
     for (const pcl::PointXYZ& p : cloud) {
         mean += Point<double, 3>{p.x, p.y, p.z} * (1.0 / static_cast<double>(cloud.size()));
     }
+    std::array<Point<double, 3>, 3> covariance;
+    for (const pcl::PointXYZ& p : cloud) {
+        const Point<double, 3> offset = Point<double, 3>{p.x, p.y, p.z} - mean;
+        for (std::size_t row = 0; row < 3; ++row) {
+            covariance[row] += offset * (offset[row] / static_cast<double>(cloud.size() - 1));
+        }
+    }
     Point<double, 3> direction{1.0, 0.9, 0.8};
     double length = 0.0;
     for (int i = 0; i < 500; ++i) {
-        Point<double, 3> next;
-        for (const pcl::PointXYZ& p : cloud) {
-            const Point<double, 3> offset = Point<double, 3>{p.x, p.y, p.z} - mean;
-            next += offset * (dot(offset, direction) / static_cast<double>(cloud.size() - 1));
-        }
+        const Point<double, 3> next{dot(covariance[0], direction), dot(covariance[1], direction),
+                                    dot(covariance[2], direction)};
         length = norm(next);
         direction = next * (1.0 / length);
     }
