@@ -126,16 +126,15 @@ TEST(CoverageCommand, WritesTheReportAndTheScreenToFiles) {
     const TemporaryFolder folder;
     const std::string ply = folder.file("screen.ply");
     const ProgramRun run =
-        runScreenManager({"coverage", PLANAR, "--ply", ply, "-o", folder.write("report.txt", "old")});
+        runScreenManager({"coverage", PLANAR, "--json", "--ply", ply, "-o", folder.write("report.json", "old")});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.output, "");
-    EXPECT_THAT(folder.read("report.txt"), StartsWith("channel"));
     // Read back: the areas of the colours are those of the report.
     std::map<std::string, double> areas = areasByColour(folder.read("screen.ply"));
     // Dark and threefold are no more than slivers, where borders cross.
     EXPECT_LT(areas["40 40 40 0"] + areas["240 228 66 3"], 1e-3);
     ASSERT_EQ(areas.size(), 5U);
-    const Json document = coverage(PLANAR);
+    const Json document = Json::parse(folder.read("report.json"));
     EXPECT_NEAR(areas.at("0 114 178 1"), document["litBy"][1]["area"], 1e-3);
     EXPECT_NEAR(areas.at("230 159 0 2"), document["litBy"][2]["area"], 1e-3);
     EXPECT_NEAR(areas.at("240 228 66 4"), document["litBy"][3]["area"], 1e-3);
@@ -198,9 +197,26 @@ TEST(CoverageCommand, NeverWritesOverAnInputNorTwiceToOneFile) {
     EXPECT_THAT(twice.errors, HasSubstr("--ply and --output name the same file"));
 }
 
+/// A wall with one projector, which is soon measured.
+std::string smallWall() {
+    return display(WALL + "<Projectors><Projector id='A'><Name>A</Name><Resolution width='10' height='8'/>" + AREA +
+                   "</Projector></Projectors>");
+}
+
+TEST(CoverageCommand, WritesTheTablesToAFile) {
+    const TemporaryFolder folder;
+    const ProgramRun run = runScreenManager(
+        {"coverage", folder.write("display.xml", smallWall()), "-o", folder.write("report.txt", "old")});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(folder.read("report.txt"), StartsWith("channel"));
+}
+
 TEST(CoverageCommand, AnUnwritableFileExitsWithFour) {
-    EXPECT_EQ(runScreenManager({"coverage", PLANAR, "-o", "/nowhere/report"}).exitCode, 4);
-    EXPECT_EQ(runScreenManager({"coverage", PLANAR, "--ply", "/dev/full", "-q"}).exitCode, 4);
+    const TemporaryFolder folder;
+    const std::string file = folder.write("display.xml", smallWall());
+    EXPECT_EQ(runScreenManager({"coverage", file, "-o", "/nowhere/report"}).exitCode, 4);
+    EXPECT_EQ(runScreenManager({"coverage", file, "--ply", "/dev/full", "-q"}).exitCode, 4);
 }
 
 TEST(CoverageCommand, TheDomeAndTheCylinderHaveTheirAreas) {
