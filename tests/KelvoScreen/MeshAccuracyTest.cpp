@@ -177,8 +177,9 @@ double firstSine(const oracle::Triangle& corners) {
 
 TEST(MeshAccuracy, TheNormalOfANeedleIsRightToItsLastDigits) {
     oracle::Random random(704);
+    constexpr int NEEDLES = repetitions(20'000);
     int checked = 0;
-    for (int i = 0; i < 20'000; ++i) {
+    for (int i = 0; i < NEEDLES; ++i) {
         const needles::Shape shape = needles::anyTriangle(needles::anyAspect(random), random);
         const MeshScreen screen(meshOf(shape.corners));
         if (screen.isValid()) {
@@ -190,7 +191,7 @@ TEST(MeshAccuracy, TheNormalOfANeedleIsRightToItsLastDigits) {
                 << "triangle " << i;
         }
     }
-    EXPECT_GT(checked, 15'000);
+    EXPECT_GT(checked, NEEDLES / 4 * 3);
 }
 
 /// Sixteen rays from a place near the centre to corners and edges of a triangle and its needle.
@@ -273,7 +274,7 @@ TEST(MeshAccuracy, TheNormalAtAPointIsThatOfANearestTriangleAmongNeedles) {
     for (const double aspect : {1e-2, 1e-6, 1e-10, 1e-13}) {
         const TriangleMesh mesh = needles::splitByNeedles(meshes::bumpyBall(5, 6, 8), aspect, random);
         const MeshScreen screen(mesh);
-        for (int i = 0; i < 300; ++i) {
+        for (int i = 0; i < repetitions(300); ++i) {
             const TriangleMesh::Triangle& t = mesh.triangles[3 * random.below(mesh.triangles.size() / 3)];
             const Vector place =
                 mesh.vertices[t[0]] + random.uniform(-0.1, 1.1) * (mesh.vertices[t[1]] - mesh.vertices[t[0]]);
@@ -456,8 +457,9 @@ TEST(MeshAccuracy, BesideANeedleAtTheBorderOfTheTextureANearestTriangleIsMapped)
 
 TEST(MeshAccuracy, ANeedleAloneIsContinuedInItsPlane) {
     oracle::Random random(712);
+    constexpr int NEEDLES = repetitions(2'000);
     int hits = 0;
-    for (int i = 0; i < 2'000; ++i) {
+    for (int i = 0; i < NEEDLES; ++i) {
         const needles::Shape shape = needles::anyTriangle(needles::anyAspect(random), random);
         const MeshScreen screen(meshOf(shape.corners));
         const Vector aim = shape.corners[0] +
@@ -473,7 +475,7 @@ TEST(MeshAccuracy, ANeedleAloneIsContinuedInItsPlane) {
             ASSERT_LE(std::abs(dot(hit.first().point - shape.corners[0], normal)), HIT_BOUND * largest) << "hit " << i;
         }
     }
-    EXPECT_GT(hits, 1'500);
+    EXPECT_GT(hits, NEEDLES / 4 * 3);
 }
 
 }  // namespace

@@ -14,3 +14,10 @@
 /// True when the tests run under the address sanitizer, which makes them five to twenty times slower: those that take
 /// seconds do fewer rounds then.
 inline constexpr bool IS_SANITIZED = SM_UNDER_ADDRESS_SANITIZER != 0;
+
+/// How many random samples of one kind are checked: all of them, or a third under the sanitizers. Those look for faults
+/// of memory, which show in the first samples; the optimised build judges the numbers. Never for cases that differ.
+template <class Count>
+constexpr Count repetitions(Count full) {
+    return IS_SANITIZED ? full / 3 : full;
+}

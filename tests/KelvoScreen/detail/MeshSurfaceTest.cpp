@@ -3,6 +3,7 @@
 #include "KelvoScreen/MeshOracle.h"
 #include "KelvoScreen/Meshes.h"
 #include "KelvoScreen/ScreenGeometry.h"
+#include "support/Sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +19,7 @@ namespace {
 using namespace Veltrani::KelvoScreenDetail;
 using Vector = Point<double, 3>;
 
-constexpr int WATERTIGHT_RAYS = 100000;
+constexpr int WATERTIGHT_RAYS = repetitions(100000);
 
 /// A random point of a mesh: a corner, a point of an edge, or a point of a face.
 Vector randomTarget(const TriangleMesh& mesh, oracle::Random& random, int kind) {
@@ -41,9 +42,10 @@ void expectWatertight(const TriangleMesh& mesh, const Vector& centre, double spr
     EXPECT_EQ(lost, 0) << "of " << WATERTIGHT_RAYS << " rays, seed " << seed;
 }
 
-void expectAgreesWithOracle(const TriangleMesh& mesh, double size, double tolerance, std::uint64_t seed, int rays,
+void expectAgreesWithOracle(const TriangleMesh& mesh, double size, double tolerance, std::uint64_t seed, int allRays,
                             const std::function<Ray(oracle::Random&)>& makeRay) {
     const MeshSurface surface(mesh);
+    const int rays = repetitions(allRays);
     oracle::Random random(seed);
     int hits = 0;
     for (int i = 0; i < rays; ++i) {
@@ -237,7 +239,7 @@ TEST(MeshSurface, TheNearestPointAgreesWithTheOracle) {
          {meshes::Placement{}, meshes::Placement{1e-3, {}}, meshes::Placement{1, {14000.0, 14000.0, 0.0}}}) {
         const TriangleMesh mesh = meshes::place(meshes::bumpyBall(5, 20, 30), placement);
         const MeshSurface surface(mesh);
-        for (int i = 0; i < 500; ++i) {
+        for (int i = 0; i < repetitions(500); ++i) {
             const double reach = i % 10 == 0 ? 1e6 : 10;
             const Vector point = placement.offset + placement.scale * reach * random.inCube();
             const auto nearest = surface.nearestPoint(point);

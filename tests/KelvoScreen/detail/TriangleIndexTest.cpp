@@ -75,6 +75,8 @@ TEST(TriangleIndex, EveryTriangleThatARayMeetsIsVisited) {
           meshes::Placement{1e-30, {}}, meshes::Placement{1e30, {}}}) {
         const TriangleMesh mesh = meshes::place(meshes::bumpyBall(1, 12, 20), placement);
         const TriangleIndex index(countOf(mesh), MeshSource(mesh));
+        TriangleMesh single = mesh;
+        single.triangles.resize(1);
         int met = 0;
         for (int i = 0; i < 300; ++i) {
             const Vector from = placement.offset + placement.scale * (3.0 * random.inCube());
@@ -86,8 +88,7 @@ TEST(TriangleIndex, EveryTriangleThatARayMeetsIsVisited) {
                 index.alongRay(from + first * (to - from), to - from, second - first, recorder);
             }
             for (std::uint32_t k = 0; k < countOf(mesh); ++k) {
-                TriangleMesh single = mesh;
-                single.triangles = {mesh.triangles[k]};
+                single.triangles[0] = mesh.triangles[k];
                 if (oracle::nearestHit(single, from, to)) {
                     ASSERT_EQ(recorder.visited.count(k), 1U) << "ray " << i << " triangle " << k;
                     ++met;
