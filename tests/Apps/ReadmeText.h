@@ -6,11 +6,15 @@
 #include <string>
 #include "support/TestPaths.h"
 
-/// The commands of the README and what it says that they print, for tests that run them.
+/// The commands of the README and of other pages and what these say that they print, for tests that run them.
 namespace readme {
 
-inline std::string text() {
-    std::ifstream in(sourceFolder() + "/README.md", std::ios::binary);
+/// The text of a page, named from the project's folder.
+inline std::string text(const std::string& page = "README.md") {
+    std::ifstream in(sourceFolder() + "/" + page, std::ios::binary);
+    if (!in) {
+        throw std::runtime_error(page + " cannot be read");
+    }
     std::ostringstream content;
     content << in.rdbuf();
     return content.str();
@@ -22,7 +26,7 @@ inline std::string between(const std::string& text, const std::string& opening, 
     const auto begin = start + opening.size();
     const auto end = text.find(closing, begin);
     if (start == std::string::npos || end == std::string::npos) {
-        throw std::runtime_error("the README has no " + opening + " ... " + closing);
+        throw std::runtime_error("the page has no " + opening + " ... " + closing);
     }
     return text.substr(begin, end - begin);
 }
@@ -31,7 +35,7 @@ inline std::string between(const std::string& text, const std::string& opening, 
 inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
     auto found = text.find(from);
     if (found == std::string::npos) {
-        throw std::runtime_error("the README does not say " + from);
+        throw std::runtime_error("the page does not say " + from);
     }
     for (; found != std::string::npos; found = text.find(from, found + to.size())) {
         text.replace(found, from.size(), to);
