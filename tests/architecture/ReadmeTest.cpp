@@ -5,6 +5,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -34,6 +35,33 @@ TEST(Readme, ItsProgramIsTheOneThatIsBuiltAndRun) {
 
 TEST(Readme, TheProgramWithReportsIsTheOneThatIsBuiltAndRun) {
     EXPECT_EQ(programIn("docs/reports-in-programs.md"), contents("tests/install/consumer/reports.cpp"));
+}
+
+TEST(Documents, ThePagesOfTheLibraryShowTheProgramsThatAreBuiltAndRun) {
+    for (const auto& [page, program] :
+         {std::pair{"docs/target-locators.md", "locator.cpp"}, std::pair{"docs/devices.md", "talks.cpp"}}) {
+        const std::string source = contents(std::string("tests/install/consumer/") + program);
+        ASSERT_FALSE(source.empty()) << program;
+        EXPECT_NE(contents(page).find("```cpp\n" + source + "```\n"), std::string::npos) << page << ", " << program;
+    }
+}
+
+TEST(Documents, EveryFileThatAPageNamesExists) {
+    namespace fs = std::filesystem;
+    static const std::regex LINK(R"re(\]\(([^)#: ]+)(#[^)]*)?\))re");
+    int links = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(SM_SOURCE_DIR "/docs")) {
+        if (entry.path().extension() != ".md") {
+            continue;
+        }
+        const std::string page = contents(fs::relative(entry.path(), SM_SOURCE_DIR).string());
+        for (std::sregex_iterator match(page.begin(), page.end(), LINK), end; match != end; ++match) {
+            EXPECT_TRUE(fs::exists(entry.path().parent_path() / (*match)[1].str()))
+                << entry.path() << ": " << (*match)[1];
+            ++links;
+        }
+    }
+    EXPECT_GE(links, 20);
 }
 
 TEST(Readme, EveryFileThatItNamesExists) {

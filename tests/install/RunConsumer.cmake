@@ -23,6 +23,18 @@ if(NOT output MATCHES "corner 4 0 2\\.5")
   message(FATAL_ERROR "the consumer printed:\n${output}")
 endif()
 
+run("${WORK_DIR}/build/locator" "${SOURCE_DIR}/../../../examples/planar-wall/display.xml")
+if(NOT output MATCHES "Upper left: 160 targets, the first at \\(-3, 5, 2\\.8999999999999999\\)\n.*\nLower right: 160 targets")
+  message(FATAL_ERROR "the consumer of locators printed:\n${output}")
+endif()
+# Nothing serves at these ports, which only the root of this machine could open.
+run("${WORK_DIR}/build/talks")
+foreach(number IN ITEMS 1 2)
+  if(NOT output MATCHES "PJLink projector 02000000000${number} at 127\\.0\\.0\\.1:${number}, [^\n]*: Connection refused\n")
+    message(FATAL_ERROR "the consumer of talks printed:\n${output}")
+  endif()
+endforeach()
+
 # The page that shows this program shows what it prints, too.
 file(MAKE_DIRECTORY "${WORK_DIR}/reports")
 set(reports "${WORK_DIR}/build/reports" "${SOURCE_DIR}/../../../examples/planar-wall/display.xml" "${WORK_DIR}/reports")
