@@ -29,6 +29,6 @@ install(FILES
 get_target_property(_completion screenmanager SM_COMPLETION)
 install(FILES "${_completion}" DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES docs/screenmanager.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES docs/configuration.md docs/display.rng DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md" PATTERN "*.rng")
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
   PATTERN "*.cpp" EXCLUDE PATTERN "CMakeLists.txt" EXCLUDE)

@@ -59,6 +59,11 @@ endif()
 if(NOT EXISTS "${PREFIX}/share/man/man1/screenmanager.1")
   message(FATAL_ERROR "the manual page is not installed")
 endif()
+foreach(page IN ITEMS configuration.md display.rng first-display.md displays/axes.md)
+  if(NOT EXISTS "${PREFIX}/share/doc/ScreenManager/${page}")
+    message(FATAL_ERROR "${page} is not installed")
+  endif()
+endforeach()
 
 # A folder that came from somebody else: each of the files by which log4cxx configures itself empties the victim.
 set(VICTIM "${WORK_DIR}/victim.txt")
