@@ -1,12 +1,15 @@
 #include "ColumnsByRows.h"
 #include "Command.h"
 #include "DisplayFile.h"
+#include "DisplayReport/channels/ChannelChoice.h"
 #include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/scene/SceneCollector.h"
+#include "DisplayReport/scene/SceneMarks.h"
 #include "DisplayReport/scene/ScenePage.h"
 #include "DisplayReport/still/DrawingWriter.h"
 #include "DisplayReport/still/ScenePainter.h"
 #include "DisplayReport/targets/TargetPlacer.h"
+#include "FailureReport.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
@@ -30,6 +33,8 @@ struct PictureOptions : Options {
     std::string format;              ///< "png" or "svg"; empty: as the output is named, else "png"
     std::string view = "home";       ///< one of `SceneCamera::views`
     ColumnsByRows size{1600, 1000};  ///< of the picture, pixels
+    bool axes = false;               ///< whether what the numbers of the file are measured from is drawn
+    std::string channel;             ///< name or id of the one whose axes are drawn; empty for all
 };
 
 /// Null when the configuration cannot be read or the output would replace a file of it, which has been reported then;
@@ -89,14 +94,34 @@ std::string formatOf(const PictureOptions& options) {
     return options.output.ends_with(".svg") || options.output.ends_with(".SVG") ? "svg" : "png";
 }
 
+/// False when the display has no such channel, which has been reported then. `channel` stays null where none is named.
+bool chooseChannel(const XMLConfigFile& config, const PictureOptions& options, const ProjectorConfig*& channel) {
+    try {
+        if (!options.channel.empty()) {
+            channel = ChannelChoice::of(config, options.channel).projector;
+        }
+        return true;
+    } catch (...) {
+        reportFailure("--channel", std::current_exception());
+        return false;
+    }
+}
+
 int runPicture(const PictureOptions& options) {
     ExitCode fault = EXIT_ALL_RIGHT;
     const auto config = readInput(options, fault);
     if (!config) {
         return fault;
     }
+    const ProjectorConfig* channel = nullptr;
+    if (!chooseChannel(*config, options, channel)) {
+        return EXIT_USAGE;
+    }
     const auto writer = DrawingWriter::ofFormat(formatOf(options));
-    const DisplayScene scene = collectScene(*config, options, writer->limits());
+    DisplayScene scene = collectScene(*config, options, writer->limits());
+    if (options.axes) {
+        MarkCollector(*config, channel).addTo(scene);
+    }
     const Drawing drawing = ScenePainter(options.view, options.size.columns, options.size.rows).paint(scene);
     if (!ResultFile::write(options.output, [&](std::ostream& out) { writer->write(drawing, out); })) {
         return EXIT_OUTPUT;
@@ -114,6 +139,12 @@ Command::Run addPicture(OptionList& line) {
     line.add("--view", options->view, "Where to look from: home (default), front, side or top")
         .oneOf(SceneCamera::views())
         .typeName("VIEW");
+    const Option axes =
+        line.addFlag("--axes", options->axes,
+                     "Draw what the numbers of FILE are measured from: axes, turns, angles, (s, t), (u, v)");
+    line.add("--channel", options->channel, "The axes of this channel alone: its name or its id")
+        .needs(axes)
+        .typeName("NAME|ID");
     addGridOption(line,
                   {.name = "--size",
                    .help = "Of the picture in pixels (default 1600x1000)",

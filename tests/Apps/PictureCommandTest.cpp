@@ -9,10 +9,13 @@
 #include <cmath>
 #include <fstream>
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 const std::string EXAMPLES = sourceFolder() + "/examples/";
@@ -65,6 +68,72 @@ TEST(PictureCommand, NothingToDrawIsAPictureThatSaysSo) {
     const ProgramRun run = runScreenManager({"picture", file, "--format", "svg"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.output, HasSubstr("describes no screen"));
+}
+
+/// The axes of an example, as SVG.
+std::string axesOf(const std::string& example, const std::string& channel) {
+    std::vector<std::string> arguments{"picture", EXAMPLES + example + "/display.xml", "--quiet", "--axes", "--format",
+                                       "svg"};
+    if (!channel.empty()) {
+        arguments.insert(arguments.end(), {"--channel", channel});
+    }
+    const ProgramRun run = runScreenManager(arguments);
+    EXPECT_EQ(run.exitCode, 0) << example << run.errors;
+    return run.output;
+}
+
+std::string text(const std::string& label) {
+    return ">" + label + "</text>";
+}
+
+TEST(PictureCommand, DrawsTheAxesOfKindsThatAreAddressedByTheScreen) {
+    for (const char* example : {"planar-wall", "curved-wall", "warped-wall"}) {
+        const std::string drawing = axesOf(example, "");
+        for (const char* label : {"+x", "+y", "+z", "s = 1", "t = 1", "u = 1", "v = 1"}) {
+            EXPECT_THAT(drawing, HasSubstr(text(label))) << example;
+        }
+        EXPECT_THAT(drawing, Not(HasSubstr(">view of "))) << example;
+    }
+}
+
+/// The labels of one channel, by the numbers of its example.
+struct ChannelAxes {
+    const char* example;
+    const char* channel;
+    std::vector<std::string> labels;
+};
+
+TEST(PictureCommand, DrawsTheAxesOfKindsWithRays) {
+    const std::vector<ChannelAxes> displays{
+        {"spherical-dome",
+         "Left",
+         {"view of Left", "z -55", "x 0", "y 0", "left -35", "right +35", "bottom -22", "top +30"}},
+        {"collimated",
+         "Right",
+         {"view of Right", "mirror +x", "mirror +y", "mirror +z", "mirror radius 3", "z +40", "left -26", "top +18"}},
+        {"lens-cylinder", "Centre", {"view of Centre", "z 0", "left -28", "right +28", "bottom -15", "top +15"}},
+        {"lens-cylinder", "Right", {"view of Right", "z +50", "edges from the file of its lens"}},
+        {"mesh-rays", "Left", {"view of Left", "z -26", "left -20", "right +20", "bottom -12", "top +12"}}};
+    for (const ChannelAxes& display : displays) {
+        const std::string drawing = axesOf(display.example, display.channel);
+        for (const char* label : {"+x", "+y", "+z", "u = 1", "v = 1"}) {
+            EXPECT_THAT(drawing, HasSubstr(text(label))) << display.example;
+        }
+        for (const std::string& label : display.labels) {
+            EXPECT_THAT(drawing, HasSubstr(text(label))) << display.example;
+        }
+        EXPECT_THAT(drawing, Not(HasSubstr(text("s = 1")))) << display.example;
+    }
+    EXPECT_THAT(axesOf("lens-cylinder", "Right"), Not(HasSubstr(text("left -25")))) << "the file states the edges";
+}
+
+TEST(PictureCommand, DrawsTheAxesOfTheNamedChannelAlone) {
+    const std::string drawing = axesOf("spherical-dome", "Top");
+    EXPECT_THAT(drawing, HasSubstr(text("view of Top")));
+    EXPECT_THAT(drawing, Not(HasSubstr(text("view of Left"))));
+    EXPECT_EQ(runScreenManager({"picture", DOME, "--axes", "--channel", "Nobody"}).exitCode, 2);
+    EXPECT_EQ(runScreenManager({"picture", DOME, "--channel", "Top"}).exitCode, 2) << "of what?";
+    EXPECT_THAT(runScreenManager({"picture", DOME, "--format", "svg"}).output, Not(HasSubstr(text("+x"))));
 }
 
 // The picture that opens the README shows what the program draws. Compilers may round a pixel on an edge differently.

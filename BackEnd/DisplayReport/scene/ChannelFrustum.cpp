@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <memory>
 #include <numbers>
+#include <optional>
 
 namespace Veltrani::DisplayReport {
 
@@ -241,6 +242,19 @@ std::vector<Point<double, 2>> borderOfPicture() {
     return places;
 }
 
+/// What was found of the border between (0, 0) and the corner before it or behind it, from (0, 0) on.
+Polyline edgeFromOrigin(const std::vector<std::optional<P3>>& border, bool isBackwards) {
+    constexpr std::size_t ORIGIN = 3 * RIM_SAMPLES;
+    Polyline edge;
+    for (std::size_t i = 0; i <= RIM_SAMPLES; ++i) {
+        const auto& end = border[isBackwards ? ORIGIN - i : (ORIGIN + i) % border.size()];
+        if (end) {
+            edge.push_back(*end);
+        }
+    }
+    return edge;
+}
+
 /// Distance from the apex to the farthest place of the screen that is met; 0 where none is.
 double longestHit(const PictureRays& rays, const std::vector<Point<double, 2>>& places) {
     double longest = 0;
@@ -290,6 +304,7 @@ std::optional<ChannelFrustum> FrustumTracer::trace() const {
     ChannelFrustum frustum;
     frustum.apex = rays->apex();
     const auto places = borderOfPicture();
+    std::vector<std::optional<P3>> ends(places.size());
     const double longest = longestHit(*rays, places);
     const double reach = longest > 0 ? longest : m_reach;
     for (std::size_t i = 0; i < places.size(); ++i) {
@@ -301,7 +316,10 @@ std::optional<ChannelFrustum> FrustumTracer::trace() const {
             frustum.edges.push_back(way);
         }
         frustum.rim.push_back(way.back());
+        ends[i] = way.back();
     }
+    frustum.lowerEdge = edgeFromOrigin(ends, true);
+    frustum.leftEdge = edgeFromOrigin(ends, false);
     if (frustum.rim.empty()) {
         return std::nullopt;
     }

@@ -20,6 +20,9 @@ struct ChannelFrustum {
     std::vector<std::vector<Point<double, 3>>> edges;
     /// Around the border of the picture, closed: where its rays end.
     std::vector<Point<double, 3>> rim;
+    /// The rim below the picture and to its left, each from (0, 0) on.
+    std::vector<Point<double, 3>> lowerEdge;
+    std::vector<Point<double, 3>> leftEdge;
     /// Where the rays of the picture meet the mirror: a part of its surface. Empty without a mirror.
     std::vector<Point<double, 3>> mirrorVertices;
     std::vector<SceneSurface::Triangle> mirrorTriangles;

@@ -43,6 +43,11 @@ void visitSurroundings(const DisplayScene& scene, Visit&& visit) {
             visit(point);
         }
     }
+    for (const SceneMark& mark : scene.marks) {
+        for (const P3& point : mark.line) {
+            visit(point);
+        }
+    }
 }
 
 }  // namespace

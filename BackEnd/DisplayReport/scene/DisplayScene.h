@@ -4,6 +4,7 @@
 #include "DisplayReport/basics/ChannelPalette.h"
 #include "DisplayReport/basics/Extent.h"
 #include "DisplayReport/scene/ChannelFrustum.h"
+#include "DisplayReport/scene/SceneMarks.h"
 #include "DisplayReport/scene/SceneSurface.h"
 #include "DisplayReport/targets/TargetSurvey.h"
 
@@ -28,6 +29,7 @@ struct SceneChannel {
     int width = 0;   ///< of its picture, pixels
     int height = 0;  ///< of its picture, pixels
     std::optional<ChannelFrustum> frustum;
+    std::vector<std::string> facts;  ///< its angles or its area in words, a line each; empty without marks
 };
 
 /// A place with a name: the eye point.
@@ -55,6 +57,7 @@ struct DisplayScene {
     std::vector<SceneChannel> channels;
     std::vector<ScenePlace> eyes;
     std::optional<SceneMirror> mirror;
+    std::vector<SceneMark> marks;    ///< of the drawing of axes; empty where none is wanted
     std::vector<std::string> notes;  ///< what is wrong, missing or left out, one sentence each
     bool complete = true;            ///< false when something is wrong or missing
 

@@ -124,4 +124,17 @@ std::optional<P3> SceneCamera::place(const P3& world) const {
     return point[2] >= m_nearest ? std::optional(placed(point)) : std::nullopt;
 }
 
+std::optional<std::pair<P3, P3>> SceneCamera::placeLine(const P3& from, const P3& to) const {
+    P3 a = seen(from);
+    P3 b = seen(to);
+    if (a[2] < m_nearest && b[2] < m_nearest) {
+        return std::nullopt;
+    }
+    if (a[2] < m_nearest || b[2] < m_nearest) {
+        P3& behind = a[2] < m_nearest ? a : b;
+        behind = a + (b - a) * ((m_nearest - a[2]) / (b[2] - a[2]));
+    }
+    return std::pair(placed(a), placed(b));
+}
+
 }  // namespace Veltrani::DisplayReport

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -31,6 +32,10 @@ public:
     [[nodiscard]] Point<double, 3> placed(const Point<double, 3>& seen) const;
     /// Both; none for a point that is not ahead.
     [[nodiscard]] std::optional<Point<double, 3>> place(const Point<double, 3>& world) const;
+
+    /// The part of a straight line that is ahead, as `placed` places its ends; none for a line that is not ahead.
+    [[nodiscard]] std::optional<std::pair<Point<double, 3>, Point<double, 3>>> placeLine(
+        const Point<double, 3>& from, const Point<double, 3>& to) const;
 
     [[nodiscard]] double nearest() const { return m_nearest; }
     [[nodiscard]] const Point<double, 3>& position() const { return m_position; }

@@ -21,6 +21,8 @@ constexpr double LETTER_SHARE = 0.0115;
 constexpr double SMALLEST_LETTER = 6;
 /// Width of the list of channels as a share of the picture's width.
 constexpr double COLUMN_SHARE = 0.22;
+/// From line to line of what a channel states, as a share of the height of a capital letter.
+constexpr double FACT_LINE = 1.5;
 /// The most lines of small text below the scene.
 constexpr std::size_t MOST_NOTES = 4;
 /// Width of a letter with its space, as a share of the height of a capital one: of the widest ones.
@@ -58,7 +60,11 @@ void SceneLegend::addTo(Drawing& drawing, const DisplayScene& scene) const {
 
 void SceneLegend::addChannels(Drawing& drawing, const DisplayScene& scene) const {
     const double left = sceneWidth() + m_size;
-    const double row = 4.6 * m_size;
+    std::size_t facts = 0;
+    for (const SceneChannel& channel : scene.channels) {
+        facts = std::max(facts, channel.facts.size());
+    }
+    const double row = (4.6 + FACT_LINE * static_cast<double>(facts)) * m_size;
     drawing.boxes.push_back({sceneWidth(), 0, m_columnWidth, m_height, PAPER});
     const auto rows = static_cast<std::size_t>(std::max(1.0, (m_height - 2 * m_size) / row)) - 1;
     const double room = m_columnWidth - 4 * m_size;
@@ -73,6 +79,11 @@ void SceneLegend::addChannels(Drawing& drawing, const DisplayScene& scene) const
         const double small = 0.8 * m_size;
         drawing.texts.push_back({left + 2.6 * m_size, down + 1.7 * m_size, fitting(text, room, small), small,
                                  isFaulty ? FAULT_INK : PALE_INK, Drawing::Anchor::LEFT});
+        for (std::size_t fact = 0; fact < channel.facts.size(); ++fact) {
+            drawing.texts.push_back({left + 2.6 * m_size,
+                                     down + (1.7 + FACT_LINE * static_cast<double>(fact + 1)) * m_size,
+                                     fitting(channel.facts[fact], room, small), small, INK, Drawing::Anchor::LEFT});
+        }
     }
     if (scene.channels.size() > rows) {
         drawing.texts.push_back({left, m_height - m_size,

@@ -3,6 +3,7 @@
 #include "DisplayReport/scene/DisplayScene.h"
 #include "DisplayReport/scene/SceneAxes.h"
 #include "DisplayReport/scene/SceneCamera.h"
+#include "DisplayReport/still/MarkPainter.h"
 #include "DisplayReport/still/SceneLegend.h"
 #include "DisplayReport/still/StrokeFont.h"
 
@@ -89,6 +90,7 @@ public:
             addTargets(channel);
         }
         addPlaces();
+        MarkPainter(m_camera, m_legend, m_pixel).addTo(m_drawing, m_scene);
         m_legend.addTo(m_drawing, m_scene);
         return std::move(m_drawing);
     }
@@ -108,17 +110,10 @@ private:
     }
 
     void addPiece(const P3& from, const P3& to, const Colour& colour, double width) {
-        P3 a = m_camera.seen(from);
-        P3 b = m_camera.seen(to);
-        const double nearest = m_camera.nearest();
-        if (a[2] < nearest && b[2] < nearest) {
-            return;
+        if (const auto placed = m_camera.placeLine(from, to)) {
+            const P3 down{0.0, m_legend.sceneTop(), 0.0};
+            m_drawing.lines.push_back({placed->first + down, placed->second + down, colour, width * m_pixel});
         }
-        if (a[2] < nearest || b[2] < nearest) {
-            P3& behind = a[2] < nearest ? a : b;
-            behind = a + (b - a) * ((nearest - a[2]) / (b[2] - a[2]));
-        }
-        m_drawing.lines.push_back({inPicture(a), inPicture(b), colour, width * m_pixel});
     }
 
     void addLine(const P3& from, const P3& to, const Colour& colour, double width) {
@@ -212,6 +207,9 @@ private:
             DOT * std::min(1.0, DENSE * m_scene.targetStep / std::max(m_scene.plan.columns, m_scene.plan.rows));
         const Colour dark = mixed(channel.colour, BLACK, 0.25);
         addLoop(channel.targets.boundary, dark, THICK);
+        if (!m_scene.marks.empty()) {
+            return;  // single targets would hide what the axes show
+        }
         for (const GridTarget& target : channel.targets.grid) {
             addDisc(target.point, dark, size);
         }
