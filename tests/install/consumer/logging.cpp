@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     const std::string way = argc > 1 ? argv[1] : "";
     const std::string file = argc > 2 ? argv[2] : "";
     if (way == "basic") {
-        log4cxx::BasicConfigurator::configure();
+        log4cxx::BasicConfigurator::configure();  // everything on standard output
     } else if (way == "properties") {
         log4cxx::PropertyConfigurator::configure(file);
     } else if (way == "xml") {
