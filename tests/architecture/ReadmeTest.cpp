@@ -129,8 +129,11 @@ TEST(Documents, EveryFileThatAPageNamesExists) {
         }
         const std::string page = contents(fs::relative(entry.path(), SM_SOURCE_DIR).string());
         for (std::sregex_iterator match(page.begin(), page.end(), LINK), end; match != end; ++match) {
-            EXPECT_TRUE(fs::exists(entry.path().parent_path() / (*match)[1].str()))
-                << entry.path() << ": " << (*match)[1];
+            // A drawing is made with the documents, by a command that its page shows.
+            const std::string name = (*match)[1].str();
+            EXPECT_TRUE(fs::exists(entry.path().parent_path() / name) ||
+                        page.find(" -o " + name + "\n") != std::string::npos)
+                << entry.path() << ": " << name;
             ++links;
         }
     }
