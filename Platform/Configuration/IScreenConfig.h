@@ -53,4 +53,7 @@ public:
     /// The two rails of a ruled surface, point by point from left to right; equally many points on both.
     [[nodiscard]] virtual std::vector<Point<double, 3>> getLowerRail() const { return {}; }
     [[nodiscard]] virtual std::vector<Point<double, 3>> getUpperRail() const { return {}; }
+    /// The rules of the check that the screen is allowed to break, with blanks between their names; empty where it
+    /// states none.
+    [[nodiscard]] virtual std::wstring getAllowed() const { return {}; }
 };

@@ -57,6 +57,9 @@ public:
     /// The text of a child element that has no operation of its own here, such as "Note". Empty where the entry has no
     /// such element, and for records that are not made from a file.
     [[nodiscard]] virtual std::wstring getText(const std::wstring& /*element*/) const { return {}; }
+    /// The rules of the check that the entry allows to be broken, with blanks between their names. Empty where it
+    /// states none, and for records that are not made from a file.
+    [[nodiscard]] virtual std::wstring getAllowed() const { return {}; }
 
     /// What a bound of the screen area returns when it is not configured.
     static constexpr double SCREEN_BOUND_NOT_CONFIGURED = -1000.0;

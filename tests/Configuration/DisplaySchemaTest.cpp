@@ -342,6 +342,7 @@ TEST_F(DisplaySchema, AnyAttributeAnywhere) {
                                                                                       {"version", "1"},
                                                                                       {"section", "x"},
                                                                                       {"oldId", ""},
+                                                                                      {"allow", "x y"},
                                                                                       {"other", "1"}}) {
         sweepElements(std::string("put ") + name + " on",
                       [&, key = name, text = value](xmlNode* element) { Xml::setAttribute(element, key, text); });

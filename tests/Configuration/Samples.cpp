@@ -12,7 +12,7 @@ std::string fullConfiguration() {
 <!-- The simulator dome of hall 2 -->
 <Display xmlns:v="urn:example:vendor" version="1" lengthUnit="m" angleUnit="deg" v:revision="7">
     <Units native="m"/>
-    <Screen shape="Sphere" fileUnit="custom" scale="0.0254">
+    <Screen shape="Sphere" fileUnit="custom" scale="0.0254" allow="eye-outside">
         <EyePoint x="0.1" y="-0.2" z="1.25"/>
         <Centre x="0" y="0" z="1.5"/>
         <Orientation z="10" x="-5" y="2.5"/>
@@ -41,7 +41,7 @@ std::string fullConfiguration() {
     </TargetData>
     <Projectors>
         <!-- the left one was replaced in spring -->
-        <Projector id="02000000000A" section="projector 1" oldId="left">
+        <Projector id="02000000000A" section="projector 1" oldId="left" allow="misses-screen same-picture">
             <Name>Left &amp; lower</Name>
             <Device><Device type="PJLink" mac="02:00:00:00:00:0a" host="192.0.2.10" port="4352"/></Device>
             <Resolution width="1920" height="1200"/>

@@ -57,9 +57,10 @@ void addTarget(Answers& answers, const TargetLocatorConfig& target) {
 }
 
 void addProjector(Answers& answers, const ProjectorConfig& entry) {
-    answers.texts.insert(answers.texts.end(), {entry.getIdentity(), entry.getSectionID(), entry.getName(),
-                                               entry.getOldUID(), entry.getDeviceSnippet(), entry.getCustomPlanarFile(),
-                                               entry.getProjectionModelName(), entry.getText(L"Note")});
+    answers.texts.insert(
+        answers.texts.end(),
+        {entry.getIdentity(), entry.getSectionID(), entry.getName(), entry.getOldUID(), entry.getDeviceSnippet(),
+         entry.getCustomPlanarFile(), entry.getProjectionModelName(), entry.getText(L"Note"), entry.getAllowed()});
     answers.add(entry.getPosition());
     for (int i = 0; i < 4; ++i) {
         answers.numbers.push_back(entry.getPondOfMirror(i));

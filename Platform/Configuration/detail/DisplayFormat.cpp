@@ -34,7 +34,8 @@ constexpr AttributeRule IMPORT_ATTRIBUTES[] = {{"up", ValueType::AXIS, REQUIRED}
                                                {"forward", ValueType::AXIS, REQUIRED}};
 constexpr AttributeRule SCREEN_ATTRIBUTES[] = {{"shape", ValueType::SHAPE, REQUIRED},
                                                {"fileUnit", ValueType::FILE_UNIT, OPTIONAL},
-                                               {"scale", ValueType::POSITIVE_NUMBER, OPTIONAL}};
+                                               {"scale", ValueType::POSITIVE_NUMBER, OPTIONAL},
+                                               {"allow", ValueType::TEXT, OPTIONAL}};
 constexpr AttributeRule MIRROR_ATTRIBUTES[] = {{"radius", ValueType::POSITIVE_LENGTH, REQUIRED}};
 constexpr AttributeRule PAIR_ATTRIBUTES[] = {{"measured", ValueType::ANGLE, REQUIRED},
                                              {"corrected", ValueType::ANGLE, REQUIRED}};
@@ -58,7 +59,8 @@ constexpr AttributeRule LAYOUT_ATTRIBUTES[] = {{"xMin", ValueType::LENGTH, REQUI
                                                {"yMax", ValueType::LENGTH, REQUIRED}};
 constexpr AttributeRule PROJECTOR_ATTRIBUTES[] = {{"id", ValueType::NON_EMPTY_TEXT, REQUIRED},
                                                   {"section", ValueType::NON_EMPTY_TEXT, OPTIONAL},
-                                                  {"oldId", ValueType::TEXT, OPTIONAL}};
+                                                  {"oldId", ValueType::TEXT, OPTIONAL},
+                                                  {"allow", ValueType::TEXT, OPTIONAL}};
 
 // Elements without children of their own. The order of the members: name, attributes, children, content.
 

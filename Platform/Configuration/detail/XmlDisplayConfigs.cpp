@@ -53,7 +53,9 @@ XmlUnitsConfig::XmlUnitsConfig(const xmlNode* units)
 
 XmlScreenConfig::XmlScreenConfig(const xmlNode* screen, const ElementReader& reader, const FolderPath& folder,
                                  std::wstring nativeUnit)
-    : m_shape(fromUtf8(reader.text(screen, "shape").value_or(""))), m_fileUnit(std::move(nativeUnit)) {
+    : m_shape(fromUtf8(reader.text(screen, "shape").value_or(""))),
+      m_allowed(fromUtf8(reader.text(screen, "allow").value_or(""))),
+      m_fileUnit(std::move(nativeUnit)) {
     if (const std::optional<std::string> unit = reader.text(screen, "fileUnit")) {
         m_fileUnit = fromUtf8(*unit);
     }

@@ -54,6 +54,7 @@ public:
     [[nodiscard]] double getElevationMax() const override { return m_elevationMax; }
     [[nodiscard]] std::vector<Point<double, 3>> getLowerRail() const override { return m_lowerRail; }
     [[nodiscard]] std::vector<Point<double, 3>> getUpperRail() const override { return m_upperRail; }
+    [[nodiscard]] std::wstring getAllowed() const override { return m_allowed; }
 
 private:
     void readFiles(const xmlNode* screen, const ElementReader& reader, const FolderPath& folder);
@@ -61,6 +62,7 @@ private:
     void readLimits(const xmlNode* screen, const ElementReader& reader);
 
     std::wstring m_shape;
+    std::wstring m_allowed;
     std::vector<std::wstring> m_contentMeshes;
     std::vector<std::wstring> m_measuredMeshes;
     std::vector<std::wstring> m_modelClouds;

@@ -47,6 +47,7 @@ void XmlProjectorConfig::readTexts(const ElementReader& reader, const FolderPath
     const std::optional<std::string> section = reader.text(m_element, "section");
     m_section = section ? fromUtf8(*section) : m_id;
     m_oldId = fromUtf8(reader.text(m_element, "oldId").value_or(""));
+    m_allowed = fromUtf8(reader.text(m_element, "allow").value_or(""));
     const xmlNode* const name = Xml::child(m_element, "Name");
     m_name = name == nullptr ? m_id : fromUtf8(Xml::content(name));
     m_customPlanarFile = fromUtf8(reader.text(Xml::child(m_element, "CustomPlanarMap"), "file").value_or(""));

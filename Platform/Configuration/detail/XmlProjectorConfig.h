@@ -61,6 +61,7 @@ public:
     [[nodiscard]] double getLayoutYMin() const override { return m_layout.bottom; }
     [[nodiscard]] double getLayoutYMax() const override { return m_layout.top; }
     [[nodiscard]] std::wstring getText(const std::wstring& element) const override;
+    [[nodiscard]] std::wstring getAllowed() const override { return m_allowed; }
 
 private:
     struct Sides {
@@ -84,6 +85,7 @@ private:
     std::wstring m_section;
     std::wstring m_name;
     std::wstring m_oldId;
+    std::wstring m_allowed;
     int m_width = 0;
     int m_height = 0;
     std::array<unsigned char, 4> m_pondOfMirror{};

@@ -36,8 +36,8 @@ TEST(FormatChecker, AnotherRootIsAFault) {
 TEST(FormatChecker, AnUnknownAttributeIsAFault) {
     EXPECT_THAT(
         faultsOf(displayAround("<Projectors><Projector id=\"a\" colour=\"red\"/></Projectors>")),
-        ElementsAre("2: <Projector>: found the attribute \"colour\", expected one of id, section, oldId, lengthUnit, "
-                    "angleUnit; remove it or correct its name"));
+        ElementsAre("2: <Projector>: found the attribute \"colour\", expected one of id, section, oldId, allow, "
+                    "lengthUnit, angleUnit; remove it or correct its name"));
     EXPECT_THAT(
         faultsOf(
             displayAround("<Projectors><Projector id=\"a\"><Name lengthUnit=\"m\">n</Name></Projector></Projectors>")),

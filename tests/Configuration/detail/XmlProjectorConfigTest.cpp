@@ -46,6 +46,7 @@ TEST(XmlProjectorConfig, ReadsEveryValue) {
     EXPECT_EQ(left->getSectionID(), L"projector 1");
     EXPECT_EQ(left->getName(), L"Left & lower");
     EXPECT_EQ(left->getOldUID(), L"left");
+    EXPECT_EQ(left->getAllowed(), L"misses-screen same-picture");
     EXPECT_EQ(left->getDeviceSnippet(),
               L"<Device type=\"PJLink\" mac=\"02:00:00:00:00:0a\" host=\"192.0.2.10\" port=\"4352\"/>");
     EXPECT_EQ(left->getWidth(), 1920);
@@ -82,6 +83,7 @@ TEST(XmlProjectorConfig, WhatIsNotStatedIsNeutral) {
     EXPECT_EQ(projector->getSectionID(), L"a");
     EXPECT_EQ(projector->getName(), L"a");
     EXPECT_EQ(projector->getOldUID(), L"");
+    EXPECT_EQ(projector->getAllowed(), L"");
     EXPECT_EQ(projector->getDeviceSnippet(), L"");
     EXPECT_EQ(projector->getWidth(), 0);
     EXPECT_EQ(projector->getHeight(), 0);

@@ -26,6 +26,7 @@ TEST(XmlScreenConfig, ReadsEveryValue) {
     EXPECT_EQ(screen->getShape(), L"Sphere");
     EXPECT_EQ(screen->getUnitName(), L"custom");
     EXPECT_EQ(screen->getScale(), 0.0254);
+    EXPECT_EQ(screen->getAllowed(), L"eye-outside");
     EXPECT_EQ(screen->getEyePoint(), (Point<double, 3>{0.1, -0.2, 1.25}));
     EXPECT_EQ(screen->getCentre(), (Point<double, 3>{0.0, 0.0, 1.5}));
     EXPECT_DOUBLE_EQ(screen->getOrientation()[0], 10 * DEGREE);
@@ -119,6 +120,7 @@ TEST(XmlScreenConfig, FilesAreInTheWorldFrameAndNativeUnitUnlessStated) {
     EXPECT_EQ(config->getScreenConfig()->getImportOrientationParam2(), L"Y");
     EXPECT_EQ(config->getScreenConfig()->getUnitName(), L"m");
     EXPECT_EQ(config->getScreenConfig()->getScale(), 1.0);
+    EXPECT_EQ(config->getScreenConfig()->getAllowed(), L"");
 }
 
 TEST(XmlScreenConfig, LengthsDoNotDependOnTheUnitTheyAreWrittenIn) {
