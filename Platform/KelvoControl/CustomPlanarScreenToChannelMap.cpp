@@ -18,3 +18,7 @@ bool CustomPlanarScreenToChannelMap::mapScreen2DToChannel2D(const Point<double, 
                                                             Point<double, 2>& out) const {
     return m_mesh != nullptr && m_mesh->toPicture(screen, out);
 }
+
+Point<double, 2> CustomPlanarScreenToChannelMap::pictureSize() const {
+    return m_mesh == nullptr ? Point<double, 2>() : m_mesh->pictureSize();
+}

@@ -42,6 +42,9 @@ public:
     /// Maps screen coordinates to a pixel position.
     bool mapScreen2DToChannel2D(const Point<double, 2>& screen, Point<double, 2>& out) const;
 
+    /// Returns the size of the picture that the file was made for, in pixels; zero for an empty map.
+    [[nodiscard]] Point<double, 2> pictureSize() const;
+
 private:
     std::shared_ptr<const Veltrani::KelvoControlDetail::WarpMesh> m_mesh;
     std::shared_ptr<IScreenGeometry> m_screen;

@@ -63,6 +63,14 @@ TEST_F(CustomPlanarMap, AnEmptyNameIsAnEmptyMap) {
     EXPECT_FALSE(map.mapChannel2DToScreen2D({0.0, 0.0}, out));
     EXPECT_FALSE(map.mapScreen2DToChannel2D({0.5, 0.5}, out));
     EXPECT_EQ(out, UNTOUCHED);
+    EXPECT_EQ(map.pictureSize(), P2());
+}
+
+TEST_F(CustomPlanarMap, TheSizeOfItsPictureIsThatOfTheFile) {
+    WarpMeshText mesh;
+    mesh.width = 1400;
+    mesh.height = 1050;
+    EXPECT_EQ(load(mesh).pictureSize(), P2(1400, 1050));
 }
 
 TEST_F(CustomPlanarMap, AMissingFileIsNamed) {

@@ -25,6 +25,8 @@ public:
     bool toPicture(const Point<double, 2>& screen, Point<double, 2>& pixel) const;
 
     [[nodiscard]] const CellLattice& lattice() const { return m_lattice; }
+    /// Width and height in pixels.
+    [[nodiscard]] const Point<double, 2>& pictureSize() const { return m_pictureSize; }
 
     /// A point this much outside of a cell, in parts of the picture or the screen, is on its edge: what rounding adds
     /// on the way through both maps, with room to spare.
