@@ -53,17 +53,27 @@ void printChannels(const std::vector<ChannelDescription>& channels, std::ostream
     table.print(out);
 }
 
-void printFaults(const std::vector<Fault>& faults, std::ostream& out) {
-    out << '\n';
-    if (faults.empty()) {
-        out << "No faults.\n";
+void printOne(const std::string& text, const std::vector<std::string>& causes, std::ostream& out) {
+    out << "  - " << onOneLine(text) << '\n';
+    for (const std::string& cause : causes) {
+        out << "      because: " << onOneLine(cause) << '\n';
+    }
+}
+
+void printFindings(const DisplayDescription& description, Severity severity, std::ostream& out) {
+    const std::size_t count = description.count(severity);
+    if (count == 0) {
         return;
     }
-    out << faults.size() << (faults.size() == 1 ? " fault:" : " faults:") << '\n';
-    for (const Fault& fault : faults) {
-        out << "  - " << onOneLine(fault.where + ": " + fault.what) << '\n';
-        for (const std::string& cause : fault.causes) {
-            out << "      because: " << onOneLine(cause) << '\n';
+    out << '\n' << count << ' ' << nameOf(severity) << (count == 1 ? ":" : "s:") << '\n';
+    if (severity == Severity::FAULT) {
+        for (const Fault& fault : description.faults) {
+            printOne(fault.where + ": " + fault.what, fault.causes, out);
+        }
+    }
+    for (const Finding& finding : description.findings) {
+        if (finding.severity == severity) {
+            printOne(finding.where + ": " + finding.what + " [" + finding.rule + "]", finding.causes, out);
         }
     }
 }
@@ -76,10 +86,21 @@ std::string ChannelDescription::fact(std::string_view label) const {
     return found == facts.end() ? std::string() : found->value;
 }
 
+std::size_t DisplayDescription::count(Severity severity) const {
+    const auto found = std::count_if(findings.begin(), findings.end(),
+                                     [severity](const Finding& finding) { return finding.severity == severity; });
+    return static_cast<std::size_t>(found) + (severity == Severity::FAULT ? faults.size() : 0U);
+}
+
 void print(const DisplayDescription& description, std::ostream& out) {
     printFacts(description.facts, out);
     printChannels(description.channels, out);
-    printFaults(description.faults, out);
+    if (description.count(Severity::FAULT) + description.count(Severity::WARNING) == 0) {
+        out << "\nNo faults.\n";
+    }
+    for (const Severity severity : {Severity::FAULT, Severity::WARNING, Severity::REMARK}) {
+        printFindings(description, severity, out);
+    }
 }
 
 }  // namespace Veltrani::DisplayReport

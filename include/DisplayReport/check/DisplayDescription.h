@@ -1,7 +1,9 @@
 #pragma once
 
 #include "DisplayReport/basics/Fault.h"
+#include "DisplayReport/check/Finding.h"
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -19,7 +21,8 @@ struct DisplayFact {
 struct ChannelDescription {
     std::string name;
     std::string projectorId;
-    /// "picture", "targets by", "device", "note": the same labels in the same order for every channel of a display.
+    /// "picture", "targets by", "position", "looks", "field of view", "throw", "on screen", "device", "note": the same
+    /// labels in the same order for every channel of a display.
     std::vector<DisplayFact> facts;
 
     /// The value with this label; empty when there is none.
@@ -32,11 +35,16 @@ struct DisplayDescription {
     bool readable = true;  ///< false when the configuration itself cannot be used
     std::vector<DisplayFact> facts;
     std::vector<ChannelDescription> channels;
-    std::vector<Fault> faults;
+    std::vector<Fault> faults;      ///< what could not be loaded or built
+    std::vector<Finding> findings;  ///< what the rules found, of every severity
+
+    /// How many findings have a severity; what could not be loaded or built counts among the faults.
+    [[nodiscard]] std::size_t count(Severity severity) const;
 };
 
-/// Prints a description for people: the facts, the table of channels without the
-/// columns that are empty for all of them, then the faults with their causes or "No faults."
+/// Prints a description for people: the facts, the table of channels without the columns that are empty for all of
+/// them, the faults with their causes, the warnings and the remarks, each behind its number. "No faults." is printed
+/// where there are neither faults nor warnings.
 void print(const DisplayDescription& description, std::ostream& out);
 
 }  // namespace Veltrani::DisplayReport

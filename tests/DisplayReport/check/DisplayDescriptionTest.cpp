@@ -59,6 +59,39 @@ TEST(DisplayDescription, PrintsEveryFaultWithItsCauses) {
               "  - units: none\n");
 }
 
+TEST(DisplayDescription, WarningsAndRemarksStandBehindTheFaultsWithTheNamesOfTheirRules) {
+    DisplayDescription description;
+    description.faults = {{"units", "none", {}}};
+    description.findings = {{Severity::REMARK, "dark-parts", "screen", "dark", {}},
+                            {Severity::WARNING, "same-name", "channel A", "twice", {"because"}},
+                            {Severity::FAULT, "empty-map", "channel B", "empty", {}},
+                            {Severity::WARNING, "edge-on", "screen", "edge", {}}};
+    EXPECT_EQ(printed(description),
+              "\n"
+              "2 faults:\n"
+              "  - units: none\n"
+              "  - channel B: empty [empty-map]\n"
+              "\n"
+              "2 warnings:\n"
+              "  - channel A: twice [same-name]\n"
+              "      because: because\n"
+              "  - screen: edge [edge-on]\n"
+              "\n"
+              "1 remark:\n"
+              "  - screen: dark [dark-parts]\n");
+    EXPECT_EQ(description.count(Severity::FAULT), 2U);
+    EXPECT_EQ(description.count(Severity::WARNING), 2U);
+    EXPECT_EQ(description.count(Severity::REMARK), 1U);
+}
+
+TEST(DisplayDescription, RemarksAreNoFaultsAndWarningsAreNotNone) {
+    DisplayDescription description;
+    description.findings = {{Severity::REMARK, "dark-parts", "screen", "dark", {}}};
+    EXPECT_EQ(printed(description), "\nNo faults.\n\n1 remark:\n  - screen: dark [dark-parts]\n");
+    description.findings = {{Severity::WARNING, "edge-on", "screen", "edge", {}}};
+    EXPECT_EQ(printed(description), "\n1 warning:\n  - screen: edge [edge-on]\n");
+}
+
 TEST(DisplayDescription, NoTextOfADisplayMakesALineOfItsOwn) {
     DisplayDescription description;
     description.facts = {{"display", "a\nb\x1b[2J.xml"}};
