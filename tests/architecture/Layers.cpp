@@ -96,7 +96,7 @@ const std::vector<Library>& all() {
         room("DisplayReport/coverage", {"BackEnd/DisplayReport/coverage/", "include/DisplayReport/coverage/"},
              {"DisplayReport/basics", "DisplayReport/channels"}, {"nanoflann.hpp", "nlohmann"}),
         room("DisplayReport/check", {"BackEnd/DisplayReport/check/", "include/DisplayReport/check/"},
-             {"DisplayReport/basics", "DisplayReport/channels"}, {"pcl"}),
+             {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/coverage"}, {"pcl"}),
         room("DisplayReport/scene", {"BackEnd/DisplayReport/scene/"},
              {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/targets"},
              {"nlohmann", "openssl", "pcl"}),

@@ -1,46 +1,111 @@
 #include "DisplayReport/check/ChannelCheck.h"
 
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
-#include "DisplayReport/basics/TextTable.h"
+#include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/ProjectorAddress.h"
+#include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/channels/ChannelLocator.h"
 #include "DisplayReport/check/DisplayDescription.h"
+#include "DisplayReport/check/DisplayFacts.h"
+#include "DisplayReport/check/RuleText.h"
 
+#include <cmath>
+#include <numbers>
 #include <string>
+#include <utility>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
 
-/// Characters of a device snippet that a table shows.
-constexpr std::size_t LONGEST_DEVICE_TEXT = 60;
+using DeviceFramework2::DeviceSnippet;
+using DeviceFramework2::ProjectorAddress;
 
+/// "PJLink 192.0.2.11:4352"; its MAC address where it states no other.
+std::string placeOf(const std::wstring& snippet) {
+    const DeviceSnippet device = DeviceSnippet::parse(snippet);
+    const auto address = ProjectorAddress::of(device);
+    return toUtf8(device.type) + " " + (address ? address->text() : toUtf8(device.mac.text()));
+}
+
+/// What can be known of the place of a device; its XML is not shown, whole or cut.
 std::string deviceText(const ProjectorConfig& projector) {
-    std::string snippet = toUtf8(projector.getDeviceSnippet());
-    const auto first = snippet.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos) {
+    const std::wstring snippet = projector.getDeviceSnippet();
+    if (snippet.find_first_not_of(L" \t\r\n") == std::wstring::npos) {
         return "none";
     }
-    snippet = snippet.substr(first, snippet.find_last_not_of(" \t\r\n") - first + 1);
-    return shortened(snippet, LONGEST_DEVICE_TEXT);
+    try {
+        return placeOf(snippet);
+    } catch (const VeltraniException&) {
+        const auto mac = DeviceSnippet::macAddressIn(snippet);
+        return mac ? "another, " + toUtf8(mac->text()) : "another";
+    }
 }
 
 std::string pictureText(const ProjectorConfig& projector) {
     return std::to_string(projector.getWidth()) + " x " + std::to_string(projector.getHeight());
 }
 
+std::string positionText(const ChannelView& view, const std::string& unit) {
+    return roundedText(view.from[0]) + ", " + roundedText(view.from[1]) + ", " + roundedText(view.from[2]) +
+           (unit.empty() ? "" : " " + unit);
+}
+
+/// "right and up"; "ahead" within ten degrees.
+std::string headingInWords(const Heading& heading) {
+    constexpr double AHEAD = 10.0 * std::numbers::pi / 180.0;
+    const double aside = std::abs(heading.azimuth);
+    std::string words;
+    if (aside >= std::numbers::pi - AHEAD) {
+        words = "back";
+    } else if (aside > AHEAD) {
+        words = heading.azimuth < 0 ? "left" : "right";
+    }
+    if (std::abs(heading.elevation) > AHEAD) {
+        words += std::string(words.empty() ? "" : " and ") + (heading.elevation < 0 ? "down" : "up");
+    }
+    return words.empty() ? "ahead" : words;
+}
+
+std::string viewText(const ChannelView& view) {
+    return headingInWords(view.heading) + ": azimuth " + degreesText(view.heading.azimuth) + " elevation " +
+           degreesText(view.heading.elevation) + " roll " + degreesText(view.roll) + " deg";
+}
+
+std::string fieldText(const ChannelView& view) {
+    return degreesText(view.wide) + " x " + degreesText(view.high) + " deg";
+}
+
+std::string landedText(const ChannelFacts& channel, const DisplayFacts& display) {
+    if (!display.isMeasured) {
+        return "not measured";
+    }
+    return channel.light() == nullptr ? "not known" : percentText(channel.landed());
+}
+
 /// What `check` shows of a channel, a column each; behind them stand the values that only some displays have.
-std::vector<DisplayFact> factsOf(const ProjectorConfig& projector, const LocatorSource& source) {
+std::vector<DisplayFact> factsOf(const ChannelFacts& channel, const DisplayFacts& display,
+                                 const LocatorSource& source) {
+    const ProjectorConfig& projector = channel.projector();
+    const ChannelView* const view = channel.view();
+    const double throwDistance = channel.throwDistance();
     return {{"picture", pictureText(projector)},
             {"targets by", source.text},
+            {"position", view == nullptr ? "" : positionText(*view, display.unit)},
+            {"looks", view == nullptr ? "" : viewText(*view)},
+            {"field of view", view == nullptr ? "" : fieldText(*view)},
+            {"throw", throwDistance > 0 ? lengthText(throwDistance, display.unit) : "not stated"},
+            {"on screen", landedText(channel, display)},
             {"device", deviceText(projector)},
             {"note", toUtf8(projector.getText(L"Note"))}};
 }
 
 }  // namespace
 
-void ChannelCheck::run(const XMLConfigManager& config, DisplayDescription& description) {
+void ChannelCheck::run(const XMLConfigManager& config, const DisplayFacts& facts, DisplayDescription& description) {
     const std::wstring type = targetDataTypeOf(config);
     description.facts.push_back({"target data", type.empty() ? "not configured" : toUtf8(type)});
     if (type.empty()) {
@@ -52,15 +117,12 @@ void ChannelCheck::run(const XMLConfigManager& config, DisplayDescription& descr
     if (ids.empty()) {
         description.faults.push_back({"channels", "the configuration has no projectors: add a Projectors element", {}});
     }
-    for (const std::wstring& id : ids) {
-        const ProjectorConfig* projector = config.getProjectorConfig(id);
-        if (projector == nullptr) {
-            continue;
-        }
-        LocatorSource source = locatorSourceOf(config, *projector);
-        description.channels.push_back({toUtf8(projector->getName()), toUtf8(id), factsOf(*projector, source)});
+    for (const ChannelFacts& channel : facts.channels) {
+        LocatorSource source = locatorSourceOf(config, channel.projector());
+        description.channels.push_back(
+            {channel.name(), toUtf8(channel.projector().getIdentity()), factsOf(channel, facts, source)});
         for (Fault& fault : source.faults) {
-            fault.where = "channel " + toUtf8(projector->getName()) + ", " + fault.where;
+            fault.where = channel.where() + ", " + fault.where;
             description.faults.push_back(std::move(fault));
         }
     }

@@ -1,10 +1,14 @@
 #include "DisplayReport/check/DisplayCheck.h"
 
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayReport/check/ChannelCheck.h"
+#include "DisplayReport/check/DisplayFacts.h"
+#include "DisplayReport/check/FindingList.h"
+#include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/ScreenCheck.h"
 
 #include <sstream>
@@ -27,13 +31,37 @@ std::string unitsOf(const XMLConfigManager& config) {
     return units == nullptr ? "not configured" : toUtf8(units->getUnitName());
 }
 
+/// A misspelt name would silence nothing, and nobody would see it.
+void judgeNames(const std::string& where, const std::string& allowed, FindingList& found) {
+    for (const std::string& name : wordsOf(allowed)) {
+        if (!Rule::canBeAllowed(name)) {
+            found.add(
+                Rule::named("unknown-rule"), where, {},
+                "it allows " + inQuotes(name) + ", which no rule is called: expected some of " + Rule::namesToAllow());
+        }
+    }
+}
+
+void judge(const DisplayFacts& facts, const CheckOptions& options, DisplayDescription& description) {
+    FindingList found(description.findings, options.allowed);
+    judgeNames("screen", facts.allowed, found);
+    for (const ChannelFacts& channel : facts.channels) {
+        judgeNames(channel.where(), channel.allowed(), found);
+    }
+    judgeScreen(facts, found);
+    judgeChannels(facts, found);
+    judgeLight(facts, found);
+    judgeSets(facts, found);
+    judgeNamedSides(facts, found);
+}
+
 }  // namespace
 
-DisplayDescription DisplayCheck::ofFile(const std::string& utf8Path) {
+DisplayDescription DisplayCheck::ofFile(const std::string& utf8Path, const CheckOptions& options) {
     DisplayDescription description;
     try {
         const auto config = XMLConfigFile::load(utf8Path);
-        description = ofConfiguration(*config);
+        description = ofConfiguration(*config, options);
     } catch (const VeltraniParseException& fault) {
         description.readable = false;
         addParseFaults(fault, description.faults);
@@ -46,11 +74,13 @@ DisplayDescription DisplayCheck::ofFile(const std::string& utf8Path) {
     return description;
 }
 
-DisplayDescription DisplayCheck::ofConfiguration(XMLConfigManager& config) {
+DisplayDescription DisplayCheck::ofConfiguration(XMLConfigManager& config, const CheckOptions& options) {
     DisplayDescription description;
     ScreenCheck::run(config, description);
     description.facts.push_back({"units", unitsOf(config)});
-    ChannelCheck::run(config, description);
+    const DisplayFacts facts = DisplayFacts::of(config, options.quick);
+    ChannelCheck::run(config, facts, description);
+    judge(facts, options, description);
     return description;
 }
 

@@ -1,0 +1,298 @@
+#include "Common/Utf8.h"
+#include "Configuration/ProjectorConfig.h"
+#include "DisplayReport/basics/NumberText.h"
+#include "DisplayReport/check/Judgement.h"
+#include "DisplayReport/check/RuleText.h"
+#include "ScreenManager/CustomPlanarTargetLocator.h"
+#include "ScreenManager/DisplayKinds.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+constexpr double DEGREE = std::numbers::pi / 180.0;
+
+/// One channel and what it is judged within.
+struct Case {
+    const DisplayFacts& display;
+    const ChannelFacts& channel;
+    const ProjectorConfig& projector;
+    FindingList& found;
+
+    void report(std::string_view rule, const std::string& what) const {
+        found.add(Rule::named(rule), channel.where(), channel.allowed(), what);
+    }
+};
+
+/// Two bounds that belong in an order.
+struct Edges {
+    const char* element;
+    const char* lower;
+    const char* upper;
+    double from;
+    double to;
+    bool isAngle;
+};
+
+std::string boundText(const Edges& edges, double bound) {
+    return edges.isAngle ? degreesText(bound) + " deg" : significantText(bound);
+}
+
+bool isStated(double bound) {
+    return bound != ProjectorConfig::SCREEN_BOUND_NOT_CONFIGURED;
+}
+
+std::vector<Edges> areaEdges(const ProjectorConfig& p) {
+    return {{"ScreenArea", "left", "right", p.getScreenLeft(), p.getScreenRight(), false},
+            {"ScreenArea", "bottom", "top", p.getScreenBottom(), p.getScreenTop(), false}};
+}
+
+/// The edges that the kind of the display uses.
+std::vector<Edges> edgesInUse(const DisplayKind& kind, const ChannelFacts& channel) {
+    const ProjectorConfig& p = channel.projector();
+    std::vector<Edges> edges;
+    if (channel.view() != nullptr) {
+        edges.push_back({"Frustum", "left", "right", p.getFrustumLeft(), p.getFrustumRight(), true});
+        edges.push_back({"Frustum", "bottom", "top", p.getFrustumBottom(), p.getFrustumTop(), true});
+    }
+    if (kind.source == DisplayKind::Source::SCREEN_AREA) {
+        edges = areaEdges(p);
+    }
+    if (kind.layout == DisplayKind::Layout::PLANE) {
+        edges.push_back({"Layout", "xMin", "xMax", p.getLayoutXMin(), p.getLayoutXMax(), false});
+        edges.push_back({"Layout", "yMin", "yMax", p.getLayoutYMin(), p.getLayoutYMax(), false});
+    }
+    return edges;
+}
+
+void judgeEdges(const Case& c) {
+    for (const Edges& edges : edgesInUse(*c.display.kind, c.channel)) {
+        if (isStated(edges.from) && isStated(edges.to) && edges.from > edges.to) {
+            c.report("edges-exchanged", std::string(edges.element) + " " + edges.lower + " " +
+                                            boundText(edges, edges.from) + " lies beyond " + edges.upper + " " +
+                                            boundText(edges, edges.to) +
+                                            ", which mirrors the picture: exchange the two");
+        }
+    }
+}
+
+/// What a bound that is no part of a screen was probably written in.
+std::string areaRemedy(double bound) {
+    return std::abs(bound) <= 100.0 ? "write " + significantText(bound / 100.0) + " if this is a percentage"
+                                    : "divide pixels by the width or the height of the screen in pixels";
+}
+
+void judgeArea(const Case& c) {
+    const Rule& rule = Rule::named("area-off-screen");
+    if (c.display.kind->source != DisplayKind::Source::SCREEN_AREA) {
+        return;
+    }
+    for (const Edges& edges : areaEdges(c.projector)) {
+        for (const auto& [name, bound] : {std::pair(edges.lower, edges.from), std::pair(edges.upper, edges.to)}) {
+            if (isStated(bound) && (bound < rule.least || bound > rule.most)) {
+                c.report(rule.name, "ScreenArea " + std::string(name) + " is " + significantText(bound) +
+                                        ", and the screen runs from 0 to 1: " + areaRemedy(bound));
+            }
+        }
+    }
+}
+
+void judgeFieldOfView(const Case& c) {
+    const Rule& rule = Rule::named("narrow-view");
+    const ChannelView* const view = c.channel.view();
+    if (view == nullptr || view->hasLens) {
+        return;
+    }
+    for (const auto& [name, angle] : {std::pair("width", view->wide), std::pair("height", view->high)}) {
+        if (angle < rule.least * DEGREE) {
+            c.report(rule.name, "the " + std::string(name) + " of its Frustum is " + degreesText(angle) +
+                                    " degrees, where projectors have 8 to 140: check its unit, angleUnit=\"rad\" or "
+                                    "\"deg\"");
+        } else if (angle > rule.most * DEGREE) {
+            c.report(rule.name, "the " + std::string(name) + " of its Frustum is " + degreesText(angle) +
+                                    " degrees, where projectors have 8 to 140: give the angles to either side of the "
+                                    "forward direction, or a ProjectionModel for a fisheye");
+        }
+    }
+}
+
+/// Width to height of the frustum, as tangents.
+double frustumRatio(const ProjectorConfig& p) {
+    return std::abs((std::tan(p.getFrustumRight()) - std::tan(p.getFrustumLeft())) /
+                    (std::tan(p.getFrustumTop()) - std::tan(p.getFrustumBottom())));
+}
+
+void judgeStretch(const Case& c) {
+    const bool isFromEye = c.display.kind->addressedBy == DisplayKind::Addressing::EYE;
+    const Rule& rule = Rule::named(isFromEye ? "view-stretched" : "picture-stretched");
+    const ChannelView* const view = c.channel.view();
+    const int width = c.projector.getWidth();
+    const int height = c.projector.getHeight();
+    if (view == nullptr || view->hasLens || width <= 0 || height <= 0) {
+        return;
+    }
+    const double pixels = static_cast<double>(width) / height;
+    const double angles = frustumRatio(c.projector);
+    if (angles < rule.least * pixels || angles > rule.most * pixels) {
+        const bool isTurned = (angles < 1.0) != (pixels < 1.0);
+        c.report(rule.name, "its Frustum is " + significantText(angles) + " times as wide as high (tangents), its " +
+                                "picture of " + std::to_string(width) + " x " + std::to_string(height) + " pixels " +
+                                significantText(pixels) + " times: " +
+                                (isTurned ? "exchange width and height of one of them; a projector on its side has "
+                                            "y=\"90\" in its Orientation"
+                                          : "check the four angles of the Frustum and the Resolution"));
+    }
+}
+
+void judgeResolution(const Case& c) {
+    const int width = c.projector.getWidth();
+    const int height = c.projector.getHeight();
+    const int shorter = std::min(width, height);
+    const int longer = std::max(width, height);
+    const std::string size = "its Resolution is " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    const std::string remedy = ": look for a digit too many or too few";
+    if (longer <= 0) {
+        const bool isNeeded = c.display.kind != nullptr && c.display.kind->countsPixels;
+        c.report(isNeeded ? "no-resolution" : "pixels-unknown",
+                 isNeeded ? "its picture has no size in pixels, which targets or maps of this display need: give it a "
+                            "Resolution"
+                          : "its picture has no size in pixels: whole maps and pixel sizes need a Resolution");
+    } else if (shorter < Rule::named("odd-resolution").least) {
+        c.report("odd-resolution", size + ", where pictures have 200 and more on the shorter side" + remedy);
+    } else if (longer > Rule::named("odd-aspect").most * shorter) {
+        c.report("odd-aspect", size + ", where one side is at most 8 times as long as the other" + remedy);
+    }
+}
+
+void judgeOrientation(const Case& c) {
+    const Rule& rule = Rule::named("large-angle");
+    const ProjectorConfig& p = c.projector;
+    for (const auto& [name, angle] : {std::pair("z", p.getOrientationZ()), std::pair("x", p.getOrientationX()),
+                                      std::pair("y", p.getOrientationY())}) {
+        if (std::abs(angle) > rule.most * DEGREE * (1 + 1e-9)) {
+            c.report(rule.name, "Orientation " + std::string(name) + " is " + degreesText(angle) +
+                                    " degrees, more than a turn: write it with angleUnit=\"deg\" if it is in degrees");
+        }
+    }
+}
+
+void judgePosition(const Case& c) {
+    const DisplayFacts& display = c.display;
+    if (c.channel.view() == nullptr || display.size <= 0) {
+        return;
+    }
+    if (display.kind->addressedBy == DisplayKind::Addressing::EYE) {
+        const Rule& rule = Rule::named("position-not-eye");
+        const double apart = norm(c.projector.getPosition() - c.channel.view()->from);
+        if (apart > rule.most * display.size) {
+            c.report(rule.name, "its Position lies " + lengthText(apart, display.unit) +
+                                    " away from the eye point that its picture is seen from: targets do not use it, "
+                                    "and maps to the channel are wrong by it; leave Position out, or give the eye "
+                                    "point. Channels that are described from their projectors have the target data "
+                                    "ProjectorCentric");
+        }
+        return;
+    }
+    const Rule& rule = Rule::named("far-from-screen");
+    const double away = norm(c.projector.getPosition() - display.middle());
+    if (away > rule.most * display.size) {
+        c.report(rule.name, "its Position lies " + lengthText(away, display.unit) +
+                                " away from the middle of a screen of " + lengthText(display.size, display.unit) +
+                                ": check its lengthUnit");
+    }
+}
+
+/// The map of a channel that has one.
+const CustomPlanarScreenToChannelMap* mapOf(const ChannelFacts& channel) {
+    const bool hasMap = channel.locator() && LocatorKind::of(*channel.locator()).path == LocatorKind::Path::MAP_FILE;
+    return hasMap ? &static_cast<const CustomPlanarTargetLocator&>(*channel.locator()).getTransform() : nullptr;
+}
+
+bool mapsAnything(const CustomPlanarScreenToChannelMap& map) {
+    // Finer than the nodes of the maps in use; a used cell shows even where it is the only one.
+    constexpr int STEPS = 400;
+    const Point<double, 2> size = map.pictureSize();
+    Point<double, 2> ignored;
+    for (int row = 0; row <= STEPS; ++row) {
+        for (int column = 0; column <= STEPS; ++column) {
+            if (map.mapChannel2DToScreen2D({size[0] * column / STEPS, size[1] * row / STEPS}, ignored)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+void judgeMap(const Case& c) {
+    const CustomPlanarScreenToChannelMap* const map = mapOf(c.channel);
+    if (map == nullptr) {
+        return;
+    }
+    const std::string file = toUtf8(c.projector.getCustomPlanarFile());
+    if (!mapsAnything(*map)) {
+        c.report("empty-map",
+                 "map " + file + " has no used node: all of them have a brightness below 0; write it anew");
+        return;
+    }
+    const Point<double, 2> size = map->pictureSize();
+    if (size[0] != c.projector.getWidth() || size[1] != c.projector.getHeight()) {
+        c.report("other-resolution", "map " + file + " was made for " + significantText(size[0]) + " x " +
+                                         significantText(size[1]) + " pixels, and its picture has " +
+                                         std::to_string(c.projector.getWidth()) + " x " +
+                                         std::to_string(c.projector.getHeight()) +
+                                         ": take the map of this projector, or correct the Resolution");
+    }
+}
+
+/// What the entry states and the kind of the display does not look at.
+std::string ignoredValues(const DisplayKind& kind, const ProjectorConfig& p) {
+    using Source = DisplayKind::Source;
+    std::string ignored;
+    const auto addIf = [&](bool isIgnored, const char* element) {
+        if (isIgnored) {
+            ignored += (ignored.empty() ? "" : ", ") + std::string(element);
+        }
+    };
+    const std::array area{p.getScreenLeft(), p.getScreenRight(), p.getScreenBottom(), p.getScreenTop()};
+    addIf(kind.source != Source::SCREEN_AREA && std::any_of(area.begin(), area.end(), isStated), "ScreenArea");
+    addIf(kind.layout != DisplayKind::Layout::PLANE &&
+              (p.getLayoutXMin() != p.getLayoutXMax() || p.getLayoutYMin() != p.getLayoutYMax()),
+          "Layout");
+    addIf(kind.source != Source::MAP_FILE && !p.getCustomPlanarFile().empty(), "CustomPlanarMap");
+    addIf(kind.source != Source::MODEL_OR_FRUSTUM && !p.getProjectionModelName().empty(), "ProjectionModel");
+    return ignored;
+}
+
+void judgeEffect(const Case& c) {
+    if (const std::string ignored = ignoredValues(*c.display.kind, c.projector); !ignored.empty()) {
+        c.report("without-effect", "displays of the kind " + toUtf8(std::wstring(c.display.kind->type)) +
+                                       " do not use what it states: " + ignored);
+    }
+}
+
+}  // namespace
+
+void judgeChannels(const DisplayFacts& display, FindingList& found) {
+    for (const ChannelFacts& channel : display.channels) {
+        const Case c{display, channel, channel.projector(), found};
+        judgeResolution(c);
+        judgeOrientation(c);
+        if (display.kind == nullptr) {
+            continue;
+        }
+        judgeEdges(c);
+        judgeArea(c);
+        judgeFieldOfView(c);
+        judgeStretch(c);
+        judgePosition(c);
+        judgeMap(c);
+        judgeEffect(c);
+    }
+}
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,108 @@
+#include "DisplayReport/check/Rule.h"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+constexpr Severity FAULT = Severity::FAULT;
+constexpr Severity WARNING = Severity::WARNING;
+constexpr Severity REMARK = Severity::REMARK;
+constexpr double NONE = std::numeric_limits<double>::infinity();
+
+constexpr std::array RULES{
+    Rule{"no-resolution", FAULT, -NONE, NONE, "coverage and whole maps count the pixels of every picture"},
+    Rule{"same-device", FAULT, -NONE, NONE, "one projector cannot be two channels"},
+    Rule{"empty-map", FAULT, -NONE, NONE, "a map without a used node places nothing"},
+    Rule{"empty-cloud", FAULT, -NONE, NONE, "a cloud without a finite point has no place"},
+    Rule{"unknown-rule", FAULT, -NONE, NONE, "a misspelt name would silence nothing"},
+
+    Rule{"edges-exchanged", WARNING, -NONE, NONE,
+         "right lies right of left, top above bottom; mirrored pictures exist"},
+    Rule{"area-off-screen", WARNING, -1.0, 2.0,
+         "bounds of an area: one whole screen beyond its edges, where 0.2 occurs"},
+    Rule{"narrow-view", WARNING, 3.0, 160.0, "field of view in degrees: projectors have 8 to 140"},
+    Rule{"picture-stretched", WARNING, 0.8, 1.25,
+         "width to height of the frustum against that of the pixels: 11 % occurs, and lenses squeeze at most 33 %"},
+    Rule{"view-stretched", WARNING, 0.55, 1.8,
+         "the same where the frustum is a part of the view from the eye, which a warp fits into the picture"},
+    Rule{"odd-resolution", WARNING, 200.0, NONE, "pixels on the shorter side: no picture in use has fewer"},
+    Rule{"odd-aspect", WARNING, 1.0, 8.0,
+         "how often the shorter side fits into the longer one: banners of outputs have 7"},
+    Rule{"resolution-turned", WARNING, -NONE, NONE, "one channel has width and height of all others exchanged"},
+    Rule{"other-resolution", WARNING, -NONE, NONE, "a map file counts the pixels of the picture that it was made for"},
+    Rule{"large-angle", WARNING, -360.0, 360.0, "degrees: an orientation needs no more than a turn"},
+    Rule{"looks-away", WARNING, -NONE, NONE, "no line of sight of the picture meets the screen"},
+    Rule{"misses-screen", WARNING, 0.65, 1.0, "part of the picture on the screen: sound displays have 0.76 and more"},
+    Rule{"wide-misses-screen", WARNING, 0.45, 1.0,
+         "the same for a lens that sees more than 120 degrees: the circle of a fisheye takes half of a wide picture"},
+    Rule{"inside-surface", WARNING, 0.1, 0.9,
+         "throw in metres; and the part of the picture that must land of a projector behind its screen"},
+    Rule{"far-from-screen", WARNING, 0.0, 20.0,
+         "distance in sizes of the screen: the longest throws in use are ten pictures"},
+    Rule{"position-not-eye", WARNING, 0.0, 0.01,
+         "in sizes of the screen: a channel seen from the eye has no position of its own"},
+    Rule{"same-place", WARNING, -NONE, NONE, "two projectors cannot stand in one place to the last digit"},
+    Rule{"same-name", WARNING, -NONE, NONE, "the library calls the second channel Name_01"},
+    Rule{"same-picture", WARNING, -NONE, NONE, "two channels state one picture to the last digit"},
+    Rule{"name-against-place", WARNING, 0.0, 5.0, "degrees seen from the eye: names with left are to the left"},
+    Rule{"layout-apart", WARNING, 0.0, 0.1,
+         "in sizes of the layout: one channel's rectangle does not lie where its area does, as all others do"},
+    Rule{"heaped-pictures", WARNING, 0.0, 0.1,
+         "three and more directions within a tenth of a field of view light one spot: degrees for radians"},
+
+    Rule{"screen-size", WARNING, 0.3, 150.0, "largest extent in metres: from desktop models to the largest domes"},
+    Rule{"mirror-size", WARNING, 0.1, 20.0, "radius in sizes of the screen that it shows: 0.9 in collimated displays"},
+    Rule{"narrow-shape", WARNING, 10.0, NONE, "degrees of a round screen: radians for degrees give 6.3 at most"},
+    Rule{"eye-outside", WARNING, 0.5, 1.0, "part of what is lit that the eye sees from the inside of a round screen"},
+    Rule{"behind-eye", WARNING, -NONE, NONE, "+y is forward: nothing of the screen is"},
+    Rule{"edge-on", WARNING, 0.05, NONE, "sine of the angle under which the eye sees a flat screen"},
+    Rule{"lying-mesh", WARNING, 0.0, 0.5, "part of the surface's normals that is vertical while none points forward"},
+    Rule{"measured-apart", WARNING, 0.15, 1.5,
+         "shift in sizes of the screen, and ratio of the sizes: 0.004 and 1.01 occur, a part that is not scanned more"},
+    Rule{"mirrored-texture", WARNING, -NONE, NONE, "s grows to the right and t upwards as the eye sees the screen"},
+    Rule{"rails-exchanged", WARNING, -NONE, NONE, "the upper rail lies above the lower one"},
+
+    Rule{"pixels-unknown", REMARK, -NONE, NONE, "kinds that count no pixels work without"},
+    Rule{"without-effect", REMARK, -NONE, NONE, "values that the kind of target data does not use"},
+    Rule{"dark-parts", REMARK, 0.0, 0.02, "part of the screen that no channel lights, coarsely"},
+    Rule{"narrow-overlap", REMARK, 0.04, NONE, "part of the picture: blending needs some pixels"},
+    Rule{"program-only", REMARK, -NONE, NONE, "unit and axes of files that the library does not follow by itself"},
+    Rule{"tables-not-in-maps", REMARK, -NONE, NONE, "heading tables bend targets, not layout maps"},
+    Rule{"single-precision", REMARK, -NONE, 8192.0, "metres: beyond, the numbers of a cloud step by a millimetre"},
+};
+
+}  // namespace
+
+std::span<const Rule> Rule::all() {
+    return RULES;
+}
+
+const Rule& Rule::named(std::string_view name) {
+    const auto* const found =
+        std::find_if(RULES.begin(), RULES.end(), [&](const Rule& rule) { return rule.name == name; });
+    if (found == RULES.end()) {
+        throw std::logic_error("no rule is called " + std::string(name));
+    }
+    return *found;
+}
+
+bool Rule::canBeAllowed(std::string_view name) {
+    return std::any_of(RULES.begin(), RULES.end(),
+                       [&](const Rule& rule) { return rule.name == name && rule.canBeAllowed(); });
+}
+
+std::string Rule::namesToAllow() {
+    std::string names;
+    for (const Rule& rule : RULES) {
+        if (rule.canBeAllowed()) {
+            names += (names.empty() ? "" : ", ") + std::string(rule.name);
+        }
+    }
+    return names;
+}
+
+}  // namespace Veltrani::DisplayReport

@@ -1,0 +1,264 @@
+#include "Common/Utf8.h"
+#include "Configuration/ProjectorConfig.h"
+#include "DeviceFramework2/DeviceSnippet.h"
+#include "DeviceFramework2/ProjectorAddress.h"
+#include "DisplayReport/basics/NumberText.h"
+#include "DisplayReport/check/Judgement.h"
+#include "DisplayReport/check/RuleText.h"
+#include "ScreenManager/DisplayKinds.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <map>
+#include <numbers>
+
+namespace Veltrani::DisplayReport {
+
+namespace {
+
+using Channels = std::vector<ChannelFacts>;
+
+/// Reports a channel beside an earlier one; what either of them allows is left out.
+void reportPair(const ChannelFacts& first, const ChannelFacts& second, FindingList& found, std::string_view rule,
+                const std::string& what) {
+    found.add(Rule::named(rule), second.where(), first.allowed() + " " + second.allowed(), what);
+}
+
+/// Calls `judge` with every pair of channels in the order of the file.
+template <class Judge>
+void forPairs(const Channels& channels, const Judge& judge) {
+    for (std::size_t second = 1; second < channels.size(); ++second) {
+        for (std::size_t first = 0; first < second; ++first) {
+            judge(channels[first], channels[second]);
+        }
+    }
+}
+
+void judgeDevices(const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
+    using DeviceFramework2::DeviceSnippet;
+    using DeviceFramework2::ProjectorAddress;
+    const std::wstring one = first.projector().getDeviceSnippet();
+    const std::wstring other = second.projector().getDeviceSnippet();
+    const auto mac = DeviceSnippet::macAddressIn(other);
+    const auto address = ProjectorAddress::ofText(other);
+    if (mac && DeviceSnippet::macAddressIn(one) == mac) {
+        reportPair(first, second, found, "same-device",
+                   "its device has the MAC address " + toUtf8(mac->text()) + " of " + first.where() +
+                       ": give each projector its own, as its label states it");
+    } else if (address && ProjectorAddress::ofText(one) == address) {
+        reportPair(first, second, found, "same-device",
+                   "its device has the address " + address->text() + " of " + first.where() +
+                       ": give each projector its own, or the port that leads to it");
+    }
+}
+
+void judgeNames(const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
+    if (first.name() == second.name()) {
+        reportPair(first, second, found, "same-name",
+                   "an earlier channel has this name, so the library calls this one " + second.name() +
+                       "_01: give it a name of its own");
+    }
+}
+
+/// Everything that the kind makes a picture from, to be compared to the last digit.
+std::vector<double> sourceNumbers(const DisplayKind& kind, const ChannelFacts& channel) {
+    const ProjectorConfig& p = channel.projector();
+    if (kind.source == DisplayKind::Source::SCREEN_AREA) {
+        return {p.getScreenLeft(), p.getScreenRight(), p.getScreenBottom(), p.getScreenTop()};
+    }
+    if (kind.source == DisplayKind::Source::MAP_FILE) {
+        return {};
+    }
+    const Point<double, 3> from = channel.view()->from;
+    return {from[0],
+            from[1],
+            from[2],
+            p.getOrientationZ(),
+            p.getOrientationX(),
+            p.getOrientationY(),
+            p.getFrustumLeft(),
+            p.getFrustumRight(),
+            p.getFrustumBottom(),
+            p.getFrustumTop()};
+}
+
+const char* sourceText(const DisplayKind& kind) {
+    switch (kind.source) {
+        case DisplayKind::Source::SCREEN_AREA:
+            return "ScreenArea";
+        case DisplayKind::Source::MAP_FILE:
+            return "CustomPlanarMap";
+        case DisplayKind::Source::FRUSTUM:
+        case DisplayKind::Source::FRUSTUM_AND_MIRROR:
+            return "Orientation and Frustum";
+        case DisplayKind::Source::MODEL_OR_FRUSTUM:
+            return "Position, Orientation and Frustum";
+    }
+    return "";
+}
+
+void judgePictures(const DisplayKind& kind, const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
+    if (!first.locator() || !second.locator()) {
+        return;
+    }
+    const bool isMap = kind.source == DisplayKind::Source::MAP_FILE;
+    const bool isSame = isMap ? first.projector().getCustomPlanarFile() == second.projector().getCustomPlanarFile()
+                              : sourceNumbers(kind, first) == sourceNumbers(kind, second);
+    if (isSame) {
+        reportPair(
+            first, second, found, "same-picture",
+            std::string(sourceText(kind)) + " are those of " + first.where() +
+                " to the last digit, so both light one picture: change the copy; projectors on top of each other "
+                "are allowed by name");
+    } else if (kind.addressedBy == DisplayKind::Addressing::PROJECTOR &&
+               first.projector().getPosition() == second.projector().getPosition()) {
+        reportPair(first, second, found, "same-place",
+                   "its Position is that of " + first.where() +
+                       " to the last digit: state where each projector stands; without a Position it is the eye point");
+    }
+}
+
+/// How a layout follows an area along one axis: position = start + scale times the bound.
+struct Fit {
+    double from;
+    double to;
+    double layoutFrom;
+    double layoutTo;
+
+    [[nodiscard]] double scale() const { return (layoutTo - layoutFrom) / (to - from); }
+    [[nodiscard]] double start() const { return layoutFrom - scale() * from; }
+};
+
+double medianOf(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// Of rectangles that follow one law, those that do not. With fewer than three no law shows.
+void judgeLayoutAlong(const Channels& channels, FindingList& found, const char* axis,
+                      Fit (*fitOf)(const ProjectorConfig&)) {
+    const Rule& rule = Rule::named("layout-apart");
+    std::vector<double> scales;
+    std::vector<double> starts;
+    for (const ChannelFacts& channel : channels) {
+        const Fit fit = fitOf(channel.projector());
+        if (channel.locator() && fit.to != fit.from && fit.layoutTo != fit.layoutFrom) {
+            scales.push_back(fit.scale());
+            starts.push_back(fit.start());
+        }
+    }
+    if (scales.size() < 3) {
+        return;
+    }
+    const double scale = medianOf(scales);
+    const double start = medianOf(starts);
+    const auto wayOff = [&](const Fit& fit) {
+        return std::max(std::abs(fit.layoutFrom - start - scale * fit.from),
+                        std::abs(fit.layoutTo - start - scale * fit.to)) /
+               std::abs(scale);
+    };
+    const auto isOff = [&](const ChannelFacts& channel) {
+        const Fit fit = fitOf(channel.projector());
+        return channel.locator() && fit.layoutTo != fit.layoutFrom && wayOff(fit) > rule.most;
+    };
+    const auto off = std::count_if(channels.begin(), channels.end(), isOff);
+    if (off == 0 || 3 * static_cast<std::size_t>(off) > channels.size()) {
+        return;
+    }
+    for (const ChannelFacts& channel : channels) {
+        const Fit fit = fitOf(channel.projector());
+        if (isOff(channel)) {
+            found.add(rule, channel.where(), channel.allowed(),
+                      "its Layout runs from " + significantText(fit.layoutFrom) + " to " +
+                          significantText(fit.layoutTo) + " along " + axis +
+                          ", where its ScreenArea and the layouts of "
+                          "the other channels have " +
+                          significantText(start + scale * fit.from) + " to " + significantText(start + scale * fit.to) +
+                          ": check Layout and ScreenArea");
+        }
+    }
+}
+
+void judgeLayouts(const DisplayFacts& display, FindingList& found) {
+    if (display.kind->layout != DisplayKind::Layout::PLANE) {
+        return;
+    }
+    judgeLayoutAlong(display.channels, found, "x", [](const ProjectorConfig& p) {
+        return Fit{p.getScreenLeft(), p.getScreenRight(), p.getLayoutXMin(), p.getLayoutXMax()};
+    });
+    judgeLayoutAlong(display.channels, found, "y", [](const ProjectorConfig& p) {
+        return Fit{p.getScreenBottom(), p.getScreenTop(), p.getLayoutYMin(), p.getLayoutYMax()};
+    });
+}
+
+void judgeTurned(const Channels& channels, FindingList& found) {
+    if (channels.size() < 3) {
+        return;
+    }
+    std::map<std::pair<int, int>, std::vector<const ChannelFacts*>> bySize;
+    for (const ChannelFacts& channel : channels) {
+        bySize[{channel.projector().getWidth(), channel.projector().getHeight()}].push_back(&channel);
+    }
+    for (const auto& [size, some] : bySize) {
+        const auto turned = bySize.find({size.second, size.first});
+        const bool isLonely = some.size() == 1 && size.first != size.second && turned != bySize.end() &&
+                              turned->second.size() == channels.size() - 1;
+        if (isLonely) {
+            found.add(Rule::named("resolution-turned"), some.front()->where(), some.front()->allowed(),
+                      "its picture has " + std::to_string(size.first) + " x " + std::to_string(size.second) +
+                          " pixels, all others width and height exchanged: check its Resolution");
+        }
+    }
+}
+
+/// Directions given in radians and read as degrees lie within a few degrees of each other.
+void judgeHeap(const DisplayFacts& display, FindingList& found) {
+    const Rule& rule = Rule::named("heaped-pictures");
+    std::vector<const ChannelView*> views;
+    for (const ChannelFacts& channel : display.channels) {
+        if (channel.view() != nullptr) {
+            views.push_back(channel.view());
+        }
+    }
+    if (views.size() < 3) {
+        return;
+    }
+    double apart = 0;
+    double widest = 0;
+    for (const ChannelView* view : views) {
+        apart = std::max({apart, std::abs(view->heading.rightOf(views.front()->heading)),
+                          std::abs(view->heading.elevation - views.front()->heading.elevation)});
+        widest = std::max({widest, view->wide});
+    }
+    const bool isShifted = std::any_of(views.begin(), views.end(), [&](const ChannelView* view) {
+        return norm(view->from - views.front()->from) > 0.1 * display.size ||
+               norm(view->middle - views.front()->middle) > 2 * rule.most * widest;
+    });
+    if (apart > 0 && apart < rule.most * widest && !isShifted) {
+        found.add(rule, "channels", display.allowed,
+                  "all " + std::to_string(views.size()) + " of them look within " + degreesText(apart) +
+                      " degrees of each other, with fields of view of " + degreesText(widest) +
+                      ": their Orientations were probably meant in radians; check angleUnit");
+    }
+}
+
+}  // namespace
+
+void judgeSets(const DisplayFacts& display, FindingList& found) {
+    forPairs(display.channels, [&](const ChannelFacts& first, const ChannelFacts& second) {
+        judgeDevices(first, second, found);
+        judgeNames(first, second, found);
+        if (display.kind != nullptr) {
+            judgePictures(*display.kind, first, second, found);
+        }
+    });
+    judgeTurned(display.channels, found);
+    if (display.kind != nullptr) {
+        judgeLayouts(display, found);
+        judgeHeap(display, found);
+    }
+}
+
+}  // namespace Veltrani::DisplayReport

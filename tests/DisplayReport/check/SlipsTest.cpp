@@ -1,0 +1,338 @@
+// Everyday slips: each is one change to a display that is sound, and must be reported.
+#include "DisplayReport/check/DisplayCheck.h"
+#include "ScreenManager/ScreenManager.h"
+#include "SoundDisplays.h"
+#include "support/LogTrap.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <set>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+using testing::Contains;
+using testing::HasSubstr;
+
+/// One change, made wherever the text stands.
+struct Slip {
+    const char* what;
+    const char* display;
+    const char* from;
+    const char* to;
+    const char* expected;  ///< a part of "where: what [rule]"
+};
+
+std::ostream& operator<<(std::ostream& out, const Slip& slip) {
+    return out << slip.display << ": " << slip.what;
+}
+
+std::vector<std::string> reported(const DisplayDescription& description) {
+    std::vector<std::string> texts;
+    for (const Fault& fault : description.faults) {
+        texts.push_back(fault.where + ": " + fault.what);
+    }
+    for (const Finding& finding : description.findings) {
+        texts.push_back(finding.where + ": " + finding.what + " [" + finding.rule + "]");
+    }
+    return texts;
+}
+
+class DisplayFolder {
+public:
+    ~DisplayFolder() { ScreenManager::deleteInstance(); }
+    DisplayFolder() = default;
+    DisplayFolder(const DisplayFolder&) = delete;
+    DisplayFolder& operator=(const DisplayFolder&) = delete;
+
+    DisplayDescription checked(const sound::Display& display, const std::string& text,
+                               const CheckOptions& options = {}) {
+        for (const auto& [name, content] : display.files) {
+            m_folder.write(name, content);
+        }
+        return DisplayCheck::ofFile(m_folder.write("display.xml", text), options);
+    }
+
+private:
+    TemporaryFolder m_folder;
+    LogTrap m_log;
+};
+
+std::string changed(std::string text, const std::string& from, const std::string& to) {
+    std::size_t changes = 0;
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+        ++changes;
+    }
+    EXPECT_GT(changes, 0U) << "the display does not have " << from;
+    return text;
+}
+
+// What was written wrongly, in which display, the change, and what must be reported.
+const Slip SLIPS[] = {
+    // units
+    {"a percentage for a part", "wall", "right='0.37'", "right='37'",
+     "channel Left: ScreenArea right is 37, and the screen runs from 0 to 1: write 0.37 if this is a percentage "
+     "[area-off-screen]"},
+    {"pixels for a part", "wall", "left='0.63' right='1'", "left='1210' right='1920'",
+     "channel Right: ScreenArea right is 1920, and the screen runs from 0 to 1: divide pixels"},
+    {"millimetres for metres", "wall", "<Size width='6' height='2.5'/>", "<Size width='6000' height='2500'/>",
+     "screen: it measures 6000 m, and rooms hold screens of 0.3 to 150 m: its numbers would be plausible in mm; check "
+     "lengthUnit, or fileUnit for meshes [screen-size]"},
+    {"metres stated as millimetres", "wall", "lengthUnit='m'", "lengthUnit='mm'",
+     "screen: it measures 0.006 m, and rooms hold screens of 0.3 to 150 m: its numbers would be plausible in m, if mm "
+     "is "
+     "stated"},
+    {"the size in centimetres", "wall", "<Size width='6' height='2.5'/>", "<Size width='600' height='250'/>",
+     "its numbers would be plausible in cm"},
+    {"a radius in millimetres", "planetarium", "<Radius value='6'/>", "<Radius value='6000'/>", "plausible in mm"},
+    {"a table dome in the wrong unit", "table-dome", "<Radius value='0.5'/>", "<Radius lengthUnit='mm' value='0.5'/>",
+     "screen: it measures 0.001 m"},
+    {"a mesh in millimetres, read in metres", "mesh-wall", "fileUnit='mm'", "fileUnit='m'",
+     "plausible in mm; check lengthUnit, or fileUnit for meshes [screen-size]"},
+    {"a mesh in millimetres, read in inches", "mesh-wall", "fileUnit='mm'", "fileUnit='in'", "[screen-size]"},
+    {"the eye in millimetres", "wall", "z='1.7'", "z='1700'",
+     "eye point: it lies 1698.357 m away from the middle of a screen of 6 m: check its lengthUnit [far-from-screen]"},
+    {"the eye in centimetres", "wall-rays", "<EyePoint x='0' y='0' z='1.7'/>", "<EyePoint x='0' y='0' z='170'/>",
+     "eye point: it lies 168.424 m away"},
+    {"the target position in millimetres", "seated-dome", "<TargetData type='Spherical'/>",
+     "<TargetData type='Spherical'><TargetPosition x='300' y='-500' z='1200'/></TargetData>",
+     "target position: it lies 1332"},
+    {"a position in millimetres", "wall-rays", "<Position x='-1.8' y='1' z='1.7'/>",
+     "<Position x='-1800' y='1000' z='1700'/>", "channel Left: its Position lies 2667"},
+    {"a position in centimetres", "wall-rays", "<Position x='1.8' y='1' z='1.7'/>",
+     "<Position x='180' y='100' z='170'/>", "channel Right: its Position lies 264.134 m away"},
+    {"a mirror in millimetres", "collimated", "radius='3'", "radius='3000'",
+     "mirror: its radius is 3000 m before a screen of 3.2 m: check its lengthUnit [mirror-size]"},
+    {"a mirror in the wrong unit", "collimated", "radius='3'", "radius='0.03'", "mirror: its radius is 0.03 m"},
+    {"one layout in millimetres", "wall", "xMin='1.86' xMax='4.14'", "xMin='1860' xMax='4140'",
+     "channel Centre: its Layout runs from 1860 to 4140 along x, where its ScreenArea and the layouts of the other "
+     "channels have 1.86 to 4.14: check Layout and ScreenArea [layout-apart]"},
+    // degrees and radians
+    {"radians for degrees in a frustum", "wall-rays", "left='-16' right='16' bottom='-10.2' top='10.2'",
+     "left='-0.28' right='0.28' bottom='-0.178' top='0.178'",
+     "channel Left: the width of its Frustum is 0.6 degrees, where projectors have 8 to 140: check its unit"},
+    {"radians for degrees in one frustum", "inset", "left='-4' right='4' bottom='-2.5' top='2.5'",
+     "left='-0.07' right='0.07' bottom='-0.044' top='0.044'", "[narrow-view]"},
+    {"degrees for radians everywhere", "wall-rays", "angleUnit='deg'", "angleUnit='rad'",
+     "channel Left, frustum: an edge is at"},
+    {"radians for degrees in the azimuth", "seated-dome", "<Azimuth min='-120' max='120'/>",
+     "<Azimuth min='-2.09' max='2.09'/>",
+     "screen: Azimuth spans 4.2 degrees, and round screens 10 and more: check its angleUnit [narrow-shape]"},
+    {"radians for degrees in the elevation", "planetarium", "<Elevation min='0' max='90'/>",
+     "<Elevation min='0' max='1.5708'/>", "screen: Elevation spans 1.6 degrees"},
+    {"degrees for radians in an orientation", "mesh-rays", "<Orientation z='-26'",
+     "<Orientation angleUnit='rad' z='-26'", "channel Left: Orientation z is -1489.7 degrees, more than a turn"},
+    {"degrees for radians of the screen", "wall", "<Size", "<Orientation angleUnit='rad' z='0' x='0' y='10'/><Size",
+     "screen: Orientation y is 573 degrees"},
+    {"degrees for radians of a mirror", "collimated", "<Position x='0' y='0' z='1.9'/>",
+     "<Orientation angleUnit='rad' z='0' x='-30' y='0'/><Position x='0' y='0' z='1.9'/>",
+     "mirror: Orientation x is -1718.9 degrees"},
+    // signs and turns
+    {"an orientation up for down", "table-dome", "z='0' x='-30'", "z='0' x='30'",
+     "channel South: nothing of its picture lands on the screen: the middle of its picture looks 59.6 degrees above "
+     "the "
+     "screen's middle: check x of its Orientation"},
+    {"a projector that looks backwards", "wall-rays",
+     "<Orientation z='0' x='0' y='0'/><Frustum left='-16' right='16' "
+     "bottom='-10.2' top='10.2'/><Position x='1.8'",
+     "<Orientation z='180' x='0' y='0'/><Frustum left='-16' right='16' bottom='-10.2' top='10.2'/><Position x='1.8'",
+     "channel Right: nothing of its picture lands on the screen"},
+    {"a quarter turn to the right", "wall-rays", "<Orientation z='0' x='0' y='0'/>",
+     "<Orientation z='90' x='0' y='0'/>",
+     "channel Centre: nothing of its picture lands on the screen: the middle of its picture looks 90 degrees to the "
+     "right "
+     "of the screen's middle: check z of its Orientation, and its Position [looks-away]"},
+    {"looks aside", "wall-rays", "<Orientation z='0' x='0' y='0'/>", "<Orientation z='-37' x='0' y='0'/>",
+     "channel Centre: 52 % of its picture misses the screen (at most 35 % is usual): the middle of its picture looks "
+     "37"},
+    {"looks above", "wall-rays", "<Orientation z='0' x='0' y='0'/>", "<Orientation z='0' x='19' y='0'/>",
+     "degrees above the screen's middle: check x of its Orientation, and its Position [misses-screen]"},
+    {"a floor lit upwards", "floor", "<Orientation z='0' x='-90' y='0'/><Frustum",
+     "<Orientation z='0' x='90' y='0'/><Frustum", "channel Left: nothing of its picture lands"},
+    {"a projector below its floor", "floor", "<Position x='1.4' y='0' z='3.4'/>", "<Position x='1.4' y='0' z='-3.4'/>",
+     "channel Right: nothing of its picture lands"},
+    {"a fisheye that looks ahead", "planetarium", "x='90' y='0'", "x='0' y='0'",
+     "screen: about 41 % of it is lit by no channel"},
+    {"a fisheye that looks down", "planetarium", "x='90' y='0'", "x='-90' y='0'",
+     "channel Sky: 80 % of its picture misses the screen (at most 55 % is usual)"},
+    {"a ceiling mount without its roll", "ceiling", "x='0' y='180'", "x='0' y='0'", "channel Left: "},
+    {"a rear projector in front of its wall", "rear-projection", "x='-1.5' y='9'", "x='-1.5' y='1'",
+     "channel Left: nothing of its picture lands"},
+    {"a rear projector beside its wall", "rear-projection", "x='-1.5' y='9'", "x='-3' y='9'",
+     "its Position lies on the far side of the screen, seen from the eye, and only 52 % of its picture lands there"},
+    {"a projector in its wall", "wall-rays", "<Position x='0' y='1' z='1.7'/>", "<Position x='0' y='4.95' z='1.7'/>",
+     "channel Centre: its Position lies 0.05 m from the screen, inside its surface: check its Position, and the Centre "
+     "of "
+     "the screen [inside-surface]"},
+    {"a projector behind its wall", "wall-rays", "<Position x='0' y='1' z='1.7'/>", "<Position x='0' y='9' z='1.7'/>",
+     "channel Centre: nothing of its picture lands"},
+    {"a wall behind its eye", "wall", "<Centre x='0' y='5'", "<Centre x='0' y='-5'",
+     "screen: all of it lies behind the eye point, up to y = -5 with the eye at y = 0, and +y is forward: check the "
+     "signs "
+     "of its y, and the EyePoint [behind-eye]"},
+    {"an eye behind its wall", "wall", "<EyePoint x='0' y='0'", "<EyePoint x='0' y='9'", "[behind-eye]"},
+    {"a cave wall lit away from", "cave-wall", "<Orientation z='90'", "<Orientation z='-90'",
+     "channel Left wall front: nothing of its picture lands"},
+    {"the top channel looks down", "seated-dome", "x='50'", "x='-50'", "channel Top: "},
+    {"a mesh forward for backward", "mesh-wall", "forward='-Z'", "forward='Z'",
+     "and +y is forward: check forward of ImportOrientation, and the EyePoint [behind-eye]"},
+    // axes
+    {"a mesh without axes", "mesh-wall", "<ImportOrientation up='Y' forward='-Z'/>", "",
+     "screen: the mesh lies on its back: "},
+    {"a mesh with z up", "mesh-rays", "up='Y' forward='-Z'", "up='Z' forward='Y'", "[lying-mesh]"},
+    {"a mesh upside down", "mesh-wall", "up='Y' forward='-Z'", "up='-Y' forward='-Z'",
+     "screen: t runs downwards, so that pictures stand on their heads"},
+    {"a mesh on its side", "mesh-wall", "up='Y' forward='-Z'", "up='X' forward='-Z'",
+     "screen: s runs up or down, so that pictures lie on their sides: check up of ImportOrientation"},
+    {"a wall turned its back", "wall", "<Size", "<Orientation z='180' x='0' y='0'/><Size",
+     "screen: s runs to the left as the eye point sees the screen, so that pictures are mirrored"},
+    {"a wall upside down", "wall", "<Size", "<Orientation z='0' x='0' y='180'/><Size", "screen: t runs downwards"},
+    {"a wall seen from its edge", "wall", "<Size", "<Orientation z='90' x='0' y='0'/><Size",
+     "screen: the eye point lies in the plane of the screen, 0 degrees beside it"},
+    {"an eye in the plane of the wall", "wall", "<EyePoint x='0' y='0'", "<EyePoint x='0' y='5'", "[edge-on]"},
+    {"a measured mesh in other axes", "mesh-wall", "measured.obj", "lying.obj", "measured mesh: its middle lies "},
+    {"a measured mesh in another unit", "mesh-wall", "measured.obj", "metres.obj", "measured mesh: it is 0.001"},
+    {"a measured mesh of another place", "mesh-rays", "measured.obj", "beside.obj",
+     "measured mesh: its middle lies 2.5 m away from that of the content screen"},
+    {"a mirrored texture", "mesh-wall", "'wall.obj'", "'mirrored.obj'", "screen: s runs to the left"},
+    {"a texture from the top", "mesh-wall", "'wall.obj'", "'hanging.obj'", "screen: t runs downwards"},
+    {"a cloud without a point", "mesh-wall", "scan.pcd", "undefined.pcd",
+     "model cloud: none of its 2 points is finite: check the export of the scan [empty-cloud]"},
+    {"a cloud in national coordinates", "mesh-rays", "scan.pcd", "surveyed.pcd",
+     "lose more than 1 mm in single precision: move its origin to the room [single-precision]"},
+    {"rails of another height", "cockpit", "z='2.1'", "z='0.1'",
+     "screen: the UpperRail lies below the LowerRail at 4 of 5 points: exchange the two [rails-exchanged]"},
+    {"an eye outside of its dome", "planetarium", "x='1' y='-2' z='1.2'", "x='1' y='-20' z='1.2'",
+     "screen: the eye point sees 2.6 % of what is lit from the inside"},
+    {"an eye outside of its cylinder", "closed-cylinder", "<EyePoint x='0' y='0'", "<EyePoint x='8' y='0'",
+     "screen: the eye point sees "},
+    // left for right, up for down
+    {"edges of an area exchanged", "wall", "left='0.31' right='0.69'", "left='0.69' right='0.31'",
+     "channel Centre: ScreenArea left 0.69 lies beyond right 0.31, which mirrors the picture: exchange the two "
+     "[edges-exchanged]"},
+    {"bottom and top of an area exchanged", "rows", "left='0' right='0.55' bottom='0.45' top='1'",
+     "left='0' right='0.55' bottom='1' top='0.45'", "channel Upper left: ScreenArea bottom 1 lies beyond top 0.45"},
+    {"edges of a layout exchanged", "wall", "xMin='3.78' xMax='6'", "xMin='6' xMax='3.78'",
+     "channel Right: Layout xMin 6 lies beyond xMax 3.78"},
+    {"edges of a frustum exchanged", "off-axis-wall", "left='-30.5' right='-8'", "left='-8' right='-30.5'",
+     "channel Left: Frustum left -8 deg lies beyond right -30.5 deg"},
+    {"bottom and top of a frustum exchanged", "seated-dome", "bottom='-25' top='30'", "bottom='30' top='-25'",
+     "channel Top: Frustum bottom 30 deg lies beyond top -25 deg"},
+    {"left named right", "rows", "<Name>Upper left</Name>", "<Name>Upper right side</Name>",
+     "channel Upper right side: its picture lies "},
+    {"lower named upper", "rows", "<Name>Lower left</Name>", "<Name>Upper left, inner</Name>",
+     "channel Upper left, inner: its picture lies "},
+    {"left where right is", "seated-dome", "z='-55'", "z='45'", "channel Left: its picture lies "},
+    {"left where right is, in a mirror", "collimated", "z='-40'", "z='35'", "channel Left: its picture lies "},
+    // the picture
+    {"half a frustum", "wall-rays", "left='-16' right='16'", "left='0' right='16'",
+     "channel Left: its Frustum is 0.79"},
+    {"whole angles for half ones", "wall-rays", "left='-16' right='16'", "left='-32' right='32'",
+     "[picture-stretched]"},
+    {"a sign lost", "mesh-rays", "left='-20' right='20'", "left='12' right='20'", "[picture-stretched]"},
+    {"all signs lost", "mesh-rays", "left='-20' right='20'", "left='20' right='20'",
+     "frustum: it has no width or no height: give the channel a Frustum"},
+    {"a frustum on its side", "wall-rays", "left='-16' right='16' bottom='-10.2' top='10.2'",
+     "left='-10.2' right='10.2' bottom='-16' top='16'",
+     "exchange width and height of one of them; a projector on its side has y=\"90\" in its Orientation"},
+    {"a resolution on its side", "portrait", "width='1920' height='1200'", "width='1200' height='1920'",
+     "[picture-stretched]"},
+    {"a digit too few", "wall", "<Name>Centre</Name><Resolution width='1920'",
+     "<Name>Centre</Name><Resolution width='192'", "channel Centre: its Resolution is 192 x 1200 pixels"},
+    {"a digit too many", "mesh-wall", "<Name>Left</Name><Resolution width='1920'",
+     "<Name>Left</Name><Resolution width='19200'", "look for a digit too many or too few [odd-aspect]"},
+    {"one resolution turned", "wall", "<Name>Left</Name><Resolution width='1920' height='1200'/>",
+     "<Name>Left</Name><Resolution width='1200' height='1920'/>",
+     "channel Left: its picture has 1200 x 1920 pixels, all others width and height exchanged"},
+    {"no resolution", "wall-rays", "<Resolution width='1920' height='1200'/>", "",
+     "channel Left: its picture has no size in pixels, which targets or maps of this display need"},
+    {"no resolution where few commands need it", "seated-dome", "<Resolution width='1920' height='1200'/>", "",
+     "[pixels-unknown]"},
+    {"a map of another resolution", "warped-wall", "left.map", "other.map",
+     "channel Left: map other.map was made for 1920 x 1080 pixels, and its picture has 1920 x 1200"},
+    {"a resolution that the map does not have", "warped-wall", "width='1920' height='1200'",
+     "width='1280' height='800'", "[other-resolution]"},
+    {"a map without nodes", "warped-wall", "right.map", "unused.map", "channel Right: map unused.map has no used node"},
+    {"a map in pixels", "warped-wall", "right.map", "pixels.map",
+     "channel Right: nothing of its picture lands on the screen: check its map"},
+    // an entry copied
+    {"an area copied", "rows", "left='0' right='0.55' bottom='0' top='0.55'",
+     "left='0' right='0.55' bottom='0.45' top='1'",
+     "channel Lower left: ScreenArea are those of channel Upper left to the last digit"},
+    {"a layout copied", "wall", "xMin='3.78' xMax='6'", "xMin='0' xMax='2.22'",
+     "channel Right: its Layout runs from 0 to 2.22 along x"},
+    {"a channel copied", "wall-rays", "<Position x='1.8'", "<Position x='0'",
+     "channel Right: Position, Orientation and Frustum are those of channel Centre to the last digit"},
+    {"a position copied", "mesh-rays", "<Position x='0.6'", "<Position x='-0.6'",
+     "channel Right: its Position is that of channel Left to the last digit"},
+    {"an orientation copied", "seated-dome", "z='55'", "z='-55'",
+     "channel Right: Orientation and Frustum are those of channel Left to the last digit"},
+    {"a map of another projector", "warped-wall", "right.map", "left.map",
+     "channel Right: CustomPlanarMap are those of channel Left"},
+    {"a name copied", "wall", "<Name>Right</Name>", "<Name>Left</Name>",
+     "channel Left: an earlier channel has this name, so the library calls this one Left_01"},
+    {"a MAC address copied", "wall", "02:00:00:00:00:03", "02:00:00:00:00:01",
+     "channel Right: its device has the MAC address 02:00:00:00:00:01 of channel Left"},
+    {"a MAC address copied, spelled otherwise", "wall", "02:00:00:00:00:03", "02-00-00-00-00-01", "[same-device]"},
+    {"an address copied", "wall", "192.0.2.3", "192.0.2.1",
+     "channel Right: its device has the address 192.0.2.1:4352 of channel Left"},
+    // the kind
+    {"projectors where the eye is meant", "seated-dome", "Spherical", "ProjectorCentric", "[same-place]"},
+    {"a position that has no effect", "seated-dome", "<Name>Left</Name>",
+     "<Name>Left</Name><Position x='2' y='-1' z='3'/>",
+     "channel Left: its Position lies 2.526 m away from the eye point"},
+    {"an area that has no effect", "seated-dome", "<Name>Left</Name>",
+     "<Name>Left</Name><ScreenArea left='0' right='1' bottom='0' top='1'/>",
+     "channel Left: displays of the kind Spherical do not use what it states: ScreenArea [without-effect]"},
+    {"a lens that has no effect", "seated-dome", "<Name>Top</Name>",
+     "<Name>Top</Name><ProjectionModel name='Rectilinear'/>", "do not use what it states: ProjectionModel"},
+    {"a mirror that has no effect", "seated-dome", "<TargetData type='Spherical'/>",
+     "<TargetData type='Spherical'><Mirror radius='3'/></TargetData>",
+     "target data: displays of the kind Spherical do not use what it states: Mirror"},
+    {"a rule misspelt", "wall", "<Projector id='P01'>", "<Projector id='P01' allow='mises-screen'>",
+     "channel Left: it allows \"mises-screen\", which no rule is called: expected some of edges-exchanged"},
+};
+
+TEST(SoundDisplays, AreManyAndOfDifferentNames) {
+    std::set<std::string> names;
+    for (const sound::Display& display : sound::all()) {
+        names.insert(display.name);
+    }
+    EXPECT_GE(names.size(), 15U);
+    EXPECT_EQ(names.size(), sound::all().size());
+}
+
+TEST(SoundDisplays, HaveNeitherFaultsNorWarnings) {
+    for (const sound::Display& display : sound::all()) {
+        DisplayFolder folder;
+        const DisplayDescription description = folder.checked(display, display.text);
+        EXPECT_EQ(description.count(Severity::FAULT) + description.count(Severity::WARNING), 0U)
+            << display.name << ": " << testing::PrintToString(reported(description));
+    }
+}
+
+TEST(Slips, AreManyAndChangeWhatIsThere) {
+    EXPECT_GE(std::size(SLIPS), 60U);
+    for (const Slip& slip : SLIPS) {
+        EXPECT_NE(std::string(slip.from), slip.to) << slip;
+    }
+}
+
+TEST(Slips, AreReported) {
+    std::size_t missed = 0;
+    for (const Slip& slip : SLIPS) {
+        const sound::Display& display = sound::named(slip.display);
+        DisplayFolder folder;
+        const auto texts = reported(folder.checked(display, changed(display.text, slip.from, slip.to)));
+        EXPECT_THAT(texts, Contains(HasSubstr(slip.expected))) << slip;
+        missed += testing::Value(texts, Contains(HasSubstr(slip.expected))) ? 0U : 1U;
+    }
+    RecordProperty("slips", static_cast<int>(std::size(SLIPS)));
+    RecordProperty("missed", static_cast<int>(missed));
+}
+
+}  // namespace
