@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "DisplayReport/check/DisplayCheck.h"
 #include "DisplayReport/check/DisplayDescription.h"
+#include "DisplayReport/check/Rule.h"
 
 #include <iostream>
 
@@ -9,11 +10,13 @@ namespace {
 using namespace Veltrani::DisplayReport;
 
 struct Options : CommandOptions {
-    std::string file;  ///< the configuration
+    std::string file;       ///< the configuration
+    bool isStrict = false;  ///< whether warnings count
+    CheckOptions check;
 };
 
 int run(const Options& options) {
-    const DisplayDescription description = DisplayCheck::ofFile(options.file);
+    const DisplayDescription description = DisplayCheck::ofFile(options.file, options.check);
     print(description, std::cout);
     if (const ExitCode code = Console::finishOutput(); code != EXIT_ALL_RIGHT) {
         return code;
@@ -21,18 +24,37 @@ int run(const Options& options) {
     if (!description.readable) {
         return EXIT_INPUT;
     }
-    return description.faults.empty() ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
+    const bool isSound =
+        description.count(Severity::FAULT) == 0 && (!options.isStrict || description.count(Severity::WARNING) == 0);
+    return isSound ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
+}
+
+/// A misspelt name would allow nothing.
+void refuseUnknown(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (!Rule::canBeAllowed(name)) {
+            OptionList::refuse("--allow", "no rule that can be allowed is called " + name + ", expected one of " +
+                                              Rule::namesToAllow());
+        }
+    }
 }
 
 Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
+    line.addFlag("--strict", options->isStrict, "Warnings count as faults do: exit with 1");
+    line.addFlag("--quick", options->check.quick, "Leave out what needs light: which part of each picture lands where");
+    line.add("--allow", options->check.allowed, "Leave out a rule by the name that its findings have in brackets")
+        .typeName("NAME")
+        .oneValueEach();
+    line.whenComplete([&said = *options] { refuseUnknown(said.check.allowed); });
     return Command::with(options, run);
 }
 
 }  // namespace
 
 const Command CHECK_COMMAND{.name = "check",
-                            .summary = "Load everything that a configuration names; print the display and every fault",
+                            .summary = "Load everything that a configuration names; print and judge the display",
                             .addTo = addTo,
-                            .printsFaults = true};
+                            .printsFaults = true,
+                            .bendsMillionsOfRays = true};

@@ -44,6 +44,57 @@ TEST(CheckCommand, FaultsAreToldAndExitWithOne) {
     EXPECT_EQ(run.errors, "");
 }
 
+/// A wall whose one channel is mirrored.
+std::string mirroredWall(const TemporaryFolder& folder) {
+    return folder.write(
+        "mirrored.xml",
+        "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Flat'><Centre x='0' y='5' "
+        "z='1'/><Size width='4' height='2'/></Screen><TargetData type='PlanarBasic'/><Projectors>"
+        "<Projector id='A'><Resolution width='1920' height='1200'/><ScreenArea left='1' right='0' "
+        "bottom='0' top='1'/></Projector></Projectors></Display>");
+}
+
+TEST(CheckCommand, WarningsCountWithStrictAlone) {
+    const TemporaryFolder folder;
+    const std::string file = mirroredWall(folder);
+    const ProgramRun lenient = runScreenManager({"check", file});
+    EXPECT_EQ(lenient.exitCode, 0);
+    EXPECT_THAT(lenient.output, HasSubstr("1 warning:\n  - channel A: ScreenArea left 1 lies beyond right 0, which "
+                                          "mirrors the picture: exchange the two [edges-exchanged]\n"));
+    EXPECT_THAT(lenient.output, testing::Not(HasSubstr("No faults.")));
+    EXPECT_EQ(runScreenManager({"check", "--strict", file}).exitCode, 1);
+}
+
+TEST(CheckCommand, ARuleIsAllowedByItsName) {
+    const TemporaryFolder folder;
+    const std::string file = mirroredWall(folder);
+    const ProgramRun run =
+        runScreenManager({"check", "--strict", "--allow", "edges-exchanged", "--allow", "same-name", file});
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_THAT(run.output, HasSubstr("No faults."));
+    for (const char* name : {"edges", "same-device"}) {
+        const ProgramRun wrong = runScreenManager({"check", "--allow", name, file});
+        EXPECT_EQ(wrong.exitCode, 2);
+        EXPECT_THAT(wrong.errors, HasSubstr("no rule that can be allowed is called " + std::string(name)));
+        EXPECT_THAT(wrong.errors, HasSubstr("edges-exchanged, area-off-screen"));
+    }
+}
+
+TEST(CheckCommand, AQuickCheckMeasuresNoLight) {
+    const TemporaryFolder folder;
+    const ProgramRun run = runScreenManager({"check", "--quick", mirroredWall(folder)});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.output, HasSubstr("not measured"));
+}
+
+TEST(CheckCommand, NoExampleWithChannelsHasAWarning) {
+    for (const char* example : {"planar-wall", "curved-wall", "dome", "cylinder", "cockpit", "spherical-dome",
+                                "collimated", "warped-wall", "lens-cylinder", "mesh-rays"}) {
+        const ProgramRun run = runScreenManager({"check", "--strict", EXAMPLES + example + "/display.xml"});
+        EXPECT_EQ(run.exitCode, 0) << run.output;
+    }
+}
+
 TEST(CheckCommand, AConfigurationThatCannotBeUsedExitsWithThree) {
     const TemporaryFolder folder;
     EXPECT_EQ(runScreenManager({"check", folder.file("gone.xml")}).exitCode, 3);
