@@ -39,6 +39,9 @@ public:
     /// picture; models with a more exact result are not bound to whole pixels.
     virtual bool projectNormalised(const Point<double, 3>& layoutPoint, Point<double, 2>& normalised) const;
 
+    /// The size in pixels of the picture that the lens was calibrated with; zero for a model that no calibration made.
+    [[nodiscard]] virtual Point<int, 2> calibratedSize() const { return {}; }
+
 protected:
     ProjectionModel() = default;
     ProjectionModel(const ProjectionModel&) = default;

@@ -45,4 +45,8 @@ TEST(ProjectionModel, ByDefaultThereIsNoNormalisedPointWithoutAPixel) {
     EXPECT_EQ(normalised, (Point<double, 2>{-7.0, -8.0}));
 }
 
+TEST(ProjectionModel, ByDefaultNoCalibrationMadeIt) {
+    EXPECT_EQ(PixelModel().calibratedSize(), (Point<int, 2>{0, 0}));
+}
+
 }  // namespace

@@ -14,6 +14,10 @@ public:
     /// @param name,file see `LensName`
     BrownConradyLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file);
 
+    [[nodiscard]] Point<int, 2> calibratedSize() const override {
+        return {m_calibration.imageWidth, m_calibration.imageHeight};
+    }
+
 protected:
     bool rayOf(const Point<double, 2>& normalised, Point<double, 3>& ray) const override;
     bool pictureOf(const Point<double, 3>& ray, Point<double, 2>& normalised) const override;

@@ -103,4 +103,11 @@ TEST_F(BrownConradyLensTest, NothingIsSeenBehindTheProjectorOrBeyondTheFold) {
     EXPECT_EQ(pixel, (Point<int, 2>{-7, -7}));
 }
 
+TEST_F(BrownConradyLensTest, StatesThePictureThatItWasCalibratedWith) {
+    Viewport half;
+    half.width = 960;
+    half.height = 600;
+    EXPECT_EQ(lens(undistorted(), half).calibratedSize(), (Point<int, 2>{1920, 1200}));
+}
+
 }  // namespace

@@ -82,4 +82,8 @@ TEST_F(FisheyeLensTest, ALensThatFoldsWithinThePictureIsRefusedThereAndExactBefo
     EXPECT_LE(trip.worstDirection, 1e-9);
 }
 
+TEST_F(FisheyeLensTest, StatesThePictureThatItWasCalibratedWith) {
+    EXPECT_EQ(lens({"0.", "0.", "0.", "0."}, "500.").calibratedSize(), (Point<int, 2>{1920, 1200}));
+}
+
 }  // namespace
