@@ -37,8 +37,9 @@ TEST(CheckCommand, FaultsAreToldAndExitWithOne) {
         "id='A'/></Projectors></Display>");
     const ProgramRun run = runScreenManager({"check", file});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.output, HasSubstr("2 faults:"));
+    EXPECT_THAT(run.output, HasSubstr("3 faults:"));
     EXPECT_THAT(run.output, HasSubstr("because: "));
+    EXPECT_THAT(run.output, HasSubstr("channel A: it has no Layout, which maps of this display need"));
     EXPECT_THAT(run.output, HasSubstr("No such file or directory"));
     EXPECT_THAT(run.output, HasSubstr("channel A, screen area: no screen area"));
     EXPECT_EQ(run.errors, "");
@@ -51,7 +52,7 @@ std::string mirroredWall(const TemporaryFolder& folder) {
         "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Flat'><Centre x='0' y='5' "
         "z='1'/><Size width='4' height='2'/></Screen><TargetData type='PlanarBasic'/><Projectors>"
         "<Projector id='A'><Resolution width='1920' height='1200'/><ScreenArea left='1' right='0' "
-        "bottom='0' top='1'/></Projector></Projectors></Display>");
+        "bottom='0' top='1'/><Layout xMin='0' xMax='4' yMin='0' yMax='2'/></Projector></Projectors></Display>");
 }
 
 TEST(CheckCommand, WarningsCountWithStrictAlone) {
@@ -110,7 +111,8 @@ TEST(CheckCommand, NamesOfEveryScriptWorkInTheCLocale) {
         "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Mesh' fileUnit='m'><ContentMesh "
         "file='W\xc3\xa4nde.obj'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector "
         "id='A'><Name>\xe5\xb7\xa6"
-        "</Name><ScreenArea left='0' right='1' bottom='0' top='1'/></Projector></Projectors></Display>");
+        "</Name><ScreenArea left='0' right='1' bottom='0' top='1'/><Layout xMin='0' xMax='1' yMin='0' "
+        "yMax='1'/></Projector></Projectors></Display>");
     folder.write("B\xc3\xbchne 100%s/W\xc3\xa4nde.obj",
                  "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\nf 1/1 2/2 3/3\n");
     const ProgramRun run = runScreenManager({"check", file}, {{"LC_ALL", "C"}});

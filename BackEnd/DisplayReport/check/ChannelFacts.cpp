@@ -55,14 +55,6 @@ double rollOf(const Matrix<double, 3>& world_from_projector, double y) {
     return std::atan2(-dot(right, cross(level, forward)), dot(right, level));
 }
 
-const ProjectionModel* lensOf(const TargetLocator& locator) {
-    if (LocatorKind::of(locator).path != LocatorKind::Path::LENS) {
-        return nullptr;
-    }
-    return static_cast<const CustomProjectionTargetLocatorParams&>(locator.getTargetLocatorParams())
-        .projectionModel.get();
-}
-
 /// Where the rays of a channel start.
 Point<double, 3> originOf(const DisplayKind& kind, const XMLConfigManager& config, const ProjectorConfig& projector) {
     const TargetLocatorConfig* const targets = config.getTargetLocatorConfig();
@@ -100,7 +92,7 @@ void ChannelFacts::look(const DisplayKind& kind, const XMLConfigManager& config)
     const ProjectorConfig& projector = *m_projector;
     const Matrix<double, 3> world_from_projector =
         rotationZXY(projector.getOrientationZ(), projector.getOrientationX(), projector.getOrientationY());
-    const ProjectionModel* const lens = lensOf(*m_locator);
+    const ProjectionModel* const lens = this->lens();
     m_hasView = true;
     m_statesProjector = kind.addressedBy == DisplayKind::Addressing::PROJECTOR;
     m_view.from = originOf(kind, config, projector);
@@ -136,6 +128,14 @@ Point<double, 3> ChannelFacts::rayOf(const ProjectionModel* lens, const Point<do
     return ray * (1.0 / norm(ray));
 }
 
+const ProjectionModel* ChannelFacts::lens() const {
+    if (!m_locator || LocatorKind::of(*m_locator).path != LocatorKind::Path::LENS) {
+        return nullptr;
+    }
+    return static_cast<const CustomProjectionTargetLocatorParams&>(m_locator->getTargetLocatorParams())
+        .projectionModel.get();
+}
+
 void ChannelFacts::measure(const std::shared_ptr<const ScreenGeometry>& surface) {
     if (!m_locator) {
         return;
@@ -169,6 +169,16 @@ Point<double, 3> ChannelFacts::middleOfLight() const {
         sum += landing;
     }
     return sum * (1.0 / static_cast<double>(std::max<std::size_t>(m_landings.size(), 1)));
+}
+
+double ChannelFacts::spreadOfLight() const {
+    const Point<double, 3> middle = middleOfLight();
+    double sum = 0;
+    for (const Point<double, 3>& landing : m_landings) {
+        const Point<double, 3> away = landing - middle;
+        sum += dot(away, away);
+    }
+    return std::sqrt(sum / static_cast<double>(std::max<std::size_t>(m_landings.size(), 1)));
 }
 
 }  // namespace Veltrani::DisplayReport

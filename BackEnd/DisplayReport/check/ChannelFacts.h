@@ -58,6 +58,8 @@ public:
     [[nodiscard]] const std::shared_ptr<const TargetLocator>& locator() const { return m_locator; }
     /// Null for a channel that is described by an area or a map.
     [[nodiscard]] const ChannelView* view() const { return m_hasView ? &m_view : nullptr; }
+    /// Null for a channel whose rays no projection model makes; lives as long as the locator.
+    [[nodiscard]] const ProjectionModel* lens() const;
     /// Null before `measure`, and for a channel without a light that is known.
     [[nodiscard]] const ChannelLight* light() const { return m_light.get(); }
     /// The part of the picture that lands on the screen; 0 before `measure`.
@@ -66,6 +68,9 @@ public:
     [[nodiscard]] const std::vector<Point<double, 3>>& landings() const { return m_landings; }
     /// The middle of these; only where there are any.
     [[nodiscard]] Point<double, 3> middleOfLight() const;
+    /// How far these spread: the root of their mean squared distance from the middle; a rectangle has 0.29 of its
+    /// diagonal. Native units.
+    [[nodiscard]] double spreadOfLight() const;
     /// Native units from the projector to where the middle of the picture lands; 0 where it does not, and for channels
     /// that state no projector.
     [[nodiscard]] double throwDistance() const { return m_throw; }

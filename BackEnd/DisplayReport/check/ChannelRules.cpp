@@ -1,8 +1,11 @@
 #include "Common/Utf8.h"
+#include "Configuration/IScreenConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/RuleText.h"
+#include "KelvoControl/CustomPlanarScreenToChannelMap.h"
+#include "KelvoControl/ProjectionModel.h"
 #include "ScreenManager/CustomPlanarTargetLocator.h"
 #include "ScreenManager/DisplayKinds.h"
 
@@ -63,10 +66,6 @@ std::vector<Edges> edgesInUse(const DisplayKind& kind, const ChannelFacts& chann
     if (kind.source == DisplayKind::Source::SCREEN_AREA) {
         edges = areaEdges(p);
     }
-    if (kind.layout == DisplayKind::Layout::PLANE) {
-        edges.push_back({"Layout", "xMin", "xMax", p.getLayoutXMin(), p.getLayoutXMax(), false});
-        edges.push_back({"Layout", "yMin", "yMax", p.getLayoutYMin(), p.getLayoutYMax(), false});
-    }
     return edges;
 }
 
@@ -79,6 +78,23 @@ void judgeEdges(const Case& c) {
                                             ", which mirrors the picture: exchange the two");
         }
     }
+}
+
+/// Maps of a planar display refuse channels whose rectangle has no extent.
+void judgeLayout(const Case& c) {
+    const ProjectorConfig& p = c.projector;
+    const bool hasExtent = p.getLayoutXMax() > p.getLayoutXMin() && p.getLayoutYMax() > p.getLayoutYMin();
+    if (c.display.kind->layout != DisplayKind::Layout::PLANE || hasExtent) {
+        return;
+    }
+    const bool isStatedAtAll = p.getLayoutXMax() != p.getLayoutXMin() || p.getLayoutYMax() != p.getLayoutYMin();
+    c.report("no-layout",
+             isStatedAtAll
+                 ? "its Layout runs from " + significantText(p.getLayoutXMin()) + " to " +
+                       significantText(p.getLayoutXMax()) + " along x and from " + significantText(p.getLayoutYMin()) +
+                       " to " + significantText(p.getLayoutYMax()) +
+                       " along y, and maps need xMin below xMax and yMin below yMax: exchange or correct them"
+                 : "it has no Layout, which maps of this display need: give it one with xMin, xMax, yMin and yMax");
 }
 
 /// What a bound that is no part of a screen was probably written in.
@@ -183,12 +199,12 @@ void judgeOrientation(const Case& c) {
 
 void judgePosition(const Case& c) {
     const DisplayFacts& display = c.display;
-    if (c.channel.view() == nullptr || display.size <= 0) {
+    if (c.channel.view() == nullptr || display.screen == nullptr || display.size <= 0) {
         return;
     }
     if (display.kind->addressedBy == DisplayKind::Addressing::EYE) {
         const Rule& rule = Rule::named("position-not-eye");
-        const double apart = norm(c.projector.getPosition() - c.channel.view()->from);
+        const double apart = norm(c.projector.getPosition() - display.screen->getEyePoint());
         if (apart > rule.most * display.size) {
             c.report(rule.name, "its Position lies " + lengthText(apart, display.unit) +
                                     " away from the eye point that its picture is seen from: targets do not use it, "
@@ -228,6 +244,44 @@ bool mapsAnything(const CustomPlanarScreenToChannelMap& map) {
     return false;
 }
 
+/// How a map turns its picture: above 0 where it mirrors nothing, below 0 where it mirrors all of it.
+int handednessOf(const CustomPlanarScreenToChannelMap& map) {
+    constexpr int STEPS = 20;
+    constexpr double STEP = 1.0 / STEPS;
+    const Point<double, 2> size = map.pictureSize();
+    const auto screenOf = [&](double u, double v, Point<double, 2>& st) {
+        return map.mapChannel2DToScreen2D({size[0] * u, size[1] * v}, st);
+    };
+    int plain = 0;
+    int mirrored = 0;
+    for (int row = 0; row < STEPS; ++row) {
+        for (int column = 0; column < STEPS; ++column) {
+            Point<double, 2> here;
+            Point<double, 2> right;
+            Point<double, 2> up;
+            if (screenOf(column * STEP, row * STEP, here) && screenOf((column + 1) * STEP, row * STEP, right) &&
+                screenOf(column * STEP, (row + 1) * STEP, up)) {
+                const Point<double, 2> u = right - here;
+                const Point<double, 2> v = up - here;
+                const double turn = u[0] * v[1] - u[1] * v[0];
+                plain += turn > 0 ? 1 : 0;
+                mirrored += turn < 0 ? 1 : 0;
+            }
+        }
+    }
+    return plain > mirrored ? 1 : (mirrored > plain ? -1 : 0);
+}
+
+void judgePixels(const Case& c, const std::string& what, const std::string& made, const Point<double, 2>& size) {
+    if (size[0] != c.projector.getWidth() || size[1] != c.projector.getHeight()) {
+        c.report("other-resolution", what + " was " + made + " for " + significantText(size[0]) + " x " +
+                                         significantText(size[1]) + " pixels, and its picture has " +
+                                         std::to_string(c.projector.getWidth()) + " x " +
+                                         std::to_string(c.projector.getHeight()) +
+                                         ": take the file of this projector, or correct the Resolution");
+    }
+}
+
 void judgeMap(const Case& c) {
     const CustomPlanarScreenToChannelMap* const map = mapOf(c.channel);
     if (map == nullptr) {
@@ -239,19 +293,27 @@ void judgeMap(const Case& c) {
                  "map " + file + " has no used node: all of them have a brightness below 0; write it anew");
         return;
     }
-    const Point<double, 2> size = map->pictureSize();
-    if (size[0] != c.projector.getWidth() || size[1] != c.projector.getHeight()) {
-        c.report("other-resolution", "map " + file + " was made for " + significantText(size[0]) + " x " +
-                                         significantText(size[1]) + " pixels, and its picture has " +
-                                         std::to_string(c.projector.getWidth()) + " x " +
-                                         std::to_string(c.projector.getHeight()) +
-                                         ": take the map of this projector, or correct the Resolution");
+    judgePixels(c, "map " + file, "made", map->pictureSize());
+    if (handednessOf(*map) < 0) {
+        c.report("mirrored-map", "map " + file +
+                                     " mirrors the picture: s grows to the left, or t downwards; check the columns s "
+                                     "and t of the file; projectors behind the screen are allowed by name");
+    }
+}
+
+void judgeLens(const Case& c) {
+    const ProjectionModel* const lens = c.channel.lens();
+    const Point<int, 2> size = lens != nullptr ? lens->calibratedSize() : Point<int, 2>();
+    if (size[0] > 0) {
+        judgePixels(c, "its lens", "calibrated", {static_cast<double>(size[0]), static_cast<double>(size[1])});
     }
 }
 
 /// What the entry states and the kind of the display does not look at.
-std::string ignoredValues(const DisplayKind& kind, const ProjectorConfig& p) {
+std::string ignoredValues(const DisplayFacts& display, const ProjectorConfig& p) {
     using Source = DisplayKind::Source;
+    const DisplayKind& kind = *display.kind;
+    const bool isSeen = kind.addressedBy != DisplayKind::Addressing::SCREEN_PARAMETERS;
     std::string ignored;
     const auto addIf = [&](bool isIgnored, const char* element) {
         if (isIgnored) {
@@ -259,17 +321,26 @@ std::string ignoredValues(const DisplayKind& kind, const ProjectorConfig& p) {
         }
     };
     const std::array area{p.getScreenLeft(), p.getScreenRight(), p.getScreenBottom(), p.getScreenTop()};
+    const std::array angles{p.getFrustumLeft(), p.getFrustumRight(), p.getFrustumBottom(), p.getFrustumTop()};
+    const auto isTurn = [](double angle) { return angle != 0; };
+    // Where it is not stated, the position is the eye point.
+    const bool hasPosition = !(p.getPosition() == Point<double, 3>()) && display.screen != nullptr &&
+                             !(p.getPosition() == display.screen->getEyePoint());
     addIf(kind.source != Source::SCREEN_AREA && std::any_of(area.begin(), area.end(), isStated), "ScreenArea");
     addIf(kind.layout != DisplayKind::Layout::PLANE &&
               (p.getLayoutXMin() != p.getLayoutXMax() || p.getLayoutYMin() != p.getLayoutYMax()),
           "Layout");
     addIf(kind.source != Source::MAP_FILE && !p.getCustomPlanarFile().empty(), "CustomPlanarMap");
     addIf(kind.source != Source::MODEL_OR_FRUSTUM && !p.getProjectionModelName().empty(), "ProjectionModel");
+    addIf(!isSeen && (isTurn(p.getOrientationZ()) || isTurn(p.getOrientationX()) || isTurn(p.getOrientationY())),
+          "Orientation");
+    addIf(!isSeen && std::any_of(angles.begin(), angles.end(), isTurn), "Frustum");
+    addIf(!isSeen && hasPosition, "Position");
     return ignored;
 }
 
 void judgeEffect(const Case& c) {
-    if (const std::string ignored = ignoredValues(*c.display.kind, c.projector); !ignored.empty()) {
+    if (const std::string ignored = ignoredValues(c.display, c.projector); !ignored.empty()) {
         c.report("without-effect", "displays of the kind " + toUtf8(std::wstring(c.display.kind->type)) +
                                        " do not use what it states: " + ignored);
     }
@@ -285,12 +356,14 @@ void judgeChannels(const DisplayFacts& display, FindingList& found) {
         if (display.kind == nullptr) {
             continue;
         }
+        judgeLayout(c);
         judgeEdges(c);
         judgeArea(c);
         judgeFieldOfView(c);
         judgeStretch(c);
         judgePosition(c);
         judgeMap(c);
+        judgeLens(c);
         judgeEffect(c);
     }
 }

@@ -49,6 +49,7 @@ void judge(const DisplayFacts& facts, const CheckOptions& options, DisplayDescri
         judgeNames(channel.where(), channel.allowed(), found);
     }
     judgeScreen(facts, found);
+    judgeSurface(facts, found);
     judgeChannels(facts, found);
     judgeLight(facts, found);
     judgeSets(facts, found);

@@ -3,11 +3,28 @@
 #include "DisplayReport/check/DisplayFacts.h"
 #include "DisplayReport/check/FindingList.h"
 
+#include <string>
+#include <string_view>
+
 /// The rules, each a small function over the facts. What a number means in a rule stands in the list of rules.
 namespace Veltrani::DisplayReport {
 
-/// The rules about the screen, its files, the eye and the target data.
+/// A display with a screen, and where its findings go.
+struct ScreenCase {
+    const DisplayFacts& display;
+    const IScreenConfig& screen;
+    FindingList& found;
+
+    void report(std::string_view rule, const std::string& where, const std::string& what) const {
+        found.add(Rule::named(rule), where, display.allowed, what);
+    }
+};
+
+/// The rules about the numbers of the screen, the eye and the target data.
 void judgeScreen(const DisplayFacts& display, FindingList& found);
+
+/// The rules about how the surface lies and runs, and about the files of the screen.
+void judgeSurface(const DisplayFacts& display, FindingList& found);
 
 /// The rules about the numbers of single channels.
 void judgeChannels(const DisplayFacts& display, FindingList& found);

@@ -216,7 +216,13 @@ void judgeDarkness(const DisplayFacts& display, FindingList& found) {
     if (!isLit) {
         return;
     }
-    if (const double dark = darkPart(display); dark > rule.most) {
+    const Rule& mostly = Rule::named("mostly-dark");
+    const double dark = darkPart(display);
+    if (dark > mostly.most) {
+        found.add(mostly, "screen", display.allowed,
+                  "about " + percentText(dark) + " of it is lit by no channel (at most " + percentText(mostly.most) +
+                      " is usual): check the size of the screen, and the fields of view");
+    } else if (dark > rule.most) {
         found.add(rule, "screen", display.allowed,
                   "about " + percentText(dark) + " of it is lit by no channel: screenmanager coverage measures it");
     }

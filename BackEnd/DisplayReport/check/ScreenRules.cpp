@@ -1,21 +1,14 @@
-#include "Common/Matrix.h"
 #include "Common/Utf8.h"
-#include "Common/VeltraniException.h"
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/UnitConversionTable.h"
 #include "Configuration/XMLConfigManager.h"
-#include "DisplayReport/basics/GeometryText.h"
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/RuleText.h"
 #include "KelvoScreen/ScreenGeometry.h"
-#include "KelvoScreen/TriangleMesh.h"
 #include "ScreenManager/DisplayKinds.h"
-#include "ScreenManager/ScreenManager.h"
-
-#include <pcl/point_cloud.h>
-#include <pcl/point_types.h>
+#include "ScreenManager/MirrorFrame.h"
 
 #include <algorithm>
 #include <array>
@@ -27,16 +20,6 @@ namespace Veltrani::DisplayReport {
 namespace {
 
 constexpr double DEGREE = std::numbers::pi / 180.0;
-
-struct Case {
-    const DisplayFacts& display;
-    const IScreenConfig& screen;
-    FindingList& found;
-
-    void report(std::string_view rule, const std::string& where, const std::string& what) const {
-        found.add(Rule::named(rule), where, display.allowed, what);
-    }
-};
 
 constexpr double SMALLEST_ROOM = 1.0;  // metres
 constexpr double LARGEST_ROOM = 60.0;
@@ -58,7 +41,7 @@ std::string plausibleUnit(double length, const DisplayFacts& display) {
     return {};
 }
 
-void judgeSize(const Case& c) {
+void judgeSize(const ScreenCase& c) {
     const Rule& rule = Rule::named("screen-size");
     const double metres = c.display.size * c.display.metres;
     if (c.display.surface == nullptr || c.display.metres <= 0 || (metres >= rule.least && metres <= rule.most)) {
@@ -71,7 +54,7 @@ void judgeSize(const Case& c) {
                  "; check lengthUnit, or fileUnit for meshes");
 }
 
-void judgeShape(const Case& c) {
+void judgeShape(const ScreenCase& c) {
     const Rule& rule = Rule::named("narrow-shape");
     const std::wstring shape = c.screen.getShape();
     const bool isSphere = shape == L"Sphere";
@@ -91,7 +74,7 @@ void judgeShape(const Case& c) {
     }
 }
 
-void judgeTurn(const Case& c, const std::string& where, const Point<double, 3>& orientation) {
+void judgeTurn(const ScreenCase& c, const std::string& where, const Point<double, 3>& orientation) {
     const Rule& rule = Rule::named("large-angle");
     constexpr std::array NAMES{"z", "x", "y"};
     for (std::size_t i = 0; i < NAMES.size(); ++i) {
@@ -105,7 +88,7 @@ void judgeTurn(const Case& c, const std::string& where, const Point<double, 3>& 
 }
 
 /// A point that should not be far from the screen.
-void judgeDistance(const Case& c, const std::string& where, const Point<double, 3>& point) {
+void judgeDistance(const ScreenCase& c, const std::string& where, const Point<double, 3>& point) {
     const Rule& rule = Rule::named("far-from-screen");
     const double away = norm(point - c.display.middle());
     if (c.display.size > 0 && away > rule.most * c.display.size) {
@@ -115,7 +98,7 @@ void judgeDistance(const Case& c, const std::string& where, const Point<double, 
     }
 }
 
-void judgeForward(const Case& c) {
+void judgeForward(const ScreenCase& c) {
     const bool isBehind = c.display.isEyeStated && !c.display.box.empty() && !c.display.kind->hasMirror() &&
                           c.display.box.maximum()[1] < c.display.eye[1];
     if (isBehind) {
@@ -127,7 +110,7 @@ void judgeForward(const Case& c) {
     }
 }
 
-void judgeEdgeOn(const Case& c) {
+void judgeEdgeOn(const ScreenCase& c) {
     const Rule& rule = Rule::named("edge-on");
     if (c.screen.getShape() != L"Flat" || !c.display.isEyeStated || !c.display.content) {
         return;
@@ -141,186 +124,6 @@ void judgeEdgeOn(const Case& c) {
                  "the eye point lies in the plane of the screen, " + degreesText(std::asin(sine)) +
                      " degrees beside it, and sees only its edge: check Orientation and Centre, and "
                      "the EyePoint");
-    }
-}
-
-/// How the areas of a mesh look along the axes: the part of each in the sum of the squares of the normals.
-Point<double, 3> partsOfNormals(const TriangleMesh& mesh) {
-    Point<double, 3> parts;
-    for (const auto& [a, b, c] : mesh.triangles) {
-        const Point<double, 3> normal = cross(mesh.vertices[b] - mesh.vertices[a], mesh.vertices[c] - mesh.vertices[a]);
-        const double area = norm(normal);
-        for (std::size_t i = 0; area > 0 && i < 3; ++i) {
-            parts[i] += normal[i] * normal[i] / area;
-        }
-    }
-    const double all = parts[0] + parts[1] + parts[2];
-    return all > 0 ? parts * (1.0 / all) : parts;
-}
-
-bool isOver(const Extent& box, const Point<double, 3>& point) {
-    return point[0] >= box.minimum()[0] && point[0] <= box.maximum()[0] && point[1] >= box.minimum()[1] &&
-           point[1] <= box.maximum()[1];
-}
-
-void judgeLying(const Case& c) {
-    const Rule& rule = Rule::named("lying-mesh");
-    const bool hasAxes = c.screen.getImportOrientationParam1() != L"Z" || c.screen.getImportOrientationParam2() != L"Y";
-    const TriangleMesh* const mesh = c.display.surface ? c.display.surface->triangleMesh() : nullptr;
-    if (hasAxes || mesh == nullptr) {
-        return;
-    }
-    // Normals of no wall are all across forward; those of one on its back are. A floor under the eye is level.
-    constexpr double NONE = 0.02;
-    const Point<double, 3> parts = partsOfNormals(*mesh);
-    const bool isFloor = parts[2] > 1.0 - NONE && (isOver(c.display.box, c.display.eye) || !c.display.isEyeStated);
-    if (parts[2] > rule.most && parts[1] < NONE && !isFloor) {
-        c.report(rule.name, "screen",
-                 "the mesh lies on its back: " + percentText(parts[2]) +
-                     " of it look up or down and none forward, with up Z and forward Y; state the "
-                     "axes of the file, ImportOrientation up=\"Y\" forward=\"-Z\" for most OBJ files");
-    }
-}
-
-void judgeApart(const Case& c, const std::string& where, const Extent& measured, const std::string& axes) {
-    const Rule& rule = Rule::named("measured-apart");
-    if (!c.display.content || measured.empty()) {
-        return;
-    }
-    const Extent content = extentOf(*c.display.content);
-    const double size = norm(content.size());
-    if (content.empty() || size <= 0) {
-        return;
-    }
-    const double ratio = norm(measured.size()) / size;
-    const double shift = norm((measured.minimum() + measured.maximum() - content.minimum() - content.maximum()) * 0.5);
-    const std::string sizes = sizeText(measured, c.display.unit) + " beside " + sizeText(content, c.display.unit);
-    if (ratio > rule.most || ratio < 1.0 / rule.most) {
-        c.report(rule.name, where,
-                 "it is " + significantText(ratio) + " times as large as the content screen, " + sizes +
-                     ": check fileUnit and scale, which hold for all files of the screen");
-    } else if (shift > rule.least * size) {
-        c.report(rule.name, where,
-                 "its middle lies " + lengthText(shift, c.display.unit) + " away from that of the content screen, " +
-                     sizes + ": " + axes);
-    }
-}
-
-/// How the 2D coordinates of a surface run, as the eye sees them, at some places of it.
-struct TextureRun {
-    int mirrored = 0;  ///< places where t is to the right of s turned upwards
-    int right = 0;     ///< places where it is not
-    int down = 0;      ///< places where t falls
-    int up = 0;
-    int upright = 0;  ///< places where s rises or falls
-};
-
-/// Adds the place (s, t); nothing where the surface has a gap.
-void addPlace(const DisplayFacts& display, const Point<double, 2>& st, TextureRun& run) {
-    constexpr double STEP = 0.02;
-    constexpr double CLEAR = 0.1;  // a sine: what is seen at a flatter angle says nothing
-    constexpr double STEEP = 0.7;  // sine of 45 degrees
-    Point<double, 3> here;
-    Point<double, 3> right;
-    Point<double, 3> up;
-    const ScreenGeometry& surface = *display.content;
-    if (!surface.mapInto3D(st, here, false) || !surface.mapInto3D({st[0] + STEP, st[1]}, right, false) ||
-        !surface.mapInto3D({st[0], st[1] + STEP}, up, false)) {
-        return;
-    }
-    const Point<double, 3> s = right - here;
-    const Point<double, 3> t = up - here;
-    const Point<double, 3> sight = here - display.eye;
-    const double turn = dot(cross(s, t), sight) / (norm(s) * norm(t) * norm(sight));
-    run.mirrored += turn > CLEAR ? 1 : 0;
-    run.right += turn < -CLEAR ? 1 : 0;
-    run.down += t[2] < -STEEP * norm(t) ? 1 : 0;
-    run.up += t[2] > STEEP * norm(t) ? 1 : 0;
-    run.upright += std::abs(s[2]) > STEEP * norm(s) ? 1 : 0;
-}
-
-void judgeTexture(const Case& c) {
-    const auto& surface = c.display.content;
-    if (c.display.kind->addressedBy != DisplayKind::Addressing::SCREEN_PARAMETERS || !surface ||
-        !surface->isParameterised() || !surface->isValid()) {
-        return;
-    }
-    TextureRun run;
-    for (const Point<double, 2>& st : {Point<double, 2>{0.5, 0.5}, {0.3, 0.3}, {0.7, 0.3}, {0.3, 0.7}, {0.7, 0.7}}) {
-        addPlace(c.display, st, run);
-    }
-    // From outside, a globe shows the back of what is meant to be seen from within: that is a matter of the eye.
-    const bool isRound = c.screen.getShape() == L"Sphere" || c.screen.getShape() == L"Cylinder";
-    const bool isEyeKnown = c.display.isEyeStated || c.display.box.minimum()[1] > 0;
-    if (run.down > run.up) {
-        c.report("mirrored-texture", "screen",
-                 "t runs downwards, so that pictures stand on their heads: check t of the texture coordinates, the "
-                 "Orientation, the rails, and up of ImportOrientation");
-    } else if (run.mirrored > 0 && run.right == 0 && !isRound && isEyeKnown) {
-        c.report("mirrored-texture", "screen",
-                 "s runs to the left as the eye point sees the screen, so that pictures are mirrored: check s of the "
-                 "texture coordinates, the Orientation, and the order of the rails");
-    } else if (run.upright > 0 && run.up == 0 && run.down == 0) {
-        c.report("mirrored-texture", "screen",
-                 "s runs up or down, so that pictures lie on their sides: check up of ImportOrientation, and the "
-                 "Orientation");
-    }
-}
-
-void judgeRails(const Case& c) {
-    const auto lower = c.screen.getLowerRail();
-    const auto upper = c.screen.getUpperRail();
-    if (c.screen.getShape() != L"Ruled" || lower.size() != upper.size() || lower.empty()) {
-        return;
-    }
-    std::size_t below = 0;
-    for (std::size_t i = 0; i < lower.size(); ++i) {
-        below += upper[i][2] < lower[i][2] ? 1U : 0U;
-    }
-    if (2 * below > lower.size()) {
-        c.report("rails-exchanged", "screen",
-                 "the UpperRail lies below the LowerRail at " + std::to_string(below) + " of " +
-                     std::to_string(lower.size()) + " points: exchange the two");
-    }
-}
-
-void judgeFiles(const Case& c) {
-    const bool hasFiles = !c.screen.getMeasuredMeshFile(0).empty() || !c.screen.getModelPcdFile(0).empty();
-    const bool isFollowed = c.screen.getShape() == L"Mesh";
-    const bool isPlain = toUtf8(c.screen.getUnitName()) == c.display.unit &&
-                         c.screen.getImportOrientationParam1() == L"Y" && c.screen.getImportOrientationParam2() == L"Z";
-    if (hasFiles && !isFollowed && !isPlain) {
-        c.report("program-only", "screen",
-                 "unit and axes of its files hold in this program; a program that calls "
-                 "ScreenManager::setScreenGeometry sets them before, with Screen::setScale and "
-                 "Screen::setImportTransformParams");
-    }
-}
-
-void judgeCloud(const Case& c) {
-    const auto cloud = ScreenManager::getInstance()->getScreen().getModelPCD();
-    if (c.screen.getModelPcdFile(0).empty() || !cloud) {
-        return;
-    }
-    Extent extent;
-    for (const pcl::PointXYZ& point : *cloud) {
-        extent.add({point.x, point.y, point.z});
-    }
-    if (extent.empty()) {
-        c.report("empty-cloud", "model cloud",
-                 "none of its " + std::to_string(cloud->size()) + " points is finite: check the export of the scan");
-        return;
-    }
-    judgeApart(c, "model cloud", extent, "check up and forward of ImportOrientation, and the origin of the scan");
-    const Rule& rule = Rule::named("single-precision");
-    for (std::size_t i = 0; i < 3; ++i) {
-        const double farthest = std::max(std::abs(extent.minimum()[i]), std::abs(extent.maximum()[i]));
-        if (farthest * c.display.metres > rule.most) {
-            c.report(rule.name, "model cloud",
-                     "coordinates up to " + lengthText(farthest, c.display.unit) +
-                         " lose more than 1 mm in single precision: move its origin to the room");
-            return;
-        }
     }
 }
 
@@ -340,16 +143,54 @@ void judgeTargetData(const DisplayFacts& display, FindingList& found) {
     }
 }
 
-void judgeMirror(const Case& c, double radius) {
+void judgeMirrorSize(const ScreenCase& c, double radius) {
     const Rule& rule = Rule::named("mirror-size");
     if (c.display.size > 0 && (radius < rule.least * c.display.size || radius > rule.most * c.display.size)) {
         c.report(rule.name, "mirror",
                  "its radius is " + lengthText(radius, c.display.unit) + " before a screen of " +
                      lengthText(c.display.size, c.display.unit) + ": check its lengthUnit");
+        return;
+    }
+    const Rule& focus = Rule::named("mirror-focus");
+    const double ratio = c.screen.getShape() == L"Sphere" ? radius / c.screen.getRadius() : focus.least;
+    if (ratio < focus.least || ratio > focus.most) {
+        c.report(focus.name, "mirror",
+                 "its radius is " + lengthText(radius, c.display.unit) + ", " + significantText(ratio) +
+                     " times that of the screen, where a mirror of twice the screen's radius shows the picture far "
+                     "away: check both radii, which are no diameters");
     }
 }
 
-void judgePoints(const Case& c) {
+/// The eye of a display with a mirror is stated beside the mirror. Coordinates of the room show by lying nearer to the
+/// mirror's middle when they are taken for such.
+void judgeMirrorEye(const ScreenCase& c, const TargetLocatorConfig& targets) {
+    const Rule& rule = Rule::named("eye-in-room");
+    const MirrorFrame mirror(targets);
+    const Point<double, 3> eye = targets.getTargetPosition();
+    const double beside = norm(eye);
+    const double inRoom = norm(eye - mirror.centre());
+    if (norm(mirror.centre()) > 0 && inRoom < rule.least * beside) {
+        c.report(rule.name, "eye point",
+                 "it lies " + lengthText(beside, c.display.unit) +
+                     " from the middle of the mirror, beside which it is stated, and " +
+                     lengthText(inRoom, c.display.unit) +
+                     " if these are coordinates of the room: subtract the Position of the Mirror");
+    }
+}
+
+/// Targets are placed from the target position, and maps are seen from the eye point.
+void judgeTargetPosition(const ScreenCase& c, const TargetLocatorConfig& targets) {
+    const Rule& rule = Rule::named("target-not-eye");
+    const double apart = norm(targets.getTargetPosition() - c.screen.getEyePoint());
+    if (apart > rule.most * c.display.size && c.display.size > 0) {
+        c.report(rule.name, "target position",
+                 "it lies " + lengthText(apart, c.display.unit) +
+                     " away from the EyePoint of the screen: targets are placed from the one and maps are made from "
+                     "the other; leave TargetPosition out, or correct one of them");
+    }
+}
+
+void judgePoints(const ScreenCase& c) {
     judgeDistance(c, "eye point", c.screen.getEyePoint());
     if (const TargetLocatorConfig* targets = c.display.config->getTargetLocatorConfig()) {
         judgeTurn(c, "mirror", targets->getMirrorOrientation());
@@ -357,7 +198,11 @@ void judgePoints(const Case& c) {
             judgeDistance(c, "target position", targets->getTargetPosition());
         }
         if (c.display.kind != nullptr && c.display.kind->hasMirror()) {
-            judgeMirror(c, targets->getMirrorRadius());
+            judgeMirrorSize(c, targets->getMirrorRadius());
+            judgeMirrorEye(c, *targets);
+        }
+        if (c.display.kind != nullptr && c.display.kind->addressedBy == DisplayKind::Addressing::EYE) {
+            judgeTargetPosition(c, *targets);
         }
     }
 }
@@ -371,23 +216,14 @@ void judgeScreen(const DisplayFacts& display, FindingList& found) {
     if (display.screen == nullptr) {
         return;
     }
-    const Case c{display, *display.screen, found};
+    const ScreenCase c{display, *display.screen, found};
     judgeSize(c);
     judgeShape(c);
     judgeTurn(c, "screen", c.screen.getOrientation());
     judgePoints(c);
     judgeEdgeOn(c);
-    judgeLying(c);
-    judgeRails(c);
-    judgeFiles(c);
-    judgeCloud(c);
-    if (display.measured) {
-        judgeApart(c, "measured mesh", extentOf(*display.measured),
-                   "check up and forward of ImportOrientation, and that both files have one origin");
-    }
     if (display.kind != nullptr) {
         judgeForward(c);
-        judgeTexture(c);
     }
 }
 

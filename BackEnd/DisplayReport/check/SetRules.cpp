@@ -1,4 +1,5 @@
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
 #include "DeviceFramework2/DeviceSnippet.h"
 #include "DeviceFramework2/ProjectorAddress.h"
@@ -53,6 +54,23 @@ void judgeDevices(const ChannelFacts& first, const ChannelFacts& second, Finding
     }
 }
 
+/// What the commands that contact projectors would say of the entry.
+void judgeSnippet(const ChannelFacts& channel, FindingList& found) {
+    const std::wstring snippet = channel.projector().getDeviceSnippet();
+    if (snippet.find_first_not_of(L" \t\r\n") == std::wstring::npos) {
+        return;
+    }
+    try {
+        static_cast<void>(DeviceFramework2::DeviceSnippet::parse(snippet));
+    } catch (const VeltraniException& fault) {
+        // Entries of other types belong to programs that bring devices of their own.
+        const bool isMeantForHere = snippet.find(L"PJLink") != std::wstring::npos;
+        found.add(Rule::named(isMeantForHere ? "broken-device" : "other-device"), channel.where(), channel.allowed(),
+                  "its device cannot be contacted by this program: " + toUtf8(fault.message) +
+                      "; correct the Device element of the entry");
+    }
+}
+
 void judgeNames(const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
     if (first.name() == second.name()) {
         reportPair(first, second, found, "same-name",
@@ -98,6 +116,21 @@ const char* sourceText(const DisplayKind& kind) {
     return "";
 }
 
+/// Whether two pictures light one part of the screen: an inset is smaller, and a neighbour lies beside.
+bool isNearlySame(const ChannelFacts& first, const ChannelFacts& second) {
+    const Rule& rule = Rule::named("nearly-same-picture");
+    constexpr double LARGER = 1.5;
+    constexpr double DIAGONALS_OF_SPREAD = 3.4641;  // of an evenly lit rectangle: the root of 12
+    if (first.landings().empty() || second.landings().empty()) {
+        return false;
+    }
+    const double one = first.spreadOfLight();
+    const double other = second.spreadOfLight();
+    const double apart = norm(first.middleOfLight() - second.middleOfLight());
+    return std::max(one, other) < LARGER * std::min(one, other) &&
+           apart < rule.least * DIAGONALS_OF_SPREAD * std::min(one, other);
+}
+
 void judgePictures(const DisplayKind& kind, const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
     if (!first.locator() || !second.locator()) {
         return;
@@ -111,6 +144,11 @@ void judgePictures(const DisplayKind& kind, const ChannelFacts& first, const Cha
             std::string(sourceText(kind)) + " are those of " + first.where() +
                 " to the last digit, so both light one picture: change the copy; projectors on top of each other "
                 "are allowed by name");
+    } else if (isNearlySame(first, second)) {
+        reportPair(first, second, found, "nearly-same-picture",
+                   "its picture has the middle and the size of that of " + first.where() +
+                       ": check what both state for copies, units and signs; projectors on top of each other are "
+                       "allowed by name");
     } else if (kind.addressedBy == DisplayKind::Addressing::PROJECTOR &&
                first.projector().getPosition() == second.projector().getPosition()) {
         reportPair(first, second, found, "same-place",
@@ -214,7 +252,8 @@ void judgeTurned(const Channels& channels, FindingList& found) {
 }
 
 /// Directions given in radians and read as degrees lie within a few degrees of each other.
-void judgeHeap(const DisplayFacts& display, FindingList& found) {
+/// @return whether they do
+bool judgeHeap(const DisplayFacts& display, FindingList& found) {
     const Rule& rule = Rule::named("heaped-pictures");
     std::vector<const ChannelView*> views;
     for (const ChannelFacts& channel : display.channels) {
@@ -223,7 +262,7 @@ void judgeHeap(const DisplayFacts& display, FindingList& found) {
         }
     }
     if (views.size() < 3) {
-        return;
+        return false;
     }
     double apart = 0;
     double widest = 0;
@@ -236,28 +275,34 @@ void judgeHeap(const DisplayFacts& display, FindingList& found) {
         return norm(view->from - views.front()->from) > 0.1 * display.size ||
                norm(view->middle - views.front()->middle) > 2 * rule.most * widest;
     });
-    if (apart > 0 && apart < rule.most * widest && !isShifted) {
+    const bool isHeaped = apart > 0 && apart < rule.most * widest && !isShifted;
+    if (isHeaped) {
         found.add(rule, "channels", display.allowed,
                   "all " + std::to_string(views.size()) + " of them look within " + degreesText(apart) +
                       " degrees of each other, with fields of view of " + degreesText(widest) +
                       ": their Orientations were probably meant in radians; check angleUnit");
     }
+    return isHeaped;
 }
 
 }  // namespace
 
 void judgeSets(const DisplayFacts& display, FindingList& found) {
+    for (const ChannelFacts& channel : display.channels) {
+        judgeSnippet(channel, found);
+    }
+    // What holds for all of them is reported once.
+    const bool isHeaped = display.kind != nullptr && judgeHeap(display, found);
     forPairs(display.channels, [&](const ChannelFacts& first, const ChannelFacts& second) {
         judgeDevices(first, second, found);
         judgeNames(first, second, found);
-        if (display.kind != nullptr) {
+        if (display.kind != nullptr && !isHeaped) {
             judgePictures(*display.kind, first, second, found);
         }
     });
     judgeTurned(display.channels, found);
     if (display.kind != nullptr) {
         judgeLayouts(display, found);
-        judgeHeap(display, found);
     }
 }
 

@@ -12,12 +12,20 @@ namespace Veltrani::DisplayReport {
 /// One rule by which the check judges a display: what it is called, how much its findings matter, and between which
 /// numbers a display is sound.
 struct Rule {
+    /// Whether a rule has to know where light lands, which a quick check leaves unmeasured.
+    enum class Light {
+        NOT_NEEDED,
+        NEEDED,
+        NEEDED_UNLESS_FROM_EYE,  ///< not for displays whose pictures are described as the eye sees them
+    };
+
     std::string_view name;
     Severity severity = Severity::WARNING;
     /// The numbers that are still sound, in the unit that `reason` names. Not a limit where infinite.
     double least = -std::numeric_limits<double>::infinity();
     double most = std::numeric_limits<double>::infinity();
     std::string_view reason;  ///< what the limits mean, and why they are these
+    Light light = Light::NOT_NEEDED;
 
     /// Faults cannot be allowed: what they name fails, whoever means it so.
     [[nodiscard]] bool canBeAllowed() const { return severity != Severity::FAULT; }

@@ -54,7 +54,8 @@ TEST_F(DisplayCheckTest, EveryFaultOfAConfigurationIsTold) {
 }
 
 TEST_F(DisplayCheckTest, AWarningIsLeftOutByItsName) {
-    const std::string area = "<ScreenArea left='1' right='0' bottom='0' top='1'/>";
+    const std::string area =
+        "<ScreenArea left='1' right='0' bottom='0' top='1'/><Layout xMin='0' xMax='4' yMin='0' yMax='2'/>";
     const auto rules = [&](const std::string& attribute, const CheckOptions& options) {
         const auto config = XMLConfigFile::parse(
             displays::text(displays::FLAT, "<Projector id='A' " + attribute + ">" + area +
@@ -73,8 +74,10 @@ TEST_F(DisplayCheckTest, AWarningIsLeftOutByItsName) {
 }
 
 TEST_F(DisplayCheckTest, AQuickCheckMeasuresNoLight) {
-    const auto config = displays::parsed(
-        displays::FLAT, displays::projector("A", "<ScreenArea left='0' right='2' bottom='0' top='1'/>"));
+    const auto config =
+        displays::parsed(displays::FLAT, displays::projector("A",
+                                                             "<ScreenArea left='0' right='2' bottom='0' top='1'/>"
+                                                             "<Layout xMin='0' xMax='4' yMin='0' yMax='2'/>"));
     const auto whole = DisplayCheck::ofConfiguration(*config);
     ASSERT_THAT(whole.findings, SizeIs(1));
     EXPECT_EQ(whole.findings[0].rule, "misses-screen");

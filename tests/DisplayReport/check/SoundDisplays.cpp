@@ -51,6 +51,13 @@ std::string of(const std::string& type) {
     return "<TargetData type='" + type + "'/>";
 }
 
+/// Two points, as text.
+std::string cloud(const std::string& first, const std::string& second) {
+    return "VERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\nWIDTH 2\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 "
+           "0\nPOINTS 2\nDATA ascii\n" +
+           first + "\n" + second + "\n";
+}
+
 /// Six metres wide, two and a half high, five metres ahead.
 const std::string WALL =
     "<Screen shape='Flat'><EyePoint x='0' y='0' z='1.7'/><Centre x='0' y='5' z='1.65'/>"
@@ -66,13 +73,14 @@ Display wall() {
 }
 
 Display rows() {
-    return {"rows",
-            display(WALL, of("PlanarBasic"),
-                    projector(1, "Upper left", area("0", "0.55", "0.45", "1")) +
-                        projector(2, "Upper right", area("0.45", "1", "0.45", "1")) +
-                        projector(3, "Lower left", area("0", "0.55", "0", "0.55")) +
-                        projector(4, "Lower right", area("0.45", "1", "0", "0.55"))),
-            {}};
+    return {
+        "rows",
+        display(WALL, of("PlanarBasic"),
+                projector(1, "Upper left", area("0", "0.55", "0.45", "1") + layout("0", "3.3", "1.125", "2.5")) +
+                    projector(2, "Upper right", area("0.45", "1", "0.45", "1") + layout("2.7", "6", "1.125", "2.5")) +
+                    projector(3, "Lower left", area("0", "0.55", "0", "0.55") + layout("0", "3.3", "0", "1.375")) +
+                    projector(4, "Lower right", area("0.45", "1", "0", "0.55") + layout("2.7", "6", "0", "1.375"))),
+        {}};
 }
 
 Display wallRays() {
@@ -195,7 +203,7 @@ Display cockpit() {
                     projector(1, "Left window", area("0", "0.36", "0", "1") + layout("0", "2.16", "0", "1.6")) +
                         projector(2, "Windscreen", area("0.3", "0.7", "0", "1") + layout("1.8", "4.2", "0", "1.6")) +
                         projector(3, "Right window", area("0.64", "1", "0", "1") + layout("3.84", "6", "0", "1.6"))),
-            {}};
+            {{"scan.pcd", cloud("-1.9 0 0.5", "1.9 2.2 2.2")}}};
 }
 
 Display collimated() {
@@ -242,6 +250,8 @@ struct WallChange {
     bool isMirrored = false;  ///< s from right to left
     bool isHanging = false;   ///< t downwards
     double aside = 0;
+    double half = 70;  ///< degrees to either side
+    double turn = 0;   ///< degrees to the right
 };
 
 /// A wall of 140 degrees around the eye; millimetres, y up, -z forward.
@@ -251,8 +261,8 @@ std::string curvedWall(const WallChange& wall) {
     std::ostringstream text;
     for (int row = 0; row <= ROWS; ++row) {
         for (int column = 0; column <= COLUMNS; ++column) {
-            const double azimuth = (-70.0 + 5.0 * column) * std::numbers::pi / 180.0;
             const double s = static_cast<double>(column) / COLUMNS;
+            const double azimuth = (wall.turn + wall.half * (2.0 * s - 1.0)) * std::numbers::pi / 180.0;
             const double t = static_cast<double>(row) / ROWS;
             const double up = wall.height * t;
             const double back = -wall.radius * std::cos(azimuth);
@@ -273,13 +283,6 @@ std::string curvedWall(const WallChange& wall) {
     return text.str();
 }
 
-/// Two points, as text.
-std::string cloud(const std::string& first, const std::string& second) {
-    return "VERSION 0.7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\nWIDTH 2\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 "
-           "0\nPOINTS 2\nDATA ascii\n" +
-           first + "\n" + second + "\n";
-}
-
 /// Those that the display names first, then those that a slip names in their place.
 Files wallFiles() {
     return {{"wall.obj", curvedWall({})},
@@ -290,6 +293,11 @@ Files wallFiles() {
             {"lying.obj", curvedWall({.radius = 4020, .isLying = true})},
             {"metres.obj", curvedWall({.radius = 4.02, .height = 2.4})},
             {"beside.obj", curvedWall({.radius = 4020, .aside = 2500})},
+            {"hanging-measured.obj", curvedWall({.radius = 4020, .isHanging = true})},
+            {"half88.obj", curvedWall({.half = 88})},
+            {"half95.obj", curvedWall({.half = 95})},
+            {"turned58.obj", curvedWall({.turn = 58})},
+            {"turned62.obj", curvedWall({.turn = 62})},
             {"undefined.pcd", cloud("nan nan nan", "nan nan nan")},
             {"surveyed.pcd", cloud("452100000 5411800000 2000", "452107500 5411802600 4400")}};
 }
@@ -301,9 +309,9 @@ const std::string CURVED_WALL =
 Display meshWall() {
     return {"mesh-wall",
             display(CURVED_WALL, of("PlanarAdvanced"),
-                    projector(1, "Left", area("0", "0.37", "0", "1")) +
-                        projector(2, "Centre", area("0.31", "0.69", "0", "1")) +
-                        projector(3, "Right", area("0.63", "1", "0", "1"))),
+                    projector(1, "Left", area("0", "0.37", "0", "1") + layout("0", "3.7", "0", "2.4")) +
+                        projector(2, "Centre", area("0.31", "0.69", "0", "1") + layout("3.1", "6.9", "0", "2.4")) +
+                        projector(3, "Right", area("0.63", "1", "0", "1") + layout("6.3", "10", "0", "2.4"))),
             wallFiles()};
 }
 
@@ -333,6 +341,8 @@ Display warpedWall() {
             {{"left.map", map("0", "0.55")},
              {"right.map", map("0.45", "1")},
              {"other.map", map("0", "0.55", "1920 1080")},
+             {"copy.map", map("0", "0.55")},
+             {"mirrored.map", map("0.55", "0")},
              {"unused.map", map("0", "0.55", "1920 1200", "-1")},
              {"pixels.map", map("2112", "3168")}}};
 }

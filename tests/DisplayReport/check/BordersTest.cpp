@@ -1,0 +1,172 @@
+// Every limit of a rule, from both sides: the number beside it that is still sound, and the one that is not.
+#include "CheckedDisplays.h"
+#include "DisplayReport/check/Rule.h"
+#include "support/Displays.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <ostream>
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+using testing::Contains;
+using testing::Not;
+
+/// One change of a sound display by two numbers that lie on the two sides of a limit.
+struct Border {
+    const char* rule;
+    const char* display;
+    const char* from;
+    const char* inside;          ///< must not be found
+    const char* outside;         ///< must be found
+    const char* file = nullptr;  ///< the file that is changed; the configuration where null
+};
+
+std::ostream& operator<<(std::ostream& out, const Border& border) {
+    return out << border.rule << ": " << border.outside;
+}
+
+const char* const WALL_VIEW = "left='-16' right='16' bottom='-10.2' top='10.2'";
+const char* const CLOUD = "-3759 0 -1368\n3759 2400 -4000";
+
+const Border BORDERS[] = {
+    {"area-off-screen", "wall", "left='0' right='0.37'", "left='-1' right='0.37'", "left='-1.01' right='0.37'"},
+    {"area-off-screen", "wall", "left='0.63' right='1'", "left='0.63' right='2'", "left='0.63' right='2.01'"},
+    {"narrow-view", "wall-rays", WALL_VIEW, "left='-2.5' right='2.5' bottom='-1.51' top='1.51'",
+     "left='-2.5' right='2.5' bottom='-1.49' top='1.49'"},
+    {"narrow-view", "wall-rays", WALL_VIEW, "left='-79.5' right='79.5' bottom='-70' top='70'",
+     "left='-80.5' right='80.5' bottom='-70' top='70'"},
+    // Width to height 1.6; the tangent of 10.2 degrees is 0.17993.
+    {"picture-stretched", "wall-rays", WALL_VIEW, "left='-19.6' right='19.6' bottom='-10.2' top='10.2'",
+     "left='-20' right='20' bottom='-10.2' top='10.2'"},
+    {"picture-stretched", "wall-rays", WALL_VIEW, "left='-13.2' right='13.2' bottom='-10.2' top='10.2'",
+     "left='-12.8' right='12.8' bottom='-10.2' top='10.2'"},
+    // From -22 to 30 degrees the tangents span 0.98138.
+    {"view-stretched", "seated-dome", "left='-35' right='35'", "left='-54.5' right='54.5'", "left='-55' right='55'"},
+    {"view-stretched", "seated-dome", "left='-35' right='35'", "left='-23.8' right='23.8'",
+     "left='-22.9' right='22.9'"},
+    {"odd-resolution", "wall", "<Name>Centre</Name><Resolution width='1920'",
+     "<Name>Centre</Name><Resolution width='200'", "<Name>Centre</Name><Resolution width='199'"},
+    {"odd-aspect", "wall", "<Name>Centre</Name><Resolution width='1920' height='1200'",
+     "<Name>Centre</Name><Resolution width='1600' height='200'",
+     "<Name>Centre</Name><Resolution width='1601' height='200'"},
+    {"large-angle", "wall-rays", "<Orientation z='0'", "<Orientation z='360'", "<Orientation z='361'"},
+    {"large-angle", "wall-rays", "<Orientation z='0'", "<Orientation z='-360'", "<Orientation z='-361'"},
+    // Of 25 columns, 17 and 16 land.
+    {"misses-screen", "wall", "left='0' right='0.37'", "left='0' right='1.5'", "left='0' right='1.6'"},
+    // The circle of the lens, 0.785 of the picture, times the square of the part of it that is above.
+    {"wide-misses-screen", "planetarium", "<Elevation min='0' max='90'/>", "<Elevation min='19' max='90'/>",
+     "<Elevation min='25' max='90'/>"},
+    {"inside-surface", "wall-rays", "<Position x='0' y='1' z='1.7'/>", "<Position x='0' y='4.89' z='1.7'/>",
+     "<Position x='0' y='4.91' z='1.7'/>"},
+    // Half a picture is 1.456 m wide: 2 and 3 of 25 columns miss.
+    {"inside-surface", "rear-projection", "x='-1.5' y='9'", "x='-1.806' y='9'", "x='-1.864' y='9'"},
+    {"far-from-screen", "wall", "<EyePoint x='0' y='0' z='1.7'/>", "<EyePoint x='0' y='0' z='121.4'/>",
+     "<EyePoint x='0' y='0' z='121.7'/>"},
+    {"position-not-eye", "seated-dome", "<Name>Left</Name>", "<Name>Left</Name><Position x='0.39' y='-0.5' z='1.2'/>",
+     "<Name>Left</Name><Position x='0.41' y='-0.5' z='1.2'/>"},
+    {"target-not-eye", "seated-dome", "<TargetData type='Spherical'/>",
+     "<TargetData type='Spherical'><TargetPosition x='0.39' y='-0.5' z='1.2'/></TargetData>",
+     "<TargetData type='Spherical'><TargetPosition x='0.41' y='-0.5' z='1.2'/></TargetData>"},
+    // By hand: the middle of the four directions lies 22.5 and 23.0 degrees to the right.
+    {"name-against-place", "seated-dome", "z='-55'", "z='27'", "z='28.5'"},
+    {"layout-apart", "wall", "xMin='3.78' xMax='6'", "xMin='4.33' xMax='6'", "xMin='4.43' xMax='6'"},
+    // The diagonal of a picture is 3.58 m; its copy lies 0.4 and 0.33 m lower.
+    {"nearly-same-picture", "rows", "left='0' right='0.55' bottom='0' top='0.55'",
+     "left='0' right='0.55' bottom='0.29' top='0.84'", "left='0' right='0.55' bottom='0.318' top='0.868'"},
+    {"screen-size", "wall", "<Size width='6' height='2.5'/>", "<Size width='0.31' height='0.2'/>",
+     "<Size width='0.29' height='0.2'/>"},
+    {"screen-size", "wall", "<Size width='6' height='2.5'/>", "<Size width='149' height='2.5'/>",
+     "<Size width='151' height='2.5'/>"},
+    {"mirror-size", "collimated", "radius='3'", "radius='0.33'", "radius='0.31'"},
+    {"mirror-size", "collimated", "radius='3'", "radius='63.5'", "radius='64.5'"},
+    {"mirror-focus", "collimated", "radius='3'", "radius='2.01'", "radius='1.99'"},
+    {"mirror-focus", "collimated", "radius='3'", "radius='4.79'", "radius='4.81'"},
+    // The mirror stands 1.9 m high: (1.9 - z) / z is 0.624 and 0.570.
+    {"eye-in-room", "collimated", "<EyePoint x='0' y='-0.3' z='-0.5'/>", "<EyePoint x='0' y='0' z='1.17'/>",
+     "<EyePoint x='0' y='0' z='1.21'/>"},
+    {"narrow-shape", "seated-dome", "min='-120' max='120'", "min='-5.1' max='5.1'", "min='-4.9' max='4.9'"},
+    // Counted by a script of its own: it sees 0.55 and 0.46 of the places.
+    {"eye-outside", "planetarium", "<EyePoint x='1' y='-2' z='1.2'/>", "<EyePoint x='0' y='-7' z='0.85'/>",
+     "<EyePoint x='0' y='-7' z='1'/>"},
+    {"beside-forward", "mesh-wall", "'wall.obj'/><MeasuredMesh file='measured.obj'/>", "'turned58.obj'/>",
+     "'turned62.obj'/>"},
+    {"edge-on", "wall", "<EyePoint x='0' y='0' z='1.7'/>", "<EyePoint x='10' y='4.48' z='1.7'/>",
+     "<EyePoint x='10' y='4.52' z='1.7'/>"},
+    // By hand: of a wall that spans twice the angle a, 1/2 + sin(2 a) / (4 a) looks up: 0.474 and 0.511.
+    {"lying-mesh", "mesh-wall",
+     "<ContentMesh file='wall.obj'/><MeasuredMesh file='measured.obj'/><ModelCloud file='scan.pcd'/><ImportOrientation "
+     "up='Y' forward='-Z'/>",
+     "<ContentMesh file='half95.obj'/>", "<ContentMesh file='half88.obj'/>"},
+    // The screen measures 8.317 m from corner to corner.
+    {"measured-apart", "mesh-wall", CLOUD, "-2529 0 -1368\n4989 2400 -4000", "-2499 0 -1368\n5019 2400 -4000",
+     "scan.pcd"},
+    {"measured-apart", "mesh-wall", CLOUD, "-5601 -588 -723\n5601 2988 -4645", "-5676 -612 -697\n5676 3012 -4671",
+     "scan.pcd"},
+    {"measured-apart", "mesh-wall", CLOUD, "-2543 388 -1794\n2543 2012 -3574", "-2468 412 -1820\n2468 1988 -3548",
+     "scan.pcd"},
+    {"mostly-dark", "wall-rays", "<Size width='6' height='2.5'/>", "<Size width='12' height='6'/>",
+     "<Size width='12' height='8'/>"},
+    {"dark-parts", "rows", "left='0.45' right='1' bottom='0' top='0.55'",
+     "left='0.45' right='0.98' bottom='0' top='0.55'", "left='0.45' right='0.94' bottom='0' top='0.55'"},
+    {"narrow-overlap", "wall", "left='0' right='0.37'", "left='0' right='0.3275'", "left='0' right='0.324'"},
+    {"single-precision", "mesh-wall", CLOUD, "8180000 0 -1368\n8190000 2400 -4000",
+     "8180000 0 -1368\n8194000 2400 -4000", "scan.pcd"},
+};
+
+std::set<std::string> rulesWith(const Border& border, const char* to) {
+    sound::Display display = sound::named(border.display);
+    if (border.file == nullptr) {
+        display.text = changed(display.text, border.from, to);
+    }
+    for (auto& [name, content] : display.files) {
+        if (border.file != nullptr && name == border.file) {
+            content = changed(content, border.from, to);
+        }
+    }
+    DisplayFolder folder;
+    return rulesOf(folder.checked(display));
+}
+
+TEST(Borders, HaveASoundAndAnUnsoundSide) {
+    for (const Border& border : BORDERS) {
+        EXPECT_THAT(rulesWith(border, border.inside), Not(Contains(border.rule))) << border << " inside";
+        EXPECT_THAT(rulesWith(border, border.outside), Contains(border.rule)) << border << " outside";
+    }
+}
+
+TEST(Borders, AreTestedForEveryRuleThatHasALimit) {
+    std::set<std::string> tested{"heaped-pictures"};  // below
+    for (const Border& border : BORDERS) {
+        tested.insert(border.rule);
+    }
+    for (const Rule& rule : Rule::all()) {
+        if (std::isfinite(rule.least) || std::isfinite(rule.most)) {
+            EXPECT_EQ(tested.count(std::string(rule.name)), 1U) << rule.name;
+        }
+    }
+}
+
+/// Three channels from one eye, to both sides of the forward direction by this many degrees.
+std::set<std::string> rulesOfThree(const std::string& left, const std::string& right) {
+    std::string projectors;
+    for (const std::string& z : {left, std::string("0"), right}) {
+        projectors += displays::projector("P" + z, "<Orientation z='" + z +
+                                                       "' x='0' y='0'/>"
+                                                       "<Frustum left='-26' right='26' bottom='-17' top='17'/>");
+    }
+    DisplayFolder folder;
+    return rulesOf(
+        folder.checked({"three", displays::text(displays::SPHERE, projectors, "<TargetData type='Spherical'/>"), {}}));
+}
+
+TEST(Borders, ThreeDirectionsWithinATenthOfAFieldOfViewAreAHeap) {
+    EXPECT_THAT(rulesOfThree("-2.55", "2.55"), Contains("heaped-pictures"));
+    EXPECT_THAT(rulesOfThree("-2.65", "2.65"), Not(Contains("heaped-pictures")));
+    EXPECT_THAT(rulesOfThree("0", "0"), Not(Contains("heaped-pictures"))) << "projectors in a stack";
+}
+
+}  // namespace
