@@ -43,7 +43,8 @@ Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
     line.addFlag("--strict", options->isStrict, "Warnings count as faults do: exit with 1");
-    line.addFlag("--quick", options->check.quick, "Leave out what needs light: which part of each picture lands where");
+    line.addFlag("--quick", options->check.quick,
+                 "Leave out the rules that need light, and name them: faster where screens are large");
     line.add("--allow", options->check.allowed, "Leave out a rule by the name that its findings have in brackets")
         .typeName("NAME")
         .oneValueEach();

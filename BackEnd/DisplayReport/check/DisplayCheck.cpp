@@ -10,6 +10,7 @@
 #include "DisplayReport/check/FindingList.h"
 #include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/ScreenCheck.h"
+#include "ScreenManager/DisplayKinds.h"
 
 #include <sstream>
 #include <utility>
@@ -40,6 +41,18 @@ void judgeNames(const std::string& where, const std::string& allowed, FindingLis
                 "it allows " + inQuotes(name) + ", which no rule is called: expected some of " + Rule::namesToAllow());
         }
     }
+}
+
+/// What is not judged where no light is measured.
+std::vector<std::string> rulesThatNeedLight(const DisplayFacts& facts) {
+    const bool isFromEye = facts.kind != nullptr && facts.kind->addressedBy == DisplayKind::Addressing::EYE;
+    std::vector<std::string> names;
+    for (const Rule& rule : Rule::all()) {
+        if (rule.light == Rule::Light::NEEDED || (rule.light == Rule::Light::NEEDED_UNLESS_FROM_EYE && !isFromEye)) {
+            names.emplace_back(rule.name);
+        }
+    }
+    return names;
 }
 
 void judge(const DisplayFacts& facts, const CheckOptions& options, DisplayDescription& description) {
@@ -82,6 +95,9 @@ DisplayDescription DisplayCheck::ofConfiguration(XMLConfigManager& config, const
     const DisplayFacts facts = DisplayFacts::of(config, options.quick);
     ChannelCheck::run(config, facts, description);
     judge(facts, options, description);
+    if (options.quick) {
+        description.leftOut = rulesThatNeedLight(facts);
+    }
     return description;
 }
 

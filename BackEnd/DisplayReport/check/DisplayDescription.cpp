@@ -78,6 +78,17 @@ void printFindings(const DisplayDescription& description, Severity severity, std
     }
 }
 
+void printLeftOut(const std::vector<std::string>& rules, std::ostream& out) {
+    if (rules.empty()) {
+        return;
+    }
+    out << "\nNot judged: " << rules.size() << " rules that need light, left out by --quick (";
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        out << (i == 0 ? "" : ", ") << rules[i];
+    }
+    out << "); check without --quick to judge by them.\n";
+}
+
 }  // namespace
 
 std::string ChannelDescription::fact(std::string_view label) const {
@@ -101,6 +112,7 @@ void print(const DisplayDescription& description, std::ostream& out) {
     for (const Severity severity : {Severity::FAULT, Severity::WARNING, Severity::REMARK}) {
         printFindings(description, severity, out);
     }
+    printLeftOut(description.leftOut, out);
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -37,6 +37,8 @@ struct DisplayDescription {
     std::vector<ChannelDescription> channels;
     std::vector<Fault> faults;      ///< what could not be loaded or built
     std::vector<Finding> findings;  ///< what the rules found, of every severity
+    /// The rules that a quick check did not judge by, because they need light; empty for a whole check.
+    std::vector<std::string> leftOut;
 
     /// How many findings have a severity; what could not be loaded or built counts among the faults.
     [[nodiscard]] std::size_t count(Severity severity) const;
@@ -44,7 +46,7 @@ struct DisplayDescription {
 
 /// Prints a description for people: the facts, the table of channels without the columns that are empty for all of
 /// them, the faults with their causes, the warnings and the remarks, each behind its number. "No faults." is printed
-/// where there are neither faults nor warnings.
+/// where there are neither faults nor warnings, and behind all the rules that a quick check left out.
 void print(const DisplayDescription& description, std::ostream& out);
 
 }  // namespace Veltrani::DisplayReport

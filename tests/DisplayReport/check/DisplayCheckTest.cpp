@@ -82,9 +82,27 @@ TEST_F(DisplayCheckTest, AQuickCheckMeasuresNoLight) {
     ASSERT_THAT(whole.findings, SizeIs(1));
     EXPECT_EQ(whole.findings[0].rule, "misses-screen");
     EXPECT_EQ(whole.channels.at(0).fact("on screen"), "52 %");
+    EXPECT_THAT(whole.leftOut, IsEmpty());
     const auto quick = DisplayCheck::ofConfiguration(*config, {.quick = true, .allowed = {}});
     EXPECT_THAT(quick.findings, IsEmpty());
     EXPECT_EQ(quick.channels.at(0).fact("on screen"), "not measured");
+    EXPECT_THAT(quick.leftOut, SizeIs(10));
+    EXPECT_THAT(quick.leftOut, testing::Contains("misses-screen"));
+    EXPECT_THAT(quick.leftOut, testing::Contains("name-against-place"));
+}
+
+TEST_F(DisplayCheckTest, NamesAreJudgedWithoutLightWhereTheEyeSeesTheDirections) {
+    const auto channel = [](const std::string& name, const std::string& z) {
+        return displays::projector(
+            name, "<Orientation z='" + z + "' x='0' y='0'/><Frustum left='-26' right='26' bottom='-17' top='17'/>");
+    };
+    const auto config = displays::parsed(displays::SPHERE, channel("Left", "40") + channel("Right", "-40"),
+                                         "<TargetData type='Spherical'/>");
+    const auto quick = DisplayCheck::ofConfiguration(*config, {.quick = true, .allowed = {}});
+    ASSERT_THAT(quick.findings, SizeIs(2));
+    EXPECT_EQ(quick.findings[0].rule, "name-against-place");
+    EXPECT_THAT(quick.leftOut, SizeIs(9));
+    EXPECT_THAT(quick.leftOut, testing::Not(testing::Contains("name-against-place")));
 }
 
 TEST_F(DisplayCheckTest, FactsComeInTheOrderOfAReader) {
