@@ -3,6 +3,7 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -16,7 +17,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -139,13 +140,18 @@ void removeLeftover(const std::string& path) {
     ::close(descriptor);
 }
 
-/// A folder that cannot be listed keeps its leftovers.
+struct FolderCloser {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+/// A folder that cannot be listed keeps its leftovers. Listed by the system: the iterator of the C++ library ends the
+/// process where it lacks memory.
 void removeLeftovers(const std::string& prefix) {
     const std::string folder = folderOf(prefix);
     const std::string start = prefix.substr(folder.size());
-    std::error_code unknown;
-    for (std::filesystem::directory_iterator entry(folder, unknown), end; entry != end; entry.increment(unknown)) {
-        const std::string name = entry->path().filename().string();
+    const std::unique_ptr<DIR, FolderCloser> list(::opendir(folder.c_str()));
+    while (const dirent* const entry = list == nullptr ? nullptr : ::readdir(list.get())) {
+        const std::string name = entry->d_name;
         if (name.starts_with(start) && name.size() == start.size() + RANDOM_PART.size()) {
             removeLeftover(folder + name);
         }

@@ -1,8 +1,10 @@
 #include "Common/OpensslFault.h"
 
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
+#include <memory>
 #include <new>
 
 namespace Veltrani {
@@ -13,6 +15,18 @@ namespace {
 bool namesMemory(unsigned long error) {
     return ERR_GET_REASON(error) == ERR_R_MALLOC_FAILURE ||
            (ERR_GET_LIB(error) == ERR_LIB_EVP && ERR_GET_REASON(error) == EVP_R_INITIALIZATION_ERROR);
+}
+
+struct ContextDeleter {
+    void operator()(OSSL_LIB_CTX* context) const { OSSL_LIB_CTX_free(context); }
+};
+
+std::unique_ptr<OSSL_LIB_CTX, ContextDeleter> newContext() {
+    std::unique_ptr<OSSL_LIB_CTX, ContextDeleter> context(OSSL_LIB_CTX_new());
+    if (context == nullptr) {
+        throw std::bad_alloc();
+    }
+    return context;
 }
 
 }  // namespace
@@ -28,6 +42,11 @@ void throwIfOpensslLacksMemory() {
     if (isMemory || !isSaid) {
         throw std::bad_alloc();
     }
+}
+
+ossl_lib_ctx_st* opensslContext() {
+    static const auto CONTEXT = newContext();
+    return CONTEXT.get();
 }
 
 }  // namespace Veltrani

@@ -136,8 +136,8 @@ int LogFile::open(const std::string& path, const std::vector<std::string>& argum
         run += " " + Veltrani::toUtf8(Veltrani::fromUtf8OrBytes(argument));
     }
     add(std::string(OPENING) + '\t' + now() + "\tscreenmanager " SM_VERSION ":" + Veltrani::onOneLine(run));
-    m_appender = std::make_shared<LogFileAppender>(this);
     m_root = Logger::getRootLogger();
+    m_appender = std::make_shared<LogFileAppender>(this);
     m_root->addAppender(m_appender);
     return EXIT_ALL_RIGHT;
 }

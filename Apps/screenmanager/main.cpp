@@ -1,11 +1,14 @@
 #include "CommandLine.h"
 #include "Common/AtomicFile.h"
+#include "Common/ExceptionCause.h"
 #include "FailureReport.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
 
 #include <signal.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <exception>
 
 namespace {
@@ -40,10 +43,23 @@ void handleEndingSignals() {
     }
 }
 
+/// Ends the run as `reportEnd` does where memory ran out in a function that must not throw: from there no exception
+/// reaches `main`. Libraries below have such places, as when the C++ library lists a folder, and the JSON library takes
+/// a document apart.
+[[noreturn]] void endWithoutReturn() {
+    const std::exception_ptr exception = std::current_exception();
+    if (exception == nullptr || !Veltrani::isOutOfMemory(exception)) {
+        std::abort();
+    }
+    Veltrani::AtomicFile::removeTemporaryFiles();
+    ::_exit(reportEnd(exception));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     handleEndingSignals();
+    std::set_terminate(endWithoutReturn);
     try {
         CommandLine commandLine;
         try {

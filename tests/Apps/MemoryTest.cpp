@@ -274,7 +274,7 @@ TEST_F(Memory, IsMissedInWordsWhateverFileItIsFor) {
 
 TEST_F(Memory, IsMissedInWordsWhicheverAllocationFails) {
     const std::string file = m_folder.write("display.xml", display("", projector("P0", "") + projector("P1", "")));
-    constexpr long PLACES = 8;
+    constexpr long PLACES = 12;
     for (const Way& way :
          {Way{{"check", file}, ""}, Way{{"targets", file, "-o", m_folder.file("o.csv")}, "o.csv"},
           Way{{"view", file, "-o", m_folder.file("o.html"), "--log", m_folder.file("log")}, "o.html"},

@@ -32,4 +32,15 @@ TEST(OpensslFault, AFailureWithoutAReasonHadNoMemoryForOne) {
     EXPECT_THROW(throwIfOpensslLacksMemory(), std::bad_alloc);
 }
 
+TEST(OpensslContext, IsOneOfItsOwnThatKnowsTheDigests) {
+    ASSERT_NE(Veltrani::opensslContext(), nullptr);
+    EXPECT_EQ(Veltrani::opensslContext(), Veltrani::opensslContext());
+    EXPECT_NE(Veltrani::opensslContext(), OSSL_LIB_CTX_get0_global_default());
+    for (const char* digest : {"SHA1", "SHA256", "MD5"}) {
+        EVP_MD* const found = EVP_MD_fetch(Veltrani::opensslContext(), digest, nullptr);
+        EXPECT_NE(found, nullptr) << digest;
+        EVP_MD_free(found);
+    }
+}
+
 }  // namespace

@@ -10,8 +10,9 @@ namespace layers {
 namespace {
 
 /// Parts of the C library and the system; every library may use them, no exported header does.
-const std::vector<std::string_view> SYSTEM{"arpa",    "dlfcn.h", "emmintrin.h", "fcntl.h",  "ifaddrs.h", "net",
-                                           "netdb.h", "netinet", "poll.h",      "signal.h", "sys",       "unistd.h"};
+const std::vector<std::string_view> SYSTEM{"arpa",      "dirent.h", "dlfcn.h", "emmintrin.h", "fcntl.h",
+                                           "ifaddrs.h", "net",      "netdb.h", "netinet",     "poll.h",
+                                           "signal.h",  "sys",      "unistd.h"};
 
 /// The libraries that reports are made from.
 const std::vector<std::string_view> BELOW_REPORTS{"Common",       "Configuration", "DeviceFramework2",

@@ -8,6 +8,7 @@
 #include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/scene/ViewerScript.h"
 
+#include <openssl/evp.h>
 #include <openssl/sha.h>
 #include <nlohmann/json.hpp>
 
@@ -247,7 +248,7 @@ std::string escaped(const std::string& text) {
 /// What a policy names a script by.
 std::string digestOf(std::string_view script) {
     std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
-    if (SHA256(reinterpret_cast<const unsigned char*>(script.data()), script.size(), digest.data()) == nullptr) {
+    if (EVP_Q_digest(opensslContext(), "SHA256", nullptr, script.data(), script.size(), digest.data(), nullptr) != 1) {
         throwIfOpensslLacksMemory();
         throw VeltraniException(L"The page needs SHA-256, which is not available: check the OpenSSL configuration");
     }

@@ -91,9 +91,10 @@ std::optional<PjlinkGreeting> PjlinkGreeting::parse(std::string_view line) {
 
 std::string pjlinkLoginDigest(const std::string& seed, const std::string& password) {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned int size = 0;
+    std::size_t size = 0;
+    OSSL_LIB_CTX* const context = opensslContext();
     std::string text = seed + password;
-    const bool done = EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_md5(), nullptr) == 1;
+    const bool done = EVP_Q_digest(context, "MD5", nullptr, text.data(), text.size(), digest.data(), &size) == 1;
     OPENSSL_cleanse(text.data(), text.size());
     if (!done) {
         throwIfOpensslLacksMemory();
@@ -101,7 +102,7 @@ std::string pjlinkLoginDigest(const std::string& seed, const std::string& passwo
     }
     constexpr char DIGITS[] = "0123456789abcdef";
     std::string hex;
-    for (unsigned int i = 0; i < size; ++i) {
+    for (std::size_t i = 0; i < size; ++i) {
         hex += DIGITS[digest[i] / 16];
         hex += DIGITS[digest[i] % 16];
     }

@@ -28,7 +28,7 @@ struct AlgorithmDeleter {
 /// Looked up once, which is more work than most digests are.
 const EVP_MD* algorithm() {
     static const std::unique_ptr<EVP_MD, AlgorithmDeleter> instance = [] {
-        std::unique_ptr<EVP_MD, AlgorithmDeleter> fetched(EVP_MD_fetch(nullptr, "SHA1", nullptr));
+        std::unique_ptr<EVP_MD, AlgorithmDeleter> fetched(EVP_MD_fetch(opensslContext(), "SHA1", nullptr));
         require(fetched != nullptr);
         return fetched;
     }();
