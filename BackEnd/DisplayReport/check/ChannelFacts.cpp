@@ -78,7 +78,7 @@ ChannelFacts::ChannelFacts(const XMLConfigManager& config, const DisplayKind* ki
       m_allowed(toUtf8(projector.getAllowed())),
       m_locator(kind == nullptr ? nullptr : ChannelLocator::of(config, projector).locator) {
     // What is wrong with a source is a fault of its own; nothing is concluded from its numbers.
-    if (m_locator && locatorSourceOf(config, projector).faults.empty()) {
+    if (kind != nullptr && m_locator && locatorSourceOf(config, projector).faults.empty()) {
         look(*kind, config);
     } else {
         m_locator.reset();
