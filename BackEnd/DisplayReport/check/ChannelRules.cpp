@@ -199,7 +199,8 @@ void judgeOrientation(const Case& c) {
 
 void judgePosition(const Case& c) {
     const DisplayFacts& display = c.display;
-    if (c.channel.view() == nullptr || display.screen == nullptr || display.size <= 0) {
+    // By way of a mirror neither targets nor maps look at the position.
+    if (c.channel.view() == nullptr || display.screen == nullptr || display.size <= 0 || display.kind->hasMirror()) {
         return;
     }
     if (display.kind->addressedBy == DisplayKind::Addressing::EYE) {
@@ -335,7 +336,7 @@ std::string ignoredValues(const DisplayFacts& display, const ProjectorConfig& p)
     addIf(!isSeen && (isTurn(p.getOrientationZ()) || isTurn(p.getOrientationX()) || isTurn(p.getOrientationY())),
           "Orientation");
     addIf(!isSeen && std::any_of(angles.begin(), angles.end(), isTurn), "Frustum");
-    addIf(!isSeen && hasPosition, "Position");
+    addIf((!isSeen || kind.hasMirror()) && hasPosition, "Position");
     return ignored;
 }
 

@@ -169,4 +169,14 @@ TEST(Borders, ThreeDirectionsWithinATenthOfAFieldOfViewAreAHeap) {
     EXPECT_THAT(rulesOfThree("0", "0"), Not(Contains("heaped-pictures"))) << "projectors in a stack";
 }
 
+/// Neither targets nor maps look at the positions of a display with a mirror.
+TEST(Borders, PositionsBesideAMirrorMayLieAnywhere) {
+    sound::Display display = sound::named("collimated");
+    display.text = changed(display.text, "<Name>Left</Name>", "<Name>Left</Name><Position x='2' y='-2' z='3000'/>");
+    DisplayFolder folder;
+    const DisplayDescription description = folder.checked(display);
+    EXPECT_EQ(description.count(Severity::WARNING), 0U) << testing::PrintToString(reported(description));
+    EXPECT_EQ(rulesOf(description).count("without-effect"), 1U);
+}
+
 }  // namespace
