@@ -27,7 +27,7 @@ struct Rule {
     std::string_view reason;  ///< what the limits mean, and why they are these
     Light light = Light::NOT_NEEDED;
 
-    /// Faults cannot be allowed: what they name fails, whoever means it so.
+    /// Faults cannot be allowed: what they name fails, also where it is meant.
     [[nodiscard]] bool canBeAllowed() const { return severity != Severity::FAULT; }
 
     /// Every rule there is, faults first. This is the only list of them.
