@@ -18,7 +18,8 @@ constexpr const char* EXIT_CODES =
     "Exit codes: 0 all right; 1 done, but faults were found, a channel has no targets or could not be\n"
     "measured, something of the display cannot be shown, no point was mapped, or a projector is missing, not ready\n"
     "or failed; 2 wrong command line, or no such channel; 3 the configuration, a file of its screen or of points, or\n"
-    "with map a file of the channel cannot be used; 4 the result or the log cannot be written; 5 internal fault.";
+    "with map a file of the channel cannot be used; 4 the result or the log cannot be written; 5 too little memory,\n"
+    "or a fault in the program itself.";
 
 /// Appends the files that a configuration names.
 void appendNamedFiles(const std::string& configuration, std::vector<std::string>& files) {
