@@ -59,7 +59,7 @@ void readTarget(const std::string& text, ProjectorAddition::Target& target) {
 
 /// Refuses the command line for a name that no channel can have.
 std::wstring readName(const std::string& text) {
-    const std::wstring name = fromUtf8(text);
+    std::wstring name = fromUtf8(text);
     if (name.empty()) {
         OptionList::refuse("--name", "a name has at least one character, in UTF-8");
     }
