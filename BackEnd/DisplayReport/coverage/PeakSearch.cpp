@@ -140,6 +140,7 @@ std::vector<int> PeakSearch::spread(int first, int last, int most) {
     std::vector<int> numbers;
     const std::int64_t all = static_cast<std::int64_t>(last) - first;
     const int count = static_cast<int>(std::min<std::int64_t>(all + 1, most));
+    numbers.reserve(static_cast<std::size_t>(std::max(count, 0)));
     for (int i = 0; i < count; ++i) {
         numbers.push_back(count == 1 ? first : first + static_cast<int>(all * i / (count - 1)));
     }

@@ -83,6 +83,7 @@ std::optional<Panorama> panoramaOf(const std::string& name) {
 
 std::vector<std::string> panoramaNames() {
     std::vector<std::string> names;
+    names.reserve(PANORAMAS.size());
     for (const auto& [name, panorama] : PANORAMAS) {
         names.emplace_back(name);
     }

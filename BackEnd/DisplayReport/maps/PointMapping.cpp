@@ -74,6 +74,7 @@ void PointMapping::mapOn(const std::vector<P3>& points, std::ostream& out, Count
         return;
     }
     std::vector<P2> picture;
+    picture.reserve(points.size());
     for (const P3& point : points) {
         picture.emplace_back(point[0], point[1]);
     }
