@@ -22,12 +22,6 @@ std::optional<double> finite(double value) {
     return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
 }
 
-/// The division comes first: the quarter, half and full turns become exactly the multiples of pi that limits are
-/// compared with.
-double radiansFromDegrees(double degrees) {
-    return degrees / DEGREES_OF_HALF_TURN * std::numbers::pi;
-}
-
 }  // namespace
 
 ElementReader ElementReader::ofDisplay(const xmlNode* root) {
@@ -57,8 +51,12 @@ std::optional<double> ElementReader::length(const xmlNode* element, const char* 
     if (unit == Unit::UNIT_NONE) {
         return std::nullopt;
     }
+    return finite(lengthOf(*value, unit));
+}
+
+double ElementReader::lengthOf(double stated, Unit unit) const {
     // A value in the native unit is not converted, which could change its last bit.
-    return unit == m_native ? value : finite(UnitConverter<5, 0, 5>(m_native).getNativeFromTarget(*value, unit));
+    return unit == m_native ? stated : UnitConverter<5, 0, 5>(m_native).getNativeFromTarget(stated, unit);
 }
 
 std::optional<double> ElementReader::angle(const xmlNode* element, const char* attribute) const {
@@ -67,7 +65,13 @@ std::optional<double> ElementReader::angle(const xmlNode* element, const char* a
     if (!value || !unit || (*unit != DEGREES && *unit != RADIANS)) {
         return std::nullopt;
     }
-    return *unit == RADIANS ? value : finite(radiansFromDegrees(*value));
+    return finite(angleOf(*value, *unit));
+}
+
+/// In degrees the division comes first: the quarter, half and full turns become exactly the multiples of pi that limits
+/// are compared with.
+double ElementReader::angleOf(double stated, std::string_view unit) {
+    return unit == RADIANS ? stated : stated / DEGREES_OF_HALF_TURN * std::numbers::pi;
 }
 
 std::optional<int> ElementReader::pixels(const xmlNode* element, const char* attribute) const {

@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace Veltrani::ConfigurationDetail {
 
@@ -33,6 +34,11 @@ public:
     [[nodiscard]] Point<double, 3> position(const xmlNode* element) const;
     /// Angles z, x, y, in this order; zero where there is none.
     [[nodiscard]] Point<double, 3> orientation(const xmlNode* element) const;
+
+    /// Returns a length that is stated in a unit in native units, and an angle in radians; not finite where that leaves
+    /// the range of a double.
+    [[nodiscard]] double lengthOf(double stated, UnitConversionTable::UnitSubType unit) const;
+    [[nodiscard]] static double angleOf(double stated, std::string_view unit);
 
     /// What the nearest element around states, the element itself first.
     [[nodiscard]] static std::optional<std::string> unitInScope(const xmlNode* element, const char* unitAttribute);

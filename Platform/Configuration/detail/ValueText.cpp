@@ -88,6 +88,12 @@ std::string numberText(int value) {
     return {buffer.data(), result.ptr};
 }
 
+std::string numberText(double value) {
+    std::array<char, 32> buffer{};  // a sign, 17 digits, a point and an exponent at most
+    const std::to_chars_result result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return {buffer.data(), result.ptr};
+}
+
 std::string fourBytesText(const std::array<unsigned char, 4>& bytes) {
     std::string text;
     for (const unsigned char byte : bytes) {

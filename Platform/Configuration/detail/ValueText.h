@@ -33,6 +33,9 @@ struct ParsedNumber {
 
 /// Returns the shortest decimal text.
 [[nodiscard]] std::string numberText(int value);
+/// Returns the shortest decimal text that is read as the same double; "nan", "inf" or "-inf", for messages, where it is
+/// not finite.
+[[nodiscard]] std::string numberText(double value);
 
 /// The counterpart of `parseFourBytes`.
 [[nodiscard]] std::string fourBytesText(const std::array<unsigned char, 4>& bytes);

@@ -81,4 +81,15 @@ TEST(NumberText, WholeNumbersSurviveTheRoundTrip) {
               (std::array<unsigned char, 4>{0, 1, 99, 255}));
 }
 
+TEST(NumberText, DoublesSurviveTheRoundTripWithTheFewestDigits) {
+    using Veltrani::ConfigurationDetail::numberText;
+    for (const double value : {0.1, 0.1 + 0.2, -22.5, 1e22, 5e-324, std::numeric_limits<double>::max()}) {
+        EXPECT_EQ(parseNumber(numberText(value)).value, value);
+    }
+    EXPECT_EQ(numberText(0.1), "0.1");
+    EXPECT_EQ(numberText(-0.0), "-0");
+    EXPECT_EQ(numberText(std::numeric_limits<double>::quiet_NaN()), "nan");
+    EXPECT_EQ(numberText(-std::numeric_limits<double>::infinity()), "-inf");
+}
+
 }  // namespace
