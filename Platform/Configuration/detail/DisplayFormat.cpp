@@ -1,6 +1,7 @@
 #include "Configuration/detail/DisplayFormat.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <numbers>
 
 namespace Veltrani::ConfigurationDetail {
@@ -177,6 +178,32 @@ const VariantRule* variantOf(const ElementRule& element, std::string_view select
         }
     }
     return nullptr;
+}
+
+std::vector<ChildRule> childrenOf(const ElementRule& element, std::string_view selected) {
+    std::vector<ChildRule> children(element.children.begin(), element.children.end());
+    if (const VariantRule* variant = variantOf(element, selected)) {
+        children.insert(children.end(), variant->children.begin(), variant->children.end());
+        return children;
+    }
+    for (const VariantRule& variant : element.variants) {
+        for (const ChildRule& child : variant.children) {
+            children.push_back({child.element, 0, ANY_NUMBER});
+        }
+    }
+    return children;
+}
+
+std::vector<std::string_view> writingOrder(const ElementRule& element, std::string_view selected) {
+    std::vector<std::string_view> names;
+    for (const ChildRule& child : childrenOf(element, selected)) {
+        names.push_back(child.element->name);
+    }
+    if (!element.variants.empty()) {
+        const auto variant = names.begin() + static_cast<std::ptrdiff_t>(element.children.size());
+        std::rotate(names.begin() + 1, variant, names.end());
+    }
+    return names;
 }
 
 std::span<const VariantRule> screenShapes() {

@@ -5,6 +5,7 @@
 #include <climits>
 #include <span>
 #include <string_view>
+#include <vector>
 
 /// The form of a display configuration as one table: which elements there are, what they hold and how often they occur.
 /// The checker walks a document along it; `docs/display.rng` states the same for other tools.
@@ -62,6 +63,15 @@ inline constexpr AttributeRule ANGLE_UNIT_ATTRIBUTE{"angleUnit", ValueType::ANGL
 
 /// Returns the variant that the value of the selecting attribute selects; null when there is none.
 [[nodiscard]] const VariantRule* variantOf(const ElementRule& element, std::string_view selected);
+
+/// Returns the children that an element can have: those of its rule, then those of the variant that `selected` selects.
+/// Where there is no such variant, its value is a fault, and those of all variants pass, none of them required: which
+/// of them belong to the element is not known.
+[[nodiscard]] std::vector<ChildRule> childrenOf(const ElementRule& element, std::string_view selected);
+
+/// Returns the names of these children in the order in which the documentation lists them and new ones are written:
+/// those of a variant stand behind the first of the rule.
+[[nodiscard]] std::vector<std::string_view> writingOrder(const ElementRule& element, std::string_view selected);
 
 /// The shapes that a screen can have, and the types that target data can have, in the order of messages: the only lists
 /// of them in this library.

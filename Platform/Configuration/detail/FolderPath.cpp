@@ -22,4 +22,14 @@ std::wstring FolderPath::resolve(const std::wstring& name) const {
     return m_folder.back() == L'/' ? m_folder + name : m_folder + L"/" + name;
 }
 
+std::wstring FolderPath::relative(const std::wstring& name) const {
+    const std::wstring prefix = m_folder.empty() || m_folder.back() == L'/' ? m_folder : m_folder + L"/";
+    if (prefix.empty() || !name.starts_with(prefix)) {
+        return name;
+    }
+    // Any more slashes would make the rest an absolute name.
+    const std::wstring::size_type rest = name.find_first_not_of(L'/', prefix.size());
+    return rest == std::wstring::npos ? std::wstring() : name.substr(rest);
+}
+
 }  // namespace Veltrani::ConfigurationDetail

@@ -22,6 +22,9 @@ public:
     /// returned.
     [[nodiscard]] std::wstring resolve(const std::wstring& name) const;
 
+    /// Returns the name that is resolved to the same file: without the folder where it stands in it, else unchanged.
+    [[nodiscard]] std::wstring relative(const std::wstring& name) const;
+
 private:
     std::wstring m_folder;
 };

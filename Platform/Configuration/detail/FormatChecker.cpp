@@ -50,31 +50,10 @@ const AttributeRule* find(const std::vector<AttributeRule>& rules, std::string_v
     return found == rules.end() ? nullptr : &*found;
 }
 
-void append(std::vector<ChildRule>& rules, std::span<const ChildRule> further) {
-    rules.insert(rules.end(), further.begin(), further.end());
-}
-
-/// Without a known variant the value of the selecting attribute has been reported as a fault, and the children of all
-/// variants pass, none of them required: which of them belong to the element is not known.
-void appendAllVariants(std::vector<ChildRule>& rules, const ElementRule& rule) {
-    for (const VariantRule& variant : rule.variants) {
-        for (const ChildRule& child : variant.children) {
-            rules.push_back({child.element, 0, ANY_NUMBER});
-        }
-    }
-}
-
 std::vector<ChildRule> childrenOf(const xmlNode* element, const ElementRule& rule) {
-    std::vector<ChildRule> children(rule.children.begin(), rule.children.end());
-    if (!rule.selector.empty()) {
-        const std::string selected = Xml::attribute(element, rule.selector.data()).value_or("");
-        if (const VariantRule* variant = variantOf(rule, selected)) {
-            append(children, variant->children);
-        } else {
-            appendAllVariants(children, rule);
-        }
-    }
-    return children;
+    const std::string selected =
+        rule.selector.empty() ? std::string() : Xml::attribute(element, rule.selector.data()).value_or("");
+    return childrenOf(rule, selected);
 }
 
 }  // namespace

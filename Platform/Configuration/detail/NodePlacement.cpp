@@ -81,6 +81,11 @@ xmlNode* newText(xmlDoc* document, const std::string& text) {
     return node;
 }
 
+/// Returns a text to be put beside an element; null for an empty one.
+OwnedNode newGap(xmlDoc* document, const std::string& text) {
+    return OwnedNode(text.empty() ? nullptr : newText(document, text));
+}
+
 void free(xmlNode* node) {
     xmlUnlinkNode(node);
     xmlFreeNode(node);
@@ -127,6 +132,25 @@ bool endsItsLine(const xmlNode* node) {
     return node->next == nullptr || (isBlankText(node->next) && lineFeeds(node->next) > 0);
 }
 
+/// What needs memory is made before anything is changed. No two texts meet, so the library has nothing to merge.
+void insertBehind(xmlNode* sibling, OwnedNode element) {
+    OwnedNode gap = newGap(sibling->doc, indentationOf(sibling));
+    xmlNode* const added = element.get();
+    xmlAddNextSibling(blockOf(sibling).back(), element.release());
+    if (gap) {
+        xmlAddPrevSibling(added, gap.release());
+    }
+}
+
+void insertBefore(xmlNode* sibling, OwnedNode element) {
+    xmlNode* const front = blockOf(sibling).front();
+    OwnedNode gap = newGap(sibling->doc, indentationOf(front));
+    xmlAddPrevSibling(front, element.release());
+    if (gap) {
+        xmlAddPrevSibling(front, gap.release());
+    }
+}
+
 void shorten(xmlNode* text, std::size_t characters) {
     const std::string rest(view(text->content).substr(0, view(text->content).size() - characters));
     if (rest.empty()) {
@@ -148,7 +172,8 @@ void joinTexts(xmlNode* before, xmlNode* behind) {
 
 void appendIndented(xmlNode* parent, xmlNode* element) {
     const std::string indentation = indentationBelow(parent);
-    const std::string endTag = indentationOfEndTag(parent);
+    OwnedNode before = newGap(parent->doc, indentation);
+    OwnedNode behind = newGap(parent->doc, indentation.empty() ? indentation : indentationOfEndTag(parent));
     xmlNode* const last = lastSolidChild(parent);
     if (last == nullptr) {
         while (parent->children != nullptr) {
@@ -158,12 +183,31 @@ void appendIndented(xmlNode* parent, xmlNode* element) {
     } else {
         xmlAddNextSibling(last, element);
     }
-    if (!indentation.empty()) {
-        xmlAddPrevSibling(element, newText(parent->doc, indentation));
+    if (before) {
+        xmlAddPrevSibling(element, before.release());
         if (element->next == nullptr) {
-            xmlAddNextSibling(element, newText(parent->doc, endTag));
+            xmlAddNextSibling(element, behind.release());
         }
     }
+}
+
+void insertInOrder(xmlNode* parent, OwnedNode element, const std::vector<std::string_view>& order) {
+    const auto place = std::find(order.begin(), order.end(), view(element->name));
+    for (auto earlier = place == order.end() ? place : place + 1; earlier != order.begin();) {
+        const std::vector<xmlNode*> siblings = children(parent, *--earlier);
+        if (!siblings.empty()) {
+            insertBehind(siblings.back(), std::move(element));
+            return;
+        }
+    }
+    for (auto later = place; later != order.end(); ++later) {
+        if (xmlNode* const sibling = child(parent, *later)) {
+            insertBefore(sibling, std::move(element));
+            return;
+        }
+    }
+    appendIndented(parent, element.get());
+    static_cast<void>(element.release());
 }
 
 void exchange(xmlNode* earlier, xmlNode* later) {

@@ -20,13 +20,9 @@ struct FreeBuffer {
 struct FreeDocument {
     void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
-struct FreeNode {
-    void operator()(xmlNode* node) const { xmlFreeNode(node); }
-};
 using OwnedText = std::unique_ptr<xmlChar, FreeText>;
 using OwnedBuffer = std::unique_ptr<xmlBuffer, FreeBuffer>;
 using OwnedDocument = std::unique_ptr<xmlDoc, FreeDocument>;
-using OwnedNode = std::unique_ptr<xmlNode, FreeNode>;
 
 /// The library returns null when memory ran out.
 template <class T>
@@ -106,6 +102,20 @@ bool isOwnElement(const xmlNode* node, std::string_view name) {
     return isOwnElement(node) && view(node->name) == name;
 }
 
+bool holdsForeign(const xmlNode* element) {
+    for (const xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next) {
+        if (attribute->ns != nullptr) {
+            return true;
+        }
+    }
+    for (const xmlNode* node = element->children; node != nullptr; node = node->next) {
+        if (isOwnElement(node) ? holdsForeign(node) : !isBlankText(node)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool isBlankText(const xmlNode* node) {
     return node->type == XML_TEXT_NODE && view(node->content).find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
@@ -134,6 +144,36 @@ void setAttribute(xmlNode* element, const char* name, const std::string& value) 
     const MemoryWatch memory;
     allocated(xmlSetNsProp(element, nullptr, chars(name), chars(value.c_str())));
     memory.requireEnough();
+}
+
+void removeAttribute(xmlNode* element, const char* name) {
+    xmlUnsetNsProp(element, nullptr, chars(name));
+}
+
+void AttributeChanges::set(xmlNode* element, const char* name, const std::string& value) {
+    const MemoryWatch memory;
+    std::unique_ptr<xmlAttr, FreeAttribute> attribute(allocated(xmlNewDocProp(element->doc, chars(name), nullptr)));
+    // Never parsed: an ampersand stays an ampersand.
+    attribute->children = attribute->last = allocated(xmlNewDocText(element->doc, chars(value.c_str())));
+    attribute->children->parent = reinterpret_cast<xmlNode*>(attribute.get());
+    memory.requireEnough();
+    m_changes.push_back({element, std::move(attribute)});
+}
+
+void AttributeChanges::apply() noexcept {
+    for (Change& change : m_changes) {
+        xmlAttr* const existing = xmlHasNsProp(change.element, change.attribute->name, nullptr);
+        if (existing == nullptr) {
+            xmlAddChild(change.element, reinterpret_cast<xmlNode*>(change.attribute.release()));
+            continue;
+        }
+        std::swap(existing->children, change.attribute->children);
+        std::swap(existing->last, change.attribute->last);
+        for (xmlNode* node = existing->children; node != nullptr; node = node->next) {
+            node->parent = reinterpret_cast<xmlNode*>(existing);
+        }
+    }
+    m_changes.clear();
 }
 
 xmlNode* child(const xmlNode* parent, std::string_view name) {

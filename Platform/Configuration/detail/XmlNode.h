@@ -3,6 +3,7 @@
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,11 +36,20 @@ private:
     bool m_isExhausted = false;
 };
 
+struct FreeNode {
+    void operator()(xmlNode* node) const { xmlFreeNode(node); }
+};
+/// A node outside of the tree.
+using OwnedNode = std::unique_ptr<xmlNode, FreeNode>;
+
 [[nodiscard]] std::string_view view(const xmlChar* text);
 [[nodiscard]] const xmlChar* chars(const char* text);
 
 [[nodiscard]] bool isOwnElement(const xmlNode* node);
 [[nodiscard]] bool isOwnElement(const xmlNode* node, std::string_view name);
+/// Returns whether there is anything in the element, at any depth, that is not of the format and white space: comments,
+/// other text, elements and attributes in a namespace.
+[[nodiscard]] bool holdsForeign(const xmlNode* element);
 /// A text node of nothing but white space.
 [[nodiscard]] bool isBlankText(const xmlNode* node);
 
@@ -48,6 +58,26 @@ private:
 
 [[nodiscard]] std::optional<std::string> attribute(const xmlNode* element, const char* name);
 void setAttribute(xmlNode* element, const char* name, const std::string& value);
+/// Nothing where there is none.
+void removeAttribute(xmlNode* element, const char* name);
+
+/// Values of attributes that change together: while they are collected memory may run out, afterwards nothing fails.
+class AttributeChanges {
+public:
+    /// Notes a value; an attribute that the element does not have by then is added behind the others.
+    void set(xmlNode* element, const char* name, const std::string& value);
+    void apply() noexcept;
+
+private:
+    struct FreeAttribute {
+        void operator()(xmlAttr* attribute) const { xmlFreeProp(attribute); }
+    };
+    struct Change {
+        xmlNode* element;
+        std::unique_ptr<xmlAttr, FreeAttribute> attribute;
+    };
+    std::vector<Change> m_changes;
+};
 
 /// Returns the first child element of this name; null when there is none. A null parent has no children.
 [[nodiscard]] xmlNode* child(const xmlNode* parent, std::string_view name);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -78,6 +79,18 @@ TEST(DisplayFormat, EveryShapeAndKindOfTargetDataHasItsVariant) {
     }
     EXPECT_EQ(Veltrani::ConfigurationDetail::variantOf(ruleOf("Screen"), ""), nullptr);
     EXPECT_EQ(Veltrani::ConfigurationDetail::variantOf(ruleOf("Screen"), "flat"), nullptr);
+}
+
+TEST(DisplayFormat, NewChildrenAreWrittenInTheOrderOfThePage) {
+    using Names = std::vector<std::string_view>;
+    const auto order = [](const char* element, const char* selected) {
+        return Veltrani::ConfigurationDetail::writingOrder(ruleOf(element), selected);
+    };
+    EXPECT_EQ(order("Screen", "Sphere"), (Names{"EyePoint", "Centre", "Orientation", "Radius", "Azimuth", "Elevation",
+                                                "MeasuredMesh", "ModelCloud", "ImportOrientation"}));
+    EXPECT_EQ(order("TargetData", "3D"), (Names{"TargetPosition", "Mirror", "YawTable", "PitchTable"}));
+    EXPECT_EQ(order("Mirror", ""), (Names{"Orientation", "Position"}));
+    EXPECT_EQ(order("Projector", "").front(), "Name");
 }
 
 }  // namespace

@@ -38,4 +38,16 @@ TEST(FolderPath, WithoutAFolderNamesStay) {
     EXPECT_EQ(FolderPath().resolve(L"a"), L"a");
 }
 
+TEST(FolderPath, ARelativeNameIsResolvedToTheSameFile) {
+    const FolderPath folder = FolderPath::ofFile(L"cfg/display.xml");
+    EXPECT_EQ(folder.relative(L"cfg/lenses/a.yml"), L"lenses/a.yml");
+    EXPECT_EQ(folder.relative(L"cfg//a.yml"), L"a.yml");
+    EXPECT_EQ(folder.relative(L"cfg/"), L"");
+    EXPECT_EQ(folder.relative(L"cfgs/a.yml"), L"cfgs/a.yml") << "another folder";
+    EXPECT_EQ(folder.relative(L"/data/a.yml"), L"/data/a.yml");
+    EXPECT_EQ(FolderPath::ofFile(L"/display.xml").relative(L"/a.yml"), L"a.yml");
+    EXPECT_EQ(FolderPath().relative(L"cfg/a.yml"), L"cfg/a.yml");
+    EXPECT_EQ(FolderPath().relative(L"/a.yml"), L"/a.yml");
+}
+
 }  // namespace

@@ -39,6 +39,13 @@ std::string afterRemoval(std::string_view text) {
     return after(text, [](xmlNode* root) { Xml::removeIndented(Xml::child(root, "a")); });
 }
 
+/// With the names a, b, new, c, d in this order.
+std::string afterInsertion(std::string_view text) {
+    return after(text, [](xmlNode* root) {
+        Xml::insertInOrder(root, Xml::OwnedNode(Xml::newElement(root->doc, "new")), {"a", "b", "new", "c", "d"});
+    });
+}
+
 TEST(NodePlacement, AppendsOnALineOfItsOwn) {
     EXPECT_EQ(afterAppending("<r>\n  <a/>\n</r>"), "<r>\n  <a/>\n  <new/>\n</r>\n");
     EXPECT_EQ(afterAppending("<r>\n  <p>\n    <a/>\n  </p>\n</r>"), "<r>\n  <p>\n    <a/>\n    <new/>\n  </p>\n</r>\n");
@@ -59,6 +66,27 @@ TEST(NodePlacement, AppendsToAnEmptyElementAsTheDocumentIndents) {
 TEST(NodePlacement, ADocumentWithoutLinesStaysWithout) {
     EXPECT_EQ(afterAppending("<r><a/></r>"), "<r><a/><new/></r>\n");
     EXPECT_EQ(afterAppending("<r><p/></r>"), "<r><p><new/></p></r>\n");
+}
+
+TEST(NodePlacement, InsertsBehindTheNearestThatPrecedesIt) {
+    EXPECT_EQ(afterInsertion("<r>\n  <a/>\n  <b/>\n  <c/>\n</r>"), "<r>\n  <a/>\n  <b/>\n  <new/>\n  <c/>\n</r>\n");
+    EXPECT_EQ(afterInsertion("<r>\n  <c/>\n  <b/> <!-- b -->\n\n  <a/>\n</r>"),
+              "<r>\n  <c/>\n  <b/> <!-- b -->\n  <new/>\n\n  <a/>\n</r>\n");
+    EXPECT_EQ(afterInsertion("<r>\n  <a/>\n  <a/>\n  <!-- c -->\n  <c/>\n</r>"),
+              "<r>\n  <a/>\n  <a/>\n  <new/>\n  <!-- c -->\n  <c/>\n</r>\n");
+    EXPECT_EQ(afterInsertion("<r><a/><c/></r>"), "<r><a/><new/><c/></r>\n");
+}
+
+TEST(NodePlacement, InsertsElseInFrontOfTheNearestThatFollowsAndItsComments) {
+    EXPECT_EQ(afterInsertion("<r>\n  <d/>\n  <!-- c -->\n  <c/>\n</r>"),
+              "<r>\n  <d/>\n  <new/>\n  <!-- c -->\n  <c/>\n</r>\n");
+    EXPECT_EQ(afterInsertion("<r><d/></r>"), "<r><new/><d/></r>\n");
+}
+
+TEST(NodePlacement, InsertsElseAtTheEnd) {
+    EXPECT_EQ(afterInsertion("<r>\n  <v:a xmlns:v=\"urn:v\"/>\n</r>"),
+              "<r>\n  <v:a xmlns:v=\"urn:v\"/>\n  <new/>\n</r>\n");
+    EXPECT_EQ(afterInsertion("<r/>"), "<r>\n    <new/>\n</r>\n");
 }
 
 TEST(NodePlacement, ExchangesLines) {

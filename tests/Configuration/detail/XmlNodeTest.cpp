@@ -69,4 +69,44 @@ TEST(XmlNode, InnerXmlIsTakenOver) {
     EXPECT_EQ(Xml::innerXml(target.root()), " <v:b xmlns:v=\"urn:v\" d=\"1\"/>text");
 }
 
+TEST(XmlNode, CollectedChangesOfAttributesAreMadeAtOnce) {
+    const XmlDocument document = parsed("<a xmlns:v='urn:v' v:b='0' b='1' c='2'/>");
+    Xml::AttributeChanges changes;
+    changes.set(document.root(), "c", "&amp; <\"");
+    changes.set(document.root(), "new", "3");
+    changes.set(document.root(), "b", "4");
+    EXPECT_EQ(Xml::attribute(document.root(), "b"), "1");
+    EXPECT_EQ(Xml::attribute(document.root(), "new"), std::nullopt);
+    changes.apply();
+    EXPECT_NE(document.text().find("<a xmlns:v=\"urn:v\" v:b=\"0\" b=\"4\" c=\"&amp;amp; &lt;&quot;\" new=\"3\"/>"),
+              std::string::npos)
+        << document.text();
+    changes.apply();
+    EXPECT_EQ(Xml::attribute(document.root(), "b"), "4");
+}
+
+TEST(XmlNode, ChangesThatAreNotMadeChangeNothing) {
+    const XmlDocument document = parsed("<a b='1'/>");
+    const std::string before = document.text();
+    Xml::AttributeChanges().set(document.root(), "b", "2");
+    EXPECT_EQ(document.text(), before);
+}
+
+TEST(XmlNode, RemovesAnAttribute) {
+    const XmlDocument document = parsed("<a xmlns:v='urn:v' v:b='0' b='1' c='2'/>");
+    Xml::removeAttribute(document.root(), "b");
+    Xml::removeAttribute(document.root(), "none");
+    EXPECT_NE(document.text().find("<a xmlns:v=\"urn:v\" v:b=\"0\" c=\"2\"/>"), std::string::npos);
+}
+
+TEST(XmlNode, FindsWhatIsOfOthersAtAnyDepth) {
+    for (const char* text : {"<a/>", "<a b='1'><b/> \n<c d='2'><e/></c></a>", "<a xmlns:v='urn:v'/>"}) {
+        EXPECT_FALSE(Xml::holdsForeign(parsed(text).root())) << text;
+    }
+    for (const char* text : {"<a xmlns:v='urn:v' v:b='1'/>", "<a><b><!-- --></b></a>", "<a><b>x</b></a>",
+                             "<a><v:b xmlns:v='urn:v'/></a>", "<a><?b c?></a>", "<a><![CDATA[]]></a>"}) {
+        EXPECT_TRUE(Xml::holdsForeign(parsed(text).root())) << text;
+    }
+}
+
 }  // namespace
