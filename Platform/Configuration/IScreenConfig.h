@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "Configuration/FixedRecord.h"
 
 #include <string>
 #include <vector>
@@ -10,6 +11,9 @@
 /// World frame: +x right, +y forward, +z up, right-handed; lengths in native units (those of `IUnitsConfig`), angles in
 /// radians. Only the mesh and cloud files are in the screen's own unit (`getUnitName`, `getScale`) and are scaled on
 /// load. Getters that a shape does not use return their neutral value.
+///
+/// The setters change what the getters of the same name return; `docs/writing-back.md` states the rules of an
+/// `XMLConfigFile`. Unless a record implements them they throw `VeltraniException`.
 class IScreenConfig {
 public:
     virtual ~IScreenConfig() = default;
@@ -56,4 +60,23 @@ public:
     /// The rules of the check that the screen is allowed to break, with blanks between their names; empty where it
     /// states none.
     [[nodiscard]] virtual std::wstring getAllowed() const { return {}; }
+
+    virtual void setEyePoint(const Point<double, 3>& /*position*/) {
+        Veltrani::refuseChangeOfFixedRecord(L"The eye point");
+    }
+    virtual void setCentre(const Point<double, 3>& /*position*/) { Veltrani::refuseChangeOfFixedRecord(L"The centre"); }
+    /// @param angles about Z (sign reversed), X and Y
+    virtual void setOrientation(const Point<double, 3>& /*angles*/) {
+        Veltrani::refuseChangeOfFixedRecord(L"The orientation");
+    }
+    virtual void setRadius(double /*length*/) { Veltrani::refuseChangeOfFixedRecord(L"The radius"); }
+    virtual void setWidth(double /*length*/) { Veltrani::refuseChangeOfFixedRecord(L"The width"); }
+    virtual void setHeight(double /*length*/) { Veltrani::refuseChangeOfFixedRecord(L"The height"); }
+    virtual void setAzimuth(double /*min*/, double /*max*/) { Veltrani::refuseChangeOfFixedRecord(L"The azimuth"); }
+    virtual void setElevation(double /*min*/, double /*max*/) { Veltrani::refuseChangeOfFixedRecord(L"The elevation"); }
+    /// Both rails at once: they have equally many points.
+    virtual void setRails(const std::vector<Point<double, 3>>& /*lower*/,
+                          const std::vector<Point<double, 3>>& /*upper*/) {
+        Veltrani::refuseChangeOfFixedRecord(L"The rails");
+    }
 };

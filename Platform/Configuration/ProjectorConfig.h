@@ -1,11 +1,15 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "Configuration/FixedRecord.h"
 
 #include <string>
 
 /// The configuration entry of one projector. Owned by the configuration; stays valid and identical while the entry is
 /// renamed or moved, and is destroyed when it is removed. Lengths in native units, angles in radians.
+///
+/// The setters of the geometry change what the getters of the same name return; `docs/writing-back.md` states the rules
+/// of an `XMLConfigFile`. Unless a record implements them they throw `VeltraniException`.
 class ProjectorConfig {
 public:
     virtual ~ProjectorConfig() = default;
@@ -60,6 +64,34 @@ public:
     /// The rules of the check that the entry allows to be broken, with blanks between their names. Empty where it
     /// states none, and for records that are not made from a file.
     [[nodiscard]] virtual std::wstring getAllowed() const { return {}; }
+
+    virtual void setPosition(const Point<double, 3>& /*position*/) {
+        Veltrani::refuseChangeOfFixedRecord(L"The position");
+    }
+    virtual void setOrientationZ(double /*angle*/) { Veltrani::refuseChangeOfFixedRecord(L"The orientation"); }
+    virtual void setOrientationX(double /*angle*/) { Veltrani::refuseChangeOfFixedRecord(L"The orientation"); }
+    virtual void setOrientationY(double /*angle*/) { Veltrani::refuseChangeOfFixedRecord(L"The orientation"); }
+    virtual void setFrustumTop(double /*angle*/) { Veltrani::refuseChangeOfFixedRecord(L"The frustum"); }
+    virtual void setFrustumBottom(double /*angle*/) { Veltrani::refuseChangeOfFixedRecord(L"The frustum"); }
+    virtual void setFrustumLeft(double /*angle*/) { Veltrani::refuseChangeOfFixedRecord(L"The frustum"); }
+    virtual void setFrustumRight(double /*angle*/) { Veltrani::refuseChangeOfFixedRecord(L"The frustum"); }
+    /// `SCREEN_BOUND_NOT_CONFIGURED` removes a bound.
+    virtual void setScreenLeft(double /*bound*/) { Veltrani::refuseChangeOfFixedRecord(L"The screen area"); }
+    virtual void setScreenRight(double /*bound*/) { Veltrani::refuseChangeOfFixedRecord(L"The screen area"); }
+    virtual void setScreenTop(double /*bound*/) { Veltrani::refuseChangeOfFixedRecord(L"The screen area"); }
+    virtual void setScreenBottom(double /*bound*/) { Veltrani::refuseChangeOfFixedRecord(L"The screen area"); }
+    virtual void setLayoutXMin(double /*length*/) { Veltrani::refuseChangeOfFixedRecord(L"The layout"); }
+    virtual void setLayoutXMax(double /*length*/) { Veltrani::refuseChangeOfFixedRecord(L"The layout"); }
+    virtual void setLayoutYMin(double /*length*/) { Veltrani::refuseChangeOfFixedRecord(L"The layout"); }
+    virtual void setLayoutYMax(double /*length*/) { Veltrani::refuseChangeOfFixedRecord(L"The layout"); }
+    /// @param name "Name" or "Name:file"; empty for no model
+    virtual void setProjectionModelName(const std::wstring& /*name*/) {
+        Veltrani::refuseChangeOfFixedRecord(L"The projection model");
+    }
+    /// @param file stored as it is; empty for no map
+    virtual void setCustomPlanarFile(const std::wstring& /*file*/) {
+        Veltrani::refuseChangeOfFixedRecord(L"The custom planar map");
+    }
 
     /// What a bound of the screen area returns when it is not configured.
     static constexpr double SCREEN_BOUND_NOT_CONFIGURED = -1000.0;
