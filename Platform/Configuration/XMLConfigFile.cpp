@@ -27,6 +27,7 @@
 #include <utility>
 #include <vector>
 
+using Veltrani::ConfigurationDetail::DisplayContext;
 using Veltrani::ConfigurationDetail::ElementReader;
 using Veltrani::ConfigurationDetail::FaultList;
 using Veltrani::ConfigurationDetail::FolderPath;
@@ -65,28 +66,24 @@ struct XMLConfigFile::Impl {
     [[nodiscard]] xmlNode* projectorsToWrite();
 
     XmlDocument document;
-    FolderPath folder;
-    ElementReader reader;
+    DisplayContext display;  // the records refer to it
     std::unique_ptr<XmlUnitsConfig> units;
     std::unique_ptr<XmlScreenConfig> screen;
     std::unique_ptr<XmlTargetLocatorConfig> targetData;
-    Point<double, 3> eyePoint;  // eye point of the screen
-    Entries entries;            // configuration order
+    Entries entries;  // configuration order
     std::unordered_map<std::wstring, XmlProjectorConfig*> byId;
     KnownFiles files;
 };
 
 XMLConfigFile::Impl::Impl(XmlDocument checked, FolderPath folderOfFile)
     : document(std::move(checked)),
-      folder(std::move(folderOfFile)),
-      reader(ElementReader::ofDisplay(document.root())),
+      display{ElementReader::ofDisplay(document.root()), std::move(folderOfFile), {}},
       units(std::make_unique<XmlUnitsConfig>(Xml::child(document.root(), "Units"))) {
-    if (const xmlNode* element = Xml::child(document.root(), "Screen")) {
-        screen = std::make_unique<XmlScreenConfig>(element, reader, folder, units->getUnitName());
-        eyePoint = screen->getEyePoint();
+    if (xmlNode* element = Xml::child(document.root(), "Screen")) {
+        screen = std::make_unique<XmlScreenConfig>(element, display, units->getUnitName());
     }
-    if (const xmlNode* element = Xml::child(document.root(), "TargetData")) {
-        targetData = std::make_unique<XmlTargetLocatorConfig>(element, reader, eyePoint);
+    if (xmlNode* element = Xml::child(document.root(), "TargetData")) {
+        targetData = std::make_unique<XmlTargetLocatorConfig>(element, display);
     }
     for (xmlNode* element : Xml::children(Xml::child(document.root(), "Projectors"), "Projector")) {
         addEntry(element);
@@ -94,7 +91,7 @@ XMLConfigFile::Impl::Impl(XmlDocument checked, FolderPath folderOfFile)
 }
 
 void XMLConfigFile::Impl::addEntry(xmlNode* element) {
-    entries.push_back(std::make_unique<XmlProjectorConfig>(element, reader, folder, eyePoint));
+    entries.push_back(std::make_unique<XmlProjectorConfig>(element, display));
     byId.emplace(entries.back()->getIdentity(), entries.back().get());
 }
 
@@ -264,5 +261,13 @@ const TargetLocatorConfig* XMLConfigFile::getTargetLocatorConfig() const {
 }
 
 std::wstring XMLConfigFile::processPath(const std::wstring& name) const {
-    return m_impl->folder.resolve(name);
+    return m_impl->display.folder.resolve(name);
+}
+
+IScreenConfig* XMLConfigFile::getMutableScreenConfig() {
+    return m_impl->screen.get();
+}
+
+TargetLocatorConfig* XMLConfigFile::getMutableTargetLocatorConfig() {
+    return m_impl->targetData.get();
 }

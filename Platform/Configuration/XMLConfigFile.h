@@ -10,7 +10,8 @@
 ///
 /// The document is kept as it was read: comments, order, and elements and attributes in a foreign namespace survive
 /// changes and saves, and so does the text of every value that was not changed. All paths and names are UTF-8. Reading
-/// and writing do not depend on the locale. Nothing is fetched and no entity is expanded.
+/// and writing do not depend on the locale. Nothing is fetched and no entity is expanded. What the setters of the
+/// records do is described in `docs/writing-back.md`.
 ///
 /// ```
 /// const std::unique_ptr<XMLConfigFile> config = XMLConfigFile::load("dome/display.xml");
@@ -79,6 +80,12 @@ public:
     [[nodiscard]] const IUnitsConfig* getNativeUnitsConfig() const override;
     [[nodiscard]] const TargetLocatorConfig* getTargetLocatorConfig() const override;
     [[nodiscard]] std::wstring processPath(const std::wstring& name) const override;
+
+    /// Returns the record of `getScreenConfig` to be changed; null when there is none. A changed eye point is that of
+    /// the channels and the target data that state no position of their own, too.
+    [[nodiscard]] IScreenConfig* getMutableScreenConfig();
+    /// Returns the record of `getTargetLocatorConfig` to be changed; null when there is none.
+    [[nodiscard]] TargetLocatorConfig* getMutableTargetLocatorConfig();
 
 private:
     struct Impl;

@@ -2,23 +2,17 @@
 
 #include "Common/QuotedText.h"
 #include "Configuration/ProjectorConfig.h"
+#include "Configuration/detail/ValueRules.h"
 #include "Configuration/detail/XmlNode.h"
 
 #include <cstddef>
 #include <map>
-#include <numbers>
 #include <optional>
 #include <utility>
 
 namespace Veltrani::ConfigurationDetail {
 
 namespace {
-
-constexpr double FULL_TURN = 2.0 * std::numbers::pi;     // radians
-constexpr double QUARTER_TURN = 0.5 * std::numbers::pi;  // radians
-// Limits written in degrees are each rounded once, by some 1e-15: what differs by less than this is the same turn.
-// Radians. Must not exceed the tolerance of the shapes, for which a range that passes here has to be a range.
-constexpr double ROUNDING_OF_ANGLES = 1e-12;
 
 /// Returns the axis without its direction.
 std::string lineOfAxis(const std::string& axis) {
@@ -91,7 +85,7 @@ void MeaningChecker::checkAzimuth(const xmlNode* azimuth) {
     checkRange(azimuth);
     const double min = m_reader.angle(azimuth, "min").value_or(0.0);
     const double max = m_reader.angle(azimuth, "max").value_or(0.0);
-    if (max - min > FULL_TURN + ROUNDING_OF_ANGLES) {
+    if (!isWithinOneTurn(min, max)) {
         add(azimuth,
             assignment("min", m_reader.text(azimuth, "min")) + " and " +
                 assignment("max", m_reader.text(azimuth, "max")),
@@ -102,8 +96,7 @@ void MeaningChecker::checkAzimuth(const xmlNode* azimuth) {
 void MeaningChecker::checkElevation(const xmlNode* elevation) {
     checkRange(elevation);
     for (const char* const limit : {"min", "max"}) {
-        const double angle = m_reader.angle(elevation, limit).value_or(0.0);
-        if (angle < -QUARTER_TURN || angle > QUARTER_TURN) {
+        if (!isElevation(m_reader.angle(elevation, limit).value_or(0.0))) {
             add(elevation, assignment(limit, m_reader.text(elevation, limit)), "an elevation from -90 to 90 degrees",
                 "correct the limit or the angleUnit");
         }

@@ -3,6 +3,7 @@
 #include "Configuration/detail/DisplayFormat.h"
 
 #include <algorithm>
+#include <numbers>
 #include <vector>
 
 namespace Veltrani::ConfigurationDetail {
@@ -12,6 +13,12 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr std::string_view FORMAT_VERSION = "1";
+
+constexpr double FULL_TURN = 2.0 * std::numbers::pi;     // radians
+constexpr double QUARTER_TURN = 0.5 * std::numbers::pi;  // radians
+// Limits written in degrees are each rounded once, by some 1e-15: what differs by less than this is the same turn.
+// Radians. Must not exceed the tolerance of the shapes, for which a range that passes here has to be a range.
+constexpr double ROUNDING_OF_ANGLES = 1e-12;
 
 Words namesOf(std::span<const VariantRule> variants) {
     Words words;
@@ -161,6 +168,14 @@ bool isLength(ValueType type) {
 
 bool isPositive(ValueType type) {
     return type == ValueType::POSITIVE_NUMBER || type == ValueType::POSITIVE_LENGTH;
+}
+
+bool isWithinOneTurn(double min, double max) {
+    return max - min <= FULL_TURN + ROUNDING_OF_ANGLES;
+}
+
+bool isElevation(double angle) {
+    return angle >= -QUARTER_TURN && angle <= QUARTER_TURN;
 }
 
 }  // namespace Veltrani::ConfigurationDetail

@@ -39,6 +39,10 @@ enum class ValueType {
 [[nodiscard]] bool isLength(ValueType type);
 [[nodiscard]] bool isPositive(ValueType type);
 
+/// Whether limits of an azimuth are at most one turn apart, and whether an elevation lies between the poles; radians.
+[[nodiscard]] bool isWithinOneTurn(double min, double max);
+[[nodiscard]] bool isElevation(double angle);
+
 /// Degrees and radians.
 inline constexpr std::string_view DEGREES = "deg";
 inline constexpr std::string_view RADIANS = "rad";

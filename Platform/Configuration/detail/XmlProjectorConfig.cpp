@@ -8,8 +8,8 @@
 #include "Configuration/detail/XmlDocument.h"
 #include "Configuration/detail/XmlNode.h"
 
-#include <optional>
 #include <string_view>
+#include <vector>
 
 namespace Veltrani::ConfigurationDetail {
 
@@ -18,6 +18,20 @@ namespace {
 // A snippet is parsed at the depth that it will have in the file, where the parser limits the depth.
 constexpr std::string_view BEFORE_SNIPPET = "<Display><Projectors><Projector><Device>";
 constexpr std::string_view BEHIND_SNIPPET = "</Device></Projector></Projectors></Display>";
+
+// In the order of `XmlProjectorConfig::Side`.
+constexpr std::array<const char*, 4> SIDES{"left", "right", "bottom", "top"};
+constexpr std::array<const char*, 4> EXTENTS{"xMin", "xMax", "yMin", "yMax"};
+
+/// The change of one of four numbers that are stated together.
+std::vector<NumberChange> changesOfSide(const std::array<const char*, 4>& names, std::array<double, 4>& current,
+                                        std::size_t side, double wanted) {
+    std::vector<NumberChange> changes;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        changes.push_back({names[i], &current[i], i == side ? wanted : current[i]});
+    }
+    return changes;
+}
 
 /// Returns the element that encloses the snippet. Null when the snippet closed it early and opened others in its place:
 /// then there is something beside it at some level.
@@ -34,15 +48,16 @@ const xmlNode* soleDevice(const XmlDocument& document) {
 
 }  // namespace
 
-XmlProjectorConfig::XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder,
-                                       const Point<double, 3>& eyePoint)
-    : m_element(element), m_position(eyePoint) {
-    readTexts(reader, folder);
-    readPicture(reader);
-    readGeometry(reader);
+XmlProjectorConfig::XmlProjectorConfig(xmlNode* element, const DisplayContext& display)
+    : m_element(element), m_display(display) {
+    readTexts();
+    readModel();
+    readPicture();
+    readGeometry();
 }
 
-void XmlProjectorConfig::readTexts(const ElementReader& reader, const FolderPath& folder) {
+void XmlProjectorConfig::readTexts() {
+    const ElementReader& reader = m_display.reader;
     m_id = fromUtf8(reader.text(m_element, "id").value_or(""));
     const std::optional<std::string> section = reader.text(m_element, "section");
     m_section = section ? fromUtf8(*section) : m_id;
@@ -51,14 +66,18 @@ void XmlProjectorConfig::readTexts(const ElementReader& reader, const FolderPath
     const xmlNode* const name = Xml::child(m_element, "Name");
     m_name = name == nullptr ? m_id : fromUtf8(Xml::content(name));
     m_customPlanarFile = fromUtf8(reader.text(Xml::child(m_element, "CustomPlanarMap"), "file").value_or(""));
+}
+
+void XmlProjectorConfig::readModel() {
     const xmlNode* const model = Xml::child(m_element, "ProjectionModel");
-    m_projectionModel = fromUtf8(reader.text(model, "name").value_or(""));
-    if (const std::optional<std::string> file = reader.text(model, "file")) {
-        m_projectionModel += L":" + folder.resolve(fromUtf8(*file));
+    m_projectionModel = fromUtf8(m_display.reader.text(model, "name").value_or(""));
+    if (const std::optional<std::string> file = m_display.reader.text(model, "file")) {
+        m_projectionModel += L":" + m_display.folder.resolve(fromUtf8(*file));
     }
 }
 
-void XmlProjectorConfig::readPicture(const ElementReader& reader) {
+void XmlProjectorConfig::readPicture() {
+    const ElementReader& reader = m_display.reader;
     const xmlNode* const resolution = Xml::child(m_element, "Resolution");
     m_width = reader.pixels(resolution, "width").value_or(0);
     m_height = reader.pixels(resolution, "height").value_or(0);
@@ -66,23 +85,81 @@ void XmlProjectorConfig::readPicture(const ElementReader& reader) {
     m_pondOfMirror = parseFourBytes(sizes).value_or(std::array<unsigned char, 4>{});
 }
 
-void XmlProjectorConfig::readGeometry(const ElementReader& reader) {
+void XmlProjectorConfig::readGeometry() {
+    const ElementReader& reader = m_display.reader;
     m_orientation = reader.orientation(Xml::child(m_element, "Orientation"));
     if (const xmlNode* position = Xml::child(m_element, "Position")) {
         m_position = reader.position(position);
     }
-    const auto angle = [&, frustum = Xml::child(m_element, "Frustum")](const char* side) {
-        return reader.angle(frustum, side).value_or(0.0);
-    };
-    m_frustum = {angle("left"), angle("right"), angle("bottom"), angle("top")};
-    const auto bound = [&, area = Xml::child(m_element, "ScreenArea")](const char* side) {
-        return reader.number(area, side).value_or(SCREEN_BOUND_NOT_CONFIGURED);
-    };
-    m_screenArea = {bound("left"), bound("right"), bound("bottom"), bound("top")};
-    const auto extent = [&, layout = Xml::child(m_element, "Layout")](const char* side) {
-        return reader.length(layout, side).value_or(0.0);
-    };
-    m_layout = {extent("xMin"), extent("xMax"), extent("yMin"), extent("yMax")};
+    const xmlNode* const frustum = Xml::child(m_element, "Frustum");
+    const xmlNode* const area = Xml::child(m_element, "ScreenArea");
+    const xmlNode* const layout = Xml::child(m_element, "Layout");
+    for (std::size_t i = 0; i < SIDES.size(); ++i) {
+        m_frustum[i] = reader.angle(frustum, SIDES[i]).value_or(0.0);
+        m_screenArea[i] = reader.number(area, SIDES[i]).value_or(SCREEN_BOUND_NOT_CONFIGURED);
+        m_layout[i] = reader.length(layout, EXTENTS[i]).value_or(0.0);
+    }
+}
+
+void XmlProjectorConfig::setPosition(const Point<double, 3>& position) {
+    Point<double, 3> current = getPosition();
+    if (writer().writeNumbers("Position", changesOfPoint(POSITION_NAMES, current, position))) {
+        m_position = current;
+    }
+}
+
+void XmlProjectorConfig::writeOrientation(std::size_t axis, double angle) {
+    Point<double, 3> wanted = m_orientation;
+    wanted[axis] = angle;
+    writer().writeNumbers("Orientation", changesOfPoint(ORIENTATION_NAMES, m_orientation, wanted));
+}
+
+void XmlProjectorConfig::writeFrustum(Side side, double angle) {
+    writer().writeNumbers("Frustum", changesOfSide(SIDES, m_frustum, side, angle));
+}
+
+void XmlProjectorConfig::writeLayout(Side side, double length) {
+    writer().writeNumbers("Layout", changesOfSide(EXTENTS, m_layout, side, length));
+}
+
+void XmlProjectorConfig::writeScreenBound(Side side, double bound) {
+    if (bound == SCREEN_BOUND_NOT_CONFIGURED) {
+        writer().removeAttribute("ScreenArea", SIDES[side]);
+        m_screenArea[side] = bound;
+        return;
+    }
+    // The others are not stated where they are not configured.
+    writer().writeNumbers("ScreenArea", {{SIDES[side], &m_screenArea[side], bound}});
+}
+
+void XmlProjectorConfig::setProjectionModelName(const std::wstring& name) {
+    if (name == m_projectionModel) {
+        return;
+    }
+    if (name.empty()) {
+        writer().remove("ProjectionModel");
+    } else {
+        const std::wstring::size_type colon = name.find(L':');
+        const bool hasFile = colon != std::wstring::npos;
+        std::optional<std::wstring> file;
+        if (hasFile) {
+            file = m_display.folder.relative(name.substr(colon + 1));
+        }
+        writer().writeTexts("ProjectionModel", {{"name", name.substr(0, colon)}, {"file", file}});
+    }
+    readModel();
+}
+
+void XmlProjectorConfig::setCustomPlanarFile(const std::wstring& file) {
+    if (file == m_customPlanarFile) {
+        return;
+    }
+    if (file.empty()) {
+        writer().remove("CustomPlanarMap");
+    } else {
+        writer().writeTexts("CustomPlanarMap", {{"file", file}});
+    }
+    m_customPlanarFile = file;
 }
 
 void XmlProjectorConfig::rename(const std::wstring& newId) {
@@ -106,7 +183,7 @@ void XmlProjectorConfig::setName(const std::wstring& name) {
 
 void XmlProjectorConfig::writeName() {
     const std::string name = toUtf8(m_name);
-    xmlNode* const element = childToWrite("Name");
+    xmlNode* const element = writer().childToWrite("Name");
     if (Xml::content(element) != name) {
         Xml::setContent(element, name);
     }
@@ -135,7 +212,7 @@ void XmlProjectorConfig::setDeviceSnippet(const std::wstring& snippet) {
         const std::wstring reason = faults.empty() ? L"it closes an element that it did not open" : faults.message();
         throw VeltraniException(__FILE__, __LINE__, what + L" is not well-formed XML: " + reason);
     }
-    Xml::setInnerXml(childToWrite("Device"), parsed);
+    Xml::setInnerXml(writer().childToWrite("Device"), parsed);
 }
 
 void XmlProjectorConfig::setWidth(int pixels) {
@@ -156,7 +233,7 @@ void XmlProjectorConfig::setSize(int& side, int pixels, const wchar_t* what) {
     side = pixels;
     // Half a resolution is none: the first of the two waits for the other.
     if (m_width > 0 && m_height > 0) {
-        xmlNode* const resolution = childToWrite("Resolution");
+        xmlNode* const resolution = writer().childToWrite("Resolution");
         Xml::setAttribute(resolution, "width", numberText(m_width));
         Xml::setAttribute(resolution, "height", numberText(m_height));
     }
@@ -166,7 +243,7 @@ void XmlProjectorConfig::setPondOfMirror(int index, unsigned char size) {
     unsigned char& entry = m_pondOfMirror[pondIndex(index)];
     if (entry != size) {
         entry = size;
-        Xml::setAttribute(childToWrite("PondOfMirror"), "sizes", fourBytesText(m_pondOfMirror));
+        Xml::setAttribute(writer().childToWrite("PondOfMirror"), "sizes", fourBytesText(m_pondOfMirror));
     }
 }
 
@@ -187,13 +264,8 @@ std::wstring XmlProjectorConfig::described(const std::wstring& what) const {
     return L"Projector \"" + m_id + L"\": " + what;
 }
 
-xmlNode* XmlProjectorConfig::childToWrite(const char* name) {
-    if (xmlNode* existing = Xml::child(m_element, name)) {
-        return existing;
-    }
-    xmlNode* const added = Xml::newElement(m_element->doc, name);
-    Xml::appendIndented(m_element, added);
-    return added;
+ElementWriter XmlProjectorConfig::writer() const {
+    return ElementWriter(m_element, m_display.reader, L"Projector \"" + m_id + L"\"");
 }
 
 }  // namespace Veltrani::ConfigurationDetail

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "Configuration/ProjectorConfig.h"
-#include "Configuration/detail/ElementReader.h"
-#include "Configuration/detail/FolderPath.h"
+#include "Configuration/detail/ElementWriter.h"
+#include "Configuration/detail/XmlDisplayConfigs.h"
 
 #include <libxml/tree.h>
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace Veltrani::ConfigurationDetail {
@@ -19,9 +20,9 @@ namespace Veltrani::ConfigurationDetail {
 class XmlProjectorConfig : public ProjectorConfig {
 public:
     /// @param element stays in the document for as long as this object lives
-    /// @param eyePoint of the screen: where the projector's frustum is seen from unless the element states it
-    XmlProjectorConfig(xmlNode* element, const ElementReader& reader, const FolderPath& folder,
-                       const Point<double, 3>& eyePoint);
+    /// @param display lives longer; its eye point is where the projector's frustum is seen from unless the element
+    ///        states another place
+    XmlProjectorConfig(xmlNode* element, const DisplayContext& display);
 
     [[nodiscard]] xmlNode* element() const { return m_element; }
 
@@ -47,40 +48,62 @@ public:
     [[nodiscard]] double getOrientationZ() const override { return m_orientation[0]; }
     [[nodiscard]] double getOrientationX() const override { return m_orientation[1]; }
     [[nodiscard]] double getOrientationY() const override { return m_orientation[2]; }
-    [[nodiscard]] double getFrustumTop() const override { return m_frustum.top; }
-    [[nodiscard]] double getFrustumBottom() const override { return m_frustum.bottom; }
-    [[nodiscard]] double getFrustumLeft() const override { return m_frustum.left; }
-    [[nodiscard]] double getFrustumRight() const override { return m_frustum.right; }
-    [[nodiscard]] Point<double, 3> getPosition() const override { return m_position; }
-    [[nodiscard]] double getScreenLeft() const override { return m_screenArea.left; }
-    [[nodiscard]] double getScreenRight() const override { return m_screenArea.right; }
-    [[nodiscard]] double getScreenTop() const override { return m_screenArea.top; }
-    [[nodiscard]] double getScreenBottom() const override { return m_screenArea.bottom; }
-    [[nodiscard]] double getLayoutXMin() const override { return m_layout.left; }
-    [[nodiscard]] double getLayoutXMax() const override { return m_layout.right; }
-    [[nodiscard]] double getLayoutYMin() const override { return m_layout.bottom; }
-    [[nodiscard]] double getLayoutYMax() const override { return m_layout.top; }
+    [[nodiscard]] double getFrustumTop() const override { return m_frustum[TOP]; }
+    [[nodiscard]] double getFrustumBottom() const override { return m_frustum[BOTTOM]; }
+    [[nodiscard]] double getFrustumLeft() const override { return m_frustum[LEFT]; }
+    [[nodiscard]] double getFrustumRight() const override { return m_frustum[RIGHT]; }
+    [[nodiscard]] Point<double, 3> getPosition() const override { return m_position.value_or(m_display.eyePoint); }
+    [[nodiscard]] double getScreenLeft() const override { return m_screenArea[LEFT]; }
+    [[nodiscard]] double getScreenRight() const override { return m_screenArea[RIGHT]; }
+    [[nodiscard]] double getScreenTop() const override { return m_screenArea[TOP]; }
+    [[nodiscard]] double getScreenBottom() const override { return m_screenArea[BOTTOM]; }
+    [[nodiscard]] double getLayoutXMin() const override { return m_layout[LEFT]; }
+    [[nodiscard]] double getLayoutXMax() const override { return m_layout[RIGHT]; }
+    [[nodiscard]] double getLayoutYMin() const override { return m_layout[BOTTOM]; }
+    [[nodiscard]] double getLayoutYMax() const override { return m_layout[TOP]; }
     [[nodiscard]] std::wstring getText(const std::wstring& element) const override;
     [[nodiscard]] std::wstring getAllowed() const override { return m_allowed; }
 
-private:
-    struct Sides {
-        double left = 0.0;
-        double right = 0.0;
-        double bottom = 0.0;
-        double top = 0.0;
-    };
+    void setPosition(const Point<double, 3>& position) override;
+    void setOrientationZ(double angle) override { writeOrientation(0, angle); }
+    void setOrientationX(double angle) override { writeOrientation(1, angle); }
+    void setOrientationY(double angle) override { writeOrientation(2, angle); }
+    void setFrustumTop(double angle) override { writeFrustum(TOP, angle); }
+    void setFrustumBottom(double angle) override { writeFrustum(BOTTOM, angle); }
+    void setFrustumLeft(double angle) override { writeFrustum(LEFT, angle); }
+    void setFrustumRight(double angle) override { writeFrustum(RIGHT, angle); }
+    void setScreenLeft(double bound) override { writeScreenBound(LEFT, bound); }
+    void setScreenRight(double bound) override { writeScreenBound(RIGHT, bound); }
+    void setScreenTop(double bound) override { writeScreenBound(TOP, bound); }
+    void setScreenBottom(double bound) override { writeScreenBound(BOTTOM, bound); }
+    void setLayoutXMin(double length) override { writeLayout(LEFT, length); }
+    void setLayoutXMax(double length) override { writeLayout(RIGHT, length); }
+    void setLayoutYMin(double length) override { writeLayout(BOTTOM, length); }
+    void setLayoutYMax(double length) override { writeLayout(TOP, length); }
+    void setProjectionModelName(const std::wstring& name) override;
+    void setCustomPlanarFile(const std::wstring& file) override;
 
-    void readTexts(const ElementReader& reader, const FolderPath& folder);
-    void readPicture(const ElementReader& reader);
-    void readGeometry(const ElementReader& reader);
+private:
+    /// The places of the sides of a rectangle; xMin, xMax, yMin and yMax of a layout.
+    enum Side : std::size_t { LEFT, RIGHT, BOTTOM, TOP };
+    using Sides = std::array<double, 4>;
+
+    void readTexts();
+    void readModel();
+    void readPicture();
+    void readGeometry();
+    void writeOrientation(std::size_t axis, double angle);
+    void writeFrustum(Side side, double angle);
+    void writeScreenBound(Side side, double bound);
+    void writeLayout(Side side, double length);
+    [[nodiscard]] ElementWriter writer() const;
     void setSize(int& side, int pixels, const wchar_t* what);
     [[nodiscard]] std::size_t pondIndex(int index) const;
     [[nodiscard]] std::wstring described(const std::wstring& what) const;
-    [[nodiscard]] xmlNode* childToWrite(const char* name);
     void writeName();
 
     xmlNode* m_element;
+    const DisplayContext& m_display;
     std::wstring m_id;
     std::wstring m_section;
     std::wstring m_name;
@@ -92,10 +115,10 @@ private:
     std::wstring m_customPlanarFile;
     std::wstring m_projectionModel;
     Point<double, 3> m_orientation;  // angles Z, X, Y
-    Sides m_frustum;
-    Point<double, 3> m_position;
-    Sides m_screenArea;
-    Sides m_layout;
+    Sides m_frustum{};
+    std::optional<Point<double, 3>> m_position;  // none: the eye point
+    Sides m_screenArea{};
+    Sides m_layout{};
 };
 
 }  // namespace Veltrani::ConfigurationDetail

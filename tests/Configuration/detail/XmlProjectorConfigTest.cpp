@@ -301,15 +301,15 @@ TEST(XmlProjectorConfig, SettingWhatIsThereChangesNoByte) {
     EXPECT_EQ(config->text(), before);
 }
 
-TEST(XmlProjectorConfig, ChangesStandIndentedInTheFile) {
+TEST(XmlProjectorConfig, ChangesStandIndentedAtTheirPlaceInTheFile) {
     const auto config = XMLConfigFile::parse(fullConfiguration(), "t");
     ProjectorConfig* const right = config->getProjectorConfig(L"right");
     right->setName(L"Right");
     right->setPondOfMirror(0, 14);
     EXPECT_NE(config->text().find("        <Projector id=\"right\">\n"
-                                  "            <ScreenArea left=\"0.45\" right=\"1\"/>\n"
                                   "            <Name>Right</Name>\n"
                                   "            <PondOfMirror sizes=\"14 0 0 0\"/>\n"
+                                  "            <ScreenArea left=\"0.45\" right=\"1\"/>\n"
                                   "        </Projector> <!-- no device yet -->\n"),
               std::string::npos)
         << config->text();
