@@ -1,4 +1,7 @@
 #include "Configuration/BaseConfig.h"
+#include "Configuration/IScreenConfig.h"
+#include "Configuration/ProjectorConfig.h"
+#include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/XMLConfigFile.h"
 #include "PlanarMapText.h"
 #include "ScreenFixture.h"
@@ -10,6 +13,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <functional>
 
 /// Locators from a real configuration file, on a real screen, through the channel that carries them.
 
@@ -159,6 +163,78 @@ TEST_F(TargetLocatorFileTest, AChannelKeepsItsLocatorWhenTheManagerGoes) {
     const Channel keeper = channel();
     TargetLocatorManager::deleteInstance();
     EXPECT_THAT(keeper.projectBoundaryOnTargetLocationSurface(3), SizeIs(12));
+}
+
+TEST_F(TargetLocatorFileTest, AChangedNumberGivesANewLocatorAtTheNextRequestAndOneThatIsNotReadDoesNot) {
+    struct Row {
+        std::string type;
+        std::string projector;
+        std::function<void(ProjectorConfig&)> change;
+        std::function<void(ProjectorConfig&)> other;
+    };
+    const std::string frustum = "<Frustum left='-20' right='20' bottom='-15' top='15'/><Position x='0' y='0' z='1'/>";
+    const auto turn = [](ProjectorConfig& entry) { entry.setOrientationZ(0.1); };
+    const auto move = [](ProjectorConfig& entry) { entry.setPosition({0.5, 0.0, 1.0}); };
+    const auto relay = [](ProjectorConfig& entry) { entry.setLayoutXMax(2.0); };
+    const std::vector<Row> rows{
+        {"PlanarBasic", "<ScreenArea left='0.5' right='1' bottom='0' top='1'/>",
+         [](ProjectorConfig& entry) { entry.setScreenLeft(0.25); }, relay},
+        {"Spherical", frustum, turn, relay},
+        {"Spherical", frustum, [](ProjectorConfig& entry) { entry.setFrustumTop(0.3); }, move},
+        {"ProjectorCentric", frustum, move, relay},
+        {"3D", frustum + "<ProjectionModel name='Rectilinear'/>", move, relay},
+        {"3D", frustum, [](ProjectorConfig& entry) { entry.setProjectionModelName(L"Equidistant"); }, relay}};
+    for (const auto& [type, projector, change, other] : rows) {
+        load(DOME, type, projector);
+        ProjectorConfig& entry = *config->getProjectorConfig(L"P1");
+        const auto old = request();
+        const std::vector<Vector> before = old->projectBoundaryOnTargetLocationSurface(3);
+        other(entry);
+        EXPECT_EQ(request(), old) << type;
+        change(entry);
+        const auto fresh = request();
+        EXPECT_NE(fresh, old) << type;
+        EXPECT_EQ(request(), fresh) << type;
+        EXPECT_EQ(old->projectBoundaryOnTargetLocationSurface(3), before) << type;
+
+        // What a program would find that reads the saved file.
+        const std::vector<Vector> outline = fresh->projectBoundaryOnTargetLocationSurface(3);
+        EXPECT_NE(outline, before) << type;
+        config = XMLConfigFile::parse(config->text(), "display.xml");
+        TargetLocatorManager::deleteInstance();
+        EXPECT_EQ(request()->projectBoundaryOnTargetLocationSurface(3), outline) << type;
+    }
+}
+
+TEST_F(TargetLocatorFileTest, AChangedEyePointOrTargetPositionGivesANewLocator) {
+    load(DOME, "Spherical", "<Frustum left='-20' right='20' bottom='-15' top='15'/>");
+    const auto old = request();
+    config->getMutableScreenConfig()->setEyePoint({0.0, 0.5, 0.0});
+    EXPECT_EQ(request(), old) << "the target data states a position of its own";
+    config->getMutableTargetLocatorConfig()->setTargetPosition({0.0, 0.5, 0.0});
+    EXPECT_NE(request(), old);
+    load(DOME, "ProjectorCentric", "<Frustum left='-20' right='20' bottom='-15' top='15'/>");
+    const auto following = request();
+    config->getMutableScreenConfig()->setEyePoint({0.0, 0.5, 0.0});
+    EXPECT_NE(request(), following) << "the projector states no position";
+}
+
+TEST_F(TargetLocatorFileTest, AChangedScreenIsFollowedWhenTheManagerIsMadeToLook) {
+    load(DOME, "Spherical", "<Frustum left='-20' right='20' bottom='-15' top='15'/>");
+    const auto lengthOfTarget = [&] { return norm(request()->projectBoundaryOnTargetLocationSurface(1).front()); };
+    EXPECT_NEAR(lengthOfTarget(), 4.0, ROUNDING);
+    const auto dome = ScreenManager::getInstance()->getScreenGeometry();
+    config->getMutableScreenConfig()->setRadius(5.0);
+    ScreenManager::getInstance()->updateScreenGeometry(config.get());
+    TargetLocatorManager::getInstance()->screenDefinitionChanged();
+    EXPECT_EQ(ScreenManager::getInstance()->getScreenGeometry(), dome);
+    EXPECT_NEAR(lengthOfTarget(), 5.0, ROUNDING);
+
+    config->getMutableScreenConfig()->setRadius(6.0);
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    EXPECT_NE(ScreenManager::getInstance()->getScreenGeometry(), dome);
+    TargetLocatorManager::getInstance()->screenDefinitionChanged();
+    EXPECT_NEAR(lengthOfTarget(), 6.0, ROUNDING);
 }
 
 TEST_F(TargetLocatorFileTest, AnAreaThatIsNotConfiguredIsTold) {
