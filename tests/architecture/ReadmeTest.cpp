@@ -86,7 +86,7 @@ TEST(Documents, ThePagesOfTheLibraryShowTheProgramsThatAreBuiltAndRun) {
     for (const auto& [page, program] :
          {std::pair{"docs/target-locators.md", "locator.cpp"}, std::pair{"docs/devices.md", "talks.cpp"},
           std::pair{"docs/devices.md", "devices.cpp"}, std::pair{"docs/channels.md", "channels.cpp"},
-          std::pair{"docs/layout-maps.md", "maps.cpp"}}) {
+          std::pair{"docs/layout-maps.md", "maps.cpp"}, std::pair{"docs/writing-back.md", "writing_back.cpp"}}) {
         const std::string source = contents(std::string("tests/install/consumer/") + program);
         ASSERT_FALSE(source.empty()) << program;
         EXPECT_NE(contents(page).find("```cpp\n" + source + "```\n"), std::string::npos) << page << ", " << program;

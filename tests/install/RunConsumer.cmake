@@ -80,6 +80,13 @@ foreach(file IN ITEMS targets.csv coverage.json warp.txt)
   endif()
 endforeach()
 
+execute_process(COMMAND "${WORK_DIR}/build/writing_back" OUTPUT_VARIABLE output ERROR_QUIET)
+file(READ "${SOURCE_DIR}/../../../docs/writing-back.md" page)
+string(FIND "${page}" "\n```\n${output}```\n" place)
+if(place EQUAL -1)
+  message(FATAL_ERROR "docs/writing-back.md shows another output than:\n${output}")
+endif()
+
 run("${PREFIX}/bin/screenmanager" --version)
 if(NOT output MATCHES "^screenmanager [0-9]+\\.[0-9]+\\.[0-9]+")
   message(FATAL_ERROR "the installed program printed:\n${output}")
