@@ -1,3 +1,4 @@
+#include "DocumentBlocks.h"
 #include "ProgramRun.h"
 #include "ReadmeText.h"
 #include "support/TemporaryFolder.h"
@@ -11,91 +12,15 @@
 #include <filesystem>
 #include <iterator>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
+using documents::Block;
+using documents::Lines;
 using testing::Contains;
 using testing::Gt;
-using Lines = std::vector<std::string>;
-
-Lines linesOf(const std::string& text) {
-    std::istringstream in(text);
-    Lines lines;
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-/// What stands between two fences of a page.
-struct Block {
-    std::string kind;  ///< the word behind the first fence: xml, sh, ...; empty for none
-    std::string text;
-    std::string file;           ///< "Written as `wall.xml`" in the paragraph above names it; empty for none
-    std::size_t firstLine = 0;  ///< of the first fence, from 1
-    std::size_t lastLine = 0;   ///< of the last one
-
-    /// Whether it is a whole display: the least file that can be read has no projectors, which `check` reports.
-    [[nodiscard]] bool isDisplay() const {
-        return kind == "xml" && text.find("<Display") != std::string::npos &&
-               text.find("<Projector ") != std::string::npos;
-    }
-    [[nodiscard]] bool isRun() const { return kind == "sh" && text.starts_with("screenmanager "); }
-    [[nodiscard]] bool hasCheck() const {
-        return isRun() && ('\n' + text).find("\nscreenmanager check ") != std::string::npos;
-    }
-};
-
-/// The file that the paragraph directly above a line, counted from 0, says that the block is written as.
-std::string fileNamedAbove(const Lines& lines, std::size_t fence) {
-    std::size_t end = fence;
-    while (end > 0 && lines[end - 1].empty()) {
-        --end;
-    }
-    std::size_t begin = end;
-    while (begin > 0 && !lines[begin - 1].empty() && !lines[begin - 1].starts_with("```")) {
-        --begin;
-    }
-    std::string paragraph;
-    for (std::size_t i = begin; i < end; ++i) {
-        paragraph += lines[i] + ' ';
-    }
-    static const std::regex NAME("ritten as `([^`/ ]+)`");
-    std::smatch match;
-    return std::regex_search(paragraph, match, NAME) ? match[1].str() : std::string();
-}
-
-std::vector<Block> blocksOf(const std::string& page) {
-    const Lines lines = linesOf(readme::text(page));
-    std::vector<Block> blocks;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (!lines[i].starts_with("```")) {
-            continue;
-        }
-        Block block{lines[i].substr(3), "", fileNamedAbove(lines, i), i + 1};
-        for (++i; i < lines.size() && !lines[i].starts_with("```"); ++i) {
-            block.text += lines[i] + '\n';
-        }
-        block.lastLine = i + 1;
-        blocks.push_back(block);
-    }
-    return blocks;
-}
-
-/// The README and every page below docs/, named from the project's folder.
-std::vector<std::string> pages() {
-    std::vector<std::string> found{"README.md"};
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(sourceFolder() + "/docs")) {
-        if (entry.path().extension() == ".md") {
-            found.push_back(std::filesystem::relative(entry.path(), sourceFolder()).string());
-        }
-    }
-    std::sort(found.begin(), found.end());
-    return found;
-}
 
 /// A file of the examples that takes the place of one that a page speaks of and does not show.
 struct StandIn {
@@ -111,7 +36,7 @@ constexpr StandIn STAND_INS[] = {{"display.xml", "planar-wall/display.xml"},
 /// A page with its files in a folder of its own, as somebody has them who follows it.
 class FollowedPage {
 public:
-    explicit FollowedPage(std::string page) : m_page(std::move(page)), m_blocks(blocksOf(m_page)) {
+    explicit FollowedPage(std::string page) : m_page(std::move(page)), m_blocks(documents::blocksOf(m_page)) {
         for (const auto& [name, example] : STAND_INS) {
             m_folder.write(name, readme::text(std::string("examples/") + example));
         }
@@ -130,7 +55,7 @@ public:
                 m_folder.write(file, here(block.text));
                 const ProgramRun run = inFolder("screenmanager check '" + file + "'\n");
                 EXPECT_EQ(run.exitCode, 0) << at(block) << run.output;
-                EXPECT_THAT(linesOf(run.output), Contains("No faults.")) << at(block);
+                EXPECT_THAT(documents::linesOf(run.output), Contains("No faults.")) << at(block);
             }
         }
     }
@@ -141,14 +66,17 @@ public:
             if (!block->isRun()) {
                 continue;
             }
-            const ProgramRun run = inFolder(block->text);
-            EXPECT_EQ(run.exitCode, 0) << at(*block) << run.output;
-            if (block->hasCheck()) {
-                EXPECT_THAT(linesOf(run.output), Contains("No faults.")) << at(*block);
-            }
             const auto next = std::next(block);
-            if (next != m_blocks.end() && next->kind.empty() && next->firstLine <= block->lastLine + 2) {
-                EXPECT_TRUE(isShownBy(next->text, run.output)) << at(*next) << "the commands print\n" << run.output;
+            const std::string shown =
+                next != m_blocks.end() && documents::isOutputOf(*block, *next) ? next->text : std::string();
+            const bool warns = showsWarnings(shown);
+            const ProgramRun run = inFolder(block->text);
+            EXPECT_EQ(run.exitCode, warns ? 1 : 0) << at(*block) << run.output;
+            if (block->hasCheck() && !warns) {
+                EXPECT_THAT(documents::linesOf(run.output), Contains("No faults.")) << at(*block);
+            }
+            if (!shown.empty()) {
+                EXPECT_TRUE(isShownBy(shown, run.output)) << at(*next) << "the commands print\n" << run.output;
             }
         }
     }
@@ -182,6 +110,14 @@ private:
         return runProgram("/bin/bash", {"-e", "-c", setUp + commands});
     }
 
+    /// Whether a page shows what a display that is not meant looks like.
+    static bool showsWarnings(const std::string& output) {
+        const Lines lines = documents::linesOf(output);
+        return std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
+            return line == "1 warning:" || line.ends_with(" warnings:");
+        });
+    }
+
     static bool isShownBy(const std::string& shown, const std::string& output) {
         const Lines pattern = trimmed(shown);
         const Lines lines = trimmed(output);
@@ -208,7 +144,7 @@ private:
 
     /// The lines of a text without blanks at their ends.
     static Lines trimmed(const std::string& text) {
-        Lines lines = linesOf(text);
+        Lines lines = documents::linesOf(text);
         for (std::string& line : lines) {
             line.erase(line.find_last_not_of(' ') + 1);
         }
@@ -231,7 +167,7 @@ TEST_P(DocumentsTest, ItsDisplaysPassStrictlyAndItsCommandsPrintWhatItShows) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(OfEveryPage, DocumentsTest, testing::ValuesIn(pages()), [](const auto& page) {
+INSTANTIATE_TEST_SUITE_P(OfEveryPage, DocumentsTest, testing::ValuesIn(documents::pages()), [](const auto& page) {
     std::string name = page.param;
     std::replace_if(
         name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
@@ -241,8 +177,8 @@ INSTANTIATE_TEST_SUITE_P(OfEveryPage, DocumentsTest, testing::ValuesIn(pages()),
 TEST(Documents, ShowManyDisplaysAndCommands) {
     std::size_t displays = 0;
     std::size_t runs = 0;
-    for (const std::string& page : pages()) {
-        for (const Block& block : blocksOf(page)) {
+    for (const std::string& page : documents::pages()) {
+        for (const Block& block : documents::blocksOf(page)) {
             displays += block.isDisplay() ? 1 : 0;
             runs += block.isRun() ? 1 : 0;
         }
