@@ -7,10 +7,12 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -110,6 +112,61 @@ TEST(LocatorExamples, TargetsOfTheDomeLieOnItWhereRaysFromTheSeatMeetIt) {
         for (const Json& target : dome[name]["grid"]) {
             ASSERT_NEAR(length(minus(vectorOf(target["point"]), {0, 0, 1.6})), 5, WRITTEN) << name;
         }
+    }
+}
+
+// Twelve pictures of 34 degrees stand 30 degrees apart, the first and the last one to both sides of the seam.
+TEST(LocatorExamples, TheClosedCylinderIsSoundWithoutAnyRemark) {
+    const ProgramRun check = runScreenManager({"check", "--strict", file("closed-cylinder")});
+    EXPECT_EQ(check.exitCode, 0);
+    EXPECT_THAT(check.output, testing::EndsWith("\nNo faults.\n"));
+    int number = 0;
+    for (const Json& channel : channels("closed-cylinder")) {
+        ++number;
+        EXPECT_EQ(channel["grid"].size(), 132U) << "the first and the last row pass the rims, but for their ends";
+        const std::string name = channel["name"];
+        const double heading = -195 + 30 * std::stod(name.substr(name.find(' ')));
+        const Frustum frustum{-17, 17, -10.82, 10.82, heading};
+        for (const Json& target : channel["grid"]) {
+            const Vector place = vectorOf(target["point"]);
+            ASSERT_NEAR(std::hypot(place[0], place[1]), 6, WRITTEN);
+            ASSERT_LE(std::abs(place[2] - 1.5), 1.1 + WRITTEN);
+            const Vector direction = frustum.direction(target["column"], target["row"]);
+            ASSERT_LE(distance({0, 0, 1.5}, direction, place), WRITTEN) << name;
+        }
+    }
+    EXPECT_EQ(number, 12);
+}
+
+TEST(LocatorExamples, TheClosedCylinderIsLitAllAroundAndOverlapsAtItsSeamToo) {
+    const ProgramRun run = runScreenManager({"coverage", file("closed-cylinder"), "--json", "--quiet"});
+    const Json coverage = Json::parse(run.output);
+    EXPECT_EQ(coverage["litBy"][0]["area"], 0.0);
+    // Where two pictures meet, each reaches 2 degrees further; the wall is cut where its rims pass a picture.
+    double expected = 0;
+    constexpr int STRIPS = 4000;
+    for (int i = 0; i < STRIPS; ++i) {
+        const double azimuth = 15 + 2 * (i + 0.5) / STRIPS;
+        const double half = std::min(1.1, 6 * std::tan(radians(10.82)) * std::cos(radians(azimuth)));
+        expected += 2 * 6 * radians(2.0 / STRIPS) * 2 * half;
+    }
+    ASSERT_EQ(coverage["overlaps"].size(), 12U);
+    bool isSeamPassed = false;
+    for (const Json& overlap : coverage["overlaps"]) {
+        EXPECT_NEAR(overlap["area"], expected, 1e-3 * expected);
+        isSeamPassed =
+            isSeamPassed || (overlap["first"]["name"] == "Channel 1" && overlap["second"]["name"] == "Channel 12");
+    }
+    EXPECT_TRUE(isSeamPassed);
+}
+
+TEST(LocatorExamples, BothNeighboursOfTheSeamShowIt) {
+    const double beside = 0.5 * std::tan(radians(15)) / std::tan(radians(17));
+    for (const auto& [name, u] : {std::pair{"Channel 1", 0.5 - beside}, std::pair{"Channel 12", 0.5 + beside}}) {
+        const ProgramRun run = runScreenManager(
+            {"map", file("closed-cylinder"), "--channel", name, "--to", "channel", "--point", "0,-6,1.5", "--quiet"});
+        ASSERT_THAT(run.output, testing::StartsWith("x,y,z,u,v,mapped\n0,-6,1.5,"));
+        EXPECT_NEAR(std::stod(run.output.substr(run.output.find(",1.5,") + 5)), u, WRITTEN) << name;
     }
 }
 

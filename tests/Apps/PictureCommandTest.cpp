@@ -30,8 +30,8 @@ std::string contents(const std::string& path) {
 
 TEST(PictureCommand, DrawsEveryExampleInTheColoursOfItsChannels) {
     const TemporaryFolder folder;
-    for (const char* example : {"cockpit", "collimated", "curved-wall", "cylinder", "dome", "lens-cylinder",
-                                "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
+    for (const char* example : {"closed-cylinder", "cockpit", "collimated", "curved-wall", "cylinder", "dome",
+                                "lens-cylinder", "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
         const std::string file = folder.file("display.png");
         const ProgramRun run =
             runScreenManager({"picture", EXAMPLES + example + "/display.xml", "-o", file, "--size", "480x300"});

@@ -20,8 +20,8 @@ nlohmann::json dataOf(const std::string& page) {
 }
 
 TEST(ViewCommand, WritesAPageOfEveryExample) {
-    for (const char* example : {"cockpit", "collimated", "curved-wall", "cylinder", "dome", "lens-cylinder",
-                                "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
+    for (const char* example : {"closed-cylinder", "cockpit", "collimated", "curved-wall", "cylinder", "dome",
+                                "lens-cylinder", "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
         const ProgramRun run = runScreenManager({"view", EXAMPLES + example + "/display.xml"});
         EXPECT_EQ(run.exitCode, 0) << example;
         EXPECT_EQ(run.errors, "") << example;

@@ -25,8 +25,8 @@ protected:
 };
 
 TEST_F(DisplayCheckTest, TheExamplesHaveNeitherFaultsNorWarnings) {
-    for (const char* example : {"planar-wall", "curved-wall", "dome", "cylinder", "cockpit", "spherical-dome",
-                                "collimated", "warped-wall", "lens-cylinder", "mesh-rays"}) {
+    for (const char* example : {"planar-wall", "curved-wall", "dome", "cylinder", "closed-cylinder", "cockpit",
+                                "spherical-dome", "collimated", "warped-wall", "lens-cylinder", "mesh-rays"}) {
         const auto description = DisplayCheck::ofFile(sourceFolder() + "/examples/" + example + "/display.xml");
         EXPECT_TRUE(description.readable);
         EXPECT_EQ(description.count(Severity::FAULT), 0U) << example;
