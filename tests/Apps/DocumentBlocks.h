@@ -36,7 +36,9 @@ struct Block {
         return kind == "xml" && text.find("<Display") != std::string::npos &&
                text.find("<Projector ") != std::string::npos;
     }
-    [[nodiscard]] bool isRun() const { return kind == "sh" && text.starts_with("screenmanager "); }
+    [[nodiscard]] bool isRun() const {
+        return kind == "sh" && (text.starts_with("screenmanager ") || text.starts_with("awk "));
+    }
     [[nodiscard]] bool hasCheck() const {
         return isRun() && ('\n' + text).find("\nscreenmanager check ") != std::string::npos;
     }
