@@ -44,6 +44,11 @@ struct Block {
     }
 };
 
+/// Whether a line is a fence, which is indented in a list.
+inline bool isFence(const std::string& line) {
+    return line.compare(std::min(line.find_first_not_of(' '), line.size()), 3, "```") == 0;
+}
+
 /// The file that the paragraph directly above a line, counted from 0, says that the block is written as.
 inline std::string fileNamedAbove(const Lines& lines, std::size_t fence) {
     std::size_t end = fence;
@@ -51,7 +56,7 @@ inline std::string fileNamedAbove(const Lines& lines, std::size_t fence) {
         --end;
     }
     std::size_t begin = end;
-    while (begin > 0 && !lines[begin - 1].empty() && !lines[begin - 1].starts_with("```")) {
+    while (begin > 0 && !lines[begin - 1].empty() && !isFence(lines[begin - 1])) {
         --begin;
     }
     std::string paragraph;
@@ -63,21 +68,27 @@ inline std::string fileNamedAbove(const Lines& lines, std::size_t fence) {
     return std::regex_search(paragraph, match, NAME) ? match[1].str() : std::string();
 }
 
-inline std::vector<Block> blocksOf(const std::string& page) {
-    const Lines lines = linesOf(readme::text(page));
+inline std::vector<Block> blocksIn(const std::string& text) {
+    const Lines lines = linesOf(text);
     std::vector<Block> blocks;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (!lines[i].starts_with("```")) {
+        if (!isFence(lines[i])) {
             continue;
         }
-        Block block{lines[i].substr(3), "", fileNamedAbove(lines, i), i + 1};
-        for (++i; i < lines.size() && !lines[i].starts_with("```"); ++i) {
-            block.text += lines[i] + '\n';
+        const std::size_t indentation = lines[i].find('`');
+        Block block{lines[i].substr(indentation + 3), "", fileNamedAbove(lines, i), i + 1};
+        for (++i; i < lines.size() && !isFence(lines[i]); ++i) {
+            block.text +=
+                lines[i].substr(std::min({indentation, lines[i].find_first_not_of(' '), lines[i].size()})) + '\n';
         }
         block.lastLine = i + 1;
         blocks.push_back(block);
     }
     return blocks;
+}
+
+inline std::vector<Block> blocksOf(const std::string& page) {
+    return blocksIn(readme::text(page));
 }
 
 /// Whether a block is what another one prints, which stands directly above it.
@@ -106,7 +117,7 @@ inline std::vector<std::size_t> indentedCode(const std::string& text) {
     const Lines lines = linesOf(text);
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const std::string& line = lines[i];
-        isFenced = isFenced != line.starts_with("```");
+        isFenced = isFenced != isFence(line);
         const bool isIndented = line.starts_with("    ") || line.starts_with("\t");
         if (!isFenced && isIndented && mayBegin && isCode(line)) {
             found.push_back(i + 1);

@@ -109,6 +109,14 @@ TEST(DocumentBlocks, IndentedCodeIsNoticedOfEveryKind) {
     }
 }
 
+TEST(DocumentBlocks, AFencedBlockOfAListIsOneToo) {
+    const auto blocks = documents::blocksIn("1. Check it:\n\n   ```sh\n   screenmanager check a.xml\n   ```\n");
+    ASSERT_EQ(blocks.size(), 1U);
+    EXPECT_EQ(blocks[0].kind, "sh");
+    EXPECT_EQ(blocks[0].text, "screenmanager check a.xml\n");
+    EXPECT_THAT(documents::indentedCode("- so:\n\n   ```cpp\n    int main() {\n   ```\n"), IsEmpty());
+}
+
 TEST(DocumentBlocks, FormulasAndListsMayBeIndented) {
     for (const char* text : {"left   = -atan((0.5 - H) / T)", "x y u v i              nx * ny nodes, x fastest",
                              "EyePoint = eye in the world - middle of the mirror in the world"}) {
