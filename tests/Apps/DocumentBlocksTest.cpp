@@ -48,6 +48,7 @@ constexpr RunElsewhere ELSEWHERE[] = {
     {"docs/first-display.md", "cmake -S . -B build", "install.pages"},
     {"docs/reports-in-programs.md", "find_package", "install.pages"},
     {"docs/reports-in-programs.md", "336 targets", "install.consumer"},
+    {"docs/writing-back.md", "<?xml version", "install.consumer"},
 };
 
 bool isRunElsewhere(const std::string& page, const Block& block) {
