@@ -6,6 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <utility>
 
 namespace {
 
@@ -31,6 +35,28 @@ TEST(CheckCommand, PrintsTheDisplayAsATable) {
     EXPECT_THAT(run.output, HasSubstr("Upper centre  020000000002  1920 x 1200"));
 }
 
+/// An example whose pictures have no sizes.
+std::string withoutResolutions(const TemporaryFolder& folder, const std::string& example) {
+    std::ifstream file(EXAMPLES + example + "/display.xml");
+    std::ostringstream text;
+    text << file.rdbuf();
+    return folder.write("unsized.xml", std::regex_replace(text.str(), std::regex("<Resolution [^>]*>"), ""));
+}
+
+TEST(CheckCommand, AChannelWithoutResolutionIsAFaultWhereCommandsFail) {
+    for (const auto& [example, channel] :
+         {std::pair("planar-wall", "Upper left"), std::pair("spherical-dome", "Left")}) {
+        const TemporaryFolder folder;
+        const std::string file = withoutResolutions(folder, example);
+        const ProgramRun run = runScreenManager({"check", file});
+        EXPECT_EQ(run.exitCode, 1) << run.output;
+        EXPECT_THAT(run.output, HasSubstr(": its picture has no size in pixels, which coverage, whole maps and some "
+                                          "targets need: give it a Resolution [no-resolution]\n"));
+        EXPECT_EQ(runScreenManager({"coverage", "--quiet", file}).exitCode, 1);
+        EXPECT_EQ(runScreenManager({"map", "--quiet", file, "--channel", channel, "--grid"}).exitCode, 3);
+    }
+}
+
 TEST(CheckCommand, FaultsAreToldAndExitWithOne) {
     const TemporaryFolder folder;
     const std::string file = folder.write(
@@ -40,7 +66,7 @@ TEST(CheckCommand, FaultsAreToldAndExitWithOne) {
         "id='A'/></Projectors></Display>");
     const ProgramRun run = runScreenManager({"check", file});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.output, HasSubstr("3 faults:"));
+    EXPECT_THAT(run.output, HasSubstr("4 faults:"));
     EXPECT_THAT(run.output, HasSubstr("because: "));
     EXPECT_THAT(run.output, HasSubstr("channel A: it has no Layout, which maps of this display need"));
     EXPECT_THAT(run.output, HasSubstr("No such file or directory"));
@@ -130,7 +156,8 @@ TEST(CheckCommand, NamesOfEveryScriptWorkInTheCLocale) {
         "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Mesh' fileUnit='m'><ContentMesh "
         "file='W\xc3\xa4nde.obj'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector "
         "id='A'><Name>\xe5\xb7\xa6"
-        "</Name><ScreenArea left='0' right='1' bottom='0' top='1'/><Layout xMin='0' xMax='1' yMin='0' "
+        "</Name><Resolution width='1920' height='1200'/><ScreenArea left='0' right='1' bottom='0' top='1'/><Layout "
+        "xMin='0' xMax='1' yMin='0' "
         "yMax='1'/></Projector></Projectors></Display>");
     folder.write("B\xc3\xbchne 100%s/W\xc3\xa4nde.obj",
                  "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\nf 1/1 2/2 3/3\n");

@@ -31,9 +31,11 @@ protected:
             "file='" +
                 DATA + "/" + mesh + "'/><ModelCloud file='" + DATA + "/" + cloud +
                 "'/><ImportOrientation up='Y' forward='Z'/></Screen><TargetData type='PlanarBasic'/><Projectors>"
-                "<Projector id='A'><ScreenArea left='0' right='0.5' bottom='0' top='1'/>"
+                "<Projector id='A'><Resolution width='1920' height='1200'/><ScreenArea left='0' right='0.5' bottom='0' "
+                "top='1'/>"
                 "<Layout xMin='0' xMax='1' yMin='0' yMax='1'/></Projector>"
-                "<Projector id='B'><ScreenArea left='0.5' right='1' bottom='0' top='1'/>"
+                "<Projector id='B'><Resolution width='1920' height='1200'/><ScreenArea left='0.5' right='1' bottom='0' "
+                "top='1'/>"
                 "<Layout xMin='1' xMax='2' yMin='0' yMax='1'/></Projector>"
                 "</Projectors></Display>");
     }

@@ -97,17 +97,16 @@ void ChannelFacts::look(const DisplayKind& kind, const XMLConfigManager& config)
     m_statesProjector = kind.addressedBy == DisplayKind::Addressing::PROJECTOR;
     m_view.from = originOf(kind, config, projector);
     m_view.hasLens = lens != nullptr;
-    m_view.heading = Heading::of(world_from_projector * Point<double, 3>{0, 1, 0});
+    m_view.axis = world_from_projector * Point<double, 3>{0, 1, 0};
+    m_view.heading = Heading::of(m_view.axis);
     m_view.roll = rollOf(world_from_projector, projector.getOrientationY());
     m_view.middle = rayOf(lens, MIDDLE);
     if (lens == nullptr) {
         m_view.wide = std::abs(projector.getFrustumRight() - projector.getFrustumLeft());
         m_view.high = std::abs(projector.getFrustumTop() - projector.getFrustumBottom());
     } else {
-        m_view.wide =
-            angleBetween(rayOf(lens, {0.0, 0.5}), m_view.middle) + angleBetween(m_view.middle, rayOf(lens, {1.0, 0.5}));
-        m_view.high =
-            angleBetween(rayOf(lens, {0.5, 0.0}), m_view.middle) + angleBetween(m_view.middle, rayOf(lens, {0.5, 1.0}));
+        m_view.wide = reachOf(*lens, {0.0, 0.5}) + reachOf(*lens, {1.0, 0.5});
+        m_view.high = reachOf(*lens, {0.5, 0.0}) + reachOf(*lens, {0.5, 1.0});
     }
 }
 
@@ -128,12 +127,31 @@ Point<double, 3> ChannelFacts::rayOf(const ProjectionModel* lens, const Point<do
     return ray * (1.0 / norm(ray));
 }
 
+double ChannelFacts::reachOf(const ProjectionModel& lens, const Point<double, 2>& edge) const {
+    // The circle of a lens may end before its picture does.
+    constexpr int STEPS = 64;
+    for (int step = STEPS; step > 0; --step) {
+        Point<double, 3> ray;
+        if (lens.unproject(MIDDLE + (edge - MIDDLE) * (static_cast<double>(step) / STEPS), ray)) {
+            return angleBetween(ray, m_view.middle);
+        }
+    }
+    return 0.0;
+}
+
 const ProjectionModel* ChannelFacts::lens() const {
     if (!m_locator || LocatorKind::of(*m_locator).path != LocatorKind::Path::LENS) {
         return nullptr;
     }
     return static_cast<const CustomProjectionTargetLocatorParams&>(m_locator->getTargetLocatorParams())
         .projectionModel.get();
+}
+
+std::optional<Point<double, 2>> ChannelFacts::axisInPicture() const {
+    const ProjectionModel* const lens = this->lens();
+    Point<double, 2> place;
+    const bool isKnown = lens != nullptr && lens->projectNormalised(lens->viewport().position + m_view.axis, place);
+    return isKnown ? std::optional(place) : std::nullopt;
 }
 
 void ChannelFacts::measure(const std::shared_ptr<const ScreenGeometry>& surface) {

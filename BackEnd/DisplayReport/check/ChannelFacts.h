@@ -4,6 +4,7 @@
 #include "DisplayReport/coverage/ChannelLight.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,8 @@ struct Heading {
 struct ChannelView {
     Point<double, 3> from;    ///< world frame; beside the mirror for a display that has one
     Point<double, 3> middle;  ///< the ray of the picture's middle; world axes, of length 1
-    Heading heading;          ///< of the axis, by the orientation
+    Point<double, 3> axis;    ///< forward, by the orientation; world axes, of length 1
+    Heading heading;          ///< of the axis
     double roll = 0;          ///< of the picture about the axis, its right side down; radians
     double wide = 0;          ///< field of view, radians
     double high = 0;
@@ -60,6 +62,11 @@ public:
     [[nodiscard]] const ChannelView* view() const { return m_hasView ? &m_view : nullptr; }
     /// Null for a channel whose rays no projection model makes; lives as long as the locator.
     [[nodiscard]] const ProjectionModel* lens() const;
+    /// Where the axis of its lens leaves the picture, normalised; it may lie beside the picture. Nothing without a
+    /// lens.
+    [[nodiscard]] std::optional<Point<double, 2>> axisInPicture() const;
+    /// Whether it states a projector that its rays start from, not an eye.
+    [[nodiscard]] bool statesProjector() const { return m_statesProjector; }
     /// Null before `measure`, and for a channel without a light that is known.
     [[nodiscard]] const ChannelLight* light() const { return m_light.get(); }
     /// The part of the picture that lands on the screen; 0 before `measure`.
@@ -79,6 +86,8 @@ private:
     void look(const DisplayKind& kind, const XMLConfigManager& config);
     /// The ray of a picture point, of length 1; the axis where the lens refuses it.
     [[nodiscard]] Point<double, 3> rayOf(const ProjectionModel* lens, const Point<double, 2>& picture) const;
+    /// How far a lens sees from its picture's middle towards a point at the edge: radians.
+    [[nodiscard]] double reachOf(const ProjectionModel& lens, const Point<double, 2>& edge) const;
 
     const ProjectorConfig* m_projector;  ///< not owned, never null
     std::string m_name;
@@ -86,7 +95,7 @@ private:
     std::shared_ptr<const TargetLocator> m_locator;
     std::shared_ptr<const ChannelLight> m_light;
     bool m_hasView = false;
-    bool m_statesProjector = false;  ///< whether its rays start at the projector, not at an eye
+    bool m_statesProjector = false;
     ChannelView m_view;
     std::vector<Point<double, 3>> m_landings;
     double m_landed = 0;

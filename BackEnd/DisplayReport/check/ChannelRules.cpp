@@ -5,7 +5,6 @@
 #include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/RuleText.h"
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
-#include "KelvoControl/ProjectionModel.h"
 #include "ScreenManager/CustomPlanarTargetLocator.h"
 #include "ScreenManager/DisplayKinds.h"
 
@@ -19,18 +18,6 @@ namespace Veltrani::DisplayReport {
 namespace {
 
 constexpr double DEGREE = std::numbers::pi / 180.0;
-
-/// One channel and what it is judged within.
-struct Case {
-    const DisplayFacts& display;
-    const ChannelFacts& channel;
-    const ProjectorConfig& projector;
-    FindingList& found;
-
-    void report(std::string_view rule, const std::string& what) const {
-        found.add(Rule::named(rule), channel.where(), channel.allowed(), what);
-    }
-};
 
 /// Two bounds that belong in an order.
 struct Edges {
@@ -69,7 +56,7 @@ std::vector<Edges> edgesInUse(const DisplayKind& kind, const ChannelFacts& chann
     return edges;
 }
 
-void judgeEdges(const Case& c) {
+void judgeEdges(const ChannelCase& c) {
     for (const Edges& edges : edgesInUse(*c.display.kind, c.channel)) {
         if (isStated(edges.from) && isStated(edges.to) && edges.from > edges.to) {
             c.report("edges-exchanged", std::string(edges.element) + " " + edges.lower + " " +
@@ -81,7 +68,7 @@ void judgeEdges(const Case& c) {
 }
 
 /// Maps of a planar display refuse channels whose rectangle has no extent.
-void judgeLayout(const Case& c) {
+void judgeLayout(const ChannelCase& c) {
     const ProjectorConfig& p = c.projector;
     const bool hasExtent = p.getLayoutXMax() > p.getLayoutXMin() && p.getLayoutYMax() > p.getLayoutYMin();
     if (c.display.kind->layout != DisplayKind::Layout::PLANE || hasExtent) {
@@ -103,7 +90,7 @@ std::string areaRemedy(double bound) {
                                     : "divide pixels by the width or the height of the screen in pixels";
 }
 
-void judgeArea(const Case& c) {
+void judgeArea(const ChannelCase& c) {
     const Rule& rule = Rule::named("area-off-screen");
     if (c.display.kind->source != DisplayKind::Source::SCREEN_AREA) {
         return;
@@ -118,74 +105,7 @@ void judgeArea(const Case& c) {
     }
 }
 
-void judgeFieldOfView(const Case& c) {
-    const Rule& rule = Rule::named("narrow-view");
-    const ChannelView* const view = c.channel.view();
-    if (view == nullptr || view->hasLens) {
-        return;
-    }
-    for (const auto& [name, angle] : {std::pair("width", view->wide), std::pair("height", view->high)}) {
-        if (angle < rule.least * DEGREE) {
-            c.report(rule.name, "the " + std::string(name) + " of its Frustum is " + degreesText(angle) +
-                                    " degrees, where projectors have 8 to 140: check its unit, angleUnit=\"rad\" or "
-                                    "\"deg\"");
-        } else if (angle > rule.most * DEGREE) {
-            c.report(rule.name, "the " + std::string(name) + " of its Frustum is " + degreesText(angle) +
-                                    " degrees, where projectors have 8 to 140: give the angles to either side of the "
-                                    "forward direction, or a ProjectionModel for a fisheye");
-        }
-    }
-}
-
-/// Width to height of the frustum, as tangents.
-double frustumRatio(const ProjectorConfig& p) {
-    return std::abs((std::tan(p.getFrustumRight()) - std::tan(p.getFrustumLeft())) /
-                    (std::tan(p.getFrustumTop()) - std::tan(p.getFrustumBottom())));
-}
-
-void judgeStretch(const Case& c) {
-    const bool isFromEye = c.display.kind->addressedBy == DisplayKind::Addressing::EYE;
-    const Rule& rule = Rule::named(isFromEye ? "view-stretched" : "picture-stretched");
-    const ChannelView* const view = c.channel.view();
-    const int width = c.projector.getWidth();
-    const int height = c.projector.getHeight();
-    if (view == nullptr || view->hasLens || width <= 0 || height <= 0) {
-        return;
-    }
-    const double pixels = static_cast<double>(width) / height;
-    const double angles = frustumRatio(c.projector);
-    if (angles < rule.least * pixels || angles > rule.most * pixels) {
-        const bool isTurned = (angles < 1.0) != (pixels < 1.0);
-        c.report(rule.name, "its Frustum is " + significantText(angles) + " times as wide as high (tangents), its " +
-                                "picture of " + std::to_string(width) + " x " + std::to_string(height) + " pixels " +
-                                significantText(pixels) + " times: " +
-                                (isTurned ? "exchange width and height of one of them; a projector on its side has "
-                                            "y=\"90\" in its Orientation"
-                                          : "check the four angles of the Frustum and the Resolution"));
-    }
-}
-
-void judgeResolution(const Case& c) {
-    const int width = c.projector.getWidth();
-    const int height = c.projector.getHeight();
-    const int shorter = std::min(width, height);
-    const int longer = std::max(width, height);
-    const std::string size = "its Resolution is " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
-    const std::string remedy = ": look for a digit too many or too few";
-    if (longer <= 0) {
-        const bool isNeeded = c.display.kind != nullptr && c.display.kind->countsPixels;
-        c.report(isNeeded ? "no-resolution" : "pixels-unknown",
-                 isNeeded ? "its picture has no size in pixels, which targets or maps of this display need: give it a "
-                            "Resolution"
-                          : "its picture has no size in pixels: whole maps and pixel sizes need a Resolution");
-    } else if (shorter < Rule::named("odd-resolution").least) {
-        c.report("odd-resolution", size + ", where pictures have 200 and more on the shorter side" + remedy);
-    } else if (longer > Rule::named("odd-aspect").most * shorter) {
-        c.report("odd-aspect", size + ", where one side is at most 8 times as long as the other" + remedy);
-    }
-}
-
-void judgeOrientation(const Case& c) {
+void judgeOrientation(const ChannelCase& c) {
     const Rule& rule = Rule::named("large-angle");
     const ProjectorConfig& p = c.projector;
     for (const auto& [name, angle] : {std::pair("z", p.getOrientationZ()), std::pair("x", p.getOrientationX()),
@@ -197,7 +117,7 @@ void judgeOrientation(const Case& c) {
     }
 }
 
-void judgePosition(const Case& c) {
+void judgePosition(const ChannelCase& c) {
     const DisplayFacts& display = c.display;
     // By way of a mirror neither targets nor maps look at the position.
     if (c.channel.view() == nullptr || display.screen == nullptr || display.size <= 0 || display.kind->hasMirror()) {
@@ -273,17 +193,7 @@ int handednessOf(const CustomPlanarScreenToChannelMap& map) {
     return plain > mirrored ? 1 : (mirrored > plain ? -1 : 0);
 }
 
-void judgePixels(const Case& c, const std::string& what, const std::string& made, const Point<double, 2>& size) {
-    if (size[0] != c.projector.getWidth() || size[1] != c.projector.getHeight()) {
-        c.report("other-resolution", what + " was " + made + " for " + significantText(size[0]) + " x " +
-                                         significantText(size[1]) + " pixels, and its picture has " +
-                                         std::to_string(c.projector.getWidth()) + " x " +
-                                         std::to_string(c.projector.getHeight()) +
-                                         ": take the file of this projector, or correct the Resolution");
-    }
-}
-
-void judgeMap(const Case& c) {
+void judgeMap(const ChannelCase& c) {
     const CustomPlanarScreenToChannelMap* const map = mapOf(c.channel);
     if (map == nullptr) {
         return;
@@ -299,14 +209,6 @@ void judgeMap(const Case& c) {
         c.report("mirrored-map", "map " + file +
                                      " mirrors the picture: s grows to the left, or t downwards; check the columns s "
                                      "and t of the file; projectors behind the screen are allowed by name");
-    }
-}
-
-void judgeLens(const Case& c) {
-    const ProjectionModel* const lens = c.channel.lens();
-    const Point<int, 2> size = lens != nullptr ? lens->calibratedSize() : Point<int, 2>();
-    if (size[0] > 0) {
-        judgePixels(c, "its lens", "calibrated", {static_cast<double>(size[0]), static_cast<double>(size[1])});
     }
 }
 
@@ -340,7 +242,7 @@ std::string ignoredValues(const DisplayFacts& display, const ProjectorConfig& p)
     return ignored;
 }
 
-void judgeEffect(const Case& c) {
+void judgeEffect(const ChannelCase& c) {
     if (const std::string ignored = ignoredValues(c.display, c.projector); !ignored.empty()) {
         c.report("without-effect", "displays of the kind " + toUtf8(std::wstring(c.display.kind->type)) +
                                        " do not use what it states: " + ignored);
@@ -349,10 +251,19 @@ void judgeEffect(const Case& c) {
 
 }  // namespace
 
+void judgePixels(const ChannelCase& c, const std::string& what, const std::string& made, const Point<double, 2>& size) {
+    if (size[0] != c.projector.getWidth() || size[1] != c.projector.getHeight()) {
+        c.report("other-resolution", what + " was " + made + " for " + significantText(size[0]) + " x " +
+                                         significantText(size[1]) + " pixels, and its picture has " +
+                                         std::to_string(c.projector.getWidth()) + " x " +
+                                         std::to_string(c.projector.getHeight()) +
+                                         ": take the file of this projector, or correct the Resolution");
+    }
+}
+
 void judgeChannels(const DisplayFacts& display, FindingList& found) {
     for (const ChannelFacts& channel : display.channels) {
-        const Case c{display, channel, channel.projector(), found};
-        judgeResolution(c);
+        const ChannelCase c{display, channel, channel.projector(), found};
         judgeOrientation(c);
         if (display.kind == nullptr) {
             continue;
@@ -360,11 +271,9 @@ void judgeChannels(const DisplayFacts& display, FindingList& found) {
         judgeLayout(c);
         judgeEdges(c);
         judgeArea(c);
-        judgeFieldOfView(c);
-        judgeStretch(c);
         judgePosition(c);
         judgeMap(c);
-        judgeLens(c);
+        judgeView(c);
         judgeEffect(c);
     }
 }

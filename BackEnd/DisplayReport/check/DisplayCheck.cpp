@@ -63,6 +63,7 @@ void judge(const DisplayFacts& facts, const CheckOptions& options, DisplayDescri
     }
     judgeScreen(facts, found);
     judgeSurface(facts, found);
+    judgePictures(facts, found);
     judgeChannels(facts, found);
     judgeLight(facts, found);
     judgeSets(facts, found);

@@ -20,6 +20,18 @@ struct ScreenCase {
     }
 };
 
+/// One channel of a display, and where its findings go.
+struct ChannelCase {
+    const DisplayFacts& display;
+    const ChannelFacts& channel;
+    const ProjectorConfig& projector;
+    FindingList& found;
+
+    void report(std::string_view rule, const std::string& what) const {
+        found.add(Rule::named(rule), channel.where(), channel.allowed(), what);
+    }
+};
+
 /// The rules about the numbers of the screen, the eye and the target data.
 void judgeScreen(const DisplayFacts& display, FindingList& found);
 
@@ -28,6 +40,17 @@ void judgeSurface(const DisplayFacts& display, FindingList& found);
 
 /// The rules about the numbers of single channels.
 void judgeChannels(const DisplayFacts& display, FindingList& found);
+
+/// The rules about what a channel sees through its frustum or its lens; `judgeChannels` calls it.
+void judgeView(const ChannelCase& c);
+
+/// The rule about files that were made for a picture of `size` pixels.
+/// @param what the file, "map left.map"
+/// @param made what was done with it for these pixels, "made"
+void judgePixels(const ChannelCase& c, const std::string& what, const std::string& made, const Point<double, 2>& size);
+
+/// The rules about the resolutions of pictures, and their shapes.
+void judgePictures(const DisplayFacts& display, FindingList& found);
 
 /// The rules about where the light of single channels lands; nothing where it was not measured.
 void judgeLight(const DisplayFacts& display, FindingList& found);

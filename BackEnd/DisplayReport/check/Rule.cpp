@@ -17,7 +17,8 @@ constexpr auto ALL = Rule::Light::NEEDED;
 constexpr auto UNLESS_FROM_EYE = Rule::Light::NEEDED_UNLESS_FROM_EYE;
 
 constexpr std::array RULES{
-    Rule{"no-resolution", FAULT, -NONE, NONE, "coverage and whole maps count the pixels of every picture"},
+    Rule{"no-resolution", FAULT, -NONE, NONE,
+         "coverage, whole maps and some targets count the pixels of every picture"},
     Rule{"same-device", FAULT, -NONE, NONE, "one projector cannot be two channels"},
     Rule{"empty-map", FAULT, -NONE, NONE, "a map without a used node places nothing"},
     Rule{"empty-cloud", FAULT, -NONE, NONE, "a cloud without a finite point has no place"},
@@ -30,14 +31,28 @@ constexpr std::array RULES{
     Rule{"area-off-screen", WARNING, -1.0, 2.0,
          "bounds of an area: one whole screen beyond its edges, where 0.2 occurs"},
     Rule{"narrow-view", WARNING, 3.0, 160.0, "field of view in degrees: projectors have 8 to 140"},
-    Rule{"picture-stretched", WARNING, 0.8, 1.25,
-         "width to height of the frustum against that of the pixels: 11 % occurs, and lenses squeeze at most 33 %"},
+    Rule{"fisheye-view", WARNING, 100.0, 250.0,
+         "field of view in degrees, at least along the longer side, at most along the shorter: 120 to 220 occur"},
+    Rule{"lens-against-frustum", WARNING, 0.7, 1.4,
+         "field of view of a calibrated lens in fields of the Frustum beside it: 0.98 to 1.04 occur"},
+    Rule{"lens-off-centre", WARNING, 0.0, 0.4,
+         "principal point of a calibrated lens beside the middle, in pictures; upwards and downwards three times that"},
+    Rule{
+        "picture-stretched", WARNING, 0.8, 1.45,
+        "width to height of the picture of a frustum or a lens against that of the pixels: 17 % occurs, and anamorphic "
+        "lenses widen by 33 to 41 %"},
     Rule{"view-stretched", WARNING, 0.55, 1.8,
          "the same where the frustum is a part of the view from the eye, which a warp fits into the picture"},
-    Rule{"odd-resolution", WARNING, 200.0, NONE, "pixels on the shorter side: no picture in use has fewer"},
+    Rule{"area-stretched", WARNING, 0.45, 2.2,
+         "width to height of the area on the screen, which a warp fits into the picture, against that of the pixels: "
+         "0.55 to 1.5 occur"},
+    Rule{"odd-resolution", WARNING, 200.0, 16384.0,
+         "pixels on the shorter and on the longer side: no picture in use has fewer or more"},
     Rule{"odd-aspect", WARNING, 1.0, 8.0,
          "how often the shorter side fits into the longer one: banners of outputs have 7"},
-    Rule{"resolution-turned", WARNING, -NONE, NONE, "one channel has width and height of all others exchanged"},
+    Rule{"resolution-turned", WARNING, -NONE, NONE,
+         "one channel has width and height of all others exchanged, and its picture lies as theirs do"},
+    Rule{"few-pixels", WARNING, 0.2, NONE, "pixels of one channel in those of all others, which are equal"},
     Rule{"other-resolution", WARNING, -NONE, NONE,
          "a map and a calibrated lens hold for the picture that they were made for"},
     Rule{"mirrored-map", WARNING, -NONE, NONE, "s grows to the right and t upwards in a map file; from behind not"},
@@ -90,7 +105,6 @@ constexpr std::array RULES{
     Rule{"same-file", WARNING, -NONE, NONE, "what was measured is not what was designed"},
     Rule{"mostly-dark", WARNING, 0.0, 0.9, "part of the screen that no channel lights, coarsely: 0.81 occurs", ALL},
 
-    Rule{"pixels-unknown", REMARK, -NONE, NONE, "kinds that count no pixels work without"},
     Rule{"without-effect", REMARK, -NONE, NONE, "values that the kind of target data does not use"},
     Rule{"dark-parts", REMARK, 0.0, 0.02, "part of the screen that no channel lights, coarsely", ALL},
     Rule{"narrow-overlap", REMARK, 0.04, NONE, "part of the picture: blending needs some pixels", ALL},

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <map>
 #include <numbers>
 
 namespace Veltrani::DisplayReport {
@@ -131,7 +130,7 @@ bool isNearlySame(const ChannelFacts& first, const ChannelFacts& second) {
            apart < rule.least * DIAGONALS_OF_SPREAD * std::min(one, other);
 }
 
-void judgePictures(const DisplayKind& kind, const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
+void judgeCopies(const DisplayKind& kind, const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
     if (!first.locator() || !second.locator()) {
         return;
     }
@@ -231,26 +230,6 @@ void judgeLayouts(const DisplayFacts& display, FindingList& found) {
     });
 }
 
-void judgeTurned(const Channels& channels, FindingList& found) {
-    if (channels.size() < 3) {
-        return;
-    }
-    std::map<std::pair<int, int>, std::vector<const ChannelFacts*>> bySize;
-    for (const ChannelFacts& channel : channels) {
-        bySize[{channel.projector().getWidth(), channel.projector().getHeight()}].push_back(&channel);
-    }
-    for (const auto& [size, some] : bySize) {
-        const auto turned = bySize.find({size.second, size.first});
-        const bool isLonely = some.size() == 1 && size.first != size.second && turned != bySize.end() &&
-                              turned->second.size() == channels.size() - 1;
-        if (isLonely) {
-            found.add(Rule::named("resolution-turned"), some.front()->where(), some.front()->allowed(),
-                      "its picture has " + std::to_string(size.first) + " x " + std::to_string(size.second) +
-                          " pixels, all others width and height exchanged: check its Resolution");
-        }
-    }
-}
-
 /// Directions given in radians and read as degrees lie within a few degrees of each other.
 /// @return whether they do
 bool judgeHeap(const DisplayFacts& display, FindingList& found) {
@@ -297,10 +276,9 @@ void judgeSets(const DisplayFacts& display, FindingList& found) {
         judgeDevices(first, second, found);
         judgeNames(first, second, found);
         if (display.kind != nullptr && !isHeaped) {
-            judgePictures(*display.kind, first, second, found);
+            judgeCopies(*display.kind, first, second, found);
         }
     });
-    judgeTurned(display.channels, found);
     if (display.kind != nullptr) {
         judgeLayouts(display, found);
     }

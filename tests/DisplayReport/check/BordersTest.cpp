@@ -40,8 +40,8 @@ const Border BORDERS[] = {
     {"narrow-view", "wall-rays", WALL_VIEW, "left='-79.5' right='79.5' bottom='-70' top='70'",
      "left='-80.5' right='80.5' bottom='-70' top='70'"},
     // Width to height 1.6; the tangent of 10.2 degrees is 0.17993.
-    {"picture-stretched", "wall-rays", WALL_VIEW, "left='-19.6' right='19.6' bottom='-10.2' top='10.2'",
-     "left='-20' right='20' bottom='-10.2' top='10.2'"},
+    {"picture-stretched", "wall-rays", WALL_VIEW, "left='-22.5' right='22.5' bottom='-10.2' top='10.2'",
+     "left='-22.8' right='22.8' bottom='-10.2' top='10.2'"},
     {"picture-stretched", "wall-rays", WALL_VIEW, "left='-13.2' right='13.2' bottom='-10.2' top='10.2'",
      "left='-12.8' right='12.8' bottom='-10.2' top='10.2'"},
     // From -22 to 30 degrees the tangents span 0.98138.
@@ -50,6 +50,27 @@ const Border BORDERS[] = {
      "left='-22.9' right='22.9'"},
     {"odd-resolution", "wall", "<Name>Centre</Name><Resolution width='1920'",
      "<Name>Centre</Name><Resolution width='200'", "<Name>Centre</Name><Resolution width='199'"},
+    {"odd-resolution", "wall-rays", "width='1920' height='1200'", "width='16384' height='10240'",
+     "width='16385' height='10240'"},
+    // 2,304,000 pixels: a fifth are 460,800.
+    {"few-pixels", "wall", "<Name>Centre</Name><Resolution width='1920' height='1200'",
+     "<Name>Centre</Name><Resolution width='768' height='600'",
+     "<Name>Centre</Name><Resolution width='767' height='600'"},
+    // The areas are 2.4 times as wide as high.
+    {"area-stretched", "rows", "width='1920' height='1200'", "width='1095' height='1000'",
+     "width='1085' height='1000'"},
+    {"area-stretched", "rows", "width='1920' height='1200'", "width='5320' height='1000'",
+     "width='5350' height='1000'"},
+    // 2400 pixels are 180 degrees of arc at a focal length of 763.9.
+    {"fisheye-view", "planetarium", "763.9", "1374", "1376", "fisheye.yml"},
+    {"fisheye-view", "planetarium", "763.9", "551", "549", "fisheye.yml"},
+    // By an iteration of its own: the lens sees 48.836 degrees.
+    {"lens-against-frustum", "lenses", "left='-25' right='25' bottom='-15' top='15'",
+     "left='-34' right='34' bottom='-22' top='22'", "left='-35' right='35' bottom='-22' top='22'"},
+    {"lens-against-frustum", "lenses", "left='-25' right='25' bottom='-15' top='15'",
+     "left='-17.5' right='17.5' bottom='-15' top='15'", "left='-17.4' right='17.4' bottom='-15' top='15'"},
+    {"lens-off-centre", "lenses", "958.1", "192", "191", "lens.yml"},
+    {"lens-off-centre", "lenses", "607.3", "2039", "2041", "lens.yml"},
     {"odd-aspect", "wall", "<Name>Centre</Name><Resolution width='1920' height='1200'",
      "<Name>Centre</Name><Resolution width='1600' height='200'",
      "<Name>Centre</Name><Resolution width='1601' height='200'"},

@@ -17,6 +17,9 @@ struct Display {
 
 [[nodiscard]] const std::vector<Display>& all();
 
+/// Those of them that hardly occur, and are meant all the same.
+[[nodiscard]] std::vector<Display> uncommon();
+
 /// Throws `std::out_of_range` for a name that none has.
 [[nodiscard]] const Display& named(const std::string& name);
 

@@ -1,0 +1,100 @@
+#include "Slips.h"
+
+namespace sound {
+
+namespace {
+
+const char* const EQUAL_ANGLES = "left='-28' right='28' bottom='-15' top='15'";
+const char* const FOCAL = "2170.4, 0., 958.1, 0., 2171.2, 607.3";
+const char* const HD = "<Resolution width='1920' height='1200'/>";
+
+// What was written wrongly, in which display, the change, and what must be reported.
+const Slip SLIPS[] = {
+    // lenses
+    {"a lens of equal angles of one degree", "lenses", EQUAL_ANGLES, "left='-0.5' right='0.5' bottom='-0.3' top='0.3'",
+     "channel Centre: the width of its Frustum is 1 degrees, where projectors have 8 to 140: check its unit, "
+     "angleUnit=\"rad\" or \"deg\" [narrow-view]"},
+    {"radians for degrees beside a lens", "lenses", EQUAL_ANGLES, "left='-0.49' right='0.49' bottom='-0.26' top='0.26'",
+     "channel Centre: the height of its Frustum is 0.5 degrees, where projectors have 8 to 140: check its unit, "
+     "angleUnit=\"rad\" or \"deg\" [narrow-view]"},
+    {"a lens of equal angles on its side", "lenses", EQUAL_ANGLES, "left='-15' right='15' bottom='-28' top='28'",
+     "channel Centre: the picture of its lens is 0.53571 times as wide as high, its picture of 1920 x 1200 pixels 1.6 "
+     "times: exchange width and height of one of them; a projector on its side has y=\"90\" in its Orientation "
+     "[picture-stretched]"},
+    {"a calibrated lens of twice the focal length", "lenses", FOCAL, "4340.8, 0., 958.1, 0., 4342.4, 607.3",
+     "channel Right: its lens sees 25.1 x 15.8 degrees, and the Frustum beside it, which is not used, has 50 x 30 (0.7 "
+     "to 1.4 times as much is usual): check fx, fy and the size of the picture in its file, and that the file is that "
+     "of this lens; correct the Frustum, or leave it out [lens-against-frustum]",
+     "lens.yml"},
+    {"a calibrated lens of half the focal length", "lenses", FOCAL, "1085.2, 0., 958.1, 0., 1085.6, 607.3",
+     "channel Right: its lens sees 87.2 x 59.8 degrees, and the Frustum beside it, which is not used, has 50 x 30",
+     "lens.yml"},
+    {"a focal length in millimetres", "lenses", FOCAL, "21.704, 0., 958.1, 0., 21.712, 607.3", "[lens-against-frustum]",
+     "lens.yml"},
+    {"a point lost in one focal length", "planetarium", "0., 763.9, 1199.5", "0., 76.39, 1199.5",
+     "channel Sky: the picture of its lens is 0.1 times as wide as high, its picture of 2400 x 2400 pixels 1 times: "
+     "check fx, fy and the size of the picture in its file, and the Resolution [picture-stretched]",
+     "fisheye.yml"},
+    {"a fisheye of twice the focal length", "planetarium", "763.9", "1527.8",
+     "channel Sky: its fisheye sees 90 x 90 degrees, where these lenses see 120 to 220: check fx, fy and the size of "
+     "the picture in its file, all in pixels, and that the file is that of this lens [fisheye-view]",
+     "fisheye.yml"},
+    {"a fisheye of half the focal length", "planetarium", "763.9", "381.9",
+     "channel Sky: its fisheye sees 354.4 x 354.4 degrees, where these lenses see 120 to 220", "fisheye.yml"},
+    {"the middle of a lens, x and y exchanged", "lenses", FOCAL, "2170.4, 0., 607.3, 0., 2171.2, 958.1",
+     "channel Right: the axis of its lens leaves the picture at pixel 607.3, 958.1 of 1920 x 1200, 18 % of the width "
+     "and 30 % of the height off its middle (lens shift makes up to 40 % and 120 %): exchange cx and cy in its file "
+     "[lens-off-centre]",
+     "lens.yml"},
+    {"a point lost in the middle of a lens", "lenses", "958.1", "95.81",
+     "channel Right: the axis of its lens leaves the picture at pixel 95.81, 607.3 of 1920 x 1200, 45 % of the width "
+     "and 0.6 % of the height off its middle (lens shift makes up to 40 % and 120 %): check cx and cy in its file "
+     "[lens-off-centre]",
+     "lens.yml"},
+    // the resolution
+    {"no resolution of areas", "rows", HD, "",
+     "channel Upper left: its picture has no size in pixels, which coverage, whole maps and some targets need: give it "
+     "a Resolution [no-resolution]"},
+    {"no resolution seen from an eye", "seated-dome", HD, "",
+     "channel Left: its picture has no size in pixels, which coverage, whole maps and some targets need: give it a "
+     "Resolution [no-resolution]"},
+    {"a digit too few", "wall", "<Name>Centre</Name><Resolution width='1920'",
+     "<Name>Centre</Name><Resolution width='192'", "channel Centre: its Resolution is 192 x 1200 pixels"},
+    {"a digit too many", "mesh-wall", "<Name>Left</Name><Resolution width='1920'",
+     "<Name>Left</Name><Resolution width='19200'", "look for a digit too many or too few [odd-aspect]"},
+    {"one resolution turned", "wall", "<Name>Left</Name><Resolution width='1920' height='1200'/>",
+     "<Name>Left</Name><Resolution width='1200' height='1920'/>",
+     "channel Left: its picture has 1200 x 1920 pixels, those of all others 1920 x 1200, and its ScreenArea is 0.888 "
+     "times as wide as high on the screen, as theirs are, 0.912 times (0.35625 times would be a picture on its side): "
+     "exchange width and height of its Resolution [resolution-turned]"},
+    {"one resolution turned among rays", "wall-rays", "<Name>Centre</Name><Resolution width='1920' height='1200'/>",
+     "<Name>Centre</Name><Resolution width='1200' height='1920'/>",
+     "channel Centre: its picture has 1200 x 1920 pixels, those of all others 1920 x 1200, and its Frustum is 1.5937 "
+     "times as wide as high (tangents), as theirs are, 1.5937 times (0.62252 times would be a picture on its side): "
+     "exchange width and height of its Resolution [resolution-turned]"},
+    {"a turned resolution left among upright ones", "mixed-areas", "left='0.38' right='0.62'", "left='0.3' right='0.7'",
+     "[resolution-turned]"},
+    {"a few pixels among many", "wall", "<Name>Left</Name><Resolution width='1920' height='1200'/>",
+     "<Name>Left</Name><Resolution width='640' height='480'/>",
+     "channel Left: its picture has 640 x 480 pixels, and those of all others 1920 x 1200, where a fifth as many and "
+     "more are usual: check its Resolution [few-pixels]"},
+    {"a digit too many in both sides", "wall", "width='1920' height='1200'", "width='19200' height='12000'",
+     "channel Left: its Resolution is 19200 x 12000 pixels, where pictures have 200 and more on the shorter side and "
+     "16384 at most on the longer: look for a digit too many or too few [odd-resolution]"},
+    // the shape of a picture
+    {"all resolutions turned", "rows", HD, "<Resolution width='1200' height='1920'/>",
+     "channel Upper left: its ScreenArea is 2.4 times as wide as high on the screen, its picture of 1200 x 1920 pixels "
+     "0.625 times: exchange width and height of the Resolution, or check the ScreenArea, and Size, Radius and angles "
+     "of the screen [area-stretched]"},
+    {"width and height of the screen exchanged", "rows", "<Size width='6' height='2.5'/>",
+     "<Size width='2.5' height='6'/>", "channel Upper left: its ScreenArea is 0.41667 times as wide as high"},
+    {"a height of ten times", "cockpit", "bottom='0' top='1'", "bottom='0' top='0.1'", "[area-stretched]"},
+};
+
+}  // namespace
+
+std::span<const Slip> slipsOfPictures() {
+    return SLIPS;
+}
+
+}  // namespace sound

@@ -1,0 +1,97 @@
+#include "DisplayParts.h"
+#include "SoundDisplays.h"
+
+namespace sound {
+
+namespace {
+
+/// A calibrated lens of 48 degrees with a visible barrel.
+const std::string BARREL =
+    "%YAML:1.0\n---\nimage_width: 1920\nimage_height: 1200\ncamera_matrix: !!opencv-matrix\n   rows: 3\n   cols: 3\n"
+    "   dt: d\n   data: [ 2170.4, 0., 958.1, 0., 2171.2, 607.3, 0., 0., 1. ]\n"
+    "distortion_coefficients: !!opencv-matrix\n   rows: 5\n   cols: 1\n   dt: d\n   data: [ -1.42e-01, 8.7e-02, "
+    "4.1e-04, -2.6e-04, -1.9e-02 ]\n";
+
+Display lenses() {
+    return {"lenses",
+            display("<Screen shape='Cylinder'><EyePoint x='0' y='0' z='1.6'/><Centre x='0' y='0' z='1.6'/>"
+                    "<Radius value='3.5'/><Size height='2.2'/><Azimuth min='-110' max='110'/></Screen>",
+                    of("ProjectorCentric"),
+                    projector(1, "Left",
+                              turned("-50", "0", "0") + frustum("-25", "25", "-15", "13") + at("-0.4", "0.3", "1.9")) +
+                        projector(2, "Centre",
+                                  "<ProjectionModel name='Equidistant'/>" + turned("0", "0", "0") +
+                                      frustum("-28", "28", "-15", "15") + at("0", "0.2", "1.9")) +
+                        projector(3, "Right",
+                                  "<ProjectionModel name='BrownConrady' file='lens.yml'/>" + turned("50", "0", "0") +
+                                      frustum("-25", "25", "-15", "15") + at("0.4", "0.3", "1.9"))),
+            {{"lens.yml", BARREL}}};
+}
+
+const char* const DOME =
+    "<Screen shape='Sphere'><EyePoint x='0' y='-2' z='1.2'/><Centre x='0' y='0' z='1.5'/><Radius value='6'/>"
+    "<Elevation min='0' max='90'/></Screen>";
+
+/// The circle of the lens fills the height, and ends before the sides do.
+Display cutFisheye() {
+    std::string lens = FISHEYE;
+    lens.replace(lens.find("image_width: 2400"), 17, "image_width: 3840");
+    lens.replace(lens.find("1199.5, 0., 763.9"), 17, "1919.5, 0., 763.9");
+    return {"cut-fisheye",
+            display(DOME, of("ProjectorCentric"),
+                    projector(1, "Sky",
+                              "<ProjectionModel name='Fisheye' file='fisheye.yml'/>" + turned("0", "90", "0") +
+                                  at("0", "0", "1.5"),
+                              "<Resolution width='3840' height='2400'/>")),
+            {{"fisheye.yml", lens}}};
+}
+
+Display equalAngles() {
+    return {"equal-angles",
+            display(DOME, of("ProjectorCentric"),
+                    projector(1, "Sky",
+                              "<ProjectionModel name='Equidistant'/>" + turned("0", "90", "0") +
+                                  frustum("-89", "89", "-89", "89") + at("0", "0", "1.5"),
+                              "<Resolution width='2400' height='2400'/>")),
+            {}};
+}
+
+/// A projector on its side in the middle, whose picture is on its side, too.
+Display mixedAreas() {
+    return {"mixed-areas",
+            display(WALL, of("PlanarBasic"),
+                    projector(1, "Left", area("0", "0.4", "0", "1") + layout("0", "2.4", "0", "2.5")) +
+                        projector(2, "Middle", area("0.38", "0.62", "0", "1") + layout("2.28", "3.72", "0", "2.5"),
+                                  "<Resolution width='1200' height='1920'/>") +
+                        projector(3, "Right", area("0.6", "1", "0", "1") + layout("3.6", "6", "0", "2.5"))),
+            {}};
+}
+
+Display mixedRays() {
+    const std::string view = frustum("-16", "16", "-10.2", "10.2");
+    return {"mixed-rays",
+            display(WALL, of("ProjectorCentric"),
+                    projector(1, "Left", turned("0", "0", "0") + view + at("-1.8", "1", "1.7")) +
+                        projector(2, "Centre",
+                                  turned("0", "0", "0") + frustum("-10.2", "10.2", "-16", "16") + at("0", "1", "1.7"),
+                                  "<Resolution width='1200' height='1920'/>") +
+                        projector(3, "Right", turned("0", "0", "0") + view + at("1.8", "1", "1.7"))),
+            {}};
+}
+
+Display anamorphic() {
+    return {
+        "anamorphic",
+        display(WALL, of("ProjectorCentric"),
+                projector(1, "Wide", turned("0", "0", "0") + frustum("-28", "28", "-12", "12") + at("0", "0", "1.65"),
+                          "<Resolution width='1920' height='1080'/>")),
+        {}};
+}
+
+}  // namespace
+
+std::vector<Display> uncommon() {
+    return {lenses(), cutFisheye(), equalAngles(), mixedAreas(), mixedRays(), anamorphic()};
+}
+
+}  // namespace sound
