@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <numbers>
 
 namespace Veltrani::DisplayReport {
@@ -56,13 +57,41 @@ std::vector<Edges> edgesInUse(const DisplayKind& kind, const ChannelFacts& chann
     return edges;
 }
 
+bool areExchanged(const Edges& edges) {
+    return isStated(edges.from) && isStated(edges.to) && edges.from > edges.to;
+}
+
+/// Whether all channels of several have these bounds of their areas exchanged: so are screens lit from behind
+/// described. Angles of projectors have no reason to be.
+/// @param axis 0 for left and right, 1 for bottom and top
+bool areAllExchanged(const DisplayFacts& display, std::size_t axis) {
+    return display.kind->source == DisplayKind::Source::SCREEN_AREA && display.channels.size() > 1 &&
+           std::all_of(display.channels.begin(), display.channels.end(), [axis](const ChannelFacts& channel) {
+               return areExchanged(areaEdges(channel.projector()).at(axis));
+           });
+}
+
 void judgeEdges(const ChannelCase& c) {
-    for (const Edges& edges : edgesInUse(*c.display.kind, c.channel)) {
-        if (isStated(edges.from) && isStated(edges.to) && edges.from > edges.to) {
+    const std::vector<Edges> inUse = edgesInUse(*c.display.kind, c.channel);
+    for (std::size_t axis = 0; axis < inUse.size(); ++axis) {
+        const Edges& edges = inUse[axis];
+        if (areExchanged(edges) && !areAllExchanged(c.display, axis)) {
             c.report("edges-exchanged", std::string(edges.element) + " " + edges.lower + " " +
                                             boundText(edges, edges.from) + " lies beyond " + edges.upper + " " +
                                             boundText(edges, edges.to) +
                                             ", which mirrors the picture: exchange the two");
+        }
+    }
+}
+
+void judgeMirroredAreas(const DisplayFacts& display, FindingList& found) {
+    for (std::size_t axis = 0; axis < 2; ++axis) {
+        if (areAllExchanged(display, axis)) {
+            const Edges edges = areaEdges(display.channels.front().projector())[axis];
+            found.add(Rule::named("mirrored-areas"), "channels", display.allowed,
+                      "ScreenArea " + std::string(edges.lower) + " lies beyond " + edges.upper + " in all " +
+                          std::to_string(display.channels.size()) +
+                          " of them, which mirrors every picture, as a screen that is lit from behind needs");
         }
     }
 }
@@ -275,6 +304,9 @@ void judgeChannels(const DisplayFacts& display, FindingList& found) {
         judgeMap(c);
         judgeView(c);
         judgeEffect(c);
+    }
+    if (display.kind != nullptr) {
+        judgeMirroredAreas(display, found);
     }
 }
 

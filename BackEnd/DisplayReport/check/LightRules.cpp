@@ -120,6 +120,22 @@ bool isAroundPeople(const DisplayFacts& display) {
            screen.getRadius() * display.metres >= ROOM_FOR_ONE;
 }
 
+/// Whether projectors stand outside of a round screen and light most of it from there, as a column is lit. Where all
+/// rays start at an eye, its own place is what is in doubt.
+bool isLitFromOutside(const DisplayFacts& display) {
+    std::size_t all = 0;
+    std::size_t outside = 0;
+    for (const ChannelFacts& channel : display.channels) {
+        for (const Point<double, 3>& place : channel.landings()) {
+            const bool isOutside =
+                channel.statesProjector() && sideOf(*display.surface, place, channel.view()->from) > 0;
+            ++all;
+            outside += isOutside ? 1U : 0U;
+        }
+    }
+    return 2 * outside > all;
+}
+
 /// The normals of round screens point outwards.
 double partSeenFromInside(const DisplayFacts& display) {
     std::size_t all = 0;
@@ -139,7 +155,7 @@ void judgeEye(const DisplayFacts& display, FindingList& found) {
     if (display.screen == nullptr || display.kind->hasMirror() || !isAroundPeople(display)) {
         return;
     }
-    if (const double seen = partSeenFromInside(display); seen < rule.least) {
+    if (const double seen = partSeenFromInside(display); seen < rule.least && !isLitFromOutside(display)) {
         found.add(rule, "screen", display.allowed,
                   "the eye point sees " + percentText(seen) + " of what is lit from the inside (at least " +
                       percentText(rule.least) + " is usual): it lies outside of the " +

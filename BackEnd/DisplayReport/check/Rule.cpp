@@ -82,7 +82,8 @@ constexpr std::array RULES{
     Rule{"heaped-pictures", WARNING, 0.0, 0.1,
          "three and more directions within a tenth of a field of view light one spot: degrees for radians"},
 
-    Rule{"screen-size", WARNING, 0.3, 150.0, "largest extent in metres: from desktop models to the largest domes"},
+    Rule{"screen-size", WARNING, 0.3, 150.0,
+         "largest extent in metres; from 0.1 for models and up to 500 for facades, where the other lengths fit"},
     Rule{"mirror-size", WARNING, 0.1, 20.0, "radius in sizes of the screen that it shows: 0.9 in collimated displays"},
     Rule{"mirror-focus", WARNING, 1.25, 3.0,
          "radius of the mirror in radii of a spherical screen: twice shows the picture far away, 1.9 occurs"},
@@ -105,6 +106,8 @@ constexpr std::array RULES{
     Rule{"same-file", WARNING, -NONE, NONE, "what was measured is not what was designed"},
     Rule{"mostly-dark", WARNING, 0.0, 0.9, "part of the screen that no channel lights, coarsely: 0.81 occurs", ALL},
 
+    Rule{"mirrored-areas", REMARK, -NONE, NONE,
+         "all channels mirror their pictures, as a screen lit from behind needs"},
     Rule{"without-effect", REMARK, -NONE, NONE, "values that the kind of target data does not use"},
     Rule{"dark-parts", REMARK, 0.0, 0.02, "part of the screen that no channel lights, coarsely", ALL},
     Rule{"narrow-overlap", REMARK, 0.04, NONE, "part of the picture: blending needs some pixels", ALL},

@@ -1,5 +1,6 @@
 #include "Common/Utf8.h"
 #include "Configuration/IScreenConfig.h"
+#include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
 #include "Configuration/UnitConversionTable.h"
 #include "Configuration/XMLConfigManager.h"
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <numbers>
 
 namespace Veltrani::DisplayReport {
@@ -41,16 +43,72 @@ std::string plausibleUnit(double length, const DisplayFacts& display) {
     return {};
 }
 
+/// From a point to the nearest of a box, 0 within it.
+double distanceTo(const Extent& box, const Point<double, 3>& point) {
+    Point<double, 3> away;
+    for (std::size_t i = 0; i < 3; ++i) {
+        away[i] = point[i] - std::clamp(point[i], box.minimum()[i], box.maximum()[i]);
+    }
+    return norm(away);
+}
+
+/// The longest that the file states beside the size of the screen, metres: how far places lie from the origin, and
+/// layouts.
+double longestOtherLength(const ScreenCase& c) {
+    double longest = std::max(norm(c.display.eye), norm(c.screen.getCentre()));
+    for (const ChannelFacts& channel : c.display.channels) {
+        const ProjectorConfig& p = channel.projector();
+        longest = std::max({longest, norm(p.getPosition()), std::abs(p.getLayoutXMax() - p.getLayoutXMin()),
+                            std::abs(p.getLayoutYMax() - p.getLayoutYMin())});
+    }
+    return longest * c.display.metres;
+}
+
+/// Why the other lengths of the file do not fit a screen that is a model or a facade; empty where they do. A slip in
+/// the unit of the screen alone shows beside them; one in that of the whole file puts the eye nearer than eyes can
+/// see, or higher than people stand.
+std::string misfitOfSize(const ScreenCase& c, double metres) {
+    constexpr double NEAREST = 0.25;  // metres: an eye sees nothing sharp nearer
+    constexpr double FARTHEST = 5.0;  // sizes of a model
+    constexpr double HIGHEST = 20.0;  // metres above the origin
+    constexpr double TENTH = 0.1;
+    const bool isModel = metres < SMALLEST_ROOM;
+    const double away = distanceTo(c.display.box, c.display.eye) * c.display.metres;
+    const double height = c.display.isEyeStated ? c.display.eye[2] * c.display.metres : 0.0;
+    const double longest = longestOtherLength(c);
+    if (isModel && !c.display.isEyeStated) {
+        return "a model has an eye point before it";
+    }
+    if (isModel && (away < NEAREST || away > FARTHEST * metres)) {
+        return "a model is seen from 0.25 m to 5 sizes away, and the eye point lies " + lengthText(away, "m") + " away";
+    }
+    if (!isModel && std::abs(height) > HIGHEST) {
+        return "a facade is seen from the ground, and the eye point lies at a height of " + lengthText(height, "m");
+    }
+    if (!isModel && longest < TENTH * metres) {
+        return "beside a facade other lengths are a tenth of it and more, and the longest is " +
+               lengthText(longest, "m");
+    }
+    return {};
+}
+
 void judgeSize(const ScreenCase& c) {
     const Rule& rule = Rule::named("screen-size");
+    constexpr double SMALLEST_MODEL = 0.1;  // metres
+    constexpr double LARGEST_FACADE = 500.0;
     const double metres = c.display.size * c.display.metres;
     if (c.display.surface == nullptr || c.display.metres <= 0 || (metres >= rule.least && metres <= rule.most)) {
         return;
     }
+    const bool mayBe = metres >= SMALLEST_MODEL && metres <= LARGEST_FACADE;
+    const std::string misfit = mayBe ? misfitOfSize(c, metres) : std::string();
+    if (mayBe && misfit.empty()) {
+        return;
+    }
     const std::string unit = plausibleUnit(c.display.size, c.display);
     c.report(rule.name, "screen",
-             "it measures " + lengthText(c.display.size, c.display.unit) +
-                 ", and rooms hold screens of 0.3 to 150 m: " + (unit.empty() ? "check its numbers" : unit) +
+             "it measures " + lengthText(c.display.size, c.display.unit) + ", and rooms hold screens of 0.3 to 150 m" +
+                 (misfit.empty() ? "" : " (" + misfit + ")") + ": " + (unit.empty() ? "check its numbers" : unit) +
                  "; check lengthUnit, or fileUnit for meshes");
 }
 
@@ -98,10 +156,25 @@ void judgeDistance(const ScreenCase& c, const std::string& where, const Point<do
     }
 }
 
+/// Whether the eye sees the front of a plane screen, where s runs to the right and t upwards: the rear wall of a cave
+/// is turned to the eye, a wall with a wrong sign shows its back.
+bool isTurnedToTheEye(const ScreenCase& c) {
+    constexpr double STEP = 0.02;
+    const bool isPlane = c.screen.getShape() == L"Flat" || c.screen.getShape() == L"Ruled";
+    Point<double, 3> here;
+    Point<double, 3> right;
+    Point<double, 3> up;
+    return isPlane && c.display.content && c.display.content->isValid() &&
+           c.display.content->mapInto3D({0.5, 0.5}, here, false) &&
+           c.display.content->mapInto3D({0.5 + STEP, 0.5}, right, false) &&
+           c.display.content->mapInto3D({0.5, 0.5 + STEP}, up, false) &&
+           dot(cross(right - here, up - here), here - c.display.eye) < 0;
+}
+
 void judgeForward(const ScreenCase& c) {
     const bool isBehind = c.display.isEyeStated && !c.display.box.empty() && !c.display.kind->hasMirror() &&
                           c.display.box.maximum()[1] < c.display.eye[1];
-    if (isBehind) {
+    if (isBehind && !isTurnedToTheEye(c)) {
         const bool isMesh = c.screen.getShape() == L"Mesh";
         c.report("behind-eye", "screen",
                  "all of it lies behind the eye point, up to y = " + roundedText(c.display.box.maximum()[1]) +

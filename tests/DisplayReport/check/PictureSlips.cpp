@@ -89,6 +89,39 @@ const Slip SLIPS[] = {
     {"width and height of the screen exchanged", "rows", "<Size width='6' height='2.5'/>",
      "<Size width='2.5' height='6'/>", "channel Upper left: its ScreenArea is 0.41667 times as wide as high"},
     {"a height of ten times", "cockpit", "bottom='0' top='1'", "bottom='0' top='0.1'", "[area-stretched]"},
+    // pictures on one spot, and mirrored ones
+    {"one area upright among mirrored ones", "mirrored-areas", "left='1' right='0.45'", "left='0.45' right='1'",
+     "channel Left: ScreenArea left 0.55 lies beyond right 0, which mirrors the picture: exchange the two "
+     "[edges-exchanged]"},
+    {"edges of all frusta exchanged", "wall-rays", "left='-16' right='16'", "left='16' right='-16'",
+     "channel Left: Frustum left 16 deg lies beyond right -16 deg, which mirrors the picture: exchange the two "
+     "[edges-exchanged]"},
+    {"mirrored areas, called otherwise", "mirrored-areas", "<Name>Left</Name>", "<Name>Port</Name>",
+     "channels: ScreenArea left lies beyond right in all 2 of them, which mirrors every picture, as a screen that is "
+     "lit from behind needs [mirrored-areas]"},
+    {"a rear wall that is not turned to its eye", "cave-rear", "<Orientation z='180' x='0' y='0'/>", "",
+     "screen: all of it lies behind the eye point, up to y = -1.5 with the eye at y = 0, and +y is forward: check the "
+     "signs of its y, and the EyePoint [behind-eye]"},
+    {"an eye outside of its closed cylinder", "closed-cylinder", "<EyePoint x='0' y='0' z='1.6'/>",
+     "<EyePoint x='0' y='-16' z='1.6'/>", "screen: the eye point sees "},
+    // sizes
+    {"a size in inches, read in metres", "wall", "<Size width='6' height='2.5'/>", "<Size width='236' height='98.4'/>",
+     "screen: it measures 236 m, and rooms hold screens of 0.3 to 150 m (beside a facade other lengths are a tenth of "
+     "it and more, and the longest is 5.265 m): its numbers would be plausible in cm; check lengthUnit, or fileUnit "
+     "for "
+     "meshes [screen-size]"},
+    {"metres, read in inches", "wall", "lengthUnit='m'", "lengthUnit='in'",
+     "screen: it measures 0.1524 m, and rooms hold screens of 0.3 to 150 m (a model is seen from 0.25 m to 5 sizes "
+     "away, and the eye point lies 0.127 m away): its numbers would be plausible in m, if cm is stated; check "
+     "lengthUnit, or fileUnit for meshes [screen-size]"},
+    {"millimetres, read in inches", "wall", "<Size width='6' height='2.5'/>", "<Size width='152.4' height='63.5'/>",
+     "[screen-size]"},
+    {"millimetres, read in feet", "wall", "<Size width='6' height='2.5'/>", "<Size width='1828.8' height='762'/>",
+     "screen: it measures 1828.8 m, and rooms hold screens of 0.3 to 150 m: its numbers would be plausible in mm"},
+    {"a facade seen from its roof", "facade", "z='1.7'", "z='67'",
+     "(a facade is seen from the ground, and the eye point lies at a height of 67 m)"},
+    {"a model without its eye", "model", "<EyePoint x='0' y='-0.2' z='0.1'/>", "",
+     "screen: it measures 0.25 m, and rooms hold screens of 0.3 to 150 m (a model has an eye point before it)"},
 };
 
 }  // namespace

@@ -1,6 +1,9 @@
 #include "DisplayParts.h"
 #include "SoundDisplays.h"
 
+#include <cmath>
+#include <numbers>
+
 namespace sound {
 
 namespace {
@@ -79,6 +82,65 @@ Display mixedRays() {
             {}};
 }
 
+Display caveRear() {
+    return {"cave-rear",
+            display("<Screen shape='Flat'><EyePoint x='0' y='0' z='1.6'/><Centre x='0' y='-1.5' z='1.25'/>"
+                    "<Orientation z='180' x='0' y='0'/><Size width='3' height='2.5'/></Screen>",
+                    of("PlanarBasic"),
+                    projector(1, "Back", area("0", "1", "0", "1") + layout("0", "3", "0", "2.5"),
+                              "<Resolution width='1600' height='1300'/>")),
+            {}};
+}
+
+Display mirroredAreas() {
+    return {"mirrored-areas",
+            display(WALL, of("PlanarBasic"),
+                    projector(1, "Left", area("0.55", "0", "0", "1") + layout("0", "3.3", "0", "2.5")) +
+                        projector(2, "Right", area("1", "0.45", "0", "1") + layout("2.7", "6", "0", "2.5"))),
+            {}};
+}
+
+/// Four projectors around a column that people walk around.
+Display column() {
+    std::string projectors;
+    for (int i = 0; i < 4; ++i) {
+        const double z = 90.0 * i;
+        const double radians = z * std::numbers::pi / 180.0;
+        projectors += projector(
+            i + 1, "Side " + std::to_string(i + 1),
+            turned(std::to_string(z), "0", "0") + frustum("-13", "13", "-8.3", "8.3") +
+                at(std::to_string(-8.0 * std::sin(radians)), std::to_string(-8.0 * std::cos(radians)), "2.2"));
+    }
+    return {"column",
+            display("<Screen shape='Cylinder'><EyePoint x='0' y='-8' z='1.6'/><Centre x='0' y='0' z='2.2'/>"
+                    "<Radius value='2'/><Size height='3'/></Screen>",
+                    of("ProjectorCentric"), projectors),
+            {}};
+}
+
+Display facade() {
+    const std::string fine = "<Resolution width='3840' height='2400'/>";
+    return {
+        "facade",
+        display("<Screen shape='Flat'><EyePoint x='0' y='0' z='1.7'/><Centre x='0' y='90' z='20'/>"
+                "<Size width='180' height='40'/></Screen>",
+                of("PlanarBasic"),
+                projector(1, "West", area("0", "0.37", "0", "1") + layout("0", "66.6", "0", "40"), fine) +
+                    projector(2, "Middle", area("0.31", "0.69", "0", "1") + layout("55.8", "124.2", "0", "40"), fine) +
+                    projector(3, "East", area("0.63", "1", "0", "1") + layout("113.4", "180", "0", "40"), fine)),
+        {}};
+}
+
+Display model() {
+    return {"model",
+            display("<Screen shape='Flat'><EyePoint x='0' y='-0.2' z='0.1'/><Centre x='0' y='0.2' z='0.1'/>"
+                    "<Size width='0.25' height='0.16'/></Screen>",
+                    of("ProjectorCentric"),
+                    projector(1, "Pico",
+                              turned("0", "0", "0") + frustum("-20", "20", "-12.8", "12.8") + at("0", "-0.12", "0.1"))),
+            {}};
+}
+
 Display anamorphic() {
     return {
         "anamorphic",
@@ -91,7 +153,8 @@ Display anamorphic() {
 }  // namespace
 
 std::vector<Display> uncommon() {
-    return {lenses(), cutFisheye(), equalAngles(), mixedAreas(), mixedRays(), anamorphic()};
+    return {lenses(),        cutFisheye(), equalAngles(), mixedAreas(), mixedRays(), caveRear(),
+            mirroredAreas(), column(),     facade(),      model(),      anamorphic()};
 }
 
 }  // namespace sound
