@@ -10,6 +10,7 @@
 #include <regex>
 #include <sstream>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -55,6 +56,35 @@ TEST(CheckCommand, AChannelWithoutResolutionIsAFaultWhereCommandsFail) {
         EXPECT_EQ(runScreenManager({"coverage", "--quiet", file}).exitCode, 1);
         EXPECT_EQ(runScreenManager({"map", "--quiet", file, "--channel", channel, "--grid"}).exitCode, 3);
     }
+}
+
+/// What stands in the column "throw" of a channel of two projectors before a wall, the second of which looks away.
+std::string throwsOf(const TemporaryFolder& folder, const std::vector<std::string>& options) {
+    const auto projector = [](const std::string& id, const std::string& z) {
+        return "<Projector id='" + id + "'><Resolution width='1920' height='1200'/><Orientation z='" + z +
+               "' x='0' y='0'/><Frustum left='-16' right='16' bottom='-10.2' top='10.2'/>"
+               "<Position x='0' y='1' z='1'/></Projector>";
+    };
+    std::vector<std::string> arguments{"check"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    arguments.push_back(
+        folder.write("wall.xml",
+                     "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'>"
+                     "<Centre x='0' y='5' z='1'/><Size width='4' height='2'/></Screen><TargetData type='3D'/>"
+                     "<Projectors>" +
+                         projector("A", "0") + projector("B", "120") + "</Projectors></Display>"));
+    return runScreenManager(arguments).output;
+}
+
+TEST(CheckCommand, AThrowThatIsNotMeasuredIsNotCalledUnstated) {
+    const TemporaryFolder folder;
+    const std::string whole = throwsOf(folder, {});
+    EXPECT_THAT(whole, HasSubstr("  4 m "));
+    EXPECT_THAT(whole, HasSubstr("  middle misses "));
+    EXPECT_THAT(whole, testing::Not(HasSubstr("not stated")));
+    const std::string quick = throwsOf(folder, {"--quick"});
+    EXPECT_THAT(quick, HasSubstr("  not measured  not measured  "));
+    EXPECT_THAT(quick, testing::Not(HasSubstr("not stated")));
 }
 
 TEST(CheckCommand, FaultsAreToldAndExitWithOne) {

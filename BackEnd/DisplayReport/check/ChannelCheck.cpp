@@ -86,18 +86,31 @@ std::string landedText(const ChannelFacts& channel, const DisplayFacts& display)
     return channel.light() == nullptr ? "not known" : percentText(channel.landed());
 }
 
+/// Only a projector has a throw that can be measured; what is not measured is not missing from the file.
+std::string throwText(const ChannelFacts& channel, const DisplayFacts& display) {
+    if (channel.throwDistance() > 0) {
+        return lengthText(channel.throwDistance(), display.unit);
+    }
+    if (!channel.statesProjector()) {
+        return "not stated";
+    }
+    if (!display.isMeasured) {
+        return "not measured";
+    }
+    return channel.light() == nullptr ? "not known" : "middle misses";
+}
+
 /// What `check` shows of a channel, a column each; behind them stand the values that only some displays have.
 std::vector<DisplayFact> factsOf(const ChannelFacts& channel, const DisplayFacts& display,
                                  const LocatorSource& source) {
     const ProjectorConfig& projector = channel.projector();
     const ChannelView* const view = channel.view();
-    const double throwDistance = channel.throwDistance();
     return {{"picture", pictureText(projector)},
             {"targets by", source.text},
             {"position", view == nullptr ? "" : positionText(*view, display.unit)},
             {"looks", view == nullptr ? "" : viewText(*view)},
             {"field of view", view == nullptr ? "" : fieldText(*view)},
-            {"throw", throwDistance > 0 ? lengthText(throwDistance, display.unit) : "not stated"},
+            {"throw", throwText(channel, display)},
             {"on screen", landedText(channel, display)},
             {"device", deviceText(projector)},
             {"note", toUtf8(projector.getText(L"Note"))}};

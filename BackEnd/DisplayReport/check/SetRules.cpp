@@ -70,11 +70,22 @@ void judgeSnippet(const ChannelFacts& channel, FindingList& found) {
     }
 }
 
-void judgeNames(const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
-    if (first.name() == second.name()) {
-        reportPair(first, second, found, "same-name",
-                   "an earlier channel has this name, so the library calls this one " + second.name() +
-                       "_01: give it a name of its own");
+/// Channels that share a name, each once.
+void judgeNames(const Channels& channels, FindingList& found) {
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const auto isNamesake = [&](const ChannelFacts& other) { return other.name() == channels[i].name(); };
+        const auto all = std::count_if(channels.begin(), channels.end(), isNamesake);
+        const auto here = channels.begin() + static_cast<std::ptrdiff_t>(i);
+        const auto earlier = std::count_if(channels.begin(), here, isNamesake);
+        if (earlier > 0) {
+            const ChannelFacts& first = *std::find_if(channels.begin(), here, isNamesake);
+            reportPair(first, channels[i], found, "same-name",
+                       std::to_string(all) +
+                           " channels have this name, which should be of one alone, so the library "
+                           "calls this one " +
+                           channels[i].name() + (earlier < 10 ? "_0" : "_") + std::to_string(earlier) +
+                           ": give each a name of its own");
+        }
     }
 }
 
@@ -115,22 +126,45 @@ const char* sourceText(const DisplayKind& kind) {
     return "";
 }
 
-/// Whether two pictures light one part of the screen: an inset is smaller, and a neighbour lies beside.
-bool isNearlySame(const ChannelFacts& first, const ChannelFacts& second) {
-    const Rule& rule = Rule::named("nearly-same-picture");
-    constexpr double LARGER = 1.5;
-    constexpr double DIAGONALS_OF_SPREAD = 3.4641;  // of an evenly lit rectangle: the root of 12
-    if (first.landings().empty() || second.landings().empty()) {
-        return false;
+/// How two pictures lie on the screen.
+struct Likeness {
+    double apart = 0;         ///< their middles, native units
+    double usual = 0;         ///< the least distance of neighbours, native units
+    double timesAsLarge = 0;  ///< the second, of the first
+
+    /// An inset is smaller, and a neighbour lies beside.
+    [[nodiscard]] bool isNearlySame() const {
+        constexpr double LARGER = 1.35;
+        return apart < usual && timesAsLarge < LARGER && timesAsLarge > 1.0 / LARGER;
     }
+};
+
+/// Only of pictures that land.
+Likeness likenessOf(const ChannelFacts& first, const ChannelFacts& second) {
+    const Rule& rule = Rule::named("nearly-same-picture");
+    constexpr double DIAGONALS_OF_SPREAD = 3.4641;  // of an evenly lit rectangle: the root of 12
     const double one = first.spreadOfLight();
     const double other = second.spreadOfLight();
-    const double apart = norm(first.middleOfLight() - second.middleOfLight());
-    return std::max(one, other) < LARGER * std::min(one, other) &&
-           apart < rule.least * DIAGONALS_OF_SPREAD * std::min(one, other);
+    return {norm(first.middleOfLight() - second.middleOfLight()),
+            rule.least * DIAGONALS_OF_SPREAD * std::min(one, other), one > 0 ? other / one : 0.0};
 }
 
-void judgeCopies(const DisplayKind& kind, const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
+bool isNearlySame(const ChannelFacts& first, const ChannelFacts& second) {
+    return !first.landings().empty() && !second.landings().empty() && likenessOf(first, second).isNearlySame();
+}
+
+/// What was found of two pictures in one place, and what would be usual.
+std::string likenessText(const DisplayFacts& display, const ChannelFacts& first, const ChannelFacts& second) {
+    const Likeness likeness = likenessOf(first, second);
+    return "its picture has the middle and the size of that of " + first.where() + ", " +
+           lengthText(likeness.apart, display.unit) + " apart and " + significantText(likeness.timesAsLarge) +
+           " times as large (neighbours lie " + lengthText(likeness.usual, display.unit) +
+           " apart and more, insets differ by 1.35 times and more)";
+}
+
+void judgeCopies(const DisplayFacts& display, const ChannelFacts& first, const ChannelFacts& second,
+                 FindingList& found) {
+    const DisplayKind& kind = *display.kind;
     if (!first.locator() || !second.locator()) {
         return;
     }
@@ -145,7 +179,7 @@ void judgeCopies(const DisplayKind& kind, const ChannelFacts& first, const Chann
                 "are allowed by name");
     } else if (isNearlySame(first, second)) {
         reportPair(first, second, found, "nearly-same-picture",
-                   "its picture has the middle and the size of that of " + first.where() +
+                   likenessText(display, first, second) +
                        ": check what both state for copies, units and signs; projectors on top of each other are "
                        "allowed by name");
     } else if (kind.addressedBy == DisplayKind::Addressing::PROJECTOR &&
@@ -270,13 +304,13 @@ void judgeSets(const DisplayFacts& display, FindingList& found) {
     for (const ChannelFacts& channel : display.channels) {
         judgeSnippet(channel, found);
     }
+    judgeNames(display.channels, found);
     // What holds for all of them is reported once.
     const bool isHeaped = display.kind != nullptr && judgeHeap(display, found);
     forPairs(display.channels, [&](const ChannelFacts& first, const ChannelFacts& second) {
         judgeDevices(first, second, found);
-        judgeNames(first, second, found);
         if (display.kind != nullptr && !isHeaped) {
-            judgeCopies(*display.kind, first, second, found);
+            judgeCopies(display, first, second, found);
         }
     });
     if (display.kind != nullptr) {

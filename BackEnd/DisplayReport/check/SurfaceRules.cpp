@@ -130,18 +130,20 @@ void judgeTexture(const ScreenCase& c, const std::string& where, const std::shar
     // From outside, a globe shows the back of what is meant to be seen from within: that is a matter of the eye.
     const bool isRound = c.screen.getShape() == L"Sphere" || c.screen.getShape() == L"Cylinder";
     const bool isEyeKnown = c.display.isEyeStated || c.display.box.minimum()[1] > 0;
+    const auto places = [](int count) { return ", at " + std::to_string(count) + " of 5 places (0 is usual): "; };
     if (run.down > run.up) {
         c.report("mirrored-texture", where,
-                 "t runs downwards, so that pictures stand on their heads: check t of the texture coordinates, the "
-                 "Orientation, the rails, and up of ImportOrientation");
+                 "t runs downwards, so that pictures stand on their heads" + places(run.down) +
+                     "check t of the texture coordinates, the Orientation, the rails, and up of ImportOrientation");
     } else if (run.mirrored > 0 && run.right == 0 && !isRound && isEyeKnown) {
         c.report("mirrored-texture", where,
-                 "s runs to the left as the eye point sees the screen, so that pictures are mirrored: check s of the "
-                 "texture coordinates, the Orientation, and the order of the rails");
+                 "s runs to the left as the eye point sees the screen, so that pictures are mirrored" +
+                     places(run.mirrored) +
+                     "check s of the texture coordinates, the Orientation, and the order of the rails");
     } else if (run.upright > 0 && run.up == 0 && run.down == 0) {
         c.report("mirrored-texture", where,
-                 "s runs up or down, so that pictures lie on their sides: check up of ImportOrientation, and the "
-                 "Orientation");
+                 "s runs up or down, so that pictures lie on their sides" + places(run.upright) +
+                     "check up of ImportOrientation, and the Orientation");
     }
 }
 

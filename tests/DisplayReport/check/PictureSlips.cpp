@@ -90,6 +90,12 @@ const Slip SLIPS[] = {
      "<Size width='2.5' height='6'/>", "channel Upper left: its ScreenArea is 0.41667 times as wide as high"},
     {"a height of ten times", "cockpit", "bottom='0' top='1'", "bottom='0' top='0.1'", "[area-stretched]"},
     // pictures on one spot, and mirrored ones
+    {"a focus as large as its picture", "focus", "left='-22' right='22' bottom='-10' top='10'",
+     "left='-30' right='30' bottom='-13.5' top='13.5'",
+     "channel Focus: its picture has the middle and the size of that of channel Wide, "},
+    {"all names copied", "wall-rays", "<Name>Centre</Name>", "<Name>Left</Name>",
+     "channel Left: 2 channels have this name, which should be of one alone, so the library calls this one Left_01: "
+     "give each a name of its own [same-name]"},
     {"one area upright among mirrored ones", "mirrored-areas", "left='1' right='0.45'", "left='0.45' right='1'",
      "channel Left: ScreenArea left 0.55 lies beyond right 0, which mirrors the picture: exchange the two "
      "[edges-exchanged]"},
@@ -102,6 +108,9 @@ const Slip SLIPS[] = {
     {"a rear wall that is not turned to its eye", "cave-rear", "<Orientation z='180' x='0' y='0'/>", "",
      "screen: all of it lies behind the eye point, up to y = -1.5 with the eye at y = 0, and +y is forward: check the "
      "signs of its y, and the EyePoint [behind-eye]"},
+    {"a wall on its head", "wall", "<Size", "<Orientation z='0' x='0' y='180'/><Size",
+     "screen: t runs downwards, so that pictures stand on their heads, at 5 of 5 places (0 is usual): check t of the "
+     "texture coordinates, the Orientation, the rails, and up of ImportOrientation [mirrored-texture]"},
     {"an eye outside of its closed cylinder", "closed-cylinder", "<EyePoint x='0' y='0' z='1.6'/>",
      "<EyePoint x='0' y='-16' z='1.6'/>", "screen: the eye point sees "},
     // sizes

@@ -159,7 +159,8 @@ const Slip SLIPS[] = {
     {"a mesh upside down", "mesh-wall", "up='Y' forward='-Z'", "up='-Y' forward='-Z'",
      "screen: t runs downwards, so that pictures stand on their heads"},
     {"a mesh on its side", "mesh-wall", "up='Y' forward='-Z'", "up='X' forward='-Z'",
-     "screen: s runs up or down, so that pictures lie on their sides: check up of ImportOrientation"},
+     "screen: s runs up or down, so that pictures lie on their sides, at 5 of 5 places (0 is usual): check up of "
+     "ImportOrientation, and the Orientation [mirrored-texture]"},
     {"a wall turned its back", "wall", "<Size", "<Orientation z='180' x='0' y='0'/><Size",
      "screen: s runs to the left as the eye point sees the screen, so that pictures are mirrored"},
     {"a wall upside down", "wall", "<Size", "<Orientation z='0' x='0' y='180'/><Size", "screen: t runs downwards"},
@@ -286,7 +287,7 @@ const Slip SLIPS[] = {
     {"a map of another projector", "warped-wall", "right.map", "left.map",
      "channel Right: CustomPlanarMap are those of channel Left"},
     {"a name copied", "wall", "<Name>Right</Name>", "<Name>Left</Name>",
-     "channel Left: an earlier channel has this name, so the library calls this one Left_01"},
+     "channel Left: 2 channels have this name, which should be of one alone, so the library calls this one Left_01"},
     {"a MAC address copied", "wall", "02:00:00:00:00:03", "02:00:00:00:00:01",
      "channel Right: its device has the MAC address 02:00:00:00:00:01 of channel Left"},
     {"a MAC address copied, spelled otherwise", "wall", "02:00:00:00:00:03", "02-00-00-00-00-01", "[same-device]"},

@@ -141,6 +141,19 @@ Display model() {
             {}};
 }
 
+/// Two projectors in a stack, one of which lights the middle more finely.
+Display focus() {
+    const std::string wide = "<Resolution width='3840' height='1600'/>";
+    return {
+        "focus",
+        display(WALL, of("ProjectorCentric"),
+                projector(1, "Wide", turned("0", "0", "0") + frustum("-31", "31", "-14", "14") + at("0", "0", "1.65"),
+                          wide) +
+                    projector(2, "Focus",
+                              turned("0", "0", "0") + frustum("-22", "22", "-10", "10") + at("0", "0", "1.66"), wide)),
+        {}};
+}
+
 Display anamorphic() {
     return {
         "anamorphic",
@@ -154,7 +167,7 @@ Display anamorphic() {
 
 std::vector<Display> uncommon() {
     return {lenses(),        cutFisheye(), equalAngles(), mixedAreas(), mixedRays(), caveRear(),
-            mirroredAreas(), column(),     facade(),      model(),      anamorphic()};
+            mirroredAreas(), column(),     facade(),      model(),      focus(),     anamorphic()};
 }
 
 }  // namespace sound
