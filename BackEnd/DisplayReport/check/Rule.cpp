@@ -102,6 +102,8 @@ constexpr std::array RULES{
          "shift in sizes of the screen, and ratio of the sizes: 0.004 and 1.01 occur, a part that is not scanned more"},
     Rule{"mirrored-texture", WARNING, -NONE, NONE, "s grows to the right and t upwards as the eye sees the screen"},
     Rule{"rails-exchanged", WARNING, -NONE, NONE, "the upper rail lies above the lower one"},
+    Rule{"uneven-rails", WARNING, 0.0, 4.0,
+         "steps of one rail in those of the other, which run side by side: 1.4 occurs"},
     Rule{"twisted-rails", WARNING, -NONE, NONE, "rails run side by side: where one turns back, the surface folds"},
     Rule{"same-file", WARNING, -NONE, NONE, "what was measured is not what was designed"},
     Rule{"mostly-dark", WARNING, 0.0, 0.9, "part of the screen that no channel lights, coarsely: 0.81 occurs", ALL},

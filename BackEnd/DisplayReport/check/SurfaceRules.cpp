@@ -190,6 +190,34 @@ void judgeTwist(const ScreenCase& c) {
     }
 }
 
+/// Rails run side by side, so that the steps from point to point of both are of one size. A rail that is a single
+/// point, as the tip of a fan, has none.
+void judgeSteps(const ScreenCase& c) {
+    const Rule& rule = Rule::named("uneven-rails");
+    const auto lower = c.screen.getLowerRail();
+    const auto upper = c.screen.getUpperRail();
+    if (c.screen.getShape() != L"Ruled" || lower.size() != upper.size()) {
+        return;
+    }
+    double worst = 1.0;
+    std::size_t at = 0;
+    for (std::size_t i = 1; i < lower.size(); ++i) {
+        const double below = norm(lower[i] - lower[i - 1]);
+        const double above = norm(upper[i] - upper[i - 1]);
+        const double ratio = std::min(below, above) > 0 ? std::max(below / above, above / below) : 1.0;
+        at = ratio > worst ? i : at;
+        worst = std::max(worst, ratio);
+    }
+    if (worst > rule.most) {
+        c.report(
+            rule.name, "screen",
+            "the rails run at different paces: from point " + std::to_string(at) + " to " + std::to_string(at + 1) +
+                " the LowerRail goes " + lengthText(norm(lower[at] - lower[at - 1]), c.display.unit) +
+                ", the UpperRail " + lengthText(norm(upper[at] - upper[at - 1]), c.display.unit) +
+                " (up to 4 times as far is usual): check the digits of these points, and lengthUnit of both rails");
+    }
+}
+
 /// How the points of a mesh lie around the eye, in plan.
 struct Surround {
     Heading middle;
@@ -297,6 +325,7 @@ void judgeSurface(const DisplayFacts& display, FindingList& found) {
     judgeLying(c);
     judgeRails(c);
     judgeTwist(c);
+    judgeSteps(c);
     judgeFiles(c);
     judgeSameFile(c);
     judgeCloud(c);

@@ -71,6 +71,9 @@ const Border BORDERS[] = {
      "left='-17.5' right='17.5' bottom='-15' top='15'", "left='-17.4' right='17.4' bottom='-15' top='15'"},
     {"lens-off-centre", "lenses", "958.1", "192", "191", "lens.yml"},
     {"lens-off-centre", "lenses", "607.3", "2039", "2041", "lens.yml"},
+    // By hand: the lower rail goes 1.0817 m to its middle, the upper one 4.301 and 4.397 m.
+    {"uneven-rails", "cockpit", "<Point x='0' y='2.2' z='2.2'/>", "<Point x='0' y='1.7' z='6.2'/>",
+     "<Point x='0' y='1.7' z='6.3'/>"},
     {"odd-aspect", "wall", "<Name>Centre</Name><Resolution width='1920' height='1200'",
      "<Name>Centre</Name><Resolution width='1600' height='200'",
      "<Name>Centre</Name><Resolution width='1601' height='200'"},

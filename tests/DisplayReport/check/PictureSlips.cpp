@@ -113,6 +113,14 @@ const Slip SLIPS[] = {
      "texture coordinates, the Orientation, the rails, and up of ImportOrientation [mirrored-texture]"},
     {"an eye outside of its closed cylinder", "closed-cylinder", "<EyePoint x='0' y='0' z='1.6'/>",
      "<EyePoint x='0' y='-16' z='1.6'/>", "screen: the eye point sees "},
+    // rails
+    {"a digit too many in a height", "cockpit", "<Point x='0' y='2.2' z='2.2'/>", "<Point x='0' y='2.2' z='22'/>",
+     "screen: the rails run at different paces: from point 2 to 3 the LowerRail goes 1.082 m, the UpperRail 19.949 m "
+     "(up to 4 times as far is usual): check the digits of these points, and lengthUnit of both rails [uneven-rails]"},
+    {"one rail in centimetres", "cockpit", "<UpperRail>", "<UpperRail lengthUnit='cm'>",
+     "screen: the rails run at different paces: "},
+    {"a digit too many at the end of a rail", "cockpit", "<Point x='1.9' y='0' z='2.1'/>",
+     "<Point x='19' y='0' z='2.1'/>", "from point 4 to 5 the LowerRail goes 1.393 m, the UpperRail 17.781 m"},
     // sizes
     {"a size in inches, read in metres", "wall", "<Size width='6' height='2.5'/>", "<Size width='236' height='98.4'/>",
      "screen: it measures 236 m, and rooms hold screens of 0.3 to 150 m (beside a facade other lengths are a tenth of "
