@@ -31,6 +31,8 @@ constexpr std::array RULES{
     Rule{"area-off-screen", WARNING, -1.0, 2.0,
          "bounds of an area: one whole screen beyond its edges, where 0.2 occurs"},
     Rule{"narrow-view", WARNING, 3.0, 160.0, "field of view in degrees: projectors have 8 to 140"},
+    Rule{"decimal-point", WARNING, -NONE, NONE,
+         "bounds of a frustum to both sides of forward, one exactly 10 or 100 times the other: none occurs"},
     Rule{"fisheye-view", WARNING, 100.0, 250.0,
          "field of view in degrees, at least along the longer side, at most along the shorter: 120 to 220 occur"},
     Rule{"lens-against-frustum", WARNING, 0.7, 1.4,

@@ -74,6 +74,33 @@ void judgeFieldOfView(const ChannelCase& c, const ChannelView& view) {
     judgeSide(c, {"height", view.high, isStraight, isCalibrated(lens)});
 }
 
+/// Two angles to either side of forward.
+struct Pair {
+    const char* lower;
+    const char* upper;
+    double from;
+    double to;
+};
+
+/// Angles to both sides that differ by a power of ten exactly are the same digits, of which one has lost its point.
+void judgeDigits(const ChannelCase& c) {
+    constexpr double EXACT = 1e-6;
+    const ProjectorConfig& p = c.projector;
+    for (const Pair& pair : {Pair{"left", "right", p.getFrustumLeft(), p.getFrustumRight()},
+                             Pair{"bottom", "top", p.getFrustumBottom(), p.getFrustumTop()}}) {
+        const double smaller = std::min(std::abs(pair.from), std::abs(pair.to));
+        const double larger = std::max(std::abs(pair.from), std::abs(pair.to));
+        const bool isToBothSides = pair.from < 0 && pair.to > 0;
+        const auto isTimes = [&](double power) { return std::abs(larger - power * smaller) < EXACT * larger; };
+        if (isToBothSides && (isTimes(10.0) || isTimes(100.0))) {
+            c.report("decimal-point", "Frustum " + std::string(pair.lower) + " is " + degreesText(pair.from) +
+                                          " deg and " + pair.upper + " " + degreesText(pair.to) +
+                                          ", the same digits (to both sides alike would be " + degreesText(larger) +
+                                          "): look for a decimal point that was lost, or is one too many");
+        }
+    }
+}
+
 /// A frustum that stands beside a file has no effect, and still states what the lens is expected to see.
 void judgeLensAgainstFrustum(const ChannelCase& c, const ChannelView& view) {
     const Rule& rule = Rule::named("lens-against-frustum");
@@ -125,6 +152,9 @@ void judgeView(const ChannelCase& c) {
         return;
     }
     judgeFieldOfView(c, *view);
+    if (!isCalibrated(c.channel.lens())) {
+        judgeDigits(c);
+    }
     if (isCalibrated(c.channel.lens())) {
         const Point<int, 2> size = c.channel.lens()->calibratedSize();
         judgePixels(c, "its lens", "calibrated", {static_cast<double>(size[0]), static_cast<double>(size[1])});

@@ -51,6 +51,12 @@ const Slip SLIPS[] = {
      "and 0.6 % of the height off its middle (lens shift makes up to 40 % and 120 %): check cx and cy in its file "
      "[lens-off-centre]",
      "lens.yml"},
+    // angles
+    {"a decimal point too many below", "collimated", "bottom='-18' top='18'", "bottom='-1.8' top='18'",
+     "channel Left: Frustum bottom is -1.8 deg and top 18, the same digits (to both sides alike would be 18): look for "
+     "a decimal point that was lost, or is one too many [decimal-point]"},
+    {"a decimal point too many to one side", "wall-rays", "left='-16' right='16'", "left='-16' right='0.16'",
+     "channel Left: Frustum left is -16 deg and right 0.2, the same digits"},
     // the resolution
     {"no resolution of areas", "rows", HD, "",
      "channel Upper left: its picture has no size in pixels, which coverage, whole maps and some targets need: give it "
