@@ -146,7 +146,8 @@ TEST(CheckCommand, AQuickCheckMeasuresNoLightAndNamesWhatItLeavesOut) {
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_THAT(run.output, HasSubstr("not measured"));
     EXPECT_THAT(run.output,
-                EndsWith("\nNot judged: 10 rules that need light, left out by --quick (looks-away, misses-screen, "
+                EndsWith("\nNot judged: 11 rules that need light, left out by --quick (lens-among-others, looks-away, "
+                         "misses-screen, "
                          "wide-misses-screen, inside-surface, nearly-same-picture, name-against-place, eye-outside, "
                          "mostly-dark, dark-parts, narrow-overlap); check without --quick to judge by them.\n"));
     EXPECT_THAT(runScreenManager({"check", mirroredWall(folder)}).output, testing::Not(HasSubstr("Not judged")));

@@ -4,6 +4,7 @@
 #include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/RuleText.h"
 #include "DisplayReport/coverage/RayLight.h"
+#include "KelvoControl/ProjectionModel.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/TriangleMesh.h"
 #include "ScreenManager/DisplayKinds.h"
@@ -70,6 +71,76 @@ void judgeLanding(const DisplayFacts& display, const ChannelFacts& channel, Find
         report(channel, found, rule.name,
                percentText(1.0 - channel.landed()) + " of its picture misses the screen (at most " +
                    percentText(1.0 - rule.least) + " is usual): " + remedy(display, channel));
+    }
+}
+
+/// The parts of the picture of `channel` that `other` lights as well, along the middle row and the middle column.
+std::pair<double, double> sharedStrips(const ChannelFacts& channel, const ChannelLight& other) {
+    constexpr std::size_t STEPS = 200;
+    std::vector<Point<double, 2>> cross;
+    for (std::size_t i = 0; i < 2 * STEPS; ++i) {
+        const double along = (static_cast<double>(i % STEPS) + 0.5) / STEPS;
+        cross.push_back(i < STEPS ? Point<double, 2>{along, 0.5} : Point<double, 2>{0.5, along});
+    }
+    std::vector<ChannelLight::Landing> landings(cross.size());
+    channel.light()->land(cross, landings);
+    std::array<double, 2> shared{};
+    for (std::size_t i = 0; i < landings.size(); ++i) {
+        shared[i / STEPS] += landings[i].hits && other.lights(landings[i].on) ? 1.0 / STEPS : 0.0;
+    }
+    return {shared[0], shared[1]};
+}
+
+/// Whether most of a picture lies in that of another channel.
+bool isInset(const DisplayFacts& display, const ChannelFacts& channel) {
+    constexpr double MOST = 0.9;
+    return std::any_of(display.channels.begin(), display.channels.end(), [&](const ChannelFacts& other) {
+        if (&other == &channel || other.light() == nullptr) {
+            return false;
+        }
+        const auto [across, upwards] = sharedStrips(channel, *other.light());
+        return std::min(across, upwards) > MOST;
+    });
+}
+
+/// How wide the pictures are that straight lines of sight make, as tangents of half the angle; of all others.
+std::vector<double> widthsOfOthers(const DisplayFacts& display, const ChannelFacts& channel) {
+    std::vector<double> widths;
+    for (const ChannelFacts& other : display.channels) {
+        if (&other != &channel && other.view() != nullptr && other.view()->wide < WIDE_LENS) {
+            widths.push_back(std::tan(0.5 * other.view()->wide));
+        }
+    }
+    std::sort(widths.begin(), widths.end());
+    return widths;
+}
+
+std::string widthText(double halfAsTangent) {
+    return degreesText(2 * std::atan(halfAsTangent));
+}
+
+/// A calibrated lens among others that all see much the same. Its own numbers are plausible whatever they are.
+void judgeLensAmongOthers(const DisplayFacts& display, const ChannelFacts& channel, FindingList& found) {
+    const Rule& rule = Rule::named("lens-among-others");
+    constexpr double ALIKE = 1.35;
+    const ProjectionModel* const lens = channel.lens();
+    if (lens == nullptr || lens->calibratedSize()[0] == 0 || channel.light() == nullptr ||
+        channel.view()->wide > WIDE_LENS) {
+        return;
+    }
+    const std::vector<double> others = widthsOfOthers(display, channel);
+    if (others.size() < 2 || others.back() > ALIKE * others.front()) {
+        return;
+    }
+    const double width = std::tan(0.5 * channel.view()->wide);
+    const bool isApart = width < rule.least * others.front() || width > rule.most * others.back();
+    if (isApart && !isInset(display, channel)) {
+        report(channel, found, rule.name,
+               "its lens sees " + degreesText(channel.view()->wide) + " degrees to the sides, those of all others " +
+                   widthText(others.front()) + " to " + widthText(others.back()) + " (" +
+                   widthText(rule.least * others.front()) + " to " + widthText(rule.most * others.back()) +
+                   " is usual beside them): check fx, fy and the size of the picture in its file, and that the file is "
+                   "that of this lens");
     }
 }
 
@@ -244,23 +315,6 @@ void judgeDarkness(const DisplayFacts& display, FindingList& found) {
     }
 }
 
-/// The parts of the picture of `channel` that `other` lights as well, along the middle row and the middle column.
-std::pair<double, double> sharedStrips(const ChannelFacts& channel, const ChannelLight& other) {
-    constexpr std::size_t STEPS = 200;
-    std::vector<Point<double, 2>> cross;
-    for (std::size_t i = 0; i < 2 * STEPS; ++i) {
-        const double along = (static_cast<double>(i % STEPS) + 0.5) / STEPS;
-        cross.push_back(i < STEPS ? Point<double, 2>{along, 0.5} : Point<double, 2>{0.5, along});
-    }
-    std::vector<ChannelLight::Landing> landings(cross.size());
-    channel.light()->land(cross, landings);
-    std::array<double, 2> shared{};
-    for (std::size_t i = 0; i < landings.size(); ++i) {
-        shared[i / STEPS] += landings[i].hits && other.lights(landings[i].on) ? 1.0 / STEPS : 0.0;
-    }
-    return {shared[0], shared[1]};
-}
-
 void judgeOverlap(const DisplayFacts& display, FindingList& found) {
     const Rule& rule = Rule::named("narrow-overlap");
     for (const ChannelFacts& channel : display.channels) {
@@ -288,6 +342,7 @@ void judgeLight(const DisplayFacts& display, FindingList& found) {
     }
     for (const ChannelFacts& channel : display.channels) {
         judgeLanding(display, channel, found);
+        judgeLensAmongOthers(display, channel, found);
         judgeSide(display, channel, found);
     }
     judgeEye(display, found);

@@ -37,6 +37,9 @@ constexpr std::array RULES{
          "field of view in degrees, at least along the longer side, at most along the shorter: 120 to 220 occur"},
     Rule{"lens-against-frustum", WARNING, 0.7, 1.4,
          "field of view of a calibrated lens in fields of the Frustum beside it: 0.98 to 1.04 occur"},
+    Rule{"lens-among-others", WARNING, 0.6, 1.7,
+         "width of the picture of a calibrated lens, in those of all others, which see much the same: 0.97 occurs",
+         ALL},
     Rule{"lens-off-centre", WARNING, 0.0, 0.4,
          "principal point of a calibrated lens beside the middle, in pictures; upwards and downwards three times that"},
     Rule{

@@ -69,6 +69,9 @@ const Border BORDERS[] = {
      "left='-34' right='34' bottom='-22' top='22'", "left='-35' right='35' bottom='-22' top='22'"},
     {"lens-against-frustum", "lenses", "left='-25' right='25' bottom='-15' top='15'",
      "left='-17.5' right='17.5' bottom='-15' top='15'", "left='-17.4' right='17.4' bottom='-15' top='15'"},
+    // By the same iteration: the limits are at focal lengths of 3468 and 1139.9.
+    {"lens-among-others", "bare-lenses", "2170.4", "3450", "3485", "lens.yml"},
+    {"lens-among-others", "bare-lenses", "2170.4", "1150", "1130", "lens.yml"},
     {"lens-off-centre", "lenses", "958.1", "192", "191", "lens.yml"},
     {"lens-off-centre", "lenses", "607.3", "2039", "2041", "lens.yml"},
     // By hand: the lower rail goes 1.0817 m to its middle, the upper one 4.301 and 4.397 m.

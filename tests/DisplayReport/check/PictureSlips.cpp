@@ -29,6 +29,14 @@ const Slip SLIPS[] = {
     {"a calibrated lens of half the focal length", "lenses", FOCAL, "1085.2, 0., 958.1, 0., 1085.6, 607.3",
      "channel Right: its lens sees 87.2 x 59.8 degrees, and the Frustum beside it, which is not used, has 50 x 30",
      "lens.yml"},
+    {"twice the focal length without a frustum beside it", "bare-lenses", FOCAL, "4340.8, 0., 958.1, 0., 4342.4, 607.3",
+     "channel Right: its lens sees 25.1 degrees to the sides, those of all others 50 to 56 (31.3 to 84.2 is usual "
+     "beside "
+     "them): check fx, fy and the size of the picture in its file, and that the file is that of this lens "
+     "[lens-among-others]",
+     "lens.yml"},
+    {"half the focal length without a frustum beside it", "bare-lenses", FOCAL, "1085.2, 0., 958.1, 0., 1085.6, 607.3",
+     "channel Right: its lens sees 87.2 degrees to the sides", "lens.yml"},
     {"a focal length in millimetres", "lenses", FOCAL, "21.704, 0., 958.1, 0., 21.712, 607.3", "[lens-against-frustum]",
      "lens.yml"},
     {"a point lost in one focal length", "planetarium", "0., 763.9, 1199.5", "0., 76.39, 1199.5",

@@ -15,8 +15,9 @@ const std::string BARREL =
     "distortion_coefficients: !!opencv-matrix\n   rows: 5\n   cols: 1\n   dt: d\n   data: [ -1.42e-01, 8.7e-02, "
     "4.1e-04, -2.6e-04, -1.9e-02 ]\n";
 
-Display lenses() {
-    return {"lenses",
+/// @param right the frustum beside the calibrated lens
+Display lensesWith(const std::string& name, const std::string& right) {
+    return {name,
             display("<Screen shape='Cylinder'><EyePoint x='0' y='0' z='1.6'/><Centre x='0' y='0' z='1.6'/>"
                     "<Radius value='3.5'/><Size height='2.2'/><Azimuth min='-110' max='110'/></Screen>",
                     of("ProjectorCentric"),
@@ -27,8 +28,30 @@ Display lenses() {
                                       frustum("-28", "28", "-15", "15") + at("0", "0.2", "1.9")) +
                         projector(3, "Right",
                                   "<ProjectionModel name='BrownConrady' file='lens.yml'/>" + turned("50", "0", "0") +
-                                      frustum("-25", "25", "-15", "15") + at("0.4", "0.3", "1.9"))),
+                                      right + at("0.4", "0.3", "1.9"))),
             {{"lens.yml", BARREL}}};
+}
+
+Display lenses() {
+    return lensesWith("lenses", frustum("-25", "25", "-15", "15"));
+}
+
+Display bareLenses() {
+    return lensesWith("bare-lenses", "");
+}
+
+/// A calibrated lens of half the width shows the middle of another picture more finely.
+Display lensInset() {
+    Display inset = bareLenses();
+    inset.name = "lens-inset";
+    std::string& text = inset.text;
+    text.replace(text.find("z='50'"), 6, "z='0' ");
+    text.replace(text.find("x='0.4' y='0.3'"), 15, "x='0.1' y='0.3'");
+    text.replace(text.find("<Name>Right"), 11, "<Name>Inset");
+    std::string& lens = inset.files.front().second;
+    lens.replace(lens.find("2170.4"), 6, "4340.8");
+    lens.replace(lens.find("2171.2"), 6, "4342.4");
+    return inset;
 }
 
 const char* const DOME =
@@ -166,8 +189,8 @@ Display anamorphic() {
 }  // namespace
 
 std::vector<Display> uncommon() {
-    return {lenses(),        cutFisheye(), equalAngles(), mixedAreas(), mixedRays(), caveRear(),
-            mirroredAreas(), column(),     facade(),      model(),      focus(),     anamorphic()};
+    return {lenses(),   bareLenses(),    lensInset(), cutFisheye(), equalAngles(), mixedAreas(), mixedRays(),
+            caveRear(), mirroredAreas(), column(),    facade(),     model(),       focus(),      anamorphic()};
 }
 
 }  // namespace sound
