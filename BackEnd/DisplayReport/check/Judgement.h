@@ -35,8 +35,11 @@ struct ChannelCase {
 /// The rules about the numbers of the screen, the eye and the target data.
 void judgeScreen(const DisplayFacts& display, FindingList& found);
 
-/// The rules about how the surface lies and runs, and about the files of the screen.
+/// The rules about how the surface lies and runs.
 void judgeSurface(const DisplayFacts& display, FindingList& found);
+
+/// The rules about what was measured, mesh and cloud, against what was designed.
+void judgeMeasured(const DisplayFacts& display, FindingList& found);
 
 /// The rules about the numbers of single channels.
 void judgeChannels(const DisplayFacts& display, FindingList& found);

@@ -104,7 +104,7 @@ constexpr std::array RULES{
     Rule{"edge-on", WARNING, 0.05, NONE, "sine of the angle under which the eye sees a flat screen"},
     Rule{"lying-mesh", WARNING, 0.0, 0.5, "part of the surface's normals that is vertical while none points forward"},
     Rule{"measured-apart", WARNING, 0.15, 1.5,
-         "shift in sizes of the screen, and ratio of the sizes: 0.004 and 1.01 occur, a part that is not scanned more"},
+         "shift in sizes of the screen, and ratio of the sizes: a part that is not scanned shifts the middle"},
     Rule{"mirrored-texture", WARNING, -NONE, NONE, "s grows to the right and t upwards as the eye sees the screen"},
     Rule{"rails-exchanged", WARNING, -NONE, NONE, "the upper rail lies above the lower one"},
     Rule{"uneven-rails", WARNING, 0.0, 4.0,

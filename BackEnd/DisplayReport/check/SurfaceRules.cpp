@@ -1,16 +1,11 @@
 #include "Common/Utf8.h"
 #include "Configuration/IScreenConfig.h"
-#include "DisplayReport/basics/GeometryText.h"
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/RuleText.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/TriangleMesh.h"
 #include "ScreenManager/DisplayKinds.h"
-#include "ScreenManager/ScreenManager.h"
-
-#include <pcl/point_cloud.h>
-#include <pcl/point_types.h>
 
 #include <algorithm>
 #include <cmath>
@@ -59,30 +54,6 @@ void judgeLying(const ScreenCase& c) {
                  "the mesh lies on its back: " + percentText(parts[2]) +
                      " of it look up or down and none forward, with up Z and forward Y; state the "
                      "axes of the file, ImportOrientation up=\"Y\" forward=\"-Z\" for most OBJ files");
-    }
-}
-
-void judgeApart(const ScreenCase& c, const std::string& where, const Extent& measured, const std::string& axes) {
-    const Rule& rule = Rule::named("measured-apart");
-    if (!c.display.content || measured.empty()) {
-        return;
-    }
-    const Extent content = extentOf(*c.display.content);
-    const double size = norm(content.size());
-    if (content.empty() || size <= 0) {
-        return;
-    }
-    const double ratio = norm(measured.size()) / size;
-    const double shift = norm((measured.minimum() + measured.maximum() - content.minimum() - content.maximum()) * 0.5);
-    const std::string sizes = sizeText(measured, c.display.unit) + " beside " + sizeText(content, c.display.unit);
-    if (ratio > rule.most || ratio < 1.0 / rule.most) {
-        c.report(rule.name, where,
-                 "it is " + significantText(ratio) + " times as large as the content screen, " + sizes +
-                     ": check fileUnit and scale, which hold for all files of the screen");
-    } else if (shift > rule.least * size) {
-        c.report(rule.name, where,
-                 "its middle lies " + lengthText(shift, c.display.unit) + " away from that of the content screen, " +
-                     sizes + ": " + axes);
     }
 }
 
@@ -268,14 +239,6 @@ void judgeAround(const ScreenCase& c) {
     }
 }
 
-void judgeSameFile(const ScreenCase& c) {
-    const std::wstring file = c.screen.getMeasuredMeshFile(0);
-    if (!file.empty() && file == c.screen.getContentMeshFile(0)) {
-        c.report("same-file", "measured mesh",
-                 "it is the file of the content mesh: name the mesh that was measured, or leave MeasuredMesh out");
-    }
-}
-
 void judgeFiles(const ScreenCase& c) {
     const bool hasFiles = !c.screen.getMeasuredMeshFile(0).empty() || !c.screen.getModelPcdFile(0).empty();
     const bool isFollowed = c.screen.getShape() == L"Mesh";
@@ -289,32 +252,6 @@ void judgeFiles(const ScreenCase& c) {
     }
 }
 
-void judgeCloud(const ScreenCase& c) {
-    const auto cloud = ScreenManager::getInstance()->getScreen().getModelPCD();
-    if (c.screen.getModelPcdFile(0).empty() || !cloud) {
-        return;
-    }
-    Extent extent;
-    for (const pcl::PointXYZ& point : *cloud) {
-        extent.add({point.x, point.y, point.z});
-    }
-    if (extent.empty()) {
-        c.report("empty-cloud", "model cloud",
-                 "none of its " + std::to_string(cloud->size()) + " points is finite: check the export of the scan");
-        return;
-    }
-    judgeApart(c, "model cloud", extent, "check up and forward of ImportOrientation, and the origin of the scan");
-    const Rule& rule = Rule::named("single-precision");
-    for (std::size_t i = 0; i < 3; ++i) {
-        const double farthest = std::max(std::abs(extent.minimum()[i]), std::abs(extent.maximum()[i]));
-        if (farthest * c.display.metres > rule.most) {
-            c.report(rule.name, "model cloud",
-                     "coordinates up to " + lengthText(farthest, c.display.unit) +
-                         " lose more than 1 mm in single precision: move its origin to the room");
-            return;
-        }
-    }
-}
 }  // namespace
 
 void judgeSurface(const DisplayFacts& display, FindingList& found) {
@@ -327,12 +264,6 @@ void judgeSurface(const DisplayFacts& display, FindingList& found) {
     judgeTwist(c);
     judgeSteps(c);
     judgeFiles(c);
-    judgeSameFile(c);
-    judgeCloud(c);
-    if (display.measured) {
-        judgeApart(c, "measured mesh", extentOf(*display.measured),
-                   "check up and forward of ImportOrientation, and that both files have one origin");
-    }
     if (display.kind != nullptr) {
         judgeAround(c);
         judgeTexture(c, "screen", display.content);
