@@ -64,6 +64,7 @@ void judge(const DisplayFacts& facts, const CheckOptions& options, DisplayDescri
     judgeScreen(facts, found);
     judgeSurface(facts, found);
     judgePictures(facts, found);
+    judgePlace(facts, found);
     judgeMeasured(facts, found);
     judgeChannels(facts, found);
     judgeLight(facts, found);

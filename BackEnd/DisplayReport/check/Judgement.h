@@ -38,6 +38,9 @@ void judgeScreen(const DisplayFacts& display, FindingList& found);
 /// The rules about how the surface lies and runs.
 void judgeSurface(const DisplayFacts& display, FindingList& found);
 
+/// The rules about where the screen lies around the eye.
+void judgePlace(const DisplayFacts& display, FindingList& found);
+
 /// The rules about what was measured, mesh and cloud, against what was designed.
 void judgeMeasured(const DisplayFacts& display, FindingList& found);
 

@@ -121,6 +121,11 @@ const Border BORDERS[] = {
      "<EyePoint x='0' y='-7' z='1'/>"},
     {"beside-forward", "mesh-wall", "'wall.obj'/><MeasuredMesh file='measured.obj'/>", "'turned58.obj'/>",
      "'turned62.obj'/>"},
+    // Upper and lower rim are 5 m away and 3.7 and 0.7 m high.
+    {"eye-off-height", "closed-cylinder", "<EyePoint x='0' y='0' z='1.6'/>", "<EyePoint x='0' y='0' z='8.6'/>",
+     "<EyePoint x='0' y='0' z='8.8'/>"},
+    {"eye-off-height", "closed-cylinder", "<EyePoint x='0' y='0' z='1.6'/>", "<EyePoint x='0' y='0' z='-7.8'/>",
+     "<EyePoint x='0' y='0' z='-8.1'/>"},
     {"edge-on", "wall", "<EyePoint x='0' y='0' z='1.7'/>", "<EyePoint x='10' y='4.48' z='1.7'/>",
      "<EyePoint x='10' y='4.52' z='1.7'/>"},
     // By hand: of a wall that spans twice the angle a, 1/2 + sin(2 a) / (4 a) looks up: 0.474 and 0.511.

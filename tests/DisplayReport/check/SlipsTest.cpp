@@ -27,8 +27,7 @@ const Slip SLIPS[] = {
      "screen: it measures 6000 m, and rooms hold screens of 0.3 to 150 m: its numbers would be plausible in mm; check "
      "lengthUnit, or fileUnit for meshes [screen-size]"},
     {"metres stated as millimetres", "wall", "lengthUnit='m'", "lengthUnit='mm'",
-     "screen: it measures 0.006 m, and rooms hold screens of 0.3 to 150 m: its numbers would be plausible in m, if mm "
-     "is "
+     "it measures 0.006 m, and rooms hold screens of 0.3 to 150 m: its numbers would be plausible in m, if mm is "
      "stated"},
     {"the size in centimetres", "wall", "<Size width='6' height='2.5'/>", "<Size width='600' height='250'/>",
      "its numbers would be plausible in cm"},
@@ -78,8 +77,7 @@ const Slip SLIPS[] = {
     // signs and turns
     {"an orientation up for down", "table-dome", "z='0' x='-30'", "z='0' x='30'",
      "channel South: nothing of its picture lands on the screen: the middle of its picture looks 59.6 degrees above "
-     "the "
-     "screen's middle: check x of its Orientation"},
+     "the screen's middle: check x of its Orientation"},
     {"a projector that looks backwards", "wall-rays",
      "<Orientation z='0' x='0' y='0'/><Frustum left='-16' right='16' "
      "bottom='-10.2' top='10.2'/><Position x='1.8'",
@@ -110,8 +108,7 @@ const Slip SLIPS[] = {
      "its Position lies on the far side of the screen, seen from the eye, and only 52 % of its picture lands there"},
     {"a projector in its wall", "wall-rays", "<Position x='0' y='1' z='1.7'/>", "<Position x='0' y='4.95' z='1.7'/>",
      "channel Centre: its Position lies 0.05 m from the screen, inside its surface: check its Position, and the Centre "
-     "of "
-     "the screen [inside-surface]"},
+     "of the screen [inside-surface]"},
     {"a projector behind its wall", "wall-rays", "<Position x='0' y='1' z='1.7'/>", "<Position x='0' y='9' z='1.7'/>",
      "channel Centre: nothing of its picture lands"},
     {"a wall behind its eye", "wall", "<Centre x='0' y='5'", "<Centre x='0' y='-5'",
@@ -203,6 +200,9 @@ const Slip SLIPS[] = {
      "screen: the eye point sees 2.6 % of what is lit from the inside"},
     {"an eye outside of its cylinder", "closed-cylinder", "<EyePoint x='0' y='0'", "<EyePoint x='8' y='0'",
      "screen: the eye point sees "},
+    {"a digit too many in the eye", "closed-cylinder", "<EyePoint x='0' y='0' z='1.6'/>",
+     "<EyePoint x='0' y='0' z='16'/>",
+     "eye point: all of the upright screen lies 67.9 degrees and more below its horizon"},
     // left for right, up for down
     {"edges of an area exchanged", "wall", "left='0.31' right='0.69'", "left='0.69' right='0.31'",
      "channel Centre: ScreenArea left 0.69 lies beyond right 0.31, which mirrors the picture: exchange the two "
