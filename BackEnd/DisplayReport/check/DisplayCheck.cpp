@@ -68,6 +68,7 @@ void judge(const DisplayFacts& facts, const CheckOptions& options, DisplayDescri
     judgeMeasured(facts, found);
     judgeChannels(facts, found);
     judgeLight(facts, found);
+    judgeDevices(facts, found);
     judgeSets(facts, found);
     judgeNamedSides(facts, found);
 }

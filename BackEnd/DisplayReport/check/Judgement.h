@@ -61,7 +61,10 @@ void judgePictures(const DisplayFacts& display, FindingList& found);
 /// The rules about where the light of single channels lands; nothing where it was not measured.
 void judgeLight(const DisplayFacts& display, FindingList& found);
 
-/// The rules about channels beside each other: names, devices, copies.
+/// The rules about the devices of channels, and whether two channels have one.
+void judgeDevices(const DisplayFacts& display, FindingList& found);
+
+/// The rules about channels beside each other: names, copies.
 void judgeSets(const DisplayFacts& display, FindingList& found);
 
 /// The rule about names that hold a side, against where the eye sees the pictures.

@@ -1,8 +1,4 @@
-#include "Common/Utf8.h"
-#include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
-#include "DeviceFramework2/DeviceSnippet.h"
-#include "DeviceFramework2/ProjectorAddress.h"
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/check/Judgement.h"
 #include "DisplayReport/check/RuleText.h"
@@ -32,41 +28,6 @@ void forPairs(const Channels& channels, const Judge& judge) {
         for (std::size_t first = 0; first < second; ++first) {
             judge(channels[first], channels[second]);
         }
-    }
-}
-
-void judgeDevices(const ChannelFacts& first, const ChannelFacts& second, FindingList& found) {
-    using DeviceFramework2::DeviceSnippet;
-    using DeviceFramework2::ProjectorAddress;
-    const std::wstring one = first.projector().getDeviceSnippet();
-    const std::wstring other = second.projector().getDeviceSnippet();
-    const auto mac = DeviceSnippet::macAddressIn(other);
-    const auto address = ProjectorAddress::ofText(other);
-    if (mac && DeviceSnippet::macAddressIn(one) == mac) {
-        reportPair(first, second, found, "same-device",
-                   "its device has the MAC address " + toUtf8(mac->text()) + " of " + first.where() +
-                       ": give each projector its own, as its label states it");
-    } else if (address && ProjectorAddress::ofText(one) == address) {
-        reportPair(first, second, found, "same-device",
-                   "its device has the address " + address->text() + " of " + first.where() +
-                       ": give each projector its own, or the port that leads to it");
-    }
-}
-
-/// What the commands that contact projectors would say of the entry.
-void judgeSnippet(const ChannelFacts& channel, FindingList& found) {
-    const std::wstring snippet = channel.projector().getDeviceSnippet();
-    if (snippet.find_first_not_of(L" \t\r\n") == std::wstring::npos) {
-        return;
-    }
-    try {
-        static_cast<void>(DeviceFramework2::DeviceSnippet::parse(snippet));
-    } catch (const VeltraniException& fault) {
-        // Entries of other types belong to programs that bring devices of their own.
-        const bool isMeantForHere = snippet.find(L"PJLink") != std::wstring::npos;
-        found.add(Rule::named(isMeantForHere ? "broken-device" : "other-device"), channel.where(), channel.allowed(),
-                  "its device cannot be contacted by this program: " + toUtf8(fault.message) +
-                      "; correct the Device element of the entry");
     }
 }
 
@@ -301,14 +262,10 @@ bool judgeHeap(const DisplayFacts& display, FindingList& found) {
 }  // namespace
 
 void judgeSets(const DisplayFacts& display, FindingList& found) {
-    for (const ChannelFacts& channel : display.channels) {
-        judgeSnippet(channel, found);
-    }
     judgeNames(display.channels, found);
     // What holds for all of them is reported once.
     const bool isHeaped = display.kind != nullptr && judgeHeap(display, found);
     forPairs(display.channels, [&](const ChannelFacts& first, const ChannelFacts& second) {
-        judgeDevices(first, second, found);
         if (display.kind != nullptr && !isHeaped) {
             judgeCopies(display, first, second, found);
         }
