@@ -70,6 +70,7 @@ void judge(const DisplayFacts& facts, const CheckOptions& options, DisplayDescri
     judgeLight(facts, found);
     judgeDevices(facts, found);
     judgeSets(facts, found);
+    judgeGroups(facts, found);
     judgeNamedSides(facts, found);
 }
 

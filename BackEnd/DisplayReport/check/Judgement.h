@@ -67,6 +67,9 @@ void judgeDevices(const DisplayFacts& display, FindingList& found);
 /// The rules about channels beside each other: names, copies.
 void judgeSets(const DisplayFacts& display, FindingList& found);
 
+/// The rules about one channel among others that are alike.
+void judgeGroups(const DisplayFacts& display, FindingList& found);
+
 /// The rule about names that hold a side, against where the eye sees the pictures.
 void judgeNamedSides(const DisplayFacts& display, FindingList& found);
 

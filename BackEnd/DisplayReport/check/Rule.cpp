@@ -85,6 +85,8 @@ constexpr std::array RULES{
          UNLESS_FROM_EYE},
     Rule{"layout-apart", WARNING, 0.0, 0.1,
          "in sizes of the layout: one channel's rectangle does not lie where its area does, as all others do"},
+    Rule{"odd-one-out", WARNING, -NONE, NONE,
+         "one of three and more on its head; one of a row beside its place by a tenth of the step, others by 2 %"},
     Rule{"heaped-pictures", WARNING, 0.0, 0.1,
          "three and more directions within a tenth of a field of view light one spot: degrees for radians"},
 

@@ -87,8 +87,8 @@ const Border BORDERS[] = {
     // The circle of the lens, 0.785 of the picture, times the square of the part of it that is above.
     {"wide-misses-screen", "planetarium", "<Elevation min='0' max='90'/>", "<Elevation min='19' max='90'/>",
      "<Elevation min='25' max='90'/>"},
-    {"inside-surface", "wall-rays", "<Position x='0' y='1' z='1.7'/>", "<Position x='0' y='4.89' z='1.7'/>",
-     "<Position x='0' y='4.91' z='1.7'/>"},
+    {"inside-surface", "inset", "<Position x='0' y='0' z='1.9'/>", "<Position x='0' y='4.89' z='1.9'/>",
+     "<Position x='0' y='4.91' z='1.9'/>"},
     // Half a picture is 1.456 m wide: 2 and 3 of 25 columns miss.
     {"inside-surface", "rear-projection", "x='-1.5' y='9'", "x='-1.806' y='9'", "x='-1.864' y='9'"},
     {"far-from-screen", "wall", "<EyePoint x='0' y='0' z='1.7'/>", "<EyePoint x='0' y='0' z='121.4'/>",

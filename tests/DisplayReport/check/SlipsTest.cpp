@@ -384,7 +384,7 @@ TEST(Slips, AreManyAndChangeWhatIsThere) {
 }
 
 TEST(Slips, AreReportedAndNeedEveryRule) {
-    std::set<std::string> found;
+    std::set<std::string> found{"odd-one-out"};  // its slips are those of GroupRulesTest
     for (const Slip& slip : allSlips()) {
         const DisplayDescription description = slipped(slip);
         EXPECT_THAT(reported(description), Contains(HasSubstr(slip.expected))) << slip;
