@@ -1,6 +1,7 @@
 #include "Common/Utf8.h"
 #include "Configuration/ProjectorConfig.h"
 #include "DisplayReport/check/Judgement.h"
+#include "DisplayReport/check/NameWords.h"
 #include "DisplayReport/check/RuleText.h"
 #include "ScreenManager/DisplayKinds.h"
 
@@ -13,137 +14,6 @@
 namespace Veltrani::DisplayReport {
 
 namespace {
-
-/// A word that a name uses for a side, and what makes more or less of a side.
-enum class Word { LEFT, RIGHT, UP, DOWN, MIDDLE, FAR };
-
-constexpr std::array SIDE_WORDS{
-    std::pair("left", Word::LEFT),     std::pair("links", Word::LEFT),    std::pair("linke", Word::LEFT),
-    std::pair("linker", Word::LEFT),   std::pair("linkes", Word::LEFT),   std::pair("right", Word::RIGHT),
-    std::pair("rechts", Word::RIGHT),  std::pair("rechte", Word::RIGHT),  std::pair("rechter", Word::RIGHT),
-    std::pair("rechtes", Word::RIGHT), std::pair("upper", Word::UP),      std::pair("top", Word::UP),
-    std::pair("oben", Word::UP),       std::pair("obere", Word::UP),      std::pair("oberer", Word::UP),
-    std::pair("oberes", Word::UP),     std::pair("lower", Word::DOWN),    std::pair("bottom", Word::DOWN),
-    std::pair("unten", Word::DOWN),    std::pair("untere", Word::DOWN),   std::pair("unterer", Word::DOWN),
-    std::pair("unteres", Word::DOWN),  std::pair("centre", Word::MIDDLE), std::pair("center", Word::MIDDLE),
-    std::pair("middle", Word::MIDDLE), std::pair("mid", Word::MIDDLE),    std::pair("mitte", Word::MIDDLE),
-    std::pair("far", Word::FAR),       std::pair("outer", Word::FAR),     std::pair("outermost", Word::FAR)};
-
-/// Words that mean a side only beside their opposite: R may be the rear, and a port has a number.
-struct WordPair {
-    const char* left;
-    const char* right;
-};
-constexpr std::array WORD_PAIRS{WordPair{"l", "r"}, WordPair{"port", "starboard"}};
-
-/// With these, left and right are not those of the picture: the stage's are an actor's, an eye sees both.
-constexpr std::array OTHER_LANGUAGES{"stage", "eye", "eyes"};
-
-/// The words of a name in small letters: at everything that is no ASCII letter, and at big letters behind small ones.
-std::vector<std::string> lettersOf(const std::string& name) {
-    std::vector<std::string> words(1);
-    bool isBehindSmall = false;
-    for (const char letter : name) {
-        const bool isBig = letter >= 'A' && letter <= 'Z';
-        const bool isSmall = letter >= 'a' && letter <= 'z';
-        if ((isBig && isBehindSmall) || (!isBig && !isSmall && !words.back().empty())) {
-            words.emplace_back();
-        }
-        if (isBig || isSmall) {
-            words.back() += static_cast<char>(isBig ? letter - 'A' + 'a' : letter);
-        }
-        isBehindSmall = isSmall;
-    }
-    if (words.back().empty()) {
-        words.pop_back();
-    }
-    return words;
-}
-
-bool contains(const std::vector<std::string>& words, const char* word) {
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
-
-/// What the words of all names mean.
-class Vocabulary {
-public:
-    explicit Vocabulary(const std::vector<ChannelFacts>& channels) {
-        for (const WordPair& pair : WORD_PAIRS) {
-            const auto isUsed = [&](const char* word) {
-                return std::any_of(channels.begin(), channels.end(), [word](const ChannelFacts& channel) {
-                    return contains(lettersOf(channel.name()), word);
-                });
-            };
-            if (isUsed(pair.left) && isUsed(pair.right)) {
-                m_words.emplace_back(pair.left, Word::LEFT);
-                m_words.emplace_back(pair.right, Word::RIGHT);
-            }
-        }
-        m_words.insert(m_words.end(), SIDE_WORDS.begin(), SIDE_WORDS.end());
-    }
-
-    [[nodiscard]] std::optional<Word> meaningOf(const std::string& word) const {
-        const auto found =
-            std::find_if(m_words.begin(), m_words.end(), [&](const auto& known) { return known.first == word; });
-        return found == m_words.end() ? std::nullopt : std::optional(found->second);
-    }
-
-private:
-    std::vector<std::pair<std::string, Word>> m_words;
-};
-
-/// What a name says of one axis.
-struct NamedPlace {
-    bool isNamed = false;
-    double rank = 0;                ///< towards the right or upwards: -2 far left, -1 left, -0.5 centre left, 0 centre
-    std::vector<std::string> rest;  ///< the words that are not about this axis, in their order
-};
-
-NamedPlace placeAsideOf(const Vocabulary& vocabulary, const std::string& name) {
-    NamedPlace place;
-    std::array<bool, 6> has{};
-    for (const std::string& word : lettersOf(name)) {
-        const auto meaning = vocabulary.meaningOf(word);
-        if (std::find(OTHER_LANGUAGES.begin(), OTHER_LANGUAGES.end(), word) != OTHER_LANGUAGES.end()) {
-            return {};
-        }
-        if (!meaning || *meaning == Word::UP || *meaning == Word::DOWN) {
-            place.rest.push_back(word);
-        } else {
-            has.at(static_cast<std::size_t>(*meaning)) = true;
-        }
-    }
-    const bool isLeft = has[static_cast<std::size_t>(Word::LEFT)];
-    const bool isRight = has[static_cast<std::size_t>(Word::RIGHT)];
-    const bool isMiddle = has[static_cast<std::size_t>(Word::MIDDLE)];
-    const bool isFar = has[static_cast<std::size_t>(Word::FAR)];
-    place.isNamed = isLeft != isRight || (isMiddle && !isLeft);
-    place.rank = (isRight ? 1.0 : 0.0) - (isLeft ? 1.0 : 0.0);
-    place.rank *= isFar ? 2.0 : (isMiddle ? 0.5 : 1.0);
-    return place;
-}
-
-/// A name with a middle and no side has its place between above and below, too.
-NamedPlace placeAboveOf(const Vocabulary& vocabulary, const std::string& name) {
-    NamedPlace place;
-    bool isUp = false;
-    bool isDown = false;
-    bool isMiddle = false;
-    bool isAside = false;
-    for (const std::string& word : lettersOf(name)) {
-        const auto meaning = vocabulary.meaningOf(word);
-        isUp = isUp || meaning == Word::UP;
-        isDown = isDown || meaning == Word::DOWN;
-        isMiddle = isMiddle || meaning == Word::MIDDLE;
-        isAside = isAside || meaning == Word::LEFT || meaning == Word::RIGHT;
-        if (meaning != Word::UP && meaning != Word::DOWN && meaning != Word::MIDDLE) {
-            place.rest.push_back(word);
-        }
-    }
-    place.isNamed = isUp != isDown || (isMiddle && !isAside && !isUp);
-    place.rank = (isUp ? 1.0 : 0.0) - (isDown ? 1.0 : 0.0);
-    return place;
-}
 
 /// Where a channel's picture is seen from the eye.
 std::optional<Point<double, 3>> seenDirection(const DisplayFacts& display, const ChannelFacts& channel) {
@@ -189,7 +59,7 @@ Heading middleHeading(const std::vector<Seen>& seen) {
 
 /// One axis of names, and what puts a picture on it.
 struct NamedAxis {
-    NamedPlace (*namedPlace)(const Vocabulary& vocabulary, const std::string& name);
+    NamedPlace (*namedPlace)(const NameWords& words, const std::string& name);
     /// Radians to the right or upwards; nothing where the axis has no meaning.
     std::optional<double> (*placeOf)(const Heading& heading, const Heading& middle);
     std::string (*text)(double radians);
@@ -225,13 +95,13 @@ struct NamedChannel {
 class AxisJudgement {
 public:
     AxisJudgement(const DisplayFacts& display, const NamedAxis& axis, const std::vector<Seen>& seen,
-                  const Vocabulary& vocabulary, FindingList& found)
+                  const NameWords& words, FindingList& found)
         : m_axis(&axis), m_middle(middleHeading(seen)), m_found(&found) {
         const bool isPlanar = display.kind->addressedBy == DisplayKind::Addressing::SCREEN_PARAMETERS;
         m_check = isPlanar ? axis.area : axis.view;
         for (const Seen& one : seen) {
             m_channels.push_back(
-                {one.channel, Heading::of(one.direction), axis.namedPlace(vocabulary, one.channel->name())});
+                {one.channel, Heading::of(one.direction), axis.namedPlace(words, one.channel->name())});
         }
     }
 
@@ -310,6 +180,82 @@ private:
     std::vector<NamedChannel> m_channels;
 };
 
+/// A channel with a number in its name, and where it is seen.
+struct NumberedChannel {
+    const ChannelFacts* channel;
+    int number;
+    double azimuth;
+};
+
+/// The number in a name of which nothing else differs from `pattern`; nothing in any other name.
+std::optional<int> numberIn(const std::string& name, std::string& pattern) {
+    constexpr std::size_t MOST_DIGITS = 6;
+    const char* const digits = "0123456789";
+    const std::size_t from = name.find_first_of(digits);
+    const std::size_t to =
+        from == std::string::npos ? from : std::min(name.find_first_not_of(digits, from), name.size());
+    if (from == std::string::npos || to - from > MOST_DIGITS) {
+        return std::nullopt;
+    }
+    pattern = name.substr(0, from) + "#" + name.substr(to);
+    return std::stoi(name.substr(from, to - from));
+}
+
+/// The channels whose names differ by a number alone, in its order; none where one differs otherwise.
+std::vector<NumberedChannel> numberedChannels(const std::vector<Seen>& seen) {
+    std::vector<NumberedChannel> channels;
+    std::string first;
+    for (const Seen& one : seen) {
+        std::string pattern;
+        const auto number = numberIn(one.channel->name(), pattern);
+        if (!number || (!channels.empty() && pattern != first)) {
+            return {};
+        }
+        first = pattern;
+        channels.push_back({one.channel, *number, Heading::of(one.direction).azimuth});
+    }
+    std::sort(channels.begin(), channels.end(), [](const auto& a, const auto& b) { return a.number < b.number; });
+    return channels;
+}
+
+/// Whether the numbers grow to one side, once around at most.
+bool isInOrder(const std::vector<NumberedChannel>& channels) {
+    double sum = 0;
+    bool isToTheRight = true;
+    bool isToTheLeft = true;
+    for (std::size_t i = 1; i < channels.size(); ++i) {
+        const double turn = std::remainder(channels[i].azimuth - channels[i - 1].azimuth, 2 * std::numbers::pi);
+        sum += turn;
+        isToTheRight = isToTheRight && turn > 0;
+        isToTheLeft = isToTheLeft && turn < 0;
+    }
+    return (isToTheRight || isToTheLeft) && std::abs(sum) < 2 * std::numbers::pi;
+}
+
+/// Of five and more numbers in a row, two neighbours that are exchanged.
+void judgeNumbers(const std::vector<Seen>& seen, FindingList& found) {
+    constexpr std::size_t A_ROW = 5;
+    std::vector<NumberedChannel> channels = numberedChannels(seen);
+    if (channels.size() < A_ROW || isInOrder(channels)) {
+        return;
+    }
+    for (std::size_t i = 1; i < channels.size(); ++i) {
+        const NumberedChannel& one = channels[i - 1];
+        const NumberedChannel& other = channels[i];
+        std::swap(channels[i - 1].azimuth, channels[i].azimuth);
+        const bool isExchanged = isInOrder(channels);
+        std::swap(channels[i - 1].azimuth, channels[i].azimuth);
+        if (isExchanged) {
+            found.add(Rule::named("name-against-place"), other.channel->where(),
+                      one.channel->allowed() + " " + other.channel->allowed(),
+                      "its picture lies where that of " + one.channel->where() +
+                          " belongs, as the numbers of all others grow to one side: exchange the names, or the "
+                          "Orientations or areas of the two");
+            return;
+        }
+    }
+}
+
 constexpr NamedAxis ASIDE{placeAsideOf, placeAside, sidewaysText, "left and right of its area",
                           "the sign of Orientation z"};
 constexpr NamedAxis ABOVE{placeAboveOf, placeAbove, aboveText, "bottom and top of its area",
@@ -325,9 +271,14 @@ void judgeNamedSides(const DisplayFacts& display, FindingList& found) {
     if (seen.size() < 2 || std::abs(middleHeading(seen).elevation) > STEEP) {
         return;
     }
-    const Vocabulary vocabulary(display.channels);
+    judgeNumbers(seen, found);
+    std::vector<std::string> names;
+    for (const ChannelFacts& channel : display.channels) {
+        names.push_back(channel.name());
+    }
+    const NameWords words(names);
     for (const NamedAxis* const axis : {&ASIDE, &ABOVE}) {
-        AxisJudgement(display, *axis, seen, vocabulary, found).run();
+        AxisJudgement(display, *axis, seen, words, found).run();
     }
 }
 

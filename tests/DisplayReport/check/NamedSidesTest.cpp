@@ -52,6 +52,7 @@ TEST(NamedSides, WordsThatMeanNoSideOfThePictureAreNotJudged) {
     for (const std::array<const char*, 4>& names :
          {std::array{"Stage right", "Centre", "Stage left", "Top"},
           {"Right eye", "Both", "Left eye", "Sky"},
+          {"P1 right rack", "P2", "P3 left rack", "P4"},
           {"Rear R", "R 2", "R 1", "R 3"},
           {"Port 3", "Port 2", "Port 1", "Port 4"},
           {"Right of left", "Left of right", "Left and right", "Top and bottom"},
@@ -131,6 +132,36 @@ TEST(NamedSides, TwoSidesAreJudgedFromFiveDegreesBesideTheMiddle) {
         DisplayFolder folder;
         EXPECT_EQ(rulesOf(folder.checked(display)).count("name-against-place"), isFound ? 1U : 0U) << z;
     }
+}
+
+/// Eight bays, 45 degrees apart, two of which look where these others do.
+std::vector<std::string> foundInRing(const std::string& first, const std::string& second) {
+    sound::Display display = sound::named("closed-cylinder");
+    display.text = changed(display.text, "z='" + first + ".000000'", "z='x'");
+    display.text = changed(display.text, "z='" + second + ".000000'", "z='" + first + ".000000'");
+    display.text = changed(display.text, "z='x'", "z='" + second + ".000000'");
+    DisplayFolder folder;
+    return reported(folder.checked(display));
+}
+
+TEST(NamedSides, NumbersOutOfOrderAreReported) {
+    EXPECT_THAT(foundInRing("-90", "-45"),
+                Contains("channel Bay 4: its picture lies where that of channel Bay 3 belongs, as the numbers of all "
+                         "others grow to one side: exchange the names, or the Orientations or areas of the two "
+                         "[name-against-place]"));
+    EXPECT_THAT(foundInRing("-180", "-135"), Contains(HasSubstr("channel Bay 2: its picture lies where that of")));
+    EXPECT_THAT(foundInRing("90", "135"), Contains(HasSubstr("channel Bay 8: its picture lies where that of")));
+}
+
+TEST(NamedSides, NumbersWithoutAnOrderAreLeftAlone) {
+    // Where more are exchanged, or names differ by more than a number, the numbers follow another plan.
+    EXPECT_THAT(foundInRing("-90", "45"), testing::Not(Contains(HasSubstr("[name-against-place]"))));
+    sound::Display display = sound::named("closed-cylinder");
+    display.text = changed(display.text, "<Name>Bay 8<", "<Name>Door 8<");
+    display.text = changed(display.text, "<Name>Bay 3<", "<Name>Bay x<");
+    display.text = changed(display.text, "<Name>Bay 4<", "<Name>Bay 3<");
+    DisplayFolder folder;
+    EXPECT_THAT(reported(folder.checked(display)), testing::Not(Contains(HasSubstr("[name-against-place]"))));
 }
 
 }  // namespace
