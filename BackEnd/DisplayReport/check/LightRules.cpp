@@ -318,11 +318,13 @@ void judgeDarkness(const DisplayFacts& display, FindingList& found) {
 void judgeOverlap(const DisplayFacts& display, FindingList& found) {
     const Rule& rule = Rule::named("narrow-overlap");
     for (const ChannelFacts& channel : display.channels) {
+        bool isAlone = display.channels.size() > 1 && !channel.landings().empty();
         for (const ChannelFacts& other : display.channels) {
             if (&channel == &other || channel.light() == nullptr || other.light() == nullptr) {
                 continue;
             }
             const auto [across, upwards] = sharedStrips(channel, *other.light());
+            isAlone = isAlone && across + upwards == 0;
             for (const double shared : {across, upwards}) {
                 if (shared > 0 && shared < rule.least) {
                     report(channel, found, rule.name,
@@ -330,6 +332,11 @@ void judgeOverlap(const DisplayFacts& display, FindingList& found) {
                                ", which leaves little to blend (" + percentText(rule.least) + " and more is usual)");
                 }
             }
+        }
+        if (isAlone) {
+            report(channel, found, rule.name,
+                   "it shares nothing of its picture with any other channel, so that nothing can be blended: check "
+                   "its field of view, and the size of the screen, unless the pictures are meant to stand apart");
         }
     }
 }
