@@ -141,6 +141,47 @@ void judgeBack(const ScreenCase& c) {
     }
 }
 
+/// The azimuth of the place (s, 1/2) from the eye, radians; nothing where there is none or it lies above the eye.
+std::optional<double> azimuthAt(const DisplayFacts& display, double s) {
+    constexpr double STEEP = 60.0 * DEGREE;
+    Point<double, 3> place;
+    if (!display.surface->mapInto3D({s, 0.5}, place, false)) {
+        return std::nullopt;
+    }
+    const Heading heading = Heading::of(place - display.eye);
+    return std::abs(heading.elevation) < STEEP ? std::optional(heading.azimuth) : std::nullopt;
+}
+
+/// A closed mesh is the same to all sides, but its texture is not: where s runs around the eye, its middle is ahead.
+void judgeSeam(const ScreenCase& c) {
+    const Rule& rule = Rule::named("beside-forward");
+    constexpr double QUARTER = 90.0 * DEGREE;
+    constexpr double ABOUT = 45.0 * DEGREE;
+    const bool isTextured = c.display.surface->triangleMesh() != nullptr && c.display.surface->isParameterised() &&
+                            c.display.kind->addressedBy == DisplayKind::Addressing::SCREEN_PARAMETERS;
+    if (!isTextured || !c.display.isEyeStated) {
+        return;
+    }
+    const auto left = azimuthAt(c.display, 0.25);
+    const auto middle = azimuthAt(c.display, 0.5);
+    const auto right = azimuthAt(c.display, 0.75);
+    const auto start = azimuthAt(c.display, 0.02);
+    const auto end = azimuthAt(c.display, 0.98);
+    if (!left || !middle || !right || !start || !end) {
+        return;
+    }
+    const auto isAt = [&middle](double azimuth, double turn) {
+        return std::abs(std::remainder(azimuth - *middle - turn, 2 * std::numbers::pi)) < ABOUT;
+    };
+    const bool isAround =
+        isAt(*left, -QUARTER) && isAt(*right, QUARTER) && isAt(*start, 2 * QUARTER) && isAt(*end, 2 * QUARTER);
+    if (isAround && std::abs(*middle) > rule.most * DEGREE) {
+        c.report(rule.name, "screen",
+                 "the middle of its texture, s 0.5, lies " + sidewaysText(*middle) +
+                     " of +y, which is forward: check forward of ImportOrientation, and where the texture begins");
+    }
+}
+
 /// Nobody looks straight down at a wall, or straight up to it.
 void judgeEyeHeight(const ScreenCase& c, const std::vector<Patch>& patches) {
     const Rule& rule = Rule::named("eye-off-height");
@@ -226,6 +267,7 @@ void judgePlace(const DisplayFacts& display, FindingList& found) {
     const ScreenCase c{display, *display.screen, found};
     const std::vector<Patch> patches = patchesOf(*display.surface);
     judgeBack(c);
+    judgeSeam(c);
     judgeEyeHeight(c, patches);
     judgeLyingDome(c, patches);
 }

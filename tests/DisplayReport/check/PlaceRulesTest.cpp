@@ -175,4 +175,43 @@ TEST(LyingDome, ThatIsMeantToStandBeforeTheEyeIsLeftAlone) {
     EXPECT_THAT(warningsOf(meshDome("", "0")), testing::Not(Contains(HasSubstr("[lying-mesh]"))));
 }
 
+/// A closed wall of 4 m radius and 2.4 m height in a file with y up and -z forward, whose texture begins behind.
+sound::Display closedMesh(const std::string& axes, const std::string& kind) {
+    constexpr int COLUMNS = 48;
+    std::ostringstream mesh;
+    for (int column = 0; column <= COLUMNS; ++column) {
+        const double s = static_cast<double>(column) / COLUMNS;
+        const double azimuth = 2.0 * std::numbers::pi * (s - 0.5);
+        for (const int up : {0, 1}) {
+            mesh << "v " << 4 * std::sin(azimuth) << ' ' << 2.4 * up << ' ' << -4 * std::cos(azimuth) << "\nvt " << s
+                 << ' ' << up << '\n';
+        }
+    }
+    for (int i = 1; i < 2 * COLUMNS; i += 2) {
+        const auto corner = [](int k) { return std::to_string(k) + "/" + std::to_string(k); };
+        mesh << "f " << corner(i) << ' ' << corner(i + 2) << ' ' << corner(i + 3) << "\nf " << corner(i) << ' '
+             << corner(i + 3) << ' ' << corner(i + 1) << '\n';
+    }
+    return {
+        "closed-mesh",
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Mesh' fileUnit='m'>"
+        "<EyePoint x='0.5' y='1' z='1.2'/><ContentMesh file='ring.obj'/>" +
+            axes + "</Screen><TargetData type='" + kind +
+            "'/><Projectors><Projector id='A'><Resolution width='1920' height='1200'/><ScreenArea left='0' "
+            "right='0.55' bottom='0' top='1'/><Layout xMin='0' xMax='5.5' yMin='0' yMax='2'/></Projector>"
+            "<Projector id='B'><Resolution width='1920' height='1200'/><ScreenArea left='0.45' right='1' bottom='0' "
+            "top='1'/><Layout xMin='4.5' xMax='10' yMin='0' yMax='2'/></Projector></Projectors></Display>",
+        {{"ring.obj", mesh.str()}}};
+}
+
+TEST(ClosedMesh, WhoseTextureIsTurnedAwayIsReported) {
+    EXPECT_THAT(warningsOf(closedMesh("<ImportOrientation up='Y' forward='-Z'/>", "PlanarAdvanced")), IsEmpty());
+    EXPECT_THAT(warningsOf(closedMesh("<ImportOrientation up='Y' forward='Z'/>", "PlanarAdvanced")),
+                Contains(testing::AllOf(HasSubstr("screen: the middle of its texture, s 0.5, lies 17"),
+                                        HasSubstr("of +y, which is forward: check forward of ImportOrientation, and "
+                                                  "where the texture begins [beside-forward]"))));
+    EXPECT_THAT(warningsOf(closedMesh("<ImportOrientation up='Y' forward='X'/>", "PlanarAdvanced")),
+                Contains(HasSubstr("[beside-forward]")));
+}
+
 }  // namespace
