@@ -35,16 +35,17 @@ sound::Display changedDisplay(const std::string& name, const std::string& from, 
 
 /// A cylinder around the eye with pictures all over it, by their areas.
 sound::Display cylinder(const std::string& inside, const std::string& eye = "<EyePoint x='0' y='0' z='1.6'/>") {
-    return {
-        "cylinder",
-        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Cylinder'>" + eye +
-            "<Centre x='0' y='0' z='1.6'/><Radius value='3.5'/><Size height='2.2'/>" + inside +
-            "</Screen><TargetData type='PlanarBasic'/><Projectors>"
-            "<Projector id='A'><Resolution width='1920' height='1200'/><ScreenArea left='0' right='0.55' bottom='0' "
-            "top='1'/><Layout xMin='0' xMax='5.5' yMin='0' yMax='2'/></Projector>"
-            "<Projector id='B'><Resolution width='1920' height='1200'/><ScreenArea left='0.45' right='1' bottom='0' "
-            "top='1'/><Layout xMin='4.5' xMax='10' yMin='0' yMax='2'/></Projector></Projectors></Display>",
-        {}};
+    return {"cylinder",
+            "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Cylinder'>" + eye +
+                "<Centre x='0' y='0' z='1.6'/><Radius value='3.5'/><Size height='2.2'/>" + inside +
+                "</Screen><TargetData type='PlanarBasic'/><Projectors>"
+                "<Projector id='A' allow='area-stretched'><Resolution width='1920' height='1200'/><ScreenArea left='0' "
+                "right='0.55' bottom='0' "
+                "top='1'/><Layout xMin='0' xMax='5.5' yMin='0' yMax='2'/></Projector>"
+                "<Projector id='B' allow='area-stretched'><Resolution width='1920' height='1200'/><ScreenArea "
+                "left='0.45' right='1' bottom='0' "
+                "top='1'/><Layout xMin='4.5' xMax='10' yMin='0' yMax='2'/></Projector></Projectors></Display>",
+            {}};
 }
 
 TEST(TurnedScreens, ThatAreMeantSoAreLeftAlone) {
@@ -192,16 +193,17 @@ sound::Display closedMesh(const std::string& axes, const std::string& kind) {
         mesh << "f " << corner(i) << ' ' << corner(i + 2) << ' ' << corner(i + 3) << "\nf " << corner(i) << ' '
              << corner(i + 3) << ' ' << corner(i + 1) << '\n';
     }
-    return {
-        "closed-mesh",
-        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Mesh' fileUnit='m'>"
-        "<EyePoint x='0.5' y='1' z='1.2'/><ContentMesh file='ring.obj'/>" +
-            axes + "</Screen><TargetData type='" + kind +
-            "'/><Projectors><Projector id='A'><Resolution width='1920' height='1200'/><ScreenArea left='0' "
-            "right='0.55' bottom='0' top='1'/><Layout xMin='0' xMax='5.5' yMin='0' yMax='2'/></Projector>"
-            "<Projector id='B'><Resolution width='1920' height='1200'/><ScreenArea left='0.45' right='1' bottom='0' "
-            "top='1'/><Layout xMin='4.5' xMax='10' yMin='0' yMax='2'/></Projector></Projectors></Display>",
-        {{"ring.obj", mesh.str()}}};
+    return {"closed-mesh",
+            "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Mesh' fileUnit='m'>"
+            "<EyePoint x='0.5' y='1' z='1.2'/><ContentMesh file='ring.obj'/>" +
+                axes + "</Screen><TargetData type='" + kind +
+                "'/><Projectors><Projector id='A' allow='area-stretched'><Resolution width='1920' "
+                "height='1200'/><ScreenArea left='0' "
+                "right='0.55' bottom='0' top='1'/><Layout xMin='0' xMax='5.5' yMin='0' yMax='2'/></Projector>"
+                "<Projector id='B' allow='area-stretched'><Resolution width='1920' height='1200'/><ScreenArea "
+                "left='0.45' right='1' bottom='0' "
+                "top='1'/><Layout xMin='4.5' xMax='10' yMin='0' yMax='2'/></Projector></Projectors></Display>",
+            {{"ring.obj", mesh.str()}}};
 }
 
 TEST(ClosedMesh, WhoseTextureIsTurnedAwayIsReported) {
