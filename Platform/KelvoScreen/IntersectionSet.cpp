@@ -18,7 +18,7 @@ IntersectionSet::IntersectionSet(std::initializer_list<Intersection> intersectio
     }
 }
 
-void IntersectionSet::insert(const Intersection& intersection) {
+void IntersectionSet::insert(Intersection intersection) {
     if (m_size >= INLINE_CAPACITY) {
         if (m_further.capacity() == 0) {
             m_further.reserve(FURTHER_CAPACITY);

@@ -27,10 +27,10 @@ public:
 
     /// Inserts by t; among equal t the earlier insertion comes first.
     void add(const Intersection& intersection) {
-        if (m_size > 0) {
-            insert(intersection);
-        } else {
+        if (m_size == 0 || (m_size == 1 && !(intersection.t < m_inline.hits[0].t))) {
             m_inline.hits[m_size++] = intersection;
+        } else {
+            insert(intersection);
         }
     }
 
@@ -55,7 +55,7 @@ private:
     static constexpr std::size_t FURTHER_CAPACITY = 6;
 
     /// Inserts into a set that is not empty.
-    void insert(const Intersection& intersection);
+    void insert(Intersection intersection);
     [[noreturn]] void refuse(std::size_t i) const;
 
     [[nodiscard]] const Intersection& at(std::size_t i) const {
