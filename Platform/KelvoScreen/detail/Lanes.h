@@ -64,7 +64,10 @@ inline constexpr LaneMask WIDE_BITS = (LaneMask{1} << WIDTH) - 1;
     return reinterpret_cast<Wide>(reinterpret_cast<WideMask>(a) & WITHOUT_SIGN);
 }
 [[nodiscard, gnu::always_inline]] inline Wide squareRoot(Wide a) {
-    return Wide{std::sqrt(a[0]), std::sqrt(a[1]), std::sqrt(a[2]), std::sqrt(a[3])};
+    // Two at a time; `std::sqrt` would test each for the error number that a negative one sets.
+    const __m128d low = _mm_sqrt_pd(__m128d{a[0], a[1]});
+    const __m128d high = _mm_sqrt_pd(__m128d{a[2], a[3]});
+    return Wide{low[0], low[1], high[0], high[1]};
 }
 /// Returns the inner product, as `dot` calculates it: summed from zero, first component first.
 [[nodiscard, gnu::always_inline]] inline Wide innerProduct(Wide ax, Wide ay, Wide az, Wide bx, Wide by, Wide bz) {

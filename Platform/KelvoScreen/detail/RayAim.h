@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "KelvoScreen/detail/Numbers.h"
 
 #include <array>
 #include <cmath>
@@ -32,11 +33,11 @@ struct RayAim {
     /// Positions along the ray, in units of `to - from`, per unit of `direction`.
     double scale = 1;
 
-private:
     /// Outside these bounds the square of a length loses digits or leaves the range of a double.
     static constexpr double SMALLEST_SQUARE = 1e-200;
     static constexpr double LARGEST_SQUARE = 1e200;
 
+private:
     explicit RayAim(const Point<double, 3>& unscaled) : direction(unscaled), length2(0) {}
 
     /// Passed by value: an object that a function elsewhere may change does not stay in registers.
@@ -121,6 +122,49 @@ template <std::size_t N>
     return chord;
 }
 
+/// The chord of a line through a ball or a circle around the origin by the textbook formula, (origin + t direction)^2 =
+/// radius^2, and where that is exact: for a clear miss, from well inside, as a projector looks at its dome, and for a
+/// clear hit from no further than a few radii. None of the three is set where it is not: see `visitChord`.
+template <class Number>
+struct PlainChord {
+    /// @param offset2 the square of the distance of the origin of the ray
+    /// @param theTowards -origin . direction
+    [[gnu::always_inline]] PlainChord(Number offset2, Number theTowards, Number theLength2, double radius,
+                                      Number tolerance)
+        : towards(theTowards), length2(theLength2) {
+        const double square2 = radius * radius;
+        const Number surface2 = tolerance * (2 * radius + tolerance);
+        outside2 = offset2 - square2;
+        discriminant = towards * towards - length2 * outside2;
+        const Number noise = length2 * (surface2 + DISCRIMINANT_NOISE * (offset2 + square2));
+        const Truth<Number> isOutside = outside2 > surface2;
+        const Truth<Number> isInRange =
+            both(discriminant >= SMALLEST_DISCRIMINANT, discriminant <= LARGEST_DISCRIMINANT);
+        isMiss = both(isOutside, either(towards < 0, discriminant < -noise));
+        isInside = both(outside2 < -surface2, isInRange);
+        isThrough =
+            both(both(both(isOutside, towards > 0), discriminant > noise), both(isInRange, offset2 <= NEAR * square2));
+    }
+
+    /// Returns the t of the first end in front of the origin. Terms of one sign do not cancel; the other root follows
+    /// from the product of both.
+    [[nodiscard, gnu::always_inline]] Number first() const {
+        const Number sum = sumOfTerms();
+        const Truth<Number> isBySum = both(isInside, towards > 0);
+        return (isBySum ? sum : absolute(outside2)) / (isBySum ? length2 : sum);
+    }
+    /// Returns the t of the second end, of a line that passes through.
+    [[nodiscard, gnu::always_inline]] Number second() const { return sumOfTerms() / length2; }
+
+    Number towards, length2, outside2, discriminant;
+    Truth<Number> isMiss;
+    Truth<Number> isInside;
+    Truth<Number> isThrough;  ///< both ends are in front
+
+private:
+    [[nodiscard, gnu::always_inline]] Number sumOfTerms() const { return absolute(towards) + squareRoot(discriminant); }
+};
+
 /// Visits the ends of a chord, nearest first, as `visit(place, t)`.
 ///
 /// Within `tolerance` (a length) the decision is in favour of a hit: a line that misses by less touches the surface in
@@ -131,36 +175,16 @@ template <std::size_t N>
 template <std::size_t N, class Visit>
 void visitChord(const Point<double, N>& origin, const Point<double, N>& direction, double directionLength2,
                 double radius, double tolerance, const Visit& visit) {
-    // The textbook formula, (origin + t direction)^2 = radius^2, serves wherever it is exact: for a clear miss, from
-    // well inside, as a projector looks at its dome, and for a clear hit from no further than a few radii.
-    const double offset2 = dot(origin, origin);
-    const double square2 = radius * radius;
-    const double outside2 = offset2 - square2;
-    const double surface2 = tolerance * (2 * radius + tolerance);
-    const double towards = -dot(origin, direction);
-    const double discriminant = towards * towards - directionLength2 * outside2;
-    const double noise = directionLength2 * (surface2 + DISCRIMINANT_NOISE * (offset2 + square2));
-    const bool isOutside = outside2 > surface2;
-    if (isOutside) {
-        const bool leadsAway = towards < 0;
-        const bool isMiss = discriminant < -noise;
-        // Each condition is practically random, both together are less so: one branch tests both.
-        if (static_cast<int>(leadsAway) + static_cast<int>(isMiss) != 0) {
-            return;
-        }
+    const PlainChord<double> plain(dot(origin, origin), -dot(origin, direction), directionLength2, radius, tolerance);
+    if (plain.isMiss) {
+        return;
     }
-    const bool isInside = outside2 < -surface2;
-    const bool isClear = isInside || (isOutside && discriminant > noise && offset2 <= NEAR * square2);
-    if (isClear && discriminant >= SMALLEST_DISCRIMINANT && discriminant <= LARGEST_DISCRIMINANT) {
-        // Terms of one sign do not cancel; the other root follows from the product of both.
-        const double sum = std::abs(towards) + std::sqrt(discriminant);
-        const double byProduct = std::abs(outside2) / sum;
-        if (isOutside || !(towards > 0)) {
-            visit(origin + byProduct * direction, byProduct);
-        }
-        const double bySum = sum / directionLength2;
-        if (towards > 0 && std::isfinite(bySum)) {
-            visit(origin + bySum * direction, bySum);
+    if (plain.isInside || plain.isThrough) {
+        const double first = plain.first();
+        visit(origin + first * direction, first);
+        if (plain.isThrough) {
+            const double second = plain.second();
+            visit(origin + second * direction, second);
         }
         return;
     }

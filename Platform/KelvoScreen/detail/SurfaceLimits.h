@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "KelvoScreen/detail/Numbers.h"
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>
@@ -10,13 +11,15 @@
 // Where a surface ends: the range of its azimuths, and rays that pass a limit so closely that they hit it.
 namespace Veltrani::KelvoScreenDetail {
 
-/// How far along a ray a hit is uncertain when the ray is known to `tolerance` across: a length. For a touching ray,
-/// where the angle gives no bound, the curvature of a surface as large as the coordinates bounds it.
+/// What bounds the cosine of a touching ray: the curvature of a surface as large as the coordinates.
+inline constexpr double SMALLEST_COSINE = 0x1p-24;
+static_assert(SMALLEST_COSINE * SMALLEST_COSINE == ROUNDING);
+
+/// How far along a ray a hit is uncertain when the ray is known to `tolerance` across: a length. See `SMALLEST_COSINE`
+/// for a touching ray, where the angle gives no bound.
 ///
 /// @param cosine of the angle between the ray and the normal
 [[nodiscard]] inline double uncertaintyAlong(double tolerance, double cosine) {
-    constexpr double SMALLEST_COSINE = 0x1p-24;
-    static_assert(SMALLEST_COSINE * SMALLEST_COSINE == ROUNDING);
     return tolerance / std::max(std::abs(cosine), SMALLEST_COSINE);
 }
 
@@ -24,6 +27,14 @@ namespace Veltrani::KelvoScreenDetail {
 struct OwnHit {
     Point<double, 3> place;
     double t = 0;
+};
+
+/// Whether a place is within the limits of a surface, or so far beyond them that no ray hits them there; neither near a
+/// limit.
+template <class Number>
+struct LimitVerdict {
+    Truth<Number> isWithin;
+    Truth<Number> isBeyond;
 };
 
 /// A plane in which a surface ends, seen from a hit.
@@ -48,8 +59,9 @@ public:
     }
 
     /// A hit this far (a length) from the surface within its limits is beyond them, whatever the ray.
-    [[nodiscard]] static double farthestReach(double tolerance) {
-        return FARTHEST_SLIDE * uncertaintyAlong(tolerance, 0);
+    template <class Number>
+    [[nodiscard, gnu::always_inline]] static Number farthestReach(Number tolerance) {
+        return FARTHEST_SLIDE * (tolerance / SMALLEST_COSINE);
     }
 
     /// @param moveWithinLimits the point of the surface within its limits nearest to a given one
@@ -111,25 +123,29 @@ public:
     [[nodiscard]] bool isWhole() const { return m_isWhole; }
 
     /// Returns true for every point when the sector is whole, and for x = y = 0 always.
-    [[nodiscard]] bool contains(double x, double y) const {
+    template <class Number>
+    [[nodiscard, gnu::always_inline]] Truth<Number> contains(Number x, Number y) const {
         if (m_isWhole) {
-            return true;
+            return Number{} == Number{};
         }
         // The distances from the two limiting half-planes, positive inwards.
-        const double fromMin = x * m_min[1] - y * m_min[0];
-        const double fromMax = y * m_max[0] - x * m_max[1];
-        return m_isWide ? fromMin >= 0 || fromMax >= 0
-                        : fromMin >= 0 && fromMax >= 0 && x * m_middle[0] + y * m_middle[1] >= 0;
+        const Number fromMin = x * m_min[1] - y * m_min[0];
+        const Number fromMax = y * m_max[0] - x * m_max[1];
+        if (m_isWide) {
+            return either(fromMin >= 0, fromMax >= 0);
+        }
+        return both(both(fromMin >= 0, fromMax >= 0), x * m_middle[0] + y * m_middle[1] >= 0);
     }
 
     /// Returns a lower bound of the distance of (x, y) from the sector.
-    [[nodiscard]] double distanceBound(double x, double y) const {
+    template <class Number>
+    [[nodiscard, gnu::always_inline]] Number distanceBound(Number x, Number y) const {
         if (m_isWhole) {
-            return 0;
+            return Number{};
         }
-        const double beyondMin = y * m_min[0] - x * m_min[1];
-        const double beyondMax = x * m_max[1] - y * m_max[0];
-        return m_isWide ? std::min(beyondMin, beyondMax) : std::max(beyondMin, beyondMax);
+        const Number beyondMin = y * m_min[0] - x * m_min[1];
+        const Number beyondMax = x * m_max[1] - y * m_max[0];
+        return m_isWide ? smaller(beyondMin, beyondMax) : larger(beyondMin, beyondMax);
     }
 
     /// Returns the half-plane of the nearest limit, seen from a place beyond it.

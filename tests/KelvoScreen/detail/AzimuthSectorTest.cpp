@@ -36,13 +36,13 @@ TEST(AzimuthSector, AgreesWithTheAngleForEverySpan) {
 
 TEST(AzimuthSector, ANarrowOneIsNotContinuedBehindTheAxis) {
     const AzimuthSector sector(0, 1e-12);
-    EXPECT_TRUE(sector.contains(0, 1));
-    EXPECT_FALSE(sector.contains(0, -1));
+    EXPECT_TRUE(sector.contains(0.0, 1.0));
+    EXPECT_FALSE(sector.contains(0.0, -1.0));
 }
 
 TEST(AzimuthSector, TheAxisBelongsToEverySector) {
-    EXPECT_TRUE(AzimuthSector(1, 2).contains(0, 0));
-    EXPECT_TRUE(AzimuthSector(1, 6).contains(0, 0));
+    EXPECT_TRUE(AzimuthSector(1, 2).contains(0.0, 0.0));
+    EXPECT_TRUE(AzimuthSector(1, 6).contains(0.0, 0.0));
 }
 
 TEST(AzimuthSector, ATurnIsWholeToATolerance) {
@@ -84,7 +84,7 @@ TEST(AzimuthSector, BoundsTheDistanceFromBelowAndToTheNearestLimitExactly) {
         EXPECT_LE(sector.distanceBound(radius * std::sin(within), radius * std::cos(within)), 1e-14);
     }
     EXPECT_GT(beside, 500);
-    EXPECT_EQ(AzimuthSector().distanceBound(3, 4), 0);
+    EXPECT_EQ(AzimuthSector().distanceBound(3.0, 4.0), 0);
 }
 
 TEST(AzimuthSector, NamesTheNearestLimitAndItsPlane) {
