@@ -5,16 +5,13 @@
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
 #include "KelvoScreen/detail/SphereSurface.h"
+#include "KelvoScreen/detail/WideRays.h"
 
 #include <typeinfo>
 
 using namespace Veltrani::KelvoScreenDetail;
 
 namespace {
-
-/// The number of rays, and then of normals, that are calculated together: the processor works at several at once, and
-/// calls are fewer.
-constexpr std::size_t RAYS_AT_ONCE = 128;
 
 SphereNumbers numbersOf(const IScreenConfig* screen) {
     SphereNumbers numbers;
@@ -112,7 +109,7 @@ void SphericalScreen::intersectRays(std::span<const Ray> rays, std::span<Surface
 }
 
 std::size_t SphericalScreen::raysAtOnce() const {
-    return typeid(*this) == typeid(SphericalScreen) ? RAYS_AT_ONCE : 0;
+    return typeid(*this) == typeid(SphericalScreen) ? FORMULA_RAYS_AT_ONCE : 0;
 }
 
 std::wstring SphericalScreen::faultOfShape() const {

@@ -3,6 +3,7 @@
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ShapeFaults.h"
+#include "KelvoScreen/detail/WideRays.h"
 
 #include <algorithm>
 #include <cmath>
@@ -49,14 +50,32 @@ SphereSurface::Rim SphereSurface::rimAt(double elevation, double radius) {
     return {radius * std::sin(elevation), radius * std::cos(elevation)};
 }
 
-double SphereSurface::Rim::excess(const Point<double, 3>& own) const {
-    const bool isNearPole = std::abs(height) > radius && own[2] * height > 0;
-    if (!isNearPole) {
-        return own[2] - height;
+template <class Number>
+[[gnu::always_inline]] inline Number SphereSurface::Rim::excess(const Triple<Number>& own) const {
+    const Number above = own.z - height;
+    if (!(std::abs(height) > radius)) {
+        return above;
     }
-    const double inwards = radius * radius - (own[0] * own[0] + own[1] * own[1]);
-    return height > 0 ? inwards : -inwards;
+    const Number inwards = radius * radius - (own.x * own.x + own.y * own.y);
+    return own.z * height > 0 ? (height > 0 ? inwards : -inwards) : above;
 }
+
+/// A ray at the sphere and its chord by the plain formula.
+template <class Number>
+struct SphereSurface::PlainRay {
+    [[gnu::always_inline]] PlainRay(const SphereSurface& sphere, const Triple<Number>& from, const Triple<Number>& to)
+        : origin(minus(from, sphere.m_numbers.centre)),
+          direction(difference(to, from)),
+          tolerance(ROUNDING * (largestOf(from) + sphere.m_extent)),
+          chord(dotOf(origin, origin), -dotOf(origin, direction), dotOf(direction, direction), sphere.m_numbers.radius,
+                tolerance),
+          isPlain(both(chord.length2 >= RayAim::SMALLEST_SQUARE, chord.length2 <= RayAim::LARGEST_SQUARE)) {}
+
+    Triple<Number> origin, direction;
+    Number tolerance;
+    PlainChord<Number> chord;
+    Truth<Number> isPlain;  ///< the direction can be squared as it is: see `RayAim`
+};
 
 template <class Limit, class Visit>
 void SphereSurface::visitHits(const Point<double, 3>& from, const Point<double, 3>& to, const Limit& limit,
@@ -86,20 +105,50 @@ IntersectionSet SphereSurface::hits(const Point<double, 3>& from, const Point<do
     return found;
 }
 
-template <class Limit>
-SurfaceHit SphereSurface::nearestPoint(const Ray& ray, const Limit& limit) const {
-    SurfaceHit nearest;
-    visitHits(ray.first, ray.second, limit, [&nearest](const Point<double, 3>& point, double t) {
-        if (!nearest.hit || t < nearest.t) {
-            nearest.point = point;
-            nearest.t = t;
-            nearest.hit = true;
-        }
-    });
-    return nearest;
+template <class Number>
+[[gnu::always_inline]] inline LimitVerdict<Number> SphereSurface::judge(const Triple<Number>& place,
+                                                                        Number tolerance) const {
+    if (m_isWhole) {
+        return {Number{} == Number{}, Number{} != Number{}};
+    }
+    const Triple<Number> own = m_placement.toOwn(place);
+    return {isWithinLimits(own), limitBound(own) > LimitSearch::farthestReach(tolerance)};
 }
 
 IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
+    IntersectionSet found;
+    if (!m_isValid) {
+        return found;
+    }
+    const PlainRay<double> ray(*this, tripleOf(from), tripleOf(to));
+    const PlainChord<double>& chord = ray.chord;
+    if (!ray.isPlain) {
+        found = intersectAny(from, to);
+    } else if (chord.isInside) {
+        if (!addEnd(ray, chord.first(), found)) {
+            found = intersectAny(from, to);
+        }
+    } else if (!chord.isMiss) {
+        if (!chord.isThrough || !addEnd(ray, chord.first(), found) || !addEnd(ray, chord.second(), found)) {
+            found = intersectAny(from, to);
+        }
+    }
+    return found;
+}
+
+[[gnu::always_inline]] inline bool SphereSurface::addEnd(const PlainRay<double>& ray, double t,
+                                                         IntersectionSet& found) const {
+    const Triple<double> place = placeOnRay(ray.origin, ray.direction, t);
+    const LimitVerdict<double> verdict = judge(place, ray.tolerance);
+    if (verdict.isWithin) {
+        const Triple<double> point = plus(m_numbers.centre, place);
+        found.add({{point.x, point.y, point.z}, t});
+    }
+    return verdict.isWithin || verdict.isBeyond;
+}
+
+[[gnu::noinline]] IntersectionSet SphereSurface::intersectAny(const Point<double, 3>& from,
+                                                              const Point<double, 3>& to) const {
     if (m_isWhole) {
         return intersectWhole(from, to);
     }
@@ -108,34 +157,61 @@ IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Poi
     });
 }
 
-void SphereSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
-    // All points are calculated, then all normals: the processor works at several rays together.
-    const auto ask = [&](const auto& limit) {
-        for (std::size_t i = 0; i < rays.size(); ++i) {
-            hits[i] = nearestPoint(rays[i], limit);
-        }
-        for (std::size_t i = 0; i < rays.size(); ++i) {
-            if (hits[i].hit) {
-                hits[i].normal = normal(hits[i].point);
-                hits[i].side = sideOfSurface(rays[i].second - rays[i].first, hits[i].normal);
+[[gnu::noinline]] SurfaceHit SphereSurface::nearestHit(const Ray& ray) const {
+    SurfaceHit nearest;
+    visitHits(
+        ray.first, ray.second,
+        [this](const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) {
+            return m_isWhole || isKept(aim, tolerance, place, t);
+        },
+        [&nearest](const Point<double, 3>& point, double t) {
+            if (!nearest.hit || t < nearest.t) {
+                nearest.point = point;
+                nearest.t = t;
+                nearest.hit = true;
             }
-        }
-    };
-    if (m_isWhole) {
-        ask(NO_LIMIT);
-    } else {
-        ask([this](const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) {
-            return isKept(aim, tolerance, place, t);
         });
+    if (nearest.hit) {
+        nearest.normal = normal(nearest.point);
+        nearest.side = sideOfSurface(ray.second - ray.first, nearest.normal);
     }
+    return nearest;
+}
+
+KELVO_SCREEN_WIDE_VECTORS void SphereSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    std::size_t i = 0;
+    for (; m_isValid && i + WIDTH <= rays.size(); i += WIDTH) {
+        const LaneMask left = castFour(&rays[i], &hits[i]);
+        forEachLane(left, [&](std::size_t lane) { hits[i + lane] = nearestHit(rays[i + lane]); });
+    }
+    for (; i < rays.size(); ++i) {
+        hits[i] = nearestHit(rays[i]);
+    }
+}
+
+[[gnu::always_inline]] inline LaneMask SphereSurface::castFour(const Ray* rays, SurfaceHit* hits) const {
+    const WideRays four(rays);
+    const PlainRay<Wide> ray(*this, four.from, four.to);
+    const EndWithinLimits end(ray.chord, ray.origin, ray.direction, m_isWhole,
+                              [&](const Triple<Wide>& place) { return judge(place, ray.tolerance); });
+    WideHits found;
+    found.t = end.t;
+    found.isHit = end.isHit;
+    found.point = plus(m_numbers.centre, end.place);
+    const Triple<Wide> outward = minus(found.point, m_numbers.centre);
+    const Wide distance = squareRoot(dotOf(outward, outward));
+    found.normal = scaled(outward, 1 / distance);
+    found.storeTo(hits, ray.direction);
+    const WideMask hasNormal = areFinite(distance) & (distance > 0);
+    return WIDE_BITS & ~bitsOf(ray.isPlain & end.isSure & (~end.isHit | hasNormal));
 }
 
 bool SphereSurface::isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const {
     const Point<double, 3> own = m_placement.toOwn(place);
-    if (isWithinLimits(own)) {
+    if (isWithinLimits(tripleOf(own))) {
         return true;
     }
-    if (limitBound(own) > LimitSearch::farthestReach(tolerance)) {
+    if (limitBound(tripleOf(own)) > LimitSearch::farthestReach(tolerance)) {
         return false;
     }
     OwnHit hit{own, t};
@@ -161,12 +237,14 @@ IntersectionSet SphereSurface::intersectWhole(const Point<double, 3>& from, cons
     return hits(from, to, NO_LIMIT);
 }
 
-bool SphereSurface::isWithinLimits(const Point<double, 3>& own) const {
-    return m_lower.excess(own) >= 0 && m_upper.excess(own) <= 0 && m_sector.contains(own[0], own[1]);
+template <class Number>
+[[gnu::always_inline]] inline Truth<Number> SphereSurface::isWithinLimits(const Triple<Number>& own) const {
+    return both(both(m_lower.excess(own) >= 0, m_upper.excess(own) <= 0), m_sector.contains(own.x, own.y));
 }
 
-double SphereSurface::limitBound(const Point<double, 3>& own) const {
-    return std::max({m_lower.height - own[2], own[2] - m_upper.height, m_sector.distanceBound(own[0], own[1])});
+template <class Number>
+[[gnu::always_inline]] inline Number SphereSurface::limitBound(const Triple<Number>& own) const {
+    return larger(larger(m_lower.height - own.z, own.z - m_upper.height), m_sector.distanceBound(own.x, own.y));
 }
 
 const SphereSurface::Rim& SphereSurface::nearestRim(double height) const {
@@ -180,8 +258,8 @@ Point<double, 3> SphereSurface::moveWithinLimits(const Point<double, 3>& own) co
         const Point<double, 2>& limit = m_sector.nearestLimit(own[0], own[1]);
         moved = {fromAxis * limit[0], fromAxis * limit[1], moved[2]};
     }
-    const bool isTooHigh = m_upper.excess(moved) > 0;
-    if (!isTooHigh && m_lower.excess(moved) >= 0) {
+    const bool isTooHigh = m_upper.excess(tripleOf(moved)) > 0;
+    if (!isTooHigh && m_lower.excess(tripleOf(moved)) >= 0) {
         return moved;
     }
     const Rim& rim = isTooHigh ? m_upper : m_lower;

@@ -2,6 +2,8 @@
 
 #include "KelvoScreen/IntersectionSet.h"
 #include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/Lanes.h"
+#include "KelvoScreen/detail/Numbers.h"
 #include "KelvoScreen/detail/Placement.h"
 #include "KelvoScreen/detail/SurfaceLimits.h"
 
@@ -63,8 +65,11 @@ private:
 
         /// Above zero for a point of the sphere that is higher than the circle, below zero for a lower one. Near a
         /// pole, where the height hardly changes any more, the distance from the axis decides.
-        [[nodiscard]] double excess(const Point<double, 3>& own) const;
+        template <class Number>
+        [[nodiscard]] Number excess(const Triple<Number>& own) const;
     };
+    template <class Number>
+    struct PlainRay;
 
     [[nodiscard]] static std::wstring faultOf(const SphereNumbers& numbers);
     [[nodiscard]] static Rim rimAt(double elevation, double radius);
@@ -76,14 +81,25 @@ private:
     template <class Limit>
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
-    template <class Limit>
-    [[nodiscard]] SurfaceHit nearestPoint(const Ray& ray, const Limit& limit) const;
+    /// What `intersect` and `nearestHits` return, for rays of all kinds.
+    [[nodiscard]] IntersectionSet intersectAny(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    [[nodiscard]] SurfaceHit nearestHit(const Ray& ray) const;
+    /// Adds the end at t of the chord of a ray when it is within the limits; false, with nothing added, when that takes
+    /// more care.
+    [[nodiscard]] bool addEnd(const PlainRay<double>& ray, double t, IntersectionSet& found) const;
+    /// Casts four rays and returns those that are left to `nearestHit`.
+    [[nodiscard]] LaneMask castFour(const Ray* rays, SurfaceHit* hits) const;
+    /// Decides what can be decided about an end of a chord by its place alone.
+    template <class Number>
+    [[nodiscard]] LimitVerdict<Number> judge(const Triple<Number>& place, Number tolerance) const;
     /// Returns whether a hit of the whole sphere, relative to the centre, is within the limits, perhaps after a small
     /// move.
     [[nodiscard]] bool isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const;
-    [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
+    template <class Number>
+    [[nodiscard]] Truth<Number> isWithinLimits(const Triple<Number>& own) const;
     /// Returns a lower bound of the distance from a point to the surface within its limits; may be below zero.
-    [[nodiscard]] double limitBound(const Point<double, 3>& own) const;
+    template <class Number>
+    [[nodiscard]] Number limitBound(const Triple<Number>& own) const;
     [[nodiscard]] const Rim& nearestRim(double height) const;
     /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the world frame.
     [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;
