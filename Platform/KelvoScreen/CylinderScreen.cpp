@@ -5,6 +5,7 @@
 #include "KelvoScreen/detail/CylinderSurface.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
+#include "KelvoScreen/detail/WideRays.h"
 
 #include <typeinfo>
 
@@ -92,8 +93,16 @@ std::vector<Point<double, 3>> CylinderScreen::intersectChannelBoundary(const std
     return channelBoundary(*this, boundary, centre);
 }
 
+void CylinderScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    if (typeid(*this) == typeid(CylinderScreen) && rays.size() == hits.size()) {
+        m_surface->nearestHits(rays, hits);
+    } else {
+        ScreenGeometry::intersectRays(rays, hits);
+    }
+}
+
 std::size_t CylinderScreen::raysAtOnce() const {
-    return typeid(*this) == typeid(CylinderScreen) ? 1 : 0;
+    return typeid(*this) == typeid(CylinderScreen) ? FORMULA_RAYS_AT_ONCE : 0;
 }
 
 std::wstring CylinderScreen::faultOfShape() const {

@@ -3,6 +3,7 @@
 #include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ShapeFaults.h"
+#include "KelvoScreen/detail/WideRays.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,6 +26,30 @@ std::wstring CylinderSurface::faultOf(const CylinderNumbers& numbers) {
                        faultOfRadius(numbers.radius, numbers.centre),
                        faultOfAzimuths(numbers.azimuthMin, numbers.azimuthMax)});
 }
+
+/// A ray at the cylinder, in its own frame, and its chord by the plain formula: seen along the axis, the wall is a
+/// circle.
+template <class Number>
+struct CylinderSurface::PlainRay {
+    [[gnu::always_inline]] PlainRay(const CylinderSurface& wall, const Triple<Number>& from, const Triple<Number>& to)
+        : worldDirection(difference(to, from)),
+          origin(wall.m_placement.toOwn(minus(from, wall.m_numbers.centre))),
+          direction(wall.m_placement.toOwn(worldDirection)),
+          tolerance(ROUNDING * (largestOf(from) + wall.m_extent)),
+          chord(0.0 + origin.x * origin.x + origin.y * origin.y,
+                -(0.0 + origin.x * direction.x + origin.y * direction.y),
+                0.0 + direction.x * direction.x + direction.y * direction.y, wall.m_numbers.radius, tolerance) {
+        const Number length2 = dotOf(worldDirection, worldDirection);
+        isPlain = both(both(length2 >= RayAim::SMALLEST_SQUARE, length2 <= RayAim::LARGEST_SQUARE),
+                       chord.length2 > ROUNDING * ROUNDING * length2);
+    }
+
+    Triple<Number> worldDirection, origin, direction;
+    Number tolerance;
+    PlainChord<Number> chord;
+    /// The direction can be squared as it is (see `RayAim`) and is not that of the axis.
+    Truth<Number> isPlain;
+};
 
 template <class Limit>
 IntersectionSet CylinderSurface::hits(const Point<double, 3>& from, const Point<double, 3>& to,
@@ -57,12 +82,51 @@ IntersectionSet CylinderSurface::hits(const Point<double, 3>& from, const Point<
     return found;
 }
 
+template <class Number>
+[[gnu::always_inline]] inline LimitVerdict<Number> CylinderSurface::judge(const Triple<Number>& own,
+                                                                          Number tolerance) const {
+    return {isWithinLimits(own), limitBound(own) > LimitSearch::farthestReach(tolerance)};
+}
+
 IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
+    IntersectionSet found;
+    if (!m_isValid) {
+        return found;
+    }
+    const PlainRay<double> ray(*this, tripleOf(from), tripleOf(to));
+    const PlainChord<double>& chord = ray.chord;
+    if (!ray.isPlain) {
+        found = intersectAny(from, to);
+    } else if (chord.isInside) {
+        if (!addEnd(ray, chord.first(), found)) {
+            found = intersectAny(from, to);
+        }
+    } else if (!chord.isMiss) {
+        if (!chord.isThrough || !addEnd(ray, chord.first(), found) || !addEnd(ray, chord.second(), found)) {
+            found = intersectAny(from, to);
+        }
+    }
+    return found;
+}
+
+[[gnu::always_inline]] inline bool CylinderSurface::addEnd(const PlainRay<double>& ray, double t,
+                                                           IntersectionSet& found) const {
+    const Triple<double> place = placeOnRay(ray.origin, ray.direction, t);
+    const LimitVerdict<double> verdict = judge(place, ray.tolerance);
+    if (verdict.isWithin) {
+        const Triple<double> point = plus(m_numbers.centre, m_placement.toWorld(place));
+        found.add({{point.x, point.y, point.z}, t});
+    }
+    return verdict.isWithin || verdict.isBeyond;
+}
+
+[[gnu::noinline]] IntersectionSet CylinderSurface::intersectAny(const Point<double, 3>& from,
+                                                                const Point<double, 3>& to) const {
     return hits(from, to, [this](const RayAim& aim, double tolerance, OwnHit& hit) {
-        if (isWithinLimits(hit.place)) {
+        if (isWithinLimits(tripleOf(hit.place))) {
             return true;
         }
-        if (limitBound(hit.place) > LimitSearch::farthestReach(tolerance)) {
+        if (limitBound(tripleOf(hit.place)) > LimitSearch::farthestReach(tolerance)) {
             return false;
         }
         OwnHit moved = hit;
@@ -70,6 +134,46 @@ IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const P
         hit = moved;
         return isHit;
     });
+}
+
+[[gnu::noinline]] SurfaceHit CylinderSurface::nearestHit(const Ray& ray) const {
+    const IntersectionSet found = intersectAny(ray.first, ray.second);
+    if (found.empty()) {
+        return {};
+    }
+    const Intersection& nearest = found.first();
+    const Point<double, 3> outward = normal(nearest.point);
+    return {nearest.point, outward, nearest.t, sideOfSurface(ray.second - ray.first, outward), true};
+}
+
+KELVO_SCREEN_WIDE_VECTORS void CylinderSurface::nearestHits(std::span<const Ray> rays,
+                                                            std::span<SurfaceHit> hits) const {
+    std::size_t i = 0;
+    for (; m_isValid && i + WIDTH <= rays.size(); i += WIDTH) {
+        const LaneMask left = castFour(&rays[i], &hits[i]);
+        forEachLane(left, [&](std::size_t lane) { hits[i + lane] = nearestHit(rays[i + lane]); });
+    }
+    for (; i < rays.size(); ++i) {
+        hits[i] = nearestHit(rays[i]);
+    }
+}
+
+[[gnu::always_inline]] inline LaneMask CylinderSurface::castFour(const Ray* rays, SurfaceHit* hits) const {
+    const WideRays four(rays);
+    const PlainRay<Wide> ray(*this, four.from, four.to);
+    const EndWithinLimits end(ray.chord, ray.origin, ray.direction, false,
+                              [&](const Triple<Wide>& place) { return judge(place, ray.tolerance); });
+    WideHits found;
+    found.t = end.t;
+    found.isHit = end.isHit;
+    found.point = plus(m_numbers.centre, m_placement.toWorld(end.place));
+    Triple<Wide> outward = m_placement.toOwn(minus(found.point, m_numbers.centre));
+    outward.z = Wide{};
+    const Wide fromAxis = squareRoot(dotOf(outward, outward));
+    found.normal = m_placement.toWorld(scaled(outward, 1 / fromAxis));
+    found.storeTo(hits, ray.worldDirection);
+    const WideMask hasNormal = areFinite(fromAxis) & (fromAxis > 0) & areFinite(found.point.z);
+    return WIDE_BITS & ~bitsOf(ray.isPlain & end.isSure & (~end.isHit | hasNormal));
 }
 
 bool CylinderSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const {
@@ -87,12 +191,14 @@ IntersectionSet CylinderSurface::intersectEndless(const Point<double, 3>& from, 
     return hits(from, to, [](const RayAim&, double, const OwnHit& hit) { return isFinite(hit.place); });
 }
 
-bool CylinderSurface::isWithinLimits(const Point<double, 3>& own) const {
-    return std::abs(own[2]) <= m_numbers.height / 2 && m_sector.contains(own[0], own[1]);
+template <class Number>
+[[gnu::always_inline]] inline Truth<Number> CylinderSurface::isWithinLimits(const Triple<Number>& own) const {
+    return both(absolute(own.z) <= m_numbers.height / 2, m_sector.contains(own.x, own.y));
 }
 
-double CylinderSurface::limitBound(const Point<double, 3>& own) const {
-    return std::max(std::abs(own[2]) - m_numbers.height / 2, m_sector.distanceBound(own[0], own[1]));
+template <class Number>
+[[gnu::always_inline]] inline Number CylinderSurface::limitBound(const Triple<Number>& own) const {
+    return larger(absolute(own.z) - m_numbers.height / 2, m_sector.distanceBound(own.x, own.y));
 }
 
 Point<double, 3> CylinderSurface::moveWithinLimits(const Point<double, 3>& own) const {

@@ -1,9 +1,13 @@
 #pragma once
 
 #include "KelvoScreen/IntersectionSet.h"
+#include "KelvoScreen/ScreenGeometry.h"
+#include "KelvoScreen/detail/Lanes.h"
+#include "KelvoScreen/detail/Numbers.h"
 #include "KelvoScreen/detail/Placement.h"
 #include "KelvoScreen/detail/SurfaceLimits.h"
 
+#include <span>
 #include <string>
 
 namespace Veltrani::KelvoScreenDetail {
@@ -33,6 +37,8 @@ public:
 
     /// Hits within the limits; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// The first of `intersect` for each ray, with its normal and side; `hits` is as long as `rays`.
+    void nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
     /// Hits of the endless cylinder; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersectEndless(const Point<double, 3>& from, const Point<double, 3>& to) const;
     /// Returns the outward normal at the nearest point of the endless cylinder; zero for a NaN.
@@ -41,13 +47,29 @@ public:
     [[nodiscard]] Point<double, 3> pointAt(double s, double t) const;
 
 private:
+    template <class Number>
+    struct PlainRay;
+
     [[nodiscard]] static std::wstring faultOf(const CylinderNumbers& numbers);
     template <class Limit>
     [[nodiscard]] IntersectionSet hits(const Point<double, 3>& from, const Point<double, 3>& to,
                                        const Limit& limit) const;
-    [[nodiscard]] bool isWithinLimits(const Point<double, 3>& own) const;
+    /// What `intersect` and `nearestHits` return, for rays of all kinds.
+    [[nodiscard]] IntersectionSet intersectAny(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    [[nodiscard]] SurfaceHit nearestHit(const Ray& ray) const;
+    /// Adds the end at t of the chord of a ray when it is within the limits; false, with nothing added, when that takes
+    /// more care.
+    [[nodiscard]] bool addEnd(const PlainRay<double>& ray, double t, IntersectionSet& found) const;
+    /// Casts four rays and returns those that are left to `nearestHit`.
+    [[nodiscard]] LaneMask castFour(const Ray* rays, SurfaceHit* hits) const;
+    /// Decides what can be decided about an end of a chord by its place alone.
+    template <class Number>
+    [[nodiscard]] LimitVerdict<Number> judge(const Triple<Number>& own, Number tolerance) const;
+    template <class Number>
+    [[nodiscard]] Truth<Number> isWithinLimits(const Triple<Number>& own) const;
     /// Returns a lower bound of the distance from a point to the surface within its limits; may be below zero.
-    [[nodiscard]] double limitBound(const Point<double, 3>& own) const;
+    template <class Number>
+    [[nodiscard]] Number limitBound(const Triple<Number>& own) const;
     /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the own frame.
     [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;
     /// Returns the point within the limits nearest to a point, both relative to the centre, in the own frame.
