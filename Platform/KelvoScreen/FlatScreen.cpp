@@ -3,6 +3,7 @@
 #include "Common/Matrix.h"
 #include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
+#include "KelvoScreen/detail/RayAim.h"
 #include "KelvoScreen/detail/RayProbe.h"
 #include "KelvoScreen/detail/Rounding.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
@@ -14,6 +15,48 @@
 #include <typeinfo>
 
 using namespace Veltrani::KelvoScreenDetail;
+
+namespace {
+
+/// How far a coordinate along a side of the rectangle is beyond its ends, in sides; below zero between them.
+template <class Number>
+[[nodiscard, gnu::always_inline]] inline Number beyondEnds(Number s) {
+    return larger(-s, s - 1);
+}
+
+/// The least slope of a ray against the plane, and how far beside the rectangle it then meets the plane, in units of
+/// the largest coordinate, for `isFarBeside`.
+constexpr double LEAST_SLOPE = 0x1p-10;
+constexpr double FAR_BESIDE = 0x1p-16;
+/// The shortest side of the rectangle in the same unit, and the bounds of the unit: products of two lengths then stay
+/// in the range of a double.
+constexpr double LEAST_SIDE = 0x1p-10;
+constexpr double SMALLEST_UNIT = 1e-90;
+constexpr double LARGEST_UNIT = 1e90;
+
+/// Returns true when a ray misses the rectangle by so much that no rounding makes it a hit: then it need not be
+/// measured across the ray.
+///
+/// In units of the largest coordinate, with a rounding of 2^-53: the ray meets the plane within 2^12 of its start, for
+/// its slope is 2^-10 at least. The slope is known to 2^-50, so to 2^-40 of itself, and the point in the plane to
+/// 2^-26. It is 2^-16 beside the rectangle, so 2^-17 at least without rounding, and the ray passes the rectangle at
+/// 2^-28 at least, its slope times that. As seen along the ray the corners are known to 2^-48, and the tolerance is
+/// 2^-48: neither brings an edge so near. Nor is a triangle of corners of which sides of 2^-10 and the slope make an
+/// area of 2^-31, known to 2^-45, seen around the ray: the signs of its edge functions are right.
+///
+/// @param beyond how far the point in the plane is from the rectangle: a length
+/// @param approach how much nearer to the plane the ray comes per unit of its direction
+/// @param unit the largest coordinate
+/// @param largestUnit the largest one for which the sides are long enough
+template <class Number>
+[[nodiscard, gnu::always_inline]] inline Truth<Number> isFarBeside(Number beyond, Number approach, Number length2,
+                                                                   Number unit, double largestUnit) {
+    const Truth<Number> isPlain = both(length2 >= RayAim::SMALLEST_SQUARE, length2 <= RayAim::LARGEST_SQUARE);
+    const Truth<Number> isSteep = approach * approach >= LEAST_SLOPE * LEAST_SLOPE * length2;
+    return both(both(isPlain, isSteep), both(unit <= largestUnit, beyond > FAR_BESIDE * unit));
+}
+
+}  // namespace
 
 FlatScreen::Numbers::Numbers(const IScreenConfig* screen) {
     if (screen != nullptr) {
@@ -57,6 +100,10 @@ void FlatScreen::set(const Numbers& numbers) {
     m_upward = rotation * Point<double, 3>{0.0, 0.0, numbers.height};
     m_corner = numbers.centre - rotation * Point<double, 3>{numbers.width / 2, 0.0, numbers.height / 2};
     m_normal = rotation * Point<double, 3>{0.0, 1.0, 0.0};
+    m_extent = std::max({largestComponent(m_corner), largestComponent(m_corner + m_across),
+                         largestComponent(m_corner + m_upward), largestComponent(m_corner + m_across + m_upward)});
+    const double shortestSide = std::min(numbers.width, numbers.height);
+    m_largestUnit = shortestSide > SMALLEST_UNIT ? std::min(shortestSide / LEAST_SIDE, LARGEST_UNIT) : 0.0;
     m_valid = fault().empty();
 }
 
@@ -169,8 +216,14 @@ bool FlatScreen::limitToRectangle(const Point<double, 3>& from, const Point<doub
     if (s >= 0 && s <= 1 && t >= 0 && t <= 1) {
         return true;
     }
+    const Point<double, 3> direction = to - from;
+    const double beyond = std::max(beyondEnds(s) * norm(m_across), beyondEnds(t) * norm(m_upward));
+    const double unit = largestCoordinate(from);
+    if (isFarBeside(beyond, dot(direction, m_normal), dot(direction, direction), unit, m_largestUnit)) {
+        return false;
+    }
     // Measured across the ray: along it, a grazing hit is uncertain by far more than the ray itself.
-    const RayProbe probe(from, to - from, ROUNDING * largestCoordinate(from), norm(m_across + m_upward));
+    const RayProbe probe(from, direction, ROUNDING * unit, norm(m_across + m_upward));
     const Corners lower{pointAt(0, 0), pointAt(1, 0), pointAt(1, 1)};
     const Corners upper{pointAt(0, 0), pointAt(1, 1), pointAt(0, 1)};
     for (const Corners& half : {lower, upper}) {
@@ -184,6 +237,5 @@ bool FlatScreen::limitToRectangle(const Point<double, 3>& from, const Point<doub
 }
 
 double FlatScreen::largestCoordinate(const Point<double, 3>& from) const {
-    return std::max({largestComponent(from), largestComponent(m_corner), largestComponent(m_corner + m_across),
-                     largestComponent(m_corner + m_upward), largestComponent(m_corner + m_across + m_upward)});
+    return std::max(largestComponent(from), m_extent);
 }

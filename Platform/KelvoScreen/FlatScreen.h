@@ -73,5 +73,7 @@ private:
     Point<double, 3> m_across;  ///< from s = 0 to s = 1
     Point<double, 3> m_upward;  ///< from t = 0 to t = 1
     Point<double, 3> m_normal;
+    double m_extent = 0;       ///< the largest coordinate of a corner
+    double m_largestUnit = 0;  ///< the largest coordinate for which a far miss is decided without a probe
     bool m_valid = false;
 };
