@@ -9,6 +9,7 @@
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
 #include "KelvoScreen/detail/ShapeFaults.h"
+#include "KelvoScreen/detail/WideRays.h"
 
 #include <algorithm>
 #include <cmath>
@@ -176,8 +177,62 @@ std::vector<Point<double, 3>> FlatScreen::intersectChannelBoundary(const std::ve
     return channelBoundary(*this, boundary, centre);
 }
 
+void FlatScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    if (typeid(*this) == typeid(FlatScreen) && rays.size() == hits.size()) {
+        nearestHits(rays, hits);
+    } else {
+        ScreenGeometry::intersectRays(rays, hits);
+    }
+}
+
 std::size_t FlatScreen::raysAtOnce() const {
-    return typeid(*this) == typeid(FlatScreen) ? 1 : 0;
+    return typeid(*this) == typeid(FlatScreen) ? FORMULA_RAYS_AT_ONCE : 0;
+}
+
+KELVO_SCREEN_WIDE_VECTORS void FlatScreen::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    std::size_t i = 0;
+    for (; m_valid && i + WIDTH <= rays.size(); i += WIDTH) {
+        const LaneMask left = castFour(&rays[i], &hits[i]);
+        forEachLane(left, [&](std::size_t lane) { hits[i + lane] = nearestHit(rays[i + lane]); });
+    }
+    for (; i < rays.size(); ++i) {
+        hits[i] = nearestHit(rays[i]);
+    }
+}
+
+[[gnu::always_inline]] inline unsigned FlatScreen::castFour(const Ray* rays, SurfaceHit* hits) const {
+    const WideRays four(rays);
+    const Triple<Wide> direction = difference(four.to, four.from);
+    const Triple<Wide> normal = wide(m_normal);
+    const Triple<Wide> corner = wide(m_corner);
+    const Wide approach = dotOf(direction, normal);
+    const WideMask isCrossing = absolute(approach) > ROUNDING * larger(largestOf(four.from), largestOf(four.to));
+    const Wide unit = larger(largestOf(four.from), all(m_extent));
+    const Wide tolerance = ROUNDING * unit;
+    Wide t = dotOf(difference(corner, four.from), normal) / approach;
+    t = (t < 0) & (absolute(t * approach) <= tolerance) ? Wide{} : t;
+    const Triple<Wide> nearPlane = placeOnRay(four.from, direction, t);
+    WideHits found;
+    found.t = t;
+    found.point = difference(nearPlane, scaled(normal, dotOf(difference(nearPlane, corner), normal)));
+    found.normal = normal;
+    const WideMask meetsPlane =
+        isCrossing & (t >= 0) & areFinite(found.point.x) & areFinite(found.point.y) & areFinite(found.point.z);
+    const Triple<Wide> inPlane = difference(found.point, corner);
+    const Wide across = dotOf(inPlane, wide(m_across)) / dot(m_across, m_across);
+    const Wide upward = dotOf(inPlane, wide(m_upward)) / dot(m_upward, m_upward);
+    found.isHit = meetsPlane & (across >= 0) & (across <= 1) & (upward >= 0) & (upward <= 1);
+    const Wide beyond = larger(beyondEnds(across) * norm(m_across), beyondEnds(upward) * norm(m_upward));
+    const WideMask isBeside = isFarBeside(beyond, approach, dotOf(direction, direction), unit, m_largestUnit);
+    found.storeTo(hits, direction);
+    return WIDE_BITS & ~bitsOf(~meetsPlane | found.isHit | isBeside);
+}
+
+SurfaceHit FlatScreen::nearestHit(const Ray& ray) const {
+    const IntersectionSet found = FlatScreen::intersect(ray.first, ray.second);
+    return found.empty() ? SurfaceHit{}
+                         : SurfaceHit{found.first().point, m_normal, found.first().t,
+                                      sideOfSurface(ray.second - ray.first, m_normal), true};
 }
 
 std::wstring FlatScreen::faultOfShape() const {

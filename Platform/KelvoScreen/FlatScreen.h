@@ -4,6 +4,7 @@
 #include "KelvoScreen/ScreenGeometry.h"
 
 #include <array>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,9 @@ public:
                                                                            int sign) const override;
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
+    /// The results are bit for bit those of single rays. For a class derived from this one the rays are cast one by
+    /// one.
+    void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
     [[nodiscard]] std::size_t raysAtOnce() const override;
     [[nodiscard]] std::wstring faultOfShape() const override;
 
@@ -65,6 +69,10 @@ private:
     /// Moves a hit of the plane onto the rectangle when the ray passes it within rounding; false when it misses it.
     [[nodiscard]] bool limitToRectangle(const Point<double, 3>& from, const Point<double, 3>& to,
                                         Intersection& hit) const;
+    /// Casts four rays and returns a bit for each that is left to `nearestHit`.
+    [[nodiscard]] unsigned castFour(const Ray* rays, SurfaceHit* hits) const;
+    [[nodiscard]] SurfaceHit nearestHit(const Ray& ray) const;
+    void nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
     /// Returns the largest coordinate that enters a hit: the unit of its rounding.
     [[nodiscard]] double largestCoordinate(const Point<double, 3>& from) const;
 
