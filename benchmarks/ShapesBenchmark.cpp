@@ -1,17 +1,22 @@
 #include "Configuration/BaseConfig.h"
 #include "Configuration/IScreenConfig.h"
 #include "KelvoScreen/CylinderScreen.h"
+#include "KelvoScreen/FlatScreen.h"
 #include "KelvoScreen/SphericalScreen.h"
 #include "Ratio.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <memory>
 #include <numbers>
 #include <random>
+#include <span>
+#include <string>
 #include <vector>
 
-/// Rays at spheres and cylinders through the abstract class, against the textbook formula behind one virtual call.
+/// Rays at spheres, cylinders and a flat screen through the abstract class, one by one and many at once, against the
+/// textbook formula behind one virtual call for each ray.
 
 namespace {
 
@@ -23,8 +28,13 @@ constexpr double HEIGHT = 4;
 constexpr double AZIMUTH = 2;  // to either side
 constexpr double LOWEST_ELEVATION = -0.35;
 constexpr int RAY_COUNT = 10000;
-/// What is accepted; the aim is 1.5.
-constexpr double LIMIT = 2.5;
+constexpr std::size_t BATCH = 128;
+/// What is accepted of single rays; the aim is 1.5.
+constexpr double LIMIT = 2.0;
+/// What is accepted of rays at once; the aim is 1.
+constexpr double BATCH_LIMIT = 1.5;
+/// The flat screen is in front.
+constexpr double DISTANCE = 4;
 
 /// The numbers of the shapes, as a configuration hands them over.
 class Description : public IScreenConfig {
@@ -42,6 +52,10 @@ public:
     [[nodiscard]] Point<double, 3> getEyePoint() const override { return {}; }
     [[nodiscard]] double getRadius() const override { return RADIUS; }
     [[nodiscard]] double getHeight() const override { return HEIGHT; }
+    [[nodiscard]] double getWidth() const override { return 2 * HEIGHT; }
+    [[nodiscard]] Point<double, 3> getCentre() const override {
+        return {0.0, m_shape == BaseConfig::SHAPE_FLAT ? DISTANCE : 0.0, 0.0};
+    }
     [[nodiscard]] double getAzimuthMin() const override { return -m_azimuth; }
     [[nodiscard]] double getAzimuthMax() const override { return m_azimuth; }
 
@@ -55,6 +69,8 @@ class BareShape {
 public:
     virtual ~BareShape() = default;
     virtual bool intersect(const Vector& from, const Vector& to, Vector& point) const = 0;
+    /// The same, with the normal.
+    virtual bool hit(const Vector& from, const Vector& to, Vector& point, Vector& normal) const = 0;
 };
 
 /// The nearest root t >= 0 of a t^2 + 2 b t + c whose point is accepted.
@@ -77,8 +93,13 @@ bool nearestRoot(double a, double b, double c, const Vector& from, const Vector&
     return false;
 }
 
-class BareSphere : public BareShape {
+class BareSphere final : public BareShape {
 public:
+    bool hit(const Vector& from, const Vector& to, Vector& point, Vector& normal) const override {
+        const bool isHit = BareSphere::intersect(from, to, point);
+        normal = (1 / RADIUS) * point;
+        return isHit;
+    }
     bool intersect(const Vector& from, const Vector& to, Vector& point) const override {
         const Vector direction = to - from;
         return nearestRoot(
@@ -92,8 +113,13 @@ bool isWithin(const Vector& p, double sine, double cosine) {
     return sine * p[1] - cosine * std::abs(p[0]) >= 0;
 }
 
-class BareDome : public BareShape {
+class BareDome final : public BareShape {
 public:
+    bool hit(const Vector& from, const Vector& to, Vector& point, Vector& normal) const override {
+        const bool isHit = BareDome::intersect(from, to, point);
+        normal = (1 / RADIUS) * point;
+        return isHit;
+    }
     bool intersect(const Vector& from, const Vector& to, Vector& point) const override {
         const Vector direction = to - from;
         return nearestRoot(
@@ -107,10 +133,16 @@ private:
     double m_cosine = std::cos(AZIMUTH);
 };
 
-class BareCylinder : public BareShape {
+class BareCylinder final : public BareShape {
 public:
     explicit BareCylinder(double azimuth)
         : m_sine(std::sin(azimuth)), m_cosine(std::cos(azimuth)), m_isWhole(azimuth >= PI) {}
+
+    bool hit(const Vector& from, const Vector& to, Vector& point, Vector& normal) const override {
+        const bool isHit = BareCylinder::intersect(from, to, point);
+        normal = {(1 / RADIUS) * point[0], (1 / RADIUS) * point[1], 0.0};
+        return isHit;
+    }
 
     bool intersect(const Vector& from, const Vector& to, Vector& point) const override {
         const Vector d = to - from;
@@ -127,6 +159,20 @@ private:
     double m_sine;
     double m_cosine;
     bool m_isWhole;
+};
+
+class BareFlat final : public BareShape {
+public:
+    bool hit(const Vector& from, const Vector& to, Vector& point, Vector& normal) const override {
+        normal = {0.0, 1.0, 0.0};
+        return BareFlat::intersect(from, to, point);
+    }
+    bool intersect(const Vector& from, const Vector& to, Vector& point) const override {
+        const Vector direction = to - from;
+        const double t = (DISTANCE - from[1]) / direction[1];
+        point = from + t * direction;
+        return t >= 0 && std::abs(point[0]) <= HEIGHT && std::abs(point[2]) <= HEIGHT / 2;
+    }
 };
 
 /// From anywhere within `reach` of the middle to anywhere.
@@ -169,11 +215,50 @@ void castAll(benchmark::State& state, const Shape& shape, const std::vector<Ray>
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(all.size()));
 }
 
+void castBatches(benchmark::State& state, const ScreenGeometry& screen, const std::vector<Ray>& all) {
+    double sum = 0;
+    std::vector<SurfaceHit> hits(BATCH);
+    for (auto _ : state) {
+        for (std::size_t first = 0; first < all.size(); first += BATCH) {
+            const std::span<const Ray> rays(&all[first], std::min(BATCH, all.size() - first));
+            screen.intersectRays(rays, std::span(hits).first(rays.size()));
+            for (std::size_t i = 0; i < rays.size(); ++i) {
+                if (hits[i].hit) {
+                    sum += dot(hits[i].point, hits[i].normal);
+                }
+            }
+        }
+    }
+    benchmark::DoNotOptimize(sum);
+}
+
+void castEach(benchmark::State& state, const BareShape& shape, const std::vector<Ray>& all) {
+    double sum = 0;
+    for (auto _ : state) {
+        for (const Ray& ray : all) {
+            Vector point;
+            Vector normal;
+            if (shape.hit(ray.first, ray.second, point, normal)) {
+                sum += dot(point, normal);
+            }
+        }
+    }
+    benchmark::DoNotOptimize(sum);
+}
+
+void addBatchPair(const std::string& name, std::shared_ptr<const ScreenGeometry> screen,
+                  std::shared_ptr<const BareShape> bare, const std::vector<Ray>& all) {
+    ratio::pair(
+        name + "_at_once", [screen, &all](benchmark::State& state) { castBatches(state, *screen, all); },
+        [bare, &all](benchmark::State& state) { castEach(state, *bare, all); }, BATCH_LIMIT);
+}
+
 void addPair(const std::string& name, std::shared_ptr<const ScreenGeometry> screen,
              std::shared_ptr<const BareShape> bare, const std::vector<Ray>& all) {
     ratio::pair(
         name, [screen, &all](benchmark::State& state) { castAll(state, *screen, all); },
         [bare, &all](benchmark::State& state) { castAll(state, *bare, all); }, LIMIT);
+    addBatchPair(name, screen, bare, all);
 }
 
 }  // namespace
@@ -194,5 +279,8 @@ int main(int argc, char** argv) {
             inside);
     addPair("wall_outside", std::make_shared<CylinderScreen>(&wallNumbers), std::make_shared<BareCylinder>(AZIMUTH),
             outside);
+    const Description flatNumbers(BaseConfig::SHAPE_FLAT, 0);
+    addBatchPair("flat_inside", std::make_shared<FlatScreen>(&flatNumbers), std::make_shared<BareFlat>(), inside);
+    addBatchPair("flat_outside", std::make_shared<FlatScreen>(&flatNumbers), std::make_shared<BareFlat>(), outside);
     return ratio::run(argc, argv);
 }
