@@ -40,6 +40,11 @@ using Truth = std::conditional_t<std::is_same_v<Number, double>, bool, WideMask>
 [[nodiscard, gnu::always_inline]] inline double larger(double a, double b) {
     return a < b ? b : a;
 }
+/// Returns a where a number is above zero, else b.
+[[nodiscard, gnu::always_inline]] inline double whereAbove(double number, double a, double b) {
+    const __m128d isAbove = _mm_cmpgt_sd(_mm_set_sd(number), _mm_setzero_pd());
+    return _mm_cvtsd_f64(_mm_or_pd(_mm_and_pd(isAbove, _mm_set_sd(a)), _mm_andnot_pd(isAbove, _mm_set_sd(b))));
+}
 /// Returns false for infinities and NaN.
 template <class Number>
 [[nodiscard, gnu::always_inline]] inline Truth<Number> areFinite(Number a) {
@@ -52,6 +57,13 @@ struct Triple {
     Number x, y, z;
 };
 
+/// Returns the inner product, as `dot` calculates it but for the sign of zero: `dot` sums from zero. So squares are the
+/// same bits.
+template <class Number>
+[[nodiscard, gnu::always_inline]] inline Number productOf(const Triple<Number>& a, const Triple<Number>& b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+/// Returns the inner product, as `dot` calculates it.
 template <class Number>
 [[nodiscard, gnu::always_inline]] inline Number dotOf(const Triple<Number>& a, const Triple<Number>& b) {
     return 0.0 + a.x * b.x + a.y * b.y + a.z * b.z;

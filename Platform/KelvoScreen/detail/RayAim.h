@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <type_traits>
 
 // A ray as round shapes use it: its direction, of a length that can be squared, and its chord through a ball or circle.
 namespace Veltrani::KelvoScreenDetail {
@@ -128,7 +129,7 @@ template <std::size_t N>
 template <class Number>
 struct PlainChord {
     /// @param offset2 the square of the distance of the origin of the ray
-    /// @param theTowards -origin . direction
+    /// @param theTowards -origin . direction; if it is zero, of either sign
     [[gnu::always_inline]] PlainChord(Number offset2, Number theTowards, Number theLength2, double radius,
                                       Number tolerance)
         : towards(theTowards), length2(theLength2) {
@@ -146,12 +147,17 @@ struct PlainChord {
             both(both(both(isOutside, towards > 0), discriminant > noise), both(isInRange, offset2 <= NEAR * square2));
     }
 
-    /// Returns the t of the first end in front of the origin. Terms of one sign do not cancel; the other root follows
-    /// from the product of both.
+    /// Returns the t of the first end in front of the origin, of a line that has one. Terms of one sign do not cancel;
+    /// the other root follows from the product of both.
     [[nodiscard, gnu::always_inline]] Number first() const {
         const Number sum = sumOfTerms();
-        const Truth<Number> isBySum = both(isInside, towards > 0);
-        return (isBySum ? sum : absolute(outside2)) / (isBySum ? length2 : sum);
+        if constexpr (std::is_same_v<Number, double>) {
+            return isInside ? whereAbove(towards, sum, absolute(outside2)) / whereAbove(towards, length2, sum)
+                            : absolute(outside2) / sum;
+        } else {
+            const WideMask isBySum = isInside & (towards > 0);
+            return (isBySum ? sum : absolute(outside2)) / (isBySum ? length2 : sum);
+        }
     }
     /// Returns the t of the second end, of a line that passes through.
     [[nodiscard, gnu::always_inline]] Number second() const { return sumOfTerms() / length2; }
