@@ -36,10 +36,9 @@ struct CylinderSurface::PlainRay {
           origin(wall.m_placement.toOwn(minus(from, wall.m_numbers.centre))),
           direction(wall.m_placement.toOwn(worldDirection)),
           tolerance(ROUNDING * (largestOf(from) + wall.m_extent)),
-          chord(0.0 + origin.x * origin.x + origin.y * origin.y,
-                -(0.0 + origin.x * direction.x + origin.y * direction.y),
-                0.0 + direction.x * direction.x + direction.y * direction.y, wall.m_numbers.radius, tolerance) {
-        const Number length2 = dotOf(worldDirection, worldDirection);
+          chord(origin.x * origin.x + origin.y * origin.y, -(origin.x * direction.x + origin.y * direction.y),
+                direction.x * direction.x + direction.y * direction.y, wall.m_numbers.radius, tolerance) {
+        const Number length2 = productOf(worldDirection, worldDirection);
         isPlain = both(both(length2 >= RayAim::SMALLEST_SQUARE, length2 <= RayAim::LARGEST_SQUARE),
                        chord.length2 > ROUNDING * ROUNDING * length2);
     }
@@ -148,32 +147,46 @@ IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const P
 
 KELVO_SCREEN_WIDE_VECTORS void CylinderSurface::nearestHits(std::span<const Ray> rays,
                                                             std::span<SurfaceHit> hits) const {
-    std::size_t i = 0;
-    for (; m_isValid && i + WIDTH <= rays.size(); i += WIDTH) {
-        const LaneMask left = castFour(&rays[i], &hits[i]);
+    const std::size_t whole = m_isValid ? rays.size() - rays.size() % WIDTH : 0;
+    WideEnds next{};
+    if (whole > 0) {
+        next = endsOfFour(&rays[0]);
+    }
+    for (std::size_t i = 0; i < whole; i += WIDTH) {
+        // The next four are begun before these are finished: the processor works at both instead of waiting for roots.
+        const WideEnds ends = next;
+        if (i + WIDTH < whole) {
+            next = endsOfFour(&rays[i + WIDTH]);
+        }
+        const LaneMask left = finishFour(ends, &hits[i]);
         forEachLane(left, [&](std::size_t lane) { hits[i + lane] = nearestHit(rays[i + lane]); });
     }
-    for (; i < rays.size(); ++i) {
+    for (std::size_t i = whole; i < rays.size(); ++i) {
         hits[i] = nearestHit(rays[i]);
     }
 }
 
-[[gnu::always_inline]] inline LaneMask CylinderSurface::castFour(const Ray* rays, SurfaceHit* hits) const {
+[[gnu::always_inline]] inline WideEnds CylinderSurface::endsOfFour(const Ray* rays) const {
     const WideRays four(rays);
     const PlainRay<Wide> ray(*this, four.from, four.to);
-    const EndWithinLimits end(ray.chord, ray.origin, ray.direction, false,
-                              [&](const Triple<Wide>& place) { return judge(place, ray.tolerance); });
+    const EndWithinLimits end(
+        ray.chord, ray.origin, ray.direction,
+        false, [&](const Triple<Wide>& place) __attribute__((always_inline)) { return judge(place, ray.tolerance); });
+    return {ray.worldDirection, end.place, end.t, end.isHit, ray.isPlain & end.isSure};
+}
+
+[[gnu::always_inline]] inline LaneMask CylinderSurface::finishFour(const WideEnds& ends, SurfaceHit* hits) const {
     WideHits found;
-    found.t = end.t;
-    found.isHit = end.isHit;
-    found.point = plus(m_numbers.centre, m_placement.toWorld(end.place));
+    found.t = ends.t;
+    found.isHit = ends.isHit;
+    found.point = plus(m_numbers.centre, m_placement.toWorld(ends.place));
     Triple<Wide> outward = m_placement.toOwn(minus(found.point, m_numbers.centre));
     outward.z = Wide{};
-    const Wide fromAxis = squareRoot(dotOf(outward, outward));
+    const Wide fromAxis = squareRoot(productOf(outward, outward));
     found.normal = m_placement.toWorld(scaled(outward, 1 / fromAxis));
-    found.storeTo(hits, ray.worldDirection);
+    found.storeTo(hits, ends.direction);
     const WideMask hasNormal = areFinite(fromAxis) & (fromAxis > 0) & areFinite(found.point.z);
-    return WIDE_BITS & ~bitsOf(ray.isPlain & end.isSure & (~end.isHit | hasNormal));
+    return WIDE_BITS & ~bitsOf(ends.isSure & (~ends.isHit | hasNormal));
 }
 
 bool CylinderSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const {

@@ -67,8 +67,8 @@ struct SphereSurface::PlainRay {
         : origin(minus(from, sphere.m_numbers.centre)),
           direction(difference(to, from)),
           tolerance(ROUNDING * (largestOf(from) + sphere.m_extent)),
-          chord(dotOf(origin, origin), -dotOf(origin, direction), dotOf(direction, direction), sphere.m_numbers.radius,
-                tolerance),
+          chord(productOf(origin, origin), -productOf(origin, direction), productOf(direction, direction),
+                sphere.m_numbers.radius, tolerance),
           isPlain(both(chord.length2 >= RayAim::SMALLEST_SQUARE, chord.length2 <= RayAim::LARGEST_SQUARE)) {}
 
     Triple<Number> origin, direction;
@@ -179,31 +179,46 @@ IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Poi
 }
 
 KELVO_SCREEN_WIDE_VECTORS void SphereSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
-    std::size_t i = 0;
-    for (; m_isValid && i + WIDTH <= rays.size(); i += WIDTH) {
-        const LaneMask left = castFour(&rays[i], &hits[i]);
+    const std::size_t whole = m_isValid ? rays.size() - rays.size() % WIDTH : 0;
+    WideEnds next{};
+    if (whole > 0) {
+        next = endsOfFour(&rays[0]);
+    }
+    for (std::size_t i = 0; i < whole; i += WIDTH) {
+        // The next four are begun before these are finished: the processor works at both instead of waiting for roots.
+        const WideEnds ends = next;
+        if (i + WIDTH < whole) {
+            next = endsOfFour(&rays[i + WIDTH]);
+        }
+        const LaneMask left = finishFour(ends, &hits[i]);
         forEachLane(left, [&](std::size_t lane) { hits[i + lane] = nearestHit(rays[i + lane]); });
     }
-    for (; i < rays.size(); ++i) {
+    for (std::size_t i = whole; i < rays.size(); ++i) {
         hits[i] = nearestHit(rays[i]);
     }
 }
 
-[[gnu::always_inline]] inline LaneMask SphereSurface::castFour(const Ray* rays, SurfaceHit* hits) const {
+[[gnu::always_inline]] inline WideEnds SphereSurface::endsOfFour(const Ray* rays) const {
     const WideRays four(rays);
     const PlainRay<Wide> ray(*this, four.from, four.to);
-    const EndWithinLimits end(ray.chord, ray.origin, ray.direction, m_isWhole,
-                              [&](const Triple<Wide>& place) { return judge(place, ray.tolerance); });
+    const EndWithinLimits end(
+        ray.chord, ray.origin, ray.direction, m_isWhole, [&](const Triple<Wide>& place) __attribute__((always_inline)) {
+            return judge(place, ray.tolerance);
+        });
+    return {ray.direction, end.place, end.t, end.isHit, ray.isPlain & end.isSure};
+}
+
+[[gnu::always_inline]] inline LaneMask SphereSurface::finishFour(const WideEnds& ends, SurfaceHit* hits) const {
     WideHits found;
-    found.t = end.t;
-    found.isHit = end.isHit;
-    found.point = plus(m_numbers.centre, end.place);
+    found.t = ends.t;
+    found.isHit = ends.isHit;
+    found.point = plus(m_numbers.centre, ends.place);
     const Triple<Wide> outward = minus(found.point, m_numbers.centre);
-    const Wide distance = squareRoot(dotOf(outward, outward));
+    const Wide distance = squareRoot(productOf(outward, outward));
     found.normal = scaled(outward, 1 / distance);
-    found.storeTo(hits, ray.direction);
+    found.storeTo(hits, ends.direction);
     const WideMask hasNormal = areFinite(distance) & (distance > 0);
-    return WIDE_BITS & ~bitsOf(ray.isPlain & end.isSure & (~end.isHit | hasNormal));
+    return WIDE_BITS & ~bitsOf(ends.isSure & (~ends.isHit | hasNormal));
 }
 
 bool SphereSurface::isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const {

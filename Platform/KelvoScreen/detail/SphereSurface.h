@@ -15,6 +15,7 @@ namespace Veltrani::KelvoScreenDetail {
 
 struct OwnHit;
 struct RayAim;
+struct WideEnds;
 
 /// The numbers of a sphere between limits; see `SphericalScreen`.
 struct SphereNumbers {
@@ -87,8 +88,9 @@ private:
     /// Adds the end at t of the chord of a ray when it is within the limits; false, with nothing added, when that takes
     /// more care.
     [[nodiscard]] bool addEnd(const PlainRay<double>& ray, double t, IntersectionSet& found) const;
-    /// Casts four rays and returns those that are left to `nearestHit`.
-    [[nodiscard]] LaneMask castFour(const Ray* rays, SurfaceHit* hits) const;
+    [[nodiscard]] WideEnds endsOfFour(const Ray* rays) const;
+    /// Writes the hits of four rays and returns those that are left to `nearestHit`.
+    [[nodiscard]] LaneMask finishFour(const WideEnds& ends, SurfaceHit* hits) const;
     /// Decides what can be decided about an end of a chord by its place alone.
     template <class Number>
     [[nodiscard]] LimitVerdict<Number> judge(const Triple<Number>& place, Number tolerance) const;
