@@ -5,6 +5,7 @@
 #include "KelvoScreen/detail/RuledSurface.h"
 #include "KelvoScreen/detail/ScreenSampling.h"
 #include "KelvoScreen/detail/Sha1.h"
+#include "KelvoScreen/detail/WideRays.h"
 
 #include <typeinfo>
 
@@ -89,8 +90,16 @@ std::vector<Point<double, 3>> RuledSurfaceScreen::intersectChannelBoundary(const
     return channelBoundary(*this, boundary, centre);
 }
 
+void RuledSurfaceScreen::intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    if (typeid(*this) == typeid(RuledSurfaceScreen) && rays.size() == hits.size()) {
+        m_surface->nearestHits(rays, hits);
+    } else {
+        ScreenGeometry::intersectRays(rays, hits);
+    }
+}
+
 std::size_t RuledSurfaceScreen::raysAtOnce() const {
-    return typeid(*this) == typeid(RuledSurfaceScreen) ? 1 : 0;
+    return typeid(*this) == typeid(RuledSurfaceScreen) ? FORMULA_RAYS_AT_ONCE : 0;
 }
 
 std::wstring RuledSurfaceScreen::faultOfShape() const {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace Veltrani::KelvoScreenDetail {
@@ -57,6 +58,9 @@ public:
                                                                            int sign) const override;
     [[nodiscard]] std::vector<Point<double, 3>> intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                          const std::vector<Ray>& centre) const override;
+    /// The results are bit for bit those of single rays. For a class derived from this one the rays are cast one by
+    /// one.
+    void intersectRays(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;
     [[nodiscard]] std::size_t raysAtOnce() const override;
     [[nodiscard]] std::wstring faultOfShape() const override;
 

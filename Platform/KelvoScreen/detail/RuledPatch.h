@@ -3,6 +3,7 @@
 #include "Common/Point.h"
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace Veltrani::KelvoScreenDetail {
@@ -67,6 +68,20 @@ public:
     /// meeting.
     [[nodiscard]] bool moveToTip(const Line& line, double tolerance, double reach, PatchMeeting& meeting) const;
 
+    /// Returns true when a patch beside this one, behind the right or else the left ruling, is further than `distance`
+    /// from a point: all of its corners are, along a direction across that ruling.
+    [[nodiscard]] bool isApart(const RuledPatch& other, bool right, const Point<double, 3>& point,
+                               double distance) const {
+        const Point<double, 3>& ruling = m_rulings[right ? 1 : 0];
+        const Point<double, 3> width = (right ? 1.0 : -1.0) * (m_edges[0] + m_edges[1]);
+        const Point<double, 3> away = width - (dot(ruling, width) / dot(ruling, ruling)) * ruling;
+        const double away2 = dot(away, away);
+        const double least = distance * std::sqrt(away2);
+        const auto isBeyond = [&](const Point<double, 3>& corner) { return dot(corner - point, away) > least; };
+        // Outside these bounds a square loses digits or leaves the range of a double.
+        return away2 >= 1e-200 && away2 <= 1e200 && isBeyond(other.m_lower[0]) && isBeyond(other.m_lower[1]) &&
+               isBeyond(other.m_upper[0]) && isBeyond(other.m_upper[1]);
+    }
     /// Returns a lower bound of the distance from a point to the patch.
     [[nodiscard]] double distanceBound(const Point<double, 3>& point) const;
     /// Returns the place on the patch nearest to a point; the first one found when it is no further away than

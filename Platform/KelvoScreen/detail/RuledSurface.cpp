@@ -24,6 +24,8 @@ constexpr double PATCH_ROUNDING = 4 * ROUNDING;
 /// Two neighbours that meet the ray this near to each other, in units of the uncertainty of each, meet it on the ruling
 /// that they have in common.
 constexpr double SAME = 4;
+/// A patch that is this many times further from a point than a touching one does not touch it, whatever was rounded.
+constexpr double FAR_FROM_OTHERS = 4;
 
 }  // namespace
 
@@ -46,17 +48,20 @@ public:
 
     void add(std::size_t patch, PatchMeeting meeting) {
         const RuledPatch& where = m_surface.m_patches[patch];
-        const double cosine = dot(where.normalAt(meeting.place), m_line.direction);
+        const Point<double, 3> normal = where.normalAt(meeting.place);
+        const double cosine = dot(normal, m_line.direction);
         const bool isAtTip = where.moveToTip(m_line, m_line.tolerance, SAME * m_line.uncertainty(cosine), meeting);
         // Those that are repeated are remembered too: they are what the next patch may repeat.
         const bool isKnown = isRepeated(patch, meeting, cosine) || (isAtTip && isHit(meeting.point));
         remember(patch, meeting);
         if (!isKnown) {
-            addHit(meeting, where.normalAt(meeting.place));
+            addHit(patch, meeting, isAtTip ? where.normalAt(meeting.place) : normal);
         }
     }
 
     [[nodiscard]] bool isEmpty() const { return m_hits.empty(); }
+    /// Returns the patch of the first hit, when there is one.
+    [[nodiscard]] std::size_t nearestPatch() const { return m_nearestPatch; }
     /// Moves the hits out; to be called once, at the end.
     [[nodiscard]] IntersectionSet takeHits() { return std::move(m_hits); }
 
@@ -67,7 +72,7 @@ private:
         std::size_t count = 0;
     };
 
-    void addHit(const PatchMeeting& meeting, const Point<double, 3>& normal) {
+    void addHit(std::size_t patch, const PatchMeeting& meeting, const Point<double, 3>& normal) {
         double along = m_line.middle + meeting.along;
         if (along < 0 && along >= -m_line.uncertainty(dot(normal, m_line.direction))) {
             along = 0;
@@ -76,6 +81,7 @@ private:
         const double t = along == 0 ? 0.0 : inDirections * m_line.scale;
         const bool isWanted = m_sign == nullptr || sideOfSurface(m_line.direction, normal) == *m_sign;
         if (t >= 0 && std::isfinite(t) && isWanted) {
+            m_nearestPatch = m_hits.empty() || t < m_hits.first().t ? patch : m_nearestPatch;
             m_hits.add({m_surface.m_centre + meeting.point, t});
         }
     }
@@ -122,6 +128,7 @@ private:
     const int* m_sign;  ///< null: both sides
     Memory m_previous, m_first;
     IntersectionSet m_hits;
+    std::size_t m_nearestPatch = 0;
 };
 
 RuledSurface::RuledSurface(RuledNumbers numbers) : m_numbers(std::move(numbers)) {
@@ -273,6 +280,26 @@ IntersectionSet RuledSurface::intersect(const Point<double, 3>& from, const Poin
     return collector.takeHits();
 }
 
+void RuledSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    std::transform(rays.begin(), rays.end(), hits.begin(), [this](const Ray& ray) { return nearestHit(ray); });
+}
+
+SurfaceHit RuledSurface::nearestHit(const Ray& ray) const {
+    const RayAim aim(ray.first, ray.second);
+    if (!m_isValid || !aim.isUsable()) {
+        return {};
+    }
+    const AimedLine line = aimedLine(ray.first, aim);
+    Collector collector(*this, line, nullptr);
+    collect(line, false, collector);
+    if (collector.isEmpty()) {
+        return {};
+    }
+    const Intersection nearest = collector.takeHits().first();
+    const Point<double, 3> unit = normalOn(collector.nearestPatch(), nearest.point);
+    return {nearest.point, unit, nearest.t, sideOfSurface(ray.second - ray.first, unit), true};
+}
+
 IntersectionSet RuledSurface::intersectContinued(const Point<double, 3>& from, const Point<double, 3>& to,
                                                  int sign) const {
     const RayAim aim(from, to);
@@ -298,6 +325,29 @@ Point<double, 3> RuledSurface::normal(const Point<double, 3>& point) const {
     PatchPlace place;
     const std::size_t patch = nearestPatch(relative, place);
     return m_patches[patch].normalAt(m_patches[patch].refineClosest(relative, place, rangeOf(patch, true)));
+}
+
+Point<double, 3> RuledSurface::normalOn(std::size_t patch, const Point<double, 3>& point) const {
+    // When this patch touches the point and no other one does, `nearestPatch` finds it, after it has measured others in
+    // vain.
+    const double touching = PATCH_ROUNDING * m_extent;
+    const Point<double, 3> relative = point - m_centre;
+    if (isFinite(point) && isFarFromOthers(patch, relative, FAR_FROM_OTHERS * touching)) {
+        const RuledPatch& where = m_patches[patch];
+        const PatchPlace place = where.closest(relative, touching);
+        if (norm(where.pointAt(place) - relative) <= touching) {
+            return where.normalAt(where.refineClosest(relative, place, rangeOf(patch, true)));
+        }
+    }
+    return normal(point);
+}
+
+bool RuledSurface::isFarFromOthers(std::size_t patch, const Point<double, 3>& relative, double distance) const {
+    const RuledPatch& own = m_patches[patch];
+    return std::all_of(m_patches.begin(), m_patches.end(), [&](const RuledPatch& other) {
+        return &other == &own || other.distanceBound(relative) > distance ||
+               own.isApart(other, &other > &own, relative, distance);
+    });
 }
 
 std::size_t RuledSurface::nearestPatch(const Point<double, 3>& point, PatchPlace& place) const {

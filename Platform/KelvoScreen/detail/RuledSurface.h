@@ -1,8 +1,10 @@
 #pragma once
 
 #include "KelvoScreen/IntersectionSet.h"
+#include "KelvoScreen/ScreenGeometry.h"
 #include "KelvoScreen/detail/RuledPatch.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,8 @@ public:
 
     /// Hits between the rails; none when the surface is not valid.
     [[nodiscard]] IntersectionSet intersect(const Point<double, 3>& from, const Point<double, 3>& to) const;
+    /// The first of `intersect` for each ray, with its normal and side; `hits` is as long as `rays`.
+    void nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
     /// Hits between the rails with side `sign`; when there is none, those of the continuation.
     [[nodiscard]] IntersectionSet intersectContinued(const Point<double, 3>& from, const Point<double, 3>& to,
                                                      int sign) const;
@@ -55,6 +59,11 @@ private:
     /// surface.
     [[nodiscard]] PatchRange rangeOf(std::size_t patch, bool continued) const;
     void collect(const AimedLine& line, bool continued, Collector& collector) const;
+    [[nodiscard]] SurfaceHit nearestHit(const Ray& ray) const;
+    /// Returns what `normal` returns for a point that is known to be on a patch, mostly sooner.
+    [[nodiscard]] Point<double, 3> normalOn(std::size_t patch, const Point<double, 3>& point) const;
+    /// Returns false when a patch other than this one may be within `distance` of a point.
+    [[nodiscard]] bool isFarFromOthers(std::size_t patch, const Point<double, 3>& relative, double distance) const;
     [[nodiscard]] std::size_t nearestPatch(const Point<double, 3>& point, PatchPlace& place) const;
 
     RuledNumbers m_numbers;
