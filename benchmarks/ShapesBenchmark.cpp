@@ -2,12 +2,14 @@
 #include "Configuration/IScreenConfig.h"
 #include "KelvoScreen/CylinderScreen.h"
 #include "KelvoScreen/FlatScreen.h"
+#include "KelvoScreen/RuledSurfaceScreen.h"
 #include "KelvoScreen/SphericalScreen.h"
 #include "Ratio.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <numbers>
 #include <random>
@@ -15,8 +17,8 @@
 #include <string>
 #include <vector>
 
-/// Rays at spheres, cylinders and a flat screen through the abstract class, one by one and many at once, against the
-/// textbook formula behind one virtual call for each ray.
+/// Rays at spheres, cylinders, a flat screen and a ruled one through the abstract class, one by one and many at once,
+/// against the textbook formula behind one virtual call for each ray.
 
 namespace {
 
@@ -58,8 +60,21 @@ public:
     }
     [[nodiscard]] double getAzimuthMin() const override { return -m_azimuth; }
     [[nodiscard]] double getAzimuthMax() const override { return m_azimuth; }
+    [[nodiscard]] std::vector<Vector> getLowerRail() const override { return rail(1.0, -HEIGHT / 2); }
+    [[nodiscard]] std::vector<Vector> getUpperRail() const override { return rail(1.2, HEIGHT / 2); }
 
 private:
+    /// A cockpit of seven patches that leans outwards.
+    [[nodiscard]] std::vector<Vector> rail(double widening, double height) const {
+        constexpr int PATCHES = 7;
+        std::vector<Vector> points;
+        for (int i = 0; i <= PATCHES; ++i) {
+            const double azimuth = m_azimuth * (2.0 * i / PATCHES - 1) + 0.1 * (widening - 1);
+            points.push_back({widening * RADIUS * std::sin(azimuth), widening * RADIUS * std::cos(azimuth), height});
+        }
+        return points;
+    }
+
     std::wstring m_shape;
     double m_azimuth;
 };
@@ -175,6 +190,74 @@ public:
     }
 };
 
+/// For each patch the rulings that the line meets: a quadratic equation, as the volume that both span vanishes.
+class BareRuled final : public BareShape {
+public:
+    BareRuled(const std::vector<Vector>& lower, const std::vector<Vector>& upper) {
+        for (std::size_t i = 0; i + 1 < lower.size(); ++i) {
+            const Vector ruling = upper[i] - lower[i];
+            const Vector edge = lower[i + 1] - lower[i];
+            m_patches.push_back({lower[i], edge, ruling, upper[i + 1] - lower[i + 1] - ruling});
+        }
+    }
+
+    bool intersect(const Vector& from, const Vector& to, Vector& point) const override {
+        Vector normal;
+        return BareRuled::hit(from, to, point, normal);
+    }
+    bool hit(const Vector& from, const Vector& to, Vector& point, Vector& normal) const override {
+        const Vector direction = to - from;
+        double nearest = std::numeric_limits<double>::infinity();
+        Vector across;
+        for (const Patch& patch : m_patches) {
+            hitPatch(patch, from, direction, nearest, across);
+        }
+        if (!std::isfinite(nearest)) {
+            return false;
+        }
+        point = from + nearest * direction;
+        normal = (1 / norm(across)) * across;
+        return true;
+    }
+
+private:
+    struct Patch {
+        Vector corner, edge, ruling, twist;
+    };
+
+    static void hitPatch(const Patch& patch, const Vector& from, const Vector& direction, double& nearest,
+                         Vector& across) {
+        const Vector offset = patch.corner - from;
+        const Vector byRuling = cross(direction, patch.ruling);
+        const Vector byTwist = cross(direction, patch.twist);
+        const double c = dot(offset, byRuling);
+        const double b = dot(offset, byTwist) + dot(patch.edge, byRuling);
+        const double a = dot(patch.edge, byTwist);
+        const double discriminant = b * b - 4 * a * c;
+        if (discriminant < 0) {
+            return;
+        }
+        const double sum = -(b + std::copysign(std::sqrt(discriminant), b)) / 2;
+        for (const double u : {c / sum, sum / a}) {
+            if (!(u >= 0 && u <= 1)) {
+                continue;
+            }
+            const Vector ruling = patch.ruling + u * patch.twist;
+            const Vector start = offset + u * patch.edge;
+            const Vector aside = cross(direction, ruling);
+            const double perAside = 1 / dot(aside, aside);
+            const double v = dot(cross(start, direction), aside) * perAside;
+            const double t = dot(cross(start, ruling), aside) * perAside;
+            if (v >= 0 && v <= 1 && t >= 0 && t < nearest) {
+                nearest = t;
+                across = cross(ruling, patch.edge + v * patch.twist);
+            }
+        }
+    }
+
+    std::vector<Patch> m_patches;
+};
+
 /// From anywhere within `reach` of the middle to anywhere.
 std::vector<Ray> rays(double reach) {
     std::mt19937_64 generator(1);
@@ -282,5 +365,10 @@ int main(int argc, char** argv) {
     const Description flatNumbers(BaseConfig::SHAPE_FLAT, 0);
     addBatchPair("flat_inside", std::make_shared<FlatScreen>(&flatNumbers), std::make_shared<BareFlat>(), inside);
     addBatchPair("flat_outside", std::make_shared<FlatScreen>(&flatNumbers), std::make_shared<BareFlat>(), outside);
+    const Description ruledNumbers(BaseConfig::SHAPE_RULED, 1.4);
+    const auto ruled = std::make_shared<RuledSurfaceScreen>(&ruledNumbers);
+    const auto bareRuled = std::make_shared<BareRuled>(ruledNumbers.getLowerRail(), ruledNumbers.getUpperRail());
+    addBatchPair("ruled_inside", ruled, bareRuled, inside);
+    addBatchPair("ruled_outside", ruled, bareRuled, outside);
     return ratio::run(argc, argv);
 }
