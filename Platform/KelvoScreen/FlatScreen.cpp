@@ -210,7 +210,8 @@ KELVO_SCREEN_WIDE_VECTORS void FlatScreen::nearestHits(std::span<const Ray> rays
     const Wide unit = larger(largestOf(four.from), all(m_extent));
     const Wide tolerance = ROUNDING * unit;
     Wide t = dotOf(difference(corner, four.from), normal) / approach;
-    t = (t < 0) & (absolute(t * approach) <= tolerance) ? Wide{} : t;
+    const WideMask isOnPlane = (t < 0) & (absolute(t * approach) <= tolerance);
+    t = isOnPlane ? Wide{} : t;
     const Triple<Wide> nearPlane = placeOnRay(four.from, direction, t);
     WideHits found;
     found.t = t;

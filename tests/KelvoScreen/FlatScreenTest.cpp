@@ -166,6 +166,56 @@ TEST(FlatScreen, EdgesAndCornersBelongToIt) {
     }
 }
 
+/// The distance between the line of a ray and that of an edge.
+double distanceOfLines(const Vector& from, const Vector& to, const Vector& edge, const Vector& along) {
+    std::array<long double, 3> d{}, o{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        d[i] = static_cast<long double>(to[i]) - from[i];
+        o[i] = static_cast<long double>(edge[i]) - from[i];
+    }
+    long double volume = 0;
+    long double area2 = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::size_t j = (i + 1) % 3;
+        const std::size_t k = (i + 2) % 3;
+        const long double across = d[j] * along[k] - d[k] * along[j];
+        volume += o[i] * across;
+        area2 += across * across;
+    }
+    return static_cast<double>(std::abs(volume) / std::sqrt(area2));
+}
+
+TEST(FlatScreen, ARayBesideAnEdgeHitsItWithinRoundingAtEverySlope) {
+    const ScreenConfigDouble config = tilted();
+    const FlatScreen screen(&config);
+    const Vector normal = screen.getScreenNormal({});
+    const Vector outward = (1 / config.width) * (expectedPoint(config, 1, 0) - expectedPoint(config, 0, 0));
+    const Vector upward = (1 / config.height) * (expectedPoint(config, 0, 1) - expectedPoint(config, 0, 0));
+    constexpr double ROUNDING_OF_TEN = 3.6e-14;
+    oracle::Random random(15);
+    int hits = 0;
+    int misses = 0;
+    for (int i = 0; i < 8000; ++i) {
+        const Vector edge = expectedPoint(config, 1, random.uniform(0.3, 0.7));
+        const Vector aim = edge + std::pow(10.0, -17 + i % 17) * outward;
+        const double slope = std::pow(10.0, random.uniform(-4, 0));
+        const double turn = random.uniform(-3, 3);
+        const Vector direction = slope * normal + std::cos(turn) * outward + 0.1 * std::sin(turn) * upward;
+        const Vector from = aim - random.uniform(0.5, 3) * direction;
+        const double distance = distanceOfLines(from, aim, edge, upward);
+        const bool isHit = !screen.intersect(from, aim).empty();
+        if (distance < 0.1 * ROUNDING_OF_TEN) {
+            EXPECT_TRUE(isHit) << "ray " << i << " at " << distance << ", slope " << slope;
+            ++hits;
+        } else if (distance > 4 * ROUNDING_OF_TEN) {
+            EXPECT_FALSE(isHit) << "ray " << i << " at " << distance << ", slope " << slope;
+            ++misses;
+        }
+    }
+    EXPECT_GT(hits, 500);
+    EXPECT_GT(misses, 3000);
+}
+
 TEST(FlatScreen, RaysThatAreNotARayMiss) {
     const FlatScreen screen;
     EXPECT_TRUE(screen.intersect({0.5, 0.0, 0.5}, {0.5, 0.0, 0.5}).empty()) << "no length";
