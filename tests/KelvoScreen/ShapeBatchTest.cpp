@@ -236,6 +236,76 @@ TEST(ShapeBatch, ABatchOfAnyLengthIsAsItsRays) {
     }
 }
 
+TEST(ShapeBatch, WherePatchesLieOnEachOtherTheNormalIsThatOfASingleRay) {
+    Random random(36);
+    // There and back again, and half of the way forth: three layers, of which the last is the first turned over.
+    ScreenConfigDouble numbers;
+    for (const double x : {-1.0, 1.0, -1.0, 0.0}) {
+        numbers.lowerRail.push_back({x, 2.0, -1.0});
+        numbers.upperRail.push_back({x, 2.0, 1.0});
+    }
+    const Shape folded{"folded", std::make_shared<RuledSurfaceScreen>(&numbers), {0.0, 2.0, 0.0}, 1};
+    std::vector<Ray> rays;
+    for (int i = 0; i < 2000; ++i) {
+        rays.emplace_back(random.place(1.0), folded.centre + random.place(1.0));
+    }
+    EXPECT_GT(expectEqual(folded, rays), 1000);
+}
+
+TEST(ShapeBatch, WherePatchesMeetTheNormalIsThatOfASingleRay) {
+    Random random(37);
+    for (const double size : {1.0, 1e-56}) {
+        ScreenConfigDouble numbers;
+        const Vector tip{0.0, 2.0 * size, size};
+        for (const double x : {-1.0, -0.2, 0.3, 1.0}) {
+            numbers.lowerRail.push_back({x * size, (2.5 - x * x) * size, -size});
+            numbers.upperRail.push_back(tip);
+        }
+        const Shape cone{"cone", std::make_shared<RuledSurfaceScreen>(&numbers), {0.0, 2.0 * size, 0.0}, size};
+        std::vector<Ray> rays;
+        for (int i = 0; i < 2000; ++i) {
+            const Vector& foot = numbers.lowerRail[1 + static_cast<std::size_t>(i) % 2];
+            const double height = i % 3 == 0 ? 1.0 : 0.5 + random.number(0.5);
+            rays.emplace_back(random.place(size), foot + height * (tip - foot));
+        }
+        EXPECT_GT(expectEqual(cone, rays), 1000);
+    }
+}
+
+/// Counts the rays that reach it.
+template <class Kind>
+class Counting : public Kind {
+public:
+    using Kind::Kind;
+    [[nodiscard]] IntersectionSet intersect(const Vector& from, const Vector& to) const override {
+        ++count;
+        return Kind::intersect(from, to);
+    }
+
+    mutable std::size_t count = 0;
+};
+
+template <class Kind>
+void expectThatEachRayReaches(const std::string& name) {
+    ScreenConfigDouble numbers = description({}, {}, 2);
+    numbers.lowerRail = {{-1.0, 2.0, -1.0}, {1.0, 2.0, -1.0}};
+    numbers.upperRail = {{-1.0, 2.0, 1.0}, {1.0, 2.0, 1.0}};
+    const Counting<Kind> screen(&numbers);
+    const std::vector<Ray> rays(9, Ray{{0.0, -0.5, 0.0}, {0.1, 1.0, 0.2}});
+    std::vector<SurfaceHit> hits(rays.size());
+    screen.intersectRays(rays, hits);
+    EXPECT_EQ(screen.count, rays.size()) << name;
+    EXPECT_EQ(screen.raysAtOnce(), 0U) << name;
+    EXPECT_TRUE(hits.back().hit) << name;
+}
+
+TEST(ShapeBatch, ADerivedClassIsGivenEveryRay) {
+    expectThatEachRayReaches<SphericalScreen>("sphere");
+    expectThatEachRayReaches<CylinderScreen>("cylinder");
+    expectThatEachRayReaches<FlatScreen>("flat");
+    expectThatEachRayReaches<RuledSurfaceScreen>("ruled");
+}
+
 TEST(ShapeBatch, AScreenThatIsNotValidIsNeverHit) {
     const std::vector<Ray> rays(9, Ray{{}, {0.1, 1.0, 0.2}});
     const Shape invalid[]{{"sphere", std::make_shared<SphericalScreen>(nullptr), {}, 0},
