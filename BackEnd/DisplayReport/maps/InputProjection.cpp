@@ -110,7 +110,7 @@ InputProjection::InputProjection(const XMLConfigManager& config, Panorama panora
 
 std::optional<P2> InputProjection::place(const P3& layout) const {
     const P3 direction = layout - m_eyePoint;
-    const bool hasDirection = norm(direction) > 0;
+    const bool hasDirection = dot(direction, direction) > 0;
     switch (m_kind) {
         case Kind::LAYOUT_PLANE:
             if (!(m_lower[0] < m_upper[0])) {

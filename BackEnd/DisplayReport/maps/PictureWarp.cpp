@@ -40,23 +40,54 @@ void requireRoom(std::size_t columns, std::size_t rows) {
     }
 }
 
+/// Columns and rows of the places that are mapped next to each other: rays of such a square have more of a surface in
+/// common than as many of one row, and are cast in less time.
+constexpr std::size_t TILE = 4;
+
+struct Place {
+    std::size_t column, row;
+};
+
+/// Returns the places of a few rows, square by square.
+std::vector<Place> tiled(std::size_t columns, std::size_t rows) {
+    std::vector<Place> places;
+    places.reserve(columns * rows);
+    for (std::size_t first = 0; first < columns; first += TILE) {
+        for (std::size_t row = 0; row < rows; ++row) {
+            for (std::size_t column = first; column < std::min(first + TILE, columns); ++column) {
+                places.push_back({column, row});
+            }
+        }
+    }
+    return places;
+}
+
 std::vector<WarpSample> samplesAt(LayoutMapper& map, const InputProjection& input, const Places& across,
                                   const Places& upwards, const Progress& progress) {
     std::vector<WarpSample> samples;
     samples.reserve(across.size() * upwards.size());
-    std::vector<Point<double, 2>> picture(across.size());
-    std::vector<LayoutPoint> layout(across.size());
-    for (std::size_t row = 0; row < upwards.size(); ++row) {
-        if (progress) {
-            progress(row, upwards.size());
+    std::vector<Place> places;
+    std::vector<Point<double, 2>> picture;
+    std::vector<LayoutPoint> layout;
+    for (std::size_t row = 0; row < upwards.size(); row += TILE) {
+        const std::size_t rows = std::min(TILE, upwards.size() - row);
+        for (std::size_t i = 0; progress && i < rows; ++i) {
+            progress(row + i, upwards.size());
         }
-        for (std::size_t column = 0; column < across.size(); ++column) {
-            picture[column] = {across[column], upwards[row]};
+        if (places.size() != rows * across.size()) {
+            places = tiled(across.size(), rows);
+            picture.resize(places.size());
+            layout.resize(places.size());
         }
+        std::transform(places.begin(), places.end(), picture.begin(), [&](const Place& place) {
+            return Point<double, 2>{across[place.column], upwards[row + place.row]};
+        });
         map.toLayout(picture, layout);
-        for (const LayoutPoint& point : layout) {
-            const auto place = point.isMapped ? input.place(point.point) : std::nullopt;
-            samples.push_back({place.value_or(Point<double, 2>()), place.has_value()});
+        samples.resize(samples.size() + places.size());
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const auto shown = layout[i].isMapped ? input.place(layout[i].point) : std::nullopt;
+            samples[(row + places[i].row) * across.size() + places[i].column] = {shown.value_or(Point<double, 2>()),
+                                                                                 shown.has_value()};
         }
     }
     if (progress) {

@@ -61,13 +61,14 @@ void WarpMeshWriter::write(const PictureWarp& warp, std::ostream& out) const {
     out << "pixels " + width + ' ' + height + '\n';
 }
 
-/// Little-endian on every machine.
-void append(std::string& bytes, float value) {
+/// Writes a number, little-endian on every machine; returns the place behind it.
+char* put(char* to, float value) {
     constexpr unsigned BITS_PER_BYTE = 8;
     const auto bits = std::bit_cast<std::uint32_t>(value);
     for (unsigned shift = 0; shift < sizeof(bits) * BITS_PER_BYTE; shift += BITS_PER_BYTE) {
-        bytes += static_cast<char>((bits >> shift) & 0xFFU);
+        *to++ = static_cast<char>((bits >> shift) & 0xFFU);
     }
+    return to;
 }
 
 /// A warp of pixels as a portable float map in colour ("PF", little-endian, 32-bit numbers, rows from the bottom up):
@@ -81,14 +82,14 @@ public:
 void PfmWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
     // The minus sign means little-endian.
     out << "PF\n" + std::to_string(warp.columns()) + ' ' + std::to_string(warp.rows()) + "\n-1.0\n";
-    std::string bytes;
+    std::string bytes(3 * sizeof(float) * warp.columns(), '\0');
     for (std::size_t row = 0; row < warp.rows(); ++row) {
-        bytes.clear();
+        char* to = bytes.data();
         for (std::size_t column = 0; column < warp.columns(); ++column) {
             const WarpSample& sample = warp.at(column, row);
-            append(bytes, sample.isMapped ? static_cast<float>(sample.input[0]) : -1.0F);
-            append(bytes, sample.isMapped ? static_cast<float>(sample.input[1]) : -1.0F);
-            append(bytes, sample.isMapped ? 1.0F : 0.0F);
+            to = put(to, sample.isMapped ? static_cast<float>(sample.input[0]) : -1.0F);
+            to = put(to, sample.isMapped ? static_cast<float>(sample.input[1]) : -1.0F);
+            to = put(to, sample.isMapped ? 1.0F : 0.0F);
         }
         out << bytes;
     }

@@ -106,6 +106,29 @@ TEST(PictureWarp, TheFisheyeOfADomeIsThatOfItsFrustum) {
     }
 }
 
+/// Whatever order the places are mapped in, whole squares or not, each has what it has by itself.
+TEST(PictureWarp, EveryPlaceShowsWhatItShowsByItself) {
+    Channel channel(displays::SPHERE,
+                    displays::projector("A",
+                                        "<Orientation z='75' x='10' y='5'/>"
+                                        "<Frustum left='-40' right='30' bottom='-20' top='25'/>"),
+                    "Spherical");
+    for (const Point<int, 2> pixels : {Point<int, 2>{1, 1}, {3, 7}, {8, 4}, {9, 5}, {4, 13}}) {
+        const PictureWarp warp = PictureWarp::atPixels(channel.map, channel.input, pixels);
+        for (int row = 0; row < pixels[1]; ++row) {
+            for (int column = 0; column < pixels[0]; ++column) {
+                const P2 picture{(column + 0.5) / pixels[0], (row + 0.5) / pixels[1]};
+                LayoutPoint layout;
+                channel.map.toLayout({&picture, 1}, {&layout, 1});
+                const auto shown = layout.isMapped ? channel.input.place(layout.point) : std::nullopt;
+                const WarpSample& sample = warp.at(static_cast<std::size_t>(column), static_cast<std::size_t>(row));
+                EXPECT_EQ(sample.isMapped, shown.has_value()) << column << ", " << row << " of " << pixels;
+                EXPECT_EQ(sample.input, shown.value_or(P2())) << column << ", " << row << " of " << pixels;
+            }
+        }
+    }
+}
+
 TEST(PictureWarp, WhatLiesBeyondTheInputIsMissed) {
     Channel channel(displays::SPHERE,
                     displays::projector("A",
