@@ -25,8 +25,8 @@ constexpr double WIDTH = 1920;
 constexpr double HEIGHT = 1200;
 constexpr std::size_t POINT_COUNT = 10000;
 /// What is accepted; the aims are 2 and 4.
-constexpr double FORWARD_LIMIT = 3;
-constexpr double INVERSE_LIMIT = 8;
+constexpr double FORWARD_LIMIT = 2.2;
+constexpr double INVERSE_LIMIT = 6;
 
 /// Bent and sheared, as a screen is seen by a projector from the side.
 P2 warped(double s, double t) {

@@ -35,23 +35,6 @@ struct QuadCell {
         return boxHolds(point, margin, 0) && boxHolds(point, margin, 1);
     }
 
-    /// Calls `accept` with the places (a, b) where the bilinear formula, continued beyond the cell, takes a value: at
-    /// most two, the one that belongs to a cell without folds first, and none for a point beyond the fold of another. A
-    /// place may be NaN, where a whole row of the cell is one point or the cell is flat.
-    /// @param accept Point<double, 2> -> bool; true ends the search
-    /// @return true when a place was accepted
-    template <class Accept>
-    bool anyPlaceOf(const Point<double, 2>& point, const Accept& accept) const {
-        return anyPlaceOf(point, accept, Beyond::NOTHING);
-    }
-
-    /// As `anyPlaceOf`, and beyond a fold also with a place on it, whose value is not the point: rounding alone may
-    /// have carried the point there. `accept` has to judge how far away it is.
-    template <class Accept>
-    bool anyPlaceUpToFold(const Point<double, 2>& point, const Accept& accept) const {
-        return anyPlaceOf(point, accept, Beyond::FOLD);
-    }
-
     /// Calls `accept` with the place that is nearest to a point on each of the four edges, in turn.
     /// @param unit by axis, above zero: what distances are measured in
     /// @param accept Point<double, 2> -> bool; true ends the search
@@ -70,27 +53,54 @@ struct QuadCell {
     }
 
 private:
+    [[nodiscard]] bool boxHolds(const Point<double, 2>& point, const Point<double, 2>& margin, std::size_t i) const {
+        const double low = std::min(std::min(origin[i], alongA[i]), std::min(alongB[i], across[i]));
+        const double high = std::max(std::max(origin[i], alongA[i]), std::max(alongB[i], across[i]));
+        return point[i] >= low - margin[i] && point[i] <= high + margin[i];
+    }
+};
+
+/// The way back from a point to the places in a cell. What depends on the cell alone is calculated once.
+class QuadInverse {
+public:
+    explicit QuadInverse(const QuadCell& cell)
+        : m_origin(cell.origin),
+          m_e(cell.alongA - cell.origin),
+          m_f(cell.alongB - cell.origin),
+          m_g(cell.origin - cell.alongA - cell.alongB + cell.across),
+          m_area(turn(m_e, m_f)),
+          m_k2(turn(m_g, m_f)) {}
+
+    /// Calls `accept` with the places (a, b) where the bilinear formula, continued beyond the cell, takes a value: at
+    /// most two, the one that belongs to a cell without folds first, and none for a point beyond the fold of another. A
+    /// place may be NaN, where a whole row of the cell is one point or the cell is flat.
+    /// @param accept Point<double, 2> -> bool; true ends the search
+    /// @return true when a place was accepted
+    template <class Accept>
+    bool anyPlaceOf(const Point<double, 2>& point, const Accept& accept) const {
+        return anyPlaceOf(point, accept, Beyond::NOTHING);
+    }
+
+    /// As `anyPlaceOf`, and beyond a fold also with a place on it, whose value is not the point: rounding alone may
+    /// have carried the point there. `accept` has to judge how far away it is.
+    template <class Accept>
+    bool anyPlaceUpToFold(const Point<double, 2>& point, const Accept& accept) const {
+        return anyPlaceOf(point, accept, Beyond::FOLD);
+    }
+
+private:
     /// What is done where the formula takes no value: whether the place on the fold is tried.
     enum class Beyond { NOTHING, FOLD };
 
     template <class Accept>
     bool anyPlaceOf(const Point<double, 2>& point, const Accept& accept, Beyond beyond) const {
-        const Point<double, 2> e = alongA - origin;
-        const Point<double, 2> f = alongB - origin;
-        const Point<double, 2> g = origin - alongA - alongB + across;
-        const Point<double, 2> h = point - origin;
-        const auto place = [&](double b) {
-            const Point<double, 2> row = e + g * b;
-            return Point<double, 2>{dot(h - f * b, row) / dot(row, row), b};
-        };
+        const Point<double, 2> h = point - m_origin;
         // b solves (e + g b) x (h - f b) = 0 and a likewise (f + g a) x (h - e a) = 0: quadratic equations with one
         // discriminant, written so that nothing cancels.
-        const double area = turn(e, f);
-        const double twist = turn(h, g);
-        const double k2 = turn(g, f);
-        const double k1 = twist + area;
-        const double k0 = turn(h, e);
-        const double discriminant = k1 * k1 - 4 * k0 * k2;
+        const double twist = turn(h, m_g);
+        const double k1 = twist + m_area;
+        const double k0 = turn(h, m_e);
+        const double discriminant = k1 * k1 - 4 * k0 * m_k2;
         if (discriminant < 0 && beyond == Beyond::NOTHING) {
             return false;
         }
@@ -98,22 +108,30 @@ private:
         const double q = -0.5 * (k1 + root);
         const double first = k0 / q;
         // Where the twist outweighs the area, the direct formula for a would cancel.
-        const bool isCalm = std::abs(twist) < std::abs(area);
-        if (accept(isCalm ? Point<double, 2>{turn(h, f) / (-0.5 * (twist - area - root)), first} : place(first))) {
+        const bool isCalm = std::abs(twist) < std::abs(m_area);
+        if (accept(isCalm ? Point<double, 2>{turn(h, m_f) / (-0.5 * (twist - m_area - root)), first}
+                          : inRow(h, first))) {
             return true;
         }
-        return k2 != 0 && accept(place(q / k2));
+        return m_k2 != 0 && accept(inRow(h, q / m_k2));
+    }
+
+    /// Returns the place in the row at b that is nearest to the point.
+    [[nodiscard]] Point<double, 2> inRow(const Point<double, 2>& h, double b) const {
+        const Point<double, 2> row = m_e + m_g * b;
+        return {dot(h - m_f * b, row) / dot(row, row), b};
     }
 
     [[nodiscard]] static double turn(const Point<double, 2>& p, const Point<double, 2>& q) {
         return p[0] * q[1] - p[1] * q[0];
     }
 
-    [[nodiscard]] bool boxHolds(const Point<double, 2>& point, const Point<double, 2>& margin, std::size_t i) const {
-        const double low = std::min(std::min(origin[i], alongA[i]), std::min(alongB[i], across[i]));
-        const double high = std::max(std::max(origin[i], alongA[i]), std::max(alongB[i], across[i]));
-        return point[i] >= low - margin[i] && point[i] <= high + margin[i];
-    }
+    Point<double, 2> m_origin;
+    Point<double, 2> m_e;
+    Point<double, 2> m_f;
+    Point<double, 2> m_g;
+    double m_area;
+    double m_k2;
 };
 
 /// Returns true for a place (a, b) in the cell or on its edge; false for NaN.

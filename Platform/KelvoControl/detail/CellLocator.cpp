@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 namespace Veltrani::KelvoControlDetail {
@@ -57,35 +58,42 @@ std::optional<AxisTable> AxisTable::of(const std::vector<double>& values) {
     if (values.size() < 2) {
         return std::nullopt;
     }
-    AxisTable table;
-    table.m_values = values;
-    if (values.back() < values.front()) {
-        table.m_sign = -1;
-        std::transform(values.begin(), values.end(), table.m_values.begin(), [](double value) { return -value; });
-    }
-    if (!isGrowing(table.m_values)) {
+    const double sign = values.back() < values.front() ? -1 : 1;
+    std::vector<double> keys = values;
+    std::transform(keys.begin(), keys.end(), keys.begin(), [sign](double value) { return value * sign; });
+    if (!isGrowing(keys)) {
         return std::nullopt;
     }
-    const std::size_t intervals = values.size() - 1;
-    const double first = table.m_values.front();
-    const double range = table.m_values.back() - first;
-    table.m_guessesPerUnit = static_cast<double>(intervals) / range;
+    AxisTable table;
+    table.m_sign = sign;
+    table.m_first = keys.front();
+    table.m_last = keys.back();
+    for (std::size_t i = 0; i + 1 < keys.size(); ++i) {
+        table.m_intervals.push_back({keys[i], keys[i + 1], 1 / (keys[i + 1] - keys[i])});
+    }
+    const std::size_t intervals = table.m_intervals.size();
+    table.m_intervals.push_back({table.m_last, table.m_last, 0});
+    const double range = table.m_last - table.m_first;
+    const auto count = static_cast<double>(intervals);
+    table.m_guessesPerUnit = count / range;
     for (std::size_t i = 0; i < intervals; ++i) {
-        table.m_inverseWidths.push_back(1 / (table.m_values[i + 1] - table.m_values[i]));
-        const double middle = first + range * ((static_cast<double>(i) + 0.5) / static_cast<double>(intervals));
+        const double middle = table.m_first + range * ((static_cast<double>(i) + 0.5) / count);
         table.m_guesses.push_back(table.search(middle));
     }
-    // One more: rounding may put the last value just behind the last part.
+    // One more, as there is of the intervals: rounding may put the last value just behind the last part.
     table.m_guesses.push_back(intervals - 1);
     const auto isUsable = [](double number) { return std::isfinite(number) && number > 0; };
     const bool usable = isUsable(range) && isUsable(table.m_guessesPerUnit) &&
-                        std::all_of(table.m_inverseWidths.begin(), table.m_inverseWidths.end(), isUsable);
+                        std::all_of(table.m_intervals.begin(), table.m_intervals.end() - 1,
+                                    [&](const Interval& interval) { return isUsable(interval.inverseWidth); });
     return usable ? std::optional(std::move(table)) : std::nullopt;
 }
 
 std::size_t AxisTable::search(double key) const {
-    const auto after = std::upper_bound(m_values.begin() + 1, m_values.end() - 1, key);
-    return static_cast<std::size_t>(after - m_values.begin()) - 1;
+    const auto after =
+        std::upper_bound(m_intervals.begin() + 1, m_intervals.end() - 1, key,
+                         [](double wanted, const Interval& interval) { return wanted < interval.begin; });
+    return static_cast<std::size_t>(after - m_intervals.begin()) - 1;
 }
 
 CellIndex::CellIndex(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane,
@@ -180,7 +188,7 @@ void CellIndex::fillGuesses(const CellLattice& lattice, const std::vector<Point<
     m_guessColumns = static_cast<std::size_t>(m_guessLimit[0]);
     const auto holding = [&](const Point<double, 2>& point) {
         for (const std::uint32_t node : near(point)) {
-            if (lattice.cell(plane, node).anyPlaceOf(point, isInCell)) {
+            if (QuadInverse(lattice.cell(plane, node)).anyPlaceOf(point, isInCell)) {
                 return node;
             }
         }
@@ -193,6 +201,11 @@ void CellIndex::fillGuesses(const CellLattice& lattice, const std::vector<Point<
         for (std::size_t x = 0; x < m_guessColumns; ++x) {
             m_guesses.push_back(holding({centre(x, 0), centre(y, 1)}));
         }
+    }
+    if (lattice.columns * lattice.rows <= NO_SHORT_GUESS) {
+        std::transform(m_guesses.begin(), m_guesses.end(), std::back_inserter(m_shortGuesses),
+                       [](std::uint32_t node) { return static_cast<std::uint16_t>(node); });
+        m_guesses = {};
     }
 }
 
@@ -275,19 +288,8 @@ bool CellLocator::locateNearAxes(const Point<double, 2>& point, CellPlace& place
     return true;
 }
 
-bool CellLocator::locateByIndex(const Point<double, 2>& point, CellPlace& place) const {
-    const std::uint32_t guess = m_index->guess(point);
-    return (guess != CellIndex::NO_GUESS && locateIn(guess, point, place)) || locateAmongNear(point, place);
-}
-
-bool CellLocator::locateIn(std::size_t node, const Point<double, 2>& point, CellPlace& place) const {
-    return m_lattice.cell(m_plane, node).anyPlaceOf(point, [&](const Point<double, 2>& found) {
-        if (!isInCell(found)) {
-            return false;
-        }
-        place = {node, found[0], found[1]};
-        return true;
-    });
+bool CellLocator::locateBySearch(const Point<double, 2>& point, CellPlace& place) const {
+    return m_axes ? locateNearAxes(point, place) : locateAmongNear(point, place);
 }
 
 bool CellLocator::locateAmongNear(const Point<double, 2>& point, CellPlace& place) const {
@@ -315,7 +317,7 @@ bool CellLocator::locateNear(const Point<double, 2>& point, CellPlace& place) co
         // The places of the formula alone would leave out the edges of a slanted cell: outside of it they lie in the
         // direction of its rows, far along the edge.
         if (cell.boxHolds(point, m_tolerance) &&
-            (cell.anyPlaceUpToFold(point, accept) || cell.anyEdgePlaceOf(point, m_tolerance, accept))) {
+            (QuadInverse(cell).anyPlaceUpToFold(point, accept) || cell.anyEdgePlaceOf(point, m_tolerance, accept))) {
             return true;
         }
     }

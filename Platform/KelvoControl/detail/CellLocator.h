@@ -2,6 +2,7 @@
 
 #include "KelvoControl/detail/CellLattice.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -25,30 +26,46 @@ public:
     /// outside of the series and for NaN. A value of the series belongs to the interval that begins there.
     [[nodiscard]] bool find(double value, std::size_t& index, double& part) const {
         const double key = value * m_sign;
-        if (!(key >= m_values.front() && key <= m_values.back())) {
+        if (!(key >= m_first && key <= m_last)) {
             return false;
         }
-        index = m_guesses[static_cast<std::size_t>((key - m_values.front()) * m_guessesPerUnit)];
-        if (!(key >= m_values[index] && key < m_values[index + 1])) {
-            index = search(key);
+        // By way of a signed number, which a processor converts in one step.
+        index = static_cast<std::size_t>(static_cast<std::int64_t>((key - m_first) * m_guessesPerUnit));
+        if (!m_intervals[index].holds(key)) {
+            index = m_guesses[index];
+            if (!m_intervals[index].holds(key)) {
+                index = search(key);
+            }
         }
-        part = partOf(value, index);
+        // Not below zero; rounding may have carried it above one.
+        const Interval& interval = m_intervals[index];
+        part = std::min((key - interval.begin) * interval.inverseWidth, 1.0);
         return true;
     }
 
     /// Returns the part of an interval that lies before `value`: 0 before the interval, 1 behind it.
     [[nodiscard]] double partOf(double value, std::size_t index) const {
-        const double part = (value * m_sign - m_values[index]) * m_inverseWidths[index];
+        const Interval& interval = m_intervals[index];
+        const double part = (value * m_sign - interval.begin) * interval.inverseWidth;
         return part > 0 ? (part < 1 ? part : 1) : 0;
     }
 
 private:
+    struct Interval {
+        double begin, end;
+        double inverseWidth;
+
+        /// False for the last number of the series.
+        [[nodiscard]] bool holds(double key) const { return key >= begin && key < end; }
+    };
+
     AxisTable() = default;
     [[nodiscard]] std::size_t search(double key) const;
 
     double m_sign = 1;  ///< -1 for a falling series: it is kept negated, growing
-    std::vector<double> m_values;
-    std::vector<double> m_inverseWidths;
+    double m_first = 0;
+    double m_last = 0;
+    std::vector<Interval> m_intervals;   ///< and one more, which holds nothing
     std::vector<std::size_t> m_guesses;  ///< the interval in the middle of each even part of the range
     double m_guessesPerUnit = 0;
 };
@@ -78,12 +95,20 @@ public:
         if (!(at[0] >= 0 && at[1] >= 0 && at[0] < m_guessLimit[0] && at[1] < m_guessLimit[1])) {
             return NO_GUESS;
         }
-        return m_guesses[static_cast<std::size_t>(at[1]) * m_guessColumns + static_cast<std::size_t>(at[0])];
+        const std::size_t place = static_cast<std::size_t>(static_cast<std::int64_t>(at[1])) * m_guessColumns +
+                                  static_cast<std::size_t>(static_cast<std::int64_t>(at[0]));
+        if (m_shortGuesses.empty()) {
+            return m_guesses[place];
+        }
+        const std::uint16_t guessed = m_shortGuesses[place];
+        return guessed != NO_SHORT_GUESS ? guessed : NO_GUESS;
     }
 
     static constexpr std::uint32_t NO_GUESS = 0xFFFFFFFF;
 
 private:
+    static constexpr std::uint16_t NO_SHORT_GUESS = 0xFFFF;
+
     /// A range of bins in both directions, ends included.
     struct BinRange {
         std::size_t firstX = 0, lastX = 0, firstY = 0, lastY = 0;
@@ -112,12 +137,14 @@ private:
     Point<double, 2> m_high;  ///< below m_low when there is no mapped cell
     Point<double, 2> m_binsPerUnit;
     std::array<std::size_t, 2> m_bins{1, 1};
-    std::vector<std::size_t> m_starts;
+    std::vector<std::uint32_t> m_starts;
     std::vector<std::uint32_t> m_cells;
     Point<double, 2> m_guessesPerUnit;
     Point<double, 2> m_guessLimit;  ///< number of guesses across and along
     std::size_t m_guessColumns = 0;
     std::vector<std::uint32_t> m_guesses;
+    /// The same in half the memory, which stays in the cache, in place of those where all nodes have short numbers.
+    std::vector<std::uint16_t> m_shortGuesses;
 };
 
 /// Finds the cell of a lattice that holds a point of one of its planes, and the place in it.
@@ -136,18 +163,14 @@ public:
 
     /// False, with `place` untouched, outside of all mapped cells and for NaN.
     bool locate(const Point<double, 2>& point, CellPlace& place) const {
-        return m_axes ? locateByAxes(point, place) : locateByIndex(point, place);
+        return (m_axes ? locateByAxes(point, place) : locateByGuess(point, place)) || locateBySearch(point, place);
     }
 
-private:
-    struct Axes {
-        AxisTable across;
-        AxisTable along;
-    };
+    // The steps of `locate`, for callers that pass a point on: the first one, by the kind of the lattice, finds most
+    // points, and leaves `place` untouched where it is false.
 
-    [[nodiscard]] static std::optional<Axes> axesOf(const CellLattice& lattice,
-                                                    const std::vector<Point<double, 2>>& plane);
-
+    [[nodiscard]] bool hasAxes() const { return m_axes.has_value(); }
+    /// May be called only where `hasAxes` is true.
     bool locateByAxes(const Point<double, 2>& point, CellPlace& place) const {
         std::size_t column = 0;
         std::size_t row = 0;
@@ -158,12 +181,35 @@ private:
             place = found;
             return true;
         }
-        return locateNearAxes(point, place);
+        return false;
     }
+    /// May be called only where `hasAxes` is false.
+    bool locateByGuess(const Point<double, 2>& point, CellPlace& place) const {
+        const std::uint32_t node = m_index->guess(point);
+        return node != CellIndex::NO_GUESS && locateIn(node, point, place);
+    }
+    bool locateBySearch(const Point<double, 2>& point, CellPlace& place) const;
+
+private:
+    struct Axes {
+        AxisTable across;
+        AxisTable along;
+    };
+
+    [[nodiscard]] static std::optional<Axes> axesOf(const CellLattice& lattice,
+                                                    const std::vector<Point<double, 2>>& plane);
+
     bool locateNearAxes(const Point<double, 2>& point, CellPlace& place) const;
-    bool locateByIndex(const Point<double, 2>& point, CellPlace& place) const;
     /// Locates the point in the cell of this first node, edges included.
-    bool locateIn(std::size_t node, const Point<double, 2>& point, CellPlace& place) const;
+    bool locateIn(std::size_t node, const Point<double, 2>& point, CellPlace& place) const {
+        return QuadInverse(m_lattice.cell(m_plane, node)).anyPlaceOf(point, [&](const Point<double, 2>& found) {
+            if (!isInCell(found)) {
+                return false;
+            }
+            place = {node, found[0], found[1]};
+            return true;
+        });
+    }
     bool locateAmongNear(const Point<double, 2>& point, CellPlace& place) const;
     /// Locates the point within the tolerance of a cell.
     bool locateNear(const Point<double, 2>& point, CellPlace& place) const;

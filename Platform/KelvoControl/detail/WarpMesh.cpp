@@ -15,21 +15,6 @@ namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
-constexpr Point<double, 2> SCREEN_SIZE{1.0, 1.0};
-
-/// The mean of two nodes on an edge may round to beyond it.
-double ontoEdge(double value, double last) {
-    const double tolerance = last * WarpMesh::EDGE_TOLERANCE;
-    if (value < 0) {
-        return value >= -tolerance ? 0 : value;
-    }
-    return value > last && value <= last + tolerance ? last : value;
-}
-
-Point<double, 2> ontoEdges(const Point<double, 2>& place, const Point<double, 2>& size) {
-    return {ontoEdge(place[0], size[0]), ontoEdge(place[1], size[1])};
-}
-
 /// A mesh takes up to a kilobyte of memory for each node. Four million nodes are one for every pixel of a large
 /// picture.
 constexpr std::size_t MOST_NODES = 4'000'000;
@@ -222,22 +207,48 @@ WarpMesh::WarpMesh(CellLattice lattice, const Point<double, 2>& pictureSize)
       m_picture(m_lattice, m_lattice.picture, pictureSize * EDGE_TOLERANCE),
       m_screen(m_lattice, m_lattice.screen, SCREEN_SIZE * EDGE_TOLERANCE) {}
 
-bool WarpMesh::toScreen(const Point<double, 2>& pixel, Point<double, 2>& screen) const {
+bool WarpMesh::toScreenByIndex(const Point<double, 2>& pixel, Point<double, 2>& screen) const {
     CellPlace place;
-    if (!m_picture.locate(pixel, place)) {
-        return false;
+    if (!m_picture.locateByGuess(pixel, place)) {
+        return toScreenBySearch(pixel, screen);
     }
-    screen = ontoEdges(m_lattice.cell(m_lattice.screen, place.node).at(place.a, place.b), SCREEN_SIZE);
+    screen = screenAt(place);
     return true;
 }
 
-bool WarpMesh::toPicture(const Point<double, 2>& screen, Point<double, 2>& pixel) const {
+bool WarpMesh::toScreenBySearch(const Point<double, 2>& pixel, Point<double, 2>& screen) const {
     CellPlace place;
-    if (!m_screen.locate(screen, place)) {
+    if (!m_picture.locateBySearch(pixel, place)) {
         return false;
     }
-    pixel = ontoEdges(m_lattice.cell(m_lattice.picture, place.node).at(place.a, place.b), m_pictureSize);
+    screen = screenAt(place);
     return true;
+}
+
+bool WarpMesh::toPictureByIndex(const Point<double, 2>& screen, Point<double, 2>& pixel) const {
+    CellPlace place;
+    if (!m_screen.locateByGuess(screen, place)) {
+        return toPictureBySearch(screen, pixel);
+    }
+    pixel = pictureAt(place);
+    return true;
+}
+
+bool WarpMesh::toPictureBySearch(const Point<double, 2>& screen, Point<double, 2>& pixel) const {
+    CellPlace place;
+    if (!m_screen.locateBySearch(screen, place)) {
+        return false;
+    }
+    pixel = pictureAt(place);
+    return true;
+}
+
+double WarpMesh::ontoEdge(double value, double last) {
+    const double tolerance = last * EDGE_TOLERANCE;
+    if (value < 0) {
+        return value >= -tolerance ? 0 : value;
+    }
+    return value > last && value <= last + tolerance ? last : value;
 }
 
 std::shared_ptr<const WarpMesh> WarpMeshFile::read(const std::wstring& file) {

@@ -21,8 +21,28 @@ public:
     WarpMesh& operator=(const WarpMesh&) = delete;
 
     /// False, with `screen` untouched, outside of the mapped cells and for NaN; so is the way back.
-    bool toScreen(const Point<double, 2>& pixel, Point<double, 2>& screen) const;
-    bool toPicture(const Point<double, 2>& screen, Point<double, 2>& pixel) const;
+    bool toScreen(const Point<double, 2>& pixel, Point<double, 2>& screen) const {
+        if (!m_picture.hasAxes()) {
+            return toScreenByIndex(pixel, screen);
+        }
+        CellPlace place;
+        if (!m_picture.locateByAxes(pixel, place)) {
+            return toScreenBySearch(pixel, screen);
+        }
+        screen = screenAt(place);
+        return true;
+    }
+    bool toPicture(const Point<double, 2>& screen, Point<double, 2>& pixel) const {
+        if (!m_screen.hasAxes()) {
+            return toPictureByIndex(screen, pixel);
+        }
+        CellPlace place;
+        if (!m_screen.locateByAxes(screen, place)) {
+            return toPictureBySearch(screen, pixel);
+        }
+        pixel = pictureAt(place);
+        return true;
+    }
 
     [[nodiscard]] const CellLattice& lattice() const { return m_lattice; }
     /// Width and height in pixels.
@@ -33,6 +53,27 @@ public:
     static constexpr double EDGE_TOLERANCE = 1e-9;
 
 private:
+    // Each kind of lattice has functions of its own, and so has what few points need: together they would be slower.
+    bool toScreenByIndex(const Point<double, 2>& pixel, Point<double, 2>& screen) const;
+    bool toScreenBySearch(const Point<double, 2>& pixel, Point<double, 2>& screen) const;
+    bool toPictureByIndex(const Point<double, 2>& screen, Point<double, 2>& pixel) const;
+    bool toPictureBySearch(const Point<double, 2>& screen, Point<double, 2>& pixel) const;
+
+    [[nodiscard]] Point<double, 2> screenAt(const CellPlace& place) const {
+        return ontoEdges(m_lattice.cell(m_lattice.screen, place.node).at(place.a, place.b), SCREEN_SIZE);
+    }
+    [[nodiscard]] Point<double, 2> pictureAt(const CellPlace& place) const {
+        return ontoEdges(m_lattice.cell(m_lattice.picture, place.node).at(place.a, place.b), m_pictureSize);
+    }
+    /// The mean of two nodes on an edge may round to beyond it.
+    static Point<double, 2> ontoEdges(const Point<double, 2>& place, const Point<double, 2>& size) {
+        const bool isWithin = place[0] >= 0 && place[0] <= size[0] && place[1] >= 0 && place[1] <= size[1];
+        return isWithin ? place : Point<double, 2>{ontoEdge(place[0], size[0]), ontoEdge(place[1], size[1])};
+    }
+    static double ontoEdge(double value, double last);
+
+    static constexpr Point<double, 2> SCREEN_SIZE{1.0, 1.0};
+
     CellLattice m_lattice;
     Point<double, 2> m_pictureSize;
     CellLocator m_picture;

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -83,6 +84,28 @@ TEST(CellIndex, HasNoUnmappedCells) {
     }
     cells.unused.assign(16, true);
     EXPECT_TRUE(CellIndex(cells, cells.screen, {0.0, 0.0}).near({0.5, 0.5}).empty());
+}
+
+/// Both sides of the number of nodes from which on their numbers no longer fit into sixteen bits.
+TEST(CellIndex, GuessesTheCellOfItsMiddleHoweverManyThereAre) {
+    for (const auto& [columns, rows] :
+         {std::pair<std::size_t, std::size_t>{40, 30}, {257, 255}, {256, 256}, {300, 260}}) {
+        CellLattice cells = lattice(
+            columns, rows,
+            [&, across = static_cast<double>(columns - 1), along = static_cast<double>(rows - 1)](double c, double r) {
+                return P2{c / across, r / along};
+            });
+        cells.unused[columns * rows - 1] = true;
+        const CellIndex index(cells, cells.screen, {1e-9, 1e-9});
+        for (std::size_t row = 0; row + 1 < rows; ++row) {
+            for (std::size_t column = 0; column + 1 < columns; ++column) {
+                const std::size_t node = row * columns + column;
+                const std::size_t expected = cells.isMapped(column, row) ? node : CellIndex::NO_GUESS;
+                ASSERT_EQ(index.guess(cells.cell(cells.screen, node).at(0.5, 0.5)), expected)
+                    << columns << " x " << rows;
+            }
+        }
+    }
 }
 
 TEST(CellIndex, NothingIsNearWhatIsNoNumberOrFarAway) {
