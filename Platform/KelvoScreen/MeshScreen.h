@@ -81,8 +81,8 @@ public:
 
 protected:
     /// What `raysAtOnce` of a kind of mesh returns for objects of its own class: few enough for their rays and hits to
-    /// stay in the processor's cache, 120 bytes each.
-    static constexpr std::size_t MESH_RAYS_AT_ONCE = 2048;
+    /// stay in the processor's cache, 120 bytes each, and enough for four rows of a large picture.
+    static constexpr std::size_t MESH_RAYS_AT_ONCE = 8192;
 
     /// An empty mesh, not valid, to be filled by `setMesh`.
     MeshScreen();

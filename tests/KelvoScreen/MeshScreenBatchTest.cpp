@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <vector>
 
@@ -72,6 +74,45 @@ TEST(MeshScreenBatch, TheRaysOfAChannelAreAnsweredAsOneByOne) {
             EXPECT_EQ(expectBatchAnswersAsSingles(fine, rays), 61 * 17);
         }
     }
+}
+
+/// The rays of several rows are cast together where rows seem to follow each other.
+TEST(MeshScreenBatch, RowsOfAnyLengthAreAnsweredAsOneByOne) {
+    const MeshScreen screen(meshes::bumpyBall(5, 100, 150));
+    for (const int columns : {1, 2, 7, 8, 9, 15, 16, 17, 33}) {
+        for (const int rows : {1, 2, 3, 4, 5, 8, 11}) {
+            const std::vector<Ray> rays = channel({0.3, -0.4, 0.2}, {0.2, 1.0, 0.1}, 0.1, columns, rows);
+            EXPECT_EQ(expectBatchAnswersAsSingles(screen, rays), columns * rows) << columns << " x " << rows;
+        }
+    }
+}
+
+TEST(MeshScreenBatch, RowsOfUnequalLengthAreAnsweredAsOneByOne) {
+    const MeshScreen screen(meshes::bumpyBall(5, 100, 150));
+    const std::vector<Ray> whole = channel({0.3, -0.4, 0.2}, {0.2, 1.0, 0.1}, 0.2, 40, 40);
+    std::mt19937 random(11);
+    for (int missing = 1; missing < 40; missing += 6) {
+        std::vector<Ray> rays;
+        std::copy_if(whole.begin(), whole.end(), std::back_inserter(rays),
+                     [&](const Ray&) { return random() % 40 >= static_cast<unsigned>(missing); });
+        EXPECT_EQ(expectBatchAnswersAsSingles(screen, rays), static_cast<int>(rays.size())) << missing;
+    }
+    std::vector<Ray> repeated;
+    for (const Ray& ray : whole) {
+        repeated.insert(repeated.end(), 1 + random() % 3, ray);
+    }
+    EXPECT_EQ(expectBatchAnswersAsSingles(screen, repeated), static_cast<int>(repeated.size()));
+}
+
+/// Where packets were refused, fewer are tried: those that follow may be close together again.
+TEST(MeshScreenBatch, ClosePicturesBehindScatteredRaysAreAnsweredAsOneByOne) {
+    const MeshScreen screen(meshes::bumpyBall(5, 100, 150));
+    std::vector<Ray> rays = channel({0.3, -0.4, 0.2}, {0.2, 1.0, 0.1}, 1.5, 61, 5);
+    for (const double spread : {0.05, 1.2, 0.1}) {
+        const std::vector<Ray> more = channel({0.3, -0.4, 0.2}, {-0.7, -0.7, 0.1}, spread, 61, 17);
+        rays.insert(rays.end(), more.begin(), more.end());
+    }
+    EXPECT_EQ(expectBatchAnswersAsSingles(screen, rays), static_cast<int>(rays.size()));
 }
 
 TEST(MeshScreenBatch, TheSliversOfAFanAreAnsweredAsOneByOne) {

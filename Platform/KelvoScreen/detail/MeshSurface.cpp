@@ -5,7 +5,9 @@
 #include "KelvoScreen/detail/Rounding.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstddef>
 
 namespace Veltrani::KelvoScreenDetail {
 
@@ -18,6 +20,71 @@ constexpr double LARGEST_PACKET_ROUNDING = 1e-7;
 /// Relative to the typical size of a triangle. Rays further apart have few boxes in common (measured: from about ten on
 /// they are faster one by one).
 constexpr double LARGEST_PACKET_SPREAD = 8;
+
+/// Packets that are not tried after some that were refused.
+constexpr std::size_t MOST_SKIPPED = 32;
+
+/// Rays of a list, divided into packets. Those of a picture, listed row by row, are taken from up to four rows at a
+/// time: the rays of a square have more of a surface in common than as many of one row.
+///
+/// Where rows end is guessed from how far neighbouring rays are apart. A wrong guess costs time and changes nothing.
+class RayRows {
+public:
+    explicit RayRows(std::span<const Ray> rays) : m_rays(rays) {}
+
+    /// Calls `visit` with each packet, so that each ray is in one of them.
+    template <class Visit>
+    void forEachPacket(const Visit& visit) {
+        for (std::size_t begin = 0; begin < m_rays.size();) {
+            if (!endsRow(begin + m_length)) {
+                m_length = nextEnd(begin) - begin;
+            }
+            const std::size_t rows = rowsFrom(begin);
+            const std::size_t columns = LANES / rows;
+            for (std::size_t first = 0; first < m_length; first += columns) {
+                visit(PacketPlaces{begin + first, std::min(columns, m_length - first), rows, m_length});
+            }
+            begin += rows * m_length;
+        }
+    }
+
+private:
+    /// Rows in a packet, and the rays of a row from which on rows are put together.
+    static constexpr std::size_t MOST_ROWS = 4;
+    static constexpr std::size_t SHORTEST_ROW = 8;
+
+    /// Returns true where the way to a ray is far longer than the one before it; and at the end of the list.
+    [[nodiscard]] bool endsRow(std::size_t next) const {
+        constexpr double FAR2 = 25;
+        return next == m_rays.size() || (next >= 2 && next < m_rays.size() && way2(next) > FAR2 * way2(next - 1));
+    }
+
+    [[nodiscard]] double way2(std::size_t i) const {
+        const Point<double, 3> way = m_rays[i].second - m_rays[i - 1].second;
+        return dot(way, way);
+    }
+
+    [[nodiscard]] std::size_t nextEnd(std::size_t begin) const {
+        std::size_t end = begin + std::min(SHORTEST_ROW, m_rays.size() - begin);
+        while (!endsRow(end)) {
+            ++end;
+        }
+        return end;
+    }
+
+    /// Returns how many rows of the same length begin here.
+    [[nodiscard]] std::size_t rowsFrom(std::size_t begin) const {
+        std::size_t rows = 1;
+        while (rows < MOST_ROWS && m_length >= SHORTEST_ROW && begin + rows * m_length < m_rays.size() &&
+               endsRow(begin + (rows + 1) * m_length)) {
+            ++rows;
+        }
+        return rows;
+    }
+
+    std::span<const Ray> m_rays;
+    std::size_t m_length = 0;  ///< of the row, where one was found
+};
 
 /// Notes their shapes as they are visited.
 class TrianglesWithArea final : public TriangleIndex::Source {
@@ -166,15 +233,30 @@ void MeshSurface::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> h
                               LARGEST_PACKET_SPREAD * m_index.typicalSize(),
                               m_largestCoordinate};
     RayPacket packet(target);
-    for (std::size_t begin = 0; begin < rays.size(); begin += LANES) {
-        const std::size_t count = std::min(LANES, rays.size() - begin);
-        const std::span<const Ray> some = rays.subspan(begin, count);
-        const std::span<SurfaceHit> found = hits.subspan(begin, count);
-        packet.take(some);
-        m_index.alongRays(packet.rays(), packet.active(), widestPacket(), packet);
-        packet.finish(found);
-        forEachLane(packet.refused(), [&](std::size_t i) { found[i] = surfaceHit(some[i]); });
-    }
+    // Where packets are refused whole, those that follow probably would be as well: fewer and fewer are tried.
+    std::size_t toSkip = 0;
+    std::size_t nextToSkip = 1;
+    RayRows(rays).forEachPacket([&](const PacketPlaces& places) {
+        LaneMask oneByOne = ALL_LANES;
+        if (toSkip > 0) {
+            --toSkip;
+        } else {
+            packet.take(rays, places);
+            m_index.alongRays(packet.rays(), packet.active(), widestPacket(), packet);
+            packet.finish(hits);
+            oneByOne = packet.refused();
+            const bool isRefused = std::popcount(oneByOne) == static_cast<int>(places.count());
+            toSkip = isRefused ? nextToSkip : 0;
+            nextToSkip = isRefused ? std::min(2 * nextToSkip, MOST_SKIPPED) : 1;
+        }
+        if (oneByOne != 0) {
+            places.forEach([&](std::size_t lane, std::size_t place) {
+                if ((oneByOne >> lane & 1U) != 0) {
+                    hits[place] = surfaceHit(rays[place]);
+                }
+            });
+        }
+    });
 }
 
 SurfaceHit MeshSurface::surfaceHit(const Ray& ray) const {

@@ -28,6 +28,13 @@ Point<double, 3> pointAt(const LanePoints& points, std::size_t lane) {
     return {points[0][lane], points[1][lane], points[2][lane]};
 }
 
+using FourPoints = std::array<const Point<double, 3>*, WIDTH>;
+
+/// Returns one component of four points.
+[[nodiscard, gnu::always_inline]] inline Wide sideBySide(const FourPoints& points, std::size_t k) {
+    return Wide{(*points[0])[k], (*points[1])[k], (*points[2])[k], (*points[3])[k]};
+}
+
 }  // namespace
 
 /// A triangle; its corners have their components in the order of the packet: two across, one along.
@@ -63,18 +70,18 @@ struct RayPacket::Target {
     double triangle;
 };
 
-void RayPacket::take(std::span<const Ray> rays) {
-    const LaneMask given = ALL_LANES >> (LANES - rays.size());
-    read(rays);
-    clip();
-    m_refused = given & ~negativeLanes(m_usable);
-    m_active = given & ~m_refused & negativeLanes(m_met);
+void RayPacket::take(std::span<const Ray> rays, const PacketPlaces& places) {
+    m_places = places;
+    const LaneMask taken = ALL_LANES >> (LANES - places.count());
+    clip(given(rays));
+    m_refused = taken & ~negativeLanes(m_usable);
+    m_active = taken & ~m_refused & negativeLanes(m_met);
     if (m_active == 0) {
         return;
     }
     chooseAxis();
     fillInactive();
-    if (std::popcount(m_active) < FEWEST || spread() > m_target.largestSpread) {
+    if (std::popcount(m_active) < FEWEST || isTooWide()) {
         m_refused |= m_active;
         m_active = 0;
     } else {
@@ -82,24 +89,28 @@ void RayPacket::take(std::span<const Ray> rays) {
     }
 }
 
-/// Reads the rays into lanes; lanes without a ray repeat the last one.
-void RayPacket::read(std::span<const Ray> rays) {
-    for (std::size_t i = 0; i < LANES; ++i) {
-        const auto& [from, to] = rays[std::min(i, rays.size() - 1)];
-        for (std::size_t k = 0; k < 3; ++k) {
-            m_from[k][i] = from[k];
-            m_to[k][i] = to[k];
-        }
-    }
+RayPacket::GivenRays RayPacket::given(std::span<const Ray> rays) const {
+    GivenRays given{};
+    m_places.forEach([&](std::size_t lane, std::size_t place) { given[lane] = &rays[place]; });
+    std::fill(given.begin() + static_cast<std::ptrdiff_t>(m_places.count()), given.end(), given[m_places.count() - 1]);
+    return given;
 }
 
-KELVO_SCREEN_WIDE_VECTORS void RayPacket::clip() {
+bool RayPacket::isTooWide() const {
+    // Of a square as wide as a row of as many rays is long, each ray would have a part to itself.
+    constexpr double OF_ROWS = 0.5;
+    return spread() > (m_places.rows > 1 ? OF_ROWS : 1.0) * m_target.largestSpread;
+}
+
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::clip(const GivenRays& rays) {
     const Box box = m_target.box;
     for (std::size_t i = 0; i < LANES; i += WIDTH) {
-        const Wide from[3] = {load(m_from[0], i), load(m_from[1], i), load(m_from[2], i)};
+        const FourPoints starts{&rays[i]->first, &rays[i + 1]->first, &rays[i + 2]->first, &rays[i + 3]->first};
+        const FourPoints seconds{&rays[i]->second, &rays[i + 1]->second, &rays[i + 2]->second, &rays[i + 3]->second};
+        const Wide from[3] = {sideBySide(starts, 0), sideBySide(starts, 1), sideBySide(starts, 2)};
         Wide direction[3];
         for (std::size_t k = 0; k < 3; ++k) {
-            direction[k] = load(m_to[k], i) - from[k];
+            direction[k] = sideBySide(seconds, k) - from[k];
             store(m_direction[k], i, direction[k]);
         }
         const Wide x = absolute(direction[0]);
@@ -318,27 +329,24 @@ LaneMask RayPacket::metLanes() const {
     return m_active & ~negativeLanes(m_triangle);
 }
 
-/// Lanes without a hit repeat the corners of another one.
-void RayPacket::gather(LaneMask met) {
+/// Lanes without a hit repeat the triangle of another one.
+KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete(LaneMask met) {
     const auto any = static_cast<std::size_t>(std::countr_zero(met));
-    for (std::size_t i = 0; i < LANES; ++i) {
-        const double triangle = m_triangle[(met >> i & 1U) != 0 ? i : any];
-        const Corners corners = cornersOf(m_target.mesh, static_cast<std::uint32_t>(triangle));
-        for (std::size_t k = 0; k < 3; ++k) {
-            m_completion.a[k][i] = corners[0][k];
-            m_completion.b[k][i] = corners[1][k];
-            m_completion.c[k][i] = corners[2][k];
-        }
-    }
-}
-
-KELVO_SCREEN_WIDE_VECTORS void RayPacket::complete() {
+    const std::vector<Point<double, 3>>& vertices = m_target.mesh.vertices;
     for (std::size_t i = 0; i < LANES; i += WIDTH) {
+        FourPoints first{}, second{}, third{};
+        for (std::size_t j = 0; j < WIDTH; ++j) {
+            const double triangle = m_triangle[(met >> (i + j) & 1U) != 0 ? i + j : any];
+            const TriangleMesh::Triangle& index = m_target.mesh.triangles[static_cast<std::uint32_t>(triangle)];
+            first[j] = &vertices[index[0]];
+            second[j] = &vertices[index[1]];
+            third[j] = &vertices[index[2]];
+        }
         Wide ab[3], ac[3];
         for (std::size_t k = 0; k < 3; ++k) {
-            const Wide a = load(m_completion.a[k], i);
-            ab[k] = load(m_completion.b[k], i) - a;
-            ac[k] = load(m_completion.c[k], i) - a;
+            const Wide a = sideBySide(first, k);
+            ab[k] = sideBySide(second, k) - a;
+            ac[k] = sideBySide(third, k) - a;
             store(m_completion.point[k], i, a + load(m_weight1, i) * ab[k] + load(m_weight2, i) * ac[k]);
         }
         const Wide area[3] = {ab[1] * ac[2] - ab[2] * ac[1], ab[2] * ac[0] - ab[0] * ac[2],
@@ -372,23 +380,24 @@ void RayPacket::completeNeedle(std::size_t lane) {
 
 void RayPacket::finish(std::span<SurfaceHit> hits) {
     const LaneMask met = m_active != 0 ? metLanes() : 0;
-    const LaneMask given = ALL_LANES >> (LANES - hits.size());
-    forEachLane(given & ~met & ~m_refused, [&](std::size_t i) { hits[i] = SurfaceHit{}; });
-    if (met == 0) {
-        return;
+    if (met != 0) {
+        complete(met);
+        if (m_target.shapes.hasNeedles) {
+            forEachLane(met, [&](std::size_t i) { completeNeedle(i); });
+        }
     }
-    gather(met);
-    complete();
-    if (m_target.shapes.hasNeedles) {
-        forEachLane(met, [&](std::size_t i) { completeNeedle(i); });
-    }
-    forEachLane(met, [&, &found = m_completion](std::size_t i) {
-        const int side = found.along[i] > 0 ? 1 : found.along[i] < 0 ? -1 : 0;
-        hits[i] = {{found.point[0][i], found.point[1][i], found.point[2][i]},
-                   {found.normal[0][i], found.normal[1][i], found.normal[2][i]},
-                   found.t[i],
-                   side,
-                   true};
+    m_places.forEach([&, &found = m_completion](std::size_t i, std::size_t place) {
+        const LaneMask lane = LaneMask{1} << i;
+        if ((met & lane) != 0) {
+            const int side = found.along[i] > 0 ? 1 : found.along[i] < 0 ? -1 : 0;
+            hits[place] = {{found.point[0][i], found.point[1][i], found.point[2][i]},
+                           {found.normal[0][i], found.normal[1][i], found.normal[2][i]},
+                           found.t[i],
+                           side,
+                           true};
+        } else if ((m_refused & lane) == 0) {
+            hits[place] = SurfaceHit{};
+        }
     });
 }
 

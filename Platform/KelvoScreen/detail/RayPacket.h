@@ -7,6 +7,7 @@
 #include "KelvoScreen/detail/Lanes.h"
 #include "KelvoScreen/detail/TriangleMath.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -24,6 +25,27 @@ struct PacketTarget {
     double largestCoordinate = 0;  ///< of the box
 };
 
+/// Which rays of a list stand in the lanes of a packet: `columns` neighbours of each of a few rows, one row after the
+/// other, from ray `first` on.
+struct PacketPlaces {
+    std::size_t first = 0;
+    std::size_t columns = 1;
+    std::size_t rows = 1;
+    std::size_t rowLength = 0;  ///< rays of the list from one row to the next
+
+    [[nodiscard]] std::size_t count() const { return columns * rows; }
+    /// Calls `action(lane, place)` for each lane, with the place of its ray in the list.
+    template <class Action>
+    void forEach(const Action& action) const {
+        std::size_t lane = 0;
+        for (std::size_t row = 0; row < rows; ++row) {
+            for (std::size_t column = 0; column < columns; ++column) {
+                action(lane++, first + row * rowLength + column);
+            }
+        }
+    }
+};
+
 /// Up to sixteen rays, and the nearest hit of each so far.
 ///
 /// Every ray gets the result of a single search, to the last bit: the arithmetic is that of `Box::clip`, of `RayProbe`
@@ -39,7 +61,9 @@ public:
     explicit RayPacket(const PacketTarget& target) : m_target(target) {}
 
     /// Takes between one and `LANES` rays in place of those before; ray i is in lane i.
-    void take(std::span<const Ray> rays);
+    void take(std::span<const Ray> rays) { take(rays, {0, rays.size()}); }
+    /// As above, some rays of a list.
+    void take(std::span<const Ray> rays, const PacketPlaces& places);
 
     /// Lanes of rays that must be cast one by one.
     [[nodiscard]] LaneMask refused() const { return m_refused; }
@@ -51,23 +75,26 @@ public:
     LaneMask visit(std::uint32_t triangle, LaneMask lanes) override;
     [[nodiscard]] const Lanes& reach() const override { return m_reach; }
 
-    /// Writes the results of all lanes that were not refused. `hits` is as long as the rays taken.
+    /// Writes the results of all lanes that were not refused. `hits` is as long as the list that the rays are from.
     void finish(std::span<SurfaceHit> hits);
 
 private:
     struct Target;
     struct Flat;
 
-    /// The corners of the triangles that were hit, and what follows from them.
+    /// What follows from the triangles that were hit.
     struct Completion {
-        LanePoints a{}, b{}, c{};
         LanePoints point{}, normal{};
         Lanes t{};
         Lanes along{};  ///< the direction of the ray along the normal: its sign is the side
     };
 
-    void read(std::span<const Ray> rays);
-    void clip();
+    /// The rays as given; lanes without one repeat the last.
+    using GivenRays = std::array<const Ray*, LANES>;
+    [[nodiscard]] GivenRays given(std::span<const Ray> rays) const;
+    /// Rays of several rows are further apart for as little in common.
+    [[nodiscard]] bool isTooWide() const;
+    void clip(const GivenRays& rays);
     void chooseAxis();
     void fillInactive();
     /// How far the rays are from the first one where they begin and where they leave the box: the largest component.
@@ -77,16 +104,16 @@ private:
     LaneMask keepNearer(const Target& target, LaneMask lanes, LaneMask& touching);
     bool touch(const Target& target, std::size_t lane);
     [[nodiscard]] LaneMask metLanes() const;
-    void gather(LaneMask met);
-    void complete();
+    void complete(LaneMask met);
     void completeNeedle(std::size_t lane);
 
     const PacketTarget& m_target;
+    PacketPlaces m_places;
     LaneMask m_refused = 0;
     LaneMask m_active = 0;
     std::size_t m_along = 0;       ///< the axis along which the rays run most
     std::size_t m_x = 1, m_y = 2;  ///< the two across
-    LanePoints m_from{}, m_to{}, m_direction{};
+    LanePoints m_direction{};
     LaneRays m_rays{};
     Lanes m_heading2{};         ///< square of the heading
     LanePoints m_exit{};        ///< where each ray leaves the box

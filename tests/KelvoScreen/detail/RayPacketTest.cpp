@@ -62,6 +62,45 @@ TEST_F(RayPacketOnAWall, FindsTheNearestHitOfEachLane) {
     }
 }
 
+TEST_F(RayPacketOnAWall, TakesRaysOfSeveralRowsOfAList) {
+    constexpr std::size_t LENGTH = 7;
+    std::vector<Ray> rays;
+    for (std::size_t i = 0; i < 5 * LENGTH; ++i) {
+        const double x = 0.4 + 0.5 * static_cast<double>(i % LENGTH);
+        rays.push_back({{2.0, -2.0, 1.3}, {x, 0.0, 0.3 + 0.4 * static_cast<double>(i / LENGTH)}});
+    }
+    const PacketPlaces places{LENGTH + 2, 5, 3, LENGTH};
+    RayPacket packet(target);
+    packet.take(rays, places);
+    ASSERT_EQ(packet.active(), ALL_LANES >> 1U);
+    const std::vector<SurfaceHit> hits = visitAll(packet, rays.size());
+    for (std::size_t i = 0; i < rays.size(); ++i) {
+        const std::size_t row = i / LENGTH;
+        const bool isTaken = row >= 1 && row <= 3 && i % LENGTH >= 2;
+        ASSERT_EQ(hits[i].hit, isTaken) << "ray " << i;
+        if (isTaken) {
+            EXPECT_LE(norm(hits[i].point - rays[i].second), 1e-14) << "ray " << i;
+        }
+    }
+}
+
+/// Each of the rays of a square would have a part of the surface to itself.
+TEST_F(RayPacketOnAWall, RaysOfSeveralRowsAreRefusedWhereHalfAsFarApart) {
+    std::vector<Ray> rays;
+    for (std::size_t i = 0; i < LANES; ++i) {
+        rays.push_back({{2.0, -2.0, 1.3}, {0.5 + 0.2 * static_cast<double>(i), 0.0, 1.2}});
+    }
+    target.largestSpread = 4;
+    RayPacket packet(target);
+    packet.take(rays);
+    EXPECT_EQ(packet.refused(), 0U);
+    packet.take(rays, {0, 4, 4, 4});
+    EXPECT_EQ(packet.refused(), ALL_LANES);
+    target.largestSpread = 6.5;
+    packet.take(rays, {0, 4, 4, 4});
+    EXPECT_EQ(packet.refused(), 0U);
+}
+
 TEST_F(RayPacketOnAWall, LanesThatAreNotAskedKeepTheirState) {
     const std::vector<Ray> rays = beside(LANES);
     RayPacket packet(target);
