@@ -150,7 +150,9 @@ public:
 
 private:
     /// Bounds the memory for rays and hits, 120 bytes each: they stay in the processor's cache.
-    static constexpr std::size_t MOST_AT_ONCE = 2048;
+    static constexpr std::size_t MOST_AT_ONCE = 8192;
+    /// Rays of this many columns have more of a surface in common than as many of one.
+    static constexpr int MOST_COLUMNS = 4;
     /// The number of rays, and then of normals, that are calculated before their targets are stored: the processor
     /// works at several together.
     static constexpr int FEW_AT_ONCE = 128;
@@ -189,13 +191,22 @@ private:
         }
     }
 
+    /// A part of the grid, ends excluded.
+    struct Part {
+        int firstColumn, endColumn;
+        int firstRow, endRow;
+    };
+
     void castAtOnce(int columns, int rows, int most) {
-        for (int column = 0; column < columns; ++column) {
+        const int columnsAtOnce = std::clamp(most / rows, 1, MOST_COLUMNS);
+        for (int column = 0; column < columns;) {
+            const int endColumn = column + std::min(columnsAtOnce, columns - column);
             for (int row = 0; row < rows;) {
-                const int end = row + std::min(most, rows - row);
-                castPart(column, row, end);
-                row = end;
+                const int endRow = row + std::min(most, rows - row);
+                castPart({column, endColumn, row, endRow});
+                row = endRow;
             }
+            column = endColumn;
         }
         // A mesh remembers its last hit, which is to be that of the last cell in reading order.
         if (m_last.first >= 0) {
@@ -204,18 +215,26 @@ private:
         }
     }
 
-    void castPart(int column, int firstRow, int endRow) {
+    void castPart(const Part& part) {
         m_rays.clear();
-        for (int row = firstRow; row < endRow; ++row) {
-            m_rays.emplace_back(m_eyepoint, pointOnRay(column, row));
-        }
+        forEachCell(part, [&](int column, int row) { m_rays.emplace_back(m_eyepoint, pointOnRay(column, row)); });
         m_hits.resize(m_rays.size());
         m_screen.intersectRays(m_rays, m_hits);
-        for (int row = firstRow; row < endRow; ++row) {
-            const SurfaceHit& hit = m_hits[static_cast<std::size_t>(row - firstRow)];
-            if (hit.hit) {
-                add(column, row, hit.point, hit.side);
+        auto hit = m_hits.begin();
+        forEachCell(part, [&](int column, int row) {
+            if (hit->hit) {
+                add(column, row, hit->point, hit->side);
                 m_last = std::max(m_last, {row, column});
+            }
+            ++hit;
+        });
+    }
+
+    template <class Action>
+    static void forEachCell(const Part& part, const Action& action) {
+        for (int column = part.firstColumn; column < part.endColumn; ++column) {
+            for (int row = part.firstRow; row < part.endRow; ++row) {
+                action(column, row);
             }
         }
     }

@@ -112,10 +112,21 @@ TEST_F(LayoutMapBatchTest, EveryNumberOfPointsToo) {
     addToTable(turnedFrustum());
     SphericalLayoutToChannelMap map = makeMap();
     ScreenManager::getInstance()->setScreenGeometry(std::make_shared<MeshScreen>(screenKinds::bumpyMesh()));
-    const std::vector<Picture> all = grid(101, 89);
-    for (const std::size_t count : {0U, 1U, 2U, 7U, 8U, 9U, 33U, 2047U, 2048U, 2049U, 4096U, 8989U}) {
+    const std::vector<Picture> all = grid(101, 189);
+    for (const std::size_t count : {0U, 1U, 2U, 7U, 8U, 9U, 33U, 2049U, 8181U, 8191U, 8192U, 8193U, 19089U}) {
         const std::vector<Picture> points(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count));
         EXPECT_EQ(compare(atOnce(map, points), oneByOne(map, points)) > 0, count > 0) << count;
+    }
+}
+
+/// Longer than what is mapped at once, with and without a row that ends there.
+TEST_F(LayoutMapBatchTest, RowsOfAnyLengthToo) {
+    addToTable(turnedFrustum());
+    SphericalLayoutToChannelMap map = makeMap();
+    ScreenManager::getInstance()->setScreenGeometry(std::make_shared<MeshScreen>(screenKinds::bumpyMesh()));
+    for (const auto& [columns, rows] : {std::pair<int, int>{9000, 2}, {8192, 2}, {4096, 3}, {2, 9000}}) {
+        const std::vector<Picture> points = grid(columns, rows);
+        EXPECT_GT(compare(atOnce(map, points), oneByOne(map, points)), 0U) << columns << " x " << rows;
     }
 }
 

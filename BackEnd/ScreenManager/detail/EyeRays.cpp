@@ -2,6 +2,7 @@
 
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/XMLConfigManager.h"
+#include "KelvoControl/Frustum.h"
 #include "KelvoControl/KelvoProjector.h"
 #include "ScreenManager/CollimatedTargetLocator.h"
 #include "ScreenManager/DisplayKinds.h"
@@ -10,6 +11,7 @@
 #include "ScreenManager/TargetLocatorManager.h"
 
 #include <algorithm>
+#include <typeinfo>
 
 namespace Veltrani::ScreenManagerDetail {
 
@@ -60,8 +62,22 @@ void RaysAtOnce::castReflected(std::span<const Ray> rays, std::span<SurfaceHit> 
 
 namespace {
 
-/// Bounds the memory for rays and hits, 130 bytes each: they stay in the processor's cache.
-constexpr std::size_t MOST_AT_ONCE = 2048;
+/// Bounds the memory for rays and hits, 120 bytes each: they stay in the processor's cache. Four rows of a large
+/// picture are fewer: a mesh casts the rays of neighbouring rows together.
+constexpr std::size_t MOST_AT_ONCE = 8192;
+
+/// Returns how many of some picture points are mapped next: whole rows, where they are listed row by row.
+std::size_t countOfNext(std::span<const Point<double, 2>> points) {
+    if (points.size() <= MOST_AT_ONCE) {
+        return points.size();
+    }
+    for (std::size_t count = MOST_AT_ONCE; count > MOST_AT_ONCE / 2; --count) {
+        if (points[count][1] != points[count - 1][1]) {
+            return count;
+        }
+    }
+    return MOST_AT_ONCE;
+}
 
 }  // namespace
 
@@ -87,7 +103,7 @@ const Frustum& EyeRays::frustum() const {
 }
 
 bool EyeRays::mapToLayout(const Point<double, 2>& channel, Point<double, 3>& layout) const {
-    const Point<double, 3> to = pointOnRay(channel);
+    const Point<double, 3> to = pointOnRay(frustum(), channel);
     return m_locator != nullptr && m_locator->intersectWithTargetLocationSurface(m_eyePoint, to, layout).first;
 }
 
@@ -99,15 +115,20 @@ bool EyeRays::mapToLayoutAtOnce(std::span<const Point<double, 2>> channel, std::
     if (!caster.isPossible()) {
         return false;
     }
+    // Only a class derived from `Blend` may change the frustum from one point to the next.
+    const Blend& blend = m_projector.getBlend();
+    const Frustum* const fixed = typeid(blend) == typeid(Blend) ? &frustum() : nullptr;
     const std::size_t most = std::min(channel.size(), MOST_AT_ONCE);
-    std::vector<Ray> rays(most);
+    std::vector<Ray> rays;
+    rays.reserve(most);
     std::vector<SurfaceHit> hits(most);
-    for (std::size_t begin = 0; begin < channel.size(); begin += most) {
-        const std::size_t count = std::min(most, channel.size() - begin);
+    for (std::size_t begin = 0; begin < channel.size(); begin += rays.size()) {
+        const std::size_t count = countOfNext(channel.subspan(begin));
+        rays.clear();
         for (std::size_t i = 0; i < count; ++i) {
-            rays[i] = {m_eyePoint, pointOnRay(channel[begin + i])};
+            rays.emplace_back(m_eyePoint, pointOnRay(fixed != nullptr ? *fixed : frustum(), channel[begin + i]));
         }
-        caster.cast({rays.data(), count}, {hits.data(), count});
+        caster.cast(rays, {hits.data(), count});
         for (std::size_t i = 0; i < count; ++i) {
             LayoutPoint& answer = layout[begin + i];
             answer.isMapped = hits[i].hit;
@@ -119,8 +140,7 @@ bool EyeRays::mapToLayoutAtOnce(std::span<const Point<double, 2>> channel, std::
     return true;
 }
 
-Point<double, 3> EyeRays::pointOnRay(const Point<double, 2>& channel) const {
-    const Frustum& f = frustum();
+Point<double, 3> EyeRays::pointOnRay(const Frustum& f, const Point<double, 2>& channel) const {
     const double a = f.sx * channel[0] + f.ox;
     const double b = f.sy * channel[1] + f.oy;
     // Evaluated in this order, so that results match to the last bit.

@@ -57,7 +57,8 @@ private:
 /// The way from the picture of one channel to the layout on displays that are seen from an eye point: the ray from the
 /// eye through the frustum of the channel, and where it meets the channel's target-location surface.
 ///
-/// Refers to what it was made from. Made for one call: the frustum is fetched anew for each point.
+/// Refers to what it was made from. Made for one call: the frustum is fetched anew for each point that is mapped by
+/// itself, and where it may change.
 class EyeRays {
 public:
     /// @param locator null where the channel has none: nothing is met
@@ -76,7 +77,7 @@ public:
 
 private:
     /// Returns a point on the ray of a picture point, one step from the eye.
-    [[nodiscard]] Point<double, 3> pointOnRay(const Point<double, 2>& channel) const;
+    [[nodiscard]] Point<double, 3> pointOnRay(const Frustum& frustum, const Point<double, 2>& channel) const;
 
     const KelvoProjector& m_projector;
     const TargetLocator* m_locator;
