@@ -7,7 +7,6 @@
 #include "DisplayReport/channels/ChannelLocator.h"
 #include "ScreenManager/DisplayKinds.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace Veltrani::DisplayReport {
@@ -55,10 +54,13 @@ LayoutMapper::LayoutMapper(XMLConfigManager& config, const ChannelChoice& channe
 }
 
 void LayoutMapper::toLayout(std::span<const Point<double, 2>> picture, std::span<LayoutPoint> layout) {
-    std::fill(layout.begin(), layout.end(), LayoutPoint());
     m_map.map->mapChannelPointsToLayout(picture, layout, m_channel);
     for (LayoutPoint& answer : layout) {
-        answer.isMapped = answer.isMapped && isFinite(answer.point);
+        if (answer.isMapped) {
+            answer.isMapped = isFinite(answer.point);
+        } else {
+            answer.point = {};
+        }
     }
 }
 

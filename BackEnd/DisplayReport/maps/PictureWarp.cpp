@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -40,55 +41,35 @@ void requireRoom(std::size_t columns, std::size_t rows) {
     }
 }
 
-/// Columns and rows of the places that are mapped next to each other: rays of such a square have more of a surface in
-/// common than as many of one row, and are cast in less time.
-constexpr std::size_t TILE = 4;
+/// Rows that are mapped at once: rays of neighbouring rows have more of a surface in common than as many of one row.
+constexpr std::size_t ROWS_AT_ONCE = 8;
 
-struct Place {
-    std::size_t column, row;
-};
-
-/// Returns the places of a few rows, square by square.
-std::vector<Place> tiled(std::size_t columns, std::size_t rows) {
-    std::vector<Place> places;
-    places.reserve(columns * rows);
-    for (std::size_t first = 0; first < columns; first += TILE) {
-        for (std::size_t row = 0; row < rows; ++row) {
-            for (std::size_t column = first; column < std::min(first + TILE, columns); ++column) {
-                places.push_back({column, row});
-            }
-        }
-    }
-    return places;
+WarpSample sampleOf(const LayoutPoint& layout, const InputProjection& input) {
+    const auto shown = layout.isMapped ? input.place(layout.point) : std::nullopt;
+    return {shown.value_or(Point<double, 2>()), shown.has_value()};
 }
 
 std::vector<WarpSample> samplesAt(LayoutMapper& map, const InputProjection& input, const Places& across,
                                   const Places& upwards, const Progress& progress) {
     std::vector<WarpSample> samples;
     samples.reserve(across.size() * upwards.size());
-    std::vector<Place> places;
     std::vector<Point<double, 2>> picture;
     std::vector<LayoutPoint> layout;
-    for (std::size_t row = 0; row < upwards.size(); row += TILE) {
-        const std::size_t rows = std::min(TILE, upwards.size() - row);
-        for (std::size_t i = 0; progress && i < rows; ++i) {
-            progress(row + i, upwards.size());
+    for (std::size_t row = 0; row < upwards.size(); row += ROWS_AT_ONCE) {
+        const std::size_t end = std::min(row + ROWS_AT_ONCE, upwards.size());
+        picture.clear();
+        for (std::size_t i = row; i < end; ++i) {
+            if (progress) {
+                progress(i, upwards.size());
+            }
+            std::transform(across.begin(), across.end(), std::back_inserter(picture), [&](double x) {
+                return Point<double, 2>{x, upwards[i]};
+            });
         }
-        if (places.size() != rows * across.size()) {
-            places = tiled(across.size(), rows);
-            picture.resize(places.size());
-            layout.resize(places.size());
-        }
-        std::transform(places.begin(), places.end(), picture.begin(), [&](const Place& place) {
-            return Point<double, 2>{across[place.column], upwards[row + place.row]};
-        });
+        layout.resize(picture.size());
         map.toLayout(picture, layout);
-        samples.resize(samples.size() + places.size());
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            const auto shown = layout[i].isMapped ? input.place(layout[i].point) : std::nullopt;
-            samples[(row + places[i].row) * across.size() + places[i].column] = {shown.value_or(Point<double, 2>()),
-                                                                                 shown.has_value()};
-        }
+        std::transform(layout.begin(), layout.end(), std::back_inserter(samples),
+                       [&](const LayoutPoint& point) { return sampleOf(point, input); });
     }
     if (progress) {
         progress(upwards.size(), upwards.size());
