@@ -127,7 +127,7 @@ void addSphericalPairs(const std::shared_ptr<MeshScreen>& screen) {
         channel->map.mapChannelPointsToLayout(channel->points, channel->layout, 0);
         benchmark::DoNotOptimize(channel->layout.data());
     });
-    ratio::pair("spherical_point_by_point_mesh_1M", pointByPoint, bare, 1.4);
+    ratio::pair("spherical_point_by_point_mesh_1M", pointByPoint, bare, 1.2);
     ratio::pair("spherical_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.6);
 }
 
@@ -252,7 +252,7 @@ void addCollimatedPairs(const std::shared_ptr<MirrorChannel>& channel) {
         benchmark::DoNotOptimize(layout->data());
     });
     // The mirror is called ray by ray all the same.
-    ratio::pair("collimated_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.6);
+    ratio::pair("collimated_grid_at_once_mesh_1M", atOnce, pointByPoint, 0.5);
     ratio::pair("collimated_search_1024_vs_262_maps", withoutCache, forward, 1.35);
     ratio::pair("collimated_search_warm_vs_kd_tree", withCache, queries, 2.5);
     ratio::pair("collimated_search_warm_vs_no_cache", withCache, withoutCache, 0.04);

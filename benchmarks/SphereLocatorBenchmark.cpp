@@ -238,8 +238,8 @@ int main(int argc, char** argv) {
     log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getOff());
     const double atOnce = peakOfAGrid<SphereTargetLocator>();
     const double oneByOne = peakOfAGrid<RayByRay>();
-    addMeshPair("sphere_grid_mesh_1M", meshRays::CELLS_1M, WIDTH, HEIGHT, 1.30);
-    addMeshPair("sphere_grid_few_mesh_100k", meshRays::CELLS_100K, FEW, FEW, 1.45);
+    addMeshPair("sphere_grid_mesh_1M", meshRays::CELLS_1M, WIDTH, HEIGHT, 0.7);
+    addMeshPair("sphere_grid_few_mesh_100k", meshRays::CELLS_100K, FEW, FEW, 1.2);
     addSpherePair("sphere_grid_dome", 1.4);
     addHeadingPair("heading_correction", 1.25);
     const int result = ratio::run(argc, argv);
