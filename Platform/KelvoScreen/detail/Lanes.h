@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Common/Point.h"
+
 #include <emmintrin.h>
 
 #include <array>
@@ -43,6 +45,14 @@ inline constexpr LaneMask WIDE_BITS = (LaneMask{1} << WIDTH) - 1;
 [[gnu::always_inline]] inline void store(Lanes& lanes, std::size_t i, Wide value) {
     *reinterpret_cast<Wide*>(&lanes[i]) = value;
 }
+
+using FourPoints = std::array<const Point<double, 3>*, WIDTH>;
+
+/// Returns one component of four points.
+[[nodiscard, gnu::always_inline]] inline Wide sideBySide(const FourPoints& points, std::size_t k) {
+    return Wide{(*points[0])[k], (*points[1])[k], (*points[2])[k], (*points[3])[k]};
+}
+
 [[nodiscard, gnu::always_inline]] inline Wide all(double value) {
     return Wide{value, value, value, value};
 }

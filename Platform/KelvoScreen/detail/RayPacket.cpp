@@ -28,13 +28,6 @@ Point<double, 3> pointAt(const LanePoints& points, std::size_t lane) {
     return {points[0][lane], points[1][lane], points[2][lane]};
 }
 
-using FourPoints = std::array<const Point<double, 3>*, WIDTH>;
-
-/// Returns one component of four points.
-[[nodiscard, gnu::always_inline]] inline Wide sideBySide(const FourPoints& points, std::size_t k) {
-    return Wide{(*points[0])[k], (*points[1])[k], (*points[2])[k], (*points[3])[k]};
-}
-
 }  // namespace
 
 /// A triangle; its corners have their components in the order of the packet: two across, one along.
