@@ -62,12 +62,14 @@ bool areExchanged(const Edges& edges) {
 }
 
 /// Whether all channels of several have these bounds of their areas exchanged: so are screens lit from behind
-/// described. Angles of projectors have no reason to be.
+/// described, left and right alone, and projectors that hang on their heads, both. Bottom and top alone are exchanged
+/// where a program counts downwards, and angles of projectors have no reason to be.
 /// @param axis 0 for left and right, 1 for bottom and top
 bool areAllExchanged(const DisplayFacts& display, std::size_t axis) {
     return display.kind->source == DisplayKind::Source::SCREEN_AREA && display.channels.size() > 1 &&
            std::all_of(display.channels.begin(), display.channels.end(), [axis](const ChannelFacts& channel) {
-               return areExchanged(areaEdges(channel.projector()).at(axis));
+               const std::vector<Edges> edges = areaEdges(channel.projector());
+               return areExchanged(edges.at(0)) && (axis == 0 || areExchanged(edges.at(1)));
            });
 }
 
@@ -85,15 +87,15 @@ void judgeEdges(const ChannelCase& c) {
 }
 
 void judgeMirroredAreas(const DisplayFacts& display, FindingList& found) {
-    for (std::size_t axis = 0; axis < 2; ++axis) {
-        if (areAllExchanged(display, axis)) {
-            const Edges edges = areaEdges(display.channels.front().projector())[axis];
-            found.add(Rule::named("mirrored-areas"), "channels", display.allowed,
-                      "ScreenArea " + std::string(edges.lower) + " lies beyond " + edges.upper + " in all " +
-                          std::to_string(display.channels.size()) +
-                          " of them, which mirrors every picture, as a screen that is lit from behind needs");
-        }
+    if (!areAllExchanged(display, 0)) {
+        return;
     }
+    const bool isTurned = areAllExchanged(display, 1);
+    found.add(Rule::named("mirrored-areas"), "channels", display.allowed,
+              std::string("ScreenArea left lies beyond right") + (isTurned ? ", and bottom beyond top," : "") +
+                  " in all " + std::to_string(display.channels.size()) + " of them, which " +
+                  (isTurned ? "turns every picture by 180 degrees, as projectors that hang on their heads need"
+                            : "mirrors every picture, as a screen that is lit from behind needs"));
 }
 
 /// Maps of a planar display refuse channels whose rectangle has no extent.

@@ -119,6 +119,12 @@ const Slip SLIPS[] = {
     {"mirrored areas, called otherwise", "mirrored-areas", "<Name>Left</Name>", "<Name>Port</Name>",
      "channels: ScreenArea left lies beyond right in all 2 of them, which mirrors every picture, as a screen that is "
      "lit from behind needs [mirrored-areas]"},
+    {"mirrored areas turned by 180 degrees", "mirrored-areas", "bottom='0' top='1'", "bottom='1' top='0'",
+     "channels: ScreenArea left lies beyond right, and bottom beyond top, in all 2 of them, which turns every picture "
+     "by 180 degrees, as projectors that hang on their heads need [mirrored-areas]"},
+    {"t that runs downwards for all", "wall", "bottom='0' top='1'", "bottom='1' top='0'",
+     "channel Left: ScreenArea bottom 1 lies beyond top 0, which mirrors the picture: exchange the two "
+     "[edges-exchanged]"},
     {"a rear wall that is not turned to its eye", "cave-rear", "<Orientation z='180' x='0' y='0'/>", "",
      "screen: all of it lies behind the eye point, up to y = -1.5 with the eye at y = 0, and +y is forward: check the "
      "signs of its y, and the EyePoint [behind-eye]"},
