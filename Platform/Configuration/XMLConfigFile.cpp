@@ -77,7 +77,7 @@ struct XMLConfigFile::Impl {
 
 XMLConfigFile::Impl::Impl(XmlDocument checked, FolderPath folderOfFile)
     : document(std::move(checked)),
-      display{ElementReader::ofDisplay(document.root()), std::move(folderOfFile), {}},
+      display(ElementReader::ofDisplay(document.root()), std::move(folderOfFile)),
       units(std::make_unique<XmlUnitsConfig>(Xml::child(document.root(), "Units"))) {
     if (xmlNode* element = Xml::child(document.root(), "Screen")) {
         screen = std::make_unique<XmlScreenConfig>(element, display, units->getUnitName());

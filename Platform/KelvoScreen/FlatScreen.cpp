@@ -213,7 +213,7 @@ KELVO_SCREEN_WIDE_VECTORS void FlatScreen::nearestHits(std::span<const Ray> rays
     const WideMask isOnPlane = (t < 0) & (absolute(t * approach) <= tolerance);
     t = isOnPlane ? Wide{} : t;
     const Triple<Wide> nearPlane = placeOnRay(four.from, direction, t);
-    WideHits found;
+    WideHits found{};
     found.t = t;
     found.point = difference(nearPlane, scaled(normal, dotOf(difference(nearPlane, corner), normal)));
     found.normal = normal;

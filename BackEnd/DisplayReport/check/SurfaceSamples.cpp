@@ -63,12 +63,14 @@ std::vector<SurfacePoint> samplesOfParameters(const ScreenGeometry& surface, std
     const auto steps = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(count))));
     const double step = 1.0 / static_cast<double>(steps);
     std::vector<SurfacePoint> samples;
-    for (std::size_t i = 0; i < steps * steps && surface.isParameterised(); ++i) {
-        const Point<double, 2> st{(static_cast<double>(i % steps) + 0.5) * step,
-                                  (static_cast<double>(i / steps) + 0.5) * step};
-        SurfacePoint point{{}, st, true};
-        if (surface.mapInto3D(st, point.place, false)) {
-            samples.push_back(point);
+    for (std::size_t row = 0; row < steps && surface.isParameterised(); ++row) {
+        for (std::size_t column = 0; column < steps; ++column) {
+            const Point<double, 2> st{(static_cast<double>(column) + 0.5) * step,
+                                      (static_cast<double>(row) + 0.5) * step};
+            SurfacePoint point{{}, st, true};
+            if (surface.mapInto3D(st, point.place, false)) {
+                samples.push_back(point);
+            }
         }
     }
     return samples;

@@ -21,6 +21,9 @@ namespace Veltrani::ConfigurationDetail {
 
 /// What the records of one document share.
 struct DisplayContext {
+    DisplayContext(const ElementReader& readerOfDocument, FolderPath folderOfFile)
+        : reader(readerOfDocument), folder(std::move(folderOfFile)) {}
+
     ElementReader reader;
     FolderPath folder;
     Point<double, 3> eyePoint;  ///< of the screen; what states no place of its own follows it

@@ -176,7 +176,7 @@ KELVO_SCREEN_WIDE_VECTORS void CylinderSurface::nearestHits(std::span<const Ray>
 }
 
 [[gnu::always_inline]] inline LaneMask CylinderSurface::finishFour(const WideEnds& ends, SurfaceHit* hits) const {
-    WideHits found;
+    WideHits found{};
     found.t = ends.t;
     found.isHit = ends.isHit;
     found.point = plus(m_numbers.centre, m_placement.toWorld(ends.place));

@@ -209,7 +209,7 @@ KELVO_SCREEN_WIDE_VECTORS void SphereSurface::nearestHits(std::span<const Ray> r
 }
 
 [[gnu::always_inline]] inline LaneMask SphereSurface::finishFour(const WideEnds& ends, SurfaceHit* hits) const {
-    WideHits found;
+    WideHits found{};
     found.t = ends.t;
     found.isHit = ends.isHit;
     found.point = plus(m_numbers.centre, ends.place);

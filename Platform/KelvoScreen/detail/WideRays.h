@@ -62,7 +62,7 @@ struct WideRays {
         to = {x1, y1, z1};
     }
 
-    Triple<Wide> from, to;
+    Triple<Wide> from{}, to{};
 };
 
 /// The hits of four rays side by side.
