@@ -110,8 +110,7 @@ KELVO_SCREEN_WIDE_VECTORS void RayPacket::clip(const GivenRays& rays) {
         const Wide y = absolute(direction[1]);
         const Wide z = absolute(direction[2]);
         const Wide farthest = larger(larger(absolute(from[0]), absolute(from[1])), absolute(from[2]));
-        const Wide uncertainty = ROUNDING * farthest;
-        const Wide margin = m_target.clipMargin + uncertainty;
+        const Wide margin = m_target.clipMargin + ROUNDING * farthest;
         const Wide largest = larger(larger(x, y), z);
         const Wide least = smaller(smaller(x, y), z);
         Wide first = all(0);
