@@ -27,8 +27,15 @@ protected:
     [[nodiscard]] ProgramRun add(std::vector<std::string> arguments,
                                  const std::map<std::string, std::string>& environment = {}) const {
         arguments.insert(arguments.begin(), {"add", file});
-        arguments.insert(arguments.end(), {"--timeout", IMPATIENT});
+        arguments.insert(arguments.end(), {"--timeout", PATIENT});
         return runScreenManager(arguments, environment);
+    }
+
+    /// Adds a projector that does not answer the search, which lasts for the whole of its time.
+    [[nodiscard]] ProgramRun searchInVain(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {"add", file});
+        arguments.insert(arguments.end(), {"--timeout", IMPATIENT});
+        return runScreenManager(arguments);
     }
 
     /// Expects that adding is refused for a reason and leaves the file alone.
@@ -104,7 +111,7 @@ TEST_F(AddCommandTest, AMacAddressThatTheProjectorContradictsIsRefused) {
 TEST_F(AddCommandTest, AProjectorThatDoesNotTellItsMacAddressNeedsTheOption) {
     const PjlinkSimulator simulator;
     const std::string before = folder.read("display.xml");
-    expectRefusal(add({at(simulator)}), before,
+    expectRefusal(searchInVain({at(simulator)}), before,
                   "the projector at " + at(simulator) +
                       " does not tell its MAC address; check that it has power and "
                       "that its network control is switched on; if it has PJLink "
@@ -165,7 +172,7 @@ TEST_F(AddCommandTest, AProjectorThatFailsHalfwayLeavesTheFileAlone) {
 TEST_F(AddCommandTest, AFullDiskIsReportedAndExitsWithFour) {
     const PjlinkSimulator simulator({"--mac", mac(1)});
     const ProgramRun run = runProgram("/bin/sh", {"-c", programFile() + " add " + file + " " + at(simulator) +
-                                                            " --timeout " + IMPATIENT + " > /dev/full"});
+                                                            " --timeout " + PATIENT + " > /dev/full"});
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, HasSubstr("error: standard output cannot be written\n"));
 }
