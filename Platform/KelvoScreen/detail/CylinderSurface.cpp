@@ -93,17 +93,11 @@ IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const P
         return found;
     }
     const PlainRay<double> ray(*this, tripleOf(from), tripleOf(to));
-    const PlainChord<double>& chord = ray.chord;
-    if (!ray.isPlain) {
+    const auto add = [&](double t) __attribute__((always_inline)) {
+        return addEnd(ray, t, found);
+    };
+    if (!ray.isPlain || !addEndsOf(ray.chord, add)) {
         found = intersectAny(from, to);
-    } else if (chord.isInside) {
-        if (!addEnd(ray, chord.first(), found)) {
-            found = intersectAny(from, to);
-        }
-    } else if (!chord.isMiss) {
-        if (!chord.isThrough || !addEnd(ray, chord.first(), found) || !addEnd(ray, chord.second(), found)) {
-            found = intersectAny(from, to);
-        }
     }
     return found;
 }

@@ -171,6 +171,17 @@ private:
     [[nodiscard, gnu::always_inline]] Number sumOfTerms() const { return absolute(towards) + squareRoot(discriminant); }
 };
 
+/// Adds the ends of a chord that are in front, nearest first.
+/// @param addEnd t -> bool; false when an end takes more care
+/// @return false when the chord or one of its ends takes more care: what was added then is not to be used
+template <class AddEnd>
+[[nodiscard, gnu::always_inline]] inline bool addEndsOf(const PlainChord<double>& chord, const AddEnd& addEnd) {
+    if (chord.isInside) {
+        return addEnd(chord.first());
+    }
+    return chord.isMiss || (chord.isThrough && addEnd(chord.first()) && addEnd(chord.second()));
+}
+
 /// Visits the ends of a chord, nearest first, as `visit(place, t)`.
 ///
 /// Within `tolerance` (a length) the decision is in favour of a hit: a line that misses by less touches the surface in
