@@ -45,7 +45,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # No function of ours is replaced at load time; without this, none of a shared library is inlined in itself.
   target_compile_options(sm_options INTERFACE -fno-semantic-interposition)
 endif()
-target_link_options(sm_options INTERFACE -Wl,--no-undefined -Wl,--as-needed)
+# A library calls its own copies of inline functions. Without this they would be replaced by those of the program, compiled
+# with that program's options: other ones may change the last bits of results, and unoptimised ones take many times as long.
+target_link_options(sm_options INTERFACE -Wl,--no-undefined -Wl,--as-needed -Wl,-Bsymbolic-functions)
 
 # What guides the fuzzers: counters in the code that they reach. Elsewhere these would only cost: a third of the compiler's
 # time, and a quarter of that of a test that computes.
