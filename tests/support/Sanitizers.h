@@ -15,9 +15,9 @@
 /// seconds do fewer rounds then.
 inline constexpr bool IS_SANITIZED = SM_UNDER_ADDRESS_SANITIZER != 0;
 
-/// How many random samples of one kind are checked: all of them, or a third under the sanitizers. Those look for faults
+/// How many random samples of one kind are checked: all of them, or a tenth under the sanitizers. Those look for faults
 /// of memory, which show in the first samples; the optimised build judges the numbers. Never for cases that differ.
 template <class Count>
 constexpr Count repetitions(Count full) {
-    return IS_SANITIZED ? full / 3 : full;
+    return IS_SANITIZED ? full / 10 : full;
 }
