@@ -27,8 +27,8 @@ constexpr double MOST_BINS_PER_CELL = BINS_ACROSS_CELL * BINS_ACROSS_CELL;
 /// other, the bins are made coarser until that many suffice: the memory stays in proportion to the file.
 constexpr std::size_t MOST_ENTRIES_PER_CELL = 16;
 
-/// Guesses across a bin, as long as there are not too many in all: with eight across a cell, more than nine guesses of
-/// ten are right.
+/// Guesses across a bin, as long as there are not too many in all: with eight across a cell, nearly nine guesses of ten
+/// are right, and beside a wrong one is the cell. More of them would not stay in the cache.
 constexpr double GUESSES_ACROSS_BIN = 4;
 constexpr double MOST_GUESSES = 1024.0 * 1024.0;
 
@@ -292,7 +292,31 @@ bool CellLocator::locateBySearch(const Point<double, 2>& point, CellPlace& place
     return m_axes ? locateNearAxes(point, place) : locateAmongNear(point, place);
 }
 
+bool CellLocator::locateBeside(std::size_t node, const Point<double, 2>& point, CellPlace& place) const {
+    Point<double, 2> beyond;
+    QuadInverse(m_lattice.cell(m_plane, node)).anyPlaceOf(point, [&beyond](const Point<double, 2>& found) {
+        beyond = found;
+        return true;
+    });
+    const auto stepped = [](std::size_t index, double part, std::size_t cells, std::size_t& neighbour) {
+        const bool isBefore = part < 0;
+        const bool isBehind = part > 1;
+        neighbour = index - static_cast<std::size_t>(isBefore) + static_cast<std::size_t>(isBehind);
+        return !(isBefore && index == 0) && neighbour < cells;
+    };
+    std::size_t column = 0;
+    std::size_t row = 0;
+    return stepped(node % m_lattice.columns, beyond[0], m_lattice.columns - 1, column) &&
+           stepped(node / m_lattice.columns, beyond[1], m_lattice.rows - 1, row) && m_lattice.isMapped(column, row) &&
+           locateIn(row * m_lattice.columns + column, point, place);
+}
+
 bool CellLocator::locateAmongNear(const Point<double, 2>& point, CellPlace& place) const {
+    // Where the guess is wrong, the point is mostly just beyond an edge of that cell.
+    const std::uint32_t guess = m_index->guess(point);
+    if (guess != CellIndex::NO_GUESS && locateBeside(guess, point, place)) {
+        return true;
+    }
     constexpr Point<double, 2> NO_MARGIN;
     for (const std::uint32_t node : m_index->near(point)) {
         if (m_lattice.cell(m_plane, node).boxHolds(point, NO_MARGIN) && locateIn(node, point, place)) {

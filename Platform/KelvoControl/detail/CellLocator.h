@@ -211,6 +211,8 @@ private:
         });
     }
     bool locateAmongNear(const Point<double, 2>& point, CellPlace& place) const;
+    /// Locates the point in the cell on that side of another one where the formula of the other one, continued, has it.
+    bool locateBeside(std::size_t node, const Point<double, 2>& point, CellPlace& place) const;
     /// Locates the point within the tolerance of a cell.
     bool locateNear(const Point<double, 2>& point, CellPlace& place) const;
 

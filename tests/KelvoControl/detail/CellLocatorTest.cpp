@@ -52,6 +52,30 @@ TEST(CellLocator, FindsTheMiddleOfEveryMappedCell) {
     }
 }
 
+// Near edges the guessed cell is often the one beside, also where that one is unused.
+TEST(CellLocator, FindsPlacesNearTheEdgesOfEveryMappedCell) {
+    CellLattice cells = lattice(0.15);
+    cells.unused[7] = true;
+    const CellLocator locator(cells, cells.screen, TOLERANCE);
+    int found = 0;
+    for (std::size_t node = 0; node < 14; ++node) {
+        if (node % 5 == 4 || !cells.isMapped(node % 5, node / 5)) {
+            continue;
+        }
+        for (const double a : {1e-6, 0.01, 0.3, 0.8, 0.99, 1 - 1e-6}) {
+            for (const double b : {1e-6, 0.02, 0.4, 0.7, 0.98, 1 - 1e-6}) {
+                CellPlace place;
+                ASSERT_TRUE(locator.locate(cells.cell(cells.screen, node).at(a, b), place)) << node << ": " << a << b;
+                EXPECT_EQ(place.node, node) << a << ' ' << b;
+                EXPECT_NEAR(place.a, a, 1e-12);
+                EXPECT_NEAR(place.b, b, 1e-12);
+                ++found;
+            }
+        }
+    }
+    EXPECT_EQ(found, 8 * 36);
+}
+
 TEST(CellLocator, WithinTheToleranceTheBorderHoldsAPointAndBeyondItDoesNot) {
     for (const double bend : {0.0, 0.15}) {
         const CellLattice cells = lattice(bend);
