@@ -2,6 +2,8 @@
 
 #include "ScreenManager/ScreenManager.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <numbers>
 
@@ -93,6 +95,23 @@ bool CollimatedTargetLocator::reflect(const Ray& ray, Ray& reflected) const {
     return true;
 }
 
+void CollimatedTargetLocator::reflect(std::span<const Ray> rays, std::vector<Ray>& reflected,
+                                      std::vector<std::size_t>& places) const {
+    // Few enough for the hits to stay in the nearest cache.
+    std::array<SurfaceHit, 64> hits;
+    for (std::size_t first = 0; first < rays.size(); first += hits.size()) {
+        const auto next = rays.subspan(first, std::min(hits.size(), rays.size() - first));
+        m_mirror.intersectRays(next, std::span(hits).first(next.size()));
+        for (std::size_t i = 0; i < next.size(); ++i) {
+            if (hits[i].hit) {
+                const Vector start = m_mirrorFrame.toWorld(hits[i].point);
+                reflected.emplace_back(start, start + directionOfReflection(next[i], hits[i].normal));
+                places.push_back(first + i);
+            }
+        }
+    }
+}
+
 std::vector<Point<double, 3>> CollimatedTargetLocator::intersectChannelBoundary(const std::vector<Ray>& boundary,
                                                                                 const std::vector<Ray>& centre) const {
     SideCount sides;
@@ -161,11 +180,16 @@ bool CollimatedTargetLocator::GetRefDirectionAndMirrorIntersection(const Point<d
         return false;
     }
     const Vector onMirror = intersections.first().point;
-    const Vector inward = -m_mirror.getScreenNormal(onMirror);
     mirrorPoint = m_mirrorFrame.toWorld(onMirror);
-    const Vector back = m_mirrorFrame.rotation() * (from - to);
+    reflectedDirection = directionOfReflection({from, to}, m_mirror.getScreenNormal(onMirror));
+    return true;
+}
+
+Point<double, 3> CollimatedTargetLocator::directionOfReflection(const Ray& ray,
+                                                                const Point<double, 3>& outwardNormal) const {
+    const Vector inward = -outwardNormal;
+    const Vector back = m_mirrorFrame.rotation() * (ray.first - ray.second);
     // Turned already, and turned again below: intended, the tables and orientations of calibrated displays belong to
     // the two turns.
-    reflectedDirection = m_mirrorFrame.rotation() * (2 * dot(back, inward) * inward - back);
-    return true;
+    return m_mirrorFrame.rotation() * (2 * dot(back, inward) * inward - back);
 }

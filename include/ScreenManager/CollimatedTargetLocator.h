@@ -4,6 +4,11 @@
 #include "ScreenManager/MirrorFrame.h"
 #include "ScreenManager/SphereTargetLocator.h"
 
+#include <cstddef>
+#include <span>
+#include <utility>
+#include <vector>
+
 #pragma GCC diagnostic push
 // No virtual destructor in this family: see TargetLocatorParams.
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
@@ -57,6 +62,10 @@ public:
     /// point along the reflection. Returns false, and leaves `reflected` untouched, when `ray` misses the mirror.
     [[nodiscard]] bool reflect(const Ray& ray, Ray& reflected) const;
 
+    /// Reflects many rays, with the same results: the reflections of those that meet the mirror are added to
+    /// `reflected`, in their order, and the places of these rays among the given ones to `places`.
+    void reflect(std::span<const Ray> rays, std::vector<Ray>& reflected, std::vector<std::size_t>& places) const;
+
     /// Returns the outline of a channel: with the side that most boundary rays reach (the centre rays when none of
     /// those hits; the back on a tie, and side 0 counts as back), where the reflection of every boundary ray meets the
     /// screen or its continuation. Rays without such a point are dropped; empty when nothing is hit at all.
@@ -78,6 +87,8 @@ private:
     bool GetRefDirectionAndMirrorIntersection(const Point<double, 3>& from, const Point<double, 3>& to,
                                               Point<double, 3>& mirrorPoint,
                                               Point<double, 3>& reflectedDirection) const;
+    /// Returns the direction of the reflection of a ray at a point of the mirror.
+    [[nodiscard]] Point<double, 3> directionOfReflection(const Ray& ray, const Point<double, 3>& outwardNormal) const;
 
     MirrorFrame m_mirrorFrame;
     SphericalScreen m_mirror;

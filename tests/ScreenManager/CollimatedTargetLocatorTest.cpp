@@ -102,6 +102,31 @@ TEST_F(CollimatedTargetLocatorTest, TheMirrorStepAgreesWithRecordedValues) {
     EXPECT_GT(behind, 0);
 }
 
+// Half of them start outside of the mirror, and many of these miss it.
+TEST_F(CollimatedTargetLocatorTest, ManyRaysAreReflectedAsOneByOne) {
+    const CollimatedTargetLocator locator(mirrorRecord({0.3, -0.2, 0.1}, {0.5, 0.25, -0.125}, 2.0));
+    std::vector<Ray> rays;
+    for (int i = 0; i < 333; ++i) {
+        const Vector from = (i % 2 == 0 ? 0.9 : 4.0) * Vector{std::sin(i), std::cos(2.0 * i), std::sin(3.0 * i)};
+        rays.emplace_back(from, from + Vector{std::cos(1.3 * i), std::sin(0.7 * i), std::cos(2.1 * i)});
+    }
+    std::vector<Ray> reflected{rays[0]};
+    std::vector<std::size_t> places{999};
+    locator.reflect(rays, reflected, places);
+    std::vector<Ray> expected{rays[0]};
+    std::vector<std::size_t> expectedPlaces{999};
+    for (std::size_t i = 0; i < rays.size(); ++i) {
+        Ray one;
+        if (locator.reflect(rays[i], one)) {
+            expected.push_back(one);
+            expectedPlaces.push_back(i);
+        }
+    }
+    EXPECT_EQ(reflected, expected) << "added, equal to the last bit";
+    EXPECT_EQ(places, expectedPlaces);
+    EXPECT_THAT(places, SizeIs(testing::AllOf(testing::Gt(170U), testing::Lt(320U))));
+}
+
 TEST_F(CollimatedTargetLocatorTest, TheOffsetIsAddedBeforeTheTurnAndTheDirectionIsTurnedTwice) {
     // A quarter to the right, about z: x to -y, y to x.
     const CollimatedTargetLocator turned(mirrorRecord({PI / 2, 0.0, 0.0}, {1.0, 0.0, 0.5}, 2.0));

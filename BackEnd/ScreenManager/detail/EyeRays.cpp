@@ -45,14 +45,8 @@ void RaysAtOnce::cast(std::span<const Ray> rays, std::span<SurfaceHit> hits) {
 void RaysAtOnce::castReflected(std::span<const Ray> rays, std::span<SurfaceHit> hits) {
     m_reflected.clear();
     m_places.clear();
-    for (std::size_t i = 0; i < rays.size(); ++i) {
-        hits[i] = SurfaceHit{};
-        Ray reflected;
-        if (m_mirror->reflect(rays[i], reflected)) {
-            m_reflected.push_back(reflected);
-            m_places.push_back(i);
-        }
-    }
+    std::fill(hits.begin(), hits.end(), SurfaceHit{});
+    m_mirror->reflect(rays, m_reflected, m_places);
     m_reflectedHits.resize(m_reflected.size());
     m_screen->intersectRays(m_reflected, m_reflectedHits);
     for (std::size_t i = 0; i < m_places.size(); ++i) {
