@@ -1,8 +1,10 @@
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayFile.h"
+#include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ProjectorSession/ChannelListing.h"
 #include "ProjectorSession/ProjectorRun.h"
+#include "ProjectorSession/SessionJson.h"
 #include "Projectors.h"
 
 #include <iostream>
@@ -14,12 +16,17 @@ using Veltrani::DeviceFramework2::DeviceManager;
 
 struct Options : DeviceOptions {
     std::string file;      ///< the configuration, which is not changed
+    std::string format;    ///< "text" or "json"
     bool offline = false;  ///< virtual projectors in place of those that cannot be reached
 };
 
 /// False when standard output does not take everything, which has been reported then.
-bool printListing(const ChannelListing& listing) {
-    listing.print(std::cout);
+bool printListing(const ChannelListing& listing, const ProjectorRun& run, const Options& options) {
+    if (options.format == "json") {
+        printJson(listing, run.findings(), std::cout);
+    } else {
+        listing.print(std::cout);
+    }
     if (Console::finishOutput() != EXIT_ALL_RIGHT) {
         return false;
     }
@@ -34,7 +41,7 @@ int list(XMLConfigFile& config, const Options& options) {
     ProgressMeter progress(options.isTalkative(), "asking projectors");
     ProjectorRun run(config, devices, ProjectorNeed::ANSWER, progress.callback());
     if (reportNone(run.findings(), options.file)) {
-        return EXIT_INCOMPLETE;
+        return options.format == "json" && !printListing({}, run, options) ? EXIT_OUTPUT : EXIT_INCOMPLETE;
     }
     if (reportConflicts(run.findings())) {
         return EXIT_INPUT;
@@ -51,7 +58,7 @@ int list(XMLConfigFile& config, const Options& options) {
     }
     const ChannelListing listing = channels ? ChannelListing::ofChannels(run) : ChannelListing::ofEntries(run);
     progress.end();
-    if (!printListing(listing)) {
+    if (!printListing(listing, run, options)) {
         return EXIT_OUTPUT;
     }
     if (!replace || options.isTalkative()) {
@@ -68,6 +75,7 @@ int run(const Options& options) {
 Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
+    addFormat(line, options->format, OutputFormats{{"text", "json"}}, false);
     line.addFlag("--offline", options->offline, "Put virtual projectors in place of those that cannot be reached");
     addTimeout(line, *options);
     return Command::with(options, run);

@@ -2,6 +2,7 @@
 #include "DisplayReport/check/DisplayCheck.h"
 #include "DisplayReport/check/DisplayDescription.h"
 #include "DisplayReport/check/Rule.h"
+#include "OutputFormats.h"
 
 #include <iostream>
 
@@ -12,12 +13,17 @@ using namespace Veltrani::DisplayReport;
 struct Options : CommandOptions {
     std::string file;       ///< the configuration
     bool isStrict = false;  ///< whether warnings count
+    std::string format;     ///< "text" or "json"
     CheckOptions check;
 };
 
 int run(const Options& options) {
     const DisplayDescription description = DisplayCheck::ofFile(options.file, options.check);
-    print(description, std::cout);
+    if (options.format == "json") {
+        printJson(description, std::cout);
+    } else {
+        print(description, std::cout);
+    }
     if (const ExitCode code = Console::finishOutput(); code != EXIT_ALL_RIGHT) {
         return code;
     }
@@ -42,6 +48,7 @@ void refuseUnknown(const std::vector<std::string>& names) {
 Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
+    addFormat(line, options->format, OutputFormats{{"text", "json"}}, false);
     line.addFlag("--strict", options->isStrict, "Warnings count as faults do: exit with 1");
     line.addFlag("--quick", options->check.quick,
                  "Leave out the rules that need light, and name them: faster where screens are large");

@@ -3,6 +3,7 @@
 #include "DisplayFile.h"
 #include "DisplayReport/coverage/CoverageSurvey.h"
 #include "DisplayReport/coverage/CoverageWriter.h"
+#include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
@@ -14,7 +15,8 @@ using namespace Veltrani::DisplayReport;
 
 struct Options : CommandOptions {
     std::string file;     ///< the configuration
-    bool isJson = false;  ///< instead of tables
+    bool isJson = false;  ///< the older way to name this format
+    std::string format;   ///< "text" or "json"
     std::string output;   ///< file for the report; empty for standard output
     std::string ply;      ///< file for the coloured surface; empty for none
 };
@@ -31,7 +33,7 @@ CoverageReport measure(const XMLConfigFile& config, std::vector<CoveredPiece>& p
 }
 
 bool writeReport(const CoverageReport& report, const Options& options) {
-    const auto writer = CoverageWriter::ofFormat(options.isJson ? "json" : "text");
+    const auto writer = CoverageWriter::ofFormat(options.format);
     return ResultFile::write(options.output, [&](std::ostream& out) { writer->write(report, {}, out); });
 }
 
@@ -79,9 +81,13 @@ int run(const Options& options) {
 Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
-    line.addFlag("--json", options->isJson, "Write one JSON object instead of tables");
+    const OutputFormats formats{{"text", "json"}};
+    const Option format = addFormat(line, options->format, formats, true);
+    line.addFlag("--json", options->isJson, "The same as --format json").excludes(format);
     line.add("--ply", options->ply, "File for the screen, coloured by number of projectors").typeName("FILE");
     addOutput(line, options->output);
+    line.whenComplete(
+        [&said = *options, formats] { said.format = formats.chosen(said.isJson ? "json" : said.format, said.output); });
     return Command::with(options, run);
 }
 

@@ -1,5 +1,7 @@
+#include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ProjectorSession/ProjectorDiscovery.h"
+#include "ProjectorSession/SessionJson.h"
 #include "Projectors.h"
 
 #include <algorithm>
@@ -14,6 +16,10 @@ using Veltrani::ProjectorSession::Discovery;
 using Veltrani::ProjectorSession::ProjectorDiscovery;
 
 namespace {
+
+struct Options : DeviceOptions {
+    std::string format;  ///< "text" or "json"
+};
 
 /// What is missing, in one line each. False when anything is.
 bool reportMissing(const Discovery& found) {
@@ -30,7 +36,7 @@ bool reportMissing(const Discovery& found) {
                        [](const DiscoveredProjector& projector) { return projector.fault.empty(); });
 }
 
-int run(const DeviceOptions& options) {
+int run(const Options& options) {
     const auto settings = options.settings();
     if (options.isTalkative()) {
         std::ostringstream text;
@@ -49,17 +55,21 @@ int run(const DeviceOptions& options) {
     progress.end();
     if (found.projectors.empty()) {
         Console::error("no projector answered; projectors of PJLink class 1 never do: use their address");
-        return EXIT_INCOMPLETE;
     }
-    ProjectorDiscovery::print(found.projectors, std::cout);
+    if (options.format == "json") {
+        printJson(found, std::cout);
+    } else if (!found.projectors.empty()) {
+        ProjectorDiscovery::print(found.projectors, std::cout);
+    }
     if (const ExitCode code = Console::finishOutput(); code != EXIT_ALL_RIGHT) {
         return code;
     }
-    return reportMissing(found) ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
+    return !found.projectors.empty() && reportMissing(found) ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
 Command::Run addTo(OptionList& line) {
-    const auto options = std::make_shared<DeviceOptions>();
+    const auto options = std::make_shared<Options>();
+    addFormat(line, options->format, OutputFormats{{"text", "json"}}, false);
     addTimeout(line, *options);
     addBroadcast(line, *options);
     return Command::with(options, run);

@@ -11,6 +11,7 @@
 #include "DisplayReport/maps/PointReader.h"
 #include "DisplayReport/maps/WarpWriter.h"
 #include "FailureReport.h"
+#include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
@@ -43,7 +44,7 @@ struct Options : CommandOptions {
     std::string pointFile;            ///< "-" for standard input, as when there are no points either
 
     bool grid = false;                   ///< the whole picture instead of points
-    std::string format = "mesh";         ///< one of `WarpWriter::formats`
+    std::string format;                  ///< one of those of `formatsOf`
     std::optional<ColumnsByRows> nodes;  ///< none for the corners of all pixels
     std::optional<Panorama> panorama;    ///< none for the usual one
 
@@ -52,6 +53,11 @@ struct Options : CommandOptions {
     /// The source of the points as messages name it.
     [[nodiscard]] std::string pointSource() const { return readsStandardInput() ? "standard input" : pointFile; }
 };
+
+/// Of tables of points, or with --grid of the whole picture.
+OutputFormats formatsOf(const Options& options) {
+    return options.grid ? OutputFormats{WarpWriter::formats(), true} : OutputFormats{{"csv", "json"}};
+}
 
 using Points = std::vector<Point<double, 3>>;
 
@@ -142,7 +148,9 @@ int mapPoints(LayoutMapper& map, const Points& points, const ChannelChoice& chan
     PointMapping::Count count;
     try {
         ProgressMeter progress(options.isTalkative(), "mapping points, kB");
-        PointMapping mapping(map, options.pointKind(), [&] { showProgress(*input, progress); });
+        PointMapping mapping(
+            map, options.pointKind(), [&] { showProgress(*input, progress); },
+            options.format == "json" ? PointFormat::JSON : PointFormat::CSV);
         count =
             mapping.run([&](Point<double, 3>& point) { return nextPoint(*input, options, point); }, result.stream());
     } catch (...) {
@@ -273,10 +281,6 @@ void addPointOptions(OptionList& line, Options& options, const Option& grid) {
 }
 
 void addGridOptions(OptionList& line, Options& options, const Option& grid) {
-    line.add("--format", options.format, "mesh (default), pfm or png")
-        .oneOf(WarpWriter::formats())
-        .typeName("FORMAT")
-        .needs(grid);
     addGridOption(line,
                   {.name = "--nodes",
                    .help = "Nodes of a mesh (default: the corners of all pixels)",
@@ -295,6 +299,15 @@ void addGridOptions(OptionList& line, Options& options, const Option& grid) {
         .needs(grid);
 }
 
+/// Refuses one that is for points or for pictures alone by naming the option that it depends on.
+std::string chosenFormat(const Options& options) {
+    const OutputFormats formats = formatsOf(options);
+    if (!options.grid && WarpWriter::ofFormat(options.format)) {
+        OptionList::refuse("--format", options.format + " needs --grid: points are " + formats.list());
+    }
+    return formats.chosen(options.format, options.output);
+}
+
 Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
@@ -304,7 +317,10 @@ Command::Run addTo(OptionList& line) {
         line.addFlag("--grid", options->grid, "The whole picture: which part of the input each place shows");
     addPointOptions(line, *options, grid);
     addGridOptions(line, *options, grid);
+    addFormat(line, options->format,
+              "csv or json, with --grid mesh, pfm or png (default: as FILE is named, else the first)");
     line.whenComplete([&said = *options] {
+        said.format = chosenFormat(said);
         if (said.nodes && !WarpWriter::ofFormat(said.format)->hasNodes()) {
             OptionList::refuse("--nodes", said.format + " has one value per pixel: leave it out");
         }

@@ -2,13 +2,16 @@
 #include "Common/QuotedText.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayFile.h"
+#include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ProjectorSession/ProjectorRun.h"
+#include "ProjectorSession/SessionJson.h"
 #include "Projectors.h"
 
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <iostream>
 #include <iterator>
 
 namespace {
@@ -31,6 +34,7 @@ constexpr std::array<State, 3> STATES{{{"black", "black", ProjectorNeed::BLACK, 
 struct Options : DeviceOptions {
     std::string file;      ///< the configuration, which is not changed
     std::string state;     ///< the name of one of `STATES`
+    std::string format;    ///< "text" or "json"
     bool offline = false;  ///< virtual projectors in place of those that are not ready
 };
 
@@ -93,13 +97,25 @@ bool send(ProjectorRun& run, const State& state, const Options& options) {
     return complete;
 }
 
+/// Prints what has come of it, and for people only that it is complete: the rest has been reported. Returns the exit
+/// code.
+ExitCode finish(ProjectorRun& run, const State& state, bool isComplete, const Options& options) {
+    if (options.format == "json") {
+        printJson(run, state.name, isComplete, std::cout);
+    } else if (isComplete) {
+        printSummary(run, state);
+    }
+    const ExitCode code = Console::finishOutput();
+    return code == EXIT_ALL_RIGHT && !isComplete ? EXIT_INCOMPLETE : code;
+}
+
 int prepare(XMLConfigFile& config, const State& state, const Options& options) {
     DeviceManager devices(options.settings());
     ProgressMeter progress(options.isTalkative(), "asking projectors");
     ProjectorRun run(config, devices, state.need, progress.callback());
     progress.end();
     if (reportNone(run.findings(), options.file)) {
-        return EXIT_INCOMPLETE;
+        return finish(run, state, false, options);
     }
     if (reportConflicts(run.findings())) {
         return EXIT_INPUT;
@@ -110,7 +126,7 @@ int prepare(XMLConfigFile& config, const State& state, const Options& options) {
     }
     if (!run.complete() && !replace) {
         Console::error("nothing was sent; mend this, or let virtual projectors stand in with --offline");
-        return EXIT_INCOMPLETE;
+        return finish(run, state, false, options);
     }
     try {
         run.buildChannels();
@@ -118,11 +134,8 @@ int prepare(XMLConfigFile& config, const State& state, const Options& options) {
         reportDeviceFailure(options.file, std::current_exception());
         return EXIT_INPUT;
     }
-    if (!send(run, state, options)) {
-        return EXIT_INCOMPLETE;
-    }
-    printSummary(run, state);
-    return Console::finishOutput();
+    const bool isComplete = send(run, state, options);
+    return finish(run, state, isComplete, options);
 }
 
 int run(const Options& options) {
@@ -136,6 +149,7 @@ Command::Run addTo(OptionList& line) {
     std::transform(STATES.begin(), STATES.end(), std::back_inserter(names),
                    [](const State& state) { return state.name; });
     addDisplayFile(line, options->file);
+    addFormat(line, options->format, OutputFormats{{"text", "json"}}, false);
     line.add("STATE", options->state, "black, gray50 or clear").required().oneOf(names);
     line.addFlag("--offline", options->offline, "Put virtual projectors in place of those that are not ready");
     addTimeout(line, *options);

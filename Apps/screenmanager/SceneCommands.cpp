@@ -10,6 +10,7 @@
 #include "DisplayReport/still/ScenePainter.h"
 #include "DisplayReport/targets/TargetPlacer.h"
 #include "FailureReport.h"
+#include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
@@ -30,7 +31,7 @@ struct Options : CommandOptions {
 };
 
 struct PictureOptions : Options {
-    std::string format;              ///< "png" or "svg"; empty: as the output is named, else "png"
+    std::string format;              ///< one of `DrawingWriter::formats`
     std::string view = "home";       ///< one of `SceneCamera::views`
     ColumnsByRows size{1600, 1000};  ///< of the picture, pixels
     bool axes = false;               ///< whether what the numbers of the file are measured from is drawn
@@ -84,14 +85,8 @@ Command::Run addView(OptionList& line) {
     addDisplayFile(line, options->file);
     addOutput(line, options->output, "Page to write instead of standard output (HTML)");
     addPlan(line, options->plan);
+    line.whenComplete([&said = *options] { static_cast<void>(OutputFormats{{"html"}}.chosen({}, said.output)); });
     return Command::with(options, runView);
-}
-
-std::string formatOf(const PictureOptions& options) {
-    if (!options.format.empty()) {
-        return options.format;
-    }
-    return options.output.ends_with(".svg") || options.output.ends_with(".SVG") ? "svg" : "png";
 }
 
 /// False when the display has no such channel, which has been reported then. `channel` stays null where none is named.
@@ -117,7 +112,7 @@ int runPicture(const PictureOptions& options) {
     if (!chooseChannel(*config, options, channel)) {
         return EXIT_USAGE;
     }
-    const auto writer = DrawingWriter::ofFormat(formatOf(options));
+    const auto writer = DrawingWriter::ofFormat(options.format);
     DisplayScene scene = collectScene(*config, options, writer->limits());
     if (options.axes) {
         MarkCollector(*config, channel).addTo(scene);
@@ -133,9 +128,8 @@ Command::Run addPicture(OptionList& line) {
     const auto options = std::make_shared<PictureOptions>();
     addDisplayFile(line, options->file);
     addOutput(line, options->output);
-    line.add("--format", options->format, "png or svg (default: as FILE is named, else png)")
-        .oneOf(DrawingWriter::formats())
-        .typeName("FORMAT");
+    const OutputFormats formats{DrawingWriter::formats(), true};
+    addFormat(line, options->format, formats, true);
     line.add("--view", options->view, "Where to look from: home (default), front, side or top")
         .oneOf(SceneCamera::views())
         .typeName("VIEW");
@@ -156,6 +150,7 @@ Command::Run addPicture(OptionList& line) {
                    .mostTogether = MOST_PIXELS},
                   [target = options.get()](const ColumnsByRows& size) { target->size = size; });
     addPlan(line, options->plan);
+    line.whenComplete([&said = *options, formats] { said.format = formats.chosen(said.format, said.output); });
     return Command::with(options, runPicture);
 }
 

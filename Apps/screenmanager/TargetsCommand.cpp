@@ -2,6 +2,7 @@
 #include "DisplayFile.h"
 #include "DisplayReport/targets/TargetPlacer.h"
 #include "DisplayReport/targets/TargetWriter.h"
+#include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
@@ -12,9 +13,9 @@ namespace {
 using namespace Veltrani::DisplayReport;
 
 struct Options : CommandOptions {
-    std::string file;            ///< the configuration
-    std::string format = "csv";  ///< one of `TargetWriter::formats`
-    std::string output;          ///< file to write; empty for standard output
+    std::string file;    ///< the configuration
+    std::string format;  ///< one of `TargetWriter::formats`
+    std::string output;  ///< file to write; empty for standard output
     TargetPlan plan;
 };
 
@@ -47,11 +48,11 @@ int run(const Options& options) {
 Command::Run addTo(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
-    line.add("--format", options->format, "csv (default), json or ply")
-        .oneOf(TargetWriter::formats())
-        .typeName("FORMAT");
+    const OutputFormats formats{TargetWriter::formats()};
+    addFormat(line, options->format, formats, true);
     addOutput(line, options->output);
     addPlan(line, options->plan);
+    line.whenComplete([&said = *options, formats] { said.format = formats.chosen(said.format, said.output); });
     return Command::with(options, run);
 }
 

@@ -2,9 +2,13 @@
 
 #include "Common/QuotedText.h"
 #include "Common/Utf8.h"
+#include "DisplayReport/basics/NumberText.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 namespace Veltrani::DisplayReport {
@@ -44,6 +48,15 @@ std::string safeForTerminals(std::string json) {
         safe += isPlain ? text : escapedCharacter(static_cast<unsigned int>(character));
     }
     return safe;
+}
+
+std::string jsonOf(const std::string& utf8) {
+    using Json = nlohmann::json;
+    return safeForTerminals(Json(utf8).dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+std::string jsonOf(double number) {
+    return std::isfinite(number) ? exactText(number) : "null";
 }
 
 }  // namespace Veltrani::DisplayReport

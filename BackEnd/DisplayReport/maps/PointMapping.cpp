@@ -1,5 +1,6 @@
 #include "DisplayReport/maps/PointMapping.h"
 
+#include "DisplayReport/basics/JsonText.h"
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/maps/LayoutMapper.h"
 
@@ -30,14 +31,23 @@ std::string headerOf(PointKind kind) {
     return kind == PointKind::PICTURE ? "u,v,x,y,z,mapped\n" : "x,y,z,u,v,mapped\n";
 }
 
+template <class Place>
+void addNumbers(JsonObject& object, PointKind kind, const Place& place, bool isKnown) {
+    const std::vector<std::string> names = columnsOf(kind);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        object.addJson(names[i].c_str(), isKnown ? jsonOf(place[i]) : "null");
+    }
+}
+
 }  // namespace
 
-PointMapping::PointMapping(LayoutMapper& map, PointKind kind, std::function<void()> progress)
-    : m_map(map), m_kind(kind), m_progress(std::move(progress)) {}
+PointMapping::PointMapping(LayoutMapper& map, PointKind kind, std::function<void()> progress, PointFormat format)
+    : m_map(map), m_kind(kind), m_progress(std::move(progress)), m_format(format) {}
 
 PointMapping::Count PointMapping::run(const Source& source, std::ostream& out) {
     Count count;
-    out << headerOf(m_kind);
+    const bool isJson = m_format == PointFormat::JSON;
+    out << (isJson ? "{\"points\":[" : headerOf(m_kind));
     std::exception_ptr fault;
     bool hasMore = true;
     while (hasMore && out) {
@@ -59,17 +69,34 @@ PointMapping::Count PointMapping::run(const Source& source, std::ostream& out) {
     if (fault) {
         std::rethrow_exception(fault);
     }
+    out << (isJson ? "]}\n" : "");
     return count;
 }
 
+void PointMapping::write(const P2& picture, const P3& layout, bool isMapped, std::size_t number,
+                         std::ostream& out) const {
+    const bool isFromPicture = m_kind == PointKind::PICTURE;
+    if (m_format == PointFormat::JSON) {
+        JsonObject object;
+        addNumbers(object, PointKind::PICTURE, picture, isFromPicture || isMapped);
+        addNumbers(object, PointKind::LAYOUT, layout, !isFromPicture || isMapped);
+        out << (number == 0 ? "" : ",") + object.add("mapped", isMapped).text();
+    } else if (isFromPicture) {
+        out << textOf(picture) + (isMapped ? ',' + textOf(layout) + ",1\n" : ",,,,0\n");
+    } else {
+        out << textOf(layout) + (isMapped ? ',' + textOf(picture) + ",1\n" : ",,,0\n");
+    }
+}
+
 void PointMapping::mapOn(const std::vector<P3>& points, std::ostream& out, Count& count) {
+    std::size_t number = count.points;
     count.points += points.size();
     if (m_kind == PointKind::LAYOUT) {
         for (const P3& point : points) {
             P2 picture;
             const bool isMapped = m_map.toPicture(point, picture);
             count.mapped += isMapped ? 1U : 0U;
-            out << textOf(point) + (isMapped ? ',' + textOf(picture) + ",1\n" : ",,,0\n");
+            write(picture, point, isMapped, number++, out);
         }
         return;
     }
@@ -82,7 +109,7 @@ void PointMapping::mapOn(const std::vector<P3>& points, std::ostream& out, Count
     m_map.toLayout(picture, layout);
     for (std::size_t i = 0; i < picture.size(); ++i) {
         count.mapped += layout[i].isMapped ? 1U : 0U;
-        out << textOf(picture[i]) + (layout[i].isMapped ? ',' + textOf(layout[i].point) + ",1\n" : ",,,,0\n");
+        write(picture[i], layout[i].point, layout[i].isMapped, number++, out);
     }
 }
 

@@ -49,4 +49,30 @@ TEST(JsonText, EveryCharacterIsReadAsTheOneItWas) {
     EXPECT_EQ(nlohmann::json::parse(safeForTerminals(nlohmann::json(text).dump())).get<std::string>(), text);
 }
 
+TEST(JsonText, AnObjectIsReadBackAsItsMembers) {
+    using namespace Veltrani::DisplayReport;
+    const std::vector<std::string> names{"a\"b\n", "\u202e"};
+    const std::string text = JsonObject()
+                                 .add("name", names[0])
+                                 .add("count", std::size_t{3})
+                                 .add("part", 0.1)
+                                 .add("none", std::nan(""))
+                                 .add("is", true)
+                                 .addKnown("known", true, "x")
+                                 .addKnown("unknown", false, "x")
+                                 .addJson("list", jsonList(names, [](const std::string& name) { return jsonOf(name); }))
+                                 .addJson("empty", jsonList(std::vector<int>(), [](int) { return std::string(); }))
+                                 .text();
+    EXPECT_EQ(nlohmann::json::parse(text), (nlohmann::json{{"name", "a\"b\n"},
+                                                           {"count", 3},
+                                                           {"part", 0.1},
+                                                           {"none", nullptr},
+                                                           {"is", true},
+                                                           {"known", "x"},
+                                                           {"unknown", nullptr},
+                                                           {"list", names},
+                                                           {"empty", nlohmann::json::array()}}));
+    EXPECT_EQ(text.find("\u202e"), std::string::npos) << "it would steer a terminal";
+}
+
 }  // namespace

@@ -6,6 +6,7 @@
 #include "support/ForeignLocale.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <sstream>
 
@@ -16,10 +17,11 @@ using P3 = Point<double, 3>;
 
 class PointMappingTest : public testing::Test {
 protected:
-    PointMapping::Count run(PointKind kind, const std::string& text) {
+    PointMapping::Count run(PointKind kind, const std::string& text, PointFormat format = PointFormat::CSV) {
         std::istringstream in(text);
         PointReader reader(in, "in", kind);
-        PointMapping mapping(m_map, kind, [this] { ++m_calls; });
+        PointMapping mapping(
+            m_map, kind, [this] { ++m_calls; }, format);
         return mapping.run([&reader](P3& point) { return reader.next(point); }, m_out);
     }
 
@@ -44,6 +46,22 @@ TEST_F(PointMappingTest, GoesTheOtherWay) {
     EXPECT_EQ(m_out.str(), "x,y,z,u,v,mapped\n1.5,1,77,0.5,0.25,1\n9,9,9,,,0\n");
     EXPECT_EQ(count.points, 2U);
     EXPECT_EQ(count.mapped, 1U);
+}
+
+TEST_F(PointMappingTest, WritesAnObjectWithNullsForMisses) {
+    using Json = nlohmann::json;
+    run(PointKind::PICTURE, "0.5,0.25\n2,0\n", PointFormat::JSON);
+    const Json there = Json::parse(m_out.str())["points"];
+    EXPECT_EQ(there, Json::parse(R"([{"u":0.5,"v":0.25,"x":1.5,"y":1.0,"z":0.0,"mapped":true},
+                                     {"u":2.0,"v":0.0,"x":null,"y":null,"z":null,"mapped":false}])"));
+    m_out.str("");
+    run(PointKind::LAYOUT, "1.5,1,77\n9,9,9\n", PointFormat::JSON);
+    EXPECT_EQ(Json::parse(m_out.str())["points"],
+              Json::parse(R"([{"u":0.5,"v":0.25,"x":1.5,"y":1.0,"z":77.0,"mapped":true},
+                              {"u":null,"v":null,"x":9.0,"y":9.0,"z":9.0,"mapped":false}])"));
+    m_out.str("");
+    run(PointKind::PICTURE, "", PointFormat::JSON);
+    EXPECT_EQ(Json::parse(m_out.str())["points"], Json::array());
 }
 
 TEST_F(PointMappingTest, WithoutPointsThereIsAHeaderAlone) {

@@ -1,0 +1,176 @@
+// Every command writes the format that is named, else that of the name of the output, else its first one.
+#include "ProgramRun.h"
+#include "ProjectorDisplays.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using Json = nlohmann::json;
+
+const std::string WALL = sourceFolder() + "/examples/planar-wall/display.xml";
+const std::string SMALL =
+    "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Flat'><Size width='4' height='2'/></Screen>"
+    "<TargetData type='PlanarBasic'/><Projectors><Projector id='P1'><Name>Left</Name><Resolution width='6' height='4'/>"
+    "<ScreenArea left='0' right='1' bottom='0' top='1'/><Layout xMin='0' xMax='4' yMin='0' yMax='2'/></Projector>"
+    "</Projectors></Display>";
+
+class OutputFormatsTest : public testing::Test {
+protected:
+    /// What a command writes to a file of this name.
+    std::string written(std::vector<std::string> arguments, const std::string& name) {
+        arguments.insert(arguments.end(), {"-q", "-o", m_folder.file(name)});
+        const ProgramRun run = runScreenManager(arguments);
+        EXPECT_EQ(run.exitCode, 0) << name << run.errors;
+        return m_folder.read(name);
+    }
+
+    void expectRefused(std::vector<std::string> arguments, const std::string& name, const std::string& formats) {
+        arguments.insert(arguments.end(), {"-q", "-o", m_folder.file(name)});
+        const ProgramRun run = runScreenManager(arguments);
+        EXPECT_EQ(run.exitCode, 2) << name;
+        EXPECT_THAT(run.errors, HasSubstr(name + " is named like no format of this command, " + formats));
+        EXPECT_FALSE(std::filesystem::exists(m_folder.file(name)));
+    }
+
+    TemporaryFolder m_folder;
+    std::string m_file = m_folder.write("display.xml", SMALL);
+    std::vector<std::string> m_targets{"targets", m_file, "--grid", "2x2"};
+    std::vector<std::string> m_points{"map", m_file, "--channel", "P1", "--point", "0.5,0.25"};
+    std::vector<std::string> m_grid{"map", m_file, "--channel", "P1", "--grid"};
+    std::vector<std::string> m_coverage{"coverage", m_file};
+    std::vector<std::string> m_picture{"picture", m_file, "--size", "300x200"};
+};
+
+TEST_F(OutputFormatsTest, TheNameOfTheFileStatesTheFormat) {
+    EXPECT_EQ(Json::parse(written(m_targets, "a.json"))["channels"].size(), 1U);
+    EXPECT_THAT(written(m_targets, "a.PLY"), StartsWith("ply\n"));
+    EXPECT_EQ(Json::parse(written(m_points, "b.json"))["points"][0]["x"], 2.0);
+    EXPECT_THAT(written(m_points, "b.csv"), HasSubstr("\n0.5,0.25,2,0.5,0,1\n"));
+    EXPECT_THAT(written(m_grid, "c.pfm"), StartsWith("PF\n"));
+    EXPECT_THAT(written(m_grid, "c.png"), StartsWith("\x89PNG"));
+    EXPECT_THAT(written(m_grid, "c.map"), StartsWith("2\n7 5\n"));
+    EXPECT_EQ(Json::parse(written(m_coverage, "d.json"))["channels"].size(), 1U);
+    EXPECT_THAT(written(m_picture, "e.svg"), StartsWith("<svg "));
+}
+
+TEST_F(OutputFormatsTest, AnUnknownEndingKeepsTheDefault) {
+    EXPECT_THAT(written(m_targets, "a.dat"), HasSubstr("channel,projector,kind"));
+    EXPECT_THAT(written(m_targets, "a"), HasSubstr("channel,projector,kind"));
+    EXPECT_THAT(written(m_points, "b.txt"), HasSubstr("u,v,x,y,z,mapped\n"));
+    EXPECT_THAT(written(m_coverage, "d.out"), HasSubstr("lit by"));
+    EXPECT_THAT(written(m_picture, "e"), StartsWith("\x89PNG"));
+    EXPECT_THAT(written(m_grid, "c"), StartsWith("2\n7 5\n"));
+}
+
+TEST_F(OutputFormatsTest, AFileThatIsNamedLikeNoFormatIsRefused) {
+    expectRefused(m_picture, "x.jpg", "png or svg: end its name in .png or .svg, or state one with --format");
+    expectRefused(m_grid, "x.tiff", "mesh, pfm or png");
+    expectRefused(m_targets, "x.png", "csv, json or ply");
+    expectRefused(m_points, "x.svg", "csv or json");
+    expectRefused(m_coverage, "x.ply", "text or json");
+    expectRefused({"view", m_file}, "x.png", "html: end its name in .html\n");
+}
+
+TEST_F(OutputFormatsTest, TheFormatThatIsNamedCounts) {
+    m_picture.insert(m_picture.end(), {"--format", "svg"});
+    EXPECT_THAT(written(m_picture, "x.jpg"), StartsWith("<svg "));
+    m_targets.insert(m_targets.end(), {"--format", "csv"});
+    EXPECT_THAT(written(m_targets, "x.json"), HasSubstr("channel,projector,kind"));
+}
+
+TEST_F(OutputFormatsTest, JsonIsAnotherNameForTheFormatOfACoverage) {
+    const ProgramRun named = runScreenManager({"coverage", m_file, "--format", "json", "-q"});
+    EXPECT_EQ(Json::parse(named.output)["channels"].size(), 1U);
+    EXPECT_EQ(runScreenManager({"coverage", m_file, "--json", "-q"}).output, named.output);
+    EXPECT_EQ(runScreenManager({"coverage", m_file, "--json", "--format", "text"}).exitCode, 2);
+}
+
+TEST_F(OutputFormatsTest, ACheckIsJsonToo) {
+    const ProgramRun run = runScreenManager({"check", WALL, "--format", "json"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    const Json check = Json::parse(run.output);
+    EXPECT_EQ(check["channels"].size(), 6U);
+    EXPECT_EQ(check["counts"]["faults"], 0);
+    EXPECT_EQ(runScreenManager({"check", WALL, "--format", "text"}).output, runScreenManager({"check", WALL}).output);
+
+    const ProgramRun gone = runScreenManager({"check", m_folder.file("gone.xml"), "--format", "json"});
+    EXPECT_EQ(gone.exitCode, 3);
+    EXPECT_EQ(Json::parse(gone.output)["readable"], false);
+    EXPECT_EQ(Json::parse(gone.output)["counts"]["faults"], Json::parse(gone.output)["faults"].size());
+}
+
+TEST_F(OutputFormatsTest, TheFindingsOfACheckAreThoseOfItsText) {
+    std::string crossed = SMALL;
+    crossed.replace(crossed.find("right='1'"), 9, "right='7'");
+    const std::string file = m_folder.write("crossed.xml", crossed);
+    const std::string text = runScreenManager({"check", file}).output;
+    const Json check = Json::parse(runScreenManager({"check", file, "--format", "json"}).output);
+    ASSERT_FALSE(check["findings"].empty());
+    for (const Json& finding : check["findings"]) {
+        EXPECT_THAT(text, HasSubstr(finding["where"].get<std::string>() + ": " + finding["what"].get<std::string>()));
+        EXPECT_THAT(text, HasSubstr('[' + finding["rule"].get<std::string>() + ']'));
+    }
+}
+
+TEST_F(OutputFormatsTest, ChannelsAreJsonToo) {
+    PjlinkSimulator left;
+    const std::string file =
+        m_folder.write("two.xml", projector_displays::twoProjectors(left.port(), projector_displays::deadPort()));
+    const ProgramRun run =
+        runScreenManager({"channels", file, "--format", "json", "--timeout", projector_displays::PATIENT});
+    EXPECT_EQ(run.exitCode, 1);
+    const Json listing = Json::parse(run.output);
+    ASSERT_EQ(listing["channels"].size(), 2U);
+    EXPECT_EQ(listing["channels"][0]["state"], "on");
+    EXPECT_TRUE(listing["channels"][0]["resolution"].is_string());
+    EXPECT_EQ(listing["channels"][1]["state"], "missing");
+    EXPECT_TRUE(listing["channels"][1]["resolution"].is_null());
+    ASSERT_EQ(listing["faults"].size(), 1U);
+    EXPECT_EQ(listing["faults"][0]["where"], "channel Right");
+}
+
+TEST_F(OutputFormatsTest, APreparationIsJsonToo) {
+    PjlinkSimulator left;
+    PjlinkSimulator right;
+    const std::string file = m_folder.write("two.xml", projector_displays::twoProjectors(left.port(), right.port()));
+    const ProgramRun run =
+        runScreenManager({"prepare", file, "black", "--format", "json", "--timeout", projector_displays::PATIENT});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    const Json done = Json::parse(run.output);
+    EXPECT_EQ(done["state"], "black");
+    EXPECT_EQ(done["complete"], true);
+    EXPECT_EQ(done["channels"].size(), 2U);
+    EXPECT_GE(done["sent"].size(), 2U);
+    EXPECT_EQ(done["sent"][0]["failed"], false);
+}
+
+TEST_F(OutputFormatsTest, APreparationThatSendsNothingSaysSoInJson) {
+    const int dead = projector_displays::deadPort();
+    const std::string file = m_folder.write("two.xml", projector_displays::twoProjectors(dead, dead));
+    const ProgramRun run =
+        runScreenManager({"prepare", file, "black", "--format", "json", "--timeout", projector_displays::PATIENT});
+    EXPECT_EQ(run.exitCode, 1);
+    const Json done = Json::parse(run.output);
+    EXPECT_EQ(done["complete"], false);
+    EXPECT_EQ(done["sent"].size(), 0U);
+    EXPECT_EQ(done["channels"][1]["usable"], false);
+}
+
+TEST_F(OutputFormatsTest, ASearchThatFindsNobodyIsJsonToo) {
+    const ProgramRun run =
+        runScreenManager({"discover", "--broadcast", "127.0.0.1:" + std::to_string(projector_displays::deadPort()),
+                          "--format", "json", "--timeout", projector_displays::IMPATIENT, "--quiet"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(Json::parse(run.output)["projectors"].size(), 0U);
+}
+
+}  // namespace
