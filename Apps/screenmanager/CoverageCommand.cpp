@@ -45,13 +45,26 @@ bool writeSurface(const CoverageReport& report, const std::vector<CoveredPiece>&
     return ResultFile::write(options.ply, [&](std::ostream& out) { writer->write(report, pieces, out); });
 }
 
-/// True when a file would be written twice, or an input would be replaced; reported then.
-bool isMisused(const XMLConfigFile& config, const Options& options) {
-    if (!options.ply.empty() && !options.output.empty() && ResultFile::isSamePlace(options.ply, options.output)) {
+/// True when the report and the surface would be written into each other; reported then.
+bool isOneFileForBoth(const Options& options) {
+    if (options.ply.empty()) {
+        return false;
+    }
+    if (ResultFile::isStandardOutput(options.ply) && ResultFile::isStandardOutput(options.output)) {
+        Console::error("the report and the surface would both go to standard output: name a file for one of them");
+        return true;
+    }
+    if (!options.output.empty() && ResultFile::isSamePlace(options.ply, options.output)) {
         Console::error("--ply and --output name the same file, " + options.ply + ": name two");
         return true;
     }
-    return ResultFile::replacesInput(options.output, config, options.file) ||
+    return false;
+}
+
+/// True when an output is none, or an input would be replaced; reported then.
+bool isMisused(const XMLConfigFile& config, const Options& options) {
+    const bool isPlyShown = !options.ply.empty() && ResultFile::wouldFloodTerminal(options.ply, "a mesh", "--ply");
+    return isPlyShown || isOneFileForBoth(options) || ResultFile::replacesInput(options.output, config, options.file) ||
            ResultFile::replacesInput(options.ply, config, options.file);
 }
 

@@ -15,8 +15,6 @@
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <iostream>
@@ -179,10 +177,6 @@ PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const Channe
 
 int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, const Options& options) {
     const auto writer = WarpWriter::ofFormat(options.format);
-    if (options.output.empty() && !writer->isText() && ::isatty(STDOUT_FILENO) == 1) {
-        Console::error("a terminal cannot show " + options.format + ": name a file with --output");
-        return EXIT_USAGE;
-    }
     ResultFile result(options.output);
     if (!result.open()) {
         return EXIT_OUTPUT;
@@ -233,6 +227,10 @@ bool isMisused(const XMLConfigFile& config, const Options& options) {
 }
 
 int run(const Options& options) {
+    const bool isBinary = options.grid && !WarpWriter::ofFormat(options.format)->isText();
+    if (isBinary && ResultFile::wouldFloodTerminal(options.output, options.format)) {
+        return EXIT_USAGE;
+    }
     const auto config = DisplayFile::read(options.file);
     if (!config) {
         return EXIT_INPUT;

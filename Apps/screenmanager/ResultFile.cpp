@@ -6,11 +6,16 @@
 #include "DisplayReport/basics/NamedFiles.h"
 #include "FailureReport.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -40,6 +45,24 @@ std::unique_ptr<std::streambuf> openThrough(const std::string& path) {
     // Appending keeps what a redirected descriptor has been given before.
     return buffer->open(path, std::ios::out | std::ios::binary | std::ios::app) != nullptr ? std::move(buffer)
                                                                                            : nullptr;
+}
+
+/// True when what is written there appears on a terminal.
+bool leadsToTerminal(const std::string& path) {
+    std::error_code unknown;
+    if (ResultFile::isStandardOutput(path)) {
+        return ::isatty(STDOUT_FILENO) == 1;
+    }
+    if (!std::filesystem::is_character_file(path, unknown)) {
+        return false;
+    }
+    const int device = ::open(path.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (device < 0) {
+        return false;
+    }
+    const bool isTerminal = ::isatty(device) == 1;
+    ::close(device);
+    return isTerminal;
 }
 
 }  // namespace
@@ -92,7 +115,7 @@ private:
     std::exception_ptr m_fault;
 };
 
-ResultFile::ResultFile(std::string path) : m_path(std::move(path)) {}
+ResultFile::ResultFile(std::string path) : m_path(path == "-" ? std::string() : std::move(path)) {}
 
 ResultFile::~ResultFile() = default;
 
@@ -151,6 +174,20 @@ bool ResultFile::write(const std::string& path, const std::function<void(std::os
         return false;
     }
     return result.commit();
+}
+
+bool ResultFile::isStandardOutput(const std::string& path) {
+    constexpr std::array<std::string_view, 5> NAMES{"", "-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"};
+    return std::find(NAMES.begin(), NAMES.end(), path) != NAMES.end();
+}
+
+bool ResultFile::wouldFloodTerminal(const std::string& path, const std::string& format, const std::string& option) {
+    if (!leadsToTerminal(path)) {
+        return false;
+    }
+    Console::error("a terminal cannot show " + format + ": name a file with " + option +
+                   ", or pass the output to another program");
+    return true;
 }
 
 bool ResultFile::isSameFile(const std::string& a, const std::string& b) {

@@ -14,7 +14,7 @@ class XMLConfigManager;
 ///     if (!ResultFile::write(options.output, [&](std::ostream& out) { out << ...; })) { return EXIT_OUTPUT; }
 class ResultFile {
 public:
-    /// @param path UTF-8; empty for standard output
+    /// @param path UTF-8; empty or "-" for standard output
     explicit ResultFile(std::string path);
     ~ResultFile();
     ResultFile(const ResultFile&) = delete;
@@ -36,6 +36,14 @@ public:
     /// True when writing there would replace a file that the display is described by; reported then.
     [[nodiscard]] static bool replacesInput(const std::string& path, const XMLConfigManager& config,
                                             const std::string& configurationFile);
+    /// True when the output would show on a terminal what people cannot read there, and what may steer it; reported
+    /// then. To be called before anything is computed.
+    /// @param format as the message names it: "PNG"
+    /// @param option that names the output
+    [[nodiscard]] static bool wouldFloodTerminal(const std::string& path, const std::string& format,
+                                                 const std::string& option = "--output");
+    /// True for what stands for standard output: no name, "-" and the names of its device.
+    [[nodiscard]] static bool isStandardOutput(const std::string& path);
     /// True when both names lead to one file, which exists.
     [[nodiscard]] static bool isSameFile(const std::string& a, const std::string& b);
     /// The same for files that need not exist yet.

@@ -68,6 +68,9 @@ DisplayScene collectScene(XMLConfigFile& config, const Options& options, const S
 }
 
 int runView(const Options& options) {
+    if (ResultFile::wouldFloodTerminal(options.output, "a page of several megabytes")) {
+        return EXIT_USAGE;
+    }
     ExitCode fault = EXIT_ALL_RIGHT;
     const auto config = readInput(options, fault);
     if (!config) {
@@ -103,6 +106,9 @@ bool chooseChannel(const XMLConfigFile& config, const PictureOptions& options, c
 }
 
 int runPicture(const PictureOptions& options) {
+    if (options.format == "png" && ResultFile::wouldFloodTerminal(options.output, options.format)) {
+        return EXIT_USAGE;
+    }
     ExitCode fault = EXIT_ALL_RIGHT;
     const auto config = readInput(options, fault);
     if (!config) {

@@ -7,9 +7,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <chrono>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -48,7 +51,7 @@ RunningProgram::RunningProgram(const std::string& program, const std::vector<std
     if (m_process == 0) {
         redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
         redirect(STDOUT_FILENO, m_conditions.output.empty() ? m_folder.file("output") : m_conditions.output, O_WRONLY);
-        redirect(STDERR_FILENO, m_folder.file("errors"), O_WRONLY);
+        redirect(STDERR_FILENO, m_conditions.errors.empty() ? m_folder.file("errors") : m_conditions.errors, O_WRONLY);
         for (const auto& [name, value] : m_conditions.environment) {
             ::setenv(name.c_str(), value.c_str(), 1);
         }
@@ -88,7 +91,7 @@ ProgramRun RunningProgram::finish() {
         throw std::runtime_error("waitpid failed");
     }
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_conditions.output.empty() ? m_folder.read("output") : "",
-            m_folder.read("errors"), WIFSIGNALED(status) ? WTERMSIG(status) : 0};
+            m_conditions.errors.empty() ? m_folder.read("errors") : "", WIFSIGNALED(status) ? WTERMSIG(status) : 0};
 }
 
 ProgramRun runProgramUnder(const RunConditions& conditions, const std::string& program,
@@ -101,6 +104,38 @@ ProgramRun runProgram(const std::string& program, const std::vector<std::string>
     RunConditions conditions;
     conditions.environment = environment;
     return runProgramUnder(conditions, program, arguments);
+}
+
+PseudoTerminal::PseudoTerminal() : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
+    if (m_master < 0 || ::grantpt(m_master) != 0 || ::unlockpt(m_master) != 0) {
+        throw std::runtime_error("there is no pseudo terminal");
+    }
+    m_device = ::ptsname(m_master);
+    m_kept = ::open(m_device.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+}
+
+PseudoTerminal::~PseudoTerminal() {
+    ::close(m_kept);
+    ::close(m_master);
+}
+
+void PseudoTerminal::take() {
+    std::array<char, 4096> bytes{};
+    for (ssize_t count = 0; (count = ::read(m_master, bytes.data(), bytes.size())) > 0;) {
+        m_shown.append(bytes.data(), static_cast<std::size_t>(count));
+    }
+}
+
+ProgramRun PseudoTerminal::run(const RunConditions& conditions, const std::string& program,
+                               const std::vector<std::string>& arguments) {
+    RunningProgram running(program, arguments, conditions);
+    while (running.isRunning()) {
+        take();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    const ProgramRun run = running.finish();
+    take();
+    return run;
 }
 
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,

@@ -22,7 +22,8 @@ struct RunConditions {
     std::map<std::string, std::string> environment = {};  ///< set on top of that of the test
     std::string output = "";                              ///< file or device for standard output; empty: it is kept
     std::size_t memory = 0;                               ///< bytes of address space; 0: as many as the test has
-    int ignored = 0;  ///< a signal that it is started to ignore; all others that end it have their usual effect
+    int ignored = 0;          ///< a signal that it is started to ignore; all others that end it have their usual effect
+    std::string errors = "";  ///< file or device for standard error; empty: it is kept
 };
 
 /// A program that runs beside the test, without standard input; killed at the end of the scope when it still runs.
@@ -52,6 +53,31 @@ ProgramRun runProgramUnder(const RunConditions& conditions, const std::string& p
 /// @param environment variables set on top of those of the test
 ProgramRun runProgram(const std::string& program, const std::vector<std::string>& arguments,
                       const std::map<std::string, std::string>& environment = {});
+
+/// A terminal that nobody sits at, for programs that behave otherwise there.
+class PseudoTerminal {
+public:
+    PseudoTerminal();
+    ~PseudoTerminal();
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    /// The device that a program writes to.
+    [[nodiscard]] const std::string& device() const { return m_device; }
+    /// Runs a program to its end and takes off the screen what it shows meanwhile.
+    ProgramRun run(const RunConditions& conditions, const std::string& program,
+                   const std::vector<std::string>& arguments);
+    /// What has been written to it, line ends as CR LF.
+    [[nodiscard]] const std::string& shown() const { return m_shown; }
+
+private:
+    void take();
+
+    int m_master = -1;
+    int m_kept = -1;  ///< the other end, so that what was written stays when a program closes it
+    std::string m_device;
+    std::string m_shown;
+};
 
 /// Runs the program under test.
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,
