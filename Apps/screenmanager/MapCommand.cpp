@@ -2,6 +2,7 @@
 #include "Command.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
+#include "Configuration/ProjectorConfig.h"
 #include "DisplayFile.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "DisplayReport/maps/InputProjection.h"
@@ -15,7 +16,9 @@
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <iostream>
 #include <optional>
@@ -163,6 +166,32 @@ int mapPoints(LayoutMapper& map, const Points& points, const ChannelChoice& chan
     return summarise(count, channel, options);
 }
 
+/// The nodes of a mesh.
+Point<int, 2> nodesOf(const ChannelChoice& channel, const Options& options) {
+    return options.nodes ? Point<int, 2>{options.nodes->columns, options.nodes->rows}
+                         : channel.pictureSize() + Point<int, 2>{1, 1};
+}
+
+std::string sizeText(const Point<int, 2>& size, const char* cross) {
+    return std::to_string(size[0]) + cross + std::to_string(size[1]);
+}
+
+/// True when the mesh could not be read again; reported then, with what could.
+bool isTooLarge(const ChannelChoice& channel, const Options& options) {
+    const WarpMeshSize mesh{channel.pictureSize(), nodesOf(channel, options)};
+    if (mesh.isReadable()) {
+        return false;
+    }
+    constexpr std::uintmax_t BYTES_PER_MEGABYTE = 1'000'000;
+    const auto most = WarpMeshSize::mostNodes(mesh.pixels);
+    Console::error(channel.describe() + ": a mesh of " + sizeText(mesh.nodes, " x ") + " nodes for a picture of " +
+                   sizeText(mesh.pixels, " x ") + " pixels, up to " +
+                   std::to_string(mesh.mostBytes() / BYTES_PER_MEGABYTE) + " MB, is more than a map file may be: " +
+                   (most ? "state --nodes " + sizeText(*most, "x") + " or fewer, or choose" : "choose") +
+                   " --format pfm or png");
+    return true;
+}
+
 PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, bool hasNodes,
                    const Options& options) {
     ProgressMeter meter(options.isTalkative(), "mapping the picture, row");
@@ -170,9 +199,7 @@ PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const Channe
     if (!hasNodes) {
         return PictureWarp::atPixels(map, input, pixels, meter.callback());
     }
-    const Point<int, 2> nodes =
-        options.nodes ? Point<int, 2>{options.nodes->columns, options.nodes->rows} : pixels + Point<int, 2>{1, 1};
-    return PictureWarp::atNodes(map, input, pixels, nodes, meter.callback());
+    return PictureWarp::atNodes(map, input, pixels, nodesOf(channel, options), meter.callback());
 }
 
 int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, const Options& options) {
@@ -213,7 +240,13 @@ std::optional<ChannelChoice> chooseChannel(const XMLConfigFile& config, const Op
 }
 
 /// True when the command line does not fit the display; reported then.
-bool isMisused(const XMLConfigFile& config, const Options& options) {
+bool isMisused(const XMLConfigFile& config, const ChannelChoice& channel, const Options& options) {
+    // A picture without pixels is reported by the map, which says what is missing.
+    const bool hasPicture = std::min(channel.projector->getWidth(), channel.projector->getHeight()) > 0;
+    if (options.grid && hasPicture && WarpWriter::ofFormat(options.format)->hasNodes() &&
+        isTooLarge(channel, options)) {
+        return true;
+    }
     if (options.panorama && !InputProjection::hasPanorama(config)) {
         Console::error("--input chooses a panorama, and the input of this display is flat: leave it out");
         return true;
@@ -236,7 +269,7 @@ int run(const Options& options) {
         return EXIT_INPUT;
     }
     const auto channel = chooseChannel(*config, options);
-    if (!channel || isMisused(*config, options)) {
+    if (!channel || isMisused(*config, *channel, options)) {
         return EXIT_USAGE;
     }
     const auto points = parsePoints(options);

@@ -90,7 +90,7 @@ protected:
 };
 
 TEST_F(EndingSignals, AMapLeavesNothing) {
-    expectClean(map("3000x3000"));
+    expectClean(map("1600x1600"));
 }
 
 TEST_F(EndingSignals, TargetsLeaveNothing) {
@@ -165,7 +165,7 @@ TEST_F(EndingSignalsInAnAddition, WhatAKilledOneLeavesTheNextOneRemoves) {
 }
 
 TEST_F(EndingSignals, WhatAKilledMapLeavesTheNextOneRemovesAndNobodyElse) {
-    EXPECT_EQ(endWhileWriting(map("3000x3000"), SIGKILL).signal, SIGKILL);
+    EXPECT_EQ(endWhileWriting(map("1600x1600"), SIGKILL).signal, SIGKILL);
     const std::vector<std::string> left = leftovers();
     ASSERT_THAT(left, SizeIs(1));
     EXPECT_EQ(runScreenManager({"targets", DOME, "--grid", "2x2", "-o", folder.file("other")}).exitCode, 0);
@@ -175,7 +175,7 @@ TEST_F(EndingSignals, WhatAKilledMapLeavesTheNextOneRemovesAndNobodyElse) {
 }
 
 TEST_F(EndingSignals, ARunThatStillWritesIsNotTouchedByAnotherForTheSameOutput) {
-    RunningProgram slow(programFile(), map("3000x3000"));
+    RunningProgram slow(programFile(), map("1600x1600"));
     holdWhileWriting(slow);
     const std::vector<std::string> writing = leftovers();
     EXPECT_EQ(runScreenManager(map("3x3")).exitCode, 0);

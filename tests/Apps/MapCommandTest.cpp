@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <numbers>
 #include <sstream>
 
@@ -305,6 +306,22 @@ TEST_F(MapCommand, APictureOfWhichNothingIsMappedIsNotWritten) {
         runScreenManager({"map", file, "--channel", "P1", "--grid", "--input", "equirectangular"});
     EXPECT_EQ(around.exitCode, 0);
     EXPECT_THAT(around.errors, HasSubstr("7 x 5 nodes, 0 not mapped, 5 left out at the seam of the input"));
+}
+
+TEST_F(MapCommand, AMeshThatCouldNotBeReadAgainIsRefusedWithTheNodesThatFit) {
+    std::string large = SMALL;
+    const std::string size = "width='6' height='4'";
+    large.replace(large.find(size), size.size(), "width='3840' height='2160'");
+    const std::string file = m_folder.write("large.xml", large);
+    const std::vector<std::string> grid{"map", file, "--channel", "Left", "--grid", "-o", m_folder.file("large.map")};
+    const ProgramRun run = runScreenManager(grid);
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.errors, HasSubstr("channel Left (P1): a mesh of 3841 x 2161 nodes"));
+    EXPECT_THAT(run.errors, HasSubstr("state --nodes 1921x1081 or fewer, or choose --format pfm or png\n"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder.file("large.map")));
+    std::vector<std::string> fewer = grid;
+    fewer.insert(fewer.end(), {"--nodes", "97x61", "-q"});
+    EXPECT_EQ(runScreenManager(fewer).exitCode, 0);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/basics/PngPicture.h"
 #include "DisplayReport/maps/PictureWarp.h"
+#include "KelvoControl/WarpMeshLimits.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -47,10 +49,14 @@ public:
     [[nodiscard]] bool isText() const override { return true; }
 };
 
+double aspectOf(const Point<int, 2>& pixels) {
+    return static_cast<double>(pixels[0]) / pixels[1];
+}
+
 void WarpMeshWriter::write(const PictureWarp& warp, std::ostream& out) const {
     const std::string width = std::to_string(warp.pixels()[0]);
     const std::string height = std::to_string(warp.pixels()[1]);
-    const double aspect = static_cast<double>(warp.pixels()[0]) / warp.pixels()[1];
+    const double aspect = aspectOf(warp.pixels());
     out << "2\n" + std::to_string(warp.columns()) + ' ' + std::to_string(warp.rows()) + '\n';
     for (std::size_t row = 0; row < warp.rows(); ++row) {
         const double y = fromMiddle(row, warp.rows());
@@ -170,6 +176,45 @@ constexpr FormatList<WarpWriter, 3> FORMATS{{{{"mesh", makeWriter<WarpWriter, Wa
                                               {"png", makeWriter<WarpWriter, PngWarpWriter>}}}};
 
 }  // namespace
+
+std::size_t WarpMeshSize::count() const {
+    return static_cast<std::size_t>(nodes[0]) * static_cast<std::size_t>(nodes[1]);
+}
+
+std::uintmax_t WarpMeshSize::mostBytes() const {
+    // A place in the input has no sign. Four blanks, the brightness and the end of the line come to every node.
+    constexpr std::uintmax_t INPUT_AND_REST = 2 * (std::string_view("4.9406564584124654e-324").size()) + 7;
+    const auto columns = static_cast<std::size_t>(nodes[0]);
+    const auto rows = static_cast<std::size_t>(nodes[1]);
+    const double aspect = aspectOf(pixels);
+    std::uintmax_t bytes = count() * INPUT_AND_REST;
+    for (std::size_t column = 0; column < columns; ++column) {
+        bytes += rows * exactText(aspect * fromMiddle(column, columns)).size();
+    }
+    for (std::size_t row = 0; row < rows; ++row) {
+        bytes += columns * exactText(fromMiddle(row, rows)).size();
+    }
+    constexpr std::uintmax_t HEAD_AND_TAIL = 100;
+    return bytes + HEAD_AND_TAIL;
+}
+
+bool WarpMeshSize::isReadable() const {
+    using namespace WarpMeshLimits;
+    const double aspect = aspectOf(pixels);
+    return aspect >= SMALLEST_ASPECT && aspect <= LARGEST_COORDINATE &&
+           std::max(nodes[0], nodes[1]) <= MOST_NODES_IN_ROW && count() <= MOST_NODES && mostBytes() <= MOST_BYTES;
+}
+
+std::optional<Point<int, 2>> WarpMeshSize::mostNodes(const Point<int, 2>& pixels) {
+    const auto cells = [](int size, int side) { return (size + side - 1) / side; };
+    for (int side = 1; side < 2 * std::max(pixels[0], pixels[1]); side += std::max(side / 8, 1)) {
+        const Point<int, 2> nodes{cells(pixels[0], side) + 1, cells(pixels[1], side) + 1};
+        if (WarpMeshSize{pixels, nodes}.isReadable()) {
+            return nodes;
+        }
+    }
+    return std::nullopt;
+}
 
 std::vector<std::string> WarpWriter::formats() {
     return FORMATS.names();

@@ -4,6 +4,7 @@
 #include "Common/FileFault.h"
 #include "Common/QuotedText.h"
 #include "Common/Utf8.h"
+#include "KelvoControl/WarpMeshLimits.h"
 
 #include <algorithm>
 #include <array>
@@ -15,23 +16,12 @@ namespace Veltrani::KelvoControlDetail {
 
 namespace {
 
-/// A mesh takes up to a kilobyte of memory for each node. Four million nodes are one for every pixel of a large
-/// picture.
-constexpr std::size_t MOST_NODES = 4'000'000;
-
-/// Nodes with long numbers are within this limit.
-constexpr std::size_t LARGEST_BYTES = std::size_t{256} * 1024 * 1024;
+using namespace Veltrani::WarpMeshLimits;
 
 /// "0 0 0 0 0" and its line end: no node is shorter.
 constexpr std::size_t SHORTEST_NODE_BYTES = 10;
 
 constexpr int LARGEST_PICTURE = 1'000'000;
-constexpr int MOST_NODES_IN_ROW = 1'000'000;
-
-/// Numbers beyond these are no places in a picture nor on a screen, and the tolerance at the edges of cells would be
-/// lost in their rounding.
-constexpr double LARGEST_COORDINATE = 1e4;
-constexpr double SMALLEST_ASPECT = 1e-3;
 
 constexpr std::string_view BLANKS = " \t\r\v\f";
 constexpr const char* CUT_OFF = "write the file again: it may be cut off, or its counts may be wrong";
@@ -253,7 +243,7 @@ double WarpMesh::ontoEdge(double value, double last) {
 
 std::shared_ptr<const WarpMesh> WarpMeshFile::read(const std::wstring& file) {
     const std::string path = Veltrani::toUtf8(file);
-    return parse(Veltrani::contentOf(path, LARGEST_BYTES), path);
+    return parse(Veltrani::contentOf(path, Veltrani::WarpMeshLimits::MOST_BYTES), path);
 }
 
 std::shared_ptr<const WarpMesh> WarpMeshFile::parse(std::string_view text, const std::string& document) {

@@ -1,6 +1,7 @@
 #include "DisplayReport/maps/WarpWriter.h"
 
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 #include "DisplayReport/maps/PictureWarp.h"
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
 #include "support/ForeignLocale.h"
@@ -70,6 +71,49 @@ TEST(WarpMeshWriter, TheMapOfAChannelReadsItBack) {
     }
     EXPECT_FALSE(map.mapChannel2DToScreen2D({1150, 750}, screen));
     EXPECT_TRUE(map.mapChannel2DToScreen2D({1050, 750}, screen));
+}
+
+// The longest numbers there are: places that need all digits and an exponent of three.
+TEST(WarpMeshWriter, IsNeverLargerThanItsSizeSays) {
+    for (const Point<int, 2> nodes : {Point<int, 2>{2, 2}, Point<int, 2>{41, 29}, Point<int, 2>{97, 61}}) {
+        const Point<int, 2> pixels{1921, 1083};
+        const WarpMeshSize size{pixels, nodes};
+        const std::vector<WarpSample> samples(size.count(),
+                                              {{4.9406564584124654e-321 / 3, 1.2345678901234567e-300}, true});
+        const std::string text = written(
+            PictureWarp(pixels, static_cast<std::size_t>(nodes[0]), static_cast<std::size_t>(nodes[1]), samples));
+        EXPECT_LE(text.size(), size.mostBytes());
+        EXPECT_GE(text.size(), size.mostBytes() / 2) << "the limit means something";
+    }
+}
+
+TEST(WarpMeshWriter, WhatIsReadableIsWithinTheLimitsOfTheReader) {
+    EXPECT_TRUE((WarpMeshSize{{1920, 1200}, {1921, 1201}}.isReadable()));
+    EXPECT_FALSE((WarpMeshSize{{3840, 2160}, {3841, 2161}}.isReadable())) << "eight million nodes";
+    EXPECT_TRUE((WarpMeshSize{{3840, 2160}, {1921, 1081}}.isReadable()));
+    EXPECT_FALSE((WarpMeshSize{{1, 2000}, {2, 2}}.isReadable())) << "too narrow";
+    EXPECT_FALSE((WarpMeshSize{{100000, 1}, {2, 2}}.isReadable())) << "too wide";
+
+    EXPECT_EQ(WarpMeshSize::mostNodes({1920, 1200}), (Point<int, 2>{1921, 1201}));
+    EXPECT_EQ(WarpMeshSize::mostNodes({3840, 2160}), (Point<int, 2>{1921, 1081}));
+    EXPECT_EQ(WarpMeshSize::mostNodes({100000, 100000}).has_value(), true);
+    EXPECT_EQ(WarpMeshSize::mostNodes({1, 2000}), std::nullopt);
+}
+
+// The reader itself, not the limits that it states: what is just too narrow for it is not readable, what it takes is.
+TEST(WarpMeshWriter, TheReaderRefusesWhatIsNotReadable) {
+    const TemporaryFolder folder;
+    for (const int height : {900, 1000, 1001, 2000}) {
+        const WarpMeshSize size{{1, height}, {2, 2}};
+        const std::vector<WarpSample> samples{{{0, 0}, true}, {{1, 0}, true}, {{0, 1}, true}, {{1, 1}, true}};
+        const std::string file = folder.write("narrow.map", written(PictureWarp(size.pixels, 2, 2, samples)));
+        const auto read = [&] { CustomPlanarScreenToChannelMap(Veltrani::fromUtf8(file), nullptr); };
+        if (size.isReadable()) {
+            EXPECT_NO_THROW(read()) << height;
+        } else {
+            EXPECT_THROW(read(), VeltraniParseException) << height;
+        }
+    }
 }
 
 }  // namespace
