@@ -154,13 +154,12 @@ void addScreen(DisplayScene& scene) {
     }
 }
 
-/// The targets of an edge of the picture from (0, 0) on; places of targets count v downwards.
+/// The targets of an edge of the picture from (0, 0) on.
 Polyline edgeOf(const std::vector<GridTarget>& grid, std::size_t along) {
-    const auto up = [](const GridTarget& target) { return Point<double, 2>{target.picture[0], 1 - target.picture[1]}; };
     std::vector<std::pair<double, P3>> places;
     for (const GridTarget& target : grid) {
-        if (up(target)[1 - along] == 0) {
-            places.emplace_back(up(target)[along], target.point);
+        if (target.picture[1 - along] == 0) {
+            places.emplace_back(target.picture[along], target.point);
         }
     }
     std::sort(places.begin(), places.end(), [](const auto& a, const auto& b) { return a.first < b.first; });

@@ -28,6 +28,14 @@ double normalised(int i, int n) {
     return n == 1 ? 0.0 : static_cast<double>(i) / (n - 1);
 }
 
+/// The place of a row upwards, as every report counts it, wherever the locator has its first row.
+double upwards(int row, int rows, bool firstRowIsAtTheTop) {
+    if (!firstRowIsAtTheTop) {
+        return normalised(row, rows);
+    }
+    return rows == 1 ? 1.0 : normalised(rows - 1 - row, rows);
+}
+
 std::size_t product(int a, int b) {
     return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
 }
@@ -126,11 +134,12 @@ void TargetPlacer::placeGrid(const TargetLocator& locator, const LocatorKind& ki
     std::map<Point<int, 2>, Point<double, 3>> grid;
     locator.projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, m_plan.columns, m_plan.rows, grid);
     channel.grid.reserve(grid.size());
-    const bool upwards = !kind.firstRowIsAtTheTop;
     for (const auto& [index, point] : grid) {
-        const double along = normalised(index[1], m_plan.rows);
         channel.grid.push_back(
-            {index[0], index[1], {normalised(index[0], m_plan.columns), upwards ? 1 - along : along}, point});
+            {index[0],
+             index[1],
+             {normalised(index[0], m_plan.columns), upwards(index[1], m_plan.rows, kind.firstRowIsAtTheTop)},
+             point});
     }
     channel.gridMissed -= channel.grid.size();
 }

@@ -13,16 +13,16 @@ namespace Veltrani::DisplayReport {
 /// How densely targets are placed on every channel.
 struct TargetPlan {
     int columns = 16;          ///< grid columns, from the left edge of the picture to its right edge
-    int rows = 10;             ///< grid rows, from the top edge of the picture to its bottom edge
+    int rows = 10;             ///< grid rows, from one edge of the picture to the other
     int boundarySamples = 16;  ///< samples per edge of the outline
 };
 
 /// One target of a grid.
 struct GridTarget {
     int column = 0;
-    int row = 0;
-    Point<double, 2>
-        picture;  ///< place in the channel's picture, normalised: (0, 0) to (1, 1), u to the right, v downwards
+    int row = 0;  ///< in the order of the channel's locator: by a map file from the bottom, else from the top
+    /// Place in the channel's picture, normalised: (0, 0) bottom left, (1, 1) top right.
+    Point<double, 2> picture;
     Point<double, 3> point;  ///< on the screen; world frame, native units
 };
 

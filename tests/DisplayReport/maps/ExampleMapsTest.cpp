@@ -1,6 +1,7 @@
 // The maps of all example displays: what is mapped comes back, what is lost is known, and a warp that is written for a
 // channel of map files says what its map file says.
 #include "Common/Utf8.h"
+#include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayReport/channels/ScreenLoader.h"
 #include "DisplayReport/maps/InputProjection.h"
@@ -9,6 +10,8 @@
 #include "DisplayReport/maps/WarpWriter.h"
 #include "DisplayReport/targets/TargetPlacer.h"
 #include "KelvoControl/CustomPlanarScreenToChannelMap.h"
+#include "KelvoScreen/ScreenGeometry.h"
+#include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
 #include "support/LogTrap.h"
@@ -30,6 +33,7 @@ using namespace Veltrani::DisplayReport;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
 
 /// Of the picture: both ways together round some dozen times.
 constexpr double CLOSURE = 1e-9;
@@ -145,6 +149,52 @@ TEST_F(ExampleMaps, OfACollimatedDisplayTheUpperEdgeIsLostLikeTheRightOne) {
     EXPECT_EQ(closure.worst, 0) << "whole pixels";
 }
 
+/// A layout point as a point in space. Planes of rectangles and of the screen's parameters are not: what is shown there
+/// is found by way of the area, and of the screen.
+P3 inSpace(const XMLConfigManager& config, const ChannelTargets& channel, const P2& place, const P3& layout) {
+    const auto screen = ScreenManager::getInstance()->getScreenGeometry();
+    const DisplayKind::Layout kind = DisplayKind::of(config)->layout;
+    if (kind == DisplayKind::Layout::WORLD) {
+        return layout;
+    }
+    P2 st{layout[0], layout[2]};
+    if (kind == DisplayKind::Layout::PLANE) {
+        const ProjectorConfig& projector = *config.getProjectorConfig(Veltrani::fromUtf8(channel.projectorId));
+        const auto between = [](double a, double b, double part) { return a + (b - a) * part; };
+        EXPECT_NEAR(layout[0], between(projector.getLayoutXMin(), projector.getLayoutXMax(), place[0]), CLOSURE);
+        EXPECT_NEAR(layout[1], between(projector.getLayoutYMin(), projector.getLayoutYMax(), place[1]), CLOSURE);
+        st = {between(projector.getScreenLeft(), projector.getScreenRight(), place[0]),
+              between(projector.getScreenBottom(), projector.getScreenTop(), place[1])};
+    }
+    P3 point;
+    EXPECT_TRUE(screen->mapInto3D(st, point, true));
+    return point;
+}
+
+// What `targets` calls (u, v) is what `map` calls so. The places are those of a table with all digits.
+TEST_F(ExampleMaps, ATargetLiesWhereTheMapHasItsPlace) {
+    std::map<std::string, std::size_t> compared;
+    for (const char* example : {"planar-wall", "curved-wall", "dome", "cylinder", "cockpit", "spherical-dome",
+                                "closed-cylinder", "warped-wall", "mesh-rays", "lens-cylinder"}) {
+        load(example);
+        for (const ChannelTargets& channel : TargetPlacer(TargetPlan()).place(*m_config).channels) {
+            LayoutMapper map = mapperOf(channel.projectorId);
+            for (const GridTarget& target : channel.grid) {
+                LayoutPoint layout;
+                map.toLayout({&target.picture, 1}, {&layout, 1});
+                ASSERT_TRUE(layout.isMapped) << example << channel.name << target.row;
+                const P3 point = inSpace(*m_config, channel, target.picture, layout.point);
+                ASSERT_LE(norm(point - target.point), CLOSURE) << example << channel.name << target.row;
+                ++compared[example];
+            }
+        }
+    }
+    EXPECT_EQ(compared.size(), 10U) << "every example with a grid of targets; that of lenses has a channel without one";
+    for (const auto& [example, count] : compared) {
+        EXPECT_GE(count, 160U) << example;
+    }
+}
+
 // Layout maps do not look at the heading tables, which bend the rays of targets.
 TEST_F(ExampleMaps, OfACollimatedDisplayTargetsLieUpToTenMillimetresBesideTheMap) {
     load("collimated");
@@ -154,8 +204,7 @@ TEST_F(ExampleMaps, OfACollimatedDisplayTargetsLieUpToTenMillimetresBesideTheMap
         LayoutMapper map = mapperOf(channel.projectorId);
         for (const GridTarget& target : channel.grid) {
             LayoutPoint layout;
-            const P2 place{target.picture[0], 1 - target.picture[1]};
-            map.toLayout({&place, 1}, {&layout, 1});
+            map.toLayout({&target.picture, 1}, {&layout, 1});
             ASSERT_TRUE(layout.isMapped);
             farthest = std::max(farthest, norm(layout.point - target.point));
             ++compared;

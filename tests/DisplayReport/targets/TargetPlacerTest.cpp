@@ -47,9 +47,9 @@ TEST_F(TargetPlacerTest, PlacesAGridAndAnOutlineByTheScreenArea) {
     EXPECT_EQ(channel.gridMissed, 0U);
     // Column 0, row 0 is the top left corner of the picture.
     EXPECT_EQ(channel.grid.front().point, (P3{-2.0, 5.0, 2.0}));
-    EXPECT_EQ(channel.grid.front().picture, (Point<double, 2>{0.0, 0.0}));
+    EXPECT_EQ(channel.grid.front().picture, (Point<double, 2>{0.0, 1.0}));
     EXPECT_EQ(channel.grid.back().point, (P3{2.0, 5.0, 0.0}));
-    EXPECT_EQ(channel.grid.back().picture, (Point<double, 2>{1.0, 1.0}));
+    EXPECT_EQ(channel.grid.back().picture, (Point<double, 2>{1.0, 0.0}));
     EXPECT_THAT(channel.boundary,
                 ElementsAre(P3{-2.0, 5.0, 2.0}, P3{0.0, 5.0, 2.0}, P3{2.0, 5.0, 2.0}, P3{2.0, 5.0, 1.0},
                             P3{2.0, 5.0, 0.0}, P3{0.0, 5.0, 0.0}, P3{-2.0, 5.0, 0.0}, P3{-2.0, 5.0, 1.0}));
@@ -131,7 +131,7 @@ TEST_F(TargetPlacerTest, ACustomPlanarChannelIsPlacedByItsMapFromTheBottomUp) {
     ASSERT_EQ(channel.grid.size(), 6U);
     EXPECT_EQ(channel.grid.front().row, 0);
     EXPECT_LE(norm(channel.grid.front().point - P3{-2.0, 5.0, 0.0}), 1e-12);
-    EXPECT_EQ(channel.grid.front().picture, (Point<double, 2>{0.0, 1.0})) << "the bottom left corner of the picture";
+    EXPECT_EQ(channel.grid.front().picture, (Point<double, 2>{0.0, 0.0})) << "the bottom left corner of the picture";
     EXPECT_LE(norm(channel.grid.back().point - P3{2.0, 5.0, 2.0}), 1e-12);
     EXPECT_EQ(channel.boundary.size(), 8U);
     EXPECT_EQ(channel.boundaryMissed, 0U);
