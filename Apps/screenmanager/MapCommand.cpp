@@ -137,7 +137,8 @@ bool nextPoint(PointInput& input, const Options& options, Point<double, 3>& poin
     return false;
 }
 
-int mapPoints(LayoutMapper& map, const Points& points, const ChannelChoice& channel, const Options& options) {
+int mapPoints(LayoutMapper& map, const Points& points, const ReportHead& head, const ChannelChoice& channel,
+              const Options& options) {
     std::optional<PointInput> input = openPoints(points, options);
     if (!input) {
         return EXIT_INPUT;
@@ -151,7 +152,7 @@ int mapPoints(LayoutMapper& map, const Points& points, const ChannelChoice& chan
         ProgressMeter progress(options.isTalkative(), "mapping points, kB");
         PointMapping mapping(
             map, options.pointKind(), [&] { showProgress(*input, progress); },
-            options.format == "json" ? PointFormat::JSON : PointFormat::CSV);
+            options.format == "json" ? PointFormat::JSON : PointFormat::CSV, head);
         count =
             mapping.run([&](Point<double, 3>& point) { return nextPoint(*input, options, point); }, result.stream());
     } catch (...) {
@@ -282,7 +283,7 @@ int run(const Options& options) {
     try {
         LayoutMapper map(*config, *channel, options.useCache);
         if (!options.grid) {
-            return mapPoints(map, *points, *channel, options);
+            return mapPoints(map, *points, PointMapping::headOf(*config), *channel, options);
         }
         return mapGrid(map, InputProjection(*config, options.panorama.value_or(Panorama::FISHEYE)), *channel, options);
     } catch (const VeltraniExceptionBase&) {

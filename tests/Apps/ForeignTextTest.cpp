@@ -275,7 +275,7 @@ std::vector<std::string> firstRecord(const std::string& csv) {
 TEST_F(ForeignText, StandsAsItIsInWhatOtherProgramsRead) {
     const std::string id = HOSTILE + ",\"";
     const std::string file = write(display(projector(AREA, HOSTILE + ",&quot;", "\"" + HOSTILE + ",")));
-    const auto cells = firstRecord(runScreenManager({"targets", file, "--quiet"}).output);
+    const auto cells = firstRecord(tableOf(runScreenManager({"targets", file, "--quiet"}).output));
     ASSERT_EQ(cells.size(), 10U);
     EXPECT_EQ(cells[0], "\"" + HOSTILE + ",");
     EXPECT_EQ(cells[1], id);

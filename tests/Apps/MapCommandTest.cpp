@@ -54,21 +54,38 @@ protected:
 TEST_F(MapCommand, MapsPointsToTheLayout) {
     const ProgramRun run = map({"--point", "0.5,0.25", "--point", "-0.5,0.5", "--point", "1,1"});
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.output, "u,v,x,y,z,mapped\n0.5,0.25,1.5,0.5,0,1\n-0.5,0.5,,,,0\n1,1,3,2,0,1\n");
+    EXPECT_EQ(tableOf(run.output), "u,v,x,y,z,mapped\n0.5,0.25,1.5,0.5,0,1\n-0.5,0.5,,,,0\n1,1,3,2,0,1\n");
     EXPECT_EQ(run.errors, "channel Left (P1): 2 of 3 points mapped to the layout\n");
 }
 
 TEST_F(MapCommand, MapsPointsToTheChannel) {
     const ProgramRun run = map({"--to", "channel", "--point", "4.5,0.5,9", "--point", "1,1,0", "-q"}, "P2");
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.output, "x,y,z,u,v,mapped\n4.5,0.5,9,0.5,0.25,1\n1,1,0,,,0\n");
+    EXPECT_EQ(tableOf(run.output), "x,y,z,u,v,mapped\n4.5,0.5,9,0.5,0.25,1\n1,1,0,,,0\n");
     EXPECT_EQ(run.errors, "");
 }
 
 TEST_F(MapCommand, ReadsStandardInput) {
     const std::string expected = "u,v,x,y,z,mapped\n0.5,0.5,1.5,1,0,1\n";
-    EXPECT_EQ(mapFrom("0.5,0.5\n").output, expected);
-    EXPECT_EQ(mapFrom("u,v\r\n0.5,0.5\r\n\r\n", "--points -").output, expected);
+    EXPECT_EQ(tableOf(mapFrom("0.5,0.5\n").output), expected);
+    EXPECT_EQ(tableOf(mapFrom("# a note\n0.5,0.5\n").output), expected);
+    EXPECT_EQ(tableOf(mapFrom("u,v\r\n0.5,0.5\r\n\r\n", "--points -").output), expected);
+}
+
+TEST_F(MapCommand, ItsTableSaysWhatItIs) {
+    EXPECT_THAT(map({"--point", "0.5,0.25"}).output,
+                StartsWith("# screenmanager/map version 1\n"
+                           "# x, y, z: layout plane, +x right, +y up, z = 0; unit m\n"
+                           "# u, v: place in the picture of the channel, (0, 0) bottom left, (1, 1) top right\n"
+                           "u,v,x,y,z,mapped\n"));
+    const auto headOf = [](const std::string& example, const std::string& channel) {
+        const std::string file = sourceFolder() + "/examples/" + example + "/display.xml";
+        return runScreenManager({"map", file, "--channel", channel, "--point", "0.5,0.5", "-q"}).output;
+    };
+    EXPECT_THAT(headOf("spherical-dome", "Centre"),
+                HasSubstr("\n# x, y, z: world, right-handed, +x right, +y forward, "));
+    EXPECT_THAT(headOf("warped-wall", "Left"),
+                HasSubstr("\n# x, y, z: screen, x = s from left to right, y = 0, z = t"));
 }
 
 TEST_F(MapCommand, ReadsAFileAndWritesOne) {
@@ -76,20 +93,22 @@ TEST_F(MapCommand, ReadsAFileAndWritesOne) {
     const ProgramRun run = map({"--to", "channel", "--points", points, "-o", m_folder.file("mapped.csv")});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.output, "");
-    EXPECT_EQ(m_folder.read("mapped.csv"), "x,y,z,u,v,mapped\n1.5,1,0,0.5,0.5,1\n");
+    EXPECT_EQ(tableOf(m_folder.read("mapped.csv")), "x,y,z,u,v,mapped\n1.5,1,0,0.5,0.5,1\n");
 }
 
 TEST_F(MapCommand, WhatWasMappedComesBack) {
     const ProgramRun there = runScreenManager({"map", DOME, "--channel", "Top", "--point", "0.3,0.7", "-q"});
     ASSERT_EQ(there.exitCode, 0);
-    const std::string line = there.output.substr(there.output.find('\n') + 1);
+    const std::string table = tableOf(there.output);
+    const std::string line = table.substr(table.find('\n') + 1);
     const std::string layout =
         line.substr(std::string("0.3,0.7,").size(), line.size() - std::string("0.3,0.7,,1\n").size());
     const ProgramRun back =
         runScreenManager({"map", DOME, "--channel", "Top", "--to", "channel", "--point", layout, "-q"});
     double u = 0;
     double v = 0;
-    ASSERT_EQ(std::sscanf(back.output.c_str(), "x,y,z,u,v,mapped\n%*f,%*f,%*f,%lf,%lf,1", &u, &v), 2) << back.output;
+    ASSERT_EQ(std::sscanf(tableOf(back.output).c_str(), "x,y,z,u,v,mapped\n%*f,%*f,%*f,%lf,%lf,1", &u, &v), 2)
+        << back.output;
     EXPECT_NEAR(u, 0.3, 1e-9);
     EXPECT_NEAR(v, 0.7, 1e-9);
 }
@@ -97,7 +116,7 @@ TEST_F(MapCommand, WhatWasMappedComesBack) {
 TEST_F(MapCommand, ABadLineEndsItAndIsNamed) {
     const ProgramRun run = mapFrom("0.5,0.5\n0,5;0,5\n1,1\n");
     EXPECT_EQ(run.exitCode, 3);
-    EXPECT_EQ(run.output, "u,v,x,y,z,mapped\n0.5,0.5,1.5,1,0,1\n") << "what came before it stays";
+    EXPECT_EQ(tableOf(run.output), "u,v,x,y,z,mapped\n0.5,0.5,1.5,1,0,1\n") << "what came before it stays";
     EXPECT_EQ(run.errors,
               "error: standard input:2: point: found \"0,5;0,5\", expected u,v: 2 finite numbers with decimal points, "
               "a comma between them; write one point per line, such as 0.5,0.25\n");
@@ -110,7 +129,7 @@ TEST_F(MapCommand, WithoutAnyMappedPointItExitsWithOne) {
     EXPECT_EQ(map({"--point", "2,2", "-q"}).exitCode, 1);
     const ProgramRun run = mapFrom("");
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.output, "u,v,x,y,z,mapped\n");
+    EXPECT_EQ(tableOf(run.output), "u,v,x,y,z,mapped\n");
     EXPECT_THAT(run.errors, HasSubstr("there are no points"));
 }
 
@@ -264,7 +283,7 @@ TEST_F(MapCommand, AFloatMapAgreesWithSinglePoints) {
                           {"--point", std::to_string((column + 0.5) / 8) + ',' + std::to_string((row + 0.5) / 5)});
         }
     }
-    std::istringstream lines(runScreenManager(points).output);
+    std::istringstream lines(tableOf(runScreenManager(points).output));
     std::string line;
     std::getline(lines, line);
     int mapped = 0;

@@ -138,6 +138,18 @@ ProgramRun PseudoTerminal::run(const RunConditions& conditions, const std::strin
     return run;
 }
 
+std::string tableOf(const std::string& output) {
+    std::size_t begin = 0;
+    int lines = 0;
+    for (; output.compare(begin, 2, "# ") == 0; ++lines) {
+        begin = output.find('\n', begin) + 1;
+    }
+    if (lines < 3 && !output.empty()) {
+        throw std::runtime_error("not the head of a table: " + output.substr(0, 200));
+    }
+    return output.substr(begin);
+}
+
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,
                             const std::map<std::string, std::string>& environment) {
     return runProgram(programFile(), arguments, environment);

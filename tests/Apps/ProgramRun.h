@@ -79,6 +79,9 @@ private:
     std::string m_shown;
 };
 
+/// A table without the lines in front of it that say what it is; at least three of them have to be there.
+std::string tableOf(const std::string& output);
+
 /// Runs the program under test.
 ProgramRun runScreenManager(const std::vector<std::string>& arguments,
                             const std::map<std::string, std::string>& environment = {});

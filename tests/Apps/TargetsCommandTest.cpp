@@ -28,14 +28,14 @@ std::ptrdiff_t lines(const std::string& text) {
 TEST(TargetsCommand, WritesOneLinePerTargetAndASummary) {
     const ProgramRun run = runScreenManager({"targets", PLANAR, "--grid", "4x3", "--boundary", "2"});
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_THAT(run.output, StartsWith("channel,projector,kind,column,row,u,v,x,y,z\n"));
-    EXPECT_EQ(lines(run.output), 1 + 6 * (12 + 8));
+    EXPECT_THAT(tableOf(run.output), StartsWith("channel,projector,kind,column,row,u,v,x,y,z\n"));
+    EXPECT_EQ(lines(tableOf(run.output)), 1 + 6 * (12 + 8));
     EXPECT_THAT(run.errors, HasSubstr("120 targets placed, 0 missed, on 6 x 0 x 2.5 m"));
 }
 
 TEST(TargetsCommand, HasADefaultDensity) {
     const ProgramRun run = runScreenManager({"targets", PLANAR});
-    EXPECT_EQ(lines(run.output), 1 + 6 * (16 * 10 + 4 * 16));
+    EXPECT_EQ(lines(tableOf(run.output)), 1 + 6 * (16 * 10 + 4 * 16));
 }
 
 // Independent route: a measured point must lie on the wall that the generator of the example describes.
@@ -119,7 +119,7 @@ TEST(TargetsCommand, ARedirectedDescriptorKeepsWhatItHasBeenGiven) {
     const ProgramRun run =
         runProgram("/bin/sh", {"-c", programFile() + " targets '" + PLANAR + "' -q -o /dev/stdout >> '" + log + "'"});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
-    EXPECT_THAT(folder.read("log.txt"), StartsWith("earlier\nchannel,projector,kind,"));
+    EXPECT_THAT(folder.read("log.txt"), StartsWith("earlier\n# screenmanager/targets version 1\n"));
 }
 
 TEST(TargetsCommand, AFaultOfAMeshNamesItsFileOnceAndOnlyOnce) {
@@ -159,7 +159,7 @@ TEST(TargetsCommand, AMeshWithoutTextureCoordinatesEndsInTwoWarningsPerChannel) 
         "right='1' bottom='0' top='1'/></Projector></Projectors></Display>");
     const ProgramRun run = runScreenManager({"targets", file});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(lines(run.output), 1);
+    EXPECT_EQ(lines(tableOf(run.output)), 1);
     EXPECT_THAT(run.errors,
                 StartsWith("warning: Attempt to call ScreenManager::getScreenMatrix() with no parameterization in "
                            "projectOnTargetLocationSurface\n"

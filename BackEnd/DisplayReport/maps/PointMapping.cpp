@@ -1,8 +1,12 @@
 #include "DisplayReport/maps/PointMapping.h"
 
+#include "Common/Utf8.h"
+#include "Configuration/IUnitsConfig.h"
+#include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/basics/JsonText.h"
 #include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/maps/LayoutMapper.h"
+#include "ScreenManager/DisplayKinds.h"
 
 #include <exception>
 #include <ostream>
@@ -41,13 +45,27 @@ void addNumbers(JsonObject& object, PointKind kind, const Place& place, bool isK
 
 }  // namespace
 
-PointMapping::PointMapping(LayoutMapper& map, PointKind kind, std::function<void()> progress, PointFormat format)
-    : m_map(map), m_kind(kind), m_progress(std::move(progress)), m_format(format) {}
+PointMapping::PointMapping(LayoutMapper& map, PointKind kind, std::function<void()> progress, PointFormat format,
+                           ReportHead head)
+    : m_map(map), m_kind(kind), m_progress(std::move(progress)), m_format(format), m_head(std::move(head)) {}
+
+ReportHead PointMapping::headOf(const XMLConfigManager& config) {
+    const DisplayKind* const kind = DisplayKind::of(config);
+    const IUnitsConfig* const units = config.getNativeUnitsConfig();
+    ReportHead head{"map", units == nullptr ? std::string() : toUtf8(units->getUnitName())};
+    if (kind != nullptr && kind->layout == DisplayKind::Layout::PLANE) {
+        head.frame = "layout plane, +x right, +y up, z = 0";
+    } else if (kind != nullptr && kind->layout == DisplayKind::Layout::SCREEN) {
+        head.frame = "screen, x = s from left to right, y = 0, z = t from bottom to top";
+        head.unit = "1 (0 to 1 from edge to edge)";
+    }
+    return head;
+}
 
 PointMapping::Count PointMapping::run(const Source& source, std::ostream& out) {
     Count count;
     const bool isJson = m_format == PointFormat::JSON;
-    out << (isJson ? "{\"points\":[" : headerOf(m_kind));
+    out << (isJson ? "{\"points\":[" : m_head.comment() + headerOf(m_kind));
     std::exception_ptr fault;
     bool hasMore = true;
     while (hasMore && out) {

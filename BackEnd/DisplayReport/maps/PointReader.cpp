@@ -76,6 +76,9 @@ bool PointReader::next(Point<double, 3>& point) {
         if (m_emptyLine != 0) {
             refuse(m_emptyLine, "an empty line", "a point on every line before the last point");
         }
+        if (m_mayBeHeader && trimmed(m_text).starts_with('#')) {
+            continue;
+        }
         if (std::exchange(m_mayBeHeader, false) && isHeader()) {
             continue;
         }

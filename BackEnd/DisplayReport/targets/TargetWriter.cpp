@@ -5,6 +5,7 @@
 #include "DisplayReport/basics/FormatList.h"
 #include "DisplayReport/basics/JsonText.h"
 #include "DisplayReport/basics/NumberText.h"
+#include "DisplayReport/basics/ReportHead.h"
 #include "DisplayReport/targets/TargetSurvey.h"
 
 #include <nlohmann/json.hpp>
@@ -35,7 +36,8 @@ std::string coordinates(const Point<double, 3>& point) {
     return exactText(point[0]) + ',' + exactText(point[1]) + ',' + exactText(point[2]) + '\n';
 }
 
-/// Targets as comma-separated values (RFC 4180 quoting, line feeds, UTF-8): one header line, then one line per target.
+/// Targets as comma-separated values (RFC 4180 quoting, line feeds, UTF-8): lines that begin with "#" and say what the
+/// table is, one header line, then one line per target.
 ///
 /// Columns: channel, projector, kind ("grid" or "boundary"), column, row (of the grid; a boundary sample has its number
 /// in `column` and no row), u, v (place in the picture; grid only), x, y, z (world frame, native units).
@@ -45,7 +47,7 @@ public:
 };
 
 void CsvTargetWriter::write(const TargetSurvey& survey, std::ostream& out) const {
-    out << "channel,projector,kind,column,row,u,v,x,y,z\n";
+    out << ReportHead{"targets", survey.unit}.comment() << "channel,projector,kind,column,row,u,v,x,y,z\n";
     for (const ChannelTargets& channel : survey.channels) {
         const std::string names = field(channel.name) + ',' + field(channel.projectorId);
         for (const GridTarget& target : channel.grid) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "DisplayReport/basics/ReportHead.h"
 #include "DisplayReport/maps/PointReader.h"
 
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
+
+class XMLConfigManager;
 
 namespace Veltrani::DisplayReport {
 
@@ -34,8 +37,12 @@ public:
 
     /// @param kind of the points that come in
     /// @param progress called after every few thousand points
+    /// @param head written before the header line
     PointMapping(LayoutMapper& map, PointKind kind, std::function<void()> progress = {},
-                 PointFormat format = PointFormat::CSV);
+                 PointFormat format = PointFormat::CSV, ReportHead head = {});
+
+    /// What the layout points of a display are, for the head of the result.
+    [[nodiscard]] static ReportHead headOf(const XMLConfigManager& config);
 
     /// Ends with the source, or once `out` takes no more. What the source throws is thrown on after the points before
     /// it have been written; a JSON object stays open then.
@@ -51,6 +58,7 @@ private:
     PointKind m_kind;
     std::function<void()> m_progress;
     PointFormat m_format;
+    ReportHead m_head;
 };
 
 }  // namespace Veltrani::DisplayReport

@@ -23,7 +23,8 @@ enum class PointKind {
 
 /// Reads points as comma-separated numbers, one point per line, the same in every locale.
 ///
-/// The first line may be a header with the names of the columns. Blanks around a number and a byte-order mark do not
+/// Lines that begin with "#" may come first, as those that say what a table is; the next one may be a header with the
+/// names of the columns. Blanks around a number and a byte-order mark do not
 /// matter, lines end with a line feed with or without a carriage return. Empty lines may stand at the end only: a point
 /// that is missing is a fault. Numbers are finite decimal numbers.
 ///

@@ -57,6 +57,15 @@ TEST(PointReader, AHeaderMayStandFirst) {
     EXPECT_THAT(read("v,u\n1,2\n").fault, StartsWith("points.csv:1: ")) << "columns are not exchanged in silence";
 }
 
+TEST(PointReader, LinesThatSayWhatATableIsMayStandFirst) {
+    EXPECT_THAT(read("# screenmanager/map version 1\r\n# a,b\n\t#\nu,v\n1,2\n").points, ElementsAre(P3{1, 2, 0}));
+    EXPECT_THAT(read("\xEF\xBB\xBF#\n1,2\n").points, ElementsAre(P3{1, 2, 0}));
+    EXPECT_THAT(read("# alone\n").points, ElementsAre());
+    EXPECT_THAT(read("u,v\n# late\n1,2\n").fault, StartsWith("points.csv:2: point: found \"# late\""));
+    EXPECT_THAT(read("1,2\n# late\n").fault, StartsWith("points.csv:2: "));
+    EXPECT_THAT(read("# a\n\n1,2\n").fault, StartsWith("points.csv:2: ")) << "an empty line";
+}
+
 TEST(PointReader, LineEndsBlanksAndAByteOrderMarkDoNotMatter) {
     EXPECT_THAT(read("\xEF\xBB\xBFu,v\r\n 1 ,\t2\r\n3,4\r\n").points, ElementsAre(P3{1, 2, 0}, P3{3, 4, 0}));
     EXPECT_EQ(read("1,2\n\xEF\xBB\xBF"

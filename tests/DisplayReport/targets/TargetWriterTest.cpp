@@ -49,16 +49,23 @@ TEST(TargetWriter, KnowsItsFormats) {
     EXPECT_EQ(TargetWriter::ofFormat(""), nullptr);
 }
 
-TEST(CsvTargetWriter, WritesOneHeaderLineAndOneLinePerTarget) {
-    EXPECT_EQ(written("csv"),
-              "channel,projector,kind,column,row,u,v,x,y,z\n"
-              "\"Left, \"\"upper\"\"\",AB,grid,0,0,0,0,0.1,0.3333333333333333,-2\n"
-              "\"Left, \"\"upper\"\"\",AB,grid,1,0,1,0,4,5,6\n"
-              "\"Left, \"\"upper\"\"\",AB,boundary,0,,,,7,8,9.5\n");
+std::string headWithUnit(const std::string& unit) {
+    return "# screenmanager/targets version 1\n"
+           "# x, y, z: world, right-handed, +x right, +y forward, +z up; unit " +
+           unit + "\n# u, v: place in the picture of the channel, (0, 0) bottom left, (1, 1) top right\n";
+}
+
+TEST(CsvTargetWriter, WritesWhatItIsOneHeaderLineAndOneLinePerTarget) {
+    EXPECT_EQ(written("csv"), headWithUnit("m") +
+                                  "channel,projector,kind,column,row,u,v,x,y,z\n"
+                                  "\"Left, \"\"upper\"\"\",AB,grid,0,0,0,0,0.1,0.3333333333333333,-2\n"
+                                  "\"Left, \"\"upper\"\"\",AB,grid,1,0,1,0,4,5,6\n"
+                                  "\"Left, \"\"upper\"\"\",AB,boundary,0,,,,7,8,9.5\n");
 }
 
 TEST(CsvTargetWriter, AnEmptySurveyIsTheHeaderLine) {
-    EXPECT_EQ(written("csv", TargetSurvey()), "channel,projector,kind,column,row,u,v,x,y,z\n");
+    EXPECT_EQ(written("csv", TargetSurvey()),
+              headWithUnit("not known") + "channel,projector,kind,column,row,u,v,x,y,z\n");
 }
 
 TEST(JsonTargetWriter, WritesEveryNumberAndName) {
