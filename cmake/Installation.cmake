@@ -29,7 +29,7 @@ install(FILES
 get_target_property(_completion screenmanager SM_COMPLETION)
 install(FILES "${_completion}" DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES docs/screenmanager.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md" PATTERN "*.rng")
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md" PATTERN "*.rng" PATTERN "*.schema.json")
 # Where the target `documents` has made them.
 install(DIRECTORY "${PROJECT_BINARY_DIR}/docs/displays/" DESTINATION ${CMAKE_INSTALL_DOCDIR}/displays OPTIONAL
   FILES_MATCHING PATTERN "*.svg")

@@ -23,7 +23,7 @@ struct Options : DeviceOptions {
 /// False when standard output does not take everything, which has been reported then.
 bool printListing(const ChannelListing& listing, const ProjectorRun& run, const Options& options) {
     if (options.format == "json") {
-        printJson(listing, run.findings(), std::cout);
+        printJson(listing, run.findings(), Veltrani::DisplayReport::ReportHead::sourcesOf(options.file), std::cout);
     } else {
         listing.print(std::cout);
     }

@@ -1,10 +1,12 @@
 #include "Command.h"
 #include "DisplayReport/check/DisplayCheck.h"
 #include "DisplayReport/check/DisplayDescription.h"
+#include "DisplayReport/check/DisplayDescriptionJson.h"
 #include "DisplayReport/check/Rule.h"
 #include "OutputFormats.h"
 
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -20,7 +22,9 @@ struct Options : CommandOptions {
 int run(const Options& options) {
     const DisplayDescription description = DisplayCheck::ofFile(options.file, options.check);
     if (options.format == "json") {
-        printJson(description, std::cout);
+        ReportHead head;
+        head.files = ReportHead::sourcesOf(options.file);
+        printJson(description, std::move(head), std::cout);
     } else {
         print(description, std::cout);
     }

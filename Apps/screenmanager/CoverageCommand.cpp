@@ -7,6 +7,7 @@
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
+#include <utility>
 #include <vector>
 
 namespace {
@@ -32,8 +33,9 @@ CoverageReport measure(const XMLConfigFile& config, std::vector<CoveredPiece>& p
     return survey.of(config);
 }
 
-bool writeReport(const CoverageReport& report, const Options& options) {
+bool writeReport(const CoverageReport& report, std::vector<SourceFile> sources, const Options& options) {
     const auto writer = CoverageWriter::ofFormat(options.format);
+    writer->setSources(std::move(sources));
     return ResultFile::write(options.output, [&](std::ostream& out) { writer->write(report, {}, out); });
 }
 
@@ -79,9 +81,11 @@ int run(const Options& options) {
     if (!DisplayFile::buildScreen(*config, options.file, options.verbosity)) {
         return EXIT_INPUT;
     }
+    // Before the measurement, which may take minutes: a file that changes meanwhile is not what it was made from.
+    std::vector<SourceFile> sources = sourcesFor(options.format, options.file);
     std::vector<CoveredPiece> pieces;
     const CoverageReport report = measure(*config, pieces, options);
-    if (!writeReport(report, options) || !writeSurface(report, pieces, options)) {
+    if (!writeReport(report, std::move(sources), options) || !writeSurface(report, pieces, options)) {
         return EXIT_OUTPUT;
     }
     if (!report.fault.empty()) {

@@ -137,6 +137,15 @@ bool nextPoint(PointInput& input, const Options& options, Point<double, 3>& poin
     return false;
 }
 
+ReportHead headOf(const XMLConfigFile& config, const Points& points, const Options& options) {
+    ReportHead head = PointMapping::headOf(config);
+    head.files = sourcesFor(options.format, options.file);
+    if (!head.files.empty() && points.empty() && !options.readsStandardInput()) {
+        head.files.push_back(ReportHead::source(options.pointFile));
+    }
+    return head;
+}
+
 int mapPoints(LayoutMapper& map, const Points& points, const ReportHead& head, const ChannelChoice& channel,
               const Options& options) {
     std::optional<PointInput> input = openPoints(points, options);
@@ -283,7 +292,7 @@ int run(const Options& options) {
     try {
         LayoutMapper map(*config, *channel, options.useCache);
         if (!options.grid) {
-            return mapPoints(map, *points, PointMapping::headOf(*config), *channel, options);
+            return mapPoints(map, *points, headOf(*config, *points, options), *channel, options);
         }
         return mapGrid(map, InputProjection(*config, options.panorama.value_or(Panorama::FISHEYE)), *channel, options);
     } catch (const VeltraniExceptionBase&) {

@@ -97,3 +97,9 @@ Option addFormat(OptionList& line, std::string& format, const OutputFormats& for
                          formats.names.front() + ")")
         .oneOf(formats.names);
 }
+
+std::vector<Veltrani::DisplayReport::SourceFile> sourcesFor(const std::string& format,
+                                                            const std::string& configurationFile) {
+    return format == "json" ? Veltrani::DisplayReport::ReportHead::sourcesOf(configurationFile)
+                            : std::vector<Veltrani::DisplayReport::SourceFile>();
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DisplayReport/basics/ReportHead.h"
 #include "OptionList.h"
 
 #include <string>
@@ -27,3 +28,8 @@ Option addFormat(OptionList& line, std::string& format, const std::string& help)
 /// The same for a command that has these formats at all times, with them as help.
 /// @param hasOutput whether the output has a name that may state the format
 Option addFormat(OptionList& line, std::string& format, const OutputFormats& formats, bool hasOutput);
+
+/// The files that a display is described by, with their digests, for a format that names them: "json". None for all
+/// others, for which they would be read in vain.
+[[nodiscard]] std::vector<Veltrani::DisplayReport::SourceFile> sourcesFor(const std::string& format,
+                                                                          const std::string& configurationFile);

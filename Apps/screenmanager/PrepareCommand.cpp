@@ -101,7 +101,7 @@ bool send(ProjectorRun& run, const State& state, const Options& options) {
 /// code.
 ExitCode finish(ProjectorRun& run, const State& state, bool isComplete, const Options& options) {
     if (options.format == "json") {
-        printJson(run, state.name, isComplete, std::cout);
+        printJson(run, state.name, isComplete, Veltrani::DisplayReport::ReportHead::sourcesOf(options.file), std::cout);
     } else if (isComplete) {
         printSummary(run, state);
     }

@@ -30,10 +30,11 @@ int run(const Options& options) {
     if (!DisplayFile::buildScreen(*config, options.file, options.verbosity)) {
         return EXIT_INPUT;
     }
+    const auto writer = TargetWriter::ofFormat(options.format);
+    writer->setSources(sourcesFor(options.format, options.file));
     ProgressMeter progress(options.isTalkative(), "placing targets, channel");
     const TargetSurvey survey = TargetPlacer(options.plan, progress.callback()).place(*config);
     progress.end();
-    const auto writer = TargetWriter::ofFormat(options.format);
     if (!ResultFile::write(options.output, [&](std::ostream& out) { writer->write(survey, out); })) {
         return EXIT_OUTPUT;
     }

@@ -15,9 +15,17 @@ namespace {
 
 using DisplayReport::jsonList;
 using DisplayReport::JsonObject;
+using DisplayReport::SourceFile;
 
 /// What the table of channels shows where nothing is known.
 constexpr const char* UNKNOWN = "-";
+
+/// Such a report has no places, and so neither a frame nor lengths.
+JsonObject begun(const char* report, const std::vector<SourceFile>& files) {
+    DisplayReport::ReportHead head{report, {}, {}};
+    head.files = files;
+    return JsonObject(head.members());
+}
 
 std::string jsonOfLine(const ChannelLine& line) {
     const auto isKnown = [](const std::string& cell) { return cell != UNKNOWN; };
@@ -60,7 +68,8 @@ std::string jsonOfFinding(const ProjectorFinding& finding) {
 
 }  // namespace
 
-void printJson(const ChannelListing& listing, const std::vector<ProjectorFinding>& findings, std::ostream& out) {
+void printJson(const ChannelListing& listing, const std::vector<ProjectorFinding>& findings,
+               const std::vector<SourceFile>& files, std::ostream& out) {
     std::vector<DisplayReport::Fault> faults;
     for (const ProjectorFinding& finding : findings) {
         if (!finding.usable()) {
@@ -68,7 +77,7 @@ void printJson(const ChannelListing& listing, const std::vector<ProjectorFinding
         }
     }
     faults.insert(faults.end(), listing.faults.begin(), listing.faults.end());
-    out << JsonObject()
+    out << begun("channels", files)
                    .addJson("channels", jsonList(listing.lines, jsonOfLine))
                    .addJson("faults", jsonList(faults, jsonOfFault))
                    .text() +
@@ -76,14 +85,15 @@ void printJson(const ChannelListing& listing, const std::vector<ProjectorFinding
 }
 
 void printJson(const Discovery& discovery, std::ostream& out) {
-    out << JsonObject()
+    out << begun("discover", {})
                    .addJson("projectors", jsonList(discovery.projectors, jsonOfProjector))
                    .addJson("leftOut", jsonList(discovery.leftOut, jsonOfText))
                    .text() +
                '\n';
 }
 
-void printJson(const ProjectorRun& run, const std::string& state, bool isComplete, std::ostream& out) {
+void printJson(const ProjectorRun& run, const std::string& state, bool isComplete, const std::vector<SourceFile>& files,
+               std::ostream& out) {
     const auto jsonOfRecord = [&run](const CommandRecord& record) {
         return JsonObject()
             .add("command", record.command)
@@ -93,7 +103,7 @@ void printJson(const ProjectorRun& run, const std::string& state, bool isComplet
             .add("failed", record.failed)
             .text();
     };
-    out << JsonObject()
+    out << begun("prepare", files)
                    .add("state", state)
                    .add("complete", isComplete)
                    .addJson("channels", jsonList(run.findings(), jsonOfFinding))

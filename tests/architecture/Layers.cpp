@@ -88,7 +88,7 @@ const std::vector<Library>& all() {
          {"Eigen", "log4cxx", "pcl"},
          {"log4cxx"}},
         room("DisplayReport/basics", {"BackEnd/DisplayReport/basics/", "include/DisplayReport/basics/"}, {},
-             {"nlohmann", "png.h"}),
+             {"nlohmann", "openssl", "png.h"}),
         room("DisplayReport/channels", {"BackEnd/DisplayReport/channels/", "include/DisplayReport/channels/"},
              {"DisplayReport/basics"}, {}),
         room("DisplayReport/targets", {"BackEnd/DisplayReport/targets/", "include/DisplayReport/targets/"},

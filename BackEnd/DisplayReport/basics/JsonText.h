@@ -2,6 +2,7 @@
 
 #include <concepts>
 #include <string>
+#include <utility>
 
 namespace Veltrani::DisplayReport {
 
@@ -38,6 +39,9 @@ template <class Items, class JsonOfItem>
 ///     out << JsonObject().add("name", name).add("pixels", 1920).addJson("size", "null").text() << '\n';
 class JsonObject {
 public:
+    /// @param members that it begins with
+    explicit JsonObject(std::string members = {}) : m_members(std::move(members)) {}
+
     /// @param json of the value, valid
     JsonObject& addJson(const char* name, const std::string& json) {
         m_members += (m_members.empty() ? "\"" : ",\"") + std::string(name) + "\":" + json;

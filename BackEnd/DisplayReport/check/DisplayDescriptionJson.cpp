@@ -1,3 +1,5 @@
+#include "DisplayReport/check/DisplayDescriptionJson.h"
+
 #include "DisplayReport/basics/JsonText.h"
 #include "DisplayReport/check/DisplayDescription.h"
 
@@ -46,12 +48,16 @@ std::string jsonOfFinding(const Finding& finding) {
 
 }  // namespace
 
-void printJson(const DisplayDescription& description, std::ostream& out) {
+void printJson(const DisplayDescription& description, ReportHead head, std::ostream& out) {
+    head.report = "check";
+    for (const DisplayFact& fact : description.facts) {
+        head.unit = fact.label == "units" ? fact.value : head.unit;
+    }
     const JsonObject counts = JsonObject()
                                   .add("faults", description.count(Severity::FAULT))
                                   .add("warnings", description.count(Severity::WARNING))
                                   .add("remarks", description.count(Severity::REMARK));
-    out << JsonObject()
+    out << JsonObject(head.members())
                    .add("file", description.file)
                    .add("readable", description.readable)
                    .addJson("counts", counts.text())

@@ -214,8 +214,10 @@ public:
 
 void JsonCoverageWriter::write(const CoverageReport& report, const std::vector<CoveredPiece>& /*pieces*/,
                                std::ostream& out) const {
-    out << R"({"unit":)" << textOf(report.unit) << R"(,"fault":)" << textOf(report.fault) << R"(,"screenArea":)"
-        << textOf(report.screenArea) << R"(,"litBy":)" << textOf(litBy(report));
+    ReportHead head{"coverage", report.unit};
+    head.files = sources();
+    out << '{' << head.members() << R"(,"unit":)" << textOf(report.unit) << R"(,"fault":)" << textOf(report.fault)
+        << R"(,"screenArea":)" << textOf(report.screenArea) << R"(,"litBy":)" << textOf(litBy(report));
     writeList("channels", report.channels, report, out);
     writeList("overlaps", report.overlaps, report, out);
     out << "}\n";

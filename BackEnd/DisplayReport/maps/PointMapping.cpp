@@ -57,7 +57,7 @@ ReportHead PointMapping::headOf(const XMLConfigManager& config) {
         head.frame = "layout plane, +x right, +y up, z = 0";
     } else if (kind != nullptr && kind->layout == DisplayKind::Layout::SCREEN) {
         head.frame = "screen, x = s from left to right, y = 0, z = t from bottom to top";
-        head.unit = "1 (0 to 1 from edge to edge)";
+        head.unit = "the screen from edge to edge";
     }
     return head;
 }
@@ -65,7 +65,9 @@ ReportHead PointMapping::headOf(const XMLConfigManager& config) {
 PointMapping::Count PointMapping::run(const Source& source, std::ostream& out) {
     Count count;
     const bool isJson = m_format == PointFormat::JSON;
-    out << (isJson ? "{\"points\":[" : m_head.comment() + headerOf(m_kind));
+    const std::string members = m_head.members();
+    out << (isJson ? '{' + members + (members.empty() ? "" : ",") + "\"points\":["
+                   : m_head.comment() + headerOf(m_kind));
     std::exception_ptr fault;
     bool hasMore = true;
     while (hasMore && out) {

@@ -102,7 +102,8 @@ void write(const ChannelTargets& channel, std::ostream& out) {
 
 /// Targets as one JSON object:
 ///
-///     {"unit": "m", "columns": 16, "rows": 10, "boundarySamples": 16, "channels": [
+///     {"schema": "screenmanager/targets", ..., "unit": "m", "columns": 16, "rows": 10, "boundarySamples": 16,
+///     "channels": [
 ///       {"name": "Left", "projector": "020000000001", "fault": "", "missed": {"grid": 0, "boundary": 0},
 ///        "grid": [{"column": 0, "row": 0, "u": 0.0, "v": 0.0, "point": [x, y, z]}, ...],
 ///        "boundary": [[x, y, z], ...]}, ...]}
@@ -112,8 +113,10 @@ public:
 };
 
 void JsonTargetWriter::write(const TargetSurvey& survey, std::ostream& out) const {
-    out << R"({"unit":)" << text(survey.unit) << R"(,"columns":)" << text(survey.plan.columns) << R"(,"rows":)"
-        << text(survey.plan.rows) << R"(,"boundarySamples":)" << text(survey.plan.boundarySamples)
+    ReportHead head{"targets", survey.unit};
+    head.files = sources();
+    out << '{' << head.members() << R"(,"unit":)" << text(survey.unit) << R"(,"columns":)" << text(survey.plan.columns)
+        << R"(,"rows":)" << text(survey.plan.rows) << R"(,"boundarySamples":)" << text(survey.plan.boundarySamples)
         << R"(,"channels":[)";
     const char* separator = "";
     for (const ChannelTargets& channel : survey.channels) {

@@ -49,7 +49,4 @@ struct DisplayDescription {
 /// where there are neither faults nor warnings, and behind all the rules that a quick check left out.
 void print(const DisplayDescription& description, std::ostream& out);
 
-/// Prints the same for programs, as one JSON object on a line: all facts, also those that are empty for all channels.
-void printJson(const DisplayDescription& description, std::ostream& out);
-
 }  // namespace Veltrani::DisplayReport

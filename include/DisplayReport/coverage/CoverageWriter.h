@@ -2,9 +2,12 @@
 
 #include "DisplayReport/coverage/CoverageReport.h"
 
+#include "DisplayReport/basics/ReportHead.h"
+
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -13,6 +16,9 @@ namespace Veltrani::DisplayReport {
 class CoverageWriter {
 public:
     virtual ~CoverageWriter() = default;
+
+    /// The files that the result was made from, for the formats that name them.
+    void setSources(std::vector<SourceFile> files) { m_sources = std::move(files); }
 
     /// @param pieces of the surface, see `CoverageSurvey::keepPieces`; only the formats whose `showsPieces` is true
     /// need them
@@ -26,6 +32,12 @@ public:
     [[nodiscard]] static std::vector<std::string> formats();
     /// The writer of a format; null for an unknown one.
     [[nodiscard]] static std::unique_ptr<CoverageWriter> ofFormat(const std::string& format);
+
+protected:
+    [[nodiscard]] const std::vector<SourceFile>& sources() const { return m_sources; }
+
+private:
+    std::vector<SourceFile> m_sources;
 };
 
 }  // namespace Veltrani::DisplayReport
