@@ -38,7 +38,7 @@ bool printListing(const ChannelListing& listing, const ProjectorRun& run, const 
 
 int list(XMLConfigFile& config, const Options& options) {
     DeviceManager devices(options.settings());
-    ProgressMeter progress(options.isTalkative(), "asking projectors");
+    ProgressMeter progress(options.isTalkative(), "asking projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
     ProjectorRun run(config, devices, ProjectorNeed::ANSWER, progress.callback());
     if (reportNone(run.findings(), options.file)) {
         return options.format == "json" && !printListing({}, run, options) ? EXIT_OUTPUT : EXIT_INCOMPLETE;

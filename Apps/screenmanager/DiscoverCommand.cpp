@@ -43,7 +43,7 @@ int run(const Options& options) {
         text << "searching for " << std::chrono::duration<double>(settings.search.duration).count() << " s";
         Console::say(text.str());
     }
-    ProgressMeter progress(options.isTalkative(), "asking projectors");
+    ProgressMeter progress(options.isTalkative(), "asking projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
     Discovery found;
     try {
         found = ProjectorDiscovery(settings, progress.callback()).run();

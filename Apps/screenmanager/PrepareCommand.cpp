@@ -111,7 +111,7 @@ ExitCode finish(ProjectorRun& run, const State& state, bool isComplete, const Op
 
 int prepare(XMLConfigFile& config, const State& state, const Options& options) {
     DeviceManager devices(options.settings());
-    ProgressMeter progress(options.isTalkative(), "asking projectors");
+    ProgressMeter progress(options.isTalkative(), "asking projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
     ProjectorRun run(config, devices, state.need, progress.callback());
     progress.end();
     if (reportNone(run.findings(), options.file)) {

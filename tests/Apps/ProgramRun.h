@@ -69,10 +69,10 @@ public:
                    const std::vector<std::string>& arguments);
     /// What has been written to it, line ends as CR LF.
     [[nodiscard]] const std::string& shown() const { return m_shown; }
-
-private:
+    /// Takes off the screen what has been written, for a writer that is not run by this.
     void take();
 
+private:
     int m_master = -1;
     int m_kept = -1;  ///< the other end, so that what was written stays when a program closes it
     std::string m_device;
