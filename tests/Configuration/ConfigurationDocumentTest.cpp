@@ -27,13 +27,17 @@ std::string page() {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-std::vector<std::string> examples() {
+/// The blocks of XML that hold an element.
+std::vector<std::string> blocksWith(const std::string& element) {
     static const std::string BEGIN = "```xml\n";
     const std::string text = page();
     std::vector<std::string> found;
     for (std::size_t at = text.find(BEGIN); at != std::string::npos; at = text.find(BEGIN, at)) {
         at += BEGIN.size();
-        found.push_back(text.substr(at, text.find("```", at) - at));
+        const std::string block = text.substr(at, text.find("```", at) - at);
+        if (block.find('<' + element) != std::string::npos) {
+            found.push_back(block);
+        }
     }
     return found;
 }
@@ -51,10 +55,20 @@ void visit(const ElementRule& rule, const std::function<void(const ElementRule&)
 }
 
 TEST(ConfigurationDocument, ItsExamplesCanBeRead) {
-    ASSERT_EQ(examples().size(), 3U);
-    for (const std::string& example : examples()) {
+    const std::vector<std::string> examples = blocksWith("Display ");
+    ASSERT_EQ(examples.size(), 4U);
+    for (const std::string& example : examples) {
         EXPECT_THAT(faultsOf(example), testing::IsEmpty());
     }
+}
+
+// An editor finds the schema of a document by the name of its root; another name would be passed over in silence.
+TEST(ConfigurationDocument, ItsRulesForAnEditorNameTheRootOfAConfiguration) {
+    const std::vector<std::string> rules = blocksWith("locatingRules");
+    ASSERT_EQ(rules.size(), 1U);
+    const std::string root(Veltrani::ConfigurationDetail::displayFormat().name);
+    EXPECT_THAT(rules[0], testing::HasSubstr("<documentElement localName=\"" + root + "\" uri=\"display.rnc\"/>"));
+    EXPECT_THAT(page(), testing::HasSubstr("trang display.rng display.rnc"));
 }
 
 TEST(ConfigurationDocument, NamesEveryElementAndAttribute) {
