@@ -26,8 +26,10 @@ install(FILES
   cmake/FindPointCloudLibrary.cmake
   DESTINATION ${SM_PACKAGE_DIR})
 
-get_target_property(_completion screenmanager SM_COMPLETION)
-install(FILES "${_completion}" DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+get_target_property(_completions screenmanager SM_COMPLETIONS)
+install(FILES "${_completions}/screenmanager" DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES "${_completions}/_screenmanager" DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+install(FILES "${_completions}/screenmanager.fish" DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 install(FILES docs/screenmanager.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md" PATTERN "*.rng" PATTERN "*.schema.json")
 # Where the target `documents` has made them.

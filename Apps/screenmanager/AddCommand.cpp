@@ -196,4 +196,7 @@ Command::Run addTo(OptionList& line) {
 
 }  // namespace
 
-const Command ADD_COMMAND{.name = "add", .summary = "Add a projector to a configuration", .addTo = addTo};
+const Command ADD_COMMAND{.name = "add",
+                          .summary = "Add a projector to a configuration",
+                          .example = "screenmanager add display.xml 192.0.2.10 --name Left",
+                          .addTo = addTo};

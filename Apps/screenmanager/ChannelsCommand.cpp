@@ -83,5 +83,7 @@ Command::Run addTo(OptionList& line) {
 
 }  // namespace
 
-const Command CHANNELS_COMMAND{
-    .name = "channels", .summary = "Ask every projector; print the channels and what they tell", .addTo = addTo};
+const Command CHANNELS_COMMAND{.name = "channels",
+                               .summary = "Ask every projector; print the channels and what they tell",
+                               .example = "screenmanager channels display.xml",
+                               .addTo = addTo};

@@ -67,6 +67,7 @@ Command::Run addTo(OptionList& line) {
 
 const Command CHECK_COMMAND{.name = "check",
                             .summary = "Load everything that a configuration names; print and judge the display",
+                            .example = "screenmanager check display.xml --strict",
                             .addTo = addTo,
                             .printsFaults = true,
                             .bendsMillionsOfRays = true};

@@ -16,6 +16,7 @@ struct Command {
 
     const char* name = nullptr;
     const char* summary = nullptr;  ///< in the help of the program
+    const char* example = nullptr;  ///< a whole command line, in the help of the command
     /// Adds the arguments and options to the command line of this command; returns what is to be run once they are
     /// parsed, which owns their values and must live until then.
     Run (*addTo)(OptionList& line) = nullptr;

@@ -2,6 +2,7 @@
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
+#include "Completion.h"
 #include "Configuration/XMLConfigFile.h"
 #include "ConsoleLog.h"
 #include "DisplayReport/basics/NamedFiles.h"
@@ -44,20 +45,6 @@ std::string namesOfCommands() {
     return names;
 }
 
-/// The options of a command line as they are typed, with a blank between them.
-std::string optionsOf(const CLI::App& line) {
-    std::string words;
-    for (const CLI::Option* const option : line.get_options()) {
-        for (const std::string& name : option->get_snames()) {
-            words += " -" + name;
-        }
-        for (const std::string& name : option->get_lnames()) {
-            words += " --" + name;
-        }
-    }
-    return words.empty() ? words : words.substr(1);
-}
-
 }  // namespace
 
 CommandLine::CommandLine()
@@ -74,11 +61,18 @@ CommandLine::CommandLine()
     m_app.add_option("--log", m_logFile, "Add what the library does to this log, a new file or an earlier log")
         ->check([](const std::string& path) { return path.empty() ? "a file has a name" : std::string(); })
         ->type_name("FILE");
-    m_app.add_flag_callback(
-        "--completion", [this] { throw CLI::CallForVersion(completion(), 0); },
-        "Print what completes commands and options in bash, and exit");
+    m_app
+        .add_option_function<std::string>(
+            "--completion",
+            [this](const std::string& shell) { throw CLI::CallForVersion(Completion(m_app).script(shell), 0); },
+            "Print what completes commands and options in bash (default), zsh or fish, and exit")
+        ->expected(0, 1)
+        ->default_str(Completion::shells().front())
+        ->check(CLI::IsMember(Completion::shells()))
+        ->type_name("SHELL");
     for (const Command* const command : COMMANDS) {
         CLI::App* const line = m_app.add_subcommand(command->name, command->summary);
+        line->footer("Example: " + std::string(command->example));
         OptionList options(*line);
         m_commands.push_back({command, line, command->addTo(options)});
     }
@@ -104,36 +98,6 @@ int CommandLine::report(const CLI::ParseError& error) const {
     Console::say(error.what());
     Console::say("Run with --help for more information.");
     return EXIT_USAGE;
-}
-
-/// A script for bash: commands and options by name, everything else as names of files.
-std::string CommandLine::completion() const {
-    std::string commands;
-    std::string cases;
-    for (const Entry& entry : m_commands) {
-        commands += (commands.empty() ? "" : "|") + std::string(entry.command->name);
-        cases += "        " + std::string(entry.command->name) + ") words+=' " + optionsOf(*entry.line) + "' ;;\n";
-    }
-    std::string listed = commands;
-    std::replace(listed.begin(), listed.end(), '|', ' ');
-    return "# Completes the commands and options of screenmanager in bash.\n"
-           "_screenmanager() {\n"
-           "    local word=${COMP_WORDS[COMP_CWORD]} command= words='" +
-           optionsOf(m_app) +
-           "' i\n"
-           "    for ((i = 1; i < COMP_CWORD; ++i)); do\n"
-           "        case ${COMP_WORDS[i]} in " +
-           commands +
-           ") command=${COMP_WORDS[i]}; break ;; esac\n"
-           "    done\n"
-           "    case $command in\n"
-           "        '') words+=' " +
-           listed + "' ;;\n" + cases +
-           "    esac\n"
-           "    COMPREPLY=()\n"
-           "    if [[ $word == -* || -z $command ]]; then COMPREPLY=($(compgen -W \"$words\" -- \"$word\")); fi\n"
-           "}\n"
-           "complete -o default -F _screenmanager screenmanager";
 }
 
 /// What `parse` has found, which requires exactly one.

@@ -30,7 +30,6 @@ private:
 
     [[nodiscard]] const Entry& chosen() const;
     [[nodiscard]] Verbosity verbosity() const;
-    [[nodiscard]] std::string completion() const;
     void installConsole(const Command& command) const;
     [[nodiscard]] std::vector<std::string> filesOfTheRun() const;
 

@@ -112,5 +112,6 @@ Command::Run addTo(OptionList& line) {
 
 const Command COVERAGE_COMMAND{.name = "coverage",
                                .summary = "Measure what part of the screen each channel lights, and overlaps",
+                               .example = "screenmanager coverage display.xml --ply screen.ply",
                                .addTo = addTo,
                                .bendsMillionsOfRays = true};

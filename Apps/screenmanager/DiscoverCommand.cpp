@@ -77,5 +77,7 @@ Command::Run addTo(OptionList& line) {
 
 }  // namespace
 
-const Command DISCOVER_COMMAND{
-    .name = "discover", .summary = "Search the network for projectors and print those that answer", .addTo = addTo};
+const Command DISCOVER_COMMAND{.name = "discover",
+                               .summary = "Search the network for projectors and print those that answer",
+                               .example = "screenmanager discover --timeout 10",
+                               .addTo = addTo};

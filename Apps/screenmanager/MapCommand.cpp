@@ -359,7 +359,8 @@ Command::Run addTo(OptionList& line) {
     addPointOptions(line, *options, grid);
     addGridOptions(line, *options, grid);
     addFormat(line, options->format,
-              "csv or json, with --grid mesh, pfm or png (default: as FILE is named, else the first)");
+              "csv or json, with --grid mesh, pfm or png (default: as FILE is named, else the first)")
+        .oneOf({"csv", "json", "mesh", "pfm", "png"});
     line.whenComplete([&said = *options] {
         said.format = chosenFormat(said);
         if (said.nodes && !WarpWriter::ofFormat(said.format)->hasNodes()) {
@@ -373,4 +374,5 @@ Command::Run addTo(OptionList& line) {
 
 const Command MAP_COMMAND{.name = "map",
                           .summary = "Map points between a channel and the layout, or write the map of its picture",
+                          .example = "screenmanager map display.xml --channel Left --point 0.5,0.5",
                           .addTo = addTo};

@@ -158,5 +158,7 @@ Command::Run addTo(OptionList& line) {
 
 }  // namespace
 
-const Command PREPARE_COMMAND{
-    .name = "prepare", .summary = "Make every projector show black, half grey or its input; or none", .addTo = addTo};
+const Command PREPARE_COMMAND{.name = "prepare",
+                              .summary = "Make every projector show black, half grey or its input; or none",
+                              .example = "screenmanager prepare display.xml black",
+                              .addTo = addTo};

@@ -162,7 +162,12 @@ Command::Run addPicture(OptionList& line) {
 
 }  // namespace
 
-const Command VIEW_COMMAND{
-    .name = "view", .summary = "Write a page that shows the display in three dimensions", .addTo = addView};
+const Command VIEW_COMMAND{.name = "view",
+                           .summary = "Write a page that shows the display in three dimensions",
+                           .example = "screenmanager view display.xml -o display.html",
+                           .addTo = addView};
 
-const Command PICTURE_COMMAND{.name = "picture", .summary = "Draw a still of the display", .addTo = addPicture};
+const Command PICTURE_COMMAND{.name = "picture",
+                              .summary = "Draw a still of the display",
+                              .example = "screenmanager picture display.xml --view top -o display.png",
+                              .addTo = addPicture};

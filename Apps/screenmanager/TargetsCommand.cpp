@@ -59,5 +59,7 @@ Command::Run addTo(OptionList& line) {
 
 }  // namespace
 
-const Command TARGETS_COMMAND{
-    .name = "targets", .summary = "Place a grid of targets and an outline for every channel", .addTo = addTo};
+const Command TARGETS_COMMAND{.name = "targets",
+                              .summary = "Place a grid of targets and an outline for every channel",
+                              .example = "screenmanager targets display.xml --grid 32x20 -o targets.csv",
+                              .addTo = addTo};

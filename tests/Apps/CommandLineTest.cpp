@@ -1,4 +1,6 @@
 #include "ProgramRun.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -74,6 +76,9 @@ TEST(CommandLine, TheShellCompletesCommandsAndTheirOptions) {
     EXPECT_EQ(completed({"targets", "--f"}), "--format\n");
     EXPECT_EQ(completed({"-q", "map", "display.xml", "--po"}), "--point --points\n");
     EXPECT_EQ(completed({"map", "disp"}), "\n") << "the shell completes names of files";
+    EXPECT_EQ(completed({"targets", "display.xml", "--format", ""}), "csv json ply\n");
+    EXPECT_EQ(completed({"check", "--format", "j"}), "json\n");
+    EXPECT_EQ(completed({"--completion", ""}), "bash zsh fish\n");
 }
 
 TEST(CommandLine, TheShellCompletesEveryOptionOfTheHelp) {
@@ -84,6 +89,106 @@ TEST(CommandLine, TheShellCompletesEveryOptionOfTheHelp) {
         for (std::sregex_iterator option(help.begin(), help.end(), OPTION), end; option != end; ++option) {
             EXPECT_THAT(offered + " ", testing::ContainsRegex(option->str() + "[ \n]")) << command;
         }
+    }
+}
+
+/// A zsh on a terminal of its own, in which a line is typed and completed; prints what it has become between "<<" and
+/// ">>".
+constexpr const char* TYPE_IN_ZSH = R"(
+zmodload zsh/zpty
+zpty shell zsh -f -i
+await() { local shown; while zpty -r shell shown && [[ $shown != *$1* ]]; do :; done; print -rn -- $shown }
+zpty -w shell 'PROMPT=; fpath=("$FUNCTIONS" $fpath); autoload -Uz compinit; compinit -u -D; stty -echo
+show() { print -r -- "<<$BUFFER>>"; BUFFER= }; zle -N show; bindkey "^Xp" show; print rea""dy'
+await ready > /dev/null
+zpty -w -n shell "$LINE"$'\t\C-xp'
+await '>>'
+zpty -d shell
+)";
+
+/// What zsh makes of the beginning of a command line, by its own completion with the script that the program prints.
+std::string completedInZsh(const std::string& line) {
+    const TemporaryFolder folder;
+    folder.write("_screenmanager", runScreenManager({"--completion", "zsh"}).output);
+    folder.write("display.xml", "");
+    const ProgramRun run = runProgram("/bin/sh", {"-c", "cd '" + folder.path() + "' && exec zsh -f -c \"$TYPE\""},
+                                      {{"TYPE", TYPE_IN_ZSH}, {"FUNCTIONS", folder.path()}, {"LINE", line}});
+    EXPECT_EQ(run.errors, "");
+    const auto begin = run.output.find("<<");
+    const auto end = run.output.find(">>");
+    return begin == std::string::npos || end == std::string::npos ? run.output
+                                                                  : run.output.substr(begin + 2, end - begin - 2);
+}
+
+TEST(CommandLine, ZshCompletesCommandsOptionsAndFiles) {
+    EXPECT_EQ(completedInZsh("screenmanager cov"), "screenmanager coverage ");
+    EXPECT_EQ(completedInZsh("screenmanager --verb"), "screenmanager --verbose ");
+    EXPECT_EQ(completedInZsh("screenmanager targets --f"), "screenmanager targets --format ");
+    EXPECT_EQ(completedInZsh("screenmanager -q map display.xml --po"), "screenmanager -q map display.xml --point");
+    EXPECT_EQ(completedInZsh("screenmanager map disp"), "screenmanager map display.xml ");
+    EXPECT_EQ(completedInZsh("screenmanager check --format j"), "screenmanager check --format json ");
+    EXPECT_EQ(completedInZsh("screenmanager --completion f"), "screenmanager --completion fish ");
+    EXPECT_EQ(completedInZsh("screenmanager check --po"), "screenmanager check --po") << "an option of another command";
+}
+
+/// What fish offers at the end of a command line, one per line with its description.
+std::string completedInFish(const std::string& line) {
+    const TemporaryFolder folder;
+    const std::string script = folder.write("screenmanager.fish", runScreenManager({"--completion", "fish"}).output);
+    const ProgramRun run =
+        runProgram("/usr/bin/fish", {"--no-config", "-c", "source '" + script + "'; complete -C '" + line + "'"},
+                   {{"HOME", folder.path()}});
+    EXPECT_EQ(run.errors, "");
+    return run.output;
+}
+
+TEST(CommandLine, FishCompletesCommandsAndTheirOptions) {
+    EXPECT_EQ(completedInFish("screenmanager cov").substr(0, 9), "coverage\t");
+    EXPECT_THAT(completedInFish("screenmanager targets --f"), StartsWith("--format\t"));
+    const std::string offered = completedInFish("screenmanager -q map display.xml --po");
+    EXPECT_THAT(offered, HasSubstr("--point\t"));
+    EXPECT_THAT(offered, HasSubstr("--points\t"));
+    EXPECT_EQ(completedInFish("screenmanager check --po"), "") << "an option of another command";
+    EXPECT_THAT(completedInFish("screenmanager check --format j"), StartsWith("json\t"));
+    EXPECT_THAT(completedInFish("screenmanager targets --format "),
+                testing::ContainsRegex("^csv\t.*\njson\t.*\nply\t"));
+    EXPECT_THAT(completedInFish("screenmanager --completion z"), StartsWith("zsh\t"));
+}
+
+TEST(CommandLine, EveryShellIsGivenEveryCommandAndOption) {
+    static const std::regex OPTION("--([a-z]+)");
+    const std::string zsh = runScreenManager({"--completion", "zsh"}).output;
+    const std::string fish = runScreenManager({"--completion", "fish"}).output;
+    for (const std::string& command : commandsOfTheProgram()) {
+        EXPECT_THAT(zsh, HasSubstr("'" + command + ":"));
+        EXPECT_THAT(fish, HasSubstr(" -a " + command + " -d "));
+        std::string help = runScreenManager({command, "--help"}).output;
+        help.resize(help.find("Example:"));
+        for (std::sregex_iterator option(help.begin(), help.end(), OPTION), end; option != end; ++option) {
+            EXPECT_THAT(zsh, HasSubstr(option->str())) << command;
+            EXPECT_THAT(fish, HasSubstr(" -l " + option->str(1))) << command;
+        }
+    }
+    EXPECT_EQ(runScreenManager({"--completion"}).output, runScreenManager({"--completion", "bash"}).output);
+    EXPECT_EQ(runScreenManager({"--completion", "tcsh"}).exitCode, 2);
+}
+
+// As a reader takes it over, where there is no display of that name; the search goes to nobody and is short.
+TEST(CommandLine, TheHelpOfEachCommandHasAnExampleThatIsAccepted) {
+    for (const std::string& command : commandsOfTheProgram()) {
+        const std::string help = runScreenManager({command, "--help"}).output;
+        const std::string begin = "\nExample: screenmanager " + command;
+        ASSERT_THAT(help, HasSubstr(begin));
+        std::string line = help.substr(help.find(begin) + begin.size());
+        line.resize(line.find('\n'));
+        if (command == "discover") {
+            ASSERT_EQ(line, " --timeout 10");
+            line = " --timeout 0.05 --broadcast 127.0.0.1:1";
+        }
+        const TemporaryFolder folder;
+        const ProgramRun run =
+            runProgram("/bin/sh", {"-c", "cd '" + folder.path() + "' && '" + programFile() + "' " + command + line});
+        EXPECT_EQ(run.exitCode, command == "discover" ? 1 : 3) << command << line << run.errors << run.output;
     }
 }
 
