@@ -71,7 +71,7 @@ void printAdded(const ProjectorAddition::Added& added) {
     Console::print("added " + toUtf8(added.uid) + ": channel " + toUtf8(added.name) + ", " + toUtf8(added.place) +
                    ", " +
                    (sized ? std::to_string(added.width) + " x " + std::to_string(added.height)
-                          : "resolution not told; state it in the file"));
+                          : "resolution not reported; state it in the file"));
 }
 
 /// False when the file has several names, which has been reported then: found before a projector is contacted in vain.
@@ -108,7 +108,7 @@ std::unique_ptr<XMLConfigFile> repeatInNewer(const ProjectorConfig& entry, const
     std::unique_ptr<XMLConfigFile> newer = DisplayFile::read(file);
     if (!newer) {
         Console::error(file +
-                       " was changed while the projector was asked, and nothing was added: mend the file, then add "
+                       " was changed while the projector was queried, and nothing was added: mend the file, then add "
                        "the projector again");
         code = EXIT_INPUT;
         return nullptr;
@@ -140,7 +140,7 @@ ExitCode save(const XMLConfigFile& config, const ProjectorConfig& entry, const O
         if (const auto saved = trySave(*newer, options.file)) {
             if (*saved == EXIT_ALL_RIGHT && options.isTalkative()) {
                 Console::say(options.file +
-                             " was changed while the projector was asked: it was added to the newer file");
+                             " was changed while the projector was queried: it was added to the newer file");
             }
             return *saved;
         }
@@ -183,7 +183,7 @@ Command::Run addTo(OptionList& line) {
         .typeName("ADDRESS|MAC");
     line.addRead(
             "--mac", [&target](const std::string& text) { setMac(readMac(text), target); },
-            "MAC address of the projector at ADDRESS, for one that does not tell it")
+            "MAC address of the projector at ADDRESS, for one that does not report it")
         .typeName("MAC");
     line.addRead(
             "--name", [&target](const std::string& text) { target.name = readName(text); },

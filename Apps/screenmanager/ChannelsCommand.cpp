@@ -38,7 +38,7 @@ bool printListing(const ChannelListing& listing, const ProjectorRun& run, const 
 
 int list(XMLConfigFile& config, const Options& options) {
     DeviceManager devices(options.settings());
-    ProgressMeter progress(options.isTalkative(), "asking projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
+    ProgressMeter progress(options.isTalkative(), "querying projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
     ProjectorRun run(config, devices, ProjectorNeed::ANSWER, progress.callback());
     if (reportNone(run.findings(), options.file)) {
         return options.format == "json" && !printListing({}, run, options) ? EXIT_OUTPUT : EXIT_INCOMPLETE;
@@ -84,6 +84,6 @@ Command::Run addTo(OptionList& line) {
 }  // namespace
 
 const Command CHANNELS_COMMAND{.name = "channels",
-                               .summary = "Ask every projector; print the channels and what they tell",
+                               .summary = "Query every projector; print the channels and what they report",
                                .example = "screenmanager channels display.xml",
                                .addTo = addTo};

@@ -43,7 +43,7 @@ int run(const Options& options) {
         text << "searching for " << std::chrono::duration<double>(settings.search.duration).count() << " s";
         Console::say(text.str());
     }
-    ProgressMeter progress(options.isTalkative(), "asking projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
+    ProgressMeter progress(options.isTalkative(), "querying projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
     Discovery found;
     try {
         found = ProjectorDiscovery(settings, progress.callback()).run();
@@ -54,7 +54,7 @@ int run(const Options& options) {
     }
     progress.end();
     if (found.projectors.empty()) {
-        Console::error("no projector answered; projectors of PJLink class 1 never do: use their address");
+        Console::error("no projector replied; projectors of PJLink class 1 never do: use their address");
     }
     if (options.format == "json") {
         printJson(found, std::cout);
@@ -78,6 +78,6 @@ Command::Run addTo(OptionList& line) {
 }  // namespace
 
 const Command DISCOVER_COMMAND{.name = "discover",
-                               .summary = "Search the network for projectors and print those that answer",
+                               .summary = "Search the network for projectors and print those that reply",
                                .example = "screenmanager discover --timeout 10",
                                .addTo = addTo};

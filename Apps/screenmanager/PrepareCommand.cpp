@@ -57,7 +57,7 @@ void reportSent(const ProjectorRun& run, const std::string& file) {
     });
     text += changed ? "  what was sent stays in effect" : "  no other projector was sent anything";
     Console::sayLines(text + "; undo it with: screenmanager prepare " + onOneLine(shellWord(file)) +
-                      " clear\n  (with --offline when a projector does not answer any more)\n");
+                      " clear\n  (with --offline when a projector does not reply any more)\n");
 }
 
 void printSummary(ProjectorRun& run, const State& state) {
@@ -111,7 +111,7 @@ ExitCode finish(ProjectorRun& run, const State& state, bool isComplete, const Op
 
 int prepare(XMLConfigFile& config, const State& state, const Options& options) {
     DeviceManager devices(options.settings());
-    ProgressMeter progress(options.isTalkative(), "asking projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
+    ProgressMeter progress(options.isTalkative(), "querying projectors", ProgressMeter::Pieces::SIDE_BY_SIDE);
     ProjectorRun run(config, devices, state.need, progress.callback());
     progress.end();
     if (reportNone(run.findings(), options.file)) {

@@ -63,7 +63,7 @@ DeviceManager::Settings DeviceOptions::settings() const {
 void addTimeout(OptionList& line, DeviceOptions& options) {
     line.addNumber(
             "--timeout", [&options](double seconds) { options.timeout = readTimeout(seconds); },
-            "Longest wait for each answer of a projector, and for a search (default 3 to 10, search 30)")
+            "Longest wait for each reply of a projector, and for a search (default 3 to 10, search 30)")
         .typeName("SECONDS");
 }
 

@@ -114,7 +114,7 @@ MacAddress ProjectorAddition::macAt(const ProjectorAddress& address) const {
     const auto mac = askMac(address);
     if (!mac) {
         throw VeltraniException(L"the projector at " + place +
-                                L" does not tell its MAC address; check that it has power and that its network " +
+                                L" does not report its MAC address; check that it has power and that its network " +
                                 L"control is switched on; if it has PJLink class 1, state the address with --mac");
     }
     return *mac;

@@ -54,16 +54,16 @@ std::string crowdedLine(const std::vector<std::string>& addresses) {
     const std::size_t more = addresses.size() - 1;
     const std::string others =
         more == 0 ? std::string() : " and " + std::to_string(more) + (more == 1 ? " other" : " others");
-    return addresses.front() + others + " answered with more than " +
+    return addresses.front() + others + " replied with more than " +
            std::to_string(PjlinkSearch::MOST_ANSWERS_PER_ADDRESS) +
            " MAC addresses, which no projector has; the rest was left out: add a projector there by its address";
 }
 
 std::string notAskedLine(std::size_t count, std::size_t all, const DiscoveryLimits& limits) {
     return std::to_string(count) + " of " + std::to_string(all) +
-           " projectors that answered were not asked for name and model: that ends after " +
+           " projectors that replied were not queried for name and model: that ends after " +
            std::to_string(limits.projectors) + " projectors and " + std::to_string(limits.time.count() / 1000) +
-           " s; see to who answers there, or add projectors by their address";
+           " s; see who replies there, or add projectors by their address";
 }
 
 }  // namespace
@@ -86,7 +86,7 @@ Discovery ProjectorDiscovery::run() const {
     }
     if (heard.full) {
         discovery.leftOut.push_back("the search ended with " + std::to_string(PjlinkSearch::MOST_ANSWERS) +
-                                    " answers; projectors that are missing can be added by their address");
+                                    " replies; projectors that are missing can be added by their address");
     }
     if (unasked > 0) {
         discovery.leftOut.push_back(notAskedLine(unasked, discovery.projectors.size(), m_limits));

@@ -127,7 +127,7 @@ private:
     [[nodiscard]] std::wstring shutterRemedy() const {
         return m_need == ProjectorNeed::BLACK
                    ? L"cannot show a black picture; darken it by hand and leave it out with --offline"
-                   : L"cannot be told to show its input; switch its picture mute off by hand and leave it out with "
+                   : L"cannot be made to show its input; switch its picture mute off by hand and leave it out with "
                      L"--offline";
     }
 

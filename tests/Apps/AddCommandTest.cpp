@@ -94,7 +94,7 @@ TEST_F(AddCommandTest, ByBothAddressesSearchesForNothing) {
     const ProgramRun run = add({at(simulator), "--mac", "020000000007"});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_THAT(run.output, HasSubstr("added 020000000007: "));
-    EXPECT_THAT(run.output, HasSubstr("resolution not told; state it in the file\n"));
+    EXPECT_THAT(run.output, HasSubstr("resolution not reported; state it in the file\n"));
     EXPECT_THAT(simulator.journal(), Not(testing::Contains("SEARCH %2SRCH")));
     EXPECT_THAT(folder.read("display.xml"), Not(HasSubstr("Resolution")));
 }
@@ -113,7 +113,7 @@ TEST_F(AddCommandTest, AProjectorThatDoesNotTellItsMacAddressNeedsTheOption) {
     const std::string before = folder.read("display.xml");
     expectRefusal(searchInVain({at(simulator)}), before,
                   "the projector at " + at(simulator) +
-                      " does not tell its MAC address; check that it has power and "
+                      " does not report its MAC address; check that it has power and "
                       "that its network control is switched on; if it has PJLink "
                       "class 1, state the address with --mac\n");
     EXPECT_THAT(simulator.lines(), IsEmpty());
@@ -217,7 +217,7 @@ protected:
 TEST_F(AddCommandMeanwhileTest, AnEditSurvives) {
     const ProgramRun run = addAnd([&] { folder.write("display.xml", edited); });
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.errors, file + " was changed while the projector was asked: it was added to the newer file\n");
+    EXPECT_EQ(run.errors, file + " was changed while the projector was queried: it was added to the newer file\n");
     const std::string content = folder.read("display.xml");
     EXPECT_THAT(content, HasSubstr("<Projector id=\"R\" section=\"S-R\">"));
     EXPECT_THAT(content, HasSubstr("<Projector id=\"020000000001\">"));
@@ -234,7 +234,7 @@ TEST_F(AddCommandMeanwhileTest, ANameThatWasNotStatedNeedNotBeNew) {
     const std::string named = display(entry("R", "PJLink " + at(slow), snippet(1, 2)));
     const ProgramRun run = addAnd([&] { folder.write("display.xml", named); }, "");
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.errors, file + " was changed while the projector was asked: it was added to the newer file\n");
+    EXPECT_EQ(run.errors, file + " was changed while the projector was queried: it was added to the newer file\n");
     const std::string content = folder.read("display.xml");
 
     folder.write("display.xml", named);
@@ -274,7 +274,7 @@ TEST_F(AddCommandMeanwhileTest, AnEditThatCannotBeReadStays) {
     EXPECT_THAT(run.errors, testing::StartsWith("error: " + file + ":1: "));
     EXPECT_THAT(run.errors,
                 testing::EndsWith("error: " + file +
-                                  " was changed while the projector was asked, and nothing was added: mend the file, "
+                                  " was changed while the projector was queried, and nothing was added: mend the file, "
                                   "then add the projector again\n"));
     EXPECT_EQ(folder.read("display.xml"), "<Display");
     expectNothingBeside();

@@ -52,10 +52,9 @@ TEST(DiscoverCommand, ForgedAnswersAreLeftOutAndNamedInOneLine) {
     const ProgramRun run = discover(simulator, {"--quiet"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 5) << "the head and four";
-    EXPECT_EQ(
-        run.errors,
-        "error: 127.0.0.1 answered with more than 4 MAC addresses, which no projector has; the rest was left out: "
-        "add a projector there by its address\n");
+    EXPECT_EQ(run.errors,
+              "error: 127.0.0.1 replied with more than 4 MAC addresses, which no projector has; the rest was left out: "
+              "add a projector there by its address\n");
 }
 
 TEST(DiscoverCommand, NobodyIsAFaultWithTheRemedy) {
@@ -63,7 +62,7 @@ TEST(DiscoverCommand, NobodyIsAFaultWithTheRemedy) {
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.output, "");
     EXPECT_THAT(run.errors,
-                HasSubstr("error: no projector answered; projectors of PJLink class 1 never do: use their address\n"));
+                HasSubstr("error: no projector replied; projectors of PJLink class 1 never do: use their address\n"));
 }
 
 TEST(DiscoverCommand, AProjectorThatDoesNotTellItsNameIsListedAllTheSame) {

@@ -164,7 +164,7 @@ TEST_F(PrepareCommandTest, AFaultWhileSendingNamesWhatWasSentAndTheUndoing) {
                               "  sent: RunFillBlackTo to channel Left\n"
                               "  failed: RunFillBlackTo to channel Right; it may have taken effect there\n"
                               "  what was sent stays in effect; undo it with: screenmanager prepare " +
-                              file + " clear\n  (with --offline when a projector does not answer any more)\n");
+                              file + " clear\n  (with --offline when a projector does not reply any more)\n");
     EXPECT_THAT(orders(left), ElementsAre("%1AVMT 11"));
 }
 

@@ -90,7 +90,7 @@ TEST_F(ProjectorAdditionTest, AnotherProjectorThanTheOneAtTheAddressIsNotTakenFo
     // Many answer, as behind a broadcast address; only the answer from the address counts.
     const PjlinkSimulator simulator({"--mac", "02:00:00:00:00:07"});
     EXPECT_THAT(refusal({ProjectorAddress{"127.0.0.2", simulator.port()}, {}, L""}),
-                HasSubstr("does not tell its MAC address"));
+                HasSubstr("does not report its MAC address"));
 }
 
 TEST_F(ProjectorAdditionTest, WhatFailsHalfwayGivesTheDeviceBack) {

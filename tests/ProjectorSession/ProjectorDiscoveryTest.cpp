@@ -89,7 +89,7 @@ TEST(ProjectorDiscovery, OneThatStatesManyMacAddressesIsContactedAFewTimesOnly) 
     EXPECT_EQ(contactsOf(forger), 12) << "contact, name and model of each";
     EXPECT_EQ(forger.mostConnections(), 1);
     EXPECT_THAT(found.leftOut,
-                ElementsAre("127.0.0.1 answered with more than 4 MAC addresses, which no projector has; the rest was "
+                ElementsAre("127.0.0.1 replied with more than 4 MAC addresses, which no projector has; the rest was "
                             "left out: add a projector there by its address"));
 }
 
@@ -106,8 +106,8 @@ TEST(ProjectorDiscovery, NoMoreProjectorsAreAskedThanTheLimitWhateverTheyCallThe
                             [](const DiscoveredProjector& projector) { return !projector.fault.empty(); }),
               40);
     EXPECT_THAT(found.leftOut,
-                ElementsAre("20 of 60 projectors that answered were not asked for name and model: that ends after 40 "
-                            "projectors and 60 s; see to who answers there, or add projectors by their address"));
+                ElementsAre("20 of 60 projectors that replied were not queried for name and model: that ends after 40 "
+                            "projectors and 60 s; see who replies there, or add projectors by their address"));
 }
 
 TEST(ProjectorDiscovery, TheLimitsAreThoseThatAreDocumented) {
@@ -121,7 +121,7 @@ TEST(ProjectorDiscovery, TheTimeForAllEndsTheQuestions) {
     patient.pjlink.greetingLimit = std::chrono::seconds(60);
     const Discovery found = ProjectorDiscovery(patient, {}, {256, std::chrono::seconds(1)}).run();
     EXPECT_THAT(found.projectors, SizeIs(5));
-    EXPECT_THAT(found.leftOut, ElementsAre(HasSubstr("5 of 5 projectors that answered were not asked")))
+    EXPECT_THAT(found.leftOut, ElementsAre(HasSubstr("5 of 5 projectors that replied were not queried")))
         << "and not that they did not answer";
 }
 

@@ -87,7 +87,7 @@ TEST_F(ProjectorSurveyTest, AProjectorWithoutAShutterIsNamedWithARemedyThatFitsT
     EXPECT_THAT(findingOn(simulator, ProjectorNeed::BLACK).fault,
                 EndsWith("(ERR1): it cannot show a black picture; darken it by hand and leave it out with --offline"));
     const std::string clear = findingOn(simulator, ProjectorNeed::CLEAR).fault;
-    EXPECT_THAT(clear, EndsWith("(ERR1): it cannot be told to show its input; switch its picture mute off by hand and "
+    EXPECT_THAT(clear, EndsWith("(ERR1): it cannot be made to show its input; switch its picture mute off by hand and "
                                 "leave it out with --offline"));
     EXPECT_THAT(clear, testing::Not(HasSubstr("black")));
 }
