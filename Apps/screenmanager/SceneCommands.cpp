@@ -1,9 +1,11 @@
 #include "ColumnsByRows.h"
 #include "Command.h"
+#include "ConsoleLog.h"
 #include "DisplayFile.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/scene/SceneCollector.h"
+#include "DisplayReport/scene/SceneLighter.h"
 #include "DisplayReport/scene/SceneMarks.h"
 #include "DisplayReport/scene/ScenePage.h"
 #include "DisplayReport/still/DrawingWriter.h"
@@ -51,6 +53,14 @@ std::unique_ptr<XMLConfigFile> readInput(const Options& options, ExitCode& code)
     return config;
 }
 
+void addLight(DisplayScene& scene, const XMLConfigFile& config, const Options& options,
+              const SceneCollector::Limits& limits) {
+    ProgressMeter progress(options.isTalkative(), "measuring the light, step");
+    // The library logs at info every ray that it bends by a table: a million lines.
+    const ConsoleLog::ErrorsOnly quieter(options.isTalkative());
+    SceneLighter(limits.triangles, progress.callback()).addTo(scene, config);
+}
+
 /// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded is
 /// missing in the scene, whose notes state it; they are shown on standard error too, unless quiet.
 DisplayScene collectScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits) {
@@ -59,6 +69,7 @@ DisplayScene collectScene(XMLConfigFile& config, const Options& options, const S
     const TargetSurvey survey = TargetPlacer(options.plan, progress.callback()).place(config);
     DisplayScene scene = SceneCollector(limits).collect(options.file, config, survey, faults);
     progress.end();
+    addLight(scene, config, options, limits);
     if (options.isTalkative()) {
         for (const std::string& note : scene.notes) {
             Console::say("note: " + note);
@@ -165,9 +176,11 @@ Command::Run addPicture(OptionList& line) {
 const Command VIEW_COMMAND{.name = "view",
                            .summary = "Write a page that shows the display in three dimensions",
                            .example = "screenmanager view display.xml -o display.html",
-                           .addTo = addView};
+                           .addTo = addView,
+                           .bendsMillionsOfRays = true};
 
 const Command PICTURE_COMMAND{.name = "picture",
                               .summary = "Draw a still of the display",
                               .example = "screenmanager picture display.xml --view top -o display.png",
-                              .addTo = addPicture};
+                              .addTo = addPicture,
+                              .bendsMillionsOfRays = true};

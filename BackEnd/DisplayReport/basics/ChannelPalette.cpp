@@ -1,5 +1,6 @@
 #include "DisplayReport/basics/ChannelPalette.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -16,6 +17,8 @@ constexpr std::array<Colour, 8> COLOURS{{{230, 159, 0},
                                          {213, 94, 0},
                                          {204, 121, 167},
                                          {160, 160, 160}}};
+/// From the same eight, but for the dark one.
+constexpr std::array<Colour, 4> BY_COUNT{{{84, 90, 97}, {0, 114, 178}, {230, 159, 0}, {240, 228, 66}}};
 constexpr Colour WHITE{255, 255, 255};
 /// The part of white in the paler eight.
 constexpr double PALENESS = 0.5;
@@ -30,6 +33,10 @@ Colour channelColour(std::size_t channel) {
     const Colour colour = COLOURS[channel % COLOURS.size()];
     const bool isPale = channel / COLOURS.size() % 2 == 1;
     return isPale ? mixed(colour, WHITE, PALENESS) : colour;
+}
+
+Colour countColour(std::size_t channels) {
+    return BY_COUNT[std::min(channels, BY_COUNT.size() - 1)];
 }
 
 std::string hexText(const Colour& colour) {

@@ -18,6 +18,10 @@ struct Colour {
 /// and Ito, 2008), then paler ones of the same eight, then these sixteen again.
 [[nodiscard]] Colour channelColour(std::size_t channel);
 
+/// The colour of a place by the number of channels that light it: dark grey for none, blue for one, orange for two,
+/// yellow for three and more. They grow brighter in this order, for colour-blind eyes too.
+[[nodiscard]] Colour countColour(std::size_t channels);
+
 /// "#e69f00".
 [[nodiscard]] std::string hexText(const Colour& colour);
 

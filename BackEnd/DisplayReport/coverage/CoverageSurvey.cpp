@@ -8,12 +8,12 @@
 #include "DisplayReport/basics/Fault.h"
 #include "DisplayReport/channels/ChannelLocator.h"
 #include "DisplayReport/coverage/ChannelLight.h"
+#include "DisplayReport/coverage/DisplayLights.h"
 #include "DisplayReport/coverage/PixelPitch.h"
 #include "DisplayReport/coverage/ScreenCoverage.h"
 #include "DisplayReport/coverage/ScreenSampling.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
-#include "ScreenManager/TargetLocator.h"
 
 #include <algorithm>
 #include <memory>
@@ -31,30 +31,31 @@ std::string currentFault() {
 class Survey {
 public:
     Survey(const XMLConfigManager& config, const std::shared_ptr<const ScreenGeometry>& surface, CoverageReport& report)
-        : m_surface(surface), m_report(report) {
+        : m_display(DisplayLights::of(config, surface)), m_report(report) {
         for (const std::wstring& id : config.getProjectorConfigIds()) {
             if (const ProjectorConfig* projector = config.getProjectorConfig(id)) {
-                addChannel(config, *projector);
+                addChannel(*projector);
             }
         }
     }
 
     void measure(const ScreenSampling& screen, const ScreenCoverage::Take& take, const Progress& progress) {
         std::vector<LandingExtent> extents;
-        for (const auto& light : m_lights) {
+        const ChannelLights& lights = m_display.lights;
+        for (const auto& light : lights) {
             extents.push_back(LandingExtent::of(*light));
         }
-        const ScreenCoverage coverage = ScreenCoverage::of(screen, m_lights, extents, take, progress);
+        const ScreenCoverage coverage = ScreenCoverage::of(screen, lights, extents, take, progress);
         m_report.screenArea = coverage.area;
         m_report.areaByCount = coverage.byCount;
-        for (std::size_t i = 0; i < m_lights.size(); ++i) {
+        for (std::size_t i = 0; i < lights.size(); ++i) {
             ChannelCoverage& channel = channelOf(i);
             channel.area = coverage.sharedBy[i][i];
             channel.landed = coverage.partShared[i][i];
             channel.isLighting = channel.area > 0.0;
             channel.pitch =
-                measuredPitch(*m_lights[i], channel.width, channel.height, coverage.landed[i], coverage.hints[i]);
-            for (std::size_t j = i + 1; j < m_lights.size(); ++j) {
+                measuredPitch(*lights[i], channel.width, channel.height, coverage.landed[i], coverage.hints[i]);
+            for (std::size_t j = i + 1; j < lights.size(); ++j) {
                 addOverlap(i, j, coverage);
             }
         }
@@ -63,7 +64,7 @@ public:
     /// To be called after everything was measured. What is wrong in the configuration of a channel is reported even
     /// where its light could be measured.
     void nameFaults(const XMLConfigManager& config) {
-        for (std::size_t i = 0; i < m_lights.size(); ++i) {
+        for (std::size_t i = 0; i < m_display.lights.size(); ++i) {
             ChannelCoverage& channel = channelOf(i);
             channel.fault = configurationFault(config, channel);
             if (!channel.fault.empty()) {
@@ -80,39 +81,17 @@ public:
     }
 
 private:
-    void addChannel(const XMLConfigManager& config, const ProjectorConfig& projector) {
+    void addChannel(const ProjectorConfig& projector) {
         ChannelCoverage channel;
         channel.name = toUtf8(projector.getName());
         channel.projectorId = toUtf8(projector.getIdentity());
         channel.width = std::max(projector.getWidth(), 0);
         channel.height = std::max(projector.getHeight(), 0);
-        if (m_lights.size() == MOST_CHANNELS) {
-            channel.fault = "only " + std::to_string(MOST_CHANNELS) + " channels are measured";
-        } else {
-            addLight(config, projector, channel.fault);
-        }
+        channel.fault = m_display.faults[m_report.channels.size()];
         m_report.channels.push_back(std::move(channel));
     }
 
-    /// Adds the light of the channel that is added next, or states in `fault` why there is none.
-    void addLight(const XMLConfigManager& config, const ProjectorConfig& projector, std::string& fault) {
-        const auto [locator, missing] = ChannelLocator::of(config, projector);
-        fault = missing;
-        if (!locator) {
-            return;
-        }
-        try {
-            auto light = ChannelLight::of(locator, m_surface);
-            // A surface without 2D coordinates reports that at the first point.
-            static_cast<void>(light->landingOf({0.5, 0.5}));
-            m_lights.push_back(std::move(light));
-            m_places.push_back(m_report.channels.size());
-        } catch (...) {
-            fault = currentFault();
-        }
-    }
-
-    [[nodiscard]] ChannelCoverage& channelOf(std::size_t light) { return m_report.channels[m_places[light]]; }
+    [[nodiscard]] ChannelCoverage& channelOf(std::size_t light) { return m_report.channels[m_display.places[light]]; }
 
     void addOverlap(std::size_t i, std::size_t j, const ScreenCoverage& coverage) {
         // What two pictures share along an edge alone, by rounding, is no overlap.
@@ -120,7 +99,7 @@ private:
         const double area = coverage.sharedBy[i][j];
         if (area > LEAST_PART * std::min(coverage.sharedBy[i][i], coverage.sharedBy[j][j])) {
             m_report.overlaps.push_back(
-                {m_places[i], m_places[j], area, coverage.partShared[i][j], coverage.partShared[j][i]});
+                {m_display.places[i], m_display.places[j], area, coverage.partShared[i][j], coverage.partShared[j][i]});
         }
     }
 
@@ -130,10 +109,8 @@ private:
         return source.faults.empty() ? std::string() : sentenceOf(source.faults.front());
     }
 
-    std::shared_ptr<const ScreenGeometry> m_surface;
+    DisplayLights m_display;
     CoverageReport& m_report;
-    ChannelLights m_lights;
-    std::vector<std::size_t> m_places;  ///< of the lights, in the list of channels
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "DisplayReport/coverage/CoverageWriter.h"
 
 #include "Common/QuotedText.h"
+#include "DisplayReport/basics/ChannelPalette.h"
 #include "DisplayReport/basics/FormatList.h"
 #include "DisplayReport/basics/JsonText.h"
 #include "DisplayReport/basics/NumberText.h"
@@ -223,10 +224,11 @@ void JsonCoverageWriter::write(const CoverageReport& report, const std::vector<C
     out << "}\n";
 }
 
-using Colour = std::array<int, 3>;
-
-/// By the number of projectors, the last for more; from the colours of Okabe and Ito (2008).
-constexpr std::array<Colour, 4> COLOURS{{{40, 40, 40}, {0, 114, 178}, {230, 159, 0}, {240, 228, 66}}};
+/// As pictures of the display have it, but for the dark part: on the light ground of many viewers nearly black.
+Colour colourOf(std::size_t projectors) {
+    constexpr Colour DARK{40, 40, 40};
+    return projectors == 0 ? DARK : countColour(projectors);
+}
 
 /// Pieces that meet share the vertices between them when they have the same colour.
 class Vertices {
@@ -248,7 +250,8 @@ public:
             for (std::size_t axis = 0; axis < 3; ++axis) {
                 line += exactText(place[axis]) + ' ';
             }
-            for (const int part : COLOURS[std::min(projectors, COLOURS.size() - 1)]) {
+            const Colour colour = colourOf(projectors);
+            for (const int part : {colour.red, colour.green, colour.blue}) {
                 line += std::to_string(part) + ' ';
             }
             out << line << projectors << '\n';

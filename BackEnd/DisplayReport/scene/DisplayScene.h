@@ -4,6 +4,7 @@
 #include "DisplayReport/basics/ChannelPalette.h"
 #include "DisplayReport/basics/Extent.h"
 #include "DisplayReport/scene/ChannelFrustum.h"
+#include "DisplayReport/scene/PictureLattice.h"
 #include "DisplayReport/scene/SceneMarks.h"
 #include "DisplayReport/scene/SceneSurface.h"
 #include "DisplayReport/targets/TargetSurvey.h"
@@ -29,6 +30,13 @@ struct SceneChannel {
     int width = 0;   ///< of its picture, pixels
     int height = 0;  ///< of its picture, pixels
     std::optional<ChannelFrustum> frustum;
+    /// As long as `targets.boundary`: true for samples that lie on a continuation of the screen past its edge, where no
+    /// light arrives. A line to or from such a sample is drawn as one that is none of the screen, or not at all.
+    std::vector<bool> beyond;
+    /// An arrow on the screen towards the upper edge of its picture: shaft and head, each a line. Empty where its light
+    /// is not known, or misses.
+    std::vector<std::vector<Point<double, 3>>> upMark;
+    PictureLattice lattice;          ///< where its picture lands; empty where its light is not known
     std::vector<std::string> facts;  ///< its angles or its area in words, a line each; empty without marks
 };
 
@@ -48,7 +56,8 @@ struct SceneMirror {
 /// coordinate is NaN or infinite, and none is so far away that a picture of the screen could not hold it.
 struct DisplayScene {
     std::string title;
-    std::string unit;  ///< name of the native unit; may be empty
+    std::string unit;              ///< name of the native unit; may be empty
+    double unitInMillimetres = 0;  ///< 0 for a unit without a length of its own
     TargetPlan plan;
     int targetStep = 1;                  ///< every so many columns and rows of the targets are shown
     int outlineStep = 1;                 ///< every so many samples of the outlines

@@ -5,8 +5,10 @@
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/TargetLocatorConfig.h"
+#include "Configuration/UnitConversionTable.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/scene/SceneSurface.h"
+#include "DisplayReport/scene/ScreenEdge.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/MirrorFrame.h"
@@ -59,6 +61,11 @@ std::string ordinal(std::size_t number) {
 
 bool isDrawable(const P3& point) {
     return std::abs(point[0]) <= LARGEST && std::abs(point[1]) <= LARGEST && std::abs(point[2]) <= LARGEST;
+}
+
+double millimetresPer(const std::string& unit) {
+    constexpr double PER_METRE = 1000;
+    return PER_METRE * UnitConversionTable::metresPer(UnitConversionTable::getUnitSubTypeFromName(fromUtf8(unit)));
 }
 
 void fault(DisplayScene& scene, const std::string& note) {
@@ -211,6 +218,7 @@ DisplayScene SceneCollector::collect(const std::string& title, const XMLConfigMa
     DisplayScene scene;
     scene.title = title;
     scene.unit = survey.unit;
+    scene.unitInMillimetres = millimetresPer(survey.unit);
     scene.plan = survey.plan;
     for (const Fault& screenFault : screenFaults) {
         fault(scene, located(screenFault));
@@ -222,6 +230,7 @@ DisplayScene SceneCollector::collect(const std::string& title, const XMLConfigMa
     dropFarThings(scene);
     thinTargets(scene);
     thinOutlines(scene);
+    markContinuations(scene);
     return scene;
 }
 
@@ -326,6 +335,25 @@ void SceneCollector::thinOutlines(DisplayScene& scene) const {
     }
     scene.outlineStep = static_cast<int>(every);
     scene.notes.push_back("outlines are shown with every " + ordinal(every) + " of their samples");
+}
+
+void SceneCollector::markContinuations(DisplayScene& scene) {
+    const auto surface = ScreenManager::getInstance()->getScreenGeometry();
+    if (!surface || !surface->isValid()) {
+        return;
+    }
+    const ScreenEdge edge(*surface);
+    std::size_t beyond = 0;
+    for (SceneChannel& channel : scene.channels) {
+        for (const P3& sample : channel.targets.boundary) {
+            channel.beyond.push_back(!edge.isWithin(sample));
+            beyond += channel.beyond.back() ? 1 : 0;
+        }
+    }
+    if (beyond > 0) {
+        scene.notes.push_back(
+            "dashed outlines lie past the edge of the screen, on its continuation: no light arrives there");
+    }
 }
 
 }  // namespace Veltrani::DisplayReport

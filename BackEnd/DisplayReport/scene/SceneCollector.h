@@ -38,6 +38,8 @@ private:
     /// Every so many columns and rows, and samples.
     void thinTargets(DisplayScene& scene) const;
     void thinOutlines(DisplayScene& scene) const;
+    /// Finds out which samples of the outlines lie past the edge of the screen.
+    static void markContinuations(DisplayScene& scene);
 
     Limits m_limits;
 };

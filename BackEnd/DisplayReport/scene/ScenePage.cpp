@@ -80,8 +80,64 @@ Json coordinates(const P3& point) {
     return {point[0], point[1], point[2]};
 }
 
-Json jsonOf(const SceneSurface& surface, const Normal& normal) {
+template <class Items, class ToJson>
+Json listOf(const Items& items, ToJson&& toJson) {
+    Json list = Json::array();
+    for (const auto& item : items) {
+        list.push_back(toJson(item));
+    }
+    return list;
+}
+
+/// In single precision: a picture has far fewer pixels than that distinguishes.
+Json jsonOf(const PictureLattice& lattice, const Normal& normal) {
+    std::vector<std::uint8_t> lands(lattice.lands.begin(), lattice.lands.end());
+    return {{"columns", lattice.columns},
+            {"rows", lattice.rows},
+            {"places", normal.text(lattice.places)},
+            {"lands", base64Of(lands)}};
+}
+
+Json coloursText(const std::vector<Colour>& colours) {
+    Json list = Json::array();
+    for (const Colour& colour : colours) {
+        list.push_back(hexText(colour));
+    }
+    return list;
+}
+
+Json legendJson(const SceneShading& shading, ShadeBy by, const std::vector<std::string>& names) {
+    Json list = Json::array();
+    for (const ShadeEntry& entry : legendOf(shading, by, names)) {
+        list.push_back({{"text", entry.text}, {"colours", coloursText(entry.colours)}});
+    }
+    return list;
+}
+
+Json jsonOf(const SceneShading& shading, const std::vector<std::string>& names, const Normal& normal) {
+    Json regions = Json::array();
+    for (const ShadedRegion& region : shading.regions) {
+        if (!region.triangles.empty()) {
+            regions.push_back({{"channels", region.channels}, {"triangles", indexText(region.triangles)}});
+        }
+    }
+    return {{"vertices", normal.text(shading.vertices)},
+            {"regions", std::move(regions)},
+            {"byCount", legendJson(shading, ShadeBy::COUNT, names)},
+            {"byChannel", legendJson(shading, ShadeBy::CHANNEL, names)}};
+}
+
+std::vector<std::string> namesOf(const DisplayScene& scene) {
+    std::vector<std::string> names;
+    for (const SceneChannel& channel : scene.channels) {
+        names.push_back(channel.targets.name);
+    }
+    return names;
+}
+
+Json jsonOf(const SceneSurface& surface, const std::vector<std::string>& names, const Normal& normal) {
     return {{"name", surface.name},
+            {"shading", surface.shading ? jsonOf(*surface.shading, names, normal) : Json()},
             {"text", surface.text},
             {"vertices", normal.text(surface.vertices)},
             {"triangles", indexText(surface.triangles)},
@@ -109,6 +165,7 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
         cells.insert(cells.end(), {target.column, target.row});
         picture.insert(picture.end(), {target.picture[0], target.picture[1]});
     }
+    const std::vector<std::uint8_t> beyond(channel.beyond.begin(), channel.beyond.end());
     return {{"name", channel.targets.name},
             {"projector", channel.targets.projectorId},
             {"colour", hexText(channel.colour)},
@@ -127,6 +184,9 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
             {"picture", base64Of(picture)},
             {"boundary", normal.text(channel.targets.boundary)},
             {"exactBoundary", exactPoints(channel.targets.boundary)},
+            {"beyond", base64Of(beyond)},
+            {"upMark", listOf(channel.upMark, [&](const std::vector<P3>& line) { return normal.text(line); })},
+            {"lattice", jsonOf(channel.lattice, normal)},
             {"frustum", channel.frustum ? jsonOf(*channel.frustum, normal) : Json()}};
 }
 
@@ -149,36 +209,40 @@ Json jsonOf(const SceneAxes& scales, const SceneAxes::Edges& edges) {
             {"axes", std::move(axes)}};
 }
 
-template <class Items, class ToJson>
-Json listOf(const Items& items, ToJson&& toJson) {
-    Json list = Json::array();
-    for (const auto& item : items) {
-        list.push_back(toJson(item));
-    }
-    return list;
-}
-
 /// What an eye looks at.
 P3 middleOfScreen(const DisplayScene& scene, const Normal& normal) {
     const Extent core = scene.core();
     return core.empty() ? normal.centre() : core.minimum() + core.size() * 0.5;
 }
 
+/// By number of channels, the last one for more.
+std::vector<Colour> countColours() {
+    std::vector<Colour> colours;
+    for (std::size_t count = 0; count <= MOST_COUNTED; ++count) {
+        colours.push_back(countColour(count));
+    }
+    return colours;
+}
+
 Json jsonOf(const DisplayScene& scene) {
     const Extent frame = scene.frame();
     const Normal normal(frame);
+    const std::vector<std::string> names = namesOf(scene);
     Json document = {
         {"title", scene.title},
         {"unit", scene.unit},
+        {"unitInMillimetres", scene.unitInMillimetres},
         {"columns", scene.plan.columns},
         {"rows", scene.plan.rows},
         {"targetStep", scene.targetStep},
         {"centre", coordinates(normal.centre())},
         {"scale", normal.scale()},
+        {"countColours", coloursText(countColours())},
         {"home", coordinates(SceneCamera::directionOf("home", scene))},
         {"middle", coordinates(middleOfScreen(scene, normal))},
         {"notes", scene.notes},
-        {"surfaces", listOf(scene.surfaces, [&](const SceneSurface& surface) { return jsonOf(surface, normal); })},
+        {"surfaces",
+         listOf(scene.surfaces, [&](const SceneSurface& surface) { return jsonOf(surface, names, normal); })},
         {"cloud", scene.cloud ? Json{{"points", normal.text(scene.cloud->points)}} : Json()},
         {"channels", listOf(scene.channels,
                             [&](const SceneChannel& channel) { return jsonOf(channel, scene.outlineStep, normal); })},

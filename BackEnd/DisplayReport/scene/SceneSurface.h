@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "DisplayReport/scene/SceneShading.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,9 @@ struct SceneSurface {
     std::vector<Edge> border;         ///< edges that belong to one triangle alone; indices into `vertices`
     std::size_t trianglesOfMesh = 0;  ///< of the mesh before it was thinned; 0 for a shape given by its numbers
     std::size_t trianglesFarOff = 0;  ///< left out: they reach to no place, or to where no picture could hold the rest
+
+    /// What lights it; of the current screen alone. It is drawn in place of `triangles`, which it covers.
+    std::optional<SceneShading> shading;
 
     [[nodiscard]] bool isThinned() const { return trianglesOfMesh > triangles.size(); }
 };

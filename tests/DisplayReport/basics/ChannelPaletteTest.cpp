@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <set>
 
 namespace {
@@ -17,6 +18,19 @@ TEST(ChannelPalette, SixteenChannelsHaveColoursOfTheirOwn) {
     EXPECT_EQ(channelColour(16), channelColour(0));
     EXPECT_EQ(hexText(channelColour(0)), "#e69f00");
     EXPECT_EQ(hexText(channelColour(2)), "#009e73");
+}
+
+/// As eyes weigh the three lights, of the standard for screens; between 0 and 1.
+double brightness(const Colour& colour) {
+    const auto light = [](unsigned char part) { return std::pow(part / 255.0, 2.2); };
+    return 0.2126 * light(colour.red) + 0.7152 * light(colour.green) + 0.0722 * light(colour.blue);
+}
+
+TEST(ChannelPalette, CountsGrowBrighterUpToThree) {
+    for (std::size_t count = 1; count < 4; ++count) {
+        EXPECT_GT(brightness(countColour(count)), 1.3 * brightness(countColour(count - 1))) << count;
+    }
+    EXPECT_EQ(countColour(4), countColour(3));
 }
 
 TEST(ChannelPalette, ColoursMixByShare) {

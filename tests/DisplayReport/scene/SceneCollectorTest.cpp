@@ -52,6 +52,8 @@ TEST_F(SceneCollectorTest, AFlatDisplayHasItsScreenItsTargetsAndNoFrustum) {
     ASSERT_EQ(scene.channels.size(), 1U);
     EXPECT_EQ(scene.channels[0].targets.grid.size(), 6U);
     EXPECT_FALSE(scene.channels[0].frustum.has_value());
+    EXPECT_EQ(scene.channels[0].beyond, std::vector<bool>(8, false)) << "along the very edges of the screen";
+    EXPECT_EQ(scene.unitInMillimetres, 1000);
     EXPECT_EQ(scene.channels[0].width, 1920);
     ASSERT_EQ(scene.eyes.size(), 1U);
     EXPECT_EQ(scene.eyes[0].point, P3());
@@ -68,6 +70,27 @@ TEST_F(SceneCollectorTest, AMirrorAndItsEyeStandInTheWorld) {
     EXPECT_EQ(scene.mirror->radius, 3);
     EXPECT_EQ(scene.eyes.at(0).point, (P3{0, -0.3, 1.0})) << "the eye is given from the middle of the mirror";
     EXPECT_TRUE(scene.channels.at(0).frustum.has_value());
+}
+
+// A picture that reaches past the rim of a dome: its outline follows the sphere below.
+TEST_F(SceneCollectorTest, AnOutlinePastTheEdgeOfTheScreenIsMarked) {
+    const auto config = displays::parsed(
+        "<Screen shape='Sphere'><Radius value='5'/><Azimuth min='-180' max='180'/><Elevation min='0' "
+        "max='90'/></Screen>",
+        displays::projector("A", "<Frustum left='-20' right='20' bottom='-10' top='30'/>"),
+        "<TargetData type='Spherical'/>");
+    const DisplayScene scene = collect(*config);
+    const SceneChannel& channel = scene.channels.at(0);
+    ASSERT_EQ(channel.beyond.size(), channel.targets.boundary.size());
+    int beyond = 0;
+    for (std::size_t i = 0; i < channel.beyond.size(); ++i) {
+        EXPECT_EQ(channel.beyond[i], channel.targets.boundary[i][2] < 0) << i;
+        beyond += channel.beyond[i] ? 1 : 0;
+    }
+    EXPECT_GE(beyond, 2);
+    EXPECT_LT(beyond, static_cast<int>(channel.beyond.size()));
+    EXPECT_THAT(scene.notes, Contains(HasSubstr("past the edge of the screen")));
+    EXPECT_TRUE(scene.complete) << "that is no fault";
 }
 
 TEST_F(SceneCollectorTest, WhatIsMissingIsSaid) {
