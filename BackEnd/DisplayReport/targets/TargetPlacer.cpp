@@ -1,13 +1,16 @@
 #include "DisplayReport/targets/TargetPlacer.h"
 
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 #include "Configuration/IUnitsConfig.h"
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/basics/Fault.h"
 #include "DisplayReport/basics/GeometryText.h"
+#include "DisplayReport/channels/ChannelChoice.h"
 #include "DisplayReport/channels/ChannelLocator.h"
 #include "DisplayReport/channels/ScreenArea.h"
+#include "DisplayReport/maps/LayoutMapper.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/DisplayKinds.h"
 #include "ScreenManager/ScreenManager.h"
@@ -62,7 +65,7 @@ std::string whyEverythingMisses(const XMLConfigManager& config, const ProjectorC
 
 TargetPlacer::TargetPlacer(const TargetPlan& plan, Progress progress) : m_plan(plan), m_progress(std::move(progress)) {}
 
-TargetSurvey TargetPlacer::place(const XMLConfigManager& config) const {
+TargetSurvey TargetPlacer::place(XMLConfigManager& config) const {
     TargetSurvey survey;
     survey.plan = m_plan;
     if (const IUnitsConfig* units = config.getNativeUnitsConfig()) {
@@ -74,7 +77,7 @@ TargetSurvey TargetPlacer::place(const XMLConfigManager& config) const {
             m_progress(i, ids.size());
         }
         if (const ProjectorConfig* projector = config.getProjectorConfig(ids[i])) {
-            survey.channels.push_back(placeChannel(config, *projector));
+            survey.channels.push_back(placeChannel(config, ChannelChoice{i, projector}));
         }
     }
     if (m_progress) {
@@ -83,7 +86,8 @@ TargetSurvey TargetPlacer::place(const XMLConfigManager& config) const {
     return survey;
 }
 
-ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const ProjectorConfig& projector) const {
+ChannelTargets TargetPlacer::placeChannel(XMLConfigManager& config, const ChannelChoice& choice) const {
+    const ProjectorConfig& projector = *choice.projector;
     ChannelTargets channel;
     channel.name = toUtf8(projector.getName());
     channel.projectorId = toUtf8(projector.getIdentity());
@@ -108,12 +112,12 @@ ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const 
         return channel;
     }
     channel.boundaryMissed = kind.outlineSamples(*locator, m_plan.boundarySamples);
-    if (!kind.offersGrid) {
-        channel.gridMissed = 0;
-        channel.remark = "its projector has a projection model, for which only an outline is placed";
-    }
     try {
-        placeGrid(*locator, kind, channel);
+        if (kind.offersGrid) {
+            placeGrid(*locator, kind, channel);
+        } else {
+            placeGridThroughMap(config, choice, kind, channel);
+        }
         channel.boundary = locator->projectBoundaryOnTargetLocationSurface(m_plan.boundarySamples);
     } catch (...) {
         channel.fault = sentenceOf(faultOf({}, std::current_exception()));
@@ -121,27 +125,58 @@ ChannelTargets TargetPlacer::placeChannel(const XMLConfigManager& config, const 
     }
     channel.boundaryMissed -= std::min(channel.boundaryMissed, channel.boundary.size());
     const bool isOutlineWanted = m_plan.boundarySamples > 0;
-    if (kind.offersGrid ? channel.grid.empty() : isOutlineWanted && channel.boundary.empty()) {
+    const bool nothingLands =
+        channel.grid.empty() && (kind.offersGrid || (isOutlineWanted && channel.boundary.empty()));
+    if (nothingLands) {
         channel.fault = whyEverythingMisses(config, projector, kind, m_plan, *surface);
     }
     return channel;
 }
 
 void TargetPlacer::placeGrid(const TargetLocator& locator, const LocatorKind& kind, ChannelTargets& channel) const {
-    if (!kind.offersGrid) {
-        return;
-    }
     std::map<Point<int, 2>, Point<double, 3>> grid;
     locator.projectOnTargetLocationSurface(0.0, 1.0, 0.0, 1.0, m_plan.columns, m_plan.rows, grid);
     channel.grid.reserve(grid.size());
     for (const auto& [index, point] : grid) {
-        channel.grid.push_back(
-            {index[0],
-             index[1],
-             {normalised(index[0], m_plan.columns), upwards(index[1], m_plan.rows, kind.firstRowIsAtTheTop)},
-             point});
+        GridTarget target = targetAt(index[0], index[1], kind);
+        target.point = point;
+        channel.grid.push_back(target);
     }
     channel.gridMissed -= channel.grid.size();
+}
+
+void TargetPlacer::placeGridThroughMap(XMLConfigManager& config, const ChannelChoice& choice, const LocatorKind& kind,
+                                       ChannelTargets& channel) const {
+    std::vector<GridTarget> targets;
+    std::vector<Point<double, 2>> picture;
+    for (int column = 0; column < m_plan.columns; ++column) {
+        for (int row = 0; row < m_plan.rows; ++row) {
+            targets.push_back(targetAt(column, row, kind));
+            picture.push_back(targets.back().picture);
+        }
+    }
+    std::vector<LayoutPoint> layout(picture.size());
+    try {
+        LayoutMapper(config, choice, false).toLayout(picture, layout);
+    } catch (const VeltraniExceptionBase&) {
+        // Its outline does not need the map, which may fail for the sake of another channel.
+        channel.gridMissed = 0;
+        channel.remark = "its projection model offers no grid, and there is none through its layout map: " +
+                         sentenceOf(faultOf({}, std::current_exception()));
+        return;
+    }
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        if (layout[i].isMapped) {
+            targets[i].point = layout[i].point;
+            channel.grid.push_back(targets[i]);
+        }
+    }
+    channel.gridMissed -= channel.grid.size();
+    channel.remark = "its projection model offers no grid: its targets were placed through its layout map";
+}
+
+GridTarget TargetPlacer::targetAt(int column, int row, const LocatorKind& kind) const {
+    return {column, row, {normalised(column, m_plan.columns), upwards(row, m_plan.rows, kind.firstRowIsAtTheTop)}, {}};
 }
 
 }  // namespace Veltrani::DisplayReport

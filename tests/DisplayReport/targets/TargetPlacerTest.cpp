@@ -137,7 +137,8 @@ TEST_F(TargetPlacerTest, ACustomPlanarChannelIsPlacedByItsMapFromTheBottomUp) {
     EXPECT_EQ(channel.boundaryMissed, 0U);
 }
 
-TEST_F(TargetPlacerTest, AProjectorWithAProjectionModelHasAnOutlineOnlyAndThatIsNoFault) {
+// Its locator refuses to place a grid. Oracle: a lens of equal angles, whose directions follow from the numbers alone.
+TEST_F(TargetPlacerTest, AProjectorWithAProjectionModelHasItsGridThroughItsLayoutMap) {
     const std::string frustum = "<Frustum left='-45' right='45' bottom='-45' top='45'/>";
     const auto config =
         displays::parsed(displays::SPHERE, displays::projector("A", frustum + "<ProjectionModel name='Equidistant'/>"),
@@ -146,12 +147,37 @@ TEST_F(TargetPlacerTest, AProjectorWithAProjectionModelHasAnOutlineOnlyAndThatIs
     const TargetSurvey survey = place(*config, {3, 3, 10});
     const ChannelTargets& channel = survey.channels.at(0);
     EXPECT_EQ(channel.fault, "");
-    EXPECT_THAT(channel.remark, HasSubstr("only an outline is placed"));
-    EXPECT_TRUE(channel.grid.empty());
+    EXPECT_THAT(channel.remark, HasSubstr("its targets were placed through its layout map"));
+    ASSERT_EQ(channel.grid.size(), 9U);
     EXPECT_EQ(channel.gridMissed, 0U);
+    const GridTarget& right = channel.grid.at(7);
+    EXPECT_EQ(right.column, 2);
+    EXPECT_EQ(right.row, 1);
+    EXPECT_EQ(right.picture, (Point<double, 2>{1.0, 0.5}));
+    const double side = 5 * std::sqrt(0.5);
+    EXPECT_LE(norm(right.point - P3{side, side, 0}), 1e-9) << "45 degrees to the right";
+    const GridTarget& first = channel.grid.at(3);
+    EXPECT_EQ(first.row, 0);
+    EXPECT_EQ(first.picture, (Point<double, 2>{0.5, 1.0})) << "the lower edge comes first, as in its outline";
+    EXPECT_LE(norm(first.point - P3{0, side, -side}), 1e-9) << "45 degrees down";
     EXPECT_EQ(channel.boundary.size(), 44U);
     EXPECT_EQ(channel.boundaryMissed, 0U);
     EXPECT_TRUE(survey.complete());
+}
+
+TEST_F(TargetPlacerTest, AGridThroughALayoutMapCountsWhatMissesTheScreen) {
+    const auto config =
+        displays::parsed(displays::FLAT,
+                         displays::projector("A",
+                                             "<Frustum left='-30' right='30' bottom='-5' top='5'/><ProjectionModel "
+                                             "name='Equidistant'/><Position x='0' y='0' z='1'/>"),
+                         "<TargetData type='ProjectorCentric'/>");
+    ScreenManager::getInstance()->setScreenGeometry(config.get(), false);
+    const TargetSurvey survey = place(*config, {3, 2, 2});
+    const ChannelTargets& channel = survey.channels.at(0);
+    EXPECT_EQ(channel.grid.size(), 2U) << "the middle column: the others pass the wall";
+    EXPECT_EQ(channel.gridMissed, 4U);
+    EXPECT_EQ(channel.fault, "");
 }
 
 TEST_F(TargetPlacerTest, AChannelWithoutALocatorSaysWhy) {
