@@ -30,7 +30,7 @@ TEST(TargetsCommand, WritesOneLinePerTargetAndASummary) {
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_THAT(tableOf(run.output), StartsWith("channel,projector,kind,column,row,u,v,x,y,z\n"));
     EXPECT_EQ(lines(tableOf(run.output)), 1 + 6 * (12 + 8));
-    EXPECT_THAT(run.errors, HasSubstr("120 targets placed, 0 missed, on 6 x 0 x 2.5 m"));
+    EXPECT_THAT(run.errors, HasSubstr("72 of 72 targets placed, 48 of 48 samples of outlines, on 6 x 0 x 2.5 m"));
 }
 
 TEST(TargetsCommand, HasADefaultDensity) {

@@ -29,6 +29,11 @@ std::string rangeText(const Extent& extent, std::size_t axis) {
     return roundedText(extent.minimum()[axis]) + " .. " + roundedText(extent.maximum()[axis]);
 }
 
+/// "132 of 160": as pages and pictures of the display have it.
+std::string partText(std::size_t placed, std::size_t missed) {
+    return std::to_string(placed) + " of " + std::to_string(placed + missed);
+}
+
 std::string inUnit(const std::string& axis, const std::string& unit) {
     return unit.empty() ? axis : axis + " (" + unit + ")";
 }
@@ -71,16 +76,21 @@ Extent extentOf(const ChannelTargets& channel) {
 }
 
 void printSummary(const TargetSurvey& survey, std::ostream& out) {
-    TextTable table(
-        {"channel", "placed", "missed", inUnit("x", survey.unit), inUnit("y", survey.unit), inUnit("z", survey.unit)});
+    TextTable table({"channel", "targets", "outline", inUnit("x", survey.unit), inUnit("y", survey.unit),
+                     inUnit("z", survey.unit)});
+    std::size_t grid = 0;
+    std::size_t gridMissed = 0;
     for (const ChannelTargets& channel : survey.channels) {
         const Extent extent = extentOf(channel);
-        table.add({channel.name, std::to_string(channel.grid.size() + channel.boundary.size()),
-                   std::to_string(channel.gridMissed + channel.boundaryMissed), rangeText(extent, 0),
+        table.add({channel.name, partText(channel.grid.size(), channel.gridMissed),
+                   partText(channel.boundary.size(), channel.boundaryMissed), rangeText(extent, 0),
                    rangeText(extent, 1), rangeText(extent, 2)});
+        grid += channel.grid.size();
+        gridMissed += channel.gridMissed;
     }
     table.print(out);
-    out << survey.placed() << " targets placed, " << survey.missed() << " missed";
+    out << partText(grid, gridMissed) << " targets placed, "
+        << partText(survey.placed() - grid, survey.missed() - gridMissed) << " samples of outlines";
     if (const Extent extent = survey.extent(); !extent.empty()) {
         out << ", on " << sizeText(extent, survey.unit);
     }

@@ -26,7 +26,7 @@ protected:
         ScreenManager::deleteInstance();
     }
 
-    static TargetSurvey place(const XMLConfigFile& config, const TargetPlan& plan = {3, 2, 2}) {
+    static TargetSurvey place(XMLConfigFile& config, const TargetPlan& plan = {3, 2, 2}) {
         return TargetPlacer(plan).place(config);
     }
 

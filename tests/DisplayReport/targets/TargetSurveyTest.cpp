@@ -62,10 +62,10 @@ TEST(TargetSurvey, ItsSummaryStatesPlacedMissedAndExtent) {
     survey.channels[1].gridMissed = 5;
     survey.channels[1].fault = "no screen area";
     EXPECT_EQ(summary(survey),
-              "channel  placed  missed  x (m)    y (m)   z (m)\n"
-              "Left     2       3       -1 .. 1  4 .. 4  0.5 .. 2\n"
-              "Right    0       5       -        -       -\n"
-              "2 targets placed, 8 missed, on 2 x 0 x 1.5 m (right x forward x up)\n"
+              "channel  targets  outline  x (m)    y (m)   z (m)\n"
+              "Left     1 of 1   1 of 4   -1 .. 1  4 .. 4  0.5 .. 2\n"
+              "Right    0 of 5   0 of 0   -        -       -\n"
+              "1 of 6 targets placed, 1 of 4 samples of outlines, on 2 x 0 x 1.5 m (right x forward x up)\n"
               "channel Right has no grid of targets: no screen area\n");
 }
 
@@ -84,8 +84,8 @@ TEST(TargetSurvey, ItsSummaryStatesWhatIsSpecialAboutAChannel) {
 
 TEST(TargetSurvey, ItsSummarySaysWhenThereAreNoProjectors) {
     EXPECT_EQ(summary(TargetSurvey()),
-              "channel  placed  missed  x  y  z\n"
-              "0 targets placed, 0 missed\n"
+              "channel  targets  outline  x  y  z\n"
+              "0 of 0 targets placed, 0 of 0 samples of outlines\n"
               "the configuration has no projectors\n");
 }
 
