@@ -33,6 +33,7 @@ struct SceneChannel {
     /// As long as `targets.boundary`: true for samples that lie on a continuation of the screen past its edge, where no
     /// light arrives. A line to or from such a sample is drawn as one that is none of the screen, or not at all.
     std::vector<bool> beyond;
+    std::vector<bool> rimBeyond;  ///< the same of the rim of `frustum`, whose rays end in the air there
     /// An arrow on the screen towards the upper edge of its picture: shaft and head, each a line. Empty where its light
     /// is not known, or misses.
     std::vector<std::vector<Point<double, 3>>> upMark;

@@ -349,6 +349,9 @@ void SceneCollector::markContinuations(DisplayScene& scene) {
             channel.beyond.push_back(!edge.isWithin(sample));
             beyond += channel.beyond.back() ? 1 : 0;
         }
+        for (const P3& end : channel.frustum ? channel.frustum->rim : std::vector<P3>()) {
+            channel.rimBeyond.push_back(!edge.isWithin(end));
+        }
     }
     if (beyond > 0) {
         scene.notes.push_back(

@@ -166,6 +166,7 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
         picture.insert(picture.end(), {target.picture[0], target.picture[1]});
     }
     const std::vector<std::uint8_t> beyond(channel.beyond.begin(), channel.beyond.end());
+    const std::vector<std::uint8_t> rimBeyond(channel.rimBeyond.begin(), channel.rimBeyond.end());
     return {{"name", channel.targets.name},
             {"projector", channel.targets.projectorId},
             {"colour", hexText(channel.colour)},
@@ -185,6 +186,7 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
             {"boundary", normal.text(channel.targets.boundary)},
             {"exactBoundary", exactPoints(channel.targets.boundary)},
             {"beyond", base64Of(beyond)},
+            {"rimBeyond", base64Of(rimBeyond)},
             {"upMark", listOf(channel.upMark, [&](const std::vector<P3>& line) { return normal.text(line); })},
             {"lattice", jsonOf(channel.lattice, normal)},
             {"frustum", channel.frustum ? jsonOf(*channel.frustum, normal) : Json()}};

@@ -125,7 +125,8 @@ TEST_F(SceneLighterTest, ManyPiecesAreThinnedAndTheBordersStay) {
     const auto [left, right] = rangeOf(shadingOf(few), {0}, 0);
     EXPECT_NEAR(left, -1.6, 1e-3);
     EXPECT_NEAR(right, 0.4, 1e-3);
-    EXPECT_NEAR(areaOf(shadingOf(few), shadingOf(few).regions[1]), 4, 0.04);
+    // What is gathered may overlap a little.
+    EXPECT_NEAR(areaOf(shadingOf(few), shadingOf(few).regions[1]), 4, 0.12);
 }
 
 TEST_F(SceneLighterTest, EveryChannelHasItsLatticeAndItsArrow) {
