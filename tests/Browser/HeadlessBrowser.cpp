@@ -67,6 +67,10 @@ void HeadlessBrowser::openEmptyPage(int width, int height) {
     for (const char* domain : {"Page.enable", "Runtime.enable", "Log.enable"}) {
         call(domain, Json::object());
     }
+    resize(width, height);
+}
+
+void HeadlessBrowser::resize(int width, int height) {
     call("Emulation.setDeviceMetricsOverride",
          {{"width", width}, {"height", height}, {"deviceScaleFactor", 1}, {"mobile", false}});
 }
@@ -226,6 +230,12 @@ void HeadlessBrowser::mouse(const std::string& type, double right, double down, 
                                       {"button", type == "mouseMoved" && buttons == 0 ? "none" : "left"},
                                       {"buttons", buttons},
                                       {"clickCount", 1}});
+}
+
+void HeadlessBrowser::press(const std::string& key) {
+    for (const char* type : {"keyDown", "keyUp"}) {
+        call("Input.dispatchKeyEvent", {{"type", type}, {"key", key}});
+    }
 }
 
 void HeadlessBrowser::click(double right, double down) {

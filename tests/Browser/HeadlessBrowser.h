@@ -33,6 +33,12 @@ public:
     void click(double right, double down);
     /// Presses, moves and releases.
     void drag(double right, double down, double toRight, double toDown);
+    /// Moves the pointer there, no button pressed.
+    void hover(double right, double down) { mouse("mouseMoved", right, down, 0); }
+    /// Presses and releases a key, by the name that the page sees.
+    void press(const std::string& key);
+    /// Gives the page another size.
+    void resize(int width, int height);
     /// What the page looks like.
     PngImage screenshot();
     /// Whatever the page or the browser wrote to the console as a warning or an error, every exception that nobody

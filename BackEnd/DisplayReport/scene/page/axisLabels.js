@@ -75,6 +75,12 @@ export class Label {
     this.element.hidden = true;
   }
 
+  // To its number alone, where its words would cover those of another one.
+  shorten(isShort) {
+    this.isShort = isShort;
+    this.element.classList.toggle('short', isShort);
+  }
+
   // Moved to the right or left until all of it is in a picture of that width.
   showWithin(width, x, y) {
     this.show(Math.max(this.width / 2, Math.min(width - this.width / 2, x)), y);

@@ -8,13 +8,15 @@ function start() {
   const panel = document.createElement('aside');
   const stage = document.createElement('main');
   const readout = Object.assign(document.createElement('dl'), { id: 'readout', hidden: true });
-  stage.append(readout);
+  const light = Object.assign(document.createElement('dl'), { id: 'light', hidden: true });
+  light.setAttribute('aria-live', 'polite');
+  stage.append(readout, light);
   document.body.append(panel, stage);
 
   const scene = readScene(document);
   let view = null;
   try {
-    view = new View(scene, stage, readout);
+    view = new View(scene, stage, { readout, light });
   } catch (fault) {
     scene.notes.unshift(`This browser cannot draw in three dimensions (WebGL 2 is missing or switched off): ${fault.message}`);
   }

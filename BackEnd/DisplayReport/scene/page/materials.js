@@ -1,15 +1,24 @@
 // What everything is drawn with: two small shaders of our own. Those of the library are long, and software that draws
 // without a graphics processor takes seconds to translate them.
-import { Color, DoubleSide, GLSL3, LinearSRGBColorSpace, RawShaderMaterial } from 'three';
+import {
+  Color, DoubleSide, GLSL3, LinearSRGBColorSpace, RawShaderMaterial, Vector3,
+} from 'three';
+
+export const MOST_COLOURS = 8; // in stripes beside one another
+const STRIPE = '8.0'; // pixels along both edges of the picture
+
+// Pixels of the drawing per pixel of the page; all materials share it.
+export const pixelRatio = { value: 1 };
 
 const PRECISION = 'precision highp float;\n';
 const MATRICES = 'uniform mat4 modelViewMatrix;\nuniform mat4 projectionMatrix;\nin vec3 position;\n';
 
 const FLAT_VERTEX = `${PRECISION}${MATRICES}
 uniform float size;
+uniform float pixelRatio;
 void main() {
   gl_Position = projectionMatrix * modelViewMatrix * vec4(position, 1.0);
-  gl_PointSize = size;
+  gl_PointSize = size * pixelRatio;
 }`;
 
 // Shape 0 is as the triangle, the line or the point is; 1 a disc, 2 a ring with a dark rim, inside of a point.
@@ -17,15 +26,17 @@ const FLAT_FRAGMENT = `${PRECISION}
 uniform vec3 colour;
 uniform float opacity;
 uniform float size;
+uniform float pixelRatio;
 uniform int shape;
 out vec4 result;
 void main() {
   result = vec4(colour, opacity);
   if (shape > 0) {
-    float distance = length(gl_PointCoord - 0.5) * size;
-    float outside = shape == 1 ? distance + 0.5 - 0.5 * size : abs(distance - 0.375 * size) - 0.07 * size;
+    float width = size * pixelRatio;
+    float distance = length(gl_PointCoord - 0.5) * width;
+    float outside = shape == 1 ? distance + 0.5 - 0.5 * width : abs(distance - 0.375 * width) - 0.07 * width;
     if (shape == 2) {
-      result.rgb *= step(abs(distance - 0.375 * size), 0.04 * size);
+      result.rgb *= step(abs(distance - 0.375 * width), 0.04 * width);
     }
     result.a *= clamp(0.5 - outside, 0.0, 1.0);
     if (result.a == 0.0) {
@@ -46,17 +57,30 @@ void main() {
   gl_Position = projectionMatrix * place;
 }`;
 
-// The light stands beside the camera. A triangle without an area has no normal.
+// The light stands beside the camera. A triangle without an area has no normal. Several colours stand in stripes. What is
+// seen from the other side than that of the eye point hardly hides what stands behind it: of a dome, the inside.
 const LIT_FRAGMENT = `${PRECISION}
-uniform vec3 colour;
+uniform vec3 colours[${MOST_COLOURS}];
+uniform int count;
+uniform float pixelRatio;
 uniform float opacity;
+uniform vec3 eye;
+uniform bool hasEye;
+uniform float behind;
+uniform mat4 viewMatrix;
 in vec3 seen;
 in vec3 turned;
 out vec4 result;
 void main() {
   float lengths = length(seen) * length(turned);
   float facing = lengths > 0.0 ? abs(dot(seen, turned)) / lengths : 0.0;
-  result = vec4(colour * (0.55 + 0.4 * facing), opacity);
+  float stripe = (gl_FragCoord.x + gl_FragCoord.y) / (${STRIPE} * pixelRatio);
+  vec3 colour = colours[int(mod(stripe, float(count)))];
+  // Whatever way the corners go round: the plane of the triangle is taken from the places beside.
+  vec3 upright = cross(dFdx(seen), dFdy(seen));
+  vec3 toEye = (viewMatrix * vec4(eye, 1.0)).xyz - seen;
+  bool isBehind = hasEye && dot(upright, -seen) * dot(upright, toEye) < 0.0;
+  result = vec4(colour * (0.6 + 0.4 * facing), opacity * (isBehind ? behind : 1.0));
 }`;
 
 // As it stands in the style: the shaders write it as it is.
@@ -69,7 +93,7 @@ export function flatMaterial(colour, { opacity = 1, size = 1, shape = 0 } = {}) 
     glslVersion: GLSL3,
     vertexShader: FLAT_VERTEX,
     fragmentShader: FLAT_FRAGMENT,
-    uniforms: { colour: { value: shadeOf(colour) }, opacity: { value: opacity }, size: { value: size }, shape: { value: shape } },
+    uniforms: { colour: { value: shadeOf(colour) }, opacity: { value: opacity }, size: { value: size }, pixelRatio, shape: { value: shape } },
     transparent: true,
     side: DoubleSide,
     depthTest: false,
@@ -78,16 +102,28 @@ export function flatMaterial(colour, { opacity = 1, size = 1, shape = 0 } = {}) 
   });
 }
 
-export function litMaterial(colour, opacity) {
-  return new RawShaderMaterial({
+// What a surface is drawn with; `setColours` changes it.
+export function litMaterial(colours, { opacity, eye, behind }) {
+  const material = new RawShaderMaterial({
     glslVersion: GLSL3,
     vertexShader: LIT_VERTEX,
     fragmentShader: LIT_FRAGMENT,
-    uniforms: { colour: { value: shadeOf(colour) }, opacity: { value: opacity } },
+    uniforms: {
+      colours: { value: Array.from({ length: MOST_COLOURS }, () => new Color()) }, count: { value: 1 }, pixelRatio, opacity,
+      eye: { value: eye || new Vector3() }, hasEye: { value: Boolean(eye) }, behind: { value: behind },
+    },
     transparent: true,
     side: DoubleSide,
     depthTest: false,
     depthWrite: false,
     forceSinglePass: true,
   });
+  setColours(material, colours);
+  return material;
+}
+
+export function setColours(material, colours) {
+  const shown = colours.slice(0, MOST_COLOURS);
+  shown.forEach((colour, i) => material.uniforms.colours.value[i].copy(shadeOf(colour)));
+  material.uniforms.count.value = shown.length;
 }

@@ -1,4 +1,6 @@
 // The panel beside the picture. Every text of the display is set as text, never as HTML.
+import { decimalsOf, pixelSize, rounded } from './digits.js';
+import { KEYS } from './keyboard.js';
 
 function element(tag, properties = {}, ...children) {
   const made = Object.assign(document.createElement(tag), properties);
@@ -10,6 +12,14 @@ function section(title, ...children) {
   return element('section', {}, element('h2', { textContent: title }), ...children);
 }
 
+// Channels have a number beside their colour: where there are more of them than colours, it tells them apart.
+function swatch(colours, number = '') {
+  const stripes = colours.map((colour, i) => `${colour} ${(100 * i) / colours.length}% ${(100 * (i + 1)) / colours.length}%`);
+  const made = element('i', { className: 'swatch', style: `background: linear-gradient(135deg, ${stripes.join(', ')})` });
+  made.dataset.number = number;
+  return made;
+}
+
 function check(text, isOn, changed, kind = 'checkbox', group = '') {
   const box = element('input', { type: kind, checked: isOn, name: group });
   box.addEventListener('change', () => changed(box.checked));
@@ -18,7 +28,7 @@ function check(text, isOn, changed, kind = 'checkbox', group = '') {
 
 function counts(channel) {
   const { placed } = channel;
-  const targets = placed || channel.gridMissed ? `${placed} targets, ${channel.gridMissed} missed` : 'no grid';
+  const targets = placed || channel.gridMissed ? `${placed} of ${placed + channel.gridMissed} targets` : 'no grid';
   const outline = `outline ${channel.samples} of ${channel.samples + channel.boundaryMissed}`;
   return `${targets}; ${outline}; ${channel.width} x ${channel.height} pixels`;
 }
@@ -26,7 +36,7 @@ function counts(channel) {
 function channelRow(item, view) {
   const { channel } = item;
   const label = check(channel.name, true, (on) => view.showChannel(item, on));
-  label.children[0].after(element('i', { className: 'swatch', style: `background: ${channel.colour}` }));
+  label.children[0].after(swatch([channel.colour], channel.number));
   const only = element('button', { type: 'button', textContent: 'only', title: 'Show this channel alone' });
   only.addEventListener('click', () => view.showOnly(item));
   item.box = label.children[0];
@@ -48,20 +58,41 @@ function screens(scene, view) {
   const choices = names.length > 1 ? [...names, 'both', 'none'] : [...names, 'none'];
   const shown = names[names.length - 1];
   const radios = choices.map((name) => check(name, name === shown, () => view.showScreen(name), 'radio', 'screen'));
-  const opacity = element('input', { type: 'range', min: 0, max: 100, value: 45 });
+  const opacity = element('input', { type: 'range', min: 0, max: 100, value: Math.round(100 * view.opacity.value) });
   opacity.addEventListener('input', () => view.setOpacity(opacity.value / 100));
   const texts = scene.surfaces.map((s) => element('small', { textContent: `${s.name}: ${s.text}` }));
   return section('Screen', element('div', { className: 'wrap' }, ...radios),
     element('label', {}, element('span', { textContent: 'opacity' }), opacity), ...texts);
 }
 
+// What the colours of the screen mean, by how many channels light a place or by which.
+function light(scene, view) {
+  const shaded = scene.surfaces.find((surface) => surface.shading);
+  if (!shaded) {
+    return [];
+  }
+  const legend = element('ul', { id: 'legend' });
+  const shade = (kind) => {
+    const entries = { count: shaded.shading.byCount, channel: shaded.shading.byChannel, none: [] }[kind];
+    legend.replaceChildren(...entries.map(({ text, colours }) => element('li', {}, swatch(colours),
+      element('span', { textContent: text }))));
+    if (kind === 'channel' && shaded.shading.regions.some((region) => region.channels.length > 1)) {
+      legend.append(element('li', { textContent: 'Stripes: several channels.' }));
+    }
+    view.shadeBy(kind);
+  };
+  const kinds = [['count', 'by number'], ['channel', 'by channel'], ['none', 'plain']];
+  const radios = kinds.map(([kind, text]) => check(text, kind === view.shadeKind, () => shade(kind), 'radio', 'shading'));
+  shade(view.shadeKind);
+  return [section('Light on the screen', element('div', { className: 'wrap' }, ...radios), legend)];
+}
+
 function layers(scene, view) {
   const offered = [
     ['targets', 'targets', scene.channels.length],
-    ['pictures', 'pictures', scene.channels.length],
     ['outlines', 'outlines', scene.channels.length],
     ['frusta', 'frusta', scene.channels.some((channel) => channel.frustum)],
-    ['labels', 'names', scene.channels.length],
+    ['labels', 'names and up marks', scene.channels.length],
     ['cloud', 'model cloud', scene.cloud],
     ['eyes', 'eye point', scene.eyes.length],
     ['mirror', 'mirror', scene.mirror],
@@ -95,32 +126,76 @@ function notes(scene) {
   return section('Notes', element('ul', { id: 'notes' }, ...scene.notes.map((note) => element('li', { textContent: note }))));
 }
 
-export function fillPanel(panel, scene, items, view) {
-  const unit = scene.unit || 'native units';
-  panel.append(element('h1', { textContent: scene.title }),
-    element('p', { textContent: `Lengths in ${unit}. Drag to turn, right-drag to move, scroll to zoom, click a target.` }));
-  if (scene.notes.length) {
-    panel.append(notes(scene));
-  }
-  if (view) {
-    panel.append(views(scene, view), screens(scene, view), layers(scene, view), channelList(items, view));
-  }
+// The head folds the rest away where there is little room.
+function headOf(panel, scene) {
+  const fold = element('button', { type: 'button', id: 'fold' });
+  const setFolded = (isFolded) => {
+    panel.classList.toggle('folded', isFolded);
+    fold.textContent = isFolded ? 'Show panel' : 'Hide panel';
+    fold.setAttribute('aria-expanded', String(!isFolded));
+  };
+  fold.addEventListener('click', () => setFolded(!panel.classList.contains('folded')));
+  setFolded(window.matchMedia('(max-width: 700px)').matches);
+  return element('header', {}, element('h1', { textContent: scene.title }), fold);
 }
 
-export function fillReadout(readout, answer, unit) {
-  readout.replaceChildren();
-  readout.hidden = !answer;
+export function fillPanel(panel, scene, items, view) {
+  const unit = scene.unit || 'native units';
+  const body = element('div', { id: 'body' });
+  body.append(element('p', { textContent: `Lengths in ${unit}. Drag to turn, right-drag or two fingers to move, scroll to zoom; `
+    + 'point at the screen for the light there, click a target.' }),
+  element('p', { textContent: `Keys, once the picture is chosen with Tab: ${KEYS}` }));
+  if (scene.notes.length) {
+    body.append(notes(scene));
+  }
+  if (view) {
+    body.append(views(scene, view), ...light(scene, view), screens(scene, view), layers(scene, view), channelList(items, view));
+  }
+  panel.append(headOf(panel, scene), body);
+}
+
+function fillRows(list, rows) {
+  list.replaceChildren(...rows.flatMap(([name, value]) => [element('dt', { textContent: name }),
+    element('dd', { textContent: String(value) })]));
+  list.hidden = !rows.length;
+}
+
+function placeRows(point, scene) {
+  const decimals = decimalsOf(scene.scale);
+  return ['x', 'y', 'z'].map((axis, i) => [axis, `${rounded(point[i], decimals)} ${scene.unit}`.trim()]);
+}
+
+// Of the target that was clicked; (u, v) is (0, 0) at the bottom left.
+export function fillReadout(readout, answer, scene) {
   if (!answer) {
+    fillRows(readout, []);
     return;
   }
   const rows = [['channel', answer.channel], ['projector', answer.projector]];
   if (answer.sample === undefined) {
-    rows.push(['column', answer.column], ['row', answer.row], ['u, v', answer.picture.join(', ')]);
+    const [u, downwards] = answer.picture;
+    rows.push(['column', answer.column], ['row', answer.row], ['u, v', `${rounded(u, 4)}, ${rounded(1 - downwards, 4)}`]);
   } else {
-    rows.push(['outline sample', answer.sample]);
+    rows.push(['outline sample', answer.sample + (answer.isBeyond ? ', past the edge of the screen' : '')]);
   }
-  ['x', 'y', 'z'].forEach((axis, i) => rows.push([axis, `${answer.point[i]} ${unit}`.trim()]));
-  for (const [name, value] of rows) {
-    readout.append(element('dt', { textContent: name }), element('dd', { textContent: String(value) }));
+  fillRows(readout, [...rows, ...placeRows(answer.point, scene)]);
+}
+
+function lightText({ picture, pixel, size }, scene) {
+  if (pixel) {
+    return `pixel ${pixel.join(', ')}; ${pixelSize(size, scene)}`;
   }
+  return picture ? `u, v ${picture.map((value) => rounded(value, 4)).join(', ')}` : 'lit';
+}
+
+// Of the place of the screen that is pointed at.
+export function fillLight(list, reading, scene) {
+  if (!reading) {
+    fillRows(list, []);
+    return;
+  }
+  const count = reading.lights.length;
+  const rows = [['lit by', count === 0 ? 'no projector' : `${count} ${count === 1 ? 'projector' : 'projectors'}`]];
+  reading.lights.forEach((one) => rows.push([one.channel.name, lightText(one, scene)]));
+  fillRows(list, [...rows, ...placeRows(reading.point, scene)]);
 }

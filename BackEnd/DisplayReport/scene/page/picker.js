@@ -42,6 +42,7 @@ function sampleOf(item, i) {
     channel: channel.name,
     projector: channel.projector,
     sample: i * channel.outlineStep,
+    isBeyond: Boolean(channel.beyond[i]),
     point: [...channel.exactBoundary.slice(3 * i, 3 * i + 3)],
     place: channel.boundary.slice(3 * i, 3 * i + 3),
   };

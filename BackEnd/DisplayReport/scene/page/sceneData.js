@@ -17,6 +17,7 @@ const floats = (text) => new Float32Array(bytesOf(text));
 const doubles = (text) => new Float64Array(bytesOf(text));
 const indices = (text) => new Uint32Array(bytesOf(text));
 const integers = (text) => new Int32Array(bytesOf(text));
+const flags = (text) => new Uint8Array(bytesOf(text));
 
 function decodeFrustum(frustum) {
   return frustum && {
@@ -28,15 +29,32 @@ function decodeFrustum(frustum) {
   };
 }
 
-function decodeChannel(channel) {
+function decodeShading(shading) {
+  return shading && {
+    ...shading,
+    vertices: floats(shading.vertices),
+    regions: shading.regions.map((region) => ({ ...region, triangles: indices(region.triangles) })),
+  };
+}
+
+function decodeLattice(lattice) {
+  return { ...lattice, places: floats(lattice.places), lands: flags(lattice.lands) };
+}
+
+function decodeChannel(channel, number) {
   return {
     ...channel,
+    number: number + 1,
     points: floats(channel.points),
     exactPoints: doubles(channel.exactPoints),
     cells: integers(channel.cells),
     picture: doubles(channel.picture),
     boundary: floats(channel.boundary),
     exactBoundary: doubles(channel.exactBoundary),
+    beyond: flags(channel.beyond),
+    rimBeyond: flags(channel.rimBeyond),
+    upMark: channel.upMark.map(floats),
+    lattice: decodeLattice(channel.lattice),
     frustum: decodeFrustum(channel.frustum),
   };
 }
@@ -50,10 +68,12 @@ export function readScene(document) {
       vertices: floats(surface.vertices),
       triangles: indices(surface.triangles),
       border: indices(surface.border),
+      shading: decodeShading(surface.shading),
     })),
     cloud: scene.cloud && { points: floats(scene.cloud.points) },
     channels: scene.channels.map(decodeChannel),
-    // From a place in the world to a place in the picture.
+    // From a place in the world to a place in the picture, and back.
     normal: (point) => point.map((value, axis) => (value - scene.centre[axis]) / scene.scale),
+    world: (place) => place.map((value, axis) => value * scene.scale + scene.centre[axis]),
   };
 }

@@ -2,7 +2,7 @@
 import {
   BufferAttribute, BufferGeometry, Group, LineLoop, LineSegments, Mesh, Points, Vector3,
 } from 'three';
-import { flatMaterial, litMaterial } from './materials.js';
+import { flatMaterial, litMaterial, setColours } from './materials.js';
 
 const SURFACE_COLOURS = { content: '#8494a6', measured: '#b0a690' };
 const CLOUD_COLOUR = '#8fd0c0';
@@ -28,9 +28,8 @@ function drawn(object, order) {
   return object;
 }
 
-function dots(scene, points, colour, size, shape, order) {
-  const material = flatMaterial(colour, { size: size * scene.pixelRatio, shape });
-  return drawn(new Points(geometryOf(points), material), order);
+function dots(points, colour, size, shape, order) {
+  return drawn(new Points(geometryOf(points), flatMaterial(colour, { size, shape })), order);
 }
 
 function line(Kind, points, colour, opacity, index) {
@@ -39,25 +38,6 @@ function line(Kind, points, colour, opacity, index) {
 
 function sheet(points, index, colour, opacity, order) {
   return drawn(new Mesh(geometryOf(points, index), flatMaterial(colour, { opacity })), order);
-}
-
-// The cells of a grid of which all four corners lie on the screen.
-function cellTriangles(channel, rows, step) {
-  const place = new Map();
-  for (let i = 0; i < channel.cells.length / 2; ++i) {
-    place.set(channel.cells[2 * i] * rows + channel.cells[2 * i + 1], i);
-  }
-  const triangles = [];
-  for (const [key, a] of place) {
-    const b = place.get(key + step);
-    const c = place.get(key + step * rows);
-    const d = place.get(key + step * rows + step);
-    const isLastRow = key % rows + step >= rows;
-    if (!isLastRow && b !== undefined && c !== undefined && d !== undefined) {
-      triangles.push(a, b, d, a, d, c);
-    }
-  }
-  return new Uint32Array(triangles);
 }
 
 function middleOf(points) {
@@ -72,15 +52,8 @@ function middleOf(points) {
 }
 
 // The point of the set that is nearest to its middle: on a curved screen the middle itself hangs in the air.
-function labelPlace(channel) {
-  const points = [channel.points, channel.boundary, channel.frustum ? channel.frustum.rim : []].find((p) => p.length);
-  if (!points) {
-    return null;
-  }
+function nearestToMiddle(points) {
   const middle = middleOf(points);
-  if (points !== channel.points) {
-    return middle;
-  }
   let nearest = new Vector3();
   let least = Infinity;
   for (let i = 0; i < points.length; i += 3) {
@@ -94,22 +67,71 @@ function labelPlace(channel) {
   return nearest;
 }
 
-export function makeSurface(surface) {
-  const material = litMaterial(SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content, 0.45);
-  const mesh = drawn(new Mesh(geometryOf(surface.vertices, surface.triangles), material), ORDER.surface);
-  mesh.geometry.computeVertexNormals();
-  const border = line(LineSegments, surface.vertices, '#dfe5ea', 0.6, surface.border);
+// At the foot of the arrow towards the top; elsewhere on the picture where it has none.
+function labelPlace(channel) {
+  if (channel.upMark.length) {
+    return new Vector3(...channel.upMark[0].slice(0, 3));
+  }
+  if (channel.points.length) {
+    return nearestToMiddle(channel.points);
+  }
+  const points = [channel.boundary, channel.frustum ? channel.frustum.rim : []].find((p) => p.length);
+  return points ? middleOf(points) : null;
+}
+
+// One mesh for all regions of the light, each with a material of its own; its triangles know their region by that.
+function makeShaded(shading, look) {
+  const triangles = new Uint32Array(shading.regions.reduce((sum, region) => sum + region.triangles.length, 0));
+  const geometry = geometryOf(shading.vertices, triangles);
+  let start = 0;
+  shading.regions.forEach((region, i) => {
+    triangles.set(region.triangles, start);
+    geometry.addGroup(start, region.triangles.length, i);
+    start += region.triangles.length;
+  });
+  geometry.computeVertexNormals();
+  return drawn(new Mesh(geometry, shading.regions.map(() => litMaterial(['#000000'], look))), ORDER.surface);
+}
+
+function makePlain(surface, look) {
+  const geometry = geometryOf(surface.vertices, surface.triangles);
+  geometry.computeVertexNormals();
+  return drawn(new Mesh(geometry, litMaterial([SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content], look)), ORDER.surface);
+}
+
+// `look` is what all surfaces share: their opacity, and the eye point where there is one.
+export function makeSurface(surface, look) {
+  const mesh = surface.shading ? makeShaded(surface.shading, look) : makePlain(surface, look);
   const group = new Group();
-  group.add(mesh, border);
-  return { name: surface.name, group, material };
+  group.add(mesh, line(LineSegments, surface.vertices, '#dfe5ea', 0.6, surface.border));
+  return { name: surface.name, group, mesh, shading: surface.shading };
+}
+
+// What a region is drawn in: by the number of those channels that are shown, or by which they are.
+function coloursOf(region, kind, items, palette) {
+  const shown = region.channels.filter((channel) => items[channel].group.visible);
+  if (kind === 'channel' && shown.length) {
+    return shown.map((channel) => items[channel].channel.colour);
+  }
+  return [palette[Math.min(shown.length, palette.length - 1)]];
+}
+
+export function shadeSurface(surface, kind, items, palette) {
+  if (!surface.shading) {
+    return;
+  }
+  surface.shading.regions.forEach((region, i) => {
+    const colours = kind === 'none' ? [SURFACE_COLOURS[surface.name]] : coloursOf(region, kind, items, palette);
+    setColours(surface.mesh.material[i], colours);
+  });
 }
 
 export function makeCloud(scene) {
-  return dots(scene, scene.cloud.points, CLOUD_COLOUR, 1.5, 0, ORDER.cloud);
+  return dots(scene.cloud.points, CLOUD_COLOUR, 1.5, 0, ORDER.cloud);
 }
 
-// The edges and the rim as one set of pieces.
-function piecesOf(frustum) {
+// The edges and the rim as one set of pieces. Where the rays pass the screen the rim is dashed.
+function piecesOf(frustum, rimBeyond) {
   const pieces = [];
   const add = (way, i, k) => pieces.push(...way.subarray(3 * i, 3 * i + 3), ...way.subarray(3 * k, 3 * k + 3));
   for (const edge of frustum.edges) {
@@ -118,8 +140,14 @@ function piecesOf(frustum) {
     }
   }
   const count = frustum.rim.length / 3;
+  const at = (i) => new Vector3(...frustum.rim.subarray(3 * i, 3 * i + 3));
   for (let i = 0; i < count; ++i) {
-    add(frustum.rim, i, (i + 1) % count);
+    const next = (i + 1) % count;
+    if (rimBeyond[i] || rimBeyond[next]) {
+      pieces.push(...dashes(at(i), at(next), DASH));
+    } else {
+      add(frustum.rim, i, next);
+    }
   }
   return new Float32Array(pieces);
 }
@@ -128,19 +156,68 @@ function makeFrustum(scene, channel) {
   const group = new Group();
   const { frustum, colour } = channel;
   if (frustum) {
-    group.add(line(LineSegments, piecesOf(frustum), colour, 0.7));
-    group.add(dots(scene, new Float32Array(scene.normal(frustum.apex)), colour, 9, DISC, ORDER.dot));
+    group.add(line(LineSegments, piecesOf(frustum, channel.rimBeyond), colour, 0.7));
+    group.add(dots(new Float32Array(scene.normal(frustum.apex)), colour, 9, DISC, ORDER.dot));
+  }
+  return group;
+}
+
+// Pieces of a line of a length that is seen as a dash, and the gaps between them.
+function dashes(from, to, length) {
+  const way = new Vector3().subVectors(to, from);
+  const count = Math.max(1, Math.round(way.length() / length));
+  const pieces = [];
+  for (let i = 0; i < count; ++i) {
+    const start = from.clone().addScaledVector(way, i / count);
+    const end = from.clone().addScaledVector(way, (i + 0.5) / count);
+    pieces.push(...start.toArray(), ...end.toArray());
+  }
+  return pieces;
+}
+
+const DASH = 0.012; // of the size of the picture
+
+// Past the edge of the screen an outline is dashed: no light arrives there.
+function outlinePieces(channel) {
+  const { boundary, beyond } = channel;
+  const count = boundary.length / 3;
+  const pieces = [];
+  const at = (i) => new Vector3(boundary[3 * i], boundary[3 * i + 1], boundary[3 * i + 2]);
+  for (let i = 0; i < count; ++i) {
+    const next = (i + 1) % count;
+    if (beyond[i] || beyond[next]) {
+      pieces.push(...dashes(at(i), at(next), DASH));
+    } else {
+      pieces.push(...at(i).toArray(), ...at(next).toArray());
+    }
+  }
+  return new Float32Array(pieces);
+}
+
+// An arrow on the screen towards the top of the picture.
+function makeUpMark(channel) {
+  const group = new Group();
+  if (channel.upMark.length) {
+    const [shaft, head] = channel.upMark;
+    const pieces = [];
+    for (let i = 3; i < shaft.length; i += 3) {
+      pieces.push(...shaft.slice(i - 3, i + 3));
+    }
+    group.add(line(LineSegments, new Float32Array(pieces), '#ffffff', 0.95));
+    group.add(sheet(head, new Uint32Array([0, 1, 2]), '#ffffff', 0.95, ORDER.line));
   }
   return group;
 }
 
 export function makeChannel(scene, channel) {
-  const size = Math.min(6, Math.max(2.5, 90 * scene.targetStep / Math.max(scene.columns, scene.rows)));
+  // Dense grids and many channels get smaller dots, so that what stands behind them stays in sight.
+  const dense = (90 * scene.targetStep) / Math.max(scene.columns, scene.rows);
+  const size = Math.min(6, Math.max(2.5, dense * Math.min(1, 3 / Math.sqrt(scene.channels.length))));
   const parts = {
-    pictures: sheet(channel.points, cellTriangles(channel, scene.rows, scene.targetStep), channel.colour, 0.28, ORDER.fill),
-    targets: dots(scene, channel.points, channel.colour, size, DISC, ORDER.dot),
-    outlines: line(LineLoop, channel.boundary, channel.colour, 1),
+    targets: dots(channel.points, channel.colour, size, DISC, ORDER.dot),
+    outlines: line(LineSegments, outlinePieces(channel), channel.colour, 1),
     frusta: makeFrustum(scene, channel),
+    labels: makeUpMark(channel),
     mirror: new Group(),
   };
   if (channel.frustum && channel.frustum.mirrorTriangles.length) {
@@ -172,7 +249,7 @@ export function makeMirror(scene) {
 
 export function makeEyes(scene) {
   const points = scene.eyes.flatMap((eye) => scene.normal(eye.point));
-  return dots(scene, new Float32Array(points), EYE_COLOUR, 11, DISC, ORDER.dot);
+  return dots(new Float32Array(points), EYE_COLOUR, 11, DISC, ORDER.dot);
 }
 
 // Along edges of the box that it does not hide from where the view begins.
@@ -199,7 +276,7 @@ export function makeAxes(scene) {
 }
 
 export function makeMark(scene) {
-  const mark = dots(scene, new Float32Array(3), '#ffffff', 22, RING, ORDER.mark);
+  const mark = dots(new Float32Array(3), '#ffffff', 22, RING, ORDER.mark);
   mark.visible = false;
   return mark;
 }

@@ -4,34 +4,52 @@ import {
 } from 'three';
 import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
 import { AxisLabels, Label, projector } from './axisLabels.js';
-import { fillReadout } from './panel.js';
+import { pressed } from './keyboard.js';
+import { placeUnder, readLight } from './lightReader.js';
+import { pixelRatio } from './materials.js';
+import { fillLight, fillReadout } from './panel.js';
 import { pick } from './picker.js';
 import {
-  makeAxes, makeChannel, makeCloud, makeEyes, makeMark, makeMirror, makeSurface,
+  makeAxes, makeChannel, makeCloud, makeEyes, makeMark, makeMirror, makeSurface, shadeSurface,
 } from './sceneObjects.js';
 
 const FIELD_OF_VIEW = 32; // degrees
 const MARGIN = 1.16;
 const CLICK = 4; // pixels that a pointer may move and still click
+// Of the opacity of a screen: where it is seen from the other side than that of the eye point. By way of a mirror light
+// may arrive on either side.
+const BEHIND = 0.14;
+const BEHIND_WITH_MIRROR = 0.7;
+// Pixels of the drawing at the most: with a graphics processor, without one, and without one while the picture moves.
+const PIXELS = { fast: 8e6, slow: 1.5e6, moving: 3e5 };
 
 // Edges are smoothed by a graphics processor alone: software would take as long for them as for all the rest.
 function drawingSurface() {
   const canvas = document.createElement('canvas');
   const wishes = { alpha: false, depth: false, stencil: false };
-  const context = canvas.getContext('webgl2', { ...wishes, antialias: true, failIfMajorPerformanceCaveat: true })
-    || canvas.getContext('webgl2', { ...wishes, antialias: false });
-  return context ? { canvas, context } : {};
+  const fast = canvas.getContext('webgl2', { ...wishes, antialias: true, failIfMajorPerformanceCaveat: true });
+  const context = fast || canvas.getContext('webgl2', { ...wishes, antialias: false });
+  return { isSlow: !fast, options: context ? { canvas, context } : {} };
 }
 
 export class View {
   // Throws when the browser has no WebGL.
-  constructor(scene, stage, readout) {
+  constructor(scene, stage, { readout, light }) {
     this.scene = scene;
     this.stage = stage;
     this.readout = readout;
-    this.renderer = new WebGLRenderer(drawingSurface());
-    this.renderer.setPixelRatio(Math.min(window.devicePixelRatio || 1, 2));
-    stage.append(this.renderer.domElement);
+    this.light = light;
+    this.opacity = { value: 0.75 };
+    this.shadeKind = 'count';
+    this.eye = scene.eyes.length ? new Vector3(...scene.normal(scene.eyes[0].point)) : null;
+    const { isSlow, options } = drawingSurface();
+    this.isSlow = isSlow;
+    this.renderer = new WebGLRenderer(options);
+    const canvas = this.renderer.domElement;
+    canvas.tabIndex = 0;
+    canvas.setAttribute('role', 'application');
+    canvas.setAttribute('aria-label', 'The display in three dimensions');
+    stage.append(canvas);
     this.camera = new PerspectiveCamera(FIELD_OF_VIEW, 1, 0.001, 100);
     this.camera.up.set(0, 0, 1);
     this.controls = new OrbitControls(this.camera, this.renderer.domElement);
@@ -44,13 +62,14 @@ export class View {
 
   makeObjects() {
     const { scene } = this;
-    scene.pixelRatio = this.renderer.getPixelRatio();
     this.world = new Scene();
     this.world.background = new Color('#20252b');
-    this.surfaces = scene.surfaces.map(makeSurface);
+    const look = { opacity: this.opacity, eye: this.eye, behind: scene.mirror ? BEHIND_WITH_MIRROR : BEHIND };
+    this.surfaces = scene.surfaces.map((surface) => makeSurface(surface, look));
     this.surfaces.forEach((surface) => this.world.add(surface.group));
     this.items = scene.channels.map((channel) => makeChannel(scene, channel));
     this.items.forEach((item) => this.world.add(item.group));
+    this.shade();
     const axes = makeAxes(scene);
     this.layers = { axes: axes.object, labels: new Group(), cloud: new Group(), eyes: makeEyes(scene), mirror: new Group() };
     if (scene.cloud) {
@@ -79,7 +98,9 @@ export class View {
     }
     for (const item of this.items.filter((one) => one.label)) {
       const isVisible = () => this.layers.labels.visible && item.group.visible;
-      this.labels.push({ label: addLabel(item.channel.name, 'channel'), place: item.label, isVisible });
+      const label = addLabel(item.channel.name, 'channel');
+      label.element.dataset.number = item.channel.number;
+      this.labels.push({ label, place: item.label, isVisible });
     }
     all.forEach((label) => label.measure());
   }
@@ -95,20 +116,108 @@ export class View {
       }
       down = null;
     });
+    canvas.addEventListener('pointermove', (event) => {
+      if (event.buttons === 0) {
+        this.readSoon(event.clientX, event.clientY);
+      }
+    });
+    canvas.addEventListener('pointerleave', (event) => {
+      if (event.pointerType === 'mouse') {
+        this.showLight(null);
+      }
+    });
+    canvas.addEventListener('keydown', (event) => {
+      if (pressed(event, this)) {
+        event.preventDefault();
+      }
+    });
     window.addEventListener('keydown', (event) => {
       if (event.key === 'Escape') {
         this.choose(null);
+        this.showLight(null);
       }
+    });
+    this.listenToMoves();
+    this.listenToLosses(canvas);
+  }
+
+  // Without a graphics processor a picture that moves is drawn more coarsely, and again as it should be once it rests.
+  listenToMoves() {
+    const setMoving = (isMoving) => {
+      this.isMoving = this.isSlow && isMoving;
+      this.resize();
+      this.draw();
+    };
+    this.controls.addEventListener('start', () => { this.isHeld = true; });
+    this.controls.addEventListener('change', () => {
+      if (this.isHeld && !this.isMoving && this.isSlow) {
+        setMoving(true);
+      }
+    });
+    this.controls.addEventListener('end', () => {
+      this.isHeld = false;
+      if (this.isMoving) {
+        setMoving(false);
+      }
+    });
+  }
+
+  // The browser may take the drawing away, and give it back.
+  listenToLosses(canvas) {
+    const notice = Object.assign(document.createElement('div'), { id: 'loss', hidden: true });
+    notice.setAttribute('role', 'alert');
+    const reload = Object.assign(document.createElement('button'), { type: 'button', textContent: 'Reload the page' });
+    reload.addEventListener('click', () => window.location.reload());
+    notice.append('The browser has taken the memory of this picture away, perhaps because other pages need it. It is drawn again '
+      + 'as soon as the browser gives it back. Should that not happen, close other pages and reload this one. ', reload);
+    this.stage.append(notice);
+    canvas.addEventListener('webglcontextlost', (event) => {
+      event.preventDefault();
+      notice.hidden = false;
+    });
+    canvas.addEventListener('webglcontextrestored', () => {
+      notice.hidden = true;
+      this.draw();
     });
   }
 
   pickAt(clientX, clientY) {
     const box = this.renderer.domElement.getBoundingClientRect();
     this.choose(pick(this.items, this.camera, box, { x: clientX - box.left, y: clientY - box.top }));
+    this.readAt(clientX, clientY);
+  }
+
+  pickMiddle() {
+    const box = this.renderer.domElement.getBoundingClientRect();
+    this.pickAt(box.left + box.width / 2, box.top + box.height / 2);
+  }
+
+  // Once a frame, however often the pointer moves.
+  readSoon(clientX, clientY) {
+    const isDue = Boolean(this.pointer);
+    this.pointer = [clientX, clientY];
+    if (!isDue) {
+      requestAnimationFrame(() => {
+        const at = this.pointer;
+        this.pointer = null;
+        this.readAt(...at);
+      });
+    }
+  }
+
+  readAt(clientX, clientY) {
+    const box = this.renderer.domElement.getBoundingClientRect();
+    const pointer = { x: (2 * (clientX - box.left)) / box.width - 1, y: 1 - (2 * (clientY - box.top)) / box.height };
+    const found = placeUnder(this.surfaces, this.camera, pointer, this.eye);
+    this.showLight(found && readLight(found, this.items, this.scene));
+  }
+
+  showLight(reading) {
+    fillLight(this.light, reading, this.scene);
   }
 
   choose(answer) {
-    fillReadout(this.readout, answer, this.scene.unit);
+    fillReadout(this.readout, answer, this.scene);
     this.mark.visible = Boolean(answer);
     if (answer) {
       this.mark.geometry.attributes.position.array.set(answer.place);
@@ -120,6 +229,9 @@ export class View {
   resize() {
     const width = Math.max(1, this.stage.clientWidth);
     const height = Math.max(1, this.stage.clientHeight);
+    const most = this.isMoving ? PIXELS.moving : this.isSlow ? PIXELS.slow : PIXELS.fast;
+    pixelRatio.value = Math.min(window.devicePixelRatio || 1, this.isSlow ? 1 : 2, Math.sqrt(most / (width * height)));
+    this.renderer.setPixelRatio(pixelRatio.value);
     this.renderer.setSize(width, height);
     this.camera.aspect = width / height;
     this.camera.updateProjectionMatrix();
@@ -173,10 +285,20 @@ export class View {
   }
 
   setOpacity(opacity) {
-    for (const surface of this.surfaces) {
-      surface.material.uniforms.opacity.value = opacity;
-    }
+    this.opacity.value = opacity;
     this.draw();
+  }
+
+  // 'count', 'channel' or 'none'.
+  shadeBy(kind) {
+    this.shadeKind = kind;
+    this.shade();
+    this.draw();
+  }
+
+  // By the channels that are shown.
+  shade() {
+    this.surfaces.forEach((surface) => shadeSurface(surface, this.shadeKind, this.items, this.scene.countColours));
   }
 
   showLayer(name, isOn) {
@@ -192,6 +314,7 @@ export class View {
   showChannel(item, isOn) {
     item.group.visible = isOn;
     item.box.checked = isOn;
+    this.shade();
     this.draw();
   }
 
@@ -212,6 +335,9 @@ export class View {
   }
 
   drawNow() {
+    if (this.renderer.getContext().isContextLost()) {
+      return;
+    }
     this.renderer.render(this.world, this.camera);
     this.placeLabels();
     if (!this.isShown) {
@@ -233,10 +359,16 @@ export class View {
     const project = projector(this.camera, width, height);
     const ahead = this.camera.getWorldDirection(new Vector3());
     this.axisLabels.place(project, ahead, width, this.layers.axes.visible);
+    const taken = [];
     for (const { label, place, isVisible } of this.labels) {
       const at = isVisible() ? project(place) : null;
       const isInside = at && at.x > 0 && at.x < width && at.y > 0 && at.y < height;
       isInside ? label.show(at.x, at.y) : label.hide();
+      if (isInside) {
+        label.shorten(taken.some((other) => Math.abs(other.x - at.x) < (other.width + label.width) / 2
+          && Math.abs(other.y - at.y) < (other.height + label.height) / 2));
+        taken.push({ ...at, width: label.isShort ? 0 : label.width, height: label.height });
+      }
     }
   }
 }
