@@ -130,8 +130,10 @@ export function makeCloud(scene) {
   return dots(scene.cloud.points, CLOUD_COLOUR, 1.5, 0, ORDER.cloud);
 }
 
-// The edges and the rim as one set of pieces. Where the rays pass the screen the rim is dashed.
-function piecesOf(frustum, rimBeyond) {
+// The edges and the rim as one set of pieces. Where the rays pass the screen the rim is dashed, unless the outline is
+// already: two dashed lines beside one another would look like a whole one.
+function piecesOf({ frustum, rimBeyond, beyond }) {
+  const isDashed = !beyond.some(Boolean);
   const pieces = [];
   const add = (way, i, k) => pieces.push(...way.subarray(3 * i, 3 * i + 3), ...way.subarray(3 * k, 3 * k + 3));
   for (const edge of frustum.edges) {
@@ -144,7 +146,7 @@ function piecesOf(frustum, rimBeyond) {
   for (let i = 0; i < count; ++i) {
     const next = (i + 1) % count;
     if (rimBeyond[i] || rimBeyond[next]) {
-      pieces.push(...dashes(at(i), at(next), DASH));
+      pieces.push(...(isDashed ? dashes(at(i), at(next), DASH) : []));
     } else {
       add(frustum.rim, i, next);
     }
@@ -156,7 +158,7 @@ function makeFrustum(scene, channel) {
   const group = new Group();
   const { frustum, colour } = channel;
   if (frustum) {
-    group.add(line(LineSegments, piecesOf(frustum, channel.rimBeyond), colour, 0.7));
+    group.add(line(LineSegments, piecesOf(channel), colour, 0.7));
     group.add(dots(new Float32Array(scene.normal(frustum.apex)), colour, 9, DISC, ORDER.dot));
   }
   return group;
