@@ -58,7 +58,7 @@ void addLight(DisplayScene& scene, const XMLConfigFile& config, const Options& o
     ProgressMeter progress(options.isTalkative(), "measuring the light, step");
     // The library logs at info every ray that it bends by a table: a million lines.
     const ConsoleLog::ErrorsOnly quieter(options.isTalkative());
-    SceneLighter(limits.triangles, progress.callback()).addTo(scene, config);
+    SceneLighter(2 * limits.triangles, progress.callback()).addTo(scene, config);
 }
 
 /// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded is

@@ -12,8 +12,11 @@
 #include "ScreenManager/ScreenManager.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -23,6 +26,7 @@ namespace Veltrani::DisplayReport {
 namespace {
 
 using P3 = Point<double, 3>;
+using Corners = std::array<P3, 3>;
 
 /// Nodes of the lattice of a picture where the channels are few, and of all lattices together.
 constexpr std::size_t COLUMNS = 65;
@@ -45,13 +49,8 @@ public:
         }
     }
 
-    void add(const LitTriangle& piece) {
-        const P3& a = piece[0].on.place;
-        const P3& b = piece[1].on.place;
-        const P3& c = piece[2].on.place;
-        m_region.area += norm(cross(b - a, c - a)) / 2;
-        m_corners.insert(m_corners.end(), {a, b, c});
-    }
+    void addArea(const Corners& piece) { m_region.area += norm(cross(piece[1] - piece[0], piece[2] - piece[0])) / 2; }
+    void add(const Corners& piece) { m_corners.insert(m_corners.end(), piece.begin(), piece.end()); }
 
     [[nodiscard]] const ShadedRegion& region() const { return m_region; }
     [[nodiscard]] std::size_t triangles() const { return m_corners.size() / 3; }
@@ -97,21 +96,62 @@ private:
     std::vector<P3> m_corners;
 };
 
-/// The pieces of a surface, gathered by the channels that light them.
+/// Two halves of a triangle made one again; none where they are not that, or where the surface stands out between them
+/// by more than `most`.
+std::optional<Corners> united(const Corners& one, const Corners& other, double most) {
+    const auto isIn = [](const P3& corner, const Corners& corners) {
+        return std::find(corners.begin(), corners.end(), corner) != corners.end();
+    };
+    const auto isOwn = [&](const P3& corner) { return !isIn(corner, other); };
+    if (std::count_if(one.begin(), one.end(), isOwn) != 1) {
+        return std::nullopt;
+    }
+    const P3& tip = *std::find_if(one.begin(), one.end(), isOwn);
+    const P3& otherTip =
+        *std::find_if(other.begin(), other.end(), [&](const P3& corner) { return !isIn(corner, one); });
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        // The halves of a triangle meet at the middle of its cut edge, which is the first corner or another one.
+        constexpr double BESIDE = 0.05;
+        const double beside = norm(one[i] - (tip + otherTip) * 0.5);
+        if (!(one[i] == tip) && beside <= std::min(most, BESIDE * norm(otherTip - tip))) {
+            Corners whole = one;
+            whole[i] = otherTip;
+            return whole;
+        }
+    }
+    return std::nullopt;
+}
+
+/// The pieces of a surface, gathered by the channels that light them. The light is looked for in far smaller pieces
+/// than it is drawn with: halves that are lit alike become one again.
 class Regions {
 public:
-    explicit Regions(const std::vector<std::size_t>& places) : m_places(places) {}
+    /// @param deviation how far what is drawn may be from the surface; native units
+    Regions(const std::vector<std::size_t>& places, double deviation) : m_places(places), m_deviation(deviation) {}
 
     void add(const LitTriangle& piece, const LitBy& by) {
-        const auto [entry, isNew] = m_numbers.try_emplace(by, m_meshes.size());
-        if (isNew) {
-            m_meshes.emplace_back(by, m_places);
+        Corners corners{piece[0].on.place, piece[1].on.place, piece[2].on.place};
+        meshOf(by).addArea(corners);
+        while (!m_open.empty() && m_open.back().second == by) {
+            const auto whole = united(m_open.back().first, corners, m_deviation);
+            if (!whole) {
+                break;
+            }
+            corners = *whole;
+            m_open.pop_back();
         }
-        m_meshes[entry->second].add(piece);
+        m_open.emplace_back(corners, by);
+        if (m_open.size() > MOST_OPEN) {
+            const auto half = m_open.begin() + MOST_OPEN / 2;
+            close(m_open.begin(), half);
+            m_open.erase(m_open.begin(), half);
+        }
     }
 
     /// Leaves nothing here.
     [[nodiscard]] SceneShading shading(std::size_t mostTriangles) {
+        close(m_open.begin(), m_open.end());
+        m_open.clear();
         std::sort(m_meshes.begin(), m_meshes.end(), [](const RegionMesh& a, const RegionMesh& b) {
             const auto& [one, other] = std::pair(a.region().channels, b.region().channels);
             return std::pair(one.size(), one) < std::pair(other.size(), other);
@@ -135,7 +175,27 @@ public:
     }
 
 private:
+    using Open = std::vector<std::pair<Corners, LitBy>>;
+    /// More than the halves of halves of one triangle that wait for their other half.
+    static constexpr std::ptrdiff_t MOST_OPEN = 256;
+
+    void close(Open::const_iterator from, Open::const_iterator to) {
+        for (; from != to; ++from) {
+            meshOf(from->second).add(from->first);
+        }
+    }
+
+    RegionMesh& meshOf(const LitBy& by) {
+        const auto [entry, isNew] = m_numbers.try_emplace(by, m_meshes.size());
+        if (isNew) {
+            m_meshes.emplace_back(by, m_places);
+        }
+        return m_meshes[entry->second];
+    }
+
     const std::vector<std::size_t>& m_places;
+    double m_deviation;
+    Open m_open;  ///< pieces that may become one with those that follow
     std::unordered_map<LitBy, std::size_t> m_numbers;
     std::vector<RegionMesh> m_meshes;
 };
@@ -166,7 +226,9 @@ void shade(SceneSurface& surface, const DisplayLights& display, const ScreenSamp
     // Between its vertices a curved surface stands out a little.
     constexpr double OUTSIDE = 0.05;
     const double margin = OUTSIDE * norm(core.size());
-    Regions regions(display.places);
+    // Less than a pixel of a large picture.
+    constexpr double DEVIATION = 2e-4;
+    Regions regions(display.places, DEVIATION * norm(core.size()));
     static_cast<void>(ScreenCoverage::of(
         screen, display.lights, extents,
         [&](const LitTriangle& piece, const LitBy& by) {

@@ -108,6 +108,27 @@ TEST_F(SceneLighterTest, TheLightOfALensIsShadedUpToItsBorder) {
     EXPECT_NEAR(right, 5 * std::tan(radians(10)), 1e-3);
 }
 
+// Oracle: the cylinder that the numbers describe. Where a triangle is cut and its neighbour is not, no gap may show.
+TEST_F(SceneLighterTest, PartsThatAreLitAlikeStayOnACurvedScreen) {
+    load("<Screen shape='Cylinder'><Radius value='4'/><Size height='2'/><Azimuth min='-180' max='180'/></Screen>",
+         camera("A", "-20", "20", "-10", "10"), displays::PROJECTORS);
+    const DisplayScene scene = lit();
+    const SceneShading& shading = shadingOf(scene);
+    std::size_t triangles = 0;
+    double area = 0;
+    for (const ShadedRegion& region : shading.regions) {
+        triangles += region.triangles.size();
+        area += areaOf(shading, region);
+        for (const auto& [a, b, c] : region.triangles) {
+            const P3 middle = (shading.vertices[a] + shading.vertices[b] + shading.vertices[c]) * (1.0 / 3);
+            ASSERT_NEAR(std::hypot(middle[0], middle[1]), 4, 4e-3) << "a thousandth of the radius";
+        }
+    }
+    const double whole = 2 * std::numbers::pi * 4 * 2;
+    EXPECT_NEAR(area, whole, 1e-3 * whole);
+    EXPECT_LT(triangles, 60000U) << "no need to thin it";
+}
+
 TEST_F(SceneLighterTest, ManyPiecesAreThinnedAndTheBordersStay) {
     load(displays::FLAT, half("A", "0.1", "0.6"));
     constexpr std::size_t MOST = 500;
