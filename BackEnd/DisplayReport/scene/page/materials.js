@@ -76,10 +76,9 @@ void main() {
   float facing = lengths > 0.0 ? abs(dot(seen, turned)) / lengths : 0.0;
   float stripe = (gl_FragCoord.x + gl_FragCoord.y) / (${STRIPE} * pixelRatio);
   vec3 colour = colours[int(mod(stripe, float(count)))];
-  // Whatever way the corners go round: the plane of the triangle is taken from the places beside.
-  vec3 upright = cross(dFdx(seen), dFdy(seen));
+  // Whatever way the corners go round: the sign of the normal cancels.
   vec3 toEye = (viewMatrix * vec4(eye, 1.0)).xyz - seen;
-  bool isBehind = hasEye && dot(upright, -seen) * dot(upright, toEye) < 0.0;
+  bool isBehind = hasEye && dot(turned, -seen) * dot(turned, toEye) < 0.0;
   result = vec4(colour * (0.6 + 0.4 * facing), opacity * (isBehind ? behind : 1.0));
 }`;
 
