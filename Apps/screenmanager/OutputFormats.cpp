@@ -13,7 +13,7 @@ struct Ending {
     bool isItsOwn = true;  ///< no other format has it
 };
 
-constexpr std::array<Ending, 12> ENDINGS{{{".csv", "csv"},
+constexpr std::array<Ending, 13> ENDINGS{{{".csv", "csv"},
                                           {".json", "json"},
                                           {".ply", "ply"},
                                           {".map", "mesh"},
@@ -24,6 +24,7 @@ constexpr std::array<Ending, 12> ENDINGS{{{".csv", "csv"},
                                           {".pfm", "pfm"},
                                           {".png", "png"},
                                           {".svg", "svg"},
+                                          {".pdf", "pdf"},
                                           {".html", "html"}}};
 
 std::string endingOf(const std::string& file) {

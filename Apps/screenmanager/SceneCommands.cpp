@@ -16,6 +16,8 @@
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
+#include <algorithm>
+
 namespace {
 
 using namespace Veltrani::DisplayReport;
@@ -134,8 +136,9 @@ int runPicture(const PictureOptions& options) {
     if (options.axes) {
         MarkCollector(*config, channel).addTo(scene);
     }
-    const Drawing drawing = ScenePainter(options.view, options.size.columns, options.size.rows).paint(scene);
-    if (!ResultFile::write(options.output, [&](std::ostream& out) { writer->write(drawing, out); })) {
+    const ScenePainter painter(options.view, options.size.columns, options.size.rows);
+    // Texts are measured while the scene is painted: what draws them may be missing already there.
+    if (!ResultFile::write(options.output, [&](std::ostream& out) { writer->write(painter.paint(scene), out); })) {
         return EXIT_OUTPUT;
     }
     return scene.complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;

@@ -1,4 +1,4 @@
-// The shared libraries that the program loads: few, until a display names a point cloud.
+// The shared libraries that the program loads: few, until a display names a point cloud or a still is drawn.
 #include "ProgramRun.h"
 #include "support/Sanitizers.h"
 #include "support/TemporaryFolder.h"
@@ -54,34 +54,30 @@ protected:
         "<Projector id='A'><ScreenArea left='0' right='1' bottom='0' top='1'/></Projector></Projectors></Display>");
 };
 
-TEST(LoadedLibraries, AreAtMostThirtyAndNoneOfPointClouds) {
-    for (const std::string& arguments : {std::string("--help"), "check '" + WALL + "'"}) {
+TEST(LoadedLibraries, AreAtMostThirtyAndNoneOfPointCloudsAndStills) {
+    for (const std::string& arguments :
+         {std::string("--help"), std::string("picture --help"), "check '" + WALL + "'"}) {
         const std::vector<std::string> files = loadedBy(arguments);
         EXPECT_THAT(files, Contains(HasSubstr("libScreenManager.so"))) << arguments;
         EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("pcl"), HasSubstr("vtk"), HasSubstr("Clouds"))))) << arguments;
+        EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("cairo"), HasSubstr("pango"), HasSubstr("Stills"))))) << arguments;
         if (!IS_SANITIZED) {
             EXPECT_LE(files.size(), 30U) << arguments;
         }
     }
 }
 
-TEST_F(CloudDisplay, OpensTheModuleBesideTheLibrary) {
-    const std::vector<std::string> files = loadedBy("check '" + m_display + "'");
-    const auto place = [&files](const std::string& name) {
-        const auto found = std::find_if(files.begin(), files.end(), [&](const std::string& file) {
-            return fs::path(file).filename().string().starts_with(name);
-        });
-        return found == files.end() ? fs::path() : fs::path(*found);
-    };
-    const fs::path module = place("libScreenManagerClouds-");
-    ASSERT_TRUE(module.is_absolute()) << module;
-    EXPECT_EQ(module.parent_path(), fs::canonical(place("libScreenManager.so")).parent_path());
-    EXPECT_THAT(files, Contains(HasSubstr("libpcl_io")));
+/// Where the one of those files lies whose name starts so; empty for none.
+fs::path placeOf(const std::string& name, const std::vector<std::string>& files) {
+    const auto found = std::find_if(files.begin(), files.end(), [&](const std::string& file) {
+        return fs::path(file).filename().string().starts_with(name);
+    });
+    return found == files.end() ? fs::path() : fs::path(*found);
 }
 
-TEST_F(CloudDisplay, NamesTheModuleThatIsMissing) {
+/// A copy of the program and of its libraries, without the modules.
+std::string withoutModules(const fs::path& copy) {
     const fs::path apps = fs::path(programFile()).parent_path().parent_path();
-    const fs::path copy = m_folder.file("copy");
     fs::create_directories(copy / "screenmanager");
     fs::copy_file(programFile(), copy / "screenmanager" / "screenmanager");
     for (const std::string& file : loadedBy("--version")) {
@@ -92,7 +88,20 @@ TEST_F(CloudDisplay, NamesTheModuleThatIsMissing) {
             fs::copy_file(library, folder / fs::path(file).filename());
         }
     }
-    const std::string program = (copy / "screenmanager" / "screenmanager").string();
+    return (copy / "screenmanager" / "screenmanager").string();
+}
+
+TEST_F(CloudDisplay, OpensTheModuleBesideTheLibrary) {
+    const std::vector<std::string> files = loadedBy("check '" + m_display + "'");
+    const fs::path module = placeOf("libScreenManagerClouds-", files);
+    ASSERT_TRUE(module.is_absolute()) << module;
+    EXPECT_EQ(module.parent_path(), fs::canonical(placeOf("libScreenManager.so", files)).parent_path());
+    EXPECT_THAT(files, Contains(HasSubstr("libpcl_io")));
+}
+
+TEST_F(CloudDisplay, NamesTheModuleThatIsMissing) {
+    const fs::path copy = m_folder.file("copy");
+    const std::string program = withoutModules(copy);
     EXPECT_EQ(runProgram(program, {"check", WALL}).exitCode, 0);
     const ProgramRun run = runProgram(program, {"targets", m_display});
     EXPECT_EQ(run.exitCode, 3);
@@ -101,6 +110,29 @@ TEST_F(CloudDisplay, NamesTheModuleThatIsMissing) {
     EXPECT_THAT(run.errors, HasSubstr("Unable to open the module for point clouds " + copy.string() + "/"));
     EXPECT_THAT(run.errors, HasSubstr("No such file or directory"));
     EXPECT_THAT(run.errors, HasSubstr("install ScreenManager again"));
+}
+
+TEST(LoadedLibraries, OfStillsComeWithTheFirstStill) {
+    const TemporaryFolder folder;
+    const std::vector<std::string> files =
+        loadedBy("picture '" + WALL + "' --size 200x200 -o '" + folder.file("still.png") + "'");
+    const fs::path module = placeOf("libScreenManagerStills-", files);
+    ASSERT_TRUE(module.is_absolute()) << module;
+    EXPECT_EQ(module.parent_path(), fs::canonical(placeOf("libScreenManager.so", files)).parent_path());
+    EXPECT_THAT(files, Contains(HasSubstr("libcairo")));
+    EXPECT_THAT(files, Contains(HasSubstr("libpango")));
+}
+
+TEST(LoadedLibraries, OfStillsAreNamedWhereTheyAreMissing) {
+    const TemporaryFolder folder;
+    const fs::path copy = folder.file("copy");
+    const ProgramRun run = runProgram(withoutModules(copy),
+                                      {"picture", WALL, "--quiet", "-o", folder.write("still.png", "what was there")});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_THAT(run.errors, HasSubstr("Unable to open the module for stills " + copy.string() + "/"));
+    EXPECT_THAT(run.errors, HasSubstr("No such file or directory"));
+    EXPECT_THAT(run.errors, HasSubstr("install ScreenManager again"));
+    EXPECT_EQ(folder.read("still.png"), "what was there");
 }
 
 }  // namespace

@@ -47,6 +47,7 @@ struct Drawing {
         double size = 0;   ///< height of a capital letter
         Colour colour;
         Anchor anchor = Anchor::LEFT;
+        bool hasHalo = false;  ///< paper around its letters, for a text on a picture
     };
 
     int width = 0;  ///< pixels

@@ -22,7 +22,7 @@ public:
     /// How much a file of this format should show.
     [[nodiscard]] virtual SceneCollector::Limits limits() const = 0;
 
-    /// "png", "svg".
+    /// "png", "svg", "pdf".
     [[nodiscard]] static std::vector<std::string> formats();
     /// The writer of a format; null for an unknown one.
     [[nodiscard]] static std::unique_ptr<DrawingWriter> ofFormat(const std::string& format);

@@ -3,7 +3,7 @@
 #include "DisplayReport/scene/DisplayScene.h"
 #include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/still/SceneLegend.h"
-#include "DisplayReport/still/StrokeFont.h"
+#include "DisplayReport/still/StillLibrary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +28,8 @@ constexpr double HEAD_ANGLE = 24 * std::numbers::pi / 180;
 /// Size of words in heights of the legend's letters, and free space around them in their own.
 constexpr double LETTER_SHARE = 0.9;
 constexpr double AROUND = 0.3;
+/// The most of the scene's width that words take.
+constexpr double MOST_SHARE = 0.5;
 /// Brackets and tails reach that far below the line that letters stand on.
 constexpr double BELOW = 0.25;
 /// Places that are tried around a mark: that many in a ring, on that many rings.
@@ -120,14 +122,15 @@ void MarkPainter::addLabel(Drawing& drawing, const SceneMark& mark) {
     }
     const double size = LETTER_SHARE * m_legend.letterSize();
     const double around = AROUND * size;
-    const double width = StrokeFont::width(mark.label, size) + 2 * around;
+    const std::string label = SceneLegend::fitting(mark.label, MOST_SHARE * m_legend.sceneWidth(), size);
+    const double width = StillLibrary::get().width(label, size) + 2 * around;
     const double height = (1 + BELOW) * size + 2 * around;
     const P2 place{(*placed)[0], (*placed)[1] + m_legend.sceneTop()};
     const Area area = areaBeside(place, width, height);
     m_taken.push_back(area);
     drawing.boxes.push_back({area.left, area.top, width, height, PAPER});
-    drawing.texts.push_back({(area.left + area.right) / 2, area.top + around + size, mark.label, size, mark.colour,
-                             Drawing::Anchor::MIDDLE});
+    drawing.texts.push_back(
+        {(area.left + area.right) / 2, area.top + around + size, label, size, mark.colour, Drawing::Anchor::MIDDLE});
     // Words that had to go elsewhere lead back to their place.
     const P2 nearest{std::clamp(place[0], area.left, area.right), std::clamp(place[1], area.top, area.bottom)};
     if (norm(nearest - place) > 2 * size) {
@@ -175,7 +178,7 @@ bool MarkPainter::hidesNoLine(const Area& area) const {
 }
 
 MarkPainter::Area MarkPainter::areaOf(const Drawing::Text& text) {
-    const double width = StrokeFont::width(text.text, text.size);
+    const double width = StillLibrary::get().width(text.text, text.size);
     const double left = text.anchor == Drawing::Anchor::LEFT     ? text.right
                         : text.anchor == Drawing::Anchor::MIDDLE ? text.right - width / 2
                                                                  : text.right - width;

@@ -1,11 +1,11 @@
 #include "DisplayReport/still/SceneLegend.h"
 
-#include "Common/QuotedText.h"
 #include "DisplayReport/basics/TextTable.h"
 #include "DisplayReport/scene/DisplayScene.h"
+#include "DisplayReport/still/PaintedDrawing.h"
+#include "DisplayReport/still/StillLibrary.h"
 
 #include <algorithm>
-#include <cstddef>
 
 namespace Veltrani::DisplayReport {
 
@@ -15,18 +15,35 @@ constexpr Colour INK{35, 40, 46};
 constexpr Colour PALE_INK{95, 103, 112};
 constexpr Colour FAULT_INK{150, 60, 0};
 constexpr Colour PAPER{255, 255, 255};
+constexpr Colour BLACK{0, 0, 0};
 
 /// Height of a capital letter as a share of the picture's height, and the least one that can be read; pixels.
 constexpr double LETTER_SHARE = 0.0115;
 constexpr double SMALLEST_LETTER = 6;
-/// Width of the list of channels as a share of the picture's width.
+/// How much smaller letters become from one try to the next.
+constexpr double SMALLER = 0.9;
+/// Width of the list of channels as a share of the picture's width: usual, and the most.
 constexpr double COLUMN_SHARE = 0.22;
-/// From line to line of what a channel states, as a share of the height of a capital letter.
+constexpr double MOST_SHARE = 0.5;
+/// Width of a column beside others, from line to line of channels, of what a channel states and with its counts, in
+/// heights of a capital letter.
+constexpr double COLUMN = 11;
+constexpr double LINE = 2.1;
 constexpr double FACT_LINE = 1.5;
+constexpr double WITH_COUNTS = 4.6;
+/// From the left edge of a column to the names, and radius of the discs with the numbers, in the same.
+constexpr double NAME = 3.2;
+constexpr double DISC = 0.95;
+/// From the top to the line of the first channel, and from that of the last to the bottom, where a last line counts
+/// what does not fit.
+constexpr double FIRST = 3;
+constexpr double LAST = 2.2;
+/// Height of small letters in that of others.
+constexpr double SMALL = 0.8;
 /// The most lines of small text below the scene.
 constexpr std::size_t MOST_NOTES = 4;
-/// Width of a letter with its space, as a share of the height of a capital one: of the widest ones.
-constexpr double LETTER_WIDTH = 0.95;
+/// The most characters of one text that are looked at.
+constexpr std::size_t LONGEST = 1000;
 
 std::string countsOf(const SceneChannel& channel) {
     const ChannelTargets& targets = channel.targets;
@@ -38,73 +55,133 @@ std::string countsOf(const SceneChannel& channel) {
 
 }  // namespace
 
-SceneLegend::SceneLegend(int width, int height)
-    : m_width(width),
+std::string numberText(std::size_t channel) {
+    return std::to_string(channel + 1);
+}
+
+Colour inkOn(const Colour& colour) {
+    // The eye takes that much of its light from each part.
+    const double light = 0.299 * colour.red + 0.587 * colour.green + 0.114 * colour.blue;
+    constexpr double MIDDLE = 115;
+    return light > MIDDLE ? BLACK : PAPER;
+}
+
+SceneLegend::SceneLegend(int width, int height, const DisplayScene& scene)
+    : m_scene(scene),
+      m_width(width),
       m_height(height),
       m_size(std::max(SMALLEST_LETTER, LETTER_SHARE * height)),
-      m_columnWidth(COLUMN_SHARE * width) {}
+      m_list(list()) {}
 
-std::string SceneLegend::fitting(const std::string& text, double length, double size) const {
-    return shortened(onOneLine(text), static_cast<std::size_t>(std::max(1.0, length / (LETTER_WIDTH * size))));
+std::string SceneLegend::fitting(const std::string& text, double length, double size) {
+    return StillLibrary::get().fitting(shortened(drawableText(text), LONGEST), size, length);
 }
 
-void SceneLegend::addTo(Drawing& drawing, const DisplayScene& scene) const {
-    drawing.title = scene.title;
-    const double left = 1.5 * m_size;
-    const double heading = 1.3 * m_size;
-    drawing.texts.push_back({left, 3 * m_size, fitting(scene.title, sceneWidth() - 2 * left, heading), heading, INK,
-                             Drawing::Anchor::LEFT});
-    addChannels(drawing, scene);
-    addNotes(drawing, scene);
-}
-
-void SceneLegend::addChannels(Drawing& drawing, const DisplayScene& scene) const {
-    const double left = sceneWidth() + m_size;
+SceneLegend::List SceneLegend::listOf(double size, std::size_t columns, bool hasFacts) const {
     std::size_t facts = 0;
-    for (const SceneChannel& channel : scene.channels) {
+    for (const SceneChannel& channel : m_scene.channels) {
         facts = std::max(facts, channel.facts.size());
     }
-    const double row = (4.6 + FACT_LINE * static_cast<double>(facts)) * m_size;
-    drawing.boxes.push_back({sceneWidth(), 0, m_columnWidth, m_height, PAPER});
-    const auto rows = static_cast<std::size_t>(std::max(1.0, (m_height - 2 * m_size) / row)) - 1;
-    const double room = m_columnWidth - 4 * m_size;
-    for (std::size_t i = 0; i < std::min(rows, scene.channels.size()); ++i) {
-        const SceneChannel& channel = scene.channels[i];
-        const double down = 3 * m_size + row * static_cast<double>(i);
-        drawing.discsOnTop.push_back({{left + m_size, down - m_size / 2, 0}, channel.colour, 0.7 * m_size});
-        drawing.texts.push_back({left + 2.6 * m_size, down, fitting(channel.targets.name, room, m_size), m_size, INK,
-                                 Drawing::Anchor::LEFT});
-        const bool isFaulty = !channel.targets.fault.empty();
-        const std::string text = isFaulty ? channel.targets.fault : countsOf(channel);
-        const double small = 0.8 * m_size;
-        drawing.texts.push_back({left + 2.6 * m_size, down + 1.7 * m_size, fitting(text, room, small), small,
-                                 isFaulty ? FAULT_INK : PALE_INK, Drawing::Anchor::LEFT});
-        for (std::size_t fact = 0; fact < channel.facts.size(); ++fact) {
-            drawing.texts.push_back({left + 2.6 * m_size,
-                                     down + (1.7 + FACT_LINE * static_cast<double>(fact + 1)) * m_size,
-                                     fitting(channel.facts[fact], room, small), small, INK, Drawing::Anchor::LEFT});
-        }
+    List list;
+    list.size = size;
+    list.row = (hasFacts ? WITH_COUNTS + FACT_LINE * static_cast<double>(facts) : LINE) * size;
+    list.columns = columns;
+    list.width = columns == 1 ? COLUMN_SHARE * m_width : static_cast<double>(columns) * COLUMN * size;
+    list.column = list.width / static_cast<double>(columns);
+    list.hasFacts = hasFacts;
+    const double below = LAST + (hasFacts ? FACT_LINE * static_cast<double>(facts) : 0);
+    list.rows = 1 + static_cast<std::size_t>(std::max(0.0, (m_height - (FIRST + below) * m_size) / list.row));
+    return list;
+}
+
+SceneLegend::List SceneLegend::list() const {
+    List best = listOf(m_size, 1, true);
+    if (best.room() >= m_scene.channels.size()) {
+        return best;
     }
-    if (scene.channels.size() > rows) {
-        drawing.texts.push_back({left, m_height - m_size,
-                                 "and " + std::to_string(scene.channels.size() - rows) + " more channels", m_size,
-                                 PALE_INK, Drawing::Anchor::LEFT});
+    for (double size = m_size;; size = std::max(SMALLEST_LETTER, SMALLER * size)) {
+        const auto most = static_cast<std::size_t>(std::max(1.0, MOST_SHARE * m_width / (COLUMN * size)));
+        for (std::size_t columns = 1; columns <= most; ++columns) {
+            best = listOf(size, columns, false);
+            if (best.room() >= m_scene.channels.size()) {
+                return best;
+            }
+        }
+        if (size <= SMALLEST_LETTER) {
+            return best;
+        }
     }
 }
 
-void SceneLegend::addNotes(Drawing& drawing, const DisplayScene& scene) const {
-    const double small = 0.8 * m_size;
+void SceneLegend::addTo(Drawing& drawing) const {
+    drawing.title = m_scene.title;
+    const double left = 1.5 * m_size;
+    const double heading = 1.3 * m_size;
+    drawing.texts.push_back({left, 3 * m_size, fitting(m_scene.title, sceneWidth() - 2 * left, heading), heading, INK,
+                             Drawing::Anchor::LEFT});
+    addChannels(drawing);
+    addNotes(drawing);
+}
+
+void SceneLegend::addChannels(Drawing& drawing) const {
+    drawing.boxes.push_back({sceneWidth(), 0, m_list.width, m_height, PAPER});
+    const std::size_t listed = std::min(m_list.room(), m_scene.channels.size());
+    for (std::size_t i = 0; i < listed; ++i) {
+        addChannel(drawing, i, sceneWidth() + m_list.column * static_cast<double>(i / m_list.rows),
+                   FIRST * m_size + m_list.row * static_cast<double>(i % m_list.rows));
+    }
+    if (m_scene.channels.size() > listed) {
+        drawing.texts.push_back({sceneWidth() + m_list.size, m_height - 0.6 * m_size,
+                                 "and " + std::to_string(m_scene.channels.size() - listed) + " more channels",
+                                 m_list.size, PALE_INK, Drawing::Anchor::LEFT});
+    }
+}
+
+void SceneLegend::addChannel(Drawing& drawing, std::size_t number, double left, double down) const {
+    const SceneChannel& channel = m_scene.channels[number];
+    const double size = m_list.size;
+    const double middle = left + 1.5 * size;
+    drawing.discsOnTop.push_back({{middle, down - size / 2, 0}, channel.colour, DISC * size});
+    const double digits = (number + 1 < 100 ? SMALL : 0.6) * size;
+    drawing.texts.push_back({middle, down - size / 2 + digits / 2, numberText(number), digits, inkOn(channel.colour),
+                             Drawing::Anchor::MIDDLE});
+    const double room = m_list.column - (NAME + 0.5) * size;
+    const bool isFaulty = !channel.targets.fault.empty();
+    drawing.texts.push_back({left + NAME * size, down, fitting(channel.targets.name, room, size), size,
+                             isFaulty ? FAULT_INK : INK, Drawing::Anchor::LEFT});
+    if (m_list.hasFacts) {
+        addFacts(drawing, channel, left + NAME * size, down, room);
+    }
+}
+
+void SceneLegend::addFacts(Drawing& drawing, const SceneChannel& channel, double left, double down, double room) const {
+    const double small = SMALL * m_list.size;
+    const bool isFaulty = !channel.targets.fault.empty();
+    const auto add = [&](const std::string& text, double line, const Colour& ink) {
+        drawing.texts.push_back(
+            {left, down + line * m_list.size, fitting(text, room, small), small, ink, Drawing::Anchor::LEFT});
+    };
+    constexpr double FIRST_LINE = 1.7;
+    add(isFaulty ? channel.targets.fault : countsOf(channel), FIRST_LINE, isFaulty ? FAULT_INK : PALE_INK);
+    for (std::size_t fact = 0; fact < channel.facts.size(); ++fact) {
+        add(channel.facts[fact], FIRST_LINE + FACT_LINE * static_cast<double>(fact + 1), INK);
+    }
+}
+
+void SceneLegend::addNotes(Drawing& drawing) const {
+    const double small = SMALL * m_size;
     const double left = 1.5 * m_size;
     const double line = 2 * small;
-    std::vector<std::string> lines(scene.notes.begin(), scene.notes.begin() + static_cast<std::ptrdiff_t>(std::min(
-                                                                                  MOST_NOTES, scene.notes.size())));
-    if (scene.notes.size() > MOST_NOTES) {
-        lines.back() = "and " + std::to_string(scene.notes.size() - MOST_NOTES + 1) + " further notes";
+    std::vector<std::string> lines(
+        m_scene.notes.begin(),
+        m_scene.notes.begin() + static_cast<std::ptrdiff_t>(std::min(MOST_NOTES, m_scene.notes.size())));
+    if (m_scene.notes.size() > MOST_NOTES) {
+        lines.back() = "and " + std::to_string(m_scene.notes.size() - MOST_NOTES + 1) + " further notes";
     }
     double down = m_height - small - line * (static_cast<double>(lines.size()) - 1);
     for (const std::string& note : lines) {
         drawing.texts.push_back({left, down, fitting(note, sceneWidth() - 2 * left, small), small,
-                                 scene.complete ? PALE_INK : FAULT_INK, Drawing::Anchor::LEFT});
+                                 m_scene.complete ? PALE_INK : FAULT_INK, Drawing::Anchor::LEFT});
         down += line;
     }
 }

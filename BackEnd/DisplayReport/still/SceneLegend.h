@@ -2,35 +2,67 @@
 
 #include "DisplayReport/still/Drawing.h"
 
+#include <cstddef>
+#include <string>
+
 namespace Veltrani::DisplayReport {
 
 struct DisplayScene;
+struct SceneChannel;
 
-/// The words of a still: its heading, the channels with their counts, and the first notes.
+/// The words of a still: its heading, all channels with their numbers, names and counts, and the first notes.
+///
+/// Channels are numbered by their places in the configuration, from 1, since there are more of them than colours. Where
+/// they do not all fit with their counts, they stand with their names alone, then smaller and in several columns.
 class SceneLegend {
 public:
     /// @param width, height of the whole picture, pixels
-    SceneLegend(int width, int height);
+    SceneLegend(int width, int height, const DisplayScene& scene);
 
     /// Where the scene itself is drawn, from the left edge of the picture on; pixels.
-    [[nodiscard]] double sceneWidth() const { return m_width - m_columnWidth; }
+    [[nodiscard]] double sceneWidth() const { return m_width - m_list.width; }
     [[nodiscard]] double sceneTop() const { return 4 * m_size; }
     [[nodiscard]] double sceneHeight() const { return m_height - sceneTop() - 2 * m_size; }
     /// Height of a capital letter; pixels.
     [[nodiscard]] double letterSize() const { return m_size; }
 
-    void addTo(Drawing& drawing, const DisplayScene& scene) const;
+    void addTo(Drawing& drawing) const;
+
+    /// A text of outside data that is cut where it does not fit.
+    [[nodiscard]] static std::string fitting(const std::string& text, double length, double size);
 
 private:
-    void addChannels(Drawing& drawing, const DisplayScene& scene) const;
-    void addNotes(Drawing& drawing, const DisplayScene& scene) const;
-    /// As many letters as fit on a length.
-    [[nodiscard]] std::string fitting(const std::string& text, double length, double size) const;
+    /// How the channels stand.
+    struct List {
+        double size = 0;    ///< height of a capital letter
+        double row = 0;     ///< from channel to channel
+        double column = 0;  ///< width of one
+        double width = 0;   ///< of all columns
+        std::size_t rows = 0;
+        std::size_t columns = 1;
+        bool hasFacts = true;  ///< counts, and what else channels state
 
+        [[nodiscard]] std::size_t room() const { return rows * columns; }
+    };
+
+    [[nodiscard]] List list() const;
+    [[nodiscard]] List listOf(double size, std::size_t columns, bool hasFacts) const;
+    void addChannels(Drawing& drawing) const;
+    void addChannel(Drawing& drawing, std::size_t number, double left, double down) const;
+    void addFacts(Drawing& drawing, const SceneChannel& channel, double left, double down, double room) const;
+    void addNotes(Drawing& drawing) const;
+
+    const DisplayScene& m_scene;
     double m_width;
     double m_height;
     double m_size;
-    double m_columnWidth;
+    List m_list;
 };
+
+/// What stands on a disc or beside a picture of a channel: "1" for the first.
+[[nodiscard]] std::string numberText(std::size_t channel);
+
+/// Black or white, whichever is read more easily on that colour.
+[[nodiscard]] Colour inkOn(const Colour& colour);
 
 }  // namespace Veltrani::DisplayReport

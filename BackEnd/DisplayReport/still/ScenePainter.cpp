@@ -5,12 +5,13 @@
 #include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/still/MarkPainter.h"
 #include "DisplayReport/still/SceneLegend.h"
-#include "DisplayReport/still/StrokeFont.h"
+#include "DisplayReport/still/StillLibrary.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,8 @@ constexpr Colour EYE_COLOUR{20, 20, 20};
 
 /// Shares of the colour's light: of a surface that is seen edge on, and what facing it adds.
 constexpr double LEAST_LIGHT = 0.72;
+/// Steps of that light: neighbours of one colour are painted at once, without seams.
+constexpr double LIGHT_STEPS = 24;
 /// The opacity of a screen that is seen from behind, and of a part of a mirror.
 constexpr double BEHIND_OPACITY = 0.12;
 constexpr double MIRROR_OPACITY = 0.16;
@@ -73,7 +76,7 @@ class Painting {
 public:
     Painting(const DisplayScene& scene, const std::string& view, int width, int height)
         : m_scene(scene),
-          m_legend(width, height),
+          m_legend(width, height, scene),
           m_camera(scene, view, m_legend.sceneWidth(), m_legend.sceneHeight()),
           m_pixel(std::max(1.0, height / REFERENCE_HEIGHT)) {
         m_drawing.width = width;
@@ -91,7 +94,7 @@ public:
         }
         addPlaces();
         MarkPainter(m_camera, m_legend, m_pixel).addTo(m_drawing, m_scene);
-        m_legend.addTo(m_drawing, m_scene);
+        m_legend.addTo(m_drawing);
         return std::move(m_drawing);
     }
 
@@ -154,6 +157,13 @@ private:
         for (const auto& [a, b, c] : surface.triangles) {
             addScreenTriangle(surface.vertices[a], surface.vertices[b], surface.vertices[c], colour);
         }
+        // What shines through is painted at once where it looks alike, since seams would show.
+        std::stable_sort(m_drawing.triangles.begin(), m_drawing.triangles.end(), [](const auto& a, const auto& b) {
+            const auto look = [](const Drawing::Triangle& t) {
+                return std::tuple(t.opacity, t.colour.red, t.colour.green, t.colour.blue);
+            };
+            return look(a) < look(b);
+        });
         for (const auto& [a, b] : surface.border) {
             addPiece(surface.vertices[a], surface.vertices[b], BORDER_COLOUR, THIN);
         }
@@ -170,7 +180,8 @@ private:
             return;
         }
         const double facing = std::abs(dot(normal, towardsCamera)) / length;
-        const Colour lit = mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * facing);
+        const double step = std::round(LIGHT_STEPS * facing) / LIGHT_STEPS;
+        const Colour lit = mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * step);
         addTriangle(a, b, c, lit, isSeenByAudience(a, normal) ? frontOpacity() : BEHIND_OPACITY);
     }
 
@@ -247,7 +258,7 @@ private:
             const AxisLayout::Place place = flat(eye.point);
             const double beside = PLACE_DOT * m_pixel + 0.5 * labelSize();
             m_drawing.texts.push_back({place[0] + beside, place[1] + labelSize() / 2, eye.name, labelSize(), EYE_COLOUR,
-                                       Drawing::Anchor::LEFT});
+                                       Drawing::Anchor::LEFT, true});
         }
     }
 
@@ -316,7 +327,7 @@ private:
 
     [[nodiscard]] AxisLayout::Box labelBox(const std::string& text) const {
         constexpr double WITH_BRACKETS = 1.4;  // of the height of a capital letter
-        return {StrokeFont::width(text, labelSize()), WITH_BRACKETS * labelSize()};
+        return {StillLibrary::get().width(text, labelSize()), WITH_BRACKETS * labelSize()};
     }
 
     /// Moved to the right or left until all of it is beside the list of channels.

@@ -1,7 +1,7 @@
 #include "DisplayReport/still/MarkPainter.h"
 
 #include "DisplayReport/still/ScenePainter.h"
-#include "DisplayReport/still/StrokeFont.h"
+#include "DisplayReport/still/StillLibrary.h"
 #include "Scenes.h"
 
 #include <gmock/gmock.h>
@@ -81,8 +81,9 @@ TEST(MarkPainter, WordsCoverNoOthers) {
     ASSERT_EQ(texts.size(), marks.size());
     for (std::size_t a = 0; a < texts.size(); ++a) {
         for (std::size_t b = a + 1; b < texts.size(); ++b) {
-            const double room =
-                (StrokeFont::width(texts[a].text, texts[a].size) + StrokeFont::width(texts[b].text, texts[b].size)) / 2;
+            const double room = (StillLibrary::get().width(texts[a].text, texts[a].size) +
+                                 StillLibrary::get().width(texts[b].text, texts[b].size)) /
+                                2;
             EXPECT_TRUE(std::abs(texts[a].right - texts[b].right) >= room ||
                         std::abs(texts[a].down - texts[b].down) >= texts[a].size)
                 << texts[a].text << " and " << texts[b].text;
@@ -95,7 +96,7 @@ TEST(MarkPainter, WordsStandOnPaperWithinThePicture) {
     const Drawing drawing = drawn({{{P3(), corner}, "a long text beside the last corner", corner, VIOLET}});
     const auto texts = violetTexts(drawing);
     ASSERT_EQ(texts.size(), 1U);
-    const double half = StrokeFont::width(texts[0].text, texts[0].size) / 2;
+    const double half = StillLibrary::get().width(texts[0].text, texts[0].size) / 2;
     EXPECT_GE(texts[0].right - half, 0);
     EXPECT_LE(texts[0].right + half, 0.78 * 1200) << "the list of channels begins there";
     const bool hasPaper = std::any_of(drawing.boxes.begin(), drawing.boxes.end(), [&](const Drawing::Box& box) {

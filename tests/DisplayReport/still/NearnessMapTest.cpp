@@ -1,4 +1,4 @@
-#include "DisplayReport/still/DrawingRaster.h"
+#include "DisplayReport/still/NearnessMap.h"
 
 #include <gtest/gtest.h>
 

@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <set>
+#include <utility>
 
 namespace {
 
@@ -17,7 +20,7 @@ using testing::StartsWith;
 
 std::vector<std::string> textsOf(const DisplayScene& scene, int width = 1600, int height = 1000) {
     Drawing drawing;
-    SceneLegend(width, height).addTo(drawing, scene);
+    SceneLegend(width, height, scene).addTo(drawing);
     std::vector<std::string> texts;
     for (const Drawing::Text& text : drawing.texts) {
         texts.push_back(text.text);
@@ -45,21 +48,71 @@ TEST(SceneLegend, AFaultStandsInPlaceOfTheCounts) {
     EXPECT_THAT(textsOf(scene), Not(Contains(StartsWith("4 targets"))));
 }
 
-TEST(SceneLegend, TheDiscHasTheColourOfTheChannel) {
+TEST(SceneLegend, TheDiscHasTheColourOfTheChannelAndItsNumber) {
     Drawing drawing;
-    SceneLegend(1600, 1000).addTo(drawing, scenes::wall());
+    const DisplayScene scene = scenes::wall();
+    SceneLegend(1600, 1000, scene).addTo(drawing);
     ASSERT_EQ(drawing.discsOnTop.size(), 1U);
     EXPECT_EQ(drawing.discsOnTop[0].colour, channelColour(0));
-    EXPECT_GT(drawing.discsOnTop[0].centre[0], SceneLegend(1600, 1000).sceneWidth());
+    EXPECT_GT(drawing.discsOnTop[0].centre[0], SceneLegend(1600, 1000, scene).sceneWidth());
+    const auto number = std::find_if(drawing.texts.begin(), drawing.texts.end(),
+                                     [](const Drawing::Text& text) { return text.text == "1"; });
+    ASSERT_NE(number, drawing.texts.end());
+    EXPECT_EQ(number->right, drawing.discsOnTop[0].centre[0]);
+    EXPECT_LT(std::abs(number->down - number->size / 2 - drawing.discsOnTop[0].centre[1]), 0.1);
 }
 
-TEST(SceneLegend, ChannelsThatDoNotFitAreCounted) {
+/// A scene of many channels, each with a name of its own.
+DisplayScene manyChannels(std::size_t count) {
     DisplayScene scene = scenes::wall();
-    scene.channels.assign(200, scene.channels[0]);
+    scene.channels.assign(count, scene.channels[0]);
+    for (std::size_t i = 0; i < count; ++i) {
+        scene.channels[i].targets.name = "N" + std::to_string(i + 1);
+        scene.channels[i].colour = channelColour(i);
+    }
+    return scene;
+}
+
+TEST(SceneLegend, HoldsAllChannelsHoweverManyThereAre) {
+    for (const std::size_t count : {2U, 17U, 24U, 60U, 200U}) {
+        const DisplayScene scene = manyChannels(count);
+        for (const auto& [width, height] : {std::pair(1600, 1000), std::pair(800, 500)}) {
+            Drawing drawing;
+            const SceneLegend legend(width, height, scene);
+            legend.addTo(drawing);
+            std::set<std::pair<double, double>> places;
+            for (std::size_t i = 0; i < count; ++i) {
+                const auto name = std::find_if(drawing.texts.begin(), drawing.texts.end(), [&](const auto& text) {
+                    return text.text == scene.channels[i].targets.name;
+                });
+                ASSERT_NE(name, drawing.texts.end()) << count << ": " << i;
+                EXPECT_TRUE(places.emplace(name->right, name->down).second) << "two at one place";
+                EXPECT_GE(name->size, 6);
+                EXPECT_GT(name->right, legend.sceneWidth());
+                EXPECT_LT(name->right, width);
+                EXPECT_LT(name->down, height);
+            }
+            EXPECT_GE(legend.sceneWidth(), 0.5 * width - 1);
+            EXPECT_EQ(drawing.discsOnTop.size(), count);
+        }
+    }
+}
+
+TEST(SceneLegend, ChannelsThatHaveNoRoomAtAllAreCounted) {
+    const DisplayScene scene = manyChannels(2000);
     const auto texts = textsOf(scene, 800, 500);
-    const auto listed = static_cast<std::size_t>(std::count(texts.begin(), texts.end(), "Left"));
-    EXPECT_GT(listed, 5U);
-    EXPECT_THAT(texts, Contains("and " + std::to_string(200 - listed) + " more channels"));
+    const auto listed = static_cast<std::size_t>(
+        std::count_if(texts.begin(), texts.end(), [](const std::string& text) { return text.starts_with("N"); }));
+    EXPECT_GT(listed, 100U);
+    EXPECT_THAT(texts, Contains("and " + std::to_string(2000 - listed) + " more channels"));
+}
+
+TEST(SceneLegend, NumbersAreReadOnEveryColour) {
+    for (std::size_t i = 0; i < 16; ++i) {
+        const Colour paper = channelColour(i);
+        const Colour ink = inkOn(paper);
+        EXPECT_GT(std::abs(paper.red + paper.green + paper.blue - ink.red - ink.green - ink.blue), 250) << i;
+    }
 }
 
 TEST(SceneLegend, EveryNoteStandsInTheOrderOfTheScene) {
@@ -91,9 +144,10 @@ TEST(SceneLegend, LongNamesAreCutAndControlCharactersNeverDrawn) {
 }
 
 TEST(SceneLegend, ASmallPictureKeepsLettersThatCanBeRead) {
-    EXPECT_EQ(SceneLegend(300, 200).letterSize(), 6);
-    EXPECT_GT(SceneLegend(3200, 2000).letterSize(), 20);
-    EXPECT_GT(SceneLegend(300, 200).sceneHeight(), 100);
+    const DisplayScene scene = scenes::wall();
+    EXPECT_EQ(SceneLegend(300, 200, scene).letterSize(), 6);
+    EXPECT_GT(SceneLegend(3200, 2000, scene).letterSize(), 20);
+    EXPECT_GT(SceneLegend(300, 200, scene).sceneHeight(), 100);
 }
 
 }  // namespace

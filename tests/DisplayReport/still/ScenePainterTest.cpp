@@ -1,10 +1,9 @@
 #include "DisplayReport/still/ScenePainter.h"
 
 #include "DisplayReport/scene/SceneCamera.h"
-#include "DisplayReport/still/DrawingRaster.h"
-#include "DisplayReport/still/StrokeFont.h"
+#include "DisplayReport/still/StillLibrary.h"
 #include "Scenes.h"
-#include "support/PngImage.h"
+#include "still/Stills.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,8 +39,7 @@ ChannelFrustum mirrored() {
 TEST(ScenePainter, TheChannelsPictureLiesOnItsHalfOfTheScreen) {
     const DisplayScene scene = wall();
     const Drawing drawing = ScenePainter("front", 500, 300).paint(scene);
-    const PngPicture picture = rasterised(drawing);
-    PngImage image{picture.width, picture.height, picture.colours};
+    const PngImage image = stills::imageOf(drawing);
     const double left = (drawing.triangles[0].corners[0][0] + drawing.triangles[1].corners[0][0]) / 2;
     const double right = drawing.triangles[0].corners[1][0];
     const double down = (drawing.triangles[0].corners[1][1] + drawing.triangles[0].corners[2][1]) / 2;
@@ -58,7 +56,7 @@ TEST(ScenePainter, TheChannelsPictureLiesOnItsHalfOfTheScreen) {
 TEST(ScenePainter, AnEmptySceneIsAPictureToo) {
     for (const std::string& view : SceneCamera::views()) {
         const Drawing drawing = ScenePainter(view, 300, 200).paint({});
-        EXPECT_EQ(rasterised(drawing).colours.size(), 3U * 300 * 200);
+        EXPECT_EQ(stills::imageOf(drawing).bytes.size(), 3U * 300 * 200);
     }
 }
 
@@ -120,8 +118,9 @@ TEST(ScenePainter, TextsOfTheScalesCoverNoOther) {
                     continue;
                 }
                 ++compared;
-                const double across =
-                    (StrokeFont::width(one.text, one.size) + StrokeFont::width(other.text, other.size)) / 2;
+                const double across = (StillLibrary::get().width(one.text, one.size) +
+                                       StillLibrary::get().width(other.text, other.size)) /
+                                      2;
                 EXPECT_TRUE(std::abs(one.right - other.right) >= across || std::abs(one.down - other.down) >= one.size)
                     << view << ": " << one.text << " and " << other.text;
             }
@@ -143,7 +142,7 @@ TEST(ScenePainter, NumbersFarFromTheOriginStayInsideThePicture) {
     int numbers = 0;
     for (const Drawing::Text& text : drawing.texts) {
         if (text.anchor == Drawing::Anchor::MIDDLE) {
-            EXPECT_GE(text.right - StrokeFont::width(text.text, text.size) / 2, 0) << text.text;
+            EXPECT_GE(text.right - StillLibrary::get().width(text.text, text.size) / 2, 0) << text.text;
             ++numbers;
         }
     }

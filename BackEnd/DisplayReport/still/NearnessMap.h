@@ -1,14 +1,13 @@
 #pragma once
 
-#include "DisplayReport/basics/PngPicture.h"
 #include "DisplayReport/still/Drawing.h"
 
 #include <vector>
 
 namespace Veltrani::DisplayReport {
 
-/// How near the opaque triangles of a drawing are at each pixel: shows which shapes are hidden, for formats that have
-/// no depth of their own.
+/// How near the opaque triangles of a drawing are at each pixel: shows which shapes are hidden, for what paints shapes
+/// and has no depth of its own.
 class NearnessMap {
 public:
     explicit NearnessMap(const Drawing& drawing);
@@ -24,11 +23,5 @@ private:
     int m_height;
     std::vector<float> m_nearness;  ///< row by row from the top left pixel; 0 where there is nothing
 };
-
-struct Drawing;
-
-/// The pixels of a drawing on white paper: nearer shapes hide farther ones pixel by pixel, edges are smoothed by nine
-/// samples a pixel.
-[[nodiscard]] PngPicture rasterised(const Drawing& drawing);
 
 }  // namespace Veltrani::DisplayReport
