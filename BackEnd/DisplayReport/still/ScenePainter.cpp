@@ -4,6 +4,7 @@
 #include "DisplayReport/scene/SceneAxes.h"
 #include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/still/MarkPainter.h"
+#include "DisplayReport/still/PicturePainter.h"
 #include "DisplayReport/still/SceneLegend.h"
 #include "DisplayReport/still/StillLibrary.h"
 
@@ -93,6 +94,7 @@ public:
             addTargets(channel);
         }
         addPlaces();
+        PicturePainter(m_scene, m_camera, m_legend, m_pixel).addTo(m_drawing);
         MarkPainter(m_camera, m_legend, m_pixel).addTo(m_drawing, m_scene);
         m_legend.addTo(m_drawing);
         return std::move(m_drawing);

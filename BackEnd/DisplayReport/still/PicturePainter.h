@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "DisplayReport/still/Drawing.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayReport {
+
+class NearnessMap;
+class SceneCamera;
+class SceneLegend;
+struct DisplayScene;
+struct SceneChannel;
+
+/// Draws on the picture of every channel its number and its name, and an arrow to its top: where it is seen, and beside
+/// those of others that overlap it as long as there is room. A picture that is narrower than its name has its number.
+class PicturePainter {
+public:
+    /// @param pixel what counts as a pixel of a picture of usual size
+    PicturePainter(const DisplayScene& scene, const SceneCamera& camera, const SceneLegend& legend, double pixel);
+
+    /// @param drawing with the screen already, which hides pictures
+    void addTo(Drawing& drawing);
+
+private:
+    /// What words cover, pixels.
+    struct Area {
+        double left = 0;
+        double top = 0;
+        double right = 0;
+        double bottom = 0;
+
+        [[nodiscard]] bool overlaps(const Area& other) const;
+    };
+
+    /// A way on the screen that starts where the name stands and leads towards the top of the picture.
+    using Way = std::vector<Point<double, 3>>;
+
+    void addChannel(Drawing& drawing, const NearnessMap& nearest, std::size_t number);
+    /// Ways from the places of the picture that come into question, the best first.
+    [[nodiscard]] std::vector<Way> waysOf(const SceneChannel& channel) const;
+    [[nodiscard]] Way wayUp(const SceneChannel& channel, std::size_t target) const;
+    /// In the drawing, as far as it is seen; empty where its start is hidden.
+    [[nodiscard]] std::vector<Drawing::Place> shown(const Way& way, const NearnessMap& nearest) const;
+    void addArrow(Drawing& drawing, const std::vector<Drawing::Place>& way, const Colour& colour) const;
+    [[nodiscard]] std::string labelOf(const SceneChannel& channel, std::size_t number) const;
+    [[nodiscard]] double widthInPicture(const SceneChannel& channel) const;
+    [[nodiscard]] std::optional<Drawing::Place> placed(const Point<double, 3>& world) const;
+    [[nodiscard]] double labelSize() const;
+
+    const DisplayScene& m_scene;
+    const SceneCamera& m_camera;
+    const SceneLegend& m_legend;
+    double m_pixel;
+    std::vector<Area> m_taken;
+};
+
+}  // namespace Veltrani::DisplayReport
