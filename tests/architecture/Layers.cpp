@@ -101,7 +101,7 @@ const std::vector<Library>& all() {
              {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/coverage"}, {"pcl"}),
         room("DisplayReport/scene", {"BackEnd/DisplayReport/scene/"},
              {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/coverage", "DisplayReport/targets"},
-             {"nlohmann", "openssl", "pcl"}),
+             {"meshoptimizer.h", "nlohmann", "openssl", "pcl"}),
         room("DisplayReport/still", {"BackEnd/DisplayReport/still/"}, {"DisplayReport/basics", "DisplayReport/scene"},
              {"cairo-pdf.h", "cairo-svg.h", "cairo.h", "fontconfig", "pango"}),
         {"ProjectorSession",

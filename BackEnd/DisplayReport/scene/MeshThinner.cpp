@@ -3,6 +3,8 @@
 #include "Common/Finite.h"
 #include "DisplayReport/basics/Extent.h"
 
+#include <meshoptimizer.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -200,6 +202,36 @@ SceneSurface compacted(const std::vector<P3>& vertices, const std::vector<Triang
     return surface;
 }
 
+/// With the first vertex at each place, each triangle once, and without those that have no area then.
+std::vector<Triangle> weldedTriangles(const SceneSurface& surface) {
+    Clusters places;
+    places.ofVertex = weldedVertices(surface.vertices);
+    return remaining(surface.triangles, places);
+}
+
+/// Relative to the middle of the mesh and to its size: a float has seven digits, and no room for great numbers. Empty
+/// where the size is none.
+std::vector<float> unitPlaces(const std::vector<P3>& vertices) {
+    Extent extent;
+    for (const P3& vertex : vertices) {
+        extent.add(vertex);
+    }
+    const P3 size = extent.size();
+    const double longest = std::max({size[0], size[1], size[2]});
+    if (!(longest > 0) || !std::isfinite(longest)) {
+        return {};
+    }
+    const P3 middle = extent.minimum() + size * 0.5;
+    std::vector<float> places;
+    places.reserve(3 * vertices.size());
+    for (const P3& vertex : vertices) {
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            places.push_back(static_cast<float>((vertex[axis] - middle[axis]) / longest));
+        }
+    }
+    return places;
+}
+
 }  // namespace
 
 SceneSurface MeshThinner::thin(const TriangleMesh& mesh) const {
@@ -208,9 +240,31 @@ SceneSurface MeshThinner::thin(const TriangleMesh& mesh) const {
     std::copy_if(mesh.triangles.begin(), mesh.triangles.end(), std::back_inserter(near),
                  [&](const Triangle& triangle) { return neighbourhood.has(mesh, triangle); });
     const SceneSurface whole = compacted(mesh.vertices, near);
-    SceneSurface thinned = near.size() <= m_mostTriangles ? whole : gathered(whole);
+    SceneSurface thinned = near.size() <= m_mostTriangles ? whole : simplified(whole);
+    if (thinned.triangles.size() > m_mostTriangles) {
+        // Many loose parts, or edges of several triangles: edges that may be collapsed have run out.
+        thinned = gathered(whole);
+    }
     thinned.trianglesFarOff = mesh.triangles.size() - near.size();
     return thinned;
+}
+
+SceneSurface MeshThinner::simplified(const SceneSurface& whole) const {
+    const std::vector<Triangle> triangles = weldedTriangles(whole);
+    const std::vector<float> places = unitPlaces(whole.vertices);
+    if (places.empty() || triangles.size() <= m_mostTriangles) {
+        return compacted(whole.vertices, triangles);
+    }
+    std::vector<std::uint32_t> kept(3 * triangles.size());
+    constexpr float ANY_ERROR = 1;  // of the size of the mesh
+    constexpr std::size_t BYTES_OF_PLACE = 3 * sizeof(float);
+    kept.resize(meshopt_simplify(kept.data(), triangles.front().data(), kept.size(), places.data(),
+                                 whole.vertices.size(), BYTES_OF_PLACE, 3 * m_mostTriangles, ANY_ERROR, 0, nullptr));
+    std::vector<Triangle> remaining;
+    for (std::size_t i = 0; i < kept.size(); i += 3) {
+        remaining.push_back({kept[i], kept[i + 1], kept[i + 2]});
+    }
+    return compacted(whole.vertices, remaining);
 }
 
 SceneSurface MeshThinner::gathered(const SceneSurface& whole) const {

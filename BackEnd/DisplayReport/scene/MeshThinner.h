@@ -7,11 +7,14 @@
 
 namespace Veltrani::DisplayReport {
 
-/// Fewer triangles for a picture of a mesh: vertices are gathered in cells of equal size, the middle of each takes
-/// their place, and triangles that keep three different corners stay. Vertices of the border are gathered apart from
-/// the others, and the one where it turns most takes their place: the border stays where it is, corners included.
+/// Fewer triangles for a picture of a mesh: edges are collapsed where that changes the shape least (meshoptimizer), so
+/// that surfaces that fit each other still do, and no vertex moves. The border stays where it is, corners included.
 ///
-/// The result is for looking at, not for measuring: what is smaller than a cell disappears.
+/// Where edges run out, as in many loose parts, vertices are gathered in cells of equal size instead: the middle of
+/// each takes their place, and triangles that keep three different corners stay. Vertices of the border are gathered
+/// apart from the others, and the one where it turns most takes their place.
+///
+/// The result is for looking at, not for measuring: what is small disappears.
 class MeshThinner {
 public:
     /// @param mostTriangles at least 1
@@ -24,6 +27,7 @@ public:
 
 private:
     /// A surface of too many triangles.
+    [[nodiscard]] SceneSurface simplified(const SceneSurface& whole) const;
     [[nodiscard]] SceneSurface gathered(const SceneSurface& whole) const;
 
     std::size_t m_mostTriangles;

@@ -1,5 +1,7 @@
 #include "DisplayReport/scene/MeshThinner.h"
 
+#include "Common/Finite.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -96,6 +98,70 @@ TEST(MeshThinner, AVertexOfTheBorderThatIsThereTwiceStaysWhereItIs) {
     EXPECT_NEAR(length, 4, 1e-9) << "no crack has opened";
 }
 
+/// Does a triangle of the wall cover that place of it?
+bool isCovered(const SceneSurface& surface, double x, double z) {
+    return std::any_of(surface.triangles.begin(), surface.triangles.end(), [&](const auto& triangle) {
+        int turns = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const P3& a = surface.vertices[triangle[i]];
+            const P3& b = surface.vertices[triangle[(i + 1) % 3]];
+            turns += (b[0] - a[0]) * (z - a[2]) - (b[2] - a[2]) * (x - a[0]) >= 0 ? 1 : -1;
+        }
+        return std::abs(turns) == 3;
+    });
+}
+
+// What was seen once: white specks along the border of the light, where large triangles meet the small ones of a cut.
+TEST(MeshThinner, NoHolesOpenWhereLargeTrianglesMeetSmallOnes) {
+    // The left half of the wall is eight times as fine; corners of it lie on edges of the right half.
+    TriangleMesh mesh = wall(8);
+    for (P3& vertex : mesh.vertices) {
+        vertex[0] = 0.5 + vertex[0] / 2;
+    }
+    TriangleMesh fine = wall(64);
+    const auto first = static_cast<std::uint32_t>(mesh.vertices.size());
+    for (const P3& vertex : fine.vertices) {
+        mesh.vertices.push_back({vertex[0] / 2, vertex[1], vertex[2]});
+    }
+    for (const auto& [a, b, c] : fine.triangles) {
+        mesh.triangles.push_back({a + first, b + first, c + first});
+    }
+    for (const std::size_t most : {300U, 1500U}) {
+        const SceneSurface surface = MeshThinner(most).thin(mesh);
+        EXPECT_LE(surface.triangles.size(), most);
+        int holes = 0;
+        for (int i = 0; i < 997; ++i) {
+            // Spread over the wall; close to the seam every second time.
+            const double x =
+                i % 2 == 0 ? std::fmod(i * 0.6180339887, 1.0) : 0.49 + 0.02 * std::fmod(i * 0.7548776662, 1.0);
+            holes += isCovered(surface, x, std::fmod(i * 0.5698402910, 1.0)) ? 0 : 1;
+        }
+        EXPECT_EQ(holes, 0) << most;
+    }
+}
+
+TEST(MeshThinner, NoVertexOfASurfaceMoves) {
+    const TriangleMesh mesh = wall(100);
+    const SceneSurface surface = MeshThinner(1000).thin(mesh);
+    for (const P3& vertex : surface.vertices) {
+        EXPECT_NE(std::find(mesh.vertices.begin(), mesh.vertices.end(), vertex), mesh.vertices.end());
+    }
+}
+
+TEST(MeshThinner, ManyLoosePartsBecomeFewAsWell) {
+    TriangleMesh mesh;
+    for (int i = 0; i < 6000; ++i) {
+        const P3 place{std::fmod(i * 0.6180339887, 1.0), std::fmod(i * 0.7548776662, 1.0),
+                       std::fmod(i * 0.5698402910, 1.0)};
+        const auto first = static_cast<std::uint32_t>(mesh.vertices.size());
+        mesh.vertices.insert(mesh.vertices.end(), {place, place + P3{0.2, 0, 0}, place + P3{0, 0.2, 0.1}});
+        mesh.triangles.push_back({first, first + 1, first + 2});
+    }
+    const SceneSurface surface = MeshThinner(1000).thin(mesh);
+    EXPECT_LE(surface.triangles.size(), 1000U);
+    EXPECT_GE(surface.triangles.size(), 100U);
+}
+
 TEST(MeshThinner, AHoleStaysAHole) {
     TriangleMesh mesh = wall(100);
     // The middle fifth of both sides.
@@ -155,6 +221,28 @@ TEST(MeshThinner, WhatIsNotFiniteIsLeftOut) {
         }
     }
     EXPECT_TRUE(MeshThinner(10).thin({}).triangles.empty());
+}
+
+TEST(MeshThinner, MeshesOfAnySizeAreThinned) {
+    for (const double scale : {1e-200, 1e-30, 1e60, 1e153}) {
+        TriangleMesh mesh = wall(50);
+        for (P3& vertex : mesh.vertices) {
+            vertex = vertex * scale;
+        }
+        const SceneSurface surface = MeshThinner(500).thin(mesh);
+        EXPECT_LE(surface.triangles.size(), 500U) << scale;
+        for (const P3& vertex : surface.vertices) {
+            EXPECT_TRUE(isFinite(vertex)) << scale;
+        }
+    }
+}
+
+TEST(MeshThinner, RepeatedTrianglesCountOnce) {
+    TriangleMesh mesh = wall(2);
+    for (int i = 0; i < 7; ++i) {
+        mesh.triangles.insert(mesh.triangles.end(), mesh.triangles.begin(), mesh.triangles.begin() + 8);
+    }
+    EXPECT_NEAR(areaOf(MeshThinner(20).thin(mesh)), 1.0, 1e-12);
 }
 
 TEST(MeshThinner, TrianglesWithoutAnAreaDoNotKeepItBusy) {
