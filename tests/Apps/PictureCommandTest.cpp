@@ -48,12 +48,58 @@ TEST(PictureCommand, DrawsEveryExampleInTheColoursOfItsChannels) {
 TEST(PictureCommand, TheNameOfTheFileTellsTheFormat) {
     const TemporaryFolder folder;
     ASSERT_EQ(runScreenManager({"picture", DOME, "-o", folder.file("a.svg")}).exitCode, 0);
-    EXPECT_THAT(folder.read("a.svg"), StartsWith("<svg "));
+    EXPECT_THAT(folder.read("a.svg"), StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg "));
     EXPECT_THAT(folder.read("a.svg"), HasSubstr(">Centre</text>"));
+    EXPECT_THAT(folder.read("a.svg"), HasSubstr(">2 Centre</text>")) << "on its picture";
+    ASSERT_EQ(runScreenManager({"picture", DOME, "-o", folder.file("a.PDF")}).exitCode, 0);
+    EXPECT_THAT(folder.read("a.PDF"), StartsWith("%PDF-1.5"));
+    ASSERT_EQ(runScreenManager({"picture", DOME, "-o", folder.file("pdf")}).exitCode, 0);
+    EXPECT_EQ(PngImage::read(folder.read("pdf")).width, 1600U) << "a name without an ending";
     ASSERT_EQ(runScreenManager({"picture", DOME, "-o", folder.file("a.svg"), "--format", "png", "--size", "300x200"})
                   .exitCode,
               0);
     EXPECT_EQ(PngImage::read(folder.read("a.svg")).width, 300U);
+}
+
+TEST(PictureCommand, EqualDisplaysGiveEqualFilesWhateverTheUserPrefers) {
+    const TemporaryFolder folder;
+    const std::string fonts =
+        folder.write("fonts.conf",
+                     "<fontconfig><alias binding='strong'><family>DejaVu Sans</family><prefer><family>DejaVu Sans Mono"
+                     "</family></prefer></alias><dir>/usr/share/fonts</dir></fontconfig>");
+    for (const char* format : {"png", "svg", "pdf"}) {
+        const std::vector<std::string> arguments{"picture", DOME, "-q", "--size", "600x400", "--format", format};
+        const ProgramRun usual = runScreenManager(arguments);
+        ASSERT_EQ(usual.exitCode, 0) << usual.errors;
+        const ProgramRun other = runScreenManager(arguments, {{"FONTCONFIG_FILE", fonts},
+                                                              {"LANG", "sr_RS.UTF-8"},
+                                                              {"LANGUAGE", "sr:ja"},
+                                                              {"PANGO_LANGUAGE", "ja"},
+                                                              {"HOME", folder.file("nowhere")}});
+        EXPECT_TRUE(other.output == usual.output) << format;
+        EXPECT_EQ(other.errors, "");
+    }
+}
+
+TEST(PictureCommand, NamesMayBeOfAnyScriptAndLength) {
+    const TemporaryFolder folder;
+    std::string display = contents(DOME);
+    const std::string name = "<Name>Left</Name>";
+    ASSERT_NE(display.find(name), std::string::npos);
+    std::string longName;
+    for (int i = 0; i < 20000; ++i) {
+        longName += "ग्वाल壁벽";
+    }
+    for (const std::string& other : {std::string("قبة 左の壁 왼쪽"), longName, std::string("a&#x9;b &#x202e;c")}) {
+        std::string changed = display;
+        changed.replace(changed.find(name), name.size(), "<Name>" + other + "</Name>");
+        const std::string file = folder.write("display.xml", changed);
+        for (const char* format : {"png", "svg", "pdf"}) {
+            const ProgramRun run = runScreenManager({"picture", file, "-q", "--size", "600x400", "--format", format});
+            EXPECT_EQ(run.exitCode, 0) << run.errors;
+            EXPECT_EQ(run.errors, "") << "drawing libraries have nothing to say";
+        }
+    }
 }
 
 TEST(PictureCommand, WrongWishesAreRefused) {

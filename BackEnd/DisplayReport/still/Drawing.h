@@ -26,6 +26,7 @@ struct Drawing {
         Place to;
         Colour colour;
         double width = 1;
+        bool isDashed = false;
     };
     struct Disc {
         Place centre;

@@ -121,11 +121,11 @@ public:
 
 private:
     /// What is painted next, together with what was painted last when both look alike.
-    Shape& next(Kind kind, const Colour& colour, double opacity, double width) {
+    Shape& next(Kind kind, const Colour& colour, double opacity, double width, bool isDashed = false) {
         std::vector<Shape>& shapes = m_painted.shapes;
         if (shapes.empty() || shapes.back().kind != kind || !(shapes.back().colour == colour) ||
-            shapes.back().opacity != opacity || shapes.back().width != width) {
-            shapes.push_back({kind, colour, opacity, width, {}});
+            shapes.back().opacity != opacity || shapes.back().width != width || shapes.back().isDashed != isDashed) {
+            shapes.push_back({kind, colour, opacity, width, {}, isDashed});
         }
         return shapes.back();
     }
@@ -242,7 +242,7 @@ private:
 
     /// Continues the line before where that ends there.
     void addRun(const Drawing::Line& line, const PaintedDrawing::Place& from, const PaintedDrawing::Place& to) {
-        Shape& shape = next(Kind::LINE, line.colour, 1, line.width);
+        Shape& shape = next(Kind::LINE, line.colour, 1, line.width, line.isDashed);
         if (shape.parts.empty() || !(shape.parts.back().back() == from)) {
             shape.parts.push_back({from});
         }

@@ -25,6 +25,7 @@ struct PaintedDrawing {
         /// The corners of each area, all in one direction of turning; of each line, at least two; or the middles of all
         /// discs, in one part.
         std::vector<Places> parts;
+        bool isDashed = false;  ///< lines
     };
 
     /// Paints opaque triangles from the farthest to the nearest, then what is not opaque, lines and discs as far as

@@ -142,6 +142,9 @@ std::vector<PicturePainter::Way> PicturePainter::waysOf(const SceneChannel& chan
     });
     order.resize(std::min(order.size(), MOST_WAYS));
     std::vector<Way> ways;
+    if (!channel.upMark.empty()) {
+        ways.push_back(channel.upMark.front());
+    }
     for (const std::size_t target : order) {
         ways.push_back(wayUp(channel, target));
     }

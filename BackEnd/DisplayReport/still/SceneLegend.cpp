@@ -38,6 +38,8 @@ constexpr double DISC = 0.95;
 /// what does not fit.
 constexpr double FIRST = 3;
 constexpr double LAST = 2.2;
+/// From line to line of what the shades mean.
+constexpr double SHADE_LINE = 1.8;
 /// Height of small letters in that of others.
 constexpr double SMALL = 0.8;
 /// The most lines of small text below the scene.
@@ -53,6 +55,13 @@ std::string countsOf(const SceneChannel& channel) {
     return std::to_string(channel.placed) + " targets, " + std::to_string(targets.gridMissed) + " missed";
 }
 
+std::vector<ShadeEntry> shadesOf(const DisplayScene& scene) {
+    if (scene.surfaces.empty() || !scene.surfaces.back().shading) {
+        return {};
+    }
+    return legendOf(*scene.surfaces.back().shading, ShadeBy::COUNT, {});
+}
+
 }  // namespace
 
 std::string numberText(std::size_t channel) {
@@ -66,11 +75,17 @@ Colour inkOn(const Colour& colour) {
     return light > MIDDLE ? BLACK : PAPER;
 }
 
+Colour softShade(const Colour& shade) {
+    constexpr double PALENESS = 0.45;
+    return mixed(shade, PAPER, PALENESS);
+}
+
 SceneLegend::SceneLegend(int width, int height, const DisplayScene& scene)
     : m_scene(scene),
       m_width(width),
       m_height(height),
       m_size(std::max(SMALLEST_LETTER, LETTER_SHARE * height)),
+      m_shades(shadesOf(scene)),
       m_list(list()) {}
 
 std::string SceneLegend::fitting(const std::string& text, double length, double size) {
@@ -86,11 +101,13 @@ SceneLegend::List SceneLegend::listOf(double size, std::size_t columns, bool has
     list.size = size;
     list.row = (hasFacts ? WITH_COUNTS + FACT_LINE * static_cast<double>(facts) : LINE) * size;
     list.columns = columns;
-    list.width = columns == 1 ? COLUMN_SHARE * m_width : static_cast<double>(columns) * COLUMN * size;
+    const double usual = COLUMN_SHARE * m_width;
+    list.width = columns == 1 ? usual : std::max(usual, static_cast<double>(columns) * COLUMN * size);
     list.column = list.width / static_cast<double>(columns);
     list.hasFacts = hasFacts;
     const double below = LAST + (hasFacts ? FACT_LINE * static_cast<double>(facts) : 0);
-    list.rows = 1 + static_cast<std::size_t>(std::max(0.0, (m_height - (FIRST + below) * m_size) / list.row));
+    list.rows =
+        1 + static_cast<std::size_t>(std::max(0.0, (m_height - shadesHeight() - (FIRST + below) * m_size) / list.row));
     return list;
 }
 
@@ -120,7 +137,30 @@ void SceneLegend::addTo(Drawing& drawing) const {
     drawing.texts.push_back({left, 3 * m_size, fitting(m_scene.title, sceneWidth() - 2 * left, heading), heading, INK,
                              Drawing::Anchor::LEFT});
     addChannels(drawing);
+    addShades(drawing);
     addNotes(drawing);
+}
+
+double SceneLegend::shadesHeight() const {
+    return m_shades.empty() ? 0 : SHADE_LINE * m_size * (static_cast<double>(m_shades.size()) + 1);
+}
+
+void SceneLegend::addShades(Drawing& drawing) const {
+    const double small = SMALL * m_size;
+    const double line = SHADE_LINE * m_size;
+    const double left = sceneWidth() + m_size;
+    double down = m_height - shadesHeight();
+    if (!m_shades.empty()) {
+        drawing.texts.push_back({left, down, "lit by", small, PALE_INK, Drawing::Anchor::LEFT});
+    }
+    for (const ShadeEntry& shade : m_shades) {
+        down += line;
+        drawing.boxes.push_back(
+            {left, down - small - 0.2 * m_size, 1.8 * m_size, small + 0.4 * m_size, softShade(shade.colours.front())});
+        const double room = m_list.width - 4 * m_size;
+        drawing.texts.push_back(
+            {left + 2.4 * m_size, down, fitting(shade.text, room, small), small, INK, Drawing::Anchor::LEFT});
+    }
 }
 
 void SceneLegend::addChannels(Drawing& drawing) const {
@@ -131,7 +171,7 @@ void SceneLegend::addChannels(Drawing& drawing) const {
                    FIRST * m_size + m_list.row * static_cast<double>(i % m_list.rows));
     }
     if (m_scene.channels.size() > listed) {
-        drawing.texts.push_back({sceneWidth() + m_list.size, m_height - 0.6 * m_size,
+        drawing.texts.push_back({sceneWidth() + m_list.size, m_height - shadesHeight() - 1.2 * m_size,
                                  "and " + std::to_string(m_scene.channels.size() - listed) + " more channels",
                                  m_list.size, PALE_INK, Drawing::Anchor::LEFT});
     }

@@ -1,16 +1,19 @@
 #pragma once
 
+#include "DisplayReport/scene/SceneShading.h"
 #include "DisplayReport/still/Drawing.h"
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace Veltrani::DisplayReport {
 
 struct DisplayScene;
 struct SceneChannel;
 
-/// The words of a still: its heading, all channels with their numbers, names and counts, and the first notes.
+/// The words of a still: its heading, all channels with their numbers, names and counts, what the shades of the screen
+/// mean, and the first notes.
 ///
 /// Channels are numbered by their places in the configuration, from 1, since there are more of them than colours. Where
 /// they do not all fit with their counts, they stand with their names alone, then smaller and in several columns.
@@ -50,14 +53,21 @@ private:
     void addChannels(Drawing& drawing) const;
     void addChannel(Drawing& drawing, std::size_t number, double left, double down) const;
     void addFacts(Drawing& drawing, const SceneChannel& channel, double left, double down, double room) const;
+    void addShades(Drawing& drawing) const;
     void addNotes(Drawing& drawing) const;
+    /// Of what the shades mean, at the lower end; pixels.
+    [[nodiscard]] double shadesHeight() const;
 
     const DisplayScene& m_scene;
     double m_width;
     double m_height;
     double m_size;
+    std::vector<ShadeEntry> m_shades;
     List m_list;
 };
+
+/// A colour of a shading as stills have it: pale enough for the outlines and the targets on it.
+[[nodiscard]] Colour softShade(const Colour& shade);
 
 /// What stands on a disc or beside a picture of a channel: "1" for the first.
 [[nodiscard]] std::string numberText(std::size_t channel);

@@ -114,10 +114,10 @@ private:
         }
     }
 
-    void addPiece(const P3& from, const P3& to, const Colour& colour, double width) {
+    void addPiece(const P3& from, const P3& to, const Colour& colour, double width, bool isDashed = false) {
         if (const auto placed = m_camera.placeLine(from, to)) {
             const P3 down{0.0, m_legend.sceneTop(), 0.0};
-            m_drawing.lines.push_back({placed->first + down, placed->second + down, colour, width * m_pixel});
+            m_drawing.lines.push_back({placed->first + down, placed->second + down, colour, width * m_pixel, isDashed});
         }
     }
 
@@ -128,9 +128,13 @@ private:
         }
     }
 
-    void addLoop(const Polygon& points, const Colour& colour, double width) {
+    /// Dashed where it lies on a continuation of the screen, on which there is no light.
+    void addLoop(const Polygon& points, const std::vector<bool>& beyond, const Colour& colour, double width) {
+        const auto isBeyond = [&](std::size_t i) { return i < beyond.size() && beyond[i]; };
         for (std::size_t i = 0; i < points.size(); ++i) {
-            addPiece(points[i], points[(i + 1) % points.size()], colour, width);
+            const std::size_t next = (i + 1) % points.size();
+            const bool isDashed = isBeyond(i) || isBeyond(next);
+            addPiece(points[i], points[next], colour, isDashed ? THIN : width, isDashed);
         }
     }
 
@@ -155,11 +159,15 @@ private:
             return;
         }
         const SceneSurface& surface = m_scene.surfaces.back();
-        const Colour colour = surface.name == "measured" ? MEASURED_COLOUR : CONTENT_COLOUR;
-        for (const auto& [a, b, c] : surface.triangles) {
-            addScreenTriangle(surface.vertices[a], surface.vertices[b], surface.vertices[c], colour);
+        if (surface.shading) {
+            for (const ShadedRegion& region : surface.shading->regions) {
+                addScreenTriangles(surface.shading->vertices, region.triangles,
+                                   softShade(coloursOf(region, ShadeBy::COUNT).front()));
+            }
+        } else {
+            addScreenTriangles(surface.vertices, surface.triangles,
+                               surface.name == "measured" ? MEASURED_COLOUR : CONTENT_COLOUR);
         }
-        // What shines through is painted at once where it looks alike, since seams would show.
         std::stable_sort(m_drawing.triangles.begin(), m_drawing.triangles.end(), [](const auto& a, const auto& b) {
             const auto look = [](const Drawing::Triangle& t) {
                 return std::tuple(t.opacity, t.colour.red, t.colour.green, t.colour.blue);
@@ -168,6 +176,13 @@ private:
         });
         for (const auto& [a, b] : surface.border) {
             addPiece(surface.vertices[a], surface.vertices[b], BORDER_COLOUR, THIN);
+        }
+    }
+
+    void addScreenTriangles(const Polygon& vertices, const std::vector<SceneSurface::Triangle>& triangles,
+                            const Colour& colour) {
+        for (const auto& [a, b, c] : triangles) {
+            addScreenTriangle(vertices[a], vertices[b], vertices[c], colour);
         }
     }
 
@@ -181,10 +196,11 @@ private:
         if (!(length > 0)) {
             return;
         }
-        const double facing = std::abs(dot(normal, towardsCamera)) / length;
+        const double opacity = isSeenByAudience(a, normal) ? frontOpacity() : BEHIND_OPACITY;
+        // What shines through is of one colour and painted at once, since seams would show.
+        const double facing = opacity < 1 ? 1 : std::abs(dot(normal, towardsCamera)) / length;
         const double step = std::round(LIGHT_STEPS * facing) / LIGHT_STEPS;
-        const Colour lit = mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * step);
-        addTriangle(a, b, c, lit, isSeenByAudience(a, normal) ? frontOpacity() : BEHIND_OPACITY);
+        addTriangle(a, b, c, mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * step), opacity);
     }
 
     void addCloud() {
@@ -195,8 +211,11 @@ private:
         }
     }
 
-    /// The cells of the grid of which all corners lie on the screen.
+    /// The cells of the grid of which all corners lie on the screen, where it is not known what is lit.
     void addPicture(const SceneChannel& channel) {
+        if (!m_scene.surfaces.empty() && m_scene.surfaces.back().shading) {
+            return;
+        }
         std::map<std::pair<int, int>, P3> places;
         for (const GridTarget& target : channel.targets.grid) {
             places.emplace(std::pair(target.column, target.row), target.point);
@@ -219,7 +238,7 @@ private:
         const double size =
             DOT * std::min(1.0, DENSE * m_scene.targetStep / std::max(m_scene.plan.columns, m_scene.plan.rows));
         const Colour dark = mixed(channel.colour, BLACK, 0.25);
-        addLoop(channel.targets.boundary, dark, THICK);
+        addLoop(channel.targets.boundary, channel.beyond, dark, THICK);
         if (!m_scene.marks.empty()) {
             return;  // single targets would hide what the axes show
         }
@@ -239,7 +258,7 @@ private:
                 addLine(edge[i - 1], edge[i], pale, THIN);
             }
         }
-        addLoop(frustum.rim, pale, THIN);
+        addLoop(frustum.rim, channel.rimBeyond, pale, THIN);
         addDisc(frustum.apex, channel.colour, PLACE_DOT);
         for (const auto& [a, b, c] : frustum.mirrorTriangles) {
             addTriangle(frustum.mirrorVertices[a], frustum.mirrorVertices[b], frustum.mirrorVertices[c], channel.colour,

@@ -1,13 +1,12 @@
 // The module that is opened with the first still: every call to Cairo and Pango.
 #include "DisplayReport/still/PaintedDrawing.h"
 #include "DisplayReport/still/StillLibrary.h"
+#include "DisplayReport/still/TextSetter.h"
 
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
 #include <cairo.h>
-#include <fontconfig/fontconfig.h>
 #include <pango/pangocairo.h>
-#include <pango/pangofc-fontmap.h>
 
 #include <algorithm>
 #include <array>
@@ -19,7 +18,6 @@
 #include <numbers>
 #include <ostream>
 #include <stdexcept>
-#include <string_view>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -29,26 +27,15 @@ namespace {
 using Place = PaintedDrawing::Place;
 using Shape = PaintedDrawing::Shape;
 
-template <auto FREE>
-struct Release {
-    template <class T>
-    void operator()(T* object) const {
-        FREE(object);
-    }
-};
 using Surface = std::unique_ptr<cairo_surface_t, Release<cairo_surface_destroy>>;
 using Pen = std::unique_ptr<cairo_t, Release<cairo_destroy>>;
-using FontConfig = std::unique_ptr<FcConfig, Release<FcConfigDestroy>>;
-template <class T>
-using Object = std::unique_ptr<T, Release<g_object_unref>>;
 
-/// The font of everything that it has a character for; the others stand in for what it lacks.
-constexpr const char* FAMILY = "DejaVu Sans";
-/// Height of a capital letter of that font as a share of its size.
-constexpr double CAPITAL_SHARE = 0.729;
 /// Width of the paper around letters on a picture, as a share of the height of a capital one.
 constexpr double HALO = 0.45;
 constexpr double HALO_OPACITY = 0.8;
+/// Of dashed lines, in widths of the line, which its round ends add to the dashes.
+constexpr double DASH = 4;
+constexpr double GAP = 5;
 /// Points of a printed page, of which a pixel of a screen of 96 to the inch has that many.
 constexpr double POINTS = 0.75;
 
@@ -61,117 +48,10 @@ void require(cairo_status_t status) {
     }
 }
 
-/// The fonts that are installed with the product, and no other: what a still looks like depends on nothing else.
-FontConfig ownFonts() {
-    FontConfig config(FcConfigCreate());
-    if (!config) {
-        throw std::bad_alloc();
-    }
-    constexpr std::string_view DESCRIPTION = SM_STILL_FONTS;
-    const auto* const text = reinterpret_cast<const FcChar8*>(DESCRIPTION.data());
-    if (FcConfigParseAndLoadFromMemory(config.get(), text, FcTrue) == FcFalse ||
-        FcConfigBuildFonts(config.get()) == FcFalse) {
-        throw std::bad_alloc();
-    }
-    const FcFontSet* const fonts = FcConfigGetFonts(config.get(), FcSetSystem);
-    const bool isThere =
-        fonts != nullptr && std::any_of(fonts->fonts, fonts->fonts + fonts->nfont, [](FcPattern* font) {
-            FcChar8* family = nullptr;
-            return FcPatternGetString(font, FC_FAMILY, 0, &family) == FcResultMatch &&
-                   std::string_view(reinterpret_cast<const char*>(family)) == FAMILY;
-        });
-    if (!isThere) {
-        throw std::runtime_error(std::string("Unable to set texts: the font ") + FAMILY +
-                                 " is not there; install the package fonts-dejavu-core");
-    }
-    return config;
-}
-
-/// Texts in one line each.
-class Setter {
-public:
-    Setter() : m_config(ownFonts()) {
-        // Pango's thread initialises the process's own configuration, which is this one then and not the user's.
-        FcConfigSetCurrent(m_config.get());
-        m_fonts.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
-        if (!m_fonts) {
-            throw std::runtime_error("Unable to set texts: Cairo has been built without fonts of files");
-        }
-        pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(m_fonts.get()), m_config.get());
-        m_context = contextFor(nullptr);
-    }
-
-    /// @param pen of the surface that texts are drawn on; null for measuring
-    [[nodiscard]] Object<PangoContext> contextFor(cairo_t* pen) const {
-        Object<PangoContext> context(pango_font_map_create_context(m_fonts.get()));
-        const std::unique_ptr<cairo_font_options_t, Release<cairo_font_options_destroy>> options(
-            cairo_font_options_create());
-        cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
-        cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
-        cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
-        pango_cairo_context_set_font_options(context.get(), options.get());
-        // Neither the language of the user nor the surface may change where letters stand.
-        pango_context_set_language(context.get(), pango_language_from_string("en"));
-        pango_context_set_base_dir(context.get(), PANGO_DIRECTION_WEAK_LTR);
-        pango_context_set_round_glyph_positions(context.get(), FALSE);
-        if (pen != nullptr) {
-            pango_cairo_update_context(pen, context.get());
-        }
-        return context;
-    }
-
-    [[nodiscard]] static Object<PangoLayout> layout(PangoContext* context, const std::string& text, double size) {
-        Object<PangoLayout> layout(pango_layout_new(context));
-        const std::unique_ptr<PangoFontDescription, Release<pango_font_description_free>> font(
-            pango_font_description_new());
-        pango_font_description_set_family_static(font.get(), FAMILY);
-        pango_font_description_set_absolute_size(font.get(), size / CAPITAL_SHARE * PANGO_SCALE);
-        pango_layout_set_font_description(layout.get(), font.get());
-        pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
-        const std::unique_ptr<PangoAttrList, Release<pango_attr_list_unref>> attributes(pango_attr_list_new());
-        // The forms of letters that some languages prefer would follow the language of the user.
-        pango_attr_list_insert(attributes.get(), pango_attr_font_features_new("locl=0"));
-        pango_layout_set_attributes(layout.get(), attributes.get());
-        pango_layout_set_text(layout.get(), text.data(), static_cast<int>(text.size()));
-        return layout;
-    }
-
-    static double widthOf(PangoLayout* layout) {
-        PangoRectangle logical{};
-        pango_layout_get_extents(layout, nullptr, &logical);
-        return static_cast<double>(logical.width) / PANGO_SCALE;
-    }
-
-    [[nodiscard]] double width(const std::string& text, double size) const {
-        return widthOf(layout(m_context.get(), text, size).get());
-    }
-
-    /// The numbers of bytes after which a text may be cut.
-    [[nodiscard]] std::vector<std::size_t> cuts(const std::string& text, double size) const {
-        const auto whole = layout(m_context.get(), text, size);
-        int count = 0;
-        const PangoLogAttr* const attributes = pango_layout_get_log_attrs_readonly(whole.get(), &count);
-        std::vector<std::size_t> places;
-        const char* at = text.data();
-        for (int i = 0; i < count; ++i) {
-            if (attributes[i].is_cursor_position != 0) {
-                places.push_back(static_cast<std::size_t>(at - text.data()));
-            }
-            at = i + 1 < count ? g_utf8_next_char(at) : at;
-        }
-        return places;
-    }
-
-private:
-    FontConfig m_config;
-    Object<PangoFontMap> m_fonts;
-    Object<PangoContext> m_context;
-};
-
 /// Draws on a surface.
 class Painter {
 public:
-    Painter(const Setter& setter, cairo_surface_t* surface)
+    Painter(const TextSetter& setter, cairo_surface_t* surface)
         : m_pen(cairo_create(surface)), m_context(setter.contextFor(m_pen.get())) {}
 
     void paint(const PaintedDrawing& drawing) {
@@ -206,7 +86,10 @@ private:
         }
         cairo_set_line_width(m_pen.get(), shape.width);
         if (shape.kind == Shape::Kind::LINE) {
+            const std::array<double, 2> dashes{DASH * shape.width, GAP * shape.width};
+            cairo_set_dash(m_pen.get(), dashes.data(), shape.isDashed ? static_cast<int>(dashes.size()) : 0, 0);
             cairo_stroke(m_pen.get());
+            cairo_set_dash(m_pen.get(), nullptr, 0, 0);
         } else if (shape.kind == Shape::Kind::AREA && shape.width > 0) {
             cairo_fill_preserve(m_pen.get());
             cairo_stroke(m_pen.get());
@@ -234,8 +117,8 @@ private:
     }
 
     void paint(const Drawing::Text& text) {
-        const auto layout = Setter::layout(m_context.get(), text.text, text.size);
-        const double width = Setter::widthOf(layout.get());
+        const auto layout = TextSetter::layout(m_context.get(), text.text, text.size);
+        const double width = TextSetter::widthOf(layout.get());
         const double shift = text.anchor == Drawing::Anchor::LEFT     ? 0
                              : text.anchor == Drawing::Anchor::MIDDLE ? width / 2
                                                                       : width;
@@ -272,13 +155,13 @@ cairo_status_t appendTo(void* text, const unsigned char* bytes, unsigned int cou
     }
 }
 
-void writePng(const Setter& setter, const PaintedDrawing& drawing, std::ostream& out) {
+void writePng(const TextSetter& setter, const PaintedDrawing& drawing, std::ostream& out) {
     const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, drawing.width, drawing.height));
     require(cairo_surface_status(surface.get()));
     Painter(setter, surface.get()).paint(drawing);
     cairo_surface_flush(surface.get());
     const cairo_status_t status = cairo_surface_write_to_png_stream(surface.get(), writeTo, &out);
-    // A stream that takes no more is known to be bad to the one who made it.
+    // The caller reports a stream that takes no more.
     if (out) {
         require(status);
     }
@@ -307,22 +190,22 @@ std::string escaped(const std::string& text) {
     return xml;
 }
 
-/// Texts without ink over their letters, which are outlines: for who searches, copies or listens.
-std::string textLayer(const Setter& setter, const PaintedDrawing& drawing) {
-    std::string layer = "<g fill-opacity=\"0\" font-family=\"" + std::string(FAMILY) + ", sans-serif\">\n";
+/// Texts without ink over their letters, which are outlines: for searching, copying and reading aloud.
+std::string textLayer(const TextSetter& setter, const PaintedDrawing& drawing) {
+    std::string layer = "<g fill-opacity=\"0\" font-family=\"" + std::string(TextSetter::FAMILY) + ", sans-serif\">\n";
     for (const Drawing::Text& text : drawing.texts) {
         const double width = setter.width(text.text, text.size);
         const double shift = text.anchor == Drawing::Anchor::LEFT     ? 0
                              : text.anchor == Drawing::Anchor::MIDDLE ? width / 2
                                                                       : width;
         layer += "<text x=\"" + number(text.right - shift) + "\" y=\"" + number(text.down) + "\" font-size=\"" +
-                 number(text.size / CAPITAL_SHARE) + "\" textLength=\"" + number(width) + "\">" + escaped(text.text) +
-                 "</text>\n";
+                 number(text.size / TextSetter::CAPITAL_SHARE) + "\" textLength=\"" + number(width) + "\">" +
+                 escaped(text.text) + "</text>\n";
     }
     return layer + "</g>\n";
 }
 
-void writeSvg(const Setter& setter, const PaintedDrawing& drawing, std::ostream& out) {
+void writeSvg(const TextSetter& setter, const PaintedDrawing& drawing, std::ostream& out) {
     std::string document;
     const Surface surface(cairo_svg_surface_create_for_stream(appendTo, &document, drawing.width, drawing.height));
     require(cairo_surface_status(surface.get()));
@@ -350,7 +233,7 @@ void removeDate(std::string& document) {
     }
 }
 
-void writePdf(const Setter& setter, const PaintedDrawing& drawing, std::ostream& out) {
+void writePdf(const TextSetter& setter, const PaintedDrawing& drawing, std::ostream& out) {
     std::string document;
     const Surface surface(
         cairo_pdf_surface_create_for_stream(appendTo, &document, drawing.width * POINTS, drawing.height * POINTS));
@@ -397,7 +280,7 @@ public:
     }
 
 private:
-    Setter m_setter;
+    TextSetter m_setter;
 };
 
 }  // namespace

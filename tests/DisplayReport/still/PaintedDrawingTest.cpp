@@ -100,6 +100,16 @@ TEST(PaintedDrawing, LinesThatContinueEachOtherAreOne) {
     EXPECT_EQ(lines[0].parts[0].size(), 3U);
 }
 
+TEST(PaintedDrawing, DashedLinesStayApartFromOthers) {
+    Drawing drawing;
+    drawing.width = drawing.height = 100;
+    drawing.lines = {{{10, 10, 1}, {50, 10, 1}, BLUE, 2, true}, {{50, 10, 1}, {90, 10, 1}, BLUE, 2}};
+    const auto lines = shapesOf(drawing, BLUE);
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_TRUE(lines[0].isDashed);
+    EXPECT_FALSE(lines[1].isDashed);
+}
+
 TEST(PaintedDrawing, AreasTurnAlikeSoThatTheyAddUp) {
     Drawing drawing;
     drawing.width = drawing.height = 100;

@@ -84,6 +84,21 @@ TEST(PngDrawing, ALineIsAsWideAsItShouldBe) {
     }
 }
 
+TEST(PngDrawing, ADashedLineHasGaps) {
+    Drawing drawing;
+    drawing.width = 100;
+    drawing.height = 20;
+    drawing.lines = {{{0, 10, 1}, {100, 10, 1}, {0, 0, 0}, 2, true}};
+    const PngImage image = imageOf(drawing);
+    int changes = 0;
+    for (std::size_t right = 1; right < 100; ++right) {
+        changes += (image.at(right, 10)[0] < 128) != (image.at(right - 1, 10)[0] < 128) ? 1 : 0;
+    }
+    EXPECT_GE(changes, 8);
+    drawing.lines[0].isDashed = false;
+    EXPECT_GT(imageOf(drawing).count({0, 0, 0}, 40), 190U);
+}
+
 TEST(PngDrawing, TextAndBoxesAreOnTopOfEverything) {
     Drawing drawing;
     drawing.width = drawing.height = 40;

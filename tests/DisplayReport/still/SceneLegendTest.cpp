@@ -115,6 +115,35 @@ TEST(SceneLegend, NumbersAreReadOnEveryColour) {
     }
 }
 
+TEST(SceneLegend, StatesWhatTheShadesMeanBelowTheChannels) {
+    DisplayScene scene = manyChannels(40);
+    EXPECT_THAT(textsOf(scene), Not(Contains("lit by")));
+    SceneShading shading;
+    shading.regions = {{{}, 1, {}}, {{0}, 2, {}}, {{0, 1, 2, 3}, 5, {}}};
+    shading.area = 8;
+    scene.surfaces[0].shading = shading;
+    Drawing drawing;
+    SceneLegend(1600, 1000, scene).addTo(drawing);
+    const auto textAt = [&](const std::string& text) {
+        return std::find_if(drawing.texts.begin(), drawing.texts.end(), [&](const auto& t) { return t.text == text; });
+    };
+    double lowest = 0;
+    for (const SceneChannel& channel : scene.channels) {
+        lowest = std::max(lowest, textAt(channel.targets.name)->down);
+    }
+    for (const auto& [text, colour] : {std::pair("no projector, 12.5 % of the screen", countColour(0)),
+                                       std::pair("1 projector, 25 % of the screen", countColour(1)),
+                                       std::pair("3 and more projectors, 62.5 % of the screen", countColour(3))}) {
+        const auto entry = textAt(text);
+        ASSERT_NE(entry, drawing.texts.end()) << text;
+        EXPECT_GT(entry->down - entry->size, lowest) << "below the channels";
+        EXPECT_LT(entry->down, 1000);
+        EXPECT_TRUE(std::any_of(drawing.boxes.begin(), drawing.boxes.end(), [&, &shade = colour](const auto& box) {
+            return box.colour == softShade(shade) && box.top < entry->down && box.top + box.height > entry->down;
+        })) << text;
+    }
+}
+
 TEST(SceneLegend, EveryNoteStandsInTheOrderOfTheScene) {
     DisplayScene scene = scenes::wall();
     scene.notes = {"first", "second"};

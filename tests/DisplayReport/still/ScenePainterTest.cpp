@@ -1,6 +1,7 @@
 #include "DisplayReport/still/ScenePainter.h"
 
 #include "DisplayReport/scene/SceneCamera.h"
+#include "DisplayReport/still/SceneLegend.h"
 #include "DisplayReport/still/StillLibrary.h"
 #include "Scenes.h"
 #include "still/Stills.h"
@@ -89,6 +90,54 @@ TEST(ScenePainter, TheMeasuredScreenTakesThePlaceOfTheContent) {
     scene.surfaces.back().name = "measured";
     scene.surfaces.back().triangles.pop_back();
     EXPECT_EQ(opaqueTriangles(ScenePainter("front", 500, 300).paint(scene)), 1U);
+}
+
+/// The wall with a shading: its left half dark, its right half lit by two.
+DisplayScene shadedWall() {
+    DisplayScene scene = wall();
+    SceneShading shading;
+    shading.vertices = {{-2, 5, -1}, {0, 5, -1}, {0, 5, 1}, {-2, 5, 1}, {0, 5, -1}, {2, 5, -1}, {2, 5, 1}, {0, 5, 1}};
+    shading.regions = {{{}, 4, {{0, 1, 2}, {0, 2, 3}}}, {{0, 1}, 4, {{4, 5, 6}, {4, 6, 7}}}};
+    shading.area = 8;
+    scene.surfaces[0].shading = shading;
+    return scene;
+}
+
+TEST(ScenePainter, TheScreenHasTheShadesOfItsLight) {
+    const Drawing drawing = ScenePainter("front", 500, 300).paint(shadedWall());
+    const PngImage image = stills::imageOf(drawing);
+    double left = 1e9;
+    double right = 0;
+    for (const Drawing::Triangle& triangle : drawing.triangles) {
+        EXPECT_EQ(triangle.opacity, 1) << "no cells of targets lie on it";
+        for (const auto& corner : triangle.corners) {
+            left = std::min(left, corner[0]);
+            right = std::max(right, corner[0]);
+        }
+    }
+    const double down = (drawing.triangles[0].corners[1][1] + drawing.triangles[0].corners[2][1]) / 2;
+    const auto at = [&](double part) {
+        return image.at(static_cast<std::size_t>(left + (right - left) * part), static_cast<std::size_t>(down) + 9);
+    };
+    const auto expectNear = [](const PngImage::Colour& found, const Colour& shade) {
+        // Surfaces that are seen askew are a little darker.
+        EXPECT_NEAR(found[0], shade.red, 12);
+        EXPECT_NEAR(found[1], shade.green, 12);
+        EXPECT_NEAR(found[2], shade.blue, 12);
+    };
+    expectNear(at(0.3), softShade(countColour(0)));
+    expectNear(at(0.8), softShade(countColour(2)));
+}
+
+TEST(ScenePainter, AnOutlineBeyondTheScreenIsDashed) {
+    DisplayScene scene = wall();
+    const auto dashed = [&scene] {
+        const auto lines = ScenePainter("front", 500, 300).paint(scene).lines;
+        return std::count_if(lines.begin(), lines.end(), [](const Drawing::Line& line) { return line.isDashed; });
+    };
+    EXPECT_EQ(dashed(), 0);
+    scene.channels[0].beyond = {false, true, false, false};
+    EXPECT_EQ(dashed(), 2) << "the lines to it and from it";
 }
 
 TEST(ScenePainter, AFrustumIsDrawnAlongItsEdgesAndItsRim) {
