@@ -157,9 +157,9 @@ int CommandLine::run() {
         return fault;
     }
     const Entry& entry = chosen();
-    installConsole(*entry.command);
     int code = EXIT_INTERNAL;
     try {
+        installConsole(*entry.command);
         code = entry.run(verbosity());
     } catch (...) {
         code = reportEnd(std::current_exception());

@@ -1,5 +1,6 @@
 #include "ConsoleLog.h"
 
+#include "Common/LoadedModule.h"
 #include "Common/Utf8.h"
 #include "Console.h"
 
@@ -95,6 +96,9 @@ std::string ConsoleLog::utf8(const LogString& text) {
 }
 
 void ConsoleLog::install(const LevelPtr& threshold, bool others) {
+    // Where there is no memory for its first appender, log4cxx ends the program without a word.
+    constexpr std::size_t NEEDED = std::size_t{2} << 20;
+    Veltrani::requireAddressSpace(NEEDED);
     installed().others = others;
     installed().root->addAppender(installed().console);
     show(threshold);
