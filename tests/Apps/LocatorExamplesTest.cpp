@@ -92,13 +92,19 @@ void expectOnRays(const Json& channel, const Vector& eye, const Frustum& frustum
 }
 
 TEST(LocatorExamples, AreAllRight) {
-    for (const char* example : {"spherical-dome", "collimated", "warped-wall", "lens-cylinder", "mesh-rays"}) {
+    // A part of the light of the lenses passes above and below the cylinder.
+    for (const auto& [example, placed] :
+         {std::pair{"spherical-dome", "\n640 of 640 targets placed, 256 of 256 samples"},
+          {"collimated", "\n480 of 480 targets placed, 192 of 192 samples"},
+          {"warped-wall", "\n320 of 320 targets placed, 120 of 120 samples"},
+          {"lens-cylinder", "\n449 of 480 targets placed, 192 of 192 samples"},
+          {"mesh-rays", "\n320 of 320 targets placed, 128 of 128 samples"}}) {
         const ProgramRun check = runScreenManager({"check", file(example)});
         EXPECT_EQ(check.exitCode, 0) << check.output;
         EXPECT_THAT(check.output, HasSubstr("No faults."));
         const ProgramRun targets = runScreenManager({"targets", file(example)});
         EXPECT_EQ(targets.exitCode, 0) << targets.errors;
-        EXPECT_THAT(targets.errors, HasSubstr(" 0 missed")) << example;
+        EXPECT_THAT(targets.errors, HasSubstr(placed)) << example;
     }
 }
 
@@ -227,10 +233,13 @@ TEST(LocatorExamples, OutlinesOfLensesLieOnTheCylinderInsideTheViewOfEach) {
     Json cylinder = channels("lens-cylinder");
     expectOnRays(cylinder["Left"], {-0.4, 0.3, 1.9}, {-25, 25, -15, 13, -50});
     for (const char* name : {"Centre", "Right"}) {
-        EXPECT_TRUE(cylinder[name]["grid"].empty());
         ASSERT_EQ(cylinder[name]["boundary"].size(), 64U);
         for (const Json& point : cylinder[name]["boundary"]) {
             ASSERT_NEAR(std::hypot(point[0].get<double>(), point[1].get<double>()), 3.5, WRITTEN);
+        }
+        EXPECT_GE(cylinder[name]["grid"].size(), 140U) << "through the layout map";
+        for (const Json& target : cylinder[name]["grid"]) {
+            ASSERT_NEAR(std::hypot(target["point"][0].get<double>(), target["point"][1].get<double>()), 3.5, WRITTEN);
         }
     }
     // Equal angles: the outline runs along yaw = 28 degrees to either side and pitch = 15 up and down.

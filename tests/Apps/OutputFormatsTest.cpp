@@ -59,7 +59,8 @@ TEST_F(OutputFormatsTest, TheNameOfTheFileStatesTheFormat) {
     EXPECT_THAT(written(m_grid, "c.png"), StartsWith("\x89PNG"));
     EXPECT_THAT(written(m_grid, "c.map"), StartsWith("2\n7 5\n"));
     EXPECT_EQ(Json::parse(written(m_coverage, "d.json"))["channels"].size(), 1U);
-    EXPECT_THAT(written(m_picture, "e.svg"), StartsWith("<svg "));
+    EXPECT_THAT(written(m_picture, "e.svg"), HasSubstr("\n<svg "));
+    EXPECT_THAT(written(m_picture, "e.PDF"), StartsWith("%PDF-"));
 }
 
 TEST_F(OutputFormatsTest, AnUnknownEndingKeepsTheDefault) {
@@ -72,7 +73,8 @@ TEST_F(OutputFormatsTest, AnUnknownEndingKeepsTheDefault) {
 }
 
 TEST_F(OutputFormatsTest, AFileThatIsNamedLikeNoFormatIsRefused) {
-    expectRefused(m_picture, "x.jpg", "png or svg: end its name in .png or .svg, or state one with --format");
+    expectRefused(m_picture, "x.jpg",
+                  "png, svg or pdf: end its name in .png, .svg or .pdf, or state one with --format");
     expectRefused(m_grid, "x.tiff", "mesh, pfm or png");
     expectRefused(m_targets, "x.png", "csv, json or ply");
     expectRefused(m_points, "x.svg", "csv or json");
@@ -82,7 +84,7 @@ TEST_F(OutputFormatsTest, AFileThatIsNamedLikeNoFormatIsRefused) {
 
 TEST_F(OutputFormatsTest, TheFormatThatIsNamedCounts) {
     m_picture.insert(m_picture.end(), {"--format", "svg"});
-    EXPECT_THAT(written(m_picture, "x.jpg"), StartsWith("<svg "));
+    EXPECT_THAT(written(m_picture, "x.jpg"), HasSubstr("\n<svg "));
     m_targets.insert(m_targets.end(), {"--format", "csv"});
     EXPECT_THAT(written(m_targets, "x.json"), HasSubstr("channel,projector,kind"));
 }

@@ -8,6 +8,7 @@
 
 namespace {
 
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -24,7 +25,8 @@ TEST(ViewCommand, WritesAPageOfEveryExample) {
                                 "lens-cylinder", "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"}) {
         const ProgramRun run = runScreenManager({"view", EXAMPLES + example + "/display.xml"});
         EXPECT_EQ(run.exitCode, 0) << example;
-        EXPECT_EQ(run.errors, "") << example;
+        EXPECT_THAT(run.errors, AnyOf("", StartsWith("note: dashed outlines lie past the edge of the screen")))
+            << example;
         EXPECT_THAT(run.output, StartsWith("<!DOCTYPE html>\n"));
         const auto data = dataOf(run.output);
         EXPECT_GE(data.at("channels").size(), 2U) << example;

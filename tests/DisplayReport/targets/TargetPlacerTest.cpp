@@ -158,7 +158,7 @@ TEST_F(TargetPlacerTest, AProjectorWithAProjectionModelHasItsGridThroughItsLayou
     EXPECT_LE(norm(right.point - P3{side, side, 0}), 1e-9) << "45 degrees to the right";
     const GridTarget& first = channel.grid.at(3);
     EXPECT_EQ(first.row, 0);
-    EXPECT_EQ(first.picture, (Point<double, 2>{0.5, 1.0})) << "the lower edge comes first, as in its outline";
+    EXPECT_EQ(first.picture, (Point<double, 2>{0.5, 0.0})) << "the lower edge comes first, as in its outline";
     EXPECT_LE(norm(first.point - P3{0, side, -side}), 1e-9) << "45 degrees down";
     EXPECT_EQ(channel.boundary.size(), 44U);
     EXPECT_EQ(channel.boundaryMissed, 0U);
