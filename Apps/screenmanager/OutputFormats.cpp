@@ -8,8 +8,8 @@ namespace {
 
 /// How names of files end that hold a format.
 struct Ending {
-    const char* ending;
-    const char* format;
+    const char* ending = "";
+    const char* format = "";
     bool isItsOwn = true;  ///< no other format has it
 };
 

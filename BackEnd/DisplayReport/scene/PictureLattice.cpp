@@ -73,13 +73,15 @@ PictureLattice PictureLattice::of(const ChannelLight& light, std::size_t columns
 }
 
 std::vector<Line> upMarkOf(const ChannelLight& light, double aspect) {
-    for (double top = 1 - OFF_THE_EDGE; top > LENGTH; top -= LENGTH / 2) {
+    double top = 1 - OFF_THE_EDGE;
+    while (top > LENGTH) {
         for (const double across : {0.5, 0.3, 0.7, 0.1, 0.9}) {
             auto arrow = arrowTo(light, {across, top}, aspect);
             if (!arrow.empty()) {
                 return arrow;
             }
         }
+        top -= LENGTH / 2;
     }
     return {};
 }

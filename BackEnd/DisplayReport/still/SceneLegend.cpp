@@ -167,8 +167,10 @@ void SceneLegend::addChannels(Drawing& drawing) const {
     drawing.boxes.push_back({sceneWidth(), 0, m_list.width, m_height, PAPER});
     const std::size_t listed = std::min(m_list.room(), m_scene.channels.size());
     for (std::size_t i = 0; i < listed; ++i) {
-        addChannel(drawing, i, sceneWidth() + m_list.column * static_cast<double>(i / m_list.rows),
-                   FIRST * m_size + m_list.row * static_cast<double>(i % m_list.rows));
+        const std::size_t column = i / m_list.rows;
+        const std::size_t row = i % m_list.rows;
+        addChannel(drawing, i, sceneWidth() + m_list.column * static_cast<double>(column),
+                   FIRST * m_size + m_list.row * static_cast<double>(row));
     }
     if (m_scene.channels.size() > listed) {
         drawing.texts.push_back({sceneWidth() + m_list.size, m_height - shadesHeight() - 1.2 * m_size,
