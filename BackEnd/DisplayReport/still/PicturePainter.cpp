@@ -166,16 +166,15 @@ PicturePainter::Way PicturePainter::wayUp(const SceneChannel& channel, std::size
     const GridTarget& start = channel.targets.grid[target];
     std::vector<const GridTarget*> above;
     for (const GridTarget& other : channel.targets.grid) {
-        // Places of targets count v downwards.
-        const double up = start.picture[1] - other.picture[1];
+        const double up = other.picture[1] - start.picture[1];
         if (other.column == start.column && up > 0) {
             above.push_back(&other);
         }
     }
-    std::sort(above.begin(), above.end(), [](const auto* a, const auto* b) { return a->picture[1] > b->picture[1]; });
+    std::sort(above.begin(), above.end(), [](const auto* a, const auto* b) { return a->picture[1] < b->picture[1]; });
     Way way{start.point};
     for (const GridTarget* next : above) {
-        const bool isLongEnough = way.size() > 1 && start.picture[1] - next->picture[1] > ARROW_SHARE;
+        const bool isLongEnough = way.size() > 1 && next->picture[1] - start.picture[1] > ARROW_SHARE;
         if (isLongEnough) {
             break;
         }

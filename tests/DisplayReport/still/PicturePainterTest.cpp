@@ -23,8 +23,10 @@ DisplayScene wholeWall(bool isUpsideDown = false) {
     for (int column = 0; column < 5; ++column) {
         for (int row = 0; row < 5; ++row) {
             const double down = row / 4.0;
-            channel.targets.grid.push_back(
-                {column, row, {column / 4.0, down}, P3{-2.0 + column, 5, isUpsideDown ? 2 * down - 1 : 1 - 2 * down}});
+            channel.targets.grid.push_back({column,
+                                            row,
+                                            {column / 4.0, 1 - down},
+                                            P3{-2.0 + column, 5, isUpsideDown ? 2 * down - 1 : 1 - 2 * down}});
         }
     }
     return scene;
