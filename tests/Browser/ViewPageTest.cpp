@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <optional>
@@ -172,6 +173,11 @@ TEST_F(ViewPageTest, APickedTargetIsOneOfTheTableAndLiesThere) {
         if (std::to_string(target.at("column").get<int>()) == picked.at("column") &&
             std::to_string(target.at("row").get<int>()) == picked.at("row")) {
             ++found;
+            double u = 0;
+            double v = 0;
+            ASSERT_EQ(std::sscanf(picked.at("u, v").c_str(), "%lf, %lf", &u, &v), 2) << picked.at("u, v");
+            EXPECT_NEAR(u, target.at("u").get<double>(), 0.5e-4);
+            EXPECT_NEAR(v, target.at("v").get<double>(), 0.5e-4);
             for (std::size_t axis = 0; axis < 3; ++axis) {
                 const std::string text = picked.at(std::string(1, "xyz"[axis]));
                 // As many digits as anyone measures of a dome of some metres.

@@ -173,8 +173,8 @@ export function fillReadout(readout, answer, scene) {
   }
   const rows = [['channel', answer.channel], ['projector', answer.projector]];
   if (answer.sample === undefined) {
-    const [u, downwards] = answer.picture;
-    rows.push(['column', answer.column], ['row', answer.row], ['u, v', `${rounded(u, 4)}, ${rounded(1 - downwards, 4)}`]);
+    const [u, v] = answer.picture;
+    rows.push(['column', answer.column], ['row', answer.row], ['u, v', `${rounded(u, 4)}, ${rounded(v, 4)}`]);
   } else {
     rows.push(['outline sample', answer.sample + (answer.isBeyond ? ', past the edge of the screen' : '')]);
   }
