@@ -9,7 +9,7 @@ namespace Veltrani::DisplayReport {
 namespace {
 
 const StillLibrary& open() {
-    // The module with all that it brings, its fonts, and the stack and the heap of Pango's thread, which would end the
+    // The module with all that it brings, its fonts, and the stack and the heap of Pango's threads, which would end the
     // process where it could not be started.
     constexpr std::size_t NEEDED = std::size_t{320} << 20U;
     const LoadedModule module{"stills", SM_STILL_MODULE, SM_STILL_MODULE_ENTRY, "Cairo and Pango", NEEDED};

@@ -11,7 +11,7 @@ struct PaintedDrawing;
 /// process, which no other command needs. The code that calls them is in a module of its own beside the libraries.
 ///
 /// Texts are set in the fonts that the product names and in no other, without regard to the language and the font
-/// configuration of the user, so that equal drawings give equal bytes. Pango looks for fonts in a thread of its own.
+/// configuration of the user, so that equal drawings give equal bytes. Pango looks for fonts in threads of its own.
 ///
 /// Texts are UTF-8 without control characters (`onOneLine`).
 class StillLibrary {

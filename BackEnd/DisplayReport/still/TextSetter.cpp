@@ -42,7 +42,7 @@ FontConfig ownFonts() {
 }  // namespace
 
 TextSetter::TextSetter() : m_config(ownFonts()) {
-    // Pango's thread initialises the process's own configuration, which is this one then and not the user's.
+    // A thread of Pango initialises the process's own configuration, which is this one then and not the user's.
     FcConfigSetCurrent(m_config.get());
     m_fonts.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
     if (!m_fonts) {
