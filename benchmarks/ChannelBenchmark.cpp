@@ -87,5 +87,5 @@ int main(int argc, char** argv) {
                     return records[static_cast<std::size_t>(scan(records, matches))];
                 }),
                 LIMIT);
-    return ratio::run(argc, argv);
+    return ratio::run(argc, argv, ratio::MANY_AND_SHORT);
 }

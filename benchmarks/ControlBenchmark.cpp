@@ -150,5 +150,5 @@ int main(int argc, char** argv) {
     ratio::pair("custom planar point, screen to picture",
                 over(screen, [map](const P2& place, P2& out) { return map->mapScreen2DToChannel2D(place, out); }),
                 bilinear, INVERSE_LIMIT);
-    return ratio::run(argc, argv);
+    return ratio::run(argc, argv, ratio::MANY_AND_SHORT);
 }

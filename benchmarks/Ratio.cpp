@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <string>
 #include <vector>
 
 namespace ratio {
@@ -89,13 +90,14 @@ void returnMemoryToSystem() {
     malloc_trim(0);
 }
 
-int run(int argc, char** argv) {
+int run(int argc, char** argv, const Repetitions& repetitions) {
     // Given first, so that the options of the command line override them.
     std::string interleave = "--benchmark_enable_random_interleaving=true";
-    std::string repeat = "--benchmark_repetitions=9";
+    std::string repeat = "--benchmark_repetitions=" + std::to_string(repetitions.count);
+    std::string duration = "--benchmark_min_time=" + std::to_string(repetitions.seconds);
     std::vector<char*> arguments(argv, argv + argc);
     const bool check = takeCheck(arguments);
-    arguments.insert(arguments.begin() + 1, {interleave.data(), repeat.data()});
+    arguments.insert(arguments.begin() + 1, {interleave.data(), repeat.data(), duration.data()});
     int count = static_cast<int>(arguments.size());
     arguments.push_back(nullptr);
     benchmark::Initialize(&count, arguments.data());

@@ -28,7 +28,18 @@ void pair(const std::string& name, const Body& ours, const Body& reference, doub
 /// several times slower: benchmarks that allocate call it before they start.
 void returnMemoryToSystem();
 
+/// How often each benchmark runs, and for how long at least each time.
+struct Repetitions {
+    int count = 0;
+    double seconds = 0;
+};
+
+inline constexpr Repetitions FEW_AND_LONG{5, 0.05};
+/// For what takes less than some milliseconds: a machine that is faster at one moment than at the next, as one of
+/// several on the same processor is, is met in all its states by both sides, and their medians by the same ones.
+inline constexpr Repetitions MANY_AND_SHORT{51, 0.005};
+
 /// Runs everything registered and prints the table.
-int run(int argc, char** argv);
+int run(int argc, char** argv, const Repetitions& repetitions = FEW_AND_LONG);
 
 }  // namespace ratio

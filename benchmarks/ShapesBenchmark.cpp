@@ -370,5 +370,5 @@ int main(int argc, char** argv) {
     const auto bareRuled = std::make_shared<BareRuled>(ruledNumbers.getLowerRail(), ruledNumbers.getUpperRail());
     addBatchPair("ruled_inside", ruled, bareRuled, inside);
     addBatchPair("ruled_outside", ruled, bareRuled, outside);
-    return ratio::run(argc, argv);
+    return ratio::run(argc, argv, ratio::MANY_AND_SHORT);
 }
