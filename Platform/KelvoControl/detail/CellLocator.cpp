@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <iterator>
+#include <limits>
 #include <utility>
 
 namespace Veltrani::KelvoControlDetail {
@@ -27,18 +27,16 @@ constexpr double MOST_BINS_PER_CELL = BINS_ACROSS_CELL * BINS_ACROSS_CELL;
 /// other, the bins are made coarser until that many suffice: the memory stays in proportion to the file.
 constexpr std::size_t MOST_ENTRIES_PER_CELL = 16;
 
-/// Guesses across a bin, as long as there are not too many in all: with eight across a cell, nearly nine guesses of ten
-/// are right, and beside a wrong one is the cell. More of them would not stay in the cache.
-constexpr double GUESSES_ACROSS_BIN = 4;
-constexpr double MOST_GUESSES = 1024.0 * 1024.0;
+/// About one tile for each cell of mean size: where the cells beside each other are alike, the tangent in its middle is
+/// off by a few hundredths of a cell.
+constexpr double TILES_ACROSS_BIN = 1 / BINS_ACROSS_CELL;
+constexpr double MOST_TILES = 4.0 * 1024 * 1024;
 
-std::vector<std::uint32_t> mappedNodes(const CellLattice& lattice) {
+std::vector<std::uint32_t> mappedNodes(const std::vector<unsigned char>& mapped) {
     std::vector<std::uint32_t> nodes;
-    for (std::size_t row = 0; row + 1 < lattice.rows; ++row) {
-        for (std::size_t column = 0; column + 1 < lattice.columns; ++column) {
-            if (lattice.isMapped(column, row)) {
-                nodes.push_back(static_cast<std::uint32_t>(row * lattice.columns + column));
-            }
+    for (std::size_t node = 0; node < mapped.size(); ++node) {
+        if (mapped[node] != 0) {
+            nodes.push_back(static_cast<std::uint32_t>(node));
         }
     }
     return nodes;
@@ -53,6 +51,16 @@ double highest(const QuadCell& cell, std::size_t axis) {
 }
 
 }  // namespace
+
+std::vector<unsigned char> mappedCells(const CellLattice& lattice) {
+    std::vector<unsigned char> mapped(lattice.columns * lattice.rows);
+    for (std::size_t row = 0; row + 1 < lattice.rows; ++row) {
+        for (std::size_t column = 0; column + 1 < lattice.columns; ++column) {
+            mapped[row * lattice.columns + column] = lattice.isMapped(column, row) ? 1 : 0;
+        }
+    }
+    return mapped;
+}
 
 std::optional<AxisTable> AxisTable::of(const std::vector<double>& values) {
     if (values.size() < 2) {
@@ -98,8 +106,8 @@ std::size_t AxisTable::search(double key) const {
 
 CellIndex::CellIndex(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane,
                      const Point<double, 2>& margin)
-    : m_margin(margin) {
-    const std::vector<std::uint32_t> nodes = mappedNodes(lattice);
+    : m_margin(margin), m_columns(lattice.columns), m_mapped(mappedCells(lattice)) {
+    const std::vector<std::uint32_t> nodes = mappedNodes(m_mapped);
     if (nodes.empty()) {
         return;
     }
@@ -110,7 +118,7 @@ CellIndex::CellIndex(const CellLattice& lattice, const std::vector<Point<double,
     }
     divideFor(cells, enclose(cells));
     fill(cells, nodes);
-    fillGuesses(lattice, plane);
+    fillTangents(lattice, plane);
 }
 
 Point<double, 2> CellIndex::enclose(const std::vector<QuadCell>& cells) {
@@ -177,36 +185,64 @@ void CellIndex::fill(const std::vector<QuadCell>& cells, const std::vector<std::
     forEachEntry([&](std::size_t bin, std::uint32_t node) { m_cells[next[bin]++] = node; });
 }
 
-void CellIndex::fillGuesses(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane) {
+void CellIndex::fillTangents(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane) {
+    m_lastColumn = static_cast<float>(lattice.columns - 2);
+    m_lastRow = static_cast<float>(lattice.rows - 2);
     const auto bins = static_cast<double>(m_bins[0] * m_bins[1]);
-    const double perBin = std::min(GUESSES_ACROSS_BIN, std::sqrt(MOST_GUESSES / bins));
+    const double perBin = std::min(TILES_ACROSS_BIN, std::sqrt(MOST_TILES / bins));
     for (std::size_t axis = 0; axis < 2; ++axis) {
-        m_guessLimit[axis] = std::max(std::floor(static_cast<double>(m_bins[axis]) * perBin), 1.0);
+        m_tileLimit[axis] = std::max(std::floor(static_cast<double>(m_bins[axis]) * perBin), 1.0);
         const double extent = m_high[axis] - m_low[axis];
-        m_guessesPerUnit[axis] = extent > 0 ? m_guessLimit[axis] / extent : 0;
+        m_tilesPerUnit[axis] = extent > 0 ? m_tileLimit[axis] / extent : 0;
     }
-    m_guessColumns = static_cast<std::size_t>(m_guessLimit[0]);
-    const auto holding = [&](const Point<double, 2>& point) {
-        for (const std::uint32_t node : near(point)) {
-            if (QuadInverse(lattice.cell(plane, node)).anyPlaceOf(point, isInCell)) {
-                return node;
-            }
-        }
-        return NO_GUESS;
+    m_tileColumns = static_cast<std::size_t>(m_tileLimit[0]);
+    const auto middle = [&](std::size_t tile, std::size_t axis) {
+        return m_low[axis] + (static_cast<double>(tile) + 0.5) / m_tilesPerUnit[axis];
     };
-    const auto centre = [&](std::size_t bin, std::size_t axis) {
-        return m_low[axis] + (static_cast<double>(bin) + 0.5) / m_guessesPerUnit[axis];
-    };
-    for (std::size_t y = 0; y < static_cast<std::size_t>(m_guessLimit[1]); ++y) {
-        for (std::size_t x = 0; x < m_guessColumns; ++x) {
-            m_guesses.push_back(holding({centre(x, 0), centre(y, 1)}));
+    for (std::size_t y = 0; y < static_cast<std::size_t>(m_tileLimit[1]); ++y) {
+        for (std::size_t x = 0; x < m_tileColumns; ++x) {
+            m_tangents.push_back(tangentAt({middle(x, 0), middle(y, 1)}, lattice, plane));
         }
     }
-    if (lattice.columns * lattice.rows <= NO_SHORT_GUESS) {
-        std::transform(m_guesses.begin(), m_guesses.end(), std::back_inserter(m_shortGuesses),
-                       [](std::uint32_t node) { return static_cast<std::uint16_t>(node); });
-        m_guesses = {};
+}
+
+CellIndex::Tangent CellIndex::tangentAt(const Point<double, 2>& middle, const CellLattice& lattice,
+                                        const std::vector<Point<double, 2>>& plane) const {
+    const std::span<const std::uint32_t> candidates = near(middle);
+    if (candidates.empty()) {
+        return {};
     }
+    // The cell that holds the middle, or else one beside it, continued.
+    CellPlace place{candidates.front(), 0.5, 0.5};
+    Point<double, 2> offset = middle - lattice.cell(plane, place.node).at(0.5, 0.5);
+    for (const std::uint32_t node : candidates) {
+        const bool isHeld =
+            QuadInverse(lattice.cell(plane, node)).anyPlaceOf(middle, [&](const Point<double, 2>& found) {
+                place = isInCell(found) ? CellPlace{node, found[0], found[1]} : place;
+                return isInCell(found);
+            });
+        if (isHeld) {
+            offset = {};
+            break;
+        }
+    }
+    const QuadCell cell = lattice.cell(plane, place.node);
+    const Point<double, 2> alongA = (1 - place.b) * (cell.alongA - cell.origin) + place.b * (cell.across - cell.alongB);
+    const Point<double, 2> alongB = (1 - place.a) * (cell.alongB - cell.origin) + place.a * (cell.across - cell.alongA);
+    const double area = alongA[0] * alongB[1] - alongA[1] * alongB[0];
+    const auto slope = [&](double base, double perUnitX, double perUnitY) {
+        const double value = base + (perUnitX * offset[0] + perUnitY * offset[1]) / area;
+        const std::array numbers{value, perUnitX / (area * m_tilesPerUnit[0]), perUnitY / (area * m_tilesPerUnit[1])};
+        // Of a cell that is nearly flat it is no number that fits.
+        const bool isUsable = std::all_of(numbers.begin(), numbers.end(), [](double number) {
+            return std::abs(number) < static_cast<double>(std::numeric_limits<float>::max());
+        });
+        return isUsable ? Slope{static_cast<float>(numbers[0]), static_cast<float>(numbers[1]),
+                                static_cast<float>(numbers[2])}
+                        : Slope{static_cast<float>(base), 0, 0};
+    };
+    return {slope(static_cast<double>(place.node % lattice.columns) + place.a, alongB[1], -alongB[0]),
+            slope(static_cast<double>(place.node / lattice.columns) + place.b, -alongA[1], alongA[0])};
 }
 
 CellIndex::BinRange CellIndex::rangeOf(const QuadCell& cell) const {
@@ -229,12 +265,7 @@ CellLocator::CellLocator(const CellLattice& lattice, const std::vector<Point<dou
         m_index.emplace(lattice, plane, tolerance);
         return;
     }
-    m_mapped.assign(plane.size(), 0);
-    for (std::size_t row = 0; row + 1 < lattice.rows; ++row) {
-        for (std::size_t column = 0; column + 1 < lattice.columns; ++column) {
-            m_mapped[row * lattice.columns + column] = lattice.isMapped(column, row) ? 1 : 0;
-        }
-    }
+    m_mapped = mappedCells(lattice);
 }
 
 std::optional<CellLocator::Axes> CellLocator::axesOf(const CellLattice& lattice,

@@ -70,8 +70,12 @@ private:
     double m_guessesPerUnit = 0;
 };
 
+/// Returns 1 for each node that is the first one of a mapped cell, else 0.
+[[nodiscard]] std::vector<unsigned char> mappedCells(const CellLattice& lattice);
+
 /// Which cells of a lattice may hold a point of one of its planes: the box around all mapped cells, divided evenly into
-/// bins, each with the cells whose boxes touch it. A second, finer division names one cell that probably does.
+/// bins, each with the cells whose boxes touch it. A coarser division into tiles holds in each the tangent of the
+/// lattice, which names one cell that probably does.
 class CellIndex {
 public:
     /// @param plane the lattice's picture or screen; finite numbers
@@ -87,27 +91,43 @@ public:
         return {m_cells.data() + m_starts[bin], m_starts[bin + 1] - m_starts[bin]};
     }
 
-    /// Returns a cell that holds most points around this one, by its first node; `NO_GUESS` where there is none and for
-    /// NaN. Testing it first saves the search among those near, whose outcome no processor can predict.
+    /// Returns a cell that probably holds the point, by its first node; `NO_GUESS` where there is none and for NaN.
+    /// Testing it first saves the search among those near, whose outcome no processor can predict.
     [[nodiscard]] std::uint32_t guess(const Point<double, 2>& point) const {
-        const Point<double, 2> at{(point[0] - m_low[0]) * m_guessesPerUnit[0],
-                                  (point[1] - m_low[1]) * m_guessesPerUnit[1]};
-        if (!(at[0] >= 0 && at[1] >= 0 && at[0] < m_guessLimit[0] && at[1] < m_guessLimit[1])) {
+        const Point<double, 2> at{(point[0] - m_low[0]) * m_tilesPerUnit[0], (point[1] - m_low[1]) * m_tilesPerUnit[1]};
+        if (!(at[0] >= 0 && at[1] >= 0 && at[0] < m_tileLimit[0] && at[1] < m_tileLimit[1])) {
             return NO_GUESS;
         }
-        const std::size_t place = static_cast<std::size_t>(static_cast<std::int64_t>(at[1])) * m_guessColumns +
-                                  static_cast<std::size_t>(static_cast<std::int64_t>(at[0]));
-        if (m_shortGuesses.empty()) {
-            return m_guesses[place];
-        }
-        const std::uint16_t guessed = m_shortGuesses[place];
-        return guessed != NO_SHORT_GUESS ? guessed : NO_GUESS;
+        // By way of signed numbers, which a processor converts in one step.
+        const auto x = static_cast<std::int32_t>(at[0]);
+        const auto y = static_cast<std::int32_t>(at[1]);
+        const Tangent& tangent = m_tangents[static_cast<std::size_t>(y) * m_tileColumns + static_cast<std::size_t>(x)];
+        const auto fromMiddleX = static_cast<float>(at[0] - x) - 0.5F;
+        const auto fromMiddleY = static_cast<float>(at[1] - y) - 0.5F;
+        const std::size_t column = cellOf(tangent.column.at(fromMiddleX, fromMiddleY), m_lastColumn);
+        const std::size_t row = cellOf(tangent.row.at(fromMiddleX, fromMiddleY), m_lastRow);
+        const std::size_t node = row * m_columns + column;
+        return m_mapped[node] != 0 ? static_cast<std::uint32_t>(node) : NO_GUESS;
     }
 
     static constexpr std::uint32_t NO_GUESS = 0xFFFFFFFF;
 
 private:
-    static constexpr std::uint16_t NO_SHORT_GUESS = 0xFFFF;
+    /// A coordinate of the lattice, near the middle of a tile.
+    struct Slope {
+        float middle = 0;
+        float perX = 0;  ///< per tile
+        float perY = 0;
+
+        [[nodiscard]] float at(float x, float y) const { return middle + x * perX + y * perY; }
+    };
+
+    /// The place in the lattice, near the middle of a tile. Small numbers, so that all of them stay in the cache: a
+    /// wrong guess costs time, nothing else.
+    struct Tangent {
+        Slope column;
+        Slope row;
+    };
 
     /// A range of bins in both directions, ends included.
     struct BinRange {
@@ -122,13 +142,20 @@ private:
         return bin < m_bins[axis] ? bin : m_bins[axis] - 1;
     }
 
+    /// Returns the cell of a coordinate of the lattice; the first or the last one beyond them, the first one for NaN.
+    [[nodiscard]] static std::size_t cellOf(float coordinate, float last) {
+        return static_cast<std::size_t>(static_cast<std::int64_t>(coordinate > 0 ? std::min(coordinate, last) : 0.0F));
+    }
+
     /// Sets the box around all cells; returns their mean size.
     [[nodiscard]] Point<double, 2> enclose(const std::vector<QuadCell>& cells);
     /// Chooses the number of bins for cells of a mean size.
     void divideFor(const std::vector<QuadCell>& cells, const Point<double, 2>& meanSize);
     void divide(const std::array<std::size_t, 2>& bins);
     void fill(const std::vector<QuadCell>& cells, const std::vector<std::uint32_t>& nodes);
-    void fillGuesses(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane);
+    void fillTangents(const CellLattice& lattice, const std::vector<Point<double, 2>>& plane);
+    [[nodiscard]] Tangent tangentAt(const Point<double, 2>& middle, const CellLattice& lattice,
+                                    const std::vector<Point<double, 2>>& plane) const;
     [[nodiscard]] BinRange rangeOf(const QuadCell& cell) const;
     [[nodiscard]] std::size_t entries(const std::vector<QuadCell>& cells) const;
 
@@ -139,12 +166,14 @@ private:
     std::array<std::size_t, 2> m_bins{1, 1};
     std::vector<std::uint32_t> m_starts;
     std::vector<std::uint32_t> m_cells;
-    Point<double, 2> m_guessesPerUnit;
-    Point<double, 2> m_guessLimit;  ///< number of guesses across and along
-    std::size_t m_guessColumns = 0;
-    std::vector<std::uint32_t> m_guesses;
-    /// The same in half the memory, which stays in the cache, in place of those where all nodes have short numbers.
-    std::vector<std::uint16_t> m_shortGuesses;
+    Point<double, 2> m_tilesPerUnit;
+    Point<double, 2> m_tileLimit;  ///< number of tiles across and along
+    std::size_t m_tileColumns = 0;
+    std::vector<Tangent> m_tangents;
+    std::size_t m_columns = 0;  ///< nodes in a row
+    float m_lastColumn = 0;     ///< of the cells
+    float m_lastRow = 0;
+    std::vector<unsigned char> m_mapped;  ///< by the first node of the cell
 };
 
 /// Finds the cell of a lattice that holds a point of one of its planes, and the place in it.
@@ -220,7 +249,7 @@ private:
     const std::vector<Point<double, 2>>& m_plane;
     Point<double, 2> m_tolerance;
     std::optional<Axes> m_axes;
-    std::vector<unsigned char> m_mapped;  ///< by the first node of the cell; of a lattice with axes only
+    std::vector<unsigned char> m_mapped;  ///< of a lattice with axes only; see `mappedCells`
     std::optional<CellIndex> m_index;     ///< of every other lattice
 };
 

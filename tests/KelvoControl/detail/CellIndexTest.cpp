@@ -108,6 +108,27 @@ TEST(CellIndex, GuessesTheCellOfItsMiddleHoweverManyThereAre) {
     }
 }
 
+TEST(CellIndex, GuessesTheCellOfNearlyEveryPointOfABentLattice) {
+    constexpr std::size_t SIDE = 64;
+    const CellLattice cells = lattice(SIDE, SIDE, [](double c, double r) {
+        const double s = c / (SIDE - 1.0);
+        const double t = r / (SIDE - 1.0);
+        return P2{0.1 + 0.75 * s + 0.08 * std::sin(3 * t) * (0.5 + s), 0.05 + 0.7 * t + 0.12 * s * s};
+    });
+    const CellIndex index(cells, cells.screen, {1e-9, 1e-9});
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> part(0.0, 1.0);
+    constexpr int POINTS = 20000;
+    int right = 0;
+    for (int i = 0; i < POINTS; ++i) {
+        const auto column = static_cast<std::size_t>(part(random) * (SIDE - 1));
+        const auto row = static_cast<std::size_t>(part(random) * (SIDE - 1));
+        const std::size_t node = row * SIDE + column;
+        right += index.guess(cells.cell(cells.screen, node).at(part(random), part(random))) == node ? 1 : 0;
+    }
+    EXPECT_GT(right, 0.98 * POINTS);
+}
+
 TEST(CellIndex, NothingIsNearWhatIsNoNumberOrFarAway) {
     const CellLattice cells = lattice(3, 3, [](double c, double r) { return P2{c / 2.0, r / 2.0}; });
     const CellIndex index(cells, cells.screen, {0.0, 0.0});
