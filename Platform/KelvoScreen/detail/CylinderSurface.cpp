@@ -84,7 +84,10 @@ IntersectionSet CylinderSurface::hits(const Point<double, 3>& from, const Point<
 template <class Number>
 [[gnu::always_inline]] inline LimitVerdict<Number> CylinderSurface::judge(const Triple<Number>& own,
                                                                           Number tolerance) const {
-    return {isWithinLimits(own), limitBound(own) > LimitSearch::farthestReach(tolerance)};
+    const AzimuthSector::Sight<Number> sight = m_sector.sightOf(own.x, own.y);
+    const Number beyondRim = absolute(own.z) - m_numbers.height / 2;
+    return {both(absolute(own.z) <= m_numbers.height / 2, sight.isWithin),
+            larger(beyondRim, sight.distanceBound) > LimitSearch::farthestReach(tolerance)};
 }
 
 IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
@@ -116,11 +119,9 @@ IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const P
 [[gnu::noinline]] IntersectionSet CylinderSurface::intersectAny(const Point<double, 3>& from,
                                                                 const Point<double, 3>& to) const {
     return hits(from, to, [this](const RayAim& aim, double tolerance, OwnHit& hit) {
-        if (isWithinLimits(tripleOf(hit.place))) {
-            return true;
-        }
-        if (limitBound(tripleOf(hit.place)) > LimitSearch::farthestReach(tolerance)) {
-            return false;
+        const LimitVerdict<double> verdict = judge(tripleOf(hit.place), tolerance);
+        if (verdict.isWithin || verdict.isBeyond) {
+            return verdict.isWithin;
         }
         OwnHit moved = hit;
         const bool isHit = slideToLimit(aim, tolerance, moved);
@@ -196,16 +197,6 @@ bool CylinderSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& 
 
 IntersectionSet CylinderSurface::intersectEndless(const Point<double, 3>& from, const Point<double, 3>& to) const {
     return hits(from, to, [](const RayAim&, double, const OwnHit& hit) { return isFinite(hit.place); });
-}
-
-template <class Number>
-[[gnu::always_inline]] inline Truth<Number> CylinderSurface::isWithinLimits(const Triple<Number>& own) const {
-    return both(absolute(own.z) <= m_numbers.height / 2, m_sector.contains(own.x, own.y));
-}
-
-template <class Number>
-[[gnu::always_inline]] inline Number CylinderSurface::limitBound(const Triple<Number>& own) const {
-    return larger(absolute(own.z) - m_numbers.height / 2, m_sector.distanceBound(own.x, own.y));
 }
 
 Point<double, 3> CylinderSurface::moveWithinLimits(const Point<double, 3>& own) const {

@@ -67,11 +67,6 @@ private:
     /// Decides what can be decided about an end of a chord by its place alone.
     template <class Number>
     [[nodiscard]] LimitVerdict<Number> judge(const Triple<Number>& own, Number tolerance) const;
-    template <class Number>
-    [[nodiscard]] Truth<Number> isWithinLimits(const Triple<Number>& own) const;
-    /// Returns a lower bound of the distance from a point to the surface within its limits; may be below zero.
-    template <class Number>
-    [[nodiscard]] Number limitBound(const Triple<Number>& own) const;
     /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the own frame.
     [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;
     /// Returns the point within the limits nearest to a point, both relative to the centre, in the own frame.

@@ -53,7 +53,8 @@ SphereSurface::Rim SphereSurface::rimAt(double elevation, double radius) {
 template <class Number>
 [[gnu::always_inline]] inline Number SphereSurface::Rim::excess(const Triple<Number>& own) const {
     const Number above = own.z - height;
-    if (!(std::abs(height) > radius)) {
+    // A pole limits nothing; which of the formulas below says so would depend on the point.
+    if (!(std::abs(height) > radius) || std::isinf(height)) {
         return above;
     }
     const Number inwards = radius * radius - (own.x * own.x + own.y * own.y);
@@ -111,8 +112,16 @@ template <class Number>
     if (m_isWhole) {
         return {Number{} == Number{}, Number{} != Number{}};
     }
-    const Triple<Number> own = m_placement.toOwn(place);
-    return {isWithinLimits(own), limitBound(own) > LimitSearch::farthestReach(tolerance)};
+    return judgeOwn(m_placement.toOwn(place), tolerance);
+}
+
+template <class Number>
+[[gnu::always_inline]] inline LimitVerdict<Number> SphereSurface::judgeOwn(const Triple<Number>& own,
+                                                                           Number tolerance) const {
+    const AzimuthSector::Sight<Number> sight = m_sector.sightOf(own.x, own.y);
+    const Number beyondRims = larger(m_lower.height - own.z, own.z - m_upper.height);
+    return {both(both(m_lower.excess(own) >= 0, m_upper.excess(own) <= 0), sight.isWithin),
+            larger(beyondRims, sight.distanceBound) > LimitSearch::farthestReach(tolerance)};
 }
 
 IntersectionSet SphereSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
@@ -217,11 +226,9 @@ KELVO_SCREEN_WIDE_VECTORS void SphereSurface::nearestHits(std::span<const Ray> r
 
 bool SphereSurface::isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const {
     const Point<double, 3> own = m_placement.toOwn(place);
-    if (isWithinLimits(tripleOf(own))) {
-        return true;
-    }
-    if (limitBound(tripleOf(own)) > LimitSearch::farthestReach(tolerance)) {
-        return false;
+    const LimitVerdict<double> verdict = judgeOwn(tripleOf(own), tolerance);
+    if (verdict.isWithin || verdict.isBeyond) {
+        return verdict.isWithin;
     }
     OwnHit hit{own, t};
     if (!slideToLimit(aim, tolerance, hit)) {
@@ -244,16 +251,6 @@ bool SphereSurface::slideToLimit(const RayAim& aim, double tolerance, OwnHit& hi
 
 IntersectionSet SphereSurface::intersectWhole(const Point<double, 3>& from, const Point<double, 3>& to) const {
     return hits(from, to, NO_LIMIT);
-}
-
-template <class Number>
-[[gnu::always_inline]] inline Truth<Number> SphereSurface::isWithinLimits(const Triple<Number>& own) const {
-    return both(both(m_lower.excess(own) >= 0, m_upper.excess(own) <= 0), m_sector.contains(own.x, own.y));
-}
-
-template <class Number>
-[[gnu::always_inline]] inline Number SphereSurface::limitBound(const Triple<Number>& own) const {
-    return larger(larger(m_lower.height - own.z, own.z - m_upper.height), m_sector.distanceBound(own.x, own.y));
 }
 
 const SphereSurface::Rim& SphereSurface::nearestRim(double height) const {

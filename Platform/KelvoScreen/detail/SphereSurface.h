@@ -97,11 +97,9 @@ private:
     /// Returns whether a hit of the whole sphere, relative to the centre, is within the limits, perhaps after a small
     /// move.
     [[nodiscard]] bool isKept(const RayAim& aim, double tolerance, Point<double, 3>& place, double& t) const;
+    /// The same for a place in the own frame of a sphere that is not whole.
     template <class Number>
-    [[nodiscard]] Truth<Number> isWithinLimits(const Triple<Number>& own) const;
-    /// Returns a lower bound of the distance from a point to the surface within its limits; may be below zero.
-    template <class Number>
-    [[nodiscard]] Number limitBound(const Triple<Number>& own) const;
+    [[nodiscard]] LimitVerdict<Number> judgeOwn(const Triple<Number>& own, Number tolerance) const;
     [[nodiscard]] const Rim& nearestRim(double height) const;
     /// Moves a hit beyond a limit onto that limit, when the ray passes it closely enough. `aim` is in the world frame.
     [[nodiscard]] bool slideToLimit(const RayAim& aim, double tolerance, OwnHit& hit) const;

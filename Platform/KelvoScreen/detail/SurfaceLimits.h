@@ -122,30 +122,32 @@ public:
 
     [[nodiscard]] bool isWhole() const { return m_isWhole; }
 
-    /// Returns true for every point when the sector is whole, and for x = y = 0 always.
+    /// How a point lies to the sector.
     template <class Number>
-    [[nodiscard, gnu::always_inline]] Truth<Number> contains(Number x, Number y) const {
+    struct Sight {
+        Truth<Number> isWithin;
+        Number distanceBound;  ///< a lower bound of the distance from the sector; may be below zero
+    };
+
+    /// Every point is within when the sector is whole, and x = y = 0 always.
+    template <class Number>
+    [[nodiscard, gnu::always_inline]] Sight<Number> sightOf(Number x, Number y) const {
         if (m_isWhole) {
-            return Number{} == Number{};
+            return {Number{} == Number{}, Number{}};
         }
         // The distances from the two limiting half-planes, positive inwards.
         const Number fromMin = x * m_min[1] - y * m_min[0];
         const Number fromMax = y * m_max[0] - x * m_max[1];
         if (m_isWide) {
-            return either(fromMin >= 0, fromMax >= 0);
+            return {either(fromMin >= 0, fromMax >= 0), -larger(fromMin, fromMax)};
         }
-        return both(both(fromMin >= 0, fromMax >= 0), x * m_middle[0] + y * m_middle[1] >= 0);
+        return {both(both(fromMin >= 0, fromMax >= 0), x * m_middle[0] + y * m_middle[1] >= 0),
+                -smaller(fromMin, fromMax)};
     }
 
-    /// Returns a lower bound of the distance of (x, y) from the sector.
     template <class Number>
-    [[nodiscard, gnu::always_inline]] Number distanceBound(Number x, Number y) const {
-        if (m_isWhole) {
-            return Number{};
-        }
-        const Number beyondMin = y * m_min[0] - x * m_min[1];
-        const Number beyondMax = x * m_max[1] - y * m_max[0];
-        return m_isWide ? smaller(beyondMin, beyondMax) : larger(beyondMin, beyondMax);
+    [[nodiscard, gnu::always_inline]] Truth<Number> contains(Number x, Number y) const {
+        return sightOf(x, y).isWithin;
     }
 
     /// Returns the half-plane of the nearest limit, seen from a place beyond it.
