@@ -72,7 +72,7 @@ TEST(AzimuthSector, BoundsTheDistanceFromBelowAndToTheNearestLimitExactly) {
         const double outside = random.uniform(0, 2 * PI - span);
         const double radius = random.uniform(0.1, 5);
         const double azimuth = min + span + outside;
-        const double bound = sector.distanceBound(radius * std::sin(azimuth), radius * std::cos(azimuth));
+        const double bound = sector.sightOf(radius * std::sin(azimuth), radius * std::cos(azimuth)).distanceBound;
         const double nearest = std::min(outside, 2 * PI - span - outside);
         const double distance = nearest < PI / 2 ? radius * std::sin(nearest) : radius;
         EXPECT_LE(bound, distance + 1e-14) << azimuth << " beyond " << min << " + " << span;
@@ -81,10 +81,10 @@ TEST(AzimuthSector, BoundsTheDistanceFromBelowAndToTheNearestLimitExactly) {
             ++beside;
         }
         const double within = min + random.uniform(0, span);
-        EXPECT_LE(sector.distanceBound(radius * std::sin(within), radius * std::cos(within)), 1e-14);
+        EXPECT_LE(sector.sightOf(radius * std::sin(within), radius * std::cos(within)).distanceBound, 1e-14);
     }
     EXPECT_GT(beside, 500);
-    EXPECT_EQ(AzimuthSector().distanceBound(3.0, 4.0), 0);
+    EXPECT_EQ(AzimuthSector().sightOf(3.0, 4.0).distanceBound, 0);
 }
 
 TEST(AzimuthSector, NamesTheNearestLimitAndItsPlane) {
