@@ -195,6 +195,26 @@ TEST(RuledSurfaceScreenRays, ASeamIsHitOnce) {
     }
 }
 
+TEST(RuledSurfaceScreenRays, AnEdgeIsHitOnceThoughTheSurfaceContinuedIsMetAgain) {
+    for (const auto& [name, config] : ruled::surfaces()) {
+        const RuledSurfaceScreen screen(&config);
+        oracle::Random random(42);
+        for (int i = 0; i < 2000; ++i) {
+            const double along = random.uniform(0, 1);
+            const double end = i % 2;
+            Vector aim;
+            ASSERT_TRUE(
+                screen.mapInto3D(i % 4 < 2 ? Point<double, 2>{along, end} : Point<double, 2>{end, along}, aim, false));
+            const Vector from = aim + 3 * random.inCube();
+            const IntersectionSet hits = screen.intersect(from, aim);
+            ASSERT_FALSE(hits.empty()) << name;
+            for (std::size_t hit = 1; hit < hits.size(); ++hit) {
+                ASSERT_GT(norm(hits[hit].point - hits[hit - 1].point), 1e-12) << name << ", ray " << i;
+            }
+        }
+    }
+}
+
 TEST(RuledSurfaceScreenRays, TheTipOfAConeIsHitOnce) {
     ScreenConfigDouble config = ruled::ring();
     config.upperRail.assign(config.upperRail.size(), Vector{0.2, 0.1, 1.5});

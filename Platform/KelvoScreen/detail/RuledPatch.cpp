@@ -1,7 +1,5 @@
 #include "KelvoScreen/detail/RuledPatch.h"
 
-#include "KelvoScreen/detail/Rounding.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -57,6 +55,20 @@ struct Roots {
     std::size_t count = 0;
 };
 
+/// How far beyond the range a root may lie that improvement brings back, or the tolerance: in parts of the patch.
+/// @param slope of the volume at the root
+/// @param bend half of how the slope changes
+/// @param noise that the volume is uncertain by, in and near the patch
+double uncertaintyOf(double root, double slope, double bend, double noise) {
+    // Nothing less than a whole width at a touching line, or at one that nearly lies in the patch. Where the slope is
+    // nearly that of the whole surroundings, it lets the noise move a root by far less than their size.
+    constexpr double SURROUNDINGS = 1.0 / 64;
+    constexpr double SAFETY = 64;
+    const bool isSteep = std::abs(slope) * SURROUNDINGS > SAFETY * noise &&
+                         std::abs(slope) > 8 * SURROUNDINGS * std::abs(bend) && std::abs(root) <= 2;
+    return isSteep ? SURROUNDINGS : 1;
+}
+
 double sampledRuling(std::size_t i) {
     return static_cast<double>(i) / (CLOSEST_SAMPLES - 1);
 }
@@ -80,24 +92,6 @@ RuledPatch::RuledPatch(const Point<double, 3>& lowerLeft, const Point<double, 3>
     }
 }
 
-Point<double, 3> RuledPatch::lowerAt(double u) const {
-    // In this form the ends are the corners to the last bit, so that neighbours meet without a gap.
-    return (1 - u) * m_lower[0] + u * m_lower[1];
-}
-
-Point<double, 3> RuledPatch::rulingAt(double u) const {
-    return (1 - u) * m_rulings[0] + u * m_rulings[1];
-}
-
-Point<double, 3> RuledPatch::alongEdge(double v) const {
-    return (1 - v) * m_edges[0] + v * m_edges[1];
-}
-
-Point<double, 3> RuledPatch::pointAt(const PatchPlace& place) const {
-    const Point<double, 3> upper = (1 - place.u) * m_upper[0] + place.u * m_upper[1];
-    return (1 - place.v) * lowerAt(place.u) + place.v * upper;
-}
-
 Point<double, 3> RuledPatch::normalAt(const PatchPlace& place) const {
     PatchPlace beside = place;
     for (const double shift : {0.0, BESIDE_CORNER}) {
@@ -116,13 +110,6 @@ Point<double, 3> RuledPatch::normalAt(const PatchPlace& place) const {
 
 bool RuledPatch::hasArea() const {
     return normalAt({0.5, 0.5}) != Point<double, 3>{} || normalAt({0.25, 0.25}) != Point<double, 3>{};
-}
-
-bool RuledPatch::mayMeet(const Line& line, double tolerance) const {
-    const Point<double, 3> offset = m_centre - line.origin;
-    const Point<double, 3> across = offset - dot(offset, line.direction) * line.direction;
-    const double reach = m_radius * (1 + ROUNDING) + tolerance;
-    return dot(across, across) <= reach * reach;
 }
 
 std::size_t RuledPatch::meet(const Line& line, const PatchRange& range, double tolerance,
@@ -152,8 +139,10 @@ std::size_t RuledPatch::meet(const Line& line, const PatchRange& range, double t
     }
     const Roots roots(c0, c1, c2);
     for (std::size_t i = 0; i < roots.count; ++i) {
+        const double root = roots.values[i];
+        const double beyond = uncertaintyOf(root, c1 + 2 * c2 * root, c2, noise);
         PatchPlace at;
-        if (place(line, roots.values[i], range, at)) {
+        if (root >= range.uMin - beyond && root <= range.uMax + beyond && place(line, root, range, at)) {
             keep(at);
         }
     }
@@ -187,10 +176,6 @@ bool RuledPatch::moveToTip(const Line& line, double tolerance, double reach, Pat
 }
 
 bool RuledPatch::place(const Line& line, double root, const PatchRange& range, PatchPlace& out) const {
-    // A root further out than this does not come back by improvement.
-    if (!(root >= range.uMin - 1 && root <= range.uMax + 1)) {
-        return false;
-    }
     out.u = std::clamp(improvedRoot(line, root), range.uMin, range.uMax);
     if (!passRuling(line, out)) {
         return false;
@@ -241,10 +226,6 @@ void RuledPatch::passEdge(const Line& line, const PatchRange& range, PatchPlace&
         const double onEdge = dot(cross(line.origin - start, line.direction), across) / across2;
         place.u = std::clamp(onEdge, range.uMin, range.uMax);
     }
-}
-
-double RuledPatch::distanceBound(const Point<double, 3>& point) const {
-    return norm(point - m_centre) - m_radius;
 }
 
 double RuledPatch::distance2(const Point<double, 3>& point, const PatchPlace& place) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Common/Point.h"
+#include "KelvoScreen/detail/Rounding.h"
 
 #include <array>
 #include <cmath>
@@ -130,5 +131,34 @@ private:
     Point<double, 3> m_centre;
     double m_radius = 0;  ///< of a ball around the centre that holds the patch
 };
+
+inline Point<double, 3> RuledPatch::pointAt(const PatchPlace& place) const {
+    const Point<double, 3> upper = (1 - place.u) * m_upper[0] + place.u * m_upper[1];
+    return (1 - place.v) * lowerAt(place.u) + place.v * upper;
+}
+
+inline double RuledPatch::distanceBound(const Point<double, 3>& point) const {
+    return norm(point - m_centre) - m_radius;
+}
+
+inline bool RuledPatch::mayMeet(const Line& line, double tolerance) const {
+    const Point<double, 3> offset = m_centre - line.origin;
+    const Point<double, 3> across = offset - dot(offset, line.direction) * line.direction;
+    const double reach = m_radius * (1 + ROUNDING) + tolerance;
+    return dot(across, across) <= reach * reach;
+}
+
+inline Point<double, 3> RuledPatch::lowerAt(double u) const {
+    // In this form the ends are the corners to the last bit, so that neighbours meet without a gap.
+    return (1 - u) * m_lower[0] + u * m_lower[1];
+}
+
+inline Point<double, 3> RuledPatch::rulingAt(double u) const {
+    return (1 - u) * m_rulings[0] + u * m_rulings[1];
+}
+
+inline Point<double, 3> RuledPatch::alongEdge(double v) const {
+    return (1 - v) * m_edges[0] + v * m_edges[1];
+}
 
 }  // namespace Veltrani::KelvoScreenDetail

@@ -96,10 +96,21 @@ private:
         return false;
     }
 
-    /// Returns true for a meeting on the ruling that two patches have in common, when the other one has reported it.
+    /// Returns true when one of the two meetings of a patch is at its end: there the line may meet the continuation
+    /// once more, and that meeting, moved onto the patch, be the same one.
+    [[nodiscard]] bool isMovedOnto(const PatchMeeting& second) const {
+        const auto isAtEnd = [](const PatchPlace& place) {
+            return place.u <= 0 || place.u >= 1 || place.v <= 0 || place.v >= 1;
+        };
+        return m_previous.count == 1 && (isAtEnd(second.place) || isAtEnd(m_previous.meetings[0].place));
+    }
+
+    /// Returns true for a meeting on an edge of a patch that it has reported already, or on the ruling that two patches
+    /// have in common, when the other one has reported it.
     [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
         const bool isLast = patch + 1 == m_surface.m_patches.size();
-        return (m_previous.patch + 1 == patch && repeats(m_previous, meeting, cosine)) ||
+        return (m_previous.patch == patch && isMovedOnto(meeting) && repeats(m_previous, meeting, cosine)) ||
+               (m_previous.patch + 1 == patch && repeats(m_previous, meeting, cosine)) ||
                (m_surface.m_isClosed && isLast && repeats(m_first, meeting, cosine));
     }
 
