@@ -19,8 +19,7 @@
 namespace {
 
 constexpr int CHANNELS = 1000;
-/// No worse than the plain scan. By projector id nearly all of the time is that of the configuration, which both sides
-/// query alike for former ids: that ratio is one, give or take what a busy machine adds.
+/// No worse than the plain scan.
 constexpr double LIMIT = 1.0;
 
 std::string configuration() {

@@ -328,6 +328,10 @@ int ChannelManager::indexOfChannelId(const Channel::Id& channelId) const {
 
 int ChannelManager::indexOfProjectorId(const Channel::ProjectorId& projectorId) const {
     const std::wstring uid = Veltrani::fromUtf8(projectorId.value());
+    // An empty id is the old one of every entry that was never renamed.
+    if (!uid.empty() && m_config != nullptr && !m_config->mayHaveOldUIDs()) {
+        return getChannelIndexByID(uid);
+    }
     return firstIndex(m_channels, [&](const Channel& channel) {
         if (same(channel.getProjectorConfigId(), uid)) {
             return true;

@@ -202,6 +202,11 @@ ProjectorConfig* XMLConfigFile::getProjectorConfig(const std::wstring& id) const
     return m_impl->find(id);
 }
 
+bool XMLConfigFile::mayHaveOldUIDs() const {
+    return std::any_of(m_impl->entries.begin(), m_impl->entries.end(),
+                       [](const auto& entry) { return !entry->getOldUID().empty(); });
+}
+
 bool XMLConfigFile::renameProjectorConfig(const std::wstring& oldId, const std::wstring& newId) {
     if (oldId == newId) {
         return true;

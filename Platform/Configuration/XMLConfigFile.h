@@ -80,6 +80,7 @@ public:
     [[nodiscard]] const IUnitsConfig* getNativeUnitsConfig() const override;
     [[nodiscard]] const TargetLocatorConfig* getTargetLocatorConfig() const override;
     [[nodiscard]] std::wstring processPath(const std::wstring& name) const override;
+    [[nodiscard]] bool mayHaveOldUIDs() const override;
 
     /// Returns the record of `getScreenConfig` to be changed; null when there is none. A changed eye point is that of
     /// the channels and the target data that state no position of their own, too.

@@ -35,4 +35,6 @@ public:
     /// Returns a file name resolved against the folder of the configuration. Absolute names stay; for an empty name the
     /// folder itself is returned, or an empty text when the configuration has no folder.
     [[nodiscard]] virtual std::wstring processPath(const std::wstring& name) const = 0;
+    /// Returns false only when no entry has an old UID: a search for one need not query every entry then.
+    [[nodiscard]] virtual bool mayHaveOldUIDs() const { return true; }
 };

@@ -64,7 +64,9 @@ TEST(XMLConfigFile, AnEntryIsFoundByItsExactId) {
 TEST(XMLConfigFile, RenamingKeepsTheEntryAndNotesTheOldId) {
     const auto config = abc();
     ProjectorConfig* const entry = config->getProjectorConfig(L"b");
+    EXPECT_FALSE(config->mayHaveOldUIDs());
     EXPECT_TRUE(config->renameProjectorConfig(L"b", L"x"));
+    EXPECT_TRUE(config->mayHaveOldUIDs());
     EXPECT_EQ(config->getProjectorConfig(L"x"), entry);
     EXPECT_EQ(config->getProjectorConfig(L"b"), nullptr);
     EXPECT_EQ(entry->getIdentity(), L"x");
@@ -74,6 +76,7 @@ TEST(XMLConfigFile, RenamingKeepsTheEntryAndNotesTheOldId) {
     EXPECT_EQ(entry->getOldUID(), L"x");
     const auto again = XMLConfigFile::parse(config->text(), "t");
     EXPECT_EQ(again->getProjectorConfig(L"y")->getOldUID(), L"x");
+    EXPECT_TRUE(again->mayHaveOldUIDs());
 }
 
 TEST(XMLConfigFile, RenamingKeepsNameAndSection) {

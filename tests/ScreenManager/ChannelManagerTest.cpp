@@ -140,6 +140,17 @@ TEST_F(ChannelManagerTest, TheFirstChannelThatHasOrHadTheIdIsFound) {
     EXPECT_EQ(manager->getChannelInfoRefactor(Channel::ProjectorId("P1")).getName(), L"A");
 }
 
+TEST_F(ChannelManagerTest, WhereNothingWasRenamedNoEntryIsQueriedForAFormerId) {
+    makeChannels({L"A", L"B"});
+    config.oldUIDs = false;
+    trace.clear();
+    EXPECT_EQ(manager->getChannelIdRefactor(Channel::ProjectorId("P1")), Channel::Id("B"));
+    EXPECT_EQ(manager->getChannelIdRefactor(Channel::ProjectorId("P2")), Channel::Id());
+    EXPECT_THAT(trace.lines(), ElementsAre());
+    EXPECT_EQ(manager->getChannelIdRefactor(Channel::ProjectorId("")), Channel::Id("A"))
+        << "an empty id is the former one of all";
+}
+
 TEST_F(ChannelManagerTest, AnEntryThatIsGoneHasNoFormerId) {
     makeChannels({L"A", L"B"});
     config.projectors.clear();

@@ -16,6 +16,8 @@ public:
     const TargetLocatorConfig* targetLocators = nullptr;
     /// Folder of the configuration; empty when it has none.
     std::wstring folder;
+    /// What `mayHaveOldUIDs` returns; not recorded.
+    bool oldUIDs = true;
 
     std::vector<std::wstring> getProjectorConfigIds() const override;
     ProjectorConfig* getProjectorConfig(const std::wstring& id) const override;
@@ -26,6 +28,7 @@ public:
     const IUnitsConfig* getNativeUnitsConfig() const override;
     const TargetLocatorConfig* getTargetLocatorConfig() const override;
     std::wstring processPath(const std::wstring& name) const override;
+    bool mayHaveOldUIDs() const override { return oldUIDs; }
 
 private:
     [[nodiscard]] std::size_t placeOf(const std::wstring& id) const;
