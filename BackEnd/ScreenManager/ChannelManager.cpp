@@ -329,14 +329,12 @@ int ChannelManager::indexOfChannelId(const Channel::Id& channelId) const {
 int ChannelManager::indexOfProjectorId(const Channel::ProjectorId& projectorId) const {
     const std::wstring uid = Veltrani::fromUtf8(projectorId.value());
     // An empty id is the old one of every entry that was never renamed.
-    if (!uid.empty() && m_config != nullptr && !m_config->mayHaveOldUIDs()) {
-        return getChannelIndexByID(uid);
-    }
+    const bool mayBeOld = uid.empty() || m_config == nullptr || m_config->mayHaveOldUIDs();
     return firstIndex(m_channels, [&](const Channel& channel) {
         if (same(channel.getProjectorConfigId(), uid)) {
             return true;
         }
-        const ProjectorConfig* const entry = entryOf(channel.getProjectorConfigId());
+        const ProjectorConfig* const entry = mayBeOld ? entryOf(channel.getProjectorConfigId()) : nullptr;
         return entry != nullptr && entry->getOldUID() == uid;
     });
 }

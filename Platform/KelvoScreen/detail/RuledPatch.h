@@ -14,6 +14,8 @@ namespace Veltrani::KelvoScreenDetail {
 struct PatchPlace {
     double u = 0;
     double v = 0;
+
+    [[nodiscard]] bool isAtEnd() const { return u <= 0 || u >= 1 || v <= 0 || v >= 1; }
 };
 
 /// The part of a patch, or of its continuation, that counts; ends included.

@@ -88,29 +88,20 @@ private:
 
     /// Returns true when this very point, a tip that several patches have in common, is a hit already.
     [[nodiscard]] bool isHit(const Point<double, 3>& point) const {
-        for (std::size_t i = 0; i < m_hits.size(); ++i) {
-            if (m_hits[i].point == m_surface.m_centre + point) {
-                return true;
-            }
+        std::size_t i = 0;
+        while (i < m_hits.size() && m_hits[i].point != m_surface.m_centre + point) {
+            ++i;
         }
-        return false;
+        return i < m_hits.size();
     }
 
-    /// Returns true when one of the two meetings of a patch is at its end: there the line may meet the continuation
-    /// once more, and that meeting, moved onto the patch, be the same one.
-    [[nodiscard]] bool isMovedOnto(const PatchMeeting& second) const {
-        const auto isAtEnd = [](const PatchPlace& place) {
-            return place.u <= 0 || place.u >= 1 || place.v <= 0 || place.v >= 1;
-        };
-        return m_previous.count == 1 && (isAtEnd(second.place) || isAtEnd(m_previous.meetings[0].place));
-    }
-
-    /// Returns true for a meeting on an edge of a patch that it has reported already, or on the ruling that two patches
-    /// have in common, when the other one has reported it.
+    /// Returns true for a meeting on the ruling that two patches have in common, when the other one has reported it, and
+    /// on an edge, where the line may meet the continuation of the patch once more: moved onto it, both are the same.
     [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
         const bool isLast = patch + 1 == m_surface.m_patches.size();
-        return (m_previous.patch == patch && isMovedOnto(meeting) && repeats(m_previous, meeting, cosine)) ||
-               (m_previous.patch + 1 == patch && repeats(m_previous, meeting, cosine)) ||
+        const bool isOnEdge = meeting.place.isAtEnd() || m_previous.meetings[0].place.isAtEnd();
+        const bool mayRepeat = m_previous.patch + 1 == patch || (m_previous.patch == patch && isOnEdge);
+        return (mayRepeat && repeats(m_previous, meeting, cosine)) ||
                (m_surface.m_isClosed && isLast && repeats(m_first, meeting, cosine));
     }
 
