@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <numbers>
 #include <utility>
 
@@ -239,6 +240,30 @@ void PicturePainter::addArrow(Drawing& drawing, const std::vector<Drawing::Place
                                  tip[2]};
         drawing.lines.push_back({tip, end, colour, THICK * m_pixel});
     }
+}
+
+double targetSpacing(const SceneChannel& channel, const SceneCamera& camera, int step) {
+    std::map<std::pair<int, int>, Drawing::Place> places;
+    for (const GridTarget& target : channel.targets.grid) {
+        if (const auto place = camera.place(target.point)) {
+            places.emplace(std::pair(target.column, target.row), *place);
+        }
+    }
+    double least = std::numeric_limits<double>::infinity();
+    for (const auto& [across, down] : {std::pair(step, 0), std::pair(0, step)}) {
+        std::vector<double> distances;
+        for (const auto& [cell, place] : places) {
+            if (const auto next = places.find({cell.first + across, cell.second + down}); next != places.end()) {
+                distances.push_back(std::hypot(next->second[0] - place[0], next->second[1] - place[1]));
+            }
+        }
+        if (!distances.empty()) {
+            const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
+            std::nth_element(distances.begin(), middle, distances.end());
+            least = std::min(least, *middle);
+        }
+    }
+    return least;
 }
 
 }  // namespace Veltrani::DisplayReport

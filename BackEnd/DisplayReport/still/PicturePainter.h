@@ -58,4 +58,9 @@ private:
     TakenAreas m_taken;
 };
 
+/// How far from each other neighbouring targets of a channel are drawn, pixels: the median along the columns or along
+/// the rows, whichever is less. Infinite where there are no neighbours.
+/// @param step of the columns and rows that the scene has
+[[nodiscard]] double targetSpacing(const SceneChannel& channel, const SceneCamera& camera, int step);
+
 }  // namespace Veltrani::DisplayReport

@@ -1,5 +1,6 @@
 #include "DisplayReport/still/PicturePainter.h"
 
+#include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/still/ScenePainter.h"
 #include "DisplayReport/still/TakenAreas.h"
 #include "Scenes.h"
@@ -110,6 +111,15 @@ TEST(PicturePainter, ThePictureInsideAnotherOneChoosesFirstAndNoNameHidesAnArrow
         }
     }
     EXPECT_GE(arrows, 6U) << "two shafts and both sides of two heads";
+}
+
+TEST(PicturePainter, TargetsAreAsFarApartAsTheirNarrowSide) {
+    const DisplayScene scene = wholeWall();
+    const SceneCamera camera(scene, "front", 1000, 600);
+    const auto across = (*camera.place({1, 5, 0}))[0] - (*camera.place({0, 5, 0}))[0];
+    EXPECT_NEAR(targetSpacing(scene.channels[0], camera, 1), across / 2, 0.05 * across) << "rows, half as far apart";
+    EXPECT_TRUE(std::isinf(targetSpacing(scene.channels[0], camera, 7))) << "no neighbours";
+    EXPECT_TRUE(std::isinf(targetSpacing(SceneChannel(), camera, 1)));
 }
 
 TEST(PicturePainter, ANarrowPictureHasItsNumberAlone) {
