@@ -194,14 +194,14 @@ private:
 
     void addScreenTriangle(const P3& a, const P3& b, const P3& c, const Colour& colour) {
         const P3 normal = cross(b - a, c - a);
-        const P3 towardsCamera = m_camera.position() - a;
-        const double length = norm(normal) * norm(towardsCamera);
+        const double length = norm(normal);
         if (!(length > 0)) {
             return;
         }
         const double opacity = isSeenByAudience(a, normal) ? frontOpacity() : BEHIND_OPACITY;
         // What shines through is of one colour and painted at once, since seams would show.
-        const double facing = opacity < 1 ? 1 : std::abs(dot(normal, towardsCamera)) / length;
+        // One direction for all of it: a flat wall is of one shade.
+        const double facing = opacity < 1 ? 1 : std::abs(dot(normal, m_camera.direction())) / length;
         const double step = std::round(LIGHT_STEPS * facing) / LIGHT_STEPS;
         addTriangle(a, b, c, mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * step), opacity);
     }

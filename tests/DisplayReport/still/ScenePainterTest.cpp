@@ -212,6 +212,26 @@ TEST(ScenePainter, NothingIsDrawnThatIsNoPlace) {
     }
 }
 
+TEST(ScenePainter, AFlatScreenIsOfOneShade) {
+    DisplayScene scene = scenes::wall();
+    SceneSurface& surface = scene.surfaces[0];
+    surface.vertices.clear();
+    surface.triangles.clear();
+    for (std::uint32_t i = 0; i < 40; ++i) {
+        const double left = -2 + 0.1 * i;
+        surface.vertices.insert(surface.vertices.end(), {{left, 5, -1}, {left + 0.1, 5, -1}, {left + 0.1, 5, 1}});
+        surface.triangles.push_back({3 * i, 3 * i + 1, 3 * i + 2});
+    }
+    const Drawing drawing = ScenePainter("home", 1000, 600).paint(scene);
+    std::vector<Drawing::Triangle> opaque;
+    std::copy_if(drawing.triangles.begin(), drawing.triangles.end(), std::back_inserter(opaque),
+                 [](const Drawing::Triangle& triangle) { return triangle.opacity == 1; });
+    ASSERT_EQ(opaque.size(), 40U);
+    for (const Drawing::Triangle& triangle : opaque) {
+        EXPECT_EQ(triangle.colour, opaque.front().colour);
+    }
+}
+
 // What lights a small picture is seen between its targets.
 TEST(ScenePainter, TargetsThatStandCloseTogetherHaveSmallerDots) {
     const auto radiusOf = [](double share) {
