@@ -60,7 +60,8 @@ TEST(LoadedLibraries, AreAtMostThirtyAndNoneOfPointCloudsAndStills) {
         const std::vector<std::string> files = loadedBy(arguments);
         EXPECT_THAT(files, Contains(HasSubstr("libScreenManager.so"))) << arguments;
         EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("pcl"), HasSubstr("vtk"), HasSubstr("Clouds"))))) << arguments;
-        EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("cairo"), HasSubstr("pango"), HasSubstr("Stills"))))) << arguments;
+        EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("cairo"), HasSubstr("harfbuzz"), HasSubstr("Stills")))))
+            << arguments;
         if (!IS_SANITIZED) {
             EXPECT_LE(files.size(), 30U) << arguments;
         }
@@ -120,7 +121,7 @@ TEST(LoadedLibraries, OfStillsComeWithTheFirstStill) {
     ASSERT_TRUE(module.is_absolute()) << module;
     EXPECT_EQ(module.parent_path(), fs::canonical(placeOf("libScreenManager.so", files)).parent_path());
     EXPECT_THAT(files, Contains(HasSubstr("libcairo")));
-    EXPECT_THAT(files, Contains(HasSubstr("libpango")));
+    EXPECT_THAT(files, Contains(HasSubstr("libharfbuzz")));
 }
 
 TEST(LoadedLibraries, OfStillsAreNamedWhereTheyAreMissing) {

@@ -103,7 +103,7 @@ const std::vector<Library>& all() {
              {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/coverage", "DisplayReport/targets"},
              {"meshoptimizer.h", "nlohmann", "openssl", "pcl"}),
         room("DisplayReport/still", {"BackEnd/DisplayReport/still/"}, {"DisplayReport/basics", "DisplayReport/scene"},
-             {"cairo-pdf.h", "cairo-svg.h", "cairo.h", "fontconfig", "pango"}),
+             {"cairo-ft.h", "cairo-pdf.h", "cairo-svg.h", "cairo.h", "fontconfig", "fribidi.h", "hb.h"}),
         {"ProjectorSession",
          {"BackEnd/ProjectorSession/"},
          {"Common", "Configuration", "DeviceFramework2", "ScreenManager", "DisplayReport/basics"},

@@ -26,12 +26,16 @@ std::string significantText(double value) {
     return {buffer.data(), end};
 }
 
-std::string roundedText(double value) {
-    constexpr int DECIMALS = 3;
+std::string fixedText(double value, int decimals) {
     Buffer buffer{};
     const auto end =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, DECIMALS).ptr;
-    std::string text(buffer.data(), end);
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals).ptr;
+    return {buffer.data(), end};
+}
+
+std::string roundedText(double value) {
+    constexpr int DECIMALS = 3;
+    std::string text = fixedText(value, DECIMALS);
     if (text.find('.') != std::string::npos) {
         text.erase(text.find_last_not_of('0') + 1);
         if (text.back() == '.') {

@@ -14,4 +14,7 @@ namespace Veltrani::DisplayReport {
 /// Rounded to three decimals, without trailing zeros: for tables, in which a millimetre is enough of a metre.
 [[nodiscard]] std::string roundedText(double value);
 
+/// Rounded to so many decimals, with their zeros: for numbers that stand below each other.
+[[nodiscard]] std::string fixedText(double value, int decimals);
+
 }  // namespace Veltrani::DisplayReport

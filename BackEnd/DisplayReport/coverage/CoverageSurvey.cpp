@@ -135,7 +135,7 @@ CoverageReport CoverageSurvey::of(const XMLConfigManager& config) const {
     Survey survey(config, surface, report);
     ScreenCoverage::Take take;
     if (m_pieces != nullptr) {
-        take = [this](const LitTriangle& piece, const LitBy& by) {
+        take = [this](const LitTriangle& piece, double, const LitBy& by) {
             m_pieces->push_back({{piece[0].on.place, piece[1].on.place, piece[2].on.place}, by.count()});
         };
     }

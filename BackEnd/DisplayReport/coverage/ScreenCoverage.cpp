@@ -269,7 +269,7 @@ ScreenCoverage ScreenCoverage::of(const ScreenSampling& screen, const ChannelLig
         }
         sums.add(piece, pieceArea, by);
         if (take) {
-            take(piece, by);
+            take(piece, pieceArea, by);
         }
     });
     CornerLight corners(screen, domain);

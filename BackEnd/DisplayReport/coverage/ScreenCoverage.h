@@ -5,6 +5,7 @@
 #include "DisplayReport/coverage/LightCutter.h"
 #include "DisplayReport/coverage/PitchHints.h"
 
+#include <functional>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -17,8 +18,8 @@ class ScreenSampling;
 /// The surface is gone through, and its pieces are carried back to the pictures: both sides fit together, however much
 /// of a picture misses the screen.
 struct ScreenCoverage {
-    /// Receives every piece of the surface and the channels that light it.
-    using Take = LightCutter::Take;
+    /// Receives every piece of the surface, its area along the surface, and the channels that light it.
+    using Take = std::function<void(const LitTriangle& piece, double area, const LitBy& by)>;
 
     double area = 0;                              ///< of the screen: the sum of `byCount`
     std::vector<double> byCount;                  ///< lit by 0, 1, ... channels; one more than there are channels

@@ -49,7 +49,8 @@ public:
         }
     }
 
-    void addArea(const Corners& piece) { m_region.area += norm(cross(piece[1] - piece[0], piece[2] - piece[0])) / 2; }
+    /// Along the surface: the triangles between three places of it may be smaller.
+    void addArea(double area) { m_region.area += area; }
     void add(const Corners& piece) { m_corners.insert(m_corners.end(), piece.begin(), piece.end()); }
 
     [[nodiscard]] const ShadedRegion& region() const { return m_region; }
@@ -129,9 +130,11 @@ public:
     /// @param deviation how far what is drawn may be from the surface; native units
     Regions(const std::vector<std::size_t>& places, double deviation) : m_places(places), m_deviation(deviation) {}
 
+    /// Counts a piece without drawing it.
+    void addArea(double area, const LitBy& by) { meshOf(by).addArea(area); }
+
     void add(const LitTriangle& piece, const LitBy& by) {
         Corners corners{piece[0].on.place, piece[1].on.place, piece[2].on.place};
-        meshOf(by).addArea(corners);
         while (!m_open.empty() && m_open.back().second == by) {
             const auto whole = united(m_open.back().first, corners, m_deviation);
             if (!whole) {
@@ -164,7 +167,7 @@ public:
         }
         const double share = std::min(1.0, static_cast<double>(mostTriangles) / static_cast<double>(all));
         for (RegionMesh& mesh : m_meshes) {
-            if (mesh.region().area < TOO_SMALL * shading.area) {
+            if (mesh.triangles() == 0 || mesh.region().area < TOO_SMALL * shading.area) {
                 mesh.moveUnseenTo(shading);
                 continue;
             }
@@ -231,7 +234,8 @@ void shade(SceneSurface& surface, const DisplayLights& display, const ScreenSamp
     Regions regions(display.places, DEVIATION * norm(core.size()));
     static_cast<void>(ScreenCoverage::of(
         screen, display.lights, extents,
-        [&](const LitTriangle& piece, const LitBy& by) {
+        [&](const LitTriangle& piece, double area, const LitBy& by) {
+            regions.addArea(area, by);
             if (isShown(piece, core, margin)) {
                 regions.add(piece, by);
             }

@@ -22,11 +22,30 @@ double partOf(const SceneShading& shading, IsWanted&& isWanted) {
     return shading.area > 0 ? area / shading.area : 0.0;
 }
 
-/// A tenth of a percent: finer than a picture shows.
-std::string partText(const std::string& what, double part) {
-    constexpr double TENTHS = 1000;
-    const double tenths = std::round(TENTHS * part);
-    return what + (tenths > 0 ? ", " + roundedText(tenths / 10) : ", below 0.1") + " % of the screen";
+/// The hundredths of a percent in a part, which the report of the coverage rounds to as well.
+long long hundredthsOf(double part) {
+    constexpr double HUNDREDTHS = 1e4;
+    return std::llround(HUNDREDTHS * part);
+}
+
+/// Decimals that percentages of these hundredths need: as many in every line of a legend.
+int decimalsOf(const std::vector<double>& parts) {
+    int decimals = 0;
+    for (const double part : parts) {
+        const long long hundredths = hundredthsOf(part);
+        decimals = std::max(decimals, hundredths % 100 == 0 ? 0 : hundredths % 10 == 0 ? 1 : 2);
+    }
+    return decimals;
+}
+
+void addParts(std::vector<ShadeEntry>& legend, const std::vector<double>& parts) {
+    const int decimals = decimalsOf(parts);
+    for (std::size_t i = 0; i < legend.size(); ++i) {
+        const auto hundredths = hundredthsOf(parts[i]);
+        const std::string percent =
+            hundredths > 0 ? fixedText(static_cast<double>(hundredths) / 100, decimals) : "below 0.01";
+        legend[i].text += ", " + percent + " % of the screen";
+    }
 }
 
 std::string countText(std::size_t count) {
@@ -41,25 +60,32 @@ std::string countText(std::size_t count) {
 
 std::vector<ShadeEntry> legendByCount(const SceneShading& shading) {
     std::vector<ShadeEntry> legend;
+    std::vector<double> parts;
     for (std::size_t count = 0; count <= MOST_COUNTED; ++count) {
         const double part = shading.partLitBy(count, count == MOST_COUNTED);
         if (part > 0) {
-            legend.push_back({{countColour(count)}, partText(countText(count), part)});
+            legend.push_back({{countColour(count)}, countText(count)});
+            parts.push_back(part);
         }
     }
+    addParts(legend, parts);
     return legend;
 }
 
 std::vector<ShadeEntry> legendByChannel(const SceneShading& shading, const std::vector<std::string>& names) {
     std::vector<ShadeEntry> legend;
+    std::vector<double> parts;
     if (const double dark = shading.partLitBy(0, false); dark > 0) {
-        legend.push_back({{countColour(0)}, partText(countText(0), dark)});
+        legend.push_back({{countColour(0)}, countText(0)});
+        parts.push_back(dark);
     }
     for (std::size_t channel = 0; channel < names.size(); ++channel) {
         if (const double part = shading.partLitByChannel(channel); part > 0) {
-            legend.push_back({{channelColour(channel)}, partText(names[channel], part)});
+            legend.push_back({{channelColour(channel)}, names[channel]});
+            parts.push_back(part);
         }
     }
+    addParts(legend, parts);
     return legend;
 }
 

@@ -16,8 +16,8 @@ struct ShadedRegion {
     using Triangle = std::array<std::uint32_t, 3>;
 
     std::vector<std::size_t> channels;  ///< that light it: places in `DisplayScene::channels`, ascending; empty: dark
-    double area = 0;                    ///< square native units along the surface, before it was thinned
-    std::vector<Triangle> triangles;    ///< indices into `SceneShading::vertices`; none where it is too small to see
+    double area = 0;                    ///< square native units along the surface, as the coverage reports it
+    std::vector<Triangle> triangles;    ///< indices into `SceneShading::vertices`; none where it is not seen
 };
 
 /// Which channels light which part of a surface, as the measurement of the coverage found it. World frame, native

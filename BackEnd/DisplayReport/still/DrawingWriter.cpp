@@ -20,7 +20,7 @@ constexpr SceneCollector::Limits PIXEL_LIMITS{60000, 8000, 40000, 20000};
 /// Of a file of shapes: a few megabytes at the most, so that an editor of drawings still opens it.
 constexpr SceneCollector::Limits SHAPE_LIMITS{3000, 1000, 10000, 10000};
 
-/// What Cairo and Pango take while they draw ends the process when they do not get it.
+/// What the drawing libraries take while they draw may end the process when they do not get it.
 void requireMemory(const PaintedDrawing& painted) {
     constexpr std::size_t BYTES_OF_PIXEL = 4;
     constexpr std::size_t BYTES_OF_PLACE = 256;

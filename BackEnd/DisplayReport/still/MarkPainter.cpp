@@ -44,19 +44,12 @@ Colour lineColour(const SceneMark& mark) {
 
 }  // namespace
 
-bool MarkPainter::Area::overlaps(const Area& other) const {
-    return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
-}
-
 MarkPainter::MarkPainter(const SceneCamera& camera, const SceneLegend& legend, double pixel)
     : m_camera(camera), m_legend(legend), m_pixel(pixel) {}
 
 void MarkPainter::addTo(Drawing& drawing, const DisplayScene& scene) {
-    m_taken.clear();
+    m_taken = TakenAreas(drawing);
     m_drawn.clear();
-    for (const Drawing::Text& text : drawing.texts) {
-        m_taken.push_back(areaOf(text));
-    }
     for (const SceneMark& mark : scene.marks) {
         addLine(drawing, mark);
     }
@@ -126,8 +119,8 @@ void MarkPainter::addLabel(Drawing& drawing, const SceneMark& mark) {
     const double width = StillLibrary::get().width(label, size) + 2 * around;
     const double height = (1 + BELOW) * size + 2 * around;
     const P2 place{(*placed)[0], (*placed)[1] + m_legend.sceneTop()};
-    const Area area = areaBeside(place, width, height);
-    m_taken.push_back(area);
+    const PaperArea area = areaBeside(place, width, height);
+    m_taken.add(area);
     drawing.boxes.push_back({area.left, area.top, width, height, PAPER});
     drawing.texts.push_back(
         {(area.left + area.right) / 2, area.top + around + size, label, size, mark.colour, Drawing::Anchor::MIDDLE});
@@ -141,18 +134,18 @@ void MarkPainter::addLabel(Drawing& drawing, const SceneMark& mark) {
     }
 }
 
-MarkPainter::Area MarkPainter::areaBeside(const P2& place, double width, double height) const {
+PaperArea MarkPainter::areaBeside(const P2& place, double width, double height) const {
     const auto at = [&](double angle, double away) {
         // From the place to the middle of the words, so that they begin that far away.
         const P2 middle{place[0] + std::cos(angle) * (away + width / 2),
                         place[1] - std::sin(angle) * (away + height / 2)};
-        return Area{middle[0] - width / 2, middle[1] - height / 2, middle[0] + width / 2, middle[1] + height / 2};
+        return PaperArea{middle[0] - width / 2, middle[1] - height / 2, middle[0] + width / 2, middle[1] + height / 2};
     };
     const double step = m_legend.letterSize();
-    std::optional<Area> overLines;
+    std::optional<PaperArea> overLines;
     for (int ring = 0; ring < RINGS; ++ring) {
         for (int i = 0; i < DIRECTIONS; ++i) {
-            const Area area = at(2 * std::numbers::pi * i / DIRECTIONS, 0.5 * step + ring * 1.5 * step);
+            const PaperArea area = at(2 * std::numbers::pi * i / DIRECTIONS, 0.5 * step + ring * 1.5 * step);
             if (isFree(area)) {
                 if (hidesNoLine(area)) {
                     return area;
@@ -164,25 +157,16 @@ MarkPainter::Area MarkPainter::areaBeside(const P2& place, double width, double 
     return overLines.value_or(at(0, step / 2));
 }
 
-bool MarkPainter::isFree(const Area& area) const {
+bool MarkPainter::isFree(const PaperArea& area) const {
     const double top = m_legend.sceneTop();
     return area.left >= 0 && area.right <= m_legend.sceneWidth() && area.top >= top &&
-           area.bottom <= top + m_legend.sceneHeight() &&
-           std::none_of(m_taken.begin(), m_taken.end(), [&](const Area& taken) { return taken.overlaps(area); });
+           area.bottom <= top + m_legend.sceneHeight() && m_taken.isFree(area);
 }
 
-bool MarkPainter::hidesNoLine(const Area& area) const {
+bool MarkPainter::hidesNoLine(const PaperArea& area) const {
     return std::none_of(m_drawn.begin(), m_drawn.end(), [&](const P2& place) {
         return place[0] > area.left && place[0] < area.right && place[1] > area.top && place[1] < area.bottom;
     });
-}
-
-MarkPainter::Area MarkPainter::areaOf(const Drawing::Text& text) {
-    const double width = StillLibrary::get().width(text.text, text.size);
-    const double left = text.anchor == Drawing::Anchor::LEFT     ? text.right
-                        : text.anchor == Drawing::Anchor::MIDDLE ? text.right - width / 2
-                                                                 : text.right - width;
-    return {left, text.down - text.size, left + width, text.down + BELOW * text.size};
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -2,6 +2,7 @@
 
 #include "Common/Point.h"
 #include "DisplayReport/still/Drawing.h"
+#include "DisplayReport/still/TakenAreas.h"
 
 #include <string>
 #include <vector>
@@ -23,16 +24,6 @@ public:
     void addTo(Drawing& drawing, const DisplayScene& scene);
 
 private:
-    /// What words cover, pixels.
-    struct Area {
-        double left = 0;
-        double top = 0;
-        double right = 0;
-        double bottom = 0;
-
-        [[nodiscard]] bool overlaps(const Area& other) const;
-    };
-
     void addLine(Drawing& drawing, const SceneMark& mark);
     /// Words are kept off this line of the drawing where there is room elsewhere.
     void keepInSight(const Point<double, 2>& from, const Point<double, 2>& to);
@@ -41,15 +32,14 @@ private:
     void addLabel(Drawing& drawing, const SceneMark& mark);
     /// The nearest area at a place that covers no words and no line; one that covers lines where there is no other; the
     /// one beside it where none is free of words.
-    [[nodiscard]] Area areaBeside(const Point<double, 2>& place, double width, double height) const;
-    [[nodiscard]] bool isFree(const Area& area) const;
-    [[nodiscard]] bool hidesNoLine(const Area& area) const;
-    static Area areaOf(const Drawing::Text& text);
+    [[nodiscard]] PaperArea areaBeside(const Point<double, 2>& place, double width, double height) const;
+    [[nodiscard]] bool isFree(const PaperArea& area) const;
+    [[nodiscard]] bool hidesNoLine(const PaperArea& area) const;
 
     const SceneCamera& m_camera;
     const SceneLegend& m_legend;
     double m_pixel;
-    std::vector<Area> m_taken;
+    TakenAreas m_taken;
     std::vector<Point<double, 2>> m_drawn;  ///< places along the lines, pixels
 };
 

@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <numbers>
+#include <utility>
 
 namespace Veltrani::DisplayReport {
 
@@ -35,25 +37,30 @@ constexpr double LONGEST_NAME = 14;
 
 }  // namespace
 
-bool PicturePainter::Area::overlaps(const Area& other) const {
-    return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
-}
-
 PicturePainter::PicturePainter(const DisplayScene& scene, const SceneCamera& camera, const SceneLegend& legend,
                                double pixel)
     : m_scene(scene), m_camera(camera), m_legend(legend), m_pixel(pixel) {}
 
 void PicturePainter::addTo(Drawing& drawing) {
-    m_taken.clear();
-    for (const Drawing::Text& text : drawing.texts) {
-        const double width = StillLibrary::get().width(text.text, text.size);
-        const double left = text.anchor == Drawing::Anchor::LEFT ? text.right : text.right - width / 2;
-        m_taken.push_back({left, text.down - text.size, left + width, text.down});
-    }
+    m_taken = TakenAreas(drawing);
     const NearnessMap nearest(drawing);
-    for (std::size_t number = 0; number < m_scene.channels.size(); ++number) {
+    for (const std::size_t number : smallestFirst()) {
         addChannel(drawing, nearest, number);
     }
+}
+
+std::vector<std::size_t> PicturePainter::smallestFirst() const {
+    std::vector<std::pair<double, std::size_t>> order;
+    for (std::size_t number = 0; number < m_scene.channels.size(); ++number) {
+        // Whole pixels: of pictures of one size the first is named first.
+        order.emplace_back(std::round(widthInPicture(m_scene.channels[number])), number);
+    }
+    std::sort(order.begin(), order.end());
+    std::vector<std::size_t> numbers;
+    for (const auto& [width, number] : order) {
+        numbers.push_back(number);
+    }
+    return numbers;
 }
 
 double PicturePainter::labelSize() const {
@@ -72,36 +79,55 @@ void PicturePainter::addChannel(Drawing& drawing, const NearnessMap& nearest, st
     const SceneChannel& channel = m_scene.channels[number];
     const std::string label = labelOf(channel, number);
     const double size = labelSize();
-    const double half = StillLibrary::get().width(label, size) / 2 + AROUND * size;
-    const auto areaAt = [&](const Drawing::Place& place) {
-        return Area{place[0] - half, place[1] - (0.5 + AROUND) * size, place[0] + half,
-                    place[1] + (0.5 + AROUND) * size};
-    };
-    std::optional<std::vector<Drawing::Place>> chosen;
-    for (const Way& way : waysOf(channel)) {
-        const std::vector<Drawing::Place> seen = shown(way, nearest);
-        if (seen.empty() || seen.front()[0] < half || seen.front()[0] > m_legend.sceneWidth() - half) {
-            continue;
-        }
-        const Area area = areaAt(seen.front());
-        const bool isFree =
-            std::none_of(m_taken.begin(), m_taken.end(), [&](const Area& taken) { return taken.overlaps(area); });
-        if (isFree || !chosen) {
-            chosen = seen;
-        }
-        if (isFree) {
-            break;
-        }
-    }
-    if (!chosen) {
+    const double width = StillLibrary::get().width(label, size) + 2 * AROUND * size;
+    const std::vector<Drawing::Place> way = chosen(channel, nearest, width);
+    if (way.empty()) {
         return;
     }
-    const Drawing::Place& place = chosen->front();
-    m_taken.push_back(areaAt(place));
+    const Drawing::Place& place = way.front();
+    m_taken.add(areaAt(place, width));
+    for (std::size_t i = 1; i < way.size(); ++i) {
+        m_taken.add(PaperArea::around(way[i - 1], way[i], THICK * m_pixel));
+    }
     const Colour dark = mixed(channel.colour, BLACK, DARKER);
-    addArrow(drawing, *chosen, dark);
+    addArrow(drawing, way, dark);
     drawing.texts.push_back(
         {place[0], place[1] + size / 2, label, size, mixed(dark, BLACK, DARKER), Drawing::Anchor::MIDDLE, true});
+}
+
+PaperArea PicturePainter::areaAt(const Drawing::Place& middle, double width) const {
+    const double half = (0.5 + AROUND) * labelSize();
+    return {middle[0] - width / 2, middle[1] - half, middle[0] + width / 2, middle[1] + half};
+}
+
+bool PicturePainter::isFree(const std::vector<Drawing::Place>& way) const {
+    for (std::size_t i = 1; i < way.size(); ++i) {
+        if (!m_taken.isFree(PaperArea::around(way[i - 1], way[i], THICK * m_pixel))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::vector<Drawing::Place> PicturePainter::chosen(const SceneChannel& channel, const NearnessMap& nearest,
+                                                   double width) const {
+    std::vector<Drawing::Place> best;
+    bool areWordsFree = false;
+    for (const Way& way : waysOf(channel)) {
+        const std::vector<Drawing::Place> seen = shown(way, nearest);
+        if (seen.empty() || seen.front()[0] < width / 2 || seen.front()[0] > m_legend.sceneWidth() - width / 2) {
+            continue;
+        }
+        const bool isFreeHere = m_taken.isFree(areaAt(seen.front(), width));
+        if (isFreeHere && isFree(seen)) {
+            return seen;
+        }
+        if (best.empty() || (isFreeHere && !areWordsFree)) {
+            best = seen;
+            areWordsFree = isFreeHere;
+        }
+    }
+    return best;
 }
 
 std::string PicturePainter::labelOf(const SceneChannel& channel, std::size_t number) const {
@@ -214,6 +240,30 @@ void PicturePainter::addArrow(Drawing& drawing, const std::vector<Drawing::Place
                                  tip[2]};
         drawing.lines.push_back({tip, end, colour, THICK * m_pixel});
     }
+}
+
+double targetSpacing(const SceneChannel& channel, const SceneCamera& camera, int step) {
+    std::map<std::pair<int, int>, Drawing::Place> places;
+    for (const GridTarget& target : channel.targets.grid) {
+        if (const auto place = camera.place(target.point)) {
+            places.emplace(std::pair(target.column, target.row), *place);
+        }
+    }
+    double least = std::numeric_limits<double>::infinity();
+    for (const auto& [across, down] : {std::pair(step, 0), std::pair(0, step)}) {
+        std::vector<double> distances;
+        for (const auto& [cell, place] : places) {
+            if (const auto next = places.find({cell.first + across, cell.second + down}); next != places.end()) {
+                distances.push_back(std::hypot(next->second[0] - place[0], next->second[1] - place[1]));
+            }
+        }
+        if (!distances.empty()) {
+            const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
+            std::nth_element(distances.begin(), middle, distances.end());
+            least = std::min(least, *middle);
+        }
+    }
+    return least;
 }
 
 }  // namespace Veltrani::DisplayReport

@@ -6,6 +6,7 @@
 #include "DisplayReport/still/StillLibrary.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace Veltrani::DisplayReport {
 
@@ -25,12 +26,18 @@ constexpr double SMALLER = 0.9;
 /// Width of the list of channels as a share of the picture's width: usual, and the most.
 constexpr double COLUMN_SHARE = 0.22;
 constexpr double MOST_SHARE = 0.5;
-/// Width of a column beside others, from line to line of channels, of what a channel states and with its counts, in
-/// heights of a capital letter.
+/// The same of a list with counts, and the smallest letters of its names in usual ones.
+constexpr double MOST_SHARE_WITH_FACTS = 0.36;
+constexpr double SMALLEST_WITH_FACTS = 0.7;
+/// Width of a column of names beside others, from line to line of channels and of what a channel states, and what a
+/// name with lines below it takes beside these, in heights of a capital letter.
 constexpr double COLUMN = 11;
 constexpr double LINE = 2.1;
 constexpr double FACT_LINE = 1.5;
-constexpr double WITH_COUNTS = 4.6;
+constexpr double WITH_NAME = 3.1;
+constexpr double FIRST_FACT = 1.7;
+/// The most lines of a remark.
+constexpr std::size_t MOST_REMARK_LINES = 3;
 /// From the left edge of a column to the names, and radius of the discs with the numbers, in the same.
 constexpr double NAME = 3.2;
 constexpr double DISC = 0.95;
@@ -53,6 +60,21 @@ std::string countsOf(const SceneChannel& channel) {
         return "outline alone, " + std::to_string(channel.samples) + " samples";
     }
     return std::to_string(channel.placed) + " targets, " + std::to_string(targets.gridMissed) + " missed";
+}
+
+/// Words in lines that are no longer than that; the last one is cut where there are too many.
+std::vector<std::string> wrapped(const std::string& text, double room, std::size_t mostLines) {
+    std::vector<std::string> lines;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        const bool isLast = lines.size() == mostLines;
+        if (!lines.empty() && (isLast || StillLibrary::get().width(lines.back() + " " + word, 1) <= room)) {
+            lines.back() += " " + word;
+        } else {
+            lines.push_back(word);
+        }
+    }
+    return lines;
 }
 
 std::vector<ShadeEntry> shadesOf(const DisplayScene& scene) {
@@ -85,6 +107,7 @@ SceneLegend::SceneLegend(int width, int height, const DisplayScene& scene)
       m_width(width),
       m_height(height),
       m_size(std::max(SMALLEST_LETTER, LETTER_SHARE * height)),
+      m_countsWidth(widthOfCounts()),
       m_shades(shadesOf(scene)),
       m_list(list()) {}
 
@@ -92,39 +115,58 @@ std::string SceneLegend::fitting(const std::string& text, double length, double 
     return StillLibrary::get().fitting(shortened(drawableText(text), LONGEST), size, length);
 }
 
-SceneLegend::List SceneLegend::listOf(double size, std::size_t columns, bool hasFacts) const {
-    std::size_t facts = 0;
+double SceneLegend::widthOfCounts() const {
+    double width = 0;
     for (const SceneChannel& channel : m_scene.channels) {
-        facts = std::max(facts, channel.facts.size());
+        width = std::max(width, SMALL * StillLibrary::get().width(countsOf(channel), 1));
     }
+    return width;
+}
+
+SceneLegend::List SceneLegend::listOf(double size, std::size_t columns, bool hasFacts) const {
     List list;
     list.size = size;
-    list.row = (hasFacts ? WITH_COUNTS + FACT_LINE * static_cast<double>(facts) : LINE) * size;
     list.columns = columns;
-    const double usual = COLUMN_SHARE * m_width;
-    list.width = columns == 1 ? usual : std::max(usual, static_cast<double>(columns) * COLUMN * size);
-    list.column = list.width / static_cast<double>(columns);
     list.hasFacts = hasFacts;
-    const double below = LAST + (hasFacts ? FACT_LINE * static_cast<double>(facts) : 0);
+    const double usual = COLUMN_SHARE * m_width;
+    const double least = (hasFacts ? NAME + m_countsWidth + 1 : COLUMN) * size;
+    list.width = columns == 1 ? usual : std::max(usual, static_cast<double>(columns) * least);
+    list.column = list.width / static_cast<double>(columns);
+    std::size_t facts = 0;
+    if (hasFacts) {
+        for (const SceneChannel& channel : m_scene.channels) {
+            facts = std::max(facts, factsOf(channel, list.factRoom()).size());
+        }
+    }
+    const double ofFacts = FACT_LINE * static_cast<double>(facts);
+    list.row = (hasFacts ? WITH_NAME + ofFacts : LINE) * size;
+    const double below = LAST * m_size + ofFacts * size;
     list.rows =
-        1 + static_cast<std::size_t>(std::max(0.0, (m_height - shadesHeight() - (FIRST + below) * m_size) / list.row));
+        1 + static_cast<std::size_t>(std::max(0.0, (m_height - shadesHeight() - FIRST * m_size - below) / list.row));
     return list;
 }
 
+double SceneLegend::List::factRoom() const {
+    return (column / size - NAME - 0.5) / SMALL;
+}
+
 SceneLegend::List SceneLegend::list() const {
-    List best = listOf(m_size, 1, true);
-    if (best.room() >= m_scene.channels.size()) {
-        return best;
-    }
-    for (double size = m_size;; size = std::max(SMALLEST_LETTER, SMALLER * size)) {
-        const auto most = static_cast<std::size_t>(std::max(1.0, MOST_SHARE * m_width / (COLUMN * size)));
+    const List full = listWith(true, std::max(SMALLEST_LETTER, SMALLEST_WITH_FACTS * m_size), MOST_SHARE_WITH_FACTS);
+    return full.room() >= m_scene.channels.size() ? full : listWith(false, SMALLEST_LETTER, MOST_SHARE);
+}
+
+SceneLegend::List SceneLegend::listWith(bool hasFacts, double smallest, double mostWidth) const {
+    const double perLetter = hasFacts ? NAME + m_countsWidth + 1 : COLUMN;
+    for (double size = m_size;; size = std::max(smallest, SMALLER * size)) {
+        const auto most = static_cast<std::size_t>(std::max(1.0, mostWidth * m_width / (perLetter * size)));
+        List best;
         for (std::size_t columns = 1; columns <= most; ++columns) {
-            best = listOf(size, columns, false);
+            best = listOf(size, columns, hasFacts);
             if (best.room() >= m_scene.channels.size()) {
                 return best;
             }
         }
-        if (size <= SMALLEST_LETTER) {
+        if (size <= smallest) {
             return best;
         }
     }
@@ -196,17 +238,29 @@ void SceneLegend::addChannel(Drawing& drawing, std::size_t number, double left, 
     }
 }
 
+std::vector<SceneLegend::Fact> SceneLegend::factsOf(const SceneChannel& channel, double room) const {
+    const ChannelTargets& targets = channel.targets;
+    std::vector<Fact> facts;
+    if (targets.fault.empty()) {
+        facts.push_back({countsOf(channel), PALE_INK});
+    } else {
+        facts.push_back({targets.fault, FAULT_INK});
+    }
+    for (const std::string& line : wrapped(drawableText(targets.remark), room, MOST_REMARK_LINES)) {
+        facts.push_back({line, PALE_INK});
+    }
+    for (const std::string& fact : channel.facts) {
+        facts.push_back({fact, INK});
+    }
+    return facts;
+}
+
 void SceneLegend::addFacts(Drawing& drawing, const SceneChannel& channel, double left, double down, double room) const {
     const double small = SMALL * m_list.size;
-    const bool isFaulty = !channel.targets.fault.empty();
-    const auto add = [&](const std::string& text, double line, const Colour& ink) {
-        drawing.texts.push_back(
-            {left, down + line * m_list.size, fitting(text, room, small), small, ink, Drawing::Anchor::LEFT});
-    };
-    constexpr double FIRST_LINE = 1.7;
-    add(isFaulty ? channel.targets.fault : countsOf(channel), FIRST_LINE, isFaulty ? FAULT_INK : PALE_INK);
-    for (std::size_t fact = 0; fact < channel.facts.size(); ++fact) {
-        add(channel.facts[fact], FIRST_LINE + FACT_LINE * static_cast<double>(fact + 1), INK);
+    double line = down + FIRST_FACT * m_list.size;
+    for (const Fact& fact : factsOf(channel, m_list.factRoom())) {
+        drawing.texts.push_back({left, line, fitting(fact.text, room, small), small, fact.ink, Drawing::Anchor::LEFT});
+        line += FACT_LINE * m_list.size;
     }
 }
 

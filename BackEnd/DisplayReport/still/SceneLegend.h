@@ -16,7 +16,8 @@ struct SceneChannel;
 /// mean, and the first notes.
 ///
 /// Channels are numbered by their places in the configuration, from 1, since there are more of them than colours. Where
-/// they do not all fit with their counts, they stand with their names alone, then smaller and in several columns.
+/// they do not all fit with their counts below each other, they stand in several columns, then smaller, then with their
+/// names alone.
 class SceneLegend {
 public:
     /// @param width, height of the whole picture, pixels
@@ -43,13 +44,27 @@ private:
         double width = 0;   ///< of all columns
         std::size_t rows = 0;
         std::size_t columns = 1;
-        bool hasFacts = true;  ///< counts, and what else channels state
+        bool hasFacts = true;  ///< counts, remarks, and what else channels state
 
         [[nodiscard]] std::size_t room() const { return rows * columns; }
+        /// For a line below a name, in heights of its letters.
+        [[nodiscard]] double factRoom() const;
+    };
+
+    /// A line below the name of a channel.
+    struct Fact {
+        std::string text;
+        Colour ink;
     };
 
     [[nodiscard]] List list() const;
+    /// The first list of that kind that holds all channels; one of the smallest letters where none does.
+    [[nodiscard]] List listWith(bool hasFacts, double smallest, double mostWidth) const;
     [[nodiscard]] List listOf(double size, std::size_t columns, bool hasFacts) const;
+    /// @param room for a line, in heights of its letters
+    [[nodiscard]] std::vector<Fact> factsOf(const SceneChannel& channel, double room) const;
+    /// The longest counts, in heights of a capital letter of the names.
+    [[nodiscard]] double widthOfCounts() const;
     void addChannels(Drawing& drawing) const;
     void addChannel(Drawing& drawing, std::size_t number, double left, double down) const;
     void addFacts(Drawing& drawing, const SceneChannel& channel, double left, double down, double room) const;
@@ -62,6 +77,7 @@ private:
     double m_width;
     double m_height;
     double m_size;
+    double m_countsWidth;
     std::vector<ShadeEntry> m_shades;
     List m_list;
 };

@@ -47,6 +47,9 @@ constexpr double PICTURE_OPACITY = 0.42;
 constexpr double THIN = 1.1;
 constexpr double THICK = 2.2;
 constexpr double DOT = 2.6;
+constexpr double SMALLEST_DOT = 0.5;
+/// The most that the radius of a dot is of the distance to the next one.
+constexpr double CLOSE = 0.17;
 constexpr double CLOUD_DOT = 0.8;
 constexpr double PLACE_DOT = 5;
 constexpr double REFERENCE_HEIGHT = 1000;
@@ -191,14 +194,14 @@ private:
 
     void addScreenTriangle(const P3& a, const P3& b, const P3& c, const Colour& colour) {
         const P3 normal = cross(b - a, c - a);
-        const P3 towardsCamera = m_camera.position() - a;
-        const double length = norm(normal) * norm(towardsCamera);
+        const double length = norm(normal);
         if (!(length > 0)) {
             return;
         }
         const double opacity = isSeenByAudience(a, normal) ? frontOpacity() : BEHIND_OPACITY;
         // What shines through is of one colour and painted at once, since seams would show.
-        const double facing = opacity < 1 ? 1 : std::abs(dot(normal, towardsCamera)) / length;
+        // One direction for all of it: a flat wall is of one shade.
+        const double facing = opacity < 1 ? 1 : std::abs(dot(normal, m_camera.direction())) / length;
         const double step = std::round(LIGHT_STEPS * facing) / LIGHT_STEPS;
         addTriangle(a, b, c, mixed(BLACK, colour, LEAST_LIGHT + (1 - LEAST_LIGHT) * step), opacity);
     }
@@ -233,10 +236,9 @@ private:
     }
 
     void addTargets(const SceneChannel& channel) {
-        // Dense grids get smaller dots, so that the spaces between them stay.
-        constexpr double DENSE = 40;
+        // Where targets stand close together dots are smaller, so that the shades between them are seen.
         const double size =
-            DOT * std::min(1.0, DENSE * m_scene.targetStep / std::max(m_scene.plan.columns, m_scene.plan.rows));
+            std::clamp(CLOSE * targetSpacing(channel, m_camera, m_scene.targetStep) / m_pixel, SMALLEST_DOT, DOT);
         const Colour dark = mixed(channel.colour, BLACK, 0.25);
         addLoop(channel.targets.boundary, channel.beyond, dark, THICK);
         if (!m_scene.marks.empty()) {

@@ -7,11 +7,12 @@ namespace Veltrani::DisplayReport {
 
 struct PaintedDrawing;
 
-/// What is done by Cairo and Pango, opened with the first still: they bring some forty shared libraries into the
+/// What is done by the drawing libraries, opened with the first still: they bring other shared libraries into the
 /// process, which no other command needs. The code that calls them is in a module of its own beside the libraries.
 ///
 /// Texts are set in the fonts that the product names and in no other, without regard to the language and the font
-/// configuration of the user, so that equal drawings give equal bytes. Pango looks for fonts in threads of its own.
+/// configuration of the user, so that equal drawings give equal bytes. No thread is started, and the font configuration
+/// of the process stays as it is.
 ///
 /// Texts are UTF-8 without control characters (`onOneLine`).
 class StillLibrary {

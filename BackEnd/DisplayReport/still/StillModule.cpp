@@ -1,4 +1,4 @@
-// The module that is opened with the first still: every call to Cairo and Pango.
+// The module that is opened with the first still: every call to Cairo.
 #include "DisplayReport/still/PaintedDrawing.h"
 #include "DisplayReport/still/StillLibrary.h"
 #include "DisplayReport/still/TextSetter.h"
@@ -6,7 +6,6 @@
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
 #include <cairo.h>
-#include <pango/pangocairo.h>
 
 #include <algorithm>
 #include <array>
@@ -48,11 +47,31 @@ void require(cairo_status_t status) {
     }
 }
 
+/// The left end of a text of that width.
+double leftOf(const Drawing::Text& text, double width) {
+    switch (text.anchor) {
+        case Drawing::Anchor::LEFT:
+            return text.right;
+        case Drawing::Anchor::MIDDLE:
+            return text.right - width / 2;
+        case Drawing::Anchor::RIGHT:
+            return text.right - width;
+    }
+    return text.right;
+}
+
 /// Draws on a surface.
 class Painter {
 public:
-    Painter(const TextSetter& setter, cairo_surface_t* surface)
-        : m_pen(cairo_create(surface)), m_context(setter.contextFor(m_pen.get())) {}
+    Painter(const TextSetter& setter, cairo_surface_t* surface) : m_setter(setter), m_pen(cairo_create(surface)) {
+        // Letters stand and look the same on every surface, and at every size.
+        const std::unique_ptr<cairo_font_options_t, Release<cairo_font_options_destroy>> options(
+            cairo_font_options_create());
+        cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
+        cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
+        cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
+        cairo_set_font_options(m_pen.get(), options.get());
+    }
 
     void paint(const PaintedDrawing& drawing) {
         setColour({255, 255, 255}, 1);
@@ -117,27 +136,21 @@ private:
     }
 
     void paint(const Drawing::Text& text) {
-        const auto layout = TextSetter::layout(m_context.get(), text.text, text.size);
-        const double width = TextSetter::widthOf(layout.get());
-        const double shift = text.anchor == Drawing::Anchor::LEFT     ? 0
-                             : text.anchor == Drawing::Anchor::MIDDLE ? width / 2
-                                                                      : width;
-        PangoLayoutLine* const line = pango_layout_get_line_readonly(layout.get(), 0);
-        cairo_move_to(m_pen.get(), text.right - shift, text.down);
+        const SetLine line = m_setter.set(text.text);
+        const double left = leftOf(text, text.size * line.width);
+        cairo_new_path(m_pen.get());
         if (text.hasHalo) {
-            pango_cairo_layout_line_path(m_pen.get(), line);
+            TextSetter::addOutlines(m_pen.get(), line, left, text.down, text.size);
             setColour({255, 255, 255}, HALO_OPACITY);
             cairo_set_line_width(m_pen.get(), HALO * text.size);
             cairo_stroke(m_pen.get());
-            cairo_move_to(m_pen.get(), text.right - shift, text.down);
         }
         setColour(text.colour, 1);
-        pango_cairo_show_layout_line(m_pen.get(), line);
-        cairo_new_path(m_pen.get());
+        TextSetter::show(m_pen.get(), line, text.text, left, text.down, text.size);
     }
 
+    const TextSetter& m_setter;
     Pen m_pen;
-    Object<PangoContext> m_context;
 };
 
 cairo_status_t writeTo(void* stream, const unsigned char* bytes, unsigned int count) {
@@ -192,14 +205,11 @@ std::string escaped(const std::string& text) {
 
 /// Texts without ink over their letters, which are outlines: for searching, copying and reading aloud.
 std::string textLayer(const TextSetter& setter, const PaintedDrawing& drawing) {
-    std::string layer = "<g fill-opacity=\"0\" font-family=\"" + std::string(TextSetter::FAMILY) + ", sans-serif\">\n";
+    std::string layer = "<g fill-opacity=\"0\" font-family=\"" + std::string(FontSet::FAMILY) + ", sans-serif\">\n";
     for (const Drawing::Text& text : drawing.texts) {
-        const double width = setter.width(text.text, text.size);
-        const double shift = text.anchor == Drawing::Anchor::LEFT     ? 0
-                             : text.anchor == Drawing::Anchor::MIDDLE ? width / 2
-                                                                      : width;
-        layer += "<text x=\"" + number(text.right - shift) + "\" y=\"" + number(text.down) + "\" font-size=\"" +
-                 number(text.size / TextSetter::CAPITAL_SHARE) + "\" textLength=\"" + number(width) + "\">" +
+        const double width = text.size * setter.set(text.text).width;
+        layer += "<text x=\"" + number(leftOf(text, width)) + "\" y=\"" + number(text.down) + "\" font-size=\"" +
+                 number(text.size / FontSet::CAPITAL_SHARE) + "\" textLength=\"" + number(width) + "\">" +
                  escaped(text.text) + "</text>\n";
     }
     return layer + "</g>\n";
@@ -250,19 +260,19 @@ void writePdf(const TextSetter& setter, const PaintedDrawing& drawing, std::ostr
 class Module : public StillLibrary {
 public:
     [[nodiscard]] double width(const std::string& utf8, double size) const override {
-        return m_setter.width(utf8, size);
+        return size * m_setter.set(utf8).width;
     }
 
-    [[nodiscard]] std::string fitting(const std::string& utf8, double size, double width) const override {
-        if (m_setter.width(utf8, size) <= width) {
+    [[nodiscard]] std::string fitting(const std::string& utf8, double size, double room) const override {
+        const SetLine line = m_setter.set(utf8);
+        if (size * line.width <= room) {
             return utf8;
         }
         static const std::string REST = "...";
-        const std::vector<std::size_t> cuts = m_setter.cuts(utf8, size);
-        const auto tooLong = std::partition_point(cuts.begin(), cuts.end(), [&](std::size_t cut) {
-            return m_setter.width(utf8.substr(0, cut) + REST, size) <= width;
+        const auto tooLong = std::partition_point(line.cuts.begin(), line.cuts.end(), [&](std::size_t cut) {
+            return width(utf8.substr(0, cut) + REST, size) <= room;
         });
-        return tooLong == cuts.begin() ? REST : utf8.substr(0, *(tooLong - 1)) + REST;
+        return tooLong == line.cuts.begin() ? REST : utf8.substr(0, *(tooLong - 1)) + REST;
     }
 
     void write(const PaintedDrawing& drawing, Format format, std::ostream& out) const override {

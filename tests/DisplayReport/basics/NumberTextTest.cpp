@@ -11,6 +11,7 @@
 namespace {
 
 using Veltrani::DisplayReport::exactText;
+using Veltrani::DisplayReport::fixedText;
 using Veltrani::DisplayReport::roundedText;
 using Veltrani::DisplayReport::significantText;
 
@@ -50,6 +51,13 @@ TEST(RoundedText, HasAtMostThreeDecimals) {
 
 TEST(RoundedText, HoldsTheLargestNumber) {
     EXPECT_EQ(roundedText(std::numeric_limits<double>::max()).size(), 309U);
+}
+
+TEST(FixedText, HasAsManyDecimalsAsRequested) {
+    EXPECT_EQ(fixedText(68, 2), "68.00");
+    EXPECT_EQ(fixedText(30.58, 2), "30.58");
+    EXPECT_EQ(fixedText(-0.26, 1), "-0.3");
+    EXPECT_EQ(fixedText(1234567.5, 0), "1234568");
 }
 
 TEST(NumberText, DoesNotAskTheLocale) {

@@ -205,9 +205,10 @@ TEST_F(ScreenCoverageTest, HandsOutEveryPieceAndTellsItsProgress) {
     load(displays::FLAT, displays::projector("A", "<ScreenArea left='0' right='0.5' bottom='0' top='1'/>"));
     double lit = 0;
     std::size_t last = 0;
-    const auto take = [&lit](const LitTriangle& piece, const LitBy& by) {
+    const auto take = [&lit](const LitTriangle& piece, double area, const LitBy& by) {
         const P3 normal = cross(piece[1].on.place - piece[0].on.place, piece[2].on.place - piece[0].on.place);
-        lit += by.any() ? norm(normal) / 2 : 0.0;
+        EXPECT_NEAR(area, norm(normal) / 2, 1e-12) << "the wall is flat";
+        lit += by.any() ? area : 0.0;
     };
     const auto progress = [&last](std::size_t done, std::size_t total) {
         EXPECT_GE(done, last);
@@ -382,7 +383,7 @@ TEST_F(ScreenCoverageTest, SliversFallIntoPiecesAsTheyAreLong) {
     const Lights all = lights();
     std::size_t pieces = 0;
     const ScreenCoverage coverage = ScreenCoverage::of(ScreenSampling(surface()), all, {LandingExtent::of(*all[0])},
-                                                       [&pieces](const auto&, const auto&) { ++pieces; });
+                                                       [&pieces](const auto&, double, const auto&) { ++pieces; });
     expectArea(coverage.area, 9 * m_pi);
     expectArea(coverage.sharedBy[0][0], 100 * std::tan(radians(17)) * std::tan(radians(11)));
     expectArea(coverage.partShared[0][0], 1);

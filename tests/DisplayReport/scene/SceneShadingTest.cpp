@@ -11,7 +11,7 @@ using testing::ElementsAre;
 /// Ten square metres: four dark, three of the first channel, two of both, one of three channels.
 SceneShading shading() {
     SceneShading shading;
-    shading.regions = {{{}, 4, {}}, {{0}, 3, {}}, {{0, 1}, 2, {}}, {{0, 1, 2}, 0.9995, {}}, {{0, 1, 2, 3}, 0.0005, {}}};
+    shading.regions = {{{}, 4, {}}, {{0}, 3, {}}, {{0, 1}, 2, {}}, {{0, 1, 2}, 0.9996, {}}, {{0, 1, 2, 3}, 0.0004, {}}};
     shading.area = 10;
     return shading;
 }
@@ -45,7 +45,22 @@ TEST(SceneShading, TheLegendHoldsWhatOccursWithItsPart) {
                             "2 projectors, 20 % of the screen", "3 and more projectors, 10 % of the screen"));
     EXPECT_THAT(textsOf(legendOf(shading(), ShadeBy::CHANNEL, {"A", "B", "C", "D", "E"})),
                 ElementsAre("no projector, 40 % of the screen", "A, 60 % of the screen", "B, 30 % of the screen",
-                            "C, 10 % of the screen", "D, below 0.1 % of the screen"));
+                            "C, 10 % of the screen", "D, below 0.01 % of the screen"));
+}
+
+TEST(SceneShading, EveryLineOfALegendHasAsManyDecimals) {
+    SceneShading shading;
+    shading.regions = {{{}, 0.15, {}}, {{0}, 31.85, {}}, {{1}, 68, {}}};
+    shading.area = 100;
+    EXPECT_THAT(textsOf(legendOf(shading, ShadeBy::COUNT, {})),
+                ElementsAre("no projector, 0.15 % of the screen", "1 projector, 99.85 % of the screen"));
+    EXPECT_THAT(
+        textsOf(legendOf(shading, ShadeBy::CHANNEL, {"A", "B"})),
+        ElementsAre("no projector, 0.15 % of the screen", "A, 31.85 % of the screen", "B, 68.00 % of the screen"));
+    shading.regions = {{{}, 12.5, {}}, {{0}, 62.5, {}}, {{1}, 25, {}}};
+    EXPECT_THAT(
+        textsOf(legendOf(shading, ShadeBy::CHANNEL, {"A", "B"})),
+        ElementsAre("no projector, 12.5 % of the screen", "A, 62.5 % of the screen", "B, 25.0 % of the screen"));
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "DisplayReport/still/PicturePainter.h"
 
+#include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/still/ScenePainter.h"
+#include "DisplayReport/still/TakenAreas.h"
 #include "Scenes.h"
 
 #include <gmock/gmock.h>
@@ -81,6 +83,43 @@ TEST(PicturePainter, PicturesThatOverlapKeepTheirNamesApart) {
             EXPECT_TRUE(std::abs(names[a].right - names[b].right) > 30 || std::abs(names[a].down - names[b].down) > 9);
         }
     }
+}
+
+TEST(PicturePainter, ThePictureInsideAnotherOneChoosesFirstAndNoNameHidesAnArrow) {
+    DisplayScene scene = wholeWall();
+    scene.channels.push_back(scene.channels[0]);
+    SceneChannel& inset = scene.channels[1];
+    inset.colour = channelColour(1);
+    for (GridTarget& target : inset.targets.grid) {
+        target.point = P3{0.4 * target.point[0], 5, 0.4 * target.point[2]};
+    }
+    for (P3& point : inset.targets.boundary) {
+        point = P3{0.4 * point[0], 5, 0.4 * point[2]};
+    }
+    const Drawing drawing = ScenePainter("front", 1000, 600).paint(scene);
+    const auto names = namesIn(drawing);
+    ASSERT_EQ(names.size(), 2U);
+    EXPECT_EQ(names[0].text, "2 Left");
+    EXPECT_EQ(names[1].text, "1 Left");
+    std::size_t arrows = 0;
+    for (const Drawing::Line& line : drawing.lines) {
+        for (std::size_t channel = 0; channel < 2; ++channel) {
+            if (line.colour == mixed(scene.channels[channel].colour, {0, 0, 0}, 0.5)) {
+                ++arrows;
+                EXPECT_FALSE(PaperArea::around(line.from, line.to, 0).overlaps(PaperArea::of(names[channel])));
+            }
+        }
+    }
+    EXPECT_GE(arrows, 6U) << "two shafts and both sides of two heads";
+}
+
+TEST(PicturePainter, TargetsAreAsFarApartAsTheirNarrowSide) {
+    const DisplayScene scene = wholeWall();
+    const SceneCamera camera(scene, "front", 1000, 600);
+    const auto across = (*camera.place({1, 5, 0}))[0] - (*camera.place({0, 5, 0}))[0];
+    EXPECT_NEAR(targetSpacing(scene.channels[0], camera, 1), across / 2, 0.05 * across) << "rows, half as far apart";
+    EXPECT_TRUE(std::isinf(targetSpacing(scene.channels[0], camera, 7))) << "no neighbours";
+    EXPECT_TRUE(std::isinf(targetSpacing(SceneChannel(), camera, 1)));
 }
 
 TEST(PicturePainter, ANarrowPictureHasItsNumberAlone) {

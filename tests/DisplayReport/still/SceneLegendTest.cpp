@@ -1,5 +1,6 @@
 #include "DisplayReport/still/SceneLegend.h"
 
+#include "DisplayReport/still/StillLibrary.h"
 #include "Scenes.h"
 
 #include <gmock/gmock.h>
@@ -98,6 +99,49 @@ TEST(SceneLegend, HoldsAllChannelsHoweverManyThereAre) {
     }
 }
 
+TEST(SceneLegend, TwoDozenChannelsHaveTheirCountsInTwoColumns) {
+    const DisplayScene scene = manyChannels(24);
+    Drawing drawing;
+    const SceneLegend legend(1600, 1000, scene);
+    legend.addTo(drawing);
+    std::set<double> columns;
+    std::size_t counts = 0;
+    for (const Drawing::Text& text : drawing.texts) {
+        if (text.text == "4 targets, 0 missed") {
+            ++counts;
+            columns.insert(text.right);
+            EXPECT_LT(text.right + StillLibrary::get().width(text.text, text.size), 1600);
+        }
+    }
+    EXPECT_EQ(counts, 24U) << "none is cut";
+    EXPECT_EQ(columns.size(), 2U);
+    EXPECT_GE(legend.sceneWidth(), 0.6 * 1600) << "the scene keeps its room";
+}
+
+TEST(SceneLegend, ARemarkOnTheTargetsStandsBelowTheirCountsInWholeWords) {
+    DisplayScene scene = manyChannels(3);
+    const std::string remark = "its projection model offers no grid: its targets were placed through its layout map";
+    scene.channels[1].targets.remark = remark;
+    Drawing drawing;
+    SceneLegend(1600, 1000, scene).addTo(drawing);
+    const auto below = [&](const std::string& name) {
+        return std::find_if(drawing.texts.begin(), drawing.texts.end(),
+                            [&](const auto& text) { return text.text == name; });
+    };
+    const auto name = below("N2");
+    ASSERT_NE(name, drawing.texts.end());
+    const auto next = below("N3");
+    std::string read;
+    for (auto line = name + 2; line != drawing.texts.end() && line->right == name->right && line->text != "N3";
+         ++line) {
+        EXPECT_GT(line->down, (line - 1)->down);
+        EXPECT_LT(line->down, next->down);
+        EXPECT_LE(line->right + StillLibrary::get().width(line->text, line->size), 1600);
+        read += (read.empty() ? "" : " ") + line->text;
+    }
+    EXPECT_EQ(read, remark);
+}
+
 TEST(SceneLegend, ChannelsThatHaveNoRoomAtAllAreCounted) {
     const DisplayScene scene = manyChannels(2000);
     const auto texts = textsOf(scene, 800, 500);
@@ -132,7 +176,7 @@ TEST(SceneLegend, StatesWhatTheShadesMeanBelowTheChannels) {
         lowest = std::max(lowest, textAt(channel.targets.name)->down);
     }
     for (const auto& [text, colour] : {std::pair("no projector, 12.5 % of the screen", countColour(0)),
-                                       std::pair("1 projector, 25 % of the screen", countColour(1)),
+                                       std::pair("1 projector, 25.0 % of the screen", countColour(1)),
                                        std::pair("3 and more projectors, 62.5 % of the screen", countColour(3))}) {
         const auto entry = textAt(text);
         ASSERT_NE(entry, drawing.texts.end()) << text;

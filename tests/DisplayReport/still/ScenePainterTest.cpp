@@ -212,4 +212,47 @@ TEST(ScenePainter, NothingIsDrawnThatIsNoPlace) {
     }
 }
 
+TEST(ScenePainter, AFlatScreenIsOfOneShade) {
+    DisplayScene scene = scenes::wall();
+    SceneSurface& surface = scene.surfaces[0];
+    surface.vertices.clear();
+    surface.triangles.clear();
+    for (std::uint32_t i = 0; i < 40; ++i) {
+        const double left = -2 + 0.1 * i;
+        surface.vertices.insert(surface.vertices.end(), {{left, 5, -1}, {left + 0.1, 5, -1}, {left + 0.1, 5, 1}});
+        surface.triangles.push_back({3 * i, 3 * i + 1, 3 * i + 2});
+    }
+    const Drawing drawing = ScenePainter("home", 1000, 600).paint(scene);
+    std::vector<Drawing::Triangle> opaque;
+    std::copy_if(drawing.triangles.begin(), drawing.triangles.end(), std::back_inserter(opaque),
+                 [](const Drawing::Triangle& triangle) { return triangle.opacity == 1; });
+    ASSERT_EQ(opaque.size(), 40U);
+    for (const Drawing::Triangle& triangle : opaque) {
+        EXPECT_EQ(triangle.colour, opaque.front().colour);
+    }
+}
+
+// What lights a small picture is seen between its targets.
+TEST(ScenePainter, TargetsThatStandCloseTogetherHaveSmallerDots) {
+    const auto radiusOf = [](double share) {
+        DisplayScene scene = scenes::wall();
+        scene.channels[0].targets.grid.clear();
+        for (int column = 0; column < 16; ++column) {
+            for (int row = 0; row < 10; ++row) {
+                scene.channels[0].targets.grid.push_back(
+                    {column, row, {}, {share * (column / 7.5 - 1), 5, share * (row / 9.0 - 0.5)}});
+            }
+        }
+        const Drawing drawing = ScenePainter("front", 1600, 1000).paint(scene);
+        const auto dot = std::find_if(drawing.discs.begin(), drawing.discs.end(), [&](const Drawing::Disc& disc) {
+            return disc.colour == mixed(scene.channels[0].colour, {0, 0, 0}, 0.25);
+        });
+        EXPECT_NE(dot, drawing.discs.end());
+        return dot == drawing.discs.end() ? 0 : dot->radius;
+    };
+    EXPECT_NEAR(radiusOf(1), 2.6, 1e-9) << "there is room";
+    EXPECT_LT(radiusOf(0.1), 1.3);
+    EXPECT_GE(radiusOf(0.001), 0.5) << "they are still seen";
+}
+
 }  // namespace
