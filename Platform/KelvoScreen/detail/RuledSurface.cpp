@@ -21,8 +21,7 @@ namespace {
 constexpr double CONTINUATION = 1e6;
 /// The error of a point of a patch, in units of ROUNDING: it takes more operations than those of the other shapes.
 constexpr double PATCH_ROUNDING = 4 * ROUNDING;
-/// Two neighbours that meet the ray this near to each other, in units of the uncertainty of each, meet it on the ruling
-/// that they have in common.
+/// Meetings this near to each other, in units of the uncertainty of each, are one on the ruling or edge between them.
 constexpr double SAME = 4;
 /// A patch that is this many times further from a point than a touching one does not touch it, whatever was rounded.
 constexpr double FAR_FROM_OTHERS = 4;
@@ -95,8 +94,8 @@ private:
         return i < m_hits.size();
     }
 
-    /// Returns true for a meeting on the ruling that two patches have in common, when the other one has reported it, and
-    /// on an edge, where the line may meet the continuation of the patch once more: moved onto it, both are the same.
+    /// Returns true for a meeting on the ruling of two patches that the other one has reported, or on an edge, where
+    /// the line may meet the continuation of the patch once more: moved onto it, both are the same.
     [[nodiscard]] bool isRepeated(std::size_t patch, const PatchMeeting& meeting, double cosine) const {
         const bool isLast = patch + 1 == m_surface.m_patches.size();
         const bool isOnEdge = meeting.place.isAtEnd() || m_previous.meetings[0].place.isAtEnd();
