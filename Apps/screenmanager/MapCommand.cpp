@@ -57,7 +57,7 @@ struct Options : CommandOptions {
 
 /// Of tables of points, or with --grid of the whole picture.
 OutputFormats formatsOf(const Options& options) {
-    return options.grid ? OutputFormats{WarpWriter::formats(), true} : OutputFormats{{"csv", "json"}};
+    return options.grid ? OutputFormats{WarpWriter::formats()} : OutputFormats{{"csv", "json"}};
 }
 
 using Points = std::vector<Point<double, 3>>;

@@ -148,7 +148,7 @@ Command::Run addPicture(OptionList& line) {
     const auto options = std::make_shared<PictureOptions>();
     addDisplayFile(line, options->file);
     addOutput(line, options->output);
-    const OutputFormats formats{DrawingWriter::formats(), true};
+    const OutputFormats formats{DrawingWriter::formats()};
     addFormat(line, options->format, formats, true);
     line.add("--view", options->view, "Where to look from: home (default), front, side or top")
         .oneOf(SceneCamera::views())

@@ -192,7 +192,9 @@ TEST_F(MapCommand, NeverReplacesWhatItReads) {
     const ProgramRun onPoints = map({"--points", points, "-o", m_folder.path() + "/./points.csv"});
     EXPECT_EQ(onPoints.exitCode, 2);
     EXPECT_THAT(onPoints.errors, HasSubstr("is the file of points"));
-    EXPECT_EQ(map({"--grid", "-o", m_file}).exitCode, 2);
+    const ProgramRun onDisplay = map({"--grid", "--format", "mesh", "-o", m_file});
+    EXPECT_EQ(onDisplay.exitCode, 2);
+    EXPECT_THAT(onDisplay.errors, HasSubstr("is the configuration itself"));
     EXPECT_EQ(m_folder.read("points.csv"), "0,0\n");
     EXPECT_EQ(m_folder.read("display.xml"), SMALL);
 }
