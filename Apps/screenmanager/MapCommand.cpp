@@ -269,9 +269,20 @@ bool isMisused(const XMLConfigFile& config, const ChannelChoice& channel, const 
     return ResultFile::replacesInput(options.output, config, options.file);
 }
 
+/// True when the output would fill a terminal; reported then. A mesh of few nodes may be looked at.
+bool isTooMuchForTerminal(const Options& options) {
+    if (!options.grid) {
+        return false;
+    }
+    constexpr long long FEW = 1000;
+    const bool isText = WarpWriter::ofFormat(options.format)->isText();
+    const bool isShort = options.nodes && 1LL * options.nodes->columns * options.nodes->rows <= FEW;
+    return !(isText && isShort) &&
+           ResultFile::wouldFloodTerminal(options.output, isText ? "the nodes of a whole picture" : options.format);
+}
+
 int run(const Options& options) {
-    const bool isBinary = options.grid && !WarpWriter::ofFormat(options.format)->isText();
-    if (isBinary && ResultFile::wouldFloodTerminal(options.output, options.format)) {
+    if (isTooMuchForTerminal(options)) {
         return EXIT_USAGE;
     }
     const auto config = DisplayFile::read(options.file);

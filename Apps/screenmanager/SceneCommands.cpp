@@ -119,7 +119,7 @@ bool chooseChannel(const XMLConfigFile& config, const PictureOptions& options, c
 }
 
 int runPicture(const PictureOptions& options) {
-    if (options.format == "png" && ResultFile::wouldFloodTerminal(options.output, options.format)) {
+    if (ResultFile::wouldFloodTerminal(options.output, options.format)) {
         return EXIT_USAGE;
     }
     ExitCode fault = EXIT_ALL_RIGHT;
