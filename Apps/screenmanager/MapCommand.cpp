@@ -212,6 +212,27 @@ PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const Channe
     return PictureWarp::atNodes(map, input, pixels, nodesOf(channel, options), meter.callback());
 }
 
+/// True when places of the picture have layout points, though none that the input holds.
+bool isBesideInput(LayoutMapper& map) {
+    constexpr int PER_SIDE = 33;
+    std::vector<Point<double, 2>> picture;
+    for (int i = 0; i < PER_SIDE * PER_SIDE; ++i) {
+        picture.emplace_back((i % PER_SIDE + 0.5) / PER_SIDE, (i / PER_SIDE + 0.5) / PER_SIDE);
+    }
+    std::vector<LayoutPoint> layout(picture.size());
+    map.toLayout(picture, layout);
+    return std::any_of(layout.begin(), layout.end(), [](const LayoutPoint& point) { return point.isMapped; });
+}
+
+/// Only the fisheye leaves a part of the world out.
+void reportNothingMapped(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel) {
+    Console::error(channel.describe() + ": nothing of its picture is mapped, and nothing was written: " +
+                   (input.leavesOutBehind() && isBesideInput(map)
+                        ? "what it shows lies behind the viewer, where a fisheye has no picture: state --input "
+                          "equirectangular"
+                        : "check its position, orientation and frustum, or its map, against the screen"));
+}
+
 int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, const Options& options) {
     const auto writer = WarpWriter::ofFormat(options.format);
     ResultFile result(options.output);
@@ -220,9 +241,7 @@ int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice
     }
     PictureWarp warp = warpOf(map, input, channel, writer->hasNodes(), options);
     if (warp.mapped() == 0) {
-        Console::error(channel.describe() +
-                       ": nothing of its picture is mapped, and nothing was written: check its position, " +
-                       "orientation and frustum, or its map, against the screen");
+        reportNothingMapped(map, input, channel);
         return EXIT_INCOMPLETE;
     }
     const std::size_t missed = warp.missed();
