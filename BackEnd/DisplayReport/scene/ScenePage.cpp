@@ -166,7 +166,10 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
         picture.insert(picture.end(), {target.picture[0], target.picture[1]});
     }
     const std::vector<std::uint8_t> beyond(channel.beyond.begin(), channel.beyond.end());
-    const std::vector<std::uint8_t> rimBeyond(channel.rimBeyond.begin(), channel.rimBeyond.end());
+    std::vector<std::uint8_t> rimPieces;
+    for (const PieceLook look : channel.rimPieces) {
+        rimPieces.push_back(static_cast<std::uint8_t>(look));
+    }
     return {{"name", channel.targets.name},
             {"projector", channel.targets.projectorId},
             {"colour", hexText(channel.colour)},
@@ -186,7 +189,7 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
             {"boundary", normal.text(channel.targets.boundary)},
             {"exactBoundary", exactPoints(channel.targets.boundary)},
             {"beyond", base64Of(beyond)},
-            {"rimBeyond", base64Of(rimBeyond)},
+            {"rimPieces", base64Of(rimPieces)},
             {"upMark", listOf(channel.upMark, [&](const std::vector<P3>& line) { return normal.text(line); })},
             {"lattice", jsonOf(channel.lattice, normal)},
             {"frustum", channel.frustum ? jsonOf(*channel.frustum, normal) : Json()}};

@@ -52,7 +52,7 @@ function decodeChannel(channel, number) {
     boundary: floats(channel.boundary),
     exactBoundary: doubles(channel.exactBoundary),
     beyond: flags(channel.beyond),
-    rimBeyond: flags(channel.rimBeyond),
+    rimPieces: flags(channel.rimPieces),
     upMark: channel.upMark.map(floats),
     lattice: decodeLattice(channel.lattice),
     frustum: decodeFrustum(channel.frustum),

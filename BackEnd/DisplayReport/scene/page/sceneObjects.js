@@ -8,6 +8,9 @@ const SURFACE_COLOURS = { content: '#8494a6', measured: '#b0a690' };
 const CLOUD_COLOUR = '#8fd0c0';
 const EYE_COLOUR = '#ffffff';
 const SCALE_COLOUR = '#7d8894';
+// How a piece of a rim is drawn.
+const DASHED_PIECE = 1;
+const NO_PIECE = 2;
 const DISC = 1;
 const RING = 2;
 // Later ones are drawn over earlier ones: nothing here hides what stands behind it.
@@ -130,10 +133,8 @@ export function makeCloud(scene) {
   return dots(scene.cloud.points, CLOUD_COLOUR, 1.5, 0, ORDER.cloud);
 }
 
-// The edges and the rim as one set of pieces. Where the rays pass the screen the rim is dashed, unless the outline is
-// already: two dashed lines beside one another would look like a whole one.
-function piecesOf({ frustum, rimBeyond, beyond }) {
-  const isDashed = !beyond.some(Boolean);
+// The edges and the rim as one set of pieces; how those of the rim are drawn comes with the scene.
+function piecesOf({ frustum, rimPieces }) {
   const pieces = [];
   const add = (way, i, k) => pieces.push(...way.subarray(3 * i, 3 * i + 3), ...way.subarray(3 * k, 3 * k + 3));
   for (const edge of frustum.edges) {
@@ -145,9 +146,9 @@ function piecesOf({ frustum, rimBeyond, beyond }) {
   const at = (i) => new Vector3(...frustum.rim.subarray(3 * i, 3 * i + 3));
   for (let i = 0; i < count; ++i) {
     const next = (i + 1) % count;
-    if (rimBeyond[i] || rimBeyond[next]) {
-      pieces.push(...(isDashed ? dashes(at(i), at(next), DASH) : []));
-    } else {
+    if (rimPieces[i] === DASHED_PIECE) {
+      pieces.push(...dashes(at(i), at(next), DASH));
+    } else if (rimPieces[i] !== NO_PIECE) {
       add(frustum.rim, i, next);
     }
   }
