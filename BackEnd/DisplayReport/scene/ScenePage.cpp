@@ -109,7 +109,9 @@ Json coloursText(const std::vector<Colour>& colours) {
 Json legendJson(const SceneShading& shading, ShadeBy by, const std::vector<std::string>& names) {
     Json list = Json::array();
     for (const ShadeEntry& entry : legendOf(shading, by, names)) {
-        list.push_back({{"text", entry.text}, {"colours", coloursText(entry.colours)}});
+        list.push_back({{"text", entry.text},
+                        {"colours", coloursText(entry.colours)},
+                        {"channel", entry.channel ? Json(*entry.channel) : Json()}});
     }
     return list;
 }
@@ -243,6 +245,7 @@ Json jsonOf(const DisplayScene& scene) {
         {"centre", coordinates(normal.centre())},
         {"scale", normal.scale()},
         {"countColours", coloursText(countColours())},
+        {"channelColours", DIFFERENT_CHANNEL_COLOURS},
         {"home", coordinates(SceneCamera::directionOf("home", scene))},
         {"middle", coordinates(middleOfScreen(scene, normal))},
         {"notes", scene.notes},

@@ -13,6 +13,7 @@ const DASHED_PIECE = 1;
 const NO_PIECE = 2;
 const DISC = 1;
 const RING = 2;
+const HOLLOW_DISC = 3;
 // Later ones are drawn over earlier ones: nothing here hides what stands behind it.
 const ORDER = { surface: 0, mirror: 1, fill: 2, cloud: 3, line: 4, dot: 5, mark: 6 };
 
@@ -93,13 +94,13 @@ function makeShaded(shading, look) {
     start += region.triangles.length;
   });
   geometry.computeVertexNormals();
-  return drawn(new Mesh(geometry, shading.regions.map(() => litMaterial(['#000000'], look))), ORDER.surface);
+  return drawn(new Mesh(geometry, shading.regions.map(() => litMaterial('#000000', look))), ORDER.surface);
 }
 
 function makePlain(surface, look) {
   const geometry = geometryOf(surface.vertices, surface.triangles);
   geometry.computeVertexNormals();
-  return drawn(new Mesh(geometry, litMaterial([SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content], look)), ORDER.surface);
+  return drawn(new Mesh(geometry, litMaterial(SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content, look)), ORDER.surface);
 }
 
 // `look` is what all surfaces share: their opacity, and the eye point where there is one.
@@ -110,13 +111,13 @@ export function makeSurface(surface, look) {
   return { name: surface.name, group, mesh, shading: surface.shading };
 }
 
-// What a region is drawn in: by the number of those channels that are shown, or by which they are.
+// What a region is drawn in, a colour and its round each: by the number of those channels that are shown, or by which they are.
 function coloursOf(region, kind, items, palette) {
   const shown = region.channels.filter((channel) => items[channel].group.visible);
   if (kind === 'channel' && shown.length) {
-    return shown.map((channel) => items[channel].channel.colour);
+    return shown.map((channel) => items[channel].channel);
   }
-  return [palette[Math.min(shown.length, palette.length - 1)]];
+  return [{ colour: palette[Math.min(shown.length, palette.length - 1)], round: 0 }];
 }
 
 export function shadeSurface(surface, kind, items, palette) {
@@ -124,7 +125,7 @@ export function shadeSurface(surface, kind, items, palette) {
     return;
   }
   surface.shading.regions.forEach((region, i) => {
-    const colours = kind === 'none' ? [SURFACE_COLOURS[surface.name]] : coloursOf(region, kind, items, palette);
+    const colours = kind === 'none' ? [{ colour: SURFACE_COLOURS[surface.name], round: 0 }] : coloursOf(region, kind, items, palette);
     setColours(surface.mesh.material[i], colours);
   });
 }
@@ -217,7 +218,7 @@ export function makeChannel(scene, channel) {
   const dense = (90 * scene.targetStep) / Math.max(scene.columns, scene.rows);
   const size = Math.min(6, Math.max(2.5, dense * Math.min(1, 3 / Math.sqrt(scene.channels.length))));
   const parts = {
-    targets: dots(channel.points, channel.colour, size, DISC, ORDER.dot),
+    targets: dots(channel.points, channel.colour, size, channel.round ? HOLLOW_DISC : DISC, ORDER.dot),
     outlines: line(LineSegments, outlinePieces(channel), channel.colour, 1),
     frusta: makeFrustum(scene, channel),
     labels: makeUpMark(channel),
