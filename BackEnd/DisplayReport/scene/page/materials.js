@@ -12,16 +12,20 @@ const MOST_ROUNDS = 3;
 
 // Pixels of the drawing per pixel of the page; all materials share it.
 export const pixelRatio = { value: 1 };
+// Of the size of targets; all of them share it.
+export const dotScale = { value: 1 };
+const UNSCALED = { value: 1 };
 
 const PRECISION = 'precision highp float;\n';
 const MATRICES = 'uniform mat4 modelViewMatrix;\nuniform mat4 projectionMatrix;\nin vec3 position;\n';
 
 const FLAT_VERTEX = `${PRECISION}${MATRICES}
 uniform float size;
+uniform float scale;
 uniform float pixelRatio;
 void main() {
   gl_Position = projectionMatrix * modelViewMatrix * vec4(position, 1.0);
-  gl_PointSize = size * pixelRatio;
+  gl_PointSize = size * scale * pixelRatio;
 }`;
 
 // Shape 0 is as the triangle, the line or the point is; inside of a point 1 a disc, 2 a ring with a dark rim, 3 a disc with a
@@ -30,13 +34,14 @@ const FLAT_FRAGMENT = `${PRECISION}
 uniform vec3 colour;
 uniform float opacity;
 uniform float size;
+uniform float scale;
 uniform float pixelRatio;
 uniform int shape;
 out vec4 result;
 void main() {
   result = vec4(colour, opacity);
   if (shape > 0) {
-    float width = size * pixelRatio;
+    float width = size * scale * pixelRatio;
     float distance = length(gl_PointCoord - 0.5) * width;
     float outside = shape == 2 ? abs(distance - 0.375 * width) - 0.07 * width : distance + 0.5 - 0.5 * width;
     if (shape == 2) {
@@ -99,12 +104,14 @@ function shadeOf(colour) {
   return new Color().setStyle(colour, LinearSRGBColorSpace);
 }
 
-export function flatMaterial(colour, { opacity = 1, size = 1, shape = 0 } = {}) {
+export function flatMaterial(colour, { opacity = 1, size = 1, scale = UNSCALED, shape = 0 } = {}) {
   return new RawShaderMaterial({
     glslVersion: GLSL3,
     vertexShader: FLAT_VERTEX,
     fragmentShader: FLAT_FRAGMENT,
-    uniforms: { colour: { value: shadeOf(colour) }, opacity: { value: opacity }, size: { value: size }, pixelRatio, shape: { value: shape } },
+    uniforms: {
+      colour: { value: shadeOf(colour) }, opacity: { value: opacity }, size: { value: size }, scale, pixelRatio, shape: { value: shape },
+    },
     transparent: true,
     side: DoubleSide,
     depthTest: false,

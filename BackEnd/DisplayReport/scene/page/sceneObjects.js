@@ -2,7 +2,9 @@
 import {
   BufferAttribute, BufferGeometry, Group, LineLoop, LineSegments, Mesh, Points, Vector3,
 } from 'three';
-import { flatMaterial, litMaterial, setColours } from './materials.js';
+import {
+  dotScale, flatMaterial, litMaterial, setColours,
+} from './materials.js';
 
 const SURFACE_COLOURS = { content: '#8494a6', measured: '#b0a690' };
 const CLOUD_COLOUR = '#8fd0c0';
@@ -32,8 +34,8 @@ function drawn(object, order) {
   return object;
 }
 
-function dots(points, colour, size, shape, order) {
-  return drawn(new Points(geometryOf(points), flatMaterial(colour, { size, shape })), order);
+function dots(points, colour, size, shape, order, scale) {
+  return drawn(new Points(geometryOf(points), flatMaterial(colour, { size, shape, scale })), order);
 }
 
 function line(Kind, points, colour, opacity, index) {
@@ -218,7 +220,7 @@ export function makeChannel(scene, channel) {
   const dense = (90 * scene.targetStep) / Math.max(scene.columns, scene.rows);
   const size = Math.min(6, Math.max(2.5, dense * Math.min(1, 3 / Math.sqrt(scene.channels.length))));
   const parts = {
-    targets: dots(channel.points, channel.colour, size, channel.round ? HOLLOW_DISC : DISC, ORDER.dot),
+    targets: dots(channel.points, channel.colour, size, channel.round ? HOLLOW_DISC : DISC, ORDER.dot, dotScale),
     outlines: line(LineSegments, outlinePieces(channel), channel.colour, 1),
     frusta: makeFrustum(scene, channel),
     labels: makeUpMark(channel),
