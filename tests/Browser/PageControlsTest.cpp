@@ -37,7 +37,7 @@ TEST_F(PageControlsTest, AnIdlePageDrawsNothing) {
     countDrawings(browser);
     EXPECT_EQ(drawingsAfter(browser, 60), 0);
     // Reading the light under a pointer draws nothing either; turning does, and then rests.
-    browser.hover(700, 400);
+    browser.hover(880, 300);
     browser.waitFor("!document.getElementById('light').hidden");
     EXPECT_EQ(drawingsAfter(browser, 20), 0);
     browser.drag(700, 400, 760, 430);
