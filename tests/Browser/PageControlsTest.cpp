@@ -63,19 +63,6 @@ TEST_F(PageControlsTest, OfTwoPagesSideBySideOnlyTheOneThatIsTurnedDraws) {
     EXPECT_THAT(browser.complaints(), IsEmpty());
 }
 
-TEST_F(PageControlsTest, WithoutAGraphicsProcessorAPictureThatMovesIsCoarseUntilItRests) {
-    HeadlessBrowser& browser = open(EXAMPLES + "planar-wall/display.xml");
-    const int width = browser.evaluate("document.querySelector('canvas').width");
-    browser.evaluate(
-        "window.widths = [];"
-        "new MutationObserver(() => widths.push(document.querySelector('canvas').width))"
-        ".observe(document.querySelector('canvas'), { attributes: true, attributeFilter: ['width'] })");
-    browser.drag(700, 400, 800, 430);
-    browser.screenshot();
-    EXPECT_EQ(browser.evaluate("document.querySelector('canvas').width"), width);
-    EXPECT_LT(browser.evaluate("Math.min(...widths)"), width) << "three hundred thousand pixels while it moves";
-}
-
 TEST_F(PageControlsTest, EachKeyDoesWhatItStandsFor) {
     HeadlessBrowser& browser = open(m_folder.write("display.xml", sharedWall()));
     showLightAlone(browser);
