@@ -103,8 +103,10 @@ Command::Run addTo(OptionList& line) {
     line.addFlag("--json", options->isJson, "The same as --format json").excludes(format);
     line.add("--ply", options->ply, "File for the screen, coloured by number of projectors").typeName("FILE");
     addOutput(line, options->output);
-    line.whenComplete(
-        [&said = *options, formats] { said.format = formats.chosen(said.isJson ? "json" : said.format, said.output); });
+    line.whenComplete([&said = *options, formats] {
+        said.format = formats.chosen(said.isJson ? "json" : said.format, said.output);
+        static_cast<void>(OutputFormats{{"ply"}}.chosen({}, said.ply, "--ply"));
+    });
     return Command::with(options, run);
 }
 

@@ -1,30 +1,21 @@
 #include "ColumnsByRows.h"
-#include "Command.h"
-#include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
+#include "Configuration/XMLConfigFile.h"
 #include "DisplayFile.h"
-#include "DisplayReport/channels/ChannelChoice.h"
-#include "DisplayReport/maps/InputProjection.h"
 #include "DisplayReport/maps/LayoutMapper.h"
 #include "DisplayReport/maps/PictureWarp.h"
-#include "DisplayReport/maps/PointMapping.h"
-#include "DisplayReport/maps/PointReader.h"
 #include "DisplayReport/maps/WarpWriter.h"
 #include "FailureReport.h"
+#include "MapPoints.h"
 #include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <iostream>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace {
@@ -34,150 +25,13 @@ using namespace Veltrani::DisplayReport;
 /// As many as a reader of warp meshes takes in one row.
 constexpr int MOST_NODES_IN_ROW = 1'000'000;
 
-struct Options : CommandOptions {
-    std::string file;     ///< the configuration
-    std::string channel;  ///< name or id
-    std::string output;   ///< file to write; empty for standard output
-
-    bool toChannel = false;           ///< from the layout to the picture, else the other way
-    bool useCache = false;            ///< see `LayoutMapFactory::create`
-    std::vector<std::string> points;  ///< "U,V" or "X,Y,Z"
-    std::string pointFile;            ///< "-" for standard input, as when there are no points either
-
-    bool grid = false;                   ///< the whole picture instead of points
-    std::string format;                  ///< one of those of `formatsOf`
-    std::optional<ColumnsByRows> nodes;  ///< none for the corners of all pixels
-    std::optional<Panorama> panorama;    ///< none for the usual one
-
-    [[nodiscard]] PointKind pointKind() const { return toChannel ? PointKind::LAYOUT : PointKind::PICTURE; }
-    [[nodiscard]] bool readsStandardInput() const { return pointFile.empty() || pointFile == "-"; }
-    /// The source of the points as messages name it.
-    [[nodiscard]] std::string pointSource() const { return readsStandardInput() ? "standard input" : pointFile; }
-};
-
 /// Of tables of points, or with --grid of the whole picture.
-OutputFormats formatsOf(const Options& options) {
-    return options.grid ? OutputFormats{WarpWriter::formats(), true} : OutputFormats{{"csv", "json"}};
-}
-
-using Points = std::vector<Point<double, 3>>;
-
-/// The points of the command line. None when one of them is no point, which has been reported then.
-std::optional<Points> parsePoints(const Options& options) {
-    Points points;
-    for (const std::string& text : options.points) {
-        const auto point = PointReader::parse(text, options.pointKind());
-        if (!point) {
-            Console::error("--point " + text + " is not " +
-                           (options.toChannel ? "X,Y,Z, such as 1.5,4,-0.25" : "U,V, such as 0.5,0.25"));
-            return std::nullopt;
-        }
-        points.push_back(*point);
-    }
-    return points;
-}
-
-/// The points of the command line, else those of the file or of standard input. None when the file cannot be opened,
-/// which has been reported then.
-std::optional<PointInput> openPoints(const Points& points, const Options& options) {
-    if (!points.empty()) {
-        return PointInput::ofPoints(points);
-    }
-    if (options.readsStandardInput()) {
-        return PointInput::ofStream(std::cin, options.pointSource(), options.pointKind());
-    }
-    try {
-        return PointInput::ofFile(options.pointFile, options.pointKind());
-    } catch (const std::runtime_error& fault) {
-        Console::error(options.pointFile + ": " + fault.what());
-        return std::nullopt;
-    }
-}
-
-/// How far the reading of a file is; nothing where the length of the input is not known.
-void showProgress(const PointInput& input, ProgressMeter& progress) {
-    constexpr std::size_t BYTES_PER_KILOBYTE = 1000;
-    if (input.size() > 0) {
-        progress.update(input.bytesRead() / BYTES_PER_KILOBYTE, input.size() / BYTES_PER_KILOBYTE);
-    }
-}
-
-/// Reports what came of the points; returns an `ExitCode`.
-int summarise(const PointMapping::Count& count, const ChannelChoice& channel, const Options& options) {
-    if (count.points == 0) {
-        Console::error("there are no points: give --point, --points or points on standard input");
-        return EXIT_INCOMPLETE;
-    }
-    if (options.isTalkative()) {
-        Console::say(channel.describe() + ": " + std::to_string(count.mapped) + " of " + std::to_string(count.points) +
-                     " points mapped to the " + (options.toChannel ? "channel" : "layout"));
-    }
-    return count.mapped > 0 ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
-}
-
-[[noreturn]] void failReading(const Options& options, const std::error_code& reason) {
-    throw VeltraniException(Veltrani::fromUtf8OrBytes(
-        options.pointSource() + ": cannot be read to its end: " + reason.message() +
-        "; check the disk or the network that it comes from, and that it is a file of points"));
-}
-
-/// Throws where the input ends because it cannot be read any further.
-bool nextPoint(PointInput& input, const Options& options, Point<double, 3>& point) {
-    errno = 0;
-    try {
-        if (input.next(point)) {
-            return true;
-        }
-    } catch (const std::system_error& fault) {
-        failReading(options, fault.code());
-    }
-    if (options.readsStandardInput() && std::ferror(stdin) != 0) {
-        failReading(options, {errno, std::generic_category()});
-    }
-    return false;
-}
-
-ReportHead headOf(const XMLConfigFile& config, const Points& points, const Options& options) {
-    ReportHead head = PointMapping::headOf(config);
-    head.files = sourcesFor(options.format, options.file);
-    if (!head.files.empty() && points.empty() && !options.readsStandardInput()) {
-        head.files.push_back(ReportHead::source(options.pointFile));
-    }
-    return head;
-}
-
-int mapPoints(LayoutMapper& map, const Points& points, const ReportHead& head, const ChannelChoice& channel,
-              const Options& options) {
-    std::optional<PointInput> input = openPoints(points, options);
-    if (!input) {
-        return EXIT_INPUT;
-    }
-    ResultFile result(options.output);
-    if (!result.open()) {
-        return EXIT_OUTPUT;
-    }
-    PointMapping::Count count;
-    try {
-        ProgressMeter progress(options.isTalkative(), "mapping points, kB");
-        PointMapping mapping(
-            map, options.pointKind(), [&] { showProgress(*input, progress); },
-            options.format == "json" ? PointFormat::JSON : PointFormat::CSV, head);
-        count =
-            mapping.run([&](Point<double, 3>& point) { return nextPoint(*input, options, point); }, result.stream());
-    } catch (...) {
-        // A pipe keeps what came before the fault; a file is left as it was.
-        result.stream().flush();
-        reportFailure(options.pointSource(), std::current_exception());
-        return EXIT_INPUT;
-    }
-    if (!result.commit()) {
-        return EXIT_OUTPUT;
-    }
-    return summarise(count, channel, options);
+OutputFormats formatsOf(const MapOptions& options) {
+    return options.grid ? OutputFormats{WarpWriter::formats()} : OutputFormats{{"csv", "json"}};
 }
 
 /// The nodes of a mesh.
-Point<int, 2> nodesOf(const ChannelChoice& channel, const Options& options) {
+Point<int, 2> nodesOf(const ChannelChoice& channel, const MapOptions& options) {
     return options.nodes ? Point<int, 2>{options.nodes->columns, options.nodes->rows}
                          : channel.pictureSize() + Point<int, 2>{1, 1};
 }
@@ -187,7 +41,7 @@ std::string sizeText(const Point<int, 2>& size, const char* cross) {
 }
 
 /// True when the mesh could not be read again; reported then, with what could.
-bool isTooLarge(const ChannelChoice& channel, const Options& options) {
+bool isTooLarge(const ChannelChoice& channel, const MapOptions& options) {
     const WarpMeshSize mesh{channel.pictureSize(), nodesOf(channel, options)};
     if (mesh.isReadable()) {
         return false;
@@ -203,7 +57,7 @@ bool isTooLarge(const ChannelChoice& channel, const Options& options) {
 }
 
 PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, bool hasNodes,
-                   const Options& options) {
+                   const MapOptions& options) {
     ProgressMeter meter(options.isTalkative(), "mapping the picture, row");
     const Point<int, 2> pixels = channel.pictureSize();
     if (!hasNodes) {
@@ -212,7 +66,28 @@ PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const Channe
     return PictureWarp::atNodes(map, input, pixels, nodesOf(channel, options), meter.callback());
 }
 
-int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, const Options& options) {
+/// True when places of the picture have layout points, though none that the input holds.
+bool isBesideInput(LayoutMapper& map) {
+    constexpr int PER_SIDE = 33;
+    std::vector<Point<double, 2>> picture;
+    for (int i = 0; i < PER_SIDE * PER_SIDE; ++i) {
+        picture.emplace_back((i % PER_SIDE + 0.5) / PER_SIDE, (i / PER_SIDE + 0.5) / PER_SIDE);
+    }
+    std::vector<LayoutPoint> layout(picture.size());
+    map.toLayout(picture, layout);
+    return std::any_of(layout.begin(), layout.end(), [](const LayoutPoint& point) { return point.isMapped; });
+}
+
+/// Only the fisheye leaves a part of the world out.
+void reportNothingMapped(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel) {
+    Console::error(channel.describe() + ": nothing of its picture is mapped, and nothing was written: " +
+                   (input.leavesOutBehind() && isBesideInput(map)
+                        ? "what it shows lies behind the viewer, where a fisheye has no picture: state --input "
+                          "equirectangular"
+                        : "check its position, orientation and frustum, or its map, against the screen"));
+}
+
+int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice& channel, const MapOptions& options) {
     const auto writer = WarpWriter::ofFormat(options.format);
     ResultFile result(options.output);
     if (!result.open()) {
@@ -220,9 +95,7 @@ int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice
     }
     PictureWarp warp = warpOf(map, input, channel, writer->hasNodes(), options);
     if (warp.mapped() == 0) {
-        Console::error(channel.describe() +
-                       ": nothing of its picture is mapped, and nothing was written: check its position, " +
-                       "orientation and frustum, or its map, against the screen");
+        reportNothingMapped(map, input, channel);
         return EXIT_INCOMPLETE;
     }
     const std::size_t missed = warp.missed();
@@ -240,7 +113,7 @@ int mapGrid(LayoutMapper& map, const InputProjection& input, const ChannelChoice
 }
 
 /// None when the display has no such channel, which has been reported then.
-std::optional<ChannelChoice> chooseChannel(const XMLConfigFile& config, const Options& options) {
+std::optional<ChannelChoice> chooseChannel(const XMLConfigFile& config, const MapOptions& options) {
     try {
         return ChannelChoice::of(config, options.channel);
     } catch (...) {
@@ -250,7 +123,7 @@ std::optional<ChannelChoice> chooseChannel(const XMLConfigFile& config, const Op
 }
 
 /// True when the command line does not fit the display; reported then.
-bool isMisused(const XMLConfigFile& config, const ChannelChoice& channel, const Options& options) {
+bool isMisused(const XMLConfigFile& config, const ChannelChoice& channel, const MapOptions& options) {
     // A picture without pixels is reported by the map, which says what is missing.
     const bool hasPicture = std::min(channel.projector->getWidth(), channel.projector->getHeight()) > 0;
     if (options.grid && hasPicture && WarpWriter::ofFormat(options.format)->hasNodes() &&
@@ -269,9 +142,20 @@ bool isMisused(const XMLConfigFile& config, const ChannelChoice& channel, const 
     return ResultFile::replacesInput(options.output, config, options.file);
 }
 
-int run(const Options& options) {
-    const bool isBinary = options.grid && !WarpWriter::ofFormat(options.format)->isText();
-    if (isBinary && ResultFile::wouldFloodTerminal(options.output, options.format)) {
+/// True when the output would fill a terminal; reported then. A mesh of few nodes may be looked at.
+bool isTooMuchForTerminal(const MapOptions& options) {
+    if (!options.grid) {
+        return false;
+    }
+    constexpr long long FEW = 1000;
+    const bool isText = WarpWriter::ofFormat(options.format)->isText();
+    const bool isShort = options.nodes && 1LL * options.nodes->columns * options.nodes->rows <= FEW;
+    return !(isText && isShort) &&
+           ResultFile::wouldFloodTerminal(options.output, isText ? "the nodes of a whole picture" : options.format);
+}
+
+int run(const MapOptions& options) {
+    if (isTooMuchForTerminal(options)) {
         return EXIT_USAGE;
     }
     const auto config = DisplayFile::read(options.file);
@@ -282,18 +166,14 @@ int run(const Options& options) {
     if (!channel || isMisused(*config, *channel, options)) {
         return EXIT_USAGE;
     }
-    const auto points = parsePoints(options);
-    if (!points) {
-        return EXIT_USAGE;
-    }
-    if (LayoutMapper::needsScreen(*config) && !DisplayFile::buildScreen(*config, options.file, options.verbosity)) {
-        return EXIT_INPUT;
-    }
     try {
-        LayoutMapper map(*config, *channel, options.useCache);
         if (!options.grid) {
-            return mapPoints(map, *points, headOf(*config, *points, options), *channel, options);
+            return mapPoints(*config, *channel, options);
         }
+        if (LayoutMapper::needsScreen(*config) && !DisplayFile::buildScreen(*config, options.file, options.verbosity)) {
+            return EXIT_INPUT;
+        }
+        LayoutMapper map(*config, *channel, options.useCache);
         return mapGrid(map, InputProjection(*config, options.panorama.value_or(Panorama::FISHEYE)), *channel, options);
     } catch (const VeltraniExceptionBase&) {
         reportFailure(options.file, std::current_exception());
@@ -301,18 +181,29 @@ int run(const Options& options) {
     }
 }
 
-void addPointOptions(OptionList& line, Options& options, const Option& grid) {
+void addPointOptions(OptionList& line, MapOptions& options, const Option& grid) {
     line.addRead(
             "--to", [&options](const std::string& side) { options.toChannel = side == "channel"; },
-            "layout (default): from picture points; channel: from layout points")
+            "layout (default): from picture points; channel: from points in space, see --xyz")
         .oneOf({"layout", "channel"})
         .typeName("SIDE")
+        .excludes(grid);
+    line.addRead(
+            "--xyz",
+            [&options](const std::string& space) {
+                options.space = space == "screen" ? PointSpace::SCREEN : PointSpace::LAYOUT;
+            },
+            "What x, y, z are: layout, points of the layout; screen, places on the screen as targets prints them "
+            "(default: what the file of points states, else layout)")
+        .oneOf({"layout", "screen"})
+        .typeName("SPACE")
         .excludes(grid);
     const Option point = line.add("--point", options.points, "A point to map; may be given several times")
                              .oneValueEach()
                              .typeName("U,V|X,Y,Z")
                              .excludes(grid);
-    line.add("--points", options.pointFile, "File of points, one per line; - for standard input (default)")
+    line.add("--points", options.pointFile,
+             "File of points, one per line, or table with such columns; - for standard input (default)")
         .typeName("FILE")
         .excludes(grid)
         .excludes(point);
@@ -321,7 +212,7 @@ void addPointOptions(OptionList& line, Options& options, const Option& grid) {
         .excludes(grid);
 }
 
-void addGridOptions(OptionList& line, Options& options, const Option& grid) {
+void addGridOptions(OptionList& line, MapOptions& options, const Option& grid) {
     addGridOption(line,
                   {.name = "--nodes",
                    .help = "Nodes of a mesh (default: the corners of all pixels)",
@@ -341,7 +232,7 @@ void addGridOptions(OptionList& line, Options& options, const Option& grid) {
 }
 
 /// Refuses one that is for points or for pictures alone by naming the option that it depends on.
-std::string chosenFormat(const Options& options) {
+std::string chosenFormat(const MapOptions& options) {
     const OutputFormats formats = formatsOf(options);
     if (!options.grid && WarpWriter::ofFormat(options.format)) {
         OptionList::refuse("--format", options.format + " needs --grid: points are " + formats.list());
@@ -350,7 +241,7 @@ std::string chosenFormat(const Options& options) {
 }
 
 Command::Run addTo(OptionList& line) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<MapOptions>();
     addDisplayFile(line, options->file);
     line.add("--channel", options->channel, "The channel").required().typeName("NAME|ID");
     addOutput(line, options->output);

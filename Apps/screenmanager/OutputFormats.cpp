@@ -10,7 +10,6 @@ namespace {
 struct Ending {
     const char* ending = "";
     const char* format = "";
-    bool isItsOwn = true;  ///< no other format has it
 };
 
 constexpr std::array<Ending, 13> ENDINGS{{{".csv", "csv"},
@@ -18,9 +17,9 @@ constexpr std::array<Ending, 13> ENDINGS{{{".csv", "csv"},
                                           {".ply", "ply"},
                                           {".map", "mesh"},
                                           {".mesh", "mesh"},
-                                          {".data", "mesh", false},
-                                          {".txt", "mesh", false},
-                                          {".txt", "text", false},
+                                          {".data", "mesh"},
+                                          {".txt", "mesh"},
+                                          {".txt", "text"},
                                           {".pfm", "pfm"},
                                           {".png", "png"},
                                           {".svg", "svg"},
@@ -65,7 +64,7 @@ std::string OutputFormats::list() const {
     return listed(names);
 }
 
-std::string OutputFormats::chosen(const std::string& named, const std::string& output) const {
+std::string OutputFormats::chosen(const std::string& named, const std::string& output, const char* option) const {
     if (!named.empty()) {
         if (!contains(names, named)) {
             OptionList::refuse("--format", named + " is not " + list());
@@ -73,17 +72,15 @@ std::string OutputFormats::chosen(const std::string& named, const std::string& o
         return named;
     }
     const std::string ending = endingOf(output);
-    bool isForeign = mustFitName && !ending.empty();
     for (const Ending& known : ENDINGS) {
         if (ending == known.ending && contains(names, known.format)) {
             return known.format;
         }
-        isForeign = isForeign || (ending == known.ending && known.isItsOwn);
     }
-    if (isForeign) {
-        OptionList::refuse("--output", output + " is named like no format of this command, " + list() +
-                                           ": end its name in " + endingsOf(names) +
-                                           (names.size() > 1 ? ", or state one with --format" : ""));
+    if (!ending.empty()) {
+        OptionList::refuse(option, output + " is named like no format of this command, " + list() +
+                                       ": end its name in " + endingsOf(names) +
+                                       (names.size() > 1 ? ", or state one with --format" : ""));
     }
     return names.front();
 }

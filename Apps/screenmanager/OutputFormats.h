@@ -9,18 +9,18 @@
 /// The formats in which a command can write its result, the first of which is the default.
 struct OutputFormats {
     std::vector<std::string> names;
-    /// Every name of a file has to end as those of a format do. Otherwise only one that ends like a format of another
-    /// command is refused.
-    bool mustFitName = false;
 
     /// "csv, json or ply".
     [[nodiscard]] std::string list() const;
 
     /// The format that is meant: the one that was named, else that of the name of the output, else the default. Refuses
-    /// the command line for a format that is none of these, and for an output that is named like none of them.
+    /// the command line for a format that is none of these, and where none was named for an output whose name ends
+    /// unlike all of them. A name without an ending fits every format.
     /// @param named with `--format`; empty for none
     /// @param output empty for standard output
-    [[nodiscard]] std::string chosen(const std::string& named, const std::string& output) const;
+    /// @param option that names the output
+    [[nodiscard]] std::string chosen(const std::string& named, const std::string& output,
+                                     const char* option = "--output") const;
 };
 
 /// Adds `--format`, the value of which is a name or empty. The list of formats follows `help`.

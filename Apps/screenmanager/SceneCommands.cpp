@@ -55,23 +55,24 @@ std::unique_ptr<XMLConfigFile> readInput(const Options& options, ExitCode& code)
     return config;
 }
 
-void addLight(DisplayScene& scene, const XMLConfigFile& config, const Options& options,
-              const SceneCollector::Limits& limits) {
+/// @param triangles of the light at the most, about
+void addLight(DisplayScene& scene, const XMLConfigFile& config, const Options& options, std::size_t triangles) {
     ProgressMeter progress(options.isTalkative(), "measuring the light, step");
     // The library logs at info every ray that it bends by a table: a million lines.
     const ConsoleLog::ErrorsOnly quieter(options.isTalkative());
-    SceneLighter(2 * limits.triangles, progress.callback()).addTo(scene, config);
+    SceneLighter(triangles, progress.callback()).addTo(scene, config);
 }
 
 /// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded is
 /// missing in the scene, whose notes state it; they are shown on standard error too, unless quiet.
-DisplayScene collectScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits) {
+DisplayScene collectScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits,
+                          std::size_t trianglesOfLight) {
     const std::vector<Fault> faults = DisplayFile::loadScreen(config, options.verbosity);
     ProgressMeter progress(options.isTalkative(), "placing targets, channel");
     const TargetSurvey survey = TargetPlacer(options.plan, progress.callback()).place(config);
     DisplayScene scene = SceneCollector(limits).collect(options.file, config, survey, faults);
     progress.end();
-    addLight(scene, config, options, limits);
+    addLight(scene, config, options, trianglesOfLight);
     if (options.isTalkative()) {
         for (const std::string& note : scene.notes) {
             Console::say("note: " + note);
@@ -89,7 +90,10 @@ int runView(const Options& options) {
     if (!config) {
         return fault;
     }
-    const DisplayScene scene = collectScene(*config, options, {});
+    const SceneCollector::Limits limits;
+    // Not more than of the screen: without a graphics processor a page that is turned draws each of them for each
+    // frame.
+    const DisplayScene scene = collectScene(*config, options, limits, limits.triangles);
     if (!ResultFile::write(options.output, [&](std::ostream& out) { ScenePage::write(scene, out); })) {
         return EXIT_OUTPUT;
     }
@@ -119,7 +123,7 @@ bool chooseChannel(const XMLConfigFile& config, const PictureOptions& options, c
 }
 
 int runPicture(const PictureOptions& options) {
-    if (options.format == "png" && ResultFile::wouldFloodTerminal(options.output, options.format)) {
+    if (ResultFile::wouldFloodTerminal(options.output, options.format)) {
         return EXIT_USAGE;
     }
     ExitCode fault = EXIT_ALL_RIGHT;
@@ -132,7 +136,8 @@ int runPicture(const PictureOptions& options) {
         return EXIT_USAGE;
     }
     const auto writer = DrawingWriter::ofFormat(options.format);
-    DisplayScene scene = collectScene(*config, options, writer->limits());
+    const SceneCollector::Limits limits = writer->limits();
+    DisplayScene scene = collectScene(*config, options, limits, 2 * limits.triangles);
     if (options.axes) {
         MarkCollector(*config, channel).addTo(scene);
     }
@@ -148,7 +153,7 @@ Command::Run addPicture(OptionList& line) {
     const auto options = std::make_shared<PictureOptions>();
     addDisplayFile(line, options->file);
     addOutput(line, options->output);
-    const OutputFormats formats{DrawingWriter::formats(), true};
+    const OutputFormats formats{DrawingWriter::formats()};
     addFormat(line, options->format, formats, true);
     line.add("--view", options->view, "Where to look from: home (default), front, side or top")
         .oneOf(SceneCamera::views())

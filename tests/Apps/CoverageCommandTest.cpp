@@ -185,10 +185,14 @@ TEST(CoverageCommand, WithoutAScreenOrAFileExitsWithThree) {
 TEST(CoverageCommand, NeverWritesOverAnInputNorTwiceToOneFile) {
     const TemporaryFolder folder;
     const std::string text = display(WALL);
-    const std::string file = folder.write("display.xml", text);
-    EXPECT_EQ(runScreenManager({"coverage", file, "-o", file}).exitCode, 2);
-    EXPECT_EQ(runScreenManager({"coverage", file, "--ply", folder.path() + "/./display.xml"}).exitCode, 2);
-    EXPECT_EQ(folder.read("display.xml"), text);
+    const std::string file = folder.write("display", text);
+    for (const std::vector<std::string>& output :
+         {std::vector<std::string>{"-o", file}, {"--ply", folder.path() + "/./display"}}) {
+        const ProgramRun run = runScreenManager({"coverage", file, output[0], output[1]});
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_THAT(run.errors, HasSubstr("is the configuration itself"));
+    }
+    EXPECT_EQ(folder.read("display"), text);
     const ProgramRun twice =
         runScreenManager({"coverage", file, "--ply", folder.file("a"), "-o", folder.path() + "/./a"});
     EXPECT_EQ(twice.exitCode, 2);

@@ -192,7 +192,9 @@ TEST_F(MapCommand, NeverReplacesWhatItReads) {
     const ProgramRun onPoints = map({"--points", points, "-o", m_folder.path() + "/./points.csv"});
     EXPECT_EQ(onPoints.exitCode, 2);
     EXPECT_THAT(onPoints.errors, HasSubstr("is the file of points"));
-    EXPECT_EQ(map({"--grid", "-o", m_file}).exitCode, 2);
+    const ProgramRun onDisplay = map({"--grid", "--format", "mesh", "-o", m_file});
+    EXPECT_EQ(onDisplay.exitCode, 2);
+    EXPECT_THAT(onDisplay.errors, HasSubstr("is the configuration itself"));
     EXPECT_EQ(m_folder.read("points.csv"), "0,0\n");
     EXPECT_EQ(m_folder.read("display.xml"), SMALL);
 }
@@ -319,12 +321,29 @@ TEST_F(MapCommand, APictureOfWhichNothingIsMappedIsNotWritten) {
     m_folder.write("map.txt", "old");
     const ProgramRun run = runScreenManager({"map", file, "--channel", "P1", "--grid", "-o", m_folder.file("map.txt")});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.errors, HasSubstr("nothing of its picture is mapped, and nothing was written"));
+    EXPECT_EQ(run.errors,
+              "error: channel P1 (P1): nothing of its picture is mapped, and nothing was written: what it shows lies "
+              "behind the viewer, where a fisheye has no picture: state --input equirectangular\n");
     EXPECT_EQ(m_folder.read("map.txt"), "old");
     const ProgramRun around =
         runScreenManager({"map", file, "--channel", "P1", "--grid", "--input", "equirectangular"});
     EXPECT_EQ(around.exitCode, 0);
     EXPECT_THAT(around.errors, HasSubstr("7 x 5 nodes, 0 not mapped, 5 left out at the seam of the input"));
+}
+
+TEST_F(MapCommand, APictureThatMissesTheScreenIsMappedByNoInput) {
+    const std::string file = m_folder.write(
+        "aside.xml",
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'><Radius "
+        "value='5'/><Elevation min='0' max='90'/></Screen><TargetData type='Spherical'/><Projectors><Projector "
+        "id='P1'><Resolution width='6' height='4'/><Orientation z='0' x='-60' y='0'/><Frustum left='-9' right='9' "
+        "bottom='-9' top='9'/></Projector></Projectors></Display>");
+    for (const std::string input : {"fisheye", "equirectangular"}) {
+        const ProgramRun run = runScreenManager({"map", file, "--channel", "P1", "--grid", "--input", input});
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_THAT(run.errors, EndsWith("nothing was written: check its position, orientation and frustum, or its "
+                                         "map, against the screen\n"));
+    }
 }
 
 TEST_F(MapCommand, AMeshThatCouldNotBeReadAgainIsRefusedWithTheNodesThatFit) {

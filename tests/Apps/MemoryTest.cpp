@@ -241,7 +241,7 @@ TEST_F(Memory, IsMissedInWordsByEveryCommand) {
         {"map",
          {{{"map", longFile, "--channel", "P0", "--grid", "-o", to("o.data")}, "o.data"},
           {{"map", longFile, "--channel", "P0", "--grid", "--format", "png", "-o", to("o.png")}, "o.png"},
-          {{"map", longFile, "--channel", "P0", "--point", "0.5,0.5", "-o", to("o.txt")}, "o.txt"}}},
+          {{"map", longFile, "--channel", "P0", "--point", "0.5,0.5", "-o", to("o.csv")}, "o.csv"}}},
         {"coverage",
          {{{"coverage", file, "-o", to("o.txt"), "--ply", to("c.ply")}, "o.txt"},
           {{"coverage", file, "--json", "-o", to("o.json")}, "o.json"}}},

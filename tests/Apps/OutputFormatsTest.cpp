@@ -9,6 +9,8 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <map>
+#include <sstream>
 
 namespace {
 
@@ -63,11 +65,11 @@ TEST_F(OutputFormatsTest, TheNameOfTheFileStatesTheFormat) {
     EXPECT_THAT(written(m_picture, "e.PDF"), StartsWith("%PDF-"));
 }
 
-TEST_F(OutputFormatsTest, AnUnknownEndingKeepsTheDefault) {
-    EXPECT_THAT(written(m_targets, "a.dat"), HasSubstr("channel,projector,kind"));
+TEST_F(OutputFormatsTest, ANameWithoutAnEndingLeavesTheDefault) {
     EXPECT_THAT(written(m_targets, "a"), HasSubstr("channel,projector,kind"));
-    EXPECT_THAT(written(m_points, "b.txt"), HasSubstr("u,v,x,y,z,mapped\n"));
-    EXPECT_THAT(written(m_coverage, "d.out"), HasSubstr("lit by"));
+    EXPECT_THAT(written(m_points, ".b"), HasSubstr("u,v,x,y,z,mapped\n"));
+    EXPECT_THAT(written(m_coverage, "d"), HasSubstr("lit by"));
+    EXPECT_THAT(written({"view", m_file}, "f"), StartsWith("<!DOCTYPE html>"));
     EXPECT_THAT(written(m_picture, "e"), StartsWith("\x89PNG"));
     EXPECT_THAT(written(m_grid, "c"), StartsWith("2\n7 5\n"));
 }
@@ -80,6 +82,52 @@ TEST_F(OutputFormatsTest, AFileThatIsNamedLikeNoFormatIsRefused) {
     expectRefused(m_points, "x.svg", "csv or json");
     expectRefused(m_coverage, "x.ply", "text or json");
     expectRefused({"view", m_file}, "x.png", "html: end its name in .html\n");
+}
+
+/// The commands that `screenmanager --help` names.
+std::vector<std::string> commandsOfTheHelp() {
+    std::istringstream help(runScreenManager({"--help"}).output);
+    std::vector<std::string> commands;
+    bool isList = false;
+    for (std::string line; std::getline(help, line);) {
+        const bool isCommand = isList && line.size() > 2 && line.starts_with("  ") && line[2] != ' ';
+        if (isCommand) {
+            commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+        }
+        isList = line.find("ommands:") != std::string::npos || (isList && line.starts_with("  "));
+    }
+    EXPECT_THAT(commands, testing::IsSupersetOf({"check", "targets", "map", "coverage", "view", "picture", "add"}));
+    return commands;
+}
+
+TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNotKnow) {
+    const std::map<std::string, std::vector<std::string>> lines{{"targets", m_targets},
+                                                                {"map", m_points},
+                                                                {"coverage", m_coverage},
+                                                                {"view", {"view", m_file}},
+                                                                {"picture", m_picture}};
+    std::size_t writing = 0;
+    for (const std::string& command : commandsOfTheHelp()) {
+        const std::string help = runScreenManager({command, "--help"}).output;
+        if (help.find("--output") == std::string::npos) {
+            EXPECT_EQ(lines.count(command), 0U) << command;
+            continue;
+        }
+        ASSERT_EQ(lines.count(command), 1U) << command;
+        for (const char* name : {"x.htm", "x.xlsx", "x.dat", "x.out", "x.csv.gz", "x.json~"}) {
+            expectRefused(lines.at(command), name, "");
+        }
+        ++writing;
+    }
+    EXPECT_EQ(writing, lines.size());
+    for (const char* name : {"x.xlsx", "x.tiff", "x.csv", "x.dat"}) {
+        expectRefused(m_grid, name, "mesh, pfm or png");
+    }
+    const ProgramRun ply = runScreenManager({"coverage", m_file, "--ply", m_folder.file("x.obj")});
+    EXPECT_EQ(ply.exitCode, 2);
+    EXPECT_THAT(ply.errors, HasSubstr("--ply: "));
+    EXPECT_THAT(ply.errors, HasSubstr("x.obj is named like no format of this command, ply: end its name in .ply\n"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder.file("x.obj")));
 }
 
 TEST_F(OutputFormatsTest, TheFormatThatIsNamedCounts) {

@@ -94,7 +94,8 @@ TEST(TargetsCommand, NeverOverwritesItsOwnConfiguration) {
     const TemporaryFolder folder;
     const std::string text = "<Display version='1'><Units native='m'/></Display>";
     const std::string file = folder.write("display.xml", text);
-    const ProgramRun run = runScreenManager({"targets", file, "-o", folder.path() + "/./display.xml"});
+    const ProgramRun run =
+        runScreenManager({"targets", file, "--format", "csv", "-o", folder.path() + "/./display.xml"});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(run.errors, HasSubstr("is the configuration itself"));
     EXPECT_EQ(folder.read("display.xml"), text);
@@ -107,7 +108,7 @@ TEST(TargetsCommand, NeverOverwritesAFileOfTheDisplay) {
     const std::string file = folder.write("display.xml",
                                           "<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Mesh' "
                                           "fileUnit='m'><ContentMesh file='wall.obj'/></Screen></Display>");
-    const ProgramRun run = runScreenManager({"targets", file, "-o", folder.path() + "/./wall.obj"});
+    const ProgramRun run = runScreenManager({"targets", file, "--format", "csv", "-o", folder.path() + "/./wall.obj"});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(run.errors, HasSubstr("is a file that the configuration names"));
     EXPECT_EQ(folder.read("wall.obj"), mesh);

@@ -24,6 +24,8 @@ const std::vector<std::vector<std::string>> NO_TEXT{
     {"view", WALL},
     {"map", WALL, "--channel", "Lower left", "--grid", "--format", "pfm"},
     {"map", WALL, "--channel", "Lower left", "--grid", "--format", "png"},
+    {"map", WALL, "--channel", "Lower left", "--grid", "--nodes", "97x61"},
+    {"picture", WALL, "--size", "300x200", "--format", "svg"},
 };
 
 TEST(Terminal, IsNotSentWhatItCannotShow) {
@@ -55,12 +57,24 @@ TEST(Terminal, IsNotSentAMesh) {
     }
 }
 
+TEST(Terminal, IsNotSentTheMillionsOfNodesOfAWholePicture) {
+    PseudoTerminal terminal;
+    const ProgramRun run = runOn(terminal, {"map", WALL, "--channel", "Lower left", "--grid"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.errors, StartsWith("error: a terminal cannot show the nodes of a whole picture: name a file"));
+    EXPECT_EQ(terminal.shown(), "");
+}
+
+TEST(Terminal, IsSentAMeshOfFewNodes) {
+    PseudoTerminal terminal;
+    EXPECT_EQ(runOn(terminal, {"map", WALL, "--channel", "Lower left", "-q", "--grid", "--nodes", "2x2"}).exitCode, 0);
+    EXPECT_THAT(terminal.shown(), HasSubstr("pixels 1920 1200\r\n"));
+}
+
 TEST(Terminal, IsSentWhatItCanShow) {
     PseudoTerminal terminal;
     EXPECT_EQ(runOn(terminal, {"targets", WALL, "-q", "--format", "ply", "--grid", "2x2"}).exitCode, 0);
     EXPECT_THAT(terminal.shown(), StartsWith("ply\r\n"));
-    EXPECT_EQ(runOn(terminal, {"map", WALL, "--channel", "Lower left", "-q", "--grid", "--nodes", "2x2"}).exitCode, 0);
-    EXPECT_THAT(terminal.shown(), HasSubstr("pixels 1920 1200\r\n"));
 }
 
 TEST(Terminal, AnotherProgramIsSentEverything) {

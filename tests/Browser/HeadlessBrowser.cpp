@@ -53,21 +53,24 @@ bool HeadlessBrowser::isInstalled() {
 HeadlessBrowser::HeadlessBrowser(int width, int height) {
     start(width, height);
     try {
-        openEmptyPage(width, height);
+        openWindow(width, height);
     } catch (...) {
         stop();
         throw;
     }
 }
 
-void HeadlessBrowser::openEmptyPage(int width, int height) {
-    const Json target = call("Target.createTarget", {{"url", "about:blank"}});
+std::size_t HeadlessBrowser::openWindow(int width, int height) {
+    m_session.clear();
+    const Json target = call("Target.createTarget", {{"url", "about:blank"}, {"newWindow", true}});
     const Json attached = call("Target.attachToTarget", {{"targetId", target.at("targetId")}, {"flatten", true}});
     m_session = attached.at("sessionId");
+    m_sessions.push_back(m_session);
     for (const char* domain : {"Page.enable", "Runtime.enable", "Log.enable"}) {
         call(domain, Json::object());
     }
     resize(width, height);
+    return m_sessions.size() - 1;
 }
 
 void HeadlessBrowser::resize(int width, int height) {
@@ -232,9 +235,9 @@ void HeadlessBrowser::mouse(const std::string& type, double right, double down, 
                                       {"clickCount", 1}});
 }
 
-void HeadlessBrowser::press(const std::string& key) {
+void HeadlessBrowser::press(const std::string& key, Held held) {
     for (const char* type : {"keyDown", "keyUp"}) {
-        call("Input.dispatchKeyEvent", {{"type", type}, {"key", key}});
+        call("Input.dispatchKeyEvent", {{"type", type}, {"key", key}, {"modifiers", static_cast<int>(held)}});
     }
 }
 

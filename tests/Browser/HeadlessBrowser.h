@@ -23,6 +23,11 @@ public:
     HeadlessBrowser(const HeadlessBrowser&) = delete;
     HeadlessBrowser& operator=(const HeadlessBrowser&) = delete;
 
+    /// Opens another empty page in a window of its own beside those that there are; returns its number, from 0. All
+    /// operations go to it until another one is chosen.
+    std::size_t openWindow(int width, int height);
+    void chooseWindow(std::size_t number) { m_session = m_sessions.at(number); }
+
     /// Opens a file from the disk and waits until it is loaded.
     void open(const std::string& file);
     /// The value of an expression in the page.
@@ -35,8 +40,10 @@ public:
     void drag(double right, double down, double toRight, double toDown);
     /// Moves the pointer there, no button pressed.
     void hover(double right, double down) { mouse("mouseMoved", right, down, 0); }
+    /// Keys that are held while another one is pressed.
+    enum Held { NOTHING = 0, CONTROL = 2, SHIFT = 8 };
     /// Presses and releases a key, by the name that the page sees.
-    void press(const std::string& key);
+    void press(const std::string& key, Held held = NOTHING);
     /// Gives the page another size.
     void resize(int width, int height);
     /// What the page looks like.
@@ -47,7 +54,6 @@ public:
 
 private:
     void start(int width, int height);
-    void openEmptyPage(int width, int height);
     void stop();
     /// Without waiting for the answer; the number that it will carry.
     int send(const std::string& method, const nlohmann::json& parameters);
@@ -61,7 +67,8 @@ private:
     int m_toBrowser = -1;
     int m_fromBrowser = -1;
     int m_lastCall = 0;
-    std::string m_session;
+    std::vector<std::string> m_sessions;
+    std::string m_session;  ///< of the page that is chosen
     std::string m_received;
     bool m_isLoaded = false;
     std::vector<std::string> m_complaints;

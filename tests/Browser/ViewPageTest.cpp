@@ -1,122 +1,13 @@
 // The page of `screenmanager view` in a real browser: what a user does with it, and what the user sees.
-#include "HeadlessBrowser.h"
-#include "support/TestPaths.h"
+#include "ViewPage.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <map>
-#include <optional>
 
 namespace {
 
+using namespace view_page;
 using testing::IsEmpty;
-
-constexpr int WIDTH = 1200;
-constexpr int HEIGHT = 800;
-/// Of a colour that is drawn without light or blending.
-constexpr int SAME_COLOUR = 2;
-constexpr PngImage::Colour ORANGE{230, 159, 0};
-constexpr PngImage::Colour BLUE{86, 180, 233};
-
-const std::string EXAMPLES = sourceFolder() + "/examples/";
-
-/// Runs the program; answers its exit code.
-int runProgram(const std::string& arguments) {
-    const int status = std::system((programFile() + " --quiet " + arguments).c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-class ViewPageTest : public testing::Test {
-protected:
-    void SetUp() override {
-        if (!HeadlessBrowser::isInstalled()) {
-            GTEST_SKIP() << "no browser is installed";
-        }
-    }
-
-    /// Writes the page of a configuration and opens it.
-    HeadlessBrowser& open(const std::string& configuration, const std::string& options = "", int exitCode = 0) {
-        const std::string page = m_folder.file("page.html");
-        EXPECT_EQ(runProgram("view '" + configuration + "' -o '" + page + "' " + options), exitCode);
-        if (!m_browser) {
-            m_browser.emplace(WIDTH, HEIGHT);
-        }
-        m_browser->open(page);
-        m_browser->waitFor("performance.getEntriesByName('first picture').length > 0");
-        return *m_browser;
-    }
-
-    /// Shows nothing but the targets, so that a pixel in the colour of a channel is one of its targets.
-    static void showTargetsAlone(HeadlessBrowser& browser) {
-        clickAll(browser, "['outlines', 'frusta', 'names and up marks', 'axes', 'eye point', 'none']");
-    }
-
-    /// Shows nothing but the screen and its light, as it is painted.
-    static void showLightAlone(HeadlessBrowser& browser) {
-        clickAll(browser, "['targets', 'outlines', 'frusta', 'names and up marks', 'axes', 'eye point']");
-        browser.evaluate(
-            "(() => { const range = document.querySelector('input[type=range]'); range.value = 100;"
-            "  range.dispatchEvent(new Event('input')); })()");
-    }
-
-    /// Clicks the boxes of the panel with these words.
-    static void clickAll(HeadlessBrowser& browser, const std::string& words) {
-        browser.evaluate("for (const label of document.querySelectorAll('aside label')) { if (" + words +
-                         ".includes(label.textContent)) { label.querySelector('input').click(); } }");
-    }
-
-    static void pressButton(HeadlessBrowser& browser, const std::string& words) {
-        browser.evaluate("[...document.querySelectorAll('button')].find((one) => one.textContent === '" + words +
-                         "').click()");
-    }
-
-    /// Hides or shows a channel as its box does.
-    static void toggle(HeadlessBrowser& browser, const std::string& channel) {
-        browser.evaluate("[...document.querySelectorAll('#channels label')].find((one) => one.textContent === '" +
-                         channel + "').querySelector('input').click()");
-    }
-
-    /// The middle of a dot of that colour: right, down.
-    static std::optional<std::pair<double, double>> dotOf(const PngImage& image, const PngImage::Colour& colour) {
-        constexpr int NEARLY_SAME = 12;  // the edge of a dot is mixed with what is below it
-        constexpr std::array<std::array<std::size_t, 2>, 5> CROSS{{{1, 1}, {0, 1}, {2, 1}, {1, 0}, {1, 2}}};
-        for (std::size_t down = 1; down + 1 < image.height; ++down) {
-            for (std::size_t right = PANEL; right + 1 < image.width; ++right) {
-                const bool isDot = std::all_of(CROSS.begin(), CROSS.end(), [&](const auto& step) {
-                    const auto found = image.at(right + step[0] - 1, down + step[1] - 1);
-                    return std::abs(found[0] - colour[0]) <= NEARLY_SAME &&
-                           std::abs(found[1] - colour[1]) <= NEARLY_SAME &&
-                           std::abs(found[2] - colour[2]) <= NEARLY_SAME;
-                });
-                if (isDot) {
-                    return std::pair(static_cast<double>(right), static_cast<double>(down));
-                }
-            }
-        }
-        return std::nullopt;
-    }
-
-    /// The picture without the panel, which shows the colours of the channels and the state of its buttons.
-    static PngImage sceneOf(HeadlessBrowser& browser) { return browser.screenshot().rightOf(PANEL); }
-
-    /// What the page says of what was picked.
-    static std::map<std::string, std::string> readout(HeadlessBrowser& browser, const std::string& id = "readout") {
-        return browser.evaluate("Object.fromEntries([...document.querySelectorAll('#" + id +
-                                " dt')].map((name) => [name.textContent, name.nextSibling.textContent]))");
-    }
-
-    /// Right edge of the panel; pixels.
-    static constexpr std::size_t PANEL = 330;
-
-    TemporaryFolder m_folder;
-    std::optional<HeadlessBrowser> m_browser;
-};
 
 TEST_F(ViewPageTest, EveryExampleIsShownWithoutAComplaint) {
     int shown = 0;
@@ -327,17 +218,6 @@ TEST_F(ViewPageTest, TextsOfTheScalesCoverNoOther) {
         EXPECT_GE(answer.at("shown"), 6) << view;
         EXPECT_THAT(answer.at("covering"), IsEmpty()) << view << answer.at("covering");
     }
-}
-
-/// A wall of four by two metres at y = 5 with a channel on its left part and one on its right part; they share a fifth
-/// of it.
-std::string sharedWall() {
-    const std::string channel = "<Resolution width='1920' height='1200'/><ScreenArea bottom='0' top='1' ";
-    return "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'><Centre x='0' "
-           "y='5' z='0'/><Size width='4' height='2'/></Screen><TargetData type='PlanarBasic'/><Projectors><Projector "
-           "id='A'><Name>A</Name>" +
-           channel + "left='0' right='0.6'/></Projector><Projector id='B'><Name>B</Name>" + channel +
-           "left='0.4' right='1'/></Projector></Projectors></Display>";
 }
 
 /// Pixels in which one light is much stronger than another: 0 red, 1 green, 2 blue.

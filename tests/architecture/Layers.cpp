@@ -92,7 +92,7 @@ const std::vector<Library>& all() {
         room("DisplayReport/channels", {"BackEnd/DisplayReport/channels/", "include/DisplayReport/channels/"},
              {"DisplayReport/basics"}, {}),
         room("DisplayReport/maps", {"BackEnd/DisplayReport/maps/", "include/DisplayReport/maps/"},
-             {"DisplayReport/basics", "DisplayReport/channels"}, {}),
+             {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/coverage"}, {}),
         room("DisplayReport/targets", {"BackEnd/DisplayReport/targets/", "include/DisplayReport/targets/"},
              {"DisplayReport/basics", "DisplayReport/channels", "DisplayReport/maps"}, {"nlohmann"}),
         room("DisplayReport/coverage", {"BackEnd/DisplayReport/coverage/", "include/DisplayReport/coverage/"},

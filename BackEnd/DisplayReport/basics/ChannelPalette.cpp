@@ -17,6 +17,7 @@ constexpr std::array<Colour, 8> COLOURS{{{230, 159, 0},
                                          {213, 94, 0},
                                          {204, 121, 167},
                                          {160, 160, 160}}};
+static_assert(2 * COLOURS.size() == DIFFERENT_CHANNEL_COLOURS);
 /// From the same eight, but for the dark one.
 constexpr std::array<Colour, 4> BY_COUNT{{{84, 90, 97}, {0, 114, 178}, {230, 159, 0}, {240, 228, 66}}};
 constexpr Colour WHITE{255, 255, 255};

@@ -14,6 +14,9 @@ struct Colour {
     [[nodiscard]] bool operator==(const Colour&) const = default;
 };
 
+/// Further channels have the same colours again: whoever draws them keeps them apart by numbers or patterns.
+constexpr std::size_t DIFFERENT_CHANNEL_COLOURS = 16;
+
 /// The colour of a channel by its place in the configuration: eight that stay apart for colour-blind eyes too (Okabe
 /// and Ito, 2008), then paler ones of the same eight, then these sixteen again.
 [[nodiscard]] Colour channelColour(std::size_t channel);

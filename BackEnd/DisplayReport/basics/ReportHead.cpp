@@ -13,12 +13,20 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <memory>
 #include <string_view>
 
 namespace Veltrani::DisplayReport {
 
 namespace {
+
+// What the lines of a comment begin with, and what separates the parts of one.
+constexpr std::string_view REPORT = "# screenmanager/";
+constexpr std::string_view VERSION = " version ";
+constexpr std::string_view PLACES = "# x, y, z: ";
+constexpr std::string_view UNIT = "; unit ";
+constexpr std::string_view UNKNOWN_UNIT = "not known";
 
 constexpr const char* PICTURE = "place in the picture of the channel, (0, 0) bottom left, (1, 1) top right";
 
@@ -74,8 +82,32 @@ std::string ReportHead::comment() const {
     if (report.empty()) {
         return "";
     }
-    return "# screenmanager/" + report + " version " + std::to_string(version) + "\n# x, y, z: " + frame + "; unit " +
-           (unit.empty() ? "not known" : onOneLine(unit)) + "\n# u, v: " + PICTURE + "\n";
+    std::string text;
+    text.append(REPORT).append(report).append(VERSION).append(std::to_string(version)).append("\n");
+    text.append(PLACES).append(frame).append(UNIT);
+    text.append(unit.empty() ? std::string(UNKNOWN_UNIT) : onOneLine(unit));
+    return text + "\n# u, v: " + PICTURE + "\n";
+}
+
+void ReportHead::read(std::string_view line) {
+    const bool isReport = line.starts_with(REPORT);
+    if (!isReport && !line.starts_with(PLACES)) {
+        return;
+    }
+    const std::string_view rest = line.substr((isReport ? REPORT : PLACES).size());
+    // A unit has no separator in its name, a frame of somebody else may.
+    const std::size_t end = rest.rfind(isReport ? VERSION : UNIT);
+    if (end == std::string_view::npos) {
+        return;
+    }
+    const std::string_view last = rest.substr(end + (isReport ? VERSION : UNIT).size());
+    if (isReport) {
+        report = rest.substr(0, end);
+        std::from_chars(last.data(), last.data() + last.size(), version);
+    } else {
+        frame = rest.substr(0, end);
+        unit = last == UNKNOWN_UNIT ? "" : last;
+    }
 }
 
 std::string ReportHead::members() const {

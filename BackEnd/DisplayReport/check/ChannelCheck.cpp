@@ -54,17 +54,21 @@ std::string positionText(const ChannelView& view, const std::string& unit) {
            (unit.empty() ? "" : " " + unit);
 }
 
-/// "right and up"; "ahead" within ten degrees.
+/// "right and up", "behind, to the left"; "ahead" within ten degrees. What is "left" or "right" lies there, and not ten
+/// degrees and more behind the side.
 std::string headingInWords(const Heading& heading) {
-    constexpr double AHEAD = 10.0 * std::numbers::pi / 180.0;
+    constexpr double CLOSE = 10.0 * std::numbers::pi / 180.0;
     const double aside = std::abs(heading.azimuth);
+    const std::string side = heading.azimuth < 0 ? "left" : "right";
     std::string words;
-    if (aside >= std::numbers::pi - AHEAD) {
-        words = "back";
-    } else if (aside > AHEAD) {
-        words = heading.azimuth < 0 ? "left" : "right";
+    if (aside >= std::numbers::pi - CLOSE) {
+        words = "behind";
+    } else if (aside >= std::numbers::pi / 2 + CLOSE) {
+        words = "behind, to the " + side;
+    } else if (aside > CLOSE) {
+        words = side;
     }
-    if (std::abs(heading.elevation) > AHEAD) {
+    if (std::abs(heading.elevation) > CLOSE) {
         words += std::string(words.empty() ? "" : " and ") + (heading.elevation < 0 ? "down" : "up");
     }
     return words.empty() ? "ahead" : words;

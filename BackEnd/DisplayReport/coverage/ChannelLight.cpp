@@ -7,11 +7,13 @@
 #include "ScreenManager/CustomPlanarTargetLocator.h"
 #include "ScreenManager/CustomProjectionTargetLocator.h"
 #include "ScreenManager/DisplayKinds.h"
+#include "ScreenManager/FrustumRays.h"
 #include "ScreenManager/PlanarTargetLocator.h"
 #include "ScreenManager/SphereTargetLocator.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -34,10 +36,15 @@ std::unique_ptr<ChannelLight> searched(const std::shared_ptr<const TargetLocator
                                        const ScreenGeometry& surface) {
     // The paths that come here are those of this family. A class from elsewhere may have a record of its own.
     auto family = std::static_pointer_cast<const SphereTargetLocator>(locator);
-    if (dynamic_cast<const SphereTargetLocatorParams*>(&family->getTargetLocatorParams()) == nullptr) {
+    const auto* const record = dynamic_cast<const SphereTargetLocatorParams*>(&family->getTargetLocatorParams());
+    if (record == nullptr) {
         refuse();
     }
-    return std::make_unique<SearchedLight>(std::move(family), surface);
+    const auto follow = [family = std::move(family), rays = FrustumRays(*record)](const Point<double, 2>& picture) {
+        Point<double, 3> place;
+        return family->locate(rays.directionOf(picture), place).first ? std::optional(place) : std::nullopt;
+    };
+    return std::make_unique<SearchedLight>(follow, surface);
 }
 
 std::unique_ptr<ChannelLight> throughFrustum(const std::shared_ptr<const TargetLocator>& locator,

@@ -60,10 +60,8 @@ double usual(std::vector<double> distances) {
 
 }  // namespace
 
-SearchedLight::SearchedLight(std::shared_ptr<const SphereTargetLocator> locator, const ScreenGeometry& surface)
-    : m_locator(std::move(locator)),
-      m_rays(static_cast<const SphereTargetLocatorParams&>(m_locator->getTargetLocatorParams())),
-      m_samePlace(SAME_PLACE * norm(extentOf(surface).size())) {
+SearchedLight::SearchedLight(Way arrival, const ScreenGeometry& surface)
+    : m_arrival(std::move(arrival)), m_samePlace(SAME_PLACE * norm(extentOf(surface).size())) {
     addLattice();
 }
 
@@ -75,7 +73,7 @@ void SearchedLight::addLattice() {
         for (std::size_t column = 0; column < LATTICE_COLUMNS; ++column) {
             pictures.emplace_back(static_cast<double>(column) / (LATTICE_COLUMNS - 1),
                                   static_cast<double>(row) / (LATTICE_ROWS - 1));
-            const auto here = arrivals.emplace_back(arrival(pictures.back()));
+            const auto here = arrivals.emplace_back(m_arrival(pictures.back()));
             const auto left = column > 0 ? arrivals[arrivals.size() - 2] : std::nullopt;
             const auto below = row > 0 ? arrivals[arrivals.size() - 1 - LATTICE_COLUMNS] : std::nullopt;
             for (const auto& neighbour : {left, below}) {
@@ -96,14 +94,9 @@ void SearchedLight::addLattice() {
     m_places = std::make_unique<PointIndex>(std::move(places));
 }
 
-std::optional<Point<double, 3>> SearchedLight::arrival(const Point<double, 2>& picture) const {
-    Point<double, 3> place;
-    return m_locator->locate(m_rays.directionOf(picture), place).first ? std::optional(place) : std::nullopt;
-}
-
 void SearchedLight::land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const {
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        const std::optional<Point<double, 3>> place = arrival(picture[i]);
+        const std::optional<Point<double, 3>> place = m_arrival(picture[i]);
         landings[i].hits = place.has_value();
         if (place) {
             landings[i].on = {*place, {}, false};
@@ -157,7 +150,7 @@ const SearchedLight::Node* SearchedLight::nearestOfLattice(const Point<double, 3
 }
 
 std::optional<SearchedLight::Probe> SearchedLight::probe(const Point<double, 2>& picture) const {
-    const std::optional<Point<double, 3>> here = arrival(picture);
+    const std::optional<Point<double, 3>> here = m_arrival(picture);
     if (!here) {
         return std::nullopt;
     }
@@ -169,7 +162,7 @@ std::optional<SearchedLight::Probe> SearchedLight::probe(const Point<double, 2>&
 std::optional<Point<double, 3>> SearchedLight::slope(const Point<double, 2>& picture, const Point<double, 3>& place,
                                                      const Point<double, 2>& step) const {
     for (const double way : {1.0, -1.0}) {
-        const std::optional<Point<double, 3>> there = arrival(picture + way * step);
+        const std::optional<Point<double, 3>> there = m_arrival(picture + way * step);
         if (there && norm(*there - place) < STEADY * m_reach) {
             return (*there - place) * (way / STEP);
         }

@@ -2,25 +2,29 @@
 
 #include "DisplayReport/coverage/ChannelLight.h"
 #include "DisplayReport/coverage/PointIndex.h"
-#include "ScreenManager/FrustumRays.h"
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
 
-/// The light of a channel whose rays can be followed, but not backwards in closed form: by way of a mirror, or bent by
-/// tables of headings.
+/// The light of a channel that can be followed from its picture to the screen, but not backwards in closed form: by way
+/// of a mirror, bent by tables of headings, or laid out in the 2D coordinates of a screen.
 ///
-/// The target locator follows single rays: what reaches the screen from the side that fewer rays reach, which a grid of
-/// targets leaves out, is light as well. The way back starts at the nearest point of a lattice over the picture and
+/// Single places are followed: what reaches the screen from the side that fewer rays reach, which a grid of targets
+/// leaves out, is light as well. The way back starts at the nearest point of a lattice over the picture and
 /// goes on by Newton's method; a point whose picture point is not found is not lit. Where the picture lies on a spot of
 /// the screen twice, one of the two is enough.
 class SearchedLight : public ChannelLight {
 public:
-    /// @param locator not null; follows the current screen of the `ScreenManager`
+    /// Returns where the light of a picture point, which may lie outside of the picture, arrives; none where it misses.
+    using Way = std::function<std::optional<Point<double, 3>>(const Point<double, 2>& picture)>;
+
+    /// @param arrival on the current screen
     /// @param surface that screen
-    SearchedLight(std::shared_ptr<const SphereTargetLocator> locator, const ScreenGeometry& surface);
+    SearchedLight(Way arrival, const ScreenGeometry& surface);
 
     void land(std::span<const Point<double, 2>> picture, std::span<Landing> landings) const override;
     [[nodiscard]] bool lights(const SurfacePoint& point) const override;
@@ -51,8 +55,6 @@ private:
     enum class Aim { SIDE_OF_EDGE, PICTURE_POINT };
 
     void addLattice();
-    /// Where the light of a picture point arrives; none where it misses.
-    [[nodiscard]] std::optional<Point<double, 3>> arrival(const Point<double, 2>& picture) const;
     /// The picture point of a place, or, where that is enough, one on the same side of the picture's edge.
     [[nodiscard]] std::optional<Point<double, 2>> search(const Point<double, 3>& place, Aim aim) const;
     /// The point of the lattice that lands nearest to a place; null when that is too far away.
@@ -66,8 +68,7 @@ private:
     /// Goes the step from `picture`, or a part of it; false when none comes nearer to `place`.
     bool approach(const Point<double, 3>& place, Point<double, 2> step, Point<double, 2>& picture, Probe& here) const;
 
-    std::shared_ptr<const SphereTargetLocator> m_locator;
-    FrustumRays m_rays;
+    Way m_arrival;
     std::vector<Node> m_lattice;           ///< those of its points that land on the screen
     std::unique_ptr<PointIndex> m_places;  ///< where they do
     double m_reach = 0;                    ///< native units: no lit point is further away from the lattice

@@ -1,11 +1,13 @@
 #include "DisplayReport/maps/PointMapping.h"
 
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
 #include "Configuration/IUnitsConfig.h"
+#include "Configuration/UnitConversionTable.h"
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/basics/JsonText.h"
 #include "DisplayReport/basics/NumberText.h"
-#include "DisplayReport/maps/LayoutMapper.h"
+#include "DisplayReport/maps/PointMap.h"
 #include "ScreenManager/DisplayKinds.h"
 
 #include <exception>
@@ -43,23 +45,68 @@ void addNumbers(JsonObject& object, PointKind kind, const Place& place, bool isK
     }
 }
 
+[[noreturn]] void refuse(const std::string& what) {
+    throw VeltraniException(__FILE__, __LINE__, fromUtf8OrBytes(what));
+}
+
+/// Two names of one unit are as good as one; what is not known is believed.
+void requireUnit(const std::string& found, const std::string& expected) {
+    const auto metresPer = [](const std::string& unit) {
+        return UnitConversionTable::metresPer(UnitConversionTable::getUnitSubTypeFromName(fromUtf8(unit)));
+    };
+    const bool isSame = found == expected || found.empty() || expected.empty() ||
+                        (metresPer(found) > 0 && metresPer(found) == metresPer(expected));
+    if (!isSame) {
+        refuse("lengths of this table are in " + found + ", those of the display in " + expected +
+               ": convert them, and name the new unit in the line that begins with \"# x, y, z:\"");
+    }
+}
+
 }  // namespace
 
-PointMapping::PointMapping(LayoutMapper& map, PointKind kind, std::function<void()> progress, PointFormat format,
+PointMapping::PointMapping(PointMap& map, PointKind kind, std::function<void()> progress, PointFormat format,
                            ReportHead head)
     : m_map(map), m_kind(kind), m_progress(std::move(progress)), m_format(format), m_head(std::move(head)) {}
 
-ReportHead PointMapping::headOf(const XMLConfigManager& config) {
+ReportHead PointMapping::headOf(const XMLConfigManager& config, PointSpace space) {
     const DisplayKind* const kind = DisplayKind::of(config);
     const IUnitsConfig* const units = config.getNativeUnitsConfig();
     ReportHead head{"map", units == nullptr ? std::string() : toUtf8(units->getUnitName())};
-    if (kind != nullptr && kind->layout == DisplayKind::Layout::PLANE) {
+    if (space == PointSpace::SCREEN) {
+        head.frame = ReportHead::ON_SCREEN;
+    } else if (kind != nullptr && kind->layout == DisplayKind::Layout::PLANE) {
         head.frame = "layout plane, +x right, +y up, z = 0";
     } else if (kind != nullptr && kind->layout == DisplayKind::Layout::SCREEN) {
         head.frame = "screen, x = s from left to right, y = 0, z = t from bottom to top";
         head.unit = "the screen from edge to edge";
     }
     return head;
+}
+
+PointSpace PointMapping::spaceOf(const ReportHead& table, const XMLConfigManager& config,
+                                 std::optional<PointSpace> stated) {
+    if (table.frame.empty()) {
+        return stated.value_or(PointSpace::LAYOUT);
+    }
+    const ReportHead layout = headOf(config);
+    const bool isScreen = table.frame == ReportHead::WORLD || table.frame == ReportHead::ON_SCREEN;
+    const bool isLayout = table.frame == layout.frame || (isScreen && layout.frame == ReportHead::WORLD);
+    if (!isLayout && !isScreen) {
+        refuse("x, y, z of this table are \"" + table.frame + "\", expected \"" + layout.frame + "\" or \"" +
+               ReportHead::WORLD + "\": it was made with a display of another kind, make it with this one");
+    }
+    const bool isOfTargets = table.report == "targets" || table.frame == ReportHead::ON_SCREEN;
+    PointSpace space = stated.value_or(isOfTargets ? PointSpace::SCREEN : PointSpace::LAYOUT);
+    if (isLayout != isScreen) {
+        space = isLayout ? PointSpace::LAYOUT : PointSpace::SCREEN;
+    }
+    if (stated && *stated != space) {
+        refuse("x, y, z of this table are \"" + table.frame + "\", which are no " +
+               (*stated == PointSpace::LAYOUT ? "layout points" : "places on the screen") +
+               " of this display: leave out what they are, the table states it");
+    }
+    requireUnit(table.unit, headOf(config, space).unit);
+    return space;
 }
 
 PointMapping::Count PointMapping::run(const Source& source, std::ostream& out) {

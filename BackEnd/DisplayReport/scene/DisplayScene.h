@@ -10,6 +10,7 @@
 #include "DisplayReport/targets/TargetSurvey.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +20,13 @@ namespace Veltrani::DisplayReport {
 /// A point cloud as a picture shows it.
 struct SceneCloud {
     std::vector<Point<double, 3>> points;  ///< finite
+};
+
+/// How a piece of a line is drawn.
+enum class PieceLook : std::uint8_t {
+    WHOLE = 0,
+    DASHED = 1,  ///< no light arrives there
+    NONE = 2,
 };
 
 /// A channel as a picture shows it.
@@ -33,7 +41,10 @@ struct SceneChannel {
     /// As long as `targets.boundary`: true for samples that lie on a continuation of the screen past its edge, where no
     /// light arrives. A line to or from such a sample is drawn as one that is none of the screen, or not at all.
     std::vector<bool> beyond;
-    std::vector<bool> rimBeyond;  ///< the same of the rim of `frustum`, whose rays end in the air there
+    /// As long as the rim of `frustum`, or empty where there is no screen: how the piece from each end of a ray to the
+    /// next one is drawn. Where rays pass the screen it is dashed; it is left out there in a channel whose outline is
+    /// dashed already, beside which it would run: two dashed lines look like a whole one.
+    std::vector<PieceLook> rimPieces;
     /// An arrow on the screen towards the upper edge of its picture: shaft and head, each a line. Empty where its light
     /// is not known, or misses.
     std::vector<std::vector<Point<double, 3>>> upMark;

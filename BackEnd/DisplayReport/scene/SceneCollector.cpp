@@ -211,6 +211,21 @@ void addChannels(const XMLConfigManager& config, const TargetSurvey& survey, Dis
     }
 }
 
+void addRimPieces(const ScreenEdge& edge, SceneChannel& channel) {
+    if (!channel.frustum) {
+        return;
+    }
+    std::vector<bool> beyond;
+    for (const P3& end : channel.frustum->rim) {
+        beyond.push_back(!edge.isWithin(end));
+    }
+    const bool isOutlineDashed = std::find(channel.beyond.begin(), channel.beyond.end(), true) != channel.beyond.end();
+    for (std::size_t i = 0; i < beyond.size(); ++i) {
+        const bool isPast = beyond[i] || beyond[(i + 1) % beyond.size()];
+        channel.rimPieces.push_back(!isPast ? PieceLook::WHOLE : isOutlineDashed ? PieceLook::NONE : PieceLook::DASHED);
+    }
+}
+
 }  // namespace
 
 DisplayScene SceneCollector::collect(const std::string& title, const XMLConfigManager& config,
@@ -349,9 +364,7 @@ void SceneCollector::markContinuations(DisplayScene& scene) {
             channel.beyond.push_back(!edge.isWithin(sample));
             beyond += channel.beyond.back() ? 1 : 0;
         }
-        for (const P3& end : channel.frustum ? channel.frustum->rim : std::vector<P3>()) {
-            channel.rimBeyond.push_back(!edge.isWithin(end));
-        }
+        addRimPieces(edge, channel);
     }
     if (beyond > 0) {
         scene.notes.push_back(

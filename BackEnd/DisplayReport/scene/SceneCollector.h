@@ -38,7 +38,7 @@ private:
     /// Every so many columns and rows, and samples.
     void thinTargets(DisplayScene& scene) const;
     void thinOutlines(DisplayScene& scene) const;
-    /// Finds out which samples of the outlines lie past the edge of the screen.
+    /// Finds out which samples of the outlines, and which pieces of the rims, lie past the edge of the screen.
     static void markContinuations(DisplayScene& scene);
 
     Limits m_limits;

@@ -109,7 +109,9 @@ Json coloursText(const std::vector<Colour>& colours) {
 Json legendJson(const SceneShading& shading, ShadeBy by, const std::vector<std::string>& names) {
     Json list = Json::array();
     for (const ShadeEntry& entry : legendOf(shading, by, names)) {
-        list.push_back({{"text", entry.text}, {"colours", coloursText(entry.colours)}});
+        list.push_back({{"text", entry.text},
+                        {"colours", coloursText(entry.colours)},
+                        {"channel", entry.channel ? Json(*entry.channel) : Json()}});
     }
     return list;
 }
@@ -166,7 +168,10 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
         picture.insert(picture.end(), {target.picture[0], target.picture[1]});
     }
     const std::vector<std::uint8_t> beyond(channel.beyond.begin(), channel.beyond.end());
-    const std::vector<std::uint8_t> rimBeyond(channel.rimBeyond.begin(), channel.rimBeyond.end());
+    std::vector<std::uint8_t> rimPieces;
+    for (const PieceLook look : channel.rimPieces) {
+        rimPieces.push_back(static_cast<std::uint8_t>(look));
+    }
     return {{"name", channel.targets.name},
             {"projector", channel.targets.projectorId},
             {"colour", hexText(channel.colour)},
@@ -186,7 +191,7 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
             {"boundary", normal.text(channel.targets.boundary)},
             {"exactBoundary", exactPoints(channel.targets.boundary)},
             {"beyond", base64Of(beyond)},
-            {"rimBeyond", base64Of(rimBeyond)},
+            {"rimPieces", base64Of(rimPieces)},
             {"upMark", listOf(channel.upMark, [&](const std::vector<P3>& line) { return normal.text(line); })},
             {"lattice", jsonOf(channel.lattice, normal)},
             {"frustum", channel.frustum ? jsonOf(*channel.frustum, normal) : Json()}};
@@ -240,6 +245,7 @@ Json jsonOf(const DisplayScene& scene) {
         {"centre", coordinates(normal.centre())},
         {"scale", normal.scale()},
         {"countColours", coloursText(countColours())},
+        {"channelColours", DIFFERENT_CHANNEL_COLOURS},
         {"home", coordinates(SceneCamera::directionOf("home", scene))},
         {"middle", coordinates(middleOfScreen(scene, normal))},
         {"notes", scene.notes},

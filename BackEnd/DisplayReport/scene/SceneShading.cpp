@@ -81,7 +81,7 @@ std::vector<ShadeEntry> legendByChannel(const SceneShading& shading, const std::
     }
     for (std::size_t channel = 0; channel < names.size(); ++channel) {
         if (const double part = shading.partLitByChannel(channel); part > 0) {
-            legend.push_back({{channelColour(channel)}, names[channel]});
+            legend.push_back({{channelColour(channel)}, names[channel], channel});
             parts.push_back(part);
         }
     }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,8 +55,9 @@ constexpr std::size_t MOST_COUNTED = 3;
 
 /// A line of the legend of a shading.
 struct ShadeEntry {
-    std::vector<Colour> colours;  ///< as `coloursOf`
-    std::string text;             ///< "2 projectors, 12.5 % of the screen"; UTF-8
+    std::vector<Colour> colours;              ///< as `coloursOf`
+    std::string text;                         ///< "2 projectors, 12.5 % of the screen"; UTF-8
+    std::optional<std::size_t> channel = {};  ///< that it is about: its place among all
 };
 
 /// What the colours of a shading mean, those alone that occur.

@@ -132,12 +132,23 @@ private:
     }
 
     /// Dashed where it lies on a continuation of the screen, on which there is no light.
-    void addLoop(const Polygon& points, const std::vector<bool>& beyond, const Colour& colour, double width) {
-        const auto isBeyond = [&](std::size_t i) { return i < beyond.size() && beyond[i]; };
+    void addOutline(const SceneChannel& channel, const Colour& colour) {
+        const Polygon& points = channel.targets.boundary;
+        const auto isBeyond = [&](std::size_t i) { return i < channel.beyond.size() && channel.beyond[i]; };
         for (std::size_t i = 0; i < points.size(); ++i) {
             const std::size_t next = (i + 1) % points.size();
             const bool isDashed = isBeyond(i) || isBeyond(next);
-            addPiece(points[i], points[next], colour, isDashed ? THIN : width, isDashed);
+            addPiece(points[i], points[next], colour, isDashed ? THIN : THICK, isDashed);
+        }
+    }
+
+    void addRim(const SceneChannel& channel, const Colour& colour) {
+        const Polygon& points = channel.frustum->rim;
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            const PieceLook look = i < channel.rimPieces.size() ? channel.rimPieces[i] : PieceLook::WHOLE;
+            if (look != PieceLook::NONE) {
+                addPiece(points[i], points[(i + 1) % points.size()], colour, THIN, look == PieceLook::DASHED);
+            }
         }
     }
 
@@ -240,7 +251,7 @@ private:
         const double size =
             std::clamp(CLOSE * targetSpacing(channel, m_camera, m_scene.targetStep) / m_pixel, SMALLEST_DOT, DOT);
         const Colour dark = mixed(channel.colour, BLACK, 0.25);
-        addLoop(channel.targets.boundary, channel.beyond, dark, THICK);
+        addOutline(channel, dark);
         if (!m_scene.marks.empty()) {
             return;  // single targets would hide what the axes show
         }
@@ -260,7 +271,7 @@ private:
                 addLine(edge[i - 1], edge[i], pale, THIN);
             }
         }
-        addLoop(frustum.rim, channel.rimBeyond, pale, THIN);
+        addRim(channel, pale);
         addDisc(frustum.apex, channel.colour, PLACE_DOT);
         for (const auto& [a, b, c] : frustum.mirrorTriangles) {
             addTriangle(frustum.mirrorVertices[a], frustum.mirrorVertices[b], frustum.mirrorVertices[c], channel.colour,

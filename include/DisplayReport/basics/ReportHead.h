@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -14,6 +15,8 @@ struct SourceFile {
 /// What a result for programs says of itself before its first number.
 struct ReportHead {
     static constexpr const char* WORLD = "world, right-handed, +x right, +y forward, +z up";
+    /// The same, of places where light arrives as it does at targets.
+    static constexpr const char* ON_SCREEN = "world, right-handed, +x right, +y forward, +z up, on the screen";
 
     std::string report = {};    ///< what it is: "targets"; empty: no head is written
     std::string unit = {};      ///< name of the unit of lengths; empty where it is not known
@@ -23,6 +26,8 @@ struct ReportHead {
 
     /// The lines before the header of a table, each behind "# ". None without a report.
     [[nodiscard]] std::string comment() const;
+    /// Takes over what a line of `comment` states, without its end; any other line changes nothing.
+    void read(std::string_view line);
     /// The first members of a JSON object, without its braces. None without a report.
     [[nodiscard]] std::string members() const;
 

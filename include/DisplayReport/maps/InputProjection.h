@@ -42,6 +42,8 @@ public:
 
     /// Whether the left edge of the input goes on at its right one.
     [[nodiscard]] bool wrapsAround() const { return m_kind == Kind::EQUIRECTANGULAR; }
+    /// Whether the input has no place for what lies behind the viewer.
+    [[nodiscard]] bool leavesOutBehind() const { return m_kind == Kind::FISHEYE; }
 
     [[nodiscard]] static bool hasPanorama(const XMLConfigManager& config);
 

@@ -2,6 +2,7 @@
 
 #include "Common/Point.h"
 #include "DisplayReport/channels/ChannelChoice.h"
+#include "DisplayReport/maps/PointMap.h"
 #include "ScreenManager/LayoutMapFactory.h"
 
 #include <span>
@@ -12,7 +13,7 @@ namespace Veltrani::DisplayReport {
 /// mapped.
 ///
 /// A point whose image is not finite counts as not mapped: the maps leave some of those to their callers.
-class LayoutMapper {
+class LayoutMapper : public PointMap {
 public:
     /// Build the screen first if `needsScreen`.
     ///
@@ -22,12 +23,8 @@ public:
     /// @param useCache see `LayoutMapFactory::create`
     LayoutMapper(XMLConfigManager& config, const ChannelChoice& channel, bool useCache);
 
-    /// Many picture points at once.
-    /// @param layout receives the layout points, as long as `picture`
-    void toLayout(std::span<const Point<double, 2>> picture, std::span<LayoutPoint> layout);
-
-    /// @return whether the channel shows the layout point; `picture` is untouched when it does not
-    bool toPicture(const Point<double, 3>& layout, Point<double, 2>& picture);
+    void toLayout(std::span<const Point<double, 2>> picture, std::span<LayoutPoint> layout) override;
+    bool toPicture(const Point<double, 3>& layout, Point<double, 2>& picture) override;
 
     /// False for displays whose layout is a plane of its own.
     [[nodiscard]] static bool needsScreen(const XMLConfigManager& config);

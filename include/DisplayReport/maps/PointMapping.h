@@ -6,12 +6,19 @@
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
+#include <optional>
 
 class XMLConfigManager;
 
 namespace Veltrani::DisplayReport {
 
-class LayoutMapper;
+class PointMap;
+
+/// What x, y, z are.
+enum class PointSpace {
+    LAYOUT,  ///< a point of the layout, by the layout map of the kind of display
+    SCREEN,  ///< a place on the screen, world frame, as targets have it (`ScreenMapper`)
+};
 
 /// How mapped points are written.
 enum class PointFormat { CSV, JSON };
@@ -38,11 +45,21 @@ public:
     /// @param kind of the points that come in
     /// @param progress called after every few thousand points
     /// @param head written before the header line
-    PointMapping(LayoutMapper& map, PointKind kind, std::function<void()> progress = {},
+    PointMapping(PointMap& map, PointKind kind, std::function<void()> progress = {},
                  PointFormat format = PointFormat::CSV, ReportHead head = {});
 
-    /// What the layout points of a display are, for the head of the result.
-    [[nodiscard]] static ReportHead headOf(const XMLConfigManager& config);
+    /// What x, y, z are on a display, for the head of the result.
+    [[nodiscard]] static ReportHead headOf(const XMLConfigManager& config, PointSpace space = PointSpace::LAYOUT);
+
+    /// What x, y, z of a table are by what it states of itself: layout points where it states nothing, and where both
+    /// are points of one frame, unless it holds targets.
+    ///
+    /// Throws `VeltraniException` for a table of another kind of display, of another unit, and of another space than
+    /// `stated`, with what it is, what is expected and what to do.
+    /// @param table as `PointReader::head` returns it
+    /// @param stated by the caller, if so
+    [[nodiscard]] static PointSpace spaceOf(const ReportHead& table, const XMLConfigManager& config,
+                                            std::optional<PointSpace> stated = std::nullopt);
 
     /// Ends with the source, or once `out` takes no more. What the source throws is thrown on after the points before
     /// it have been written; a JSON object stays open then.
@@ -54,7 +71,7 @@ private:
     void write(const Point<double, 2>& picture, const Point<double, 3>& layout, bool isMapped, std::size_t number,
                std::ostream& out) const;
 
-    LayoutMapper& m_map;
+    PointMap& m_map;
     PointKind m_kind;
     std::function<void()> m_progress;
     PointFormat m_format;

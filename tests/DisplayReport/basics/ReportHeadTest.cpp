@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <sstream>
+
 namespace {
 
 using namespace Veltrani::DisplayReport;
@@ -43,6 +45,30 @@ TEST(ReportHead, AConfigurationComesWithTheFilesThatItNamesOnce) {
     EXPECT_EQ(sources[0].name, file);
     EXPECT_EQ(sources[1].name, mesh);
     EXPECT_EQ(sources[1].sha256, OF_ABC);
+}
+
+TEST(ReportHead, ReadsWhatItWrote) {
+    for (const ReportHead& written : {ReportHead{"targets", "m"}, ReportHead{"map", "", "a plane; unit of its own", 3},
+                                      ReportHead{"map", "the screen from edge to edge", ReportHead::ON_SCREEN}}) {
+        ReportHead head{.frame = ""};
+        std::istringstream lines(written.comment());
+        for (std::string line; std::getline(lines, line);) {
+            head.read(line);
+        }
+        EXPECT_EQ(head.report, written.report);
+        EXPECT_EQ(head.unit, written.unit);
+        EXPECT_EQ(head.frame, written.frame);
+        EXPECT_EQ(head.version, written.version);
+    }
+}
+
+TEST(ReportHead, OtherLinesChangeNothing) {
+    ReportHead head{"targets", "m"};
+    for (const char* line : {"", "#", "# screenmanager", "# x, y, z: no unit", "# u, v: somewhere",
+                             "x, y, z: a; unit b", "# screenmanager/map", "# a remark"}) {
+        head.read(line);
+    }
+    EXPECT_EQ(head.comment(), (ReportHead{"targets", "m"}.comment()));
 }
 
 TEST(ReportHead, BeginsTablesAndObjects) {

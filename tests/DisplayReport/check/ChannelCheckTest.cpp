@@ -83,4 +83,24 @@ TEST(ChannelCheck, AProjectorIsShownWithItsPlaceAndItsView) {
     EXPECT_EQ(channel.fact("on screen"), "not measured");
 }
 
+std::string looksOf(const std::string& azimuth, const std::string& elevation = "0") {
+    const std::string fact = checked("<TargetData type='ProjectorCentric'/>",
+                                     "<Position x='0' y='0' z='3'/><Orientation z='" + azimuth + "' x='" + elevation +
+                                         "' y='0'/><Frustum left='-20' right='20' bottom='-10' top='10'/>")
+                                 .channels.at(0)
+                                 .fact("looks");
+    return fact.substr(0, fact.find(':'));
+}
+
+TEST(ChannelCheck, AViewIsLeftOrRightOnlyWhereItLiesThere) {
+    EXPECT_EQ(looksOf("5"), "ahead");
+    EXPECT_EQ(looksOf("-30"), "left");
+    EXPECT_EQ(looksOf("-95"), "left");
+    EXPECT_EQ(looksOf("95", "20"), "right and up");
+    EXPECT_EQ(looksOf("-165"), "behind, to the left");
+    EXPECT_EQ(looksOf("120", "-20"), "behind, to the right and down");
+    EXPECT_EQ(looksOf("175"), "behind");
+    EXPECT_EQ(looksOf("-175", "20"), "behind and up");
+}
+
 }  // namespace

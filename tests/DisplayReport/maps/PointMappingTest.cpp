@@ -1,10 +1,12 @@
 #include "DisplayReport/maps/PointMapping.h"
 
+#include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "DisplayReport/maps/LayoutMapper.h"
 #include "support/Displays.h"
 #include "support/ForeignLocale.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -91,6 +93,49 @@ TEST_F(PointMappingTest, ManyPointsStayInOrder) {
     }
     EXPECT_FALSE(std::getline(lines, line));
     EXPECT_EQ(m_calls, 3);
+}
+
+std::unique_ptr<XMLConfigFile> displayOf(const std::string& type) {
+    return displays::parsed(displays::FLAT, displays::projector("A", displays::WHOLE_AREA),
+                            "<TargetData type='" + type + "'/>");
+}
+
+TEST(PointSpaces, ATableIsWhatItStates) {
+    using enum PointSpace;
+    const ReportHead nothing{.frame = ""};
+    for (const std::string type : {"PlanarBasic", "CustomPlanar", "Spherical", "3D"}) {
+        SCOPED_TRACE(type);
+        const auto config = displayOf(type);
+        EXPECT_EQ(PointMapping::spaceOf(nothing, *config), LAYOUT);
+        EXPECT_EQ(PointMapping::spaceOf(nothing, *config, SCREEN), SCREEN);
+        EXPECT_EQ(PointMapping::spaceOf(PointMapping::headOf(*config), *config), LAYOUT);
+        EXPECT_EQ(PointMapping::spaceOf(PointMapping::headOf(*config, SCREEN), *config), SCREEN);
+        EXPECT_EQ(PointMapping::spaceOf(ReportHead{"targets", "m"}, *config), SCREEN);
+    }
+    // Where the layout is the world, both are points of one frame.
+    const auto dome = displayOf("Spherical");
+    EXPECT_EQ(PointMapping::spaceOf(ReportHead{"targets", "m"}, *dome, LAYOUT), LAYOUT);
+    EXPECT_EQ(PointMapping::spaceOf(ReportHead{"survey", "m"}, *dome), LAYOUT);
+    EXPECT_EQ(PointMapping::spaceOf(ReportHead{"survey", "m"}, *displayOf("PlanarBasic")), SCREEN);
+}
+
+TEST(PointSpaces, ATableThatContradictsTheDisplayIsRefused) {
+    using enum PointSpace;
+    const auto wall = displayOf("PlanarBasic");
+    const auto refusal = [](const ReportHead& table, const XMLConfigFile& config, std::optional<PointSpace> stated) {
+        try {
+            static_cast<void>(PointMapping::spaceOf(table, config, stated));
+        } catch (const VeltraniException& thrown) {
+            return Veltrani::toUtf8(thrown.message);
+        }
+        return std::string();
+    };
+    EXPECT_THAT(refusal(ReportHead{"targets", "m"}, *wall, LAYOUT), testing::HasSubstr("are no layout points"));
+    EXPECT_THAT(refusal(PointMapping::headOf(*wall), *wall, SCREEN), testing::HasSubstr("are no places on the screen"));
+    EXPECT_THAT(refusal(PointMapping::headOf(*wall), *displayOf("3D"), {}), testing::HasSubstr("of another kind"));
+    EXPECT_THAT(refusal(ReportHead{"targets", "mm"}, *wall, {}),
+                testing::HasSubstr("lengths of this table are in mm, those of the display in m: convert them"));
+    EXPECT_EQ(refusal(ReportHead{"targets", ""}, *wall, {}), "") << "a unit that is not known is believed";
 }
 
 TEST_F(PointMappingTest, AnOutputThatTakesNoMoreEndsIt) {

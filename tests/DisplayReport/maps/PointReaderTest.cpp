@@ -53,8 +53,71 @@ TEST(PointReader, AHeaderMayStandFirst) {
     EXPECT_THAT(read(" X , y ,Z\n1,2,3\n", PointKind::LAYOUT).points, ElementsAre(P3{1, 2, 3}));
     EXPECT_THAT(read("1,2\nu,v\n").fault, StartsWith("points.csv:2: point: found \"u,v\""));
     EXPECT_THAT(read("u,v\nu,v\n").fault, StartsWith("points.csv:2: "));
-    EXPECT_THAT(read("x,y,z\n").fault, StartsWith("points.csv:1: point: found \"x,y,z\", expected u,v: 2 finite"));
-    EXPECT_THAT(read("v,u\n1,2\n").fault, StartsWith("points.csv:1: ")) << "columns are not exchanged in silence";
+    EXPECT_THAT(read("x,y,z\n").fault,
+                StartsWith("points.csv:1: point: found \"x,y,z\", expected the columns u,v, each "
+                           "once, or points that are mapped the other way; "));
+    EXPECT_THAT(read("u,u,v\n1,2,3\n").fault, StartsWith("points.csv:1: point: found \"u,u,v\""));
+}
+
+TEST(PointReader, ColumnsAreReadByTheirNames) {
+    EXPECT_THAT(read("v,u\n1,2\n").points, ElementsAre(P3{2, 1, 0}));
+    const std::string table = "u,v,x,y,z,mapped\n0.5,0.25,1,2,3,1\n";
+    EXPECT_THAT(read(table).points, ElementsAre(P3{0.5, 0.25, 0}));
+    EXPECT_THAT(read(table, PointKind::LAYOUT).points, ElementsAre(P3{1, 2, 3}));
+    EXPECT_THAT(read("name, \"Z\" ,y,x\n\"a, \"\"b\"\"\",3,2,1\n\"line\nfeed\",6,5,4\n", PointKind::LAYOUT).points,
+                ElementsAre(P3{1, 2, 3}, P3{4, 5, 6}));
+    for (const char* row : {"1,2,3,4,5", "1,2,3,4,5,1,9", "\"1,2,3,4,5,6", "\"1\"1,2,3,4,5,6"}) {
+        EXPECT_THAT(read("u,v,x,y,z,mapped\n" + std::string(row) + "\n").fault,
+                    HasSubstr("expected 6 columns, as the header names them"))
+            << row;
+    }
+    EXPECT_THAT(read("a,u,v\nx,1,\n").fault, StartsWith("points.csv:2: point: found \"x,1,\", expected u,v: 2 finite"))
+        << "half a point";
+    EXPECT_THAT(read("a,u,v\n\"x\ny\",1,2\nx,1,two\n").fault, StartsWith("points.csv:4: "));
+}
+
+PointReader::PassedOver passedOver(const std::string& text, const std::string& projector, std::vector<P3>& points) {
+    std::istringstream in(text);
+    PointReader reader(in, "points.csv", PointKind::PICTURE);
+    reader.takeOnly(projector);
+    for (P3 point; reader.next(point);) {
+        points.push_back(point);
+    }
+    return reader.passedOver();
+}
+
+TEST(PointReader, RowsOfOtherChannelsAndRowsWithoutAPlaceArePassedOver) {
+    const std::string table = "Projector,u,v\nA,1,2\nB,3,4\nA,,\nB,,\nA,5,6\n";
+    std::vector<P3> points;
+    const auto ofOne = passedOver(table, "A", points);
+    EXPECT_THAT(points, ElementsAre(P3{1, 2, 0}, P3{5, 6, 0}));
+    EXPECT_EQ(ofOne.ofOthers, 2U);
+    EXPECT_EQ(ofOne.withoutPlace, 1U);
+    points.clear();
+    const auto ofAll = passedOver(table, "", points);
+    EXPECT_EQ(points.size(), 3U);
+    EXPECT_EQ(ofAll.ofOthers, 0U);
+    EXPECT_EQ(ofAll.withoutPlace, 2U);
+    points.clear();
+    EXPECT_EQ(passedOver("u,v\n1,2\n", "A", points).ofOthers, 0U) << "a table that names no channels";
+    EXPECT_EQ(points.size(), 1U);
+}
+
+TEST(PointReader, TheHeadOfATableIsKnownBeforeItsFirstPoint) {
+    Veltrani::DisplayReport::ReportHead written{"targets", "mm"};
+    std::istringstream in(written.comment() + "u,v\n1,2\n");
+    PointReader reader(in, "points.csv", PointKind::PICTURE);
+    EXPECT_EQ(reader.head().report, "targets");
+    EXPECT_EQ(reader.head().unit, "mm");
+    EXPECT_EQ(reader.head().frame, written.frame);
+    P3 point;
+    EXPECT_TRUE(reader.next(point));
+    std::istringstream bare("1,2\n3,4\n");
+    PointReader plain(bare, "points.csv", PointKind::PICTURE);
+    EXPECT_EQ(plain.head().report + plain.head().unit + plain.head().frame, "");
+    EXPECT_TRUE(plain.next(point) && plain.next(point));
+    EXPECT_EQ(point, (P3{3, 4, 0})) << "no line is lost";
+    EXPECT_FALSE(plain.next(point));
 }
 
 TEST(PointReader, LinesThatSayWhatATableIsMayStandFirst) {

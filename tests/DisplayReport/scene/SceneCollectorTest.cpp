@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -91,6 +92,35 @@ TEST_F(SceneCollectorTest, AnOutlinePastTheEdgeOfTheScreenIsMarked) {
     EXPECT_LT(beyond, static_cast<int>(channel.beyond.size()));
     EXPECT_THAT(scene.notes, Contains(HasSubstr("past the edge of the screen")));
     EXPECT_TRUE(scene.complete) << "that is no fault";
+}
+
+// The same dome: where the outline is dashed already the rim beside it is left out, where there is no outline it is
+// dashed, and the rest of it is drawn in either case.
+TEST_F(SceneCollectorTest, PastTheEdgeOfTheScreenOneDashedLineIsDrawnOfEachChannel) {
+    const auto config = displays::parsed(
+        "<Screen shape='Sphere'><Radius value='5'/><Azimuth min='-180' max='180'/><Elevation min='0' "
+        "max='90'/></Screen>",
+        displays::projector("A", "<Frustum left='-20' right='20' bottom='-10' top='30'/>"),
+        "<TargetData type='Spherical'/>");
+    const auto looksOf = [&](int samples) {
+        EXPECT_TRUE(ScreenLoader::load(*config).empty());
+        const TargetSurvey survey = TargetPlacer(TargetPlan{3, 2, samples}).place(*config);
+        return SceneCollector().collect("display.xml", *config, survey, {}).channels.at(0);
+    };
+    const SceneChannel outlined = looksOf(8);
+    const SceneChannel bare = looksOf(0);
+    ASSERT_TRUE(outlined.frustum && bare.frustum);
+    ASSERT_EQ(outlined.rimPieces.size(), outlined.frustum->rim.size());
+    ASSERT_EQ(bare.rimPieces.size(), bare.frustum->rim.size());
+    const auto count = [](const SceneChannel& channel, PieceLook look) {
+        return std::count(channel.rimPieces.begin(), channel.rimPieces.end(), look);
+    };
+    EXPECT_GT(count(outlined, PieceLook::NONE), 0);
+    EXPECT_EQ(count(outlined, PieceLook::DASHED), 0);
+    EXPECT_EQ(count(bare, PieceLook::DASHED), count(outlined, PieceLook::NONE));
+    EXPECT_EQ(count(bare, PieceLook::NONE), 0);
+    EXPECT_GT(count(bare, PieceLook::WHOLE), 0);
+    EXPECT_EQ(count(bare, PieceLook::WHOLE), count(outlined, PieceLook::WHOLE));
 }
 
 TEST_F(SceneCollectorTest, WhatIsMissingIsSaid) {

@@ -129,6 +129,22 @@ TEST(ScenePainter, TheScreenHasTheShadesOfItsLight) {
     expectNear(at(0.8), softShade(countColour(2)));
 }
 
+TEST(ScenePainter, ARimIsDrawnAsTheSceneHasIt) {
+    DisplayScene scene = wall();
+    scene.channels[0].targets.boundary.clear();
+    const auto linesOf = [&scene](bool isDashed) {
+        const auto lines = ScenePainter("front", 500, 300).paint(scene).lines;
+        return std::count_if(lines.begin(), lines.end(), [=](const auto& line) { return line.isDashed == isDashed; });
+    };
+    const auto before = linesOf(false);
+    scene.channels[0].frustum = ChannelFrustum{};
+    scene.channels[0].frustum->rim = {{-2, 5, 1}, {0, 5, 1}, {0, 5, -1}};
+    EXPECT_EQ(linesOf(false), before + 3);
+    scene.channels[0].rimPieces = {PieceLook::WHOLE, PieceLook::NONE, PieceLook::DASHED};
+    EXPECT_EQ(linesOf(false), before + 1);
+    EXPECT_EQ(linesOf(true), 1);
+}
+
 TEST(ScenePainter, AnOutlineBeyondTheScreenIsDashed) {
     DisplayScene scene = wall();
     const auto dashed = [&scene] {

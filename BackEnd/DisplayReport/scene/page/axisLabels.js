@@ -69,6 +69,9 @@ export class Label {
   measure() {
     this.width = this.element.offsetWidth;
     this.height = this.element.offsetHeight;
+    this.shorten(true);
+    this.shortWidth = this.element.offsetWidth;
+    this.shorten(false);
   }
 
   hide() {
@@ -77,7 +80,6 @@ export class Label {
 
   // To its number alone, where its words would cover those of another one.
   shorten(isShort) {
-    this.isShort = isShort;
     this.element.classList.toggle('short', isShort);
   }
 

@@ -39,8 +39,10 @@ export function pressed(event, view) {
     return false;
   }
   if (TURNS[event.key]) {
+    view.viewName = null;
     (event.shiftKey ? move : turn)(camera, controls.target, TURNS[event.key]);
   } else if (ZOOMS[event.key]) {
+    view.viewName = null;
     camera.position.sub(controls.target).multiplyScalar(ZOOMS[event.key]).add(controls.target);
   } else if (event.key === 'Home') {
     view.lookFrom('home');

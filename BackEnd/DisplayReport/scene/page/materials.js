@@ -6,37 +6,48 @@ import {
 
 export const MOST_COLOURS = 8; // in stripes beside one another
 const STRIPE = '8.0'; // pixels along both edges of the picture
+// Channels whose colour is that of an earlier one are hatched, each round more heavily; the last one for all further ones.
+const HATCH = '10.0'; // pixels from one dark line to the next
+const MOST_ROUNDS = 3;
 
 // Pixels of the drawing per pixel of the page; all materials share it.
 export const pixelRatio = { value: 1 };
+// Of the size of targets; all of them share it.
+export const dotScale = { value: 1 };
+const UNSCALED = { value: 1 };
 
 const PRECISION = 'precision highp float;\n';
 const MATRICES = 'uniform mat4 modelViewMatrix;\nuniform mat4 projectionMatrix;\nin vec3 position;\n';
 
 const FLAT_VERTEX = `${PRECISION}${MATRICES}
 uniform float size;
+uniform float scale;
 uniform float pixelRatio;
 void main() {
   gl_Position = projectionMatrix * modelViewMatrix * vec4(position, 1.0);
-  gl_PointSize = size * pixelRatio;
+  gl_PointSize = size * scale * pixelRatio;
 }`;
 
-// Shape 0 is as the triangle, the line or the point is; 1 a disc, 2 a ring with a dark rim, inside of a point.
+// Shape 0 is as the triangle, the line or the point is; inside of a point 1 a disc, 2 a ring with a dark rim, 3 a disc with a
+// dark middle.
 const FLAT_FRAGMENT = `${PRECISION}
 uniform vec3 colour;
 uniform float opacity;
 uniform float size;
+uniform float scale;
 uniform float pixelRatio;
 uniform int shape;
 out vec4 result;
 void main() {
   result = vec4(colour, opacity);
   if (shape > 0) {
-    float width = size * pixelRatio;
+    float width = size * scale * pixelRatio;
     float distance = length(gl_PointCoord - 0.5) * width;
-    float outside = shape == 1 ? distance + 0.5 - 0.5 * width : abs(distance - 0.375 * width) - 0.07 * width;
+    float outside = shape == 2 ? abs(distance - 0.375 * width) - 0.07 * width : distance + 0.5 - 0.5 * width;
     if (shape == 2) {
       result.rgb *= step(abs(distance - 0.375 * width), 0.04 * width);
+    } else if (shape == 3) {
+      result.rgb *= step(0.22 * width, distance);
     }
     result.a *= clamp(0.5 - outside, 0.0, 1.0);
     if (result.a == 0.0) {
@@ -61,6 +72,7 @@ void main() {
 // seen from the other side than that of the eye point hardly hides what stands behind it: of a dome, the inside.
 const LIT_FRAGMENT = `${PRECISION}
 uniform vec3 colours[${MOST_COLOURS}];
+uniform int rounds[${MOST_COLOURS}];
 uniform int count;
 uniform float pixelRatio;
 uniform float opacity;
@@ -75,7 +87,12 @@ void main() {
   float lengths = length(seen) * length(turned);
   float facing = lengths > 0.0 ? abs(dot(seen, turned)) / lengths : 0.0;
   float stripe = (gl_FragCoord.x + gl_FragCoord.y) / (${STRIPE} * pixelRatio);
-  vec3 colour = colours[int(mod(stripe, float(count)))];
+  int which = int(mod(stripe, float(count)));
+  vec3 colour = colours[which];
+  float hatch = fract((gl_FragCoord.x - gl_FragCoord.y) / (${HATCH} * pixelRatio));
+  if (hatch < 0.2 * float(rounds[which])) {
+    colour *= 0.5;
+  }
   // Whatever way the corners go round: the sign of the normal cancels.
   vec3 toEye = (viewMatrix * vec4(eye, 1.0)).xyz - seen;
   bool isBehind = hasEye && dot(turned, -seen) * dot(turned, toEye) < 0.0;
@@ -87,12 +104,14 @@ function shadeOf(colour) {
   return new Color().setStyle(colour, LinearSRGBColorSpace);
 }
 
-export function flatMaterial(colour, { opacity = 1, size = 1, shape = 0 } = {}) {
+export function flatMaterial(colour, { opacity = 1, size = 1, scale = UNSCALED, shape = 0 } = {}) {
   return new RawShaderMaterial({
     glslVersion: GLSL3,
     vertexShader: FLAT_VERTEX,
     fragmentShader: FLAT_FRAGMENT,
-    uniforms: { colour: { value: shadeOf(colour) }, opacity: { value: opacity }, size: { value: size }, pixelRatio, shape: { value: shape } },
+    uniforms: {
+      colour: { value: shadeOf(colour) }, opacity: { value: opacity }, size: { value: size }, scale, pixelRatio, shape: { value: shape },
+    },
     transparent: true,
     side: DoubleSide,
     depthTest: false,
@@ -102,13 +121,14 @@ export function flatMaterial(colour, { opacity = 1, size = 1, shape = 0 } = {}) 
 }
 
 // What a surface is drawn with; `setColours` changes it.
-export function litMaterial(colours, { opacity, eye, behind }) {
+export function litMaterial(colour, { opacity, eye, behind }) {
   const material = new RawShaderMaterial({
     glslVersion: GLSL3,
     vertexShader: LIT_VERTEX,
     fragmentShader: LIT_FRAGMENT,
     uniforms: {
-      colours: { value: Array.from({ length: MOST_COLOURS }, () => new Color()) }, count: { value: 1 }, pixelRatio, opacity,
+      colours: { value: Array.from({ length: MOST_COLOURS }, () => new Color()) },
+      rounds: { value: new Int32Array(MOST_COLOURS) }, count: { value: 1 }, pixelRatio, opacity,
       eye: { value: eye || new Vector3() }, hasEye: { value: Boolean(eye) }, behind: { value: behind },
     },
     transparent: true,
@@ -117,12 +137,16 @@ export function litMaterial(colours, { opacity, eye, behind }) {
     depthWrite: false,
     forceSinglePass: true,
   });
-  setColours(material, colours);
+  setColours(material, [{ colour, round: 0 }]);
   return material;
 }
 
-export function setColours(material, colours) {
-  const shown = colours.slice(0, MOST_COLOURS);
-  shown.forEach((colour, i) => material.uniforms.colours.value[i].copy(shadeOf(colour)));
+// Of each stripe its colour, and how often all colours were used before.
+export function setColours(material, stripes) {
+  const shown = stripes.slice(0, MOST_COLOURS);
+  shown.forEach(({ colour, round }, i) => {
+    material.uniforms.colours.value[i].copy(shadeOf(colour));
+    material.uniforms.rounds.value[i] = Math.min(round, MOST_ROUNDS);
+  });
   material.uniforms.count.value = shown.length;
 }

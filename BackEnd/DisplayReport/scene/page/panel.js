@@ -12,11 +12,16 @@ function section(title, ...children) {
   return element('section', {}, element('h2', { textContent: title }), ...children);
 }
 
-// Channels have a number beside their colour: where there are more of them than colours, it tells them apart.
-function swatch(colours, number = '') {
-  const stripes = colours.map((colour, i) => `${colour} ${(100 * i) / colours.length}% ${(100 * (i + 1)) / colours.length}%`);
-  const made = element('i', { className: 'swatch', style: `background: linear-gradient(135deg, ${stripes.join(', ')})` });
-  made.dataset.number = number;
+function swatch(colour) {
+  return element('i', { className: 'swatch', style: `background: ${colour}` });
+}
+
+// Channels have a number in their colour: where there are more of them than colours, it keeps them apart, and so does the
+// hatching of the later ones.
+function swatchOf(channel) {
+  const made = swatch(channel.colour);
+  made.dataset.number = channel.number;
+  made.classList.toggle('hatched', channel.round > 0);
   return made;
 }
 
@@ -36,7 +41,7 @@ function counts(channel) {
 function channelRow(item, view) {
   const { channel } = item;
   const label = check(channel.name, true, (on) => view.showChannel(item, on));
-  label.children[0].after(swatch([channel.colour], channel.number));
+  label.children[0].after(swatchOf(channel));
   const only = element('button', { type: 'button', textContent: 'only', title: 'Show this channel alone' });
   only.addEventListener('click', () => view.showOnly(item));
   item.box = label.children[0];
@@ -74,10 +79,14 @@ function light(scene, view) {
   const legend = element('ul', { id: 'legend' });
   const shade = (kind) => {
     const entries = { count: shaded.shading.byCount, channel: shaded.shading.byChannel, none: [] }[kind];
-    legend.replaceChildren(...entries.map(({ text, colours }) => element('li', {}, swatch(colours),
-      element('span', { textContent: text }))));
+    legend.replaceChildren(...entries.map(({ text, colours, channel }) => element('li', {},
+      channel === null ? swatch(colours[0]) : swatchOf(scene.channels[channel]), element('span', { textContent: text }))));
     if (kind === 'channel' && shaded.shading.regions.some((region) => region.channels.length > 1)) {
       legend.append(element('li', { textContent: 'Stripes: several channels.' }));
+    }
+    if (kind === 'channel' && scene.channels.some((channel) => channel.round > 0)) {
+      legend.append(element('li', { textContent: `Dark lines, and targets with a dark middle: channels from number ${
+        scene.channelColours + 1} on.` }));
     }
     view.shadeBy(kind);
   };

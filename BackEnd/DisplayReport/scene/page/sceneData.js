@@ -41,10 +41,12 @@ function decodeLattice(lattice) {
   return { ...lattice, places: floats(lattice.places), lands: flags(lattice.lands) };
 }
 
-function decodeChannel(channel, number) {
+// `colours` is the number of channels after which their colours begin again; each further round has a pattern.
+function decodeChannel(channel, number, colours) {
   return {
     ...channel,
     number: number + 1,
+    round: Math.floor(number / colours),
     points: floats(channel.points),
     exactPoints: doubles(channel.exactPoints),
     cells: integers(channel.cells),
@@ -52,7 +54,7 @@ function decodeChannel(channel, number) {
     boundary: floats(channel.boundary),
     exactBoundary: doubles(channel.exactBoundary),
     beyond: flags(channel.beyond),
-    rimBeyond: flags(channel.rimBeyond),
+    rimPieces: flags(channel.rimPieces),
     upMark: channel.upMark.map(floats),
     lattice: decodeLattice(channel.lattice),
     frustum: decodeFrustum(channel.frustum),
@@ -71,7 +73,7 @@ export function readScene(document) {
       shading: decodeShading(surface.shading),
     })),
     cloud: scene.cloud && { points: floats(scene.cloud.points) },
-    channels: scene.channels.map(decodeChannel),
+    channels: scene.channels.map((channel, i) => decodeChannel(channel, i, scene.channelColours)),
     // From a place in the world to a place in the picture, and back.
     normal: (point) => point.map((value, axis) => (value - scene.centre[axis]) / scene.scale),
     world: (place) => place.map((value, axis) => value * scene.scale + scene.centre[axis]),

@@ -2,14 +2,20 @@
 import {
   BufferAttribute, BufferGeometry, Group, LineLoop, LineSegments, Mesh, Points, Vector3,
 } from 'three';
-import { flatMaterial, litMaterial, setColours } from './materials.js';
+import {
+  dotScale, flatMaterial, litMaterial, setColours,
+} from './materials.js';
 
 const SURFACE_COLOURS = { content: '#8494a6', measured: '#b0a690' };
 const CLOUD_COLOUR = '#8fd0c0';
 const EYE_COLOUR = '#ffffff';
 const SCALE_COLOUR = '#7d8894';
+// How a piece of a rim is drawn.
+const DASHED_PIECE = 1;
+const NO_PIECE = 2;
 const DISC = 1;
 const RING = 2;
+const HOLLOW_DISC = 3;
 // Later ones are drawn over earlier ones: nothing here hides what stands behind it.
 const ORDER = { surface: 0, mirror: 1, fill: 2, cloud: 3, line: 4, dot: 5, mark: 6 };
 
@@ -28,8 +34,8 @@ function drawn(object, order) {
   return object;
 }
 
-function dots(points, colour, size, shape, order) {
-  return drawn(new Points(geometryOf(points), flatMaterial(colour, { size, shape })), order);
+function dots(points, colour, size, shape, order, scale) {
+  return drawn(new Points(geometryOf(points), flatMaterial(colour, { size, shape, scale })), order);
 }
 
 function line(Kind, points, colour, opacity, index) {
@@ -90,13 +96,13 @@ function makeShaded(shading, look) {
     start += region.triangles.length;
   });
   geometry.computeVertexNormals();
-  return drawn(new Mesh(geometry, shading.regions.map(() => litMaterial(['#000000'], look))), ORDER.surface);
+  return drawn(new Mesh(geometry, shading.regions.map(() => litMaterial('#000000', look))), ORDER.surface);
 }
 
 function makePlain(surface, look) {
   const geometry = geometryOf(surface.vertices, surface.triangles);
   geometry.computeVertexNormals();
-  return drawn(new Mesh(geometry, litMaterial([SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content], look)), ORDER.surface);
+  return drawn(new Mesh(geometry, litMaterial(SURFACE_COLOURS[surface.name] || SURFACE_COLOURS.content, look)), ORDER.surface);
 }
 
 // `look` is what all surfaces share: their opacity, and the eye point where there is one.
@@ -107,13 +113,13 @@ export function makeSurface(surface, look) {
   return { name: surface.name, group, mesh, shading: surface.shading };
 }
 
-// What a region is drawn in: by the number of those channels that are shown, or by which they are.
+// What a region is drawn in, a colour and its round each: by the number of those channels that are shown, or by which they are.
 function coloursOf(region, kind, items, palette) {
   const shown = region.channels.filter((channel) => items[channel].group.visible);
   if (kind === 'channel' && shown.length) {
-    return shown.map((channel) => items[channel].channel.colour);
+    return shown.map((channel) => items[channel].channel);
   }
-  return [palette[Math.min(shown.length, palette.length - 1)]];
+  return [{ colour: palette[Math.min(shown.length, palette.length - 1)], round: 0 }];
 }
 
 export function shadeSurface(surface, kind, items, palette) {
@@ -121,7 +127,7 @@ export function shadeSurface(surface, kind, items, palette) {
     return;
   }
   surface.shading.regions.forEach((region, i) => {
-    const colours = kind === 'none' ? [SURFACE_COLOURS[surface.name]] : coloursOf(region, kind, items, palette);
+    const colours = kind === 'none' ? [{ colour: SURFACE_COLOURS[surface.name], round: 0 }] : coloursOf(region, kind, items, palette);
     setColours(surface.mesh.material[i], colours);
   });
 }
@@ -130,10 +136,8 @@ export function makeCloud(scene) {
   return dots(scene.cloud.points, CLOUD_COLOUR, 1.5, 0, ORDER.cloud);
 }
 
-// The edges and the rim as one set of pieces. Where the rays pass the screen the rim is dashed, unless the outline is
-// already: two dashed lines beside one another would look like a whole one.
-function piecesOf({ frustum, rimBeyond, beyond }) {
-  const isDashed = !beyond.some(Boolean);
+// The edges and the rim as one set of pieces; how those of the rim are drawn comes with the scene.
+function piecesOf({ frustum, rimPieces }) {
   const pieces = [];
   const add = (way, i, k) => pieces.push(...way.subarray(3 * i, 3 * i + 3), ...way.subarray(3 * k, 3 * k + 3));
   for (const edge of frustum.edges) {
@@ -145,9 +149,9 @@ function piecesOf({ frustum, rimBeyond, beyond }) {
   const at = (i) => new Vector3(...frustum.rim.subarray(3 * i, 3 * i + 3));
   for (let i = 0; i < count; ++i) {
     const next = (i + 1) % count;
-    if (rimBeyond[i] || rimBeyond[next]) {
-      pieces.push(...(isDashed ? dashes(at(i), at(next), DASH) : []));
-    } else {
+    if (rimPieces[i] === DASHED_PIECE) {
+      pieces.push(...dashes(at(i), at(next), DASH));
+    } else if (rimPieces[i] !== NO_PIECE) {
       add(frustum.rim, i, next);
     }
   }
@@ -216,7 +220,7 @@ export function makeChannel(scene, channel) {
   const dense = (90 * scene.targetStep) / Math.max(scene.columns, scene.rows);
   const size = Math.min(6, Math.max(2.5, dense * Math.min(1, 3 / Math.sqrt(scene.channels.length))));
   const parts = {
-    targets: dots(channel.points, channel.colour, size, DISC, ORDER.dot),
+    targets: dots(channel.points, channel.colour, size, channel.round ? HOLLOW_DISC : DISC, ORDER.dot, dotScale),
     outlines: line(LineSegments, outlinePieces(channel), channel.colour, 1),
     frusta: makeFrustum(scene, channel),
     labels: makeUpMark(channel),

@@ -6,7 +6,7 @@ import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
 import { AxisLabels, Label, projector } from './axisLabels.js';
 import { pressed } from './keyboard.js';
 import { placeUnder, readLight } from './lightReader.js';
-import { pixelRatio } from './materials.js';
+import { dotScale, pixelRatio } from './materials.js';
 import { fillLight, fillReadout } from './panel.js';
 import { pick } from './picker.js';
 import {
@@ -15,6 +15,10 @@ import {
 
 const FIELD_OF_VIEW = 32; // degrees
 const MARGIN = 1.16;
+// Pixels of the shorter side of a picture in which targets have their usual size, and how small they become in smaller ones,
+// so that the light between them stays in sight.
+const ROOMY = 700;
+const LEAST_DOT_SCALE = 0.45;
 const CLICK = 4; // pixels that a pointer may move and still click
 // Of the opacity of a screen: where it is seen from the other side than that of the eye point. By way of a mirror light
 // may arrive on either side.
@@ -30,6 +34,18 @@ function drawingSurface() {
   const fast = canvas.getContext('webgl2', { ...wishes, antialias: true, failIfMajorPerformanceCaveat: true });
   const context = fast || canvas.getContext('webgl2', { ...wishes, antialias: false });
   return { isSlow: !fast, options: context ? { canvas, context } : {} };
+}
+
+// Labels are shown with their words as long as these cover no other label, be it a number alone.
+function shortenLabels(shown) {
+  const widthOf = (one) => (one.isShort ? one.label.shortWidth : one.label.width);
+  for (const one of shown) {
+    const isCovered = shown.some((other) => other !== one
+      && Math.abs(other.at.x - one.at.x) < (widthOf(other) + one.label.width) / 2
+      && Math.abs(other.at.y - one.at.y) < (other.label.height + one.label.height) / 2);
+    one.isShort = isCovered;
+    one.label.shorten(isCovered);
+  }
 }
 
 export class View {
@@ -106,7 +122,11 @@ export class View {
   }
 
   listen() {
-    new ResizeObserver(() => { this.resize(); this.draw(); }).observe(this.stage);
+    new ResizeObserver(() => {
+      this.resize();
+      // A view that nobody has changed shows the display whole, whatever room there is.
+      this.viewName ? this.lookFrom(this.viewName) : this.draw();
+    }).observe(this.stage);
     const canvas = this.renderer.domElement;
     let down = null;
     canvas.addEventListener('pointerdown', (event) => { down = [event.clientX, event.clientY]; });
@@ -148,7 +168,10 @@ export class View {
       this.resize();
       this.draw();
     };
-    this.controls.addEventListener('start', () => { this.isHeld = true; });
+    this.controls.addEventListener('start', () => {
+      this.isHeld = true;
+      this.viewName = null;
+    });
     this.controls.addEventListener('change', () => {
       if (this.isHeld && !this.isMoving && this.isSlow) {
         setMoving(true);
@@ -230,6 +253,7 @@ export class View {
     const width = Math.max(1, this.stage.clientWidth);
     const height = Math.max(1, this.stage.clientHeight);
     const most = this.isMoving ? PIXELS.moving : this.isSlow ? PIXELS.slow : PIXELS.fast;
+    dotScale.value = Math.min(1, Math.max(LEAST_DOT_SCALE, Math.min(width, height) / ROOMY));
     pixelRatio.value = Math.min(window.devicePixelRatio || 1, this.isSlow ? 1 : 2, Math.sqrt(most / (width * height)));
     this.renderer.setPixelRatio(pixelRatio.value);
     this.renderer.setSize(width, height);
@@ -273,6 +297,7 @@ export class View {
       this.controls.target.set(0, 0, 0);
       this.camera.position.copy(direction).multiplyScalar(this.distanceAlong(direction));
     }
+    this.viewName = name;
     this.controls.update();
     this.draw();
   }
@@ -359,16 +384,15 @@ export class View {
     const project = projector(this.camera, width, height);
     const ahead = this.camera.getWorldDirection(new Vector3());
     this.axisLabels.place(project, ahead, width, this.layers.axes.visible);
-    const taken = [];
+    const shown = [];
     for (const { label, place, isVisible } of this.labels) {
       const at = isVisible() ? project(place) : null;
       const isInside = at && at.x > 0 && at.x < width && at.y > 0 && at.y < height;
       isInside ? label.show(at.x, at.y) : label.hide();
       if (isInside) {
-        label.shorten(taken.some((other) => Math.abs(other.x - at.x) < (other.width + label.width) / 2
-          && Math.abs(other.y - at.y) < (other.height + label.height) / 2));
-        taken.push({ ...at, width: label.isShort ? 0 : label.width, height: label.height });
+        shown.push({ label, at, isShort: true });
       }
     }
+    shortenLabels(shown);
   }
 }
