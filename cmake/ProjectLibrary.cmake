@@ -1,11 +1,51 @@
-# sm_add_library(NAME SOURCES a.cpp b.cpp [GUIDING a.cpp...] [PUBLIC lib...] [PRIVATE lib...])
+# sm_batch(NAME KIND [ALONE a.cpp...])
+#
+# Where SM_BATCHED names the KIND of a target, its sources are compiled eight at a time, each batch as one source that includes
+# them: what they all include is read once, and what they all instantiate is compiled once. ALONE: the sources that are compiled
+# by themselves nevertheless, since names in their unnamed namespaces are used in those of other sources of the target as well,
+# and those that get options of their own later. A batch names its sources relative to the project, so that the compiler cache
+# serves every clone.
+function(sm_batch NAME KIND)
+  cmake_parse_arguments(ARG "" "" "ALONE" ${ARGN})
+  string(REPLACE "," ";" _kinds "${SM_BATCHED}")
+  if(NOT KIND IN_LIST _kinds)
+    return()
+  endif()
+  get_target_property(_sources ${NAME} SOURCES)
+  set(_paths "")
+  foreach(_source IN LISTS _sources)
+    get_source_file_property(_options "${_source}" COMPILE_OPTIONS)
+    get_source_file_property(_definitions "${_source}" COMPILE_DEFINITIONS)
+    if(NOT _source IN_LIST ARG_ALONE AND NOT _options AND NOT _definitions)
+      list(REMOVE_ITEM _sources "${_source}")
+      cmake_path(ABSOLUTE_PATH _source NORMALIZE)
+      cmake_path(RELATIVE_PATH _source BASE_DIRECTORY "${PROJECT_SOURCE_DIR}")
+      list(APPEND _paths "${_source}")
+    endif()
+  endforeach()
+  set(_number 0)
+  while(_paths)
+    math(EXPR _number "${_number} + 1")
+    list(SUBLIST _paths 0 8 _batch)
+    list(REMOVE_ITEM _paths ${_batch})
+    # A variable may hide a name of another source in its batch. Where each is compiled by itself, that is checked.
+    string(REGEX REPLACE "([^;]+);?" "#include \"\\1\"\n" _text "${_batch}")
+    set(_file "${CMAKE_CURRENT_BINARY_DIR}/${NAME}-batch-${_number}.cpp")
+    file(CONFIGURE OUTPUT "${_file}" CONTENT "#pragma GCC diagnostic ignored \"-Wshadow\"\n${_text}" @ONLY)
+    list(APPEND _sources "${_file}")
+  endwhile()
+  set_property(TARGET ${NAME} PROPERTY SOURCES ${_sources})
+  target_include_directories(${NAME} PRIVATE "${PROJECT_SOURCE_DIR}")
+endfunction()
+
+# sm_add_library(NAME SOURCES a.cpp b.cpp [GUIDING a.cpp...] [ALONE a.cpp...] [PUBLIC lib...] [PRIVATE lib...])
 #
 # One shared library of a layer. All libraries are shared, so that a singleton exists once in a process. Sources are
 # listed by hand: one class, one header, one source, one line. Headers are exported from include/ and Platform/. The files
 # carry the product's name: a folder of libraries is shared with other products. GUIDING: the sources that guide the
-# fuzzers, where these reach few of them; all when not given.
+# fuzzers, where these reach few of them; all when not given. ALONE: those that take no part in batches (sm_batch).
 function(sm_add_library NAME)
-  cmake_parse_arguments(ARG "" "" "SOURCES;GUIDING;PUBLIC;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;GUIDING;ALONE;PUBLIC;PRIVATE" ${ARGN})
   add_library(${NAME} SHARED ${ARG_SOURCES})
   add_library(ScreenManager::${NAME} ALIAS ${NAME})
   target_compile_features(${NAME} PUBLIC cxx_std_20)
@@ -20,6 +60,7 @@ function(sm_add_library NAME)
   else()
     target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:sm_fuzzer_guidance>)
   endif()
+  sm_batch(${NAME} libraries ALONE ${ARG_ALONE})
   string(REGEX REPLACE "^ScreenManager" "" _file "${NAME}")
   set_target_properties(${NAME} PROPERTIES OUTPUT_NAME "ScreenManager${_file}" LIBRARY_OUTPUT_DIRECTORY "${SM_LIBRARY_FOLDER}"
     INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
