@@ -70,8 +70,10 @@ PictureWarp warpOf(LayoutMapper& map, const InputProjection& input, const Channe
 bool isBesideInput(LayoutMapper& map) {
     constexpr int PER_SIDE = 33;
     std::vector<Point<double, 2>> picture;
-    for (int i = 0; i < PER_SIDE * PER_SIDE; ++i) {
-        picture.emplace_back((i % PER_SIDE + 0.5) / PER_SIDE, (i / PER_SIDE + 0.5) / PER_SIDE);
+    for (int row = 0; row < PER_SIDE; ++row) {
+        for (int column = 0; column < PER_SIDE; ++column) {
+            picture.emplace_back((column + 0.5) / PER_SIDE, (row + 0.5) / PER_SIDE);
+        }
     }
     std::vector<LayoutPoint> layout(picture.size());
     map.toLayout(picture, layout);
