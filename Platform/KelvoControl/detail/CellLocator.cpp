@@ -241,8 +241,10 @@ CellIndex::Tangent CellIndex::tangentAt(const Point<double, 2>& middle, const Ce
                                 static_cast<float>(numbers[2])}
                         : Slope{static_cast<float>(base), 0, 0};
     };
-    return {slope(static_cast<double>(place.node % lattice.columns) + place.a, alongB[1], -alongB[0]),
-            slope(static_cast<double>(place.node / lattice.columns) + place.b, -alongA[1], alongA[0])};
+    const std::size_t column = place.node % lattice.columns;
+    const std::size_t row = place.node / lattice.columns;
+    return {slope(static_cast<double>(column) + place.a, alongB[1], -alongB[0]),
+            slope(static_cast<double>(row) + place.b, -alongA[1], alongA[0])};
 }
 
 CellIndex::BinRange CellIndex::rangeOf(const QuadCell& cell) const {
