@@ -24,7 +24,7 @@ inline constexpr PngImage::Colour BLUE{86, 180, 233};
 
 inline const std::string EXAMPLES = sourceFolder() + "/examples/";
 
-/// Runs the program; answers its exit code.
+/// Runs the program; returns its exit code.
 inline int runProgram(const std::string& arguments) {
     const int status = std::system((programFile() + " --quiet " + arguments).c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;

@@ -14,7 +14,7 @@ struct Colour {
     [[nodiscard]] bool operator==(const Colour&) const = default;
 };
 
-/// Further channels have the same colours again: whoever draws them keeps them apart by numbers or patterns.
+/// Further channels have the same colours again, and are drawn with numbers or patterns that keep them apart.
 constexpr std::size_t DIFFERENT_CHANNEL_COLOURS = 16;
 
 /// The colour of a channel by its place in the configuration: eight that stay apart for colour-blind eyes too (Okabe
