@@ -1,7 +1,6 @@
 """The examples run as they stand, make their pictures, and the pages show what runs."""
 
 import os
-import pathlib
 import re
 import shutil
 import subprocess
@@ -64,17 +63,19 @@ def test_the_program_of_the_readme_is_ten_lines():
 
 
 def test_what_is_installed_needs_neither_sources_nor_build(tmp_path):
-    """The same ten lines from an installed tree, which names no folder of sources or build."""
-    prefix = tmp_path / "prefix"
-    run(["cmake", "--install", os.environ["SM_BUILD"], "--prefix", prefix], tmp_path)
-    package, = pathlib.Path(prefix).rglob("screenmanager/_native*.so")
+    """The same ten lines from an installed tree, by the command of the page."""
+    run(["cmake", "--install", os.environ["SM_BUILD"], "--prefix", tmp_path / "screenmanager"], tmp_path)
     shutil.copytree(SOURCES / "examples" / "spherical-dome", tmp_path / "examples" / "spherical-dome")
-    ours = {name: value for name, value in os.environ.items() if not name.startswith("SM_")}
-    ours["PYTHONPATH"] = str(package.parents[1])
-    loaded = "\nimport screenmanager\nprint(open('/proc/self/maps').read())\n"
-    ended = subprocess.run([sys.executable, "-c", blocks("README.md")[0] + loaded], cwd=tmp_path, env=ours,
+    command, = re.findall(r"^```sh\n(PYTHONPATH=.*)\n```$", (SOURCES / "docs" / "python.md").read_text(), re.M)
+    (tmp_path / "script.py").write_text(
+        blocks("README.md")[0] + "\nprint(open('/proc/self/maps').read())\n", encoding="utf-8")
+    ended = subprocess.run(["bash", "-c", command], cwd=tmp_path, env={"HOME": str(tmp_path), "MPLBACKEND": "Agg"},
                            capture_output=True, text=True, check=False)
     assert ended.returncode == 0, ended.stderr
     requires_picture(tmp_path / "targets.png")
     libraries = [line for line in ended.stdout.splitlines() if "libScreenManager" in line or "_native" in line]
-    assert libraries and all(str(prefix) in line for line in libraries)
+    assert libraries and all(str(tmp_path) in line for line in libraries)
+    package, = tmp_path.rglob("screenmanager/_native*.so")
+    assert sorted(path.name for path in package.parent.iterdir() if path.suffix in (".py", ".pyi", ".typed", "")) == [
+        "__init__.py", "__init__.pyi", "__pycache__", "_channel.py", "_display.py", "_native.pyi", "_records.py",
+        "_screen.py", "py.typed"]
