@@ -90,7 +90,8 @@ template <class Number>
             larger(beyondRim, sight.distanceBound) > LimitSearch::farthestReach(tolerance)};
 }
 
-IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
+KELVO_SCREEN_THREE_OPERANDS IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from,
+                                                                       const Point<double, 3>& to) const {
     IntersectionSet found;
     if (!m_isValid) {
         return found;

@@ -120,6 +120,9 @@ void forEachLane(LaneMask mask, const Action& action) {
 /// (clang 14 cannot do that to members: it takes two of two.)
 #ifdef __clang__
 #define KELVO_SCREEN_WIDE_VECTORS
+#define KELVO_SCREEN_THREE_OPERANDS
 #else
 #define KELVO_SCREEN_WIDE_VECTORS [[gnu::target_clones("arch=x86-64-v4", "avx2", "default")]]
+/// Likewise for a single ray with many numbers at hand: instructions that do not overwrite an operand save copies.
+#define KELVO_SCREEN_THREE_OPERANDS [[gnu::target_clones("avx", "default")]]
 #endif
