@@ -15,3 +15,4 @@ pkg_check_modules(yaml REQUIRED IMPORTED_TARGET yaml-0.1>=0.2)
 pkg_check_modules(stills REQUIRED IMPORTED_TARGET cairo>=1.16 cairo-ft cairo-pdf cairo-svg fontconfig>=2.13
                   fribidi>=1.0 harfbuzz>=4.0)
 find_package(meshoptimizer 0.18 REQUIRED)
+find_package(Ceres 2.1 REQUIRED)

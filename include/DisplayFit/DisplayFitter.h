@@ -14,15 +14,14 @@ namespace Veltrani::DisplayFit {
 
 /// Finds the values of a display's channels that agree with measured points, by weighted least squares.
 ///
-/// | Kind of display                           | Default                                    | Residuals |
-/// |-------------------------------------------|--------------------------------------------|----------------------------|
-/// | `PlanarBasic`, `PlanarAdvanced`           | area                                       | 2D parameters of the
-/// screen| | `Spherical`                               | orientation, frustum                       | picture | |
-/// `Spherical` with heading tables           | orientation, frustum                       | across the bent ray | |
-/// `SphericalCollimated`                     | orientation, frustum                       | across the reflected ray |
-/// | `ProjectorCentric`, `3D`, without a file  | position, orientation, frustum             | picture | |
-/// `ProjectorCentric`, `3D`, with a file     | position, orientation, frustum, distortion | picture | | `CustomPlanar`
-/// | refused                                    |                            |
+/// | Kind of display                          | Default                                    | Residuals     |
+/// |------------------------------------------|--------------------------------------------|---------------|
+/// | `PlanarBasic`, `PlanarAdvanced`          | area                                       | picture       |
+/// | `Spherical`                              | orientation, frustum                       | picture       |
+/// | `SphericalCollimated`                    | orientation, frustum                       | on the screen |
+/// | `ProjectorCentric`, `3D`, without a file | position, orientation, frustum             | picture       |
+/// | `ProjectorCentric`, `3D`, with a file    | position, orientation, frustum, distortion | picture       |
+/// | `CustomPlanar`                           | refused                                    |               |
 ///
 /// The eye of a spherical display, its mirror and its tables are held. Each channel is solved by itself: first with a
 /// robust loss, from the configured values and from those of a direct linear transform where these are far off; then
