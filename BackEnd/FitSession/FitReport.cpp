@@ -27,6 +27,7 @@ constexpr std::size_t MOST_OUTLIERS_SHOWN = 20;
 constexpr double DEGREES_PER_RADIAN = 180 / std::numbers::pi;
 /// Of a value of which all digits down to its deviation shall be seen.
 constexpr int VALUE_DECIMALS = 6;
+constexpr double SHOWN_AS_ZERO = 0.5e-6;
 
 std::string numberText(double number) {
     return std::isnan(number) ? "-" : significantText(number);
@@ -98,8 +99,11 @@ void printSummary(const FitReport& report, std::ostream& out) {
 void printValues(const ChannelFit& fit, const std::string& lengths, std::ostream& out) {
     DisplayReport::TextTable table({"value", "before", "after", "deviation", "unit"});
     for (const FittedValue& value : fit.values) {
-        const auto text = [&value](double number) {
-            return std::isfinite(number) ? fixedText(shown(number, value.quantity), VALUE_DECIMALS) : "-";
+        const auto text = [&value](double number) -> std::string {
+            const double inUnit = shown(number, value.quantity);
+            // What is rounded to zero has no sign.
+            return !std::isfinite(number) ? "-"
+                                          : fixedText(std::abs(inUnit) < SHOWN_AS_ZERO ? 0 : inUnit, VALUE_DECIMALS);
         };
         table.add({value.name, text(value.before), value.deviation ? text(value.after) : "held",
                    value.deviation ? significantText(shown(*value.deviation, value.quantity)) : "",
