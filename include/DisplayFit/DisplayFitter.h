@@ -16,13 +16,14 @@ namespace Veltrani::DisplayFit {
 ///
 /// | Kind of display                          | Default                                    | Residuals     |
 /// |------------------------------------------|--------------------------------------------|---------------|
-/// | `PlanarBasic`, `PlanarAdvanced`          | area                                       | picture       |
+/// | `PlanarBasic`, `PlanarAdvanced`          | area                                       | on the screen |
 /// | `Spherical`                              | orientation, frustum                       | picture       |
 /// | `SphericalCollimated`                    | orientation, frustum                       | on the screen |
 /// | `ProjectorCentric`, `3D`, without a file | position, orientation, frustum             | picture       |
 /// | `ProjectorCentric`, `3D`, with a file    | position, orientation, frustum, distortion | picture       |
 /// | `CustomPlanar`                           | refused                                    |               |
 ///
+/// The horizontal shift of an `Equidistant` lens is held where its orientation is solved: a turn does the same.
 /// The eye of a spherical display, its mirror and its tables are held. Each channel is solved by itself: first with a
 /// robust loss, from the configured values and from those of a direct linear transform where these are far off; then
 /// points that deviate too much are rejected, and the others are solved by plain least squares.

@@ -1,5 +1,6 @@
 #include "DisplayFit/detail/AreaModel.h"
 
+#include "DisplayFit/detail/PointShape.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
 
@@ -13,8 +14,11 @@ namespace {
 
 using Vector = Point<double, 3>;
 
-/// What rounding leaves of a residual, as a part of the picture.
+/// What rounding leaves of a residual, as a part of the extent of the points.
 constexpr double ROUNDING = 1e-10;
+
+/// A parameter that moves along the surface by less than this part of what the other one does has no meaning there.
+constexpr double POLE = 1e-6;
 
 }  // namespace
 
@@ -22,17 +26,46 @@ AreaModel::AreaModel(const FitPoints& points, const DisplayFit::AreaBounds& area
     : m_points(points),
       m_bounds{area.left, area.right, area.bottom, area.top},
       m_given(m_bounds),
-      m_pixels{std::max(pixels[0], 1), std::max(pixels[1], 1)} {
+      m_pixels{std::max(pixels[0], 1), std::max(pixels[1], 1)},
+      m_leastDeviation(ROUNDING * PointShape::of(points.world).extents[0]) {
     for (const char* name : {"area left", "area right", "area bottom", "area top"}) {
         m_unknowns.push_back({Unknown::Role::AREA, name, DisplayFit::FittedValue::Quantity::NUMBER});
     }
     const auto screen = ScreenManager::getInstance()->getScreenGeometry();
+    m_patches.resize(points.size());
+    if (!screen) {
+        return;
+    }
+    const SurfaceSearch search(*screen);
     for (std::size_t i = 0; i < points.size(); ++i) {
         const Point<double, 2>& picture = points.picture[i];
         const Point<double, 2> expected{m_bounds[0] + (m_bounds[1] - m_bounds[0]) * picture[0],
                                         m_bounds[2] + (m_bounds[3] - m_bounds[2]) * picture[1]};
-        m_places.push_back(screen ? SurfacePlace::nearest(*screen, points.world[i], expected) : std::nullopt);
+        if (const auto place = search.nearest(points.world[i], expected)) {
+            m_patches[i] = patchOf(*place);
+        }
     }
+}
+
+AreaModel::Patch AreaModel::patchOf(const SurfacePlace& place) {
+    const auto& [bySide, byHeight] = place.tangents;
+    Patch patch;
+    patch.parameters = place.parameters;
+    patch.ss = norm(bySide);
+    const double height = norm(byHeight);
+    if (patch.ss > POLE * height) {
+        patch.first = bySide * (1 / patch.ss);
+    } else {
+        // At a pole s has no direction; any across t serves.
+        patch.ss = 0;
+        patch.first = cross(byHeight, std::abs(byHeight[2]) < height / 2 ? Vector{0, 0, 1} : Vector{1, 0, 0});
+        patch.first *= 1 / norm(patch.first);
+    }
+    patch.st = dot(patch.first, byHeight);
+    const Vector across = byHeight - patch.first * patch.st;
+    patch.tt = norm(across);
+    patch.second = patch.tt > POLE * patch.ss ? across * (1 / patch.tt) : Vector{};
+    return patch;
 }
 
 AreaModel::Bounds AreaModel::boundsAt(const double* step) const {
@@ -47,49 +80,43 @@ void AreaModel::evaluate(const double* step, double* residuals, double* jacobian
     constexpr std::size_t COLUMNS = 4;
     const Bounds bounds = boundsAt(step);
     for (std::size_t i = 0; i < m_points.size(); ++i) {
-        isMapped[i] = m_places[i].has_value();
-        for (std::size_t k = 0; k < 2; ++k) {
-            double& residual = residuals[2 * i + k];
-            double* const row = jacobian != nullptr ? jacobian + (2 * i + k) * COLUMNS : nullptr;
-            if (row != nullptr) {
-                std::fill(row, row + COLUMNS, 0.0);
-            }
-            residual = 0;
-            if (!isMapped[i]) {
-                continue;
-            }
-            const double start = bounds[2 * k];
-            const double size = bounds[2 * k + 1] - start;
-            const double part = (m_places[i]->parameters[k] - start) / size;
-            residual = m_pixels[k] * (part - m_points.picture[i][k]);
-            if (row != nullptr) {
-                row[2 * k] = m_pixels[k] * (part - 1) / size;
-                row[2 * k + 1] = -m_pixels[k] * part / size;
-            }
+        const Patch patch = m_patches[i].value_or(Patch{});
+        const Point<double, 2>& picture = m_points.picture[i];
+        isMapped[i] = m_patches[i].has_value();
+        const double s = bounds[0] + (bounds[1] - bounds[0]) * picture[0] - patch.parameters[0];
+        const double t = bounds[2] + (bounds[3] - bounds[2]) * picture[1] - patch.parameters[1];
+        residuals[2 * i] = patch.ss * s + patch.st * t;
+        residuals[2 * i + 1] = patch.tt * t;
+        if (jacobian != nullptr) {
+            const std::array<double, 2 * COLUMNS> rows{patch.ss * (1 - picture[0]),
+                                                       patch.ss * picture[0],
+                                                       patch.st * (1 - picture[1]),
+                                                       patch.st * picture[1],
+                                                       0,
+                                                       0,
+                                                       patch.tt * (1 - picture[1]),
+                                                       patch.tt * picture[1]};
+            std::copy(rows.begin(), rows.end(), jacobian + 2 * i * COLUMNS);
         }
     }
 }
 
 bool AreaModel::spreadOf(std::size_t point, Spread& spread) const {
-    if (!m_places[point]) {
+    if (!m_patches[point]) {
         return false;
     }
+    const Patch& patch = *m_patches[point];
     spread = {};
     if (!m_points.covariance.empty()) {
-        // By what a move of the point changes the nearest place.
-        const auto& [bySide, byHeight] = m_places[point]->tangents;
-        const double a = dot(bySide, bySide);
-        const double b = dot(bySide, byHeight);
-        const double d = dot(byHeight, byHeight);
-        const double determinant = a * d - b * b;
-        const Vector u = (d * bySide - b * byHeight) * (m_pixels[0] / (determinant * (m_bounds[1] - m_bounds[0])));
-        const Vector v = (a * byHeight - b * bySide) * (m_pixels[1] / (determinant * (m_bounds[3] - m_bounds[2])));
         const auto& covariance = m_points.covariance[point];
-        spread = {dot(u, covariance * u), dot(u, covariance * v), dot(v, covariance * v)};
+        spread = {dot(patch.first, covariance * patch.first), dot(patch.first, covariance * patch.second),
+                  dot(patch.second, covariance * patch.second)};
     }
     if (!m_points.pictureDeviation.empty()) {
-        spread[0] += std::pow(m_points.pictureDeviation[point][0] * m_pixels[0], 2);
-        spread[2] += std::pow(m_points.pictureDeviation[point][1] * m_pixels[1], 2);
+        const double s = m_points.pictureDeviation[point][0] * (m_bounds[1] - m_bounds[0]);
+        const double t = m_points.pictureDeviation[point][1] * (m_bounds[3] - m_bounds[2]);
+        spread += Spread{std::pow(patch.ss * s, 2) + std::pow(patch.st * t, 2), patch.st * patch.tt * t * t,
+                         std::pow(patch.tt * t, 2)};
     }
     return true;
 }
@@ -104,13 +131,16 @@ void AreaModel::write(const double* step, DisplayFit::ChannelValues& values) con
 }
 
 bool AreaModel::missInPicture(std::size_t point, Point<double, 2>& pixels) const {
-    if (!m_places[point]) {
+    if (!m_patches[point]) {
         return false;
     }
     for (std::size_t k = 0; k < 2; ++k) {
         const double part =
-            (m_places[point]->parameters[k] - m_bounds[2 * k]) / (m_bounds[2 * k + 1] - m_bounds[2 * k]);
+            (m_patches[point]->parameters[k] - m_bounds[2 * k]) / (m_bounds[2 * k + 1] - m_bounds[2 * k]);
         pixels[k] = m_pixels[k] * (part - m_points.picture[point][k]);
+    }
+    if (m_patches[point]->ss == 0) {
+        pixels[0] = 0;
     }
     return true;
 }
@@ -130,10 +160,6 @@ bool AreaModel::landing(std::size_t point, Vector& place) const {
     return screen && screen->mapInto3D({m_bounds[0] + (m_bounds[1] - m_bounds[0]) * picture[0],
                                         m_bounds[2] + (m_bounds[3] - m_bounds[2]) * picture[1]},
                                        place, true);
-}
-
-double AreaModel::leastDeviation() const {
-    return ROUNDING * std::max(m_pixels[0], m_pixels[1]);
 }
 
 Point<int, 2> AreaModel::isReversed() const {

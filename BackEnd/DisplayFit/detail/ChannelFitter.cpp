@@ -81,9 +81,11 @@ ChannelFitter::ChannelFitter(const ChannelSetup& setup, const FitPoints& points,
 
 bool ChannelFitter::choose(ChannelFit& fit, PictureModel::Held& held) const {
     const SolvedGroups& has = m_setup.groups();
+    fit.holdsSquarePixels = fit.holdsHorizontalShift = false;
     held.solved = m_options.solved.value_or(has);
     held.squarePixels = m_options.holdsSquarePixels && held.solved.frustum;
-    held.horizontalShift = m_options.holdsHorizontalShift && held.solved.frustum;
+    const bool isShiftATurn = m_setup.shiftIsATurn() && held.solved.orientation;
+    held.horizontalShift = (m_options.holdsHorizontalShift || isShiftATurn) && held.solved.frustum;
     fit.solved = held.solved;
     if (m_setup.refusal()) {
         fit.findings.push_back(*m_setup.refusal());
@@ -199,9 +201,9 @@ void ChannelFitter::judgePoints(ChannelFit& fit, const ChannelModel& model, cons
     }
     if (fits && fit.outliers > 0) {
         warn(fit, Kind::OUTLIERS,
-             std::to_string(fit.outliers) + (fit.outliers == 1 ? " point was" : " points were") +
-                 " rejected: it deviates by more than " + std::to_string(std::lround(m_options.rejection)) +
-                 " standard deviations",
+             std::to_string(fit.outliers) + (fit.outliers == 1 ? " point deviates" : " points deviate") +
+                 " by more than " + std::to_string(std::lround(m_options.rejection)) +
+                 " standard deviations and took no part",
              "measure again there, or check what was taken for the light of the point");
     }
     if (fits && fit.hasStatedDeviations && fit.residualFactor > EXPLAINED) {

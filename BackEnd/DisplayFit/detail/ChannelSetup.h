@@ -30,6 +30,8 @@ public:
     /// True for a projector or an eye that shows a picture without a mirror.
     [[nodiscard]] bool isPicture() const;
 
+    /// True for a lens of equal angles, of which a shift to the side is the same as a turn: one of them is held.
+    [[nodiscard]] bool shiftIsATurn() const { return m_lens == LensFormula::Kind::EQUIDISTANT; }
     /// Size of the picture; 1 x 1 where it is not configured.
     [[nodiscard]] Point<double, 2> pixels() const;
     [[nodiscard]] PictureView view() const;

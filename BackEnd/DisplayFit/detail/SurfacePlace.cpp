@@ -1,8 +1,8 @@
 #include "DisplayFit/detail/SurfacePlace.h"
 
-#include "Common/VeltraniException.h"
 #include "KelvoScreen/ScreenGeometry.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -14,6 +14,9 @@ using Vector = Point<double, 3>;
 
 /// Derivatives are differences over twice this part of the surface.
 constexpr double DIFFERENCE = 1e-6;
+
+/// Screens take what lies no further beyond their edge for the edge itself.
+constexpr double EDGE = 1e-9;
 
 /// A step that is shorter than this, in parameters, is the last.
 constexpr double ARRIVED = 1e-15;
@@ -77,31 +80,38 @@ bool SurfacePlace::at(const ScreenGeometry& screen, const Point<double, 2>& para
     return true;
 }
 
-std::optional<SurfacePlace> SurfacePlace::nearest(const ScreenGeometry& screen, const Vector& point,
-                                                  const Point<double, 2>& expected) {
-    SurfacePlace found;
-    bool isFound = at(screen, expected, found);
-    if (isFound) {
-        approach(screen, point, found);
-    }
-    SurfacePlace best;
-    bool hasBest = false;
+SurfaceSearch::SurfaceSearch(const ScreenGeometry& screen) : m_screen(screen) {
+    const auto spread = [](int k) { return -BEYOND + (1 + 2 * BEYOND) * k / (STARTS - 1); };
     for (int i = 0; i < STARTS * STARTS; ++i) {
-        const auto spread = [](int k) { return -BEYOND + (1 + 2 * BEYOND) * k / (STARTS - 1); };
-        Vector there;
-        const Point<double, 2> parameters{spread(i % STARTS), spread(i / STARTS)};
-        if (screen.mapInto3D(parameters, there, true) && (!hasBest || norm(there - point) < norm(best.point - point))) {
-            best.parameters = parameters;
-            best.point = there;
-            hasBest = true;
+        Sample sample;
+        sample.parameters = {spread(i % STARTS), spread(i / STARTS)};
+        if (screen.mapInto3D(sample.parameters, sample.point, true)) {
+            m_samples.push_back(sample);
         }
     }
-    // The surface may lead the first search astray.
-    if (hasBest && (!isFound || norm(best.point - point) < norm(found.point - point)) &&
-        at(screen, best.parameters, best)) {
-        approach(screen, point, best);
-        found = best;
+}
+
+std::optional<SurfacePlace> SurfaceSearch::nearest(const Vector& point, const Point<double, 2>& expected) const {
+    SurfacePlace found;
+    bool isFound = SurfacePlace::at(m_screen, expected, found);
+    if (isFound) {
+        approach(m_screen, point, found);
+    }
+    const auto best = std::min_element(m_samples.begin(), m_samples.end(), [&](const Sample& a, const Sample& b) {
+        return norm(a.point - point) < norm(b.point - point);
+    });
+    SurfacePlace other;
+    if (best != m_samples.end() && (!isFound || norm(best->point - point) < norm(found.point - point)) &&
+        SurfacePlace::at(m_screen, best->parameters, other)) {
+        approach(m_screen, point, other);
+        found = other;
         isFound = true;
+    }
+    for (std::size_t k = 0; isFound && k < 2; ++k) {
+        const double edge = std::clamp(found.parameters[k], 0.0, 1.0);
+        if (std::abs(found.parameters[k] - edge) <= EDGE) {
+            found.parameters[k] = edge;
+        }
     }
     return isFound ? std::optional(found) : std::nullopt;
 }
