@@ -116,12 +116,13 @@ const std::vector<Library>& all() {
          {}},
         {"FitSession",
          {"BackEnd/FitSession/"},
-         {"Common", "Configuration", "DisplayFit", "DisplayReport/basics", "DisplayReport/channels"},
+         {"Common", "Configuration", "DisplayFit", "DisplayReport/basics", "DisplayReport/channels", "KelvoControl"},
          {"Eigen"},
          {}},
         {"screenmanager",
          {"Apps/screenmanager/"},
-         {"Common", "Configuration", "DeviceFramework2", "DisplayReport", "ProjectorSession", "ScreenManager"},
+         {"Common", "Configuration", "DeviceFramework2", "DisplayFit", "DisplayReport", "FitSession",
+          "ProjectorSession", "ScreenManager"},
          {"CLI", "log4cxx"},
          {}}};
     return LIBRARIES;
