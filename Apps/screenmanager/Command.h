@@ -41,15 +41,16 @@ extern const Command MAP_COMMAND;
 extern const Command COVERAGE_COMMAND;
 extern const Command VIEW_COMMAND;
 extern const Command PICTURE_COMMAND;
+extern const Command FIT_COMMAND;
 extern const Command CHANNELS_COMMAND;
 extern const Command PREPARE_COMMAND;
 extern const Command DISCOVER_COMMAND;
 extern const Command ADD_COMMAND;
 
 /// Every command, in the order of the help. The only list: names, help and dispatch are taken from it.
-inline constexpr std::array<const Command*, 10> COMMANDS{
-    &CHECK_COMMAND,   &TARGETS_COMMAND,  &MAP_COMMAND,     &COVERAGE_COMMAND, &VIEW_COMMAND,
-    &PICTURE_COMMAND, &CHANNELS_COMMAND, &PREPARE_COMMAND, &DISCOVER_COMMAND, &ADD_COMMAND};
+inline constexpr std::array<const Command*, 11> COMMANDS{
+    &CHECK_COMMAND, &TARGETS_COMMAND,  &MAP_COMMAND,     &COVERAGE_COMMAND, &VIEW_COMMAND, &PICTURE_COMMAND,
+    &FIT_COMMAND,   &CHANNELS_COMMAND, &PREPARE_COMMAND, &DISCOVER_COMMAND, &ADD_COMMAND};
 
 /// What the options of every command begin with.
 struct CommandOptions {

@@ -7,6 +7,7 @@
 #include "Common/VeltraniException.h"
 #include "Configuration/detail/ElementReader.h"
 #include "Configuration/detail/FaultList.h"
+#include "Configuration/detail/FileNames.h"
 #include "Configuration/detail/FolderPath.h"
 #include "Configuration/detail/FormatChecker.h"
 #include "Configuration/detail/KnownFiles.h"
@@ -172,6 +173,19 @@ void XMLConfigFile::save(const std::string& utf8Path) const {
 
 std::string XMLConfigFile::text() const {
     return m_impl->document.text();
+}
+
+std::unique_ptr<XMLConfigFile> XMLConfigFile::movedTo(const std::string& utf8Path) const {
+    FaultList faults(utf8Path);
+    XmlDocument document = checkedDocument(text(), faults);
+    faults.throwIfAny();
+    FolderPath folder = FolderPath::ofFile(Veltrani::fromUtf8OrBytes(utf8Path));
+    const std::string way = Veltrani::ConfigurationDetail::FileNames::wayBetween(folder, m_impl->display.folder);
+    if (!way.empty()) {
+        Veltrani::ConfigurationDetail::FileNames::prefix(document.root(), way);
+    }
+    auto impl = std::make_unique<Impl>(std::move(document), std::move(folder));
+    return std::unique_ptr<XMLConfigFile>(new XMLConfigFile(std::move(impl)));
 }
 
 ProjectorConfig* XMLConfigFile::addProjectorConfig(const std::wstring& id) {

@@ -56,6 +56,14 @@ public:
     /// Returns the text that `save` writes.
     [[nodiscard]] std::string text() const;
 
+    /// Returns the document as it is to be saved at another path: every relative file name in it is rewritten so that
+    /// it leads to the same file from the folder of that path, without examining the file. Where both folders are one,
+    /// nothing is changed. The names stay as they are behind what leads to the old folder, since links may be on their
+    /// way. What the new object saves, there or elsewhere, counts as a file that it has not read.
+    ///
+    /// Throws `VeltraniException` naming the folder where one of the two does not exist.
+    [[nodiscard]] std::unique_ptr<XMLConfigFile> movedTo(const std::string& utf8Path) const;
+
     /// Adds an entry behind the others, with nothing configured but its id. Throws `VeltraniException`, and changes
     /// nothing, when the id is empty, taken, or holds characters that XML cannot store.
     ProjectorConfig* addProjectorConfig(const std::wstring& id);

@@ -82,7 +82,7 @@ TEST(CommandLine, TheShellCompletesCommandsAndTheirOptions) {
 }
 
 TEST(CommandLine, TheShellCompletesEveryOptionOfTheHelp) {
-    static const std::regex OPTION("--[a-z]+");
+    static const std::regex OPTION("--[a-z]+(-[a-z]+)*");
     for (const std::string& command : commandsOfTheProgram()) {
         const std::string help = runScreenManager({command, "--help"}).output;
         const std::string offered = completed({command, "-"});
@@ -156,7 +156,7 @@ TEST(CommandLine, FishCompletesCommandsAndTheirOptions) {
 }
 
 TEST(CommandLine, EveryShellIsGivenEveryCommandAndOption) {
-    static const std::regex OPTION("--([a-z]+)");
+    static const std::regex OPTION("--([a-z]+(-[a-z]+)*)");
     const std::string zsh = runScreenManager({"--completion", "zsh"}).output;
     const std::string fish = runScreenManager({"--completion", "fish"}).output;
     for (const std::string& command : commandsOfTheProgram()) {

@@ -31,6 +31,8 @@ constexpr RunElsewhere ELSEWHERE[] = {
     {"README.md", "screenmanager check FILE", "DocumentBlocks.TheListOfCommandsIsThatOfTheProgram"},
     {"README.md", "# without the lines that begin", "Readme.ItsMapsOfEveryKindOfDisplayPrintWhatItSays"},
     {"README.md", "u,v,x,y,z,mapped", "Readme.ItsMapsOfEveryKindOfDisplayPrintWhatItSays"},
+    {"README.md", "program=build/release/Apps", "Readme.ItsFitPrintsWhatItSays"},
+    {"README.md", "result       good", "Readme.ItsFitPrintsWhatItSays"},
     {"README.md", "simulator=", "Readme.ItsCommandsForTwoProjectorsPrintWhatItSays"},
     {"README.md", "added 020000000001", "Readme.ItsCommandsForTwoProjectorsPrintWhatItSays"},
     {"README.md", "cmake --preset release", "install.pages"},

@@ -32,6 +32,15 @@ const std::string HOSTILE_FILE = "F\n" + FORGED + "\x1b[2J\x07\x7f\u009b\u202e\u
 /// And with bytes that are no UTF-8: arguments, and names of files that no configuration names.
 const std::string HOSTILE_NAME = "B\n" + FORGED + "\x1b[2J\x07\x7f\x9b\xff\u202e\u2069" + "Z";
 
+/// As a cell of a table.
+std::string quoted(const std::string& text) {
+    std::string cell = "\"";
+    for (const char c : text) {
+        cell += c == '"' ? "\"\"" : std::string(1, c);
+    }
+    return cell + '"';
+}
+
 /// As an attribute or a text of XML.
 std::string inXml(const std::string& text) {
     std::string xml;
@@ -162,6 +171,33 @@ protected:
     }
     void view() { onEveryDisplay("view", {}, false); }
     void picture() { onEveryDisplay("picture", {"--size", "200x200"}, false); }
+    /// A table for the channels of the displays, and tables that are faulty.
+    void fit() {
+        std::string rows;
+        for (int i = 0; i < 16; ++i) {
+            const double u = (i % 4) / 3.0;
+            const double v = (i / 4) / 3.0;
+            rows += quoted(HOSTILE) + ',' + quoted(HOSTILE) + ',' + std::to_string(u) + ',' + std::to_string(v) + ',' +
+                    std::to_string(4 * u - 2) + ",5," + std::to_string(2 * v) + ",,,\n";
+        }
+        const std::string head = "# unit m\nset,projector,u,v,x,y,z,X,Y,Z\n";
+        const std::string table = m_folder.write(HOSTILE_NAME + ".csv", head + rows);
+        const std::string fitted = m_folder.file(HOSTILE_FILE + "fitted.xml");
+        onEveryDisplay("fit", {"--points", table, "-o", fitted, "--force"}, true);
+        const std::string file = write(display(projector(AREA)));
+        expectSeenFrom({"fit", file, "--points", table, "-o", fitted, "--register", "rigid"});
+        expectSeenFrom({"fit", file, "--points", m_folder.file(HOSTILE_NAME + "none"), "-o", fitted});
+        expectSeenFrom({"fit", file, "--points", table, "-o", table});
+        expectSeenFrom({"fit", file, "--points", table, "-o", m_folder.file("no\n" + FORGED + "/x\x1b")});
+        expectSeenFrom({"fit", file, "--points", table, "-o", fitted, "--solve", HOSTILE_NAME});
+        expectSeenFrom({"fit", file, "--points", table, "-o", fitted, "--channel", HOSTILE_NAME});
+        for (const std::string& faulty :
+             {HOSTILE_NAME, "# unit " + HOSTILE + "\nu,v,x,y,z\n", head + quoted(HOSTILE_NAME),
+              head + ",X" + quoted(HOSTILE_NAME) + ",0,0,1,1,1,,,\n",
+              head + "," + quoted(HOSTILE_FILE) + ",0,0,1,1,1,,,\n"}) {
+            expectSeenFrom({"fit", file, "--points", m_folder.write("faulty.csv", faulty), "-o", fitted});
+        }
+    }
     void channels() {
         const PjlinkSimulator simulator({"--answer", "SVER=\u202e\u009b", "--answer", "INST=\u2028"});
         const std::string device = "<Device>" + projector_displays::snippet(simulator.port(), 1) + "</Device>";
@@ -219,11 +255,12 @@ protected:
 
 TEST_F(ForeignTextOfCommand, SteersNoTerminalWhicheverCommandItIs) {
     const std::map<std::string, std::function<void()>> ways{
-        {"check", [this] { check(); }},       {"targets", [this] { targets(); }},
-        {"map", [this] { map(); }},           {"coverage", [this] { coverage(); }},
-        {"view", [this] { view(); }},         {"picture", [this] { picture(); }},
-        {"channels", [this] { channels(); }}, {"prepare", [this] { prepare(); }},
-        {"discover", [this] { discover(); }}, {"add", [this] { add(); }}};
+        {"check", [this] { check(); }},     {"targets", [this] { targets(); }},
+        {"map", [this] { map(); }},         {"coverage", [this] { coverage(); }},
+        {"view", [this] { view(); }},       {"picture", [this] { picture(); }},
+        {"fit", [this] { fit(); }},         {"channels", [this] { channels(); }},
+        {"prepare", [this] { prepare(); }}, {"discover", [this] { discover(); }},
+        {"add", [this] { add(); }}};
     const std::vector<std::string> commands = commandsOfTheProgram();
     ASSERT_GE(commands.size(), 10U);
     for (const std::string& command : commands) {

@@ -232,6 +232,8 @@ TEST_F(Memory, IsMissedInWordsByEveryCommand) {
     const std::string longFile = m_folder.write("long.xml", longDisplay());
     const std::string place = "127.0.0.1:" + std::to_string(m_simulator->port());
     const auto to = [this](const std::string& name) { return m_folder.file(name); };
+    const std::string measured = to("measured.csv");
+    ASSERT_EQ(runScreenManager({"targets", "-q", file, "--boundary", "0", "-o", measured}).exitCode, ALL_RIGHT);
     const std::map<std::string, std::vector<Way>> ways{
         {"check", {{{"check", file}, ""}}},
         {"targets",
@@ -250,6 +252,9 @@ TEST_F(Memory, IsMissedInWordsByEveryCommand) {
          {{{"picture", file, "-o", to("o.png")}, "o.png"},
           {{"picture", file, "-o", to("o.svg")}, "o.svg"},
           {{"picture", file, "-o", to("o.pdf")}, "o.pdf"}}},
+        {"fit",
+         {{{"fit", file, "--points", measured, "-o", to("o.xml")}, "o.xml"},
+          {{"fit", file, "--points", measured, "-o", to("o.xml"), "--format", "json"}, "o.xml"}}},
         {"channels", {{{"channels", longFile, "--timeout", "5"}, ""}}},
         {"prepare", {{{"prepare", longFile, "clear", "--timeout", "5"}, ""}}},
         {"discover", {{{"discover", "--timeout", "0.05", "--broadcast", place}, ""}}},

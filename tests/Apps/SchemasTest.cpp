@@ -96,6 +96,33 @@ TEST_F(Schemas, DescribeWhatIsPrintedOfProjectors) {
     EXPECT_TRUE(silent[0]["model"].is_null()) << "without the password";
 }
 
+TEST_F(Schemas, DescribeWhatIsPrintedOfEveryFit) {
+    const std::string table = m_folder.file("measured.csv");
+    int fitted = 0;
+    for (const std::string& file : examples()) {
+        runScreenManager({"targets", file, "--grid", "6x4", "--boundary", "0", "-q", "-o", table});
+        const ProgramRun run = runScreenManager(
+            {"fit", file, "--points", table, "-o", m_folder.file("fitted.xml"), "--format", "json", "-q"});
+        if (run.output.empty()) {
+            continue;
+        }
+        const ProgramRun validator = validate(run.output, "fit");
+        EXPECT_EQ(validator.exitCode, 0) << file << validator.output << validator.errors;
+        const Json fit = Json::parse(run.output);
+        fitted += fit["outcome"] == "good" ? 1 : 0;
+        EXPECT_EQ(fit["files"].back()["sha256"], sha256(table));
+    }
+    EXPECT_GE(fitted, 7);
+    m_folder.write("measured.csv",
+                   "# unit m\nset,channel,u,v,x,y,z,X,Y,Z\na,,,,0,0,0,1,0,0\na,,,,1,0,0,2,0,0\n"
+                   "a,,,,0,1,0,1,1,0\na,020000000001,0.5,0.5,1,2,3,,,\n");
+    const Json registered = valid({"fit", EXAMPLES + "planar-wall/display.xml", "--points", table, "--register",
+                                   "rigid", "-o", m_folder.file("fitted.xml"), "--format", "json", "-q"});
+    EXPECT_EQ(registered["outcome"], "unusable") << "one point";
+    EXPECT_EQ(registered["measurement"]["frames"].size(), 1U);
+    EXPECT_TRUE(registered["written"].is_null());
+}
+
 TEST_F(Schemas, DescribeFaultsToo) {
     valid({"check", m_folder.file("gone.xml"), "--format", "json"});
     const std::string file =

@@ -31,6 +31,7 @@ const std::vector<std::vector<std::string>> COMMANDS{
     {"coverage", EXAMPLES + "empty-wall/display.xml"},
     {"view", EXAMPLES + "empty-wall/display.xml"},
     {"picture", EXAMPLES + "empty-wall/display.xml"},
+    {"fit", EXAMPLES + "empty-wall/display.xml", "--points", "no-such-file.csv", "-o", "no-such-file.xml"},
     {"channels", EXAMPLES + "empty-wall/display.xml"},
     {"prepare", EXAMPLES + "empty-wall/display.xml", "clear"},
     {"discover", "--timeout", "0.01", "--broadcast", "127.0.0.1"},

@@ -1,7 +1,6 @@
 #include "DisplayReport/maps/PointReader.h"
 
 #include "Common/DecimalText.h"
-#include "Common/FileFault.h"
 #include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
@@ -11,8 +10,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <istream>
-#include <limits>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -22,9 +19,6 @@ namespace Veltrani::DisplayReport {
 namespace {
 
 constexpr std::string_view BLANKS = " \t";
-/// Of the tables that can be read.
-constexpr int NEWEST_VERSION = 1;
-constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(BLANKS);
@@ -43,67 +37,6 @@ std::vector<std::string_view> cellsOf(std::string_view text) {
     return cells;
 }
 
-/// Letters of other alphabets stay as they are, in every locale.
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
-    return lower;
-}
-
-/// Takes a cell in quotes from the front of `text`, with the blanks around it; none where it does not end as such.
-std::optional<std::string> takeQuoted(std::string_view& text) {
-    std::string cell;
-    for (std::size_t i = 1; i < text.size(); ++i) {
-        if (text[i] != '"') {
-            cell += text[i];
-        } else if (text.substr(i + 1).starts_with('"')) {
-            cell += text[i++];
-        } else {
-            text = trimmed(text.substr(i + 1));
-            return text.empty() || text.front() == ',' ? std::optional(cell) : std::nullopt;
-        }
-    }
-    return std::nullopt;
-}
-
-/// The cells of a row, without quotes and the blanks around them; none where quotes are not closed.
-std::optional<std::vector<std::string>> cellsOfTable(std::string_view text) {
-    std::vector<std::string> cells;
-    while (true) {
-        text = trimmed(text);
-        if (text.starts_with('"')) {
-            const auto cell = takeQuoted(text);
-            if (!cell) {
-                return std::nullopt;
-            }
-            cells.push_back(*cell);
-        } else {
-            const std::size_t end = std::min(text.find(','), text.size());
-            cells.emplace_back(trimmed(text.substr(0, end)));
-            text.remove_prefix(end);
-        }
-        if (text.empty()) {
-            return cells;
-        }
-        text.remove_prefix(1);
-    }
-}
-
-/// Where each of the names stands among the cells; none unless all of them do, each once.
-std::optional<std::vector<std::size_t>> placesOf(const std::vector<std::string>& names,
-                                                 const std::vector<std::string>& cells) {
-    std::vector<std::size_t> places;
-    for (const std::string& name : names) {
-        if (std::count(cells.begin(), cells.end(), name) != 1) {
-            return std::nullopt;
-        }
-        places.push_back(static_cast<std::size_t>(std::find(cells.begin(), cells.end(), name) - cells.begin()));
-    }
-    return places;
-}
-
 std::string joined(const std::vector<std::string>& names) {
     std::string text;
     for (const std::string& name : names) {
@@ -119,22 +52,25 @@ std::vector<std::string> columnsOf(PointKind kind) {
 }
 
 PointReader::PointReader(std::istream& in, std::string document, PointKind kind)
-    : m_in(in), m_document(std::move(document)), m_kind(kind) {}
+    : m_table(in, std::move(document),
+              {"point", std::string("write one point per line, such as ") +
+                            (kind == PointKind::PICTURE ? "0.5,0.25" : "1.5,4,-0.25")}),
+      m_kind(kind) {}
 
 bool PointReader::next(Point<double, 3>& point) {
     if (!m_isHeadRead) {
         readHead();
     }
-    while (std::exchange(m_isPending, false) || readLine()) {
-        if (trimmed(m_text).empty()) {
-            m_emptyLine = m_emptyLine == 0 ? m_line : m_emptyLine;
+    while (std::exchange(m_isPending, false) || m_table.next()) {
+        if (m_table.isEmpty()) {
+            m_emptyLine = m_emptyLine == 0 ? m_table.line() : m_emptyLine;
             continue;
         }
         if (m_emptyLine != 0) {
-            refuse(m_emptyLine, "an empty line", "a point on every line before the last point");
+            m_table.refuse(m_emptyLine, "an empty line", "a point on every line before the last point");
         }
         if (!m_columns) {
-            const auto parsed = parse(m_text, m_kind);
+            const auto parsed = parse(m_table.text(), m_kind);
             if (!parsed) {
                 refuseLine();
             }
@@ -152,28 +88,26 @@ const ReportHead& PointReader::head() {
     if (!m_isHeadRead) {
         readHead();
     }
-    return m_head;
+    return m_table.head();
 }
 
 void PointReader::readHead() {
     m_isHeadRead = true;
-    while (readLine()) {
-        if (!trimmed(m_text).starts_with('#')) {
-            m_columns = columnsOfHeader();
-            m_isPending = !m_columns;
-            return;
-        }
-        m_head.read(m_text);
-        if (m_head.version > NEWEST_VERSION) {
-            refuse(m_line, inQuotes(m_text), "a table of version " + std::to_string(NEWEST_VERSION));
-        }
+    if (!m_table.readHead()) {
+        return;
+    }
+    m_columns = columnsOfHeader();
+    m_isPending = !m_columns;
+    if (m_columns) {
+        m_table.holdsQuotes();
     }
 }
 
 bool PointReader::readRow(Point<double, 3>& point) {
-    const auto cells = cellsOfTable(m_text);
+    const auto cells = m_table.cells();
     if (!cells || cells->size() != m_columns->count) {
-        refuse(m_line, inQuotes(m_text), std::to_string(m_columns->count) + " columns, as the header names them");
+        m_table.refuse(m_table.line(), inQuotes(m_table.text()),
+                       std::to_string(m_columns->count) + " columns, as the header names them");
     }
     if (m_columns->projector && !m_projector.empty() && (*cells)[*m_columns->projector] != m_projector) {
         ++m_passedOver.ofOthers;
@@ -212,40 +146,8 @@ std::optional<Point<double, 3>> PointReader::parse(std::string_view text, PointK
     return point;
 }
 
-bool PointReader::readLine() {
-    using Traits = std::istream::traits_type;
-    m_text.clear();
-    std::streambuf& buffer = *m_in.rdbuf();
-    bool isAny = false;
-    bool isQuoted = false;  // names in a table may hold line feeds
-    for (auto next = buffer.sbumpc(); !Traits::eq_int_type(next, Traits::eof()); next = buffer.sbumpc()) {
-        ++m_bytes;
-        if (!isAny) {
-            isAny = true;
-            m_line += m_line < std::numeric_limits<int>::max() ? 1 : 0;
-        }
-        isQuoted = isQuoted != (m_columns && Traits::to_char_type(next) == '"');
-        const bool isLineFeed = Traits::to_char_type(next) == '\n';
-        if (isLineFeed && !isQuoted) {
-            break;
-        }
-        m_line += isLineFeed ? 1 : 0;
-        m_text += Traits::to_char_type(next);
-        if (m_text.size() > LONGEST_LINE_BYTES) {
-            refuse(m_line, inQuotes(m_text), "lines of at most " + std::to_string(LONGEST_LINE_BYTES) + " bytes");
-        }
-    }
-    if (m_line == 1 && m_text.starts_with(BYTE_ORDER_MARK)) {
-        m_text.erase(0, BYTE_ORDER_MARK.size());
-    }
-    if (m_text.ends_with('\r')) {
-        m_text.pop_back();
-    }
-    return isAny;
-}
-
 std::optional<PointReader::Columns> PointReader::columnsOfHeader() const {
-    const auto cells = cellsOfTable(lowerCase(m_text));
+    const auto cells = TableReader::cellsOf(inLowerCase(m_table.text()));
     if (!cells) {
         return std::nullopt;
     }
@@ -253,8 +155,9 @@ std::optional<PointReader::Columns> PointReader::columnsOfHeader() const {
     if (!ofPoint) {
         const PointKind other = m_kind == PointKind::PICTURE ? PointKind::LAYOUT : PointKind::PICTURE;
         if (placesOf(columnsOf(other), *cells)) {
-            refuse(m_line, inQuotes(m_text),
-                   "the columns " + joined(columnsOf(m_kind)) + ", each once, or points that are mapped the other way");
+            m_table.refuse(
+                m_table.line(), inQuotes(m_table.text()),
+                "the columns " + joined(columnsOf(m_kind)) + ", each once, or points that are mapped the other way");
         }
         return std::nullopt;
     }
@@ -264,15 +167,9 @@ std::optional<PointReader::Columns> PointReader::columnsOfHeader() const {
 
 void PointReader::refuseLine() const {
     const std::vector<std::string> names = columnsOf(m_kind);
-    refuse(m_line, inQuotes(m_text),
-           joined(names) + ": " + std::to_string(names.size()) +
-               " finite numbers with decimal points, a comma between them");
-}
-
-void PointReader::refuse(int line, const std::string& found, const std::string& expected) const {
-    const char* const example = m_kind == PointKind::PICTURE ? "0.5,0.25" : "1.5,4,-0.25";
-    throwFault(m_document,
-               {line, "point", found, expected, std::string("write one point per line, such as ") + example});
+    m_table.refuse(m_table.line(), inQuotes(m_table.text()),
+                   joined(names) + ": " + std::to_string(names.size()) +
+                       " finite numbers with decimal points, a comma between them");
 }
 
 PointInput::PointInput() = default;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KelvoControl/LensNumbers.h"
 #include "KelvoControl/ProjectionModel.h"
 
 #include <functional>
@@ -16,6 +17,8 @@ struct LensKind {
     /// Makes the model from the viewport and the two texts that name the kind and the file, see `LensName`; called with
     /// a file only when one is needed, and without one otherwise.
     std::function<std::shared_ptr<ProjectionModel>(const Viewport&, const std::wstring&, const std::wstring&)> make;
+    /// Reads the numbers of a file; empty for a kind that needs none.
+    std::function<LensNumbers(const std::wstring&)> numbers;
 };
 
 /// Every kind that there is: the only list of them.

@@ -2,6 +2,7 @@
 
 #include "Common/Point.h"
 #include "DisplayReport/basics/ReportHead.h"
+#include "DisplayReport/basics/TableReader.h"
 
 #include <cstddef>
 #include <iosfwd>
@@ -39,9 +40,8 @@ enum class PointKind {
 ///     while (reader.next(point)) { ... }
 class PointReader {
 public:
-    /// Lines are cut off here, so that a file without line ends does not fill the memory: several times what three
-    /// numbers with all their digits take.
-    static constexpr std::size_t LONGEST_LINE_BYTES = 4096;
+    /// Lines are cut off here: several times what three numbers with all their digits take.
+    static constexpr std::size_t LONGEST_LINE_BYTES = TableReader::LONGEST_LINE_BYTES;
 
     /// @param in not owned, must outlive the reader
     /// @param document named in messages, UTF-8
@@ -70,7 +70,7 @@ public:
     [[nodiscard]] const PassedOver& passedOver() const { return m_passedOver; }
 
     /// How much has been read, for the progress of a long file.
-    [[nodiscard]] std::size_t bytesRead() const { return m_bytes; }
+    [[nodiscard]] std::size_t bytesRead() const { return m_table.bytesRead(); }
 
     /// A point as it stands in a line; none when it is none.
     [[nodiscard]] static std::optional<Point<double, 3>> parse(std::string_view text, PointKind kind);
@@ -83,28 +83,21 @@ private:
         std::optional<std::size_t> projector;  ///< whose row it is
     };
 
-    [[nodiscard]] bool readLine();
     void readHead();
     /// None where the line is no header.
     [[nodiscard]] std::optional<Columns> columnsOfHeader() const;
     /// A row of a table; false for one that is passed over.
     bool readRow(Point<double, 3>& point);
-    [[noreturn]] void refuse(int line, const std::string& found, const std::string& expected) const;
     [[noreturn]] void refuseLine() const;
 
-    std::istream& m_in;
-    std::string m_document;
+    TableReader m_table;
     PointKind m_kind;
-    std::string m_text;  ///< of the line, without its end
-    int m_line = 0;
     int m_emptyLine = 0;  ///< the first of the empty lines just read; 0 without any
     bool m_isHeadRead = false;
-    bool m_isPending = false;  ///< the line has been read, but was none of the head
-    ReportHead m_head{.frame = ""};
+    bool m_isPending = false;          ///< the line has been read, but was none of the head
     std::optional<Columns> m_columns;  ///< none without a header, when lines hold the numbers of a point alone
     std::string m_projector;           ///< empty: of every channel
     PassedOver m_passedOver;
-    std::size_t m_bytes = 0;
 };
 
 /// Points from wherever they come, one after the other.

@@ -1,0 +1,172 @@
+#include "DisplayFit/detail/AreaModel.h"
+
+#include "DisplayFit/detail/PointShape.h"
+#include "KelvoScreen/ScreenGeometry.h"
+#include "ScreenManager/ScreenManager.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace Veltrani::DisplayFitDetail {
+
+namespace {
+
+using Vector = Point<double, 3>;
+
+/// What rounding leaves of a residual, as a part of the extent of the points.
+constexpr double ROUNDING = 1e-10;
+
+/// A parameter that moves along the surface by less than this part of what the other one does has no meaning there.
+constexpr double POLE = 1e-6;
+
+}  // namespace
+
+AreaModel::AreaModel(const FitPoints& points, const DisplayFit::AreaBounds& area, const Point<int, 2>& pixels)
+    : m_points(points),
+      m_bounds{area.left, area.right, area.bottom, area.top},
+      m_given(m_bounds),
+      m_pixels{std::max(pixels[0], 1), std::max(pixels[1], 1)},
+      m_leastDeviation(ROUNDING * PointShape::of(points.world).extents[0]) {
+    for (const char* name : {"area left", "area right", "area bottom", "area top"}) {
+        m_unknowns.push_back({Unknown::Role::AREA, name, DisplayFit::FittedValue::Quantity::NUMBER});
+    }
+    const auto screen = ScreenManager::getInstance()->getScreenGeometry();
+    m_patches.resize(points.size());
+    if (!screen) {
+        return;
+    }
+    const SurfaceSearch search(*screen);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Point<double, 2>& picture = points.picture[i];
+        const Point<double, 2> expected{m_bounds[0] + (m_bounds[1] - m_bounds[0]) * picture[0],
+                                        m_bounds[2] + (m_bounds[3] - m_bounds[2]) * picture[1]};
+        if (const auto place = search.nearest(points.world[i], expected)) {
+            m_patches[i] = patchOf(*place);
+        }
+    }
+}
+
+AreaModel::Patch AreaModel::patchOf(const SurfacePlace& place) {
+    const auto& [bySide, byHeight] = place.tangents;
+    Patch patch;
+    patch.parameters = place.parameters;
+    patch.ss = norm(bySide);
+    const double height = norm(byHeight);
+    if (patch.ss > POLE * height) {
+        patch.first = bySide * (1 / patch.ss);
+    } else {
+        // At a pole s has no direction; any across t serves.
+        patch.ss = 0;
+        patch.first = cross(byHeight, std::abs(byHeight[2]) < height / 2 ? Vector{0, 0, 1} : Vector{1, 0, 0});
+        patch.first *= 1 / norm(patch.first);
+    }
+    patch.st = dot(patch.first, byHeight);
+    const Vector across = byHeight - patch.first * patch.st;
+    patch.tt = norm(across);
+    patch.second = patch.tt > POLE * patch.ss ? across * (1 / patch.tt) : Vector{};
+    return patch;
+}
+
+AreaModel::Bounds AreaModel::boundsAt(const double* step) const {
+    Bounds bounds = m_bounds;
+    for (std::size_t k = 0; k < bounds.size(); ++k) {
+        bounds[k] += step[k];
+    }
+    return bounds;
+}
+
+void AreaModel::evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const {
+    constexpr std::size_t COLUMNS = 4;
+    const Bounds bounds = boundsAt(step);
+    for (std::size_t i = 0; i < m_points.size(); ++i) {
+        const Patch patch = m_patches[i].value_or(Patch{});
+        const Point<double, 2>& picture = m_points.picture[i];
+        isMapped[i] = m_patches[i].has_value();
+        const double s = bounds[0] + (bounds[1] - bounds[0]) * picture[0] - patch.parameters[0];
+        const double t = bounds[2] + (bounds[3] - bounds[2]) * picture[1] - patch.parameters[1];
+        residuals[2 * i] = patch.ss * s + patch.st * t;
+        residuals[2 * i + 1] = patch.tt * t;
+        if (jacobian != nullptr) {
+            const std::array<double, 2 * COLUMNS> rows{patch.ss * (1 - picture[0]),
+                                                       patch.ss * picture[0],
+                                                       patch.st * (1 - picture[1]),
+                                                       patch.st * picture[1],
+                                                       0,
+                                                       0,
+                                                       patch.tt * (1 - picture[1]),
+                                                       patch.tt * picture[1]};
+            std::copy(rows.begin(), rows.end(), jacobian + 2 * i * COLUMNS);
+        }
+    }
+}
+
+bool AreaModel::spreadOf(std::size_t point, Spread& spread) const {
+    if (!m_patches[point]) {
+        return false;
+    }
+    const Patch& patch = *m_patches[point];
+    spread = {};
+    if (!m_points.covariance.empty()) {
+        const auto& covariance = m_points.covariance[point];
+        spread = {dot(patch.first, covariance * patch.first), dot(patch.first, covariance * patch.second),
+                  dot(patch.second, covariance * patch.second)};
+    }
+    if (!m_points.pictureDeviation.empty()) {
+        const double s = m_points.pictureDeviation[point][0] * (m_bounds[1] - m_bounds[0]);
+        const double t = m_points.pictureDeviation[point][1] * (m_bounds[3] - m_bounds[2]);
+        spread += Spread{std::pow(patch.ss * s, 2) + std::pow(patch.st * t, 2), patch.st * patch.tt * t * t,
+                         std::pow(patch.tt * t, 2)};
+    }
+    return true;
+}
+
+void AreaModel::move(const double* step) {
+    m_bounds = boundsAt(step);
+}
+
+void AreaModel::write(const double* step, DisplayFit::ChannelValues& values) const {
+    const Bounds bounds = boundsAt(step);
+    values.area = {bounds[0], bounds[1], bounds[2], bounds[3]};
+}
+
+bool AreaModel::missInPicture(std::size_t point, Point<double, 2>& pixels) const {
+    if (!m_patches[point]) {
+        return false;
+    }
+    for (std::size_t k = 0; k < 2; ++k) {
+        const double part =
+            (m_patches[point]->parameters[k] - m_bounds[2 * k]) / (m_bounds[2 * k + 1] - m_bounds[2 * k]);
+        pixels[k] = m_pixels[k] * (part - m_points.picture[point][k]);
+    }
+    if (m_patches[point]->ss == 0) {
+        pixels[0] = 0;
+    }
+    return true;
+}
+
+bool AreaModel::missOnScreen(std::size_t point, Vector& lengths) const {
+    Vector there;
+    if (!landing(point, there)) {
+        return false;
+    }
+    lengths = there - m_points.world[point];
+    return true;
+}
+
+bool AreaModel::landing(std::size_t point, Vector& place) const {
+    const auto screen = ScreenManager::getInstance()->getScreenGeometry();
+    const Point<double, 2>& picture = m_points.picture[point];
+    return screen && screen->mapInto3D({m_bounds[0] + (m_bounds[1] - m_bounds[0]) * picture[0],
+                                        m_bounds[2] + (m_bounds[3] - m_bounds[2]) * picture[1]},
+                                       place, true);
+}
+
+Point<int, 2> AreaModel::isReversed() const {
+    const auto isTurned = [this](std::size_t k) {
+        return static_cast<int>((m_bounds[k + 1] - m_bounds[k]) * (m_given[k + 1] - m_given[k]) < 0);
+    };
+    return {isTurned(0), isTurned(2)};
+}
+
+}  // namespace Veltrani::DisplayFitDetail

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "DisplayFit/detail/ChannelModel.h"
+#include "DisplayFit/detail/SurfacePlace.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace Veltrani::DisplayFitDetail {
+
+/// A channel that has a rectangle of the screen's 2D parameters. Residuals on the screen, native units: where the
+/// stated place lies, minus the place nearest to the measured point, along the surface there. So a point at a pole,
+/// where one parameter has no meaning, states nothing about it.
+class AreaModel : public ChannelModel {
+public:
+    /// Reads the current screen of the `ScreenManager`, which must have 2D parameters, and the nearest place of it for
+    /// each point.
+    /// @param points must outlive the model
+    AreaModel(const FitPoints& points, const DisplayFit::AreaBounds& area, const Point<int, 2>& pixels);
+
+    [[nodiscard]] const std::vector<Unknown>& unknowns() const override { return m_unknowns; }
+    [[nodiscard]] const FitPoints& points() const override { return m_points; }
+    void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const override;
+    bool spreadOf(std::size_t point, Spread& spread) const override;
+    void move(const double* step) override;
+    void write(const double* step, DisplayFit::ChannelValues& values) const override;
+    bool missInPicture(std::size_t point, Point<double, 2>& pixels) const override;
+    bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const override;
+    bool landing(std::size_t point, Point<double, 3>& place) const override;
+    [[nodiscard]] double leastDeviation() const override { return m_leastDeviation; }
+    [[nodiscard]] Point<int, 2> isReversed() const override;
+
+    /// Start and end of the area along s, then along t.
+    using Bounds = std::array<double, 4>;
+
+private:
+    /// The surface around the place of a point: unit vectors along it, and how the parameters move along these.
+    struct Patch {
+        Point<double, 2> parameters;
+        Point<double, 3> first;
+        Point<double, 3> second;
+        double ss = 0;  ///< along `first`, by s
+        double st = 0;  ///< along `first`, by t
+        double tt = 0;  ///< along `second`, by t
+    };
+
+    [[nodiscard]] static Patch patchOf(const SurfacePlace& place);
+    [[nodiscard]] Bounds boundsAt(const double* step) const;
+
+    const FitPoints& m_points;
+    Bounds m_bounds;
+    Bounds m_given;
+    Point<double, 2> m_pixels;
+    std::vector<Unknown> m_unknowns;
+    std::vector<std::optional<Patch>> m_patches;
+    double m_leastDeviation = 0;
+};
+
+}  // namespace Veltrani::DisplayFitDetail

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "DisplayFit/ChannelValues.h"
+#include "DisplayFit/FitResult.h"
+#include "DisplayFit/detail/FitPoints.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Veltrani::DisplayFitDetail {
+
+/// What a number that is solved stands for.
+struct Unknown {
+    enum class Role { TILT, ROLL, HEADING, ACROSS, ALONG, UPWARDS, WIDTH, HEIGHT, SHIFT_U, SHIFT_V, LENS, AREA };
+
+    Role role = Role::AREA;
+    std::string words;  ///< "position along the axis", UTF-8
+    DisplayFit::FittedValue::Quantity quantity = DisplayFit::FittedValue::Quantity::NUMBER;
+};
+
+/// How the points of a channel follow from its values. The unknowns are steps from values that the model keeps, its
+/// base; a rotation is a vector about the axes of the projector, so that no direction is special.
+class ChannelModel {
+public:
+    ChannelModel() = default;
+    ChannelModel(const ChannelModel&) = delete;
+    ChannelModel& operator=(const ChannelModel&) = delete;
+    virtual ~ChannelModel() = default;
+
+    [[nodiscard]] virtual const std::vector<Unknown>& unknowns() const = 0;
+    [[nodiscard]] virtual const FitPoints& points() const = 0;
+
+    /// Calculates two residuals for each point, and a row of derivatives by the unknowns for each of them unless
+    /// `jacobian` is null. A point that the values do not lead to has zeros and false in `isMapped`.
+    /// @param step from the base, one number for each unknown
+    /// @param isMapped one for each point
+    virtual void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const = 0;
+
+    /// Returns how the stated deviations of a point spread its residuals, at the base. False where the point is not
+    /// mapped.
+    virtual bool spreadOf(std::size_t point, Spread& spread) const = 0;
+
+    /// Makes a step the base.
+    virtual void move(const double* step) = 0;
+
+    /// The values at the base and at a step from it; `values` has what is held already.
+    virtual void write(const double* step, DisplayFit::ChannelValues& values) const = 0;
+
+    /// Calculates, at the base, the place in the picture that leads to the measured point minus the stated one, in
+    /// pixels; false where there is none.
+    virtual bool missInPicture(std::size_t point, Point<double, 2>& pixels) const = 0;
+
+    /// Calculates, at the base, the point of the screen that the stated place leads to, minus the measured point;
+    /// native units. The screen is taken to be flat between them. False where there is none.
+    virtual bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const = 0;
+
+    /// Calculates, at the base, where the stated place meets the current screen, wherever the measured point lies;
+    /// false where it does not.
+    virtual bool landing(std::size_t point, Point<double, 3>& place) const = 0;
+
+    /// Returns how large a residual is that counts as none: of rounding, in units of the residuals.
+    [[nodiscard]] virtual double leastDeviation() const = 0;
+
+    /// Returns true where a picture of the base is the mirror image of what it was made from: (left to right, bottom
+    /// to top).
+    [[nodiscard]] virtual Point<int, 2> isReversed() const = 0;
+};
+
+}  // namespace Veltrani::DisplayFitDetail

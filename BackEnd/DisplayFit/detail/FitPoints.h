@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Common/Matrix.h"
+#include "Common/Point.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace Veltrani::DisplayFitDetail {
+
+/// A symmetric matrix of 2 x 2: (xx, xy, yy).
+using Spread = Point<double, 3>;
+
+/// The points of one channel, each kind of number by itself: the solver reads them many times.
+struct FitPoints {
+    std::vector<Point<double, 2>> picture;           ///< normalised, (0, 0) bottom left
+    std::vector<Point<double, 3>> world;             ///< native units
+    std::vector<Matrix<double, 3>> covariance;       ///< of `world`; empty where not stated
+    std::vector<Point<double, 2>> pictureDeviation;  ///< normalised; empty where exact
+    std::vector<std::size_t> given;                  ///< index among the points that the caller gave
+
+    [[nodiscard]] std::size_t size() const { return picture.size(); }
+    [[nodiscard]] bool hasDeviations() const { return !covariance.empty() || !pictureDeviation.empty(); }
+};
+
+}  // namespace Veltrani::DisplayFitDetail

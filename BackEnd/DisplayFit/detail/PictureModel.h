@@ -1,0 +1,87 @@
+#pragma once
+
+#include "DisplayFit/FitOptions.h"
+#include "DisplayFit/detail/ChannelModel.h"
+#include "DisplayFit/detail/LensFormula.h"
+
+#include <array>
+#include <optional>
+
+namespace Veltrani::DisplayFitDetail {
+
+/// A projector, or the eye of a spherical display, with its picture: (u, v) = (widthFactor a + shift, ...) of the place
+/// (a, b) that the lens shows a ray at.
+struct PictureView {
+    Matrix<double, 3> world_from_projector;
+    Point<double, 3> position;
+    Point<double, 2> factor{1, 1};     ///< of a and b, in widths and heights of the picture
+    Point<double, 2> shift{0.5, 0.5};  ///< (u, v) of the axis
+    LensFormula lens;
+    Point<double, 2> pixels{1, 1};  ///< size of the picture, the unit of the residuals
+
+    /// Of a channel as its values state it.
+    /// @param kind of a lens without a calibration; not used where there is one
+    [[nodiscard]] static PictureView of(const DisplayFit::ChannelValues& values, LensFormula::Kind kind,
+                                        const Point<int, 2>& pixels);
+};
+
+/// Residuals in the picture, pixels: where the picture shows the measured point, minus the stated place. The analytic
+/// derivatives are those of the whole way from the unknowns to the picture.
+class PictureModel : public ChannelModel {
+public:
+    struct Held {
+        DisplayFit::SolvedGroups solved;
+        bool squarePixels = false;
+        bool horizontalShift = false;
+    };
+
+    /// @param points must outlive the model
+    PictureModel(const FitPoints& points, const PictureView& view, const Held& held);
+
+    [[nodiscard]] const std::vector<Unknown>& unknowns() const override { return m_unknowns; }
+    [[nodiscard]] const FitPoints& points() const override { return m_points; }
+    void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const override;
+    bool spreadOf(std::size_t point, Spread& spread) const override;
+    void move(const double* step) override;
+    void write(const double* step, DisplayFit::ChannelValues& values) const override;
+    bool missInPicture(std::size_t point, Point<double, 2>& pixels) const override;
+    bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const override;
+    bool landing(std::size_t point, Point<double, 3>& place) const override;
+    [[nodiscard]] double leastDeviation() const override;
+    [[nodiscard]] Point<int, 2> isReversed() const override;
+
+    [[nodiscard]] const PictureView& view() const { return m_view; }
+    /// Makes other values the base.
+    void setView(const PictureView& view);
+    [[nodiscard]] const Held& held() const { return m_held; }
+    /// Returns true where the lens does not fold before the measured point.
+    [[nodiscard]] bool isShortOfFold(std::size_t point) const;
+
+private:
+    /// Where the derivatives of each number stand in a row; -1 for one that is held.
+    enum Slot { TURN = 0, SHIFT = 3, WIDTH = 6, HEIGHT, AXIS_U, AXIS_V, COEFFICIENTS, SLOTS = 18 };
+
+    void listUnknowns();
+    void add(int slot, Unknown unknown);
+    struct Moved;
+    /// One row of derivatives.
+    void fillRow(const Moved& moved, const Point<double, 3>& ray, const LensFormula::Place& place, bool isU,
+                 double* row) const;
+    /// Where pixels are square: what the height grows by when the width does.
+    [[nodiscard]] double heightOfStep(double wider) const;
+    [[nodiscard]] PictureView viewAt(const double* step) const;
+    [[nodiscard]] double stepOf(const double* step, int slot) const;
+    /// The gradients of the residuals by the measured point.
+    bool gradients(const Point<double, 3>& world, Point<double, 2>& picture,
+                   std::array<Point<double, 3>, 2>& byWorld) const;
+
+    const FitPoints& m_points;
+    PictureView m_view;
+    Held m_held;
+    Point<double, 2> m_givenFactor;
+    std::vector<Unknown> m_unknowns;
+    std::array<int, SLOTS> m_column{};
+    std::vector<Point<double, 3>> m_fromProjector;  ///< the points in the projector's frame at the base
+};
+
+}  // namespace Veltrani::DisplayFitDetail

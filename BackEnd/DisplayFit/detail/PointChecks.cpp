@@ -1,0 +1,129 @@
+#include "DisplayFit/detail/PointChecks.h"
+
+#include "DisplayFit/detail/PointShape.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace Veltrani::DisplayFitDetail {
+
+namespace {
+
+using DisplayFit::FitFinding;
+using DisplayFit::FitOutcome;
+using Vector = Point<double, 3>;
+
+/// A display is never configured so wrongly that what it covers differs by more than this factor.
+constexpr double AS_CONFIGURED = 2;
+
+/// How near a ratio of sizes must come to that of two units, as a factor.
+constexpr double NEAR_RATIO = 1.35;
+
+double medianOf(std::vector<double> numbers) {
+    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+    std::nth_element(numbers.begin(), middle, numbers.end());
+    return *middle;
+}
+
+/// The median distance from the median place: a few points that lie elsewhere change nothing.
+double sizeOf(const std::vector<Vector>& places) {
+    Vector middle;
+    for (std::size_t k = 0; k < 3; ++k) {
+        std::vector<double> coordinates;
+        std::transform(places.begin(), places.end(), std::back_inserter(coordinates),
+                       [k](const Vector& place) { return place[k]; });
+        middle[k] = medianOf(coordinates);
+    }
+    std::vector<double> distances;
+    std::transform(places.begin(), places.end(), std::back_inserter(distances),
+                   [&](const Vector& place) { return norm(place - middle); });
+    return medianOf(distances);
+}
+
+struct NamedRatio {
+    double ratio;
+    const char* words;
+};
+
+/// Ratios of the units that lengths are measured in: more than twice, so that no other cause is as likely.
+constexpr std::array RATIOS{NamedRatio{1000, "such as millimetres for metres"},
+                            NamedRatio{304.8, "such as millimetres for feet"},
+                            NamedRatio{100, "such as centimetres for metres"},
+                            NamedRatio{39.37, "such as inches for metres"},
+                            NamedRatio{25.4, "such as millimetres for inches"},
+                            NamedRatio{12, "such as inches for feet or millimetres for centimetres"},
+                            NamedRatio{3.281, "such as feet for metres or centimetres for inches"}};
+
+}  // namespace
+
+double typicalPointDeviation(const FitPoints& points) {
+    std::vector<double> squares;
+    for (const Matrix<double, 3>& covariance : points.covariance) {
+        squares.push_back((covariance(0, 0) + covariance(1, 1) + covariance(2, 2)) / 3);
+    }
+    return squares.empty() ? 0.0 : std::sqrt(medianOf(squares));
+}
+
+std::optional<FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unknowns) {
+    // One equation more than values, so that there is a residual.
+    const std::size_t needed = unknowns / 2 + 1;
+    if (points.size() < needed) {
+        return FitFinding{FitFinding::Kind::TOO_FEW_POINTS, FitOutcome::UNUSABLE,
+                          std::to_string(points.size()) + " points are too few for " + std::to_string(unknowns) +
+                              " values: at least " + std::to_string(needed) + " are needed",
+                          "measure more points, or hold some of the values"};
+    }
+    if (PointShape::of(points.world).isStraight(typicalPointDeviation(points))) {
+        return FitFinding{FitFinding::Kind::POINTS_ON_LINE, FitOutcome::UNUSABLE,
+                          "the measured points lie on one line, or in one place",
+                          "measure points all over the picture"};
+    }
+    std::vector<Vector> places;
+    for (const Point<double, 2>& picture : points.picture) {
+        places.push_back({picture[0], picture[1], 0});
+    }
+    if (PointShape::of(places).isStraight(0)) {
+        return FitFinding{FitFinding::Kind::POINTS_ON_LINE, FitOutcome::UNUSABLE,
+                          "the points lie on one line of the picture, or in one place of it",
+                          "measure points all over the picture"};
+    }
+    return std::nullopt;
+}
+
+std::optional<FitFinding> faultOfUnit(const ChannelModel& model, const std::string& unit) {
+    std::vector<Vector> measured;
+    std::vector<Vector> placed;
+    for (std::size_t i = 0; i < model.points().size(); ++i) {
+        Vector place;
+        if (model.landing(i, place)) {
+            measured.push_back(model.points().world[i]);
+            placed.push_back(place);
+        }
+    }
+    constexpr std::size_t LEAST = 3;
+    if (placed.size() < LEAST || !(sizeOf(placed) > 0)) {
+        return std::nullopt;
+    }
+    const double ratio = sizeOf(measured) / sizeOf(placed);
+    const double larger = std::max(ratio, 1 / ratio);
+    if (!(larger > AS_CONFIGURED) || !std::isfinite(larger)) {
+        return std::nullopt;
+    }
+    for (const NamedRatio& named : RATIOS) {
+        if (std::max(larger / named.ratio, named.ratio / larger) < NEAR_RATIO) {
+            const bool isLarger = ratio > 1;
+            return FitFinding{FitFinding::Kind::WRONG_UNIT, FitOutcome::UNUSABLE,
+                              std::string("the measured points cover an area about ") +
+                                  std::to_string(std::lround(larger)) + " times as " + (isLarger ? "wide" : "narrow") +
+                                  " as the channel does on the screen, in " + unit +
+                                  (isLarger ? ": their unit is a smaller one, " : ": their unit is a larger one, ") +
+                                  (isLarger ? named.words : "the other way round"),
+                              "state the unit of the points"};
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace Veltrani::DisplayFitDetail

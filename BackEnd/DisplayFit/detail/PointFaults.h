@@ -1,0 +1,15 @@
+#pragma once
+
+#include "DisplayFit/MeasuredPoint.h"
+
+#include <cstddef>
+#include <span>
+
+namespace Veltrani::DisplayFitDetail {
+
+/// Throws `VeltraniException` for the first point that no fit can use: of a channel that there is not, with a number
+/// that is not finite, a covariance that is none, deviations that leave its place exact, or deviations where others
+/// have none.
+void requireSound(std::span<const DisplayFit::MeasuredPoint> points, std::size_t channels);
+
+}  // namespace Veltrani::DisplayFitDetail

@@ -1,0 +1,195 @@
+#include "DisplayReport/basics/JsonText.h"
+#include "FitSession/FitReport.h"
+
+#include <ostream>
+
+namespace Veltrani::FitSession {
+
+namespace {
+
+using DisplayFit::ChannelFit;
+using DisplayFit::FitFinding;
+using DisplayFit::FittedValue;
+using DisplayFit::PointResidual;
+using DisplayFit::ResidualSummary;
+using DisplayFit::WorstCombination;
+using DisplayReport::jsonList;
+using DisplayReport::JsonObject;
+using DisplayReport::jsonOf;
+
+std::string jsonOfText(const std::string& text) {
+    return jsonOf(text);
+}
+
+template <class Number>
+std::string jsonOfNumber(Number number) {
+    return jsonOf(number);
+}
+
+template <std::size_t N>
+std::string jsonOfPoint(const Point<double, N>& point) {
+    std::string json;
+    for (std::size_t i = 0; i < N; ++i) {
+        json += (i == 0 ? "[" : ",") + jsonOf(point[i]);
+    }
+    return json + ']';
+}
+
+std::string nameOf(FittedValue::Quantity quantity) {
+    switch (quantity) {
+        case FittedValue::Quantity::LENGTH:
+            return "length";
+        case FittedValue::Quantity::ANGLE:
+            return "angle";
+        case FittedValue::Quantity::PIXELS:
+            return "pixels";
+        case FittedValue::Quantity::NUMBER:
+            return "number";
+    }
+    return "";
+}
+
+std::string jsonOfFinding(const FitFinding& finding) {
+    return JsonObject()
+        .add("kind", FitFinding::nameOf(finding.kind))
+        .add("outcome", FitReport::nameOf(finding.outcome))
+        .add("text", finding.text)
+        .add("remedy", finding.remedy)
+        .text();
+}
+
+std::string jsonOfValue(const FittedValue& value) {
+    return JsonObject()
+        .add("name", value.name)
+        .add("quantity", nameOf(value.quantity))
+        .add("before", value.before)
+        .add("after", value.after)
+        .addJson("deviation", value.deviation ? jsonOf(*value.deviation) : "null")
+        .text();
+}
+
+std::string jsonOfSummary(const ResidualSummary& summary) {
+    return JsonObject()
+        .add("rms", summary.rms)
+        .add("median", summary.median)
+        .add("largest", summary.largest)
+        .add("unmapped", summary.unmapped)
+        .text();
+}
+
+std::string jsonOfSummaries(const ResidualSummary& before, const ResidualSummary& after) {
+    return JsonObject().addJson("before", jsonOfSummary(before)).addJson("after", jsonOfSummary(after)).text();
+}
+
+std::string jsonOfWorst(const WorstCombination& worst) {
+    return JsonObject()
+        .add("text", worst.text)
+        .add("remedy", worst.remedy)
+        .add("value", worst.deviatingName)
+        .add("quantity", nameOf(worst.quantity))
+        .add("deviation", worst.deviation)
+        .add("scaledCondition", worst.scaledCondition)
+        .addJson("names", jsonList(worst.solvedNames, jsonOfText))
+        .addJson("weights", jsonList(worst.weights, jsonOfNumber<double>))
+        .text();
+}
+
+std::string jsonOfFrame(const Registration& frame) {
+    std::vector<double> rotation(frame.rotation.data(), frame.rotation.data() + 9);
+    return JsonObject()
+        .add("set", frame.set)
+        .add("scale", frame.scale)
+        .addJson("rotation", jsonList(rotation, jsonOfNumber<double>))
+        .addJson("translation", jsonOfPoint(frame.translation))
+        .add("rms", frame.rms)
+        .addJson(
+            "deviations",
+            jsonList(frame.deviations,
+                     [](const Registration::Deviation& deviation) {
+                         return JsonObject().add("line", deviation.line).add("distance", deviation.distance).text();
+                     }))
+        .addJson("remarks", jsonList(frame.remarks, jsonOfText))
+        .text();
+}
+
+std::string jsonOfResidual(const FitReport& report, const PointResidual& residual) {
+    const MeasuredPoint& point = report.combined.points.at(residual.point);
+    return JsonObject()
+        .addJson("lines", jsonList(report.combined.lines.at(residual.point), jsonOfNumber<std::size_t>))
+        .add("set", point.set)
+        .addJson("picture", jsonOfPoint(point.picture))
+        .addJson("point", jsonOfPoint(point.world))
+        .addJson("pixelsBefore", jsonOfPoint(residual.pixelsBefore))
+        .addJson("pixelsAfter", jsonOfPoint(residual.pixelsAfter))
+        .addJson("screenBefore", jsonOfPoint(residual.screenBefore))
+        .addJson("screenAfter", jsonOfPoint(residual.screenAfter))
+        .add("deviations", residual.size)
+        .add("outlier", residual.isOutlier)
+        .text();
+}
+
+std::string jsonOfChannel(const FitReport& report, const ChannelFit& fit) {
+    return JsonObject()
+        .add("name", fit.name)
+        .add("projector", fit.projectorId)
+        .add("outcome", FitReport::nameOf(fit.outcome))
+        .add("isSolved", fit.isSolved)
+        .addJson("solved", jsonList(FitReport::namesOf(fit.solved), jsonOfText))
+        .add("holdsSquarePixels", fit.holdsSquarePixels)
+        .add("holdsHorizontalShift", fit.holdsHorizontalShift)
+        .add("outliers", fit.outliers)
+        .add("degreesOfFreedom", fit.degreesOfFreedom)
+        .add("residualFactor", fit.residualFactor)
+        .add("hasStatedDeviations", fit.hasStatedDeviations)
+        .add("iterations", fit.iterations)
+        .addJson("pixels", jsonOfSummaries(fit.pixelsBefore, fit.pixelsAfter))
+        .addJson("screen", jsonOfSummaries(fit.screenBefore, fit.screenAfter))
+        .addJson("values", jsonList(fit.values, jsonOfValue))
+        .addJson("covariance", jsonList(fit.covariance, jsonOfNumber<double>))
+        .addJson("worst", fit.isSolved ? jsonOfWorst(fit.worst) : "null")
+        .addJson("findings", jsonList(fit.findings, jsonOfFinding))
+        .addJson("residuals",
+                 jsonList(fit.residuals,
+                          [&report](const PointResidual& residual) { return jsonOfResidual(report, residual); }))
+        .text();
+}
+
+std::string jsonOfMeasurement(const FitReport& report) {
+    return JsonObject()
+        .add("table", report.table)
+        .add("rows", report.measured.rows)
+        .add("points", report.combined.points.size())
+        .add("repeated", report.measured.points.size() - report.combined.points.size())
+        .add("controls", report.measured.controls.size())
+        .add("unmapped", report.measured.unmapped)
+        .add("withoutPicture", report.measured.withoutPicture)
+        .addJson("ignoredColumns", jsonList(report.measured.ignored, jsonOfText))
+        .addJson("frames", jsonList(report.frames, jsonOfFrame))
+        .text();
+}
+
+std::string jsonOfWritten(const FitReport& report) {
+    return report.written.empty() ? "null"
+                                  : JsonObject()
+                                        .add("configuration", report.written)
+                                        .addJson("lensFiles", jsonList(report.lensFiles, jsonOfText))
+                                        .text();
+}
+
+}  // namespace
+
+void FitReport::printJson(std::ostream& out) const {
+    DisplayReport::ReportHead head{"fit", result.unit};
+    head.files = files;
+    out << JsonObject(head.members())
+               .add("outcome", nameOf(result.outcome()))
+               .addJson("measurement", jsonOfMeasurement(*this))
+               .addJson("findings", jsonList(result.findings, jsonOfFinding))
+               .addJson("channels",
+                        jsonList(result.channels, [this](const ChannelFit& fit) { return jsonOfChannel(*this, fit); }))
+               .addJson("written", jsonOfWritten(*this))
+               .text()
+        << '\n';
+}
+
+}  // namespace Veltrani::FitSession

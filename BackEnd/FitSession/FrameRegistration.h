@@ -1,0 +1,64 @@
+#pragma once
+
+#include "FitSession/MeasuredPoints.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Veltrani::FitSession {
+
+/// What may differ between the frame of a station and that of the display.
+enum class RegistrationKind {
+    RIGID,       ///< rotation and translation
+    SIMILARITY,  ///< and the scale, which is that of the instrument then
+};
+
+/// How the frame of one station lies in that of the display, and how well its control points say so.
+struct Registration {
+    /// How far a control point is from where it should be, in native units.
+    struct Deviation {
+        double distance = 0;
+        int line = 0;  ///< of the table
+    };
+
+    std::string set;                    ///< the station
+    double scale = 1;                   ///< of its lengths
+    Matrix<double, 3> rotation;         ///< display from station, right-handed
+    Point<double, 3> translation;       ///< in native units
+    double rms = 0;                     ///< of the deviations
+    std::vector<Deviation> deviations;  ///< one for each control point
+    std::vector<std::string> remarks;   ///< what the control points do not show, one sentence each, UTF-8
+
+    /// scale * rotation * point + translation.
+    [[nodiscard]] Point<double, 3> displayFromStation(const Point<double, 3>& point) const;
+};
+
+/// Finds the frames of stations by their control points, each for itself: the rotation, translation and, if it may
+/// differ, scale with the smallest sum of squared deviations in the frame of the display, in closed form (S. Umeyama,
+/// "Least-squares estimation of transformation parameters between two point patterns", 1991).
+class FrameRegistration {
+public:
+    /// Control points whose spread across a line is less than this part of that along it determine no rotation.
+    static constexpr double THINNEST_SPREAD = 1e-3;
+    /// Deviations above this part of the spread of the control points are none of measuring.
+    static constexpr double LARGEST_RELATIVE_DEVIATION = 0.05;
+
+    FrameRegistration() = delete;
+
+    /// The frame of one station.
+    ///
+    /// Throws `VeltraniException`, with what is wrong and the remedy, for fewer than 3 control points, for such that
+    /// lie at one place or on a line, and where they contradict the kind: lengths in another unit, a mirrored frame,
+    /// points that were mixed up.
+    /// @param set its name, for messages
+    [[nodiscard]] static Registration of(const std::string& set, const std::vector<ControlPoint>& controls,
+                                         RegistrationKind kind);
+
+    /// Moves all points, with their covariances, into the frame of the display; those of the same set have the same
+    /// frame. Throws what `of` throws, also for a set without control points; nothing has been moved then.
+    /// @return one for each set, in the order of their names
+    static std::vector<Registration> apply(MeasuredPoints& points, RegistrationKind kind);
+};
+
+}  // namespace Veltrani::FitSession

@@ -1,0 +1,140 @@
+#include "FitSession/FitReport.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <limits>
+#include <sstream>
+
+namespace {
+
+using namespace Veltrani::DisplayFit;
+using Veltrani::FitSession::FitReport;
+using Json = nlohmann::json;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr double NOWHERE = std::numeric_limits<double>::quiet_NaN();
+
+/// A channel with one inlier and one outlier that no picture shows.
+FitReport report() {
+    FitReport report;
+    report.configuration = "dome.xml";
+    report.table = "points.csv";
+    report.measured.rows = 4;
+    report.measured.unmapped = 1;
+    report.measured.points.resize(3);
+    report.combined.points.resize(2);
+    report.combined.points[0].world = {1, 2, 3};
+    report.combined.lines = {{2, 4}, {3}};
+    report.result.unit = "m";
+    ChannelFit fit;
+    fit.name = "Left";
+    fit.projectorId = "A";
+    fit.isSolved = true;
+    fit.outcome = FitOutcome::DOUBTFUL;
+    fit.solved.orientation = true;
+    fit.outliers = 1;
+    fit.degreesOfFreedom = 17;
+    fit.pixelsBefore = {12.5, 11, 20, 0};
+    fit.pixelsAfter = {0.25, 0.125, 0.5, 1};
+    fit.screenAfter.rms = NOWHERE;
+    fit.values = {{"orientation z", FittedValue::Quantity::ANGLE, 0.5, -1e-17, 0.01},
+                  {"position x", FittedValue::Quantity::LENGTH, 1.5, 1.5, std::nullopt}};
+    PointResidual inlier;
+    inlier.pixelsAfter = {0.25, 0};
+    PointResidual outlier;
+    outlier.point = 1;
+    outlier.pixelsAfter = {NOWHERE, NOWHERE};
+    outlier.size = 21.5;
+    outlier.isOutlier = true;
+    fit.residuals = {inlier, outlier};
+    fit.findings = {{FitFinding::Kind::OUTLIERS, FitOutcome::DOUBTFUL, "1 point was rejected", "measure again"}};
+    fit.worst.text = "heading and shift";
+    report.result.channels = {fit};
+    return report;
+}
+
+std::string textOf(const FitReport& report) {
+    std::ostringstream out;
+    report.printText(out);
+    return out.str();
+}
+
+Json jsonOf(const FitReport& report) {
+    std::ostringstream out;
+    report.printJson(out);
+    return Json::parse(out.str());
+}
+
+TEST(FitReport, ItsTextHasEachChannelBeforeAndAfter) {
+    const std::string text = textOf(report());
+    EXPECT_THAT(text, HasSubstr("measured     points.csv: 2 points of 4 rows, 1 not mapped, 1 repeated\n"));
+    EXPECT_THAT(text, HasSubstr("result       doubtful\n"));
+    EXPECT_THAT(text, HasSubstr("12.5 -> 0.25"));
+    EXPECT_THAT(text, HasSubstr("0 -> -"));
+    EXPECT_THAT(text, HasSubstr("orientation z  28.647890  0.000000  0.57296    deg\n")) << "no sign of zero";
+    EXPECT_THAT(text, HasSubstr("position x     1.500000   held                 m\n"));
+    EXPECT_THAT(text, HasSubstr("  outlier: line 3, - px, 0 m on the screen, 21.5 deviations\n"));
+    EXPECT_THAT(text, HasSubstr("  doubtful: 1 point was rejected; measure again\n"));
+    EXPECT_THAT(text, HasSubstr("\nNothing was written.\n"));
+}
+
+TEST(FitReport, ItSaysWhatWasWritten) {
+    FitReport written = report();
+    written.written = "new.xml";
+    written.lensFiles = {"new-A.yml"};
+    EXPECT_THAT(textOf(written), HasSubstr("\nWritten: new.xml, new-A.yml\n"));
+    EXPECT_EQ(jsonOf(written)["written"], Json::parse(R"({"configuration":"new.xml","lensFiles":["new-A.yml"]})"));
+}
+
+TEST(FitReport, ItsTextNamesFramesWithTheirLargestDeviation) {
+    FitReport registered = report();
+    registered.frames.resize(1);
+    registered.frames[0].set = "east";
+    registered.frames[0].rms = 0.002;
+    registered.frames[0].deviations = {{0.001, 5}, {0.003, 6}};
+    registered.frames[0].remarks = {"Add a fourth."};
+    EXPECT_THAT(textOf(registered),
+                HasSubstr("frame        east: 2 control points, RMS 0.002 m, largest 0.003 m (line 6)\n"
+                          "  note: Add a fourth.\n"));
+    EXPECT_EQ(jsonOf(registered)["measurement"]["frames"][0]["deviations"][1]["line"], 6);
+}
+
+TEST(FitReport, ManyOutliersAreCounted) {
+    FitReport many = report();
+    many.result.channels[0].residuals.assign(25, many.result.channels[0].residuals[1]);
+    EXPECT_THAT(textOf(many), HasSubstr("  and 5 more outliers\n"));
+    EXPECT_EQ(jsonOf(many)["channels"][0]["residuals"].size(), 25U);
+}
+
+TEST(FitReport, ItsJsonHasEveryNumberAndNullWhereThereIsNone) {
+    const Json json = jsonOf(report());
+    EXPECT_EQ(json["schema"], "screenmanager/fit");
+    EXPECT_EQ(json["units"]["length"], "m");
+    EXPECT_EQ(json["outcome"], "doubtful");
+    EXPECT_EQ(json["measurement"]["repeated"], 1);
+    EXPECT_TRUE(json["written"].is_null());
+    const Json& channel = json["channels"][0];
+    EXPECT_EQ(channel["pixels"]["before"]["rms"], 12.5);
+    EXPECT_EQ(channel["pixels"]["after"]["unmapped"], 1);
+    EXPECT_TRUE(channel["screen"]["after"]["rms"].is_null());
+    EXPECT_EQ(channel["values"][0]["after"], -1e-17);
+    EXPECT_TRUE(channel["values"][1]["deviation"].is_null());
+    EXPECT_EQ(channel["residuals"][0]["lines"], Json::parse("[2,4]"));
+    EXPECT_EQ(channel["residuals"][0]["point"], Json::parse("[1.0,2.0,3.0]"));
+    EXPECT_TRUE(channel["residuals"][1]["pixelsAfter"][0].is_null());
+    EXPECT_EQ(channel["findings"][0]["kind"], "OUTLIERS");
+    EXPECT_TRUE(channel["worst"]["scaledCondition"].is_null()) << "infinite";
+}
+
+TEST(FitReport, NamesOfTheDisplayDoNotSteerATerminal) {
+    FitReport hostile = report();
+    hostile.configuration = "a\x1b[2Jb";
+    hostile.result.channels[0].name = "a\nb";
+    EXPECT_THAT(textOf(hostile), Not(HasSubstr("\x1b")));
+    EXPECT_THAT(textOf(hostile), HasSubstr("channel a\\nb (A)"));
+}
+
+}  // namespace

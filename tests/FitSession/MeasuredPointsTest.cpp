@@ -1,0 +1,108 @@
+#include "FitSession/MeasuredPoints.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Veltrani::FitSession::combineRepeated;
+using Veltrani::FitSession::MeasuredPoint;
+using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
+
+MeasuredPoint at(const P3& place, std::size_t line, const P2& picture = {0.5, 0.5}) {
+    MeasuredPoint point;
+    point.picture = picture;
+    point.world = place;
+    point.row = line;
+    return point;
+}
+
+MeasuredPoint at(const P3& place, std::size_t line, const P3& deviations) {
+    MeasuredPoint point = at(place, line);
+    Matrix<double, 3> covariance;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        covariance(axis, axis) = deviations[axis] * deviations[axis];
+    }
+    point.covariance = covariance;
+    return point;
+}
+
+TEST(MeasuredPoints, NothingIsCombinedOfNothing) {
+    EXPECT_THAT(combineRepeated({}).points, IsEmpty());
+}
+
+TEST(MeasuredPoints, RepeatedOnesBecomeTheirMean) {
+    const auto combined = combineRepeated({at({1, 2, 3}, 2), at({5, 6, 7}, 3, P2{0, 0}), at({3, 2, 1}, 4)});
+    ASSERT_EQ(combined.points.size(), 2U);
+    EXPECT_EQ(combined.points[0].world, (P3{2, 2, 2}));
+    EXPECT_EQ(combined.points[0].row, 2U);
+    EXPECT_EQ(combined.points[1].world, (P3{5, 6, 7}));
+    EXPECT_THAT(combined.lines, ElementsAre(ElementsAre(2, 4), ElementsAre(3)));
+}
+
+TEST(MeasuredPoints, ThoseOfOtherChannelsStayApart) {
+    MeasuredPoint other = at({3, 2, 1}, 4);
+    other.channel = 1;
+    EXPECT_EQ(combineRepeated({at({1, 2, 3}, 2), other}).points.size(), 2U);
+}
+
+// Along each axis by itself the mean of independent measurements has the weights 1 / s^2: a closed form that needs no
+// matrix.
+TEST(MeasuredPoints, BetterMeasurementsWeighMore) {
+    const P3 a{0.001, 0.002, 0.003};
+    const P3 b{0.002, 0.002, 0.001};
+    const auto combined = combineRepeated({at({10, 20, 30}, 2, a), at({10.001, 20.002, 30.003}, 3, b)}).points;
+    ASSERT_EQ(combined.size(), 1U);
+    const P3 first{10, 20, 30};
+    const P3 second{10.001, 20.002, 30.003};
+    ASSERT_TRUE(combined[0].covariance);
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const double wa = 1 / (a[axis] * a[axis]);
+        const double wb = 1 / (b[axis] * b[axis]);
+        EXPECT_NEAR(combined[0].world[axis], (wa * first[axis] + wb * second[axis]) / (wa + wb), 1e-13) << axis;
+        EXPECT_NEAR((*combined[0].covariance)(axis, axis), 1 / (wa + wb), 1e-19) << axis;
+    }
+}
+
+// Of equal covariances the mean is the plain one, however they lie, and its covariance is theirs by their number.
+TEST(MeasuredPoints, EqualCovariancesThatLieAslantGiveThePlainMean) {
+    Matrix<double, 3> aslant;
+    const double entries[3][3] = {{4, 1, 0.5}, {1, 9, -2}, {0.5, -2, 16}};
+    std::vector<MeasuredPoint> points;
+    const std::vector<P3> places{{1, 2, 3}, {1.5, 1, 4}, {0, 3, 2}, {2, 2, 1}};
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            aslant(row, column) = entries[row][column];
+        }
+    }
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        points.push_back(at(places[i], i));
+        points.back().covariance = aslant;
+    }
+    const auto combined = combineRepeated(points).points;
+    ASSERT_EQ(combined.size(), 1U);
+    const P3 mean = (places[0] + places[1] + places[2] + places[3]) * 0.25;
+    for (std::size_t row = 0; row < 3; ++row) {
+        EXPECT_NEAR(combined[0].world[row], mean[row], 1e-13);
+        for (std::size_t column = 0; column < 3; ++column) {
+            EXPECT_NEAR((*combined[0].covariance)(row, column), entries[row][column] / 4, 1e-13);
+        }
+    }
+}
+
+TEST(MeasuredPoints, OnesThatContradictEachOtherStayApart) {
+    const P3 millimetre{0.001, 0.001, 0.001};
+    EXPECT_EQ(combineRepeated({at({0, 0, 0}, 2, millimetre), at({0.005, 0, 0}, 3, millimetre)}).points.size(), 1U);
+    EXPECT_EQ(combineRepeated({at({0, 0, 0}, 2, millimetre), at({0.006, 0, 0}, 3, millimetre)}).points.size(), 2U)
+        << "the difference of two has the deviation sqrt(2) mm";
+    EXPECT_EQ(combineRepeated({at({0, 0, 0}, 2), at({9, 9, 9}, 3)}).points.size(), 1U)
+        << "nothing states how good they are";
+    const P3 fine{1e-9, 1e-9, 1e-9};
+    EXPECT_EQ(combineRepeated({at({0, 0, 0}, 2, fine), at({0.002, 0, 0}, 3, millimetre)}).points.size(), 1U)
+        << "one is so good that the mean is it";
+}
+
+}  // namespace
