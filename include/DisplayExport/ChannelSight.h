@@ -11,6 +11,9 @@ class XMLConfigManager;
 
 namespace Veltrani::DisplayExport {
 
+class PictureWay;
+struct Arrival;
+
 /// What a place of a channel's picture is seen as.
 struct SeenPlace {
     Point<double, 3> point;      ///< on the screen; world frame, native units; zero without `isSeen`
@@ -41,9 +44,9 @@ public:
     ~ChannelSight();
     ChannelSight(ChannelSight&&) noexcept;
 
-    [[nodiscard]] const DisplayReport::ChannelChoice& channel() const;
+    [[nodiscard]] const DisplayReport::ChannelChoice& channel() const { return m_channel; }
     /// World frame, native units.
-    [[nodiscard]] const Point<double, 3>& eye() const;
+    [[nodiscard]] const Point<double, 3>& eye() const { return m_eye; }
     /// Whether the direction is one in a mirror, so that it does not lead from the eye to the point.
     [[nodiscard]] bool isInMirror() const;
     /// Whether `SeenPlace::screen` is known.
@@ -61,10 +64,12 @@ public:
     /// none, or when they cancel out.
     [[nodiscard]] std::optional<Point<double, 3>> meanDirection() const;
 
-    class Way;
-
 private:
-    std::unique_ptr<Way> m_way;
+    [[nodiscard]] SeenPlace seenAs(const Arrival& arrival) const;
+
+    DisplayReport::ChannelChoice m_channel;
+    std::unique_ptr<const PictureWay> m_way;
+    Point<double, 3> m_eye;
 };
 
 }  // namespace Veltrani::DisplayExport

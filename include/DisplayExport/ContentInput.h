@@ -30,9 +30,8 @@ enum class InputKind {
 [[nodiscard]] std::string nameOf(InputKind kind);
 [[nodiscard]] std::vector<std::string> inputKindNames();
 
-/// The faces of a cube, in the order of their numbers 0 to 5: as seen by a viewer who stands in its middle and looks at
-/// them, with `ViewFrame` up at the top of the first four. Above the top face's bottom edge stands the front, and below
-/// the bottom face's top edge.
+/// The faces of a cube, in the order of their numbers 0 to 5, as a viewer in the middle of the cube sees them: up is at
+/// the top of the first four. The front joins the bottom edge of the top face and the top edge of the bottom face.
 enum class CubeFace : std::uint8_t { RIGHT, LEFT, FRONT, BACK, TOP, BOTTOM };
 [[nodiscard]] std::string nameOf(CubeFace face);
 
@@ -93,30 +92,39 @@ public:
     /// None where the input has no place for it, and for a place that is not seen.
     /// @param picture the place of the channel's picture that is seen so
     [[nodiscard]] std::optional<InputPlace> place(const Point<double, 2>& picture, const SeenPlace& seen) const;
+    /// As `place`, with what lies beyond the circle of a fisheye: for corners of cells that its edge passes.
+    [[nodiscard]] std::optional<InputPlace> placeBeyond(const Point<double, 2>& picture, const SeenPlace& seen) const;
     /// The place of a direction on one face of a cube, which may lie beyond its edges; none for a direction that does
-    /// not point towards the face. On an input that is no cube, `placeOf` of the direction.
+    /// not point towards the face, and on an input that is no cube.
     [[nodiscard]] std::optional<Point<double, 2>> placeOnFace(const Point<double, 3>& direction,
                                                               std::uint8_t face) const;
-    /// The place of a direction; none for the layout and the screen, which have no directions.
+    /// The place of a direction from the eye, in world axes; none for the layout and the screen, which have no
+    /// directions.
     [[nodiscard]] std::optional<InputPlace> placeOf(const Point<double, 3>& direction) const;
+    /// The directions around which the input turns, in world axes: those of the two poles of a panorama, the one
+    /// opposite to the axis of a fisheye. Content is not continuous there.
+    [[nodiscard]] std::vector<Point<double, 3>> poles() const;
 
     /// How far two places of one face are apart, in pixels of the input; those of a panorama shrink with the cosine of
     /// the elevation of the first place, and lie on whichever side of its seam is nearer.
     [[nodiscard]] double distance(const Point<double, 2>& from, const Point<double, 2>& to) const;
 
     /// The pixels of the channel's picture for a frustum, 4096 x 4096 for a fisheye, 8192 x 4096 for a panorama, 2048 x
-    /// 2048 for the face of a cube, and 4096 pixels across the longer side for the others.
+    /// 2048 for the face of a cube, and 4096 pixels across the longer side for a layout. For the screen, 4096 x 4096.
     [[nodiscard]] static Point<int, 2> usualPixels(const XMLConfigManager& config, const ChannelSight& sight,
                                                    InputKind kind);
 
 private:
-    void fitFrustum(const ChannelSight& sight);
     void setPlane(const XMLConfigManager& config, const ChannelSight& sight);
 
+    enum class Edge { ENDS, GOES_ON };
+    [[nodiscard]] std::optional<InputPlace> placeOf(const Point<double, 3>& direction, Edge edge) const;
+
     InputChoice m_choice;
-    RenderFrustum m_frustum;   ///< of the frustum; of the others its view alone
-    Point<double, 2> m_start;  ///< of a layout: the place of (u, v) = (0, 0) of the channel's picture
-    Point<double, 2> m_size;   ///< and from there to that of (1, 1)
+    RenderFrustum m_frustum;             ///< of an input of that kind; of others its view alone
+    std::vector<RenderFrustum> m_faces;  ///< of a cube
+    Point<double, 2> m_start;            ///< of a layout: the place of (u, v) = (0, 0) of the channel's picture
+    Point<double, 2> m_size;             ///< and from there to that of (1, 1)
 };
 
 }  // namespace Veltrani::DisplayExport
