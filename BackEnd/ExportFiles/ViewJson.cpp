@@ -123,11 +123,10 @@ std::string jsonOf(const ChannelWarp& warp, std::size_t broken) {
 }
 
 std::string jsonOf(const RenderConvention& convention) {
-    const auto word = [](auto value, const auto& names) { return names.at(static_cast<std::size_t>(value)); };
     return JsonObject()
-        .add("depth", word(convention.depth, RenderConvention::depthNames()))
-        .add("world", word(convention.world, RenderConvention::worldNames()))
-        .add("handed", word(convention.handed, RenderConvention::handedNames()))
+        .add("depth", RenderConvention::nameOf(convention.depth))
+        .add("world", RenderConvention::nameOf(convention.world))
+        .add("handed", RenderConvention::nameOf(convention.handed))
         .add("near", convention.nearPlane)
         .add("far", convention.farPlane)
         .add("matrices",
