@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
+#include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayExport {
@@ -112,7 +112,8 @@ public:
     [[nodiscard]] std::size_t count(WarpNode::State state) const;
 
     /// Calls with every triangle that a player has to draw, cell by cell from the bottom left: whole cells as two
-    /// triangles that share the diagonal from the bottom left to the top right, others as what is left of them.
+    /// triangles that share the diagonal from the bottom left to the top right, others as what is left of them. A warp
+    /// of pixels has none.
     void forEachPiece(const std::function<void(const WarpPiece&)>& take) const;
 
     /// The same nodes for a format that has a grid and no pieces: with nodes taken out such that no broken cell keeps
@@ -130,6 +131,8 @@ public:
 private:
     friend class WarpBuilder;
     ChannelWarp() = default;
+    /// Nodes at the bottom left, bottom right, top right and top left.
+    [[nodiscard]] std::array<std::size_t, 4> cornersOf(std::size_t cell) const;
 
     Point<int, 2> m_pixels;
     bool m_reachesCorners = true;

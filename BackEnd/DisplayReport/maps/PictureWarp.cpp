@@ -1,15 +1,12 @@
 #include "DisplayReport/maps/PictureWarp.h"
 
 #include "Common/VeltraniException.h"
+#include "DisplayReport/basics/LargePages.h"
 #include "DisplayReport/maps/InputProjection.h"
 #include "DisplayReport/maps/LayoutMapper.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -93,23 +90,10 @@ private:
     std::vector<LayoutPoint> m_layout;
 };
 
-/// Memory for so many samples, in large pages where the system has them: those of a picture are first touched here, and
-/// that is thousands of page faults less. A system that refuses costs time alone.
-void reserveLarge(std::vector<WarpSample>& samples, std::size_t count) {
-    constexpr std::uintptr_t LARGE_PAGE = std::uintptr_t{1} << 21U;
-    samples.reserve(count);
-    const auto begin = std::bit_cast<std::uintptr_t>(samples.data());
-    const std::uintptr_t first = (begin + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
-    const std::uintptr_t end = (begin + count * sizeof(WarpSample)) / LARGE_PAGE * LARGE_PAGE;
-    if (first < end) {
-        static_cast<void>(::madvise(std::bit_cast<void*>(first), end - first, MADV_HUGEPAGE));
-    }
-}
-
 std::vector<WarpSample> samplesAt(LayoutMapper& map, const InputProjection& input, const Places& across,
                                   const Places& upwards, const Progress& progress) {
     std::vector<WarpSample> samples;
-    reserveLarge(samples, across.size() * upwards.size());
+    reserveInLargePages(samples, across.size() * upwards.size());
     GridSampler sampler(map, input, across, upwards);
     for (std::size_t row = 0; row < upwards.size(); row += ROWS_AT_ONCE) {
         const std::size_t endRow = std::min(row + ROWS_AT_ONCE, upwards.size());

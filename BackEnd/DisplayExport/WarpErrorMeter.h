@@ -1,0 +1,39 @@
+#pragma once
+
+#include "DisplayExport/ChannelWarp.h"
+#include "DisplayExport/WarpCell.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace Veltrani::DisplayExport {
+
+/// The error of a grid, and what it comes from.
+struct MeasuredError {
+    WarpError error;
+    Point<double, 2> along;  ///< pixels of the input: the largest on edges of cells, from left to right and upwards
+};
+
+/// Compares what a player interpolates in the cells of a grid with what belongs there.
+class WarpErrorMeter {
+public:
+    /// Places per side of a cell that are compared, its corners left out.
+    static constexpr std::size_t PER_SIDE = 5;
+
+    /// Refers to both.
+    WarpErrorMeter(const ChannelSight& sight, const ContentInput& input);
+
+    /// @param allowed pixels of the input
+    /// @param mostCells that are looked at, evenly over the grid; cells that hold a pole are left out
+    [[nodiscard]] MeasuredError measure(const WarpGrid& grid, double allowed, std::size_t mostCells) const;
+
+private:
+    class Comparison;
+
+    const ChannelSight& m_sight;
+    const ContentInput& m_input;
+    std::vector<Point<double, 3>> m_poles;
+};
+
+}  // namespace Veltrani::DisplayExport
