@@ -13,7 +13,7 @@
 namespace {
 
 std::set<std::string> longOptions(const std::string& text) {
-    static const std::regex OPTION("--[a-z]+");
+    static const std::regex OPTION("--[a-z]+(-[a-z]+)*");
     return {std::sregex_token_iterator(text.begin(), text.end(), OPTION), std::sregex_token_iterator()};
 }
 
