@@ -1,8 +1,8 @@
 #include "DisplayExport/WarpBuilder.h"
 
+#include "DisplayExport/CellCutter.h"
 #include "DisplayExport/ChannelSight.h"
 #include "DisplayExport/ContentInput.h"
-#include "DisplayExport/WarpCell.h"
 #include "DisplayReport/basics/NumberText.h"
 
 #include <algorithm>
@@ -246,17 +246,20 @@ void WarpBuilder::unwrap(WarpGrid& grid) const {
 }
 
 void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
-    const CellCutter cutter(m_sampler, m_input, m_request.seam);
+    const double allowed = std::max(AIM * m_request.error, warp.m_error.largest);
+    const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed);
     for (std::size_t number = 0; number < grid.cells(); ++number) {
         const WarpCell cell = WarpCell::of(grid, number);
         const WarpCell::Kind kind = cutter.kindOf(cell);
-        if (kind == WarpCell::Kind::UNUSABLE || kind == WarpCell::Kind::WHOLE) {
+        if (!cutter.mustCut(cell, kind)) {
             continue;
         }
-        auto& [broken, pieces] = warp.m_brokenCells.emplace_back();
-        broken = number;
-        cutter.cut(cell, kind, pieces, warp.m_leftOutAtPoles);
-        warp.m_brokenAtSeams += kind == WarpCell::Kind::OVER_POLE ? 0 : 1;
+        CellCutter::Cut cut = cutter.cut(cell, kind);
+        warp.m_leftOutAtPoles += cut.leftOut;
+        warp.m_error.largest = std::max(warp.m_error.largest, cut.error);
+        const bool isAtSeam = kind == WarpCell::Kind::OVER_SEAM || kind == WarpCell::Kind::OVER_FACES;
+        warp.m_brokenAtSeams += isAtSeam ? 1 : 0;
+        warp.m_cutCells.push_back({number, kind != WarpCell::Kind::WHOLE, std::move(cut.pieces)});
     }
 }
 

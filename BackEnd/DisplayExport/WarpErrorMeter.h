@@ -9,6 +9,8 @@
 
 namespace Veltrani::DisplayExport {
 
+struct InputPlace;
+
 /// The error of a grid, and what it comes from.
 struct MeasuredError {
     WarpError error;
@@ -24,12 +26,20 @@ public:
     /// Refers to both.
     WarpErrorMeter(const ChannelSight& sight, const ContentInput& input);
 
+    /// The largest error of a cell that holds no pole and has usable corners, pixels of the input; else 0.
+    [[nodiscard]] double largestIn(const WarpCell& cell) const;
+
+    /// Cells that hold a pole are left out, and those around it from all but the error of readers of grids.
     /// @param allowed pixels of the input
-    /// @param mostCells that are looked at, evenly over the grid; cells that hold a pole are left out
+    /// @param mostCells that are looked at, evenly over the grid
     [[nodiscard]] MeasuredError measure(const WarpGrid& grid, double allowed, std::size_t mostCells) const;
 
 private:
     class Comparison;
+
+    /// Of what is interpolated at a place of a cell, by parts of its width and height.
+    [[nodiscard]] double errorAt(const WarpCell& cell, WarpCell::Kind kind, const Point<double, 2>& part,
+                                 const InputPlace& belongs) const;
 
     const ChannelSight& m_sight;
     const ContentInput& m_input;
