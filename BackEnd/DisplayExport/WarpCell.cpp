@@ -42,11 +42,11 @@ bool WarpCell::holds(const P3& direction) const {
 }
 
 bool WarpCell::isNear(const std::vector<P3>& poles) const {
-    constexpr double CELLS = 3;
-    const double size = std::max(norm(directions[2] - directions[0]), norm(directions[3] - directions[1]));
+    // A chord, as long as the angle in radians but for a little.
+    constexpr double NEAR = 0.6;
     return std::any_of(poles.begin(), poles.end(), [&](const P3& pole) {
         return std::any_of(directions.begin(), directions.end(),
-                           [&](const P3& direction) { return norm(direction - pole) < CELLS * size; });
+                           [&](const P3& direction) { return norm(direction - pole) < NEAR; });
     });
 }
 

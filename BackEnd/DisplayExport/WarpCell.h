@@ -26,7 +26,7 @@ struct WarpCell {
     /// @param poles of the input
     [[nodiscard]] Kind kind(const std::vector<Point<double, 3>>& poles, bool wrapsAround) const;
 
-    /// Whether a pole lies so near that contents turn within a few cells.
+    /// Whether a corner lies so near to a pole that contents turn faster than they move.
     [[nodiscard]] bool isNear(const std::vector<Point<double, 3>>& poles) const;
 
     /// The contents of the corners, those of an input that wraps around moved beside that of the first.

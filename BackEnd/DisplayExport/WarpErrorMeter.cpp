@@ -153,7 +153,8 @@ double WarpErrorMeter::largestIn(const WarpCell& cell) const {
     return largest;
 }
 
-MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std::size_t mostCells) const {
+MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std::size_t mostCells,
+                                      double enough) const {
     Comparison comparison(*this, grid, allowed);
     std::vector<std::size_t> cells;
     const double step = std::max(1.0, static_cast<double>(grid.cells()) / static_cast<double>(mostCells));
@@ -162,6 +163,9 @@ MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std:
         if (cells.size() == CELLS_AT_ONCE) {
             comparison.compare(cells);
             cells.clear();
+            if (comparison.result.error.largest > enough) {
+                return comparison.result;
+            }
         }
     }
     comparison.compare(cells);

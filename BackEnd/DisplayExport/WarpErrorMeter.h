@@ -3,8 +3,8 @@
 #include "DisplayExport/ChannelWarp.h"
 #include "DisplayExport/WarpCell.h"
 
-#include <array>
-#include <optional>
+#include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace Veltrani::DisplayExport {
@@ -32,7 +32,9 @@ public:
     /// Cells that hold a pole are left out, and those around it from all but the error of readers of grids.
     /// @param allowed pixels of the input
     /// @param mostCells that are looked at, evenly over the grid
-    [[nodiscard]] MeasuredError measure(const WarpGrid& grid, double allowed, std::size_t mostCells) const;
+    /// @param enough pixels of the input: once the largest is above it, the rest is not measured
+    [[nodiscard]] MeasuredError measure(const WarpGrid& grid, double allowed, std::size_t mostCells,
+                                        double enough = std::numeric_limits<double>::max()) const;
 
 private:
     class Comparison;

@@ -62,6 +62,9 @@ struct WarpRequest {
     Places places = Places::AUTO;
     Point<int, 2> nodes{};  ///< two or more each
     double error = 0.25;    ///< pixels of the input
+    /// Whether `AUTO` keeps the error for readers of grids too, who have no subdivided cells around a pole: many more
+    /// nodes where a picture shows one.
+    bool forGrids = false;
     Seam seam = Seam::CONTINUE;
     bool withPoints = false;             ///< whether the points on the screen are kept as well
     DisplayReport::Progress progress{};  ///< may be empty

@@ -7,6 +7,7 @@
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
 #include "support/Displays.h"
+#include "support/LogTrap.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPaths.h"
 
@@ -58,6 +59,7 @@ private:
         ASSERT_TRUE(Veltrani::DisplayReport::ScreenLoader::load(*m_config).empty());
     }
 
+    LogTrap m_log{log4cxx::Level::getWarn()};
     TemporaryFolder m_folder;
     std::unique_ptr<XMLConfigFile> m_config;
 };

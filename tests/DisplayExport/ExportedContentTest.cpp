@@ -217,8 +217,8 @@ INSTANTIATE_TEST_SUITE_P(Frusta, ExportedContent,
                                          Case{"lens-cylinder", InputKind::FRUSTUM},
                                          Case{"mesh-rays", InputKind::FRUSTUM}, Case{"cockpit", InputKind::FRUSTUM},
                                          Case{"closed-cylinder", InputKind::FRUSTUM}),
-                         [](const auto& info) {
-                             std::string name = info.param.display;
+                         [](const auto& tested) {
+                             std::string name = tested.param.display;
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
@@ -231,8 +231,8 @@ INSTANTIATE_TEST_SUITE_P(Panoramas, ExportedContent,
                                          Case{"closed-cylinder", InputKind::EQUIRECTANGULAR},
                                          Case{"cave", InputKind::EQUIRECTANGULAR}, Case{"cave", InputKind::CUBE},
                                          Case{"planar-wall", InputKind::FISHEYE}, Case{"dome", InputKind::FISHEYE}),
-                         [](const auto& info) {
-                             std::string name = info.param.display + "_" + nameOf(info.param.kind);
+                         [](const auto& tested) {
+                             std::string name = tested.param.display + "_" + nameOf(tested.param.kind);
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
