@@ -119,6 +119,11 @@ const std::vector<Library>& all() {
          {"Apps/screenmanager/"},
          {"Common", "Configuration", "DeviceFramework2", "DisplayReport", "ProjectorSession", "ScreenManager"},
          {"CLI", "log4cxx"},
+         {}},
+        {"python",
+         {"Apps/python/"},
+         {"Common", "Configuration", "DisplayReport", "KelvoScreen", "ScreenManager"},
+         {"log4cxx", "pthread.h", "pybind11"},
          {}}};
     return LIBRARIES;
 }
