@@ -32,11 +32,11 @@ void ChannelWarp::forEachPiece(const std::function<void(const WarpPiece&)>& take
     if (!m_reachesCorners) {
         return;
     }
-    auto broken = m_brokenCells.begin();
+    auto cut = m_cutCells.begin();
     for (std::size_t cell = 0; cell < (m_columns - 1) * (m_rows - 1); ++cell) {
-        if (broken != m_brokenCells.end() && broken->first == cell) {
-            std::for_each(broken->second.begin(), broken->second.end(), take);
-            ++broken;
+        if (cut != m_cutCells.end() && cut->cell == cell) {
+            std::for_each(cut->pieces.begin(), cut->pieces.end(), take);
+            ++cut;
             continue;
         }
         const auto corners = cornersOf(cell);
@@ -58,9 +58,9 @@ std::vector<WarpNode> ChannelWarp::gridNodes(std::size_t& broken) const {
         const auto corners = cornersOf(cell);
         return std::all_of(corners.begin(), corners.end(), [&of](std::size_t i) { return of[i].isUsable(); });
     };
-    for (const auto& [cell, pieces] : m_brokenCells) {
-        if (isUsable(nodes, cell)) {
-            nodes[cornersOf(cell)[2]] = WarpNode();
+    for (const CutCell& cut : m_cutCells) {
+        if (cut.isBroken && isUsable(nodes, cut.cell)) {
+            nodes[cornersOf(cut.cell)[2]] = WarpNode();
         }
     }
     broken = 0;

@@ -1,8 +1,8 @@
 #include "DisplayExport/WarpBuilder.h"
 
+#include "DisplayExport/CellCutter.h"
 #include "DisplayExport/ChannelSight.h"
 #include "DisplayExport/ContentInput.h"
-#include "DisplayExport/WarpCell.h"
 #include "DisplayReport/basics/NumberText.h"
 
 #include <algorithm>
@@ -127,14 +127,18 @@ WarpGrid WarpBuilder::gridOfNodes(const Point<int, 2>& nodes, const DisplayRepor
     return grid;
 }
 
-WarpBuilder::Trial WarpBuilder::trialOf(const Point<int, 2>& cells) const {
+WarpBuilder::Trial WarpBuilder::trialOf(const Point<int, 2>& cells, double enough) const {
     Trial trial{cells, gridOfNodes(cells + Point<int, 2>{1, 1}, {}), {}};
-    trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_COMPARED);
+    trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_COMPARED, enough);
     return trial;
 }
 
+double WarpBuilder::largestOf(const MeasuredError& measured) const {
+    return m_request.forGrids ? measured.error.largestOfGrid : measured.error.largest;
+}
+
 bool WarpBuilder::isKept(const MeasuredError& measured) const {
-    return measured.error.largest <= AIM * m_request.error;
+    return largestOf(measured) <= AIM * m_request.error;
 }
 
 WarpBuilder::Trial WarpBuilder::search() const {
@@ -164,17 +168,17 @@ WarpBuilder::Trial WarpBuilder::searchUpwards() const {
         for (std::size_t i = 0; i < 2; ++i) {
             cells[i] = std::clamp(static_cast<int>(std::ceil(std::min<double>(wanted[i], most[i]))), 1, most[i]);
         }
-        const double before = trial.measured.error.largest;
+        const double before = largestOf(trial.measured);
         const Point<int, 2> cellsBefore = trial.cells;
         trial = trialOf(cells);
         if (isKept(trial.measured) || cells == most) {
             return trial;
         }
-        const double factor = std::sqrt(trial.measured.error.largest / (AIM * m_request.error));
+        const double factor = std::sqrt(largestOf(trial.measured) / (AIM * m_request.error));
         // Across a step of the surface, more nodes do not help.
         constexpr double HELPS = 0.8;
         const bool isMuchFiner = cells[0] >= 2 * cellsBefore[0] && cells[1] >= 2 * cellsBefore[1];
-        if (isMuchFiner && trial.measured.error.largest > HELPS * before) {
+        if (isMuchFiner && largestOf(trial.measured) > HELPS * before) {
             return trial;
         }
         constexpr double LEAST_STEP = 1.05;
@@ -192,7 +196,7 @@ void WarpBuilder::searchDownwards(Trial& best) const {
         if (std::min(cells[0], cells[1]) < 1 || countOf(cells) >= countOf(best.cells)) {
             return false;
         }
-        Trial trial = trialOf(cells);
+        Trial trial = trialOf(cells, AIM * m_request.error);
         if (isKept(trial.measured)) {
             best = std::move(trial);
             return true;
@@ -246,17 +250,20 @@ void WarpBuilder::unwrap(WarpGrid& grid) const {
 }
 
 void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
-    const CellCutter cutter(m_sampler, m_input, m_request.seam);
+    const double allowed = std::max(AIM * m_request.error, warp.m_error.largest);
+    const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed);
     for (std::size_t number = 0; number < grid.cells(); ++number) {
         const WarpCell cell = WarpCell::of(grid, number);
         const WarpCell::Kind kind = cutter.kindOf(cell);
-        if (kind == WarpCell::Kind::UNUSABLE || kind == WarpCell::Kind::WHOLE) {
+        if (!cutter.mustCut(cell, kind)) {
             continue;
         }
-        auto& [broken, pieces] = warp.m_brokenCells.emplace_back();
-        broken = number;
-        cutter.cut(cell, kind, pieces, warp.m_leftOutAtPoles);
-        warp.m_brokenAtSeams += kind == WarpCell::Kind::OVER_POLE ? 0 : 1;
+        CellCutter::Cut cut = cutter.cut(cell, kind);
+        warp.m_leftOutAtPoles += cut.leftOut;
+        warp.m_error.largest = std::max(warp.m_error.largest, cut.error);
+        const bool isAtSeam = kind == WarpCell::Kind::OVER_SEAM || kind == WarpCell::Kind::OVER_FACES;
+        warp.m_brokenAtSeams += isAtSeam ? 1 : 0;
+        warp.m_cutCells.push_back({number, kind != WarpCell::Kind::WHOLE, std::move(cut.pieces)});
     }
 }
 

@@ -4,6 +4,8 @@
 #include "DisplayExport/WarpErrorMeter.h"
 #include "DisplayExport/WarpGrid.h"
 
+#include <limits>
+
 namespace Veltrani::DisplayExport {
 
 /// Makes the warp of one channel.
@@ -24,13 +26,16 @@ private:
 
     [[nodiscard]] WarpGrid gridOfPixels() const;
     [[nodiscard]] WarpGrid gridOfNodes(const Point<int, 2>& nodes, const DisplayReport::Progress& progress) const;
-    [[nodiscard]] Trial trialOf(const Point<int, 2>& cells) const;
+    /// @param enough an error above which no more of it is measured
+    [[nodiscard]] Trial trialOf(const Point<int, 2>& cells, double enough = std::numeric_limits<double>::max()) const;
     /// The fewest nodes that keep the error.
     [[nodiscard]] Trial search() const;
     /// More and more cells, until the error is kept or more do not help.
     [[nodiscard]] Trial searchUpwards() const;
     /// Fewer cells than those of a trial that keeps the error.
     void searchDownwards(Trial& best) const;
+    /// The error that is to be kept.
+    [[nodiscard]] double largestOf(const MeasuredError& measured) const;
     [[nodiscard]] bool isKept(const MeasuredError& measured) const;
 
     /// Puts the contents of neighbours beside each other where an input wraps around.

@@ -72,7 +72,7 @@ private:
         if (kind == WarpCell::Kind::OVER_POLE) {
             return;
         }
-        const std::array<P2, 4> contents = cell.contents(m_meter.m_input.wrapsAround());
+        const bool isNearPole = cell.isNear(m_meter.m_poles);
         for (std::size_t i = 0; i < m_parts.size(); ++i) {
             const auto belongs = m_meter.m_input.place(m_picture[first + i], m_seen[first + i]);
             if (!belongs) {
@@ -82,29 +82,12 @@ private:
                 ++result.error.leftOut;
                 continue;
             }
-            const bool isOnOneFace = kind != WarpCell::Kind::OVER_FACES && belongs->face == cell.nodes[0].face;
-            take(m_parts[i], isOnOneFace ? errorOf(contents, *belongs, m_parts[i])
-                                         : errorOnFace(cell.directions, *belongs, m_parts[i]));
+            const double error = m_meter.errorAt(cell, kind, m_parts[i], *belongs);
+            result.error.largestOfGrid = std::max(result.error.largestOfGrid, error);
+            if (!isNearPole) {
+                take(m_parts[i], error);
+            }
         }
-    }
-
-    [[nodiscard]] double errorOf(const std::array<P2, 4>& contents, const InputPlace& belongs, const P2& part) const {
-        double largest = 0;
-        for (const P2& shown : interpolated(contents, part)) {
-            largest = std::max(largest, m_meter.m_input.distance(belongs.at, shown));
-        }
-        return largest;
-    }
-
-    /// A cell over several faces is cut where directions that are interpolated pass their edges.
-    [[nodiscard]] double errorOnFace(const std::array<P3, 4>& directions, const InputPlace& belongs,
-                                     const P2& part) const {
-        double largest = 0;
-        for (const P3& direction : interpolated(directions, part)) {
-            const auto shown = m_meter.m_input.placeOnFace(direction, belongs.face);
-            largest = std::max(largest, m_meter.m_input.distance(belongs.at, shown.value_or(P2())));
-        }
-        return largest;
     }
 
     void take(const P2& part, double error) {
@@ -131,7 +114,47 @@ private:
 WarpErrorMeter::WarpErrorMeter(const ChannelSight& sight, const ContentInput& input)
     : m_sight(sight), m_input(input), m_poles(input.poles()) {}
 
-MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std::size_t mostCells) const {
+double WarpErrorMeter::errorAt(const WarpCell& cell, WarpCell::Kind kind, const P2& part,
+                               const InputPlace& belongs) const {
+    double largest = 0;
+    if (kind != WarpCell::Kind::OVER_FACES && belongs.face == cell.nodes[0].face) {
+        for (const P2& shown : interpolated(cell.contents(m_input.wrapsAround()), part)) {
+            largest = std::max(largest, m_input.distance(belongs.at, shown));
+        }
+        return largest;
+    }
+    // A cell over several faces is cut where directions that are interpolated pass their edges.
+    for (const P3& direction : interpolated(cell.directions, part)) {
+        const auto shown = m_input.placeOnFace(direction, belongs.face);
+        largest = std::max(largest, m_input.distance(belongs.at, shown.value_or(P2())));
+    }
+    return largest;
+}
+
+double WarpErrorMeter::largestIn(const WarpCell& cell) const {
+    const WarpCell::Kind kind = cell.kind(m_poles, m_input.wrapsAround());
+    if (kind == WarpCell::Kind::UNUSABLE || kind == WarpCell::Kind::OVER_POLE) {
+        return 0;
+    }
+    const std::vector<P2> parts = partsOfCell();
+    std::vector<P2> picture;
+    const P2 size = cell.picture[2] - cell.picture[0];
+    for (const P2& part : parts) {
+        picture.push_back(cell.picture[0] + P2{part[0] * size[0], part[1] * size[1]});
+    }
+    std::vector<SeenPlace> seen(picture.size());
+    m_sight.see(picture, seen);
+    double largest = 0;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (const auto belongs = m_input.place(picture[i], seen[i])) {
+            largest = std::max(largest, errorAt(cell, kind, parts[i], *belongs));
+        }
+    }
+    return largest;
+}
+
+MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std::size_t mostCells,
+                                      double enough) const {
     Comparison comparison(*this, grid, allowed);
     std::vector<std::size_t> cells;
     const double step = std::max(1.0, static_cast<double>(grid.cells()) / static_cast<double>(mostCells));
@@ -140,6 +163,9 @@ MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std:
         if (cells.size() == CELLS_AT_ONCE) {
             comparison.compare(cells);
             cells.clear();
+            if (comparison.result.error.largest > enough) {
+                return comparison.result;
+            }
         }
     }
     comparison.compare(cells);

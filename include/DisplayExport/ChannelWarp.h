@@ -60,27 +60,32 @@ struct WarpRequest {
     };
 
     Places places = Places::AUTO;
-    Point<int, 2> nodes;  ///< two or more each
-    double error = 0.25;  ///< pixels of the input
+    Point<int, 2> nodes{};  ///< two or more each
+    double error = 0.25;    ///< pixels of the input
+    /// Whether `AUTO` keeps the error for readers of grids too, who have no subdivided cells around a pole: many more
+    /// nodes where a picture shows one.
+    bool forGrids = false;
     Seam seam = Seam::CONTINUE;
-    bool withPoints = false;           ///< whether the points on the screen are kept as well
-    DisplayReport::Progress progress;  ///< may be empty
+    bool withPoints = false;             ///< whether the points on the screen are kept as well
+    DisplayReport::Progress progress{};  ///< may be empty
 };
 
-/// How well a player that interpolates comes near to what belongs there, seen at places between the nodes.
+/// How near a player that interpolates comes to what belongs there, seen at places between the nodes.
 struct WarpError {
-    double largest = 0;       ///< pixels of the input; of bilinear interpolation and of both ways to halve a cell
-    std::size_t places = 0;   ///< that were compared; 0: nothing was
-    std::size_t beyond = 0;   ///< of these further off than the request allows
-    std::size_t leftOut = 0;  ///< lit places that lie in a cell without usable corners
+    double largest = 0;        ///< pixels of the input; of bilinear interpolation and of both ways to halve a cell
+    double largestOfGrid = 0;  ///< the same for readers of grids, which have no subdivided cells around a pole
+    std::size_t places = 0;    ///< that were compared; 0: nothing was
+    std::size_t beyond = 0;    ///< of these further off than the request allows
+    std::size_t leftOut = 0;   ///< lit places that lie in a cell without usable corners
 };
 
 /// Which part of an input each place of a channel's picture shows.
 ///
 /// A value: a grid of nodes, in rows from the bottom, and what has to be known of the cells between them. A cell is
 /// whole when it has four usable corners on one face whose contents lie beside each other; a cell that is not is cut or
-/// subdivided in `forEachPiece`, and is broken for readers of grids. Neighbouring nodes of a panorama have contents
-/// beside each other wherever that is possible, beyond 0 and 1 where need be.
+/// subdivided in `forEachPiece`, and is broken for readers of grids. Cells around a pole are whole, but subdivided
+/// until they keep the error. Neighbouring nodes of a panorama have contents beside each other wherever that is
+/// possible, beyond 0 and 1 where need be.
 class ChannelWarp {
 public:
     /// Keeps the memory for a warp within two gigabytes: more than the pixels of an 8K picture.
@@ -140,8 +145,13 @@ private:
     std::size_t m_rows = 0;
     std::vector<WarpNode> m_nodes;
     std::vector<Point<double, 3>> m_points;
-    /// By cell, ascending: the pieces of those that are not whole.
-    std::vector<std::pair<std::size_t, std::vector<WarpPiece>>> m_brokenCells;
+    /// A cell with pieces of its own.
+    struct CutCell {
+        std::size_t cell = 0;
+        bool isBroken = false;  ///< for readers of grids
+        std::vector<WarpPiece> pieces;
+    };
+    std::vector<CutCell> m_cutCells;  ///< by cell, ascending
     std::size_t m_leftOutAtPoles = 0;
     std::size_t m_brokenAtSeams = 0;
     WarpError m_error;

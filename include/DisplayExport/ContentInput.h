@@ -40,12 +40,12 @@ struct InputChoice {
     InputKind kind = InputKind::FRUSTUM;
     /// The middle of the frustum, the axis of the fisheye, the centre of the panorama, the front of the cube; world
     /// axes, of any length. None: the mean of the lit directions for a frustum, +y for the others.
-    std::optional<Point<double, 3>> direction;
+    std::optional<Point<double, 3>> direction{};
     double roll = 0;  ///< radians, see `ViewFrame::looking`
     double aperture =
-        std::numbers::pi;  ///< of the fisheye: the angle across its circle, radians; above 0, at most 2 pi
-    double margin = 0.02;  ///< of the frustum: added on each side, part of its width or height
-    Point<int, 2> pixels;  ///< of the input, of one face of a cube; zero: `ContentInput::usualPixels`
+        std::numbers::pi;    ///< of the fisheye: the angle across its circle, radians; above 0, at most 2 pi
+    double margin = 0.02;    ///< of the frustum: added on each side, part of its width or height
+    Point<int, 2> pixels{};  ///< of the input, of one face of a cube; zero: `ContentInput::usualPixels`
 };
 
 /// A place in an input: (0, 0) is the bottom left corner of the input or of the face, (1, 1) the top right one.

@@ -14,7 +14,7 @@ namespace {
 using Veltrani::DisplayExport::ViewFrame;
 using P3 = Point<double, 3>;
 
-constexpr double PI = std::numbers::pi;
+constexpr double HALF_TURN = std::numbers::pi;
 constexpr double ROUNDING = 1e-12;
 
 void expectNear(const P3& actual, const P3& expected) {
@@ -39,7 +39,7 @@ TEST(ViewFrame, TakesTheFrontAsUpWhereItLooksStraightUpOrDown) {
 }
 
 TEST(ViewFrame, RollsItsRightSideDown) {
-    const ViewFrame frame = ViewFrame::looking({}, {0.0, 1.0, 0.0}, PI / 2);
+    const ViewFrame frame = ViewFrame::looking({}, {0.0, 1.0, 0.0}, HALF_TURN / 2);
     expectNear(frame.right, {0.0, 0.0, -1.0});
     expectNear(frame.up, {1.0, 0.0, 0.0});
 }
@@ -52,7 +52,7 @@ TEST(ViewFrame, StatesTheAnglesOfAnOrientation) {
         const P3 direction = i == 0   ? P3{0.0, 0.0, 1.0}
                              : i == 1 ? P3{0.0, 0.0, -1.0}
                                       : P3{number(random), number(random), number(random)};
-        const ViewFrame frame = ViewFrame::looking({}, direction, PI * number(random));
+        const ViewFrame frame = ViewFrame::looking({}, direction, HALF_TURN * number(random));
         const P3 angles = frame.angles();
         const Matrix<double, 3> turned = Veltrani::rotationZXY(angles[0], angles[1], angles[2]);
         expectNear(turned * P3{1.0, 0.0, 0.0}, frame.right);
