@@ -1,6 +1,8 @@
 #include "ChildJobs.h"
 
 #include "Common/ExceptionCause.h"
+#include "Common/QuotedText.h"
+#include "Console.h"
 #include "DisplayReport/basics/Fault.h"
 #include "ProgressMeter.h"
 
@@ -24,7 +26,8 @@ namespace {
 using Outcome = ChildJobs::Outcome;
 using Veltrani::DisplayReport::Progress;
 
-/// What a message of a child begins with, and what ends one: neither a result nor a fault has a line feed in it.
+/// What a message of a child begins with, and what ends one: a result has no line feed in it, and a fault is shown on
+/// one line.
 constexpr char PROGRESS = 'p';
 constexpr char RESULT = 'r';
 constexpr char FAULT = 'f';
@@ -89,7 +92,7 @@ Progress progressTo(int pipe) {
         if (Veltrani::isOutOfMemory(exception)) {
             send(pipe, MEMORY, {});
         } else {
-            send(pipe, FAULT, sentenceOf(Veltrani::DisplayReport::faultOf({}, exception)));
+            send(pipe, FAULT, Veltrani::onOneLine(sentenceOf(Veltrani::DisplayReport::faultOf({}, exception))));
         }
     }
     // Neither destructors nor buffers of the parent's are of any concern here.
@@ -214,8 +217,9 @@ private:
         if (isComplete) {
             return;
         }
-        // The system ends a process so when it has no memory left.
-        outcome.lacksMemory = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+        // The system ends a process so when it has no memory left; a place that must not throw ends it as `main` does.
+        outcome.lacksMemory = (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) ||
+                              (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_INTERNAL);
         outcome.fault = WIFSIGNALED(status) ? "its process was ended by signal " + std::to_string(WTERMSIG(status))
                                             : std::string("its process ended without a result");
     }

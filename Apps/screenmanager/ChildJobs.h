@@ -18,13 +18,13 @@ class ProgressMeter;
 /// The children end with this process, however it ends.
 class ChildJobs {
 public:
-    /// Does one piece and returns its result. Called in a child.
+    /// Does one piece and returns its result, on one line. Called in a child.
     using Work = std::function<std::string(std::size_t piece, const Veltrani::DisplayReport::Progress& progress)>;
 
     /// What became of a piece.
     struct Outcome {
         std::string result;        ///< what the work returned
-        std::string fault;         ///< why it has no result; empty when it has one
+        std::string fault;         ///< why it has no result, on one line; empty when it has one
         bool lacksMemory = false;  ///< whether too little memory is why
     };
 

@@ -1,4 +1,5 @@
 #include "ChildJobs.h"
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/IUnitsConfig.h"
@@ -49,7 +50,7 @@ bool isComplete(const std::vector<ChildJobs::Outcome>& outcomes, const std::vect
             throw std::bad_alloc();
         }
         if (!outcomes[i].fault.empty()) {
-            const std::string channel = views[i].channel.describe();
+            const std::string channel = Veltrani::onOneLine(views[i].channel.describe());
             const std::string& fault = outcomes[i].fault;
             Console::error(fault.find(channel) == std::string::npos ? channel + ": " + fault : fault);
             complete = false;
@@ -62,7 +63,7 @@ bool isComplete(const std::vector<ChildJobs::Outcome>& outcomes, const std::vect
 constexpr char BETWEEN = '\t';
 
 std::string joined(const ViewRecord& record) {
-    return record.json + BETWEEN + record.summary;
+    return record.json + BETWEEN + Veltrani::onOneLine(record.summary);
 }
 
 void writeManifest(const ExportFolder& folder, const std::string& manifest) {

@@ -266,4 +266,24 @@ TEST_F(ExportCommand, APointSeenThroughTheMatricesLandsWhereTheWarpSays) {
     }
 }
 
+// As a player does it, in another language: what lies between the nodes is what the pixels show.
+TEST_F(ExportCommand, WhatLiesBetweenTheNodesIsWithinTheError) {
+    const auto expectWithin = [this](const std::string& example, std::vector<std::string> options) {
+        options.insert(options.begin(), {"export", EXAMPLES + example + "/display.xml", "--output", m_output, "--force",
+                                         "--quiet", "--format", "obj", "--format", "mesh", "--format", "pfm"});
+        const ProgramRun run = runScreenManager(options);
+        ASSERT_EQ(run.exitCode, 0) << example << run.errors;
+        const ProgramRun seen =
+            runProgram("/usr/bin/python3", {sourceFolder() + "/tests/Apps/export_warps.py", m_output});
+        EXPECT_EQ(seen.exitCode, 0) << testing::PrintToString(options) << seen.output << seen.errors;
+    };
+    expectWithin("spherical-dome", {"--channel", "Top"});
+    expectWithin("spherical-dome", {"--channel", "Left", "--input", "fisheye", "--axis", "0,0,1"});
+    expectWithin("closed-cylinder", {"--channel", "Channel 1", "--input", "equirectangular", "--centre", "180,0"});
+    expectWithin("lens-cylinder", {"--channel", "Centre"});
+    expectWithin("warped-wall", {"--channel", "Left", "--input", "screen"});
+    expectWithin("collimated", {"--channel", "Centre", "--input", "equirectangular"});
+    expectWithin("planar-wall", {"--channel", "Upper left", "--eye", "1,0.5,1.7"});
+}
+
 }  // namespace
