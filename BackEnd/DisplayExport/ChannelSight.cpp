@@ -10,7 +10,6 @@
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocator.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -70,36 +69,34 @@ P3 eyeOf(const XMLConfigManager& config, const DisplayReport::ChannelChoice& cha
 
 ChannelSight::ChannelSight(const XMLConfigManager& config, const DisplayReport::ChannelChoice& channel,
                            const std::optional<P3>& eye)
-    : m_channel(channel), m_way(wayOf(config, channel)), m_eye(eyeOf(config, channel, *m_way, eye)) {}
+    : m_channel(channel),
+      m_way(wayOf(config, channel)),
+      m_eye(eyeOf(config, channel, *m_way, eye)),
+      m_isInMirror(m_way->eyeOfMirror().has_value()),
+      m_hasScreenCoordinates(m_way->goesThroughScreenCoordinates()) {}
 
 ChannelSight::~ChannelSight() = default;
 ChannelSight::ChannelSight(ChannelSight&&) noexcept = default;
 
-bool ChannelSight::isInMirror() const {
-    return m_way->eyeOfMirror().has_value();
-}
-
-bool ChannelSight::hasScreenCoordinates() const {
-    return m_way->goesThroughScreenCoordinates();
-}
-
 SeenPlace ChannelSight::seenAs(const Arrival& arrival) const {
     SeenPlace seen;
-    seen.isSeen = arrival.arrives && isFinite(arrival.point);
-    if (seen.isSeen) {
+    if (arrival.arrives && isFinite(arrival.point)) {
+        seen.isSeen = true;
         seen.point = arrival.point;
-        seen.direction = m_way->directionFrom(m_eye, arrival);
+        seen.direction = m_isInMirror ? m_way->directionInMirror(arrival) : arrival.point - m_eye;
         seen.screen = arrival.screen;
-        seen.hasScreen = hasScreenCoordinates();
+        seen.hasScreen = m_hasScreenCoordinates;
     }
     return seen;
 }
 
 void ChannelSight::see(std::span<const P2> picture, std::span<SeenPlace> seen) const {
-    std::vector<Arrival> arrivals(picture.size());
-    m_way->follow(picture, arrivals);
-    std::transform(arrivals.begin(), arrivals.end(), seen.begin(),
-                   [this](const Arrival& arrival) { return seenAs(arrival); });
+    // Every arrival is written anew.
+    m_arrivals.resize(picture.size());
+    m_way->follow(picture, m_arrivals);
+    for (std::size_t i = 0; i < picture.size(); ++i) {
+        seen[i] = seenAs(m_arrivals[i]);
+    }
 }
 
 SeenPlace ChannelSight::continued(const P2& picture) const {

@@ -41,10 +41,8 @@ public:
 
     /// The only eye that sees the picture, in a mirror; none without a mirror.
     [[nodiscard]] virtual std::optional<Point<double, 3>> eyeOfMirror() const { return std::nullopt; }
-    /// From an eye to where it sees what arrived; world axes.
-    [[nodiscard]] virtual Point<double, 3> directionFrom(const Point<double, 3>& eye, const Arrival& arrival) const {
-        return arrival.point - eye;
-    }
+    /// Where that eye sees what arrived; world axes. Of meaning with a mirror alone.
+    [[nodiscard]] virtual Point<double, 3> directionInMirror(const Arrival& arrival) const { return arrival.leaving; }
 
     /// Whether places are found by the 2D coordinates of the screen.
     [[nodiscard]] virtual bool goesThroughScreenCoordinates() const { return false; }

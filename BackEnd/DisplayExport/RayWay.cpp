@@ -4,6 +4,7 @@
 #include "ScreenManager/CollimatedTargetLocator.h"
 #include "ScreenManager/SphereTargetLocator.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -25,19 +26,18 @@ RayWay::RayWay(const Point<double, 3>& origin, std::shared_ptr<const ScreenGeome
     : m_origin(origin), m_surface(std::move(surface)) {}
 
 void RayWay::follow(std::span<const Point<double, 2>> picture, std::span<Arrival> arrivals) const {
-    // A picture point without a ray stays a ray of length zero, which meets nothing.
-    std::vector<Ray> rays(picture.size(), Ray{m_origin, m_origin});
-    std::vector<SurfaceHit> hits(picture.size());
+    m_rays.clear();
+    m_hits.resize(picture.size());
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        arrivals[i] = {};
-        if (directionOf(picture[i], arrivals[i].leaving)) {
-            rays[i].second = m_origin + arrivals[i].leaving;
-        }
+        // A picture point without a ray gets one of length zero, which meets nothing.
+        Point<double, 3>& leaving = arrivals[i].leaving;
+        leaving = directionOf(picture[i], leaving) ? leaving : Point<double, 3>();
+        m_rays.emplace_back(m_origin, m_origin + leaving);
     }
-    cast(rays, hits);
+    cast(m_rays, m_hits);
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        arrivals[i].arrives = hits[i].hit;
-        arrivals[i].point = hits[i].point;
+        arrivals[i].arrives = m_hits[i].hit;
+        arrivals[i].point = m_hits[i].point;
     }
 }
 
@@ -109,7 +109,7 @@ std::optional<Point<double, 3>> MirrorWay::eyeOfMirror() const {
     return m_mirror->mirrorFrame().toWorld(origin());
 }
 
-Point<double, 3> MirrorWay::directionFrom(const Point<double, 3>& /*eye*/, const Arrival& arrival) const {
+Point<double, 3> MirrorWay::directionInMirror(const Arrival& arrival) const {
     return m_mirror->mirrorFrame().rotation() * arrival.leaving;
 }
 
@@ -119,6 +119,7 @@ void MirrorWay::cast(std::span<const Ray> rays, std::span<SurfaceHit> hits) cons
     m_mirror->reflect(rays, reflected, places);
     std::vector<SurfaceHit> met(reflected.size());
     surface().intersectRays(reflected, met);
+    std::fill(hits.begin(), hits.end(), SurfaceHit{});
     for (std::size_t i = 0; i < places.size(); ++i) {
         hits[places[i]] = met[i];
     }

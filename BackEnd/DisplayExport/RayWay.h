@@ -24,7 +24,7 @@ protected:
     /// The direction of the ray of a picture point; false when it has none.
     virtual bool directionOf(const Point<double, 2>& picture, Point<double, 3>& direction) const = 0;
 
-    /// Where rays from the origin meet the screen.
+    /// Where rays from the origin meet the screen; writes every hit.
     virtual void cast(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
     /// Where one meets the screen or its continuation from one side; false when it does not.
     virtual bool castBeyond(const Ray& ray, int side, Point<double, 3>& hit) const;
@@ -39,6 +39,8 @@ private:
     Point<double, 3> m_origin;
     std::shared_ptr<const ScreenGeometry> m_surface;
     mutable std::optional<int> m_side;  ///< once it was needed
+    mutable std::vector<Ray> m_rays;    ///< room that is used again, as is the following
+    mutable std::vector<SurfaceHit> m_hits;
 };
 
 /// Rays of a channel that is described like a camera, its headings bent by tables where it has some.
@@ -64,7 +66,7 @@ public:
 
     [[nodiscard]] std::optional<Point<double, 3>> eyeOfMirror() const override;
     /// The rays start beside the mirror, in its frame.
-    [[nodiscard]] Point<double, 3> directionFrom(const Point<double, 3>& eye, const Arrival& arrival) const override;
+    [[nodiscard]] Point<double, 3> directionInMirror(const Arrival& arrival) const override;
 
 protected:
     void cast(std::span<const Ray> rays, std::span<SurfaceHit> hits) const override;

@@ -158,7 +158,9 @@ std::vector<bool> WarpSampler::wantedNodes(const WarpGrid& grid, DarkCells dark)
 }
 
 void WarpSampler::continueOver(WarpGrid& grid, DarkCells dark) const {
-    if (grid.columns() < 2 || grid.rows() < 2) {
+    const bool isComplete =
+        std::all_of(grid.nodes.begin(), grid.nodes.end(), [](const WarpNode& node) { return node.isUsable(); });
+    if (isComplete || grid.columns() < 2 || grid.rows() < 2) {
         return;
     }
     const std::vector<bool> wanted = wantedNodes(grid, dark);

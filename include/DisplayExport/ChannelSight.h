@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 class XMLConfigManager;
 
@@ -29,6 +30,8 @@ struct SeenPlace {
 ///
 /// On a display with a mirror the direction is the one in which the eye sees the place in the mirror; the point is
 /// where the light arrives on the screen behind it. Such a picture is seen from the eye of its own alone.
+///
+/// A query uses room that the sight keeps: not safe from two threads at once.
 class ChannelSight {
 public:
     /// Build the screen first.
@@ -48,9 +51,9 @@ public:
     /// World frame, native units.
     [[nodiscard]] const Point<double, 3>& eye() const { return m_eye; }
     /// Whether the direction is one in a mirror, so that it does not lead from the eye to the point.
-    [[nodiscard]] bool isInMirror() const;
+    [[nodiscard]] bool isInMirror() const { return m_isInMirror; }
     /// Whether `SeenPlace::screen` is known.
-    [[nodiscard]] bool hasScreenCoordinates() const;
+    [[nodiscard]] bool hasScreenCoordinates() const { return m_hasScreenCoordinates; }
 
     /// Many places at once, which is much faster than one by one.
     /// @param seen as long as `picture`
@@ -70,6 +73,9 @@ private:
     DisplayReport::ChannelChoice m_channel;
     std::unique_ptr<const PictureWay> m_way;
     Point<double, 3> m_eye;
+    bool m_isInMirror;
+    bool m_hasScreenCoordinates;
+    mutable std::vector<Arrival> m_arrivals;  ///< room that is used again
 };
 
 }  // namespace Veltrani::DisplayExport
