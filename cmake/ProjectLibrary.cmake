@@ -38,15 +38,20 @@ function(sm_batch NAME KIND)
   target_include_directories(${NAME} PRIVATE "${PROJECT_SOURCE_DIR}")
 endfunction()
 
-# sm_add_library(NAME SOURCES a.cpp b.cpp [GUIDING a.cpp...] [ALONE a.cpp...] [PUBLIC lib...] [PRIVATE lib...])
+# sm_add_library(NAME [STATIC] SOURCES a.cpp b.cpp [GUIDING a.cpp...] [ALONE a.cpp...] [PUBLIC lib...] [PRIVATE lib...])
 #
-# One shared library of a layer. All libraries are shared, so that a singleton exists once in a process. Sources are
+# One shared library of a layer. Libraries are shared, so that a singleton exists once in a process. STATIC: one without a
+# singleton, which every program that uses it takes into itself instead of loading one library more. Sources are
 # listed by hand: one class, one header, one source, one line. Headers are exported from include/ and Platform/. The files
 # carry the product's name: a folder of libraries is shared with other products. GUIDING: the sources that guide the
 # fuzzers, where these reach few of them; all when not given. ALONE: those that take no part in batches (sm_batch).
 function(sm_add_library NAME)
-  cmake_parse_arguments(ARG "" "" "SOURCES;GUIDING;ALONE;PUBLIC;PRIVATE" ${ARGN})
-  add_library(${NAME} SHARED ${ARG_SOURCES})
+  cmake_parse_arguments(ARG "STATIC" "" "SOURCES;GUIDING;ALONE;PUBLIC;PRIVATE" ${ARGN})
+  set(_kind SHARED)
+  if(ARG_STATIC)
+    set(_kind STATIC)
+  endif()
+  add_library(${NAME} ${_kind} ${ARG_SOURCES})
   add_library(ScreenManager::${NAME} ALIAS ${NAME})
   target_compile_features(${NAME} PUBLIC cxx_std_20)
   target_include_directories(${NAME} PUBLIC
@@ -63,6 +68,7 @@ function(sm_add_library NAME)
   sm_batch(${NAME} libraries ALONE ${ARG_ALONE})
   string(REGEX REPLACE "^ScreenManager" "" _file "${NAME}")
   set_target_properties(${NAME} PROPERTIES OUTPUT_NAME "ScreenManager${_file}" LIBRARY_OUTPUT_DIRECTORY "${SM_LIBRARY_FOLDER}"
+    POSITION_INDEPENDENT_CODE ON
     INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
   set_target_properties(${NAME} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   set_property(GLOBAL APPEND PROPERTY SM_LIBRARIES ${NAME})

@@ -39,6 +39,7 @@ extern const Command CHECK_COMMAND;
 extern const Command TARGETS_COMMAND;
 extern const Command MAP_COMMAND;
 extern const Command COVERAGE_COMMAND;
+extern const Command EXPORT_COMMAND;
 extern const Command VIEW_COMMAND;
 extern const Command PICTURE_COMMAND;
 extern const Command FIT_COMMAND;
@@ -48,9 +49,9 @@ extern const Command DISCOVER_COMMAND;
 extern const Command ADD_COMMAND;
 
 /// Every command, in the order of the help. The only list: names, help and dispatch are taken from it.
-inline constexpr std::array<const Command*, 11> COMMANDS{
-    &CHECK_COMMAND, &TARGETS_COMMAND,  &MAP_COMMAND,     &COVERAGE_COMMAND, &VIEW_COMMAND, &PICTURE_COMMAND,
-    &FIT_COMMAND,   &CHANNELS_COMMAND, &PREPARE_COMMAND, &DISCOVER_COMMAND, &ADD_COMMAND};
+inline constexpr std::array<const Command*, 12> COMMANDS{
+    &CHECK_COMMAND,   &TARGETS_COMMAND, &MAP_COMMAND,      &EXPORT_COMMAND,  &COVERAGE_COMMAND, &VIEW_COMMAND,
+    &PICTURE_COMMAND, &FIT_COMMAND,     &CHANNELS_COMMAND, &PREPARE_COMMAND, &DISCOVER_COMMAND, &ADD_COMMAND};
 
 /// What the options of every command begin with.
 struct CommandOptions {

@@ -252,8 +252,8 @@ Command::Run addTo(OptionList& line) {
     addPointOptions(line, *options, grid);
     addGridOptions(line, *options, grid);
     addFormat(line, options->format,
-              "csv or json, with --grid mesh, pfm or png (default: as FILE is named, else the first)")
-        .oneOf({"csv", "json", "mesh", "pfm", "png"});
+              "csv or json, with --grid mesh, pfm, png16 or png (default: as FILE is named, else the first)")
+        .oneOf({"csv", "json", "mesh", "pfm", "png16", "png"});
     line.whenComplete([&said = *options] {
         said.format = chosenFormat(said);
         if (said.nodes && !WarpWriter::ofFormat(said.format)->hasNodes()) {

@@ -156,7 +156,7 @@ TEST(CommandLine, FishCompletesCommandsAndTheirOptions) {
 }
 
 TEST(CommandLine, EveryShellIsGivenEveryCommandAndOption) {
-    static const std::regex OPTION("--([a-z]+(-[a-z]+)*)");
+    static const std::regex OPTION("--([a-z]+(?:-[a-z]+)*)");
     const std::string zsh = runScreenManager({"--completion", "zsh"}).output;
     const std::string fish = runScreenManager({"--completion", "fish"}).output;
     for (const std::string& command : commandsOfTheProgram()) {

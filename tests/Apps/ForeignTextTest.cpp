@@ -162,6 +162,17 @@ protected:
         const std::string points = m_folder.write(HOSTILE_NAME, "0.5,0.5\n");
         expectSeenFrom({"map", file, "--channel", HOSTILE, "--points", points, "-o", points});
     }
+    void exporting() {
+        const std::string player = m_folder.file(HOSTILE + "player");
+        onEveryDisplay("export", {"--nodes", "3x3", "--test-pictures", "--force", "--output", player}, true);
+        const std::string file = write(display(projector(AREA)));
+        expectSeenFrom({"export", file, "--output", player});
+        expectSeenFrom({"export", file, "--output", m_folder.file("no\n" + FORGED + "/x\x1b")});
+        expectSeenFrom({"export", file, "--output", player, "--force", "--channel", HOSTILE_NAME});
+        expectSeenFrom({"export", file, "--output", player, "--force", "--content", m_folder.file(HOSTILE_NAME)});
+        expectSeenFrom({"export", file, "--output", player, "--force", "--content", m_folder.write(HOSTILE, HOSTILE)});
+        expectSeenFrom({"export", file, "--output", player, "--axis", HOSTILE});
+    }
     void coverage() {
         onEveryDisplay("coverage", {}, true);
         const std::string same = m_folder.file(HOSTILE_NAME);
@@ -255,12 +266,10 @@ protected:
 
 TEST_F(ForeignTextOfCommand, SteersNoTerminalWhicheverCommandItIs) {
     const std::map<std::string, std::function<void()>> ways{
-        {"check", [this] { check(); }},     {"targets", [this] { targets(); }},
-        {"map", [this] { map(); }},         {"coverage", [this] { coverage(); }},
-        {"view", [this] { view(); }},       {"picture", [this] { picture(); }},
-        {"fit", [this] { fit(); }},         {"channels", [this] { channels(); }},
-        {"prepare", [this] { prepare(); }}, {"discover", [this] { discover(); }},
-        {"add", [this] { add(); }}};
+        {"check", [this] { check(); }},      {"targets", [this] { targets(); }},   {"map", [this] { map(); }},
+        {"export", [this] { exporting(); }}, {"coverage", [this] { coverage(); }}, {"view", [this] { view(); }},
+        {"picture", [this] { picture(); }},  {"fit", [this] { fit(); }},           {"channels", [this] { channels(); }},
+        {"prepare", [this] { prepare(); }},  {"discover", [this] { discover(); }}, {"add", [this] { add(); }}};
     const std::vector<std::string> commands = commandsOfTheProgram();
     ASSERT_GE(commands.size(), 10U);
     for (const std::string& command : commands) {

@@ -216,7 +216,7 @@ TEST_F(MapCommand, OptionsThatDoNotGoTogetherExitWithTwo) {
         {{"--point", "0,0", "--points", "-"}, "--point"},
         {{"--to", "screen"}, "screen"},
         {{"--grid", "--format", "tiff"}, "tiff"},
-        {{"--grid", "--format", "csv"}, "csv is not mesh, pfm or png"},
+        {{"--grid", "--format", "csv"}, "csv is not mesh, pfm, png16 or png"},
         {{"--grid", "--nodes", "1x5"}, "\"1x5\" is not COLUMNSxROWS"},
         {{"--grid", "--nodes", "100000x100000"}, "at most 40000000 nodes"},
         {{"--grid", "--nodes", "3x3", "--format", "pfm"}, "pfm has one value per pixel"},

@@ -77,7 +77,7 @@ TEST_F(OutputFormatsTest, ANameWithoutAnEndingLeavesTheDefault) {
 TEST_F(OutputFormatsTest, AFileThatIsNamedLikeNoFormatIsRefused) {
     expectRefused(m_picture, "x.jpg",
                   "png, svg or pdf: end its name in .png, .svg or .pdf, or state one with --format");
-    expectRefused(m_grid, "x.tiff", "mesh, pfm or png");
+    expectRefused(m_grid, "x.tiff", "mesh, pfm, png16 or png");
     expectRefused(m_targets, "x.png", "csv, json or ply");
     expectRefused(m_points, "x.svg", "csv or json");
     expectRefused(m_coverage, "x.ply", "text or json");
@@ -109,7 +109,7 @@ TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNot
     std::size_t writing = 0;
     for (const std::string& command : commandsOfTheHelp()) {
         const std::string help = runScreenManager({command, "--help"}).output;
-        if (help.find("--output") == std::string::npos) {
+        if (help.find("--output FILE") == std::string::npos) {
             EXPECT_EQ(lines.count(command), 0U) << command;
             continue;
         }
@@ -121,7 +121,7 @@ TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNot
     }
     EXPECT_EQ(writing, lines.size());
     for (const char* name : {"x.xlsx", "x.tiff", "x.csv", "x.dat"}) {
-        expectRefused(m_grid, name, "mesh, pfm or png");
+        expectRefused(m_grid, name, "mesh, pfm, png16 or png");
     }
     const ProgramRun ply = runScreenManager({"coverage", m_file, "--ply", m_folder.file("x.obj")});
     EXPECT_EQ(ply.exitCode, 2);

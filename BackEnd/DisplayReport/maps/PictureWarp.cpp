@@ -1,12 +1,12 @@
 #include "DisplayReport/maps/PictureWarp.h"
 
 #include "Common/VeltraniException.h"
+#include "DisplayReport/basics/LargePages.h"
 #include "DisplayReport/maps/InputProjection.h"
 #include "DisplayReport/maps/LayoutMapper.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -41,35 +41,69 @@ void requireRoom(std::size_t columns, std::size_t rows) {
     }
 }
 
-/// Rows that are mapped at once: rays of neighbouring rows have more of a surface in common than as many of one row.
-constexpr std::size_t ROWS_AT_ONCE = 8;
+/// Places that are mapped at once: neighbours of a few rows, whose rays have more of a surface in common than as many
+/// of one row. With all that is kept of them on the way they stay in the processor's cache.
+constexpr std::size_t ROWS_AT_ONCE = 4;
+constexpr std::size_t COLUMNS_AT_ONCE = 256;
 
 WarpSample sampleOf(const LayoutPoint& layout, const InputProjection& input) {
     const auto shown = layout.isMapped ? input.place(layout.point) : std::nullopt;
     return {shown.value_or(Point<double, 2>()), shown.has_value()};
 }
 
+/// A part of a grid: columns and rows from the first to before the last.
+struct GridPart {
+    std::size_t firstColumn, endColumn, firstRow, endRow;
+};
+
+/// Samples a grid part by part, in memory that is used again for each.
+class GridSampler {
+public:
+    GridSampler(LayoutMapper& map, const InputProjection& input, const Places& across, const Places& upwards)
+        : m_map(map), m_input(input), m_across(across), m_upwards(upwards) {}
+
+    /// @param samples of the grid, row by row, at least up to the last row of the part
+    void sample(const GridPart& part, std::vector<WarpSample>& samples) {
+        m_picture.clear();
+        for (std::size_t row = part.firstRow; row < part.endRow; ++row) {
+            for (std::size_t column = part.firstColumn; column < part.endColumn; ++column) {
+                m_picture.emplace_back(m_across[column], m_upwards[row]);
+            }
+        }
+        m_layout.resize(m_picture.size());
+        m_map.toLayout(m_picture, m_layout);
+        auto next = m_layout.cbegin();
+        for (std::size_t row = part.firstRow; row < part.endRow; ++row) {
+            WarpSample* const samplesOfRow = &samples[row * m_across.size()];
+            for (std::size_t column = part.firstColumn; column < part.endColumn; ++column) {
+                samplesOfRow[column] = sampleOf(*next++, m_input);
+            }
+        }
+    }
+
+private:
+    LayoutMapper& m_map;
+    const InputProjection& m_input;
+    const Places& m_across;
+    const Places& m_upwards;
+    std::vector<Point<double, 2>> m_picture;
+    std::vector<LayoutPoint> m_layout;
+};
+
 std::vector<WarpSample> samplesAt(LayoutMapper& map, const InputProjection& input, const Places& across,
                                   const Places& upwards, const Progress& progress) {
     std::vector<WarpSample> samples;
-    samples.reserve(across.size() * upwards.size());
-    std::vector<Point<double, 2>> picture;
-    std::vector<LayoutPoint> layout;
+    reserveInLargePages(samples, across.size() * upwards.size());
+    GridSampler sampler(map, input, across, upwards);
     for (std::size_t row = 0; row < upwards.size(); row += ROWS_AT_ONCE) {
-        const std::size_t end = std::min(row + ROWS_AT_ONCE, upwards.size());
-        picture.clear();
-        for (std::size_t i = row; i < end; ++i) {
-            if (progress) {
-                progress(i, upwards.size());
-            }
-            std::transform(across.begin(), across.end(), std::back_inserter(picture), [&](double x) {
-                return Point<double, 2>{x, upwards[i]};
-            });
+        const std::size_t endRow = std::min(row + ROWS_AT_ONCE, upwards.size());
+        for (std::size_t i = row; progress && i < endRow; ++i) {
+            progress(i, upwards.size());
         }
-        layout.resize(picture.size());
-        map.toLayout(picture, layout);
-        std::transform(layout.begin(), layout.end(), std::back_inserter(samples),
-                       [&](const LayoutPoint& point) { return sampleOf(point, input); });
+        samples.resize(endRow * across.size());
+        for (std::size_t column = 0; column < across.size(); column += COLUMNS_AT_ONCE) {
+            sampler.sample({column, std::min(column + COLUMNS_AT_ONCE, across.size()), row, endRow}, samples);
+        }
     }
     if (progress) {
         progress(upwards.size(), upwards.size());

@@ -1,14 +1,15 @@
 #include "DisplayReport/maps/WarpWriter.h"
 
+#include "DisplayReport/basics/DeepPngPicture.h"
 #include "DisplayReport/basics/FormatList.h"
 #include "DisplayReport/basics/NumberText.h"
+#include "DisplayReport/basics/PfmRows.h"
 #include "DisplayReport/basics/PngPicture.h"
-#include "DisplayReport/maps/PictureWarp.h"
+#include "DisplayReport/maps/WarpGrid.h"
 #include "KelvoControl/WarpMeshLimits.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <ostream>
@@ -19,11 +20,6 @@
 namespace Veltrani::DisplayReport {
 
 namespace {
-
-/// -1 to 1, exactly so at both ends.
-double fromMiddle(std::size_t node, std::size_t count) {
-    return 2.0 * static_cast<double>(node) / static_cast<double>(count - 1) - 1.0;
-}
 
 std::string lineOf(double x, double y, const WarpSample& sample) {
     return exactText(x) + ' ' + exactText(y) + ' ' + exactText(sample.input[0]) + ' ' + exactText(sample.input[1]) +
@@ -44,37 +40,23 @@ std::string lineOf(double x, double y, const WarpSample& sample) {
 /// The files serve as maps of custom planar channels, too.
 class WarpMeshWriter : public WarpWriter {
 public:
-    void write(const PictureWarp& warp, std::ostream& out) const override;
+    void write(const WarpGrid& warp, std::ostream& out) const override;
     [[nodiscard]] bool hasNodes() const override { return true; }
     [[nodiscard]] bool isText() const override { return true; }
 };
 
-double aspectOf(const Point<int, 2>& pixels) {
-    return static_cast<double>(pixels[0]) / pixels[1];
-}
-
-void WarpMeshWriter::write(const PictureWarp& warp, std::ostream& out) const {
+void WarpMeshWriter::write(const WarpGrid& warp, std::ostream& out) const {
     const std::string width = std::to_string(warp.pixels()[0]);
     const std::string height = std::to_string(warp.pixels()[1]);
-    const double aspect = aspectOf(warp.pixels());
+    const double aspect = WarpGrid::aspectOf(warp.pixels());
     out << "2\n" + std::to_string(warp.columns()) + ' ' + std::to_string(warp.rows()) + '\n';
     for (std::size_t row = 0; row < warp.rows(); ++row) {
-        const double y = fromMiddle(row, warp.rows());
+        const double y = WarpGrid::fromMiddle(row, warp.rows());
         for (std::size_t column = 0; column < warp.columns(); ++column) {
-            out << lineOf(aspect * fromMiddle(column, warp.columns()), y, warp.at(column, row));
+            out << lineOf(aspect * WarpGrid::fromMiddle(column, warp.columns()), y, warp.at(column, row));
         }
     }
     out << "pixels " + width + ' ' + height + '\n';
-}
-
-/// Writes a number, little-endian on every machine; returns the place behind it.
-char* put(char* to, float value) {
-    constexpr unsigned BITS_PER_BYTE = 8;
-    const auto bits = std::bit_cast<std::uint32_t>(value);
-    for (unsigned shift = 0; shift < sizeof(bits) * BITS_PER_BYTE; shift += BITS_PER_BYTE) {
-        *to++ = static_cast<char>((bits >> shift) & 0xFFU);
-    }
-    return to;
 }
 
 /// A warp of pixels as a portable float map in colour ("PF", little-endian, 32-bit numbers, rows from the bottom up):
@@ -82,23 +64,50 @@ char* put(char* to, float value) {
 /// there is one; where nothing is mapped blue is 0, red and green are -1.
 class PfmWarpWriter : public WarpWriter {
 public:
-    void write(const PictureWarp& warp, std::ostream& out) const override;
+    void write(const WarpGrid& warp, std::ostream& out) const override;
 };
 
-void PfmWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
-    // The minus sign means little-endian.
-    out << "PF\n" + std::to_string(warp.columns()) + ' ' + std::to_string(warp.rows()) + "\n-1.0\n";
-    std::string bytes(3 * sizeof(float) * warp.columns(), '\0');
+void PfmWarpWriter::write(const WarpGrid& warp, std::ostream& out) const {
+    PfmRows rows(out, warp.columns(), warp.rows());
     for (std::size_t row = 0; row < warp.rows(); ++row) {
-        char* to = bytes.data();
         for (std::size_t column = 0; column < warp.columns(); ++column) {
-            const WarpSample& sample = warp.at(column, row);
-            to = put(to, sample.isMapped ? static_cast<float>(sample.input[0]) : -1.0F);
-            to = put(to, sample.isMapped ? static_cast<float>(sample.input[1]) : -1.0F);
-            to = put(to, sample.isMapped ? 1.0F : 0.0F);
+            const WarpSample sample = warp.at(column, row);
+            if (sample.isMapped) {
+                rows.add(static_cast<float>(sample.input[0]), static_cast<float>(sample.input[1]), 1);
+            } else {
+                rows.add(-1, -1, 0);
+            }
         }
-        out << bytes;
     }
+}
+
+/// A warp of pixels as a picture of 16 bits per colour (PNG): red is u, green is v, as parts of 65535, blue is 65535.
+/// Where nothing is mapped, all three are 0. The rows stand from the top, as in every PNG file. A place beyond the
+/// edges of the input cannot be written: it counts as the edge.
+class DeepPngWarpWriter : public WarpWriter {
+public:
+    /// Throws `VeltraniException` when the picture cannot be encoded.
+    void write(const WarpGrid& warp, std::ostream& out) const override;
+};
+
+constexpr std::uint16_t WHOLE = 65535;
+
+std::uint16_t partOfWhole(double part) {
+    return static_cast<std::uint16_t>(std::lround(std::clamp(part, 0.0, 1.0) * WHOLE));
+}
+
+void DeepPngWarpWriter::write(const WarpGrid& warp, std::ostream& out) const {
+    DeepPngPicture picture{warp.columns(), warp.rows(), {}};
+    picture.colours.reserve(3 * warp.columns() * warp.rows());
+    for (std::size_t row = warp.rows(); row-- > 0;) {
+        for (std::size_t column = 0; column < warp.columns(); ++column) {
+            const WarpSample sample = warp.at(column, row);
+            picture.colours.push_back(sample.isMapped ? partOfWhole(sample.input[0]) : std::uint16_t{0});
+            picture.colours.push_back(sample.isMapped ? partOfWhole(sample.input[1]) : std::uint16_t{0});
+            picture.colours.push_back(sample.isMapped ? WHOLE : std::uint16_t{0});
+        }
+    }
+    picture.write(out);
 }
 
 using Colour = std::array<unsigned char, 3>;
@@ -125,14 +134,14 @@ bool isCrossed(const WarpSample& a, const WarpSample& b, double linesPerUnit) {
 }
 
 /// Whether a line runs between a sample and its neighbour to the right or above.
-bool isOnLine(const PictureWarp& warp, std::size_t column, std::size_t row, double linesPerUnit) {
-    const WarpSample& sample = warp.at(column, row);
+bool isOnLine(const WarpGrid& warp, std::size_t column, std::size_t row, double linesPerUnit) {
+    const WarpSample sample = warp.at(column, row);
     return (column + 1 < warp.columns() && isCrossed(sample, warp.at(column + 1, row), linesPerUnit)) ||
            (row + 1 < warp.rows() && isCrossed(sample, warp.at(column, row + 1), linesPerUnit));
 }
 
-Colour colourAt(const PictureWarp& warp, std::size_t column, std::size_t row) {
-    const WarpSample& sample = warp.at(column, row);
+Colour colourAt(const WarpGrid& warp, std::size_t column, std::size_t row) {
+    const WarpSample sample = warp.at(column, row);
     if (!sample.isMapped) {
         return (column / CHEQUER + row / CHEQUER) % 2 == 0 ? UNMAPPED_DARK : UNMAPPED_LIGHT;
     }
@@ -146,7 +155,7 @@ Colour colourAt(const PictureWarp& warp, std::size_t column, std::size_t row) {
 }
 
 /// Row by row from the top, three bytes a pixel.
-std::vector<unsigned char> coloursOf(const PictureWarp& warp) {
+std::vector<unsigned char> coloursOf(const WarpGrid& warp) {
     std::vector<unsigned char> bytes;
     bytes.reserve(warp.columns() * warp.rows() * Colour().size());
     for (std::size_t row = warp.rows(); row-- > 0;) {
@@ -164,15 +173,16 @@ std::vector<unsigned char> coloursOf(const PictureWarp& warp) {
 class PngWarpWriter : public WarpWriter {
 public:
     /// Throws `std::runtime_error` when the picture cannot be encoded.
-    void write(const PictureWarp& warp, std::ostream& out) const override;
+    void write(const WarpGrid& warp, std::ostream& out) const override;
 };
 
-void PngWarpWriter::write(const PictureWarp& warp, std::ostream& out) const {
+void PngWarpWriter::write(const WarpGrid& warp, std::ostream& out) const {
     PngPicture{warp.columns(), warp.rows(), coloursOf(warp)}.write(out);
 }
 
-constexpr FormatList<WarpWriter, 3> FORMATS{{{{"mesh", makeWriter<WarpWriter, WarpMeshWriter>},
+constexpr FormatList<WarpWriter, 4> FORMATS{{{{"mesh", makeWriter<WarpWriter, WarpMeshWriter>},
                                               {"pfm", makeWriter<WarpWriter, PfmWarpWriter>},
+                                              {"png16", makeWriter<WarpWriter, DeepPngWarpWriter>},
                                               {"png", makeWriter<WarpWriter, PngWarpWriter>}}}};
 
 }  // namespace
@@ -186,13 +196,13 @@ std::uintmax_t WarpMeshSize::mostBytes() const {
     constexpr std::uintmax_t INPUT_AND_REST = 2 * (std::string_view("4.9406564584124654e-324").size()) + 7;
     const auto columns = static_cast<std::size_t>(nodes[0]);
     const auto rows = static_cast<std::size_t>(nodes[1]);
-    const double aspect = aspectOf(pixels);
+    const double aspect = WarpGrid::aspectOf(pixels);
     std::uintmax_t bytes = count() * INPUT_AND_REST;
     for (std::size_t column = 0; column < columns; ++column) {
-        bytes += rows * exactText(aspect * fromMiddle(column, columns)).size();
+        bytes += rows * exactText(aspect * WarpGrid::fromMiddle(column, columns)).size();
     }
     for (std::size_t row = 0; row < rows; ++row) {
-        bytes += columns * exactText(fromMiddle(row, rows)).size();
+        bytes += columns * exactText(WarpGrid::fromMiddle(row, rows)).size();
     }
     constexpr std::uintmax_t HEAD_AND_TAIL = 100;
     return bytes + HEAD_AND_TAIL;
@@ -200,7 +210,7 @@ std::uintmax_t WarpMeshSize::mostBytes() const {
 
 bool WarpMeshSize::isReadable() const {
     using namespace WarpMeshLimits;
-    const double aspect = aspectOf(pixels);
+    const double aspect = WarpGrid::aspectOf(pixels);
     return aspect >= SMALLEST_ASPECT && aspect <= LARGEST_COORDINATE &&
            std::max(nodes[0], nodes[1]) <= MOST_NODES_IN_ROW && count() <= MOST_NODES && mostBytes() <= MOST_BYTES;
 }

@@ -2,6 +2,7 @@
 
 #include "Common/Point.h"
 #include "DisplayReport/basics/Progress.h"
+#include "DisplayReport/maps/WarpGrid.h"
 
 #include <cstddef>
 #include <string>
@@ -12,17 +13,8 @@ namespace Veltrani::DisplayReport {
 class InputProjection;
 class LayoutMapper;
 
-/// What one place of a picture shows.
-struct WarpSample {
-    Point<double, 2> input;  ///< see `InputProjection`; (0, 0) where there is none
-    bool isMapped = false;
-};
-
-/// Which part of the input each place of a channel's picture shows: a grid over the whole picture.
-///
-/// A grid of nodes reaches from edge to edge of the picture, as the corners of its pixels do; a grid of pixels has one
-/// place in the middle of each.
-class PictureWarp {
+/// A channel's picture by the layout map of its display and one of the inputs of `InputProjection`.
+class PictureWarp : public WarpGrid {
 public:
     /// Keeps the memory for a warp within a gigabyte: more than the pixels of an 8K picture.
     static constexpr std::size_t MOST_SAMPLES = 40'000'000;
@@ -42,11 +34,10 @@ public:
     /// another.
     PictureWarp(const Point<int, 2>& pixels, std::size_t columns, std::size_t rows, std::vector<WarpSample> samples);
 
-    [[nodiscard]] const Point<int, 2>& pixels() const { return m_pixels; }
-    [[nodiscard]] std::size_t columns() const { return m_columns; }
-    [[nodiscard]] std::size_t rows() const { return m_rows; }
-    /// @param row 0 is the bottom one
-    [[nodiscard]] const WarpSample& at(std::size_t column, std::size_t row) const {
+    [[nodiscard]] Point<int, 2> pixels() const override { return m_pixels; }
+    [[nodiscard]] std::size_t columns() const override { return m_columns; }
+    [[nodiscard]] std::size_t rows() const override { return m_rows; }
+    [[nodiscard]] WarpSample at(std::size_t column, std::size_t row) const override {
         return m_samples[row * m_columns + column];
     }
 

@@ -9,7 +9,7 @@ using namespace Veltrani::DisplayReport;
 using testing::ElementsAre;
 
 TEST(WarpWriter, KnowsItsFormats) {
-    EXPECT_THAT(WarpWriter::formats(), ElementsAre("mesh", "pfm", "png"));
+    EXPECT_THAT(WarpWriter::formats(), ElementsAre("mesh", "pfm", "png16", "png"));
     for (const std::string& format : WarpWriter::formats()) {
         ASSERT_NE(WarpWriter::ofFormat(format), nullptr) << format;
         EXPECT_EQ(WarpWriter::ofFormat(format)->hasNodes(), format == "mesh");

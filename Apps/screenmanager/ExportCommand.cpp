@@ -1,0 +1,203 @@
+#include "ChildJobs.h"
+#include "Common/QuotedText.h"
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/IUnitsConfig.h"
+#include "Configuration/ProjectorConfig.h"
+#include "Configuration/XMLConfigFile.h"
+#include "ConsoleLog.h"
+#include "DisplayFile.h"
+#include "DisplayReport/targets/TargetPlacer.h"
+#include "ExportFiles/ExportFolder.h"
+#include "ExportFiles/ExportManifest.h"
+#include "ExportOptions.h"
+#include "FailureReport.h"
+#include "ProgressMeter.h"
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace {
+
+using namespace Veltrani::ExportFiles;
+using Veltrani::DisplayReport::ReportHead;
+using Veltrani::DisplayReport::SourceFile;
+
+/// The targets of the channels that are exported, where test pictures show them.
+void placeTargets(XMLConfigFile& config, std::vector<ExportView>& views, const ExportOptions& options) {
+    if (!options.request.hasTestPictures) {
+        return;
+    }
+    ProgressMeter meter(options.isTalkative(), "placing targets, channel");
+    const auto survey = Veltrani::DisplayReport::TargetPlacer({}, meter.callback()).place(config);
+    for (ExportView& view : views) {
+        if (view.channel.index < survey.channels.size()) {
+            for (const auto& target : survey.channels[view.channel.index].grid) {
+                view.targets.push_back(target.picture);
+            }
+        }
+    }
+}
+
+/// False when a channel has no result; reported then.
+bool isComplete(const std::vector<ChildJobs::Outcome>& outcomes, const std::vector<ExportView>& views) {
+    bool complete = true;
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        if (outcomes[i].lacksMemory) {
+            throw std::bad_alloc();
+        }
+        if (!outcomes[i].fault.empty()) {
+            const std::string channel = Veltrani::onOneLine(views[i].channel.describe());
+            const std::string& fault = outcomes[i].fault;
+            Console::error(fault.find(channel) == std::string::npos ? channel + ": " + fault : fault);
+            complete = false;
+        }
+    }
+    return complete;
+}
+
+/// The two parts of a result: what the manifest states, and what people are told.
+constexpr char BETWEEN = '\t';
+
+std::string joined(const ViewRecord& record) {
+    return record.json + BETWEEN + Veltrani::onOneLine(record.summary);
+}
+
+void writeManifest(const ExportFolder& folder, const std::string& manifest) {
+    std::ofstream out(folder.file(ExportFolder::MANIFEST), std::ios::binary);
+    out << manifest;
+    out.close();
+    if (!out) {
+        throw VeltraniException(L"The manifest cannot be written: is there room on the disk?");
+    }
+}
+
+std::string unitOf(const XMLConfigFile& config) {
+    const IUnitsConfig* const units = config.getNativeUnitsConfig();
+    return units == nullptr ? std::string() : Veltrani::toUtf8(units->getUnitName());
+}
+
+/// The display with everything that its views need.
+struct Work {
+    std::unique_ptr<XMLConfigFile> config;
+    std::vector<SourceFile> sources;
+    std::vector<ExportView> views;
+    ExportRequest request;
+};
+
+int writeFolder(Work& work, ExportFolder& folder, const ExportOptions& options) {
+    ProgressMeter meter(options.isTalkative(), "exporting, part");
+    const ViewExport exporter(*work.config, work.request);
+    const auto outcomes = ChildJobs::run(
+        work.views.size(), options.jobs > 0 ? options.jobs : ChildJobs::usualNumber(),
+        [&](std::size_t i, const Veltrani::DisplayReport::Progress& progress) {
+            return joined(exporter.write(work.views[i], folder.file("."), progress));
+        },
+        meter);
+    meter.end();
+    if (!outcomes) {
+        return EXIT_OUTPUT;
+    }
+    if (!isComplete(*outcomes, work.views)) {
+        return EXIT_INPUT;
+    }
+    std::vector<std::string> views;
+    for (const ChildJobs::Outcome& outcome : *outcomes) {
+        views.push_back(outcome.result.substr(0, outcome.result.find(BETWEEN)));
+    }
+    writeManifest(folder, manifestOf(work.request, unitOf(*work.config), work.sources, views));
+    folder.commit();
+    for (const ChildJobs::Outcome& outcome : *outcomes) {
+        if (options.isTalkative()) {
+            Console::say(outcome.result.substr(outcome.result.find(BETWEEN) + 1));
+        }
+    }
+    return EXIT_ALL_RIGHT;
+}
+
+/// The display and the content; an exit code where one of them cannot be used, which has been reported then.
+int readWork(Work& work, const ExportOptions& options) {
+    work.config = DisplayFile::read(options.file);
+    if (!work.config) {
+        return EXIT_INPUT;
+    }
+    try {
+        work.views = viewsOf(*work.config, options);
+    } catch (const VeltraniExceptionBase&) {
+        reportFailure("--channel", std::current_exception());
+        return EXIT_USAGE;
+    }
+    if (work.views.empty()) {
+        Console::error(options.file +
+                       ": the display has no channels, and nothing was written: add some, see "
+                       "screenmanager add");
+        return EXIT_INCOMPLETE;
+    }
+    work.request = options.request;
+    // Before the work, which may take minutes: a file that changes meanwhile is not what it was made from.
+    work.sources = ReportHead::sourcesOf(options.file);
+    if (!options.content.empty()) {
+        try {
+            work.request.content = std::make_shared<const ContentPicture>(ContentPicture::read(options.content));
+        } catch (const VeltraniExceptionBase&) {
+            reportFailure("--content", std::current_exception());
+            return EXIT_INPUT;
+        }
+        work.sources.push_back(ReportHead::source(options.content));
+    }
+    return EXIT_ALL_RIGHT;
+}
+
+/// False when the folder cannot be made, or may not be replaced; reported then, before anything is computed.
+bool isPossible(const ExportOptions& options) {
+    try {
+        const HeldSignals held;
+        const ExportFolder trial(options.output, options.force);
+        return true;
+    } catch (const VeltraniExceptionBase&) {
+        reportFailure("--output", std::current_exception());
+        return false;
+    }
+}
+
+int run(const ExportOptions& options) {
+    Work work;
+    const int fault = readWork(work, options);
+    if (fault != EXIT_ALL_RIGHT) {
+        return fault;
+    }
+    if (!isPossible(options)) {
+        return EXIT_OUTPUT;
+    }
+    if (!DisplayFile::buildScreen(*work.config, options.file, options.verbosity)) {
+        return EXIT_INPUT;
+    }
+    // The library logs every ray that it bends by a table: a million lines.
+    const ConsoleLog::ErrorsOnly quieter(options.isTalkative());
+    try {
+        placeTargets(*work.config, work.views, options);
+        const HeldSignals held;
+        ExportFolder folder(options.output, options.force);
+        return writeFolder(work, folder, options);
+    } catch (const VeltraniExceptionBase&) {
+        reportFailure("--output", std::current_exception());
+        return EXIT_OUTPUT;
+    }
+}
+
+Command::Run addTo(OptionList& line) {
+    const auto options = std::make_shared<ExportOptions>();
+    addExportOptions(line, *options);
+    return Command::with(options, run);
+}
+
+}  // namespace
+
+const Command EXPORT_COMMAND{.name = "export",
+                             .summary = "Write what players need of every channel: frusta, warps, test pictures",
+                             .example = "screenmanager export display.xml --output player --format obj",
+                             .addTo = addTo,
+                             .bendsMillionsOfRays = true};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Command.h"
+#include "ExportFiles/ViewExport.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+class XMLConfigManager;
+
+/// What the command line of `export` states.
+struct ExportOptions : CommandOptions {
+    std::string file;                         ///< the configuration
+    std::string output;                       ///< folder
+    bool force = false;                       ///< whether an earlier export is replaced
+    int jobs = 0;                             ///< processes at the same time; 0: as many as there are cores
+    std::vector<std::string> channels;        ///< names or ids; empty: all
+    std::vector<std::string> eyes;            ///< "x,y,z"; empty: that of each channel
+    std::vector<Point<double, 3>> eyePoints;  ///< the same as points; filled when the line is complete
+    std::string content;                      ///< PNG file; empty: none
+    std::vector<std::string> formats;         ///< names; empty: the first
+    std::string axis;                         ///< "x,y,z"; empty: the usual one
+    std::string centre;                       ///< "azimuth,elevation", degrees; empty: straight ahead
+    bool isCut = false;                       ///< at the seam of a panorama
+    bool hasRoll = false;
+    bool hasAperture = false;
+    bool hasMargin = false;
+    Veltrani::ExportFiles::ExportRequest request;
+};
+
+/// Adds every option of the command, with the checks that need no display.
+void addExportOptions(OptionList& line, ExportOptions& options);
+
+/// Several of the channels and every eye of each, in the order of the configuration. Throws `VeltraniException` for a
+/// channel that the display does not have.
+[[nodiscard]] std::vector<Veltrani::ExportFiles::ExportView> viewsOf(const XMLConfigManager& config,
+                                                                     const ExportOptions& options);

@@ -1,0 +1,270 @@
+#include "DisplayExport/WarpBuilder.h"
+
+#include "DisplayExport/CellCutter.h"
+#include "DisplayExport/ChannelSight.h"
+#include "DisplayExport/ContentInput.h"
+#include "DisplayReport/basics/NumberText.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace Veltrani::DisplayExport {
+
+namespace {
+
+using Places = WarpRequest::Places;
+
+/// Cells that are compared with what belongs there: of small grids all of them.
+constexpr std::size_t MOST_COMPARED = 40'000;
+/// Cells of which no corner is lit are looked into where there are no more than so many: those of larger grids are
+/// hardly larger than pixels.
+constexpr std::size_t MOST_LOOKED_INTO = 200'000;
+/// On a side of a grid whose nodes are searched for: a finer one is stated.
+constexpr int MOST_SEARCHED = 512;
+/// Of the error that is allowed: the places that are compared leave out a little of the largest.
+constexpr double AIM = 0.85;
+
+std::vector<double> cornersAlong(int count) {
+    std::vector<double> places;
+    for (int i = 0; i < count; ++i) {
+        places.push_back(static_cast<double>(i) / (count - 1));
+    }
+    return places;
+}
+
+std::vector<double> middlesAlong(int count) {
+    std::vector<double> places;
+    for (int i = 0; i < count; ++i) {
+        places.push_back((i + 0.5) / count);
+    }
+    return places;
+}
+
+void requireRoom(const ChannelSight& sight, const Point<int, 2>& nodes) {
+    if (static_cast<std::size_t>(nodes[0]) > ChannelWarp::MOST_NODES / static_cast<std::size_t>(nodes[1])) {
+        sight.channel().refuse("a grid of " + std::to_string(nodes[0]) + " x " + std::to_string(nodes[1]) +
+                               " is larger than " + std::to_string(ChannelWarp::MOST_NODES) +
+                               " places: state fewer nodes");
+    }
+}
+
+void requirePossible(const ChannelSight& sight, const WarpRequest& request, const Point<int, 2>& pixels) {
+    if (request.places == Places::PIXELS) {
+        requireRoom(sight, pixels);
+    }
+    if (request.places == Places::NODES) {
+        if (std::min(request.nodes[0], request.nodes[1]) < 2) {
+            sight.channel().refuse("a grid of nodes has two columns and two rows at least, and not " +
+                                   std::to_string(request.nodes[0]) + " x " + std::to_string(request.nodes[1]));
+        }
+        requireRoom(sight, request.nodes);
+    }
+    if (!(request.error > 0) || !std::isfinite(request.error)) {
+        sight.channel().refuse("an error of " + DisplayReport::exactText(request.error) +
+                               " pixels cannot be kept: state one above zero");
+    }
+}
+
+/// Content next to other content, by whole widths of the input.
+double beside(double content, double other) {
+    return content - std::round(content - other);
+}
+
+}  // namespace
+
+WarpBuilder::WarpBuilder(const ChannelSight& sight, const ContentInput& input, const WarpRequest& request)
+    : m_sight(sight),
+      m_input(input),
+      m_request(request),
+      m_pixels(sight.channel().pictureSize()),
+      m_sampler(sight, input),
+      m_meter(sight, input) {
+    requirePossible(sight, request, m_pixels);
+}
+
+ChannelWarp WarpBuilder::build() const {
+    ChannelWarp warp;
+    WarpGrid grid;
+    if (m_request.places == Places::PIXELS) {
+        grid = gridOfPixels();
+    } else if (m_request.places == Places::NODES) {
+        grid = gridOfNodes(m_request.nodes, m_request.progress);
+        warp.m_error = m_meter.measure(grid, m_request.error, MOST_COMPARED).error;
+    } else {
+        Trial found = search();
+        grid = std::move(found.grid);
+        warp.m_error = found.measured.error;
+    }
+    warp.m_pixels = m_pixels;
+    warp.m_reachesCorners = m_request.places != Places::PIXELS;
+    warp.m_columns = grid.columns();
+    warp.m_rows = grid.rows();
+    if (warp.m_reachesCorners) {
+        unwrap(grid);
+        cutCells(grid, warp);
+    }
+    warp.m_nodes = std::move(grid.nodes);
+    warp.m_points = std::move(grid.points);
+    return warp;
+}
+
+WarpGrid WarpBuilder::gridOfPixels() const {
+    WarpGrid grid = m_sampler.sample(middlesAlong(m_pixels[0]), middlesAlong(m_pixels[1]),
+                                     {.points = m_request.withPoints}, m_request.progress);
+    m_sampler.continueOver(grid, WarpSampler::DarkCells::LEFT_OUT);
+    return grid;
+}
+
+WarpGrid WarpBuilder::gridOfNodes(const Point<int, 2>& nodes, const DisplayReport::Progress& progress) const {
+    const bool needsDirections = m_input.faces() > 1 || !m_input.poles().empty();
+    WarpGrid grid = m_sampler.sample(cornersAlong(nodes[0]), cornersAlong(nodes[1]),
+                                     {m_request.withPoints, needsDirections}, progress);
+    m_sampler.continueOver(grid, grid.cells() <= MOST_LOOKED_INTO ? WarpSampler::DarkCells::LOOKED_INTO
+                                                                  : WarpSampler::DarkCells::LEFT_OUT);
+    return grid;
+}
+
+WarpBuilder::Trial WarpBuilder::trialOf(const Point<int, 2>& cells, double enough) const {
+    Trial trial{cells, gridOfNodes(cells + Point<int, 2>{1, 1}, {}), {}};
+    trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_COMPARED, enough);
+    return trial;
+}
+
+double WarpBuilder::largestOf(const MeasuredError& measured) const {
+    return m_request.forGrids ? measured.error.largestOfGrid : measured.error.largest;
+}
+
+bool WarpBuilder::isKept(const MeasuredError& measured) const {
+    return largestOf(measured) <= AIM * m_request.error;
+}
+
+WarpBuilder::Trial WarpBuilder::search() const {
+    Trial best = searchUpwards();
+    if (isKept(best.measured)) {
+        searchDownwards(best);
+    }
+    if (m_request.progress) {
+        const auto rows = static_cast<std::size_t>(best.cells[1]) + 1;
+        m_request.progress(rows, rows);
+    }
+    return best;
+}
+
+WarpBuilder::Trial WarpBuilder::searchUpwards() const {
+    const Point<int, 2> most{std::min(m_pixels[0], MOST_SEARCHED), std::min(m_pixels[1], MOST_SEARCHED)};
+    constexpr Point<int, 2> START{16, 10};
+    Trial trial = trialOf({std::min(START[0], most[0]), std::min(START[1], most[1])});
+    // The error of linear interpolation falls with the square of the cells along a side; half of it to each side takes
+    // the fewest cells.
+    Point<double, 2> wanted;
+    for (std::size_t i = 0; i < 2; ++i) {
+        wanted[i] = trial.cells[i] * std::sqrt(2 * trial.measured.along[i] / (AIM * m_request.error));
+    }
+    while (true) {
+        Point<int, 2> cells;
+        for (std::size_t i = 0; i < 2; ++i) {
+            cells[i] = std::clamp(static_cast<int>(std::ceil(std::min<double>(wanted[i], most[i]))), 1, most[i]);
+        }
+        const double before = largestOf(trial.measured);
+        const Point<int, 2> cellsBefore = trial.cells;
+        trial = trialOf(cells);
+        if (isKept(trial.measured) || cells == most) {
+            return trial;
+        }
+        const double factor = std::sqrt(largestOf(trial.measured) / (AIM * m_request.error));
+        // Across a step of the surface, more nodes do not help.
+        constexpr double HELPS = 0.8;
+        const bool isMuchFiner = cells[0] >= 2 * cellsBefore[0] && cells[1] >= 2 * cellsBefore[1];
+        if (isMuchFiner && largestOf(trial.measured) > HELPS * before) {
+            return trial;
+        }
+        constexpr double LEAST_STEP = 1.05;
+        constexpr double LONGEST_STEP = 2.0;
+        for (std::size_t i = 0; i < 2; ++i) {
+            wanted[i] =
+                std::max(wanted[i], static_cast<double>(cells[i])) * std::clamp(factor, LEAST_STEP, LONGEST_STEP);
+        }
+    }
+}
+
+void WarpBuilder::searchDownwards(Trial& best) const {
+    const auto countOf = [](const Point<int, 2>& cells) { return (cells[0] + 1LL) * (cells[1] + 1LL); };
+    const auto improve = [&](const Point<int, 2>& cells) {
+        if (std::min(cells[0], cells[1]) < 1 || countOf(cells) >= countOf(best.cells)) {
+            return false;
+        }
+        Trial trial = trialOf(cells, AIM * m_request.error);
+        if (isKept(trial.measured)) {
+            best = std::move(trial);
+            return true;
+        }
+        return false;
+    };
+    for (int part = 8; part > 0;) {
+        const Point<int, 2> cells = best.cells;
+        // One cell at last.
+        const int across = part > 1 ? std::max(1, cells[0] / (4 * part)) : 1;
+        const int upwards = part > 1 ? std::max(1, cells[1] / (4 * part)) : 1;
+        const bool isBetter = improve({cells[0] - across, cells[1]}) || improve({cells[0], cells[1] - upwards}) ||
+                              improve({cells[0] - 2 * across, cells[1] + upwards}) ||
+                              improve({cells[0] + across, cells[1] - upwards});
+        part = isBetter ? part : part / 2;
+    }
+}
+
+void WarpBuilder::unwrap(WarpGrid& grid) const {
+    if (!m_input.wrapsAround() || m_request.seam == Seam::CUT) {
+        return;
+    }
+    std::vector<bool> isDone(grid.nodes.size());
+    std::vector<std::size_t> group;
+    for (std::size_t start = 0; start < grid.nodes.size(); ++start) {
+        if (isDone[start] || !grid.nodes[start].isUsable()) {
+            continue;
+        }
+        group.assign(1, start);
+        isDone[start] = true;
+        double sum = 0;
+        for (std::size_t i = 0; i < group.size(); ++i) {
+            const std::size_t node = group[i];
+            sum += grid.nodes[node].content[0];
+            const auto reach = [&](bool exists, std::size_t next) {
+                if (exists && !isDone[next] && grid.nodes[next].isUsable()) {
+                    isDone[next] = true;
+                    grid.nodes[next].content[0] = beside(grid.nodes[next].content[0], grid.nodes[node].content[0]);
+                    group.push_back(next);
+                }
+            };
+            reach(node % grid.columns() > 0, node - 1);
+            reach(node % grid.columns() + 1 < grid.columns(), node + 1);
+            reach(node >= grid.columns(), node - grid.columns());
+            reach(node + grid.columns() < grid.nodes.size(), node + grid.columns());
+        }
+        // Most of it between 0 and 1.
+        const double widths = std::floor(sum / static_cast<double>(group.size()));
+        std::for_each(group.begin(), group.end(), [&](std::size_t node) { grid.nodes[node].content[0] -= widths; });
+    }
+}
+
+void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
+    const double allowed = std::max(AIM * m_request.error, warp.m_error.largest);
+    const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed);
+    for (std::size_t number = 0; number < grid.cells(); ++number) {
+        const WarpCell cell = WarpCell::of(grid, number);
+        const WarpCell::Kind kind = cutter.kindOf(cell);
+        if (!cutter.mustCut(cell, kind)) {
+            continue;
+        }
+        CellCutter::Cut cut = cutter.cut(cell, kind);
+        warp.m_leftOutAtPoles += cut.leftOut;
+        warp.m_error.largest = std::max(warp.m_error.largest, cut.error);
+        const bool isAtSeam = kind == WarpCell::Kind::OVER_SEAM || kind == WarpCell::Kind::OVER_FACES;
+        warp.m_brokenAtSeams += isAtSeam ? 1 : 0;
+        warp.m_cutCells.push_back({number, kind != WarpCell::Kind::WHOLE, std::move(cut.pieces)});
+    }
+}
+
+}  // namespace Veltrani::DisplayExport

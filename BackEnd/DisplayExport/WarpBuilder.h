@@ -1,0 +1,53 @@
+#pragma once
+
+#include "DisplayExport/ChannelWarp.h"
+#include "DisplayExport/WarpErrorMeter.h"
+#include "DisplayExport/WarpGrid.h"
+
+#include <limits>
+
+namespace Veltrani::DisplayExport {
+
+/// Makes the warp of one channel.
+class WarpBuilder {
+public:
+    /// Refers to all. Throws `VeltraniException` for a request that cannot be met.
+    WarpBuilder(const ChannelSight& sight, const ContentInput& input, const WarpRequest& request);
+
+    [[nodiscard]] ChannelWarp build() const;
+
+private:
+    /// A grid from corner to corner with its error.
+    struct Trial {
+        Point<int, 2> cells;
+        WarpGrid grid;
+        MeasuredError measured;
+    };
+
+    [[nodiscard]] WarpGrid gridOfPixels() const;
+    [[nodiscard]] WarpGrid gridOfNodes(const Point<int, 2>& nodes, const DisplayReport::Progress& progress) const;
+    /// @param enough an error above which no more of it is measured
+    [[nodiscard]] Trial trialOf(const Point<int, 2>& cells, double enough = std::numeric_limits<double>::max()) const;
+    /// The fewest nodes that keep the error.
+    [[nodiscard]] Trial search() const;
+    /// More and more cells, until the error is kept or more do not help.
+    [[nodiscard]] Trial searchUpwards() const;
+    /// Fewer cells than those of a trial that keeps the error.
+    void searchDownwards(Trial& best) const;
+    /// The error that is to be kept.
+    [[nodiscard]] double largestOf(const MeasuredError& measured) const;
+    [[nodiscard]] bool isKept(const MeasuredError& measured) const;
+
+    /// Puts the contents of neighbours beside each other where an input wraps around.
+    void unwrap(WarpGrid& grid) const;
+    void cutCells(const WarpGrid& grid, ChannelWarp& warp) const;
+
+    const ChannelSight& m_sight;
+    const ContentInput& m_input;
+    const WarpRequest& m_request;
+    Point<int, 2> m_pixels;
+    WarpSampler m_sampler;
+    WarpErrorMeter m_meter;
+};
+
+}  // namespace Veltrani::DisplayExport

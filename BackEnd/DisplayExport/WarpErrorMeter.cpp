@@ -1,0 +1,175 @@
+#include "DisplayExport/WarpErrorMeter.h"
+
+#include "DisplayExport/ChannelSight.h"
+#include "DisplayExport/ContentInput.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Veltrani::DisplayExport {
+
+namespace {
+
+using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
+
+/// Cells whose places are seen at once.
+constexpr std::size_t CELLS_AT_ONCE = 64;
+
+/// The three ways in which players interpolate: bilinearly, and linearly in halves along either diagonal.
+template <class Value>
+std::array<Value, 3> interpolated(const std::array<Value, 4>& corners, const P2& part) {
+    const auto& [a, b, c, d] = corners;
+    const double x = part[0];
+    const double y = part[1];
+    return {(1 - x) * (1 - y) * a + x * (1 - y) * b + x * y * c + (1 - x) * y * d,
+            x >= y ? a + x * (b - a) + y * (c - b) : a + y * (d - a) + x * (c - d),
+            x + y <= 1 ? a + x * (b - a) + y * (d - a) : c + (1 - x) * (d - c) + (1 - y) * (b - c)};
+}
+
+/// Places in a cell, by parts of its width and height; all but its corners.
+std::vector<P2> partsOfCell() {
+    constexpr std::size_t LAST = WarpErrorMeter::PER_SIDE - 1;
+    std::vector<P2> parts;
+    for (std::size_t row = 0; row <= LAST; ++row) {
+        for (std::size_t column = 0; column <= LAST; ++column) {
+            if (!((row == 0 || row == LAST) && (column == 0 || column == LAST))) {
+                parts.emplace_back(static_cast<double>(column) / LAST, static_cast<double>(row) / LAST);
+            }
+        }
+    }
+    return parts;
+}
+
+}  // namespace
+
+/// Collects the error of cells.
+class WarpErrorMeter::Comparison {
+public:
+    Comparison(const WarpErrorMeter& meter, const WarpGrid& grid, double allowed)
+        : m_meter(meter), m_grid(grid), m_allowed(allowed) {}
+
+    void compare(const std::vector<std::size_t>& cells) {
+        m_picture.clear();
+        for (const std::size_t cell : cells) {
+            for (const P2& part : m_parts) {
+                m_picture.push_back(m_grid.pictureIn(cell, part));
+            }
+        }
+        m_seen.resize(m_picture.size());
+        m_meter.m_sight.see(m_picture, m_seen);
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            compareCell(cells[i], i * m_parts.size());
+        }
+    }
+
+    MeasuredError result;
+
+private:
+    void compareCell(std::size_t number, std::size_t first) {
+        const WarpCell cell = WarpCell::of(m_grid, number);
+        const WarpCell::Kind kind = cell.kind(m_meter.m_poles, m_meter.m_input.wrapsAround());
+        if (kind == WarpCell::Kind::OVER_POLE) {
+            return;
+        }
+        const bool isNearPole = cell.isNear(m_meter.m_poles);
+        for (std::size_t i = 0; i < m_parts.size(); ++i) {
+            const auto belongs = m_meter.m_input.place(m_picture[first + i], m_seen[first + i]);
+            if (!belongs) {
+                continue;
+            }
+            if (kind == WarpCell::Kind::UNUSABLE) {
+                ++result.error.leftOut;
+                continue;
+            }
+            const double error = m_meter.errorAt(cell, kind, m_parts[i], *belongs);
+            result.error.largestOfGrid = std::max(result.error.largestOfGrid, error);
+            if (!isNearPole) {
+                take(m_parts[i], error);
+            }
+        }
+    }
+
+    void take(const P2& part, double error) {
+        ++result.error.places;
+        result.error.beyond += error > m_allowed ? 1 : 0;
+        result.error.largest = std::max(result.error.largest, error);
+        const auto isEnd = [](double value) { return value == 0.0 || value == 1.0; };
+        if (isEnd(part[1])) {
+            result.along[0] = std::max(result.along[0], error);
+        }
+        if (isEnd(part[0])) {
+            result.along[1] = std::max(result.along[1], error);
+        }
+    }
+
+    const WarpErrorMeter& m_meter;
+    const WarpGrid& m_grid;
+    double m_allowed;
+    std::vector<P2> m_parts = partsOfCell();
+    std::vector<P2> m_picture;
+    std::vector<SeenPlace> m_seen;
+};
+
+WarpErrorMeter::WarpErrorMeter(const ChannelSight& sight, const ContentInput& input)
+    : m_sight(sight), m_input(input), m_poles(input.poles()) {}
+
+double WarpErrorMeter::errorAt(const WarpCell& cell, WarpCell::Kind kind, const P2& part,
+                               const InputPlace& belongs) const {
+    double largest = 0;
+    if (kind != WarpCell::Kind::OVER_FACES && belongs.face == cell.nodes[0].face) {
+        for (const P2& shown : interpolated(cell.contents(m_input.wrapsAround()), part)) {
+            largest = std::max(largest, m_input.distance(belongs.at, shown));
+        }
+        return largest;
+    }
+    // A cell over several faces is cut where directions that are interpolated pass their edges.
+    for (const P3& direction : interpolated(cell.directions, part)) {
+        const auto shown = m_input.placeOnFace(direction, belongs.face);
+        largest = std::max(largest, m_input.distance(belongs.at, shown.value_or(P2())));
+    }
+    return largest;
+}
+
+double WarpErrorMeter::largestIn(const WarpCell& cell) const {
+    const WarpCell::Kind kind = cell.kind(m_poles, m_input.wrapsAround());
+    if (kind == WarpCell::Kind::UNUSABLE || kind == WarpCell::Kind::OVER_POLE) {
+        return 0;
+    }
+    const std::vector<P2> parts = partsOfCell();
+    std::vector<P2> picture;
+    const P2 size = cell.picture[2] - cell.picture[0];
+    for (const P2& part : parts) {
+        picture.push_back(cell.picture[0] + P2{part[0] * size[0], part[1] * size[1]});
+    }
+    std::vector<SeenPlace> seen(picture.size());
+    m_sight.see(picture, seen);
+    double largest = 0;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (const auto belongs = m_input.place(picture[i], seen[i])) {
+            largest = std::max(largest, errorAt(cell, kind, parts[i], *belongs));
+        }
+    }
+    return largest;
+}
+
+MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std::size_t mostCells,
+                                      double enough) const {
+    Comparison comparison(*this, grid, allowed);
+    std::vector<std::size_t> cells;
+    const double step = std::max(1.0, static_cast<double>(grid.cells()) / static_cast<double>(mostCells));
+    for (double place = 0; place < static_cast<double>(grid.cells()); place += step) {
+        cells.push_back(static_cast<std::size_t>(place));
+        if (cells.size() == CELLS_AT_ONCE) {
+            comparison.compare(cells);
+            cells.clear();
+            if (comparison.result.error.largest > enough) {
+                return comparison.result;
+            }
+        }
+    }
+    comparison.compare(cells);
+    return comparison.result;
+}
+
+}  // namespace Veltrani::DisplayExport

@@ -1,0 +1,205 @@
+#include "DisplayExport/WarpGrid.h"
+
+#include "DisplayExport/ChannelSight.h"
+#include "DisplayExport/ContentInput.h"
+#include "DisplayExport/PlaceFit.h"
+#include "DisplayReport/basics/LargePages.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace Veltrani::DisplayExport {
+
+namespace {
+
+using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
+
+/// Places that are seen at once: neighbours of a few rows, whose rays have more of a surface in common than as many of
+/// one row. With all that is kept of them on the way they stay in the processor's cache.
+constexpr std::size_t ROWS_AT_ONCE = 4;
+constexpr std::size_t COLUMNS_AT_ONCE = 256;
+
+/// Places inside a dark cell at which light is looked for, per side.
+constexpr std::size_t INSIDE = 3;
+
+P3 unit(const P3& direction) {
+    const double length = norm(direction);
+    return length > 0 ? direction * (1 / length) : P3();
+}
+
+WarpNode nodeOf(const std::optional<InputPlace>& place, WarpNode::State state) {
+    return place ? WarpNode{place->at, place->face, state} : WarpNode{};
+}
+
+}  // namespace
+
+/// Columns and rows of a grid from the first to before the last.
+struct WarpSampler::Part {
+    std::size_t firstColumn, endColumn, firstRow, endRow;
+};
+
+/// Samples a grid part by part, in memory that is used again for each.
+class WarpSampler::PartSampler {
+public:
+    PartSampler(const ChannelSight& sight, const ContentInput& input, WarpGrid& grid, const Kept& kept)
+        : m_sight(sight), m_input(input), m_grid(grid), m_kept(kept) {}
+
+    void sample(const Part& part) {
+        m_picture.clear();
+        for (std::size_t row = part.firstRow; row < part.endRow; ++row) {
+            for (std::size_t column = part.firstColumn; column < part.endColumn; ++column) {
+                m_picture.emplace_back(m_grid.across[column], m_grid.upwards[row]);
+            }
+        }
+        m_seen.resize(m_picture.size());
+        m_sight.see(m_picture, m_seen);
+        std::size_t next = 0;
+        for (std::size_t row = part.firstRow; row < part.endRow; ++row) {
+            for (std::size_t column = part.firstColumn; column < part.endColumn; ++column, ++next) {
+                keep(row * m_grid.columns() + column, m_picture[next], m_seen[next]);
+            }
+        }
+    }
+
+private:
+    void keep(std::size_t node, const P2& picture, const SeenPlace& seen) {
+        m_grid.nodes[node] = nodeOf(m_input.place(picture, seen), WarpNode::State::MAPPED);
+        const bool isMapped = m_grid.nodes[node].isUsable();
+        if (m_kept.points) {
+            m_grid.points[node] = isMapped ? seen.point : P3();
+        }
+        if (m_kept.directions) {
+            m_grid.directions[node] = isMapped ? unit(seen.direction) : P3();
+        }
+    }
+
+    const ChannelSight& m_sight;
+    const ContentInput& m_input;
+    WarpGrid& m_grid;
+    Kept m_kept;
+    std::vector<P2> m_picture;
+    std::vector<SeenPlace> m_seen;
+};
+
+WarpGrid WarpSampler::sample(std::vector<double> across, std::vector<double> upwards, const Kept& kept,
+                             const DisplayReport::Progress& progress) const {
+    WarpGrid grid{std::move(across), std::move(upwards), {}, {}, {}};
+    const std::size_t count = grid.columns() * grid.rows();
+    DisplayReport::reserveInLargePages(grid.nodes, count);
+    DisplayReport::reserveInLargePages(grid.points, kept.points ? count : 0);
+    DisplayReport::reserveInLargePages(grid.directions, kept.directions ? count : 0);
+    PartSampler sampler(m_sight, m_input, grid, kept);
+    for (std::size_t row = 0; row < grid.rows(); row += ROWS_AT_ONCE) {
+        const std::size_t endRow = std::min(row + ROWS_AT_ONCE, grid.rows());
+        if (progress) {
+            progress(row, grid.rows());
+        }
+        grid.nodes.resize(endRow * grid.columns());
+        grid.points.resize(kept.points ? endRow * grid.columns() : 0);
+        grid.directions.resize(kept.directions ? endRow * grid.columns() : 0);
+        for (std::size_t column = 0; column < grid.columns(); column += COLUMNS_AT_ONCE) {
+            sampler.sample({column, std::min(column + COLUMNS_AT_ONCE, grid.columns()), row, endRow});
+        }
+    }
+    if (progress) {
+        progress(grid.rows(), grid.rows());
+    }
+    return grid;
+}
+
+std::vector<bool> WarpSampler::areLitInside(const WarpGrid& grid, const std::vector<std::size_t>& cells) const {
+    std::vector<P2> picture;
+    picture.reserve(cells.size() * INSIDE * INSIDE);
+    for (const std::size_t cell : cells) {
+        for (std::size_t i = 0; i < INSIDE * INSIDE; ++i) {
+            constexpr double STEPS = INSIDE + 1;
+            picture.push_back(grid.pictureIn(
+                cell, {static_cast<double>(i % INSIDE + 1) / STEPS, static_cast<double>(i / INSIDE + 1) / STEPS}));
+        }
+    }
+    std::vector<SeenPlace> seen(picture.size());
+    m_sight.see(picture, seen);
+    std::vector<bool> lit(cells.size());
+    for (std::size_t i = 0; i < picture.size(); ++i) {
+        if (m_input.place(picture[i], seen[i])) {
+            lit[i / (INSIDE * INSIDE)] = true;
+        }
+    }
+    return lit;
+}
+
+std::vector<bool> WarpSampler::wantedNodes(const WarpGrid& grid, DarkCells dark) const {
+    std::vector<bool> wanted(grid.nodes.size());
+    const auto want = [&](std::size_t cell) {
+        for (const std::size_t corner : grid.cornersOf(cell)) {
+            wanted[corner] = wanted[corner] || !grid.nodes[corner].isUsable();
+        }
+    };
+    std::vector<std::size_t> darkCells;
+    for (std::size_t cell = 0; cell < grid.cells(); ++cell) {
+        const auto corners = grid.cornersOf(cell);
+        const auto usable = std::count_if(corners.begin(), corners.end(),
+                                          [&grid](std::size_t corner) { return grid.nodes[corner].isUsable(); });
+        if (usable == 0 && dark == DarkCells::LOOKED_INTO) {
+            darkCells.push_back(cell);
+        } else if (usable > 0 && usable < static_cast<std::ptrdiff_t>(corners.size())) {
+            want(cell);
+        }
+    }
+    const std::vector<bool> lit = areLitInside(grid, darkCells);
+    for (std::size_t i = 0; i < darkCells.size(); ++i) {
+        if (lit[i]) {
+            want(darkCells[i]);
+        }
+    }
+    return wanted;
+}
+
+void WarpSampler::continueOver(WarpGrid& grid, DarkCells dark) const {
+    const bool isComplete =
+        std::all_of(grid.nodes.begin(), grid.nodes.end(), [](const WarpNode& node) { return node.isUsable(); });
+    if (isComplete || grid.columns() < 2 || grid.rows() < 2) {
+        return;
+    }
+    const std::vector<bool> wanted = wantedNodes(grid, dark);
+    for (std::size_t node = 0; node < wanted.size(); ++node) {
+        if (wanted[node]) {
+            continueTo(grid, node);
+        }
+    }
+}
+
+void WarpSampler::continueTo(WarpGrid& grid, std::size_t node) const {
+    const P2 picture = grid.pictureOf(node);
+    P3 direction;
+    WarpNode found = nodeAt(picture, direction);
+    if (!found.isUsable()) {
+        const PlaceFit fit(m_sight, m_input);
+        const auto stepOf = [](const std::vector<double>& places) {
+            return (places.back() - places.front()) / static_cast<double>(places.size() - 1);
+        };
+        const SeenPlace seen = fit.at(picture, {stepOf(grid.across), stepOf(grid.upwards)}, found);
+        direction = seen.direction;
+    }
+    found.state = found.isUsable() ? WarpNode::State::CONTINUED : WarpNode::State::UNMAPPED;
+    grid.nodes[node] = found;
+    if (!grid.directions.empty()) {
+        grid.directions[node] = unit(direction);
+    }
+}
+
+WarpNode WarpSampler::nodeAt(const P2& picture, P3& direction) const {
+    SeenPlace seen;
+    m_sight.see({&picture, 1}, {&seen, 1});
+    WarpNode node = nodeOf(m_input.place(picture, seen), WarpNode::State::MAPPED);
+    if (!node.isUsable()) {
+        seen = seen.isSeen ? seen : m_sight.continued(picture);
+        node = nodeOf(m_input.placeBeyond(picture, seen), WarpNode::State::CONTINUED);
+    }
+    direction = node.isUsable() ? unit(seen.direction) : P3();
+    return node;
+}
+
+}  // namespace Veltrani::DisplayExport

@@ -1,0 +1,229 @@
+#include "ExportFiles/ViewExport.h"
+
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/ProjectorConfig.h"
+#include "DisplayExport/ChannelSight.h"
+#include "DisplayReport/basics/ChannelPalette.h"
+#include "DisplayReport/basics/JsonText.h"
+#include "DisplayReport/basics/NumberText.h"
+#include "DisplayReport/basics/ReportHead.h"
+#include "ExportFiles/TestPicture.h"
+#include "ExportFiles/ViewJson.h"
+#include "ExportFiles/WarpedContent.h"
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <utility>
+
+namespace Veltrani::ExportFiles {
+
+namespace {
+
+using DisplayExport::ChannelSight;
+using DisplayExport::ChannelWarp;
+using DisplayExport::ContentInput;
+using DisplayExport::WarpNode;
+using DisplayExport::WarpRequest;
+using DisplayReport::jsonList;
+using DisplayReport::JsonObject;
+
+/// Letters and digits of ASCII; everything else is an underscore, and of many only the first.
+std::string plainName(const std::string& name) {
+    constexpr std::size_t LONGEST = 40;
+    std::string plain;
+    for (const char c : name) {
+        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+        if (isPlain) {
+            plain += c;
+        } else if (!plain.empty() && plain.back() != '_') {
+            plain += '_';
+        }
+    }
+    plain = plain.substr(0, LONGEST);
+    return plain.ends_with('_') ? plain.substr(0, plain.size() - 1) : plain;
+}
+
+/// The files of one view, one after the other.
+class ViewFiles {
+public:
+    ViewFiles(std::string folder, std::string stem) : m_folder(std::move(folder)), m_stem(std::move(stem)) {}
+
+    void write(const std::string& kind, const std::string& ending, const std::function<void(std::ostream&)>& writer) {
+        const std::string name = m_stem + '.' + ending;
+        const std::string path = m_folder + '/' + name;
+        std::ofstream out(path, std::ios::binary | std::ios::trunc);
+        if (out) {
+            writer(out);
+        }
+        out.close();
+        if (!out) {
+            throw VeltraniException(fromUtf8OrBytes(name + " cannot be written: is there room on the disk?"));
+        }
+        m_files.push_back(JsonObject()
+                              .add("name", name)
+                              .add("kind", kind)
+                              .add("sha256", DisplayReport::ReportHead::source(path).sha256)
+                              .text());
+    }
+
+    [[nodiscard]] std::string json() const {
+        return jsonList(m_files, [](const std::string& file) { return file; });
+    }
+
+private:
+    std::string m_folder;
+    std::string m_stem;
+    std::vector<std::string> m_files;
+};
+
+bool contains(const std::vector<WarpFormat>& formats, WarpFormat format) {
+    return std::find(formats.begin(), formats.end(), format) != formats.end();
+}
+
+bool hasSome(const std::vector<WarpFormat>& formats, bool ofNodes) {
+    return std::any_of(formats.begin(), formats.end(),
+                       [ofNodes](WarpFormat format) { return isOfNodes(format) == ofNodes; });
+}
+
+std::string sizeOf(const ChannelWarp& warp) {
+    return std::to_string(warp.columns()) + " x " + std::to_string(warp.rows());
+}
+
+std::string countText(std::size_t count, const std::string& what) {
+    return count == 0 ? "" : ", " + std::to_string(count) + ' ' + what;
+}
+
+/// One view on its way into its files.
+class ViewWork {
+public:
+    ViewWork(const XMLConfigManager& config, const ExportRequest& request, const ExportView& view,
+             const std::string& folder)
+        : m_request(request),
+          m_view(view),
+          m_sight(config, view.channel, view.eye),
+          m_input(config, m_sight, request.input),
+          m_strip{m_input.faces(), m_input.wrapsAround()},
+          m_files(folder, view.stem()) {}
+
+    ViewRecord work(const DisplayReport::Progress& progress) {
+        std::string nodes = "null";
+        std::string pixels = "null";
+        if (hasSome(m_request.formats, true)) {
+            nodes = writeWarps(nodesAs(), progress);
+        }
+        if (hasSome(m_request.formats, false)) {
+            pixels = writeWarps(pixelsAs(), progress);
+        }
+        if (m_request.hasTestPictures && m_view.eyeNumber == 1) {
+            m_files.write("test picture", "test.png", [this](std::ostream& out) { testPicture().write(out); });
+        }
+        return {JsonObject()
+                    .addJson("channel", channelJson())
+                    .addJson("eye", jsonOfPoint(m_sight.eye()))
+                    .add("eyeNumber", m_view.eyeNumber)
+                    .add("seenInMirror", m_sight.isInMirror())
+                    .addJson("input", jsonOf(m_input, m_request.convention))
+                    .addJson("nodes", nodes)
+                    .addJson("pixels", pixels)
+                    .addJson("files", m_files.json())
+                    .text(),
+                m_view.channel.describe() +
+                    (m_view.eyes > 1 ? ", eye " + std::to_string(m_view.eyeNumber) : std::string()) + ": " + m_summary};
+    }
+
+private:
+    [[nodiscard]] WarpRequest nodesAs() const {
+        WarpRequest warp;
+        warp.places = m_request.nodes ? WarpRequest::Places::NODES : WarpRequest::Places::AUTO;
+        warp.nodes = m_request.nodes.value_or(Point<int, 2>());
+        warp.error = m_request.error;
+        warp.seam = m_request.seam;
+        return warp;
+    }
+
+    [[nodiscard]] WarpRequest pixelsAs() const {
+        WarpRequest warp;
+        warp.places = WarpRequest::Places::PIXELS;
+        warp.withPoints = contains(m_request.formats, WarpFormat::PFM_3D);
+        return warp;
+    }
+
+    /// Every format of these places, and the content unless nodes show it.
+    /// @return what the manifest states of them
+    std::string writeWarps(WarpRequest places, const DisplayReport::Progress& progress) {
+        places.progress = progress;
+        const ChannelWarp warp = ChannelWarp::of(m_sight, m_input, places);
+        std::size_t broken = 0;
+        for (const WarpFormat format : m_request.formats) {
+            if (isOfNodes(format) == warp.reachesCorners()) {
+                m_files.write(nameOf(format), endingOf(format), [&](std::ostream& out) {
+                    broken = std::max(broken, writeWarp(format, warp, m_strip, out));
+                });
+            }
+        }
+        const bool isShown = warp.reachesCorners() || !hasSome(m_request.formats, true);
+        if (m_request.content != nullptr && isShown) {
+            m_files.write("content", "content.png",
+                          [&](std::ostream& out) { warpedContent(warp, m_strip, *m_request.content).write(out); });
+        }
+        summarise(warp, broken);
+        return jsonOf(warp, broken);
+    }
+
+    void summarise(const ChannelWarp& warp, std::size_t broken) {
+        m_summary += (m_summary.empty() ? "" : "; ") + sizeOf(warp) + (warp.reachesCorners() ? " nodes" : " pixels") +
+                     countText(warp.count(WarpNode::State::UNMAPPED), "not mapped") +
+                     countText(broken, "cells left out of the mesh") +
+                     countText(warp.leftOutAtPoles(), "left out at a pole") +
+                     (warp.error().places > 0
+                          ? ", within " + DisplayReport::significantText(warp.error().largest) + " pixels of the input"
+                          : std::string());
+    }
+
+    [[nodiscard]] TestPicture testPicture() const {
+        const ProjectorConfig& projector = *m_view.channel.projector;
+        return {m_view.channel.index + 1,
+                toUtf8(projector.getName()),
+                toUtf8(projector.getIdentity()),
+                m_view.channel.pictureSize(),
+                DisplayReport::channelColour(m_view.channel.index),
+                m_view.targets};
+    }
+
+    [[nodiscard]] std::string channelJson() const {
+        const ProjectorConfig& projector = *m_view.channel.projector;
+        return JsonObject()
+            .add("number", m_view.channel.index + 1)
+            .add("name", toUtf8(projector.getName()))
+            .add("projector", toUtf8(projector.getIdentity()))
+            .addJson("pixels", jsonOfPoint(m_view.channel.pictureSize()))
+            .text();
+    }
+
+    const ExportRequest& m_request;
+    const ExportView& m_view;
+    ChannelSight m_sight;
+    ContentInput m_input;
+    ContentStrip m_strip;
+    ViewFiles m_files;
+    std::string m_summary;
+};
+
+}  // namespace
+
+std::string ExportView::stem() const {
+    constexpr std::size_t TWO_DIGITS = 10;
+    const std::size_t number = channel.index + 1;
+    const std::string name = plainName(toUtf8(channel.projector->getName()));
+    return (number < TWO_DIGITS ? "0" : "") + std::to_string(number) + (name.empty() ? "" : "-" + name) +
+           (eyes > 1 ? "-eye" + std::to_string(eyeNumber) : std::string());
+}
+
+ViewRecord ViewExport::write(const ExportView& view, const std::string& folder,
+                             const DisplayReport::Progress& progress) const {
+    return ViewWork(m_config, m_request, view, folder).work(progress);
+}
+
+}  // namespace Veltrani::ExportFiles

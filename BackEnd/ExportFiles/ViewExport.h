@@ -1,0 +1,68 @@
+#pragma once
+
+#include "DisplayExport/ChannelWarp.h"
+#include "DisplayExport/ContentInput.h"
+#include "DisplayExport/RenderFrustum.h"
+#include "DisplayReport/channels/ChannelChoice.h"
+#include "DisplayReport/targets/TargetSurvey.h"
+#include "ExportFiles/ContentPicture.h"
+#include "ExportFiles/WarpFile.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class XMLConfigManager;
+
+namespace Veltrani::ExportFiles {
+
+/// What is exported of every channel.
+struct ExportRequest {
+    DisplayExport::InputChoice input;
+    DisplayExport::RenderConvention convention;
+    std::vector<WarpFormat> formats{WarpFormat::MESH};  ///< each once
+    std::optional<Point<int, 2>> nodes;                 ///< columns and rows; none: the fewest that keep the error
+    double error = 0.25;                                ///< pixels of the input
+    DisplayExport::Seam seam = DisplayExport::Seam::CONTINUE;
+    bool hasTestPictures = false;
+    std::shared_ptr<const ContentPicture> content;  ///< null: none
+};
+
+/// One channel, as it is seen by one eye.
+struct ExportView {
+    DisplayReport::ChannelChoice channel;
+    std::optional<Point<double, 3>> eye;         ///< world frame, native units; none: the eye of the channel
+    std::size_t eyeNumber = 1;                   ///< from 1
+    std::size_t eyes = 1;                        ///< of this display
+    std::vector<Point<double, 2>> targets = {};  ///< in the picture, of test pictures
+
+    /// What the names of its files begin with: "02-Lower_left", "02-Lower_left-eye1". ASCII; the number keeps the names
+    /// of channels apart.
+    [[nodiscard]] std::string stem() const;
+};
+
+/// What an export has written of one view.
+struct ViewRecord {
+    std::string json;     ///< member of `views` of the manifest
+    std::string summary;  ///< for people: "97 x 61 nodes, ..."
+};
+
+/// Writes the files of one view.
+class ViewExport {
+public:
+    /// @param config, request must outlive this
+    ViewExport(XMLConfigManager& config, const ExportRequest& request) : m_config(config), m_request(request) {}
+
+    /// Build the screen first. Throws `VeltraniException`, naming the channel or the file, when it cannot be exported.
+    /// @param folder that exists
+    [[nodiscard]] ViewRecord write(const ExportView& view, const std::string& folder,
+                                   const DisplayReport::Progress& progress) const;
+
+private:
+    XMLConfigManager& m_config;
+    const ExportRequest& m_request;
+};
+
+}  // namespace Veltrani::ExportFiles

@@ -1,0 +1,289 @@
+#include "ProgramRun.h"
+#include "ReadmeText.h"
+#include "support/PngImage.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestPaths.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <thread>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+const std::string EXAMPLES = sourceFolder() + "/examples/";
+const std::string WALL = EXAMPLES + "planar-wall/display.xml";
+const std::string DOME = EXAMPLES + "spherical-dome/display.xml";
+
+class ExportCommand : public testing::Test {
+protected:
+    [[nodiscard]] ProgramRun exported(const std::string& file, std::vector<std::string> more = {}) const {
+        std::vector<std::string> arguments{"export", file, "--output", m_output, "--nodes", "9x7"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runScreenManager(arguments);
+    }
+
+    [[nodiscard]] Json manifest() const { return Json::parse(m_folder.read("player/manifest.json")); }
+
+    /// The files of a folder with their contents.
+    [[nodiscard]] static std::map<std::string, std::string> filesIn(const std::string& folder) {
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            std::ifstream in(entry.path(), std::ios::binary);
+            files[entry.path().filename().string()] = {std::istreambuf_iterator<char>(in), {}};
+        }
+        return files;
+    }
+
+    [[nodiscard]] std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (const auto& entry : fs::directory_iterator(m_folder.path())) {
+            found.insert(entry.path().filename().string());
+        }
+        return found;
+    }
+
+    /// Starts an export that takes long, and waits until it is being written.
+    void expectWholeAfter(int signal) const {
+        RunningProgram program(programFile(), {"export", DOME, "--output", m_output, "--force", "--format", "mesh",
+                                               "--nodes", "1500x1500", "--quiet"});
+        const auto isWriting = [this] {
+            const std::set<std::string> found = names();
+            return std::any_of(found.begin(), found.end(),
+                               [](const std::string& name) { return name.starts_with(".player.export-"); });
+        };
+        while (!isWriting() && program.isRunning()) {
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ASSERT_TRUE(program.isRunning()) << "it was faster than the test, or failed";
+        program.send(signal);
+        EXPECT_EQ(program.finish().signal, signal);
+    }
+
+    const TemporaryFolder m_folder;
+    const std::string m_output = m_folder.file("player");
+};
+
+TEST_F(ExportCommand, WritesAFolderThatItsManifestDescribes) {
+    const ProgramRun run = exported(DOME, {"--format", "mesh", "--format", "obj", "--format", "png16"});
+    ASSERT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(run.output, "");
+    const Json document = manifest();
+    std::set<std::string> described{"manifest.json"};
+    for (const Json& view : document["views"]) {
+        for (const Json& file : view["files"]) {
+            const std::string name = file["name"];
+            described.insert(name);
+            EXPECT_EQ(file["sha256"], runProgram("/usr/bin/sha256sum", {m_output + '/' + name}).output.substr(0, 64));
+        }
+    }
+    std::set<std::string> found;
+    for (const auto& [name, content] : filesIn(m_output)) {
+        found.insert(name);
+    }
+    EXPECT_EQ(found, described);
+    EXPECT_EQ(document["files"][0]["sha256"], runProgram("/usr/bin/sha256sum", {DOME}).output.substr(0, 64));
+}
+
+TEST_F(ExportCommand, TheManifestFitsItsSchemaForEveryInput) {
+    const auto expectValid = [this](const std::string& file, std::vector<std::string> options) {
+        options.insert(options.end(), {"--force", "--quiet"});
+        fs::create_directories(m_output);
+        const ProgramRun run = exported(file, options);
+        ASSERT_EQ(run.exitCode, 0) << file << options[1] << run.errors;
+        const ProgramRun validator =
+            runProgram("/usr/bin/python3", {"-W", "ignore", "-m", "jsonschema", "-i", m_output + "/manifest.json",
+                                            sourceFolder() + "/docs/schemas/export.schema.json"});
+        EXPECT_EQ(validator.exitCode, 0) << file << validator.output << validator.errors;
+        EXPECT_EQ(manifest()["views"][0]["input"]["kind"], options[1]);
+    };
+    for (const char* input : {"frustum", "fisheye", "equirectangular", "cube"}) {
+        expectValid(DOME, {"--input", input, "--format", "obj", "--format", "pfm3d", "--eye", "0,0,1", "--eye",
+                           "0.1,0,1", "--channel", "Left"});
+        expectValid(WALL, {"--input", input, "--size", "512x256"});
+    }
+    expectValid(WALL, {"--input", "layout", "--convention", "direct3d", "--world", "y-up", "--handed", "left"});
+    expectValid(WALL, {"--input", "screen", "--convention", "reversed-z", "--near", "0.5", "--far", "90"});
+}
+
+TEST_F(ExportCommand, AsManyProcessesAsWantedWriteTheSame) {
+    ASSERT_EQ(exported(WALL, {"--jobs", "1", "--format", "pfm", "--quiet"}).exitCode, 0);
+    const auto alone = filesIn(m_output);
+    ASSERT_EQ(exported(WALL, {"--jobs", "3", "--format", "pfm", "--quiet", "--force"}).exitCode, 0);
+    EXPECT_EQ(filesIn(m_output), alone);
+    EXPECT_EQ(alone.size(), 7U) << "six channels and the manifest";
+}
+
+TEST_F(ExportCommand, TakesTheChannelsAndEyesThatAreNamed) {
+    ASSERT_EQ(exported(DOME, {"--channel", "Right", "--channel", "Left", "--channel", "Left", "--eye", "0,0,1", "--eye",
+                              "0.06,0,1"})
+                  .exitCode,
+              0);
+    std::vector<std::string> views;
+    const Json document = manifest();
+    for (const Json& view : document["views"]) {
+        views.push_back(view["channel"]["name"].get<std::string>() + view["eye"].dump());
+    }
+    EXPECT_THAT(views, ElementsAre("Left[0,0,1]", "Left[0.06,0,1]", "Right[0,0,1]", "Right[0.06,0,1]"));
+}
+
+TEST_F(ExportCommand, TheEarlierExportIsReplacedWithForceAlone) {
+    ASSERT_EQ(exported(WALL).exitCode, 0);
+    const auto before = filesIn(m_output);
+    const ProgramRun refused = exported(WALL, {"--format", "obj"});
+    EXPECT_EQ(refused.exitCode, 4);
+    EXPECT_THAT(refused.errors, HasSubstr("exists: name a new folder with --output, or replace an earlier export with "
+                                          "--force"));
+    EXPECT_EQ(filesIn(m_output), before);
+    EXPECT_EQ(exported(WALL, {"--format", "obj", "--force"}).exitCode, 0);
+    EXPECT_EQ(filesIn(m_output).count("01-Upper_left.obj"), 1U);
+    EXPECT_EQ(filesIn(m_output).count("01-Upper_left.mesh"), 0U);
+    m_folder.write("player/notes.txt", "mine");
+    EXPECT_EQ(exported(WALL, {"--force"}).exitCode, 4);
+    EXPECT_EQ(m_folder.read("player/notes.txt"), "mine");
+    EXPECT_THAT(names(), ElementsAre("player"));
+}
+
+TEST_F(ExportCommand, WhatCannotBeExportedLeavesNothing) {
+    EXPECT_EQ(exported(EXAMPLES + "empty-wall/display.xml").exitCode, 1);
+    EXPECT_EQ(exported(WALL, {"--channel", "Nowhere"}).exitCode, 2);
+    EXPECT_EQ(exported(m_folder.file("gone.xml")).exitCode, 3);
+    EXPECT_EQ(exported(WALL, {"--content", m_folder.file("gone.png")}).exitCode, 3);
+    EXPECT_EQ(exported(DOME, {"--input", "layout"}).exitCode, 3);
+    EXPECT_THAT(names(), IsEmpty());
+    EXPECT_EQ(runScreenManager({"export", WALL, "--output", m_folder.file("no/such/folder")}).exitCode, 4);
+}
+
+TEST_F(ExportCommand, AFrustumThatIsTooWideIsRefusedWithTheChannelAndTheRemedy) {
+    const ProgramRun run = exported(DOME, {"--axis", "0,-1,0"});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_THAT(run.errors, HasSubstr("channel Left (020000000501)"));
+    EXPECT_THAT(run.errors, HasSubstr("fisheye"));
+    EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(ExportCommand, OptionsThatDoNotGoTogetherAreRefused) {
+    for (const auto& [options, message] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+             {{"--aperture", "200"}, "--aperture: needs --input fisheye"},
+             {{"--centre", "90,0"}, "--centre: needs --input equirectangular"},
+             {{"--input", "layout", "--axis", "0,0,1"}, "--axis: needs --input frustum or fisheye or cube"},
+             {{"--input", "fisheye", "--axis", "0,0"}, "\"0,0\" is not X,Y,Z"},
+             {{"--input", "fisheye", "--axis", "0,0,0"}, "points nowhere"},
+             {{"--input", "fisheye", "--aperture", "361"}, "is not above 0 to 360"},
+             {{"--input", "equirectangular", "--wrap"}, "choose --format obj"},
+             {{"--input", "equirectangular", "--centre", "0,91"}, "is not from -90 to 90"},
+             {{"--eye", "0,0,nan"}, "is not X,Y,Z"},
+             {{"--near", "10", "--far", "5"}, "the near plane lies before the far plane"},
+             {{"--format", "png"}, "png"},
+             {{"--jobs", "0"}, "--jobs"}}) {
+        const ProgramRun run = exported(WALL, options);
+        EXPECT_EQ(run.exitCode, 2) << options.front();
+        EXPECT_THAT(run.errors, HasSubstr(message));
+    }
+    EXPECT_EQ(runScreenManager({"export", WALL}).exitCode, 2) << "without an output";
+    EXPECT_THAT(runScreenManager({"export", WALL, "-o", m_output, "--nodes", "1x5"}).errors,
+                HasSubstr("is not auto or COLUMNSxROWS"));
+    EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(ExportCommand, AKilledRunLeavesTheOldFolderAndTheNextOneTidiesUp) {
+    ASSERT_EQ(exported(DOME, {"--quiet"}).exitCode, 0);
+    const auto before = filesIn(m_output);
+    expectWholeAfter(SIGKILL);
+    EXPECT_EQ(filesIn(m_output), before);
+    EXPECT_EQ(names().size(), 2U) << "the half of a folder that a killed run leaves";
+    // The children end with their parent, at once but not before it.
+    for (int i = 0; i < 1000 && names().size() > 1; ++i) {
+        ASSERT_EQ(exported(DOME, {"--quiet", "--force"}).exitCode, 0);
+    }
+    EXPECT_THAT(names(), ElementsAre("player"));
+    EXPECT_EQ(filesIn(m_output), before);
+}
+
+TEST_F(ExportCommand, AnEndedRunLeavesNothing) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        fs::create_directories(m_output);
+        expectWholeAfter(signal);
+        EXPECT_THAT(names(), ElementsAre("player"));
+        EXPECT_THAT(filesIn(m_output), IsEmpty());
+    }
+}
+
+TEST_F(ExportCommand, ShowsTestPicturesAndContentOfTheSizeOfTheChannels) {
+    const std::string content = m_folder.file("content.png");
+    ASSERT_EQ(runScreenManager({"picture", DOME, "--size", "400x300", "-q", "-o", content}).exitCode, 0);
+    ASSERT_EQ(exported(DOME, {"--test-pictures", "--content", content, "--channel", "Left", "--quiet"}).exitCode, 0);
+    for (const char* name : {"player/01-Left.test.png", "player/01-Left.content.png"}) {
+        const PngImage image = PngImage::read(m_folder.read(name));
+        EXPECT_EQ(image.width, 1920U);
+        EXPECT_EQ(image.height, 1200U);
+    }
+    std::vector<std::string> sources;
+    const Json document = manifest();
+    for (const Json& file : document["files"]) {
+        sources.push_back(file["name"]);
+    }
+    EXPECT_THAT(sources, Contains(content));
+}
+
+// The numbers of the manifest and of the maps, worked out once more in another language.
+TEST_F(ExportCommand, APointSeenThroughTheMatricesLandsWhereTheWarpSays) {
+    std::string dome = readme::text("examples/spherical-dome/display.xml");
+    dome = readme::replaced(readme::replaced(dome, "width=\"1920\"", "width=\"250\""), "height=\"1200\"",
+                            "height=\"160\"");
+    const std::string small = m_folder.write("small.xml", dome);
+    for (const char* convention : {"opengl", "direct3d", "reversed-z"}) {
+        for (const char* world : {"z-up", "y-up"}) {
+            for (const char* handed : {"right", "left"}) {
+                ASSERT_EQ(exported(small, {"--convention", convention, "--world",   world,      "--handed",
+                                           handed,         "--format", "pfm",       "--format", "pfm3d",
+                                           "--format",     "png16",    "--channel", "Right",    "--near",
+                                           "0.25",         "--far",    "40",        "--force",  "--quiet"})
+                              .exitCode,
+                          0);
+                const ProgramRun run =
+                    runProgram("/usr/bin/python3", {sourceFolder() + "/tests/Apps/export_frusta.py", m_output});
+                EXPECT_EQ(run.exitCode, 0) << convention << world << handed << run.output << run.errors;
+                EXPECT_THAT(run.output, HasSubstr("places"));
+            }
+        }
+    }
+}
+
+// As a player does it, in another language: what lies between the nodes is what the pixels show.
+TEST_F(ExportCommand, WhatLiesBetweenTheNodesIsWithinTheError) {
+    const auto expectWithin = [this](const std::string& example, std::vector<std::string> options) {
+        options.insert(options.begin(), {"export", EXAMPLES + example + "/display.xml", "--output", m_output, "--force",
+                                         "--quiet", "--format", "obj", "--format", "mesh", "--format", "pfm"});
+        const ProgramRun run = runScreenManager(options);
+        ASSERT_EQ(run.exitCode, 0) << example << run.errors;
+        const ProgramRun seen =
+            runProgram("/usr/bin/python3", {sourceFolder() + "/tests/Apps/export_warps.py", m_output});
+        EXPECT_EQ(seen.exitCode, 0) << testing::PrintToString(options) << seen.output << seen.errors;
+    };
+    expectWithin("spherical-dome", {"--channel", "Top"});
+    expectWithin("spherical-dome", {"--channel", "Left", "--input", "fisheye", "--axis", "0,0,1"});
+    expectWithin("closed-cylinder", {"--channel", "Channel 1", "--input", "equirectangular", "--centre", "180,0"});
+    expectWithin("lens-cylinder", {"--channel", "Centre"});
+    expectWithin("warped-wall", {"--channel", "Left", "--input", "screen"});
+    expectWithin("collimated", {"--channel", "Centre", "--input", "equirectangular"});
+    expectWithin("planar-wall", {"--channel", "Upper left", "--eye", "1,0.5,1.7"});
+}
+
+}  // namespace

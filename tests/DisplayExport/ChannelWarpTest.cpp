@@ -1,0 +1,208 @@
+#include "DisplayExport/ChannelWarp.h"
+
+#include "Common/VeltraniException.h"
+#include "DisplayExport/ChannelSight.h"
+#include "DisplayExport/ContentInput.h"
+#include "ExportDisplays.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+using namespace Veltrani::DisplayExport;
+using State = WarpNode::State;
+
+double areaOf(const WarpPiece& piece) {
+    const auto& [a, b, c] = piece.corners;
+    return ((b.picture[0] - a.picture[0]) * (c.picture[1] - a.picture[1]) -
+            (b.picture[1] - a.picture[1]) * (c.picture[0] - a.picture[0])) /
+           2;
+}
+
+class ChannelWarpTest : public ExportDisplayTest {
+protected:
+    [[nodiscard]] ChannelWarp warpOf(std::size_t channel, const InputChoice& choice, const WarpRequest& request) const {
+        const ChannelSight sight(config(), channels()[channel]);
+        return ChannelWarp::of(sight, ContentInput(config(), sight, choice), request);
+    }
+
+    static double sumOfAreas(const ChannelWarp& warp) {
+        double sum = 0;
+        warp.forEachPiece([&sum](const WarpPiece& piece) {
+            EXPECT_GT(areaOf(piece), 0);
+            sum += areaOf(piece);
+        });
+        return sum;
+    }
+};
+
+/// A wall that is seen squarely needs no node but its corners; from the side it needs more.
+TEST_F(ChannelWarpTest, NeedsFourNodesForAWall) {
+    loadAny("planar-wall");
+    EXPECT_GT(warpOf(0, {}, {}).nodes().size(), 100U);
+    const ChannelWarp warp = warpOf(0, {.direction = P3{0.0, 1.0, 0.0}}, {});
+    EXPECT_EQ(warp.columns(), 2U);
+    EXPECT_EQ(warp.rows(), 2U);
+    EXPECT_LT(warp.error().largest, 1e-6);
+    EXPECT_GT(warp.error().places, 0U);
+    EXPECT_NEAR(sumOfAreas(warp), 1, 1e-12);
+    EXPECT_EQ(warp.pixels(), (Point<int, 2>{1920, 1200}));
+}
+
+TEST_F(ChannelWarpTest, HasNodesFromCornerToCornerAndPixelsInTheirMiddles) {
+    loadAny("stereo-wall");
+    const ChannelWarp nodes =
+        warpOf(0, {}, {.places = WarpRequest::Places::NODES, .nodes = {5, 3}, .withPoints = true});
+    EXPECT_EQ(nodes.pictureOf(0, 0), (P2{0.0, 0.0}));
+    EXPECT_EQ(nodes.pictureOf(4, 2), (P2{1.0, 1.0}));
+    EXPECT_EQ(nodes.pictureOf(1, 1), (P2{0.25, 0.5}));
+    EXPECT_EQ(nodes.points().size(), 15U);
+    EXPECT_TRUE(nodes.reachesCorners());
+    const ChannelWarp pixels = warpOf(0, {}, {.places = WarpRequest::Places::PIXELS});
+    EXPECT_FALSE(pixels.reachesCorners());
+    EXPECT_EQ(pixels.columns(), 1920U);
+    EXPECT_EQ(pixels.rows(), 1200U);
+    EXPECT_EQ(pixels.pictureOf(0, 0), (P2{0.5 / 1920, 0.5 / 1200}));
+    EXPECT_EQ(pixels.error().places, 0U);
+    EXPECT_TRUE(pixels.points().empty());
+}
+
+/// The middle of every node is where the light of its place arrives on the wall, two metres wide at y = 3.
+TEST_F(ChannelWarpTest, KeepsThePointsOnTheScreen) {
+    loadAny("stereo-wall");
+    const ChannelWarp warp = warpOf(0, {}, {.places = WarpRequest::Places::NODES, .nodes = {3, 3}, .withPoints = true});
+    EXPECT_EQ(warp.at(1, 1).state, State::MAPPED);
+    EXPECT_LT(norm(warp.points()[4] - P3{-0.2, 3.0, 1.3}), 1e-12);
+}
+
+/// No grid of fewer nodes keeps the error, tried one by one.
+TEST_F(ChannelWarpTest, FindsTheFewestNodes) {
+    loadAny("inset");
+    constexpr double ERROR = 2;
+    const ChannelWarp warp = warpOf(1, {}, {.error = ERROR});
+    const auto count = warp.columns() * warp.rows();
+    EXPECT_LE(warp.error().largest, ERROR);
+    EXPECT_GT(count, 4U);
+    // It keeps a little less than what is allowed: compare with what it aims at.
+    for (int columns = 2; columns < 40; ++columns) {
+        for (int rows = 2; static_cast<std::size_t>(columns * rows) < count && rows < 40; ++rows) {
+            const ChannelWarp other =
+                warpOf(1, {}, {.places = WarpRequest::Places::NODES, .nodes = {columns, rows}, .error = ERROR});
+            EXPECT_GT(other.error().largest, 0.85 * ERROR) << columns << " x " << rows;
+        }
+    }
+}
+
+/// Light beside the screen: the nodes next to what is lit go on, so that no lit place is without a cell.
+TEST_F(ChannelWarpTest, GoesOnBesideWhatIsLit) {
+    loadAny("inset");
+    const ChannelWarp warp = warpOf(0, {}, {});
+    EXPECT_GT(warp.count(State::CONTINUED), 0U);
+    EXPECT_GT(warp.count(State::UNMAPPED), 0U);
+    EXPECT_GT(warp.count(State::MAPPED), 0U);
+    EXPECT_EQ(warp.count(State::CONTINUED) + warp.count(State::UNMAPPED) + warp.count(State::MAPPED),
+              warp.nodes().size());
+    EXPECT_EQ(warp.error().leftOut, 0U);
+    const ChannelWarp pixels = warpOf(0, {}, {.places = WarpRequest::Places::PIXELS});
+    EXPECT_GT(pixels.count(State::CONTINUED), 1000U);
+}
+
+/// The channel of a round display that looks backwards lies over the seam.
+TEST_F(ChannelWarpTest, GoesOnOverTheSeamOrIsCutThere) {
+    loadAny("round");
+    const InputChoice panorama{.kind = InputKind::EQUIRECTANGULAR};
+    const ChannelWarp whole = warpOf(2, panorama, {});
+    const auto beyond = [](const ChannelWarp& warp) {
+        return std::count_if(warp.nodes().begin(), warp.nodes().end(), [](const WarpNode& node) {
+            return node.isUsable() && (node.content[0] < 0 || node.content[0] > 1);
+        });
+    };
+    EXPECT_GT(beyond(whole), 0);
+    EXPECT_EQ(whole.brokenAtSeams(), 0U);
+    std::size_t broken = 7;
+    EXPECT_EQ(whole.gridNodes(broken).size(), whole.nodes().size());
+    EXPECT_EQ(broken, 0U);
+    const double area = sumOfAreas(whole);
+
+    const ChannelWarp cut = warpOf(2, panorama,
+                                   {.places = WarpRequest::Places::NODES,
+                                    .nodes = {static_cast<int>(whole.columns()), static_cast<int>(whole.rows())},
+                                    .seam = Seam::CUT});
+    EXPECT_EQ(beyond(cut), 0);
+    EXPECT_GT(cut.brokenAtSeams(), 0U);
+    EXPECT_NEAR(sumOfAreas(cut), area, 1e-9);
+    cut.forEachPiece([](const WarpPiece& piece) {
+        for (const WarpCorner& corner : piece.corners) {
+            EXPECT_GE(corner.content[0], 0);
+            EXPECT_LE(corner.content[0], 1);
+        }
+    });
+    EXPECT_EQ(cut.gridNodes(broken).size(), cut.nodes().size());
+    EXPECT_GE(broken, cut.brokenAtSeams());
+}
+
+/// A picture of the zenith goes around the pole: content cannot lie beside each other everywhere, yet nothing but the
+/// pole is left out.
+TEST_F(ChannelWarpTest, LeavesOutNothingButThePole) {
+    loadAny("planetarium");
+    const ChannelWarp warp = warpOf(0, {.kind = InputKind::EQUIRECTANGULAR}, {});
+    EXPECT_GT(warp.leftOutAtPoles(), 0U);
+    EXPECT_LE(warp.leftOutAtPoles(), 4U);
+    EXPECT_GT(warp.brokenAtSeams(), 0U);
+    EXPECT_LE(warp.error().largest, 0.25);
+    EXPECT_GT(warp.error().largestOfGrid, warp.error().largest);
+    const double area = sumOfAreas(warp);
+    EXPECT_LT(area, 1);
+    EXPECT_GT(area, 1 - 1e-5);
+    std::size_t broken = 0;
+    const auto nodes = warp.gridNodes(broken);
+    EXPECT_GT(broken, warp.brokenAtSeams());
+}
+
+TEST_F(ChannelWarpTest, CutsCellsAtTheEdgesOfACube) {
+    loadAny("planetarium");
+    const ChannelWarp warp = warpOf(1, {.kind = InputKind::CUBE}, {});
+    EXPECT_GT(warp.brokenAtSeams(), 0U);
+    std::vector<int> faces(6);
+    warp.forEachPiece([&faces](const WarpPiece& piece) {
+        ++faces[piece.face];
+        for (const WarpCorner& corner : piece.corners) {
+            for (std::size_t i = 0; i < 2; ++i) {
+                EXPECT_GE(corner.content[i], -1e-9);
+                EXPECT_LE(corner.content[i], 1 + 1e-9);
+            }
+        }
+    });
+    EXPECT_GT(faces[static_cast<std::size_t>(CubeFace::TOP)], 0);
+    EXPECT_GT(faces[static_cast<std::size_t>(CubeFace::FRONT)], 0);
+    EXPECT_NEAR(sumOfAreas(warp), 1, 1e-9);
+}
+
+TEST_F(ChannelWarpTest, RefusesWhatCannotBeMet) {
+    loadAny("stereo-wall");
+    EXPECT_THROW((void)warpOf(0, {}, {.places = WarpRequest::Places::NODES, .nodes = {1, 5}}), VeltraniException);
+    EXPECT_THROW((void)warpOf(0, {}, {.places = WarpRequest::Places::NODES, .nodes = {100'000, 100'000}}),
+                 VeltraniException);
+    EXPECT_THROW((void)warpOf(0, {}, {.error = 0}), VeltraniException);
+    EXPECT_THROW((void)warpOf(0, {}, {.error = std::nan("")}), VeltraniException);
+}
+
+TEST_F(ChannelWarpTest, ReportsItsProgress) {
+    loadAny("stereo-wall");
+    std::size_t last = 0;
+    std::size_t total = 0;
+    WarpRequest request{.places = WarpRequest::Places::NODES, .nodes = {20, 30}};
+    request.progress = [&](std::size_t done, std::size_t all) {
+        EXPECT_GE(done, last);
+        last = done;
+        total = all;
+    };
+    (void)warpOf(0, {}, request);
+    EXPECT_EQ(last, 30U);
+    EXPECT_EQ(total, 30U);
+}
+
+}  // namespace

@@ -1,0 +1,240 @@
+#include "DisplayExport/ChannelWarp.h"
+
+#include "DisplayExport/ChannelSight.h"
+#include "DisplayExport/ContentInput.h"
+#include "DisplayReport/maps/ScreenMapper.h"
+#include "ExportDisplays.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+#include <optional>
+#include <random>
+
+namespace {
+
+using namespace Veltrani::DisplayExport;
+using Veltrani::DisplayReport::ChannelChoice;
+using Veltrani::DisplayReport::ScreenMapper;
+using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
+
+constexpr double PI = std::numbers::pi;
+constexpr int PLACES = 100'000;  // of a display
+constexpr double ERROR = 0.25;   // pixels of the input
+
+/// A player that knows nothing but the triangles of a warp: finds the one around a place of the picture and
+/// interpolates in it.
+class Player {
+public:
+    explicit Player(const ChannelWarp& warp) : m_buckets(SIDE * SIDE) {
+        warp.forEachPiece([this](const WarpPiece& piece) {
+            P2 lower = piece.corners[0].picture;
+            P2 upper = lower;
+            for (const WarpCorner& corner : piece.corners) {
+                for (std::size_t i = 0; i < 2; ++i) {
+                    lower[i] = std::min(lower[i], corner.picture[i]);
+                    upper[i] = std::max(upper[i], corner.picture[i]);
+                }
+            }
+            for (std::size_t row = bucket(lower[1]); row <= bucket(upper[1]); ++row) {
+                for (std::size_t column = bucket(lower[0]); column <= bucket(upper[0]); ++column) {
+                    m_buckets[row * SIDE + column].push_back(m_pieces.size());
+                }
+            }
+            m_pieces.push_back(piece);
+        });
+    }
+
+    [[nodiscard]] std::optional<InputPlace> shownAt(const P2& place) const {
+        for (const std::size_t i : m_buckets[bucket(place[1]) * SIDE + bucket(place[0])]) {
+            const auto& [a, b, c] = m_pieces[i].corners;
+            const double area = cross2(b.picture - a.picture, c.picture - a.picture);
+            const double ofB = cross2(place - a.picture, c.picture - a.picture) / area;
+            const double ofC = cross2(b.picture - a.picture, place - a.picture) / area;
+            constexpr double EDGE = -1e-9;
+            if (ofB >= EDGE && ofC >= EDGE && 1 - ofB - ofC >= EDGE) {
+                return InputPlace{a.content + ofB * (b.content - a.content) + ofC * (c.content - a.content),
+                                  m_pieces[i].face};
+            }
+        }
+        return std::nullopt;
+    }
+
+    [[nodiscard]] const std::vector<WarpPiece>& pieces() const { return m_pieces; }
+
+private:
+    static constexpr std::size_t SIDE = 128;
+
+    static std::size_t bucket(double along) {
+        return static_cast<std::size_t>(std::clamp(along * SIDE, 0.0, SIDE - 1.0));
+    }
+    static double cross2(const P2& a, const P2& b) { return a[0] * b[1] - a[1] * b[0]; }
+
+    std::vector<WarpPiece> m_pieces;
+    std::vector<std::vector<std::size_t>> m_buckets;
+};
+
+double lengthOf(double x, double y, double z) {
+    return std::sqrt(x * x + y * y + z * z);
+}
+
+/// How far the content that is shown is from the one that belongs to a direction, in pixels; by the formulas of each
+/// input in the world's own axes, and for a frustum through the matrices of a file.
+double errorOf(const ContentInput& input, const InputPlace& shown, const P3& point, const P3& direction) {
+    const double width = input.pixels()[0];
+    const double height = input.pixels()[1];
+    const double x = direction[0];
+    const double y = direction[1];
+    const double z = direction[2];
+    switch (input.kind()) {
+        case InputKind::FRUSTUM: {
+            const Matrix<double, 4> view = input.frustum()->viewMatrix({});
+            const Matrix<double, 4> projection = input.frustum()->projectionMatrix({});
+            const Point<double, 4> clip = projection * (view * Point<double, 4>{point[0], point[1], point[2], 1.0});
+            return std::hypot(((clip[0] / clip[3] + 1) / 2 - shown.at[0]) * width,
+                              ((clip[1] / clip[3] + 1) / 2 - shown.at[1]) * height);
+        }
+        case InputKind::FISHEYE: {
+            // About +z, with -y at the bottom; right is -x to a viewer who looks up.
+            const double angle = std::acos(std::clamp(z / lengthOf(x, y, z), -1.0, 1.0));
+            const double part = angle / input.choice().aperture / std::max(std::hypot(x, y), 1e-300);
+            return std::hypot((0.5 - part * x - shown.at[0]) * width, (0.5 + part * y - shown.at[1]) * height);
+        }
+        case InputKind::EQUIRECTANGULAR: {
+            const double elevation = std::asin(std::clamp(z / lengthOf(x, y, z), -1.0, 1.0));
+            const double across = std::remainder(std::atan2(x, y) / (2 * PI) + 0.5 - shown.at[0], 1.0);
+            return std::hypot(across * width * std::cos(elevation), (elevation / PI + 0.5 - shown.at[1]) * height);
+        }
+        case InputKind::CUBE: {
+            // A place a little beyond the edge of the face that is shown is one of that face.
+            const std::array<P3, 6> seen{P3{-y, x, z},  P3{y, -x, z}, P3{x, y, z},
+                                         P3{-x, -y, z}, P3{x, z, -y}, P3{x, -z, y}};
+            const P3& on = seen[shown.face];
+            return std::hypot((on[0] / on[1] / 2 + 0.5 - shown.at[0]) * width,
+                              (on[2] / on[1] / 2 + 0.5 - shown.at[1]) * height);
+        }
+        case InputKind::LAYOUT:
+        case InputKind::SCREEN:
+            break;
+    }
+    return 1e9;
+}
+
+InputChoice choiceOf(InputKind kind) {
+    InputChoice choice;
+    choice.kind = kind;
+    if (kind == InputKind::FISHEYE) {
+        choice.direction = P3{0.0, 0.0, 1.0};
+        choice.aperture = 2 * PI;
+        choice.pixels = {4096, 4096};
+    }
+    return choice;
+}
+
+struct Case {
+    std::string display;
+    InputKind kind;
+    /// Pixels of the input. Larger than 0.25 where a surface has edges between which light jumps.
+    double error = ERROR;
+};
+
+class ExportedContent : public ExportDisplayTest, public testing::WithParamInterface<Case> {
+protected:
+    struct Result {
+        int lit = 0;
+        int notShown = 0;
+        double largest = 0;
+        std::size_t leftOut = 0;
+        std::size_t nodes = 0;
+    };
+
+    Result compare(const ChannelChoice& channel, const ContentInput& input, const ChannelSight& sight, Seam seam,
+                   std::mt19937& random, int places) {
+        const ChannelWarp warp = ChannelWarp::of(sight, input, {.error = GetParam().error, .seam = seam});
+        const Player player(warp);
+        ScreenMapper mapper(config(), channel);
+        Result result;
+        result.leftOut = warp.leftOutAtPoles();
+        result.nodes = warp.nodes().size();
+        EXPECT_LE(warp.error().largest, GetParam().error);
+        std::uniform_real_distribution<double> part(0, 1);
+        for (int i = 0; i < places; ++i) {
+            const P2 place{part(random), part(random)};
+            LayoutPoint arrival;
+            mapper.toLayout({&place, 1}, {&arrival, 1});
+            if (!arrival.isMapped) {
+                continue;
+            }
+            ++result.lit;
+            const auto shown = player.shownAt(place);
+            if (!shown) {
+                ++result.notShown;
+            } else {
+                result.largest =
+                    std::max(result.largest, errorOf(input, *shown, arrival.point, arrival.point - input.view().eye));
+            }
+        }
+        return result;
+    }
+};
+
+/// A place of the screen requests the content that belongs there, whatever feeds the display.
+TEST_P(ExportedContent, IsWhatBelongsToThePlaceOnTheScreen) {
+    loadAny(GetParam().display);
+    const auto all = channels();
+    std::mt19937 random(19);
+    int lit = 0;
+    int notShown = 0;
+    for (const ChannelChoice& channel : all) {
+        const ChannelSight sight(config(), channel);
+        const ContentInput input(config(), sight, choiceOf(GetParam().kind));
+        for (const Seam seam : {Seam::CONTINUE, Seam::CUT}) {
+            if (seam == Seam::CUT && !input.wrapsAround()) {
+                continue;
+            }
+            const Result result = compare(channel, input, sight, seam, random, PLACES / static_cast<int>(all.size()));
+            EXPECT_LE(result.largest, GetParam().error) << channel.describe() << ", " << result.nodes << " nodes";
+            lit += result.lit;
+            notShown += result.notShown;
+            // Around a pole, one part of a cell, or those that meet in the pole.
+            EXPECT_LE(result.leftOut, 4U) << channel.describe();
+            EXPECT_TRUE(result.notShown == 0 || result.leftOut > 0) << channel.describe() << ' ' << result.notShown;
+        }
+    }
+    EXPECT_GT(lit, PLACES / 10);
+    EXPECT_LE(notShown, lit / 1000);
+}
+
+INSTANTIATE_TEST_SUITE_P(Frusta, ExportedContent,
+                         testing::Values(Case{"planetarium", InputKind::FRUSTUM}, Case{"round", InputKind::FRUSTUM},
+                                         Case{"cave", InputKind::FRUSTUM}, Case{"stereo-wall", InputKind::FRUSTUM},
+                                         Case{"inset", InputKind::FRUSTUM}, Case{"planar-wall", InputKind::FRUSTUM},
+                                         Case{"curved-wall", InputKind::FRUSTUM}, Case{"cylinder", InputKind::FRUSTUM},
+                                         Case{"dome", InputKind::FRUSTUM}, Case{"spherical-dome", InputKind::FRUSTUM},
+                                         Case{"warped-wall", InputKind::FRUSTUM},
+                                         Case{"lens-cylinder", InputKind::FRUSTUM},
+                                         Case{"mesh-rays", InputKind::FRUSTUM}, Case{"cockpit", InputKind::FRUSTUM},
+                                         Case{"closed-cylinder", InputKind::FRUSTUM}),
+                         [](const auto& tested) {
+                             std::string name = tested.param.display;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+INSTANTIATE_TEST_SUITE_P(Panoramas, ExportedContent,
+                         testing::Values(Case{"planetarium", InputKind::FISHEYE},
+                                         Case{"planetarium", InputKind::EQUIRECTANGULAR},
+                                         Case{"planetarium", InputKind::CUBE},
+                                         Case{"round", InputKind::EQUIRECTANGULAR}, Case{"round", InputKind::CUBE},
+                                         Case{"closed-cylinder", InputKind::EQUIRECTANGULAR},
+                                         Case{"cave", InputKind::EQUIRECTANGULAR}, Case{"cave", InputKind::CUBE},
+                                         Case{"planar-wall", InputKind::FISHEYE}, Case{"dome", InputKind::FISHEYE}),
+                         [](const auto& tested) {
+                             std::string name = tested.param.display + "_" + nameOf(tested.param.kind);
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+}  // namespace
