@@ -272,7 +272,7 @@ KELVO_SCREEN_WIDE_VECTORS void FlatScreen::nearestHits(std::span<const Ray> rays
     const WideNumbers wall(*this);
     const std::size_t whole = m_valid ? rays.size() - rays.size() % WIDTH : 0;
     // Step by step for some rays each: the steps of one ray wait for each other, those of different rays do not.
-    std::array<WideCrossing, 8> crossings;
+    std::array<WideCrossing, 8> crossings;  // NOLINT(*-member-init): the steps fill it
     for (std::size_t first = 0; first < whole; first += WIDTH * crossings.size()) {
         const std::size_t count = std::min(crossings.size(), (whole - first) / WIDTH);
         for (std::size_t k = 0; k < count; ++k) {
