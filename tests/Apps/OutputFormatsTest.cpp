@@ -49,6 +49,7 @@ protected:
     std::vector<std::string> m_points{"map", m_file, "--channel", "P1", "--point", "0.5,0.25"};
     std::vector<std::string> m_grid{"map", m_file, "--channel", "P1", "--grid"};
     std::vector<std::string> m_coverage{"coverage", m_file};
+    std::vector<std::string> m_fit{"fit", m_file, "--points", m_folder.write("points.csv", "")};
     std::vector<std::string> m_picture{"picture", m_file, "--size", "300x200"};
 };
 
@@ -82,6 +83,7 @@ TEST_F(OutputFormatsTest, AFileThatIsNamedLikeNoFormatIsRefused) {
     expectRefused(m_points, "x.svg", "csv or json");
     expectRefused(m_coverage, "x.ply", "text or json");
     expectRefused({"view", m_file}, "x.png", "html: end its name in .html\n");
+    expectRefused(m_fit, "x.json", "xml: end its name in .xml\n");
 }
 
 /// The commands that `screenmanager --help` names.
@@ -101,11 +103,9 @@ std::vector<std::string> commandsOfTheHelp() {
 }
 
 TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNotKnow) {
-    const std::map<std::string, std::vector<std::string>> lines{{"targets", m_targets},
-                                                                {"map", m_points},
-                                                                {"coverage", m_coverage},
-                                                                {"view", {"view", m_file}},
-                                                                {"picture", m_picture}};
+    const std::map<std::string, std::vector<std::string>> lines{{"targets", m_targets},   {"map", m_points},
+                                                                {"coverage", m_coverage}, {"view", {"view", m_file}},
+                                                                {"picture", m_picture},   {"fit", m_fit}};
     std::size_t writing = 0;
     for (const std::string& command : commandsOfTheHelp()) {
         const std::string help = runScreenManager({command, "--help"}).output;
