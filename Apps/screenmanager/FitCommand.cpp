@@ -1,14 +1,9 @@
 #include "Command.h"
-#include "Common/Utf8.h"
-#include "Configuration/UnitConversionTable.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayFile.h"
-#include "DisplayFit/DisplayFitter.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "FailureReport.h"
-#include "FitSession/FitReport.h"
-#include "FitSession/FittedDisplay.h"
-#include "FitSession/MeasuredPointReader.h"
+#include "FitSession/FitWork.h"
 #include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
@@ -22,7 +17,6 @@
 namespace {
 
 using namespace Veltrani::FitSession;
-using Veltrani::DisplayFit::DisplayFitter;
 using Veltrani::DisplayFit::FitOptions;
 using Veltrani::DisplayFit::FitOutcome;
 using Veltrani::DisplayFit::SolvedGroups;
@@ -122,10 +116,7 @@ bool isMisused(const XMLConfigFile& config, const Options& options) {
 /// False when the table cannot be used, which has been reported then.
 bool readPoints(const XMLConfigFile& config, const Options& options, FitReport& report) {
     try {
-        report.measured = MeasuredPointReader(config, options.table).readFile(options.points);
-        if (options.registration) {
-            report.frames = FrameRegistration::apply(report.measured, *options.registration);
-        }
+        FitWork::get().read(config, options.table, options.registration, report);
     } catch (...) {
         reportFailure(options.points, std::current_exception());
         return false;
@@ -139,32 +130,25 @@ bool readPoints(const XMLConfigFile& config, const Options& options, FitReport& 
             "note: the control points are not used: state --register rigid if x, y, z are not in the frame of "
             "the display");
     }
-    report.combined = combineRepeated(report.measured.points);
     return true;
 }
 
-/// False when there was no fit at all, which has been reported then.
-bool fitPoints(const XMLConfigFile& config, const Options& options, FitOptions fit, FitReport& report) {
+/// None when there was no fit at all, which has been reported then.
+std::optional<FitOutcome> fitPoints(const XMLConfigFile& config, const FitOptions& fit, const Options& options,
+                                    FitReport& report) {
     try {
         ProgressMeter progress(options.isTalkative(), "fitting, channel");
-        report.result = DisplayFitter(std::move(fit), progress.callback()).fit(config, report.combined.points);
-        return true;
+        return FitWork::get().fit(config, fit, progress.callback(), report);
     } catch (...) {
         reportFailure(options.file, std::current_exception());
-        return false;
+        return std::nullopt;
     }
 }
 
 /// False when the new set of files cannot be written, which has been reported then; the old one is there.
 bool write(XMLConfigFile& config, const Options& options, FitReport& report) {
     try {
-        FittedDisplay fitted(config, options.output, options.file);
-        for (const auto& channel : report.result.channels) {
-            fitted.take(channel);
-        }
-        fitted.save();
-        report.written = fitted.path();
-        report.lensFiles = fitted.lensFiles();
+        FitWork::get().write(config, options.output, report);
         return true;
     } catch (...) {
         reportFailure(options.isInPlace ? options.file : options.output, std::current_exception());
@@ -173,13 +157,8 @@ bool write(XMLConfigFile& config, const Options& options, FitReport& report) {
 }
 
 bool printReport(const FitReport& report, const Options& options) {
-    return ResultFile::write(options.report, [&](std::ostream& out) {
-        if (options.format == "json") {
-            report.printJson(out);
-        } else {
-            report.printText(out);
-        }
-    });
+    return ResultFile::write(options.report,
+                             [&](std::ostream& out) { FitWork::get().print(report, options.format == "json", out); });
 }
 
 /// False when the file has several names, which has been reported then: found before anything is computed in vain.
@@ -216,11 +195,11 @@ int run(const Options& options) {
     if (!report.files.empty()) {
         report.files.push_back(ReportHead::source(options.points));
     }
-    if (!fitPoints(*config, options, std::move(fit), report)) {
+    const auto outcome = fitPoints(*config, fit, options, report);
+    if (!outcome) {
         return EXIT_INPUT;
     }
-    const FitOutcome outcome = report.result.outcome();
-    const bool isToBeWritten = outcome != FitOutcome::UNUSABLE || options.isForced;
+    const bool isToBeWritten = *outcome != FitOutcome::UNUSABLE || options.isForced;
     const bool isWritten = !isToBeWritten || write(*config, options, report);
     if (!printReport(report, options) || !isWritten) {
         return EXIT_OUTPUT;
@@ -228,7 +207,7 @@ int run(const Options& options) {
     if (!isToBeWritten) {
         Console::error(options.file + ": the fit is unusable and nothing was written: see the report");
     }
-    return static_cast<int>(outcome);
+    return static_cast<int>(*outcome);
 }
 
 void addPointOptions(OptionList& line, Options& options) {
