@@ -12,6 +12,7 @@
 #include "KelvoScreen/detail/WideRays.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <typeinfo>
 
@@ -51,7 +52,7 @@ constexpr double LARGEST_UNIT = 1e90;
 /// @param largestUnit the largest one for which the sides are long enough
 template <class Number>
 [[nodiscard, gnu::always_inline]] inline Truth<Number> isFarBeside(Number beyond, Number approach, Number length2,
-                                                                   Number unit, double largestUnit) {
+                                                                   Number unit, Number largestUnit) {
     const Truth<Number> isPlain = both(length2 >= RayAim::SMALLEST_SQUARE, length2 <= RayAim::LARGEST_SQUARE);
     const Truth<Number> isSteep = approach * approach >= LEAST_SLOPE * LEAST_SLOPE * length2;
     return both(both(isPlain, isSteep), both(unit <= largestUnit, beyond > FAR_BESIDE * unit));
@@ -189,44 +190,109 @@ std::size_t FlatScreen::raysAtOnce() const {
     return typeid(*this) == typeid(FlatScreen) ? FORMULA_RAYS_AT_ONCE : 0;
 }
 
-KELVO_SCREEN_WIDE_VECTORS void FlatScreen::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
-    std::size_t i = 0;
-    for (; m_valid && i + WIDTH <= rays.size(); i += WIDTH) {
-        const LaneMask left = castFour(&rays[i], &hits[i]);
-        forEachLane(left, [&](std::size_t lane) { hits[i + lane] = nearestHit(rays[i + lane]); });
+/// What casting four rays needs of the rectangle. It is read once for all rays: as members of the screen these numbers
+/// could be changed by every hit that is written, for all that the compiler knows.
+struct FlatScreen::WideNumbers {
+    explicit WideNumbers(const FlatScreen& screen)
+        : corner(wide(screen.m_corner)),
+          across(wide(screen.m_across)),
+          upward(wide(screen.m_upward)),
+          normal(wide(screen.m_normal)),
+          across2(all(dot(screen.m_across, screen.m_across))),
+          upward2(all(dot(screen.m_upward, screen.m_upward))),
+          perWidth(all(1 / norm(screen.m_across))),
+          perHeight(all(1 / norm(screen.m_upward))),
+          extent(all(screen.m_extent)),
+          largestUnit(all(screen.m_largestUnit)) {}
+
+    Triple<Wide> corner, across, upward, normal;
+    Wide across2, upward2;  ///< the squares of the lengths of the sides
+    Wide perWidth, perHeight;
+    Wide extent;
+    Wide largestUnit;
+};
+
+/// Four rays on their way to the rectangle; each step below fills some of it.
+struct FlatScreen::WideCrossing {
+    [[gnu::always_inline]] void start(const WideNumbers& wall, const Ray* rays) {
+        const WideRays four(rays);
+        from = four.from;
+        direction = difference(four.to, four.from);
+        approach = productOf(direction, wall.normal);
+        distance = dotOf(difference(wall.corner, four.from), wall.normal);
+        const Wide largest = largestOf(four.from);
+        unit = larger(largest, wall.extent);
+        noise = ROUNDING * larger(largest, largestOf(four.to));
     }
-    for (; i < rays.size(); ++i) {
+
+    [[gnu::always_inline]] void reachPlane() {
+        const Wide onLine = distance / approach;
+        const WideMask isOnPlane = (onLine < 0) & (absolute(onLine * approach) <= ROUNDING * unit);
+        t = isOnPlane ? Wide{} : onLine;
+        meetsPlane = (absolute(approach) > noise) & (t >= 0);
+    }
+
+    [[gnu::always_inline]] void place(const WideNumbers& wall) {
+        const Triple<Wide> nearPlane = placeOnRay(from, direction, t);
+        point = difference(nearPlane, scaled(wall.normal, dotOf(difference(nearPlane, wall.corner), wall.normal)));
+        const Triple<Wide> inPlane = difference(point, wall.corner);
+        across = productOf(inPlane, wall.across);
+        upward = productOf(inPlane, wall.upward);
+    }
+
+    /// Writes the hits and returns a bit for each ray that is left to `nearestHit`.
+    [[gnu::always_inline]] LaneMask finish(const WideNumbers& wall, SurfaceHit* hits) const {
+        WideHits found{};
+        found.t = t;
+        found.point = point;
+        found.normal = wall.normal;
+        // A part of a side is not above 1 where the product is not above the square of the side: a division less. A
+        // point that is not finite is not between the ends.
+        found.isHit = meetsPlane & (across >= 0) & (across <= wall.across2) & (upward >= 0) & (upward <= wall.upward2);
+        const Wide beyond = larger(larger(-across, across - wall.across2) * wall.perWidth,
+                                   larger(-upward, upward - wall.upward2) * wall.perHeight);
+        const WideMask isBeside =
+            isFarBeside(beyond, approach, productOf(direction, direction), unit, wall.largestUnit);
+        found.storeTo(hits, approach);
+        return WIDE_BITS & ~bitsOf(~meetsPlane | found.isHit | isBeside);
+    }
+
+    Triple<Wide> from, direction;
+    Wide approach;  ///< how much nearer to the plane a ray comes per unit of its direction
+    Wide distance;  ///< of its start from the plane
+    Wide unit;      ///< the largest coordinate
+    Wide noise;     ///< what the approach has to exceed
+    Wide t;
+    WideMask meetsPlane;
+    Triple<Wide> point;
+    Wide across, upward;  ///< of the point, in lengths times the length of the side
+};
+
+KELVO_SCREEN_WIDE_VECTORS void FlatScreen::nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const {
+    const WideNumbers wall(*this);
+    const std::size_t whole = m_valid ? rays.size() - rays.size() % WIDTH : 0;
+    // Step by step for some rays each: the steps of one ray wait for each other, those of different rays do not.
+    std::array<WideCrossing, 8> crossings;
+    for (std::size_t first = 0; first < whole; first += WIDTH * crossings.size()) {
+        const std::size_t count = std::min(crossings.size(), (whole - first) / WIDTH);
+        for (std::size_t k = 0; k < count; ++k) {
+            crossings[k].start(wall, &rays[first + k * WIDTH]);
+        }
+        for (std::size_t k = 0; k < count; ++k) {
+            crossings[k].reachPlane();
+        }
+        for (std::size_t k = 0; k < count; ++k) {
+            crossings[k].place(wall);
+        }
+        for (std::size_t k = 0; k < count; ++k) {
+            const std::size_t i = first + k * WIDTH;
+            const LaneMask left = crossings[k].finish(wall, &hits[i]);
+            forEachLane(left, [&](std::size_t lane) { hits[i + lane] = nearestHit(rays[i + lane]); });
+        }
+    }
+    for (std::size_t i = whole; i < rays.size(); ++i) {
         hits[i] = nearestHit(rays[i]);
     }
-}
-
-[[gnu::always_inline]] inline unsigned FlatScreen::castFour(const Ray* rays, SurfaceHit* hits) const {
-    const WideRays four(rays);
-    const Triple<Wide> direction = difference(four.to, four.from);
-    const Triple<Wide> normal = wide(m_normal);
-    const Triple<Wide> corner = wide(m_corner);
-    const Wide approach = dotOf(direction, normal);
-    const WideMask isCrossing = absolute(approach) > ROUNDING * larger(largestOf(four.from), largestOf(four.to));
-    const Wide unit = larger(largestOf(four.from), all(m_extent));
-    const Wide tolerance = ROUNDING * unit;
-    Wide t = dotOf(difference(corner, four.from), normal) / approach;
-    const WideMask isOnPlane = (t < 0) & (absolute(t * approach) <= tolerance);
-    t = isOnPlane ? Wide{} : t;
-    const Triple<Wide> nearPlane = placeOnRay(four.from, direction, t);
-    WideHits found{};
-    found.t = t;
-    found.point = difference(nearPlane, scaled(normal, dotOf(difference(nearPlane, corner), normal)));
-    found.normal = normal;
-    const WideMask meetsPlane =
-        isCrossing & (t >= 0) & areFinite(found.point.x) & areFinite(found.point.y) & areFinite(found.point.z);
-    const Triple<Wide> inPlane = difference(found.point, corner);
-    const Wide across = dotOf(inPlane, wide(m_across)) / dot(m_across, m_across);
-    const Wide upward = dotOf(inPlane, wide(m_upward)) / dot(m_upward, m_upward);
-    found.isHit = meetsPlane & (across >= 0) & (across <= 1) & (upward >= 0) & (upward <= 1);
-    const Wide beyond = larger(beyondEnds(across) * norm(m_across), beyondEnds(upward) * norm(m_upward));
-    const WideMask isBeside = isFarBeside(beyond, approach, dotOf(direction, direction), unit, m_largestUnit);
-    found.storeTo(hits, direction);
-    return WIDE_BITS & ~bitsOf(~meetsPlane | found.isHit | isBeside);
 }
 
 SurfaceHit FlatScreen::nearestHit(const Ray& ray) const {

@@ -69,8 +69,9 @@ private:
     /// Moves a hit of the plane onto the rectangle when the ray passes it within rounding; false when it misses it.
     [[nodiscard]] bool limitToRectangle(const Point<double, 3>& from, const Point<double, 3>& to,
                                         Intersection& hit) const;
-    /// Casts four rays and returns a bit for each that is left to `nearestHit`.
-    [[nodiscard]] unsigned castFour(const Ray* rays, SurfaceHit* hits) const;
+    struct WideNumbers;
+    struct WideCrossing;
+
     [[nodiscard]] SurfaceHit nearestHit(const Ray& ray) const;
     void nearestHits(std::span<const Ray> rays, std::span<SurfaceHit> hits) const;
     /// Returns the largest coordinate that enters a hit: the unit of its rounding.

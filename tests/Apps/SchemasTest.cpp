@@ -22,8 +22,9 @@ const std::string EXAMPLES = sourceFolder() + "/examples/";
 std::vector<std::string> examples() {
     std::vector<std::string> files;
     for (const auto& entry : std::filesystem::directory_iterator(EXAMPLES)) {
-        if (entry.is_directory()) {
-            files.push_back(entry.path().string() + "/display.xml");
+        // A folder of programs has none.
+        if (const std::string file = entry.path().string() + "/display.xml"; std::filesystem::exists(file)) {
+            files.push_back(file);
         }
     }
     return files;

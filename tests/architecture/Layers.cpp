@@ -124,6 +124,11 @@ const std::vector<Library>& all() {
          {"Common", "Configuration", "DeviceFramework2", "DisplayFit", "DisplayReport", "FitSession",
           "ProjectorSession", "ScreenManager"},
          {"CLI", "log4cxx"},
+         {}},
+        {"python",
+         {"Apps/python/"},
+         {"Common", "Configuration", "DisplayReport", "KelvoScreen", "ScreenManager"},
+         {"log4cxx", "pthread.h", "pybind11"},
          {}}};
     return LIBRARIES;
 }

@@ -90,7 +90,8 @@ template <class Number>
             larger(beyondRim, sight.distanceBound) > LimitSearch::farthestReach(tolerance)};
 }
 
-IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from, const Point<double, 3>& to) const {
+KELVO_SCREEN_THREE_OPERANDS IntersectionSet CylinderSurface::intersect(const Point<double, 3>& from,
+                                                                       const Point<double, 3>& to) const {
     IntersectionSet found;
     if (!m_isValid) {
         return found;
@@ -179,7 +180,7 @@ KELVO_SCREEN_WIDE_VECTORS void CylinderSurface::nearestHits(std::span<const Ray>
     outward.z = Wide{};
     const Wide fromAxis = squareRoot(productOf(outward, outward));
     found.normal = m_placement.toWorld(scaled(outward, 1 / fromAxis));
-    found.storeTo(hits, ends.direction);
+    found.storeTo(hits, productOf(ends.direction, found.normal));
     const WideMask hasNormal = areFinite(fromAxis) & (fromAxis > 0) & areFinite(found.point.z);
     return WIDE_BITS & ~bitsOf(ends.isSure & (~ends.isHit | hasNormal));
 }

@@ -73,11 +73,10 @@ using FourPoints = std::array<const Point<double, 3>*, WIDTH>;
     constexpr long long WITHOUT_SIGN = 0x7fff'ffff'ffff'ffff;
     return reinterpret_cast<Wide>(reinterpret_cast<WideMask>(a) & WITHOUT_SIGN);
 }
+/// One instruction where the processor has vectors of four: the library is compiled without the error number that
+/// `std::sqrt` would set for a negative argument.
 [[nodiscard, gnu::always_inline]] inline Wide squareRoot(Wide a) {
-    // Two at a time; `std::sqrt` would test each for the error number that a negative one sets.
-    const __m128d low = _mm_sqrt_pd(__m128d{a[0], a[1]});
-    const __m128d high = _mm_sqrt_pd(__m128d{a[2], a[3]});
-    return Wide{low[0], low[1], high[0], high[1]};
+    return Wide{__builtin_sqrt(a[0]), __builtin_sqrt(a[1]), __builtin_sqrt(a[2]), __builtin_sqrt(a[3])};
 }
 /// Returns the inner product, as `dot` calculates it: summed from zero, first component first.
 [[nodiscard, gnu::always_inline]] inline Wide innerProduct(Wide ax, Wide ay, Wide az, Wide bx, Wide by, Wide bz) {
@@ -86,8 +85,8 @@ using FourPoints = std::array<const Point<double, 3>*, WIDTH>;
 
 /// Returns a bit for each of four lanes.
 [[nodiscard, gnu::always_inline]] inline LaneMask bitsOf(WideMask mask) {
-    const __m128d low = {std::bit_cast<double>(mask[0]), std::bit_cast<double>(mask[1])};
-    const __m128d high = {std::bit_cast<double>(mask[2]), std::bit_cast<double>(mask[3])};
+    const auto low = reinterpret_cast<__m128d>(__builtin_shufflevector(mask, mask, 0, 1));
+    const auto high = reinterpret_cast<__m128d>(__builtin_shufflevector(mask, mask, 2, 3));
     return static_cast<LaneMask>(_mm_movemask_pd(low) | _mm_movemask_pd(high) << 2);
 }
 /// The inverse of `bitsOf`: `bits` is below 16.
@@ -116,10 +115,14 @@ void forEachLane(LaneMask mask, const Action& action) {
 
 }  // namespace Veltrani::KelvoScreenDetail
 
-/// Compiles a function twice, for processors with vectors of four doubles and for all others; which one runs is decided
-/// when the library is loaded. Both give the same bits. (clang 14 cannot do that to members: it takes two of two.)
+/// Compiles a function three times: for processors with vectors of four doubles, once with as many registers of them as
+/// the formulas need, and for all others; which one runs is decided when the library is loaded. All give the same bits.
+/// (clang 14 cannot do that to members: it takes two of two.)
 #ifdef __clang__
 #define KELVO_SCREEN_WIDE_VECTORS
+#define KELVO_SCREEN_THREE_OPERANDS
 #else
-#define KELVO_SCREEN_WIDE_VECTORS [[gnu::target_clones("avx2", "default")]]
+#define KELVO_SCREEN_WIDE_VECTORS [[gnu::target_clones("arch=x86-64-v4", "avx2", "default")]]
+/// Likewise for a single ray with many numbers at hand: instructions that do not overwrite an operand save copies.
+#define KELVO_SCREEN_THREE_OPERANDS [[gnu::target_clones("avx", "default")]]
 #endif

@@ -219,7 +219,7 @@ KELVO_SCREEN_WIDE_VECTORS void SphereSurface::nearestHits(std::span<const Ray> r
     const Triple<Wide> outward = minus(found.point, m_numbers.centre);
     const Wide distance = squareRoot(productOf(outward, outward));
     found.normal = scaled(outward, 1 / distance);
-    found.storeTo(hits, ends.direction);
+    found.storeTo(hits, productOf(ends.direction, found.normal));
     const WideMask hasNormal = areFinite(distance) & (distance > 0);
     return WIDE_BITS & ~bitsOf(ends.isSure & (~ends.isHit | hasNormal));
 }

@@ -73,13 +73,13 @@ struct WideHits {
     WideMask isHit;
 
     /// Writes the hits, with their sides; zero for misses.
-    [[gnu::always_inline]] void storeTo(SurfaceHit* hits, const Triple<Wide>& direction) const {
+    /// @param along the inner product of the direction of the ray and the normal, but for the sign of zero
+    [[gnu::always_inline]] void storeTo(SurfaceHit* hits, Wide along) const {
         static_assert(sizeof(SurfaceHit) == 2 * sizeof(Wide) && offsetof(SurfaceHit, t) == 6 * sizeof(double) &&
                           offsetof(SurfaceHit, side) == 7 * sizeof(double) &&
                           offsetof(SurfaceHit, hit) == offsetof(SurfaceHit, side) + sizeof(int) &&
                           std::endian::native == std::endian::little,
                       "a hit is seven numbers, then its side in the lower half of a word and `hit` in the upper one");
-        const Wide along = productOf(direction, normal);
         // A mask is -1 where it is true. What is below zero as a side must not reach into the upper half.
         constexpr long long LOWER_HALF = 0xffff'ffff;
         constexpr long long IS_HIT = 1LL << 32;

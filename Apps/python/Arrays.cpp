@@ -1,0 +1,121 @@
+#include "Arrays.h"
+
+#include "Refusals.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace py = pybind11;
+
+namespace {
+
+/// The shortest text that reads back as the number.
+std::string textOf(double number) {
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    return {text.data(), end};
+}
+
+/// Any array of whole numbers or fractions.
+py::array numericArray(py::handle value, const std::string& name) {
+    const py::array array = py::array::ensure(value);
+    if (!array) {
+        PyErr_Clear();
+        throw ArgumentFault{name + ": expected an array of numbers, in rows of equal length; found " +
+                                py::cast<std::string>(py::str(py::type::of(value).attr("__name__"))),
+                            true};
+    }
+    if (const char kind = array.dtype().kind(); kind != 'f' && kind != 'i' && kind != 'u') {
+        throw ArgumentFault{
+            name + ": expected numbers, found an array of " + py::cast<std::string>(py::str(array.dtype())), true};
+    }
+    return array;
+}
+
+DoubleArray doublesOf(py::handle value, const std::string& name) {
+    const py::array array = numericArray(value, name);
+    auto doubles = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(array);
+    if (!doubles) {
+        throw py::error_already_set();
+    }
+    return py::reinterpret_borrow<DoubleArray>(doubles);
+}
+
+Shape shapeOf(const py::array& array) {
+    return {array.shape(), array.shape() + array.ndim()};
+}
+
+}  // namespace
+
+std::string textOf(const Shape& shape) {
+    std::string text = "(";
+    for (std::size_t i = 0; i < shape.size(); ++i) {
+        text += (i > 0 ? ", " : "") + std::to_string(shape[i]);
+    }
+    return text + (shape.size() == 1 ? ",)" : ")");
+}
+
+const Shape& requireAddressable(const Shape& shape, std::size_t bytesEach) {
+    std::size_t room = static_cast<std::size_t>(std::numeric_limits<py::ssize_t>::max()) / bytesEach;
+    for (const py::ssize_t length : shape) {
+        const auto times = std::max<std::size_t>(1, static_cast<std::size_t>(length));
+        if (times > room) {
+            throw std::bad_alloc();
+        }
+        room /= times;
+    }
+    return shape;
+}
+
+Shape extended(Shape shape, py::ssize_t columns) {
+    shape.push_back(columns);
+    return shape;
+}
+
+Rows::Rows(py::handle value, const char* name, py::ssize_t columns)
+    : m_name(name), m_array(doublesOf(value, name)), m_columns(static_cast<std::size_t>(columns)) {
+    Shape shape = shapeOf(m_array);
+    if (shape.empty() || shape.back() != columns) {
+        throw ArgumentFault{m_name + ": expected an array of the shape (..., " + std::to_string(columns) + "), found " +
+                            textOf(shape)};
+    }
+    shape.pop_back();
+    m_shape = std::move(shape);
+    m_count = static_cast<std::size_t>(m_array.size() / columns);
+    m_numbers = m_array.data();
+}
+
+void Rows::refuse(std::size_t i) const {
+    std::string numbers;
+    for (std::size_t k = 0; k < m_columns; ++k) {
+        numbers += (k > 0 ? ", " : "") + textOf(m_numbers[i * m_columns + k]);
+    }
+    std::string place;
+    for (std::size_t axis = m_shape.size(); axis > 0; --axis) {
+        const auto length = static_cast<std::size_t>(m_shape[axis - 1]);
+        place = std::to_string(i % length) + (place.empty() ? "" : ", ") + place;
+        i /= length;
+    }
+    throw ArgumentFault{m_name + (place.empty() ? "" : "[" + place + "]") + ": expected finite numbers, found (" +
+                        numbers + ")"};
+}
+
+std::vector<double> numbersOf(py::handle value, const char* name, py::ssize_t length) {
+    const DoubleArray array = doublesOf(value, name);
+    if (array.ndim() != 1 || (length >= 0 && array.size() != length)) {
+        throw ArgumentFault{std::string(name) + ": expected " +
+                            (length < 0 ? "a list of numbers" : std::to_string(length) + " numbers") +
+                            ", found an array of the shape " + textOf(shapeOf(array))};
+    }
+    std::vector<double> numbers(array.data(), array.data() + array.size());
+    for (const double number : numbers) {
+        if (!(number * 0.0 == 0.0)) {
+            throw ArgumentFault{std::string(name) + ": expected finite numbers, found " + textOf(number)};
+        }
+    }
+    return numbers;
+}

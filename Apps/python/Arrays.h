@@ -1,0 +1,112 @@
+#pragma once
+
+#include "Common/Point.h"
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+
+#include <cstddef>
+#include <limits>
+#include <span>
+#include <string>
+#include <vector>
+
+using Shape = std::vector<pybind11::ssize_t>;
+using DoubleArray = pybind11::array_t<double, pybind11::array::c_style>;
+using BoolArray = pybind11::array_t<bool, pybind11::array::c_style>;
+
+/// An argument of numbers whose last axis has a fixed length, such as points: (..., 3). An array of doubles in rows,
+/// one behind the other, is used where it lies; anything else is copied.
+class Rows {
+public:
+    /// Throws `ArgumentFault`, naming the argument, unless it is numbers of this shape.
+    Rows(pybind11::handle value, const char* name, pybind11::ssize_t columns);
+
+    [[nodiscard]] std::size_t count() const { return m_count; }
+    /// Of the axes before the last.
+    [[nodiscard]] const Shape& shape() const { return m_shape; }
+    [[nodiscard]] const std::string& name() const { return m_name; }
+
+    /// Row i; throws `ArgumentFault`, naming argument and row, when one of its numbers is not finite. Needs no Python.
+    template <std::size_t N>
+    [[nodiscard]] Point<double, N> at(std::size_t i) const {
+        Point<double, N> row;
+        const double* const numbers = m_numbers + i * N;
+        double sum = 0;
+        for (std::size_t k = 0; k < N; ++k) {
+            row[k] = numbers[k];
+            // Zero for finite numbers alone.
+            sum += numbers[k] * 0.0;
+        }
+        if (!(sum == 0.0)) {
+            refuse(i);
+        }
+        return row;
+    }
+
+private:
+    [[noreturn]] void refuse(std::size_t i) const;
+
+    std::string m_name;
+    DoubleArray m_array;
+    Shape m_shape;
+    std::size_t m_count = 0;
+    std::size_t m_columns;
+    const double* m_numbers = nullptr;
+};
+
+/// "(2, 3)", as Python writes it.
+[[nodiscard]] std::string textOf(const Shape& shape);
+
+/// A shape with one more axis at its end.
+[[nodiscard]] Shape extended(Shape shape, pybind11::ssize_t columns);
+
+/// Returns the shape; throws `std::bad_alloc` for more elements than can be addressed.
+[[nodiscard]] const Shape& requireAddressable(const Shape& shape, std::size_t bytesEach);
+
+/// A result that is filled row by row without Python.
+template <class T>
+class ResultRows {
+public:
+    /// Throws `std::bad_alloc` for more than any memory has.
+    explicit ResultRows(const Shape& shape)
+        : m_array(requireAddressable(shape, sizeof(T))), m_numbers(m_array.mutable_data()) {}
+
+    [[nodiscard]] T* at(std::size_t i) { return m_numbers + i; }
+
+    template <std::size_t N>
+    void set(std::size_t i, const Point<T, N>& row) {
+        for (std::size_t k = 0; k < N; ++k) {
+            m_numbers[i * N + k] = row[k];
+        }
+    }
+
+    [[nodiscard]] pybind11::array array() const { return m_array; }
+
+private:
+    pybind11::array_t<T, pybind11::array::c_style> m_array;
+    T* m_numbers;
+};
+
+/// The result of a list of points: (n, N).
+template <class T, std::size_t N>
+[[nodiscard]] pybind11::array arrayOf(std::span<const Point<T, N>> points) {
+    ResultRows<T> rows({static_cast<pybind11::ssize_t>(points.size()), static_cast<pybind11::ssize_t>(N)});
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        rows.set(i, points[i]);
+    }
+    return rows.array();
+}
+
+/// A list of finite numbers: of this length, or of any when it is negative.
+[[nodiscard]] std::vector<double> numbersOf(pybind11::handle value, const char* name, pybind11::ssize_t length);
+
+/// A row of nothing.
+template <std::size_t N>
+[[nodiscard]] Point<double, N> missing() {
+    Point<double, N> row;
+    for (std::size_t k = 0; k < N; ++k) {
+        row[k] = std::numeric_limits<double>::quiet_NaN();
+    }
+    return row;
+}

@@ -1,0 +1,250 @@
+"""A display: its configuration, and what is computed for the whole of it."""
+
+import os
+
+from . import _native
+from ._channel import Channel
+from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Coverage, Fault, Finding, Overlap)
+from ._screen import Screen
+
+
+def _path(path):
+    """The bytes of a path."""
+    try:
+        name = os.fsencode(path)
+    except TypeError:
+        raise _native.ArgumentTypeError(
+            f"path: expected a text or a path, found {type(path).__name__}") from None
+    if b"\0" in name:
+        raise _native.ArgumentError("path: it holds a null character")
+    return name
+
+
+def _count(value, name):
+    try:
+        return value.__index__()
+    except AttributeError:
+        raise _native.ArgumentTypeError(
+            f"{name}: expected a whole number, found {type(value).__name__}") from None
+
+
+class TargetData:
+    """What the targets of all channels have in common. Lengths in native units, angles in radians.
+
+    What is set takes effect with the next call; a value that a file could not hold is refused with Error.
+    """
+
+    __module__ = "screenmanager"
+
+    def __init__(self, display):
+        self._display = display
+
+    @property
+    def _native(self):
+        return self._display._native
+
+    def __repr__(self):
+        return f"<screenmanager.TargetData of {self._display!r}>"
+
+    @property
+    def type(self):
+        """The kind of the display: "PlanarBasic", "PlanarAdvanced", "Spherical", "SphericalCollimated", "CustomPlanar",
+        "ProjectorCentric" or "3D"."""
+        return self._native.target_type()
+
+    @property
+    def position(self):
+        """(x, y, z), the eye point that the targets are placed for."""
+        return tuple(self._native.target_numbers("position"))
+
+    @position.setter
+    def position(self, value):
+        self._native.set_target_numbers("position", value)
+
+    @property
+    def mirror_orientation(self):
+        """Angles (z, x, y) of the mirror of a collimated display, about Z with the sign reversed, about X, about Y."""
+        return tuple(self._native.target_numbers("mirror_orientation"))
+
+    @mirror_orientation.setter
+    def mirror_orientation(self, value):
+        self._native.set_target_numbers("mirror_orientation", value)
+
+    @property
+    def mirror_position(self):
+        """(x, y, z) of the mirror."""
+        return tuple(self._native.target_numbers("mirror_position"))
+
+    @mirror_position.setter
+    def mirror_position(self, value):
+        self._native.set_target_numbers("mirror_position", value)
+
+    @property
+    def mirror_radius(self):
+        """Radius of the mirror."""
+        return self._native.target_numbers("mirror_radius")[0]
+
+    @mirror_radius.setter
+    def mirror_radius(self, value):
+        self._native.set_target_numbers("mirror_radius", value)
+
+    @property
+    def yaw_table(self):
+        """(n, 2) float64: rows (measured angle, corrected angle), both increasing; (0, 2) without a table."""
+        return self._native.heading_table(True)
+
+    @yaw_table.setter
+    def yaw_table(self, value):
+        self._native.set_heading_table(True, value)
+
+    @property
+    def pitch_table(self):
+        """As yaw_table."""
+        return self._native.heading_table(False)
+
+    @pitch_table.setter
+    def pitch_table(self, value):
+        self._native.set_heading_table(False, value)
+
+
+class Display:
+    """A display that is lit by many projectors: its channels, its screen, and what follows from them.
+
+        display = Display.load("display.xml")
+        targets = display.targets(columns=8, rows=5)
+
+    World frame: +x right, +y forward, +z up, right-handed. Lengths are in the native unit of the configuration, angles in
+    radians. Any number of displays can be used side by side and from any thread; calls wait for each other, as the
+    libraries work on one display at a time. The screen and its files are read at the first call that needs them.
+    """
+
+    __module__ = "screenmanager"
+
+    def __init__(self):
+        raise TypeError("use Display.load(path) or Display.parse(text)")
+
+    @classmethod
+    def _of(cls, native, path):
+        display = object.__new__(cls)
+        display._native = native
+        display._path = path
+        return display
+
+    @classmethod
+    def load(cls, path):
+        """Reads a configuration file. Raises MissingFileError where there is none, and ParseError with one fault per line
+        when its content is faulty."""
+        name = _path(path)
+        return cls._of(_native.Display.load(name), os.fspath(path))
+
+    @classmethod
+    def parse(cls, text, name="display.xml"):
+        """Reads the text of a configuration. name stands for the path in messages; the files that the text names are
+        looked for in the folder of it."""
+        if not isinstance(text, (str, bytes)):
+            raise _native.ArgumentTypeError(f"text: expected a text, found {type(text).__name__}")
+        return cls._of(_native.Display.parse(text, _path(name)), os.fspath(name))
+
+    def save(self, path=None):
+        """Writes the configuration in one step; to the file that it was read from when no path is given. Comments and
+        everything else that was not changed stay as they were. Raises ChangedFileError, and writes nothing, when that
+        file was changed elsewhere since."""
+        self._native.save(_path(self._path if path is None else path))
+
+    @property
+    def text(self):
+        """What save writes."""
+        return self._native.text()
+
+    @property
+    def path(self):
+        """The path or name that it was read by."""
+        return self._path
+
+    @property
+    def unit(self):
+        """The name of the native unit, such as "m"."""
+        return self._native.unit()
+
+    def __repr__(self):
+        return f"<screenmanager.Display {os.fsdecode(self._path)!r}>"
+
+    def __copy__(self):
+        return self.__deepcopy__({})
+
+    def __deepcopy__(self, memo):
+        display = self._of(_native.Display.parse(self.text, _path(self._path)), self._path)
+        memo[id(self)] = display
+        return display
+
+    def __reduce__(self):
+        return _restored, (self.text, os.path.abspath(os.fsdecode(self._path)))
+
+    @property
+    def channels(self):
+        """The channels, in configuration order: a tuple of Channel."""
+        return tuple(Channel(self, id) for id in self._native.channel_ids())
+
+    def channel(self, name_or_id):
+        """The channel with this id, else the one with this name. Raises Error, with the list of channels, when there is
+        none and when several have the name."""
+        if not isinstance(name_or_id, str):
+            raise _native.ArgumentTypeError(
+                f"name_or_id: expected a text, found {type(name_or_id).__name__}")
+        return Channel(self, self._native.find_channel(name_or_id))
+
+    def add_channel(self, id):
+        """Adds an entry behind the others, with nothing configured but its id; returns its Channel."""
+        self._native.add_channel(id)
+        return Channel(self, id)
+
+    def rename_channel(self, id, new_id):
+        """Gives an entry another id; returns its Channel. Raises Error when another entry has that id."""
+        if not self._native.rename_channel(id, new_id):
+            raise _native.Error(f'another channel has the id "{new_id}"')
+        return Channel(self, new_id)
+
+    def move_channel(self, id, direction):
+        """Moves an entry by one place: 1 later, -1 earlier; returns False past either end."""
+        return self._native.move_channel(id, _count(direction, "direction"))
+
+    def remove_channel(self, id):
+        """Removes an entry; its Channel can no longer be used."""
+        self._native.remove_channel(id)
+
+    @property
+    def screen(self):
+        """The Screen."""
+        return Screen(self)
+
+    @property
+    def target_data(self):
+        """The TargetData."""
+        return TargetData(self)
+
+    def targets(self, columns=16, rows=10, samples_per_edge=16):
+        """Places a grid of calibration targets over every picture, and its outline; returns a tuple of ChannelTargets in
+        configuration order. A channel that cannot be placed has its fault, and does not keep the others from it."""
+        placed = self._native.place_targets(
+            _count(columns, "columns"), _count(rows, "rows"), _count(samples_per_edge, "samples_per_edge"))
+        return tuple(ChannelTargets(name, id, *grid, *rest) for name, id, grid, *rest in placed)
+
+    def coverage(self, pieces=False):
+        """Measures how the channels cover the screen; returns a Coverage. pieces: with the pieces of the surface, too."""
+        unit, fault, area, by_count, channels, overlaps, parts = self._native.coverage(bool(pieces))
+        corners, counts = parts or (None, None)
+        return Coverage(unit, fault, area, tuple(by_count), tuple(ChannelCoverage(*channel) for channel in channels),
+                        tuple(Overlap(*overlap) for overlap in overlaps), corners, counts)
+
+    def check(self, quick=False, allowed=()):
+        """Loads everything that the configuration names and judges the display by rules; returns a Check. quick: without
+        the rules that need light. allowed: names of rules to leave out."""
+        facts, channels, faults, findings, left_out = self._native.check(bool(quick), list(allowed))
+        return Check(facts, tuple(ChannelFacts(*channel) for channel in channels),
+                     tuple(Fault(*fault) for fault in faults), tuple(Finding(*finding) for finding in findings),
+                     left_out)
+
+
+def _restored(text, path):
+    """A display from a pickle."""
+    return Display.parse(text, path)

@@ -1,0 +1,177 @@
+"""Displays: read, written, copied, pickled; what is faulty is refused with the texts of the library."""
+
+import copy
+import gc
+import os
+import pickle
+import subprocess
+import sys
+
+import pytest
+import screenmanager
+
+from conftest import KINDS, assert_same_bits, example
+
+
+@pytest.mark.parametrize("name", KINDS)
+def test_the_text_of_an_unchanged_display_is_that_of_its_file(name):
+    text = screenmanager.Display.load(example(name)).text
+    # Either quote may stand around a value.
+    assert text.replace("'", '"') == example(name).read_text(encoding="utf-8").replace("'", '"')
+    assert screenmanager.Display.parse(text).text == text
+
+
+def test_a_save_and_a_load_keep_what_was_set(tmp_path):
+    display = screenmanager.Display.load(example("spherical-dome"))
+    display.channel("Left").position = (0.1, 0.2, 0.3)
+    display.save(tmp_path / "display.xml")
+    again = screenmanager.Display.load(str(tmp_path / "display.xml"))
+    assert again.channel("Left").position == (0.1, 0.2, 0.3)
+    assert again.text == display.text
+
+
+def test_a_save_without_a_path_goes_to_the_file_that_was_read(tmp_path):
+    path = tmp_path / "display.xml"
+    path.write_bytes(example("dome").read_bytes())
+    display = screenmanager.Display.load(path)
+    display.channels[0].name = "Änderung"
+    display.save()
+    assert screenmanager.Display.load(path).channels[0].name == "Änderung"
+
+
+def test_a_file_that_was_changed_elsewhere_is_not_replaced(tmp_path):
+    path = tmp_path / "display.xml"
+    path.write_bytes(example("dome").read_bytes())
+    display = screenmanager.Display.load(path)
+    path.write_bytes(path.read_bytes() + b"<!-- by another -->\n")
+    display.channels[0].name = "mine"
+    with pytest.raises(screenmanager.ChangedFileError, match="display.xml"):
+        display.save()
+    assert b"by another" in path.read_bytes()
+
+
+def test_a_missing_file_is_reported_as_python_reports_one():
+    with pytest.raises(FileNotFoundError, match="nowhere.xml") as raised:
+        screenmanager.Display.load("nowhere.xml")
+    assert isinstance(raised.value, screenmanager.MissingFileError)
+    assert isinstance(raised.value, screenmanager.Error)
+
+
+def test_faults_have_the_texts_that_the_program_prints(tmp_path):
+    path = tmp_path / "faulty.xml"
+    path.write_text("<Display version='1' lengthUnit='m'><Units native='m'/><Screen shape='Cube'/></Display>")
+    with pytest.raises(screenmanager.ParseError) as raised:
+        screenmanager.Display.load(path)
+    printed = subprocess.run([os.environ["SM_PROGRAM"], "targets", str(path)], capture_output=True, text=True,
+                             check=False).stderr
+    assert "Cube" in str(raised.value)
+    for line in str(raised.value).splitlines():
+        assert line in printed
+
+
+def test_a_screen_that_cannot_be_built_is_reported_with_all_its_faults(tmp_path):
+    path = tmp_path / "display.xml"
+    path.write_bytes(example("curved-wall").read_bytes())
+    display = screenmanager.Display.load(path)
+    with pytest.raises(screenmanager.Error) as raised:
+        display.screen.intersect((0, 0, 0), (0, 1, 0))
+    assert "measured mesh" in str(raised.value) and "wall-measured.obj" in str(raised.value)
+    # The display goes on: it is the files that are missing.
+    for name in ("wall-measured.obj", "wall-scan.pcd", "wall.obj"):
+        (tmp_path / name).write_bytes((example("curved-wall").parent / name).read_bytes())
+    assert display.screen.intersect((0, 0, 1.5), (0, 1, 0)).hit
+
+
+def test_a_text_stands_for_a_file():
+    text = example("dome").read_text(encoding="utf-8")
+    display = screenmanager.Display.parse(text, example("dome"))
+    assert display.screen.hash == screenmanager.Display.load(example("dome")).screen.hash
+    with pytest.raises(screenmanager.ParseError, match="^mine.xml:1"):
+        screenmanager.Display.parse("<Display", "mine.xml")
+
+
+def test_a_display_is_made_by_its_factories_alone():
+    with pytest.raises(TypeError, match="Display.load"):
+        screenmanager.Display()
+
+
+@pytest.mark.parametrize("twin", [copy.copy, copy.deepcopy, lambda display: pickle.loads(pickle.dumps(display))])
+def test_a_copy_is_a_display_of_its_own(twin):
+    display = screenmanager.Display.load(example("curved-wall"))
+    display.channels[0].name = "renamed"
+    other = twin(display)
+    assert other.channels[0].name == "renamed"
+    # The files that it names are found.
+    assert other.screen.hash == display.screen.hash
+    other.channels[0].name = "again"
+    assert display.channels[0].name == "renamed"
+
+
+def test_channels_and_records_are_pickled():
+    display = screenmanager.Display.load(example("dome"))
+    channel = pickle.loads(pickle.dumps(display.channels[1]))
+    assert channel.id == display.channels[1].id and channel.position == display.channels[1].position
+    targets = pickle.loads(pickle.dumps(display.targets(4, 3)))
+    assert_same_bits(targets[0].points, display.targets(4, 3)[0].points)
+    for kind in ("Error", "ArgumentError", "MissingFileError", "ParseError"):
+        fault = pickle.loads(pickle.dumps(getattr(screenmanager, kind)("what is wrong")))
+        assert type(fault) is getattr(screenmanager, kind) and str(fault) == "what is wrong"
+
+
+def test_results_outlive_their_display():
+    display = screenmanager.Display.load(example("mesh-rays"))
+    hits = display.screen.intersect((0, 0, 1.5), [(0, 1, 0)])
+    mesh = display.screen.mesh()
+    targets = display.targets(4, 3)
+    kept = hits.points.copy(), mesh.vertices.copy(), targets[0].points.copy()
+    assert hits.points.flags.owndata and mesh.vertices.flags.owndata and targets[0].points.flags.owndata
+    del display
+    gc.collect()
+    screenmanager.Display.load(example("dome")).targets(4, 3)
+    for ours, before in zip((hits.points, mesh.vertices, targets[0].points), kept):
+        assert_same_bits(ours, before)
+
+
+def test_results_may_be_changed_without_any_effect():
+    display = screenmanager.Display.load(example("mesh-rays"))
+    before = display.screen.intersect((0, 0, 1.5), [(0, 1, 0)]).points.copy()
+    display.screen.mesh().vertices[:] = 0
+    display.screen.intersect((0, 0, 1.5), [(0, 1, 0)]).points[:] = 0
+    assert_same_bits(display.screen.intersect((0, 0, 1.5), [(0, 1, 0)]).points, before)
+
+
+def test_it_opens_neither_numpy_nor_the_point_cloud_library_when_imported():
+    code = ("import sys, screenmanager\n"
+            "assert 'numpy' not in sys.modules\n"
+            "maps = open('/proc/self/maps').read()\n"
+            "assert 'libScreenManager' in maps\n"
+            "assert 'pcl' not in maps, 'the point cloud library is open'\n")
+    subprocess.run([sys.executable, "-c", code], check=True)
+
+
+def test_it_writes_nothing_of_its_own(tmp_path):
+    code = ("import screenmanager\n"
+            f"display = screenmanager.Display.load({str(example('curved-wall'))!r})\n"
+            "display.targets(); display.coverage(); display.check()\n")
+    run = subprocess.run([sys.executable, "-c", code], check=True, capture_output=True, text=True, cwd=tmp_path)
+    assert run.stdout == "" and run.stderr == ""
+    assert list(tmp_path.iterdir()) == []
+
+
+def test_every_name_has_a_text_of_its_own():
+    for name in screenmanager.__all__:
+        thing = getattr(screenmanager, name)
+        assert thing.__doc__, name
+        if not isinstance(thing, type) or issubclass(thing, (tuple, Exception)):
+            continue
+        for member, value in vars(thing).items():
+            if not member.startswith("_") and (callable(value) or isinstance(value, (property, classmethod))):
+                assert getattr(thing, member).__doc__, f"{name}.{member}"
+
+
+def test_the_unit_is_that_of_the_file():
+    assert screenmanager.Display.load(example("planar-wall")).unit == "m"
+    text = example("planar-wall").read_text(encoding="utf-8").replace('native="m"', 'native="mm"')
+    display = screenmanager.Display.parse(text)
+    assert display.unit == "mm"
+    assert display.screen.width == 1000 * screenmanager.Display.load(example("planar-wall")).screen.width

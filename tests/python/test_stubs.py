@@ -1,0 +1,56 @@
+"""The stubs state what is there, and a program that uses the module well has no fault for a checker of types."""
+
+import os
+import subprocess
+import sys
+
+SOURCE_OF_PUBLIC_NAMES = r"screenmanager\._(channel|display|native|records|screen)(\..*)?"
+
+GOOD = """
+import numpy as np
+import screenmanager
+
+display = screenmanager.Display.load("display.xml")
+channel: screenmanager.Channel = display.channel("Left")
+channel.position = (0.1, 0.2, 0.3)
+x: float = channel.position[0]
+left: float = channel.frustum.left
+hits = display.screen.intersect(np.zeros(3), [(0.0, 1.0, 0.0)])
+total: int = int(hits.hit.sum())
+for targets in display.targets(columns=8, rows=5):
+    name: str = targets.name
+    points = targets.points[targets.mask]
+area: float = display.coverage().screen_area
+"""
+BAD = """
+import screenmanager
+
+display = screenmanager.Display.load("display.xml")
+display.channel(5)
+display.screen.intersect((0, 0, 0))
+display.channels[0].id = "x"
+display.screen.radius = "large"
+"""
+
+
+def mypy(module, *arguments, cwd):
+    return subprocess.run([sys.executable, "-m", module, *arguments], cwd=cwd, capture_output=True, text=True,
+                          check=False, env={**os.environ, "MYPYPATH": os.environ["PYTHONPATH"]})
+
+
+def test_the_stubs_state_what_is_there(tmp_path):
+    # What the names of the package come from is not described twice.
+    (tmp_path / "allowed").write_text(SOURCE_OF_PUBLIC_NAMES + "\n")
+    run = mypy("mypy.stubtest", "screenmanager", "--concise", "--allowlist", "allowed", "--ignore-unused-allowlist",
+               cwd=tmp_path)
+    assert run.returncode == 0, run.stdout + run.stderr
+
+
+def test_a_checker_of_types_accepts_good_use_and_finds_every_bad_one(tmp_path):
+    (tmp_path / "good.py").write_text(GOOD)
+    (tmp_path / "bad.py").write_text(BAD)
+    run = mypy("mypy", "--strict", "--cache-dir=cache", "good.py", cwd=tmp_path)
+    assert run.returncode == 0, run.stdout + run.stderr
+    run = mypy("mypy", "--strict", "--cache-dir=cache", "bad.py", cwd=tmp_path)
+    for line in range(5, 9):
+        assert f"bad.py:{line}: error" in run.stdout, run.stdout

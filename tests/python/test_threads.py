@@ -1,0 +1,259 @@
+"""Several displays, several threads: right results or an error, and never the end of the interpreter."""
+
+import gc
+import os
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+import numpy as np
+import pytest
+import screenmanager
+
+from conftest import EXAMPLES, assert_same_bits, example
+
+PAIRS = [("spherical-dome", "dome"), ("planar-wall", "warped-wall"), ("mesh-rays", "lens-cylinder"),
+         ("collimated", "cylinder")]
+
+
+def answers(display):
+    """What follows from the screen that is current."""
+    channel = display.channels[0]
+    picture = np.linspace(0.1, 0.9, 24).reshape(-1, 2)
+    return [display.screen.intersect((0, 0, 1.2), [(0, 1, 0), (1, 1, 0.2), (-1, 1, 0.1)]).points,
+            display.targets(4, 3, 4)[0].points, display.targets(4, 3, 4)[0].outline,
+            channel.to_screen(picture).points, channel.to_layout(picture).points]
+
+
+@pytest.mark.parametrize("names", PAIRS)
+def test_two_displays_take_turns(names):
+    alone = [answers(screenmanager.Display.load(example(name))) for name in names]
+    displays = [screenmanager.Display.load(example(name)) for name in names]
+    for _ in range(5):
+        for display, expected in zip(displays, alone):
+            for ours, theirs in zip(answers(display), expected):
+                assert_same_bits(ours, theirs)
+
+
+def test_two_displays_with_the_same_ids_do_not_share_their_targets():
+    first, second = (screenmanager.Display.load(example("spherical-dome")) for _ in range(2))
+    second.screen.radius = 9
+    for _ in range(3):
+        for display, radius in ((first, first.screen.radius), (second, 9)):
+            centre = display.screen.centre
+            for channel in display.targets(4, 3, 4):
+                for points in (channel.points[channel.mask], channel.outline):
+                    assert np.allclose(np.linalg.norm(points - centre, axis=1), radius, atol=1e-9)
+
+
+def test_eight_threads_on_four_displays_return_what_one_does():
+    names = ["spherical-dome", "planar-wall", "mesh-rays", "dome"]
+    displays = [screenmanager.Display.load(example(name)) for name in names]
+    expected = [answers(display) for display in displays]
+    faults = []
+
+    def work(number):
+        try:
+            for turn in range(12):
+                which = (number + turn) % len(displays)
+                for ours, theirs in zip(answers(displays[which]), expected[which]):
+                    assert_same_bits(ours, theirs)
+        except BaseException as fault:  # noqa: BLE001
+            faults.append(fault)
+
+    threads = [threading.Thread(target=work, args=(number,)) for number in range(8)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join(120)
+        assert not thread.is_alive()
+    assert not faults
+
+
+def test_other_threads_go_on_during_a_long_call():
+    display = screenmanager.Display.load(example("spherical-dome"))
+    channel = display.channels[0]
+    channel.resolution = (4000, 3000)
+    ticks, done = [], threading.Event()
+
+    def tick():
+        while not done.is_set():
+            ticks.append(time.monotonic())
+            time.sleep(0.002)
+
+    thread = threading.Thread(target=tick)
+    thread.start()
+    begin = time.monotonic()
+    channel.layout_picture()
+    end = time.monotonic()
+    done.set()
+    thread.join()
+    inside = [moment for moment in ticks if begin < moment < end]
+    assert len(inside) >= 10
+
+
+def test_a_display_that_goes_while_another_is_at_work_waits_with_its_end():
+    busy = screenmanager.Display.load(example("spherical-dome"))
+    busy.channels[0].resolution = (3000, 2000)
+    expected = busy.channels[0].layout_picture().points
+    result = []
+    thread = threading.Thread(target=lambda: result.append(busy.channels[0].layout_picture().points))
+    thread.start()
+    while thread.is_alive():
+        other = screenmanager.Display.parse(example("dome").read_bytes(), example("dome"))
+        del other
+        gc.collect()
+    thread.join()
+    assert_same_bits(result[0], expected)
+
+
+def test_displays_are_given_back():
+    def resident():
+        return int(open("/proc/self/statm").read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
+    def use():
+        screenmanager.Display.load(example("mesh-rays")).targets(4, 3)
+
+    for _ in range(20):
+        use()
+    before = resident()
+    for _ in range(100):
+        use()
+    assert resident() - before < 30e6
+
+
+LONG = """
+import screenmanager, sys, time
+display = screenmanager.Display.load(sys.argv[1])
+channel = display.channels[0]
+channel.resolution = (6000, 6000)
+print("ready", flush=True)
+begin = time.monotonic()
+try:
+    {call}
+except KeyboardInterrupt:
+    print("interrupted", time.monotonic() - begin < 20, flush=True)
+# Everything works on.
+print(bool(channel.to_layout((0.5, 0.5)).mask), flush=True)
+"""
+
+
+@pytest.mark.parametrize("call", [
+    "while True: channel.layout_picture()",
+    "while True: channel.screen_picture()",
+    "while True: channel.warp('equirectangular')",
+    "while True: display.targets(2000, 2000)",
+    "while True: display.coverage()",
+    "while True: display.check()",
+    "import numpy; rays = numpy.ones((3000000, 3))\n    while True: display.screen.intersect((0, 0, 1), rays)",
+])
+def test_ctrl_c_ends_a_long_call(call):
+    run = subprocess.Popen([sys.executable, "-c", LONG.format(call=call), str(EXAMPLES / "spherical-dome/display.xml")],
+                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    assert run.stdout.readline() == "ready\n"
+    time.sleep(1.0)
+    run.send_signal(signal.SIGINT)
+    out, err = run.communicate(timeout=60)
+    assert out == "interrupted True\nTrue\n", err
+    assert run.returncode == 0
+
+
+def test_a_handler_that_calls_back_gets_an_error_and_no_wrong_answer():
+    code = """
+import screenmanager, signal, sys
+display = screenmanager.Display.load(sys.argv[1])
+display.channels[0].resolution = (4000, 3000)
+seen = []
+def handle(*_):
+    try:
+        display.channels[0].position
+        seen.append("outside")
+    except screenmanager.BusyError as fault:
+        seen.append("busy")
+signal.signal(signal.SIGALRM, handle)
+signal.setitimer(signal.ITIMER_REAL, 0.05, 0.05)
+while "busy" not in seen:
+    display.channels[0].layout_picture()
+signal.setitimer(signal.ITIMER_REAL, 0)
+print(display.channels[0].position)
+"""
+    run = subprocess.run([sys.executable, "-c", code, str(EXAMPLES / "spherical-dome/display.xml")], timeout=120,
+                         capture_output=True, text=True, check=False)
+    assert run.returncode == 0 and run.stdout == "(0.3, -0.5, 1.2)\n", run.stderr
+
+
+def test_what_a_handler_raises_comes_out_of_the_call():
+    code = """
+import screenmanager, signal, sys
+display = screenmanager.Display.load(sys.argv[1])
+display.channels[0].resolution = (4000, 3000)
+class Late(Exception): pass
+def handle(*_):
+    raise Late("too late")
+signal.signal(signal.SIGALRM, handle)
+signal.setitimer(signal.ITIMER_REAL, 0.2)
+try:
+    while True: display.channels[0].layout_picture()
+except Late as fault:
+    print(fault)
+"""
+    run = subprocess.run([sys.executable, "-c", code, str(EXAMPLES / "spherical-dome/display.xml")], timeout=120,
+                         capture_output=True, text=True, check=False)
+    assert run.returncode == 0 and run.stdout == "too late\n", run.stderr
+
+
+def test_a_process_that_splits_off_goes_on_or_gets_an_error():
+    code = """
+import os, screenmanager, sys, threading, time
+display = screenmanager.Display.load(sys.argv[1])
+display.channels[0].resolution = (4000, 3000)
+before = display.screen.intersect((0, 0, 1), (0, 1, 0)).points
+child = os.fork()
+if child == 0:
+    same = (display.screen.intersect((0, 0, 1), (0, 1, 0)).points == before).all()
+    os._exit(0 if same else 1)
+assert os.waitpid(child, 0)[1] == 0
+stop = threading.Event()
+def work():
+    while not stop.is_set():
+        display.channels[0].layout_picture()
+thread = threading.Thread(target=work)
+thread.start()
+time.sleep(0.2)
+for _ in range(20):
+    child = os.fork()
+    if child == 0:
+        try:
+            same = (display.screen.intersect((0, 0, 1), (0, 1, 0)).points == before).all()
+            os._exit(0 if same else 1)
+        except screenmanager.BusyError:
+            os._exit(7)
+    assert os.waitpid(child, 0)[1] in (0, 7 << 8)
+stop.set()
+thread.join()
+print("done")
+"""
+    run = subprocess.run([sys.executable, "-c", code, str(EXAMPLES / "spherical-dome/display.xml")], timeout=200,
+                         capture_output=True, text=True, check=False)
+    assert run.returncode == 0 and run.stdout == "done\n", run.stderr
+
+
+@pytest.mark.parametrize("call", ["layout_picture()", "position", "outline()", "screen_picture()"])
+def test_the_interpreter_ends_while_threads_are_at_work(call):
+    code = """
+import screenmanager, sys, threading, time
+display = screenmanager.Display.load(sys.argv[1])
+display.channels[0].resolution = (4000, 3000)
+def work():
+    while True:
+        display.channels[0].CALL
+for _ in range(4):
+    threading.Thread(target=work, daemon=True).start()
+time.sleep(0.3)
+print("end")
+""".replace("CALL", call)
+    run = subprocess.run([sys.executable, "-c", code, str(EXAMPLES / "spherical-dome/display.xml")], timeout=60,
+                         capture_output=True, text=True, check=False)
+    assert run.stdout == "end\n" and run.returncode == 0, (run.returncode, run.stderr)
