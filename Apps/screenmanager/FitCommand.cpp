@@ -1,9 +1,14 @@
 #include "Command.h"
+#include "Common/Utf8.h"
+#include "Configuration/UnitConversionTable.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayFile.h"
+#include "DisplayFit/DisplayFitter.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "FailureReport.h"
-#include "FitSession/FitWork.h"
+#include "FitSession/FitReport.h"
+#include "FitSession/FittedDisplay.h"
+#include "FitSession/MeasuredPointReader.h"
 #include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
@@ -17,6 +22,7 @@
 namespace {
 
 using namespace Veltrani::FitSession;
+using Veltrani::DisplayFit::DisplayFitter;
 using Veltrani::DisplayFit::FitOptions;
 using Veltrani::DisplayFit::FitOutcome;
 using Veltrani::DisplayFit::SolvedGroups;
@@ -132,7 +138,10 @@ void remarkOnFrames(const FitReport& report, const Options& options) {
 /// False when the table cannot be used, which has been reported then.
 bool readPoints(const XMLConfigFile& config, const Options& options, FitReport& report) {
     try {
-        FitWork::get().read(config, options.table, options.registration, report);
+        report.measured = MeasuredPointReader(config, options.table).readFile(options.points);
+        if (options.registration) {
+            report.frames = FrameRegistration::apply(report.measured, *options.registration);
+        }
     } catch (...) {
         reportFailure(options.points, std::current_exception());
         return false;
@@ -142,25 +151,32 @@ bool readPoints(const XMLConfigFile& config, const Options& options, FitReport& 
         return false;
     }
     remarkOnFrames(report, options);
+    report.combined = combineRepeated(report.measured.points);
     return true;
 }
 
-/// None when there was no fit at all, which has been reported then.
-std::optional<FitOutcome> fitPoints(const XMLConfigFile& config, const FitOptions& fit, const Options& options,
-                                    FitReport& report) {
+/// False when there was no fit at all, which has been reported then.
+bool fitPoints(const XMLConfigFile& config, const Options& options, FitOptions fit, FitReport& report) {
     try {
         ProgressMeter progress(options.isTalkative(), "fitting, channel");
-        return FitWork::get().fit(config, fit, progress.callback(), report);
+        report.result = DisplayFitter(std::move(fit), progress.callback()).fit(config, report.combined.points);
+        return true;
     } catch (...) {
         reportFailure(options.file, std::current_exception());
-        return std::nullopt;
+        return false;
     }
 }
 
 /// False when the new set of files cannot be written, which has been reported then; the old one is there.
 bool write(XMLConfigFile& config, const Options& options, FitReport& report) {
     try {
-        FitWork::get().write(config, options.output, report);
+        FittedDisplay fitted(config, options.output, options.file);
+        for (const auto& channel : report.result.channels) {
+            fitted.take(channel);
+        }
+        fitted.save();
+        report.written = fitted.path();
+        report.lensFiles = fitted.lensFiles();
         return true;
     } catch (...) {
         reportFailure(options.isInPlace ? options.file : options.output, std::current_exception());
@@ -169,8 +185,13 @@ bool write(XMLConfigFile& config, const Options& options, FitReport& report) {
 }
 
 bool printReport(const FitReport& report, const Options& options) {
-    return ResultFile::write(options.report,
-                             [&](std::ostream& out) { FitWork::get().print(report, options.format == "json", out); });
+    return ResultFile::write(options.report, [&](std::ostream& out) {
+        if (options.format == "json") {
+            report.printJson(out);
+        } else {
+            report.printText(out);
+        }
+    });
 }
 
 /// False when the file has several names, which has been reported then: found before anything is computed in vain.
@@ -207,11 +228,11 @@ int run(const Options& options) {
     if (!report.files.empty()) {
         report.files.push_back(ReportHead::source(options.points));
     }
-    const auto outcome = fitPoints(*config, fit, options, report);
-    if (!outcome) {
+    if (!fitPoints(*config, options, std::move(fit), report)) {
         return EXIT_INPUT;
     }
-    const bool isToBeWritten = *outcome != FitOutcome::UNUSABLE || options.isForced;
+    const FitOutcome outcome = report.result.outcome();
+    const bool isToBeWritten = outcome != FitOutcome::UNUSABLE || options.isForced;
     const bool isWritten = !isToBeWritten || write(*config, options, report);
     if (!printReport(report, options) || !isWritten) {
         return EXIT_OUTPUT;
@@ -219,7 +240,7 @@ int run(const Options& options) {
     if (!isToBeWritten) {
         Console::error(options.file + ": the fit is unusable and nothing was written: see the report");
     }
-    return static_cast<int>(*outcome);
+    return static_cast<int>(outcome);
 }
 
 void addPointOptions(OptionList& line, Options& options) {
