@@ -15,10 +15,10 @@ pkg_check_modules(yaml REQUIRED IMPORTED_TARGET yaml-0.1>=0.2)
 pkg_check_modules(stills REQUIRED IMPORTED_TARGET cairo>=1.16 cairo-ft cairo-pdf cairo-svg fontconfig>=2.13
                   fribidi>=1.0 harfbuzz>=4.0)
 find_package(meshoptimizer 0.18 REQUIRED)
-find_package(Ceres 2.1 REQUIRED)
 if(SM_BUILD_PYTHON)
   # Not the first one on the path, which need not be the one that the packages are for.
   set(Python_EXECUTABLE "${SM_PYTHON}")
   find_package(Python 3.9 REQUIRED COMPONENTS Interpreter Development.Module)
   find_package(pybind11 2.10 REQUIRED CONFIG)
 endif()
+find_package(Ceres 2.1 REQUIRED)

@@ -90,3 +90,18 @@ function(sm_add_module NAME)
   add_dependencies(${ARG_FOR} ${NAME})
   set_property(GLOBAL APPEND PROPERTY SM_MODULES ${NAME})
 endfunction()
+
+# sm_add_parts(NAME [NEEDS target...])
+#
+# A static library NAMEParts of the objects of a library, for the program: what one command alone uses is no further file to
+# be opened at each start. The library must keep nothing that exists once in a process. NEEDS: modules that it opens.
+function(sm_add_parts NAME)
+  cmake_parse_arguments(ARG "" "" "NEEDS" ${ARGN})
+  add_library(${NAME}Parts STATIC $<TARGET_OBJECTS:${NAME}>)
+  set_target_properties(${NAME}Parts PROPERTIES LINKER_LANGUAGE CXX)
+  target_include_directories(${NAME}Parts INTERFACE $<TARGET_PROPERTY:${NAME},INTERFACE_INCLUDE_DIRECTORIES>)
+  target_link_libraries(${NAME}Parts INTERFACE $<TARGET_PROPERTY:${NAME},INTERFACE_LINK_LIBRARIES>)
+  if(ARG_NEEDS)
+    add_dependencies(${NAME}Parts ${ARG_NEEDS})
+  endif()
+endfunction()
