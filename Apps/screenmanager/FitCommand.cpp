@@ -13,7 +13,7 @@
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
-#include <array>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -119,6 +119,22 @@ bool isMisused(const XMLConfigFile& config, const Options& options) {
     return false;
 }
 
+/// What somebody would expect to be done, and was not.
+void remarkOnFrames(const FitReport& report, const Options& options) {
+    if (options.registration || !options.isTalkative()) {
+        return;
+    }
+    const auto& points = report.measured.points;
+    if (!report.measured.controls.empty()) {
+        Console::say(
+            "note: the control points are not used: state --register rigid if x, y, z are not in the frame of "
+            "the display");
+    } else if (std::any_of(points.begin(), points.end(),
+                           [&points](const auto& point) { return point.set != points.front().set; })) {
+        Console::say("note: the measurements of all sets are taken as in the frame of the display");
+    }
+}
+
 /// False when the table cannot be used, which has been reported then.
 bool readPoints(const XMLConfigFile& config, const Options& options, FitReport& report) {
     try {
@@ -134,11 +150,7 @@ bool readPoints(const XMLConfigFile& config, const Options& options, FitReport& 
         Console::error(options.points + ": there are no measurements with a place in a picture: add rows with u, v");
         return false;
     }
-    if (!options.registration && !report.measured.controls.empty() && options.isTalkative()) {
-        Console::say(
-            "note: the control points are not used: state --register rigid if x, y, z are not in the frame of "
-            "the display");
-    }
+    remarkOnFrames(report, options);
     report.combined = combineRepeated(report.measured.points);
     return true;
 }

@@ -174,6 +174,20 @@ TEST_F(FitCommand, AFrameOfItsOwnIsRegisteredByControlPoints) {
     EXPECT_LT(largestDeviation(m_folder.file("show/fitted.xml")), 1e-8);
 }
 
+TEST_F(FitCommand, WhatIsNotRegisteredIsRemarked) {
+    const auto said = [this](const std::string& rows) {
+        m_folder.write("sets.csv", "# unit m\nset,channel,u,v,x,y,z,X,Y,Z\n" + rows);
+        return runScreenManager(
+                   {"fit", m_planned, "--points", m_folder.file("sets.csv"), "-o", m_folder.file("show/fitted.xml")})
+            .errors;
+    };
+    EXPECT_THAT(said("a,Left,0.5,0.5,1,2,3,1,2,3\n"),
+                HasSubstr("note: the control points are not used: state --register"));
+    EXPECT_THAT(said("a,Left,0.5,0.5,1,2,3,,,\nb,Left,0.1,0.5,1,2,3,,,\n"),
+                HasSubstr("note: the measurements of all sets are taken as in the frame of the display"));
+    EXPECT_THAT(said("a,Left,0.5,0.5,1,2,3,,,\n"), testing::Not(HasSubstr("note:")));
+}
+
 TEST_F(FitCommand, AnOutlierIsNamedByItsLine) {
     auto lines = linesOf(m_folder.read("measured.csv"));
     lines[50] = lines[50].substr(0, lines[50].rfind(',')) + ",2.9";

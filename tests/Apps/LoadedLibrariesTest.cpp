@@ -62,6 +62,7 @@ TEST(LoadedLibraries, AreAtMostThirtyAndNoneOfPointCloudsAndStills) {
         EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("pcl"), HasSubstr("vtk"), HasSubstr("Clouds"))))) << arguments;
         EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("cairo"), HasSubstr("harfbuzz"), HasSubstr("Stills")))))
             << arguments;
+        EXPECT_THAT(files, Each(Not(AnyOf(HasSubstr("ceres"), HasSubstr("Fit"))))) << arguments;
         if (!IS_SANITIZED) {
             EXPECT_LE(files.size(), 30U) << arguments;
         }

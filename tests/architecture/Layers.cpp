@@ -107,7 +107,7 @@ const std::vector<Library>& all() {
         {"DisplayFit",
          {"BackEnd/DisplayFit/", "include/DisplayFit/"},
          {"Common", "Configuration", "KelvoControl", "KelvoScreen", "ScreenManager"},
-         {},
+         {"Eigen", "ceres", "glog"},
          {}},
         {"DisplayExport",
          {"BackEnd/DisplayExport/", "include/DisplayExport/"},
