@@ -78,16 +78,19 @@ ChannelSight::ChannelSight(const XMLConfigManager& config, const DisplayReport::
 ChannelSight::~ChannelSight() = default;
 ChannelSight::ChannelSight(ChannelSight&&) noexcept = default;
 
-SeenPlace ChannelSight::seenAs(const Arrival& arrival) const {
-    SeenPlace seen;
-    if (arrival.arrives && isFinite(arrival.point)) {
-        seen.isSeen = true;
+// Written in place: a place that is made by itself and copied then costs more than what is calculated of it.
+void ChannelSight::seeAs(const Arrival& arrival, SeenPlace& seen) const {
+    seen.isSeen = arrival.arrives && isFinite(arrival.point);
+    seen.hasScreen = seen.isSeen && m_hasScreenCoordinates;
+    if (seen.isSeen) {
         seen.point = arrival.point;
         seen.direction = m_isInMirror ? m_way->directionInMirror(arrival) : arrival.point - m_eye;
         seen.screen = arrival.screen;
-        seen.hasScreen = m_hasScreenCoordinates;
+    } else {
+        seen.point = {};
+        seen.direction = {};
+        seen.screen = {};
     }
-    return seen;
 }
 
 void ChannelSight::see(std::span<const P2> picture, std::span<SeenPlace> seen) const {
@@ -95,12 +98,14 @@ void ChannelSight::see(std::span<const P2> picture, std::span<SeenPlace> seen) c
     m_arrivals.resize(picture.size());
     m_way->follow(picture, m_arrivals);
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        seen[i] = seenAs(m_arrivals[i]);
+        seeAs(m_arrivals[i], seen[i]);
     }
 }
 
 SeenPlace ChannelSight::continued(const P2& picture) const {
-    return seenAs(m_way->continued(picture));
+    SeenPlace seen;
+    seeAs(m_way->continued(picture), seen);
+    return seen;
 }
 
 std::optional<P3> ChannelSight::meanDirection() const {

@@ -65,8 +65,14 @@ public:
 
 private:
     void keep(std::size_t node, const P2& picture, const SeenPlace& seen) {
-        m_grid.nodes[node] = nodeOf(m_input.place(picture, seen), WarpNode::State::MAPPED);
-        const bool isMapped = m_grid.nodes[node].isUsable();
+        const std::optional<InputPlace> place = m_input.place(picture, seen);
+        const bool isMapped = place.has_value();
+        if (isMapped) {
+            WarpNode& mapped = m_grid.nodes[node];
+            mapped.content = place->at;
+            mapped.face = place->face;
+            mapped.state = WarpNode::State::MAPPED;
+        }
         if (m_kept.points) {
             m_grid.points[node] = isMapped ? seen.point : P3();
         }

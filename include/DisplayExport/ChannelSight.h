@@ -68,7 +68,7 @@ public:
     [[nodiscard]] std::optional<Point<double, 3>> meanDirection() const;
 
 private:
-    [[nodiscard]] SeenPlace seenAs(const Arrival& arrival) const;
+    void seeAs(const Arrival& arrival, SeenPlace& seen) const;
 
     DisplayReport::ChannelChoice m_channel;
     std::unique_ptr<const PictureWay> m_way;

@@ -136,8 +136,14 @@ InputChoice choiceOf(InputKind kind) {
 struct Case {
     std::string display;
     InputKind kind;
-    /// Pixels of the input. Larger than 0.25 where a surface has edges between which light jumps.
-    double error = ERROR;
+    P3 eyeOffset{};  ///< from the eye point of the display to another eye
+
+    [[nodiscard]] std::string name() const {
+        const double aside = eyeOffset[0];
+        std::string text = display + "_" + nameOf(kind) + (aside < 0 ? "_left" : aside > 0 ? "_right" : "");
+        std::replace(text.begin(), text.end(), '-', '_');
+        return text;
+    }
 };
 
 class ExportedContent : public ExportDisplayTest, public testing::WithParamInterface<Case> {
@@ -152,13 +158,13 @@ protected:
 
     Result compare(const ChannelChoice& channel, const ContentInput& input, const ChannelSight& sight, Seam seam,
                    std::mt19937& random, int places) {
-        const ChannelWarp warp = ChannelWarp::of(sight, input, {.error = GetParam().error, .seam = seam});
+        const ChannelWarp warp = ChannelWarp::of(sight, input, {.error = ERROR, .seam = seam});
         const Player player(warp);
         ScreenMapper mapper(config(), channel);
         Result result;
         result.leftOut = warp.leftOutAtPoles();
         result.nodes = warp.nodes().size();
-        EXPECT_LE(warp.error().largest, GetParam().error);
+        EXPECT_LE(warp.error().largest, ERROR);
         std::uniform_real_distribution<double> part(0, 1);
         for (int i = 0; i < places; ++i) {
             const P2 place{part(random), part(random)};
@@ -188,14 +194,15 @@ TEST_P(ExportedContent, IsWhatBelongsToThePlaceOnTheScreen) {
     int lit = 0;
     int notShown = 0;
     for (const ChannelChoice& channel : all) {
-        const ChannelSight sight(config(), channel);
+        const ChannelSight sight(config(), channel, eyePoint() + GetParam().eyeOffset);
         const ContentInput input(config(), sight, choiceOf(GetParam().kind));
+        EXPECT_EQ(input.view().eye, eyePoint() + GetParam().eyeOffset);
         for (const Seam seam : {Seam::CONTINUE, Seam::CUT}) {
             if (seam == Seam::CUT && !input.wrapsAround()) {
                 continue;
             }
             const Result result = compare(channel, input, sight, seam, random, PLACES / static_cast<int>(all.size()));
-            EXPECT_LE(result.largest, GetParam().error) << channel.describe() << ", " << result.nodes << " nodes";
+            EXPECT_LE(result.largest, ERROR) << channel.describe() << ", " << result.nodes << " nodes";
             lit += result.lit;
             notShown += result.notShown;
             // Around a pole, one part of a cell, or those that meet in the pole.
@@ -207,9 +214,120 @@ TEST_P(ExportedContent, IsWhatBelongsToThePlaceOnTheScreen) {
     EXPECT_LE(notShown, lit / 1000);
 }
 
+class ExportedPixels : public ExportedContent {};
+
+/// Every pixel has what belongs to its middle, and every lit place lies in a pixel that has something.
+TEST_P(ExportedPixels, HaveWhatBelongsToTheirMiddles) {
+    loadAny(GetParam().display);
+    std::mt19937 random(23);
+    std::uniform_real_distribution<double> part(0, 1);
+    int lit = 0;
+    for (const ChannelChoice& channel : channels()) {
+        const ChannelSight sight(config(), channel);
+        const ContentInput input(config(), sight, choiceOf(GetParam().kind));
+        const ChannelWarp warp = ChannelWarp::of(sight, input, {.places = WarpRequest::Places::PIXELS});
+        ScreenMapper mapper(config(), channel);
+        const auto arrivalAt = [&mapper](const P2& place) {
+            LayoutPoint arrival;
+            mapper.toLayout({&place, 1}, {&arrival, 1});
+            return arrival;
+        };
+        for (int i = 0; i < 5000; ++i) {
+            const P2 place{part(random), part(random)};
+            const auto column = static_cast<std::size_t>(place[0] * static_cast<double>(warp.columns()));
+            const auto row = static_cast<std::size_t>(place[1] * static_cast<double>(warp.rows()));
+            const WarpNode& pixel = warp.at(column, row);
+            if (arrivalAt(place).isMapped) {
+                ++lit;
+                EXPECT_TRUE(pixel.isUsable()) << channel.describe() << ' ' << place;
+            }
+            const LayoutPoint middle = arrivalAt(warp.pictureOf(column, row));
+            EXPECT_EQ(middle.isMapped, pixel.state == WarpNode::State::MAPPED);
+            if (middle.isMapped) {
+                EXPECT_LT(errorOf(input, {pixel.content, pixel.face}, middle.point, middle.point - eyePoint()), 1e-6);
+            }
+        }
+    }
+    EXPECT_GT(lit, 1000);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pixels, ExportedPixels,
+                         testing::Values(Case{"inset", InputKind::FRUSTUM},
+                                         Case{"planetarium", InputKind::EQUIRECTANGULAR},
+                                         Case{"round", InputKind::CUBE}, Case{"warped-wall", InputKind::FRUSTUM}),
+                         [](const auto& tested) { return tested.param.name(); });
+
+/// A mirror and a screen behind it, both spheres around one middle, traced here from the eye.
+struct TracedMirror {
+    static constexpr double MIRROR = 3;
+    static constexpr double SCREEN = 1.6;
+    P3 middle{0.0, 0.0, 1.9};
+    P3 eye{0.0, -0.3, 1.4};
+
+    /// The end of a ray at a sphere that lies nearest to a place.
+    [[nodiscard]] P3 end(const P3& from, const P3& direction, double radius, const P3& near) const {
+        const P3 start = from - middle;
+        const P3 unit = direction * (1 / norm(direction));
+        const double half = dot(start, unit);
+        const double root = std::sqrt(half * half - dot(start, start) + radius * radius);
+        const P3 first = from + (-half - root) * unit;
+        const P3 second = from + (-half + root) * unit;
+        return norm(first - near) < norm(second - near) ? first : second;
+    }
+
+    /// Where what the eye sees in a direction stands on the screen.
+    [[nodiscard]] P3 seenIn(const P3& direction, const P3& near) const {
+        const P3 onMirror = end(eye, direction, MIRROR, eye + 100.0 * direction);
+        const P3 normal = (onMirror - middle) * (1 / MIRROR);
+        return end(onMirror, direction - 2 * dot(direction, normal) * normal, SCREEN, near);
+    }
+};
+
+class ExportedMirror : public ExportDisplayTest {};
+
+/// The content that a place requests is seen in the direction whose ray, reflected in the mirror, arrives where the
+/// light of that place does.
+TEST_F(ExportedMirror, RequestsWhatIsSeenInIt) {
+    loadAny("collimated");
+    const TracedMirror mirror;
+    std::mt19937 random(29);
+    std::uniform_real_distribution<double> part(0, 1);
+    int lit = 0;
+    for (const ChannelChoice& channel : channels()) {
+        const ChannelSight sight(config(), channel);
+        const ContentInput input(config(), sight, {});
+        const ChannelWarp warp = ChannelWarp::of(sight, input, {});
+        EXPECT_LE(warp.error().largest, ERROR);
+        const Player player(warp);
+        ScreenMapper mapper(config(), channel);
+        for (int i = 0; i < PLACES / 3; ++i) {
+            const P2 place{part(random), part(random)};
+            LayoutPoint arrival;
+            mapper.toLayout({&place, 1}, {&arrival, 1});
+            if (!arrival.isMapped) {
+                continue;
+            }
+            ++lit;
+            const auto shown = player.shownAt(place);
+            ASSERT_TRUE(shown) << place;
+            const auto seen = [&](const P2& content) {
+                return mirror.seenIn(input.frustum()->directionOf(content), arrival.point);
+            };
+            const P3 there = seen(shown->at);
+            const double pixel = std::min(norm(seen(shown->at + P2{1.0 / input.pixels()[0], 0.0}) - there),
+                                          norm(seen(shown->at + P2{0.0, 1.0 / input.pixels()[1]}) - there));
+            // Pixels are not square on the screen.
+            EXPECT_LE(norm(there - arrival.point), 2 * ERROR * pixel + 1e-9) << channel.describe() << ' ' << place;
+        }
+    }
+    EXPECT_GT(lit, PLACES / 10);
+}
+
 INSTANTIATE_TEST_SUITE_P(Frusta, ExportedContent,
                          testing::Values(Case{"planetarium", InputKind::FRUSTUM}, Case{"round", InputKind::FRUSTUM},
                                          Case{"cave", InputKind::FRUSTUM}, Case{"stereo-wall", InputKind::FRUSTUM},
+                                         Case{"stereo-wall", InputKind::FRUSTUM, {-0.0325, 0.0, 0.0}},
+                                         Case{"stereo-wall", InputKind::FRUSTUM, {0.0325, 0.0, 0.0}},
                                          Case{"inset", InputKind::FRUSTUM}, Case{"planar-wall", InputKind::FRUSTUM},
                                          Case{"curved-wall", InputKind::FRUSTUM}, Case{"cylinder", InputKind::FRUSTUM},
                                          Case{"dome", InputKind::FRUSTUM}, Case{"spherical-dome", InputKind::FRUSTUM},
@@ -217,11 +335,7 @@ INSTANTIATE_TEST_SUITE_P(Frusta, ExportedContent,
                                          Case{"lens-cylinder", InputKind::FRUSTUM},
                                          Case{"mesh-rays", InputKind::FRUSTUM}, Case{"cockpit", InputKind::FRUSTUM},
                                          Case{"closed-cylinder", InputKind::FRUSTUM}),
-                         [](const auto& tested) {
-                             std::string name = tested.param.display;
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
+                         [](const auto& tested) { return tested.param.name(); });
 
 INSTANTIATE_TEST_SUITE_P(Panoramas, ExportedContent,
                          testing::Values(Case{"planetarium", InputKind::FISHEYE},
@@ -231,10 +345,6 @@ INSTANTIATE_TEST_SUITE_P(Panoramas, ExportedContent,
                                          Case{"closed-cylinder", InputKind::EQUIRECTANGULAR},
                                          Case{"cave", InputKind::EQUIRECTANGULAR}, Case{"cave", InputKind::CUBE},
                                          Case{"planar-wall", InputKind::FISHEYE}, Case{"dome", InputKind::FISHEYE}),
-                         [](const auto& tested) {
-                             std::string name = tested.param.display + "_" + nameOf(tested.param.kind);
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
+                         [](const auto& tested) { return tested.param.name(); });
 
 }  // namespace
