@@ -15,7 +15,7 @@ FOLDER = SOURCES / "examples" / "python"
 PRINTS = {
     "targets.py": "Left: 96 of 96 targets on the screen",
     "coverage.py": "square m, pixels of",
-    "study.py": "lands at its place",
+    "study.py": "% of its picture lands",
     "warp.py": "of its pixels show the input",
     "camera.py": "the camera sees 160 of 160 targets",
 }
@@ -77,5 +77,5 @@ def test_what_is_installed_needs_neither_sources_nor_build(tmp_path):
     assert libraries and all(str(tmp_path) in line for line in libraries)
     package, = tmp_path.rglob("screenmanager/_native*.so")
     assert sorted(path.name for path in package.parent.iterdir() if path.suffix in (".py", ".pyi", ".typed", "")) == [
-        "__init__.py", "__init__.pyi", "__pycache__", "_channel.py", "_display.py", "_native.pyi", "_records.py",
+        "__init__.py", "__init__.pyi", "__pycache__", "_arguments.py", "_channel.py", "_display.py", "_native.pyi", "_records.py",
         "_screen.py", "py.typed"]
