@@ -7,6 +7,7 @@ import subprocess
 import sys
 
 import pytest
+import screenmanager
 
 from conftest import SOURCES
 
@@ -56,6 +57,24 @@ def test_a_page_shows_what_runs(page, tmp_path):
     assert len(programs) == 1
     run([sys.executable, "-c", programs[0]], tmp_path)
     requires_picture(tmp_path / "targets.png")
+
+
+def test_the_page_names_what_there_is():
+    """The calls of its table, and the attributes that it lists with them."""
+    page = (SOURCES / "docs" / "python.md").read_text(encoding="utf-8")
+    kinds = {"Display": screenmanager.Display, "display": screenmanager.Display, "channel": screenmanager.Channel,
+             "screen": screenmanager.Screen}
+    names = re.findall(r"`(Display|display|channel|screen)\.(\w+)", page)
+    assert len(set(names)) > 25
+    for owner, name in names:
+        assert hasattr(kinds[owner], name), f"{owner}.{name}"
+    for kind in (screenmanager.Display, screenmanager.Channel, screenmanager.Screen, screenmanager.TargetData):
+        for name in vars(kind):
+            if not name.startswith("_") and name not in ("path", "id", "section_id", "old_id", "shape", "type"):
+                assert name in page or name.startswith("mirror_") or name.endswith("_table"), f"{kind.__name__}.{name}"
+    for name in screenmanager.__all__:
+        if issubclass(getattr(screenmanager, name), screenmanager.Error) and name != "Error":
+            assert f"`{name}`" in page
 
 
 def test_the_program_of_the_readme_is_ten_lines():
