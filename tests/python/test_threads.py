@@ -2,6 +2,7 @@
 
 import gc
 import os
+import pathlib
 import signal
 import subprocess
 import sys
@@ -111,7 +112,7 @@ def test_a_display_that_goes_while_another_is_at_work_waits_with_its_end():
 
 def test_displays_are_given_back():
     def resident():
-        return int(open("/proc/self/statm").read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+        return int(pathlib.Path("/proc/self/statm").read_text(encoding="ascii").split()[1]) * os.sysconf("SC_PAGE_SIZE")
 
     def use():
         screenmanager.Display.load(example("mesh-rays")).targets(4, 3)
