@@ -8,6 +8,9 @@ from ._channel import Channel
 from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Coverage, Fault, Finding, Overlap)
 from ._screen import Screen
 
+# As many as the program places: those of one channel are placed in one go, which Ctrl-C does not end.
+_MOST_TARGETS = 4_000_000
+
 
 class TargetData:
     """What the targets of all channels have in common. Lengths in native units, angles in radians.
@@ -206,8 +209,11 @@ class Display:
     def targets(self, columns=16, rows=10, samples_per_edge=16):
         """Places a grid of calibration targets over every picture, and its outline; returns a tuple of ChannelTargets in
         configuration order. A channel that cannot be placed has its fault, and does not keep the others from it."""
-        placed = self._native.place_targets(
-            count_of(columns, "columns"), count_of(rows, "rows"), count_of(samples_per_edge, "samples_per_edge"))
+        columns, rows = count_of(columns, "columns"), count_of(rows, "rows")
+        if columns * rows > _MOST_TARGETS:
+            raise _native.ArgumentError(
+                f"columns, rows: expected {_MOST_TARGETS} targets of a channel at most, found {columns} x {rows}")
+        placed = self._native.place_targets(columns, rows, count_of(samples_per_edge, "samples_per_edge"))
         return tuple(ChannelTargets(name, id, *grid, *rest) for name, id, grid, *rest in placed)
 
     def coverage(self, pieces=False):
