@@ -68,6 +68,10 @@ void DisplayState::requireScreen() {
         }
         throw VeltraniException(Veltrani::fromUtf8OrBytes(lines.str()));
     }
+    adoptScreen();
+}
+
+void DisplayState::adoptScreen() {
     m_screen = ScreenManager::getInstance()->getScreen();
     m_isScreenBuilt = true;
 }

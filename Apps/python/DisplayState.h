@@ -55,6 +55,9 @@ public:
     /// `VeltraniException` with one fault per line when one of them cannot be built.
     void requireScreen();
 
+    /// Takes over the screens that the libraries hold, which were built of this configuration without a fault.
+    void adoptScreen();
+
     /// Null for a measured screen that the display does not have. Throws what `requireScreen` throws, and
     /// `VeltraniException` without a content screen.
     [[nodiscard]] std::shared_ptr<ScreenGeometry> surface(Part part);

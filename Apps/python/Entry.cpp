@@ -87,7 +87,9 @@ bool hasRetired() {
 /// One that is retired while an entry ends must not wait for the next entry.
 void destroyWhatIsLeft() noexcept {
     while (hasRetired() && shared().guard.try_lock()) {
+        shared().isEntered = true;
         destroyRetired();
+        shared().isEntered = false;
         shared().guard.unlock();
     }
 }

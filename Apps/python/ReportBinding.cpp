@@ -104,7 +104,11 @@ py::tuple check(DisplayState& display, bool quick, const std::vector<std::string
     const DisplayDescription description = inEntry(&display, [&] {
         // The check builds the screens anew, in place of those that are current.
         display.screenChanged();
-        return DisplayCheck::ofConfiguration(display.config(), {quick, allowed});
+        DisplayDescription found = DisplayCheck::ofConfiguration(display.config(), {quick, allowed});
+        if (found.faults.empty()) {
+            display.adoptScreen();
+        }
+        return found;
     });
     py::list channels;
     for (const ChannelDescription& channel : description.channels) {

@@ -34,11 +34,11 @@ def main(display_file=DOME, picture="coverage.png"):
              title=f"{100 * coverage.part_lit_by_at_least(1):.1f} % is lit, "
                    f"{100 * coverage.part_lit_by_at_least(2):.1f} % by several projectors")
     axes.set_aspect("equal")
-    figure.colorbar(pieces, label="projectors", ticks=range(len(coverage.area_by_count)))
+    figure.colorbar(pieces, label="projectors", shrink=0.7, ticks=range(len(coverage.area_by_count)))
     for channel in coverage.channels:
         print(f"{channel.name}: {channel.area:.2f} square {coverage.unit}, pixels of {channel.pixel_least * 1000:.2f} to "
               f"{channel.pixel_most * 1000:.2f} thousandths of {coverage.unit}")
-    plt.savefig(picture, dpi=120)
+    plt.savefig(picture, dpi=120, bbox_inches="tight")
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-"""Moves a projector and plots how the part of its picture that lands, and its pixels, follow.
+"""Moves a projector and plots how the part of its picture that lands on the screen, and its pixels, follow its place.
 
 study.py [DISPLAY.xml [PICTURE.png]]
 """
@@ -18,22 +18,23 @@ def main(display_file=WALL, picture="study.png"):
     display = copy.copy(screenmanager.Display.load(display_file))
     channel = display.channels[0]
     x, y, z = channel.position
-    back = np.linspace(0.0, 1.5, 16)
-    measured = []
-    for distance in back:
-        channel.position = (x, y - distance, z)
-        measured.append(display.coverage().channels[0])
-
-    figure, axes = plt.subplots(figsize=(8, 5))
-    axes.plot(back, [100 * coverage.landed for coverage in measured], "o-", color="C0")
-    axes.set(xlabel=f"{channel.name} moved back by [{display.unit}]", title=f"The place of {channel.name}")
-    axes.set_ylabel("part of its picture on the screen [%]", color="C0")
-    pixels = axes.twinx()
-    pixels.plot(back, [1000 * coverage.pixel_mean for coverage in measured], "s-", color="C1")
-    pixels.set_ylabel(f"mean size of a pixel [{display.unit} / 1000]", color="C1")
-    print(f"{channel.name}: {100 * measured[0].landed:.1f} % lands at its place, "
-          f"{100 * measured[-1].landed:.1f} % {back[-1]} {display.unit} further back")
-    figure.tight_layout()
+    figure, (parts, pixels) = plt.subplots(1, 2, figsize=(10, 4.5), layout="constrained")
+    raised = np.linspace(-1.2, 1.2, 13)
+    for back in (0.0, 0.5, 1.0):
+        measured = []
+        for height in raised:
+            channel.position = (x, y - back, z + height)
+            measured.append(display.coverage().channels[0])
+        label = f"{back} {display.unit} back"
+        parts.plot(raised, [100 * coverage.landed for coverage in measured], "o-", label=label)
+        pixels.plot(raised, [1000 * coverage.pixel_mean for coverage in measured], "o-", label=label)
+        print(f"{channel.name}, {label}: {100 * min(coverage.landed for coverage in measured):.1f} to "
+              f"{100 * max(coverage.landed for coverage in measured):.1f} % of its picture lands")
+    for axes in (parts, pixels):
+        axes.set_xlabel(f"{channel.name} raised by [{display.unit}]")
+    parts.legend()
+    parts.set_ylabel("part of its picture on the screen [%]")
+    pixels.set_ylabel(f"mean size of a pixel [{display.unit} / 1000]")
     plt.savefig(picture, dpi=120)
 
 

@@ -1,4 +1,4 @@
-// The results of the libraries for the tests of the Python module, as doubles: what is asked for comes in by standard
+// The results of the libraries for the tests of the Python module, as doubles: what is requested comes in by standard
 // input, in rows of doubles, and goes out by standard output.
 //
 //   python_reference DISPLAY rays              ox oy oz dx dy dz -> x y z nx ny nz distance side hit
@@ -103,7 +103,7 @@ void placeOutline(const XMLConfigFile& config, std::size_t channel, int samples)
     }
 }
 
-/// @param words what is asked for, with its numbers
+/// @param words what is requested, with its numbers
 bool serve(XMLConfigFile& config, const std::vector<std::string>& words) {
     const auto screen = ScreenManager::getInstance()->getScreenGeometry();
     const std::size_t channel = words.size() > 1 ? std::stoul(words[1]) : 0;

@@ -118,6 +118,35 @@ def test_every_call_refuses_what_is_no_point(call):
         call(screenmanager.Display.load(example("spherical-dome")))
 
 
+@pytest.mark.parametrize(("call", "kind", "text"), [
+    (lambda display: display.channel(5), "ArgumentTypeError", "^name_or_id: expected a text, found int$"),
+    (lambda display: display.channel("a\ud800"), "ArgumentError", "^name_or_id: expected a text of characters"),
+    (lambda display: display.add_channel(None), "ArgumentTypeError", "^id: expected a text"),
+    (lambda display: display.add_channel(""), "Error", "(?i)id"),
+    (lambda display: display.rename_channel("a", 5), "ArgumentTypeError", "^new_id: expected a text"),
+    (lambda display: display.move_channel("a", "up"), "ArgumentTypeError", "^direction: expected a whole number"),
+    (lambda display: display.targets(2**40, 3), "ArgumentError", "^columns: expected a whole number up to"),
+    (lambda display: display.check(allowed=[5]), "ArgumentTypeError", "^allowed: expected a text"),
+    (lambda display: display.check(allowed="rule"), "ArgumentTypeError", "^allowed: expected a list of names"),
+    (lambda display: display.channels[0].warp(5), "ArgumentTypeError", "^panorama: expected a text, found int$"),
+    (lambda display: display.channels[0].warp(nodes=5), "ArgumentTypeError", "^nodes: expected columns and rows"),
+    (lambda display: display.channels[0].warp(nodes=(2.5, 3)), "ArgumentTypeError", "^nodes: expected a whole number"),
+    (lambda display: display.channels[0].outline(2.5), "ArgumentTypeError", "^samples_per_edge: expected a whole"),
+    (lambda display: display.channels[0].outline(0), "ArgumentError", "^samples_per_edge: expected 1 at least"),
+    (lambda display: setattr(display.channels[0], "name", "\udc00"), "ArgumentError", "^name: expected a text of"),
+    (lambda display: setattr(display.screen, "radius", "large"), "ArgumentTypeError", "^radius: expected numbers"),
+    (lambda display: setattr(display.screen, "rails", 5), "ArgumentTypeError", "^rails: expected the lower and"),
+    (lambda display: screenmanager.Display.parse("\ud800"), "ArgumentError", "^text: expected a text of characters"),
+    (lambda display: screenmanager.Display.load("\ud800"), "ArgumentError", "^path: expected a text of characters"),
+])
+def test_what_is_no_array_is_refused_by_name_too(call, kind, text):
+    display = screenmanager.Display.load(example("spherical-dome"))
+    before = display.text
+    with pytest.raises(getattr(screenmanager, kind), match=text):
+        call(display)
+    assert display.text == before
+
+
 def test_an_error_has_its_cause():
     display = screenmanager.Display.parse(
         "<Display version='1' lengthUnit='m'><Units native='m'/>"

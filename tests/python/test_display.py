@@ -50,6 +50,22 @@ def test_a_file_that_was_changed_elsewhere_is_not_replaced(tmp_path):
     assert b"by another" in path.read_bytes()
 
 
+def test_a_display_without_a_file_is_saved_to_a_path_alone(tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    path = tmp_path / "display.xml"
+    path.write_bytes(example("dome").read_bytes())
+    display = screenmanager.Display.load("display.xml")
+    for other in (copy.copy(display), pickle.loads(pickle.dumps(display)), screenmanager.Display.parse(display.text)):
+        other.channels[0].name = "other"
+        with pytest.raises(screenmanager.ArgumentError, match="^path: expected one for a display that was neither"):
+            other.save()
+        other.save("other.xml")
+        other.channels[0].name = "another"
+        other.save()
+        assert screenmanager.Display.load("other.xml").channels[0].name == "another"
+    assert path.read_bytes() == example("dome").read_bytes()
+
+
 def test_a_missing_file_is_reported_as_python_reports_one():
     with pytest.raises(FileNotFoundError, match="nowhere.xml") as raised:
         screenmanager.Display.load("nowhere.xml")

@@ -7,6 +7,7 @@ import subprocess
 import sys
 
 import pytest
+import screenmanager
 
 from conftest import SOURCES
 
@@ -15,7 +16,7 @@ FOLDER = SOURCES / "examples" / "python"
 PRINTS = {
     "targets.py": "Left: 96 of 96 targets on the screen",
     "coverage.py": "square m, pixels of",
-    "study.py": "lands at its place",
+    "study.py": "% of its picture lands",
     "warp.py": "of its pixels show the input",
     "camera.py": "the camera sees 160 of 160 targets",
 }
@@ -58,6 +59,24 @@ def test_a_page_shows_what_runs(page, tmp_path):
     requires_picture(tmp_path / "targets.png")
 
 
+def test_the_page_names_what_there_is():
+    """The calls of its table, and the attributes that it lists with them."""
+    page = (SOURCES / "docs" / "python.md").read_text(encoding="utf-8")
+    kinds = {"Display": screenmanager.Display, "display": screenmanager.Display, "channel": screenmanager.Channel,
+             "screen": screenmanager.Screen}
+    names = re.findall(r"`(Display|display|channel|screen)\.(\w+)", page)
+    assert len(set(names)) > 25
+    for owner, name in names:
+        assert hasattr(kinds[owner], name), f"{owner}.{name}"
+    for kind in (screenmanager.Display, screenmanager.Channel, screenmanager.Screen, screenmanager.TargetData):
+        for name in vars(kind):
+            if not name.startswith("_") and name not in ("path", "id", "section_id", "old_id", "shape", "type"):
+                assert name in page or name.startswith("mirror_") or name.endswith("_table"), f"{kind.__name__}.{name}"
+    for name in screenmanager.__all__:
+        if issubclass(getattr(screenmanager, name), screenmanager.Error) and name != "Error":
+            assert f"`{name}`" in page
+
+
 def test_the_program_of_the_readme_is_ten_lines():
     assert len(blocks("README.md")[0].splitlines()) <= 10
 
@@ -77,5 +96,5 @@ def test_what_is_installed_needs_neither_sources_nor_build(tmp_path):
     assert libraries and all(str(tmp_path) in line for line in libraries)
     package, = tmp_path.rglob("screenmanager/_native*.so")
     assert sorted(path.name for path in package.parent.iterdir() if path.suffix in (".py", ".pyi", ".typed", "")) == [
-        "__init__.py", "__init__.pyi", "__pycache__", "_channel.py", "_display.py", "_native.pyi", "_records.py",
+        "__init__.py", "__init__.pyi", "__pycache__", "_arguments.py", "_channel.py", "_display.py", "_native.pyi", "_records.py",
         "_screen.py", "py.typed"]

@@ -108,6 +108,21 @@ def test_a_measured_mesh_takes_the_place_of_the_content():
     assert screenmanager.Display.load(example("dome")).screen.measured is None
 
 
+def test_each_surface_is_hit_by_itself(random):
+    display = screenmanager.Display.load(example("curved-wall"))
+    text = "\n".join(line for line in display.text.splitlines() if "MeasuredMesh" not in line)
+    alone = screenmanager.Display.parse(text, example("curved-wall"))
+    origins, directions = rays(random, 500)
+    designed = display.screen.content.intersect(origins, directions)
+    assert designed.hit.any()
+    assert_same_bits(designed.points, alone.screen.intersect(origins, directions).points)
+    measured = display.screen.measured.intersect(origins, directions)
+    assert_same_bits(measured.points, display.screen.intersect(origins, directions).points)
+    both = designed.hit & measured.hit
+    apart = np.linalg.norm(designed.points[both] - measured.points[both], axis=1)
+    assert 0 < apart.max() < 0.2
+
+
 def test_a_mesh_comes_as_arrays():
     display = screenmanager.Display.load(example("mesh-rays"))
     mesh = display.screen.mesh()

@@ -4,7 +4,7 @@ import os
 import subprocess
 import sys
 
-SOURCE_OF_PUBLIC_NAMES = r"screenmanager\._(channel|display|native|records|screen)(\..*)?"
+SOURCE_OF_PUBLIC_NAMES = r"screenmanager\._(arguments|channel|display|native|records|screen)(\..*)?"
 
 GOOD = """
 import numpy as np

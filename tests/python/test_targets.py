@@ -69,6 +69,7 @@ def test_a_channel_that_cannot_be_placed_keeps_its_fault_to_itself():
     ((0, 3), "columns: expected 1 to 10000, found 0"),
     ((3, -1), "rows: expected 1 to 10000, found -1"),
     ((3, 3, 20000), "samples_per_edge: expected 1 to 10000, found 20000"),
+    ((2001, 2000), "columns, rows: expected 4000000 targets of a channel at most, found 2001 x 2000"),
     ((2.5, 3), "columns: expected a whole number, found float"),
     (("4", 3), "columns: expected a whole number, found str"),
 ])

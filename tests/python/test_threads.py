@@ -2,6 +2,7 @@
 
 import gc
 import os
+import pathlib
 import signal
 import subprocess
 import sys
@@ -18,7 +19,7 @@ PAIRS = [("spherical-dome", "dome"), ("planar-wall", "warped-wall"), ("mesh-rays
          ("collimated", "cylinder")]
 
 
-def answers(display):
+def results_of(display):
     """What follows from the screen that is current."""
     channel = display.channels[0]
     picture = np.linspace(0.1, 0.9, 24).reshape(-1, 2)
@@ -29,11 +30,11 @@ def answers(display):
 
 @pytest.mark.parametrize("names", PAIRS)
 def test_two_displays_take_turns(names):
-    alone = [answers(screenmanager.Display.load(example(name))) for name in names]
+    alone = [results_of(screenmanager.Display.load(example(name))) for name in names]
     displays = [screenmanager.Display.load(example(name)) for name in names]
     for _ in range(5):
         for display, expected in zip(displays, alone):
-            for ours, theirs in zip(answers(display), expected):
+            for ours, theirs in zip(results_of(display), expected):
                 assert_same_bits(ours, theirs)
 
 
@@ -51,14 +52,14 @@ def test_two_displays_with_the_same_ids_do_not_share_their_targets():
 def test_eight_threads_on_four_displays_return_what_one_does():
     names = ["spherical-dome", "planar-wall", "mesh-rays", "dome"]
     displays = [screenmanager.Display.load(example(name)) for name in names]
-    expected = [answers(display) for display in displays]
+    expected = [results_of(display) for display in displays]
     faults = []
 
     def work(number):
         try:
             for turn in range(12):
                 which = (number + turn) % len(displays)
-                for ours, theirs in zip(answers(displays[which]), expected[which]):
+                for ours, theirs in zip(results_of(displays[which]), expected[which]):
                     assert_same_bits(ours, theirs)
         except BaseException as fault:  # noqa: BLE001
             faults.append(fault)
@@ -111,7 +112,7 @@ def test_a_display_that_goes_while_another_is_at_work_waits_with_its_end():
 
 def test_displays_are_given_back():
     def resident():
-        return int(open("/proc/self/statm").read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+        return int(pathlib.Path("/proc/self/statm").read_text(encoding="ascii").split()[1]) * os.sysconf("SC_PAGE_SIZE")
 
     def use():
         screenmanager.Display.load(example("mesh-rays")).targets(4, 3)

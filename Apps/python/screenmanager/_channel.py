@@ -2,6 +2,8 @@
 
 from typing import NamedTuple
 
+from ._arguments import count_of, pair_of, text_of
+from ._native import ArgumentError
 from ._records import Outline, PicturePlaces, Places
 
 
@@ -59,17 +61,9 @@ def _text(name, what, can_be_set=True):
         return self._native.channel_text(self._id, name)
 
     def put(self, value):
-        self._native.set_channel_text(self._id, name, _string(value, name))
+        self._native.set_channel_text(self._id, name, text_of(value, name))
 
     return property(get, put if can_be_set else None, doc=what)
-
-
-def _string(value, name):
-    from ._native import ArgumentTypeError
-
-    if not isinstance(value, str):
-        raise ArgumentTypeError(f"{name}: expected a text, found {type(value).__name__}")
-    return value
 
 
 class Channel:
@@ -181,22 +175,21 @@ class Channel:
         the picture; None for one place in the middle of each pixel. places has the shape (rows, columns, 2), row 0 at
         the bottom.
         """
-        columns, rows = (0, 0) if nodes is None else nodes
-        if nodes is not None and (columns < 2 or rows < 2):
-            from ._native import ArgumentError
-
-            raise ArgumentError(f"nodes: expected two columns and two rows at least, found {nodes!r}")
-        return PicturePlaces(*self._native.warp(self._id, panorama, columns, rows))
+        columns, rows = 0, 0
+        if nodes is not None:
+            columns, rows = (count_of(node, "nodes") for node in pair_of(nodes, "nodes", "columns and rows"))
+            if columns < 2 or rows < 2:
+                raise ArgumentError(f"nodes: expected two columns and two rows at least, found {columns} and {rows}")
+        return PicturePlaces(*self._native.warp(self._id, text_of(panorama, "panorama"), columns, rows))
 
     def outline(self, samples_per_edge=16):
         """The outline of the picture on the screen; returns an Outline with as many samples on each of the four edges."""
         import numpy as np
 
-        from ._native import ArgumentError
-
-        if samples_per_edge < 1:
-            raise ArgumentError(f"samples_per_edge: expected 1 at least, found {samples_per_edge}")
-        step = np.arange(samples_per_edge) / samples_per_edge
+        samples = count_of(samples_per_edge, "samples_per_edge")
+        if samples < 1:
+            raise ArgumentError(f"samples_per_edge: expected 1 at least, found {samples}")
+        step = np.arange(samples) / samples
         zero, one = np.zeros_like(step), np.ones_like(step)
         edges = [(step, one), (one, 1 - step), (1 - step, zero), (zero, step)]
         picture = np.concatenate([np.column_stack(edge) for edge in edges])

@@ -3,29 +3,13 @@
 import os
 
 from . import _native
+from ._arguments import count_of, path_of, text_of
 from ._channel import Channel
 from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Coverage, Fault, Finding, Overlap)
 from ._screen import Screen
 
-
-def _path(path):
-    """The bytes of a path."""
-    try:
-        name = os.fsencode(path)
-    except TypeError:
-        raise _native.ArgumentTypeError(
-            f"path: expected a text or a path, found {type(path).__name__}") from None
-    if b"\0" in name:
-        raise _native.ArgumentError("path: it holds a null character")
-    return name
-
-
-def _count(value, name):
-    try:
-        return value.__index__()
-    except AttributeError:
-        raise _native.ArgumentTypeError(
-            f"{name}: expected a whole number, found {type(value).__name__}") from None
+# As many as the program places: those of one channel are placed in one go, which Ctrl-C does not end.
+_MOST_TARGETS = 4_000_000
 
 
 class TargetData:
@@ -124,32 +108,35 @@ class Display:
         raise TypeError("use Display.load(path) or Display.parse(text)")
 
     @classmethod
-    def _of(cls, native, path):
+    def _of(cls, native, path, is_file):
         display = object.__new__(cls)
         display._native = native
         display._path = path
+        display._is_file = is_file
         return display
 
     @classmethod
     def load(cls, path):
         """Reads a configuration file. Raises MissingFileError where there is none, and ParseError with one fault per line
         when its content is faulty."""
-        name = _path(path)
-        return cls._of(_native.Display.load(name), os.fspath(path))
+        return cls._of(_native.Display.load(path_of(path)), os.fspath(path), True)
 
     @classmethod
     def parse(cls, text, name="display.xml"):
         """Reads the text of a configuration. name stands for the path in messages; the files that the text names are
         looked for in the folder of it."""
-        if not isinstance(text, (str, bytes)):
-            raise _native.ArgumentTypeError(f"text: expected a text, found {type(text).__name__}")
-        return cls._of(_native.Display.parse(text, _path(name)), os.fspath(name))
+        content = text if isinstance(text, bytes) else text_of(text, "text")
+        return cls._of(_native.Display.parse(content, path_of(name, "name")), os.fspath(name), False)
 
     def save(self, path=None):
-        """Writes the configuration in one step; to the file that it was read from when no path is given. Comments and
-        everything else that was not changed stay as they were. Raises ChangedFileError, and writes nothing, when that
-        file was changed elsewhere since."""
-        self._native.save(_path(self._path if path is None else path))
+        """Writes the configuration in one step; when no path is given, to the file that it was read from or saved to last.
+        Comments and everything else that was not changed stay as they were. Raises ChangedFileError, and writes nothing,
+        when that file was changed elsewhere since."""
+        if path is None and not self._is_file:
+            raise _native.ArgumentError("path: expected one for a display that was neither read from a file nor saved")
+        target = self._path if path is None else path
+        self._native.save(path_of(target))
+        self._path, self._is_file = os.fspath(target), True
 
     @property
     def text(self):
@@ -173,12 +160,12 @@ class Display:
         return self.__deepcopy__({})
 
     def __deepcopy__(self, memo):
-        display = self._of(_native.Display.parse(self.text, _path(self._path)), self._path)
+        display = type(self).parse(self.text, self._path)
         memo[id(self)] = display
         return display
 
     def __reduce__(self):
-        return _restored, (self.text, os.path.abspath(os.fsdecode(self._path)))
+        return _restored, (type(self), self.text, os.path.abspath(self._path))
 
     @property
     def channels(self):
@@ -188,29 +175,26 @@ class Display:
     def channel(self, name_or_id):
         """The channel with this id, else the one with this name. Raises Error, with the list of channels, when there is
         none and when several have the name."""
-        if not isinstance(name_or_id, str):
-            raise _native.ArgumentTypeError(
-                f"name_or_id: expected a text, found {type(name_or_id).__name__}")
-        return Channel(self, self._native.find_channel(name_or_id))
+        return Channel(self, self._native.find_channel(text_of(name_or_id, "name_or_id")))
 
     def add_channel(self, id):
         """Adds an entry behind the others, with nothing configured but its id; returns its Channel."""
-        self._native.add_channel(id)
+        self._native.add_channel(text_of(id, "id"))
         return Channel(self, id)
 
     def rename_channel(self, id, new_id):
         """Gives an entry another id; returns its Channel. Raises Error when another entry has that id."""
-        if not self._native.rename_channel(id, new_id):
+        if not self._native.rename_channel(text_of(id, "id"), text_of(new_id, "new_id")):
             raise _native.Error(f'another channel has the id "{new_id}"')
         return Channel(self, new_id)
 
     def move_channel(self, id, direction):
         """Moves an entry by one place: 1 later, -1 earlier; returns False past either end."""
-        return self._native.move_channel(id, _count(direction, "direction"))
+        return self._native.move_channel(text_of(id, "id"), count_of(direction, "direction"))
 
     def remove_channel(self, id):
         """Removes an entry; its Channel can no longer be used."""
-        self._native.remove_channel(id)
+        self._native.remove_channel(text_of(id, "id"))
 
     @property
     def screen(self):
@@ -225,8 +209,11 @@ class Display:
     def targets(self, columns=16, rows=10, samples_per_edge=16):
         """Places a grid of calibration targets over every picture, and its outline; returns a tuple of ChannelTargets in
         configuration order. A channel that cannot be placed has its fault, and does not keep the others from it."""
-        placed = self._native.place_targets(
-            _count(columns, "columns"), _count(rows, "rows"), _count(samples_per_edge, "samples_per_edge"))
+        columns, rows = count_of(columns, "columns"), count_of(rows, "rows")
+        if columns * rows > _MOST_TARGETS:
+            raise _native.ArgumentError(
+                f"columns, rows: expected {_MOST_TARGETS} targets of a channel at most, found {columns} x {rows}")
+        placed = self._native.place_targets(columns, rows, count_of(samples_per_edge, "samples_per_edge"))
         return tuple(ChannelTargets(name, id, *grid, *rest) for name, id, grid, *rest in placed)
 
     def coverage(self, pieces=False):
@@ -239,12 +226,15 @@ class Display:
     def check(self, quick=False, allowed=()):
         """Loads everything that the configuration names and judges the display by rules; returns a Check. quick: without
         the rules that need light. allowed: names of rules to leave out."""
-        facts, channels, faults, findings, left_out = self._native.check(bool(quick), list(allowed))
+        if isinstance(allowed, str):
+            raise _native.ArgumentTypeError("allowed: expected a list of names, found a text")
+        facts, channels, faults, findings, left_out = self._native.check(
+            bool(quick), [text_of(rule, "allowed") for rule in allowed])
         return Check(facts, tuple(ChannelFacts(*channel) for channel in channels),
                      tuple(Fault(*fault) for fault in faults), tuple(Finding(*finding) for finding in findings),
                      left_out)
 
 
-def _restored(text, path):
+def _restored(kind, text, path):
     """A display from a pickle."""
-    return Display.parse(text, path)
+    return kind.parse(text, path)

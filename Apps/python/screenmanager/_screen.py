@@ -1,5 +1,6 @@
 """The screen of a display: its description, and questions about its surface."""
 
+from ._arguments import pair_of
 from ._records import Hits, Mesh, Places
 
 
@@ -136,5 +137,5 @@ class Screen(Surface):
 
     @rails.setter
     def rails(self, value):
-        lower, upper = value
+        lower, upper = pair_of(value, "rails", "the lower and the upper rail")
         self._native.set_rails(lower, upper)
