@@ -34,7 +34,8 @@ struct FitOptions {
     bool holdsHorizontalShift = false;  ///< where the axis of the lens meets the picture, left to right, as configured
     /// False for plain least squares of all points: nothing is rejected.
     bool isRobust = true;
-    /// Points whose residual is larger than this many standard deviations are outliers.
+    /// Points whose residual is as rare as one number of more than this many standard deviations are outliers: since a
+    /// residual has two numbers, 4 stands for a length of 4.4 deviations.
     double rejection = 4.0;
     /// Channels to be solved, in the order of the configuration; empty for all that have points.
     std::vector<std::size_t> channels;

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <sstream>
 #include <stdexcept>
 
@@ -21,23 +20,6 @@ using namespace Veltrani::DisplayFit;
 using Veltrani::LensNumbers;
 using Veltrani::DisplayReport::TargetPlacer;
 using Veltrani::DisplayReport::TargetSurvey;
-
-constexpr double DEGREE = std::numbers::pi / 180;
-
-std::string yamlOf(const LensNumbers& lens) {
-    std::ostringstream text;
-    text.precision(17);
-    text << "%YAML:1.0\n---\nimage_width: " << lens.imageWidth << "\nimage_height: " << lens.imageHeight
-         << "\ncamera_matrix: !!opencv-matrix\n   rows: 3\n   cols: 3\n   dt: d\n   data: [ " << lens.fx << ", 0., "
-         << lens.cx << ", 0., " << lens.fy << ", " << lens.cy
-         << ", 0., 0., 1. ]\ndistortion_coefficients: !!opencv-matrix\n   rows: " << lens.distortion.size()
-         << "\n   cols: 1\n   dt: d\n   data: [ ";
-    for (std::size_t i = 0; i < lens.distortion.size(); ++i) {
-        text << (i == 0 ? "" : ", ") << lens.distortion[i];
-    }
-    text << " ]\n";
-    return text.str();
-}
 
 /// A tenth wider than it is, in tangents.
 double wider(double angle) {
@@ -128,7 +110,7 @@ std::unique_ptr<XMLConfigFile> FitScene::disturbed() {
             values.area.left = ProjectorConfig::SCREEN_BOUND_NOT_CONFIGURED;
         }
         const std::string lens =
-            values.lens ? m_folder->write("disturbed-" + std::to_string(channel) + ".yml", yamlOf(*values.lens)) : "";
+            values.lens ? m_folder->write("disturbed-" + std::to_string(channel) + ".yml", lensFile(*values.lens)) : "";
         apply(values, projector, lens);
     }
     return copy;
@@ -137,9 +119,9 @@ std::unique_ptr<XMLConfigFile> FitScene::disturbed() {
 void FitScene::apply(const DisplayFitResult& result, XMLConfigFile& config) const {
     const auto ids = config.getProjectorConfigIds();
     for (const ChannelFit& fit : result.channels) {
-        const std::string lens =
-            fit.after.lens ? m_folder->write("fitted-" + std::to_string(fit.channel) + ".yml", yamlOf(*fit.after.lens))
-                           : "";
+        const std::string lens = fit.after.lens ? m_folder->write("fitted-" + std::to_string(fit.channel) + ".yml",
+                                                                  lensFile(*fit.after.lens))
+                                                : "";
         apply(fit.after, *config.getProjectorConfig(ids[fit.channel]), lens);
     }
 }
@@ -176,4 +158,19 @@ ChannelValues valuesOf(const XMLConfigFile& config, std::size_t channel) {
         values.lens = LensNumbers::of(projector.getProjectionModelName());
     }
     return values;
+}
+
+std::string lensFile(const LensNumbers& lens) {
+    std::ostringstream text;
+    text.precision(17);
+    text << "%YAML:1.0\n---\nimage_width: " << lens.imageWidth << "\nimage_height: " << lens.imageHeight
+         << "\ncamera_matrix: !!opencv-matrix\n   rows: 3\n   cols: 3\n   dt: d\n   data: [ " << lens.fx << ", 0., "
+         << lens.cx << ", 0., " << lens.fy << ", " << lens.cy
+         << ", 0., 0., 1. ]\ndistortion_coefficients: !!opencv-matrix\n   rows: " << lens.distortion.size()
+         << "\n   cols: 1\n   dt: d\n   data: [ ";
+    for (std::size_t i = 0; i < lens.distortion.size(); ++i) {
+        text << (i == 0 ? "" : ", ") << lens.distortion[i];
+    }
+    text << " ]\n";
+    return text.str();
 }

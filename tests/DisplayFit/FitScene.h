@@ -6,8 +6,11 @@
 #include "support/TemporaryFolder.h"
 
 #include <memory>
+#include <numbers>
 #include <string>
 #include <vector>
+
+inline constexpr double DEGREE = std::numbers::pi / 180;
 
 /// A display whose truth is known: what is measured of it, copies that are wrong, and what a fit makes of them.
 class FitScene {
@@ -47,3 +50,6 @@ private:
 
 /// The values of a channel.
 [[nodiscard]] Veltrani::DisplayFit::ChannelValues valuesOf(const XMLConfigFile& config, std::size_t channel);
+
+/// A calibration file of a lens.
+[[nodiscard]] std::string lensFile(const Veltrani::LensNumbers& lens);

@@ -65,6 +65,16 @@ PictureModel& pictureOf(ChannelModel& model) {
     return static_cast<PictureModel&>(model);
 }
 
+/// How many points that took part lie where the lens folds.
+std::size_t pointsBeyondFold(const ChannelFit& fit, const ChannelModel& model) {
+    const auto& picture = static_cast<const PictureModel&>(model);
+    std::size_t beyond = 0;
+    for (std::size_t i = 0; i < fit.residuals.size(); ++i) {
+        beyond += static_cast<std::size_t>(!fit.residuals[i].isOutlier && !picture.isShortOfFold(i));
+    }
+    return beyond;
+}
+
 FitPoints reversed(const FitPoints& points, std::size_t coordinate) {
     FitPoints copy = points;
     for (Point<double, 2>& picture : copy.picture) {
@@ -162,9 +172,11 @@ bool ChannelFitter::fitsReversed(std::size_t coordinate, const PictureModel::Hel
 
 void ChannelFitter::judgeDirections(ChannelFit& fit, const ChannelModel& model) const {
     const Point<int, 2> isReversed = model.isReversed();
-    bool isU = isReversed[0] != 0;
-    bool isV = isReversed[1] != 0;
-    const bool isSuspect = m_setup.isPicture() && !isU && !isV && !(fit.isSolved && fitsPicture(model, FAR));
+    const bool fits = fit.isSolved && fitsPicture(model, FAR);
+    bool isU = fits && isReversed[0] != 0;
+    bool isV = fits && isReversed[1] != 0;
+    // A lens that folds can bring the mirror image of a picture near to its points.
+    const bool isSuspect = m_setup.isPicture() && !isU && !isV && (!fits || pointsBeyondFold(fit, model) > 0);
     if (isSuspect) {
         const PictureModel::Held held{fit.solved, fit.holdsSquarePixels, fit.holdsHorizontalShift};
         isU = fitsReversed(0, held);
@@ -210,16 +222,10 @@ void ChannelFitter::judgePoints(ChannelFit& fit, const ChannelModel& model, cons
         warn(fit, Kind::DEVIATIONS_TOO_SMALL, "the residuals are larger than the stated deviations explain",
              "check the deviations; the kind of the display or of the lens may not fit the projector either");
     }
-    if (fits && m_setup.isPicture()) {
-        const auto& picture = static_cast<const PictureModel&>(model);
-        std::size_t beyond = 0;
-        for (std::size_t i = 0; i < m_points.size(); ++i) {
-            beyond += static_cast<std::size_t>(!solution.isOutlier[i] && !picture.isShortOfFold(i));
-        }
-        if (beyond > 0) {
-            warn(fit, Kind::BEYOND_FOLD, std::to_string(beyond) + " points lie where the fitted lens folds",
-                 "solve fewer coefficients, or add points towards the corners of the picture");
-        }
+    const std::size_t beyond = fits && m_setup.isPicture() ? pointsBeyondFold(fit, model) : 0;
+    if (beyond > 0) {
+        warn(fit, Kind::BEYOND_FOLD, std::to_string(beyond) + " points lie where the fitted lens folds",
+             "solve fewer coefficients, or add points towards the corners of the picture");
     }
 }
 

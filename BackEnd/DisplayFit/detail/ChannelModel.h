@@ -44,6 +44,12 @@ public:
     /// Makes a step the base.
     virtual void move(const double* step) = 0;
 
+    /// Takes the derivatives, and the spreads, at the places where the points are by the base and their stated
+    /// deviations, in place of where they were measured. The noise of a point would otherwise stand in its residual and
+    /// in its derivatives at once, and shift what is solved. Here nothing: for models whose derivatives hardly depend
+    /// on the measured place.
+    virtual void settle() {}
+
     /// The values at the base and at a step from it; `values` has what is held already.
     virtual void write(const double* step, DisplayFit::ChannelValues& values) const = 0;
 

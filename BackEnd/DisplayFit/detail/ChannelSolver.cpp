@@ -27,12 +27,19 @@ constexpr double ENOUGH = 0.9;
 /// Points change sides at most this often.
 constexpr int MOST_REJECTIONS = 12;
 
-constexpr int MOST_POLISHING_STEPS = 4;
+/// Each step also settles the places of the points.
+constexpr int MOST_POLISHING_STEPS = 8;
 
 /// A step that lessens the squares by less than this part of them is below what rounding does.
 constexpr double NEGLIGIBLE = 1e-22;
 
 using Jacobian = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
+/// The size of a pair of two normal numbers that is exceeded as rarely as one of them exceeds so many deviations.
+double sizeAsRareAs(double deviations) {
+    const double probability = std::erfc(deviations / std::sqrt(2.0));
+    return probability > 0 ? std::sqrt(-2 * std::log(probability)) : deviations;
+}
 
 /// The cost of a state of a model; infinite where it has none.
 double costOf(const WeightedProblem& problem, std::vector<double>& residuals) {
@@ -94,12 +101,13 @@ bool ChannelSolver::solvePlainly(ChannelModel& model, WeightedProblem& problem, 
     const double least = model.points().hasDeviations() ? 1.0 : model.leastDeviation();
     const std::size_t count = model.points().size();
     double deviation = std::max(typicalDeviation(problem.sizes()), least);
+    const double largest = sizeAsRareAs(m_options.rejection);
     std::vector<bool> leftOut(count, false);
     for (int rejection = 0; rejection < MOST_REJECTIONS; ++rejection) {
         const std::vector<double> sizes = problem.sizes();
         std::vector<bool> next(count, false);
         std::transform(sizes.begin(), sizes.end(), next.begin(), [&](double size) {
-            return !std::isfinite(size) || (m_options.isRobust && size > m_options.rejection * deviation);
+            return !std::isfinite(size) || (m_options.isRobust && size > largest * deviation);
         });
         if (rejection > 0 && next == leftOut) {
             break;
@@ -116,6 +124,8 @@ bool ChannelSolver::solvePlainly(ChannelModel& model, WeightedProblem& problem, 
         summarise(problem, solution);
         deviation = std::max(solution.deviation, least);
     }
+    model.settle();
+    problem.weigh();
     polish(model, problem, solution);
     summarise(problem, solution);
     return true;
@@ -155,6 +165,7 @@ void ChannelSolver::polish(ChannelModel& model, WeightedProblem& problem, Soluti
             return;
         }
         model.move(step.data());
+        model.settle();
         problem.weigh();
     }
 }

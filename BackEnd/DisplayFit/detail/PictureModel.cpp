@@ -1,5 +1,6 @@
 #include "DisplayFit/detail/PictureModel.h"
 
+#include "Common/Finite.h"
 #include "DisplayFit/detail/Rotations.h"
 #include "DisplayFit/detail/ScreenPlane.h"
 #include "KelvoScreen/ScreenGeometry.h"
@@ -64,7 +65,12 @@ PictureView PictureView::of(const ChannelValues& values, LensFormula::Kind kind,
 }
 
 PictureModel::PictureModel(const FitPoints& points, const PictureView& view, const Held& held)
-    : m_points(points), m_view(view), m_held(held), m_givenFactor(view.factor) {
+    : m_points(points),
+      m_view(view),
+      m_held(held),
+      m_givenFactor(view.factor),
+      m_places(points.world),
+      m_offsets(points.size()) {
     m_column.fill(-1);
     listUnknowns();
     setView(view);
@@ -116,7 +122,7 @@ void PictureModel::setView(const PictureView& view) {
     }
     const Matrix<double, 3> projector_from_world = transpose(m_view.world_from_projector);
     m_fromProjector.clear();
-    for (const Vector& world : m_points.world) {
+    for (const Vector& world : m_places) {
         m_fromProjector.push_back(projector_from_world * (world - m_view.position));
     }
 }
@@ -187,7 +193,8 @@ void PictureModel::fillRow(const Moved& moved, const Vector& ray, const LensForm
 void PictureModel::evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const {
     const Vector turn{stepOf(step, TURN), stepOf(step, TURN + 1), stepOf(step, TURN + 2)};
     const Vector shift{stepOf(step, SHIFT), stepOf(step, SHIFT + 1), stepOf(step, SHIFT + 2)};
-    const Moved moved{viewAt(step), shift, rotationOf(-turn), turnBefore(-turn), heightOfStep(m_view.pixels[1])};
+    const Moved moved{viewAt(step), shift, rotationOf(-turn), turnBefore(-turn),
+                      m_held.squarePixels ? heightOfStep(m_view.pixels[1]) : 0.0};
     const PictureView& view = moved.view;
     const std::size_t columns = m_unknowns.size();
     LensFormula::Place place;
@@ -197,8 +204,9 @@ void PictureModel::evaluate(const double* step, double* residuals, double* jacob
         const Vector ray = moved.back * (m_fromProjector[i] - shift);
         isMapped[i] = view.lens.place(ray, place);
         if (isMapped[i]) {
-            residual[0] = view.pixels[0] * (view.factor[0] * place.a + view.shift[0] - m_points.picture[i][0]);
-            residual[1] = view.pixels[1] * (view.factor[1] * place.b + view.shift[1] - m_points.picture[i][1]);
+            const Point<double, 2>& stated = m_points.picture[i];
+            residual[0] = view.pixels[0] * (view.factor[0] * place.a + view.shift[0] - stated[0]) + m_offsets[i][0];
+            residual[1] = view.pixels[1] * (view.factor[1] * place.b + view.shift[1] - stated[1]) + m_offsets[i][1];
             if (rows != nullptr) {
                 fillRow(moved, ray, place, true, rows);
                 fillRow(moved, ray, place, false, rows + columns);
@@ -230,7 +238,7 @@ bool PictureModel::gradients(const Vector& world, Point<double, 2>& picture, std
 bool PictureModel::spreadOf(std::size_t point, Spread& spread) const {
     Point<double, 2> picture;
     std::array<Vector, 2> byWorld;
-    if (!gradients(m_points.world[point], picture, byWorld)) {
+    if (!gradients(m_places[point], picture, byWorld)) {
         return false;
     }
     spread = {};
@@ -249,6 +257,33 @@ bool PictureModel::spreadOf(std::size_t point, Spread& spread) const {
 
 void PictureModel::move(const double* step) {
     setView(viewAt(step));
+}
+
+void PictureModel::settle() {
+    if (m_points.covariance.empty()) {
+        return;
+    }
+    for (std::size_t i = 0; i < m_points.size(); ++i) {
+        Point<double, 2> picture;
+        std::array<Vector, 2> byWorld;
+        Spread spread;
+        const Vector& measured = m_points.world[i];
+        if (!gradients(m_places[i], picture, byWorld) || !spreadOf(i, spread)) {
+            continue;
+        }
+        const Vector back = measured - m_places[i];
+        const Point<double, 2> miss{m_view.pixels[0] * (picture[0] - m_points.picture[i][0]) + dot(byWorld[0], back),
+                                    m_view.pixels[1] * (picture[1] - m_points.picture[i][1]) + dot(byWorld[1], back)};
+        const double determinant = spread[0] * spread[2] - spread[1] * spread[1];
+        const Vector pull = byWorld[0] * ((spread[2] * miss[0] - spread[1] * miss[1]) / determinant) +
+                            byWorld[1] * ((spread[0] * miss[1] - spread[1] * miss[0]) / determinant);
+        const Vector settled = measured - m_points.covariance[i] * pull;
+        if (isFinite(settled) && gradients(settled, picture, byWorld)) {
+            m_places[i] = settled;
+            m_offsets[i] = {dot(byWorld[0], measured - settled), dot(byWorld[1], measured - settled)};
+        }
+    }
+    setView(m_view);
 }
 
 void PictureModel::write(const double* step, ChannelValues& values) const {

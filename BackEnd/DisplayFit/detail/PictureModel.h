@@ -26,7 +26,8 @@ struct PictureView {
 };
 
 /// Residuals in the picture, pixels: where the picture shows the measured point, minus the stated place. The analytic
-/// derivatives are those of the whole way from the unknowns to the picture.
+/// derivatives are those of the whole way from the unknowns to the picture. Once settled, the picture is linear between
+/// the settled place of a point and the measured one.
 class PictureModel : public ChannelModel {
 public:
     struct Held {
@@ -43,6 +44,7 @@ public:
     void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const override;
     bool spreadOf(std::size_t point, Spread& spread) const override;
     void move(const double* step) override;
+    void settle() override;
     void write(const double* step, DisplayFit::ChannelValues& values) const override;
     bool missInPicture(std::size_t point, Point<double, 2>& pixels) const override;
     bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const override;
@@ -81,7 +83,9 @@ private:
     Point<double, 2> m_givenFactor;
     std::vector<Unknown> m_unknowns;
     std::array<int, SLOTS> m_column{};
-    std::vector<Point<double, 3>> m_fromProjector;  ///< the points in the projector's frame at the base
+    std::vector<Point<double, 3>> m_places;         ///< measured, or settled
+    std::vector<Point<double, 2>> m_offsets;        ///< from the residuals of these to those of the measured ones
+    std::vector<Point<double, 3>> m_fromProjector;  ///< the places in the projector's frame at the base
 };
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -21,6 +21,9 @@ constexpr double EDGE = 1e-9;
 /// A step that is shorter than this, in parameters, is the last.
 constexpr double ARRIVED = 1e-15;
 
+/// No step is longer than this, in parameters.
+constexpr double LONGEST_STEP = 0.25;
+
 constexpr int MOST_STEPS = 60;
 constexpr int MOST_HALVINGS = 12;
 
@@ -44,6 +47,8 @@ void approach(const ScreenGeometry& screen, const Vector& point, SurfacePlace& p
         if (!(norm(move) > ARRIVED)) {
             return;
         }
+        // Near a pole the tangents lead far beyond the surface, and around it.
+        move *= std::min(1.0, LONGEST_STEP / norm(move));
         bool isNearer = false;
         for (int halving = 0; halving < MOST_HALVINGS && !isNearer; ++halving, move *= 0.5) {
             SurfacePlace there;

@@ -1,0 +1,195 @@
+// Measurements with noise: the stated deviations are those that fits have, and outliers are found.
+#include "DisplayFit/DisplayFitter.h"
+
+#include "FitScene.h"
+#include "ScreenManager/ScreenManager.h"
+#include "SyntheticChannel.h"
+#include "support/LogTrap.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <Eigen/Cholesky>
+
+#include <cmath>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Veltrani::DisplayFit;
+
+const std::vector<double> FIVE{-0.14, 0.08, 4e-4, -3e-4, -0.02};
+
+class Noise : public testing::Test {
+protected:
+    ~Noise() override { ScreenManager::deleteInstance(); }
+    LogTrap m_log;
+};
+
+/// Bounds of chi-square that hold 99 % of it, by the approximation of Wilson and Hilferty.
+std::pair<double, double> chiSquareBand(double degrees) {
+    constexpr double HALF_PERCENT = 2.5758293035489004;
+    const auto bound = [&](double z) {
+        const double part = 2 / (9 * degrees);
+        return degrees * std::pow(1 - part + z * std::sqrt(part), 3);
+    };
+    return {bound(-HALF_PERCENT), bound(HALF_PERCENT)};
+}
+
+/// Orientation, position, width, height, shifts and coefficients of the truth, as steps from a fit.
+Eigen::VectorXd errorOf(const ChannelFit& fit, const ChannelValues& truth, std::size_t count) {
+    const auto is = Veltrani::rotationZXY(fit.after.orientation[0], fit.after.orientation[1], fit.after.orientation[2]);
+    const auto was = Veltrani::rotationZXY(truth.orientation[0], truth.orientation[1], truth.orientation[2]);
+    const auto turned = transpose(is) * was;
+    const auto moved = transpose(is) * (truth.position - fit.after.position);
+    Eigen::VectorXd error(static_cast<Eigen::Index>(count));
+    error.head(6) << turned(2, 1), turned(0, 2), turned(1, 0), moved[0], moved[1], moved[2];
+    const auto numbers = [](const Veltrani::LensNumbers& lens) {
+        return std::array{lens.fx / lens.imageWidth, lens.fy / lens.imageHeight, (lens.cx + 0.5) / lens.imageWidth,
+                          1 - (lens.cy + 0.5) / lens.imageHeight};
+    };
+    for (std::size_t i = 0; i < 4; ++i) {
+        error[static_cast<Eigen::Index>(6 + i)] = numbers(*truth.lens)[i] - numbers(*fit.after.lens)[i];
+    }
+    for (std::size_t i = 10; i < count; ++i) {
+        error[static_cast<Eigen::Index>(i)] = truth.lens->distortion[i - 10] - fit.after.lens->distortion[i - 10];
+    }
+    return error;
+}
+
+double normalisedSquare(const ChannelFit& fit, const ChannelValues& truth) {
+    const std::size_t count = fit.worst.solvedNames.size();
+    const auto size = static_cast<Eigen::Index>(count);
+    const Eigen::Map<const Eigen::MatrixXd> covariance(fit.covariance.data(), size, size);
+    const Eigen::VectorXd error = errorOf(fit, truth, count);
+    // Scaled, since lengths, angles and coefficients differ by orders.
+    const Eigen::VectorXd scale = covariance.diagonal().cwiseSqrt();
+    const Eigen::MatrixXd unit = scale.cwiseInverse().asDiagonal() * covariance * scale.cwiseInverse().asDiagonal();
+    const Eigen::VectorXd scaled = error.cwiseQuotient(scale);
+    return scaled.dot(unit.ldlt().solve(scaled));
+}
+
+TEST_F(Noise, TheNormalisedErrorIsChiSquareOverTwoHundredSeeds) {
+    constexpr unsigned SEEDS = 200;
+    const SyntheticChannel channel("BrownConrady", FIVE);
+    const auto points = channel.measured(150);
+    const auto config = channel.config(channel.disturbed(), "start");
+    for (const bool isStated : {true, false}) {
+        double squares = 0;
+        double residuals = 0;
+        double degrees = 0;
+        double freedom = 0;
+        for (unsigned seed = 1; seed <= SEEDS; ++seed) {
+            const auto noisy = isStated ? SyntheticChannel::noisy(points, 0.002, seed)
+                                        : SyntheticChannel::noisyInPicture(points, 1.5, seed);
+            FitOptions options;
+            options.isRobust = false;
+            const ChannelFit fit = DisplayFitter(options).fit(*config, noisy).channels[0];
+            ASSERT_TRUE(fit.isSolved);
+            squares += normalisedSquare(fit, channel.truth());
+            degrees += static_cast<double>(fit.worst.solvedNames.size());
+            freedom += static_cast<double>(fit.degreesOfFreedom);
+            residuals += fit.residualFactor * fit.residualFactor * static_cast<double>(fit.degreesOfFreedom);
+            EXPECT_EQ(fit.degreesOfFreedom, 2 * points.size() - 15);
+        }
+        if (isStated) {
+            const auto [low, high] = chiSquareBand(degrees);
+            EXPECT_GT(squares, low);
+            EXPECT_LT(squares, high);
+            const auto [least, most] = chiSquareBand(freedom);
+            EXPECT_GT(residuals, least);
+            EXPECT_LT(residuals, most);
+        } else {
+            // The deviation was estimated, from as many residuals each time.
+            EXPECT_NEAR(squares / degrees, 1, 0.1);
+            EXPECT_NEAR(std::sqrt(residuals / freedom), 1.5, 0.02);
+        }
+    }
+}
+
+TEST_F(Noise, TheDeviationsOfValuesAreThoseOfManyFits) {
+    constexpr unsigned SEEDS = 100;
+    const SyntheticChannel channel("Rectilinear", {});
+    const auto points = channel.measured(80);
+    const auto config = channel.config(channel.truth(), "start");
+    std::vector<double> squares;
+    for (unsigned seed = 1; seed <= SEEDS; ++seed) {
+        const ChannelFit fit = DisplayFitter().fit(*config, SyntheticChannel::noisy(points, 0.002, seed)).channels[0];
+        squares.resize(fit.values.size());
+        for (std::size_t i = 0; i < fit.values.size(); ++i) {
+            const double part = (fit.values[i].after - fit.values[i].before) / fit.values[i].deviation.value();
+            squares[i] += part * part;
+        }
+    }
+    double pooled = 0;
+    for (std::size_t i = 0; i < squares.size(); ++i) {
+        // Of ten values, one in five hundred displays would lie outside of this.
+        EXPECT_NEAR(squares[i] / SEEDS, 1, 0.45) << i;
+        pooled += squares[i];
+    }
+    EXPECT_NEAR(pooled / static_cast<double>(SEEDS * squares.size()), 1, 0.2);
+}
+
+TEST_F(Noise, OutliersAreFoundAndChangeNothing) {
+    constexpr std::size_t COUNT = 1000;
+    constexpr double DEVIATION = 0.002;
+    constexpr double PIXELS = 1.5;
+    const SyntheticChannel channel("BrownConrady", FIVE);
+    int same = 0;
+    for (const bool isStated : {true, false}) {
+        for (unsigned seed = 1; seed <= 5; ++seed) {
+            auto points = isStated ? SyntheticChannel::noisy(channel.measured(COUNT), DEVIATION, seed)
+                                   : SyntheticChannel::noisyInPicture(channel.measured(COUNT), PIXELS, seed);
+            std::mt19937 random(seed + 1000);
+            std::normal_distribution<double> direction;
+            std::uniform_real_distribution<double> far(20, 200);
+            std::vector<MeasuredPoint> sound;
+            std::set<std::size_t> wrong;
+            for (std::size_t i = 0; i < COUNT; ++i) {
+                if (i % 10 != 3) {
+                    sound.push_back(points[i]);
+                    continue;
+                }
+                wrong.insert(i);
+                if (!isStated) {
+                    const double angle = direction(random);
+                    const double pixels = far(random) * PIXELS;
+                    points[i].picture +=
+                        Point<double, 2>{pixels * std::cos(angle) / 1920, pixels * std::sin(angle) / 1200};
+                    continue;
+                }
+                // Across the line of sight: along it nothing deviates in the picture.
+                const Point<double, 3> view = points[i].world - channel.truth().position;
+                Point<double, 3> aside =
+                    cross(view, Point<double, 3>{direction(random), direction(random), direction(random)});
+                points[i].world += aside * (far(random) * DEVIATION / norm(aside));
+            }
+            const auto config = channel.config(channel.disturbed(), "start");
+            const ChannelFit fit = DisplayFitter().fit(*config, points).channels[0];
+            FitOptions plain;
+            plain.isRobust = false;
+            const ChannelFit expected = DisplayFitter(plain).fit(*config, sound).channels[0];
+            ASSERT_TRUE(fit.isSolved && expected.isSolved);
+            std::size_t found = 0;
+            std::size_t mistaken = 0;
+            for (const PointResidual& residual : fit.residuals) {
+                found += static_cast<std::size_t>(residual.isOutlier && wrong.contains(residual.point));
+                mistaken += static_cast<std::size_t>(residual.isOutlier && !wrong.contains(residual.point));
+            }
+            EXPECT_GE(found * 100, wrong.size() * 99) << "seed " << seed;
+            EXPECT_LE(mistaken, 2U) << "seed " << seed;
+            EXPECT_EQ(fit.outcome, FitOutcome::DOUBTFUL);
+            // One sound point in twenty thousand is as far off as an outlier. Without it the fit is another one.
+            same += static_cast<int>(mistaken == 0);
+            for (std::size_t i = 0; i < fit.values.size() && mistaken == 0; ++i) {
+                EXPECT_NEAR(fit.values[i].after, expected.values[i].after, 0.1 * expected.values[i].deviation.value())
+                    << fit.values[i].name << ", seed " << seed << (isStated ? ", stated" : "");
+            }
+        }
+    }
+    EXPECT_GE(same, 7) << "of ten";
+}
+
+}  // namespace

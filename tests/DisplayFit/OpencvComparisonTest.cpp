@@ -1,0 +1,167 @@
+// The same correspondences and the same model in another program: our cost is no larger.
+#include "DisplayFit/DisplayFitter.h"
+
+#include "ScreenManager/ScreenManager.h"
+#include "SyntheticChannel.h"
+#include "support/LogTrap.h"
+
+#include <gtest/gtest.h>
+#include <opencv2/calib3d.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Veltrani::DisplayFit;
+using Veltrani::LensNumbers;
+
+/// Of the cost.
+constexpr double WORSE = 1e-6;
+
+struct Correspondences {
+    std::vector<cv::Point3d> world;
+    std::vector<cv::Point2d> pixels;
+};
+
+/// In the conventions of calibrations: pixel centres at whole numbers, from the top left.
+Correspondences correspondencesOf(const std::vector<MeasuredPoint>& points) {
+    Correspondences list;
+    for (const MeasuredPoint& point : points) {
+        list.world.emplace_back(point.world[0], point.world[1], point.world[2]);
+        list.pixels.emplace_back(point.picture[0] * 1920 - 0.5, (1 - point.picture[1]) * 1200 - 0.5);
+    }
+    return list;
+}
+
+cv::Mat cameraOf(const LensNumbers& lens) {
+    return (cv::Mat_<double>(3, 3) << lens.fx, 0, lens.cx, 0, lens.fy, lens.cy, 0, 0, 1);
+}
+
+/// From the world to a camera that looks along z with y down.
+void poseOf(const ChannelValues& values, cv::Mat& turn, cv::Mat& shift) {
+    const auto world_from_projector =
+        Veltrani::rotationZXY(values.orientation[0], values.orientation[1], values.orientation[2]);
+    const auto projector_from_world = transpose(world_from_projector);
+    cv::Mat rotation(3, 3, CV_64F);
+    for (int c = 0; c < 3; ++c) {
+        const auto column = static_cast<std::size_t>(c);
+        rotation.at<double>(0, c) = projector_from_world(0, column);
+        rotation.at<double>(1, c) = -projector_from_world(2, column);
+        rotation.at<double>(2, c) = projector_from_world(1, column);
+    }
+    const cv::Mat position = (cv::Mat_<double>(3, 1) << values.position[0], values.position[1], values.position[2]);
+    shift = -rotation * position;
+    cv::Rodrigues(rotation, turn);
+}
+
+double costOf(const Correspondences& list, const cv::Mat& turn, const cv::Mat& shift, const cv::Mat& camera,
+              const cv::Mat& distortion) {
+    std::vector<cv::Point2d> projected;
+    cv::projectPoints(list.world, turn, shift, camera, distortion, projected);
+    double cost = 0;
+    for (std::size_t i = 0; i < projected.size(); ++i) {
+        const cv::Point2d miss = projected[i] - list.pixels[i];
+        cost += miss.dot(miss);
+    }
+    return cost;
+}
+
+/// The cost of our values, computed by the other program.
+double costOf(const Correspondences& list, const ChannelValues& values) {
+    cv::Mat turn;
+    cv::Mat shift;
+    poseOf(values, turn, shift);
+    return costOf(list, turn, shift, cameraOf(*values.lens), cv::Mat(values.lens->distortion));
+}
+
+/// Calibrates from a start, until nothing is gained any more.
+double calibratedCost(const Correspondences& list, const ChannelValues& start) {
+    std::vector<std::vector<cv::Point3f>> world(1);
+    std::vector<std::vector<cv::Point2f>> pixels(1);
+    for (std::size_t i = 0; i < list.world.size(); ++i) {
+        world[0].emplace_back(list.world[i]);
+        pixels[0].emplace_back(list.pixels[i]);
+    }
+    cv::Mat camera = cameraOf(*start.lens);
+    cv::Mat distortion = cv::Mat(start.lens->distortion).clone();
+    std::vector<cv::Mat> turns;
+    std::vector<cv::Mat> shifts;
+    const std::size_t count = start.lens->distortion.size();
+    const int flags = cv::CALIB_USE_INTRINSIC_GUESS | (count < 5 ? cv::CALIB_FIX_K3 : 0) |
+                      (count == 8 ? cv::CALIB_RATIONAL_MODEL : 0);
+    cv::calibrateCamera(world, pixels, {1920, 1200}, camera, distortion, turns, shifts, flags,
+                        {cv::TermCriteria::COUNT | cv::TermCriteria::EPS, 500, 1e-15});
+    return costOf(list, turns[0], shifts[0], camera, distortion);
+}
+
+/// Both programs are given what single precision holds, since the other one reads no more.
+std::vector<MeasuredPoint> rounded(std::vector<MeasuredPoint> points) {
+    for (MeasuredPoint& point : points) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            point.world[i] = static_cast<double>(static_cast<float>(point.world[i]));
+        }
+        const auto px = static_cast<double>(static_cast<float>(point.picture[0] * 1920 - 0.5));
+        const auto py = static_cast<double>(static_cast<float>((1 - point.picture[1]) * 1200 - 0.5));
+        point.picture = {(px + 0.5) / 1920, 1 - (py + 0.5) / 1200};
+    }
+    return points;
+}
+
+const std::vector<std::vector<double>> LENSES{{-0.14, 0.08, 4e-4, -3e-4},
+                                              {-0.14, 0.08, 4e-4, -3e-4, -0.02},
+                                              {-0.3, 0.12, -1e-3, 2e-3, 0.01},
+                                              {0.05, -0.02, 0, 0, 0.005},
+                                              {0.3, -0.12, 4e-4, -3e-4, 0.05, 0.45, -0.08, 0.03}};
+
+class OpencvComparison : public testing::TestWithParam<int> {
+protected:
+    ~OpencvComparison() override { ScreenManager::deleteInstance(); }
+    LogTrap m_log;
+};
+
+TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
+    cv::setNumThreads(1);
+    const auto index = static_cast<std::size_t>(GetParam());
+    const SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()], 40 + GetParam());
+    const double pixels = index < LENSES.size() ? 0.3 : 2;
+    const auto points = rounded(SyntheticChannel::noisyInPicture(channel.measured(300), pixels, 5));
+    const ChannelValues start = channel.disturbed();
+    FitOptions options;
+    options.isRobust = false;
+    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    ASSERT_TRUE(fit.isSolved);
+    const Correspondences list = correspondencesOf(points);
+    const double ours = costOf(list, fit.after);
+    EXPECT_LE(ours, calibratedCost(list, start) * (1 + WORSE));
+    // Both count the same: our own figure is that of the other program.
+    EXPECT_NEAR(fit.residualFactor * fit.residualFactor * static_cast<double>(fit.degreesOfFreedom), ours, 1e-6 * ours);
+}
+
+TEST_P(OpencvComparison, OurPoseIsNoWorseThanOneOfALensThatIsKnown) {
+    const auto index = static_cast<std::size_t>(GetParam());
+    const SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()], 60 + GetParam());
+    const auto points = SyntheticChannel::noisyInPicture(channel.measured(50), 1, 6);
+    ChannelValues start = channel.disturbed();
+    start.lens = channel.truth().lens;
+    FitOptions options;
+    options.isRobust = false;
+    options.solved = SolvedGroups{true, true, false, false, false};
+    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    ASSERT_TRUE(fit.isSolved);
+    const Correspondences list = correspondencesOf(points);
+    cv::Mat turn;
+    cv::Mat shift;
+    const cv::Mat camera = cameraOf(*start.lens);
+    const cv::Mat distortion(start.lens->distortion);
+    ASSERT_TRUE(cv::solvePnP(list.world, list.pixels, camera, distortion, turn, shift));
+    cv::solvePnPRefineLM(list.world, list.pixels, camera, distortion, turn, shift,
+                         {cv::TermCriteria::COUNT | cv::TermCriteria::EPS, 200, 1e-14});
+    EXPECT_LE(costOf(list, fit.after), costOf(list, turn, shift, camera, distortion) * (1 + WORSE));
+}
+
+INSTANTIATE_TEST_SUITE_P(TenSetUps, OpencvComparison, testing::Range(0, 10));
+
+}  // namespace
