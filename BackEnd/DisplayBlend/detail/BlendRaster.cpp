@@ -108,12 +108,26 @@ void BlendRaster::doBand(float alone) {
     doPutOff();
 }
 
+template <class Take>
+void BlendRaster::forPixels(const Square& square, const Take& take) const {
+    for (auto row = static_cast<std::size_t>(square.y[0]); row < static_cast<std::size_t>(square.y[2]); ++row) {
+        for (auto column = static_cast<std::size_t>(square.x[0]); column < static_cast<std::size_t>(square.x[2]);
+             ++column) {
+            take(row * m_picture.width + column);
+        }
+    }
+}
+
 void BlendRaster::doSquare(const Square& square, float alone) {
     std::size_t lands = 0;
     for (const Corners& row : m_rows) {
         for (const std::size_t column : square.columns) {
             lands += row.samples.lands(column) ? 1 : 0;
         }
+    }
+    if (lands == 0) {
+        forPixels(square, [this](std::size_t pixel) { m_misses[pixel] = true; });
+        return;
     }
     if (lands < SIDE * SIDE) {
         putOff(square);
@@ -130,13 +144,10 @@ void BlendRaster::doSquare(const Square& square, float alone) {
             m_lighting.push_back(other);
         }
     }
-    if (!m_lighting.empty()) {
+    if (m_lighting.empty()) {
+        forPixels(square, [&](std::size_t pixel) { m_picture.light[pixel] = alone; });
+    } else {
         interpolate(square);
-        return;
-    }
-    for (auto row = static_cast<std::size_t>(square.y[0]); row < static_cast<std::size_t>(square.y[2]); ++row) {
-        float* const start = m_picture.light.data() + row * m_picture.width;
-        std::fill(start + static_cast<std::size_t>(square.x[0]), start + static_cast<std::size_t>(square.x[2]), alone);
     }
 }
 
@@ -271,12 +282,7 @@ float BlendRaster::valueOf(const P2& picture, const P3& place) {
 }
 
 void BlendRaster::putOff(const Square& square) {
-    for (auto row = static_cast<std::size_t>(square.y[0]); row < static_cast<std::size_t>(square.y[2]); ++row) {
-        for (auto column = static_cast<std::size_t>(square.x[0]); column < static_cast<std::size_t>(square.x[2]);
-             ++column) {
-            m_numbers.push_back(row * m_picture.width + column);
-        }
-    }
+    forPixels(square, [this](std::size_t pixel) { m_numbers.push_back(pixel); });
 }
 
 void BlendRaster::doPutOff() {

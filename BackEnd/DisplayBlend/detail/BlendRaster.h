@@ -68,6 +68,9 @@ private:
     [[nodiscard]] bool isLinear(std::size_t other, const Square& square) const;
     void interpolate(const Square& square);
     void interpolateQuarter(const Square& square, std::size_t right, std::size_t upper);
+    /// Calls `take` with the number of each pixel.
+    template <class Take>
+    void forPixels(const Square& square, const Take& take) const;
     void putOff(const Square& square);
     void doPutOff();
     [[nodiscard]] Point<double, 2> middleOf(std::size_t pixel) const;
