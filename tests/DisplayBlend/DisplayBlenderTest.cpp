@@ -4,6 +4,7 @@
 #include "Common/VeltraniException.h"
 
 #include <algorithm>
+#include <numbers>
 #include <stdexcept>
 
 namespace {
@@ -88,6 +89,67 @@ TEST_F(DisplayBlenderTest, WhereFourMeetInTheMiddleEachHasAQuarter) {
     const auto pictures = weights();
     EXPECT_NEAR(pictures[0].between({5.0 / 6, 5.0 / 6}), 0.25, 1e-4);
     EXPECT_NEAR(pictures[3].between({1.0 / 6, 1.0 / 6}), 0.25, 1e-4);
+}
+
+// Slices of a sphere from pole to pole. In the picture of a slice its edges are straight; usual for its width is that
+// at an elevation of 45 degrees.
+TEST_F(DisplayBlenderTest, ThreeLunesFollowTheIntegrals) {
+    load(displays::SPHERE, area("A", 0, 0.4, 0, 1) + area("B", 0.3, 0.7, 0, 1) + area("C", 0.6, 1, 0, 1));
+    const auto pictures = weights();
+    const double width = 5 * std::sqrt(0.5) * 0.4 * 2 * std::numbers::pi;
+    const double height = 5 * std::numbers::pi;
+    for (int row = 20; row < 1180; row += 97) {
+        for (int column = 0; column < 1920; column += 61) {
+            const double u = (column + 0.5) / 1920;
+            const double y = height * (row + 0.5) / 1200;
+            double expected = 1;
+            // A quarter of the middle one at either side is shared.
+            if (const double shared = std::min(u, 1 - u); shared < 0.25) {
+                const double own =
+                    1 / (integral(-y, height - y, width * shared) + integral(-y, height - y, width * (1 - shared)));
+                // The other one may end on both of its sides; those of A and C end at the seam, which lies in no
+                // picture.
+                const double other = 1 / integral(-y, height - y, width * (0.25 - shared));
+                expected = own / (own + other);
+            }
+            const auto x = static_cast<std::size_t>(column);
+            EXPECT_NEAR(pictures[1].at(x, static_cast<std::size_t>(row)), expected, 3e-3) << column << ' ' << row;
+        }
+    }
+}
+
+// Away from a crossing at the distance r, what changes with the direction from it alone bends by some 1 / r^2; a kink
+// would bend by a whole slope from one pixel to the next.
+TEST_F(DisplayBlenderTest, NoSlopeJumps) {
+    load(displays::FLAT, area("A", 0, 0.6, 0, 0.55) + area("B", 0.4, 1, 0, 0.6) + area("C", 0, 0.6, 0.4, 1) +
+                             area("D", 0.4, 1, 0.42, 1) + area("Inset", 0.2, 0.5, 0.3, 0.7));
+    const auto pictures = weights();
+    // Where the outlines cross, in the picture of the first one.
+    std::vector<P2> crossings;
+    for (const double x : {0.0, 0.2, 0.4, 0.5, 0.6}) {
+        for (const double y : {0.0, 0.3, 0.4, 0.42, 0.55, 0.6, 0.7}) {
+            crossings.push_back({x / 0.6 * 1920, y / 0.55 * 1200});
+        }
+    }
+    double steepest = 0;
+    for (std::size_t row = 1; row + 1 < 1200; row += 3) {
+        for (std::size_t column = 1; column + 1 < 1920; ++column) {
+            double r = 1e9;
+            for (const P2& crossing : crossings) {
+                r = std::min(r, norm(P2{static_cast<double>(column) + 0.5, static_cast<double>(row) + 0.5} - crossing));
+            }
+            if (r < 5) {
+                continue;
+            }
+            const BlendPicture& own = pictures[0];
+            const double here = own.at(column, row);
+            const double across = own.at(column - 1, row) + own.at(column + 1, row) - 2 * here;
+            const double upwards = own.at(column, row - 1) + own.at(column, row + 1) - 2 * here;
+            steepest = std::max(steepest, std::abs(own.at(column + 1, row) - here));
+            ASSERT_LT(std::max(std::abs(across), std::abs(upwards)), 10 / (r * r) + 2e-5) << column << ' ' << row;
+        }
+    }
+    EXPECT_GT(steepest, 0.002) << "there is something to see";
 }
 
 TEST_F(DisplayBlenderTest, AShadowEndsAPictureSmoothly) {

@@ -21,8 +21,8 @@ constexpr int STEP = 8;  // pixels
 /// one, between corners twice as far apart, is off four times as far.
 constexpr double MOST_OFF = 0.01;
 constexpr double LARGER = 4.0;
-/// Pixels between the places themselves, which only the edges of shadows are measured from.
-constexpr double MOST_PLACE_OFF = 0.05;
+/// The same of the places themselves, which only the edges of shadows are measured from.
+constexpr double MOST_PLACE_OFF = 0.01;
 /// A part of the square's extent in the other picture: what bends out of the box around its corners.
 constexpr double BULGE = 0.1;
 
