@@ -83,6 +83,23 @@ ChannelLight::Landing ChannelLight::landingOf(const Point<double, 2>& picture) c
     return landing;
 }
 
+void ChannelLight::reach(std::span<const SurfacePoint> points, std::span<Reach> reaches) const {
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        reaches[i] = {};
+        reaches[i].hasPicture = findPicture(points[i], reaches[i].picture);
+        reaches[i].inSight = reaches[i].hasPicture && isNearPicture(reaches[i].picture) && isReached(points[i]);
+    }
+}
+
+bool ChannelLight::isReached(const SurfacePoint& /*point*/) const {
+    return true;
+}
+
+bool ChannelLight::isNearPicture(const Point<double, 2>& picture) {
+    return picture[0] >= -NEAR_PICTURE && picture[0] <= 1.0 + NEAR_PICTURE && picture[1] >= -NEAR_PICTURE &&
+           picture[1] <= 1.0 + NEAR_PICTURE;
+}
+
 bool ChannelLight::isInPicture(const Point<double, 2>& picture) {
     return picture[0] >= 0.0 && picture[0] <= 1.0 && picture[1] >= 0.0 && picture[1] <= 1.0;
 }

@@ -24,7 +24,21 @@ public:
     struct Landing {
         SurfacePoint on;  ///< as it was on a miss
         bool hits = false;
+        int side = 0;  ///< of the surface, as `SurfaceHit::side`; 0 where light is not known to come from a side
     };
+
+    /// How a channel stands to a point of the surface.
+    struct Reach {
+        Point<double, 2> picture;  ///< as by `findPicture`; (0, 0) when there is none
+        bool hasPicture = false;
+        /// Nothing stands in the way. False, too, for points further than `NEAR_PICTURE` outside of the picture, which
+        /// are not examined.
+        bool inSight = false;
+        int side = 0;  ///< as that of a landing
+    };
+
+    /// A part of the picture.
+    static constexpr double NEAR_PICTURE = 0.125;
 
     virtual ~ChannelLight();
     ChannelLight(const ChannelLight&) = delete;
@@ -42,8 +56,15 @@ public:
     /// outside of the picture. False, and `picture` as it was, when there is none.
     virtual bool findPicture(const SurfacePoint& point, Point<double, 2>& picture) const = 0;
 
+    /// Many points of the surface at once.
+    /// @param reaches as long as `points`
+    virtual void reach(std::span<const SurfacePoint> points, std::span<Reach> reaches) const;
+
     /// One picture point.
     [[nodiscard]] Landing landingOf(const Point<double, 2>& picture) const;
+
+    /// Whether a picture point is in the picture or at most `NEAR_PICTURE` outside of it; false for NaN.
+    [[nodiscard]] static bool isNearPicture(const Point<double, 2>& picture);
 
     /// The light of a channel whose targets this locator places, by the path of its kind (`LocatorKind`). Throws
     /// `VeltraniException` for one of which nothing is known, and what reading a map file throws.
@@ -54,6 +75,10 @@ public:
 
 protected:
     ChannelLight() = default;
+
+    /// Whether nothing stands between the channel and a point of the surface that belongs to a picture point. Here:
+    /// what has a picture point is in sight.
+    [[nodiscard]] virtual bool isReached(const SurfacePoint& point) const;
 
     /// False for NaN.
     [[nodiscard]] static bool isInPicture(const Point<double, 2>& picture);

@@ -38,7 +38,11 @@ void ParameterLight::land(std::span<const Point<double, 2>> picture, std::span<L
 }
 
 bool ParameterLight::lights(const SurfacePoint& point) const {
-    return point.hasParameters && covers(point.parameters) && (!m_mayOverlap || standsAt(point));
+    return point.hasParameters && covers(point.parameters) && isReached(point);
+}
+
+bool ParameterLight::isReached(const SurfacePoint& point) const {
+    return !m_mayOverlap || standsAt(point);
 }
 
 bool ParameterLight::findPicture(const SurfacePoint& point, Point<double, 2>& picture) const {

@@ -18,6 +18,9 @@ public:
     bool findPicture(const SurfacePoint& point, Point<double, 2>& picture) const override;
 
 protected:
+    /// False for a point of a mesh whose coordinates belong to another one.
+    [[nodiscard]] bool isReached(const SurfacePoint& point) const override;
+
     explicit ParameterLight(std::shared_ptr<const ScreenGeometry> surface);
 
     /// The screen coordinates of a picture point, which may lie outside of the screen; false when it has none.

@@ -42,6 +42,7 @@ void RayLight::land(std::span<const Point<double, 2>> picture, std::span<Landing
         landings[i].hits = hits[i].hit;
         if (hits[i].hit) {
             landings[i].on = {hits[i].point, {}, false};
+            landings[i].side = hits[i].side;
         }
     }
 }
@@ -53,6 +54,27 @@ bool RayLight::lights(const SurfacePoint& point) const {
 
 bool RayLight::findPicture(const SurfacePoint& point, Point<double, 2>& picture) const {
     return pictureOf(point.place, picture);
+}
+
+void RayLight::reach(std::span<const SurfacePoint> points, std::span<Reach> reaches) const {
+    std::vector<Ray> rays;
+    std::vector<std::size_t> numbers;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        Reach& one = reaches[i];
+        one = {};
+        one.hasPicture = pictureOf(points[i].place, one.picture);
+        if (one.hasPicture && isNearPicture(one.picture) && std::isfinite(norm(points[i].place - m_origin))) {
+            rays.emplace_back(m_origin, points[i].place);
+            numbers.push_back(i);
+        }
+    }
+    std::vector<SurfaceHit> hits(rays.size());
+    m_surface->intersectRays(rays, hits);
+    for (std::size_t k = 0; k < hits.size(); ++k) {
+        reaches[numbers[k]].inSight = !hits[k].hit || hits[k].t >= 1.0 - SAME_PLACE;
+        // A ray that passes by the point has no side there.
+        reaches[numbers[k]].side = hits[k].hit && hits[k].t <= 1.0 + SAME_PLACE ? hits[k].side : 0;
+    }
 }
 
 FrustumLight::FrustumLight(const SphereTargetLocatorParams& camera, std::shared_ptr<const ScreenGeometry> surface)

@@ -23,6 +23,7 @@ public:
     /// A point behind another part of the surface is not lit.
     [[nodiscard]] bool lights(const SurfacePoint& point) const override;
     bool findPicture(const SurfacePoint& point, Point<double, 2>& picture) const override;
+    void reach(std::span<const SurfacePoint> points, std::span<Reach> reaches) const override;
 
 protected:
     RayLight(const Point<double, 3>& origin, std::shared_ptr<const ScreenGeometry> surface);

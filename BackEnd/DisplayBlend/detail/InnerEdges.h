@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Common/Point.h"
+#include "DisplayBlend/detail/EdgeField.h"
+#include "DisplayBlend/detail/PlaceSampler.h"
+
+#include <cstddef>
+
+namespace Veltrani::DisplayBlendDetail {
+
+/// Finds the parts of the edge of a channel's picture that lie inside another picture.
+///
+/// The edge is gone along in steps of eight pixels and its parts are bounded by bisection; a part that is shorter than
+/// a step may be overlooked.
+/// @param pixels width and height of the picture
+/// @param field receives the parts
+void addInnerSides(const PlaceSampler& sampler, std::size_t channel, const Point<int, 2>& pixels, EdgeField& field);
+
+}  // namespace Veltrani::DisplayBlendDetail

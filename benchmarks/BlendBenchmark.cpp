@@ -1,0 +1,102 @@
+#include "Configuration/XMLConfigFile.h"
+#include "DisplayBlend/BlendCurve.h"
+#include "DisplayBlend/DisplayBlender.h"
+#include "DisplayReport/channels/ChannelChoice.h"
+#include "DisplayReport/maps/InputProjection.h"
+#include "DisplayReport/maps/LayoutMapper.h"
+#include "DisplayReport/maps/PictureWarp.h"
+#include "KelvoScreen/MeshScreen.h"
+#include "MeshRays.h"
+#include "Ratio.h"
+#include "ScreenManager/ScreenManager.h"
+
+#include <log4cxx/level.h>
+#include <log4cxx/logger.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+/// The blends of twelve channels on a mesh of a million triangles, code values of 16 bits included, against the warps
+/// of the same pictures, pixel by pixel. Every projector stands somewhere else: each sight is one of its own.
+
+namespace {
+
+using namespace Veltrani::DisplayReport;
+using namespace Veltrani::DisplayBlend;
+
+constexpr double LIMIT = 1.5;
+constexpr int CHANNELS = 12;
+constexpr std::size_t PIXELS = std::size_t{1920} * 1200;
+
+/// Eight around and four above them, so that neighbours overlap.
+std::unique_ptr<XMLConfigFile> display() {
+    std::string text =
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'>"
+        "<Centre x='0' y='0' z='0'/><EyePoint x='0' y='0' z='0'/><Radius value='5'/></Screen>"
+        "<TargetData type='ProjectorCentric'/><Projectors>";
+    for (int i = 0; i < CHANNELS; ++i) {
+        const bool isAbove = i >= 8;
+        text += "<Projector id='P" + std::to_string(i) + "'><Resolution width='1920' height='1200'/><Position x='" +
+                std::to_string(0.1 * (i % 3)) + "' y='" + std::to_string(0.1 * (i % 4)) +
+                "' z='0.1'/><Orientation z='" + std::to_string(isAbove ? 90 * i : 45 * i) + "' x='" +
+                (isAbove ? "45" : "0") + "' y='0'/><Frustum left='-28' right='28' bottom='-28' top='28'/></Projector>";
+    }
+    return XMLConfigFile::parse(text + "</Projectors></Display>", "benchmark.xml");
+}
+
+[[noreturn]] void stop(const char* why) {
+    std::fprintf(stderr, "%s\n", why);
+    std::exit(2);
+}
+
+void blendAll() {
+    const auto config = display();
+    const DisplayBlender blender(*config);
+    const BlendCurve curve = BlendCurve::ofGamma(BlendCurve::USUAL_GAMMA);
+    std::size_t partly = 0;
+    for (std::size_t i = 0; i < CHANNELS; ++i) {
+        for (const std::uint16_t code : blender.weights(i).codes16(curve)) {
+            partly += code < 65535 ? 1 : 0;
+        }
+    }
+    if (partly < CHANNELS * PIXELS / 4) {
+        stop("the pictures do not overlap as they should");
+    }
+}
+
+void warpAll() {
+    const auto config = display();
+    const InputProjection input(*config, Panorama::EQUIRECTANGULAR);
+    for (int i = 0; i < CHANNELS; ++i) {
+        const ChannelChoice channel = ChannelChoice::of(*config, "P" + std::to_string(i));
+        LayoutMapper map(*config, channel, false);
+        if (PictureWarp::atPixels(map, input, channel.pictureSize()).mapped() != PIXELS) {
+            stop("there are pixels that are not mapped");
+        }
+    }
+}
+
+ratio::Body timing(void (*step)()) {
+    return [step](benchmark::State& state) {
+        ratio::returnMemoryToSystem();
+        for (auto _ : state) {
+            step();
+        }
+    };
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getOff());
+    const auto screen = std::make_shared<MeshScreen>(meshRays::bumpySphere(meshRays::CELLS_1M));
+    ScreenManager::getInstance()->setScreenGeometry(screen);
+    // The search structure is built by the first ray.
+    (void)screen->intersect({}, {0.0, 1.0, 0.0});
+    ratio::pair("blends_of_12_channels_mesh_1M", timing(blendAll), timing(warpAll), LIMIT);
+    return ratio::run(argc, argv);
+}
