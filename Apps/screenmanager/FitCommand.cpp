@@ -301,6 +301,7 @@ Command::Run addTo(OptionList& line) {
         if (ResultFile::isStandardOutput(said.output) && !said.isInPlace) {
             OptionList::refuse("--output", "the configuration is written to a file: name one");
         }
+        static_cast<void>(OutputFormats{{"xml"}}.chosen({}, said.output));
         said.format = formats.chosen(said.format, said.report, "--report");
     });
     return Command::with(options, run);

@@ -12,7 +12,7 @@ struct Ending {
     const char* format = "";
 };
 
-constexpr std::array<Ending, 13> ENDINGS{{{".csv", "csv"},
+constexpr std::array<Ending, 14> ENDINGS{{{".csv", "csv"},
                                           {".json", "json"},
                                           {".ply", "ply"},
                                           {".map", "mesh"},
@@ -24,7 +24,8 @@ constexpr std::array<Ending, 13> ENDINGS{{{".csv", "csv"},
                                           {".png", "png"},
                                           {".svg", "svg"},
                                           {".pdf", "pdf"},
-                                          {".html", "html"}}};
+                                          {".html", "html"},
+                                          {".xml", "xml"}}};
 
 std::string endingOf(const std::string& file) {
     std::string ending = std::filesystem::path(file).extension().string();

@@ -105,6 +105,7 @@ TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNot
                                                                 {"map", m_points},
                                                                 {"coverage", m_coverage},
                                                                 {"view", {"view", m_file}},
+                                                                {"fit", {"fit", m_file, "--points", m_file}},
                                                                 {"picture", m_picture}};
     std::size_t writing = 0;
     for (const std::string& command : commandsOfTheHelp()) {
@@ -123,6 +124,9 @@ TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNot
     for (const char* name : {"x.xlsx", "x.tiff", "x.csv", "x.dat"}) {
         expectRefused(m_grid, name, "mesh, pfm or png");
     }
+    EXPECT_THAT(
+        runScreenManager({"fit", m_file, "--points", m_file, "--in-place", "--report", "x.xml"}).errors,
+        HasSubstr("x.xml is named like no format of this command, text or json: end its name in .json or .txt"));
     const ProgramRun ply = runScreenManager({"coverage", m_file, "--ply", m_folder.file("x.obj")});
     EXPECT_EQ(ply.exitCode, 2);
     EXPECT_THAT(ply.errors, HasSubstr("--ply: "));
