@@ -76,8 +76,7 @@ double beside(double content, double other) {
 }  // namespace
 
 WarpBuilder::WarpBuilder(const ChannelSight& sight, const ContentInput& input, const WarpRequest& request)
-    : m_sight(sight),
-      m_input(input),
+    : m_input(input),
       m_request(request),
       m_pixels(sight.channel().pictureSize()),
       m_sampler(sight, input),

@@ -42,7 +42,6 @@ private:
     void unwrap(WarpGrid& grid) const;
     void cutCells(const WarpGrid& grid, ChannelWarp& warp) const;
 
-    const ChannelSight& m_sight;
     const ContentInput& m_input;
     const WarpRequest& m_request;
     Point<int, 2> m_pixels;

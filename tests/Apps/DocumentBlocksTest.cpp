@@ -49,7 +49,6 @@ constexpr RunElsewhere ELSEWHERE[] = {
     {"docs/displays/axes.md", "            from above", "no code, a drawing"},
     {"docs/displays/axes.md", "cmake --build build/release --target documents", "install.pages"},
     {"docs/displays/collimated.md", "  from the right", "no code, a drawing"},
-    {"docs/export.md", "  input  ", "no code, a drawing"},
     {"docs/export-formats.md", "2                      rectangular", "WarpFile.AMeshHasItsNodesFromEdgeToEdge"},
     {"docs/export-formats.md", "v x y 0", "ObjWarp.VtkFindsThePlaceOfEachCornerOnTheLayout"},
     {"docs/export-formats.md", "player/", "ExportCommand.WritesAFolderThatItsManifestDescribes"},

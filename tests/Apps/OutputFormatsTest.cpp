@@ -123,6 +123,9 @@ TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNot
     for (const char* name : {"x.xlsx", "x.tiff", "x.csv", "x.dat"}) {
         expectRefused(m_grid, name, "mesh, pfm, png16 or png");
     }
+    EXPECT_THAT(
+        runScreenManager({"fit", m_file, "--points", m_file, "--in-place", "--report", "x.xml"}).errors,
+        HasSubstr("x.xml is named like no format of this command, text or json: end its name in .json or .txt"));
     const ProgramRun ply = runScreenManager({"coverage", m_file, "--ply", m_folder.file("x.obj")});
     EXPECT_EQ(ply.exitCode, 2);
     EXPECT_THAT(ply.errors, HasSubstr("--ply: "));
