@@ -47,15 +47,17 @@ TEST_P(LensFits, ComeBackFromADisturbedStart) {
     const DisplayFitResult result = DisplayFitter().fit(*config, points);
     ASSERT_EQ(result.channels.size(), 1U);
     const ChannelFit& fit = result.channels[0];
+    // The rational terms of a narrow lens have nearly the same effect: that is said, and the points still agree.
+    const bool isRational = GetParam().coefficients.size() >= 8;
     for (const FitFinding& finding : fit.findings) {
-        ADD_FAILURE() << finding.text << "; " << finding.remedy;
+        EXPECT_TRUE(isRational && finding.kind == FitFinding::Kind::ILL_DETERMINED) << finding.text;
     }
     EXPECT_EQ(fit.outliers, 0U);
-    ASSERT_LT(fit.worst.scaledCondition, 1e6);
+    EXPECT_EQ(fit.worst.scaledCondition < 1e6, !isRational);
     const auto truth = channel.config(channel.truth(), "truth");
     const DisplayFitResult right = DisplayFitter().fit(*truth, points);
     ASSERT_EQ(right.channels[0].values.size(), fit.values.size());
-    for (std::size_t i = 0; i < fit.values.size(); ++i) {
+    for (std::size_t i = 0; i < fit.values.size() && !isRational; ++i) {
         const double expected = right.channels[0].values[i].before;
         EXPECT_NEAR(fit.values[i].after, expected, LENS_VALUE * std::max(1.0, std::abs(expected)))
             << fit.values[i].name;

@@ -8,8 +8,8 @@ namespace Veltrani::DisplayFitDetail {
 
 /// When the solver ends.
 struct SolverPlan {
-    int mostSteps = 100;
-    double costTolerance = 1e-12;  ///< a step that lessens the cost by less than this part of it is the last
+    int mostSteps = 500;
+    double costTolerance = 1e-14;  ///< a step that lessens the cost by less than this part of it is the last
 };
 
 /// How it ended.
