@@ -59,7 +59,7 @@ bool isComplete(const std::vector<ChildJobs::Outcome>& outcomes, const std::vect
     return complete;
 }
 
-/// The two parts of a result: what the manifest states, and what people are told.
+/// The two parts of a result: what the manifest states, and what is printed for people.
 constexpr char BETWEEN = '\t';
 
 std::string joined(const ViewRecord& record) {

@@ -15,7 +15,7 @@ namespace {
 using DisplayFit::ChannelFit;
 using DisplayFit::ChannelValues;
 
-/// Long enough to be told apart, short enough for every file system.
+/// Long enough to be different, short enough for every file system.
 constexpr std::size_t LONGEST_ID_IN_NAME = 40;
 
 /// An id as a part of a file name: letters and digits of every alphabet stay.

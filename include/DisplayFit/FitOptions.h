@@ -20,7 +20,7 @@ struct SolvedGroups {
 /// What is solved, and how.
 struct FitOptions {
     /// What is done where all points of a channel lie in one plane, from which position, orientation and frustum cannot
-    /// be told apart.
+    /// be distinguished.
     enum class OnPlane {
         HOLD_TWO,  ///< pixels are made square and the configured horizontal shift is held; a note states it
         REFUSE,    ///< such a channel is refused

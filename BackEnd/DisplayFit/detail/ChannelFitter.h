@@ -13,7 +13,7 @@ namespace Veltrani::DisplayFitDetail {
 
 class Determination;
 
-/// Fits one channel to its points: checks them, solves, and states what the points tell and what they do not.
+/// Fits one channel to its points: checks them, solves, and states what the points determine and what they do not.
 class ChannelFitter {
 public:
     /// All must outlive this object.

@@ -17,7 +17,7 @@ public:
     /// Of the unknowns, row by row; empty where a combination is not determined at all.
     [[nodiscard]] const std::vector<double>& covariance() const { return m_covariance; }
     [[nodiscard]] const DisplayFit::WorstCombination& worst() const { return m_worst; }
-    /// Above this, rounding hides what the points tell of the combination.
+    /// Above this, rounding hides what the points say of the combination.
     [[nodiscard]] bool isSingular() const { return !(m_worst.scaledCondition < SINGULAR); }
     /// Above this, the combination is hardly determined.
     [[nodiscard]] bool isDoubtful() const { return !(m_worst.scaledCondition < DOUBTFUL); }

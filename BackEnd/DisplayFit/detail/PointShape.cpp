@@ -13,7 +13,7 @@ namespace {
 /// What measured surfaces deviate from a plane or a line that they are meant to be, as a part of their extent.
 constexpr double AS_BUILT = 1e-3;
 
-/// Points further from the plane than this many deviations tell of depth.
+/// Points further from the plane than this many deviations show depth.
 constexpr double MOST_DEVIATIONS = 3;
 
 }  // namespace
