@@ -158,7 +158,8 @@ void CellCutter::subdivide(const WarpCell& cell, int times, Cut& cut) const {
     const P2 lower = cell.picture[0];
     const P2 half = 0.5 * (cell.picture[2] - lower);
     for (int part = 0; part < 4; ++part) {
-        const P2 start{lower[0] + (part % 2) * half[0], lower[1] + (part / 2) * half[1]};
+        const int row = part / 2;
+        const P2 start{lower[0] + (part % 2) * half[0], lower[1] + row * half[1]};
         WarpCell quarter;
         quarter.picture = {start, P2{start[0] + half[0], start[1]}, start + half, P2{start[0], start[1] + half[1]}};
         for (std::size_t i = 0; i < quarter.nodes.size(); ++i) {

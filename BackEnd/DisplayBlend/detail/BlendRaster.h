@@ -47,7 +47,7 @@ private:
 
     /// Another channel that lights a place if its picture reaches there.
     struct Candidate {
-        std::size_t channel;
+        std::size_t channel = 0;
         Point<double, 2> picture;
     };
 

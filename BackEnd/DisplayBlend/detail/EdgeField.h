@@ -41,14 +41,14 @@ public:
 private:
     /// Along one axis of the rectangle, at a place of the other.
     struct Part {
-        std::size_t along;
-        double from, to;
-        double at;
+        std::size_t along = 0;
+        double from = 0, to = 0;
+        double at = 0;
     };
     struct Piece {
         Point<double, 3> from;
         Point<double, 3> direction;  ///< of length 1
-        double length;
+        double length = 0;
     };
 
     Point<double, 2> m_size{1.0, 1.0};
