@@ -158,8 +158,10 @@ MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std:
     Comparison comparison(*this, grid, allowed);
     std::vector<std::size_t> cells;
     const double step = std::max(1.0, static_cast<double>(grid.cells()) / static_cast<double>(mostCells));
-    for (double place = 0; place < static_cast<double>(grid.cells()); place += step) {
+    double place = 0;
+    while (place < static_cast<double>(grid.cells())) {
         cells.push_back(static_cast<std::size_t>(place));
+        place += step;
         if (cells.size() == CELLS_AT_ONCE) {
             comparison.compare(cells);
             cells.clear();

@@ -121,8 +121,10 @@ std::vector<bool> WarpSampler::areLitInside(const WarpGrid& grid, const std::vec
     for (const std::size_t cell : cells) {
         for (std::size_t i = 0; i < INSIDE * INSIDE; ++i) {
             constexpr double STEPS = INSIDE + 1;
-            picture.push_back(grid.pictureIn(
-                cell, {static_cast<double>(i % INSIDE + 1) / STEPS, static_cast<double>(i / INSIDE + 1) / STEPS}));
+            const std::size_t column = i % INSIDE + 1;
+            const std::size_t row = i / INSIDE + 1;
+            picture.push_back(
+                grid.pictureIn(cell, {static_cast<double>(column) / STEPS, static_cast<double>(row) / STEPS}));
         }
     }
     std::vector<SeenPlace> seen(picture.size());

@@ -280,6 +280,22 @@ void ChannelFitter::listValues(ChannelFit& fit, const ChannelModel& model, const
     }
 }
 
+void ChannelFitter::noteSolution(ChannelFit& fit, ChannelModel& model, const Solution& solution,
+                                 double deviation) const {
+    const std::vector<double> base(model.unknowns().size(), 0.0);
+    model.write(base.data(), fit.after);
+    for (std::size_t i = 0; i < m_points.size(); ++i) {
+        fit.residuals[i].isOutlier = solution.isOutlier[i];
+    }
+    fit.outliers = m_points.size() - solution.inliers;
+    fit.degreesOfFreedom = 2 * solution.inliers - std::min(2 * solution.inliers, model.unknowns().size());
+    fit.residualFactor = solution.deviation;
+    noteAfter(model, fit);
+    for (std::size_t i = 0; i < m_points.size(); ++i) {
+        fit.residuals[i].size = deviation > 0 ? solution.sizes[i] / deviation : 0.0;
+    }
+}
+
 void ChannelFitter::fit(ChannelFit& fit) const {
     fit.before = fit.after = m_setup.values();
     fit.values = m_setup.list(fit.before);
@@ -309,22 +325,11 @@ void ChannelFitter::fit(ChannelFit& fit) const {
         return;
     }
     const Solution solution = solve(*model);
+    const double deviation = fit.hasStatedDeviations ? 1.0 : solution.deviation;
     fit.isSolved = solution.isSolved;
     fit.iterations = solution.steps;
     if (solution.isSolved) {
-        const std::vector<double> base(model->unknowns().size(), 0.0);
-        model->write(base.data(), fit.after);
-        for (std::size_t i = 0; i < m_points.size(); ++i) {
-            fit.residuals[i].isOutlier = solution.isOutlier[i];
-        }
-        fit.outliers = m_points.size() - solution.inliers;
-        fit.degreesOfFreedom = 2 * solution.inliers - std::min(2 * solution.inliers, model->unknowns().size());
-        fit.residualFactor = solution.deviation;
-        noteAfter(*model, fit);
-    }
-    const double deviation = fit.hasStatedDeviations ? 1.0 : solution.deviation;
-    for (std::size_t i = 0; solution.isSolved && i < m_points.size(); ++i) {
-        fit.residuals[i].size = deviation > 0 ? solution.sizes[i] / deviation : 0.0;
+        noteSolution(fit, *model, solution, deviation);
     }
     const Determination determination(model->unknowns(), solution, deviation);
     fit.worst = determination.worst();

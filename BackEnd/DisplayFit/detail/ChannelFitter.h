@@ -32,6 +32,9 @@ private:
     /// Solves from the configured values, and from a linear start where these do not lead to the points.
     [[nodiscard]] Solution solve(ChannelModel& model) const;
     [[nodiscard]] bool fitsPicture(const ChannelModel& model, double share) const;
+    /// @param deviation what one deviation of a coordinate is, in the unit of the sizes
+    void noteSolution(DisplayFit::ChannelFit& fit, ChannelModel& model, const Solution& solution,
+                      double deviation) const;
     void judge(DisplayFit::ChannelFit& fit, const ChannelModel& model, const Solution& solution,
                const Determination& determination) const;
     void judgePoints(DisplayFit::ChannelFit& fit, const ChannelModel& model, const Solution& solution) const;
