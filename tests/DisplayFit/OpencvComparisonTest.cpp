@@ -126,7 +126,8 @@ protected:
 TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
     cv::setNumThreads(1);
     const auto index = static_cast<std::size_t>(GetParam());
-    const SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()], 40 + GetParam());
+    const SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()],
+                                   static_cast<unsigned>(40 + GetParam()));
     const double pixels = index < LENSES.size() ? 0.3 : 2;
     const auto points = rounded(SyntheticChannel::noisyInPicture(channel.measured(300), pixels, 5));
     const ChannelValues start = channel.disturbed();
@@ -146,7 +147,8 @@ TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
 
 TEST_P(OpencvComparison, OurPoseIsNoWorseThanOneOfALensThatIsKnown) {
     const auto index = static_cast<std::size_t>(GetParam());
-    const SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()], 60 + GetParam());
+    const SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()],
+                                   static_cast<unsigned>(60 + GetParam()));
     const auto points = SyntheticChannel::noisyInPicture(channel.measured(50), 1, 6);
     ChannelValues start = channel.disturbed();
     start.lens = channel.truth().lens;
