@@ -56,10 +56,10 @@ void takeNumbers(const ChannelFit& fit, ProjectorConfig& projector) {
 
 }  // namespace
 
-FittedDisplay::FittedDisplay(XMLConfigFile& config, std::string utf8Path, const std::string& utf8Source)
+FittedDisplay::FittedDisplay(XMLConfigFile& config, const std::string& utf8Path, const std::string& utf8Source)
     : m_moved(utf8Path.empty() ? nullptr : config.movedTo(utf8Path)),
       m_config(m_moved ? *m_moved : config),
-      m_path(utf8Path.empty() ? utf8Source : std::move(utf8Path)) {}
+      m_path(utf8Path.empty() ? utf8Source : utf8Path) {}
 
 FittedDisplay::~FittedDisplay() = default;
 

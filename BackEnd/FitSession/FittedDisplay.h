@@ -29,7 +29,7 @@ public:
     /// @param config is left as it is unless it is to be changed in place; must outlive this
     /// @param utf8Path to be written; empty for `utf8Source`, in place
     /// @param utf8Source the file that `config` was loaded from
-    FittedDisplay(XMLConfigFile& config, std::string utf8Path, const std::string& utf8Source);
+    FittedDisplay(XMLConfigFile& config, const std::string& utf8Path, const std::string& utf8Source);
     ~FittedDisplay();
     FittedDisplay(const FittedDisplay&) = delete;
     FittedDisplay& operator=(const FittedDisplay&) = delete;
