@@ -6,7 +6,6 @@
 #include "DisplayFit/FitResult.h"
 #include "DisplayReport/basics/TextTable.h"
 
-#include <utility>
 
 namespace Veltrani::FitSession {
 
