@@ -1,5 +1,6 @@
 // The light of all channels, added up at random places of whole displays from the code values that a file would hold.
 #include "BlendDisplays.h"
+#include "support/Sanitizers.h"
 #include "support/TestPaths.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@
 
 namespace {
 
-constexpr std::size_t PLACES = 100'000;
+constexpr std::size_t PLACES = repetitions(std::size_t{100'000});
 constexpr double MOST_OFF_16 = 0.001;
 constexpr double MOST_OFF_8 = 0.02;
 /// Pixels: nearer to where two pictures end at once, where outlines cross, no rule is kept.
