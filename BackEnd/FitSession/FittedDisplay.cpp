@@ -6,7 +6,6 @@
 #include "DisplayFit/FitResult.h"
 #include "DisplayReport/basics/TextTable.h"
 
-
 namespace Veltrani::FitSession {
 
 namespace {
