@@ -8,15 +8,19 @@
 #include "DisplayReport/scene/SceneLighter.h"
 #include "DisplayReport/scene/SceneMarks.h"
 #include "DisplayReport/scene/ScenePage.h"
+#include "DisplayReport/scene/SceneResiduals.h"
+#include "DisplayReport/still/ChannelPicturePainter.h"
 #include "DisplayReport/still/DrawingWriter.h"
 #include "DisplayReport/still/ScenePainter.h"
 #include "DisplayReport/targets/TargetPlacer.h"
 #include "FailureReport.h"
+#include "FitSession/ResidualReader.h"
 #include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -29,17 +33,19 @@ constexpr int LARGEST = 8000;
 constexpr long long MOST_PIXELS = 32'000'000;
 
 struct Options : CommandOptions {
-    std::string file;    ///< the configuration
-    std::string output;  ///< file to write; empty for standard output
+    std::string file;              ///< the configuration
+    std::string output;            ///< file to write; empty for standard output
+    std::string report;            ///< of a fit, whose residuals are drawn; empty for none
+    std::optional<double> factor;  ///< times which they are drawn; empty: chosen by their lengths
     TargetPlan plan;
 };
 
 struct PictureOptions : Options {
     std::string format;              ///< one of `DrawingWriter::formats`
-    std::string view = "home";       ///< one of `SceneCamera::views`
+    std::string view;                ///< one of `SceneCamera::views`; empty for "home"
     ColumnsByRows size{1600, 1000};  ///< of the picture, pixels
     bool axes = false;               ///< whether what the numbers of the file are measured from is drawn
-    std::string channel;             ///< name or id of the one whose axes are drawn; empty for all
+    std::string channel;             ///< name or id of the one whose axes or residuals are drawn; empty for all
 };
 
 /// Null when the configuration cannot be read or the output would replace a file of it, which has been reported then;
@@ -51,8 +57,45 @@ std::unique_ptr<XMLConfigFile> readInput(const Options& options, ExitCode& code)
     } else if (ResultFile::replacesInput(options.output, *config, options.file)) {
         code = EXIT_USAGE;
         config.reset();
+    } else if (!options.output.empty() && !options.report.empty() &&
+               ResultFile::isSamePlace(options.output, options.report)) {
+        Console::error(options.output + " is the report of the fit: name another file");
+        code = EXIT_USAGE;
+        config.reset();
     }
     return config;
+}
+
+/// False when the report cannot be used, which has been reported then. Empty without a report.
+bool readResiduals(const XMLConfigFile& config, const Options& options, std::optional<DisplayResiduals>& residuals) {
+    if (options.report.empty()) {
+        return true;
+    }
+    try {
+        residuals = Veltrani::FitSession::ResidualReader(config).readFile(options.report);
+        return true;
+    } catch (...) {
+        reportFailure(options.report, std::current_exception());
+        return false;
+    }
+}
+
+Option addResidualOptions(OptionList& line, Options& options) {
+    Option report =
+        line.add("--residuals", options.report, "Draw what a fit left of its measured points: its report in JSON")
+            .typeName("FILE");
+    line.addNumber(
+            "--exaggerate",
+            [&options](double factor) {
+                if (!(factor > 0) || factor > ResidualCollector::LARGEST_FACTOR) {
+                    OptionList::refuse("--exaggerate", "must be above 0 and at most 1e6, such as 100");
+                }
+                options.factor = factor;
+            },
+            "Draw residuals so many times as long as they are (default: by the longest of a point that is no outlier)")
+        .needs(report)
+        .typeName("FACTOR");
+    return report;
 }
 
 /// @param triangles of the light at the most, about
@@ -66,13 +109,16 @@ void addLight(DisplayScene& scene, const XMLConfigFile& config, const Options& o
 /// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded is
 /// missing in the scene, whose notes state it; they are shown on standard error too, unless quiet.
 DisplayScene collectScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits,
-                          std::size_t trianglesOfLight) {
+                          std::size_t trianglesOfLight, const std::optional<DisplayResiduals>& residuals) {
     const std::vector<Fault> faults = DisplayFile::loadScreen(config, options.verbosity);
     ProgressMeter progress(options.isTalkative(), "placing targets, channel");
     const TargetSurvey survey = TargetPlacer(options.plan, progress.callback()).place(config);
     DisplayScene scene = SceneCollector(limits).collect(options.file, config, survey, faults);
     progress.end();
     addLight(scene, config, options, trianglesOfLight);
+    if (residuals) {
+        ResidualCollector(options.factor).addTo(scene, *residuals);
+    }
     if (options.isTalkative()) {
         for (const std::string& note : scene.notes) {
             Console::say("note: " + note);
@@ -90,10 +136,14 @@ int runView(const Options& options) {
     if (!config) {
         return fault;
     }
+    std::optional<DisplayResiduals> residuals;
+    if (!readResiduals(*config, options, residuals)) {
+        return EXIT_INPUT;
+    }
     const SceneCollector::Limits limits;
     // Not more than of the screen: without a graphics processor a page that is turned draws each of them for each
     // frame.
-    const DisplayScene scene = collectScene(*config, options, limits, limits.triangles);
+    const DisplayScene scene = collectScene(*config, options, limits, limits.triangles, residuals);
     if (!ResultFile::write(options.output, [&](std::ostream& out) { ScenePage::write(scene, out); })) {
         return EXIT_OUTPUT;
     }
@@ -104,22 +154,32 @@ Command::Run addView(OptionList& line) {
     const auto options = std::make_shared<Options>();
     addDisplayFile(line, options->file);
     addOutput(line, options->output, "Page to write instead of standard output (HTML)");
+    addResidualOptions(line, *options);
     addPlan(line, options->plan);
     line.whenComplete([&said = *options] { static_cast<void>(OutputFormats{{"html"}}.chosen({}, said.output)); });
     return Command::with(options, runView);
 }
 
-/// False when the display has no such channel, which has been reported then. `channel` stays null where none is named.
-bool chooseChannel(const XMLConfigFile& config, const PictureOptions& options, const ProjectorConfig*& channel) {
+/// False when the display has no such channel, which has been reported then. Empty where none is named.
+bool chooseChannel(const XMLConfigFile& config, const PictureOptions& options, std::optional<ChannelChoice>& channel) {
     try {
         if (!options.channel.empty()) {
-            channel = ChannelChoice::of(config, options.channel).projector;
+            channel = ChannelChoice::of(config, options.channel);
         }
         return true;
     } catch (...) {
         reportFailure("--channel", std::current_exception());
         return false;
     }
+}
+
+/// The screen, or the picture of the channel whose residuals are drawn.
+Drawing paint(const DisplayScene& scene, const PictureOptions& options, const std::optional<ChannelChoice>& channel) {
+    if (scene.residuals && channel) {
+        return ChannelPicturePainter(options.size.columns, options.size.rows).paint(scene, channel->index);
+    }
+    return ScenePainter(options.view.empty() ? "home" : options.view, options.size.columns, options.size.rows)
+        .paint(scene);
 }
 
 int runPicture(const PictureOptions& options) {
@@ -131,19 +191,23 @@ int runPicture(const PictureOptions& options) {
     if (!config) {
         return fault;
     }
-    const ProjectorConfig* channel = nullptr;
+    std::optional<ChannelChoice> channel;
     if (!chooseChannel(*config, options, channel)) {
         return EXIT_USAGE;
     }
+    std::optional<DisplayResiduals> residuals;
+    if (!readResiduals(*config, options, residuals)) {
+        return EXIT_INPUT;
+    }
     const auto writer = DrawingWriter::ofFormat(options.format);
     const SceneCollector::Limits limits = writer->limits();
-    DisplayScene scene = collectScene(*config, options, limits, 2 * limits.triangles);
+    DisplayScene scene = collectScene(*config, options, limits, 2 * limits.triangles, residuals);
     if (options.axes) {
-        MarkCollector(*config, channel).addTo(scene);
+        MarkCollector(*config, channel ? channel->projector : nullptr).addTo(scene);
     }
-    const ScenePainter painter(options.view, options.size.columns, options.size.rows);
     // Texts are measured while the scene is painted: what draws them may be missing already there.
-    if (!ResultFile::write(options.output, [&](std::ostream& out) { writer->write(painter.paint(scene), out); })) {
+    if (!ResultFile::write(options.output,
+                           [&](std::ostream& out) { writer->write(paint(scene, options, channel), out); })) {
         return EXIT_OUTPUT;
     }
     return scene.complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
@@ -161,8 +225,9 @@ Command::Run addPicture(OptionList& line) {
     const Option axes =
         line.addFlag("--axes", options->axes,
                      "Draw what the numbers of FILE are measured from: axes, turns, angles, (s, t), (u, v)");
-    line.add("--channel", options->channel, "The axes of this channel alone: its name or its id")
-        .needs(axes)
+    addResidualOptions(line, *options).excludes(axes);
+    line.add("--channel", options->channel,
+             "The axes of this channel alone; with --residuals, those in its own picture: its name or its id")
         .typeName("NAME|ID");
     addGridOption(line,
                   {.name = "--size",
@@ -175,7 +240,16 @@ Command::Run addPicture(OptionList& line) {
                    .mostTogether = MOST_PIXELS},
                   [target = options.get()](const ColumnsByRows& size) { target->size = size; });
     addPlan(line, options->plan);
-    line.whenComplete([&said = *options, formats] { said.format = formats.chosen(said.format, said.output); });
+    line.whenComplete([&said = *options, formats] {
+        if (!said.channel.empty() && !said.axes && said.report.empty()) {
+            OptionList::refuse("--channel", "needs --axes or --residuals");
+        }
+        if (!said.channel.empty() && !said.report.empty() && !said.view.empty()) {
+            OptionList::refuse("--view",
+                               "the picture of a channel is seen from nowhere else: leave it or --channel out");
+        }
+        said.format = formats.chosen(said.format, said.output);
+    });
     return Command::with(options, runPicture);
 }
 

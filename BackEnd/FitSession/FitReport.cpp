@@ -66,6 +66,11 @@ std::string unitOf(FittedValue::Quantity quantity, const std::string& lengths) {
     return "";
 }
 
+/// "0.25 m"; the number alone where there is no unit.
+std::string withUnit(const std::string& number, const std::string& unit) {
+    return unit.empty() ? number : number + " " + unit;
+}
+
 double shown(double value, FittedValue::Quantity quantity) {
     return quantity == FittedValue::Quantity::ANGLE ? value * DEGREES_PER_RADIAN : value;
 }
@@ -80,7 +85,7 @@ void printFinding(const FitFinding& finding, int indent, std::ostream& out) {
 void printSummary(const FitReport& report, std::ostream& out) {
     const std::string unit = report.result.unit;
     DisplayReport::TextTable table({"channel", "points", "outliers", "RMS px", "median px", "largest px",
-                                    "RMS on screen " + unit, "largest " + unit, "result"});
+                                    withUnit("RMS on screen", unit), withUnit("largest", unit), "result"});
     for (const ChannelFit& fit : report.result.channels) {
         const auto pair = [&fit](const ResidualSummary& before, const ResidualSummary& after,
                                  double ResidualSummary::*number) {
@@ -124,18 +129,28 @@ void printOutliers(const FitReport& report, const ChannelFit& fit, std::ostream&
             continue;
         }
         out << "  outlier: " << linesText(report.combined.lines.at(residual.point)) << ", "
-            << numberText(norm(residual.pixelsAfter)) << " px, " << numberText(norm(residual.screenAfter)) << " "
-            << report.result.unit << " on the screen, " << numberText(residual.size) << " deviations\n";
+            << numberText(norm(residual.pixelsAfter)) << " px, "
+            << withUnit(numberText(norm(residual.screenAfter)), report.result.unit) << " on the screen, "
+            << numberText(residual.size) << " deviations\n";
     }
     if (count > MOST_OUTLIERS_SHOWN) {
         out << "  and " << count - MOST_OUTLIERS_SHOWN << " more outliers\n";
     }
 }
 
+/// What of the solved groups was held nevertheless: ", held: square pixels, horizontal shift".
+std::string heldText(const ChannelFit& fit) {
+    std::string text = fit.holdsSquarePixels ? "square pixels" : "";
+    if (fit.holdsHorizontalShift) {
+        text += (text.empty() ? "" : ", ") + std::string("horizontal shift");
+    }
+    return text.empty() ? "" : "; held: " + text;
+}
+
 void printChannel(const FitReport& report, const ChannelFit& fit, std::ostream& out) {
     const std::vector<std::string> solved = FitReport::namesOf(fit.solved);
     out << "\nchannel " << onOneLine(fit.name) << " (" << onOneLine(fit.projectorId)
-        << "): " << (fit.isSolved ? "solved " + joined(solved) : "not solved") << '\n';
+        << "): " << (fit.isSolved ? "solved " + joined(solved) + heldText(fit) : "not solved") << '\n';
     if (fit.isSolved) {
         printValues(fit, report.result.unit, out);
         out << "  residual factor " << numberText(fit.residualFactor)
@@ -143,8 +158,9 @@ void printChannel(const FitReport& report, const ChannelFit& fit, std::ostream& 
             << " degrees of freedom\n";
         if (!fit.worst.text.empty()) {
             out << "  worst determined: " << onOneLine(fit.worst.text) << ", deviation "
-                << numberText(shown(fit.worst.deviation, fit.worst.quantity)) << " "
-                << unitOf(fit.worst.quantity, report.result.unit) << " of " << onOneLine(fit.worst.deviatingName)
+                << withUnit(numberText(shown(fit.worst.deviation, fit.worst.quantity)),
+                            unitOf(fit.worst.quantity, report.result.unit))
+                << " of " << onOneLine(fit.worst.deviatingName)
                 << (fit.worst.remedy.empty() ? "" : "; " + onOneLine(fit.worst.remedy)) << '\n';
         }
     }
@@ -159,9 +175,9 @@ void printFrames(const FitReport& report, std::ostream& out) {
         const auto worst = std::max_element(frame.deviations.begin(), frame.deviations.end(),
                                             [](const auto& a, const auto& b) { return a.distance < b.distance; });
         out << "frame        " << (frame.set.empty() ? "of the measurement" : onOneLine(frame.set)) << ": "
-            << frame.deviations.size() << " control points, RMS " << significantText(frame.rms) << " "
-            << report.result.unit << ", largest " << significantText(worst->distance) << " " << report.result.unit
-            << " (line " << worst->line << ")"
+            << frame.deviations.size() << " control points, RMS "
+            << withUnit(significantText(frame.rms), report.result.unit) << ", largest "
+            << withUnit(significantText(worst->distance), report.result.unit) << " (line " << worst->line << ")"
             << (frame.scale == 1 ? "" : ", scale " + DisplayReport::exactText(frame.scale)) << '\n';
         for (const std::string& remark : frame.remarks) {
             out << "  note: " << remark << '\n';

@@ -209,6 +209,60 @@ TEST_F(FitCommand, AnOutlierIsNamedByItsLine) {
     EXPECT_LT(largestDeviation(m_folder.file("show/fitted.xml")), 1e-9) << "written, and right";
 }
 
+// What the report states reaches the pictures: counts, the line of an outlier, and the vectors of the page.
+TEST_F(FitCommand, ItsResidualsAreDrawn) {
+    auto lines = linesOf(m_folder.read("measured.csv"));
+    lines[50] = lines[50].substr(0, lines[50].rfind(',')) + ",2.9";
+    std::string table;
+    for (const std::string& line : lines) {
+        table += line + '\n';
+    }
+    m_folder.write("outlier.csv", table);
+    const std::string report = m_folder.file("report.json");
+    const std::string fitted = m_folder.file("show/fitted.xml");
+    ASSERT_EQ(fit({"-o", fitted, "--report", report}, "outlier.csv").exitCode, DOUBTFUL);
+    const std::size_t points = Json::parse(m_folder.read("report.json"))["channels"][0]["residuals"].size();
+    const auto picture = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {"picture", "-q", fitted, "--residuals", report, "--format", "svg"});
+        const ProgramRun run = runScreenManager(more);
+        EXPECT_EQ(run.exitCode, GOOD) << run.errors;
+        return run.output;
+    };
+    const std::string facts = ">" + std::to_string(points) + " measured points, 1 outlier</text>";
+    EXPECT_THAT(picture({"--exaggerate", "3"}),
+                AllOf(HasSubstr(facts), HasSubstr(">51</text>"),
+                      HasSubstr(">residuals after the fit, drawn 3 times as long</text>")));
+    EXPECT_THAT(picture({"--channel", "Left"}), AllOf(HasSubstr(facts), HasSubstr(">51</text>"),
+                                                      HasSubstr(": residuals in the picture of Left</text>")));
+    EXPECT_THAT(picture({"--channel", "Centre"}),
+                HasSubstr(">the report has no measured point of this channel</text>"));
+    const ProgramRun page = runScreenManager({"view", "-q", fitted, "--residuals", report});
+    EXPECT_EQ(page.exitCode, GOOD);
+    EXPECT_THAT(page.output, HasSubstr("\"facts\":[\"" + std::to_string(points) + " measured points, 1 outlier\","));
+}
+
+TEST_F(FitCommand, ResidualsThatCannotBeDrawnAreRefused) {
+    const std::string report = m_folder.write("report.json", "{\"schema\":\"screenmanager/check\"}");
+    const auto picture = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {"picture", "-q", m_planned, "--format", "svg"});
+        return runScreenManager(more);
+    };
+    const ProgramRun other = picture({"--residuals", report});
+    EXPECT_EQ(other.exitCode, UNUSABLE);
+    EXPECT_THAT(other.errors, HasSubstr("report.json: schema: found \"screenmanager/check\"; expected "
+                                        "\"screenmanager/fit\"; name the report that fit --format json wrote"));
+    EXPECT_EQ(runScreenManager({"view", "-q", m_planned, "--residuals", m_folder.file("none.json")}).exitCode,
+              UNUSABLE);
+    EXPECT_EQ(picture({"--exaggerate", "3"}).exitCode, WRONG_LINE) << "of what?";
+    EXPECT_EQ(picture({"--residuals", report, "--exaggerate", "0"}).exitCode, WRONG_LINE);
+    EXPECT_EQ(picture({"--residuals", report, "--exaggerate", "nan"}).exitCode, WRONG_LINE);
+    EXPECT_EQ(picture({"--residuals", report, "--axes"}).exitCode, WRONG_LINE);
+    EXPECT_THAT(picture({"--residuals", report, "--channel", "Left", "--view", "top"}).errors, HasSubstr("--view"));
+    const std::string before = m_folder.read("report.json");
+    EXPECT_EQ(picture({"--residuals", report, "-o", report}).exitCode, WRONG_LINE);
+    EXPECT_EQ(m_folder.read("report.json"), before);
+}
+
 TEST_F(FitCommand, WhatIsUnusableIsWrittenOnlyWhenForced) {
     const auto lines = linesOf(m_folder.read("measured.csv"));
     std::string few;

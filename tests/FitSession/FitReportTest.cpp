@@ -81,6 +81,36 @@ TEST(FitReport, ItsTextHasEachChannelBeforeAndAfter) {
     EXPECT_THAT(text, HasSubstr("\nNothing was written.\n"));
 }
 
+TEST(FitReport, WhereThereIsNoUnitNoBlankStandsForIt) {
+    FitReport bare = report();
+    bare.result.unit = "";
+    bare.frames.resize(1);
+    bare.frames[0].rms = 0.002;
+    bare.frames[0].deviations = {{0.003, 6}};
+    ChannelFit& fit = bare.result.channels[0];
+    fit.worst.deviatingName = "k3";
+    fit.worst.deviation = 0.0040625;
+    fit.worst.quantity = FittedValue::Quantity::NUMBER;
+    fit.worst.remedy = "";
+    const std::string text = textOf(bare);
+    EXPECT_THAT(text, HasSubstr("  worst determined: heading and shift, deviation 0.0040625 of k3\n"));
+    EXPECT_THAT(text, HasSubstr(", 0 on the screen, 21.5 deviations\n"));
+    EXPECT_THAT(text, HasSubstr("1 control points, RMS 0.002, largest 0.003 (line 6)\n"));
+    fit.worst.quantity = FittedValue::Quantity::ANGLE;
+    EXPECT_THAT(textOf(bare), HasSubstr(", deviation 0.23276 deg of k3\n"));
+}
+
+TEST(FitReport, WhatWasHeldOfTheFrustumIsNamed) {
+    FitReport held = report();
+    EXPECT_THAT(textOf(held), HasSubstr("channel Left (A): solved orientation\n"));
+    held.result.channels[0].holdsHorizontalShift = true;
+    EXPECT_THAT(textOf(held), HasSubstr("channel Left (A): solved orientation; held: horizontal shift\n"));
+    held.result.channels[0].holdsSquarePixels = true;
+    EXPECT_THAT(textOf(held), HasSubstr("solved orientation; held: square pixels, horizontal shift\n"));
+    held.result.channels[0].isSolved = false;
+    EXPECT_THAT(textOf(held), HasSubstr("channel Left (A): not solved\n"));
+}
+
 TEST(FitReport, ItSaysWhatWasWritten) {
     FitReport written = report();
     written.written = "new.xml";

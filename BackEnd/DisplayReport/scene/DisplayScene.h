@@ -6,6 +6,7 @@
 #include "DisplayReport/scene/ChannelFrustum.h"
 #include "DisplayReport/scene/PictureLattice.h"
 #include "DisplayReport/scene/SceneMarks.h"
+#include "DisplayReport/scene/SceneResiduals.h"
 #include "DisplayReport/scene/SceneSurface.h"
 #include "DisplayReport/targets/TargetSurvey.h"
 
@@ -49,7 +50,8 @@ struct SceneChannel {
     /// is not known, or misses.
     std::vector<std::vector<Point<double, 3>>> upMark;
     PictureLattice lattice;          ///< where its picture lands; empty where its light is not known
-    std::vector<std::string> facts;  ///< its angles or its area in words, a line each; empty without marks
+    std::vector<std::string> facts;  ///< its angles or area, or its residuals, in words, a line each; mostly empty
+    std::vector<SceneResidual> residuals;  ///< its measured points; empty without a fit
 };
 
 /// A place with a name: the eye point.
@@ -78,9 +80,10 @@ struct DisplayScene {
     std::vector<SceneChannel> channels;
     std::vector<ScenePlace> eyes;
     std::optional<SceneMirror> mirror;
-    std::vector<SceneMark> marks;    ///< of the drawing of axes; empty where none is wanted
-    std::vector<std::string> notes;  ///< what is wrong, missing or left out, one sentence each
-    bool complete = true;            ///< false when something is wrong or missing
+    std::vector<SceneMark> marks;            ///< of the drawing of axes; empty where none is wanted
+    std::optional<ResidualScale> residuals;  ///< how those of the channels are drawn; empty where none are
+    std::vector<std::string> notes;          ///< what is wrong, missing or left out, one sentence each
+    bool complete = true;                    ///< false when something is wrong or missing
 
     /// The box that a picture of the display shows: around the screen and whatever stands near it. The unit cube around
     /// the origin where there is nothing.

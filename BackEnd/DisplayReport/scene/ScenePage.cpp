@@ -89,6 +89,37 @@ Json listOf(const Items& items, ToJson&& toJson) {
     return list;
 }
 
+/// Of a channel, as they are drawn. Null where there are none.
+Json jsonOf(const std::vector<SceneResidual>& residuals, const ResidualScale& scale, const std::string& unit,
+            const Normal& normal) {
+    std::vector<P3> points;
+    std::vector<float> offsets;
+    std::vector<double> picture;
+    std::vector<float> pixels;
+    std::vector<std::uint32_t> lines;
+    std::vector<std::uint8_t> outliers;
+    for (const SceneResidual& residual : residuals) {
+        points.push_back(residual.point);
+        const P3 offset = drawnResidual(residual.offset, scale.onScreen, scale.longestOnScreen).first;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            offsets.push_back(static_cast<float>(offset[axis] / normal.scale()));
+        }
+        const auto way = drawnResidual(residual.pixels, scale.inPicture, scale.longestInPicture).first;
+        pixels.insert(pixels.end(), {static_cast<float>(way[0]), static_cast<float>(way[1])});
+        picture.insert(picture.end(), {residual.picture[0], residual.picture[1]});
+        lines.push_back(static_cast<std::uint32_t>(residual.line));
+        outliers.push_back(residual.isOutlier ? 1 : 0);
+    }
+    return residuals.empty() ? Json()
+                             : Json{{"points", normal.text(points)},
+                                    {"offsets", base64Of(offsets)},
+                                    {"picture", base64Of(picture)},
+                                    {"pixels", base64Of(pixels)},
+                                    {"lines", base64Of(lines)},
+                                    {"outliers", base64Of(outliers)},
+                                    {"facts", residualFacts(residuals, unit)}};
+}
+
 /// In single precision: a picture has far fewer pixels than that distinguishes.
 Json jsonOf(const PictureLattice& lattice, const Normal& normal) {
     std::vector<std::uint8_t> lands(lattice.lands.begin(), lattice.lands.end());
@@ -158,7 +189,7 @@ Json jsonOf(const ChannelFrustum& frustum, const Normal& normal) {
             {"mirrorTriangles", indexText(frustum.mirrorTriangles)}};
 }
 
-Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) {
+Json jsonOf(const SceneChannel& channel, const DisplayScene& scene, const Normal& normal) {
     std::vector<P3> points;
     std::vector<std::int32_t> cells;
     std::vector<double> picture;
@@ -181,7 +212,7 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
             {"remark", channel.targets.remark},
             {"placed", channel.placed},
             {"samples", channel.samples},
-            {"outlineStep", outlineStep},
+            {"outlineStep", scene.outlineStep},
             {"gridMissed", channel.targets.gridMissed},
             {"boundaryMissed", channel.targets.boundaryMissed},
             {"points", normal.text(points)},
@@ -194,6 +225,7 @@ Json jsonOf(const SceneChannel& channel, int outlineStep, const Normal& normal) 
             {"rimPieces", base64Of(rimPieces)},
             {"upMark", listOf(channel.upMark, [&](const std::vector<P3>& line) { return normal.text(line); })},
             {"lattice", jsonOf(channel.lattice, normal)},
+            {"residuals", scene.residuals ? jsonOf(channel.residuals, *scene.residuals, scene.unit, normal) : Json()},
             {"frustum", channel.frustum ? jsonOf(*channel.frustum, normal) : Json()}};
 }
 
@@ -252,8 +284,11 @@ Json jsonOf(const DisplayScene& scene) {
         {"surfaces",
          listOf(scene.surfaces, [&](const SceneSurface& surface) { return jsonOf(surface, names, normal); })},
         {"cloud", scene.cloud ? Json{{"points", normal.text(scene.cloud->points)}} : Json()},
-        {"channels", listOf(scene.channels,
-                            [&](const SceneChannel& channel) { return jsonOf(channel, scene.outlineStep, normal); })},
+        {"channels",
+         listOf(scene.channels, [&](const SceneChannel& channel) { return jsonOf(channel, scene, normal); })},
+        {"residuals", scene.residuals
+                          ? Json{{"onScreen", scene.residuals->onScreen}, {"inPicture", scene.residuals->inPicture}}
+                          : Json()},
         {"eyes", listOf(scene.eyes,
                         [](const ScenePlace& eye) {
                             return Json{{"name", eye.name}, {"point", coordinates(eye.point)}};

@@ -3,6 +3,7 @@
 #include "DisplayReport/basics/TextTable.h"
 #include "DisplayReport/scene/DisplayScene.h"
 #include "DisplayReport/still/PaintedDrawing.h"
+#include "DisplayReport/still/ResidualPen.h"
 #include "DisplayReport/still/StillLibrary.h"
 
 #include <algorithm>
@@ -142,7 +143,7 @@ SceneLegend::List SceneLegend::listOf(double size, std::size_t columns, bool has
     list.row = (hasFacts ? WITH_NAME + ofFacts : LINE) * size;
     const double below = LAST * m_size + ofFacts * size;
     list.rows =
-        1 + static_cast<std::size_t>(std::max(0.0, (m_height - shadesHeight() - FIRST * m_size - below) / list.row));
+        1 + static_cast<std::size_t>(std::max(0.0, (m_height - footHeight() - FIRST * m_size - below) / list.row));
     return list;
 }
 
@@ -187,6 +188,16 @@ double SceneLegend::shadesHeight() const {
     return m_shades.empty() ? 0 : SHADE_LINE * m_size * (static_cast<double>(m_shades.size()) + 1);
 }
 
+double SceneLegend::keyHeight() const {
+    return m_scene.residuals ? ResidualPen::keyHeight(m_size) : 0;
+}
+
+PaperArea SceneLegend::residualKey() const {
+    const double left = sceneWidth() + m_size;
+    const double bottom = m_height - shadesHeight() - m_size;
+    return {left, bottom - std::max(0.0, keyHeight() - m_size), m_width - m_size, bottom};
+}
+
 void SceneLegend::addShades(Drawing& drawing) const {
     const double small = SMALL * m_size;
     const double line = SHADE_LINE * m_size;
@@ -215,7 +226,7 @@ void SceneLegend::addChannels(Drawing& drawing) const {
                    FIRST * m_size + m_list.row * static_cast<double>(row));
     }
     if (m_scene.channels.size() > listed) {
-        drawing.texts.push_back({sceneWidth() + m_list.size, m_height - shadesHeight() - 1.2 * m_size,
+        drawing.texts.push_back({sceneWidth() + m_list.size, m_height - footHeight() - 1.2 * m_size,
                                  "and " + std::to_string(m_scene.channels.size() - listed) + " more channels",
                                  m_list.size, PALE_INK, Drawing::Anchor::LEFT});
     }

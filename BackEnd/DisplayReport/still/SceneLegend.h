@@ -2,6 +2,7 @@
 
 #include "DisplayReport/scene/SceneShading.h"
 #include "DisplayReport/still/Drawing.h"
+#include "DisplayReport/still/TakenAreas.h"
 
 #include <cstddef>
 #include <string>
@@ -29,6 +30,8 @@ public:
     [[nodiscard]] double sceneHeight() const { return m_height - sceneTop() - 2 * m_size; }
     /// Height of a capital letter; pixels.
     [[nodiscard]] double letterSize() const { return m_size; }
+    /// Below the channels, free for what residuals mean; empty for a scene without them.
+    [[nodiscard]] PaperArea residualKey() const;
 
     void addTo(Drawing& drawing) const;
 
@@ -70,8 +73,10 @@ private:
     void addFacts(Drawing& drawing, const SceneChannel& channel, double left, double down, double room) const;
     void addShades(Drawing& drawing) const;
     void addNotes(Drawing& drawing) const;
-    /// Of what the shades mean, at the lower end; pixels.
+    /// Of what the shades mean, at the lower end, of what residuals mean above it, and of both; pixels.
     [[nodiscard]] double shadesHeight() const;
+    [[nodiscard]] double keyHeight() const;
+    [[nodiscard]] double footHeight() const { return shadesHeight() + keyHeight(); }
 
     const DisplayScene& m_scene;
     double m_width;

@@ -5,6 +5,7 @@
 #include "DisplayReport/scene/SceneCamera.h"
 #include "DisplayReport/still/MarkPainter.h"
 #include "DisplayReport/still/PicturePainter.h"
+#include "DisplayReport/still/ResidualPainter.h"
 #include "DisplayReport/still/SceneLegend.h"
 #include "DisplayReport/still/StillLibrary.h"
 
@@ -100,6 +101,7 @@ public:
         PicturePainter(m_scene, m_camera, m_legend, m_pixel).addTo(m_drawing);
         MarkPainter(m_camera, m_legend, m_pixel).addTo(m_drawing, m_scene);
         m_legend.addTo(m_drawing);
+        ResidualPainter(m_camera, m_legend, m_pixel).addTo(m_drawing, m_scene);
         return std::move(m_drawing);
     }
 
@@ -252,8 +254,8 @@ private:
             std::clamp(CLOSE * targetSpacing(channel, m_camera, m_scene.targetStep) / m_pixel, SMALLEST_DOT, DOT);
         const Colour dark = mixed(channel.colour, BLACK, 0.25);
         addOutline(channel, dark);
-        if (!m_scene.marks.empty()) {
-            return;  // single targets would hide what the axes show
+        if (!m_scene.marks.empty() || m_scene.residuals) {
+            return;  // single targets would hide what the axes or the measured points show
         }
         for (const GridTarget& target : channel.targets.grid) {
             addDisc(target.point, dark, size);

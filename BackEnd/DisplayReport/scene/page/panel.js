@@ -1,6 +1,7 @@
 // The panel beside the picture. Every text of the display is set as text, never as HTML.
 import { decimalsOf, pixelSize, rounded } from './digits.js';
 import { KEYS } from './keyboard.js';
+import { residualPicture } from './residualPicture.js';
 
 function element(tag, properties = {}, ...children) {
   const made = Object.assign(document.createElement(tag), properties);
@@ -105,11 +106,40 @@ function layers(scene, view) {
     ['cloud', 'model cloud', scene.cloud],
     ['eyes', 'eye point', scene.eyes.length],
     ['mirror', 'mirror', scene.mirror],
+    ['residuals', 'residuals', scene.residuals],
     ['axes', 'axes', true],
   ];
+  // Targets would hide the points that were measured.
+  const isShown = (name) => !(name === 'targets' && scene.residuals);
+  if (!isShown('targets')) {
+    view.showLayer('targets', false);
+  }
   const boxes = offered.filter(([, , isThere]) => isThere)
-    .map(([name, text]) => check(text, true, (on) => view.showLayer(name, on)));
+    .map(([name, text]) => check(text, isShown(name), (on) => view.showLayer(name, on)));
   return section('Show', element('div', { className: 'wrap' }, ...boxes));
+}
+
+// What a fit left of its measured points, in words and in the picture of the channel that is chosen.
+function residuals(scene) {
+  const channels = scene.channels.filter((channel) => channel.residuals);
+  if (!scene.residuals || !channels.length) {
+    return [];
+  }
+  const { onScreen, inPicture } = scene.residuals;
+  const choice = element('select', { ariaLabel: 'Channel of the residuals' },
+    ...channels.map((channel, i) => element('option', { value: i, textContent: channel.name })));
+  const place = element('div', {});
+  const show = () => {
+    const channel = channels[Number(choice.value)];
+    place.replaceChildren(residualPicture(channel),
+      ...channel.residuals.facts.map((fact) => element('small', { textContent: fact })));
+  };
+  choice.addEventListener('change', show);
+  show();
+  return [section('Residuals after the fit',
+    element('small', { textContent: `On the screen: from measured to fitted place, ${onScreen} times as long. `
+      + `In the picture: from stated to measured place, ${inPicture} times as long. `
+      + 'Outliers are dashed, with a ring or a cross; long vectors are cut.' }), choice, place)];
 }
 
 function views(scene, view) {
@@ -158,7 +188,8 @@ export function fillPanel(panel, scene, items, view) {
     body.append(notes(scene));
   }
   if (view) {
-    body.append(views(scene, view), ...light(scene, view), screens(scene, view), layers(scene, view), channelList(items, view));
+    body.append(views(scene, view), ...light(scene, view), screens(scene, view), layers(scene, view), ...residuals(scene),
+      channelList(items, view));
   }
   panel.append(headOf(panel, scene), body);
 }

@@ -41,6 +41,19 @@ function decodeLattice(lattice) {
   return { ...lattice, places: floats(lattice.places), lands: flags(lattice.lands) };
 }
 
+// Vectors as they are drawn: exaggerated, and cut where they would cover everything else. NaN where there is none.
+function decodeResiduals(residuals) {
+  return residuals && {
+    ...residuals,
+    points: floats(residuals.points),
+    offsets: floats(residuals.offsets),
+    picture: doubles(residuals.picture),
+    pixels: floats(residuals.pixels),
+    lines: indices(residuals.lines),
+    flags: Array.from(flags(residuals.outliers), (isOutlier) => ({ isOutlier: Boolean(isOutlier) })),
+  };
+}
+
 // `colours` is the number of channels after which their colours begin again; each further round has a pattern.
 function decodeChannel(channel, number, colours) {
   return {
@@ -58,6 +71,7 @@ function decodeChannel(channel, number, colours) {
     upMark: channel.upMark.map(floats),
     lattice: decodeLattice(channel.lattice),
     frustum: decodeFrustum(channel.frustum),
+    residuals: decodeResiduals(channel.residuals),
   };
 }
 

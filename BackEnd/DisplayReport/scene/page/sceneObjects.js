@@ -9,6 +9,8 @@ import {
 const SURFACE_COLOURS = { content: '#8494a6', measured: '#b0a690' };
 const CLOUD_COLOUR = '#8fd0c0';
 const EYE_COLOUR = '#ffffff';
+const INLIER_COLOUR = '#ffffff';
+const OUTLIER_COLOUR = '#ff6a5a';
 const SCALE_COLOUR = '#7d8894';
 // How a piece of a rim is drawn.
 const DASHED_PIECE = 1;
@@ -215,6 +217,31 @@ function makeUpMark(channel) {
   return group;
 }
 
+// From each measured point towards where the light of its place lands. Those of outliers are dashed and begin in rings.
+function makeResiduals({ residuals }) {
+  const group = new Group();
+  if (!residuals) {
+    return group;
+  }
+  const pieces = { inliers: [], outliers: [] };
+  const marks = { inliers: [], outliers: [] };
+  residuals.flags.forEach(({ isOutlier }, i) => {
+    const kind = isOutlier ? 'outliers' : 'inliers';
+    const from = new Vector3(...residuals.points.subarray(3 * i, 3 * i + 3));
+    const way = new Vector3(...residuals.offsets.subarray(3 * i, 3 * i + 3));
+    marks[kind].push(...from.toArray());
+    if (Number.isFinite(way.x)) {
+      const to = from.clone().add(way);
+      pieces[kind].push(...(isOutlier ? dashes(from, to, DASH) : [...from.toArray(), ...to.toArray()]));
+    }
+  });
+  for (const [kind, colour, size, look] of [['inliers', INLIER_COLOUR, 5, DISC], ['outliers', OUTLIER_COLOUR, 13, RING]]) {
+    group.add(line(LineSegments, new Float32Array(pieces[kind]), colour, 1));
+    group.add(dots(new Float32Array(marks[kind]), colour, size, look, ORDER.dot));
+  }
+  return group;
+}
+
 export function makeChannel(scene, channel) {
   // Dense grids and many channels get smaller dots, so that what stands behind them stays in sight.
   const dense = (90 * scene.targetStep) / Math.max(scene.columns, scene.rows);
@@ -225,6 +252,7 @@ export function makeChannel(scene, channel) {
     frusta: makeFrustum(scene, channel),
     labels: makeUpMark(channel),
     mirror: new Group(),
+    residuals: makeResiduals(channel),
   };
   if (channel.frustum && channel.frustum.mirrorTriangles.length) {
     const { mirrorVertices, mirrorTriangles } = channel.frustum;
