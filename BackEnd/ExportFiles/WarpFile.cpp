@@ -123,7 +123,8 @@ std::string summaryOf(const ChannelWarp& warp, std::size_t broken) {
     return std::to_string(warp.columns()) + " x " + std::to_string(warp.rows()) +
            (warp.reachesCorners() ? " nodes" : " pixels") +
            countText(warp.count(WarpNode::State::UNMAPPED), "not mapped") +
-           countText(broken, "cells left out of the mesh") + countText(warp.leftOutAtPoles(), "left out at a pole") +
+           countText(broken, broken == 1 ? "cell left out of the mesh" : "cells left out of the mesh") +
+           countText(warp.leftOutAtPoles(), "left out at a pole") +
            (warp.error().places > 0
                 ? ", within " + DisplayReport::significantText(warp.error().largest) + " pixels of the input"
                 : std::string());
