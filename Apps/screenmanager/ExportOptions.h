@@ -2,8 +2,8 @@
 
 #include "Command.h"
 #include "ExportFiles/ViewExport.h"
+#include "InputOptions.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,12 +20,7 @@ struct ExportOptions : CommandOptions {
     std::vector<Point<double, 3>> eyePoints;  ///< the same as points; filled when the line is complete
     std::string content;                      ///< PNG file; empty: none
     std::vector<std::string> formats;         ///< names; empty: the first
-    std::string axis;                         ///< "x,y,z"; empty: the usual one
-    std::string centre;                       ///< "azimuth,elevation", degrees; empty: straight ahead
-    bool isCut = false;                       ///< at the seam of a panorama
-    bool hasRoll = false;
-    bool hasAperture = false;
-    bool hasMargin = false;
+    InputOptions input;
     Veltrani::ExportFiles::ExportRequest request;
 };
 

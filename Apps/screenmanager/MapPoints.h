@@ -1,10 +1,9 @@
 #pragma once
 
-#include "ColumnsByRows.h"
 #include "Command.h"
 #include "DisplayReport/channels/ChannelChoice.h"
-#include "DisplayReport/maps/InputProjection.h"
 #include "DisplayReport/maps/PointMapping.h"
+#include "InputOptions.h"
 
 #include <optional>
 #include <string>
@@ -24,10 +23,10 @@ struct MapOptions : CommandOptions {
     std::vector<std::string> points;                           ///< "U,V" or "X,Y,Z"
     std::string pointFile;  ///< "-" for standard input, as when there are no points either
 
-    bool grid = false;                                          ///< the whole picture instead of points
-    std::string format;                                         ///< one of those of `formatsOf`
-    std::optional<ColumnsByRows> nodes;                         ///< none for the corners of all pixels
-    std::optional<Veltrani::DisplayReport::Panorama> panorama;  ///< none for the usual one
+    bool grid = false;   ///< the whole picture instead of points
+    std::string format;  ///< one of those of `formatsOf`
+    InputOptions input;  ///< without nodes: the corners of all pixels
+    std::string eye;     ///< "x,y,z"; empty: that of the channel
 
     [[nodiscard]] Veltrani::DisplayReport::PointKind pointKind() const {
         using Kind = Veltrani::DisplayReport::PointKind;

@@ -12,7 +12,7 @@ struct Ending {
     const char* format = "";
 };
 
-constexpr std::array<Ending, 14> ENDINGS{{{".csv", "csv"},
+constexpr std::array<Ending, 15> ENDINGS{{{".csv", "csv"},
                                           {".json", "json"},
                                           {".ply", "ply"},
                                           {".map", "mesh"},
@@ -20,6 +20,7 @@ constexpr std::array<Ending, 14> ENDINGS{{{".csv", "csv"},
                                           {".data", "mesh"},
                                           {".txt", "mesh"},
                                           {".txt", "text"},
+                                          {".obj", "obj"},
                                           {".pfm", "pfm"},
                                           {".png", "png"},
                                           {".svg", "svg"},

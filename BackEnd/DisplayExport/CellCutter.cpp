@@ -19,12 +19,13 @@ constexpr int SUBDIVISIONS = 6;
 }  // namespace
 
 CellCutter::CellCutter(const WarpSampler& sampler, const ContentInput& input, const WarpErrorMeter& meter, Seam seam,
-                       double error)
+                       double error, double allowed)
     : m_sampler(sampler),
       m_input(input),
       m_meter(meter),
       m_seam(seam),
       m_error(error),
+      m_allowed(allowed),
       m_poles(input.poles()),
       m_wrapsAround(input.wrapsAround()) {}
 
@@ -35,8 +36,9 @@ bool CellCutter::mustCut(const WarpCell& cell, WarpCell::Kind kind) const {
 CellCutter::Cut CellCutter::cut(const WarpCell& cell, WarpCell::Kind kind) const {
     Cut cut;
     const bool isAtPole = kind == WarpCell::Kind::OVER_POLE || cell.isNear(m_poles);
-    const double error = isAtPole && kind != WarpCell::Kind::OVER_POLE ? m_meter.largestIn(cell) : 0.0;
-    if (kind == WarpCell::Kind::OVER_POLE || error > m_error) {
+    const bool isMeasured = isAtPole && kind != WarpCell::Kind::OVER_POLE;
+    const WarpError error = isMeasured ? m_meter.errorIn(cell, m_allowed) : WarpError();
+    if (kind == WarpCell::Kind::OVER_POLE || error.largest > m_error) {
         subdivide(cell, SUBDIVISIONS, cut);
     } else {
         cut.error = error;
@@ -90,13 +92,13 @@ void CellCutter::subdivide(const WarpCell& cell, int times, Cut& cut) const {
         }
         const WarpCell::Kind kind = kindOf(quarter);
         const bool isOverPole = kind == WarpCell::Kind::OVER_POLE;
-        const double error = isOverPole ? 0.0 : m_meter.largestIn(quarter);
-        if (times > 1 && (isOverPole || error > m_error)) {
+        const WarpError error = m_meter.errorIn(quarter, m_allowed);
+        if (times > 1 && (isOverPole || error.largest > m_error)) {
             subdivide(quarter, times - 1, cut);
         } else if (isOverPole) {
             ++cut.leftOut;
         } else {
-            cut.error = std::max(cut.error, error);
+            cut.error.add(error);
             cutAsItIs(quarter, kind, cut);
         }
     }

@@ -15,13 +15,14 @@ public:
     struct Cut {
         std::vector<WarpPiece> pieces;
         std::size_t leftOut = 0;  ///< parts that hold a pole
-        double error = 0;         ///< the largest of the parts around a pole, pixels of the input
+        WarpError error;          ///< of the parts around a pole, but for `largestOfGrid`
     };
 
     /// Refers to all.
-    /// @param error parts around a pole are divided as long as theirs is larger
+    /// @param error pixels of the input: parts around a pole are divided as long as theirs is larger
+    /// @param allowed pixels of the input: what counts as beyond
     CellCutter(const WarpSampler& sampler, const ContentInput& input, const WarpErrorMeter& meter, Seam seam,
-               double error);
+               double error, double allowed);
 
     /// Whether a cell of a kind is anything but two triangles between its corners as they are.
     [[nodiscard]] bool mustCut(const WarpCell& cell, WarpCell::Kind kind) const;
@@ -40,6 +41,7 @@ private:
     const WarpErrorMeter& m_meter;
     Seam m_seam;
     double m_error;
+    double m_allowed;
     std::vector<Point<double, 3>> m_poles;
     bool m_wrapsAround;
 };

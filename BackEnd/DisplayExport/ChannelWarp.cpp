@@ -6,6 +6,13 @@
 
 namespace Veltrani::DisplayExport {
 
+void WarpError::add(const WarpError& other) {
+    largest = std::max(largest, other.largest);
+    places += other.places;
+    beyond += other.beyond;
+    leftOut += other.leftOut;
+}
+
 ChannelWarp ChannelWarp::of(const ChannelSight& sight, const ContentInput& input, const WarpRequest& request) {
     return WarpBuilder(sight, input, request).build();
 }

@@ -73,9 +73,13 @@ SeenPlace PlaceFit::at(const P2& picture, const P2& step, WarpNode& node) const 
     m_sight.see(places, seen);
     const bool hasDirections = m_input.kind() != InputKind::LAYOUT && m_input.kind() != InputKind::SCREEN;
     PlaneThrough plane;
+    PlaneThrough points;
     for (std::size_t i = 0; i < places.size(); ++i) {
         const std::optional<InputPlace> content = m_input.place(places[i], seen[i]);
         const double length = norm(seen[i].direction);
+        if (content) {
+            points.add(offsets[i], seen[i].point);
+        }
         if (content && hasDirections && length > 0) {
             plane.add(offsets[i], seen[i].direction * (1 / length));
         } else if (content) {
@@ -89,8 +93,14 @@ SeenPlace PlaceFit::at(const P2& picture, const P2& step, WarpNode& node) const 
     }
     const P3 here = plane.here();
     std::optional<InputPlace> place;
+    result.point = points.here();
     if (hasDirections) {
         result.direction = here;
+        if (!m_sight.isInMirror()) {
+            // A point that is seen in that very direction.
+            const double distance = dot(result.point - m_sight.eye(), here) / dot(here, here);
+            result.point = m_sight.eye() + distance * here;
+        }
         result.isSeen = true;
         place = m_input.placeBeyond(picture, result);
     } else {

@@ -250,7 +250,7 @@ void WarpBuilder::unwrap(WarpGrid& grid) const {
 
 void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
     const double allowed = std::max(AIM * m_request.error, warp.m_error.largest);
-    const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed);
+    const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed, m_request.error);
     for (std::size_t number = 0; number < grid.cells(); ++number) {
         const WarpCell cell = WarpCell::of(grid, number);
         const WarpCell::Kind kind = cutter.kindOf(cell);
@@ -259,7 +259,7 @@ void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
         }
         CellCutter::Cut cut = cutter.cut(cell, kind);
         warp.m_leftOutAtPoles += cut.leftOut;
-        warp.m_error.largest = std::max(warp.m_error.largest, cut.error);
+        warp.m_error.add(cut.error);
         const bool isAtSeam = kind == WarpCell::Kind::OVER_SEAM || kind == WarpCell::Kind::OVER_FACES;
         warp.m_brokenAtSeams += isAtSeam ? 1 : 0;
         warp.m_cutCells.push_back({number, kind != WarpCell::Kind::WHOLE, std::move(cut.pieces)});

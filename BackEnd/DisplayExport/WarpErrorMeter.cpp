@@ -159,10 +159,11 @@ double WarpErrorMeter::errorOfPieces(const std::vector<WarpPiece>& pieces, const
     return largest;
 }
 
-double WarpErrorMeter::largestIn(const WarpCell& cell) const {
+WarpError WarpErrorMeter::errorIn(const WarpCell& cell, double allowed) const {
+    WarpError result;
     const Compared compared = comparedOf(cell);
-    if (compared.kind == WarpCell::Kind::UNUSABLE || compared.kind == WarpCell::Kind::OVER_POLE) {
-        return 0;
+    if (compared.kind == WarpCell::Kind::OVER_POLE) {
+        return result;
     }
     const std::vector<P2> parts = partsOfCell();
     std::vector<P2> picture;
@@ -171,13 +172,21 @@ double WarpErrorMeter::largestIn(const WarpCell& cell) const {
     }
     std::vector<SeenPlace> seen(picture.size());
     m_sight.see(picture, seen);
-    double largest = 0;
     for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (const auto belongs = m_input.place(picture[i], seen[i])) {
-            largest = std::max(largest, errorAt(compared, parts[i], seen[i], *belongs));
+        const auto belongs = m_input.place(picture[i], seen[i]);
+        if (!belongs) {
+            continue;
         }
+        if (compared.kind == WarpCell::Kind::UNUSABLE) {
+            ++result.leftOut;
+            continue;
+        }
+        const double error = errorAt(compared, parts[i], seen[i], *belongs);
+        ++result.places;
+        result.beyond += error > allowed ? 1 : 0;
+        result.largest = std::max(result.largest, error);
     }
-    return largest;
+    return result;
 }
 
 MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std::size_t mostCells,

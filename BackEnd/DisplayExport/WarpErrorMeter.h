@@ -27,8 +27,9 @@ public:
     /// Refers to both.
     WarpErrorMeter(const ChannelSight& sight, const ContentInput& input);
 
-    /// The largest error of a cell that holds no pole and has usable corners, pixels of the input; else 0.
-    [[nodiscard]] double largestIn(const WarpCell& cell) const;
+    /// That of a cell; nothing is compared in one that holds a pole.
+    /// @param allowed pixels of the input
+    [[nodiscard]] WarpError errorIn(const WarpCell& cell, double allowed) const;
 
     /// Cells that hold a pole are left out, and those around it from all but the error of readers of grids.
     /// @param allowed pixels of the input

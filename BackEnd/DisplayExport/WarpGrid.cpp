@@ -181,32 +181,39 @@ void WarpSampler::continueOver(WarpGrid& grid, DarkCells dark) const {
 
 void WarpSampler::continueTo(WarpGrid& grid, std::size_t node) const {
     const P2 picture = grid.pictureOf(node);
-    P3 direction;
-    WarpNode found = nodeAt(picture, direction);
+    SeenPlace seen;
+    WarpNode found = nodeAt(picture, seen);
     if (!found.isUsable()) {
         const PlaceFit fit(m_sight, m_input);
         const auto stepOf = [](const std::vector<double>& places) {
             return (places.back() - places.front()) / static_cast<double>(places.size() - 1);
         };
-        const SeenPlace seen = fit.at(picture, {stepOf(grid.across), stepOf(grid.upwards)}, found);
-        direction = seen.direction;
+        seen = fit.at(picture, {stepOf(grid.across), stepOf(grid.upwards)}, found);
     }
     found.state = found.isUsable() ? WarpNode::State::CONTINUED : WarpNode::State::UNMAPPED;
     grid.nodes[node] = found;
     if (!grid.directions.empty()) {
-        grid.directions[node] = unit(direction);
+        grid.directions[node] = found.isUsable() ? unit(seen.direction) : P3();
+    }
+    if (!grid.points.empty()) {
+        grid.points[node] = found.isUsable() ? seen.point : P3();
     }
 }
 
 WarpNode WarpSampler::nodeAt(const P2& picture, P3& direction) const {
     SeenPlace seen;
+    const WarpNode node = nodeAt(picture, seen);
+    direction = node.isUsable() ? unit(seen.direction) : P3();
+    return node;
+}
+
+WarpNode WarpSampler::nodeAt(const P2& picture, SeenPlace& seen) const {
     m_sight.see({&picture, 1}, {&seen, 1});
     WarpNode node = nodeOf(m_input.place(picture, seen), WarpNode::State::MAPPED);
     if (!node.isUsable()) {
         seen = seen.isSeen ? seen : m_sight.continued(picture);
         node = nodeOf(m_input.placeBeyond(picture, seen), WarpNode::State::CONTINUED);
     }
-    direction = node.isUsable() ? unit(seen.direction) : P3();
     return node;
 }
 

@@ -10,6 +10,7 @@ namespace Veltrani::DisplayExport {
 
 class ChannelSight;
 class ContentInput;
+struct SeenPlace;
 
 /// The nodes of a warp, and what its cells have to know of them.
 struct WarpGrid {
@@ -66,6 +67,8 @@ public:
     [[nodiscard]] WarpNode nodeAt(const Point<double, 2>& picture, Point<double, 3>& direction) const;
 
 private:
+    /// The same, with what is seen there.
+    [[nodiscard]] WarpNode nodeAt(const Point<double, 2>& picture, SeenPlace& seen) const;
     struct Part;
     class PartSampler;
 

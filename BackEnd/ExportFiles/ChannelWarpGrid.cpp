@@ -21,13 +21,12 @@ ChannelWarpGrid::ChannelWarpGrid(const DisplayExport::ChannelWarp& warp, std::sp
 
 DisplayReport::WarpSample ChannelWarpGrid::at(std::size_t column, std::size_t row) const {
     const WarpNode& node = m_nodes[row * m_warp.columns() + column];
-    if (m_warp.reachesCorners()) {
-        return node.isUsable() ? DisplayReport::WarpSample{m_strip.placeOf(node.content, node.face), true}
-                               : DisplayReport::WarpSample{};
+    if (!node.isUsable()) {
+        return {};
     }
-    return node.state == WarpNode::State::MAPPED
-               ? DisplayReport::WarpSample{m_strip.wrappedPlaceOf(node.content, node.face), true}
-               : DisplayReport::WarpSample{};
+    return {m_warp.reachesCorners() ? m_strip.placeOf(node.content, node.face)
+                                    : m_strip.wrappedPlaceOf(node.content, node.face),
+            true};
 }
 
 }  // namespace Veltrani::ExportFiles

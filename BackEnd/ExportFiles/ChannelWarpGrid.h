@@ -21,8 +21,8 @@ struct ContentStrip {
     [[nodiscard]] Point<double, 2> wrappedPlaceOf(const Point<double, 2>& content, std::uint8_t face) const;
 };
 
-/// The nodes of a warp as the formats that are grids have them: those of nodes without the ones that would belong to a
-/// broken cell, those of pixels as far as light arrives there.
+/// The nodes of a warp as the formats that are grids have them, continued ones included. Those of pixels have their
+/// places between the edges of an input that wraps around.
 class ChannelWarpGrid : public DisplayReport::WarpGrid {
 public:
     /// @param warp must outlive the grid

@@ -130,7 +130,7 @@ mode_t usualMode() {
 
 ExportFolder::ExportFolder(const std::string& utf8Path, bool replaces) : m_replaces(replaces) {
     if (utf8Path.empty() || utf8Path.find('\0') != std::string::npos) {
-        refuseFolder(utf8Path, "a folder has a name");
+        refuseFolder('"' + utf8Path + '"', "is no name of a folder");
     }
     try {
         fs::path path = fs::weakly_canonical(fs::absolute(utf8Path));
@@ -187,7 +187,9 @@ void ExportFolder::create() {
     for (int i = 0; i < MOST_TRIES; ++i) {
         std::string name = prefixOf(m_target) + std::string(RANDOM_PART);
         if (::mkdtemp(name.data()) == nullptr) {
-            refuseFolder(m_target, "no folder can be made there: " + systemMessage());
+            const bool isAlone = errno == ENOENT;
+            refuseFolder(m_target, "no folder can be made there: " + systemMessage() +
+                                       (isAlone ? "; make the folder that is to hold it first" : ""));
         }
         m_temporary = name;
         m_lock = ::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);

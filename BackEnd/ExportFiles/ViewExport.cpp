@@ -6,7 +6,6 @@
 #include "DisplayExport/ChannelSight.h"
 #include "DisplayReport/basics/ChannelPalette.h"
 #include "DisplayReport/basics/JsonText.h"
-#include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/basics/ReportHead.h"
 #include "ExportFiles/TestPicture.h"
 #include "ExportFiles/ViewJson.h"
@@ -24,7 +23,6 @@ namespace {
 using DisplayExport::ChannelSight;
 using DisplayExport::ChannelWarp;
 using DisplayExport::ContentInput;
-using DisplayExport::WarpNode;
 using DisplayExport::WarpRequest;
 using DisplayReport::jsonList;
 using DisplayReport::JsonObject;
@@ -85,14 +83,6 @@ bool contains(const std::vector<WarpFormat>& formats, WarpFormat format) {
 bool hasSome(const std::vector<WarpFormat>& formats, bool ofNodes) {
     return std::any_of(formats.begin(), formats.end(),
                        [ofNodes](WarpFormat format) { return isOfNodes(format) == ofNodes; });
-}
-
-std::string sizeOf(const ChannelWarp& warp) {
-    return std::to_string(warp.columns()) + " x " + std::to_string(warp.rows());
-}
-
-std::string countText(std::size_t count, const std::string& what) {
-    return count == 0 ? "" : ", " + std::to_string(count) + ' ' + what;
 }
 
 /// One view on its way into its files.
@@ -168,18 +158,8 @@ private:
             m_files.write("content", "content.png",
                           [&](std::ostream& out) { warpedContent(warp, m_strip, *m_request.content).write(out); });
         }
-        summarise(warp, broken);
+        m_summary += (m_summary.empty() ? "" : "; ") + summaryOf(warp, broken);
         return jsonOf(warp, broken);
-    }
-
-    void summarise(const ChannelWarp& warp, std::size_t broken) {
-        m_summary += (m_summary.empty() ? "" : "; ") + sizeOf(warp) + (warp.reachesCorners() ? " nodes" : " pixels") +
-                     countText(warp.count(WarpNode::State::UNMAPPED), "not mapped") +
-                     countText(broken, "cells left out of the mesh") +
-                     countText(warp.leftOutAtPoles(), "left out at a pole") +
-                     (warp.error().places > 0
-                          ? ", within " + DisplayReport::significantText(warp.error().largest) + " pixels of the input"
-                          : std::string());
     }
 
     [[nodiscard]] TestPicture testPicture() const {

@@ -1,6 +1,7 @@
 #include "ExportFiles/WarpFile.h"
 
 #include "Common/VeltraniException.h"
+#include "DisplayReport/basics/NumberText.h"
 #include "DisplayReport/basics/PfmRows.h"
 #include "DisplayReport/maps/WarpWriter.h"
 #include "ExportFiles/ObjWarp.h"
@@ -51,12 +52,16 @@ std::size_t writeMesh(const ChannelWarp& warp, const ContentStrip& strip, std::o
     return broken;
 }
 
+std::string countText(std::size_t count, const std::string& what) {
+    return count == 0 ? "" : ", " + std::to_string(count) + ' ' + what;
+}
+
 void writePoints(const ChannelWarp& warp, std::ostream& out) {
     constexpr float NONE = std::numeric_limits<float>::quiet_NaN();
     DisplayReport::PfmRows rows(out, warp.columns(), warp.rows());
     for (std::size_t i = 0; i < warp.nodes().size(); ++i) {
         const Point<double, 3>& point = warp.points()[i];
-        if (warp.nodes()[i].state == WarpNode::State::MAPPED) {
+        if (warp.nodes()[i].isUsable()) {
             rows.add(static_cast<float>(point[0]), static_cast<float>(point[1]), static_cast<float>(point[2]));
         } else {
             rows.add(NONE, NONE, NONE);
@@ -112,6 +117,17 @@ std::size_t writeWarp(WarpFormat format, const ChannelWarp& warp, const ContentS
             break;
     }
     return 0;
+}
+
+std::string summaryOf(const ChannelWarp& warp, std::size_t broken) {
+    return std::to_string(warp.columns()) + " x " + std::to_string(warp.rows()) +
+           (warp.reachesCorners() ? " nodes" : " pixels") +
+           countText(warp.count(WarpNode::State::UNMAPPED), "not mapped") +
+           countText(broken, broken == 1 ? "cell left out of the mesh" : "cells left out of the mesh") +
+           countText(warp.leftOutAtPoles(), "left out at a pole") +
+           (warp.error().places > 0
+                ? ", within " + DisplayReport::significantText(warp.error().largest) + " pixels of the input"
+                : std::string());
 }
 
 }  // namespace Veltrani::ExportFiles

@@ -35,4 +35,8 @@ enum class WarpFormat {
 std::size_t writeWarp(WarpFormat format, const DisplayExport::ChannelWarp& warp, const ContentStrip& strip,
                       std::ostream& out);
 
+/// For people: "97 x 61 nodes, 12 not mapped, within 0.2 pixels of the input".
+/// @param broken cells that a format has left out
+[[nodiscard]] std::string summaryOf(const DisplayExport::ChannelWarp& warp, std::size_t broken);
+
 }  // namespace Veltrani::ExportFiles

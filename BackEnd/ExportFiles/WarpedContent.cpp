@@ -35,7 +35,7 @@ public:
         for (std::size_t row = 0; row < warp.rows(); ++row) {
             for (std::size_t column = 0; column < warp.columns(); ++column) {
                 const WarpNode& node = warp.at(column, row);
-                if (node.state == WarpNode::State::MAPPED) {
+                if (node.isUsable()) {
                     paint(column, row, node.content, node.face);
                 }
             }

@@ -77,6 +77,9 @@ struct WarpError {
     std::size_t places = 0;    ///< that were compared; 0: nothing was
     std::size_t beyond = 0;    ///< of these further off than the request allows
     std::size_t leftOut = 0;   ///< lit places that lie in a cell without usable corners
+
+    /// Takes what was found elsewhere into account, but for readers of grids.
+    void add(const WarpError& other);
 };
 
 /// Which part of an input each place of a channel's picture shows.
@@ -110,8 +113,8 @@ public:
     }
     /// Row by row from the bottom.
     [[nodiscard]] const std::vector<WarpNode>& nodes() const { return m_nodes; }
-    /// On the screen, world frame, native units, as many as nodes; zero for those that are not mapped. Empty unless
-    /// requested.
+    /// On the screen, world frame, native units, as many as nodes; beside the screen for those that are continued, zero
+    /// for those that are not mapped. Empty unless requested.
     [[nodiscard]] const std::vector<Point<double, 3>>& points() const { return m_points; }
 
     [[nodiscard]] std::size_t count(WarpNode::State state) const;

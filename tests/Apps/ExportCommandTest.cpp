@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 #include "ReadmeText.h"
 #include "support/PngImage.h"
+#include "support/Sanitizers.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPaths.h"
 
@@ -240,6 +241,38 @@ TEST_F(ExportCommand, ShowsTestPicturesAndContentOfTheSizeOfTheChannels) {
         sources.push_back(file["name"]);
     }
     EXPECT_THAT(sources, Contains(content));
+}
+
+/// The largest memory of any process of a run, in bytes.
+double memoryOf(const std::vector<std::string>& arguments) {
+    std::vector<std::string> all{"-c",
+                                 "import resource, subprocess, sys\n"
+                                 "code = subprocess.run(sys.argv[1:]).returncode\n"
+                                 "print(1024 * resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)\n"
+                                 "sys.exit(code)",
+                                 programFile()};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const ProgramRun run = runProgram("/usr/bin/python3", all);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    return std::stod(run.output);
+}
+
+TEST_F(ExportCommand, TakesNoMoreThanSixtyFourBytesForAPixel) {
+    if (IS_SANITIZED) {
+        GTEST_SKIP() << "sanitizers have memory of their own";
+    }
+    const std::string text = readme::text("examples/spherical-dome/display.xml");
+    const auto memoryWith = [&](const char* width, const char* height) {
+        const std::string file = m_folder.write(
+            "sized.xml", readme::replaced(readme::replaced(text, "width=\"1920\"", width), "height=\"1200\"", height));
+        return memoryOf({"export", file, "--output", m_output, "--force", "--quiet", "--channel", "Left", "--jobs", "1",
+                         "--format", "pfm", "--format", "pfm3d", "--format", "png16", "--format", "mesh",
+                         "--test-pictures"});
+    };
+    fs::create_directories(m_output);
+    const double small = memoryWith("width=\"192\"", "height=\"120\"");
+    const double large = memoryWith("width=\"1920\"", "height=\"1200\"");
+    EXPECT_LE((large - small) / (1920 * 1200 - 192 * 120), 64);
 }
 
 // The numbers of the manifest and of the maps, worked out once more in another language.

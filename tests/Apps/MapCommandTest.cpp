@@ -216,14 +216,12 @@ TEST_F(MapCommand, OptionsThatDoNotGoTogetherExitWithTwo) {
         {{"--point", "0,0", "--points", "-"}, "--point"},
         {{"--to", "screen"}, "screen"},
         {{"--grid", "--format", "tiff"}, "tiff"},
-        {{"--grid", "--format", "csv"}, "csv is not mesh, pfm, png16 or png"},
-        {{"--grid", "--nodes", "1x5"}, "\"1x5\" is not COLUMNSxROWS"},
+        {{"--grid", "--format", "csv"}, "csv is not mesh, obj, pfm, pfm3d, png16 or png"},
+        {{"--grid", "--nodes", "1x5"}, "\"1x5\" is not auto or COLUMNSxROWS"},
         {{"--grid", "--nodes", "100000x100000"}, "at most 40000000 nodes"},
         {{"--grid", "--nodes", "3x3", "--format", "pfm"}, "pfm has one value per pixel"},
-        {{"--grid", "--input", "cube"}, "cube"},
         {{"--point", "0.5"}, "--point 0.5 is not U,V, such as 0.5,0.25"},
         {{"--point", "0,0", "--to", "channel"}, "--point 0,0 is not X,Y,Z"},
-        {{"--grid", "--input", "fisheye"}, "the input of this display is flat"},
     };
     for (const auto& [arguments, expected] : lines) {
         const ProgramRun run = map(arguments);

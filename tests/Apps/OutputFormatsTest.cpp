@@ -78,7 +78,7 @@ TEST_F(OutputFormatsTest, ANameWithoutAnEndingLeavesTheDefault) {
 TEST_F(OutputFormatsTest, AFileThatIsNamedLikeNoFormatIsRefused) {
     expectRefused(m_picture, "x.jpg",
                   "png, svg or pdf: end its name in .png, .svg or .pdf, or state one with --format");
-    expectRefused(m_grid, "x.tiff", "mesh, pfm, png16 or png");
+    expectRefused(m_grid, "x.tiff", "mesh, obj, pfm, pfm3d, png16 or png");
     expectRefused(m_targets, "x.png", "csv, json or ply");
     expectRefused(m_points, "x.svg", "csv or json");
     expectRefused(m_coverage, "x.ply", "text or json");
@@ -121,7 +121,7 @@ TEST_F(OutputFormatsTest, EveryCommandThatWritesAFileRefusesEndingsThatItDoesNot
     }
     EXPECT_EQ(writing, lines.size());
     for (const char* name : {"x.xlsx", "x.tiff", "x.csv", "x.dat"}) {
-        expectRefused(m_grid, name, "mesh, pfm, png16 or png");
+        expectRefused(m_grid, name, "mesh, obj, pfm, pfm3d, png16 or png");
     }
     EXPECT_THAT(
         runScreenManager({"fit", m_file, "--points", m_file, "--in-place", "--report", "x.xml"}).errors,

@@ -61,6 +61,23 @@ protected:
     const std::string m_target = m_folder.file("player");
 };
 
+TEST_F(ExportFolders, ANameWithoutAPlaceIsRefusedWithTheRemedy) {
+    const auto refusalOf = [](const std::string& path) -> std::wstring {
+        try {
+            const ExportFolder folder(path, true);
+        } catch (const VeltraniException& fault) {
+            return fault.message;
+        }
+        return L"";
+    };
+    EXPECT_EQ(refusalOf(""), L"\"\": is no name of a folder");
+    EXPECT_THAT(refusalOf(m_folder.file("no/player")),
+                HasSubstr(L"no/player: no folder can be made there: No such file or directory; make the folder that is "
+                          L"to hold it first"));
+    m_folder.write("file", "");
+    EXPECT_THAT(refusalOf(m_folder.file("file/player")), testing::EndsWith(L"made there: Not a directory"));
+}
+
 TEST_F(ExportFolders, AppearWhole) {
     {
         ExportFolder folder(m_target, false);

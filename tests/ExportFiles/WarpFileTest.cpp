@@ -81,6 +81,65 @@ TEST(WarpFile, AMapOfPixelsStaysBetweenTheEdgesOfAPanorama) {
     EXPECT_EQ(right, 400U);
 }
 
+/// A wall of 4 by 2 m at y = 5 and a picture of 32 x 16 pixels that reaches beyond it on all sides, seen from its eye.
+const std::string BESIDE =
+    "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Flat'>"
+    "<EyePoint x='0' y='0' z='0'/><Centre x='0.1' y='5' z='0.05'/><Size width='4' height='2'/></Screen>"
+    "<TargetData type='Spherical'/><Projectors><Projector id='P1'><Resolution width='32' height='16'/>"
+    "<Frustum left='-40' right='40' bottom='-20' top='20'/></Projector></Projectors></Display>";
+
+// What is lit in part has a value: the plane of the wall goes on by a pixel.
+TEST(WarpFile, AMapOfPixelsHoldsEveryPixelThatIsLitInPart) {
+    const ExportedChannel wide(BESIDE);
+    const auto warp = wide.warp(InputKind::FISHEYE, pixels(true));
+    std::ostringstream places;
+    std::ostringstream points;
+    writeWarp(WarpFormat::PFM, warp, {}, places);
+    writeWarp(WarpFormat::PFM_3D, warp, {}, points);
+    const double right = 5 * std::tan(40 * M_PI / 180);
+    const double top = 5 * std::tan(20 * M_PI / 180);
+    int litInPart = 0;
+    int dark = 0;
+    for (std::size_t row = 0; row < 16; ++row) {
+        for (std::size_t column = 0; column < 32; ++column) {
+            const double x = right * (2 * (static_cast<double>(column) + 0.5) / 32 - 1);
+            const double z = top * (2 * (static_cast<double>(row) + 0.5) / 16 - 1);
+            const auto reaches = [&](double part) {
+                return std::abs(x - 0.1) < 2 + part * right / 16 && std::abs(z - 0.05) < 1 + part * top / 8;
+            };
+            const auto [u, v, mapped] = pixelOf(places.str(), column, row);
+            const auto [px, py, pz] = pixelOf(points.str(), column, row);
+            EXPECT_EQ(std::isnan(px), mapped == 0);
+            if (reaches(0.5)) {
+                EXPECT_EQ(mapped, 1) << column << ' ' << row;
+                litInPart += reaches(0) ? 0 : 1;
+            }
+            if (!reaches(1.01)) {
+                EXPECT_EQ(mapped, 0) << column << ' ' << row;
+                ++dark;
+            }
+            if (mapped == 1) {
+                EXPECT_LT(std::hypot(px - x, py - 5, pz - z), 1e-5) << column << ' ' << row;
+                const double part = std::atan2(std::hypot(x, z), 5) / M_PI / std::hypot(x, z);
+                EXPECT_NEAR(u, 0.5 + part * x, 1e-6);
+                EXPECT_NEAR(v, 0.5 + part * z, 1e-6);
+            }
+        }
+    }
+    EXPECT_GT(litInPart, 10);
+    EXPECT_GT(dark, 100);
+}
+
+TEST(WarpFile, ItsSummaryCountsWhatIsLeftOut) {
+    const ExportedChannel wall(WALL);
+    EXPECT_EQ(summaryOf(wall.warp(InputKind::LAYOUT, pixels(false)), 0), "32 x 16 pixels");
+    EXPECT_EQ(summaryOf(wall.warp(InputKind::LAYOUT, nodes(3, 2)), 4),
+              "3 x 2 nodes, 4 cells left out of the mesh, within 0 pixels of the input");
+    EXPECT_THAT(summaryOf(wall.warp(InputKind::LAYOUT, nodes(3, 2)), 1), HasSubstr(", 1 cell left out of the mesh"));
+    const ExportedChannel behind(BEHIND);
+    EXPECT_EQ(summaryOf(behind.warp(InputKind::FISHEYE, pixels(false)), 0), "40 x 20 pixels, 800 not mapped");
+}
+
 TEST(WarpFile, WhatAFormatCannotTakeIsRefused) {
     const ExportedChannel wall(WALL);
     const auto ofNodes = wall.warp(InputKind::LAYOUT, nodes(2, 2));

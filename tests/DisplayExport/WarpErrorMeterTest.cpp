@@ -1,0 +1,179 @@
+#include "DisplayExport/WarpErrorMeter.h"
+
+#include "DisplayExport/ContentInput.h"
+#include "DisplayExport/WarpGrid.h"
+#include "ExportDisplays.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+using namespace Veltrani::DisplayExport;
+
+constexpr double PI = std::numbers::pi;
+constexpr double SIDE = 4096;
+
+/// A wall of 4 by 2 metres, three metres ahead of an eye at the origin, which one picture covers: what a fisheye shows
+/// at each place of the picture is known by a formula.
+class WarpErrorMeterTest : public ExportDisplayTest {
+protected:
+    WarpErrorMeterTest() {
+        load(
+            "<Screen shape='Flat'><EyePoint x='0' y='0' z='0'/><Centre x='0.5' y='3' z='0.25'/><Size width='4' "
+            "height='2'/></Screen>",
+            displays::projector("P1", displays::WHOLE_AREA + "<Layout xMin='0' xMax='4' yMin='0' yMax='2'/>"),
+            "<TargetData type='PlanarBasic'/>");
+        m_sight = std::make_unique<ChannelSight>(config(), channels()[0]);
+        InputChoice fisheye;
+        fisheye.kind = InputKind::FISHEYE;
+        m_input = std::make_unique<ContentInput>(config(), *m_sight, fisheye);
+    }
+
+    /// In pixels of the fisheye.
+    static P2 contentAt(const P2& picture) {
+        const double x = -1.5 + 4 * picture[0];
+        const double z = -0.75 + 2 * picture[1];
+        const double aside = std::max(std::hypot(x, z), 1e-300);
+        const double part = SIDE * std::atan2(aside, 3.0) / PI / aside;
+        return {part * x, part * z};
+    }
+
+    /// The largest error of the three ways to interpolate at a place of a cell.
+    static double errorAt(const P2& lower, const P2& size, double x, double y) {
+        const P2 a = contentAt(lower);
+        const P2 b = contentAt({lower[0] + size[0], lower[1]});
+        const P2 c = contentAt(lower + size);
+        const P2 d = contentAt({lower[0], lower[1] + size[1]});
+        const P2 belongs = contentAt({lower[0] + x * size[0], lower[1] + y * size[1]});
+        const P2 bilinear = (1 - y) * ((1 - x) * a + x * b) + y * ((1 - x) * d + x * c);
+        const P2 rising = x >= y ? (1 - x) * a + (x - y) * b + y * c : (1 - y) * a + (y - x) * d + x * c;
+        const P2 falling = x + y <= 1 ? (1 - x - y) * a + x * b + y * d : (x + y - 1) * c + (1 - y) * b + (1 - x) * d;
+        return std::max({norm(bilinear - belongs), norm(rising - belongs), norm(falling - belongs)});
+    }
+
+    [[nodiscard]] WarpGrid grid(std::size_t columns, std::size_t rows) const {
+        const auto along = [](std::size_t count) {
+            std::vector<double> places;
+            for (std::size_t i = 0; i < count; ++i) {
+                places.push_back(static_cast<double>(i) / static_cast<double>(count - 1));
+            }
+            return places;
+        };
+        return WarpSampler(*m_sight, *m_input).sample(along(columns), along(rows), {.directions = true}, {});
+    }
+
+    /// The largest error of a grid at so many places per side of each cell.
+    static double dense(const WarpGrid& grid, int perSide) {
+        double largest = 0;
+        for (std::size_t cell = 0; cell < grid.cells(); ++cell) {
+            largest = std::max(largest, denseOfCell(WarpCell::of(grid, cell), perSide));
+        }
+        return largest;
+    }
+
+    static double denseOfCell(const WarpCell& cell, int perSide) {
+        double largest = 0;
+        for (int row = 0; row <= perSide; ++row) {
+            for (int column = 0; column <= perSide; ++column) {
+                largest = std::max(largest,
+                                   errorAt(cell.picture[0], cell.picture[2] - cell.picture[0],
+                                           static_cast<double>(column) / perSide, static_cast<double>(row) / perSide));
+            }
+        }
+        return largest;
+    }
+
+    std::unique_ptr<ChannelSight> m_sight;
+    std::unique_ptr<ContentInput> m_input;
+};
+
+/// What it sees at its few places is nearly the largest error that there is, and never more.
+TEST_F(WarpErrorMeterTest, ComesNearTheLargestErrorOfAKnownWarp) {
+    const WarpErrorMeter meter(*m_sight, *m_input);
+    for (const auto& [columns, rows] : {std::pair<std::size_t, std::size_t>{2, 2}, {5, 3}, {9, 9}, {17, 4}}) {
+        const WarpGrid nodes = grid(columns, rows);
+        const double largest = dense(nodes, 60);
+        const MeasuredError measured = meter.measure(nodes, 0.25, 40'000);
+        EXPECT_LE(measured.error.largest, largest * (1 + 1e-9)) << columns << " x " << rows;
+        EXPECT_GE(measured.error.largest, 0.85 * largest) << columns << " x " << rows;
+        EXPECT_EQ(measured.error.largestOfGrid, measured.error.largest);
+        for (std::size_t cell = 0; cell < nodes.cells(); ++cell) {
+            const WarpCell one = WarpCell::of(nodes, cell);
+            const double ofCell = denseOfCell(one, 60);
+            const WarpError error = meter.errorIn(one, 0.8 * ofCell);
+            EXPECT_LE(error.largest, ofCell * (1 + 1e-9));
+            EXPECT_GE(error.largest, 0.75 * ofCell);
+            EXPECT_EQ(error.places, 21U);
+            EXPECT_LT(error.beyond, 21U);
+        }
+    }
+}
+
+/// All that it compares, worked out one by one.
+TEST_F(WarpErrorMeterTest, CountsThePlacesThatItCompares) {
+    constexpr double ALLOWED = 3;
+    const WarpGrid nodes = grid(4, 3);
+    std::size_t places = 0;
+    std::size_t beyond = 0;
+    P2 along;
+    double largest = 0;
+    for (std::size_t cell = 0; cell < nodes.cells(); ++cell) {
+        const WarpCell one = WarpCell::of(nodes, cell);
+        for (int row = 0; row <= 4; ++row) {
+            for (int column = 0; column <= 4; ++column) {
+                const bool isEndOfRow = column == 0 || column == 4;
+                const bool isEndOfColumn = row == 0 || row == 4;
+                if (isEndOfRow && isEndOfColumn) {
+                    continue;
+                }
+                const double error = errorAt(one.picture[0], one.picture[2] - one.picture[0], column / 4.0, row / 4.0);
+                ++places;
+                beyond += error > ALLOWED ? 1 : 0;
+                largest = std::max(largest, error);
+                along[0] = isEndOfColumn ? std::max(along[0], error) : along[0];
+                along[1] = isEndOfRow ? std::max(along[1], error) : along[1];
+            }
+        }
+    }
+    const MeasuredError measured = WarpErrorMeter(*m_sight, *m_input).measure(nodes, ALLOWED, 40'000);
+    EXPECT_EQ(measured.error.places, places);
+    EXPECT_EQ(measured.error.beyond, beyond);
+    EXPECT_GT(beyond, 0U);
+    EXPECT_LT(beyond, places);
+    EXPECT_EQ(measured.error.leftOut, 0U);
+    EXPECT_NEAR(measured.error.largest, largest, 1e-7);
+    EXPECT_NEAR(measured.along[0], along[0], 1e-7);
+    EXPECT_NEAR(measured.along[1], along[1], 1e-7);
+    EXPECT_NE(along[0], along[1]);
+}
+
+/// Without a corner nothing is interpolated: the places of such a cell are counted, and of no error.
+TEST_F(WarpErrorMeterTest, CountsWhatLiesInACellWithoutACorner) {
+    WarpGrid nodes = grid(4, 3);
+    nodes.nodes[0] = WarpNode();
+    const WarpErrorMeter meter(*m_sight, *m_input);
+    const MeasuredError measured = meter.measure(nodes, 1, 40'000);
+    EXPECT_EQ(measured.error.leftOut, 21U);
+    EXPECT_EQ(measured.error.places, 5 * 21U);
+    const WarpError error = meter.errorIn(WarpCell::of(nodes, 0), 1);
+    EXPECT_EQ(error.largest, 0);
+    EXPECT_EQ(error.places, 0U);
+    EXPECT_EQ(error.leftOut, 21U);
+}
+
+/// Of a large grid some cells all over it, and no more of one that is bad already.
+TEST_F(WarpErrorMeterTest, LooksAtNoMoreCellsThanItMay) {
+    const WarpErrorMeter meter(*m_sight, *m_input);
+    const WarpGrid nodes = grid(41, 26);
+    EXPECT_EQ(meter.measure(nodes, 1, 100).error.places, 100 * 21U);
+    EXPECT_EQ(meter.measure(nodes, 1, 2'000).error.places, 1000 * 21U);
+    EXPECT_EQ(meter.measure(nodes, 1, 2'000, 0.0).error.places, 64 * 21U);
+    const double largest = meter.measure(nodes, 1, 2'000).error.largest;
+    EXPECT_GE(meter.measure(nodes, 1, 200).error.largest, 0.5 * largest);
+}
+
+}  // namespace
