@@ -72,6 +72,7 @@ void addConventionOptions(OptionList& line, ExportOptions& options) {
 /// Fills what the options state together.
 void complete(ExportOptions& options) {
     ExportRequest& request = options.request;
+    checkBlendOptions(options.blend);
     options.input.requireHeeded(USUAL_INPUT, !options.eyes.empty());
     request.input = options.input.choice(USUAL_INPUT);
     request.nodes = options.input.nodes;
@@ -108,6 +109,7 @@ void addExportOptions(OptionList& line, ExportOptions& options) {
         .typeName("X,Y,Z");
     addConventionOptions(line, options);
     (void)addWarpOptions(line, options.input, "Nodes of mesh and obj (default auto: the fewest that keep the error)");
+    addBlendOptions(line, options.blend);
     line.whenComplete([&options] { complete(options); });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BlendOptions.h"
 #include "Command.h"
 #include "ExportFiles/ViewExport.h"
 #include "InputOptions.h"
@@ -21,6 +22,7 @@ struct ExportOptions : CommandOptions {
     std::string content;                      ///< PNG file; empty: none
     std::vector<std::string> formats;         ///< names; empty: the first
     InputOptions input;
+    BlendOptions blend;
     Veltrani::ExportFiles::ExportRequest request;
 };
 
