@@ -12,6 +12,7 @@
 #include "DisplayReport/still/ScenePainter.h"
 #include "DisplayReport/targets/TargetPlacer.h"
 #include "FailureReport.h"
+#include "LitPictures.h"
 #include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
@@ -40,6 +41,7 @@ struct PictureOptions : Options {
     ColumnsByRows size{1600, 1000};  ///< of the picture, pixels
     bool axes = false;               ///< whether what the numbers of the file are measured from is drawn
     std::string channel;             ///< name or id of the one whose axes are drawn; empty for all
+    LitOptions lit;
 };
 
 /// Null when the configuration cannot be read or the output would replace a file of it, which has been reported then;
@@ -131,6 +133,9 @@ int runPicture(const PictureOptions& options) {
     if (!config) {
         return fault;
     }
+    if (options.lit.isWanted()) {
+        return writeLitPicture(*config, options.file, options.lit, options.output, options.size, options.verbosity);
+    }
     const ProjectorConfig* channel = nullptr;
     if (!chooseChannel(*config, options, channel)) {
         return EXIT_USAGE;
@@ -155,9 +160,9 @@ Command::Run addPicture(OptionList& line) {
     addOutput(line, options->output);
     const OutputFormats formats{DrawingWriter::formats()};
     addFormat(line, options->format, formats, true);
-    line.add("--view", options->view, "Where to look from: home (default), front, side or top")
-        .oneOf(SceneCamera::views())
-        .typeName("VIEW");
+    const Option view = line.add("--view", options->view, "Where to look from: home (default), front, side or top")
+                            .oneOf(SceneCamera::views())
+                            .typeName("VIEW");
     const Option axes =
         line.addFlag("--axes", options->axes,
                      "Draw what the numbers of FILE are measured from: axes, turns, angles, (s, t), (u, v)");
@@ -175,7 +180,14 @@ Command::Run addPicture(OptionList& line) {
                    .mostTogether = MOST_PIXELS},
                   [target = options.get()](const ColumnsByRows& size) { target->size = size; });
     addPlan(line, options->plan);
-    line.whenComplete([&said = *options, formats] { said.format = formats.chosen(said.format, said.output); });
+    addLitOptions(line, options->lit).excludes(view).excludes(axes);
+    line.whenComplete([&said = *options, formats] {
+        said.format = formats.chosen(said.format, said.output);
+        if (said.lit.isWanted() && said.format != "png") {
+            OptionList::refuse("--lit", "is written as png alone: end the name of the output in .png");
+        }
+        checkLitOptions(said.lit, said.output);
+    });
     return Command::with(options, runPicture);
 }
 
