@@ -1,10 +1,10 @@
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayBlend/BlendCurve.h"
 #include "DisplayBlend/DisplayBlender.h"
+#include "DisplayExport/ChannelSight.h"
+#include "DisplayExport/ChannelWarp.h"
+#include "DisplayExport/ContentInput.h"
 #include "DisplayReport/channels/ChannelChoice.h"
-#include "DisplayReport/maps/InputProjection.h"
-#include "DisplayReport/maps/LayoutMapper.h"
-#include "DisplayReport/maps/PictureWarp.h"
 #include "KelvoScreen/MeshScreen.h"
 #include "MeshRays.h"
 #include "Ratio.h"
@@ -25,8 +25,9 @@
 
 namespace {
 
-using namespace Veltrani::DisplayReport;
 using namespace Veltrani::DisplayBlend;
+using namespace Veltrani::DisplayExport;
+using Veltrani::DisplayReport::ChannelChoice;
 
 constexpr double LIMIT = 1.5;
 constexpr int CHANNELS = 12;
@@ -70,11 +71,14 @@ void blendAll() {
 
 void warpAll() {
     const auto config = display();
-    const InputProjection input(*config, Panorama::EQUIRECTANGULAR);
+    WarpRequest request;
+    request.places = WarpRequest::Places::PIXELS;
+    InputChoice choice;
+    choice.kind = InputKind::EQUIRECTANGULAR;
     for (int i = 0; i < CHANNELS; ++i) {
-        const ChannelChoice channel = ChannelChoice::of(*config, "P" + std::to_string(i));
-        LayoutMapper map(*config, channel, false);
-        if (PictureWarp::atPixels(map, input, channel.pictureSize()).mapped() != PIXELS) {
+        const ChannelSight sight(*config, ChannelChoice::of(*config, "P" + std::to_string(i)));
+        const ContentInput input(*config, sight, choice);
+        if (ChannelWarp::of(sight, input, request).count(WarpNode::State::MAPPED) != PIXELS) {
             stop("there are pixels that are not mapped");
         }
     }

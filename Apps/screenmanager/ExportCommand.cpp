@@ -91,6 +91,11 @@ struct Work {
 int writeFolder(Work& work, ExportFolder& folder, const ExportOptions& options) {
     ProgressMeter meter(options.isTalkative(), "exporting, part");
     const ViewExport exporter(*work.config, work.request);
+    for (const std::string& channel : exporter.withoutLight()) {
+        if (options.isTalkative()) {
+            Console::say("note: the blends know nothing of the light of " + channel);
+        }
+    }
     const auto outcomes = ChildJobs::run(
         work.views.size(), options.jobs > 0 ? options.jobs : ChildJobs::usualNumber(),
         [&](std::size_t i, const Veltrani::DisplayReport::Progress& progress) {
@@ -137,6 +142,12 @@ int readWork(Work& work, const ExportOptions& options) {
         return EXIT_INCOMPLETE;
     }
     work.request = options.request;
+    try {
+        work.request.blend = blendRequestOf(*work.config, options.blend);
+    } catch (const VeltraniExceptionBase&) {
+        reportFailure("--black-level", std::current_exception());
+        return EXIT_USAGE;
+    }
     // Before the work, which may take minutes: a file that changes meanwhile is not what it was made from.
     work.sources = ReportHead::sourcesOf(options.file);
     if (!options.content.empty()) {

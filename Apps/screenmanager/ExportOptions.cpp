@@ -258,6 +258,7 @@ std::optional<Point<double, 3>> directionOf(const ExportOptions& options) {
 void complete(ExportOptions& options) {
     ExportRequest& request = options.request;
     requireHeeded(options);
+    checkBlendOptions(options.blend);
     request.input.direction = directionOf(options);
     for (const std::string& eye : options.eyes) {
         options.eyePoints.push_back(requireNumbers<3>("--eye", eye, "X,Y,Z, such as -0.03,0,1.2"));
@@ -289,6 +290,7 @@ void addExportOptions(OptionList& line, ExportOptions& options) {
     addInputOptions(line, options);
     addConventionOptions(line, options);
     addWarpOptions(line, options);
+    addBlendOptions(line, options.blend);
     line.whenComplete([&options] { complete(options); });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BlendOptions.h"
 #include "Command.h"
 #include "ExportFiles/ViewExport.h"
 
@@ -26,6 +27,7 @@ struct ExportOptions : CommandOptions {
     bool hasRoll = false;
     bool hasAperture = false;
     bool hasMargin = false;
+    BlendOptions blend;
     Veltrani::ExportFiles::ExportRequest request;
 };
 

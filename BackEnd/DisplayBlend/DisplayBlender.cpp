@@ -44,6 +44,7 @@ std::vector<DisplayBlender::Channel> describe(const XMLConfigManager& config, co
         channel.width = std::max(projector->getWidth(), 0);
         channel.height = std::max(projector->getHeight(), 0);
         channel.fault = display.faults[channels.size()];
+        channel.lights = channel.fault.empty();
         if (channel.fault.empty() && (channel.width == 0 || channel.height == 0)) {
             channel.fault = "its resolution is not known: give it a Resolution";
         }

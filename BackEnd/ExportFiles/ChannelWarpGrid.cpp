@@ -1,6 +1,7 @@
 #include "ExportFiles/ChannelWarpGrid.h"
 
 #include <cmath>
+#include <utility>
 
 namespace Veltrani::ExportFiles {
 
@@ -16,13 +17,14 @@ Point<double, 2> ContentStrip::wrappedPlaceOf(const Point<double, 2>& content, s
 }
 
 ChannelWarpGrid::ChannelWarpGrid(const DisplayExport::ChannelWarp& warp, std::span<const WarpNode> nodes,
-                                 const ContentStrip& strip)
-    : m_warp(warp), m_nodes(nodes), m_strip(strip) {}
+                                 const ContentStrip& strip, NodeBrightness brightness)
+    : m_warp(warp), m_nodes(nodes), m_strip(strip), m_brightness(std::move(brightness)) {}
 
 DisplayReport::WarpSample ChannelWarpGrid::at(std::size_t column, std::size_t row) const {
     const WarpNode& node = m_nodes[row * m_warp.columns() + column];
     if (m_warp.reachesCorners()) {
-        return node.isUsable() ? DisplayReport::WarpSample{m_strip.placeOf(node.content, node.face), true}
+        const double brightness = m_brightness ? m_brightness(m_warp.pictureOf(column, row)) : 1.0;
+        return node.isUsable() ? DisplayReport::WarpSample{m_strip.placeOf(node.content, node.face), true, brightness}
                                : DisplayReport::WarpSample{};
     }
     return node.state == WarpNode::State::MAPPED

@@ -4,6 +4,7 @@
 #include "DisplayReport/maps/WarpGrid.h"
 
 #include <cstddef>
+#include <functional>
 #include <span>
 
 namespace Veltrani::ExportFiles {
@@ -21,6 +22,9 @@ struct ContentStrip {
     [[nodiscard]] Point<double, 2> wrappedPlaceOf(const Point<double, 2>& content, std::uint8_t face) const;
 };
 
+/// The brightness of a node, code value 0 to 1, by its place in the picture. Empty: 1.
+using NodeBrightness = std::function<double(const Point<double, 2>& picture)>;
+
 /// The nodes of a warp as the formats that are grids have them: those of nodes without the ones that would belong to a
 /// broken cell, those of pixels as far as light arrives there.
 class ChannelWarpGrid : public DisplayReport::WarpGrid {
@@ -28,7 +32,7 @@ public:
     /// @param warp must outlive the grid
     /// @param nodes as many as the warp has, such as its `gridNodes`; must outlive the grid
     ChannelWarpGrid(const DisplayExport::ChannelWarp& warp, std::span<const DisplayExport::WarpNode> nodes,
-                    const ContentStrip& strip);
+                    const ContentStrip& strip, NodeBrightness brightness = {});
 
     [[nodiscard]] Point<int, 2> pixels() const override { return m_warp.pixels(); }
     [[nodiscard]] std::size_t columns() const override { return m_warp.columns(); }
@@ -39,6 +43,7 @@ private:
     const DisplayExport::ChannelWarp& m_warp;
     std::span<const DisplayExport::WarpNode> m_nodes;
     ContentStrip m_strip;
+    NodeBrightness m_brightness;
 };
 
 }  // namespace Veltrani::ExportFiles

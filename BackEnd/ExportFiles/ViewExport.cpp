@@ -50,7 +50,9 @@ class ViewFiles {
 public:
     ViewFiles(std::string folder, std::string stem) : m_folder(std::move(folder)), m_stem(std::move(stem)) {}
 
-    void write(const std::string& kind, const std::string& ending, const std::function<void(std::ostream&)>& writer) {
+    /// @param bits of a code value; 0 for files that have none
+    void write(const std::string& kind, const std::string& ending, const std::function<void(std::ostream&)>& writer,
+               int bits = 0) {
         const std::string name = m_stem + '.' + ending;
         const std::string path = m_folder + '/' + name;
         std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -61,11 +63,12 @@ public:
         if (!out) {
             throw VeltraniException(fromUtf8OrBytes(name + " cannot be written: is there room on the disk?"));
         }
-        m_files.push_back(JsonObject()
-                              .add("name", name)
-                              .add("kind", kind)
-                              .add("sha256", DisplayReport::ReportHead::source(path).sha256)
-                              .text());
+        JsonObject file;
+        file.add("name", name).add("kind", kind);
+        if (bits > 0) {
+            file.add("bits", bits);
+        }
+        m_files.push_back(file.add("sha256", DisplayReport::ReportHead::source(path).sha256).text());
     }
 
     [[nodiscard]] std::string json() const {
@@ -95,26 +98,51 @@ std::string countText(std::size_t count, const std::string& what) {
     return count == 0 ? "" : ", " + std::to_string(count) + ' ' + what;
 }
 
+/// Several pieces of work, which count as long as each other.
+class WorkSteps {
+public:
+    WorkSteps(const DisplayReport::Progress& whole, std::size_t count) : m_whole(whole), m_count(count) {}
+
+    /// How far one of them is; this object must outlive it.
+    [[nodiscard]] DisplayReport::Progress of(std::size_t step) const {
+        return [this, step](std::size_t done, std::size_t total) {
+            if (m_whole) {
+                m_whole(step * total + done, m_count * total);
+            }
+        };
+    }
+
+private:
+    const DisplayReport::Progress& m_whole;
+    std::size_t m_count;
+};
+
 /// One view on its way into its files.
 class ViewWork {
 public:
-    ViewWork(const XMLConfigManager& config, const ExportRequest& request, const ExportView& view,
-             const std::string& folder)
+    ViewWork(const XMLConfigManager& config, const ExportRequest& request, const DisplayBlend::DisplayBlender* blender,
+             const ExportView& view, const std::string& folder)
         : m_request(request),
+          m_blender(blender),
           m_view(view),
           m_sight(config, view.channel, view.eye),
           m_input(config, m_sight, request.input),
           m_strip{m_input.faces(), m_input.wrapsAround()},
           m_files(folder, view.stem()) {}
 
-    ViewRecord work(const DisplayReport::Progress& progress) {
+    ViewRecord work(const DisplayReport::Progress& whole) {
+        const WorkSteps steps(whole, stepCount());
+        std::size_t step = 0;
         std::string nodes = "null";
         std::string pixels = "null";
+        const std::string blend = m_blender == nullptr ? "null" : writeBlends(steps, step);
         if (hasSome(m_request.formats, true)) {
-            nodes = writeWarps(nodesAs(), progress);
+            nodes = writeWarps(nodesAs(), steps.of(step++));
         }
+        // Its memory is needed for the pixels.
+        m_weights.reset();
         if (hasSome(m_request.formats, false)) {
-            pixels = writeWarps(pixelsAs(), progress);
+            pixels = writeWarps(pixelsAs(), steps.of(step++));
         }
         if (m_request.hasTestPictures && m_view.eyeNumber == 1) {
             m_files.write("test picture", "test.png", [this](std::ostream& out) { testPicture().write(out); });
@@ -127,6 +155,7 @@ public:
                     .addJson("input", jsonOf(m_input, m_request.convention))
                     .addJson("nodes", nodes)
                     .addJson("pixels", pixels)
+                    .addJson("blend", blend)
                     .addJson("files", m_files.json())
                     .text(),
                 m_view.channel.describe() +
@@ -150,6 +179,45 @@ private:
         return warp;
     }
 
+    /// @return what the manifest states of them
+    std::string writeBlends(const WorkSteps& steps, std::size_t& step) {
+        const BlendRequest& request = *m_request.blend;
+        const std::size_t channel = blendedChannel(*m_blender, toUtf8(m_view.channel.projector->getIdentity()));
+        m_weights = m_blender->weights(channel, steps.of(step++));
+        for (const int bits : request.bits) {
+            m_files.write(
+                "blend", endingOfBlend(request.use, bits),
+                [&](std::ostream& out) { writeBlend(*m_weights, request.curve, request.use, bits, out); }, bits);
+        }
+        if (!request.residual.empty()) {
+            const DisplayBlend::BlendPicture lift = m_blender->lift(channel, request.residual, steps.of(step++));
+            for (const int bits : request.bits) {
+                m_files.write(
+                    "lift", "lift" + std::to_string(bits) + ".png",
+                    [&](std::ostream& out) {
+                        writeBlend(lift, request.curve, DisplayBlend::BlendUse::MULTIPLY, bits, out);
+                    },
+                    bits);
+            }
+        }
+        return jsonOf(request, *m_blender, channel);
+    }
+
+    [[nodiscard]] std::size_t stepCount() const {
+        const auto one = [](bool isNeeded) { return std::size_t{isNeeded ? 1U : 0U}; };
+        return one(m_blender != nullptr) + one(m_blender != nullptr && !m_request.blend->residual.empty()) +
+               one(hasSome(m_request.formats, true)) + one(hasSome(m_request.formats, false));
+    }
+
+    [[nodiscard]] NodeBrightness brightness() const {
+        if (!m_weights) {
+            return {};
+        }
+        return [this](const Point<double, 2>& picture) {
+            return m_request.blend->curve.codeOf(m_weights->between(picture));
+        };
+    }
+
     /// Every format of these places, and the content unless nodes show it.
     /// @return what the manifest states of them
     std::string writeWarps(WarpRequest places, const DisplayReport::Progress& progress) {
@@ -159,7 +227,7 @@ private:
         for (const WarpFormat format : m_request.formats) {
             if (isOfNodes(format) == warp.reachesCorners()) {
                 m_files.write(nameOf(format), endingOf(format), [&](std::ostream& out) {
-                    broken = std::max(broken, writeWarp(format, warp, m_strip, out));
+                    broken = std::max(broken, writeWarp(format, warp, m_strip, out, brightness()));
                 });
             }
         }
@@ -203,11 +271,13 @@ private:
     }
 
     const ExportRequest& m_request;
+    const DisplayBlend::DisplayBlender* m_blender;
     const ExportView& m_view;
     ChannelSight m_sight;
     ContentInput m_input;
     ContentStrip m_strip;
     ViewFiles m_files;
+    std::optional<DisplayBlend::BlendPicture> m_weights;  ///< while the nodes are written
     std::string m_summary;
 };
 
@@ -221,9 +291,26 @@ std::string ExportView::stem() const {
            (eyes > 1 ? "-eye" + std::to_string(eyeNumber) : std::string());
 }
 
+ViewExport::ViewExport(XMLConfigManager& config, const ExportRequest& request)
+    : m_config(config),
+      m_request(request),
+      m_blender(request.blend ? std::make_unique<const DisplayBlend::DisplayBlender>(config) : nullptr) {}
+
+std::vector<std::string> ViewExport::withoutLight() const {
+    std::vector<std::string> channels;
+    if (m_blender != nullptr) {
+        for (const DisplayBlend::DisplayBlender::Channel& channel : m_blender->channels()) {
+            if (!channel.lights) {
+                channels.push_back("channel " + channel.name + " (" + channel.projectorId + "): " + channel.fault);
+            }
+        }
+    }
+    return channels;
+}
+
 ViewRecord ViewExport::write(const ExportView& view, const std::string& folder,
                              const DisplayReport::Progress& progress) const {
-    return ViewWork(m_config, m_request, view, folder).work(progress);
+    return ViewWork(m_config, m_request, m_blender.get(), view, folder).work(progress);
 }
 
 }  // namespace Veltrani::ExportFiles

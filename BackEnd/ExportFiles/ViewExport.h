@@ -5,6 +5,7 @@
 #include "DisplayExport/RenderFrustum.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "DisplayReport/targets/TargetSurvey.h"
+#include "ExportFiles/BlendFiles.h"
 #include "ExportFiles/ContentPicture.h"
 #include "ExportFiles/WarpFile.h"
 
@@ -28,6 +29,7 @@ struct ExportRequest {
     DisplayExport::Seam seam = DisplayExport::Seam::CONTINUE;
     bool hasTestPictures = false;
     std::shared_ptr<const ContentPicture> content;  ///< null: none
+    std::optional<BlendRequest> blend;              ///< none: neither blends nor lifts, and full brightness
 };
 
 /// One channel, as it is seen by one eye.
@@ -52,10 +54,15 @@ struct ViewRecord {
 /// Writes the files of one view.
 class ViewExport {
 public:
+    /// Build the screen first. Looks up how the pictures of all channels lie to each other, where blends are requested;
+    /// throws what `DisplayBlender` throws.
     /// @param config, request must outlive this
-    ViewExport(XMLConfigManager& config, const ExportRequest& request) : m_config(config), m_request(request) {}
+    ViewExport(XMLConfigManager& config, const ExportRequest& request);
 
-    /// Build the screen first. Throws `VeltraniException`, naming the channel or the file, when it cannot be exported.
+    /// Channels whose light the blends of the others do not know of, each with the reason, UTF-8.
+    [[nodiscard]] std::vector<std::string> withoutLight() const;
+
+    /// Throws `VeltraniException`, naming the channel or the file, when it cannot be exported.
     /// @param folder that exists
     [[nodiscard]] ViewRecord write(const ExportView& view, const std::string& folder,
                                    const DisplayReport::Progress& progress) const;
@@ -63,6 +70,7 @@ public:
 private:
     XMLConfigManager& m_config;
     const ExportRequest& m_request;
+    std::unique_ptr<const DisplayBlend::DisplayBlender> m_blender;  ///< null without blends
 };
 
 }  // namespace Veltrani::ExportFiles

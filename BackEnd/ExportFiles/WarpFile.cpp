@@ -44,10 +44,11 @@ void requireFitting(WarpFormat format, const ChannelWarp& warp) {
     }
 }
 
-std::size_t writeMesh(const ChannelWarp& warp, const ContentStrip& strip, std::ostream& out) {
+std::size_t writeMesh(const ChannelWarp& warp, const ContentStrip& strip, std::ostream& out,
+                      const NodeBrightness& brightness) {
     std::size_t broken = 0;
     const std::vector<WarpNode> nodes = warp.gridNodes(broken);
-    DisplayReport::WarpWriter::ofFormat("mesh")->write(ChannelWarpGrid(warp, nodes, strip), out);
+    DisplayReport::WarpWriter::ofFormat("mesh")->write(ChannelWarpGrid(warp, nodes, strip, brightness), out);
     return broken;
 }
 
@@ -95,11 +96,12 @@ bool isOfNodes(WarpFormat format) {
     return rowOf(format).isOfNodes;
 }
 
-std::size_t writeWarp(WarpFormat format, const ChannelWarp& warp, const ContentStrip& strip, std::ostream& out) {
+std::size_t writeWarp(WarpFormat format, const ChannelWarp& warp, const ContentStrip& strip, std::ostream& out,
+                      const NodeBrightness& brightness) {
     requireFitting(format, warp);
     switch (format) {
         case WarpFormat::MESH:
-            return writeMesh(warp, strip, out);
+            return writeMesh(warp, strip, out, brightness);
         case WarpFormat::OBJ:
             writeObj(warp, strip, out);
             break;

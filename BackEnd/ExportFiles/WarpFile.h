@@ -30,9 +30,10 @@ enum class WarpFormat {
 
 /// Writes a warp.
 /// @param warp of nodes or of pixels, as `isOfNodes` of the format; with points for `PFM_3D`
+/// @param brightness of the nodes of a mesh; the other formats have none
 /// Throws `VeltraniException` for a warp that the format cannot take; a stream that takes no more goes bad.
 /// @return the cells with lit places that the format leaves out since they are broken
 std::size_t writeWarp(WarpFormat format, const DisplayExport::ChannelWarp& warp, const ContentStrip& strip,
-                      std::ostream& out);
+                      std::ostream& out, const NodeBrightness& brightness = {});
 
 }  // namespace Veltrani::ExportFiles

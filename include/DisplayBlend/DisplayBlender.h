@@ -39,6 +39,7 @@ public:
         int height = 0;           ///< pixels
         std::string fault;        ///< why it has no pictures; empty when it has. A channel without a resolution lights
                                   ///< the screen, and takes part in the blends of the others
+        bool lights = true;       ///< whether its light is known, and is in the blends of the others
     };
 
     /// Throws `VeltraniException` without a screen.

@@ -33,7 +33,7 @@ const std::string DOME = EXAMPLES + "spherical-dome/display.xml";
 class ExportCommand : public testing::Test {
 protected:
     [[nodiscard]] ProgramRun exported(const std::string& file, std::vector<std::string> more = {}) const {
-        std::vector<std::string> arguments{"export", file, "--output", m_output, "--nodes", "9x7"};
+        std::vector<std::string> arguments{"export", file, "--output", m_output, "--nodes", "9x7", "--no-blend"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return runScreenManager(arguments);
     }
@@ -61,7 +61,7 @@ protected:
     /// Starts an export that takes long, and waits until it is being written.
     void expectWholeAfter(int signal) const {
         RunningProgram program(programFile(), {"export", DOME, "--output", m_output, "--force", "--format", "mesh",
-                                               "--nodes", "1500x1500", "--quiet"});
+                                               "--nodes", "1500x1500", "--no-blend", "--quiet"});
         const auto isWriting = [this] {
             const std::set<std::string> found = names();
             return std::any_of(found.begin(), found.end(),
@@ -269,8 +269,9 @@ TEST_F(ExportCommand, APointSeenThroughTheMatricesLandsWhereTheWarpSays) {
 // As a player does it, in another language: what lies between the nodes is what the pixels show.
 TEST_F(ExportCommand, WhatLiesBetweenTheNodesIsWithinTheError) {
     const auto expectWithin = [this](const std::string& example, std::vector<std::string> options) {
-        options.insert(options.begin(), {"export", EXAMPLES + example + "/display.xml", "--output", m_output, "--force",
-                                         "--quiet", "--format", "obj", "--format", "mesh", "--format", "pfm"});
+        options.insert(options.begin(),
+                       {"export", EXAMPLES + example + "/display.xml", "--output", m_output, "--force", "--quiet",
+                        "--format", "obj", "--format", "mesh", "--format", "pfm", "--no-blend"});
         const ProgramRun run = runScreenManager(options);
         ASSERT_EQ(run.exitCode, 0) << example << run.errors;
         const ProgramRun seen =

@@ -172,6 +172,8 @@ protected:
         expectSeenFrom({"export", file, "--output", player, "--force", "--content", m_folder.file(HOSTILE_NAME)});
         expectSeenFrom({"export", file, "--output", player, "--force", "--content", m_folder.write(HOSTILE, HOSTILE)});
         expectSeenFrom({"export", file, "--output", player, "--axis", HOSTILE});
+        expectSeenFrom({"export", file, "--output", player, "--blend-gamma", HOSTILE});
+        expectSeenFrom({"export", file, "--output", player, "--force", "--black-level", HOSTILE_NAME + "=1"});
     }
     void coverage() {
         onEveryDisplay("coverage", {}, true);

@@ -23,7 +23,7 @@ namespace {
 
 std::string lineOf(double x, double y, const WarpSample& sample) {
     return exactText(x) + ' ' + exactText(y) + ' ' + exactText(sample.input[0]) + ' ' + exactText(sample.input[1]) +
-           (sample.isMapped ? " 1\n" : " -1\n");
+           ' ' + exactText(sample.isMapped ? sample.brightness : -1) + '\n';
 }
 
 /// A warp of nodes as a warp mesh:
@@ -34,8 +34,9 @@ std::string lineOf(double x, double y, const WarpSample& sample) {
 ///     pixels W H             size of the channel's picture
 ///
 /// (x, y) is the node in the picture: y from -1 (bottom) to 1 (top), x from -aspect to aspect, which is width / height
-/// of the picture. (u, v) is the place in the input, (0, 0) bottom left. i is the brightness, 1, or -1 where nothing is
-/// mapped; every cell that touches such a node is unused. Numbers read back as exactly those that were computed.
+/// of the picture. (u, v) is the place in the input, (0, 0) bottom left. i is the brightness, 0 to 1, or -1 where
+/// nothing is mapped; every cell that touches such a node is unused. Numbers read back as exactly those that were
+/// computed.
 ///
 /// The files serve as maps of custom planar channels, too.
 class WarpMeshWriter : public WarpWriter {

@@ -10,6 +10,7 @@ namespace Veltrani::DisplayReport {
 struct WarpSample {
     Point<double, 2> input;  ///< place in the picture that feeds it, (0, 0) bottom left; (0, 0) where there is none
     bool isMapped = false;
+    double brightness = 1;  ///< of a node, code value 0 to 1
 };
 
 /// What the files of warps are written from: which part of its input each place of a channel's picture shows, as a grid
