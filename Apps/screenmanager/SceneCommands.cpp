@@ -15,6 +15,7 @@
 #include "DisplayReport/targets/TargetPlacer.h"
 #include "FailureReport.h"
 #include "FitSession/ResidualReader.h"
+#include "LitPictures.h"
 #include "OutputFormats.h"
 #include "ProgressMeter.h"
 #include "ResultFile.h"
@@ -46,6 +47,7 @@ struct PictureOptions : Options {
     ColumnsByRows size{1600, 1000};  ///< of the picture, pixels
     bool axes = false;               ///< whether what the numbers of the file are measured from is drawn
     std::string channel;             ///< name or id of the one whose axes or residuals are drawn; empty for all
+    LitOptions lit;
 };
 
 /// Null when the configuration cannot be read or the output would replace a file of it, which has been reported then;
@@ -191,6 +193,9 @@ int runPicture(const PictureOptions& options) {
     if (!config) {
         return fault;
     }
+    if (options.lit.isWanted()) {
+        return writeLitPicture(*config, options.file, options.lit, options.output, options.size, options.verbosity);
+    }
     std::optional<ChannelChoice> channel;
     if (!chooseChannel(*config, options, channel)) {
         return EXIT_USAGE;
@@ -219,13 +224,13 @@ Command::Run addPicture(OptionList& line) {
     addOutput(line, options->output);
     const OutputFormats formats{DrawingWriter::formats()};
     addFormat(line, options->format, formats, true);
-    line.add("--view", options->view, "Where to look from: home (default), front, side or top")
-        .oneOf(SceneCamera::views())
-        .typeName("VIEW");
+    const Option view = line.add("--view", options->view, "Where to look from: home (default), front, side or top")
+                            .oneOf(SceneCamera::views())
+                            .typeName("VIEW");
     const Option axes =
         line.addFlag("--axes", options->axes,
                      "Draw what the numbers of FILE are measured from: axes, turns, angles, (s, t), (u, v)");
-    addResidualOptions(line, *options).excludes(axes);
+    const Option residuals = addResidualOptions(line, *options).excludes(axes);
     line.add("--channel", options->channel,
              "The axes of this channel alone; with --residuals, those in its own picture: its name or its id")
         .typeName("NAME|ID");
@@ -240,6 +245,7 @@ Command::Run addPicture(OptionList& line) {
                    .mostTogether = MOST_PIXELS},
                   [target = options.get()](const ColumnsByRows& size) { target->size = size; });
     addPlan(line, options->plan);
+    addLitOptions(line, options->lit).excludes(view).excludes(axes).excludes(residuals);
     line.whenComplete([&said = *options, formats] {
         if (!said.channel.empty() && !said.axes && said.report.empty()) {
             OptionList::refuse("--channel", "needs --axes or --residuals");
@@ -249,6 +255,10 @@ Command::Run addPicture(OptionList& line) {
                                "the picture of a channel is seen from nowhere else: leave it or --channel out");
         }
         said.format = formats.chosen(said.format, said.output);
+        if (said.lit.isWanted() && said.format != "png") {
+            OptionList::refuse("--lit", "is written as png alone: end the name of the output in .png");
+        }
+        checkLitOptions(said.lit, said.output);
     });
     return Command::with(options, runPicture);
 }

@@ -166,6 +166,19 @@ ContentInput::ContentInput(const XMLConfigManager& config, const ChannelSight& s
     }
 }
 
+ContentInput::ContentInput(const XMLConfigManager& config, const ChannelSight& sight, const InputChoice& choice,
+                           const RenderFrustum& stated)
+    : m_choice(choice), m_frustum(stated) {
+    requireAddressing(config, sight, m_choice.kind);
+    requireNumbers(sight, m_choice);
+    if (m_choice.kind == InputKind::LAYOUT) {
+        setPlane(config, sight);
+    }
+    if (m_choice.kind == InputKind::CUBE) {
+        m_faces = facesOf(m_frustum.view);
+    }
+}
+
 void ContentInput::setPlane(const XMLConfigManager& config, const ChannelSight& sight) {
     const Rectangle own = rectangleOf(*sight.channel().projector);
     const Rectangle all = layoutOf(config);

@@ -3,12 +3,10 @@
 #include "Common/RegularFile.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
-
-#include <png.h>
+#include "ExportFiles/PngReader.h"
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <utility>
 
 namespace Veltrani::ExportFiles {
@@ -21,15 +19,6 @@ constexpr std::size_t MOST_BYTES = std::size_t{1} << 30U;
 
 [[noreturn]] void refusePicture(const std::string& name, const std::string& what) {
     throw VeltraniParseException(fromUtf8OrBytes(name + ": " + what));
-}
-
-/// The library reports lack of memory by the words of its message alone.
-[[noreturn]] void refuseReading(const std::string& name, const char* reason) {
-    const std::string text = reason;
-    if (text.find("ut of memory") != std::string::npos || text.find("nsufficient memory") != std::string::npos) {
-        throw std::bad_alloc();
-    }
-    refusePicture(name, "is no picture that can be shown (" + text + "): name a whole PNG file");
 }
 
 /// Between 0 and `count` - 1.
@@ -48,30 +37,8 @@ ContentPicture ContentPicture::read(const std::string& utf8Path) {
 }
 
 ContentPicture ContentPicture::parse(std::string_view bytes, const std::string& name, std::size_t mostPixels) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    if (png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()) == 0) {
-        refuseReading(name, image.message);
-    }
-    const std::size_t pixels = std::size_t{image.width} * image.height;
-    if (pixels > mostPixels) {
-        png_image_free(&image);
-        refusePicture(name, "has " + std::to_string(image.width) + " x " + std::to_string(image.height) +
-                                " pixels: at most " + std::to_string(mostPixels) + " can be shown");
-    }
-    image.format = PNG_FORMAT_RGB;
-    std::vector<unsigned char> colours;
-    try {
-        colours.resize(PARTS * pixels);
-    } catch (...) {
-        png_image_free(&image);
-        throw;
-    }
-    const png_color black{0, 0, 0};
-    if (png_image_finish_read(&image, &black, colours.data(), 0, nullptr) == 0) {
-        refuseReading(name, image.message);
-    }
-    return {image.width, image.height, std::move(colours)};
+    PngPixels pixels = pngPixels(bytes, name, PngParts::ANY_AS_RGB_8, mostPixels);
+    return {pixels.width, pixels.height, std::move(pixels.codes8)};
 }
 
 ContentPicture::ContentPicture(std::size_t width, std::size_t height, std::vector<unsigned char> colours)

@@ -32,6 +32,8 @@ public:
 
     [[nodiscard]] std::size_t width() const { return m_width; }
     [[nodiscard]] std::size_t height() const { return m_height; }
+    /// Three parts of each pixel, row by row from the top left one.
+    [[nodiscard]] const std::vector<unsigned char>& colours() const { return m_colours; }
 
     /// What a player shows of the place (u, v), (0, 0) bottom left: between the four nearest pixels, whose middles
     /// stand at .5, each as much as the place is near. Black beyond the edges.

@@ -73,6 +73,10 @@ public:
     /// the angle and the inputs to choose instead; for a channel of which nothing is lit, for an input that the display
     /// does not have, and for numbers out of range.
     ContentInput(const XMLConfigManager& config, const ChannelSight& sight, const InputChoice& choice);
+    /// One that an export has stated, whatever the display would give today; faults as above, without those of frusta.
+    /// @param stated how its eye stands, of meaning where the input has directions; for a frustum its tangents as well
+    ContentInput(const XMLConfigManager& config, const ChannelSight& sight, const InputChoice& choice,
+                 const RenderFrustum& stated);
 
     [[nodiscard]] const InputChoice& choice() const { return m_choice; }
     [[nodiscard]] InputKind kind() const { return m_choice.kind; }

@@ -134,6 +134,25 @@ TEST_F(Schemas, DescribeFaultsToo) {
     EXPECT_TRUE(check["files"][1]["sha256"].is_null()) << "it is not there";
 }
 
+TEST_F(Schemas, DescribeTheLightOfAnExport) {
+    const std::string wall = EXAMPLES + "planar-wall/display.xml";
+    const std::string player = m_folder.file("player");
+    // Any picture is a content.
+    const std::string content = m_folder.file("content.png");
+    ASSERT_EQ(runScreenManager({"picture", wall, "-q", "--size", "200x200", "-o", content}).exitCode, 0);
+    ASSERT_EQ(
+        runScreenManager({"export", wall, "-q", "-o", player, "--input", "screen", "--content", content}).exitCode, 0);
+    const std::string figures = m_folder.file("light.json");
+    const ProgramRun run = runScreenManager({"picture", wall, "-q", "--lit", player, "--size", "300x200", "-o",
+                                             m_folder.file("lit.png"), "--lit-error", figures});
+    ASSERT_EQ(run.exitCode, 0) << run.errors;
+    const ProgramRun validator = validate(m_folder.read("light.json"), "light");
+    EXPECT_EQ(validator.exitCode, 0) << validator.output << validator.errors;
+    const Json document = Json::parse(m_folder.read("light.json"));
+    EXPECT_GT(document["lit"], 10000);
+    EXPECT_EQ(document["files"].back()["sha256"], sha256(player + "/manifest.json"));
+}
+
 // The validator looks: a document with one member too many, or of another version, does not pass.
 TEST_F(Schemas, RefuseWhatTheyDoNotDescribe) {
     for (const auto& entry : std::filesystem::directory_iterator(sourceFolder() + "/docs/schemas")) {

@@ -1,0 +1,19 @@
+#include "DisplayLight/EyeGrid.h"
+
+#include <span>
+
+namespace Veltrani::DisplayLight {
+
+EyeGrid EyeGrid::of(const EyeView& view, const EyePlaces& eye) {
+    EyeGrid grid{view, std::vector<EyePlace>(view.width() * view.height())};
+    std::vector<Point<double, 3>> directions(view.width());
+    for (std::size_t row = 0; row < view.height(); ++row) {
+        for (std::size_t column = 0; column < view.width(); ++column) {
+            directions[column] = view.directionOf(middleOf(column, row)).value_or(Point<double, 3>());
+        }
+        eye.see(directions, std::span(grid.places).subspan(row * view.width(), view.width()));
+    }
+    return grid;
+}
+
+}  // namespace Veltrani::DisplayLight

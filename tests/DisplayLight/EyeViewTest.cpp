@@ -1,0 +1,100 @@
+#include "DisplayLight/EyeView.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace {
+
+using Veltrani::DisplayLight::EyeView;
+using P2 = Point<double, 2>;
+using P3 = Point<double, 3>;
+
+constexpr double DEGREE = std::numbers::pi / 180;
+
+/// Directions around one, up to an angle from it in the plane of the floor and half of it upwards.
+std::vector<P3> fan(double middle, double sides) {
+    std::vector<P3> directions;
+    for (int i = -10; i <= 10; ++i) {
+        for (int k = -5; k <= 5; ++k) {
+            const double azimuth = (middle + i * sides / 10) * DEGREE;
+            const double elevation = k * sides / 20 * DEGREE;
+            directions.push_back({2 * std::sin(azimuth) * std::cos(elevation),
+                                  2 * std::cos(azimuth) * std::cos(elevation), 2 * std::sin(elevation)});
+        }
+    }
+    return directions;
+}
+
+void expectShown(const EyeView& view, const std::vector<P3>& directions) {
+    for (const P3& direction : directions) {
+        const auto place = view.placeOf(direction);
+        ASSERT_TRUE(place);
+        EXPECT_GE((*place)[0], 0);
+        EXPECT_LE((*place)[0], static_cast<double>(view.width()));
+        EXPECT_GE((*place)[1], 0);
+        EXPECT_LE((*place)[1], static_cast<double>(view.height()));
+        const auto back = view.directionOf(*place);
+        ASSERT_TRUE(back);
+        EXPECT_LT(norm(*back * (1 / norm(*back)) - direction * (1 / norm(direction))), 1e-12);
+    }
+}
+
+TEST(EyeView, IsFlatThenAFisheyeThenAPanorama) {
+    const auto kindOf = [](double sides) {
+        const auto directions = fan(30, sides);
+        const EyeView view = EyeView::around({1, 2, 3}, directions, 400, 300);
+        expectShown(view, directions);
+        EXPECT_EQ(view.frame().eye, (P3{1, 2, 3}));
+        return view.kind();
+    };
+    EXPECT_EQ(kindOf(40), EyeView::Kind::FLAT);
+    EXPECT_EQ(kindOf(58), EyeView::Kind::FLAT);
+    EXPECT_EQ(kindOf(62), EyeView::Kind::FISHEYE);
+    EXPECT_EQ(kindOf(120), EyeView::Kind::FISHEYE);
+    EXPECT_EQ(kindOf(130), EyeView::Kind::PANORAMA);
+    EXPECT_EQ(kindOf(180), EyeView::Kind::PANORAMA);
+}
+
+TEST(EyeView, AFlatPictureIsThatOfACamera) {
+    const auto directions = fan(0, 45);
+    const EyeView view = EyeView::around({}, directions, 1000, 500);
+    const P2 middle = *view.placeOf({0, 1, 0});
+    const P2 aside = *view.placeOf({1, 1, 0});
+    const P2 above = *view.placeOf({0, 1, 0.25});
+    EXPECT_NEAR(aside[0] - middle[0], 0.48 * 1000, 1e-9) << "a margin of 2 % on each side";
+    EXPECT_NEAR(aside[1], middle[1], 1e-9);
+    EXPECT_NEAR(above[1] - middle[1], 0.25 * 480, 1e-9);
+    EXPECT_FALSE(view.placeOf({0, -1, 0}));
+    EXPECT_FALSE(view.placeOf({}));
+    EXPECT_EQ(view.turn(), 0);
+}
+
+TEST(EyeView, AFisheyeHasEqualStepsOfAngle) {
+    const EyeView view = EyeView::around({}, fan(0, 90), 1000, 1000);
+    const P2 middle = *view.placeOf({0, 1, 0});
+    const P2 aside = *view.placeOf({1, 0, 0});
+    EXPECT_NEAR((*view.placeOf({1, 1, 0}))[0] - middle[0], (aside[0] - middle[0]) / 2, 1e-9);
+    EXPECT_NEAR(aside[0] - middle[0], 480, 1e-9);
+    EXPECT_FALSE(view.directionOf(middle + P2{0, 2 * 960.0 + 1}));
+}
+
+TEST(EyeView, APanoramaStandsUprightAndBeginsAgainAfterItsTurn) {
+    const EyeView view = EyeView::around({}, fan(90, 180), 1000, 800);
+    EXPECT_NEAR(view.turn(), 1000, 1e-9);
+    EXPECT_EQ(view.frame().up, (P3{0, 0, 1}));
+    const P2 middle = *view.placeOf(view.frame().forward);
+    EXPECT_NEAR(middle[0], 500, 1e-9);
+    EXPECT_FALSE(view.directionOf({500, middle[1] + 251}));
+    EXPECT_TRUE(view.directionOf({500, middle[1] + 249}));
+}
+
+TEST(EyeView, WithoutADirectionItLooksForward) {
+    const EyeView view = EyeView::around({}, {}, 20, 10);
+    EXPECT_EQ(view.frame().forward, (P3{0, 1, 0}));
+    EXPECT_TRUE(view.directionOf({10, 5}));
+}
+
+}  // namespace
