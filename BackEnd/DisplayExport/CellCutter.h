@@ -32,7 +32,6 @@ public:
 private:
     void cutAsItIs(const WarpCell& cell, WarpCell::Kind kind, Cut& cut) const;
     void cutAtSeam(const WarpCell& cell, std::vector<WarpPiece>& pieces) const;
-    void cutAtFaces(const WarpCell& cell, std::vector<WarpPiece>& pieces) const;
     /// In four, and those of them again whose error is too large or that hold the pole, `times` times.
     void subdivide(const WarpCell& cell, int times, Cut& cut) const;
 

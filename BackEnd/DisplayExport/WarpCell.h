@@ -23,6 +23,12 @@ struct WarpCell {
 
     [[nodiscard]] static WarpCell of(const WarpGrid& grid, std::size_t cell);
 
+    /// The place of the picture at a part of the width and height of the cell.
+    [[nodiscard]] Point<double, 2> at(const Point<double, 2>& part) const {
+        return {picture[0][0] + part[0] * (picture[2][0] - picture[0][0]),
+                picture[0][1] + part[1] * (picture[2][1] - picture[0][1])};
+    }
+
     /// @param poles of the input
     [[nodiscard]] Kind kind(const std::vector<Point<double, 3>>& poles, bool wrapsAround) const;
 

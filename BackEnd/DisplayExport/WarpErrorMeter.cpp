@@ -1,5 +1,6 @@
 #include "DisplayExport/WarpErrorMeter.h"
 
+#include "DisplayExport/CellPolygon.h"
 #include "DisplayExport/ChannelSight.h"
 #include "DisplayExport/ContentInput.h"
 
@@ -67,22 +68,21 @@ public:
 
 private:
     void compareCell(std::size_t number, std::size_t first) {
-        const WarpCell cell = WarpCell::of(m_grid, number);
-        const WarpCell::Kind kind = cell.kind(m_meter.m_poles, m_meter.m_input.wrapsAround());
-        if (kind == WarpCell::Kind::OVER_POLE) {
+        const Compared compared = m_meter.comparedOf(WarpCell::of(m_grid, number));
+        if (compared.kind == WarpCell::Kind::OVER_POLE) {
             return;
         }
-        const bool isNearPole = cell.isNear(m_meter.m_poles);
+        const bool isNearPole = compared.cell.isNear(m_meter.m_poles);
         for (std::size_t i = 0; i < m_parts.size(); ++i) {
             const auto belongs = m_meter.m_input.place(m_picture[first + i], m_seen[first + i]);
             if (!belongs) {
                 continue;
             }
-            if (kind == WarpCell::Kind::UNUSABLE) {
+            if (compared.kind == WarpCell::Kind::UNUSABLE) {
                 ++result.error.leftOut;
                 continue;
             }
-            const double error = m_meter.errorAt(cell, kind, m_parts[i], *belongs);
+            const double error = m_meter.errorAt(compared, m_parts[i], m_seen[first + i], *belongs);
             result.error.largestOfGrid = std::max(result.error.largestOfGrid, error);
             if (!isNearPole) {
                 take(m_parts[i], error);
@@ -114,10 +114,19 @@ private:
 WarpErrorMeter::WarpErrorMeter(const ChannelSight& sight, const ContentInput& input)
     : m_sight(sight), m_input(input), m_poles(input.poles()) {}
 
-double WarpErrorMeter::errorAt(const WarpCell& cell, WarpCell::Kind kind, const P2& part,
+WarpErrorMeter::Compared WarpErrorMeter::comparedOf(const WarpCell& cell) const {
+    Compared compared{cell, cell.kind(m_poles, m_input.wrapsAround()), {}};
+    if (compared.kind == WarpCell::Kind::OVER_FACES) {
+        addPiecesAtFaces(cell, m_input, compared.pieces);
+    }
+    return compared;
+}
+
+double WarpErrorMeter::errorAt(const Compared& compared, const P2& part, const SeenPlace& seen,
                                const InputPlace& belongs) const {
+    const WarpCell& cell = compared.cell;
     double largest = 0;
-    if (kind != WarpCell::Kind::OVER_FACES && belongs.face == cell.nodes[0].face) {
+    if (compared.kind != WarpCell::Kind::OVER_FACES && belongs.face == cell.nodes[0].face) {
         for (const P2& shown : interpolated(cell.contents(m_input.wrapsAround()), part)) {
             largest = std::max(largest, m_input.distance(belongs.at, shown));
         }
@@ -128,26 +137,44 @@ double WarpErrorMeter::errorAt(const WarpCell& cell, WarpCell::Kind kind, const 
         const auto shown = m_input.placeOnFace(direction, belongs.face);
         largest = std::max(largest, m_input.distance(belongs.at, shown.value_or(P2())));
     }
+    return std::max(largest, errorOfPieces(compared.pieces, cell.at(part), seen));
+}
+
+double WarpErrorMeter::errorOfPieces(const std::vector<WarpPiece>& pieces, const P2& picture,
+                                     const SeenPlace& seen) const {
+    double largest = 0;
+    for (const WarpPiece& piece : pieces) {
+        const auto& [a, b, c] = piece.corners;
+        const double area = areaOf(a.picture, b.picture, c.picture);
+        const double ofB = areaOf(a.picture, picture, c.picture) / area;
+        const double ofC = areaOf(a.picture, b.picture, picture) / area;
+        if (std::min({ofB, ofC, 1 - ofB - ofC}) < 0) {
+            continue;
+        }
+        const P2 shown = a.content + ofB * (b.content - a.content) + ofC * (c.content - a.content);
+        // Next to an edge of a face, what belongs there may lie on the other one.
+        const auto belongs = m_input.placeOnFace(seen.direction, piece.face);
+        largest = std::max(largest, m_input.distance(belongs.value_or(P2()), shown));
+    }
     return largest;
 }
 
 double WarpErrorMeter::largestIn(const WarpCell& cell) const {
-    const WarpCell::Kind kind = cell.kind(m_poles, m_input.wrapsAround());
-    if (kind == WarpCell::Kind::UNUSABLE || kind == WarpCell::Kind::OVER_POLE) {
+    const Compared compared = comparedOf(cell);
+    if (compared.kind == WarpCell::Kind::UNUSABLE || compared.kind == WarpCell::Kind::OVER_POLE) {
         return 0;
     }
     const std::vector<P2> parts = partsOfCell();
     std::vector<P2> picture;
-    const P2 size = cell.picture[2] - cell.picture[0];
     for (const P2& part : parts) {
-        picture.push_back(cell.picture[0] + P2{part[0] * size[0], part[1] * size[1]});
+        picture.push_back(cell.at(part));
     }
     std::vector<SeenPlace> seen(picture.size());
     m_sight.see(picture, seen);
     double largest = 0;
     for (std::size_t i = 0; i < parts.size(); ++i) {
         if (const auto belongs = m_input.place(picture[i], seen[i])) {
-            largest = std::max(largest, errorAt(cell, kind, parts[i], *belongs));
+            largest = std::max(largest, errorAt(compared, parts[i], seen[i], *belongs));
         }
     }
     return largest;

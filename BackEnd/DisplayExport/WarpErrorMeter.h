@@ -10,6 +10,7 @@
 namespace Veltrani::DisplayExport {
 
 struct InputPlace;
+struct SeenPlace;
 
 /// The error of a grid, and what it comes from.
 struct MeasuredError {
@@ -39,9 +40,20 @@ public:
 private:
     class Comparison;
 
+    /// A cell, and the triangles into which it is cut where it lies over several faces.
+    struct Compared {
+        WarpCell cell;
+        WarpCell::Kind kind;
+        std::vector<WarpPiece> pieces;
+    };
+
+    [[nodiscard]] Compared comparedOf(const WarpCell& cell) const;
     /// Of what is interpolated at a place of a cell, by parts of its width and height.
-    [[nodiscard]] double errorAt(const WarpCell& cell, WarpCell::Kind kind, const Point<double, 2>& part,
+    [[nodiscard]] double errorAt(const Compared& compared, const Point<double, 2>& part, const SeenPlace& seen,
                                  const InputPlace& belongs) const;
+    /// Of what the triangles of a cell show at a place of the picture.
+    [[nodiscard]] double errorOfPieces(const std::vector<WarpPiece>& pieces, const Point<double, 2>& picture,
+                                       const SeenPlace& seen) const;
 
     const ChannelSight& m_sight;
     const ContentInput& m_input;
