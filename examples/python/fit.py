@@ -28,9 +28,10 @@ def measure(display):
 
 
 def draw(axes, picture, residuals, scale, title):
-    """Residuals as arrows, so many times as long as they are."""
+    """Residuals as arrows: from the place in the picture to the one that leads to the measured point."""
     axes.quiver(*picture.T, *residuals.T, angles="xy", scale_units="xy", scale=1 / scale, width=0.003)
-    axes.set(title=f"{title}, {scale} times as long", xlabel="px", ylabel="py")
+    axes.set(title=title + (f", arrows {scale} times as long" if scale > 1 else ""), xlabel="px", ylabel="py",
+             xlim=(-150, picture[:, 0].max() + 150), ylim=(-100, picture[:, 1].max() + 100))
     axes.set_aspect("equal")
 
 

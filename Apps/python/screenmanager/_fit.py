@@ -355,8 +355,10 @@ def _channel(parts):
 def fit_of(result):
     """The records of what the native part returns."""
     (outcome, unit, measurement, frames, channels, findings), text, json = result
+    # No file is written yet, which it would say at its end.
+    text = text.decode("utf-8", "replace").removesuffix("\nNothing was written.\n")
     return Fit(outcome, unit, Measurement(*measurement), tuple(Registration(*frame) for frame in frames),
-               tuple(_channel(channel) for channel in channels), _findings(findings), text.decode("utf-8", "replace"),
+               tuple(_channel(channel) for channel in channels), _findings(findings), text,
                None if json is None else json.decode("utf-8", "replace"))
 
 
