@@ -268,6 +268,7 @@ FitReport fit(DisplayState& display, const FitPlan& plan, MeasuredPoints measure
     if (plan.hasJson) {
         report.files = display.sources(plan.path, plan.digest);
     }
+    options.pulse = Entry::pulse;
     const DisplayFitter fitter(options, [](std::size_t, std::size_t) { Entry::pulse(); });
     report.result = fitter.fit(display.config(), report.combined.points);
     return report;

@@ -162,7 +162,7 @@ def test_it_opens_neither_numpy_nor_clouds_nor_the_solver_when_imported():
             "maps = open('/proc/self/maps').read()\n"
             "assert 'libScreenManager' in maps\n"
             "assert 'pcl' not in maps, 'the point cloud library is open'\n"
-            "assert 'ceres' not in maps and 'glog' not in maps, 'the solver is open'\n")
+            "assert 'libScreenManagerFit' not in maps and 'glog' not in maps, 'the solver is open'\n")
     subprocess.run([sys.executable, "-c", code], check=True)
 
 

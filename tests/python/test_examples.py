@@ -109,7 +109,7 @@ def test_what_is_installed_needs_neither_sources_nor_build(tmp_path):
     libraries = [line for line in ended.stdout.splitlines() if "libScreenManager" in line or "_native" in line]
     assert libraries and all(str(tmp_path) in line for line in libraries)
     # What is opened on demand is found, too.
-    assert any("libScreenManagerFit-" in line for line in libraries) and "libceres" in ended.stdout
+    assert any("libScreenManagerFit-" in line for line in libraries)
     assert "good 1" in ended.stdout and (tmp_path / "player" / "manifest.json").is_file()
     package, = tmp_path.rglob("screenmanager/_native*.so")
     assert sorted(path.name for path in package.parent.iterdir() if path.suffix in (".py", ".pyi", ".typed", "")) == [

@@ -149,13 +149,15 @@ def test_a_fit_finds_what_the_light_does():
     for channel in display.channels:
         channel.orientation = np.add(channel.orientation, (0.05, 0.03, -0.02))
         channel.position = np.add(channel.position, (0.1, -0.2, 0.1))
+    places = np.linspace(0.2, 0.8, 14).reshape(-1, 2)
+    assert not np.allclose(display.channels[0].to_screen(places).points, true.channels[0].to_screen(places).points,
+                           atol=1e-2)
     assert display.apply(display.fit(measured)) == ()
     for channel, truth in zip(display.channels, true.channels):
         assert np.allclose(channel.position, truth.position, atol=1e-7)
         assert np.allclose(channel.orientation, truth.orientation, atol=1e-8)
         assert np.allclose(channel.frustum, truth.frustum, atol=1e-8)
     # What is computed from now on follows.
-    places = np.linspace(0.2, 0.8, 14).reshape(-1, 2)
     assert np.allclose(display.channels[0].to_screen(places).points, true.channels[0].to_screen(places).points, atol=1e-7)
 
 
@@ -292,7 +294,9 @@ def test_what_the_points_do_not_determine_is_a_finding_and_is_not_applied(displa
 
 
 def test_groups_that_a_channel_does_not_have_are_a_finding(display, random):
-    fit = display.fit([screenmanager.MeasuredPoints(*part) for part in noisy(random)], solve=["area"])
+    measured = [screenmanager.MeasuredPoints(*part) for part in noisy(random)]
+    assert not display.fit(measured, solve=[]).channels[0].is_solved, "none are not the usual ones"
+    fit = display.fit(measured, solve=["area"])
     assert {channel.findings[0].kind for channel in fit.channels} == {"KIND_NOT_SOLVED"} and fit.outcome == "unusable"
 
 
