@@ -321,6 +321,7 @@ Input, Convention = screenmanager.Input, screenmanager.Convention
     (lambda d, c, f: d.export(f, input="cube", wrap=True), "ArgumentError", "^wrap: a mesh has no cut cells"),
     (lambda d, c, f: d.export(f, channels=["nobody"]), "Error", "nobody"),
     (lambda d, c, f: d.export(f, eyes=(0, 0, 1)), "ArgumentError", r"^eyes: expected an array of the shape \(n, 3\)"),
+    (lambda d, c, f: d.export(f, eyes=np.zeros((1, 2, 3))), "ArgumentError", r"^eyes: expected .* found \(1, 2, 3\)$"),
     (lambda d, c, f: d.export(f, eyes=[(0, 0, np.nan)]), "ArgumentError", r"^eyes\[0\]: expected finite numbers"),
     (lambda d, c, f: d.export(f, nodes="pixels"), "ArgumentTypeError", "^nodes: expected columns and rows, found"),
     (lambda d, c, f: d.export(f, content=f / "no.png"), "MissingFileError", "no.png"),

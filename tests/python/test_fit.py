@@ -110,6 +110,7 @@ def test_a_fit_is_the_one_that_the_program_reports(name, tmp_path):
     printed = json.loads(fit.json)
     assert printed.pop("written") is None and printed == theirs
     assert fit.text.startswith(f"display      {tmp_path / 'display.xml'}\n") and f"result       {fit.outcome}" in fit.text
+    assert "Nothing was written" not in fit.text and fit.text.endswith("\n")
     # The file that it is saved to is the one that the program writes, but for the names of lenses.
     lenses = display.apply(fit)
     display.save(tmp_path / "ours.xml")
@@ -192,6 +193,27 @@ def test_deviations_and_covariances_say_the_same(display, random):
     assert both.channels[0].residual_factor < 0.5
 
 
+def test_each_point_has_deviations_of_its_own(display, random):
+    name, picture, points = noisy(random)[0]
+
+    def fit(**said):
+        return display.fit(screenmanager.MeasuredPoints(name, picture, points, **said)).channels[0]
+
+    own = random.uniform(0.001, 0.01, points.shape)
+    by_deviation, by_covariance = fit(deviations=own), fit(covariances=np.eye(3) * own[:, None, :]**2)
+    assert_same_bits(by_deviation.residuals.deviations, by_covariance.residuals.deviations)
+    assert not np.allclose(by_deviation.residuals.deviations, fit(deviations=own[0]).residuals.deviations)
+    tilted = np.einsum("ij,nj,kj->nik", *(lambda q: (q, own**2, q))(np.linalg.qr(random.normal(0, 1, (3, 3)))[0]))
+    tilted = (tilted + np.swapaxes(tilted, 1, 2)) / 2
+    assert not np.allclose(fit(covariances=tilted).residuals.deviations, by_covariance.residuals.deviations)
+    of_picture = random.uniform(0.001, 0.01, picture.shape)
+    alike = fit(deviations=own, picture_deviations=np.full(picture.shape, 0.002))
+    assert_same_bits(alike.covariance, fit(deviations=own, picture_deviations=(0.002, 0.002)).covariance)
+    several = fit(deviations=own, picture_deviations=of_picture)
+    assert not np.allclose(several.residuals.deviations,
+                           fit(deviations=own, picture_deviations=of_picture[0]).residuals.deviations)
+
+
 def test_outliers_are_the_rows_that_were_spoilt(display, random):
     measured = noisy(random)
     spoilt = {3, 40, 77}
@@ -222,10 +244,10 @@ def test_groups_and_channels_are_those_that_are_stated(display, random):
     assert [channel.id for channel in fit.channels] == [display.channels[1].id]
     assert fit.channels[0].solved == ("orientation",)
     assert fit.channels[0].after.position == fit.channels[0].before.position == display.channels[1].position
-    held = display.fit(measured, hold=["square-pixels", "horizontal-shift"]).channels[0]
-    assert held.holds_square_pixels and held.holds_horizontal_shift
-    free = display.fit(measured).channels[0]
-    assert not free.holds_square_pixels and not free.holds_horizontal_shift
+    for hold in ([], ["square-pixels"], ["horizontal-shift"], ["square-pixels", "horizontal-shift"]):
+        held = display.fit(measured, hold=hold).channels[0]
+        assert held.holds_square_pixels == ("square-pixels" in hold)
+        assert held.holds_horizontal_shift == ("horizontal-shift" in hold)
 
 
 def turned(points, angle=0.7, shift=(3.0, -2.0, 0.5), scale=1.0):
@@ -263,7 +285,11 @@ def test_a_table_states_its_unit_and_its_corner(display, tmp_path, random):
     fit = display.fit(str(table), unit="mm", origin="top-left")
     direct = display.fit(screenmanager.MeasuredPoints(name, picture, points))
     assert np.allclose(fit.channels[0].after.position, direct.channels[0].after.position, atol=1e-9)
+    assert fit.outcome == direct.outcome == "good"
+    assert np.allclose(fit.channels[0].residuals.picture, picture, atol=1e-12)
     assert fit.channels[0].residuals.rows[0] == (2,), "lines of the table"
+    reversed_ = display.fit(table, unit="mm", origin="bottom-left").channels[0]
+    assert [finding.kind for finding in reversed_.findings] == ["V_REVERSED"]
     with pytest.raises(screenmanager.ParseError, match="measured.csv:1: unit of lengths"):
         display.fit(table)
 
@@ -291,6 +317,10 @@ def test_what_the_points_do_not_determine_is_a_finding_and_is_not_applied(displa
     with pytest.raises(screenmanager.ArgumentError, match="^fit: it is unusable"):
         display.apply(fit)
     assert display.apply(fit, force=True) == () and display.text == before
+    # What was not solved is not a value: it does not undo what was set since.
+    display.channels[0].position = (9, 9, 9)
+    display.apply(fit, force=True)
+    assert display.channels[0].position == (9, 9, 9)
 
 
 def test_groups_that_a_channel_does_not_have_are_a_finding(display, random):
