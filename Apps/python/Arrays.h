@@ -25,6 +25,8 @@ public:
     [[nodiscard]] std::size_t count() const { return m_count; }
     /// Of the axes before the last.
     [[nodiscard]] const Shape& shape() const { return m_shape; }
+    /// Of the last axis.
+    [[nodiscard]] pybind11::ssize_t columns() const { return static_cast<pybind11::ssize_t>(m_columns); }
     [[nodiscard]] const std::string& name() const { return m_name; }
 
     /// Row i; throws `ArgumentFault`, naming argument and row, when one of its numbers is not finite. Needs no Python.

@@ -16,3 +16,6 @@ void bindScreen(DisplayClass& display);
 void bindMaps(DisplayClass& display);
 void bindTargets(DisplayClass& display);
 void bindReports(DisplayClass& display);
+void bindFits(DisplayClass& display);
+void bindExports(DisplayClass& display);
+void bindClouds(DisplayClass& display);

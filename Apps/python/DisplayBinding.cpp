@@ -23,6 +23,10 @@ void save(DisplayState& display, const std::string& path) {
     inEntry(nullptr, [&] { display.config().save(path); });
 }
 
+DisplayPointer movedTo(DisplayState& display, const std::string& path) {
+    return inEntry(nullptr, [&] { return held(display.config().movedTo(path)); });
+}
+
 std::string text(DisplayState& display) {
     return inEntry(nullptr, [&] { return display.config().text(); });
 }
@@ -72,6 +76,7 @@ void bindDisplay(DisplayClass& display) {
     display.def_static("load", &load)
         .def_static("parse", &parse)
         .def("save", &save)
+        .def("moved_to", &movedTo)
         .def("text", &text)
         .def("unit", &unit)
         .def("folder", &folder)

@@ -3,6 +3,8 @@
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
+#include "DisplayReport/basics/NamedFiles.h"
+#include "DisplayReport/basics/ReportHead.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "DisplayReport/channels/ScreenLoader.h"
 #include "DisplayReport/maps/LayoutMapper.h"
@@ -16,6 +18,19 @@
 #include <vector>
 
 using namespace Veltrani::DisplayReport;
+
+namespace {
+
+/// Whether a file holds the configuration as it is.
+bool holds(const std::string& path, const XMLConfigFile& config) {
+    try {
+        return XMLConfigFile::load(path)->text() == config.text();
+    } catch (const VeltraniException&) {
+        return false;
+    }
+}
+
+}  // namespace
 
 DisplayState::DisplayState(std::unique_ptr<XMLConfigFile> config) : m_config(std::move(config)) {}
 
@@ -43,6 +58,17 @@ ChannelChoice DisplayState::choice(const std::wstring& id) {
                                 L"\" is no longer in the display: it was removed or has another id");
     }
     return ChannelChoice::of(*m_config, Veltrani::toUtf8(id));
+}
+
+std::vector<SourceFile> DisplayState::sources(const std::string& path, const std::string& digest) const {
+    if (holds(path, *m_config)) {
+        return ReportHead::sourcesOf(path);
+    }
+    std::vector<SourceFile> files{{path, digest}};
+    for (const std::wstring& file : filesOf(*m_config)) {
+        files.push_back(ReportHead::source(Veltrani::toUtf8(file)));
+    }
+    return files;
 }
 
 void DisplayState::channelsChanged() {
@@ -86,6 +112,11 @@ std::shared_ptr<ScreenGeometry> DisplayState::surface(Part part) {
         throw VeltraniException(L"the display has no screen");
     }
     return surface;
+}
+
+std::shared_ptr<const Screen::PointCloud> DisplayState::cloud() {
+    requireScreen();
+    return m_screen.getModelPCD();
 }
 
 PointMap& DisplayState::mapOf(const std::wstring& id, Space space, bool useCache) {

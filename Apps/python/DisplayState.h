@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <tuple>
+#include <vector>
 
 class ProjectorConfig;
 class ScreenGeometry;
@@ -16,6 +17,7 @@ namespace Veltrani::DisplayReport {
 
 class PointMap;
 struct ChannelChoice;
+struct SourceFile;
 
 }  // namespace Veltrani::DisplayReport
 
@@ -46,6 +48,12 @@ public:
     [[nodiscard]] ProjectorConfig& channel(const std::wstring& id);
     [[nodiscard]] Veltrani::DisplayReport::ChannelChoice choice(const std::wstring& id);
 
+    /// The configuration, and the files that it names, each as it is now.
+    /// @param path of the configuration
+    /// @param digest of its text, which stands for the file unless that holds the same
+    [[nodiscard]] std::vector<Veltrani::DisplayReport::SourceFile> sources(const std::string& path,
+                                                                           const std::string& digest) const;
+
     /// To be called after every change: maps are made anew.
     void channelsChanged();
     /// To be called after every change of the shape: screens are made anew, too.
@@ -61,6 +69,10 @@ public:
     /// Null for a measured screen that the display does not have. Throws what `requireScreen` throws, and
     /// `VeltraniException` without a content screen.
     [[nodiscard]] std::shared_ptr<ScreenGeometry> surface(Part part);
+
+    /// The points of the screen as it was scanned; null without any. Throws what `requireScreen` throws. They are not
+    /// changed any more, and stay as long as they are held.
+    [[nodiscard]] std::shared_ptr<const Screen::PointCloud> cloud();
 
     /// The map of a channel, kept until the next change. Throws what its constructor throws.
     [[nodiscard]] Veltrani::DisplayReport::PointMap& mapOf(const std::wstring& id, Space space, bool useCache);

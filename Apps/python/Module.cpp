@@ -27,4 +27,7 @@ PYBIND11_MODULE(_native, module) {
     bindMaps(display);
     bindTargets(display);
     bindReports(display);
+    bindFits(display);
+    bindExports(display);
+    bindClouds(display);
 }

@@ -7,15 +7,14 @@
 #include "Configuration/XMLConfigFile.h"
 #include "ConsoleLog.h"
 #include "DisplayFile.h"
-#include "DisplayReport/targets/TargetPlacer.h"
 #include "ExportFiles/ExportFolder.h"
 #include "ExportFiles/ExportManifest.h"
+#include "ExportFiles/ExportViews.h"
 #include "ExportOptions.h"
 #include "FailureReport.h"
 #include "ProgressMeter.h"
 
 #include <algorithm>
-#include <fstream>
 #include <memory>
 #include <new>
 #include <utility>
@@ -32,14 +31,7 @@ void placeTargets(XMLConfigFile& config, std::vector<ExportView>& views, const E
         return;
     }
     ProgressMeter meter(options.isTalkative(), "placing targets, channel");
-    const auto survey = Veltrani::DisplayReport::TargetPlacer({}, meter.callback()).place(config);
-    for (ExportView& view : views) {
-        if (view.channel.index < survey.channels.size()) {
-            for (const auto& target : survey.channels[view.channel.index].grid) {
-                view.targets.push_back(target.picture);
-            }
-        }
-    }
+    ExportViews::placeTargets(config, views, meter.callback());
 }
 
 /// False when a channel has no result; reported then.
@@ -64,15 +56,6 @@ constexpr char BETWEEN = '\t';
 
 std::string joined(const ViewRecord& record) {
     return record.json + BETWEEN + Veltrani::onOneLine(record.summary);
-}
-
-void writeManifest(const ExportFolder& folder, const std::string& manifest) {
-    std::ofstream out(folder.file(ExportFolder::MANIFEST), std::ios::binary);
-    out << manifest;
-    out.close();
-    if (!out) {
-        throw VeltraniException(L"The manifest cannot be written: is there room on the disk?");
-    }
 }
 
 std::string unitOf(const XMLConfigFile& config) {
@@ -113,7 +96,7 @@ int writeFolder(Work& work, ExportFolder& folder, const ExportOptions& options) 
     for (const ChildJobs::Outcome& outcome : *outcomes) {
         views.push_back(outcome.result.substr(0, outcome.result.find(BETWEEN)));
     }
-    writeManifest(folder, manifestOf(work.request, unitOf(*work.config), work.sources, views));
+    folder.writeManifest(manifestOf(work.request, unitOf(*work.config), work.sources, views));
     folder.commit();
     for (const ChildJobs::Outcome& outcome : *outcomes) {
         if (options.isTalkative()) {
@@ -130,7 +113,7 @@ int readWork(Work& work, const ExportOptions& options) {
         return EXIT_INPUT;
     }
     try {
-        work.views = viewsOf(*work.config, options);
+        work.views = ExportViews::of(*work.config, options.channels, options.eyePoints);
     } catch (const VeltraniExceptionBase&) {
         reportFailure("--channel", std::current_exception());
         return EXIT_USAGE;

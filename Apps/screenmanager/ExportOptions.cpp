@@ -1,8 +1,5 @@
 #include "ExportOptions.h"
 
-#include "Common/Utf8.h"
-#include "Configuration/ProjectorConfig.h"
-#include "Configuration/XMLConfigManager.h"
 #include "NumberOptions.h"
 
 #include <algorithm>
@@ -12,7 +9,6 @@ namespace {
 
 using namespace Veltrani::DisplayExport;
 using namespace Veltrani::ExportFiles;
-using Veltrani::DisplayReport::ChannelChoice;
 
 constexpr int MOST_JOBS = 256;
 constexpr InputKind USUAL_INPUT = InputKind::FRUSTUM;
@@ -111,32 +107,4 @@ void addExportOptions(OptionList& line, ExportOptions& options) {
     (void)addWarpOptions(line, options.input, "Nodes of mesh and obj (default auto: the fewest that keep the error)");
     addBlendOptions(line, options.blend);
     line.whenComplete([&options] { complete(options); });
-}
-
-std::vector<ExportView> viewsOf(const XMLConfigManager& config, const ExportOptions& options) {
-    std::vector<ChannelChoice> channels;
-    std::vector<std::string> names = options.channels;
-    if (names.empty()) {
-        for (const std::wstring& id : config.getProjectorConfigIds()) {
-            names.push_back(Veltrani::toUtf8(id));
-        }
-    }
-    for (const std::string& name : names) {
-        channels.push_back(ChannelChoice::of(config, name));
-    }
-    std::sort(channels.begin(), channels.end(),
-              [](const ChannelChoice& a, const ChannelChoice& b) { return a.index < b.index; });
-    channels.erase(std::unique(channels.begin(), channels.end(),
-                               [](const ChannelChoice& a, const ChannelChoice& b) { return a.index == b.index; }),
-                   channels.end());
-    std::vector<ExportView> views;
-    for (const ChannelChoice& channel : channels) {
-        if (options.eyePoints.empty()) {
-            views.push_back({channel, std::nullopt, 1, 1});
-        }
-        for (std::size_t i = 0; i < options.eyePoints.size(); ++i) {
-            views.push_back({channel, options.eyePoints[i], i + 1, options.eyePoints.size()});
-        }
-    }
-    return views;
 }

@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-class XMLConfigManager;
-
 /// What the command line of `export` states.
 struct ExportOptions : CommandOptions {
     std::string file;                         ///< the configuration
@@ -28,8 +26,3 @@ struct ExportOptions : CommandOptions {
 
 /// Adds every option of the command, with the checks that need no display.
 void addExportOptions(OptionList& line, ExportOptions& options);
-
-/// Several of the channels and every eye of each, in the order of the configuration. Throws `VeltraniException` for a
-/// channel that the display does not have.
-[[nodiscard]] std::vector<Veltrani::ExportFiles::ExportView> viewsOf(const XMLConfigManager& config,
-                                                                     const ExportOptions& options);

@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -118,12 +119,17 @@ bool syncToDisk(const std::string& path) {
     return isDone;
 }
 
-/// The mode that the process gives its other folders.
-mode_t usualMode() {
+/// The mode that the process gives its other folders, shown by one: asking for the mask would change it for a moment,
+/// for every thread.
+mode_t usualMode(const std::string& folder) {
     constexpr mode_t NEW_FOLDER_MODE = 0777;
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return NEW_FOLDER_MODE & ~mask;
+    const std::string probe = folder + "/.mode";
+    struct stat made {};
+    if (::mkdir(probe.c_str(), NEW_FOLDER_MODE) != 0 || ::lstat(probe.c_str(), &made) != 0 ||
+        ::rmdir(probe.c_str()) != 0) {
+        refuseFolder(folder, "cannot be written: " + systemMessage());
+    }
+    return made.st_mode & NEW_FOLDER_MODE;
 }
 
 }  // namespace
@@ -203,8 +209,17 @@ void ExportFolder::create() {
     refuseFolder(m_target, "other programs keep removing its temporary folder");
 }
 
+void ExportFolder::writeManifest(const std::string& text) const {
+    std::ofstream out(file(MANIFEST), std::ios::binary);
+    out << text;
+    out.close();
+    if (!out) {
+        throw VeltraniException(L"The manifest cannot be written: is there room on the disk?");
+    }
+}
+
 void ExportFolder::commit() {
-    bool isWritten = ::fchmod(m_lock, usualMode()) == 0;
+    bool isWritten = ::fchmod(m_lock, usualMode(m_temporary)) == 0;
     for (const auto& entry : fs::directory_iterator(m_temporary)) {
         isWritten = isWritten && syncToDisk(entry.path().string());
     }

@@ -30,6 +30,9 @@ public:
     /// Where to write what the folder is to hold.
     [[nodiscard]] std::string file(const std::string& name) const { return m_temporary + '/' + name; }
 
+    /// Throws `VeltraniException` when that fails.
+    void writeManifest(const std::string& text) const;
+
     /// Brings the files to the disk and puts the folder in its place. Throws `VeltraniException` when that fails; the
     /// old folder then stays.
     void commit();

@@ -77,6 +77,10 @@ void FittedDisplay::take(const ChannelFit& fit) {
 
 void FittedDisplay::save() {
     m_config.save(m_path);
+    keep();
+}
+
+void FittedDisplay::keep() {
     for (LensFile& file : m_lensFiles) {
         file.keep();
     }

@@ -17,8 +17,8 @@ namespace Veltrani::FitSession {
 /// A configuration with the values that a fit found, on its way to the disk.
 ///
 /// Whatever ends it, the old set of files or the new one is there as a whole: lens files get new names beside the
-/// configuration and reach the disk before it, and the configuration is replaced in one step. Without `save` the lens
-/// files are removed again; a killed process may leave some, which nothing names.
+/// configuration and reach the disk before it, and the configuration is replaced in one step. Without `save`
+/// or `keep` the lens files are removed again; a killed process may leave some, which nothing names.
 ///
 ///     FittedDisplay fitted(*config, "fitted/display.xml");
 ///     for (const ChannelFit& channel : result.channels) { fitted.take(channel); }
@@ -41,6 +41,8 @@ public:
 
     /// Throws what `XMLConfigFile::save` throws.
     void save();
+    /// Instead of it, where the configuration is saved by somebody else: the lens files are not removed any more.
+    void keep();
 
     /// The file that is written.
     [[nodiscard]] const std::string& path() const { return m_path; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -39,6 +40,8 @@ struct FitOptions {
     double rejection = 4.0;
     /// Channels to be solved, in the order of the configuration; empty for all that have points.
     std::vector<std::size_t> channels;
+    /// Called now and then while a channel is solved; what it throws ends the fit. May be empty.
+    std::function<void()> pulse;
 };
 
 }  // namespace Veltrani::DisplayFit

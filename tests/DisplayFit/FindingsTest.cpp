@@ -16,6 +16,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -287,6 +288,18 @@ TEST_F(Findings, UnsoundPointsThrowAndNameTheirLine) {
     FitOptions options;
     options.rejection = 0;
     EXPECT_THROW(DisplayFitter{options}, VeltraniException);
+}
+
+TEST_F(Findings, AFitEndsWithWhatItsPulseThrows) {
+    const SyntheticChannel channel("Rectilinear", {});
+    const Points points = channel.measured(40);
+    FitOptions options;
+    int pulses = 0;
+    options.pulse = [&pulses] { ++pulses; };
+    EXPECT_TRUE(fitOf(channel, points, options).isSolved);
+    EXPECT_GE(pulses, 2) << "the robust part and the plain one";
+    options.pulse = [] { throw std::runtime_error("enough"); };
+    EXPECT_THROW(fitOf(channel, points, options), std::runtime_error);
 }
 
 /// Nothing that a caller can hand over ends the program or comes back with a number that is none.

@@ -106,6 +106,20 @@ TEST_F(FittedDisplayTest, PutsInWhatWasSolvedAndNothingElse) {
     EXPECT_THAT(files(), ElementsAre("display.xml", "lens.yml"));
 }
 
+TEST_F(FittedDisplayTest, KeepsLensFilesForAConfigurationThatIsSavedLater) {
+    {
+        FittedDisplay fitted(*m_config, "", m_file);
+        ChannelFit fit = fitOf(*m_config, "a/b", {.frustum = true, .distortion = true});
+        fit.after.lens = lens();
+        fitted.take(fit);
+        fitted.keep();
+    }
+    EXPECT_THAT(files(), ElementsAre("display-a_b.yml", "display.xml", "lens.yml"));
+    EXPECT_EQ(m_folder.read("dome/display.xml"), DISPLAY) << "not written yet";
+    m_config->save(m_file);
+    EXPECT_THAT(m_folder.read("dome/display.xml"), HasSubstr("file=\"display-a_b.yml\""));
+}
+
 TEST_F(FittedDisplayTest, PutsInPositionsAndAreas) {
     FittedDisplay fitted(*m_config, "", m_file);
     fitted.take(fitOf(*m_config, "right", {.position = true, .area = true}));

@@ -150,8 +150,9 @@ const std::vector<Library>& all() {
          {}},
         {"python",
          {"Apps/python/"},
-         {"Common", "Configuration", "DisplayReport", "KelvoScreen", "ScreenManager"},
-         {"log4cxx", "pthread.h", "pybind11"},
+         {"Common", "Configuration", "DisplayExport", "DisplayFit", "DisplayReport", "ExportFiles", "FitSession",
+          "KelvoScreen", "ScreenManager"},
+         {"log4cxx", "pcl", "pthread.h", "pybind11"},
          {}}};
     return LIBRARIES;
 }

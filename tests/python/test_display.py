@@ -156,19 +156,23 @@ def test_results_may_be_changed_without_any_effect():
     assert_same_bits(display.screen.intersect((0, 0, 1.5), [(0, 1, 0)]).points, before)
 
 
-def test_it_opens_neither_numpy_nor_the_point_cloud_library_when_imported():
+def test_it_opens_neither_numpy_nor_clouds_nor_the_solver_when_imported():
     code = ("import sys, screenmanager\n"
             "assert 'numpy' not in sys.modules\n"
             "maps = open('/proc/self/maps').read()\n"
             "assert 'libScreenManager' in maps\n"
-            "assert 'pcl' not in maps, 'the point cloud library is open'\n")
+            "assert 'pcl' not in maps, 'the point cloud library is open'\n"
+            "assert 'libScreenManagerFit' not in maps and 'glog' not in maps, 'the solver is open'\n")
     subprocess.run([sys.executable, "-c", code], check=True)
 
 
 def test_it_writes_nothing_of_its_own(tmp_path):
     code = ("import screenmanager\n"
             f"display = screenmanager.Display.load({str(example('curved-wall'))!r})\n"
-            "display.targets(); display.coverage(); display.check()\n")
+            "display.targets(); display.coverage(); display.check()\n"
+            "measured = [screenmanager.MeasuredPoints(t.id, t.picture[t.mask], t.points[t.mask])\n"
+            "            for t in display.targets(6, 5)]\n"
+            "display.apply(display.fit(measured)); display.channels[0].player_warp('screen')\n")
     run = subprocess.run([sys.executable, "-c", code], check=True, capture_output=True, text=True, cwd=tmp_path)
     assert run.stdout == "" and run.stderr == ""
     assert list(tmp_path.iterdir()) == []
@@ -183,6 +187,24 @@ def test_every_name_has_a_text_of_its_own():
         for member, value in vars(thing).items():
             if not member.startswith("_") and (callable(value) or isinstance(value, (property, classmethod))):
                 assert getattr(thing, member).__doc__, f"{name}.{member}"
+
+
+def test_a_save_in_another_folder_leaves_copies_where_their_files_are(tmp_path):
+    display = screenmanager.Display.load(example("curved-wall"))
+    before = display.screen.hash
+    display.save(tmp_path / "elsewhere.xml")
+    for other in (copy.copy(display), pickle.loads(pickle.dumps(display))):
+        assert other.screen.hash == before
+
+
+def test_a_display_is_moved_with_the_names_of_its_files(tmp_path, monkeypatch):
+    display = screenmanager.Display.load(example("curved-wall"))
+    before = display.text
+    monkeypatch.chdir(tmp_path)
+    moved = display.moved_to("moved.xml")
+    assert display.text == before and list(tmp_path.iterdir()) == []
+    moved.save()
+    assert screenmanager.Display.load(tmp_path / "moved.xml").screen.hash == display.screen.hash
 
 
 def test_the_unit_is_that_of_the_file():

@@ -19,6 +19,8 @@ PRINTS = {
     "study.py": "% of its picture lands",
     "warp.py": "of its pixels show the input",
     "camera.py": "the camera sees 160 of 160 targets",
+    "fit.py": "pixels, residual factor ",
+    "export.py": " nodes, within 0.",
 }
 
 
@@ -81,20 +83,35 @@ def test_the_program_of_the_readme_is_ten_lines():
     assert len(blocks("README.md")[0].splitlines()) <= 10
 
 
+# Behind the ten lines: what else the module does.
+MORE = """
+measured = [screenmanager.MeasuredPoints(channel.id, channel.picture[channel.mask], channel.points[channel.mask])
+            for channel in display.targets(columns=12, rows=8)]
+fit = display.fit(measured)
+display.apply(fit)
+manifest = display.export("player", formats=["mesh"], nodes=(9, 7), test_pictures=True)
+print(fit.outcome, manifest["version"])
+with open("/proc/self/maps") as maps:
+    print(maps.read())
+"""
+
+
 def test_what_is_installed_needs_neither_sources_nor_build(tmp_path):
     """The same ten lines from an installed tree, by the command of the page."""
     run(["cmake", "--install", os.environ["SM_BUILD"], "--prefix", tmp_path / "screenmanager"], tmp_path)
     shutil.copytree(SOURCES / "examples" / "spherical-dome", tmp_path / "examples" / "spherical-dome")
     command, = re.findall(r"^```sh\n(PYTHONPATH=.*)\n```$", (SOURCES / "docs" / "python.md").read_text(), re.M)
-    (tmp_path / "script.py").write_text(
-        blocks("README.md")[0] + "\nprint(open('/proc/self/maps').read())\n", encoding="utf-8")
+    (tmp_path / "script.py").write_text(blocks("README.md")[0] + MORE, encoding="utf-8")
     ended = subprocess.run(["bash", "-c", command], cwd=tmp_path, env={"HOME": str(tmp_path), "MPLBACKEND": "Agg"},
                            capture_output=True, text=True, check=False)
     assert ended.returncode == 0, ended.stderr
     requires_picture(tmp_path / "targets.png")
     libraries = [line for line in ended.stdout.splitlines() if "libScreenManager" in line or "_native" in line]
     assert libraries and all(str(tmp_path) in line for line in libraries)
+    # What is opened on demand is found, too.
+    assert any("libScreenManagerFit-" in line for line in libraries)
+    assert "good 1" in ended.stdout and (tmp_path / "player" / "manifest.json").is_file()
     package, = tmp_path.rglob("screenmanager/_native*.so")
     assert sorted(path.name for path in package.parent.iterdir() if path.suffix in (".py", ".pyi", ".typed", "")) == [
-        "__init__.py", "__init__.pyi", "__pycache__", "_arguments.py", "_channel.py", "_display.py", "_native.pyi", "_records.py",
+        "__init__.py", "__init__.pyi", "__pycache__", "_arguments.py", "_channel.py", "_display.py", "_export.py", "_fit.py", "_native.pyi", "_records.py",
         "_screen.py", "py.typed"]

@@ -171,3 +171,23 @@ def test_rails_are_set_together():
     with pytest.raises(screenmanager.Error, match="(?i)rail"):
         screen.rails = (lower, upper[:-1])
     assert_same_bits(screen.rails[0], moved)
+
+
+def test_the_cloud_of_the_model_is_that_of_its_file():
+    display = screenmanager.Display.load(example("curved-wall"))
+    cloud = display.screen.cloud()
+    lines = (example("curved-wall").parent / "wall-scan.pcd").read_bytes().split(b"\n")
+    header = {line.split()[0]: line.split()[1:] for line in lines[:11] if line and not line.startswith(b"#")}
+    assert cloud.shape == (int(header[b"POINTS"][0]), 3) and cloud.dtype == np.float32
+    # What was scanned lies on the wall that was measured, to a millimetre or two.
+    nearest = display.screen.measured.intersect(display.screen.eye_point, cloud - np.array(display.screen.eye_point))
+    distances = np.linalg.norm(nearest.points[nearest.hit] - cloud[nearest.hit], axis=1)
+    assert nearest.hit.mean() > 0.9 and np.median(distances) < 0.01
+    cloud[:] = 0
+    assert np.any(display.screen.cloud() != 0), "a copy"
+    del display
+    assert cloud.flags.owndata
+
+
+def test_a_display_without_a_cloud_has_none():
+    assert screenmanager.Display.load(example("dome")).screen.cloud() is None

@@ -4,7 +4,7 @@ import os
 import subprocess
 import sys
 
-SOURCE_OF_PUBLIC_NAMES = r"screenmanager\._(arguments|channel|display|native|records|screen)(\..*)?"
+SOURCE_OF_PUBLIC_NAMES = r"screenmanager\._(arguments|channel|display|export|fit|native|records|screen)(\..*)?"
 
 GOOD = """
 import numpy as np
@@ -21,6 +21,14 @@ for targets in display.targets(columns=8, rows=5):
     name: str = targets.name
     points = targets.points[targets.mask]
 area: float = display.coverage().screen_area
+fit = display.fit([screenmanager.MeasuredPoints("Left", np.zeros((9, 2)), np.zeros((9, 3)))], solve=["orientation"])
+rms: float = fit.channels[0].pixels_after.rms
+lens = fit.channels[0].after.lens
+files: tuple[str, ...] = display.apply(fit)
+warp = channel.player_warp(screenmanager.Input("fisheye", aperture=3.0), nodes=(9, 7), points=True)
+if warp.points is not None:
+    places = warp.places[warp.lit]
+manifest = display.export("player", convention=screenmanager.Convention(depth="direct3d"), eyes=[(0.0, 0.0, 1.2)])
 """
 BAD = """
 import screenmanager
@@ -30,6 +38,10 @@ display.channel(5)
 display.screen.intersect((0, 0, 0))
 display.channels[0].id = "x"
 display.screen.radius = "large"
+display.fit("measured.csv", "mm")
+display.channels[0].player_warp(nodes=5)
+display.export("player", convention="opengl")
+screenmanager.Input(aperture="wide")
 """
 
 
@@ -52,5 +64,5 @@ def test_a_checker_of_types_accepts_good_use_and_finds_every_bad_one(tmp_path):
     run = mypy("mypy", "--strict", "--cache-dir=cache", "good.py", cwd=tmp_path)
     assert run.returncode == 0, run.stdout + run.stderr
     run = mypy("mypy", "--strict", "--cache-dir=cache", "bad.py", cwd=tmp_path)
-    for line in range(5, 9):
+    for line in range(5, 13):
         assert f"bad.py:{line}: error" in run.stdout, run.stdout

@@ -25,7 +25,17 @@ def results_of(display):
     picture = np.linspace(0.1, 0.9, 24).reshape(-1, 2)
     return [display.screen.intersect((0, 0, 1.2), [(0, 1, 0), (1, 1, 0.2), (-1, 1, 0.1)]).points,
             display.targets(4, 3, 4)[0].points, display.targets(4, 3, 4)[0].outline,
-            channel.to_screen(picture).points, channel.to_layout(picture).points]
+            channel.to_screen(picture).points, channel.to_layout(picture).points,
+            channel.player_warp("screen" if display.target_data.type.startswith("Planar") else "fisheye",
+                                nodes=(7, 5)).places, fitted(display)]
+
+
+def fitted(display):
+    """Residuals of its first channel against light that was measured on the same screen."""
+    light = display.targets(6, 5, 1)[0]
+    measured = screenmanager.MeasuredPoints(light.id, light.picture[light.mask],
+                                            light.points[light.mask] + np.array([0.001, -0.002, 0.001]))
+    return display.fit(measured).channels[0].residuals.pixels_before
 
 
 @pytest.mark.parametrize("names", PAIRS)
@@ -129,7 +139,7 @@ LONG = """
 import screenmanager, sys, time
 display = screenmanager.Display.load(sys.argv[1])
 channel = display.channels[0]
-channel.resolution = (6000, 6000)
+channel.resolution = (4000, 4000)
 print("ready", flush=True)
 begin = time.monotonic()
 try:
@@ -148,17 +158,22 @@ print(bool(channel.to_layout((0.5, 0.5)).mask), flush=True)
     "while True: display.targets(2000, 2000)",
     "while True: display.coverage()",
     "while True: display.check()",
+    "while True: channel.player_warp('equirectangular', nodes='pixels')",
+    "while True: display.export(sys.argv[2] + '/out', input='equirectangular', formats=['png16'])",
+    "measured = [screenmanager.MeasuredPoints(t.id, t.picture.reshape(-1, 2), t.points.reshape(-1, 3))\n"
+    "                for t in display.targets(20, 15)]\n    while True: display.fit(measured)",
     "import numpy; rays = numpy.ones((3000000, 3))\n    while True: display.screen.intersect((0, 0, 1), rays)",
 ])
-def test_ctrl_c_ends_a_long_call(call):
-    run = subprocess.Popen([sys.executable, "-c", LONG.format(call=call), str(EXAMPLES / "spherical-dome/display.xml")],
-                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+def test_ctrl_c_ends_a_long_call(call, tmp_path):
+    run = subprocess.Popen([sys.executable, "-c", LONG.format(call=call), str(EXAMPLES / "spherical-dome/display.xml"),
+                            str(tmp_path)], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     assert run.stdout.readline() == "ready\n"
     time.sleep(1.0)
     run.send_signal(signal.SIGINT)
     out, err = run.communicate(timeout=60)
     assert out == "interrupted True\nTrue\n", err
     assert run.returncode == 0
+    assert list(tmp_path.iterdir()) == [], "an export that was interrupted leaves nothing"
 
 
 def test_a_handler_that_calls_back_gets_an_error_and_no_wrong_answer():

@@ -1,4 +1,5 @@
-"""Displays that are lit by many projectors: channels, screens, calibration targets, maps, coverage.
+"""Displays that are lit by many projectors: channels, screens, calibration targets, maps, coverage,
+fits to measured points, and exports for players.
 
     import screenmanager
 
@@ -13,6 +14,9 @@ its bottom row. Arrays that hold float64 in rows are used where they lie; result
 
 from ._channel import Channel, Frustum, Layout, Orientation, ScreenArea
 from ._display import Display, TargetData
+from ._export import (Convention, Input, PlayerInput, PlayerWarp, RenderFrustum, View, WarpError, WarpTriangles)
+from ._fit import (ChannelFit, ChannelValues, ControlPoints, Fit, FitFinding, FittedValue, Lens, MeasuredPoints,
+                   Measurement, Registration, Residuals, ResidualSummary, WorstCombination)
 from ._native import (ArgumentError, ArgumentTypeError, BusyError, ChangedFileError, Error, MeshError,
                       MissingFileError, ParseError)
 from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Coverage, Fault, Finding, Hits, Mesh,
@@ -21,7 +25,10 @@ from ._screen import Screen, Surface
 
 __all__ = [
     "ArgumentError", "ArgumentTypeError", "BusyError", "ChangedFileError", "Channel", "ChannelCoverage",
-    "ChannelFacts", "ChannelTargets", "Check", "Coverage", "Display", "Error", "Fault", "Finding", "Frustum", "Hits",
-    "Layout", "Mesh", "MeshError", "MissingFileError", "Orientation", "Outline", "Overlap", "ParseError",
-    "PicturePlaces", "Places", "Screen", "ScreenArea", "Surface", "TargetData",
+    "ChannelFacts", "ChannelFit", "ChannelTargets", "ChannelValues", "Check", "ControlPoints", "Convention",
+    "Coverage", "Display", "Error", "Fault", "Finding", "Fit", "FitFinding", "FittedValue", "Frustum", "Hits",
+    "Input", "Layout", "Lens", "MeasuredPoints", "Measurement", "Mesh", "MeshError", "MissingFileError",
+    "Orientation", "Outline", "Overlap", "ParseError", "PicturePlaces", "Places", "PlayerInput", "PlayerWarp",
+    "Registration", "RenderFrustum", "ResidualSummary", "Residuals", "Screen", "ScreenArea", "Surface",
+    "TargetData", "View", "WarpError", "WarpTriangles", "WorstCombination",
 ]

@@ -1,5 +1,6 @@
 """Arguments that are no arrays: what does not fit is refused by name."""
 
+import math
 import os
 
 from ._native import ArgumentError, ArgumentTypeError
@@ -30,6 +31,31 @@ def count_of(value, name):
     return number
 
 
+def number_of(value, name):
+    """A finite number."""
+    if isinstance(value, (str, bytes)):
+        raise ArgumentTypeError(f"{name}: expected a number, found {type(value).__name__}")
+    try:
+        number = float(value)
+    except (TypeError, ValueError, OverflowError):
+        raise ArgumentTypeError(f"{name}: expected a number, found {type(value).__name__}") from None
+    if not math.isfinite(number):
+        raise ArgumentError(f"{name}: expected a finite number, found {number}")
+    return number
+
+
+def names_of(value, name):
+    """A list of texts."""
+    if isinstance(value, (str, bytes)):
+        raise ArgumentTypeError(f"{name}: expected a list of names, found a text")
+    try:
+        return [text_of(one, name) for one in value]
+    except TypeError as fault:
+        if isinstance(fault, ArgumentTypeError):
+            raise
+        raise ArgumentTypeError(f"{name}: expected a list of names, found {type(value).__name__}") from None
+
+
 def pair_of(value, name, what):
     """Two values."""
     try:
@@ -37,6 +63,11 @@ def pair_of(value, name, what):
     except (TypeError, ValueError):
         raise ArgumentTypeError(f"{name}: expected {what}, found {type(value).__name__}") from None
     return first, second
+
+
+def is_path(value):
+    """Whether it names a file."""
+    return isinstance(value, (str, bytes, os.PathLike))
 
 
 def path_of(path, name="path"):

@@ -182,6 +182,29 @@ class Channel:
                 raise ArgumentError(f"nodes: expected two columns and two rows at least, found {columns} and {rows}")
         return PicturePlaces(*self._native.warp(self._id, text_of(panorama, "panorama"), columns, rows))
 
+    def player_input(self, input="frustum", *, eye=None, convention=None):
+        """The picture that a player is to feed this channel with; returns a PlayerInput, for "frustum" with what an
+        engine renders. input: an Input or the name of its kind. eye: (x, y, z), native units; None for the usual one.
+        convention: a Convention, of the matrices."""
+        from ._export import convention_of, input_of, player_input_of
+
+        return player_input_of(
+            self._native.player_input(self._id, eye, input_of(input), convention_of(convention)))
+
+    def player_warp(self, input="frustum", *, eye=None, nodes=None, error=0.25, wrap=False, points=False,
+                    triangles=False, convention=None):
+        """Which place of such an input each place of this picture shows; returns a PlayerWarp.
+
+        input, eye, convention: as in player_input. nodes: (columns, rows) of a grid from corner to corner; "pixels" for
+        the middle of each pixel; None for the fewest nodes that keep the error, pixels of the input. wrap: cut cells
+        where a panorama begins again. points: with the places on the screen. triangles: with what a player draws.
+        """
+        from ._export import convention_of, cut_of, error_of, input_of, nodes_of, player_warp_of
+
+        fed = input_of(input)
+        request = nodes_of(nodes, True), error_of(error), cut_of(wrap, fed[0]), bool(points), bool(triangles)
+        return player_warp_of(self._native.player_warp(self._id, eye, fed, convention_of(convention), request))
+
     def outline(self, samples_per_edge=16):
         """The outline of the picture on the screen; returns an Outline with as many samples on each of the four edges."""
         import numpy as np

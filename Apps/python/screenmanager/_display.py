@@ -1,10 +1,13 @@
 """A display: its configuration, and what is computed for the whole of it."""
 
 import os
+import warnings
 
 from . import _native
-from ._arguments import count_of, path_of, text_of
+from ._arguments import count_of, names_of, path_of, text_of
 from ._channel import Channel
+from ._export import convention_of, cut_of, error_of, input_of, nodes_of
+from ._fit import controls_of, fit_of, found_of, measured_of, plan_of, table_options_of
 from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Coverage, Fault, Finding, Overlap)
 from ._screen import Screen
 
@@ -138,6 +141,11 @@ class Display:
         self._native.save(path_of(target))
         self._path, self._is_file = os.fspath(target), True
 
+    def moved_to(self, path):
+        """This display as it is to be saved at a path in another folder: relative names of files lead to the same files
+        from there. Returns a Display of its own, whose save without a path goes to that path; nothing is written yet."""
+        return self._of(self._native.moved_to(path_of(path)), os.fspath(path), True)
+
     @property
     def text(self):
         """What save writes."""
@@ -160,12 +168,12 @@ class Display:
         return self.__deepcopy__({})
 
     def __deepcopy__(self, memo):
-        display = type(self).parse(self.text, self._path)
+        display = type(self).parse(self.text, self._place())
         memo[id(self)] = display
         return display
 
     def __reduce__(self):
-        return _restored, (type(self), self.text, os.path.abspath(self._path))
+        return _restored, (type(self), self.text, os.path.abspath(self._place()))
 
     @property
     def channels(self):
@@ -226,13 +234,87 @@ class Display:
     def check(self, quick=False, allowed=()):
         """Loads everything that the configuration names and judges the display by rules; returns a Check. quick: without
         the rules that need light. allowed: names of rules to leave out."""
-        if isinstance(allowed, str):
-            raise _native.ArgumentTypeError("allowed: expected a list of names, found a text")
-        facts, channels, faults, findings, left_out = self._native.check(
-            bool(quick), [text_of(rule, "allowed") for rule in allowed])
+        facts, channels, faults, findings, left_out = self._native.check(bool(quick), names_of(allowed, "allowed"))
         return Check(facts, tuple(ChannelFacts(*channel) for channel in channels),
                      tuple(Fault(*fault) for fault in faults), tuple(Finding(*finding) for finding in findings),
                      left_out)
+
+    def _source(self):
+        """Where the files lie that it names and is written with, and what its text is recognised by."""
+        import hashlib
+
+        return path_of(self._path), hashlib.sha256(self.text.encode("utf-8", "surrogateescape")).hexdigest()
+
+    def fit(self, measured, *, unit=None, origin=None, controls=(), register=None, channels=None, solve=None, hold=(),
+            robust=True, rejection=4.0, json=False):
+        """Finds the values of channels that agree with measured points; returns a Fit. The display stays as it is: apply
+        puts the values in.
+
+        measured: a MeasuredPoints or a list of them; or the path of a table (CSV), see docs/fitting.md.
+        unit, origin: of a table: "mm", "cm", "m", "in" or "ft" unless it states its unit, and the corner from which u, v
+            and px, py count: "bottom-left" or "top-left".
+        register: "rigid" or "similarity", to move each station into the frame of the display by its control points.
+        controls: a ControlPoints or a list of them, for points from arrays; a table has its own.
+        channels: names or ids; None for all that have points.
+        solve: some of "position", "orientation", "frustum", "distortion", "area"; None for what is usual.
+        hold: some of "square-pixels", "horizontal-shift".
+        robust: False for plain least squares of all points. rejection: points further off are outliers, deviations.
+        json: with the report for programs.
+        """
+        source = measured_of(measured)
+        is_table = isinstance(source, bytes)
+        marks = controls_of(controls)
+        options = table_options_of(unit, origin, is_table)
+        plan = (*plan_of(channels, solve, hold, robust, rejection, register, json, marks, is_table),
+                *(self._source() if json else (path_of(self._path), "")))
+        if is_table:
+            fit = fit_of(self._native.fit_table(source, *options, plan))
+        else:
+            fit = fit_of(self._native.fit_arrays(source, marks, plan))
+        if fit.measurement.controls and not fit.frames:
+            warnings.warn('the control points of the table are not used: state register="rigid" if x, y, z are not in '
+                          "the frame of the display", stacklevel=2)
+        return fit
+
+    def apply(self, fit, force=False):
+        """Puts the values that a fit has solved into the channels, all of them or none; save writes them. A lens that was
+        solved goes to a new file beside that of the display, at once; no other file is changed. Returns the paths of
+        these files. force: also for a fit that is unusable."""
+        files = self._native.apply_fit(os.fsencode(self._place()), found_of(fit, force))
+        return tuple(os.fsdecode(file) for file in files)
+
+    def export(self, folder, *, input="frustum", convention=None, formats=("mesh",), channels=None, eyes=None, nodes=None,
+               error=0.25, wrap=False, test_pictures=False, content=None, force=False):
+        """Writes what players need of every channel into a new folder, which appears whole or not at all; returns its
+        manifest as a dict, see docs/export-formats.md. One channel after the other, in this process.
+
+        input: an Input or the name of its kind. convention: a Convention, of the matrices; None for the usual one.
+        formats: some of "mesh", "obj", "pfm", "pfm3d", "png16". channels: names or ids; None for all.
+        eyes: (n, 3), native units, where it is seen from; None for the eye of each channel.
+        nodes: (columns, rows) of "mesh" and "obj"; None for the fewest that keep the error, pixels of the input.
+        wrap: cut cells where a panorama begins again. test_pictures: one for each projector.
+        content: a PNG file, to bend for every channel. force: replace an earlier export, or fill an empty folder.
+        """
+        fed = input_of(input)
+        cut = cut_of(wrap, fed[0])
+        formats = names_of(formats, "formats")
+        if cut and "mesh" in formats:
+            raise _native.ArgumentError("wrap: a mesh has no cut cells: choose the format obj")
+        path, digest = self._source()
+        manifest = self._native.export({
+            "folder": path_of(folder, "folder"), "force": bool(force), "input": fed,
+            "convention": convention_of(convention), "formats": formats, "cut": cut,
+            "channels": names_of(channels or (), "channels"), "eyes": eyes, "nodes": nodes_of(nodes, False),
+            "error": error_of(error), "test_pictures": bool(test_pictures),
+            "content": b"" if content is None else path_of(content, "content"), "path": path, "digest": digest})
+        import json
+
+        return json.loads(manifest.decode("utf-8", "replace"))
+
+    def _place(self):
+        """Its path in the folder in which the files are looked for that it names: that of a save may be another one."""
+        folder, name = os.fsencode(self._native.folder()), os.path.basename(path_of(self._path))
+        return os.fsdecode(os.path.join(folder, name))
 
 
 def _restored(kind, text, path):

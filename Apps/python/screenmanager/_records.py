@@ -7,13 +7,13 @@ if TYPE_CHECKING:
     import numpy as np
 
 
-def _record(kind):
+def record(kind):
     """A frozen record; compared by identity, as arrays have no single truth."""
     kind.__module__ = "screenmanager"
     return dataclass(frozen=True, eq=False)(kind)
 
 
-@_record
+@record
 class Hits:
     """Where rays meet a screen: the nearest hit of each.
 
@@ -33,7 +33,7 @@ class Hits:
     hit: "np.ndarray"
 
 
-@_record
+@record
 class Places:
     """Points in space, and which of them there are.
 
@@ -45,7 +45,7 @@ class Places:
     mask: "np.ndarray"
 
 
-@_record
+@record
 class PicturePlaces:
     """Places (u, v) in a picture, and which of them there are.
 
@@ -57,7 +57,7 @@ class PicturePlaces:
     mask: "np.ndarray"
 
 
-@_record
+@record
 class Outline:
     """The outline of a picture on the screen, once around.
 
@@ -71,7 +71,7 @@ class Outline:
     mask: "np.ndarray"
 
 
-@_record
+@record
 class Mesh:
     """Triangles; copies that may be changed without any effect on the display.
 
@@ -87,7 +87,7 @@ class Mesh:
     texture_triangles: "np.ndarray"
 
 
-@_record
+@record
 class ChannelTargets:
     """The calibration targets of one channel.
 
@@ -113,7 +113,7 @@ class ChannelTargets:
     remark: str
 
 
-@_record
+@record
 class ChannelCoverage:
     """What one channel does on the screen. Areas in square native units along the surface, pixel sizes in native units.
 
@@ -139,7 +139,7 @@ class ChannelCoverage:
     is_lighting: bool
 
 
-@_record
+@record
 class Overlap:
     """Where two channels light the same part of the screen.
 
@@ -154,7 +154,7 @@ class Overlap:
     part_of_second: float
 
 
-@_record
+@record
 class Coverage:
     """How the channels of a display cover its screen. Areas in square native units.
 
@@ -181,7 +181,7 @@ class Coverage:
         return sum(self.area_by_count[max(channels, 0):]) / self.screen_area
 
 
-@_record
+@record
 class Fault:
     """Something that keeps a display from working: what it concerns, what is wrong, and why, outermost cause first."""
 
@@ -190,7 +190,7 @@ class Fault:
     causes: "tuple[str, ...]"
 
 
-@_record
+@record
 class Finding:
     """What a rule found. severity: "fault", "warning" or "remark"; rule: the name by which it can be allowed."""
 
@@ -201,7 +201,7 @@ class Finding:
     causes: "tuple[str, ...]"
 
 
-@_record
+@record
 class ChannelFacts:
     """What one channel will use, by labels such as "picture", "position" and "field of view"."""
 
@@ -210,7 +210,7 @@ class ChannelFacts:
     facts: "dict[str, str]"
 
 
-@_record
+@record
 class Check:
     """What a check of a display found.
 

@@ -116,6 +116,11 @@ class Screen(Surface):
         """The surface as measured; None without one."""
         return Surface(self._display, "measured") if self._native.has_measured() else None
 
+    def cloud(self):
+        """The point cloud of the model: (n, 3) float32, world frame, native units; NaN for points that the scan has
+        none of. None for a display that names no cloud."""
+        return self._native.cloud()
+
     @property
     def shape(self):
         """"Sphere", "Cylinder", "Ruled", "Flat" or "Mesh"."""

@@ -64,6 +64,9 @@ double typicalDeviation(std::vector<double> sizes) {
 ChannelSolver::ChannelSolver(const DisplayFit::FitOptions& options) : m_options(options) {}
 
 bool ChannelSolver::minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution) const {
+    if (m_options.pulse) {
+        m_options.pulse();
+    }
     std::vector<double> step(problem.unknowns(), 0.0);
     const SolverEnd end = FitLibrary::get().minimise(problem, step, {});
     solution.steps += end.steps;

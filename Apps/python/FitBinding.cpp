@@ -1,0 +1,394 @@
+#include "Arrays.h"
+#include "Bindings.h"
+#include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "Configuration/ProjectorConfig.h"
+#include "DisplayFit/DisplayFitter.h"
+#include "DisplayReport/channels/ChannelChoice.h"
+#include "FitResults.h"
+#include "FitSession/FitReport.h"
+#include "FitSession/FittedDisplay.h"
+#include "FitSession/MeasuredPointReader.h"
+#include "Refusals.h"
+
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace py = pybind11;
+
+namespace {
+
+using namespace Veltrani::DisplayFit;
+using namespace Veltrani::FitSession;
+using Names = std::vector<std::string>;
+using Veltrani::DisplayReport::ChannelChoice;
+using Veltrani::DisplayReport::ReportHead;
+
+/// How a script wants a fit, apart from its measurements.
+struct FitPlan {
+    Names channels;
+    FitOptions options;
+    std::optional<RegistrationKind> registration;
+    bool hasJson = false;
+    std::string path;    ///< of the configuration
+    std::string digest;  ///< of its text
+};
+
+/// The group of that name in reports.
+bool SolvedGroups::*groupNamed(const std::string& name) {
+    constexpr std::array GROUPS{&SolvedGroups::position, &SolvedGroups::orientation, &SolvedGroups::frustum,
+                                &SolvedGroups::distortion, &SolvedGroups::area};
+    std::string names;
+    for (bool SolvedGroups::*const group : GROUPS) {
+        SolvedGroups one;
+        one.*group = true;
+        const std::string known = FitReport::namesOf(one).front();
+        if (name == known) {
+            return group;
+        }
+        names += (names.empty() ? "" : ", ") + known;
+    }
+    throw ArgumentFault{"solve: expected some of " + names + ", found " + name};
+}
+
+SolvedGroups groupsOf(const Names& names) {
+    SolvedGroups groups;
+    for (const std::string& name : names) {
+        groups.*groupNamed(name) = true;
+    }
+    return groups;
+}
+
+void hold(const Names& names, FitOptions& options) {
+    for (const std::string& name : names) {
+        if (name == "square-pixels") {
+            options.holdsSquarePixels = true;
+        } else if (name == "horizontal-shift") {
+            options.holdsHorizontalShift = true;
+        } else {
+            throw ArgumentFault{"hold: expected some of square-pixels, horizontal-shift, found " + name};
+        }
+    }
+}
+
+std::optional<RegistrationKind> registrationOf(const std::string& name) {
+    if (name.empty()) {
+        return std::nullopt;
+    }
+    if (name != "rigid" && name != "similarity") {
+        throw ArgumentFault{"register: expected rigid or similarity, found " + name};
+    }
+    return name == "rigid" ? RegistrationKind::RIGID : RegistrationKind::SIMILARITY;
+}
+
+FitPlan planOf(const py::tuple& parts) {
+    FitPlan plan;
+    plan.channels = parts[0].cast<Names>();
+    if (!parts[1].is_none()) {
+        plan.options.solved = groupsOf(parts[1].cast<Names>());
+    }
+    hold(parts[2].cast<Names>(), plan.options);
+    plan.options.isRobust = parts[3].cast<bool>();
+    plan.options.rejection = parts[4].cast<double>();
+    plan.registration = registrationOf(parts[5].cast<std::string>());
+    plan.hasJson = parts[6].cast<bool>();
+    plan.path = parts[7].cast<std::string>();
+    plan.digest = parts[8].cast<std::string>();
+    return plan;
+}
+
+/// Measurements of one channel from one station, as arrays.
+class MeasuredArrays {
+public:
+    /// @param place the name of the argument
+    MeasuredArrays(const py::tuple& parts, const std::string& place)
+        : m_place(place),
+          m_channel(parts[0].cast<std::string>()),
+          m_picture(list(parts[1], "picture", 2)),
+          m_points(list(parts[2], "points", 3)),
+          m_deviations(some(parts[3], "deviations", 3)),
+          m_covariances(some(parts[4], "covariances", 3)),
+          m_pictureDeviations(some(parts[5], "picture_deviations", 2)),
+          m_set(parts[6].cast<std::string>()) {
+        const auto count = static_cast<py::ssize_t>(m_picture.count());
+        requireShape(m_points, {{count}});
+        if (m_deviations) {
+            requireShape(*m_deviations, {{}, {count}});
+        }
+        if (m_covariances) {
+            requireShape(*m_covariances, {{3}, {count, 3}});
+        }
+        if (m_pictureDeviations) {
+            requireShape(*m_pictureDeviations, {{}, {count}});
+        }
+    }
+
+    [[nodiscard]] std::size_t count() const { return m_picture.count(); }
+
+    /// Needs no Python.
+    void addTo(const XMLConfigFile& config, MeasuredPoints& measured) const {
+        MeasuredPoint point;
+        point.channel = ChannelChoice::of(config, m_channel).index;
+        point.set = m_set;
+        for (std::size_t i = 0; i < count(); ++i) {
+            point.picture = m_picture.at<2>(i);
+            point.world = m_points.at<3>(i);
+            point.covariance = covariance(i);
+            if (m_pictureDeviations) {
+                point.pictureDeviation = m_pictureDeviations->at<2>(rowFor(*m_pictureDeviations, i));
+            }
+            // Rows are known by their numbers from 1.
+            point.row = ++measured.rows;
+            measured.points.push_back(point);
+        }
+    }
+
+private:
+    [[nodiscard]] Rows rows(py::handle value, const char* name, py::ssize_t columns) const {
+        return {value, (m_place + '.' + name).c_str(), columns};
+    }
+    [[nodiscard]] Rows list(py::handle value, const char* name, py::ssize_t columns) const {
+        Rows found = rows(value, name, columns);
+        if (found.shape().size() != 1) {
+            throw ArgumentFault{found.name() + ": expected an array of the shape (n, " + std::to_string(columns) +
+                                "), found " + textOf(extended(found.shape(), columns))};
+        }
+        return found;
+    }
+    [[nodiscard]] std::optional<Rows> some(py::handle value, const char* name, py::ssize_t columns) const {
+        return value.is_none() ? std::nullopt : std::optional(rows(value, name, columns));
+    }
+    static void requireShape(const Rows& rows, const std::vector<Shape>& shapes) {
+        if (std::find(shapes.begin(), shapes.end(), rows.shape()) == shapes.end()) {
+            const py::ssize_t columns = rows.columns();
+            std::string expected;
+            for (const Shape& shape : shapes) {
+                expected += (expected.empty() ? "" : " or ") + textOf(extended(shape, columns));
+            }
+            throw ArgumentFault{rows.name() + ": expected an array of the shape " + expected + ", found " +
+                                textOf(extended(rows.shape(), columns))};
+        }
+    }
+    /// One row serves all points.
+    static std::size_t rowFor(const Rows& rows, std::size_t i) { return rows.shape().empty() ? 0 : i; }
+
+    [[nodiscard]] std::optional<Matrix<double, 3>> covariance(std::size_t i) const {
+        Matrix<double, 3> matrix;
+        if (m_deviations) {
+            const Point<double, 3> deviations = m_deviations->at<3>(rowFor(*m_deviations, i));
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                if (!(deviations[axis] > 0)) {
+                    const std::string place = m_deviations->shape().empty() ? "" : '[' + std::to_string(i) + ']';
+                    throw ArgumentFault{m_deviations->name() + place + ": expected numbers above 0"};
+                }
+                matrix(axis, axis) = deviations[axis] * deviations[axis];
+            }
+            return matrix;
+        }
+        if (!m_covariances) {
+            return std::nullopt;
+        }
+        for (std::size_t row = 0; row < 3; ++row) {
+            const auto numbers = m_covariances->at<3>(m_covariances->shape().size() == 1 ? row : 3 * i + row);
+            for (std::size_t column = 0; column < 3; ++column) {
+                matrix(row, column) = numbers[column];
+            }
+        }
+        return matrix;
+    }
+
+    std::string m_place;
+    std::string m_channel;
+    Rows m_picture;
+    Rows m_points;
+    std::optional<Rows> m_deviations;
+    std::optional<Rows> m_covariances;
+    std::optional<Rows> m_pictureDeviations;
+    std::string m_set;
+};
+
+/// Control points of one station, as arrays.
+struct ControlArrays {
+    ControlArrays(const py::tuple& parts, const std::string& place)
+        : measured(parts[0], (place + ".measured").c_str(), 3),
+          known(parts[1], (place + ".known").c_str(), 3),
+          set(parts[2].cast<std::string>()) {
+        if (measured.shape().size() != 1 || known.shape() != measured.shape()) {
+            throw ArgumentFault{place + ": expected two arrays of the same shape (n, 3), found " +
+                                textOf(extended(measured.shape(), 3)) + " and " + textOf(extended(known.shape(), 3))};
+        }
+    }
+
+    void addTo(MeasuredPoints& points) const {
+        for (std::size_t i = 0; i < measured.count(); ++i) {
+            const int number = static_cast<int>(points.controls.size()) + 1;
+            points.controls.push_back({set, measured.at<3>(i), known.at<3>(i), number});
+        }
+    }
+
+    Rows measured;
+    Rows known;
+    std::string set;
+};
+
+template <class Arrays>
+std::vector<Arrays> arraysOf(const py::list& parts, const std::string& argument) {
+    std::vector<Arrays> arrays;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        arrays.emplace_back(parts[i].cast<py::tuple>(), argument + '[' + std::to_string(i) + ']');
+    }
+    return arrays;
+}
+
+/// A fit of what was measured. Needs no Python.
+FitReport fit(DisplayState& display, const FitPlan& plan, MeasuredPoints measured, const std::string& table) {
+    FitReport report;
+    report.configuration = plan.path;
+    report.table = table;
+    report.measured = std::move(measured);
+    if (plan.registration) {
+        report.frames = FrameRegistration::apply(report.measured, *plan.registration);
+    }
+    if (report.measured.points.empty()) {
+        throw VeltraniException(L"there are no measurements with a place in a picture: add some");
+    }
+    report.combined = combineRepeated(report.measured.points);
+    display.requireScreen();
+    FitOptions options = plan.options;
+    for (const std::string& channel : plan.channels) {
+        options.channels.push_back(ChannelChoice::of(display.config(), channel).index);
+    }
+    if (plan.hasJson) {
+        report.files = display.sources(plan.path, plan.digest);
+    }
+    options.pulse = Entry::pulse;
+    const DisplayFitter fitter(options, [](std::size_t, std::size_t) { Entry::pulse(); });
+    report.result = fitter.fit(display.config(), report.combined.points);
+    return report;
+}
+
+/// The records of the script, the report for people, and the one for programs if that is wanted.
+py::tuple resultOf(const FitReport& report, const FitPlan& plan, std::size_t firstRow) {
+    std::ostringstream text;
+    report.printText(text);
+    std::ostringstream json;
+    if (plan.hasJson) {
+        report.printJson(json);
+    }
+    // Paths may hold what is no character.
+    return py::make_tuple(tupleOf(report, firstRow), py::bytes(text.str()),
+                          plan.hasJson ? py::object(py::bytes(json.str())) : py::none());
+}
+
+py::tuple fitTable(DisplayState& display, const std::string& table, const std::string& unit, bool isFromTop,
+                   const py::tuple& settings) {
+    const FitPlan plan = planOf(settings);
+    const FitReport report = inEntry(&display, [&] {
+        const MeasuredPointReader reader(display.config(), {unit, isFromTop});
+        FitReport made = fit(display, plan, reader.readFile(table), table);
+        if (plan.hasJson) {
+            made.files.push_back(ReportHead::source(table));
+        }
+        return made;
+    });
+    return resultOf(report, plan, 0);
+}
+
+py::tuple fitArrays(DisplayState& display, const py::list& measured, const py::list& controls,
+                    const py::tuple& settings) {
+    const FitPlan plan = planOf(settings);
+    const auto arrays = arraysOf<MeasuredArrays>(measured, "measured");
+    const auto marks = arraysOf<ControlArrays>(controls, "controls");
+    std::size_t count = 0;
+    for (const MeasuredArrays& part : arrays) {
+        count += part.count();
+    }
+    if (count > MeasuredPointReader::MOST_POINTS) {
+        throw ArgumentFault{"measured: expected " + std::to_string(MeasuredPointReader::MOST_POINTS) +
+                            " points at most, found " + std::to_string(count)};
+    }
+    const FitReport report = inEntry(&display, [&] {
+        MeasuredPoints points;
+        for (const MeasuredArrays& part : arrays) {
+            part.addTo(display.config(), points);
+        }
+        for (const ControlArrays& part : marks) {
+            part.addTo(points);
+        }
+        return fit(display, plan, std::move(points), "arrays");
+    });
+    return resultOf(report, plan, 1);
+}
+
+/// What a fit has found, as it is put into a display.
+ChannelFit foundOf(const py::tuple& parts) {
+    ChannelFit found;
+    found.projectorId = parts[0].cast<std::string>();
+    found.solved = groupsOf(parts[1].cast<Names>());
+    found.isSolved = true;
+    found.after = valuesFrom(parts[2].cast<py::tuple>());
+    return found;
+}
+
+/// Refuses a lens for a channel that has none.
+void requireLens(const ChannelFit& found, const ProjectorConfig& record) {
+    if (found.after.lens && record.getProjectionModelName().empty()) {
+        throw VeltraniException(
+            Veltrani::fromUtf8OrBytes("the channel \"" + found.projectorId + "\" has no lens any more: fit it again"));
+    }
+}
+
+/// Puts all of them in, or none; returns the lens files that were written.
+Names take(XMLConfigFile& config, const std::string& path, const std::vector<ChannelFit>& fits) {
+    // Into a copy first, with the lens files: what can be refused is refused there.
+    const auto copy = XMLConfigFile::parse(config.text(), path);
+    FittedDisplay trial(*copy, {}, path);
+    for (const ChannelFit& found : fits) {
+        trial.take(found);
+    }
+    FittedDisplay fitted(config, {}, path);
+    for (ChannelFit found : fits) {
+        const std::wstring id = Veltrani::fromUtf8(found.projectorId);
+        if (found.after.lens) {
+            found.after.lens.reset();
+            found.solved.frustum = false;
+            config.getProjectorConfig(id)->setProjectionModelName(
+                copy->getProjectorConfig(id)->getProjectionModelName());
+        }
+        fitted.take(found);
+    }
+    trial.keep();
+    return trial.lensFiles();
+}
+
+py::list applyFit(DisplayState& display, const std::string& path, const py::list& parts) {
+    std::vector<ChannelFit> fits;
+    for (const py::handle part : parts) {
+        fits.push_back(foundOf(part.cast<py::tuple>()));
+    }
+    const Names files = inEntry(nullptr, [&] {
+        for (const ChannelFit& found : fits) {
+            requireLens(found, display.channel(Veltrani::fromUtf8(found.projectorId)));
+        }
+        display.channelsChanged();
+        return take(display.config(), path, fits);
+    });
+    py::list paths;
+    for (const std::string& file : files) {
+        paths.append(py::bytes(file));
+    }
+    return paths;
+}
+
+}  // namespace
+
+void bindFits(DisplayClass& display) {
+    display.def("fit_table", &fitTable).def("fit_arrays", &fitArrays).def("apply_fit", &applyFit);
+}
