@@ -123,7 +123,7 @@ public:
 private:
     static constexpr double WIDE = 4;
     static constexpr double HIGH = 2;
-    static constexpr int PIECES = 5'000;  // of each side
+    static constexpr int PIECES = 12'000;  // of each side
 
     /// A short piece of an edge.
     struct Piece {
@@ -177,7 +177,7 @@ protected:
         std::size_t partly = 0;
         for (std::size_t i = 0; i < pictures.size(); ++i) {
             const auto& own = rectangles.all()[i];
-            for (std::size_t row = 45; row < 1200; row += 123) {
+            for (std::size_t row = 45; row < 1200; row += 191) {
                 for (std::size_t column = 37; column < 1920; column += 161) {
                     const double s = own.left + (static_cast<double>(column) + 0.5) / 1920 * (own.right - own.left);
                     const double t = own.bottom + (static_cast<double>(row) + 0.5) / 1200 * (own.top - own.bottom);
