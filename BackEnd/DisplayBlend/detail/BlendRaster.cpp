@@ -1,6 +1,7 @@
 #include "DisplayBlend/detail/BlendRaster.h"
 
 #include "DisplayBlend/detail/NearestFill.h"
+#include "DisplayBlend/detail/ValuePatch.h"
 
 #include <algorithm>
 #include <array>
@@ -23,6 +24,8 @@ constexpr double MOST_OFF = 0.01;
 constexpr double LARGER = 4.0;
 /// The same of the places themselves, which only the edges of shadows are measured from.
 constexpr double MOST_PLACE_OFF = 0.01;
+/// Light: how far a value between those that were worked out may be off; less than half a step of 16 bits.
+constexpr double MOST_VALUE_OFF = 5e-6;
 /// A part of the square's extent in the other picture: what bends out of the box around its corners.
 constexpr double BULGE = 0.1;
 
@@ -45,6 +48,15 @@ auto offMiddles(const At& at) {
     off[3] = at(2, 1) - (at(2, 0) + at(2, 2)) * 0.5;
     off[4] = at(1, 1) - (at(0, 1) + at(2, 1)) * 0.5;
     return off;
+}
+
+bool isInPicture(const P2& picture) {
+    return picture[0] >= 0.0 && picture[0] <= 1.0 && picture[1] >= 0.0 && picture[1] <= 1.0;
+}
+
+/// The first pixel, of a row or a column, whose middle lies at a place or beyond it.
+std::size_t firstAfter(double place) {
+    return static_cast<std::size_t>(std::ceil(place - 0.5));
 }
 
 }  // namespace
@@ -97,48 +109,80 @@ DisplayBlend::BlendPicture BlendRaster::picture(const Shade& shade, float alone,
 
 void BlendRaster::doBand(float alone) {
     m_numbers.clear();
+    m_unclear.clear();
     for (std::size_t i = 0; i + 2 < m_across.size(); i += 2) {
-        Square square{{i, i + 1, i + 2}, {}, {}};
+        Square square;
         for (std::size_t k = 0; k < SIDE; ++k) {
             square.x[k] = m_across[i + k];
             square.y[k] = m_rows[k].y;
+            for (std::size_t column = 0; column < SIDE; ++column) {
+                square.corners[k * SIDE + column] = {&m_rows[k].samples, i + column};
+            }
         }
-        doSquare(square, alone);
+        if (!doSquare(square, alone)) {
+            m_unclear.push_back(square);
+        }
     }
+    refine(alone);
     doPutOff();
+}
+
+void BlendRaster::refine(float alone) {
+    // Corners of the four squares that a square is cut into.
+    constexpr std::size_t FINE = 2 * SIDE - 1;
+    const auto fine = [](const std::array<double, SIDE>& coarse, std::size_t i) {
+        return i % 2 == 0 ? coarse[i / 2] : (coarse[i / 2] + coarse[i / 2 + 1]) / 2;
+    };
+    std::vector<P2> picture;
+    for (const Square& square : m_unclear) {
+        for (std::size_t i = 0; i < FINE * FINE; ++i) {
+            picture.emplace_back(fine(square.x, i % FINE) / m_pixels[0], fine(square.y, i / FINE) / m_pixels[1]);
+        }
+    }
+    m_fields.sampler().sample(m_channel, picture, m_fine);
+    for (std::size_t k = 0; k < m_unclear.size(); ++k) {
+        for (const std::size_t first : {std::size_t{0}, SIDE - 1, FINE * (SIDE - 1), (FINE + 1) * (SIDE - 1)}) {
+            Square small;
+            for (std::size_t i = 0; i < SIDE; ++i) {
+                small.x[i] = fine(m_unclear[k].x, first % FINE + i);
+                small.y[i] = fine(m_unclear[k].y, first / FINE + i);
+            }
+            for (std::size_t i = 0; i < SIDE * SIDE; ++i) {
+                small.corners[i] = {&m_fine, k * FINE * FINE + first + i / SIDE * FINE + i % SIDE};
+            }
+            if (!doSquare(small, alone)) {
+                putOff(small);
+            }
+        }
+    }
 }
 
 template <class Take>
 void BlendRaster::forPixels(const Square& square, const Take& take) const {
-    for (auto row = static_cast<std::size_t>(square.y[0]); row < static_cast<std::size_t>(square.y[2]); ++row) {
-        for (auto column = static_cast<std::size_t>(square.x[0]); column < static_cast<std::size_t>(square.x[2]);
-             ++column) {
+    for (std::size_t row = firstAfter(square.y[0]); row < firstAfter(square.y[2]); ++row) {
+        for (std::size_t column = firstAfter(square.x[0]); column < firstAfter(square.x[2]); ++column) {
             take(row * m_picture.width + column);
         }
     }
 }
 
-void BlendRaster::doSquare(const Square& square, float alone) {
-    std::size_t lands = 0;
-    for (const Corners& row : m_rows) {
-        for (const std::size_t column : square.columns) {
-            lands += row.samples.lands(column) ? 1 : 0;
-        }
-    }
+bool BlendRaster::doSquare(const Square& square, float alone) {
+    const auto lands =
+        static_cast<std::size_t>(std::count_if(square.corners.begin(), square.corners.end(), [](const Corner& corner) {
+            return corner.samples->lands(corner.number);
+        }));
     if (lands == 0) {
         forPixels(square, [this](std::size_t pixel) { m_misses[pixel] = true; });
-        return;
+        return true;
     }
-    if (lands < SIDE * SIDE) {
-        putOff(square);
-        return;
+    if (lands < square.corners.size()) {
+        return false;
     }
     m_lighting.clear();
     for (std::size_t other = 0; other < m_fields.size(); ++other) {
         const Standing standing = other == m_channel ? Standing::AWAY : standingOf(other, square);
         if (standing == Standing::UNCLEAR) {
-            putOff(square);
-            return;
+            return false;
         }
         if (standing == Standing::LIGHTS) {
             m_lighting.push_back(other);
@@ -149,6 +193,7 @@ void BlendRaster::doSquare(const Square& square, float alone) {
     } else {
         interpolate(square);
     }
+    return true;
 }
 
 BlendRaster::Standing BlendRaster::standingOf(std::size_t other, const Square& square) const {
@@ -157,21 +202,19 @@ BlendRaster::Standing BlendRaster::standingOf(std::size_t other, const Square& s
     std::size_t pictures = 0;
     std::size_t near = 0;
     std::size_t seen = 0;
-    for (const Corners& row : m_rows) {
-        for (const std::size_t column : square.columns) {
-            const ChannelLight::Reach& reach = row.samples.reaches[other][column];
-            if (!reach.hasPicture) {
-                continue;
-            }
-            ++pictures;
-            for (std::size_t axis = 0; axis < 2; ++axis) {
-                least[axis] = std::min(least[axis], reach.picture[axis]);
-                most[axis] = std::max(most[axis], reach.picture[axis]);
-            }
-            if (ChannelLight::isNearPicture(reach.picture)) {
-                ++near;
-                seen += row.samples.inSight(other, column) ? 1 : 0;
-            }
+    for (const Corner& corner : square.corners) {
+        const ChannelLight::Reach& reach = corner.reach(other);
+        if (!reach.hasPicture) {
+            continue;
+        }
+        ++pictures;
+        for (std::size_t axis = 0; axis < 2; ++axis) {
+            least[axis] = std::min(least[axis], reach.picture[axis]);
+            most[axis] = std::max(most[axis], reach.picture[axis]);
+        }
+        if (ChannelLight::isNearPicture(reach.picture)) {
+            ++near;
+            seen += corner.samples->inSight(other, corner.number) ? 1 : 0;
         }
     }
     if (pictures == 0) {
@@ -191,9 +234,8 @@ BlendRaster::Standing BlendRaster::standingOf(std::size_t other, const Square& s
 }
 
 bool BlendRaster::isLinear(std::size_t other, const Square& square) const {
-    const auto off = offMiddles([&](std::size_t column, std::size_t row) {
-        return m_rows[row].samples.reaches[other][square.columns[column]].picture;
-    });
+    const auto off = offMiddles(
+        [&](std::size_t column, std::size_t row) { return square.corners[row * SIDE + column].reach(other).picture; });
     const Point<int, 2>& pixels = m_fields.pixels(other);
     for (const P2& way : off) {
         if (!(std::hypot(way[0] * pixels[0], way[1] * pixels[1]) <= LARGER * MOST_OFF)) {
@@ -203,56 +245,104 @@ bool BlendRaster::isLinear(std::size_t other, const Square& square) const {
     if (!m_fields.hasShadows(other) && !m_fields.hasShadows(m_channel)) {
         return true;
     }
-    const auto placesOff = offMiddles([&](std::size_t column, std::size_t row) {
-        return m_rows[row].samples.landings[square.columns[column]].on.place;
-    });
+    const auto placesOff =
+        offMiddles([&](std::size_t column, std::size_t row) { return square.corners[row * SIDE + column].place(); });
     return std::all_of(placesOff.begin(), placesOff.end(), [&](const P3& way) {
         return norm(way) <= LARGER * MOST_PLACE_OFF * m_fields.pixelSize(m_channel);
     });
 }
 
 void BlendRaster::interpolate(const Square& square) {
-    for (const std::size_t right : {0U, 1U}) {
-        for (const std::size_t upper : {0U, 1U}) {
-            interpolateQuarter(square, right, upper);
+    for (std::size_t quarter = 0; quarter < m_quarters.size(); ++quarter) {
+        Quarter& own = m_quarters[quarter];
+        const std::size_t right = quarter % 2;
+        const std::size_t upper = quarter / 2;
+        own.x = {square.x[right], square.x[right + 1]};
+        own.y = {square.y[upper], square.y[upper + 1]};
+        own.candidates.clear();
+        const std::size_t first = upper * SIDE + right;
+        const std::array<std::size_t, 4> corners{first, first + 1, first + SIDE, first + SIDE + 1};
+        for (std::size_t i = 0; i < corners.size(); ++i) {
+            own.places[i] = square.corners[corners[i]].place();
+        }
+        own.isWhole = true;
+        for (const std::size_t other : m_lighting) {
+            CandidateOfQuarter candidate{other, {}};
+            std::size_t inside = 0;
+            for (std::size_t i = 0; i < corners.size(); ++i) {
+                candidate.pictures[i] = square.corners[corners[i]].reach(other).picture;
+                inside += isInPicture(candidate.pictures[i]) ? 1 : 0;
+            }
+            own.isWhole = own.isWhole && inside == corners.size();
+            own.candidates.push_back(candidate);
+        }
+    }
+    if (isSmooth({0, 1, 2, 3}) && fillSmoothly(square.x[0], square.x[2], square.y[0], square.y[2])) {
+        return;
+    }
+    for (std::size_t quarter = 0; quarter < m_quarters.size(); ++quarter) {
+        const Quarter& own = m_quarters[quarter];
+        if (!isSmooth({quarter}) || !fillSmoothly(own.x[0], own.x[1], own.y[0], own.y[1])) {
+            fillEach(own);
         }
     }
 }
 
-void BlendRaster::interpolateQuarter(const Square& square, std::size_t right, std::size_t upper) {
-    const double x0 = square.x[right];
-    const double x1 = square.x[right + 1];
-    const double y0 = square.y[upper];
-    const double y1 = square.y[upper + 1];
-    // Middles of pixels belong to the square that they lie in; those on its border to the next one.
-    const auto after = [](double corner) { return static_cast<std::size_t>(std::ceil(corner - 0.5)); };
-    const std::array<std::size_t, 4> columns{square.columns[right], square.columns[right + 1], square.columns[right],
-                                             square.columns[right + 1]};
-    const std::array<const PlaceSamples*, 4> rows{&m_rows[upper].samples, &m_rows[upper].samples,
-                                                  &m_rows[upper + 1].samples, &m_rows[upper + 1].samples};
-    std::array<P3, 4> places;
-    for (std::size_t corner = 0; corner < 4; ++corner) {
-        places[corner] = rows[corner]->landings[columns[corner]].on.place;
+bool BlendRaster::isSmooth(std::initializer_list<std::size_t> quarters) const {
+    return std::all_of(quarters.begin(), quarters.end(),
+                       [this](std::size_t quarter) { return m_quarters[quarter].isWhole; });
+}
+
+bool BlendRaster::fillSmoothly(double x0, double x1, double y0, double y1) {
+    // On the border of two quarters, the one that the part lies in; of the whole square, either.
+    const auto valueAt = [&](double u, double v) {
+        const double x = x0 + (x1 - x0) * u;
+        const double y = y0 + (y1 - y0) * v;
+        const std::size_t right = (x0 + x1 + x) / 3 > m_quarters[0].x[1] ? 1 : 0;
+        const std::size_t upper = (y0 + y1 + y) / 3 > m_quarters[0].y[1] ? 2 : 0;
+        return static_cast<double>(valueIn(m_quarters[right + upper], x, y));
+    };
+    constexpr double HALF = 0.5;
+    std::array<double, SIDE * SIDE> values{};
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i] = valueAt(HALF * static_cast<double>(i % SIDE), HALF * static_cast<double>(i / SIDE));
     }
-    std::vector<std::array<P2, 4>>& pictures = m_cornerPictures;
-    pictures.resize(m_lighting.size());
-    for (std::size_t k = 0; k < m_lighting.size(); ++k) {
-        for (std::size_t corner = 0; corner < 4; ++corner) {
-            pictures[k][corner] = rows[corner]->reaches[m_lighting[k]][columns[corner]].picture;
-        }
-    }
-    for (std::size_t row = after(y0); row < after(y1); ++row) {
-        const double v = (static_cast<double>(row) + 0.5 - y0) / (y1 - y0);
-        for (std::size_t column = after(x0); column < after(x1); ++column) {
-            const double u = (static_cast<double>(column) + 0.5 - x0) / (x1 - x0);
-            m_candidates.clear();
-            for (std::size_t k = 0; k < m_lighting.size(); ++k) {
-                m_candidates.push_back({m_lighting[k], bilinear(pictures[k], u, v)});
+    const ValuePatch patch(values);
+    // Where a quadratic is furthest from what bends further.
+    for (const double u : {0.25, 0.75}) {
+        for (const double v : {0.25, 0.75}) {
+            if (!(std::abs(patch.at(u, v) - valueAt(u, v)) <= MOST_VALUE_OFF)) {
+                return false;
             }
-            m_picture.light[row * m_picture.width + column] =
-                valueOf(middleOf(row * m_picture.width + column), bilinear(places, u, v));
         }
     }
+    for (std::size_t row = firstAfter(y0); row < firstAfter(y1); ++row) {
+        const double v = (static_cast<double>(row) + HALF - y0) / (y1 - y0);
+        for (std::size_t column = firstAfter(x0); column < firstAfter(x1); ++column) {
+            const double u = (static_cast<double>(column) + HALF - x0) / (x1 - x0);
+            m_picture.light[row * m_picture.width + column] = static_cast<float>(std::clamp(patch.at(u, v), 0.0, 1.0));
+        }
+    }
+    return true;
+}
+
+void BlendRaster::fillEach(const Quarter& quarter) {
+    for (std::size_t row = firstAfter(quarter.y[0]); row < firstAfter(quarter.y[1]); ++row) {
+        for (std::size_t column = firstAfter(quarter.x[0]); column < firstAfter(quarter.x[1]); ++column) {
+            m_picture.light[row * m_picture.width + column] =
+                valueIn(quarter, static_cast<double>(column) + 0.5, static_cast<double>(row) + 0.5);
+        }
+    }
+}
+
+float BlendRaster::valueIn(const Quarter& quarter, double x, double y) {
+    const double u = (x - quarter.x[0]) / (quarter.x[1] - quarter.x[0]);
+    const double v = (y - quarter.y[0]) / (quarter.y[1] - quarter.y[0]);
+    m_candidates.clear();
+    for (const CandidateOfQuarter& candidate : quarter.candidates) {
+        m_candidates.push_back({candidate.channel, bilinear(candidate.pictures, u, v)});
+    }
+    return valueOf({x / m_pixels[0], y / m_pixels[1]}, bilinear(quarter.places, u, v));
 }
 
 P2 BlendRaster::middleOf(std::size_t pixel) const {
@@ -267,7 +357,7 @@ float BlendRaster::valueOf(const P2& picture, const P3& place) {
     double sum = m_parts.front().weight;
     for (const Candidate& candidate : m_candidates) {
         const P2& there = candidate.picture;
-        if (there[0] >= 0.0 && there[0] <= 1.0 && there[1] >= 0.0 && there[1] <= 1.0) {
+        if (isInPicture(there)) {
             const double share =
                 m_fields.shareOf(candidate.channel, m_fields.potential(candidate.channel, there, place));
             m_parts.push_back({candidate.channel, share});

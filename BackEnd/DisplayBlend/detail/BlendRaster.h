@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <functional>
+#include <initializer_list>
 #include <span>
 #include <vector>
 
@@ -26,7 +27,8 @@ struct PixelLight {
 ///
 /// How other channels stand to it is looked up at the corners of squares of eight pixels, and taken for linear between
 /// them, wherever that is right to a hundredth of a pixel; elsewhere, as at kinks of the screen, shadows and rims, it
-/// is looked up for every pixel. The weights are those of every pixel.
+/// is looked up in squares of four pixels, and then for every pixel. Weights, too, are worked out for a few places of a
+/// square wherever what lies between them follows from these to less than a step of 16 bits.
 class BlendRaster {
 public:
     /// Makes the value of a pixel.
@@ -39,6 +41,17 @@ public:
                                                      const DisplayReport::Progress& progress);
 
 private:
+    /// One of many samples.
+    struct Corner {
+        const PlaceSamples* samples = nullptr;
+        std::size_t number = 0;
+
+        [[nodiscard]] const DisplayReport::ChannelLight::Reach& reach(std::size_t channel) const {
+            return samples->reaches[channel][number];
+        }
+        [[nodiscard]] const Point<double, 3>& place() const { return samples->landings[number].on.place; }
+    };
+
     /// A row of corners, sampled.
     struct Corners {
         double y = 0;  ///< pixels
@@ -57,17 +70,42 @@ private:
     /// Three by three corners: four small squares.
     static constexpr std::size_t SIDE = 3;
     struct Square {
-        std::array<std::size_t, SIDE> columns;
-        std::array<double, SIDE> x, y;  ///< pixels
+        std::array<Corner, SIDE * SIDE> corners;  ///< row by row from the bottom left one
+        std::array<double, SIDE> x{}, y{};        ///< pixels
+    };
+
+    /// Another channel in a small square: its picture at the bottom left corner, the bottom right, top left and top
+    /// right one.
+    struct CandidateOfQuarter {
+        std::size_t channel = 0;
+        std::array<Point<double, 2>, 4> pictures;
+    };
+
+    /// A small square in which all ways of light are linear.
+    struct Quarter {
+        std::array<double, 2> x{}, y{};  ///< pixels
+        std::array<Point<double, 3>, 4> places;
+        std::vector<CandidateOfQuarter> candidates;
+        bool isWhole = false;  ///< whether no picture ends in it
     };
 
     void sampleRow(double y, Corners& row) const;
     void doBand(float alone);
-    void doSquare(const Square& square, float alone);
+    /// False where it has to be looked at more closely.
+    bool doSquare(const Square& square, float alone);
+    /// Cuts what is unclear into four each; what is still unclear is put off.
+    void refine(float alone);
     [[nodiscard]] Standing standingOf(std::size_t other, const Square& square) const;
     [[nodiscard]] bool isLinear(std::size_t other, const Square& square) const;
     void interpolate(const Square& square);
-    void interpolateQuarter(const Square& square, std::size_t right, std::size_t upper);
+    [[nodiscard]] bool isSmooth(std::initializer_list<std::size_t> quarters) const;
+    /// Fills all pixels of a part of the quarters between a few values; false, and nothing is filled, where these are
+    /// not enough.
+    bool fillSmoothly(double x0, double x1, double y0, double y1);
+    /// Pixel by pixel.
+    void fillEach(const Quarter& quarter);
+    /// The value at a place of a quarter, pixels.
+    float valueIn(const Quarter& quarter, double x, double y);
     /// Calls `take` with the number of each pixel.
     template <class Take>
     void forPixels(const Square& square, const Take& take) const;
@@ -82,11 +120,13 @@ private:
     std::vector<double> m_across;  ///< the corners' places, pixels
     Shade m_shade;
     std::array<Corners, SIDE> m_rows;
-    std::vector<std::size_t> m_lighting;                            ///< in the square
-    std::vector<PixelLight::Part> m_parts;                          ///< of the pixel
-    std::vector<Candidate> m_candidates;                            ///< of the pixel
-    std::vector<std::array<Point<double, 2>, 4>> m_cornerPictures;  ///< of `m_lighting`
-    std::vector<std::size_t> m_numbers;                             ///< pixels to be sampled one by one
+    PlaceSamples m_fine;                    ///< of the corners between those of `m_unclear`
+    std::vector<Square> m_unclear;          ///< of the band
+    std::vector<std::size_t> m_lighting;    ///< in the square
+    std::array<Quarter, 4> m_quarters;      ///< of the square, row by row from the bottom left one
+    std::vector<PixelLight::Part> m_parts;  ///< of the pixel
+    std::vector<Candidate> m_candidates;    ///< of the pixel
+    std::vector<std::size_t> m_numbers;     ///< pixels to be sampled one by one
     DisplayBlend::BlendPicture m_picture;
     std::vector<bool> m_misses;  ///< pixels beside the screen
 };

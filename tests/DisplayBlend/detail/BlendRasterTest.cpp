@@ -1,0 +1,93 @@
+#include "DisplayBlend/detail/BlendRaster.h"
+
+#include "BlendDisplays.h"
+#include "support/Sanitizers.h"
+
+namespace {
+
+using namespace Veltrani::DisplayBlendDetail;
+
+/// Light: how far pixels between places that were worked out may be off, a hundredth of a pixel of another picture
+/// included.
+constexpr double MOST_OFF = 3e-4;
+constexpr std::size_t PIXELS = repetitions(std::size_t{4000});
+
+class BlendRasterTest : public BlendDisplayTest {
+protected:
+    /// What a pixel weighs, looked up and worked out for it alone.
+    static double weightOf(const ChannelFields& fields, std::size_t own, const P2& picture, const PlaceSamples& samples,
+                           std::size_t i) {
+        const P3& place = samples.landings[i].on.place;
+        const double share = fields.shareOf(own, fields.potential(own, picture, place));
+        double sum = share;
+        for (std::size_t other = 0; other < fields.size(); ++other) {
+            if (other != own && samples.isLit(other, i)) {
+                sum += fields.shareOf(other, fields.potential(other, samples.reaches[other][i].picture, place));
+            }
+        }
+        return share / sum;
+    }
+
+    /// Random pixels of every channel are what each would be by itself.
+    void expectExact() {
+        const auto display =
+            Veltrani::DisplayReport::DisplayLights::of(*m_config, ScreenManager::getInstance()->getScreenGeometry());
+        const ChannelFields fields(display.lights, std::vector<Point<int, 2>>(display.lights.size(), {1920, 1200}));
+        std::mt19937 random(7);
+        std::size_t partly = 0;
+        for (std::size_t own = 0; own < fields.size(); ++own) {
+            const BlendPicture weights =
+                BlendRaster(fields, own)
+                    .picture([](const PixelLight& light) { return static_cast<float>(light.parts.front().weight); },
+                             1.0F, {});
+            std::vector<P2> pictures;
+            std::vector<float> found;
+            for (std::size_t i = 0; i < PIXELS; ++i) {
+                const std::size_t column = random() % 1920;
+                const std::size_t row = random() % 1200;
+                pictures.push_back(
+                    {(static_cast<double>(column) + 0.5) / 1920, (static_cast<double>(row) + 0.5) / 1200});
+                found.push_back(weights.at(column, row));
+            }
+            PlaceSamples samples;
+            fields.sampler().sample(own, pictures, samples);
+            for (std::size_t i = 0; i < PIXELS; ++i) {
+                if (samples.lands(i)) {
+                    const double expected = weightOf(fields, own, pictures[i], samples, i);
+                    EXPECT_NEAR(found[i], expected, MOST_OFF) << own << ' ' << pictures[i];
+                    partly += expected < 1 ? 1 : 0;
+                }
+            }
+        }
+        EXPECT_GT(partly, PIXELS / 10) << "there is something to interpolate";
+    }
+};
+
+TEST_F(BlendRasterTest, PixelsOfAWallAreWhatEachWouldBeAlone) {
+    load(displays::FLAT, area("A", 0, 0.6, 0, 0.61) + area("B", 0.43, 1, 0, 1) + area("Inset", 0.3, 0.5, 0.3, 0.7));
+    expectExact();
+}
+
+TEST_F(BlendRasterTest, PixelsOfADomeAreWhatEachWouldBeAlone) {
+    load(displays::SPHERE,
+         camera("L", {-1, 0, 0.5}, 18, 20, 38, 26) + camera("R", {1, 0, 0.5}, -18, 20, 38, 26) +
+             camera("T", {0, 0, 0}, 0, 60, 30, 30),
+         "<TargetData type='ProjectorCentric'/>");
+    expectExact();
+}
+
+// A wall of two planes, and a board that throws shadows on it: what is linear in one place is bent in the next.
+TEST_F(BlendRasterTest, PixelsAtKinksAndShadowsAreWhatEachWouldBeAlone) {
+    m_folder.write("wall.obj",
+                   "v -3 4 -2\nv 0.2 5 -2\nv 0.2 5 2\nv -3 4 2\nv 3 4 -2\nv 3 4 2\n"
+                   "v -0.3 3 -0.5\nv 0.3 3 -0.5\nv 0.3 3 0.5\nv -0.3 3 0.5\n"
+                   "f 1 2 3\nf 1 3 4\nf 2 5 6\nf 2 6 3\nf 7 8 9\nf 7 9 10\n");
+    load(
+        "<Screen shape='Mesh' fileUnit='m'><ContentMesh file='wall.obj'/>"
+        "<ImportOrientation up='Z' forward='Y'/></Screen>",
+        camera("L", {-1.5, 0, 0}, 0, 0, 35, 20) + camera("R", {1.5, 0, 0}, 0, 0, 35, 20),
+        "<TargetData type='ProjectorCentric'/>");
+    expectExact();
+}
+
+}  // namespace
