@@ -49,4 +49,17 @@ ossl_lib_ctx_st* opensslContext() {
     return CONTEXT.get();
 }
 
+evp_md_st* fetchDigest(const char* name) {
+    if (EVP_MD* const found = EVP_MD_fetch(opensslContext(), name, nullptr)) {
+        return found;
+    }
+    const auto another = newContext();
+    if (EVP_MD* const found = EVP_MD_fetch(another.get(), name, nullptr)) {
+        EVP_MD_free(found);
+        ERR_clear_error();
+        throw std::bad_alloc();
+    }
+    return nullptr;
+}
+
 }  // namespace Veltrani

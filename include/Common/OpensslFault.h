@@ -1,5 +1,6 @@
 #pragma once
 
+struct evp_md_st;
 struct ossl_lib_ctx_st;
 
 namespace Veltrani {
@@ -14,5 +15,12 @@ void throwIfOpensslLacksMemory();
 /// OpenSSL makes the context of the process by itself, once. When memory runs out on the way, every later call uses it
 /// half made, and crashes (OpenSSL 3.0).
 [[nodiscard]] ossl_lib_ctx_st* opensslContext();
+
+/// Returns a digest of that context, to be freed by the caller; null where OpenSSL has none of that name, with its list
+/// of errors filled.
+///
+/// Throws `std::bad_alloc` where another context has it: one in which memory was short while it looked its algorithms
+/// up reports that there are none, then and later (OpenSSL 3.0).
+[[nodiscard]] evp_md_st* fetchDigest(const char* name);
 
 }  // namespace Veltrani

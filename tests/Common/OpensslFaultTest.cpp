@@ -43,4 +43,13 @@ TEST(OpensslContext, IsOneOfItsOwnThatKnowsTheDigests) {
     }
 }
 
+TEST(OpensslContext, FetchesWhatThereIs) {
+    EVP_MD* const found = Veltrani::fetchDigest("SHA256");
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(EVP_MD_get_size(found), 32);
+    EVP_MD_free(found);
+    EXPECT_EQ(Veltrani::fetchDigest("no such digest"), nullptr);
+    EXPECT_NO_THROW(throwIfOpensslLacksMemory()) << "it is no lack of memory";
+}
+
 }  // namespace

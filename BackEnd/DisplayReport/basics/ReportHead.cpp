@@ -38,9 +38,7 @@ constexpr const char* PICTURE = "place in the picture of the channel, (0, 0) bot
 /// The digest of a file that is read piece by piece, since scans are large.
 class Digest {
 public:
-    Digest()
-        : m_context(EVP_MD_CTX_new(), EVP_MD_CTX_free),
-          m_kind(EVP_MD_fetch(opensslContext(), "SHA256", nullptr), EVP_MD_free) {
+    Digest() : m_context(EVP_MD_CTX_new(), EVP_MD_CTX_free), m_kind(fetchDigest("SHA256"), EVP_MD_free) {
         if (!m_context || !m_kind || EVP_DigestInit_ex2(m_context.get(), m_kind.get(), nullptr) != 1) {
             failDigest();
         }

@@ -28,12 +28,7 @@ struct AlgorithmDeleter {
 /// Looked up once, which is more work than most digests are.
 const EVP_MD* algorithm() {
     static const std::unique_ptr<EVP_MD, AlgorithmDeleter> instance = [] {
-        const auto fetch = [] { return EVP_MD_fetch(opensslContext(), "SHA1", nullptr); };
-        std::unique_ptr<EVP_MD, AlgorithmDeleter> fetched(fetch());
-        if (fetched == nullptr) {
-            // Where memory was short for a moment, the reason is at times that there is no such algorithm.
-            fetched.reset(fetch());
-        }
+        std::unique_ptr<EVP_MD, AlgorithmDeleter> fetched(fetchDigest("SHA1"));
         require(fetched != nullptr);
         return fetched;
     }();
