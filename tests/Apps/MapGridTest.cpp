@@ -68,7 +68,7 @@ protected:
     [[nodiscard]] std::string exported(const std::string& file, const std::string& channel,
                                        const std::vector<std::string>& options) {
         const std::string folder = m_folder.file("player" + std::to_string(++m_exports));
-        std::vector<std::string> arguments{"export", file, "--channel", channel, "-q", "-o", folder};
+        std::vector<std::string> arguments{"export", file, "--channel", channel, "-q", "--no-blend", "-o", folder};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const ProgramRun run = runScreenManager(arguments);
         EXPECT_EQ(run.exitCode, 0) << run.errors;
