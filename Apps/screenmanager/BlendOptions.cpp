@@ -3,29 +3,18 @@
 #include "Common/DecimalText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
-#include "Configuration/ProjectorConfig.h"
-#include "Configuration/XMLConfigManager.h"
-#include "DisplayReport/channels/ChannelChoice.h"
 #include "OptionList.h"
 
 #include <algorithm>
-#include <map>
-#include <utility>
 
 namespace {
 
 using namespace Veltrani::DisplayBlend;
-using Veltrani::DisplayReport::ChannelChoice;
+using Veltrani::ExportFiles::BlackLevel;
 using Veltrani::ExportFiles::BlendRequest;
 
 constexpr const char* BLACK_LEVEL = "--black-level";
 constexpr double PER_CENT = 0.01;
-
-/// A residual light, and whose it is.
-struct BlackLevel {
-    std::string channel;  ///< name or id; empty: of all that have none of their own
-    double light = 0;     ///< part of white
-};
 
 /// The name may hold an equals sign; the number has none.
 BlackLevel blackLevelOf(const std::string& text) {
@@ -39,42 +28,6 @@ BlackLevel blackLevelOf(const std::string& text) {
                                "of that of white, 0 or more and less than 100, such as 0.1");
     }
     return {isOfOne ? text.substr(0, equals) : std::string(), PER_CENT * *percent};
-}
-
-/// By the id of the projector, and "" for the rest.
-std::map<std::string, double> lightsOf(const XMLConfigManager& config, const std::vector<std::string>& texts) {
-    std::map<std::string, double> lights;
-    for (const std::string& text : texts) {
-        const BlackLevel level = blackLevelOf(text);
-        const std::string id =
-            level.channel.empty() ? std::string()
-                                  : Veltrani::toUtf8(ChannelChoice::of(config, level.channel).projector->getIdentity());
-        if (!lights.emplace(id, level.light).second) {
-            throw VeltraniException(
-                Veltrani::fromUtf8OrBytes("\"" + text + "\" states a black level a second time: state each once"));
-        }
-    }
-    return lights;
-}
-
-std::vector<double> residualOf(const XMLConfigManager& config, const std::vector<std::string>& texts) {
-    const std::map<std::string, double> lights = lightsOf(config, texts);
-    std::vector<double> residual;
-    for (const std::wstring& id : config.getProjectorConfigIds()) {
-        const ProjectorConfig* const projector = config.getProjectorConfig(id);
-        if (projector == nullptr) {
-            continue;
-        }
-        const auto own = lights.find(Veltrani::toUtf8(projector->getIdentity()));
-        const auto found = own == lights.end() ? lights.find({}) : own;
-        if (found == lights.end()) {
-            throw VeltraniException(L"channel " + projector->getName() + L" (" + projector->getIdentity() +
-                                    L") has no black level: state NAME=PERCENT for every channel of the display, or "
-                                    L"PERCENT for the rest");
-        }
-        residual.push_back(found->second);
-    }
-    return residual;
 }
 
 }  // namespace
@@ -126,7 +79,9 @@ std::optional<BlendRequest> blendRequestOf(const XMLConfigManager& config, const
         });
     }
     if (!options.blackLevels.empty()) {
-        request.residual = residualOf(config, options.blackLevels);
+        std::vector<BlackLevel> levels(options.blackLevels.size());
+        std::transform(options.blackLevels.begin(), options.blackLevels.end(), levels.begin(), blackLevelOf);
+        request.residual = residualOf(config, levels);
     }
     return request;
 }

@@ -2,10 +2,14 @@
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
+#include "Configuration/ProjectorConfig.h"
+#include "Configuration/XMLConfigManager.h"
 #include "DisplayReport/basics/JsonText.h"
 #include "DisplayReport/basics/PngEncoding.h"
+#include "DisplayReport/channels/ChannelChoice.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace Veltrani::ExportFiles {
@@ -44,6 +48,38 @@ std::string jsonOfCurve(const BlendCurve& curve) {
 }
 
 }  // namespace
+
+std::vector<double> residualOf(const XMLConfigManager& config, const std::vector<BlackLevel>& levels) {
+    std::map<std::string, double> lights;  // by the id of the projector, and "" for the rest
+    for (const BlackLevel& level : levels) {
+        std::string id;
+        std::string of = "the rest of the channels";
+        if (!level.channel.empty()) {
+            const auto channel = DisplayReport::ChannelChoice::of(config, level.channel);
+            id = toUtf8(channel.projector->getIdentity());
+            of = "channel " + channel.describe();
+        }
+        if (!lights.emplace(id, level.light).second) {
+            throw VeltraniException(fromUtf8OrBytes(of + ": two black levels are stated: state one"));
+        }
+    }
+    std::vector<double> residual;
+    for (const std::wstring& id : config.getProjectorConfigIds()) {
+        const ProjectorConfig* const projector = config.getProjectorConfig(id);
+        if (projector == nullptr) {
+            continue;
+        }
+        const auto own = lights.find(toUtf8(projector->getIdentity()));
+        const auto found = own == lights.end() ? lights.find({}) : own;
+        if (found == lights.end()) {
+            throw VeltraniException(L"channel " + projector->getName() + L" (" + projector->getIdentity() +
+                                    L") has no black level: state one for every channel of the display, or one for "
+                                    L"the rest of them");
+        }
+        residual.push_back(found->second);
+    }
+    return residual;
+}
 
 std::size_t blendedChannel(const DisplayBlender& blender, const std::string& projectorId) {
     const auto& channels = blender.channels();

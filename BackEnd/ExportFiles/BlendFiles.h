@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+class XMLConfigManager;
+
 namespace Veltrani::ExportFiles {
 
 /// How the blends of an export are made.
@@ -20,6 +22,16 @@ struct BlendRequest {
     /// Empty: no lifts.
     std::vector<double> residual;
 };
+
+/// The residual light of a channel: what its projector shows for black.
+struct BlackLevel {
+    std::string channel;  ///< name or id, UTF-8; empty: of all that have none of their own
+    double light = 0;     ///< part of white
+};
+
+/// What is stated, as `BlendRequest::residual` has it. Throws `VeltraniException`, naming the channel, for one that
+/// does not exist, that has two black levels or none.
+[[nodiscard]] std::vector<double> residualOf(const XMLConfigManager& config, const std::vector<BlackLevel>& levels);
 
 /// Which channel of the blender has this id. Throws `VeltraniException` for one that has no blend, with the reason and
 /// the remedy.
