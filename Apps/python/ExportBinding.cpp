@@ -252,6 +252,7 @@ struct ExportPlan {
     Names channels;
     std::vector<P3> eyes;
     ExportRequest request;
+    std::vector<BlackLevel> blackLevels;
     std::string content;  ///< a file; empty for none
     std::string path;     ///< of the configuration
     std::string digest;   ///< of its text
@@ -283,6 +284,24 @@ std::vector<P3> eyesOf(py::handle value) {
     return eyes;
 }
 
+/// The name of a curve, the bits, whether it is the opacity of black, and (name, part of white) of black levels, "" for
+/// the rest; None without blends. Black levels are looked up later.
+std::optional<BlendRequest> blendOf(py::handle value, std::vector<BlackLevel>& levels) {
+    if (value.is_none()) {
+        return std::nullopt;
+    }
+    const auto parts = value.cast<py::tuple>();
+    BlendRequest blend;
+    blend.curve = Veltrani::DisplayBlend::BlendCurve::named(parts[0].cast<std::string>());
+    blend.bits = parts[1].cast<std::vector<int>>();
+    blend.use =
+        parts[2].cast<bool>() ? Veltrani::DisplayBlend::BlendUse::ALPHA : Veltrani::DisplayBlend::BlendUse::MULTIPLY;
+    for (const auto& [channel, light] : parts[3].cast<std::vector<std::pair<std::string, double>>>()) {
+        levels.push_back({channel, light});
+    }
+    return blend;
+}
+
 ExportPlan planOf(const py::dict& said) {
     ExportPlan plan;
     plan.folder = said["folder"].cast<std::string>();
@@ -303,6 +322,7 @@ ExportPlan planOf(const py::dict& said) {
     request.error = said["error"].cast<double>();
     request.seam = said["cut"].cast<bool>() ? Seam::CUT : Seam::CONTINUE;
     request.hasTestPictures = said["test_pictures"].cast<bool>();
+    request.blend = blendOf(said["blend"], plan.blackLevels);
     return plan;
 }
 
@@ -312,6 +332,9 @@ std::string exportAll(DisplayState& display, ExportPlan& plan) {
     std::vector<ExportView> views = ExportViews::of(config, plan.channels, plan.eyes);
     if (views.empty()) {
         throw VeltraniException(L"the display has no channels, and nothing was written: add some");
+    }
+    if (plan.request.blend && !plan.blackLevels.empty()) {
+        plan.request.blend->residual = residualOf(config, plan.blackLevels);
     }
     auto sources = display.sources(plan.path, plan.digest);
     if (!plan.content.empty()) {

@@ -50,7 +50,7 @@ def test_a_folder_is_the_one_that_the_program_writes(name, tmp_path):
     manifest = display.export(tmp_path / "ours", channels=[first], formats=["mesh", "pfm"], nodes=(9, 7),
                               test_pictures=True)
     assert assert_same_folder(tmp_path / "ours", tmp_path / "theirs") == manifest
-    assert len(manifest["views"]) == 1 and len(manifest["views"][0]["files"]) == 3
+    assert len(manifest["views"]) == 1 and len(manifest["views"][0]["files"]) == 5
 
 
 OPTIONS = [
@@ -65,6 +65,14 @@ OPTIONS = [
       screenmanager.Convention("reversed-z", "y-up", "left", 0.25, 500)},
      ["--input", "cube", "--nodes", "12x8", "--convention", "reversed-z", "--world", "y-up", "--handed", "left", "--near",
       "0.25", "--far", "500"]),
+    ({"nodes": (5, 4), "blend": None}, ["--nodes", "5x4", "--no-blend"]),
+    ({"nodes": (5, 4), "blend": screenmanager.Blend("srgb", bits=(8,), alpha=True)},
+     ["--nodes", "5x4", "--blend-gamma", "srgb", "--blend-bits", "8", "--alpha"]),
+    ({"nodes": (5, 4), "blend": screenmanager.Blend(1.8, (8, 16), black_level={"Left": 0.1, "Centre": 0.2, "Right": 0.3,
+                                                                              "Top": 0})},
+     ["--nodes", "5x4", "--blend-gamma", "1.8", "--black-level", "Left=0.1", "--black-level", "Centre=0.2",
+      "--black-level", "0", "--black-level", "Right=0.3"]),
+    ({"nodes": (5, 4), "blend": screenmanager.Blend(black_level=0.25)}, ["--nodes", "5x4", "--black-level", "0.25"]),
     ({"input": screenmanager.Input(margin=0.1), "convention": screenmanager.Convention(depth="direct3d")},
      ["--margin", "10", "--convention", "direct3d"]),
 ]
@@ -77,6 +85,32 @@ def test_options_mean_what_they_mean_to_the_program(ours, theirs, tmp_path):
     manifest = display.export(tmp_path / "ours", **ours)
     assert assert_same_folder(tmp_path / "ours", tmp_path / "theirs") == manifest
     assert len(manifest["views"]) == len(display.channels) * len(ours.get("eyes", [0]))
+
+
+def test_blends_are_refused_by_name(tmp_path):
+    Blend = screenmanager.Blend
+    for make, text in ((lambda: Blend(0.1), "gamma: expected a number from 0.2 to 5 or srgb, found 0.1"),
+                       (lambda: Blend("sRGB"), "gamma: expected a number from 0.2 to 5 or srgb, found 'sRGB'"),
+                       (lambda: Blend(float("nan")), "gamma: expected a finite number"),
+                       (lambda: Blend(bits=(12,)), "bits: expected 16, 8 or both"),
+                       (lambda: Blend(bits=(8, 8)), "bits: expected 16, 8 or both"),
+                       (lambda: Blend(bits=()), "bits: expected 16, 8 or both"),
+                       (lambda: Blend(bits=8), "bits: expected a tuple of 16 and 8, found int"),
+                       (lambda: Blend(black_level=100), "black_level: expected per cent from 0 to less than 100"),
+                       (lambda: Blend(black_level={"Left": -1}), "black_level: expected per cent of Left from 0"),
+                       (lambda: Blend(black_level="1"), "black_level: expected a number, found str")):
+        with pytest.raises(screenmanager.Error) as caught:
+            make()
+        assert text in str(caught.value)
+    display = small("spherical-dome", tmp_path)
+    for blend, text in ((2.2, "blend: expected a Blend or None, found float"),
+                        (Blend(black_level={"Nobody": 1}), '"Nobody" is no channel'),
+                        (Blend(black_level={"Left": 1, "020000000501": 2}), "two black levels are stated"),
+                        (Blend(black_level={"Left": 1}), "has no black level")):
+        with pytest.raises(screenmanager.Error) as caught:
+            display.export(tmp_path / "refused", blend=blend)
+        assert text in str(caught.value)
+    assert not (tmp_path / "refused").exists()
 
 
 def test_a_content_is_bent_as_the_program_bends_it(tmp_path):

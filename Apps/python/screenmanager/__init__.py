@@ -14,7 +14,8 @@ its bottom row. Arrays that hold float64 in rows are used where they lie; result
 
 from ._channel import Channel, Frustum, Layout, Orientation, ScreenArea
 from ._display import Display, TargetData
-from ._export import (Convention, Input, PlayerInput, PlayerWarp, RenderFrustum, View, WarpError, WarpTriangles)
+from ._export import (Blend, Convention, Input, PlayerInput, PlayerWarp, RenderFrustum, View, WarpError,
+                      WarpTriangles)
 from ._fit import (ChannelFit, ChannelValues, ControlPoints, Fit, FitFinding, FittedValue, Lens, MeasuredPoints,
                    Measurement, Registration, Residuals, ResidualSummary, WorstCombination)
 from ._native import (ArgumentError, ArgumentTypeError, BusyError, ChangedFileError, Error, MeshError,
@@ -24,7 +25,7 @@ from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Cov
 from ._screen import Screen, Surface
 
 __all__ = [
-    "ArgumentError", "ArgumentTypeError", "BusyError", "ChangedFileError", "Channel", "ChannelCoverage",
+    "ArgumentError", "ArgumentTypeError", "Blend", "BusyError", "ChangedFileError", "Channel", "ChannelCoverage",
     "ChannelFacts", "ChannelFit", "ChannelTargets", "ChannelValues", "Check", "ControlPoints", "Convention",
     "Coverage", "Display", "Error", "Fault", "Finding", "Fit", "FitFinding", "FittedValue", "Frustum", "Hits",
     "Input", "Layout", "Lens", "MeasuredPoints", "Measurement", "Mesh", "MeshError", "MissingFileError",

@@ -1,13 +1,13 @@
 # Types of the module, written by hand; a test compares them with the module. Texts stand with the code.
 import os
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping
 from typing import Any, Final, NamedTuple, SupportsIndex, Union
 
 import numpy as np
 import numpy.typing as npt
 
 __all__ = [
-    "ArgumentError", "ArgumentTypeError", "BusyError", "ChangedFileError", "Channel", "ChannelCoverage",
+    "ArgumentError", "ArgumentTypeError", "Blend", "BusyError", "ChangedFileError", "Channel", "ChannelCoverage",
     "ChannelFacts", "ChannelFit", "ChannelTargets", "ChannelValues", "Check", "ControlPoints", "Convention",
     "Coverage", "Display", "Error", "Fault", "Finding", "Fit", "FitFinding", "FittedValue", "Frustum", "Hits",
     "Input", "Layout", "Lens", "MeasuredPoints", "Measurement", "Mesh", "MeshError", "MissingFileError",
@@ -375,6 +375,16 @@ class Convention:
                  far: float = ...) -> None: ...
     def __post_init__(self) -> None: ...
 
+class Blend:
+    __match_args__ = ("gamma", "bits", "alpha", "black_level")
+    gamma: Final[float | str]
+    bits: Final[tuple[int, ...]]
+    alpha: Final[bool]
+    black_level: Final[float | Mapping[str, float] | None]
+    def __init__(self, gamma: float | str = ..., bits: tuple[int, ...] = ..., alpha: bool = ...,
+                 black_level: float | Mapping[str, float] | None = ...) -> None: ...
+    def __post_init__(self) -> None: ...
+
 class View:
     __match_args__ = ("position", "orientation", "right", "forward", "up")
     position: Final[_Doubles]
@@ -635,4 +645,5 @@ class Display:
     def export(self, folder: _Path, *, input: _Input = ..., convention: Convention | None = ...,
                formats: Iterable[str] = ..., channels: Iterable[str] | None = ..., eyes: _Numbers | None = ...,
                nodes: tuple[SupportsIndex, SupportsIndex] | None = ..., error: float = ..., wrap: bool = ...,
-               test_pictures: bool = ..., content: _Path | None = ..., force: bool = ...) -> dict[str, Any]: ...
+               test_pictures: bool = ..., content: _Path | None = ..., blend: Blend | None = ...,
+               force: bool = ...) -> dict[str, Any]: ...

@@ -6,7 +6,7 @@ import warnings
 from . import _native
 from ._arguments import count_of, names_of, path_of, text_of
 from ._channel import Channel
-from ._export import convention_of, cut_of, error_of, input_of, nodes_of
+from ._export import Blend, blend_of, convention_of, cut_of, error_of, input_of, nodes_of
 from ._fit import controls_of, fit_of, found_of, measured_of, plan_of, table_options_of
 from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Coverage, Fault, Finding, Overlap)
 from ._screen import Screen
@@ -284,7 +284,7 @@ class Display:
         return tuple(os.fsdecode(file) for file in files)
 
     def export(self, folder, *, input="frustum", convention=None, formats=("mesh",), channels=None, eyes=None, nodes=None,
-               error=0.25, wrap=False, test_pictures=False, content=None, force=False):
+               error=0.25, wrap=False, test_pictures=False, content=None, blend=Blend(), force=False):
         """Writes what players need of every channel into a new folder, which appears whole or not at all; returns its
         manifest as a dict, see docs/export-formats.md. One channel after the other, in this process.
 
@@ -293,7 +293,8 @@ class Display:
         eyes: (n, 3), native units, where it is seen from; None for the eye of each channel.
         nodes: (columns, rows) of "mesh" and "obj"; None for the fewest that keep the error, pixels of the input.
         wrap: cut cells where a panorama begins again. test_pictures: one for each projector.
-        content: a PNG file, to bend for every channel. force: replace an earlier export, or fill an empty folder.
+        content: a PNG file, to bend for every channel. blend: a Blend; None for no blends.
+        force: replace an earlier export, or fill an empty folder.
         """
         fed = input_of(input)
         cut = cut_of(wrap, fed[0])
@@ -305,7 +306,7 @@ class Display:
             "folder": path_of(folder, "folder"), "force": bool(force), "input": fed,
             "convention": convention_of(convention), "formats": formats, "cut": cut,
             "channels": names_of(channels or (), "channels"), "eyes": eyes, "nodes": nodes_of(nodes, False),
-            "error": error_of(error), "test_pictures": bool(test_pictures),
+            "error": error_of(error), "test_pictures": bool(test_pictures), "blend": blend_of(blend),
             "content": b"" if content is None else path_of(content, "content"), "path": path, "digest": digest})
         import json
 

@@ -1,6 +1,7 @@
 """What players need of a display: inputs, frusta and warps."""
 
-from typing import TYPE_CHECKING, Optional
+from collections.abc import Mapping
+from typing import TYPE_CHECKING, Optional, Union
 
 from ._arguments import count_of, number_of, pair_of, text_of
 from ._channel import Frustum, Orientation
@@ -72,6 +73,35 @@ class Convention:
             text_of(getattr(self, name), name)
         if not 0 < number_of(self.near, "near") < number_of(self.far, "far"):
             raise ArgumentError(f"near, far: expected 0 < near < far, found {self.near} and {self.far}")
+
+
+@record
+class Blend:
+    """How the blends of an export are made.
+
+    gamma: of the projectors, 0.2 to 5, 1 for linear; or "srgb". bits: of the pictures, 16, 8 or both.
+    alpha: the opacity of black instead of factors. black_level: light of black in per cent of that of white, 0 or more
+    and less than 100: of all channels, or a dict by name or id with every one of them; writes lifts, too; None for none.
+    """
+
+    gamma: "Union[float, str]" = 2.2
+    bits: "tuple[int, ...]" = (16, 8)
+    alpha: bool = False
+    black_level: "Union[float, Mapping[str, float], None]" = None
+
+    def __post_init__(self):
+        if not isinstance(self.gamma, str):
+            if not 0.2 <= number_of(self.gamma, "gamma") <= 5:
+                raise ArgumentError(f"gamma: expected a number from 0.2 to 5 or srgb, found {self.gamma}")
+        elif self.gamma != "srgb":
+            raise ArgumentError(f"gamma: expected a number from 0.2 to 5 or srgb, found {self.gamma!r}")
+        bits = _bits_of(self.bits)
+        if not bits or len(set(bits)) < len(bits) or not set(bits) <= {16, 8}:
+            raise ArgumentError(f"bits: expected 16, 8 or both, found {self.bits}")
+        for name, level in _levels_of(self.black_level):
+            if not 0 <= level < 100:
+                whose = f" of {name}" if name else ""
+                raise ArgumentError(f"black_level: expected per cent{whose} from 0 to less than 100, found {level}")
 
 
 @record
@@ -199,6 +229,33 @@ def convention_of(value):
     if not isinstance(value, Convention):
         raise ArgumentTypeError(f"convention: expected a Convention, found {type(value).__name__}")
     return value.depth, value.world, value.handed, number_of(value.near, "near"), number_of(value.far, "far")
+
+
+def _bits_of(value):
+    """A tuple of whole numbers."""
+    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
+        raise ArgumentTypeError(f"bits: expected a tuple of 16 and 8, found {type(value).__name__}")
+    return tuple(count_of(bits, "bits") for bits in value)
+
+
+def _levels_of(value):
+    """Pairs of a name or id, "" for all that have none of their own, and per cent."""
+    if value is None:
+        return []
+    if isinstance(value, Mapping):
+        return [(text_of(name, "black_level"), number_of(level, "black_level")) for name, level in value.items()]
+    return [("", number_of(value, "black_level"))]
+
+
+def blend_of(value):
+    """A Blend or None, for the native part."""
+    if value is None:
+        return None
+    if not isinstance(value, Blend):
+        raise ArgumentTypeError(f"blend: expected a Blend or None, found {type(value).__name__}")
+    curve = value.gamma if isinstance(value.gamma, str) else repr(number_of(value.gamma, "gamma"))
+    levels = [(name, level * 0.01) for name, level in _levels_of(value.black_level)]
+    return curve, sorted(_bits_of(value.bits), reverse=True), bool(value.alpha), levels
 
 
 def nodes_of(value, may_be_pixels):
