@@ -32,7 +32,7 @@ using namespace Veltrani::DisplayReport;
 using namespace Veltrani::DisplayLight;
 using namespace Veltrani::ExportFiles;
 
-constexpr double LIMIT = 2.5;
+constexpr double LIMIT = 3.0;
 constexpr int CHANNELS = 12;
 constexpr std::size_t WIDTH = 1920;
 constexpr std::size_t HEIGHT = 1200;

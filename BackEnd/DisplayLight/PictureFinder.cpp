@@ -27,8 +27,8 @@ public:
         m_upper = m_box.maximum() + P3{margin, margin, margin};
     }
 
-    [[nodiscard]] std::vector<FoundPlace> find(const EyeGrid& grid, SeenSide side) const override {
-        std::vector<FoundPlace> found(grid.places.size());
+    void find(const EyeGrid& grid, SeenSide side, std::vector<FoundPlace>& found) const override {
+        found.assign(grid.places.size(), FoundPlace());
         std::vector<SurfacePoint> points;
         std::vector<std::size_t> numbers;
         std::vector<ChannelLight::Reach> reaches;
@@ -52,7 +52,6 @@ public:
                 }
             }
         }
-        return found;
     }
 
 private:
