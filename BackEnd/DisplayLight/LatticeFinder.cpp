@@ -86,16 +86,15 @@ public:
         m_numbers.assign(grid.places.size(), NONE);
     }
 
-    [[nodiscard]] std::vector<FoundPlace> find() {
+    void find(std::vector<FoundPlace>& found) {
         const auto width = static_cast<std::size_t>(m_pixels[0]);
         const auto height = static_cast<std::size_t>(m_pixels[1]);
         drawBlock(0, 0, width, height, CELL);
-        std::vector<FoundPlace> found(m_grid.places.size());
+        found.assign(m_grid.places.size(), FoundPlace());
         refine();
         for (const Guess& guess : m_guesses) {
             found[guess.number] = {guess.picture, true};
         }
-        return found;
     }
 
 private:
@@ -328,8 +327,8 @@ private:
 
 }  // namespace
 
-std::vector<FoundPlace> LatticeFinder::find(const EyeGrid& grid, SeenSide /*side*/) const {
-    return LatticePainter(m_sight, grid).find();
+void LatticeFinder::find(const EyeGrid& grid, SeenSide /*side*/, std::vector<FoundPlace>& found) const {
+    LatticePainter(m_sight, grid).find(found);
 }
 
 }  // namespace Veltrani::DisplayLight

@@ -11,7 +11,7 @@ public:
     /// @param sight must outlive the finder
     explicit LatticeFinder(const DisplayExport::ChannelSight& sight) : m_sight(sight) {}
 
-    [[nodiscard]] std::vector<FoundPlace> find(const EyeGrid& grid, SeenSide side) const override;
+    void find(const EyeGrid& grid, SeenSide side, std::vector<FoundPlace>& found) const override;
 
 private:
     const DisplayExport::ChannelSight& m_sight;

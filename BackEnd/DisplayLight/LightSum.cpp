@@ -109,7 +109,8 @@ SeenSide sideOf(const std::vector<LitChannel>& channels, const EyePlaces& eye,
         EyeGrid::of(EyeView::around(view.frame().eye, directions, coarse(view.width()), coarse(view.height())), eye);
     const auto isLitFrom = [&](SeenSide side) {
         return std::any_of(channels.begin(), channels.end(), [&](const LitChannel& channel) {
-            const auto found = channel.finder().find(grid, side);
+            std::vector<FoundPlace> found;
+            channel.finder().find(grid, side, found);
             return std::any_of(found.begin(), found.end(), [](const FoundPlace& place) { return place.isLit; });
         });
     };
@@ -168,8 +169,9 @@ LitPicture LightSum::picture(const LightRequest& request) const {
     for (std::size_t i = 0; i < grid.places.size(); ++i) {
         picture.places[i].isOnScreen = grid.places[i].isSeen;
     }
+    std::vector<FoundPlace> found;
     for (std::size_t i = 0; i < channels.size(); ++i) {
-        const std::vector<FoundPlace> found = channels[i].finder().find(grid, side);
+        channels[i].finder().find(grid, side, found);
         channels[i].addLight(parts.exported, grid, found, request.isSharp, picture.places);
         if (request.hasErrors) {
             channels[i].compare(parts.exported, grid, found, picture.coarsestPixel, picture.places);

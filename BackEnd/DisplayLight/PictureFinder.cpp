@@ -20,10 +20,15 @@ using DisplayReport::SurfacePoint;
 /// Straight rays, whose picture point is known of every place.
 class RayFinder : public PictureFinder {
 public:
-    explicit RayFinder(std::unique_ptr<const ChannelLight> light) : m_light(std::move(light)) {}
+    explicit RayFinder(std::unique_ptr<const ChannelLight> light)
+        : m_light(std::move(light)), m_box(DisplayReport::LandingExtent::of(*m_light).box) {
+        const double margin = MARGIN * norm(m_box.size());
+        m_lower = m_box.minimum() - P3{margin, margin, margin};
+        m_upper = m_box.maximum() + P3{margin, margin, margin};
+    }
 
-    [[nodiscard]] std::vector<FoundPlace> find(const EyeGrid& grid, SeenSide side) const override {
-        std::vector<FoundPlace> found(grid.places.size());
+    void find(const EyeGrid& grid, SeenSide side, std::vector<FoundPlace>& found) const override {
+        found.assign(grid.places.size(), FoundPlace());
         std::vector<SurfacePoint> points;
         std::vector<std::size_t> numbers;
         std::vector<ChannelLight::Reach> reaches;
@@ -32,7 +37,7 @@ public:
             points.clear();
             numbers.clear();
             for (std::size_t i = first; i < first + width; ++i) {
-                if (grid.places[i].isSeen) {
+                if (grid.places[i].isSeen && mayBeLit(grid.places[i].point)) {
                     points.push_back({grid.places[i].point, {}, false});
                     numbers.push_back(i);
                 }
@@ -47,11 +52,24 @@ public:
                 }
             }
         }
-        return found;
     }
 
 private:
+    using P3 = Point<double, 3>;
+
+    /// Of the box around what a lattice over the picture lands on: what lies between its nodes reaches no further.
+    static constexpr double MARGIN = 1.0 / 16;
+
+    /// Far from all that the picture lands on, nothing has to be looked for.
+    [[nodiscard]] bool mayBeLit(const P3& place) const {
+        return m_box.empty() || (place[0] >= m_lower[0] && place[0] <= m_upper[0] && place[1] >= m_lower[1] &&
+                                 place[1] <= m_upper[1] && place[2] >= m_lower[2] && place[2] <= m_upper[2]);
+    }
+
     std::unique_ptr<const ChannelLight> m_light;
+    DisplayReport::Extent m_box;
+    P3 m_lower;
+    P3 m_upper;
 };
 
 bool isStraight(const TargetLocator& locator) {

@@ -45,8 +45,9 @@ public:
                                                                  const DisplayExport::ChannelSight& sight,
                                                                  const std::shared_ptr<const ScreenGeometry>& surface);
 
-    /// As many as the grid has places.
-    [[nodiscard]] virtual std::vector<FoundPlace> find(const EyeGrid& grid, SeenSide side) const = 0;
+    /// @param found receives as many as the grid has places; one vector for all channels spares the system the work of
+    /// handing out its memory each time
+    virtual void find(const EyeGrid& grid, SeenSide side, std::vector<FoundPlace>& found) const = 0;
 
     /// The edge of the picture included; false for NaN.
     [[nodiscard]] static bool isInPicture(const Point<double, 2>& picture) {
