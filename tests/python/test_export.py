@@ -191,6 +191,15 @@ def test_pixels_are_those_of_the_float_maps(name, tmp_path):
     assert warp.triangles.picture.shape == (0, 3, 2)
 
 
+def test_a_node_that_continues_what_is_lit_has_no_point():
+    display = screenmanager.Display.load(example("lens-cylinder"))
+    warps = [channel.player_warp("fisheye", nodes=(9, 7), points=True) for channel in display.channels]
+    continuing = [warp for warp in warps if (warp.mask & ~warp.lit).any()]
+    assert continuing, "the centre projector passes above the wall"
+    for warp in continuing:
+        assert np.isnan(warp.points[~warp.lit]).all() and np.isfinite(warp.points[warp.lit]).all()
+
+
 AXES = {("z-up", "right"): [(1, 0, 0), (0, 1, 0), (0, 0, 1)], ("z-up", "left"): [(0, 1, 0), (1, 0, 0), (0, 0, 1)],
         ("y-up", "right"): [(1, 0, 0), (0, 0, 1), (0, -1, 0)], ("y-up", "left"): [(1, 0, 0), (0, 0, 1), (0, 1, 0)]}
 DEPTHS = {"opengl": (-1, 1), "direct3d": (0, 1), "reversed-z": (1, 0)}
