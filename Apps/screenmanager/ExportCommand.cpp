@@ -15,8 +15,10 @@
 #include "ProgressMeter.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <new>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -157,7 +159,22 @@ bool isPossible(const ExportOptions& options) {
     }
 }
 
+/// True when the folder that would be replaced holds the content; reported then.
+bool replacesContent(const ExportOptions& options) {
+    std::error_code unknown;
+    const std::filesystem::path folder = std::filesystem::path(options.content).parent_path();
+    if (options.content.empty() ||
+        !std::filesystem::equivalent(folder.empty() ? "." : folder, options.output, unknown)) {
+        return false;
+    }
+    Console::error(options.content + " lies in the folder that would be replaced: name another one with --output");
+    return true;
+}
+
 int run(const ExportOptions& options) {
+    if (replacesContent(options)) {
+        return EXIT_USAGE;
+    }
     Work work;
     const int fault = readWork(work, options);
     if (fault != EXIT_ALL_RIGHT) {

@@ -243,6 +243,18 @@ TEST_F(ExportCommand, ShowsTestPicturesAndContentOfTheSizeOfTheChannels) {
     EXPECT_THAT(sources, Contains(content));
 }
 
+TEST_F(ExportCommand, NeverReplacesTheContentThatItShows) {
+    const std::string content = m_folder.file("content.png");
+    ASSERT_EQ(runScreenManager({"picture", DOME, "--size", "400x300", "-q", "-o", content}).exitCode, 0);
+    ASSERT_EQ(exported(DOME, {"--content", content, "--channel", "Left", "-q"}).exitCode, 0);
+    const auto before = filesIn(m_output);
+    const ProgramRun run =
+        exported(DOME, {"--content", m_output + "/01-Left.content.png", "--channel", "Left", "--force"});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.errors, HasSubstr("01-Left.content.png lies in the folder that would be replaced: name another"));
+    EXPECT_EQ(filesIn(m_output), before);
+}
+
 /// The largest memory of any process of a run, in bytes.
 double memoryOf(const std::vector<std::string>& arguments) {
     std::vector<std::string> all{"-c",

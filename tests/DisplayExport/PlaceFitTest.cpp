@@ -61,6 +61,7 @@ TEST_F(PlaceFitTest, GoesOnAsItIsSeen) {
         EXPECT_LT(norm(cross(seen.point, seen.direction)), 1e-12 * norm(seen.point));
         EXPECT_EQ(input.placeOf(seen.direction)->at, node.content);
         const P3 there{-1.5 + 4 * (1 + step), 3.0, 0.25};
+        EXPECT_LT(norm(seen.point - there), 0.02);
         return norm(seen.direction * (1 / norm(seen.direction)) - there * (1 / norm(there)));
     };
     EXPECT_LT(errorAt(0.02), 2e-3);

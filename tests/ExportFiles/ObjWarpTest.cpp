@@ -131,6 +131,26 @@ TEST(ObjWarp, AcrossTheSeamATriangleGoesOnOrIsCut) {
     }
 }
 
+/// A sphere whose channel looks straight up: its picture shows a pole, around which no neighbours fit on all sides.
+const std::string ABOVE =
+    "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'>"
+    "<Centre x='0' y='0' z='0'/><Radius value='4'/></Screen><TargetData type='Spherical'/><Projectors>"
+    "<Projector id='P1'><Name>Top</Name><Resolution width='40' height='20'/><Orientation z='7' x='85' y='0'/>"
+    "<Frustum left='-50' right='50' bottom='-40' top='40'/></Projector></Projectors></Display>";
+
+TEST(ObjWarp, AroundAPoleANodeHasAPlaceForEachOfItsSides) {
+    const ExportedChannel above(ABOVE);
+    const auto triangles = readByVtk(objOf(above.warp(InputKind::EQUIRECTANGULAR, nodes(14, 9)), {1, true}));
+    EXPECT_NEAR(sumOf(triangles), 8, 1e-3) << "all but the pole";
+    int beyond = 0;
+    for (const Corners& triangle : triangles) {
+        const auto [least, most] = std::minmax({triangle[0][2], triangle[1][2], triangle[2][2]});
+        EXPECT_LE(most - least, 0.5 + 1e-9) << "none shows the panorama the long way round";
+        beyond += least < 0 || most > 1 ? 1 : 0;
+    }
+    EXPECT_GT(beyond, 0);
+}
+
 TEST(ObjWarp, TheFacesOfACubeLieBesideEachOther) {
     const ExportedChannel behind(BEHIND);
     const auto triangles = readByVtk(objOf(behind.warp(InputKind::CUBE, nodes(8, 5)), {6, false}));
