@@ -76,6 +76,18 @@ TEST_F(BlendRasterTest, PixelsOfADomeAreWhatEachWouldBeAlone) {
     expectExact();
 }
 
+// Pictures that go around the corner of a room; nothing throws a shadow on anything.
+TEST_F(BlendRasterTest, PixelsAtAKinkAreWhatEachWouldBeAlone) {
+    m_folder.write("corner.obj",
+                   "v -3 2 -2\nv 0 5 -2\nv 0 5 2\nv -3 2 2\nv 3 2 -2\nv 3 2 2\nf 1 2 3\nf 1 3 4\nf 2 5 6\nf 2 6 3\n");
+    load(
+        "<Screen shape='Mesh' fileUnit='m'><ContentMesh file='corner.obj'/>"
+        "<ImportOrientation up='Z' forward='Y'/></Screen>",
+        camera("L", {-1, 0, 0}, 5, 0, 30, 20) + camera("R", {1, 0, 0}, -5, 0, 30, 20),
+        "<TargetData type='ProjectorCentric'/>");
+    expectExact();
+}
+
 // A wall of two planes, and a board that throws shadows on it: what is linear in one place is bent in the next.
 TEST_F(BlendRasterTest, PixelsAtKinksAndShadowsAreWhatEachWouldBeAlone) {
     m_folder.write("wall.obj",
