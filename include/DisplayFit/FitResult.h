@@ -107,7 +107,9 @@ struct ChannelFit {
     bool holdsHorizontalShift = false;
     FitOutcome outcome = FitOutcome::UNUSABLE;
     ChannelValues before;
-    /// Equal to `before` where nothing was solved. With an outcome UNUSABLE it is not to be relied upon.
+    /// Equal to `before` where nothing was solved, and where the two show every point at the same place to 1e-10 of the
+    /// picture: to fit again what was fitted and saved changes nothing. With an outcome UNUSABLE it is not to be relied
+    /// upon.
     ChannelValues after;
     bool isSolved = false;                 ///< false where `after` is only a copy of `before`
     std::vector<FittedValue> values;       ///< of the groups that the kind has, held ones included

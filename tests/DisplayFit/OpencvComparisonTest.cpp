@@ -20,7 +20,6 @@ using Veltrani::LensNumbers;
 
 /// Of the cost.
 constexpr double WORSE = 1e-6;
-constexpr double OTHER_MINIMUM = 0.005;
 
 struct Correspondences {
     std::vector<cv::Point3d> world;
@@ -138,9 +137,8 @@ TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
     const Correspondences list = correspondencesOf(points);
     const double ours = costOf(list, fit.after);
     // Points of a narrow view hardly determine the rational terms of a lens (a fit says so): the cost has more than one
-    // minimum, 0.4 % apart with these points, and each program ends in another one.
-    const bool isRational = start.lens->distortion.size() >= 8;
-    EXPECT_LE(ours, calibratedCost(list, start) * (1 + (isRational ? OTHER_MINIMUM : WORSE)));
+    // minimum.
+    EXPECT_LE(ours, calibratedCost(list, start) * (1 + WORSE));
     // Both count the same: our own figure is that of the other program.
     EXPECT_NEAR(fit.residualFactor * fit.residualFactor * static_cast<double>(fit.degreesOfFreedom), ours, 1e-6 * ours);
 }

@@ -4,6 +4,7 @@
 #include "DisplayFit/detail/LinearStart.h"
 #include "DisplayFit/detail/PointChecks.h"
 #include "DisplayFit/detail/PointShape.h"
+#include "DisplayFit/detail/RationalStarts.h"
 #include "DisplayFit/detail/ResidualLists.h"
 
 #include <algorithm>
@@ -30,6 +31,13 @@ using Vector = Point<double, 3>;
 /// second they do not.
 constexpr double CLOSE = 0.005;
 constexpr double FAR = 0.02;
+
+/// Values that show every point within this part of the picture of where others do are the same values: rounding, and
+/// where a solver ends, moves them further.
+constexpr double SAME = 1e-10;
+
+/// Of two minima the one with the lower cost is taken, where it is lower by more than this part of it.
+constexpr double LOWER = 1e-9;
 
 /// Stated deviations explain residuals up to this many times theirs.
 constexpr double EXPLAINED = 3;
@@ -138,6 +146,32 @@ bool ChannelFitter::fitsPicture(const ChannelModel& model, double share) const {
 }
 
 Solution ChannelFitter::solve(ChannelModel& model) const {
+    Solution solution = solveFromHere(model);
+    // Where rounding alone is left there is no lower minimum.
+    if (solution.isSolved && m_setup.isPicture() && isRational(pictureOf(model)) &&
+        solution.deviation > model.leastDeviation()) {
+        solveElsewhere(pictureOf(model), solution);
+    }
+    return solution;
+}
+
+void ChannelFitter::solveElsewhere(PictureModel& model, Solution& best) const {
+    const ChannelSolver solver(m_options);
+    for (const PictureView& start : rationalStarts(model.view(), m_points)) {
+        PictureModel other(m_points, m_setup.view(), model.held());
+        other.setView(start);
+        Solution solution = solver.solve(other);
+        solution.steps += best.steps;
+        best.steps = solution.steps;
+        // By more than rounding, and not by leaving out more points.
+        if (solution.isSolved && solution.inliers >= best.inliers && solution.cost < best.cost * (1 - LOWER)) {
+            model.setView(other.view());
+            best = std::move(solution);
+        }
+    }
+}
+
+Solution ChannelFitter::solveFromHere(ChannelModel& model) const {
     const ChannelSolver solver(m_options);
     Solution solution = solver.solve(model);
     if (!m_setup.isPicture() || (solution.isSolved && fitsPicture(model, CLOSE))) {
@@ -296,6 +330,13 @@ void ChannelFitter::noteSolution(ChannelFit& fit, ChannelModel& model, const Sol
     }
 }
 
+bool ChannelFitter::isWhereItWas(const ChannelFit& fit) const {
+    const double most = SAME * std::max(m_setup.pixels()[0], m_setup.pixels()[1]);
+    return std::all_of(fit.residuals.begin(), fit.residuals.end(), [most](const auto& residual) {
+        return residual.isOutlier || norm(residual.pixelsAfter - residual.pixelsBefore) <= most;
+    });
+}
+
 void ChannelFitter::fit(ChannelFit& fit) const {
     fit.before = fit.after = m_setup.values();
     fit.values = m_setup.list(fit.before);
@@ -330,6 +371,8 @@ void ChannelFitter::fit(ChannelFit& fit) const {
     fit.iterations = solution.steps;
     if (solution.isSolved) {
         noteSolution(fit, *model, solution, deviation);
+        // What was fitted and saved stays to the bit when it is fitted again.
+        fit.after = isWhereItWas(fit) ? fit.before : fit.after;
     }
     const Determination determination(model->unknowns(), solution, deviation);
     fit.worst = determination.worst();

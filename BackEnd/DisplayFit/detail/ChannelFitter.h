@@ -29,12 +29,17 @@ private:
 
     [[nodiscard]] bool choose(DisplayFit::ChannelFit& fit, PictureModel::Held& held) const;
     [[nodiscard]] bool holdForPlane(DisplayFit::ChannelFit& fit, PictureModel::Held& held) const;
-    /// Solves from the configured values, and from a linear start where these do not lead to the points.
     [[nodiscard]] Solution solve(ChannelModel& model) const;
+    /// Solves from the configured values, and from a linear start where these do not lead to the points.
+    [[nodiscard]] Solution solveFromHere(ChannelModel& model) const;
+    /// Replaces a solution by a better one from another start of its lens, where there is one.
+    void solveElsewhere(PictureModel& model, Solution& best) const;
     [[nodiscard]] bool fitsPicture(const ChannelModel& model, double share) const;
     /// @param deviation what one deviation of a coordinate is, in the unit of the sizes
     void noteSolution(DisplayFit::ChannelFit& fit, ChannelModel& model, const Solution& solution,
                       double deviation) const;
+    /// True where the values found show the points where the configured ones do.
+    [[nodiscard]] bool isWhereItWas(const DisplayFit::ChannelFit& fit) const;
     void judge(DisplayFit::ChannelFit& fit, const ChannelModel& model, const Solution& solution,
                const Determination& determination) const;
     void judgePoints(DisplayFit::ChannelFit& fit, const ChannelModel& model, const Solution& solution) const;

@@ -1,0 +1,80 @@
+// A fit that is saved, loaded and fitted again to the same points stays where it is.
+#include "Configuration/XMLConfigFile.h"
+#include "DisplayFit/DisplayFitter.h"
+#include "FitScene.h"
+#include "FitSession/FittedDisplay.h"
+#include "SyntheticChannel.h"
+#include "support/LogTrap.h"
+#include "support/TestPaths.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+namespace {
+
+using namespace Veltrani::DisplayFit;
+using Veltrani::FitSession::FittedDisplay;
+
+class FitAgain : public testing::TestWithParam<std::string> {
+protected:
+    LogTrap m_log;
+};
+
+/// What a unit of the file rounds a value to, and back: an ulp each way.
+double roundingOf(const FittedValue& value) {
+    return 4 * std::numeric_limits<double>::epsilon() * std::abs(value.before);
+}
+
+void compare(const DisplayFitResult& first, const DisplayFitResult& again) {
+    ASSERT_EQ(again.channels.size(), first.channels.size());
+    for (std::size_t channel = 0; channel < first.channels.size(); ++channel) {
+        const ChannelFit& one = first.channels[channel];
+        const ChannelFit& two = again.channels[channel];
+        SCOPED_TRACE(one.name);
+        ASSERT_TRUE(one.isSolved && two.isSolved);
+        EXPECT_EQ(two.outliers, one.outliers);
+        ASSERT_EQ(two.values.size(), one.values.size());
+        for (std::size_t i = 0; i < one.values.size(); ++i) {
+            const FittedValue& value = two.values[i];
+            EXPECT_NEAR(value.before, one.values[i].after, roundingOf(value)) << value.name << " as it was saved";
+            EXPECT_NEAR(value.after, value.before, roundingOf(value)) << value.name << " as it is fitted again";
+        }
+    }
+}
+
+TEST_P(FitAgain, NothingMovesByMoreThanTheRoundingOfTheUnits) {
+    FitScene scene = FitScene::ofExample(GetParam());
+    const auto exact = scene.measured();
+    for (const double pixels : {0.0, 0.5}) {
+        SCOPED_TRACE(pixels);
+        const auto points = SyntheticChannel::noisyInPicture(exact, pixels, 3);
+        const auto config = scene.disturbed();
+        const DisplayFitResult first = DisplayFitter().fit(*config, points);
+        const std::string path = scene.folder().file("fitted.xml");
+        {
+            FittedDisplay fitted(*config, path, sourceFolder() + "/examples/" + GetParam() + "/display.xml");
+            for (const ChannelFit& fit : first.channels) {
+                fitted.take(fit);
+            }
+            fitted.save();
+        }
+        const auto saved = XMLConfigFile::load(path);
+        compare(first, DisplayFitter().fit(*saved, points));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FitAgain,
+                         testing::Values("planar-wall", "curved-wall", "cylinder", "dome", "cockpit", "closed-cylinder",
+                                         "spherical-dome", "collimated", "lens-cylinder", "mesh-rays"),
+                         [](const auto& example) {
+                             std::string name = example.param;
+                             for (char& c : name) {
+                                 c = c == '-' ? '_' : c;
+                             }
+                             return name;
+                         });
+
+}  // namespace
