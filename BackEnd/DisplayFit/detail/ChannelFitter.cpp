@@ -206,7 +206,7 @@ bool ChannelFitter::fitsReversed(std::size_t coordinate, const PictureModel::Hel
 
 void ChannelFitter::judgeDirections(ChannelFit& fit, const ChannelModel& model) const {
     const Point<int, 2> isReversed = model.isReversed();
-    const bool fits = fit.isSolved && fitsPicture(model, FAR);
+    const bool fits = fit.isSolved && medianMiss(fit, m_setup.pixels()) < FAR;
     bool isU = fits && isReversed[0] != 0;
     bool isV = fits && isReversed[1] != 0;
     // A lens that folds can bring the mirror image of a picture near to its points.
@@ -238,7 +238,8 @@ void ChannelFitter::judgeDirections(ChannelFit& fit, const ChannelModel& model) 
 }
 
 void ChannelFitter::judgePoints(ChannelFit& fit, const ChannelModel& model, const Solution& solution) const {
-    const bool fits = solution.isSolved && 2 * solution.inliers > m_points.size() && fitsPicture(model, FAR);
+    const bool fits =
+        solution.isSolved && 2 * solution.inliers > m_points.size() && medianMiss(fit, m_setup.pixels()) < FAR;
     if (!fits && worstOf(fit) != FitOutcome::UNUSABLE) {
         refuse(fit, Kind::NOT_FITTING,
                solution.isSolved ? "no values explain the points: most of them lie far from where the best ones lead"

@@ -24,6 +24,9 @@ constexpr int MOST_NARROWINGS = 12;
 /// It is narrow enough when the next one would lessen it by less than this part.
 constexpr double ENOUGH = 0.9;
 
+/// What is only the start of the next minimisation is found to this part of its cost.
+constexpr double ROUGHLY = 1e-4;
+
 /// Points change sides at most this often.
 constexpr int MOST_REJECTIONS = 12;
 
@@ -63,12 +66,15 @@ double typicalDeviation(std::vector<double> sizes) {
 
 ChannelSolver::ChannelSolver(const DisplayFit::FitOptions& options) : m_options(options) {}
 
-bool ChannelSolver::minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution) const {
+bool ChannelSolver::minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution,
+                             double costTolerance) const {
     if (m_options.pulse) {
         m_options.pulse();
     }
     std::vector<double> step(problem.unknowns(), 0.0);
-    const SolverEnd end = FitLibrary::get().minimise(problem, step, {});
+    SolverPlan plan;
+    plan.costTolerance = costTolerance;
+    const SolverEnd end = FitLibrary::get().minimise(problem, step, plan);
     solution.steps += end.steps;
     if (!end.isUsable) {
         return false;
@@ -86,7 +92,7 @@ bool ChannelSolver::solveRobustly(ChannelModel& model, WeightedProblem& problem,
             return false;
         }
         problem.setLoss(LOSS_WIDTH * std::max(deviation, least));
-        if (!minimise(model, problem, solution)) {
+        if (!minimise(model, problem, solution, ROUGHLY)) {
             return false;
         }
         const double narrower = typicalDeviation(problem.sizes());
@@ -121,7 +127,7 @@ bool ChannelSolver::solvePlainly(ChannelModel& model, WeightedProblem& problem, 
             return false;
         }
         problem.setLeftOut(leftOut);
-        if (!minimise(model, problem, solution)) {
+        if (!minimise(model, problem, solution, SolverPlan().costTolerance)) {
             return false;
         }
         summarise(problem, solution);

@@ -34,7 +34,8 @@ public:
 
 private:
     /// Steps to the minimum, and moves the base there.
-    bool minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution) const;
+    /// @param costTolerance as of `SolverPlan`
+    bool minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution, double costTolerance) const;
     bool solveRobustly(ChannelModel& model, WeightedProblem& problem, Solution& solution) const;
     bool solvePlainly(ChannelModel& model, WeightedProblem& problem, Solution& solution) const;
     /// Steps of Gauss and Newton by an orthogonal factorisation: what is left of the normal equations' rounding.

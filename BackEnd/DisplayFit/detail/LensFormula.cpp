@@ -29,14 +29,14 @@ LensFormula::LensFormula(Kind kind, const std::vector<double>& coefficients)
     }
 }
 
-bool LensFormula::place(const Vector& ray, Place& place) const {
+bool LensFormula::place(const Vector& ray, Place& place, bool needsDerivatives) const {
     switch (m_kind) {
         case Kind::RECTILINEAR:
             return placeRectilinear(ray, place);
         case Kind::EQUIDISTANT:
             return placeEquidistant(ray, place);
         case Kind::BROWN_CONRADY:
-            return placeBrownConrady(ray, place);
+            return placeBrownConrady(ray, place, needsDerivatives);
         case Kind::FISHEYE:
             return placeFisheye(ray, place);
     }
@@ -70,7 +70,7 @@ bool LensFormula::placeEquidistant(const Vector& ray, Place& place) const {
     return true;
 }
 
-bool LensFormula::placeBrownConrady(const Vector& ray, Place& place) const {
+bool LensFormula::placeBrownConrady(const Vector& ray, Place& place, bool needsDerivatives) const {
     if (!(ray[1] > 0)) {
         return false;
     }
@@ -84,10 +84,13 @@ bool LensFormula::placeBrownConrady(const Vector& ray, Place& place) const {
     const auto [s1, s2, s3, s4] = m_prism;
     const double under = 1 / (1 + r2 * (k4 + r2 * (k5 + r2 * k6)));
     const double c = (1 + r2 * (k1 + r2 * (k2 + r2 * k3))) * under;
-    const double slope = (k1 + r2 * (2 * k2 + r2 * 3 * k3) - c * (k4 + r2 * (2 * k5 + r2 * 3 * k6))) * under;
     place.a = x * c + 2 * p1 * x * y + p2 * (r2 + 2 * x * x) + s1 * r2 + s2 * r4;
     place.b = -(y * c + p1 * (r2 + 2 * y * y) + 2 * p2 * x * y + s3 * r2 + s4 * r4);
+    if (!needsDerivatives) {
+        return true;
+    }
 
+    const double slope = (k1 + r2 * (2 * k2 + r2 * 3 * k3) - c * (k4 + r2 * (2 * k5 + r2 * 3 * k6))) * under;
     const double mixed = 2 * (x * y * slope + p1 * x + p2 * y);
     const double across = 2 * (s1 + 2 * s2 * r2);
     const double along = 2 * (s3 + 2 * s4 * r2);

@@ -32,7 +32,8 @@ public:
 
     /// Returns false for rays that no place shows: behind the lens, or straight behind a fisheye.
     /// @param ray in the projector's frame: right, forward, up; any length
-    bool place(const Point<double, 3>& ray, Place& place) const;
+    /// @param needsDerivatives false where a and b are enough: the derivatives may be left as they were
+    bool place(const Point<double, 3>& ray, Place& place, bool needsDerivatives = true) const;
 
     /// Finds the tangents (x / y, z / y) of the ray that meets a place; false where there is none ahead of the lens.
     bool tangentsOf(const Point<double, 2>& place, Point<double, 2>& tangents) const;
@@ -51,7 +52,7 @@ public:
 private:
     bool placeRectilinear(const Point<double, 3>& ray, Place& place) const;
     bool placeEquidistant(const Point<double, 3>& ray, Place& place) const;
-    bool placeBrownConrady(const Point<double, 3>& ray, Place& place) const;
+    bool placeBrownConrady(const Point<double, 3>& ray, Place& place, bool needsDerivatives) const;
     bool placeFisheye(const Point<double, 3>& ray, Place& place) const;
 
     Kind m_kind = Kind::RECTILINEAR;

@@ -202,7 +202,7 @@ void PictureModel::evaluate(const double* step, double* residuals, double* jacob
         double* const residual = residuals + 2 * i;
         double* const rows = jacobian != nullptr ? jacobian + 2 * i * columns : nullptr;
         const Vector ray = moved.back * (m_fromProjector[i] - shift);
-        isMapped[i] = view.lens.place(ray, place);
+        isMapped[i] = view.lens.place(ray, place, rows != nullptr);
         if (isMapped[i]) {
             const Point<double, 2>& stated = m_points.picture[i];
             residual[0] = view.pixels[0] * (view.factor[0] * place.a + view.shift[0] - stated[0]) + m_offsets[i][0];

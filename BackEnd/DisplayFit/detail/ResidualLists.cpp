@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayFitDetail {
@@ -54,6 +55,19 @@ Point<double, 3> lengthsOf(const ChannelModel& model, std::size_t point) {
     return model.missOnScreen(point, lengths) ? lengths : Point<double, 3>{NONE, NONE, NONE};
 }
 
+/// As a part of the picture; those that are no number are infinite.
+double medianOf(std::vector<double> sizes, const Point<double, 2>& pixels) {
+    if (sizes.empty()) {
+        return std::numeric_limits<double>::infinity();
+    }
+    for (double& size : sizes) {
+        size = std::isfinite(size) ? size : std::numeric_limits<double>::infinity();
+    }
+    const auto middle = sizes.begin() + static_cast<std::ptrdiff_t>(sizes.size() / 2);
+    std::nth_element(sizes.begin(), middle, sizes.end());
+    return *middle / std::max(pixels[0], pixels[1]);
+}
+
 }  // namespace
 
 void noteBefore(const ChannelModel& model, ChannelFit& fit) {
@@ -81,15 +95,17 @@ void noteAfter(const ChannelModel& model, ChannelFit& fit) {
 double medianMiss(const ChannelModel& model, const Point<double, 2>& pixels) {
     std::vector<double> sizes;
     for (std::size_t i = 0; i < model.points().size(); ++i) {
-        const double size = norm(pixelsOf(model, i));
-        sizes.push_back(std::isfinite(size) ? size : std::numeric_limits<double>::infinity());
+        sizes.push_back(norm(pixelsOf(model, i)));
     }
-    if (sizes.empty()) {
-        return std::numeric_limits<double>::infinity();
+    return medianOf(std::move(sizes), pixels);
+}
+
+double medianMiss(const ChannelFit& fit, const Point<double, 2>& pixels) {
+    std::vector<double> sizes;
+    for (const PointResidual& residual : fit.residuals) {
+        sizes.push_back(norm(residual.pixelsAfter));
     }
-    const auto middle = sizes.begin() + static_cast<std::ptrdiff_t>(sizes.size() / 2);
-    std::nth_element(sizes.begin(), middle, sizes.end());
-    return *middle / std::max(pixels[0], pixels[1]);
+    return medianOf(std::move(sizes), pixels);
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -13,5 +13,7 @@ void noteAfter(const ChannelModel& model, DisplayFit::ChannelFit& fit);
 /// Returns the median size of the residuals in the picture, as a part of its larger side; infinite where half of the
 /// points have none.
 [[nodiscard]] double medianMiss(const ChannelModel& model, const Point<double, 2>& pixels);
+/// The same of those that are noted after the fit.
+[[nodiscard]] double medianMiss(const DisplayFit::ChannelFit& fit, const Point<double, 2>& pixels);
 
 }  // namespace Veltrani::DisplayFitDetail
