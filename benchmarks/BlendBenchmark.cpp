@@ -4,6 +4,7 @@
 #include "DisplayExport/ChannelSight.h"
 #include "DisplayExport/ChannelWarp.h"
 #include "DisplayExport/ContentInput.h"
+#include "DisplayOfTwelve.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "KelvoScreen/MeshScreen.h"
 #include "MeshRays.h"
@@ -30,24 +31,7 @@ using namespace Veltrani::DisplayExport;
 using Veltrani::DisplayReport::ChannelChoice;
 
 constexpr double LIMIT = 1.5;
-constexpr int CHANNELS = 12;
 constexpr std::size_t PIXELS = std::size_t{1920} * 1200;
-
-/// Eight around and four above them, so that neighbours overlap.
-std::unique_ptr<XMLConfigFile> display() {
-    std::string text =
-        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'>"
-        "<Centre x='0' y='0' z='0'/><EyePoint x='0' y='0' z='0'/><Radius value='5'/></Screen>"
-        "<TargetData type='ProjectorCentric'/><Projectors>";
-    for (int i = 0; i < CHANNELS; ++i) {
-        const bool isAbove = i >= 8;
-        text += "<Projector id='P" + std::to_string(i) + "'><Resolution width='1920' height='1200'/><Position x='" +
-                std::to_string(0.1 * (i % 3)) + "' y='" + std::to_string(0.1 * (i % 4)) +
-                "' z='0.1'/><Orientation z='" + std::to_string(isAbove ? 90 * i : 45 * i) + "' x='" +
-                (isAbove ? "45" : "0") + "' y='0'/><Frustum left='-28' right='28' bottom='-28' top='28'/></Projector>";
-    }
-    return XMLConfigFile::parse(text + "</Projectors></Display>", "benchmark.xml");
-}
 
 [[noreturn]] void stop(const char* why) {
     std::fprintf(stderr, "%s\n", why);
@@ -55,7 +39,7 @@ std::unique_ptr<XMLConfigFile> display() {
 }
 
 void blendAll() {
-    const auto config = display();
+    const auto config = displayOfTwelve();
     const DisplayBlender blender(*config);
     const BlendCurve curve = BlendCurve::ofGamma(BlendCurve::USUAL_GAMMA);
     std::size_t partly = 0;
@@ -70,7 +54,7 @@ void blendAll() {
 }
 
 void warpAll() {
-    const auto config = display();
+    const auto config = displayOfTwelve();
     WarpRequest request;
     request.places = WarpRequest::Places::PIXELS;
     InputChoice choice;

@@ -1,6 +1,7 @@
 #include "Configuration/ProjectorConfig.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayLight/LightSum.h"
+#include "DisplayOfTwelve.h"
 #include "EmbreeReference.h"
 #include "ExportFiles/ExportManifest.h"
 #include "ExportFiles/ViewExport.h"
@@ -33,29 +34,12 @@ using namespace Veltrani::DisplayLight;
 using namespace Veltrani::ExportFiles;
 
 constexpr double LIMIT = 3.0;
-constexpr int CHANNELS = 12;
 constexpr std::size_t WIDTH = 1920;
 constexpr std::size_t HEIGHT = 1200;
 
 [[noreturn]] void stopLight(const char* why) {
     std::fprintf(stderr, "%s\n", why);
     std::exit(2);
-}
-
-/// Eight around and four above them, so that neighbours overlap.
-std::unique_ptr<XMLConfigFile> litDisplay() {
-    std::string text =
-        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'>"
-        "<Centre x='0' y='0' z='0'/><EyePoint x='0' y='0' z='0'/><Radius value='5'/></Screen>"
-        "<TargetData type='ProjectorCentric'/><Projectors>";
-    for (int i = 0; i < CHANNELS; ++i) {
-        const bool isAbove = i >= 8;
-        text += "<Projector id='P" + std::to_string(i) + "'><Resolution width='1920' height='1200'/><Position x='" +
-                std::to_string(0.1 * (i % 3)) + "' y='" + std::to_string(0.1 * (i % 4)) +
-                "' z='0.1'/><Orientation z='" + std::to_string(isAbove ? 90 * i : 45 * i) + "' x='" +
-                (isAbove ? "45" : "0") + "' y='0'/><Frustum left='-28' right='28' bottom='-28' top='28'/></Projector>";
-    }
-    return XMLConfigFile::parse(text + "</Projectors></Display>", "benchmark.xml");
 }
 
 /// A folder with the pictures of all channels, as long as this is there.
@@ -121,7 +105,7 @@ int main(int argc, char** argv) {
     const TriangleMesh mesh = meshRays::bumpySphere(meshRays::CELLS_1M);
     const auto screen = std::make_shared<MeshScreen>(mesh);
     ScreenManager::getInstance()->setScreenGeometry(screen);
-    const auto config = litDisplay();
+    const auto config = displayOfTwelve();
     const Exported exported(*config);
     const EmbreeReference embree(mesh);
     const LitPicture picture = addUp(*config, exported.path());
