@@ -44,20 +44,6 @@ py::array squareOf(const std::vector<double>& numbers, std::size_t side) {
     return rows.array();
 }
 
-const char* nameOf(FittedValue::Quantity quantity) {
-    switch (quantity) {
-        case FittedValue::Quantity::LENGTH:
-            return "length";
-        case FittedValue::Quantity::ANGLE:
-            return "angle";
-        case FittedValue::Quantity::PIXELS:
-            return "pixels";
-        case FittedValue::Quantity::NUMBER:
-            return "number";
-    }
-    return "";
-}
-
 const char* nameOf(LensNumbers::Kind kind) {
     return kind == LensNumbers::Kind::FISHEYE ? "Fisheye" : "BrownConrady";
 }
@@ -105,7 +91,8 @@ py::tuple findingsOf(const std::vector<FitFinding>& findings) {
 
 py::tuple valuesOf(const std::vector<FittedValue>& values) {
     return tupleOfEach(values, [](const FittedValue& value) {
-        return py::make_tuple(value.name, nameOf(value.quantity), value.before, value.after, py::cast(value.deviation));
+        return py::make_tuple(value.name, FittedValue::nameOf(value.quantity), value.before, value.after,
+                              py::cast(value.deviation));
     });
 }
 
@@ -118,8 +105,8 @@ py::object worstOf(const ChannelFit& fit) {
         return py::none();
     }
     const WorstCombination& worst = fit.worst;
-    return py::make_tuple(worst.text, worst.remedy, worst.deviatingName, nameOf(worst.quantity), worst.deviation,
-                          worst.scaledCondition, py::tuple(py::cast(worst.solvedNames)),
+    return py::make_tuple(worst.text, worst.remedy, worst.deviatingName, FittedValue::nameOf(worst.quantity),
+                          worst.deviation, worst.scaledCondition, py::tuple(py::cast(worst.solvedNames)),
                           py::tuple(py::cast(worst.weights)));
 }
 

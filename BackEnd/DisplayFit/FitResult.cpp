@@ -40,6 +40,20 @@ std::string FitFinding::nameOf(Kind kind) {
     return {};
 }
 
+std::string FittedValue::nameOf(Quantity quantity) {
+    switch (quantity) {
+        case Quantity::LENGTH:
+            return "length";
+        case Quantity::ANGLE:
+            return "angle";
+        case Quantity::PIXELS:
+            return "pixels";
+        case Quantity::NUMBER:
+            return "number";
+    }
+    return "";
+}
+
 FitOutcome DisplayFitResult::outcome() const {
     const auto worse = [](FitOutcome a, FitOutcome b) { return std::max(a, b); };
     FitOutcome worst = channels.empty() ? FitOutcome::UNUSABLE : FitOutcome::GOOD;

@@ -35,20 +35,6 @@ std::string jsonOfPoint(const Point<double, N>& point) {
     return json + ']';
 }
 
-std::string nameOf(FittedValue::Quantity quantity) {
-    switch (quantity) {
-        case FittedValue::Quantity::LENGTH:
-            return "length";
-        case FittedValue::Quantity::ANGLE:
-            return "angle";
-        case FittedValue::Quantity::PIXELS:
-            return "pixels";
-        case FittedValue::Quantity::NUMBER:
-            return "number";
-    }
-    return "";
-}
-
 std::string jsonOfFinding(const FitFinding& finding) {
     return JsonObject()
         .add("kind", FitFinding::nameOf(finding.kind))
@@ -61,7 +47,7 @@ std::string jsonOfFinding(const FitFinding& finding) {
 std::string jsonOfValue(const FittedValue& value) {
     return JsonObject()
         .add("name", value.name)
-        .add("quantity", nameOf(value.quantity))
+        .add("quantity", FittedValue::nameOf(value.quantity))
         .add("before", value.before)
         .add("after", value.after)
         .addJson("deviation", value.deviation ? jsonOf(*value.deviation) : "null")
@@ -86,7 +72,7 @@ std::string jsonOfWorst(const WorstCombination& worst) {
         .add("text", worst.text)
         .add("remedy", worst.remedy)
         .add("value", worst.deviatingName)
-        .add("quantity", nameOf(worst.quantity))
+        .add("quantity", FittedValue::nameOf(worst.quantity))
         .add("deviation", worst.deviation)
         .add("scaledCondition", worst.scaledCondition)
         .addJson("names", jsonList(worst.solvedNames, jsonOfText))

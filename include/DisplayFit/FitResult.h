@@ -51,6 +51,8 @@ struct FitFinding {
 /// One number of a channel.
 struct FittedValue {
     enum class Quantity { LENGTH, ANGLE, PIXELS, NUMBER };
+    /// "length", "angle", "pixels" or "number": its name in reports.
+    [[nodiscard]] static std::string nameOf(Quantity quantity);
 
     std::string name;                      ///< "position x", "orientation z", "frustum left", "fx", "k1", "area left"
     Quantity quantity = Quantity::NUMBER;  ///< native units, radians, pixels of the calibration picture, none
