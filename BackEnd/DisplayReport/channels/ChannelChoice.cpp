@@ -1,5 +1,6 @@
 #include "DisplayReport/channels/ChannelChoice.h"
 
+#include "Common/QuotedText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
 #include "Configuration/ProjectorConfig.h"
@@ -49,11 +50,12 @@ ChannelChoice ChannelChoice::of(const XMLConfigManager& config, const std::strin
         }
     }
     if (named.empty()) {
-        refuseChoice(L"\"" + wanted + L"\" is no channel", channels);
+        refuseChoice(fromUtf8OrBytes(inQuotes(nameOrId)) + L" is no channel", channels);
     }
     if (named.size() > 1) {
-        refuseChoice(
-            L"\"" + wanted + L"\" is the name of " + std::to_wstring(named.size()) + L" channels, state the id", named);
+        refuseChoice(fromUtf8OrBytes(inQuotes(nameOrId)) + L" is the name of " + std::to_wstring(named.size()) +
+                         L" channels, state the id",
+                     named);
     }
     return named.front();
 }

@@ -41,6 +41,7 @@ TEST(ChannelChoice, WhatIsNoChannelIsToldWithThoseThereAre) {
     const auto config = displays::parsed(displays::FLAT, named("P1", "Left") + named("P2", "Right"));
     EXPECT_EQ(fault(*config, "left"), "\"left\" is no channel; the channels are: Left (P1), Right (P2)");
     EXPECT_THAT(fault(*config, ""), HasSubstr("\"\" is no channel"));
+    EXPECT_LT(fault(*config, std::string(5000, '\v')).size(), 400U) << "long names are cut";
     EXPECT_THAT(fault(*config, "\xff"), HasSubstr("is no channel; the channels are: "));
     EXPECT_EQ(fault(*displays::parsed(displays::FLAT, ""), "Left"),
               "\"Left\" is no channel: the configuration has no projectors");
