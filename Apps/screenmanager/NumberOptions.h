@@ -9,8 +9,8 @@
 
 /// What a number of an option may be: both bounds included, unless `isAbove`.
 struct NumberBounds {
-    double least;
-    double most;
+    double least = 0;
+    double most = 0;
     bool isAbove = false;  ///< the least one is not included
 };
 

@@ -5,6 +5,7 @@
 #include "support/TestPaths.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -65,7 +66,9 @@ protected:
         EXPECT_LT(sums.worstBeyond, LightSums::EVEN) << sums.whereBeyond;
         EXPECT_LT(sums8.worst, MOST_OFF_8) << sums8.where;
         EXPECT_GT(sums.places, PLACES / 3) << "most places land";
-        EXPECT_LT(static_cast<double>(sums.steep), mostSteep * static_cast<double>(sums.places));
+        // A tenth of the places, under the sanitizers, is a small sample: a dozen counts, which vary by their root.
+        const double most = mostSteep * static_cast<double>(sums.places);
+        EXPECT_LT(static_cast<double>(sums.steep), IS_SANITIZED ? most + 4 * std::sqrt(most) : most);
         m_shared = sums.shared;
     }
 
