@@ -305,7 +305,8 @@ bool BlendRaster::fillSmoothly(double x0, double x1, double y0, double y1) {
     constexpr double HALF = 0.5;
     std::array<double, SIDE * SIDE> values{};
     for (std::size_t i = 0; i < values.size(); ++i) {
-        values[i] = valueAt(HALF * static_cast<double>(i % SIDE), HALF * static_cast<double>(i / SIDE));
+        const std::size_t row = i / SIDE;
+        values[i] = valueAt(HALF * static_cast<double>(i % SIDE), HALF * static_cast<double>(row));
     }
     const ValuePatch patch(values);
     // Where a quadratic is furthest from what bends further.
