@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayExport {
@@ -54,9 +55,8 @@ private:
     std::array<P3, 3> m_values;
 };
 
-}  // namespace
-
-SeenPlace PlaceFit::at(const P2& picture, const P2& step, WarpNode& node) const {
+/// The places of the picture around one, with their offsets in steps.
+std::pair<std::vector<P2>, std::vector<P2>> placesAround(const P2& picture, const P2& step) {
     std::vector<P2> offsets;
     std::vector<P2> places;
     for (int row = -STEPS * PARTS; row <= STEPS * PARTS; ++row) {
@@ -69,6 +69,13 @@ SeenPlace PlaceFit::at(const P2& picture, const P2& step, WarpNode& node) const 
             }
         }
     }
+    return {offsets, places};
+}
+
+}  // namespace
+
+SeenPlace PlaceFit::at(const P2& picture, const P2& step, WarpNode& node) const {
+    const auto [offsets, places] = placesAround(picture, step);
     std::vector<SeenPlace> seen(places.size());
     m_sight.see(places, seen);
     const bool hasDirections = m_input.kind() != InputKind::LAYOUT && m_input.kind() != InputKind::SCREEN;
