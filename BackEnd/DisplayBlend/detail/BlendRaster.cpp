@@ -304,8 +304,7 @@ bool BlendRaster::fillSmoothly(double x0, double x1, double y0, double y1) {
     };
     constexpr double HALF = 0.5;
     std::array<double, SIDE * SIDE> values{};
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const std::size_t row = i / SIDE;
+    for (std::size_t i = 0, row = 0; i < values.size(); row = ++i / SIDE) {
         values[i] = valueAt(HALF * static_cast<double>(i % SIDE), HALF * static_cast<double>(row));
     }
     const ValuePatch patch(values);
