@@ -180,6 +180,10 @@ std::string domeWithADoorAndABoard() {
 }
 
 TEST_F(BlendTruthTest, ADomeWithAShadowAndADoor) {
+    if (IS_SANITIZED) {
+        GTEST_SKIP()
+            << "takes minutes there; BlendRasterTest and DisplayBlenderTest go the same ways with smaller shadows";
+    }
     m_folder.write("room.obj", domeWithADoorAndABoard());
     load(MESH,
          camera("L", {-1.5, 0, 0.5}, 10, 25, 38, 26) + camera("R", {1.5, 0, 0.5}, -10, 25, 38, 26) +
