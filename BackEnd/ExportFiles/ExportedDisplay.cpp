@@ -166,6 +166,10 @@ Json parsed(std::string_view manifest, const std::string& name) {
     } catch (const Json::parse_error& error) {
         refuseFile(name, "is no manifest: found something else than JSON at byte " + std::to_string(error.byte) +
                              ", expected the manifest.json of an export: name the folder of one");
+    } catch (const Json::out_of_range&) {
+        refuseFile(name,
+                   "is no manifest: found a number beyond the range of doubles, expected the manifest.json of an "
+                   "export: name the folder of one");
     }
 }
 

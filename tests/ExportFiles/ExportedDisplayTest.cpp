@@ -189,6 +189,7 @@ TEST_F(ExportedDisplayTest, AWrongValueIsRefusedWithItsPlace) {
         EXPECT_THAT(fault, HasSubstr(": export the display again"));
         EXPECT_EQ(fault.find('\n'), std::string::npos);
     }
+    EXPECT_THAT(faultOf("[1e309]"), HasSubstr("manifest.json: is no manifest: found a number beyond the range"));
     EXPECT_THAT(faultOf("{\"schema\":"), HasSubstr("manifest.json: is no manifest: found something else than JSON at "
                                                    "byte"));
 }
