@@ -1,4 +1,4 @@
-// What points cannot tell is said, with the remedy; what no fit can use is refused.
+// What the points do not determine is reported with the remedy; what no fit can use is refused.
 #include "DisplayFit/DisplayFitter.h"
 
 #include "Common/Utf8.h"
