@@ -11,9 +11,14 @@
 #include "ExportFiles/ViewJson.h"
 #include "ExportFiles/WarpedContent.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <functional>
+#include <system_error>
 #include <utility>
 
 namespace Veltrani::ExportFiles {
@@ -53,14 +58,16 @@ public:
                int bits = 0) {
         const std::string name = m_stem + '.' + ending;
         const std::string path = m_folder + '/' + name;
+        errno = 0;
         std::ofstream out(path, std::ios::binary | std::ios::trunc);
         if (out) {
             writer(out);
         }
         out.close();
         if (!out) {
-            throw VeltraniException(fromUtf8OrBytes(name + " cannot be written: is there room on the disk?"));
+            refuse(name);
         }
+        m_names.push_back(name);
         JsonObject file;
         file.add("name", name).add("kind", kind);
         if (bits > 0) {
@@ -69,14 +76,38 @@ public:
         m_files.push_back(file.add("sha256", DisplayReport::ReportHead::source(path).sha256).text());
     }
 
+    /// Waits until the disk has them. Done here and not once for the whole folder, where many processes write views:
+    /// while one of them waits the others go on.
+    void bringToDisk() const {
+        for (const std::string& name : m_names) {
+            const int file = ::open((m_folder + '/' + name).c_str(), O_RDONLY | O_CLOEXEC);
+            const bool isThere = file >= 0 && ::fsync(file) == 0;
+            const int reason = errno;
+            ::close(file);
+            errno = reason;
+            if (!isThere) {
+                refuse(name);
+            }
+        }
+    }
+
     [[nodiscard]] std::string json() const {
         return jsonList(m_files, [](const std::string& file) { return file; });
     }
 
 private:
+    /// @param name of a file that could not be written, for the reason in `errno`
+    [[noreturn]] static void refuse(const std::string& name) {
+        const std::string reason = errno == 0 ? "the writing was broken off" : std::generic_category().message(errno);
+        throw ViewExport::UnwrittenFile(fromUtf8OrBytes(name + " cannot be written: " + reason +
+                                                        ": make room on the disk, or name another folder with "
+                                                        "--output"));
+    }
+
     std::string m_folder;
     std::string m_stem;
-    std::vector<std::string> m_files;
+    std::vector<std::string> m_names;
+    std::vector<std::string> m_files;  ///< as the manifest has them
 };
 
 bool contains(const std::vector<WarpFormat>& formats, WarpFormat format) {
@@ -137,6 +168,7 @@ public:
         if (m_request.hasTestPictures && m_view.eyeNumber == 1) {
             m_files.write("test picture", "test.png", [this](std::ostream& out) { testPicture().write(out); });
         }
+        m_files.bringToDisk();
         return {JsonObject()
                     .addJson("channel", channelJson())
                     .addJson("eye", jsonOfPoint(m_sight.eye()))
