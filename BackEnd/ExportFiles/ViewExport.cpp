@@ -67,28 +67,13 @@ public:
         if (!out) {
             refuse(name);
         }
-        m_names.push_back(name);
+        beginBringingToDisk(path);
         JsonObject file;
         file.add("name", name).add("kind", kind);
         if (bits > 0) {
             file.add("bits", bits);
         }
         m_files.push_back(file.add("sha256", DisplayReport::ReportHead::source(path).sha256).text());
-    }
-
-    /// Waits until the disk has them. Done here and not once for the whole folder, where many processes write views:
-    /// while one of them waits the others go on.
-    void bringToDisk() const {
-        for (const std::string& name : m_names) {
-            const int file = ::open((m_folder + '/' + name).c_str(), O_RDONLY | O_CLOEXEC);
-            const bool isThere = file >= 0 && ::fsync(file) == 0;
-            const int reason = errno;
-            ::close(file);
-            errno = reason;
-            if (!isThere) {
-                refuse(name);
-            }
-        }
     }
 
     [[nodiscard]] std::string json() const {
@@ -99,14 +84,22 @@ private:
     /// @param name of a file that could not be written, for the reason in `errno`
     [[noreturn]] static void refuse(const std::string& name) {
         const std::string reason = errno == 0 ? "the writing was broken off" : std::generic_category().message(errno);
-        throw ViewExport::UnwrittenFile(fromUtf8OrBytes(name + " cannot be written: " + reason +
-                                                        ": make room on the disk, or name another folder with "
-                                                        "--output"));
+        throw ViewExport::UnwrittenFile(fromUtf8OrBytes(
+            name + " cannot be written: " + reason + ": make room on the disk, or name another folder with --output"));
+    }
+
+    /// Lets the disk begin while the next file is computed: what the whole folder waits for at last is then on it. A
+    /// fault of the disk is met there.
+    static void beginBringingToDisk(const std::string& path) {
+        const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (file >= 0) {
+            (void)::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE);
+            ::close(file);
+        }
     }
 
     std::string m_folder;
     std::string m_stem;
-    std::vector<std::string> m_names;
     std::vector<std::string> m_files;  ///< as the manifest has them
 };
 
@@ -168,7 +161,6 @@ public:
         if (m_request.hasTestPictures && m_view.eyeNumber == 1) {
             m_files.write("test picture", "test.png", [this](std::ostream& out) { testPicture().write(out); });
         }
-        m_files.bringToDisk();
         return {JsonObject()
                     .addJson("channel", channelJson())
                     .addJson("eye", jsonOfPoint(m_sight.eye()))

@@ -68,7 +68,7 @@ public:
     /// Channels whose light the blends of the others do not know of, each with the reason, UTF-8.
     [[nodiscard]] std::vector<std::string> withoutLight() const;
 
-    /// The files are on the disk when it returns. Throws `UnwrittenFile`, naming the file, when one of them cannot be
+    /// Throws `UnwrittenFile`, naming the file, when one of them cannot be
     /// written, and `VeltraniException`, naming the channel or the file, when the view cannot be exported.
     /// @param folder that exists
     [[nodiscard]] ViewRecord write(const ExportView& view, const std::string& folder,
