@@ -8,7 +8,6 @@
 
 #include <poll.h>
 #include <signal.h>
-#include <string.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +15,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <system_error>
