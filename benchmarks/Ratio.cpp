@@ -35,7 +35,9 @@ public:
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                m_nanoseconds[run.run_name.function_name].push_back(run.cpu_accumulated_time * 1e9 /
+                const bool isOfWall = run.run_name.time_type == "real_time";
+                const double seconds = isOfWall ? run.real_accumulated_time : run.cpu_accumulated_time;
+                m_nanoseconds[run.run_name.function_name].push_back(seconds * 1e9 /
                                                                     static_cast<double>(run.iterations));
             }
         }
@@ -80,10 +82,15 @@ bool takeCheck(std::vector<char*>& arguments) {
 
 }  // namespace
 
-void pair(const std::string& name, const Body& ours, const Body& reference, double limit) {
+void pair(const std::string& name, const Body& ours, const Body& reference, double limit, Clock clock) {
     pairs().push_back({name, limit});
-    benchmark::RegisterBenchmark((name + OURS).c_str(), ours);
-    benchmark::RegisterBenchmark((name + REFERENCE).c_str(), reference);
+    for (benchmark::internal::Benchmark* const side :
+         {benchmark::RegisterBenchmark((name + OURS).c_str(), ours),
+          benchmark::RegisterBenchmark((name + REFERENCE).c_str(), reference)}) {
+        if (clock == Clock::WALL) {
+            side->UseRealTime();
+        }
+    }
 }
 
 void returnMemoryToSystem() {

@@ -9,7 +9,8 @@
 ///
 /// A pair is two benchmarks over the same input. All repetitions of all pairs run interleaved in random order, so that
 /// a machine that is busy for a while slows both sides alike, and the ratio of the two medians is what counts. Times
-/// are those of the processor, not of the clock: nothing measured here starts threads or waits.
+/// are those of the processor unless the clock on the wall is stated, which is for processes that work at the same
+/// time.
 ///
 ///     ratio::pair("normal of a hit", ours, reference, 1.5);
 ///     ...
@@ -21,8 +22,15 @@ namespace ratio {
 
 using Body = std::function<void(benchmark::State&)>;
 
+/// Which time is measured.
+enum class Clock {
+    PROCESSOR,  ///< of this process alone
+    WALL,       ///< until it is done: on a machine that does nothing else
+};
+
 /// @param limit the largest ratio ours / reference that is accepted
-void pair(const std::string& name, const Body& ours, const Body& reference, double limit);
+void pair(const std::string& name, const Body& ours, const Body& reference, double limit,
+          Clock clock = Clock::PROCESSOR);
 
 /// Gives freed memory back to the system. A heap that was left shuffled by the previous repetition makes the next one
 /// several times slower: benchmarks that allocate call it before they start.

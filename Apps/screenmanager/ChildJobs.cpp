@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <system_error>
@@ -217,11 +218,19 @@ private:
         if (isComplete) {
             return;
         }
-        // The system ends a process so when it has no memory left; a place that must not throw ends it as `main` does.
-        outcome.lacksMemory = (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) ||
-                              (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_INTERNAL);
-        outcome.fault = WIFSIGNALED(status) ? "its process was ended by signal " + std::to_string(WTERMSIG(status))
-                                            : std::string("its process ended without a result");
+        // A place that must not throw ends it as `main` does.
+        outcome.lacksMemory = WIFEXITED(status) && WEXITSTATUS(status) == EXIT_INTERNAL;
+        outcome.isEnded = true;
+        outcome.fault = WIFSIGNALED(status) ? endedBy(WTERMSIG(status)) : "its process ended without a result";
+    }
+
+    static std::string endedBy(int signal) {
+        const char* const name = ::sigabbrev_np(signal);
+        const std::string fault = "its process was ended by the signal " +
+                                  (name == nullptr ? std::to_string(signal) : "SIG" + std::string(name));
+        return signal == SIGKILL
+                   ? fault + ", as the system does where memory runs out: allow it more, or state fewer --jobs"
+                   : fault;
     }
 
     const ChildJobs::Work& m_work;
@@ -234,27 +243,30 @@ int ChildJobs::usualNumber() {
     return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
-std::optional<std::vector<Outcome>> ChildJobs::run(std::size_t pieces, int atOnce, const Work& work,
-                                                   ProgressMeter& meter) {
-    std::vector<Outcome> outcomes(pieces);
-    std::vector<std::size_t> steps(pieces);
+std::optional<std::vector<Outcome>> ChildJobs::run(const std::vector<std::size_t>& order, int atOnce, const Work& work,
+                                                   const EndsAll& endsAll, ProgressMeter& meter) {
+    std::vector<Outcome> outcomes(order.size());
+    std::vector<std::size_t> steps(order.size());
     Children children(work);
-    std::size_t next = 0;
-    while (next < pieces || children.size() > 0) {
+    auto next = order.begin();
+    while (next != order.end() || children.size() > 0) {
         if (HeldSignals::hasArrived()) {
             return std::nullopt;
         }
-        while (next < pieces && children.size() < static_cast<std::size_t>(atOnce)) {
-            children.start(next++);
+        while (next != order.end() && children.size() < static_cast<std::size_t>(atOnce)) {
+            children.start(*next++);
         }
         for (const std::size_t piece : children.listen(outcomes, steps)) {
             steps[piece] = STEPS;
+            if (endsAll(outcomes[piece])) {
+                return outcomes;
+            }
         }
         std::size_t done = 0;
         for (const std::size_t step : steps) {
             done += step;
         }
-        meter.update(done, STEPS * pieces);
+        meter.update(done, STEPS * order.size());
     }
     return outcomes;
 }

@@ -26,17 +26,24 @@ public:
         std::string result;        ///< what the work returned
         std::string fault;         ///< why it has no result, on one line; empty when it has one
         bool lacksMemory = false;  ///< whether too little memory is why
+        bool isEnded = false;      ///< whether the process of the piece was ended, which the fault states
     };
+    /// Whether the rest of the work is of no use after such an outcome.
+    using EndsAll = std::function<bool(const Outcome& outcome)>;
 
     ChildJobs() = delete;
 
     /// How many processes can work at the same time: the cores that this process may use.
     [[nodiscard]] static int usualNumber();
 
-    /// Does all pieces; the first ones begin first. None when a signal that ends the program has arrived, which is left
-    /// pending: it must be blocked (see `HeldSignals`).
+    /// Does the pieces, the first ones of the order first. None when a signal that ends the program has arrived, which
+    /// is left pending: it must be blocked (see `HeldSignals`).
+    /// @param order each piece from 0 once
     /// @param atOnce processes at the same time, 1 or more
-    [[nodiscard]] static std::optional<std::vector<Outcome>> run(std::size_t pieces, int atOnce, const Work& work,
+    /// @param endsAll where it returns true, all processes are ended, and what they had begun has no outcome
+    /// @return by piece
+    [[nodiscard]] static std::optional<std::vector<Outcome>> run(const std::vector<std::size_t>& order, int atOnce,
+                                                                 const Work& work, const EndsAll& endsAll,
                                                                  ProgressMeter& meter);
 };
 

@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <system_error>
 #include <utility>
 
@@ -36,28 +37,62 @@ void placeTargets(XMLConfigFile& config, std::vector<ExportView>& views, const E
     ExportViews::placeTargets(config, views, meter.callback());
 }
 
-/// False when a channel has no result; reported then.
-bool isComplete(const std::vector<ChildJobs::Outcome>& outcomes, const std::vector<ExportView>& views) {
-    bool complete = true;
-    for (std::size_t i = 0; i < outcomes.size(); ++i) {
-        if (outcomes[i].lacksMemory) {
-            throw std::bad_alloc();
-        }
-        if (!outcomes[i].fault.empty()) {
-            const std::string channel = Veltrani::onOneLine(views[i].channel.describe());
-            const std::string& fault = outcomes[i].fault;
-            Console::error(fault.find(channel) == std::string::npos ? channel + ": " + fault : fault);
-            complete = false;
-        }
-    }
-    return complete;
-}
-
-/// The two parts of a result: what the manifest states, and what is printed for people.
+/// The two parts of a result: what the manifest states, and what is printed for people. One without the first is why a
+/// file could not be written.
 constexpr char BETWEEN = '\t';
 
-std::string joined(const ViewRecord& record) {
-    return record.json + BETWEEN + Veltrani::onOneLine(record.summary);
+bool isUnwritten(const ChildJobs::Outcome& outcome) {
+    return outcome.result.starts_with(BETWEEN);
+}
+
+bool endsAll(const ChildJobs::Outcome& outcome) {
+    return outcome.lacksMemory || outcome.isEnded || isUnwritten(outcome);
+}
+
+std::string written(const ViewExport& exporter, const ExportView& view, const ExportFolder& folder,
+                    const Veltrani::DisplayReport::Progress& progress) {
+    try {
+        const ViewRecord record = exporter.write(view, folder.file("."), progress);
+        return record.json + BETWEEN + Veltrani::onOneLine(record.summary);
+    } catch (const ViewExport::UnwrittenFile& fault) {
+        return BETWEEN + Veltrani::onOneLine(Veltrani::toUtf8(fault.message));
+    }
+}
+
+/// What the outcomes come to: an exit code, with what is wrong reported.
+int judge(const std::vector<ChildJobs::Outcome>& outcomes, const std::vector<ExportView>& views,
+          const std::string& output) {
+    int code = EXIT_ALL_RIGHT;
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        const ChildJobs::Outcome& outcome = outcomes[i];
+        if (outcome.lacksMemory) {
+            throw std::bad_alloc();
+        }
+        if (isUnwritten(outcome)) {
+            Console::error(Veltrani::onOneLine(output) + ": " + outcome.result.substr(1));
+            return EXIT_OUTPUT;
+        }
+        if (!outcome.fault.empty()) {
+            const std::string channel = Veltrani::onOneLine(views[i].channel.describe());
+            const std::string& fault = outcome.fault;
+            Console::error(fault.find(channel) == std::string::npos ? channel + ": " + fault : fault);
+            code = std::max<int>(code, outcome.isEnded ? EXIT_INTERNAL : EXIT_INPUT);
+        }
+    }
+    return code;
+}
+
+/// The views with the most pixels first: one that takes long and begins last would keep its process busy alone.
+std::vector<std::size_t> longestFirst(const std::vector<ExportView>& views) {
+    std::vector<std::size_t> order(views.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    const auto pixelsOf = [&views](std::size_t i) {
+        const ProjectorConfig& projector = *views[i].channel.projector;
+        return 1LL * projector.getWidth() * projector.getHeight();
+    };
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t one, std::size_t other) { return pixelsOf(one) > pixelsOf(other); });
+    return order;
 }
 
 std::string unitOf(const XMLConfigFile& config) {
@@ -82,17 +117,17 @@ int writeFolder(Work& work, ExportFolder& folder, const ExportOptions& options) 
         }
     }
     const auto outcomes = ChildJobs::run(
-        work.views.size(), options.jobs > 0 ? options.jobs : ChildJobs::usualNumber(),
+        longestFirst(work.views), options.jobs > 0 ? options.jobs : ChildJobs::usualNumber(),
         [&](std::size_t i, const Veltrani::DisplayReport::Progress& progress) {
-            return joined(exporter.write(work.views[i], folder.file("."), progress));
+            return written(exporter, work.views[i], folder, progress);
         },
-        meter);
+        endsAll, meter);
     meter.end();
     if (!outcomes) {
         return EXIT_OUTPUT;
     }
-    if (!isComplete(*outcomes, work.views)) {
-        return EXIT_INPUT;
+    if (const int fault = judge(*outcomes, work.views, options.output); fault != EXIT_ALL_RIGHT) {
+        return fault;
     }
     std::vector<std::string> views;
     for (const ChildJobs::Outcome& outcome : *outcomes) {

@@ -3,7 +3,9 @@
 #include "NumberOptions.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -32,37 +34,72 @@ void addOutputOptions(OptionList& line, ExportOptions& options) {
         .typeName("FILE");
 }
 
+/// An option that only matrices heed.
+/// @param take is given the word
+Option addOfMatrices(OptionList& line, ExportOptions& options, const char* name, const std::vector<std::string>& words,
+                     const char* help, std::function<void(const std::string&)> take) {
+    return line
+        .addRead(
+            name,
+            [&options, name, take = std::move(take)](const std::string& word) {
+                options.ofMatrices.emplace_back(name);
+                take(word);
+            },
+            help)
+        .oneOf(words);
+}
+
 void addConventionOptions(OptionList& line, ExportOptions& options) {
     RenderConvention& convention = options.request.convention;
-    line.addRead(
-            "--convention",
-            [&convention](const std::string& name) {
-                convention.depth = RenderConvention::depthOf(name).value_or(convention.depth);
-            },
-            "Depths of the projection matrix: opengl (default), direct3d or reversed-z")
-        .oneOf(RenderConvention::depthNames())
+    addOfMatrices(line, options, "--convention", RenderConvention::depthNames(),
+                  "Depths of the projection matrix: opengl (default), direct3d or reversed-z",
+                  [&convention](const std::string& name) {
+                      convention.depth = RenderConvention::depthOf(name).value_or(convention.depth);
+                  })
         .typeName("CONVENTION");
-    line.addRead(
-            "--world",
-            [&convention](const std::string& name) {
-                convention.world = RenderConvention::worldOf(name).value_or(convention.world);
-            },
-            "Axis of the engine that points up: z-up (default) or y-up")
-        .oneOf(RenderConvention::worldNames())
+    addOfMatrices(line, options, "--world", RenderConvention::worldNames(),
+                  "Axis of the engine that points up: z-up (default) or y-up",
+                  [&convention](const std::string& name) {
+                      convention.world = RenderConvention::worldOf(name).value_or(convention.world);
+                  })
         .typeName("WORLD");
-    line.addRead(
-            "--handed",
-            [&convention](const std::string& name) {
-                convention.handed = RenderConvention::handedOf(name).value_or(convention.handed);
-            },
-            "Hand of the axes of the engine: right (default) or left")
-        .oneOf(RenderConvention::handedNames())
+    addOfMatrices(line, options, "--handed", RenderConvention::handedNames(),
+                  "Hand of the axes of the engine: right (default) or left",
+                  [&convention](const std::string& name) {
+                      convention.handed = RenderConvention::handedOf(name).value_or(convention.handed);
+                  })
         .typeName("HAND");
     constexpr double FARTHEST = 1e12;
-    addBoundedNumber(line, "--near", {0, FARTHEST, true}, "Near plane, native units (default 0.1)", "LENGTH",
-                     [&convention](double plane) { convention.nearPlane = plane; });
-    addBoundedNumber(line, "--far", {0, FARTHEST, true}, "Far plane, native units (default 1000)", "LENGTH",
-                     [&convention](double plane) { convention.farPlane = plane; });
+    const auto addPlane = [&](const char* name, const char* help, double& plane) {
+        addBoundedNumber(line, name, {0, FARTHEST, true}, help, "LENGTH", [&options, name, &plane](double distance) {
+            options.ofMatrices.emplace_back(name);
+            plane = distance;
+        });
+    };
+    addPlane("--near", "Near plane, native units (default 0.1)", convention.nearPlane);
+    addPlane("--far", "Far plane, native units (default 1000)", convention.farPlane);
+}
+
+/// Refuses what has no effect on the formats that are written.
+void requireHeededByFormats(const ExportOptions& options) {
+    const ExportRequest& request = options.request;
+    const InputOptions& input = options.input;
+    if (std::none_of(request.formats.begin(), request.formats.end(), isOfNodes)) {
+        const auto refuse = [](bool isGiven, const char* option, const char* formats) {
+            if (isGiven) {
+                OptionList::refuse(option,
+                                   std::string("needs --format ") + formats + ": state it, or leave the option out");
+            }
+        };
+        refuse(input.nodes.has_value() || input.hasAutoNodes, "--nodes", "mesh or obj");
+        refuse(input.error.has_value(), "--error", "mesh or obj");
+        refuse(input.isCut, "--wrap", "obj");
+    }
+    input.requireErrorHeeded(true);
+    if (input.isCut &&
+        std::find(request.formats.begin(), request.formats.end(), WarpFormat::MESH) != request.formats.end()) {
+        OptionList::refuse("--wrap", "a mesh of rows and columns has no cut cells: choose --format obj");
+    }
 }
 
 /// Fills what the options state together.
@@ -70,6 +107,9 @@ void complete(ExportOptions& options) {
     ExportRequest& request = options.request;
     checkBlendOptions(options.blend);
     options.input.requireHeeded(USUAL_INPUT, !options.eyes.empty());
+    for (const std::string& option : options.ofMatrices) {
+        options.input.requireHeeding(USUAL_INPUT, option, {InputKind::FRUSTUM, InputKind::CUBE});
+    }
     request.input = options.input.choice(USUAL_INPUT);
     request.nodes = options.input.nodes;
     request.error = options.input.allowedError();
@@ -84,10 +124,7 @@ void complete(ExportOptions& options) {
             request.formats.push_back(*format);
         }
     }
-    if (options.input.isCut &&
-        std::find(request.formats.begin(), request.formats.end(), WarpFormat::MESH) != request.formats.end()) {
-        OptionList::refuse("--wrap", "a mesh of rows and columns has no cut cells: choose --format obj");
-    }
+    requireHeededByFormats(options);
     if (!(request.convention.nearPlane < request.convention.farPlane)) {
         OptionList::refuse("--near", "the near plane lies before the far plane, see --far");
     }

@@ -19,6 +19,7 @@ struct ExportOptions : CommandOptions {
     std::vector<Point<double, 3>> eyePoints;  ///< the same as points; filled when the line is complete
     std::string content;                      ///< PNG file; empty: none
     std::vector<std::string> formats;         ///< names; empty: the first
+    std::vector<std::string> ofMatrices;      ///< the options that were stated of what matrices are made for
     InputOptions input;
     BlendOptions blend;
     Veltrani::ExportFiles::ExportRequest request;

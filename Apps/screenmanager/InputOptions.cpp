@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <numbers>
 
 namespace {
@@ -56,14 +55,9 @@ bool InputOptions::hasMore() const {
 }
 
 void InputOptions::requireHeeded(std::optional<InputKind> usual, bool hasEye) const {
-    const std::optional<InputKind> input = kind ? kind : usual;
-    const auto require = [&input](bool isGiven, const char* option, std::initializer_list<InputKind> heeding) {
-        if (isGiven && (!input || std::find(heeding.begin(), heeding.end(), *input) == heeding.end())) {
-            std::string names;
-            for (const InputKind one : heeding) {
-                names += (names.empty() ? "" : " or ") + nameOf(one);
-            }
-            OptionList::refuse(option, "needs --input " + names + ": state it, or leave the option out");
+    const auto require = [&](bool isGiven, const char* option, std::initializer_list<InputKind> heeding) {
+        if (isGiven) {
+            requireHeeding(usual, option, heeding);
         }
     };
     const auto seen = {InputKind::FRUSTUM, InputKind::FISHEYE, InputKind::EQUIRECTANGULAR, InputKind::CUBE};
@@ -75,6 +69,31 @@ void InputOptions::requireHeeded(std::optional<InputKind> usual, bool hasEye) co
     require(margin.has_value(), "--margin", {InputKind::FRUSTUM});
     require(isCut, "--wrap", {InputKind::EQUIRECTANGULAR, InputKind::CUBE});
     (void)direction();
+}
+
+void InputOptions::requireHeeding(std::optional<InputKind> usual, const std::string& option,
+                                  std::initializer_list<InputKind> heeding) const {
+    const std::optional<InputKind> input = kind ? kind : usual;
+    if (input && std::find(heeding.begin(), heeding.end(), *input) != heeding.end()) {
+        return;
+    }
+    std::string names;
+    for (const InputKind one : heeding) {
+        names += (names.empty() ? "" : " or ") + nameOf(one);
+    }
+    OptionList::refuse(option, "needs --input " + names + ": state it, or leave the option out");
+}
+
+void InputOptions::requireErrorHeeded(bool areUsuallyAuto) const {
+    if (!error || hasAutoNodes) {
+        return;
+    }
+    if (nodes) {
+        OptionList::refuse("--error", "chooses the nodes, which --nodes states: leave one of the two out");
+    }
+    if (!areUsuallyAuto) {
+        OptionList::refuse("--error", "needs --nodes auto: state it, or leave the option out");
+    }
 }
 
 std::optional<Point<double, 3>> InputOptions::direction() const {

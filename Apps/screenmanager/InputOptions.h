@@ -4,6 +4,7 @@
 #include "DisplayExport/ContentInput.h"
 #include "OptionList.h"
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +32,13 @@ struct InputOptions {
     /// @param usual the input when none is stated; none: what another input would heed needs one to be stated
     /// @param hasEye whether an eye is stated
     void requireHeeded(std::optional<InputKind> usual, bool hasEye) const;
+    /// Refuses the command line for an option that the input does not heed.
+    /// @param heeding the inputs that do
+    void requireHeeding(std::optional<InputKind> usual, const std::string& option,
+                        std::initializer_list<InputKind> heeding) const;
+    /// Refuses the command line for an error where the nodes do not depend on it.
+    /// @param areUsuallyAuto whether as few nodes as keep the error are taken when no others are stated
+    void requireErrorHeeded(bool areUsuallyAuto) const;
 
     /// @param usual the input when none is stated
     [[nodiscard]] Veltrani::DisplayExport::InputChoice choice(InputKind usual) const;

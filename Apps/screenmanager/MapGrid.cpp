@@ -271,6 +271,7 @@ void requireHeeded(const MapOptions& options) {
         OptionList::refuse("--wrap", "a mesh of rows and columns has no cut cells: choose --format obj");
     }
     if (isOfNodes(options.format)) {
+        input.requireErrorHeeded(false);
         return;
     }
     const auto refuse = [&options](bool isGiven, const char* option) {

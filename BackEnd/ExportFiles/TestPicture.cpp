@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Veltrani::ExportFiles {
 
@@ -40,9 +41,7 @@ public:
         addGrid();
         addFrame();
         addNames();
-        for (const Point<double, 2>& target : m_picture.targets) {
-            addTarget(target);
-        }
+        addTargets();
         return std::move(m_drawing);
     }
 
@@ -131,17 +130,47 @@ private:
         addBox(column - half, top + head, 2 * half + 1, std::max(1, height - head), m_picture.colour);
     }
 
-    /// A cross whose arms leave out the pixels around its middle, which is one pixel.
-    void addTarget(const Point<double, 2>& place) {
-        const int column = pixelAt(place[0], m_width);
-        const int row = m_height - 1 - pixelAt(place[1], m_height);
+    /// A cross on each, whose arms leave out the pixels around its middle, which is one pixel and stands alone: over
+    /// words and lines, but for the frame, and under no arm of another one.
+    void addTargets() {
+        for (const Point<double, 2>& target : m_picture.targets) {
+            const auto [column, row] = pixelOf(target);
+            const int gap = 2 * unit();
+            const int arm = 5 * unit();
+            addMark(column - gap - arm, row, arm, 1, TARGET);
+            addMark(column + gap + 1, row, arm, 1, TARGET);
+            addMark(column, row - gap - arm, 1, arm, TARGET);
+            addMark(column, row + gap + 1, 1, arm, TARGET);
+        }
+        for (const Point<double, 2>& target : m_picture.targets) {
+            addRoomAround(target);
+        }
+        for (const Point<double, 2>& target : m_picture.targets) {
+            const auto [column, row] = pixelOf(target);
+            addMark(column, row, 1, 1, WHITE);
+        }
+    }
+
+    void addRoomAround(const Point<double, 2>& target) {
+        const auto [column, row] = pixelOf(target);
         const int gap = 2 * unit();
-        const int arm = 5 * unit();
-        addBox(column - gap - arm, row, arm, 1, TARGET);
-        addBox(column + gap + 1, row, arm, 1, TARGET);
-        addBox(column, row - gap - arm, 1, arm, TARGET);
-        addBox(column, row + gap + 1, 1, arm, TARGET);
-        addBox(column, row, 1, 1, WHITE);
+        const int left = std::max(column - gap, 1);
+        const int top = std::max(row - gap, 1);
+        const int right = std::min(column + gap, m_width - 2);
+        const int bottom = std::min(row + gap, m_height - 2);
+        if (left <= right && top <= bottom) {
+            addMark(left, top, right + 1 - left, bottom + 1 - top, BLACK);
+        }
+    }
+
+    /// Counted from the top left corner.
+    [[nodiscard]] std::pair<int, int> pixelOf(const Point<double, 2>& place) const {
+        return {pixelAt(place[0], m_width), m_height - 1 - pixelAt(place[1], m_height)};
+    }
+
+    void addMark(int left, int top, int width, int height, const Colour& colour) {
+        m_drawing.boxesOverTexts.push_back({static_cast<double>(left), static_cast<double>(top),
+                                            static_cast<double>(width), static_cast<double>(height), colour});
     }
 
     const TestPicture& m_picture;

@@ -11,9 +11,14 @@
 #include "ExportFiles/ViewJson.h"
 #include "ExportFiles/WarpedContent.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <functional>
+#include <system_error>
 #include <utility>
 
 namespace Veltrani::ExportFiles {
@@ -53,14 +58,16 @@ public:
                int bits = 0) {
         const std::string name = m_stem + '.' + ending;
         const std::string path = m_folder + '/' + name;
+        errno = 0;
         std::ofstream out(path, std::ios::binary | std::ios::trunc);
         if (out) {
             writer(out);
         }
         out.close();
         if (!out) {
-            throw VeltraniException(fromUtf8OrBytes(name + " cannot be written: is there room on the disk?"));
+            refuse(name);
         }
+        beginBringingToDisk(path);
         JsonObject file;
         file.add("name", name).add("kind", kind);
         if (bits > 0) {
@@ -74,9 +81,26 @@ public:
     }
 
 private:
+    /// @param name of a file that could not be written, for the reason in `errno`
+    [[noreturn]] static void refuse(const std::string& name) {
+        const std::string reason = errno == 0 ? "the writing was broken off" : std::generic_category().message(errno);
+        throw ViewExport::UnwrittenFile(fromUtf8OrBytes(
+            name + " cannot be written: " + reason + ": make room on the disk, or name another folder with --output"));
+    }
+
+    /// Lets the disk begin while the next file is computed: what the whole folder waits for at last is then on it. A
+    /// fault of the disk is met there.
+    static void beginBringingToDisk(const std::string& path) {
+        const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (file >= 0) {
+            (void)::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE);
+            ::close(file);
+        }
+    }
+
     std::string m_folder;
     std::string m_stem;
-    std::vector<std::string> m_files;
+    std::vector<std::string> m_files;  ///< as the manifest has them
 };
 
 bool contains(const std::vector<WarpFormat>& formats, WarpFormat format) {

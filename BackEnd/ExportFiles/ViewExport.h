@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Common/VeltraniException.h"
 #include "DisplayExport/ChannelWarp.h"
 #include "DisplayExport/ContentInput.h"
 #include "DisplayExport/RenderFrustum.h"
@@ -54,6 +55,11 @@ struct ViewRecord {
 /// Writes the files of one view.
 class ViewExport {
 public:
+    /// A file cannot be written, whatever the view: there is no room, or no right to write there.
+    struct UnwrittenFile : VeltraniException {
+        using VeltraniException::VeltraniException;
+    };
+
     /// Build the screen first. Looks up how the pictures of all channels lie to each other, where blends are requested;
     /// throws what `DisplayBlender` throws.
     /// @param config, request must outlive this
@@ -62,7 +68,8 @@ public:
     /// Channels whose light the blends of the others do not know of, each with the reason, UTF-8.
     [[nodiscard]] std::vector<std::string> withoutLight() const;
 
-    /// Throws `VeltraniException`, naming the channel or the file, when it cannot be exported.
+    /// Throws `UnwrittenFile`, naming the file, when one of them cannot be
+    /// written, and `VeltraniException`, naming the channel or the file, when the view cannot be exported.
     /// @param folder that exists
     [[nodiscard]] ViewRecord write(const ExportView& view, const std::string& folder,
                                    const DisplayReport::Progress& progress) const;

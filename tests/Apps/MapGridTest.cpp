@@ -213,6 +213,8 @@ TEST_F(MapGrid, OptionsThatAreNotHeededAreRefused) {
              {{"--error", "1", "--format", "pfm3d"}, "--error: pfm3d has one value per pixel"},
              {{"--size", "9x9", "--format", "pfm"}, "--size: pfm has one value per pixel"},
              {{"--error", "0"}, "--error"},
+             {{"--error", "1"}, "--error: needs --nodes auto: state it, or leave the option out"},
+             {{"--nodes", "9x7", "--error", "1"}, "--error: chooses the nodes, which --nodes states"},
              {{"--input", "dome"}, "dome"}}) {
         const ProgramRun run = map(m_wall, "Right", options);
         EXPECT_EQ(run.exitCode, 2) << message << run.errors;

@@ -3,9 +3,10 @@
 
 usage: export_frusta.py FOLDER
 
-Each view has a frustum and warps in the formats pfm, pfm3d and png16. A place on the screen, seen through the view matrix and the
-projection matrix of the manifest, has to land where the warps of its pixel say, within a millionth of the picture, or for png16
-within its step. The axes of the engine are written down here once more. Exits with 1 and the worst place otherwise.
+Each view has a frustum, or those of the six faces of a cube, and warps in the formats pfm, pfm3d and png16. A place on the screen, seen
+through the view matrix and the projection matrix of the manifest, has to land where the warps of its pixel say, within a millionth
+of the picture, or for png16 within its step. The axes of the engine are written down here once more. Exits with 1 and the worst
+place otherwise.
 """
 import json
 import math
@@ -13,7 +14,7 @@ import struct
 import sys
 import zlib
 
-STRIDE = 3
+STRIDE = 5
 
 # What x right, y forward, z up of the display is in an engine.
 ENGINE = {
@@ -78,22 +79,29 @@ def through(matrix, point):
     return [sum(matrix[4 * row + column] * point[column] for column in range(4)) for row in range(4)]
 
 
+def check_stand(frustum, eye, clip, convention):
+    """The frustum is seen from the eye of its view, and has its planes where the convention has them."""
+    assert all(abs(frustum["position"][i] - eye[i]) < 1e-12 for i in range(3)), "another eye"
+    for distance, depth in zip((convention["near"], convention["far"]), DEPTHS[convention["depth"]]):
+        seen = clip(frustum, *(frustum["position"][i] + distance * frustum["forward"][i] for i in range(3)))
+        assert seen[3] > 0 and abs(seen[2] / seen[3] - depth) < 1e-6, ("depth", distance, seen)
+
+
 def worst_of(view, convention, folder):
-    frustum = view["input"]["frustum"]
+    faces = view["input"]["faces"]
+    frusta = [face["frustum"] for face in faces] if faces else [view["input"]["frustum"]]
     files = {file["kind"]: folder + "/" + file["name"] for file in view["files"]}
     width, height, places = read_pfm(files["pfm"])
     assert [width, height] == view["channel"]["pixels"]
     points = read_pfm(files["pfm3d"])[2]
-    steps = read_png16(files["png16"]) if width * height < 400000 else None
+    steps = read_png16(files["png16"])
     engine = ENGINE[(convention["world"], convention["handed"])]
-    near, far = convention["near"], convention["far"]
 
-    def clip(x, y, z):
+    def clip(frustum, x, y, z):
         return through(frustum["projectionMatrix"], through(frustum["viewMatrix"], list(engine(x, y, z)) + [1.0]))
 
-    for distance, depth in zip((near, far), DEPTHS[convention["depth"]]):
-        seen = clip(*(frustum["position"][i] + distance * frustum["forward"][i] for i in range(3)))
-        assert seen[3] > 0 and abs(seen[2] / seen[3] - depth) < 1e-6, ("depth", distance, seen)
+    for frustum in frusta:
+        check_stand(frustum, view["eye"], clip, convention)
     worst, count = 0.0, 0
     for y in range(0, height, STRIDE):
         for x in range(0, width, STRIDE):
@@ -103,15 +111,17 @@ def worst_of(view, convention, folder):
                 assert u == -1 and v == -1
                 continue
             assert not any(math.isnan(part) for part in point)
-            seen = clip(*point)
+            # The faces stand beside each other.
+            face = min(int(u * len(frusta)), len(frusta) - 1) if len(frusta) > 1 else 0
+            seen = clip(frusta[face], *point)
             assert seen[3] > 0, "a point is seen ahead"
             at = [(seen[i] / seen[3] + 1) / 2 for i in range(2)]
+            at[0] = (face + at[0]) / len(frusta)
             worst = max(worst, abs(at[0] - u), abs(at[1] - v))
             count += 1
-            if steps:
-                red, green, blue = steps(x, y)
-                assert blue == 65535
-                assert abs(red / 65535 - at[0]) < 0.5 / 65535 + 1e-6 and abs(green / 65535 - at[1]) < 0.5 / 65535 + 1e-6
+            red, green, blue = steps(x, y)
+            assert blue == 65535
+            assert abs(red / 65535 - at[0]) < 0.5 / 65535 + 1e-6 and abs(green / 65535 - at[1]) < 0.5 / 65535 + 1e-6
     return worst, count
 
 

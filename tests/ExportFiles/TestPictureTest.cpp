@@ -68,6 +68,37 @@ TEST(TestPicture, TheMiddleOfATargetIsThePixelThatItLiesIn) {
     EXPECT_EQ(image.at(495, 0), YELLOW);
 }
 
+// The words stand in the middle, where targets do, too.
+TEST(TestPicture, NoWordHidesATarget) {
+    TestPicture picture = pictureOf(960, 600);
+    const PngImage words = shown(picture);
+    std::size_t covered = 0;
+    for (std::size_t down = 340; down < 384; down += 7) {
+        for (std::size_t right = 300; right < 660; ++right) {
+            if (words.at(right, down) == BLUE && words.at(right, down + 1) == BLUE) {
+                picture.targets = {
+                    {(static_cast<double>(right) + 0.5) / 960, 1 - (static_cast<double>(down) + 0.5) / 600}};
+                const PngImage image = shown(picture);
+                EXPECT_EQ(image.at(right, down), WHITE);
+                EXPECT_EQ(image.at(right, down + 1), BLACK);
+                EXPECT_EQ(image.at(right + 4, down), YELLOW);
+                ++covered;
+                right += 40;
+            }
+        }
+    }
+    EXPECT_GT(covered, 5U);
+}
+
+TEST(TestPicture, NoTargetHidesTheMiddleOfAnother) {
+    TestPicture picture = pictureOf(500, 300);
+    picture.targets = {{100.5 / 500, 70.5 / 300}, {104.5 / 500, 70.5 / 300}, {100.5 / 500, 75.5 / 300}};
+    const PngImage image = shown(picture);
+    EXPECT_EQ(image.at(100, 299 - 70), WHITE);
+    EXPECT_EQ(image.at(104, 299 - 70), WHITE);
+    EXPECT_EQ(image.at(100, 299 - 75), WHITE);
+}
+
 TEST(TestPicture, TheArrowPointsUpwards) {
     const PngImage image = shown(pictureOf(960, 600));
     std::size_t highest = 0;

@@ -12,7 +12,8 @@ namespace Veltrani::DisplayReport {
 /// A flat drawing of a scene, made of simple shapes: what every format of stills is written from.
 ///
 /// Places are (to the right, down, nearness): pixels from the top left corner, and 1 / distance ahead of the camera.
-/// Nearer shapes hide farther ones; boxes, discs on top and texts are hidden by nothing and drawn last, in this order.
+/// Nearer shapes hide farther ones; boxes, discs on top, texts and boxes over texts are hidden by nothing and drawn
+/// last, in this order.
 struct Drawing {
     using Place = Point<double, 3>;
 
@@ -59,7 +60,8 @@ struct Drawing {
     std::vector<Disc> discs;
     std::vector<Box> boxes;  ///< on top, below discs and texts that are on top
     std::vector<Disc> discsOnTop;
-    std::vector<Text> texts;  ///< on top of everything
+    std::vector<Text> texts;
+    std::vector<Box> boxesOverTexts;  ///< on top of everything
 
     /// Share by which lines and discs, and triangles that are not opaque, count as nearer than they are: they lie on
     /// surfaces, of which the triangles of a drawing are chords.

@@ -116,6 +116,7 @@ public:
             }
         }
         addOnTop();
+        addOverTexts();
         return std::move(m_painted);
     }
 
@@ -261,14 +262,26 @@ private:
 
     void addOnTop() {
         for (const Drawing::Box& box : m_drawing.boxes) {
-            const double right = box.left + box.width;
-            const double bottom = box.top + box.height;
-            next(Kind::AREA, box.colour, 1, 0)
-                .parts.push_back({{box.left, box.top}, {right, box.top}, {right, bottom}, {box.left, bottom}});
+            addBox(box);
         }
         for (const Drawing::Disc& disc : m_drawing.discsOnTop) {
             addDisc(disc);
         }
+    }
+
+    void addOverTexts() {
+        std::vector<Shape> below = std::exchange(m_painted.shapes, {});
+        for (const Drawing::Box& box : m_drawing.boxesOverTexts) {
+            addBox(box);
+        }
+        m_painted.shapesOverTexts = std::exchange(m_painted.shapes, std::move(below));
+    }
+
+    void addBox(const Drawing::Box& box) {
+        const double right = box.left + box.width;
+        const double bottom = box.top + box.height;
+        next(Kind::AREA, box.colour, 1, 0)
+            .parts.push_back({{box.left, box.top}, {right, box.top}, {right, bottom}, {box.left, bottom}});
     }
 
     const Drawing& m_drawing;

@@ -37,7 +37,8 @@ struct PaintedDrawing {
     int height = 0;
     std::string title;
     std::vector<Shape> shapes;
-    std::vector<Drawing::Text> texts;  ///< on top of everything
+    std::vector<Drawing::Text> texts;    ///< on top of the shapes
+    std::vector<Shape> shapesOverTexts;  ///< on top of everything
 };
 
 /// A text as drawings can hold it; UTF-8 without control characters.

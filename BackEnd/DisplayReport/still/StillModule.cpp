@@ -85,6 +85,9 @@ public:
         for (const Drawing::Text& text : drawing.texts) {
             paint(text);
         }
+        for (const Shape& shape : drawing.shapesOverTexts) {
+            paint(shape);
+        }
         require(cairo_status(m_pen.get()));
     }
 
