@@ -53,11 +53,29 @@ bool isComplete(const std::vector<ChildJobs::Outcome>& outcomes, const std::vect
     return complete;
 }
 
-/// The two parts of a result: what the manifest states, and what is printed for people.
 constexpr char BETWEEN = '\t';
 
+/// A record as a child hands it on: its parts hold no tabulator, once they are on one line.
 std::string joined(const ViewRecord& record) {
-    return record.json + BETWEEN + Veltrani::onOneLine(record.summary);
+    return record.json + BETWEEN + Veltrani::onOneLine(record.summary) + BETWEEN + Veltrani::onOneLine(record.warning);
+}
+
+ViewRecord parted(const std::string& joined) {
+    const std::size_t first = joined.find(BETWEEN);
+    const std::size_t second = joined.find(BETWEEN, first + 1);
+    return {joined.substr(0, first), joined.substr(first + 1, second - first - 1), joined.substr(second + 1)};
+}
+
+/// False when a channel shows nothing; reported then.
+bool reportUnmapped(const std::vector<ViewRecord>& records) {
+    bool isComplete = true;
+    for (const ViewRecord& record : records) {
+        if (!record.warning.empty()) {
+            Console::error(record.warning);
+            isComplete = false;
+        }
+    }
+    return isComplete;
 }
 
 std::string unitOf(const XMLConfigFile& config) {
@@ -94,18 +112,26 @@ int writeFolder(Work& work, ExportFolder& folder, const ExportOptions& options) 
     if (!isComplete(*outcomes, work.views)) {
         return EXIT_INPUT;
     }
+    std::vector<ViewRecord> records;
     std::vector<std::string> views;
     for (const ChildJobs::Outcome& outcome : *outcomes) {
-        views.push_back(outcome.result.substr(0, outcome.result.find(BETWEEN)));
+        records.push_back(parted(outcome.result));
+        views.push_back(records.back().json);
+    }
+    const bool areMapped = reportUnmapped(records);
+    if (!areMapped &&
+        std::all_of(records.begin(), records.end(), [](const ViewRecord& record) { return !record.warning.empty(); })) {
+        Console::error("no channel has anything that is mapped, and nothing was written");
+        return EXIT_INCOMPLETE;
     }
     folder.writeManifest(manifestOf(work.request, unitOf(*work.config), work.sources, views));
     folder.commit();
-    for (const ChildJobs::Outcome& outcome : *outcomes) {
+    for (const ViewRecord& record : records) {
         if (options.isTalkative()) {
-            Console::say(outcome.result.substr(outcome.result.find(BETWEEN) + 1));
+            Console::say(record.summary);
         }
     }
-    return EXIT_ALL_RIGHT;
+    return areMapped ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
 /// The display and the content; an exit code where one of them cannot be used, which has been reported then.

@@ -290,6 +290,25 @@ P2 ContentInput::shrunkAroundBack(const P2& fromMiddle, const P2& way) const {
     return dot(way, outwards) * outwards + std::max(0.0, std::sin(angle)) * dot(way, around) * around;
 }
 
+std::string ContentInput::remedyForNothing(const ChannelSight& sight) const {
+    constexpr int PER_SIDE = 33;
+    std::vector<P2> picture;
+    for (int row = 0; row < PER_SIDE; ++row) {
+        for (int column = 0; column < PER_SIDE; ++column) {
+            picture.emplace_back((column + 0.5) / PER_SIDE, (row + 0.5) / PER_SIDE);
+        }
+    }
+    std::vector<SeenPlace> seen(picture.size());
+    sight.see(picture, seen);
+    if (std::none_of(seen.begin(), seen.end(), [](const SeenPlace& place) { return place.isSeen; })) {
+        return REMEDY_UNLIT;
+    }
+    return kind() == InputKind::FRUSTUM
+               ? "what it shows lies behind the direction of the frustum: state another --axis, or none"
+               : "what it shows lies beyond the circle of the fisheye: state another --axis or a wider --aperture, or "
+                 "--input equirectangular";
+}
+
 Point<int, 2> ContentInput::usualPixels(const XMLConfigManager& config, const ChannelSight& sight, InputKind kind) {
     constexpr int ALONG = 4096;
     switch (kind) {

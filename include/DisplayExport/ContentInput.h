@@ -115,6 +115,12 @@ public:
     /// lies opposite to the axis is the whole rim of its circle.
     [[nodiscard]] double distance(const Point<double, 2>& from, const Point<double, 2>& to) const;
 
+    /// What to change where nothing of a channel's picture is lit, for messages.
+    static constexpr const char* REMEDY_UNLIT =
+        "check its position, orientation and frustum, or its map, against the screen";
+    /// What to change where no place of a channel's picture has one in this input, for messages.
+    [[nodiscard]] std::string remedyForNothing(const ChannelSight& sight) const;
+
     /// The pixels of the channel's picture for a frustum, 4096 x 4096 for a fisheye, 8192 x 4096 for a panorama, 2048 x
     /// 2048 for the face of a cube, and 4096 pixels across the longer side for a layout. For the screen, 4096 x 4096.
     [[nodiscard]] static Point<int, 2> usualPixels(const XMLConfigManager& config, const ChannelSight& sight,
