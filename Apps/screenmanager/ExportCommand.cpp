@@ -37,9 +37,20 @@ void placeTargets(XMLConfigFile& config, std::vector<ExportView>& views, const E
     ExportViews::placeTargets(config, views, meter.callback());
 }
 
-/// The two parts of a result: what the manifest states, and what is printed for people. One without the first is why a
-/// file could not be written.
+/// Between the parts of a record as a child hands it on; a result without the first part is why a file could not be
+/// written.
 constexpr char BETWEEN = '\t';
+
+/// The parts hold no tabulator, once they are on one line.
+std::string joined(const ViewRecord& record) {
+    return record.json + BETWEEN + Veltrani::onOneLine(record.summary) + BETWEEN + Veltrani::onOneLine(record.warning);
+}
+
+ViewRecord parted(const std::string& joined) {
+    const std::size_t first = joined.find(BETWEEN);
+    const std::size_t second = joined.find(BETWEEN, first + 1);
+    return {joined.substr(0, first), joined.substr(first + 1, second - first - 1), joined.substr(second + 1)};
+}
 
 bool isUnwritten(const ChildJobs::Outcome& outcome) {
     return outcome.result.starts_with(BETWEEN);
@@ -52,8 +63,7 @@ bool endsAll(const ChildJobs::Outcome& outcome) {
 std::string written(const ViewExport& exporter, const ExportView& view, const ExportFolder& folder,
                     const Veltrani::DisplayReport::Progress& progress) {
     try {
-        const ViewRecord record = exporter.write(view, folder.file("."), progress);
-        return record.json + BETWEEN + Veltrani::onOneLine(record.summary);
+        return joined(exporter.write(view, folder.file("."), progress));
     } catch (const ViewExport::UnwrittenFile& fault) {
         return BETWEEN + Veltrani::onOneLine(Veltrani::toUtf8(fault.message));
     }
@@ -95,6 +105,18 @@ std::vector<std::size_t> longestFirst(const std::vector<ExportView>& views) {
     return order;
 }
 
+/// False when a channel shows nothing; reported then.
+bool reportUnmapped(const std::vector<ViewRecord>& records) {
+    bool isComplete = true;
+    for (const ViewRecord& record : records) {
+        if (!record.warning.empty()) {
+            Console::error(record.warning);
+            isComplete = false;
+        }
+    }
+    return isComplete;
+}
+
 std::string unitOf(const XMLConfigFile& config) {
     const IUnitsConfig* const units = config.getNativeUnitsConfig();
     return units == nullptr ? std::string() : Veltrani::toUtf8(units->getUnitName());
@@ -129,18 +151,26 @@ int writeFolder(Work& work, ExportFolder& folder, const ExportOptions& options) 
     if (const int fault = judge(*outcomes, work.views, options.output); fault != EXIT_ALL_RIGHT) {
         return fault;
     }
+    std::vector<ViewRecord> records;
     std::vector<std::string> views;
     for (const ChildJobs::Outcome& outcome : *outcomes) {
-        views.push_back(outcome.result.substr(0, outcome.result.find(BETWEEN)));
+        records.push_back(parted(outcome.result));
+        views.push_back(records.back().json);
+    }
+    const bool areMapped = reportUnmapped(records);
+    if (!areMapped &&
+        std::all_of(records.begin(), records.end(), [](const ViewRecord& record) { return !record.warning.empty(); })) {
+        Console::error("no channel has anything that is mapped, and nothing was written");
+        return EXIT_INCOMPLETE;
     }
     folder.writeManifest(manifestOf(work.request, unitOf(*work.config), work.sources, views));
     folder.commit();
-    for (const ChildJobs::Outcome& outcome : *outcomes) {
+    for (const ViewRecord& record : records) {
         if (options.isTalkative()) {
-            Console::say(outcome.result.substr(outcome.result.find(BETWEEN) + 1));
+            Console::say(record.summary);
         }
     }
-    return EXIT_ALL_RIGHT;
+    return areMapped ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
 /// The display and the content; an exit code where one of them cannot be used, which has been reported then.

@@ -68,8 +68,6 @@ int reportNothingMapped(const ChannelChoice& channel, const std::string& remedy)
     return EXIT_INCOMPLETE;
 }
 
-constexpr const char* CHECK_PLACE = "check its position, orientation and frustum, or its map, against the screen";
-
 /// By the layout map of the display.
 class LayoutGrid {
 public:
@@ -128,7 +126,7 @@ private:
         return m_input.leavesOutBehind() && isBesideInput()
                    ? "what it shows lies behind the viewer, where a fisheye has no picture: state --input "
                      "equirectangular"
-                   : CHECK_PLACE;
+                   : ContentInput::REMEDY_UNLIT;
     }
 
     const ChannelChoice& m_channel;
@@ -161,14 +159,15 @@ public:
         }
         const ChannelWarp warp = warpOf();
         if (warp.count(WarpNode::State::MAPPED) == 0) {
-            return reportNothingMapped(m_sight.channel(), remedy());
+            return reportNothingMapped(m_sight.channel(), m_input.remedyForNothing(m_sight));
         }
         const std::size_t broken = write(warp, result.stream());
         if (!result.commit()) {
             return EXIT_OUTPUT;
         }
         if (m_options.isTalkative()) {
-            Console::say(m_sight.channel().describe() + ": " + summaryOf(warp, broken));
+            Console::say(m_sight.channel().describe() + ": " +
+                         summaryOf(warp, broken, warpFormatOf(m_options.format) == WarpFormat::MESH));
             sayFrustum();
         }
         return EXIT_ALL_RIGHT;
@@ -198,20 +197,6 @@ private:
         }
         WarpWriter::ofFormat(m_options.format)->write(ChannelWarpGrid(warp, warp.nodes(), strip), out);
         return 0;
-    }
-
-    [[nodiscard]] std::string remedy() const {
-        const std::vector<Point<double, 2>> picture = latticeOfPicture();
-        std::vector<SeenPlace> seen(picture.size());
-        m_sight.see(picture, seen);
-        const bool isLit = std::any_of(seen.begin(), seen.end(), [](const SeenPlace& place) { return place.isSeen; });
-        if (!isLit) {
-            return CHECK_PLACE;
-        }
-        return m_input.kind() == InputKind::FRUSTUM
-                   ? "what it shows lies behind the direction of the frustum: state another --axis, or none"
-                   : "what it shows lies beyond the circle of the fisheye: state another --axis or a wider "
-                     "--aperture, or --input equirectangular";
     }
 
     /// What an engine renders, without which a warp of it is of no use.

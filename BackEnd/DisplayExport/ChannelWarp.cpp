@@ -6,6 +6,12 @@
 
 namespace Veltrani::DisplayExport {
 
+void WarpError::addPlace(double error, double allowed) {
+    ++places;
+    beyond += error > allowed ? 1 : 0;
+    largest = std::max(largest, error);
+}
+
 void WarpError::add(const WarpError& other) {
     largest = std::max(largest, other.largest);
     places += other.places;

@@ -270,11 +270,43 @@ std::vector<P3> ContentInput::poles() const {
 }
 
 double ContentInput::distance(const P2& from, const P2& to) const {
-    double across = to[0] - from[0];
+    P2 way = to - from;
     if (wrapsAround()) {
-        across = (across - std::round(across)) * std::cos((from[1] - 0.5) * PI);
+        way[0] = (way[0] - std::round(way[0])) * std::cos((from[1] - 0.5) * PI);
+    } else if (kind() == InputKind::FISHEYE) {
+        way = shrunkAroundBack(from - P2{0.5, 0.5}, way);
     }
-    return std::hypot(across * pixels()[0], (to[1] - from[1]) * pixels()[1]);
+    return std::hypot(way[0] * pixels()[0], way[1] * pixels()[1]);
+}
+
+P2 ContentInput::shrunkAroundBack(const P2& fromMiddle, const P2& way) const {
+    const double aside = norm(fromMiddle);
+    const double angle = aside * m_choice.aperture;
+    if (!(angle > PI / 2)) {
+        return way;
+    }
+    const P2 outwards = (1 / aside) * fromMiddle;
+    const P2 around{-outwards[1], outwards[0]};
+    return dot(way, outwards) * outwards + std::max(0.0, std::sin(angle)) * dot(way, around) * around;
+}
+
+std::string ContentInput::remedyForNothing(const ChannelSight& sight) const {
+    constexpr int PER_SIDE = 33;
+    std::vector<P2> picture;
+    for (int row = 0; row < PER_SIDE; ++row) {
+        for (int column = 0; column < PER_SIDE; ++column) {
+            picture.emplace_back((column + 0.5) / PER_SIDE, (row + 0.5) / PER_SIDE);
+        }
+    }
+    std::vector<SeenPlace> seen(picture.size());
+    sight.see(picture, seen);
+    if (std::none_of(seen.begin(), seen.end(), [](const SeenPlace& place) { return place.isSeen; })) {
+        return REMEDY_UNLIT;
+    }
+    return kind() == InputKind::FRUSTUM
+               ? "what it shows lies behind the direction of the frustum: state another --axis, or none"
+               : "what it shows lies beyond the circle of the fisheye: state another --axis or a wider --aperture, or "
+                 "--input equirectangular";
 }
 
 Point<int, 2> ContentInput::usualPixels(const XMLConfigManager& config, const ChannelSight& sight, InputKind kind) {

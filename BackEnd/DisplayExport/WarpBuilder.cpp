@@ -3,6 +3,8 @@
 #include "DisplayExport/CellCutter.h"
 #include "DisplayExport/ChannelSight.h"
 #include "DisplayExport/ContentInput.h"
+#include "DisplayExport/PoleBlock.h"
+#include "DisplayExport/PoleFan.h"
 #include "DisplayReport/basics/NumberText.h"
 
 #include <algorithm>
@@ -19,6 +21,8 @@ using Places = WarpRequest::Places;
 
 /// Cells that are compared with what belongs there: of small grids all of them.
 constexpr std::size_t MOST_COMPARED = 40'000;
+/// The same of each grid that is tried.
+constexpr std::size_t MOST_TRIED = 10'000;
 /// Cells of which no corner is lit are looked into where there are no more than so many: those of larger grids are
 /// hardly larger than pixels.
 constexpr std::size_t MOST_LOOKED_INTO = 200'000;
@@ -76,7 +80,8 @@ double beside(double content, double other) {
 }  // namespace
 
 WarpBuilder::WarpBuilder(const ChannelSight& sight, const ContentInput& input, const WarpRequest& request)
-    : m_input(input),
+    : m_sight(sight),
+      m_input(input),
       m_request(request),
       m_pixels(sight.channel().pictureSize()),
       m_sampler(sight, input),
@@ -128,22 +133,25 @@ WarpGrid WarpBuilder::gridOfNodes(const Point<int, 2>& nodes, const DisplayRepor
 
 WarpBuilder::Trial WarpBuilder::trialOf(const Point<int, 2>& cells, double enough) const {
     Trial trial{cells, gridOfNodes(cells + Point<int, 2>{1, 1}, {}), {}};
-    trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_COMPARED, enough);
+    trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_TRIED, enough);
     return trial;
 }
 
 double WarpBuilder::largestOf(const MeasuredError& measured) const {
-    return m_request.forGrids ? measured.error.largestOfGrid : measured.error.largest;
+    return m_request.forGrids ? measured.error.largestOfGrid : measured.searched;
 }
 
 bool WarpBuilder::isKept(const MeasuredError& measured) const {
-    return largestOf(measured) <= AIM * m_request.error;
+    return measured.tooCoarse == 0 && largestOf(measured) <= AIM * m_request.error;
 }
 
 WarpBuilder::Trial WarpBuilder::search() const {
     Trial best = searchUpwards();
     if (isKept(best.measured)) {
         searchDownwards(best);
+    }
+    if (best.grid.cells() > MOST_TRIED) {
+        best.measured = m_meter.measure(best.grid, m_request.error, MOST_COMPARED);
     }
     if (m_request.progress) {
         const auto rows = static_cast<std::size_t>(best.cells[1]) + 1;
@@ -173,11 +181,14 @@ WarpBuilder::Trial WarpBuilder::searchUpwards() const {
         if (isKept(trial.measured) || cells == most) {
             return trial;
         }
-        const double factor = std::sqrt(largestOf(trial.measured) / (AIM * m_request.error));
+        // Cells at a pole are to lie in its zone, whatever the error of the others.
+        constexpr double FINER = 1.5;
+        const double factor = std::max(std::sqrt(largestOf(trial.measured) / (AIM * m_request.error)),
+                                       trial.measured.tooCoarse > 0 ? FINER : 0);
         // Across a step of the surface, more nodes do not help.
         constexpr double HELPS = 0.8;
         const bool isMuchFiner = cells[0] >= 2 * cellsBefore[0] && cells[1] >= 2 * cellsBefore[1];
-        if (isMuchFiner && largestOf(trial.measured) > HELPS * before) {
+        if (isMuchFiner && trial.measured.tooCoarse == 0 && largestOf(trial.measured) > HELPS * before) {
             return trial;
         }
         constexpr double LEAST_STEP = 1.05;
@@ -248,22 +259,64 @@ void WarpBuilder::unwrap(WarpGrid& grid) const {
     }
 }
 
+std::vector<bool> WarpBuilder::fillAroundPoles(const WarpGrid& grid, const CellCutter& cutter,
+                                               ChannelWarp& warp) const {
+    std::vector<bool> areFilled(grid.cells());
+    const PoleFan fan(m_sight, m_input, m_sampler, cutter);
+    for (const Point<double, 3>& pole : m_meter.zone().poles()) {
+        const auto block = PoleBlock::around(pole, grid, cutter, m_meter);
+        if (!block) {
+            continue;
+        }
+        const std::vector<std::size_t> numbers = block->cells();
+        const bool isFree =
+            std::none_of(numbers.begin(), numbers.end(), [&](std::size_t number) { return areFilled[number]; });
+        auto cut = isFree ? fan.fill(block->corners(), pole) : std::nullopt;
+        if (!cut) {
+            continue;
+        }
+        cut->error.largestOfGrid = block->largestOfGrid();
+        for (const std::size_t number : numbers) {
+            areFilled[number] = true;
+            addCut(number, cutter.kindOf(WarpCell::of(grid, number)), *cut, warp);
+            // All of it belongs to the first cell.
+            cut = CellCutter::Cut{.pieces = {}, .isDivided = true, .error = {}};
+        }
+    }
+    return areFilled;
+}
+
+void WarpBuilder::addCut(std::size_t number, WarpCell::Kind kind, CellCutter::Cut& cut, ChannelWarp& warp) {
+    warp.m_leftOutAtPoles += cut.leftOut;
+    warp.m_areaLeftOutAtPoles += cut.areaLeftOut;
+    warp.m_error.add(cut.error);
+    warp.m_error.largestOfGrid = std::max(warp.m_error.largestOfGrid, cut.error.largestOfGrid);
+    const bool isAtSeam = kind == WarpCell::Kind::OVER_SEAM || kind == WarpCell::Kind::OVER_FACES;
+    warp.m_brokenAtSeams += isAtSeam ? 1 : 0;
+    if (kind != WarpCell::Kind::WHOLE || cut.isDivided) {
+        warp.m_cutCells.push_back({number, kind != WarpCell::Kind::WHOLE, std::move(cut.pieces)});
+    }
+}
+
 void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
     const double allowed = std::max(AIM * m_request.error, warp.m_error.largest);
     const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed, m_request.error);
+    const std::vector<bool> areFilled = fillAroundPoles(grid, cutter, warp);
+    std::vector<std::size_t> numbers;
+    std::vector<WarpCell> cells;
     for (std::size_t number = 0; number < grid.cells(); ++number) {
         const WarpCell cell = WarpCell::of(grid, number);
-        const WarpCell::Kind kind = cutter.kindOf(cell);
-        if (!cutter.mustCut(cell, kind)) {
-            continue;
+        if (!areFilled[number] && cutter.mustCut(cell, cutter.kindOf(cell))) {
+            numbers.push_back(number);
+            cells.push_back(cell);
         }
-        CellCutter::Cut cut = cutter.cut(cell, kind);
-        warp.m_leftOutAtPoles += cut.leftOut;
-        warp.m_error.add(cut.error);
-        const bool isAtSeam = kind == WarpCell::Kind::OVER_SEAM || kind == WarpCell::Kind::OVER_FACES;
-        warp.m_brokenAtSeams += isAtSeam ? 1 : 0;
-        warp.m_cutCells.push_back({number, kind != WarpCell::Kind::WHOLE, std::move(cut.pieces)});
     }
+    std::vector<CellCutter::Cut> cuts = cutter.cut(cells);
+    for (std::size_t i = 0; i < cuts.size(); ++i) {
+        addCut(numbers[i], cutter.kindOf(cells[i]), cuts[i], warp);
+    }
+    std::sort(warp.m_cutCells.begin(), warp.m_cutCells.end(),
+              [](const auto& a, const auto& b) { return a.cell < b.cell; });
 }
 
 }  // namespace Veltrani::DisplayExport

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DisplayExport/CellCutter.h"
 #include "DisplayExport/ChannelWarp.h"
 #include "DisplayExport/WarpErrorMeter.h"
 #include "DisplayExport/WarpGrid.h"
@@ -41,7 +42,14 @@ private:
     /// Puts the contents of neighbours beside each other where an input wraps around.
     void unwrap(WarpGrid& grid) const;
     void cutCells(const WarpGrid& grid, ChannelWarp& warp) const;
+    /// Fills the surroundings of poles by fans.
+    /// @return which cells that concerns
+    [[nodiscard]] std::vector<bool> fillAroundPoles(const WarpGrid& grid, const CellCutter& cutter,
+                                                    ChannelWarp& warp) const;
+    /// Takes the pieces out of the cut.
+    static void addCut(std::size_t number, WarpCell::Kind kind, CellCutter::Cut& cut, ChannelWarp& warp);
 
+    const ChannelSight& m_sight;
     const ContentInput& m_input;
     const WarpRequest& m_request;
     Point<int, 2> m_pixels;

@@ -41,15 +41,6 @@ bool WarpCell::holds(const P3& direction) const {
     });
 }
 
-bool WarpCell::isNear(const std::vector<P3>& poles) const {
-    // A chord, as long as the angle in radians but for a little.
-    constexpr double NEAR = 0.6;
-    return std::any_of(poles.begin(), poles.end(), [&](const P3& pole) {
-        return std::any_of(directions.begin(), directions.end(),
-                           [&](const P3& direction) { return norm(direction - pole) < NEAR; });
-    });
-}
-
 WarpCell::Kind WarpCell::kind(const std::vector<P3>& poles, bool wrapsAround) const {
     if (!std::all_of(nodes.begin(), nodes.end(), [](const WarpNode& node) { return node.isUsable(); })) {
         return Kind::UNUSABLE;

@@ -32,13 +32,10 @@ struct WarpCell {
     /// @param poles of the input
     [[nodiscard]] Kind kind(const std::vector<Point<double, 3>>& poles, bool wrapsAround) const;
 
-    /// Whether a corner lies so near to a pole that contents turn faster than they move.
-    [[nodiscard]] bool isNear(const std::vector<Point<double, 3>>& poles) const;
-
     /// The contents of the corners, those of an input that wraps around moved beside that of the first.
     [[nodiscard]] std::array<Point<double, 2>, 4> contents(bool wrapsAround) const;
 
-private:
+    /// Whether a direction lies between those of its corners.
     [[nodiscard]] bool holds(const Point<double, 3>& direction) const;
 };
 

@@ -29,17 +29,20 @@ std::array<Value, 3> interpolated(const std::array<Value, 4>& corners, const P2&
 }
 
 /// Places in a cell, by parts of its width and height; all but its corners.
-std::vector<P2> partsOfCell() {
-    constexpr std::size_t LAST = WarpErrorMeter::PER_SIDE - 1;
-    std::vector<P2> parts;
-    for (std::size_t row = 0; row <= LAST; ++row) {
-        for (std::size_t column = 0; column <= LAST; ++column) {
-            if (!((row == 0 || row == LAST) && (column == 0 || column == LAST))) {
-                parts.emplace_back(static_cast<double>(column) / LAST, static_cast<double>(row) / LAST);
+const std::vector<P2>& partsOfCell() {
+    static const std::vector<P2> PARTS = [] {
+        constexpr std::size_t LAST = WarpErrorMeter::PER_SIDE - 1;
+        std::vector<P2> parts;
+        for (std::size_t row = 0; row <= LAST; ++row) {
+            for (std::size_t column = 0; column <= LAST; ++column) {
+                if (!((row == 0 || row == LAST) && (column == 0 || column == LAST))) {
+                    parts.emplace_back(static_cast<double>(column) / LAST, static_cast<double>(row) / LAST);
+                }
             }
         }
-    }
-    return parts;
+        return parts;
+    }();
+    return PARTS;
 }
 
 }  // namespace
@@ -69,10 +72,12 @@ public:
 private:
     void compareCell(std::size_t number, std::size_t first) {
         const Compared compared = m_meter.comparedOf(WarpCell::of(m_grid, number));
+        const bool isInZone = m_meter.m_zone.holds(compared.cell);
         if (compared.kind == WarpCell::Kind::OVER_POLE) {
+            result.tooCoarse += isInZone ? 0 : 1;
             return;
         }
-        const bool isNearPole = compared.cell.isNear(m_meter.m_poles);
+        const bool isDivided = m_meter.m_zone.turnsIn(compared.cell);
         for (std::size_t i = 0; i < m_parts.size(); ++i) {
             const auto belongs = m_meter.m_input.place(m_picture[first + i], m_seen[first + i]);
             if (!belongs) {
@@ -84,16 +89,17 @@ private:
             }
             const double error = m_meter.errorAt(compared, m_parts[i], m_seen[first + i], *belongs);
             result.error.largestOfGrid = std::max(result.error.largestOfGrid, error);
-            if (!isNearPole) {
-                take(m_parts[i], error);
+            if (!isDivided) {
+                result.error.addPlace(error, m_allowed);
+            }
+            if (!isInZone) {
+                search(m_parts[i], error);
             }
         }
     }
 
-    void take(const P2& part, double error) {
-        ++result.error.places;
-        result.error.beyond += error > m_allowed ? 1 : 0;
-        result.error.largest = std::max(result.error.largest, error);
+    void search(const P2& part, double error) {
+        result.searched = std::max(result.searched, error);
         const auto isEnd = [](double value) { return value == 0.0 || value == 1.0; };
         if (isEnd(part[1])) {
             result.along[0] = std::max(result.along[0], error);
@@ -106,16 +112,16 @@ private:
     const WarpErrorMeter& m_meter;
     const WarpGrid& m_grid;
     double m_allowed;
-    std::vector<P2> m_parts = partsOfCell();
+    const std::vector<P2>& m_parts = partsOfCell();
     std::vector<P2> m_picture;
     std::vector<SeenPlace> m_seen;
 };
 
 WarpErrorMeter::WarpErrorMeter(const ChannelSight& sight, const ContentInput& input)
-    : m_sight(sight), m_input(input), m_poles(input.poles()) {}
+    : m_sight(sight), m_input(input), m_zone(sight, input) {}
 
 WarpErrorMeter::Compared WarpErrorMeter::comparedOf(const WarpCell& cell) const {
-    Compared compared{cell, cell.kind(m_poles, m_input.wrapsAround()), {}};
+    Compared compared{cell, cell.kind(m_zone.poles(), m_input.wrapsAround()), {}};
     if (compared.kind == WarpCell::Kind::OVER_FACES) {
         addPiecesAtFaces(cell, m_input, compared.pieces);
     }
@@ -159,32 +165,43 @@ double WarpErrorMeter::errorOfPieces(const std::vector<WarpPiece>& pieces, const
     return largest;
 }
 
-WarpError WarpErrorMeter::errorIn(const WarpCell& cell, double allowed) const {
-    WarpError result;
-    const Compared compared = comparedOf(cell);
-    if (compared.kind == WarpCell::Kind::OVER_POLE) {
-        return result;
-    }
-    const std::vector<P2> parts = partsOfCell();
+std::vector<WarpError> WarpErrorMeter::errorsIn(std::span<const WarpCell> cells, double allowed) const {
+    const std::vector<P2>& parts = partsOfCell();
+    std::vector<WarpError> errors;
+    errors.reserve(cells.size());
     std::vector<P2> picture;
-    for (const P2& part : parts) {
-        picture.push_back(cell.at(part));
+    std::vector<SeenPlace> seen;
+    for (std::size_t first = 0; first < cells.size(); first += CELLS_AT_ONCE) {
+        const auto some = cells.subspan(first, std::min(CELLS_AT_ONCE, cells.size() - first));
+        picture.clear();
+        for (const WarpCell& cell : some) {
+            for (const P2& part : parts) {
+                picture.push_back(cell.at(part));
+            }
+        }
+        seen.resize(picture.size());
+        m_sight.see(picture, seen);
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            const std::size_t start = i * parts.size();
+            errors.push_back(errorOf(comparedOf(some[i]), std::span(picture).subspan(start, parts.size()),
+                                     std::span(seen).subspan(start, parts.size()), allowed));
+        }
     }
-    std::vector<SeenPlace> seen(picture.size());
-    m_sight.see(picture, seen);
+    return errors;
+}
+
+WarpError WarpErrorMeter::errorOf(const Compared& compared, std::span<const P2> picture,
+                                  std::span<const SeenPlace> seen, double allowed) const {
+    const std::vector<P2>& parts = partsOfCell();
+    const bool isCompared = compared.kind != WarpCell::Kind::UNUSABLE && compared.kind != WarpCell::Kind::OVER_POLE;
+    WarpError result;
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const auto belongs = m_input.place(picture[i], seen[i]);
-        if (!belongs) {
-            continue;
-        }
-        if (compared.kind == WarpCell::Kind::UNUSABLE) {
+        if (belongs && isCompared) {
+            result.addPlace(errorAt(compared, parts[i], seen[i], *belongs), allowed);
+        } else if (belongs) {
             ++result.leftOut;
-            continue;
         }
-        const double error = errorAt(compared, parts[i], seen[i], *belongs);
-        ++result.places;
-        result.beyond += error > allowed ? 1 : 0;
-        result.largest = std::max(result.largest, error);
     }
     return result;
 }
@@ -201,7 +218,7 @@ MeasuredError WarpErrorMeter::measure(const WarpGrid& grid, double allowed, std:
         if (cells.size() == CELLS_AT_ONCE) {
             comparison.compare(cells);
             cells.clear();
-            if (comparison.result.error.largest > enough) {
+            if (comparison.result.searched > enough) {
                 return comparison.result;
             }
         }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "DisplayExport/ChannelWarp.h"
+#include "DisplayExport/PoleZone.h"
 #include "DisplayExport/WarpCell.h"
 
 #include <cstddef>
 #include <limits>
+#include <span>
 #include <vector>
 
 namespace Veltrani::DisplayExport {
@@ -15,7 +17,9 @@ struct SeenPlace;
 /// The error of a grid, and what it comes from.
 struct MeasuredError {
     WarpError error;
-    Point<double, 2> along;  ///< pixels of the input: the largest on edges of cells, from left to right and upwards
+    double searched = 0;        ///< pixels of the input; the largest outside of the zone of poles: more nodes mend it
+    std::size_t tooCoarse = 0;  ///< cells that hold a pole and reach beyond its zone
+    Point<double, 2> along;     ///< pixels of the input: the largest on edges of cells, from left to right and upwards
 };
 
 /// Compares what a player interpolates in the cells of a grid with what belongs there.
@@ -27,14 +31,18 @@ public:
     /// Refers to both.
     WarpErrorMeter(const ChannelSight& sight, const ContentInput& input);
 
-    /// That of a cell; nothing is compared in one that holds a pole.
-    /// @param allowed pixels of the input
-    [[nodiscard]] WarpError errorIn(const WarpCell& cell, double allowed) const;
+    [[nodiscard]] const PoleZone& zone() const { return m_zone; }
 
-    /// Cells that hold a pole are left out, and those around it from all but the error of readers of grids.
+    /// That of each cell. Nothing is compared in one that holds a pole: its lit places count as left out.
+    /// @param allowed pixels of the input
+    [[nodiscard]] std::vector<WarpError> errorsIn(std::span<const WarpCell> cells, double allowed) const;
+
+    /// Cells that hold a pole are not compared. Those in which contents turn around one are part of `searched`, unless
+    /// they lie in its zone, and of the error of readers of grids; what is left of their error once they are divided is
+    /// not known here.
     /// @param allowed pixels of the input
     /// @param mostCells that are looked at, evenly over the grid
-    /// @param enough pixels of the input: once the largest is above it, the rest is not measured
+    /// @param enough pixels of the input: once `searched` is above it, the rest is not measured
     [[nodiscard]] MeasuredError measure(const WarpGrid& grid, double allowed, std::size_t mostCells,
                                         double enough = std::numeric_limits<double>::max()) const;
 
@@ -49,6 +57,9 @@ private:
     };
 
     [[nodiscard]] Compared comparedOf(const WarpCell& cell) const;
+    /// @param picture, seen places at the parts of the cell
+    [[nodiscard]] WarpError errorOf(const Compared& compared, std::span<const Point<double, 2>> picture,
+                                    std::span<const SeenPlace> seen, double allowed) const;
     /// Of what is interpolated at a place of a cell, by parts of its width and height.
     [[nodiscard]] double errorAt(const Compared& compared, const Point<double, 2>& part, const SeenPlace& seen,
                                  const InputPlace& belongs) const;
@@ -58,7 +69,7 @@ private:
 
     const ChannelSight& m_sight;
     const ContentInput& m_input;
-    std::vector<Point<double, 3>> m_poles;
+    PoleZone m_zone;
 };
 
 }  // namespace Veltrani::DisplayExport

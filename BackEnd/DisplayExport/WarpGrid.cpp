@@ -181,16 +181,12 @@ void WarpSampler::continueOver(WarpGrid& grid, DarkCells dark) const {
 
 void WarpSampler::continueTo(WarpGrid& grid, std::size_t node) const {
     const P2 picture = grid.pictureOf(node);
+    const auto stepOf = [](const std::vector<double>& places) {
+        return (places.back() - places.front()) / static_cast<double>(places.size() - 1);
+    };
     SeenPlace seen;
-    WarpNode found = nodeAt(picture, seen);
-    if (!found.isUsable()) {
-        const PlaceFit fit(m_sight, m_input);
-        const auto stepOf = [](const std::vector<double>& places) {
-            return (places.back() - places.front()) / static_cast<double>(places.size() - 1);
-        };
-        seen = fit.at(picture, {stepOf(grid.across), stepOf(grid.upwards)}, found);
-    }
-    found.state = found.isUsable() ? WarpNode::State::CONTINUED : WarpNode::State::UNMAPPED;
+    m_sight.see({&picture, 1}, {&seen, 1});
+    const WarpNode found = continuedAt(picture, {stepOf(grid.across), stepOf(grid.upwards)}, seen);
     grid.nodes[node] = found;
     if (!grid.directions.empty()) {
         grid.directions[node] = found.isUsable() ? unit(seen.direction) : P3();
@@ -200,21 +196,26 @@ void WarpSampler::continueTo(WarpGrid& grid, std::size_t node) const {
     }
 }
 
-WarpNode WarpSampler::nodeAt(const P2& picture, P3& direction) const {
-    SeenPlace seen;
-    const WarpNode node = nodeAt(picture, seen);
-    direction = node.isUsable() ? unit(seen.direction) : P3();
-    return node;
+WarpNode WarpSampler::continuedAt(const P2& picture, const P2& step, SeenPlace& seen) const {
+    seen = seen.isSeen ? seen : m_sight.continued(picture);
+    WarpNode found = nodeOf(m_input.placeBeyond(picture, seen), WarpNode::State::CONTINUED);
+    if (!found.isUsable()) {
+        seen = PlaceFit(m_sight, m_input).at(picture, step, found);
+    }
+    return found;
 }
 
-WarpNode WarpSampler::nodeAt(const P2& picture, SeenPlace& seen) const {
-    m_sight.see({&picture, 1}, {&seen, 1});
-    WarpNode node = nodeOf(m_input.place(picture, seen), WarpNode::State::MAPPED);
-    if (!node.isUsable()) {
-        seen = seen.isSeen ? seen : m_sight.continued(picture);
-        node = nodeOf(m_input.placeBeyond(picture, seen), WarpNode::State::CONTINUED);
+void WarpSampler::sampleAt(std::span<const P2> picture, const P2& step, std::span<WarpNode> nodes,
+                           std::span<P3> directions) const {
+    std::vector<SeenPlace> seen(picture.size());
+    m_sight.see(picture, seen);
+    for (std::size_t i = 0; i < picture.size(); ++i) {
+        nodes[i] = nodeOf(m_input.place(picture[i], seen[i]), WarpNode::State::MAPPED);
+        if (!nodes[i].isUsable()) {
+            nodes[i] = continuedAt(picture[i], step, seen[i]);
+        }
+        directions[i] = nodes[i].isUsable() ? unit(seen[i].direction) : P3();
     }
-    return node;
 }
 
 }  // namespace Veltrani::DisplayExport

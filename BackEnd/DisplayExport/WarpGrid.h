@@ -4,6 +4,7 @@
 #include "DisplayExport/ChannelWarp.h"
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 namespace Veltrani::DisplayExport {
@@ -63,12 +64,17 @@ public:
     /// Continues the content to those corners of cells with lit places that are not lit themselves.
     void continueOver(WarpGrid& grid, DarkCells dark) const;
 
-    /// A node at a place of the picture, continued if it is not lit, with its direction.
-    [[nodiscard]] WarpNode nodeAt(const Point<double, 2>& picture, Point<double, 3>& direction) const;
+    /// Nodes anywhere in the picture, with their directions; continued where they are not lit.
+    /// @param step to the next nodes around them
+    /// @param nodes, directions as long as `picture`
+    void sampleAt(std::span<const Point<double, 2>> picture, const Point<double, 2>& step, std::span<WarpNode> nodes,
+                  std::span<Point<double, 3>> directions) const;
 
 private:
-    /// The same, with what is seen there.
-    [[nodiscard]] WarpNode nodeAt(const Point<double, 2>& picture, SeenPlace& seen) const;
+    /// A node that is not lit, continued as far as anything around it is.
+    /// @param seen what is seen there; receives what is seen as it were
+    [[nodiscard]] WarpNode continuedAt(const Point<double, 2>& picture, const Point<double, 2>& step,
+                                       SeenPlace& seen) const;
     struct Part;
     class PartSampler;
 

@@ -28,6 +28,7 @@ namespace {
 using DisplayExport::ChannelSight;
 using DisplayExport::ChannelWarp;
 using DisplayExport::ContentInput;
+using DisplayExport::WarpNode;
 using DisplayExport::WarpRequest;
 using DisplayReport::jsonList;
 using DisplayReport::JsonObject;
@@ -161,6 +162,9 @@ public:
         if (m_request.hasTestPictures && m_view.eyeNumber == 1) {
             m_files.write("test picture", "test.png", [this](std::ostream& out) { testPicture().write(out); });
         }
+        const std::string warning =
+            m_isMapped ? std::string()
+                       : title() + ": nothing of its picture is mapped: " + m_input.remedyForNothing(m_sight);
         return {JsonObject()
                     .addJson("channel", channelJson())
                     .addJson("eye", jsonOfPoint(m_sight.eye()))
@@ -170,10 +174,10 @@ public:
                     .addJson("nodes", nodes)
                     .addJson("pixels", pixels)
                     .addJson("blend", blend)
+                    .addJson("warning", m_isMapped ? "null" : DisplayReport::jsonOf(warning))
                     .addJson("files", m_files.json())
                     .text(),
-                m_view.channel.describe() +
-                    (m_view.eyes > 1 ? ", eye " + std::to_string(m_view.eyeNumber) : std::string()) + ": " + m_summary};
+                title() + ": " + m_summary, warning};
     }
 
 private:
@@ -191,6 +195,12 @@ private:
         warp.places = WarpRequest::Places::PIXELS;
         warp.withPoints = contains(m_request.formats, WarpFormat::PFM_3D);
         return warp;
+    }
+
+    /// What people know the view by.
+    [[nodiscard]] std::string title() const {
+        return m_view.channel.describe() +
+               (m_view.eyes > 1 ? ", eye " + std::to_string(m_view.eyeNumber) : std::string());
     }
 
     /// @return what the manifest states of them
@@ -250,7 +260,9 @@ private:
             m_files.write("content", "content.png",
                           [&](std::ostream& out) { warpedContent(warp, m_strip, *m_request.content).write(out); });
         }
-        m_summary += (m_summary.empty() ? "" : "; ") + summaryOf(warp, broken);
+        m_isMapped = m_isMapped || warp.count(WarpNode::State::UNMAPPED) < warp.nodes().size();
+        m_summary +=
+            (m_summary.empty() ? "" : "; ") + summaryOf(warp, broken, contains(m_request.formats, WarpFormat::MESH));
         return jsonOf(warp, broken);
     }
 
@@ -283,6 +295,7 @@ private:
     ViewFiles m_files;
     std::optional<DisplayBlend::BlendPicture> m_weights;  ///< while the nodes are written
     std::string m_summary;
+    bool m_isMapped = false;  ///< whether a warp maps anything
 };
 
 }  // namespace

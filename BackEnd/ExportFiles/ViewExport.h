@@ -50,6 +50,7 @@ struct ExportView {
 struct ViewRecord {
     std::string json;     ///< member of `views` of the manifest
     std::string summary;  ///< for people: "97 x 61 nodes, ..."
+    std::string warning;  ///< for people: that nothing of the channel is mapped, and what to change; else empty
 };
 
 /// Writes the files of one view.

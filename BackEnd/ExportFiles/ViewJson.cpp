@@ -106,6 +106,7 @@ std::string jsonOf(const ChannelWarp& warp, std::size_t broken) {
     const DisplayExport::WarpError& error = warp.error();
     const std::string json = JsonObject()
                                  .add("largest", error.largest)
+                                 .add("largestOfGrid", error.largestOfGrid)
                                  .add("places", error.places)
                                  .add("beyond", error.beyond)
                                  .add("leftOut", error.leftOut)
@@ -117,6 +118,7 @@ std::string jsonOf(const ChannelWarp& warp, std::size_t broken) {
         .add("unmapped", warp.count(WarpNode::State::UNMAPPED))
         .add("cellsAtSeams", warp.brokenAtSeams())
         .add("leftOutAtPoles", warp.leftOutAtPoles())
+        .add("partLeftOutAtPoles", warp.areaLeftOutAtPoles())
         .add("leftOutOfGrids", broken)
         .addJson("error", error.places > 0 ? json : "null")
         .text();

@@ -121,15 +121,15 @@ std::size_t writeWarp(WarpFormat format, const ChannelWarp& warp, const ContentS
     return 0;
 }
 
-std::string summaryOf(const ChannelWarp& warp, std::size_t broken) {
+std::string summaryOf(const ChannelWarp& warp, std::size_t broken, bool isInGrid) {
+    const double largest = isInGrid ? std::max(warp.error().largest, warp.error().largestOfGrid) : warp.error().largest;
     return std::to_string(warp.columns()) + " x " + std::to_string(warp.rows()) +
            (warp.reachesCorners() ? " nodes" : " pixels") +
            countText(warp.count(WarpNode::State::UNMAPPED), "not mapped") +
            countText(broken, broken == 1 ? "cell left out of the mesh" : "cells left out of the mesh") +
            countText(warp.leftOutAtPoles(), "left out at a pole") +
-           (warp.error().places > 0
-                ? ", within " + DisplayReport::significantText(warp.error().largest) + " pixels of the input"
-                : std::string());
+           (warp.error().places > 0 ? ", within " + DisplayReport::significantText(largest) + " pixels of the input"
+                                    : std::string());
 }
 
 }  // namespace Veltrani::ExportFiles

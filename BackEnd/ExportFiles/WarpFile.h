@@ -38,6 +38,7 @@ std::size_t writeWarp(WarpFormat format, const DisplayExport::ChannelWarp& warp,
 
 /// For people: "97 x 61 nodes, 12 not mapped, within 0.2 pixels of the input".
 /// @param broken cells that a format has left out
-[[nodiscard]] std::string summaryOf(const DisplayExport::ChannelWarp& warp, std::size_t broken);
+/// @param isInGrid whether a format has the nodes as a grid: its error is stated then, which counts more around a pole
+[[nodiscard]] std::string summaryOf(const DisplayExport::ChannelWarp& warp, std::size_t broken, bool isInGrid);
 
 }  // namespace Veltrani::ExportFiles

@@ -78,6 +78,9 @@ struct WarpError {
     std::size_t beyond = 0;    ///< of these further off than the request allows
     std::size_t leftOut = 0;   ///< lit places that lie in a cell without usable corners
 
+    /// Takes one place into account, but for readers of grids.
+    /// @param error, allowed pixels of the input
+    void addPlace(double error, double allowed);
     /// Takes what was found elsewhere into account, but for readers of grids.
     void add(const WarpError& other);
 };
@@ -129,8 +132,11 @@ public:
     /// @param broken receives the number of cells with lit places that are lost by that
     [[nodiscard]] std::vector<WarpNode> gridNodes(std::size_t& broken) const;
 
-    /// Cells, or parts of subdivided ones, that hold the pole of a panorama and have no pieces.
+    /// Parts of divided cells, at most a pixel wide and high, that hold a pole of the input, or lie so near to one that
+    /// nothing keeps the error in them, and have no pieces.
     [[nodiscard]] std::size_t leftOutAtPoles() const { return m_leftOutAtPoles; }
+    /// Their size together, as a part of that of the picture.
+    [[nodiscard]] double areaLeftOutAtPoles() const { return m_areaLeftOutAtPoles; }
     /// Cells over the seam of a panorama or the edge of a cube's face, which are broken for readers of grids.
     [[nodiscard]] std::size_t brokenAtSeams() const { return m_brokenAtSeams; }
     /// What error remains; nothing was compared for a warp of pixels.
@@ -156,6 +162,7 @@ private:
     };
     std::vector<CutCell> m_cutCells;  ///< by cell, ascending
     std::size_t m_leftOutAtPoles = 0;
+    double m_areaLeftOutAtPoles = 0;
     std::size_t m_brokenAtSeams = 0;
     WarpError m_error;
 };

@@ -110,8 +110,16 @@ public:
     [[nodiscard]] std::vector<Point<double, 3>> poles() const;
 
     /// How far two places of one face are apart, in pixels of the input; those of a panorama shrink with the cosine of
-    /// the elevation of the first place, and lie on whichever side of its seam is nearer.
+    /// the elevation of the first place, and lie on whichever side of its seam is nearer. Those of a fisheye, where the
+    /// first place lies more than 90 degrees off the axis, shrink around its middle with the sine of that angle: what
+    /// lies opposite to the axis is the whole rim of its circle.
     [[nodiscard]] double distance(const Point<double, 2>& from, const Point<double, 2>& to) const;
+
+    /// What to change where nothing of a channel's picture is lit, for messages.
+    static constexpr const char* REMEDY_UNLIT =
+        "check its position, orientation and frustum, or its map, against the screen";
+    /// What to change where no place of a channel's picture has one in this input, for messages.
+    [[nodiscard]] std::string remedyForNothing(const ChannelSight& sight) const;
 
     /// The pixels of the channel's picture for a frustum, 4096 x 4096 for a fisheye, 8192 x 4096 for a panorama, 2048 x
     /// 2048 for the face of a cube, and 4096 pixels across the longer side for a layout. For the screen, 4096 x 4096.
@@ -123,6 +131,9 @@ private:
 
     enum class Edge { ENDS, GOES_ON };
     [[nodiscard]] std::optional<InputPlace> placeOf(const Point<double, 3>& direction, Edge edge) const;
+    /// A way in a fisheye, by what it means to a viewer beyond 90 degrees off the axis.
+    [[nodiscard]] Point<double, 2> shrunkAroundBack(const Point<double, 2>& fromMiddle,
+                                                    const Point<double, 2>& way) const;
 
     InputChoice m_choice;
     RenderFrustum m_frustum;             ///< of an input of that kind; of others its view alone

@@ -188,6 +188,45 @@ TEST_F(ExportCommand, WhatCannotBeExportedLeavesNothing) {
     EXPECT_EQ(runScreenManager({"export", WALL, "--output", m_folder.file("no/such/folder")}).exitCode, 4);
 }
 
+/// Four of the twelve channels of a closed cylinder lie behind a fisheye of 180 degrees.
+TEST_F(ExportCommand, AChannelOfWhichNothingIsMappedIsReportedWithTheRemedy) {
+    const std::string file = EXAMPLES + "closed-cylinder/display.xml";
+    const ProgramRun run = exported(file, {"--input", "fisheye", "--quiet"});
+    EXPECT_EQ(run.exitCode, 1);
+    std::set<int> reported;
+    for (const Json document = manifest(); const Json& view : document["views"]) {
+        const std::string title = "channel " + view["channel"]["name"].get<std::string>() + " (" +
+                                  view["channel"]["projector"].get<std::string>() + ")";
+        const bool isUnmapped = view["nodes"]["mapped"] == 0;
+        EXPECT_EQ(view["warning"].is_string(), isUnmapped) << title;
+        if (isUnmapped) {
+            reported.insert(view["channel"]["number"].get<int>());
+            EXPECT_EQ(view["warning"], title +
+                                           ": nothing of its picture is mapped: what it shows lies beyond the "
+                                           "circle of the fisheye: state another --axis or a wider --aperture, or "
+                                           "--input equirectangular");
+            EXPECT_THAT(run.errors, HasSubstr("error: " + view["warning"].get<std::string>() + '\n'));
+        } else {
+            EXPECT_THAT(run.errors, testing::Not(HasSubstr(title)));
+        }
+    }
+    EXPECT_THAT(reported, ElementsAre(1, 2, 11, 12));
+    const ProgramRun validator =
+        runProgram("/usr/bin/python3", {"-W", "ignore", "-m", "jsonschema", "-i", m_output + "/manifest.json",
+                                        sourceFolder() + "/docs/schemas/export.schema.json"});
+    EXPECT_EQ(validator.exitCode, 0) << validator.output << validator.errors;
+    EXPECT_EQ(exported(file, {"--input", "equirectangular", "--force"}).exitCode, 0);
+}
+
+TEST_F(ExportCommand, AnExportOfNothingIsRefused) {
+    const ProgramRun run = exported(EXAMPLES + "closed-cylinder/display.xml",
+                                    {"--input", "fisheye", "--channel", "Channel 1", "--channel", "Channel 12"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, HasSubstr("error: channel Channel 1 (020000000801): nothing of its picture is mapped"));
+    EXPECT_THAT(run.errors, HasSubstr("error: no channel has anything that is mapped, and nothing was written\n"));
+    EXPECT_THAT(names(), IsEmpty());
+}
+
 TEST_F(ExportCommand, AFrustumThatIsTooWideIsRefusedWithTheChannelAndTheRemedy) {
     const ProgramRun run = exported(DOME, {"--axis", "0,-1,0"});
     EXPECT_EQ(run.exitCode, 3);

@@ -104,7 +104,7 @@ TEST_F(WarpErrorMeterTest, ComesNearTheLargestErrorOfAKnownWarp) {
         for (std::size_t cell = 0; cell < nodes.cells(); ++cell) {
             const WarpCell one = WarpCell::of(nodes, cell);
             const double ofCell = denseOfCell(one, 60);
-            const WarpError error = meter.errorIn(one, 0.8 * ofCell);
+            const WarpError error = meter.errorsIn({&one, 1}, 0.8 * ofCell).front();
             EXPECT_LE(error.largest, ofCell * (1 + 1e-9));
             EXPECT_GE(error.largest, 0.75 * ofCell);
             EXPECT_EQ(error.places, 21U);
@@ -159,7 +159,8 @@ TEST_F(WarpErrorMeterTest, CountsWhatLiesInACellWithoutACorner) {
     const MeasuredError measured = meter.measure(nodes, 1, 40'000);
     EXPECT_EQ(measured.error.leftOut, 21U);
     EXPECT_EQ(measured.error.places, 5 * 21U);
-    const WarpError error = meter.errorIn(WarpCell::of(nodes, 0), 1);
+    const WarpCell first = WarpCell::of(nodes, 0);
+    const WarpError error = meter.errorsIn({&first, 1}, 1).front();
     EXPECT_EQ(error.largest, 0);
     EXPECT_EQ(error.places, 0U);
     EXPECT_EQ(error.leftOut, 21U);

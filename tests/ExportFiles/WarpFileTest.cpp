@@ -132,12 +132,13 @@ TEST(WarpFile, AMapOfPixelsHoldsEveryPixelThatIsLitInPart) {
 
 TEST(WarpFile, ItsSummaryCountsWhatIsLeftOut) {
     const ExportedChannel wall(WALL);
-    EXPECT_EQ(summaryOf(wall.warp(InputKind::LAYOUT, pixels(false)), 0), "32 x 16 pixels");
-    EXPECT_EQ(summaryOf(wall.warp(InputKind::LAYOUT, nodes(3, 2)), 4),
+    EXPECT_EQ(summaryOf(wall.warp(InputKind::LAYOUT, pixels(false)), 0, false), "32 x 16 pixels");
+    EXPECT_EQ(summaryOf(wall.warp(InputKind::LAYOUT, nodes(3, 2)), 4, false),
               "3 x 2 nodes, 4 cells left out of the mesh, within 0 pixels of the input");
-    EXPECT_THAT(summaryOf(wall.warp(InputKind::LAYOUT, nodes(3, 2)), 1), HasSubstr(", 1 cell left out of the mesh"));
+    EXPECT_THAT(summaryOf(wall.warp(InputKind::LAYOUT, nodes(3, 2)), 1, false),
+                HasSubstr(", 1 cell left out of the mesh"));
     const ExportedChannel behind(BEHIND);
-    EXPECT_EQ(summaryOf(behind.warp(InputKind::FISHEYE, pixels(false)), 0), "40 x 20 pixels, 800 not mapped");
+    EXPECT_EQ(summaryOf(behind.warp(InputKind::FISHEYE, pixels(false)), 0, false), "40 x 20 pixels, 800 not mapped");
 }
 
 TEST(WarpFile, WhatAFormatCannotTakeIsRefused) {
