@@ -6,6 +6,7 @@
 #include "Configuration/XMLConfigManager.h"
 #include "DisplayBlend/detail/BlendRaster.h"
 #include "DisplayBlend/detail/ChannelFields.h"
+#include "DisplayBlend/detail/CrossingDim.h"
 #include "DisplayReport/coverage/DisplayLights.h"
 #include "KelvoScreen/ScreenGeometry.h"
 #include "ScreenManager/ScreenManager.h"
@@ -68,7 +69,11 @@ struct DisplayBlender::Parts {
     explicit Parts(const XMLConfigManager& config)
         : display(DisplayLights::of(config, currentScreen())),
           channels(describe(config, display)),
-          fields(display.lights, pixelsOf(channels, display.places)) {}
+          fields(display.lights, pixelsOf(channels, display.places)) {
+        for (std::size_t i = 0; i < display.places.size(); ++i) {
+            channels[display.places[i]].crossings = fields.crossings(i);
+        }
+    }
 
     /// The number of a channel among those whose light is known.
     [[nodiscard]] std::size_t lightOf(std::size_t channel) const {
@@ -117,7 +122,10 @@ const std::vector<DisplayBlender::Channel>& DisplayBlender::channels() const {
 
 BlendPicture DisplayBlender::weights(std::size_t channel, const DisplayReport::Progress& progress) const {
     const auto shade = [](const PixelLight& light) { return static_cast<float>(light.parts.front().weight); };
-    return BlendRaster(m_parts->fields, m_parts->lightOf(channel)).picture(shade, 1.0F, progress);
+    const std::size_t own = m_parts->lightOf(channel);
+    BlendPicture picture = BlendRaster(m_parts->fields, own).picture(shade, 1.0F, progress);
+    DisplayBlendDetail::dimCrossings(picture, m_parts->fields.crossings(own));
+    return picture;
 }
 
 BlendPicture DisplayBlender::lift(std::size_t channel, const std::vector<double>& residual,

@@ -117,6 +117,11 @@ std::string jsonOf(const BlendRequest& request, const DisplayBlender& blender, s
         .add("use", std::string(request.use == BlendUse::ALPHA ? "alpha" : "factor"))
         .addJson("gamma", jsonOfCurve(request.curve))
         .addJson("lift", lift)
+        .addJson("crossings", DisplayReport::jsonList(blender.channels().at(channel).crossings,
+                                                      [](const Point<double, 2>& picture) {
+                                                          return '[' + DisplayReport::jsonOf(picture[0]) + ',' +
+                                                                 DisplayReport::jsonOf(picture[1]) + ']';
+                                                      }))
         .text();
 }
 

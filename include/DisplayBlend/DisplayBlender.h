@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Common/Point.h"
 #include "DisplayBlend/BlendPicture.h"
 #include "DisplayReport/basics/Progress.h"
 
@@ -40,6 +41,9 @@ public:
         std::string fault;        ///< why it has no pictures; empty when it has. A channel without a resolution lights
                                   ///< the screen, and takes part in the blends of the others
         bool lights = true;       ///< whether its light is known, and is in the blends of the others
+        /// Where its outline crosses another one and the light of all ends, in its picture, (0, 0) to (1, 1): there
+        /// alone, within five pixels, the light differs from one by more than a hundredth, at most by about a half.
+        std::vector<Point<double, 2>> crossings;
     };
 
     /// Throws `VeltraniException` without a screen.

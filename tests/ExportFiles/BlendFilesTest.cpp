@@ -190,6 +190,24 @@ TEST_F(BlendFilesOfDisplay, AMeshHasTheCodeValueAtEachNodeAsItsBrightness) {
     EXPECT_GE(partly, 14U) << "two columns of the overlap";
 }
 
+// One picture reaches further down and the other one further up: the outlines cross on two sides of each.
+TEST_F(BlendFilesOfDisplay, TheManifestNamesTheCrossingsOfOutlines) {
+    std::string display = PAIR;
+    const std::string area = "right='1' bottom='0'";
+    display.replace(display.find(area), area.size(), "right='1' bottom='0.25'");
+    const std::string first = "right='0.6' bottom='0' top='1'";
+    display.replace(display.find(first), first.size(), "right='0.6' bottom='0' top='0.8'");
+    load(display);
+    m_request.blend.emplace();
+    exportAll();
+    const Json crossings = m_views[0]["blend"]["crossings"];
+    ASSERT_EQ(crossings.size(), 2U);
+    EXPECT_NEAR(crossings[0][0].get<double>(), 1, 1e-9) << "the right side";
+    EXPECT_NEAR(crossings[0][1].get<double>(), 0.25 / 0.8, 1e-5);
+    EXPECT_NEAR(crossings[1][0].get<double>(), 0.4 / 0.6, 1e-5);
+    EXPECT_NEAR(crossings[1][1].get<double>(), 1, 1e-9) << "the top";
+}
+
 // The right one has more of it, so that each channel has a lift of its own.
 TEST_F(BlendFilesOfDisplay, LiftsBringTheBlackToThatOfTheOverlap) {
     load(PAIR);

@@ -16,16 +16,11 @@
 /// The light of all channels at random places of their pictures, added up as it is read between pixels: linearly both
 /// ways. Independent of how weights are made: only the ways of light are the library's.
 ///
-/// What is linear between samples is off by an eighth of their second differences where the light bends, whatever the
-/// samples are; by the whole step where neighbours lie on different parts of the screen. Where that alone is more than
-/// `EVEN`, as within some pixels of a crossing of outlines and between two pixels on different parts of the screen, a
-/// place is steep: its sum is held against that bound, and it is counted.
+/// A place where linear interpolation alone may be off by more than `EVEN` is steep: its sum is held against what
+/// interpolation may be off, and it is counted. See `bendAt`.
 struct LightSums {
     /// What the light may be off where it is not steep.
     static constexpr double EVEN = 0.001;
-    /// A second difference that is larger is a step and no bend: what lies between the pixels is one or the other.
-    static constexpr double STEP = 0.1;
-
     std::size_t places = 0;   ///< that land
     std::size_t shared = 0;   ///< of these, by two channels and more
     std::size_t steep = 0;    ///< of these
@@ -55,32 +50,54 @@ struct LightSums {
         return sums;
     }
 
-    /// How far linear interpolation between pixels may be off around a picture point.
+    /// How far linear interpolation between pixels may be off around a picture point: as far as along the rows and
+    /// along the columns of the four pixels around it, together.
     static double bendAt(const Picture& picture, const P2& point) {
         const auto first = [](double place, std::size_t count) {
             const auto last = static_cast<double>(count) - 1;
             return static_cast<std::ptrdiff_t>(std::clamp(place * static_cast<double>(count) - 0.5, 0.0, last));
         };
+        const auto light = [&picture](std::ptrdiff_t x, std::ptrdiff_t y) {
+            const auto at = [](std::ptrdiff_t place, std::size_t count) {
+                return static_cast<std::size_t>(
+                    std::clamp<std::ptrdiff_t>(place, 0, static_cast<std::ptrdiff_t>(count) - 1));
+            };
+            return static_cast<double>(picture.at(at(x, picture.width), at(y, picture.height)));
+        };
         const std::ptrdiff_t column = first(point[0], picture.width);
         const std::ptrdiff_t row = first(point[1], picture.height);
         double across = 0;
         double upwards = 0;
-        for (std::ptrdiff_t y = row - 1; y <= row + 2; ++y) {
-            for (std::ptrdiff_t x = column - 1; x <= column + 2; ++x) {
-                const auto light = [&](std::ptrdiff_t dx, std::ptrdiff_t dy) {
-                    const auto at = [](std::ptrdiff_t place, std::size_t count) {
-                        return static_cast<std::size_t>(
-                            std::clamp<std::ptrdiff_t>(place, 0, static_cast<std::ptrdiff_t>(count) - 1));
-                    };
-                    return static_cast<double>(picture.at(at(x + dx, picture.width), at(y + dy, picture.height)));
-                };
-                across = std::max(across, std::abs(light(-1, 0) + light(1, 0) - 2 * light(0, 0)));
-                upwards = std::max(upwards, std::abs(light(0, -1) + light(0, 1) - 2 * light(0, 0)));
-            }
+        for (const std::ptrdiff_t beside : {0, 1}) {
+            across = std::max(across, offBetween([&](std::ptrdiff_t i) { return light(column + i, row + beside); }));
+            upwards = std::max(upwards, offBetween([&](std::ptrdiff_t i) { return light(column + beside, row + i); }));
         }
-        constexpr double EIGHTH = 0.125;
-        const double both = across + upwards;
-        return both > STEP ? both : EIGHTH * both;
+        return across + upwards;
+    }
+
+    /// How far what is linear between the samples 0 and 1 of a row may be off, by the second differences D(i) of the
+    /// samples.
+    ///
+    /// - A function that goes on bending as it does between them, by f'' = D, is off by at most D / 8, in the middle.
+    /// - With a kink between them, of which the part t lies behind it, the slope jumps by s: D(0) = (1 - t) s,
+    ///   D(1) = t s, and at the kink it is off by t (1 - t) s, which is at most half of the larger one. The surface has
+    ///   kinks, and so has the light beyond the middle of the outermost pixel, which is taken for that there.
+    /// - A step by s between them gives D(0) = s and D(1) = -s, and may be off by s, next to the sample behind it.
+    template <class Sample>
+    static double offBetween(const Sample& sample) {
+        const auto bend = [&sample](std::ptrdiff_t i) { return sample(i - 1) + sample(i + 1) - 2 * sample(i); };
+        const double here = bend(0);
+        const double next = bend(1);
+        const double larger = std::max(std::abs(here), std::abs(next));
+        constexpr double OF_A_STEP = 1;
+        constexpr double OF_A_KINK = 0.5;
+        constexpr double OF_A_BEND = 0.125;
+        if (here * next < 0) {
+            return OF_A_STEP * larger;
+        }
+        const double sign = here + next < 0 ? -1 : 1;
+        const bool goesOn = std::min(sign * bend(-1), sign * bend(2)) >= 0.5 * larger;
+        return (goesOn ? OF_A_BEND : OF_A_KINK) * larger;
     }
 
 private:

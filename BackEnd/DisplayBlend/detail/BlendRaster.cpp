@@ -13,17 +13,9 @@ namespace Veltrani::DisplayBlendDetail {
 
 namespace {
 
-using P2 = Point<double, 2>;
-using P3 = Point<double, 3>;
-using DisplayReport::ChannelLight;
-
 constexpr int STEP = 8;  // pixels
-/// Pixels of the other channel: how far the middle between two corners of a small square may be off. That of a large
-/// one, between corners twice as far apart, is off four times as far.
-constexpr double MOST_OFF = 0.01;
-constexpr double LARGER = 4.0;
-/// The same of the places themselves, which only the edges of shadows are measured from.
-constexpr double MOST_PLACE_OFF = 0.01;
+/// Light: how far a pixel may be off because ways of light are taken for linear around it.
+constexpr double MOST_WAY_OFF = 1e-4;
 /// Light: how far a value between those that were worked out may be off; less than half a step of 16 bits.
 constexpr double MOST_VALUE_OFF = 5e-6;
 /// A part of the square's extent in the other picture: what bends out of the box around its corners.
@@ -35,23 +27,6 @@ Value bilinear(const std::array<Value, 4>& corners, double u, double v) {
     const Value below = corners[0] + (corners[1] - corners[0]) * u;
     const Value above = corners[2] + (corners[3] - corners[2]) * u;
     return below + (above - below) * v;
-}
-
-/// How far, at most, the corners between those at the ends of their rows and columns are from the middles of these.
-template <class At>
-auto offMiddles(const At& at) {
-    using Value = decltype(at(0, 0));
-    std::array<Value, 5> off;
-    off[0] = at(1, 0) - (at(0, 0) + at(2, 0)) * 0.5;
-    off[1] = at(1, 2) - (at(0, 2) + at(2, 2)) * 0.5;
-    off[2] = at(0, 1) - (at(0, 0) + at(0, 2)) * 0.5;
-    off[3] = at(2, 1) - (at(2, 0) + at(2, 2)) * 0.5;
-    off[4] = at(1, 1) - (at(0, 1) + at(2, 1)) * 0.5;
-    return off;
-}
-
-bool isInPicture(const P2& picture) {
-    return picture[0] >= 0.0 && picture[0] <= 1.0 && picture[1] >= 0.0 && picture[1] <= 1.0;
 }
 
 /// The first pixel, of a row or a column, whose middle lies at a place or beyond it.
@@ -111,7 +86,7 @@ void BlendRaster::doBand(float alone) {
     m_numbers.clear();
     m_unclear.clear();
     for (std::size_t i = 0; i + 2 < m_across.size(); i += 2) {
-        Square square;
+        RasterSquare square;
         for (std::size_t k = 0; k < SIDE; ++k) {
             square.x[k] = m_across[i + k];
             square.y[k] = m_rows[k].y;
@@ -134,7 +109,7 @@ void BlendRaster::refine(float alone) {
         return i % 2 == 0 ? coarse[i / 2] : (coarse[i / 2] + coarse[i / 2 + 1]) / 2;
     };
     std::vector<P2> picture;
-    for (const Square& square : m_unclear) {
+    for (const RasterSquare& square : m_unclear) {
         for (std::size_t i = 0; i < FINE * FINE; ++i) {
             picture.emplace_back(fine(square.x, i % FINE) / m_pixels[0], fine(square.y, i / FINE) / m_pixels[1]);
         }
@@ -142,7 +117,7 @@ void BlendRaster::refine(float alone) {
     m_fields.sampler().sample(m_channel, picture, m_fine);
     for (std::size_t k = 0; k < m_unclear.size(); ++k) {
         for (const std::size_t first : {std::size_t{0}, SIDE - 1, FINE * (SIDE - 1), (FINE + 1) * (SIDE - 1)}) {
-            Square small;
+            RasterSquare small;
             for (std::size_t i = 0; i < SIDE; ++i) {
                 small.x[i] = fine(m_unclear[k].x, first % FINE + i);
                 small.y[i] = fine(m_unclear[k].y, first / FINE + i);
@@ -158,7 +133,7 @@ void BlendRaster::refine(float alone) {
 }
 
 template <class Take>
-void BlendRaster::forPixels(const Square& square, const Take& take) const {
+void BlendRaster::forPixels(const RasterSquare& square, const Take& take) const {
     for (std::size_t row = firstAfter(square.y[0]); row < firstAfter(square.y[2]); ++row) {
         for (std::size_t column = firstAfter(square.x[0]); column < firstAfter(square.x[2]); ++column) {
             take(row * m_picture.width + column);
@@ -166,11 +141,9 @@ void BlendRaster::forPixels(const Square& square, const Take& take) const {
     }
 }
 
-bool BlendRaster::doSquare(const Square& square, float alone) {
-    const auto lands =
-        static_cast<std::size_t>(std::count_if(square.corners.begin(), square.corners.end(), [](const Corner& corner) {
-            return corner.samples->lands(corner.number);
-        }));
+bool BlendRaster::doSquare(const RasterSquare& square, float alone) {
+    const auto lands = static_cast<std::size_t>(std::count_if(
+        square.corners.begin(), square.corners.end(), [](const RasterCorner& corner) { return corner.lands(); }));
     if (lands == 0) {
         forPixels(square, [this](std::size_t pixel) { m_misses[pixel] = true; });
         return true;
@@ -188,6 +161,9 @@ bool BlendRaster::doSquare(const Square& square, float alone) {
             m_lighting.push_back(other);
         }
     }
+    if (square.weightOff(m_fields, m_channel, m_lighting) > MOST_WAY_OFF) {
+        return false;
+    }
     if (m_lighting.empty()) {
         forPixels(square, [&](std::size_t pixel) { m_picture.light[pixel] = alone; });
     } else {
@@ -196,13 +172,13 @@ bool BlendRaster::doSquare(const Square& square, float alone) {
     return true;
 }
 
-BlendRaster::Standing BlendRaster::standingOf(std::size_t other, const Square& square) const {
+BlendRaster::Standing BlendRaster::standingOf(std::size_t other, const RasterSquare& square) const {
     P2 least{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
     P2 most = least * -1.0;
     std::size_t pictures = 0;
     std::size_t near = 0;
     std::size_t seen = 0;
-    for (const Corner& corner : square.corners) {
+    for (const RasterCorner& corner : square.corners) {
         const ChannelLight::Reach& reach = corner.reach(other);
         if (!reach.hasPicture) {
             continue;
@@ -229,30 +205,11 @@ BlendRaster::Standing BlendRaster::standingOf(std::size_t other, const Square& s
     if (near > 0 && seen == 0 && pictures == SIDE * SIDE) {
         return Standing::AWAY;
     }
-    const bool isClear = pictures == SIDE * SIDE && seen == near && near > 0 && isLinear(other, square);
+    const bool isClear = pictures == SIDE * SIDE && seen == near && near > 0;
     return isClear ? Standing::LIGHTS : Standing::UNCLEAR;
 }
 
-bool BlendRaster::isLinear(std::size_t other, const Square& square) const {
-    const auto off = offMiddles(
-        [&](std::size_t column, std::size_t row) { return square.corners[row * SIDE + column].reach(other).picture; });
-    const Point<int, 2>& pixels = m_fields.pixels(other);
-    for (const P2& way : off) {
-        if (!(std::hypot(way[0] * pixels[0], way[1] * pixels[1]) <= LARGER * MOST_OFF)) {
-            return false;
-        }
-    }
-    if (!m_fields.hasShadows(other) && !m_fields.hasShadows(m_channel)) {
-        return true;
-    }
-    const auto placesOff =
-        offMiddles([&](std::size_t column, std::size_t row) { return square.corners[row * SIDE + column].place(); });
-    return std::all_of(placesOff.begin(), placesOff.end(), [&](const P3& way) {
-        return norm(way) <= LARGER * MOST_PLACE_OFF * m_fields.pixelSize(m_channel);
-    });
-}
-
-void BlendRaster::interpolate(const Square& square) {
+void BlendRaster::interpolate(const RasterSquare& square) {
     for (std::size_t quarter = 0; quarter < m_quarters.size(); ++quarter) {
         Quarter& own = m_quarters[quarter];
         const std::size_t right = quarter % 2;
@@ -371,7 +328,7 @@ float BlendRaster::valueOf(const P2& picture, const P3& place) {
     return m_shade({m_parts});
 }
 
-void BlendRaster::putOff(const Square& square) {
+void BlendRaster::putOff(const RasterSquare& square) {
     forPixels(square, [this](std::size_t pixel) { m_numbers.push_back(pixel); });
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DisplayBlend/BlendPicture.h"
-#include "DisplayBlend/detail/ChannelFields.h"
+#include "DisplayBlend/detail/RasterSquare.h"
 #include "DisplayReport/basics/Progress.h"
 
 #include <array>
@@ -26,9 +26,9 @@ struct PixelLight {
 /// Goes over all pixels of a channel's picture.
 ///
 /// How other channels stand to it is looked up at the corners of squares of eight pixels, and taken for linear between
-/// them, wherever that is right to a hundredth of a pixel; elsewhere, as at kinks of the screen, shadows and rims, it
-/// is looked up in squares of four pixels, and then for every pixel. Weights, too, are worked out for a few places of a
-/// square wherever what lies between them follows from these to less than a step of 16 bits.
+/// them, wherever the light is right then to a ten-thousandth; elsewhere, as at kinks of the screen, shadows and rims,
+/// it is looked up in squares of four pixels, and then for every pixel. Weights, too, are worked out for a few places
+/// of a square wherever what lies between them follows from these to less than a step of 16 bits.
 class BlendRaster {
 public:
     /// Makes the value of a pixel.
@@ -41,17 +41,6 @@ public:
                                                      const DisplayReport::Progress& progress);
 
 private:
-    /// One of many samples.
-    struct Corner {
-        const PlaceSamples* samples = nullptr;
-        std::size_t number = 0;
-
-        [[nodiscard]] const DisplayReport::ChannelLight::Reach& reach(std::size_t channel) const {
-            return samples->reaches[channel][number];
-        }
-        [[nodiscard]] const Point<double, 3>& place() const { return samples->landings[number].on.place; }
-    };
-
     /// A row of corners, sampled.
     struct Corners {
         double y = 0;  ///< pixels
@@ -61,30 +50,25 @@ private:
     /// Another channel that lights a place if its picture reaches there.
     struct Candidate {
         std::size_t channel = 0;
-        Point<double, 2> picture;
+        P2 picture;
     };
 
     /// How another channel stands to a square.
     enum class Standing { AWAY, LIGHTS, UNCLEAR };
 
-    /// Three by three corners: four small squares.
-    static constexpr std::size_t SIDE = 3;
-    struct Square {
-        std::array<Corner, SIDE * SIDE> corners;  ///< row by row from the bottom left one
-        std::array<double, SIDE> x{}, y{};        ///< pixels
-    };
+    static constexpr std::size_t SIDE = RasterSquare::SIDE;
 
     /// Another channel in a small square: its picture at the bottom left corner, the bottom right, top left and top
     /// right one.
     struct CandidateOfQuarter {
         std::size_t channel = 0;
-        std::array<Point<double, 2>, 4> pictures;
+        std::array<P2, 4> pictures;
     };
 
     /// A small square in which all ways of light are linear.
     struct Quarter {
         std::array<double, 2> x{}, y{};  ///< pixels
-        std::array<Point<double, 3>, 4> places;
+        std::array<P3, 4> places;
         std::vector<CandidateOfQuarter> candidates;
         bool isWhole = false;  ///< whether no picture ends in it
     };
@@ -92,12 +76,11 @@ private:
     void sampleRow(double y, Corners& row) const;
     void doBand(float alone);
     /// False where it has to be looked at more closely.
-    bool doSquare(const Square& square, float alone);
+    bool doSquare(const RasterSquare& square, float alone);
     /// Cuts what is unclear into four each; what is still unclear is put off.
     void refine(float alone);
-    [[nodiscard]] Standing standingOf(std::size_t other, const Square& square) const;
-    [[nodiscard]] bool isLinear(std::size_t other, const Square& square) const;
-    void interpolate(const Square& square);
+    [[nodiscard]] Standing standingOf(std::size_t other, const RasterSquare& square) const;
+    void interpolate(const RasterSquare& square);
     [[nodiscard]] bool isSmooth(std::initializer_list<std::size_t> quarters) const;
     /// Fills all pixels of a part of the quarters between a few values; false, and nothing is filled, where these are
     /// not enough.
@@ -108,11 +91,11 @@ private:
     float valueIn(const Quarter& quarter, double x, double y);
     /// Calls `take` with the number of each pixel.
     template <class Take>
-    void forPixels(const Square& square, const Take& take) const;
-    void putOff(const Square& square);
+    void forPixels(const RasterSquare& square, const Take& take) const;
+    void putOff(const RasterSquare& square);
     void doPutOff();
-    [[nodiscard]] Point<double, 2> middleOf(std::size_t pixel) const;
-    [[nodiscard]] float valueOf(const Point<double, 2>& picture, const Point<double, 3>& place);
+    [[nodiscard]] P2 middleOf(std::size_t pixel) const;
+    [[nodiscard]] float valueOf(const P2& picture, const P3& place);
 
     const ChannelFields& m_fields;
     std::size_t m_channel;
@@ -121,7 +104,7 @@ private:
     Shade m_shade;
     std::array<Corners, SIDE> m_rows;
     PlaceSamples m_fine;                    ///< of the corners between those of `m_unclear`
-    std::vector<Square> m_unclear;          ///< of the band
+    std::vector<RasterSquare> m_unclear;    ///< of the band
     std::vector<std::size_t> m_lighting;    ///< in the square
     std::array<Quarter, 4> m_quarters;      ///< of the square, row by row from the bottom left one
     std::vector<PixelLight::Part> m_parts;  ///< of the pixel

@@ -1,5 +1,6 @@
 #include "DisplayBlend/detail/ChannelFields.h"
 
+#include "DisplayBlend/detail/BlendPoints.h"
 #include "DisplayBlend/detail/InnerEdges.h"
 #include "DisplayBlend/detail/ShadowEdges.h"
 
@@ -10,9 +11,6 @@
 namespace Veltrani::DisplayBlendDetail {
 
 namespace {
-
-using P2 = Point<double, 2>;
-using P3 = Point<double, 3>;
 
 /// For a channel whose resolution is not known.
 const Point<int, 2> USUAL_PIXELS{1920, 1200};
@@ -92,7 +90,7 @@ void ChannelFields::addChannel(std::size_t channel, Point<int, 2> pixels) {
     own.edge = EdgeField(size);
     own.pixelSize = std::sqrt(size[0] / pixels[0] * size[1] / pixels[1]);
     own.floor = 1 / (FARTHEST * FARTHEST * dot(size, size));
-    addInnerSides(m_sampler, channel, pixels, own.edge);
+    own.crossings = addInnerSides(m_sampler, channel, pixels, own.edge);
     addShadows(m_sampler, channel, pixels, own.edge);
 }
 

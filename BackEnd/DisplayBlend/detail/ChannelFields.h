@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DisplayBlend/detail/BlendPoints.h"
 #include "DisplayBlend/detail/EdgeField.h"
 #include "DisplayBlend/detail/PlaceSampler.h"
 
@@ -18,6 +19,13 @@ public:
     [[nodiscard]] const PlaceSampler& sampler() const { return m_sampler; }
     [[nodiscard]] const Point<int, 2>& pixels(std::size_t channel) const { return m_channels[channel].pixels; }
     [[nodiscard]] bool hasShadows(std::size_t channel) const { return m_channels[channel].edge.hasShadows(); }
+    /// Mean width and height of a picture on the screen, native units.
+    [[nodiscard]] const Point<double, 2>& pictureSize(std::size_t channel) const {
+        return m_channels[channel].edge.size();
+    }
+    /// Where outlines cross, in the channel's picture. Next to such a place the channel is alone on one side of its
+    /// edge's continuation and has no light on the other.
+    [[nodiscard]] const std::vector<P2>& crossings(std::size_t channel) const { return m_channels[channel].crossings; }
     /// Mean side of a pixel on the screen, native units.
     [[nodiscard]] double pixelSize(std::size_t channel) const { return m_channels[channel].pixelSize; }
 
@@ -43,6 +51,7 @@ private:
     struct Channel {
         Point<int, 2> pixels;
         EdgeField edge;
+        std::vector<P2> crossings;
         double pixelSize = 0;
         /// What keeps the weight of a picture whose edge lies nowhere inside another one finite.
         double floor = 0;

@@ -7,13 +7,13 @@ namespace Veltrani::DisplayBlendDetail {
 
 namespace {
 
-using P2 = Point<double, 2>;
-
 constexpr int STEP = 8;  // pixels
 /// Of a step, until its end is known to far less than a pixel.
 constexpr int HALVINGS = 24;
 /// A part of the side: its very ends lie on two sides, and rounding may put them beside the screen.
 constexpr double END = 1e-6;
+/// A part of the side: what ends nearer to its end than that ends at the corner, where no outline goes on beside it.
+constexpr double AT_A_CORNER = 1e-5;
 
 P2 placeOn(EdgeField::Side side, double along) {
     switch (side) {
@@ -53,6 +53,11 @@ public:
         return inner;
     }
 
+    [[nodiscard]] bool lands(double along) const {
+        const P2 picture = placeOn(m_side, along);
+        return m_sampler.land(m_channel, {&picture, 1}).front().hits;
+    }
+
     /// Where it changes between two places of which the first one is as stated, and the second one is not.
     double border(double from, double to, bool isInner) {
         for (int i = 0; i < HALVINGS; ++i) {
@@ -71,7 +76,9 @@ private:
 
 }  // namespace
 
-void addInnerSides(const PlaceSampler& sampler, std::size_t channel, const Point<int, 2>& pixels, EdgeField& field) {
+std::vector<P2> addInnerSides(const PlaceSampler& sampler, std::size_t channel, const Point<int, 2>& pixels,
+                              EdgeField& field) {
+    std::vector<P2> crossings;
     for (const EdgeField::Side side : {EdgeField::LEFT, EdgeField::RIGHT, EdgeField::BOTTOM, EdgeField::TOP}) {
         const int length = side == EdgeField::LEFT || side == EdgeField::RIGHT ? pixels[1] : pixels[0];
         const int steps = std::max(2, length / STEP);
@@ -90,12 +97,17 @@ void addInnerSides(const PlaceSampler& sampler, std::size_t channel, const Point
             if (inner[i - 1]) {
                 field.addSide(side, start, border);
             }
+            const bool isAtACorner = std::min(border, 1 - border) < AT_A_CORNER;
+            if (!isAtACorner && own.lands(inner[i] ? border - END : border + END)) {
+                crossings.push_back(placeOn(side, border));
+            }
             start = border;
         }
         if (inner.back()) {
             field.addSide(side, start, 1);
         }
     }
+    return crossings;
 }
 
 }  // namespace Veltrani::DisplayBlendDetail

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "Common/Point.h"
+#include "DisplayBlend/detail/BlendPoints.h"
 #include "DisplayBlend/detail/EdgeField.h"
 #include "DisplayBlend/detail/PlaceSampler.h"
 
 #include <cstddef>
+#include <vector>
 
 namespace Veltrani::DisplayBlendDetail {
 
@@ -14,6 +15,9 @@ namespace Veltrani::DisplayBlendDetail {
 /// a step may be overlooked.
 /// @param pixels width and height of the picture
 /// @param field receives the parts
-void addInnerSides(const PlaceSampler& sampler, std::size_t channel, const Point<int, 2>& pixels, EdgeField& field);
+/// @return the crossings: where such a part begins or ends, in the picture, and the picture goes on beside it on its
+/// outer edge
+std::vector<P2> addInnerSides(const PlaceSampler& sampler, std::size_t channel, const Point<int, 2>& pixels,
+                              EdgeField& field);
 
 }  // namespace Veltrani::DisplayBlendDetail

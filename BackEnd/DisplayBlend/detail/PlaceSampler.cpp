@@ -1,12 +1,13 @@
 #include "DisplayBlend/detail/PlaceSampler.h"
 
+#include "DisplayBlend/detail/BlendPoints.h"
+
 #include <algorithm>
 
 namespace Veltrani::DisplayBlendDetail {
 
 namespace {
 
-using DisplayReport::ChannelLight;
 using DisplayReport::SurfacePoint;
 
 /// A part of the picture: edges that differ by less are the same.

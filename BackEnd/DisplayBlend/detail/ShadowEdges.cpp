@@ -1,5 +1,7 @@
 #include "DisplayBlend/detail/ShadowEdges.h"
 
+#include "DisplayBlend/detail/BlendPoints.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -12,10 +14,6 @@
 namespace Veltrani::DisplayBlendDetail {
 
 namespace {
-
-using P2 = Point<double, 2>;
-using P3 = Point<double, 3>;
-using DisplayReport::ChannelLight;
 
 constexpr int STEP = 8;  // pixels
 /// A step on the screen that is longer than its neighbours by this factor may go across a border.

@@ -1,6 +1,7 @@
 #include "DisplayBlend/detail/BlendRaster.h"
 
 #include "BlendDisplays.h"
+#include "support/LightSums.h"
 #include "support/Sanitizers.h"
 
 namespace {
@@ -30,16 +31,17 @@ protected:
 
     /// Random pixels of every channel are what each would be by itself.
     void expectExact() {
-        const auto display =
+        auto display =
             Veltrani::DisplayReport::DisplayLights::of(*m_config, ScreenManager::getInstance()->getScreenGeometry());
-        const ChannelFields fields(display.lights, std::vector<Point<int, 2>>(display.lights.size(), {1920, 1200}));
+        m_lights = std::move(display.lights);
+        const ChannelFields fields(m_lights, std::vector<Point<int, 2>>(m_lights.size(), {1920, 1200}));
         std::mt19937 random(7);
         std::size_t partly = 0;
         for (std::size_t own = 0; own < fields.size(); ++own) {
-            const BlendPicture weights =
+            const BlendPicture& weights = m_pictures.emplace_back(
                 BlendRaster(fields, own)
                     .picture([](const PixelLight& light) { return static_cast<float>(light.parts.front().weight); },
-                             1.0F, {});
+                             1.0F, {}));
             std::vector<P2> pictures;
             std::vector<float> found;
             for (std::size_t i = 0; i < PIXELS; ++i) {
@@ -61,6 +63,9 @@ protected:
         }
         EXPECT_GT(partly, PIXELS / 10) << "there is something to interpolate";
     }
+
+    Veltrani::DisplayReport::ChannelLights m_lights;
+    std::vector<BlendPicture> m_pictures;  ///< by channel
 };
 
 TEST_F(BlendRasterTest, PixelsOfAWallAreWhatEachWouldBeAlone) {
@@ -76,17 +81,26 @@ TEST_F(BlendRasterTest, PixelsOfADomeAreWhatEachWouldBeAlone) {
     expectExact();
 }
 
-// Pictures that go around the corner of a room; nothing throws a shadow on anything.
-TEST_F(BlendRasterTest, PixelsAtAKinkAreWhatEachWouldBeAlone) {
+// Pictures that go around the corner of a room; nothing throws a shadow on anything. The further the cameras are turned
+// apart the narrower is the overlap at the corner, and the steeper are the weights.
+class BlendAtAKinkTest : public BlendRasterTest, public testing::WithParamInterface<int> {};
+
+TEST_P(BlendAtAKinkTest, PixelsAreWhatEachWouldBeAlone) {
     m_folder.write("corner.obj",
                    "v -3 2 -2\nv 0 5 -2\nv 0 5 2\nv -3 2 2\nv 3 2 -2\nv 3 2 2\nf 1 2 3\nf 1 3 4\nf 2 5 6\nf 2 6 3\n");
     load(
         "<Screen shape='Mesh' fileUnit='m'><ContentMesh file='corner.obj'/>"
         "<ImportOrientation up='Z' forward='Y'/></Screen>",
-        camera("L", {-1, 0, 0}, 5, 0, 30, 20) + camera("R", {1, 0, 0}, -5, 0, 30, 20),
+        camera("L", {-1, 0, 0}, GetParam(), 0, 30, 20) + camera("R", {1, 0, 0}, -GetParam(), 0, 30, 20),
         "<TargetData type='ProjectorCentric'/>");
     expectExact();
+    const LightSums sums = LightSums::of(m_lights, m_pictures, repetitions(std::size_t{100'000}));
+    EXPECT_LT(sums.worst, LightSums::EVEN) << sums.where;
+    EXPECT_LT(sums.worstBeyond, LightSums::EVEN) << sums.whereBeyond;
+    EXPECT_GT(sums.shared, sums.places / 10);
 }
+
+INSTANTIATE_TEST_SUITE_P(Turns, BlendAtAKinkTest, testing::Values(5, 13, -13));
 
 // A wall of two planes, and a board that throws shadows on it: what is linear in one place is bent in the next.
 TEST_F(BlendRasterTest, PixelsAtKinksAndShadowsAreWhatEachWouldBeAlone) {
