@@ -246,6 +246,13 @@ void ChannelSolver::summarise(const WeightedProblem& problem, Solution& solution
     solution.deviation = freedom > 0 ? std::sqrt(solution.cost / static_cast<double>(freedom)) : 0.0;
 }
 
+std::vector<double> ChannelSolver::triangleOf(const ChannelModel& model, const std::vector<bool>& leftOut) {
+    WeightedProblem problem(model);
+    problem.setLeftOut(leftOut);
+    NormalFactors factors;
+    return factors.fromResiduals(problem) ? factors.triangle() : std::vector<double>{};
+}
+
 Solution ChannelSolver::solve(ChannelModel& model) const {
     Solution solution;
     WeightedProblem problem(model);
