@@ -54,6 +54,7 @@ std::map<std::size_t, FitPoints> byChannel(std::span<const MeasuredPoint> points
             own.pictureDeviation.push_back(*point.pictureDeviation);
         }
         own.given.push_back(i);
+        own.rows.push_back(point.row);
     }
     return sorted;
 }

@@ -4,6 +4,8 @@
 #include "KelvoControl/detail/LensKinds.h"
 #include "KelvoControl/detail/LensModel.h"
 
+#include <algorithm>
+
 namespace Veltrani {
 
 std::optional<LensNumbers> LensNumbers::of(const std::wstring& modelName) {
@@ -16,6 +18,13 @@ std::optional<LensNumbers> LensNumbers::of(const std::wstring& modelName) {
     // What is no model is refused in the words of the code that makes models.
     static_cast<void>(Blend::createProjectionModel(Viewport{}, modelName, L""));
     return std::nullopt;
+}
+
+std::shared_ptr<ProjectionModel> LensNumbers::model(const Viewport& viewport) const {
+    const auto& kinds = KelvoControlDetail::lensKinds();
+    const auto own =
+        std::find_if(kinds.begin(), kinds.end(), [this](const auto& lens) { return lens.meaning == kind; });
+    return own->makeOf(viewport, *this);
 }
 
 }  // namespace Veltrani

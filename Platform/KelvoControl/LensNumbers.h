@@ -1,8 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+class ProjectionModel;
+struct Viewport;
 
 namespace Veltrani {
 
@@ -27,6 +31,12 @@ struct LensNumbers {
     ///
     /// Throws what `Blend::createProjectionModel` throws for the name and for the file.
     [[nodiscard]] static std::optional<LensNumbers> of(const std::wstring& modelName);
+
+    /// Makes the model of these numbers: what `Blend::createProjectionModel` makes of a file that states them, but for
+    /// its second text, which is empty.
+    ///
+    /// Throws `VeltraniException` for numbers that no such file may have, and what the viewport makes a model throw.
+    [[nodiscard]] std::shared_ptr<ProjectionModel> model(const Viewport& viewport) const;
 
     friend bool operator==(const LensNumbers&, const LensNumbers&) = default;
 };

@@ -240,7 +240,8 @@ TEST_F(Findings, DeviationsThatExplainTooLittleAreDoubted) {
     FitOptions plain;
     plain.isRobust = false;
     const ChannelFit fit = fitOf(channel, points, plain);
-    EXPECT_THAT(names(fit), ElementsAre("DEVIATIONS_TOO_SMALL"));
+    EXPECT_THAT(names(fit), ElementsAre("DEVIATIONS_TOO_SMALL", "ILL_DETERMINED"));
+    EXPECT_THAT(fit.findings[1].text, HasSubstr("the picture may be off by"));
     EXPECT_NEAR(fit.residualFactor, 10, 1);
     EXPECT_EQ(fit.outcome, FitOutcome::DOUBTFUL);
 }

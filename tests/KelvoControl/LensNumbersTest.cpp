@@ -3,10 +3,14 @@
 #include "CalibrationText.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
+#include "KelvoControl/Blend.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
 
 namespace {
 
@@ -66,6 +70,55 @@ TEST_F(LensNumbersTest, EveryCountOfCoefficientsIsRead) {
 TEST_F(LensNumbersTest, AModelWithoutAFileHasNone) {
     EXPECT_FALSE(LensNumbers::of(L"Rectilinear"));
     EXPECT_FALSE(LensNumbers::of(L"Equidistant"));
+}
+
+// Oracle: the model of the file.
+TEST_F(LensNumbersTest, MakeTheModelOfTheirFile) {
+    Viewport viewport;
+    viewport.position = {1, -2, 0.5};
+    viewport.orientation = {0.3, -0.1, 0.05};
+    for (const std::wstring kind : {L"BrownConrady", L"Fisheye"}) {
+        CalibrationText text;
+        text.distortion = {"-0.1", "0.02", "0.003", "0.0004"};
+        const std::wstring name = kind + L":" + written(text);
+        const auto ofFile = Blend::createProjectionModel(viewport, name, L"");
+        const auto ofNumbers = LensNumbers::of(name)->model(viewport);
+        EXPECT_EQ(ofNumbers->firstName(), kind);
+        EXPECT_EQ(ofNumbers->secondName(), L"");
+        for (int i = 0; i <= 40; ++i) {
+            const Point<double, 2> place{0.1 * (i % 11), 0.3 * (i % 4)};
+            Point<double, 3> expected;
+            Point<double, 3> direction;
+            ASSERT_TRUE(ofFile->unproject(place, expected));
+            ASSERT_TRUE(ofNumbers->unproject(place, direction));
+            EXPECT_EQ(direction, expected);
+        }
+    }
+}
+
+TEST_F(LensNumbersTest, WhatNoFileMayHaveMakesNoModel) {
+    CalibrationText text;
+    const LensNumbers sound = *LensNumbers::of(L"BrownConrady:" + written(text));
+    const auto isRefused = [&sound](auto change) {
+        LensNumbers numbers = sound;
+        change(numbers);
+        try {
+            static_cast<void>(numbers.model({}));
+            return false;
+        } catch (const VeltraniException& fault) {
+            EXPECT_THAT(Veltrani::toUtf8(fault.message), HasSubstr("numbers of no calibration, expected"));
+            return true;
+        }
+    };
+    EXPECT_FALSE(isRefused([](LensNumbers&) {}));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.fx = 0; }));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.fy = -1; }));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.cx = std::nan(""); }));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.distortion[1] = HUGE_VAL; }));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.distortion.resize(6); }));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.distortion.resize(14); }));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.imageWidth = 0; }));
+    EXPECT_TRUE(isRefused([](LensNumbers& n) { n.kind = LensNumbers::Kind::FISHEYE; })) << "five are no fisheye";
 }
 
 TEST_F(LensNumbersTest, WhatMakesNoModelHasNoNumbers) {

@@ -162,6 +162,17 @@ bool AreaModel::landing(std::size_t point, Vector& place) const {
                                        place, true);
 }
 
+bool AreaModel::rowsAt(const Point<double, 2>& picture, double /*distance*/, double* rows) const {
+    constexpr std::size_t COLUMNS = 4;
+    std::fill(rows, rows + 2 * COLUMNS, 0.0);
+    for (std::size_t k = 0; k < 2; ++k) {
+        const double perPart = m_pixels[k] / (m_bounds[2 * k + 1] - m_bounds[2 * k]);
+        rows[k * COLUMNS + 2 * k] = -(1 - picture[k]) * perPart;
+        rows[k * COLUMNS + 2 * k + 1] = -picture[k] * perPart;
+    }
+    return true;
+}
+
 Point<int, 2> AreaModel::isReversed() const {
     const auto isTurned = [this](std::size_t k) {
         return static_cast<int>((m_bounds[k + 1] - m_bounds[k]) * (m_given[k + 1] - m_given[k]) < 0);

@@ -28,6 +28,7 @@ public:
     bool missInPicture(std::size_t point, Point<double, 2>& pixels) const override;
     bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const override;
     bool landing(std::size_t point, Point<double, 3>& place) const override;
+    bool rowsAt(const Point<double, 2>& picture, double distance, double* rows) const override;
     [[nodiscard]] double leastDeviation() const override { return m_leastDeviation; }
     [[nodiscard]] Point<int, 2> isReversed() const override;
 

@@ -1,18 +1,15 @@
 #include "DisplayFit/detail/ChannelFitter.h"
 
-#include "DisplayFit/detail/Determination.h"
-#include "DisplayFit/detail/LinearStart.h"
+#include "DisplayFit/detail/FitJudge.h"
+#include "DisplayFit/detail/PictureDeviation.h"
 #include "DisplayFit/detail/PointChecks.h"
 #include "DisplayFit/detail/PointShape.h"
-#include "DisplayFit/detail/RationalStarts.h"
 #include "DisplayFit/detail/ResidualLists.h"
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <numbers>
 #include <utility>
-#include <vector>
 
 namespace Veltrani::DisplayFitDetail {
 
@@ -25,25 +22,18 @@ using DisplayFit::FitOptions;
 using DisplayFit::FitOutcome;
 using DisplayFit::FittedValue;
 using DisplayFit::SolvedGroups;
-using Vector = Point<double, 3>;
-
-/// Medians of the residuals, as parts of the picture: below the first the values found lead to the points; above the
-/// second they do not.
-constexpr double CLOSE = 0.005;
-constexpr double FAR = 0.02;
 
 /// Values that show every point within this part of the picture of where others do are the same values: rounding, and
 /// where a solver ends, moves them further.
 constexpr double SAME = 1e-10;
 
-/// Of two minima the one with the lower cost is taken, where it is lower by more than this part of it.
-constexpr double LOWER = 1e-9;
+/// Chi-square of two degrees of freedom is larger once in a thousand times: by so much two numbers that are held may
+/// raise the squares, in variances, before they are known to be wrong.
+constexpr double RAISED = 13.8;
 
-/// Stated deviations explain residuals up to this many times theirs.
-constexpr double EXPLAINED = 3;
-
-/// A picture that is turned further than this about its axis hangs upside down.
-constexpr double UPSIDE_DOWN = 2 * std::numbers::pi / 3;
+/// Where no deviations are stated, a position far away lessens the residuals although it is wrong: depth that is noise
+/// shows less from there. By up to this factor that is no reason to believe in it.
+constexpr double LESSENED = 2;
 
 bool isSubset(const SolvedGroups& groups, const SolvedGroups& of) {
     const auto within = [](bool one, bool all) { return !one || all; };
@@ -52,50 +42,11 @@ bool isSubset(const SolvedGroups& groups, const SolvedGroups& of) {
            within(groups.area, of.area);
 }
 
-void refuse(ChannelFit& fit, FitFinding::Kind kind, std::string text, std::string remedy) {
-    fit.findings.push_back({kind, FitOutcome::UNUSABLE, std::move(text), std::move(remedy)});
-}
-
-void warn(ChannelFit& fit, FitFinding::Kind kind, std::string text, std::string remedy) {
-    fit.findings.push_back({kind, FitOutcome::DOUBTFUL, std::move(text), std::move(remedy)});
-}
-
-FitOutcome worstOf(const ChannelFit& fit) {
-    FitOutcome worst = FitOutcome::GOOD;
-    for (const FitFinding& finding : fit.findings) {
-        worst = std::max(worst, finding.outcome);
-    }
-    return worst;
-}
-
-/// The view of a model that shows a picture.
-PictureModel& pictureOf(ChannelModel& model) {
-    return static_cast<PictureModel&>(model);
-}
-
-/// How many points that took part lie where the lens folds.
-std::size_t pointsBeyondFold(const ChannelFit& fit, const ChannelModel& model) {
-    const auto& picture = static_cast<const PictureModel&>(model);
-    std::size_t beyond = 0;
-    for (std::size_t i = 0; i < fit.residuals.size(); ++i) {
-        beyond += static_cast<std::size_t>(!fit.residuals[i].isOutlier && !picture.isShortOfFold(i));
-    }
-    return beyond;
-}
-
-FitPoints reversed(const FitPoints& points, std::size_t coordinate) {
-    FitPoints copy = points;
-    for (Point<double, 2>& picture : copy.picture) {
-        picture[coordinate] = 1 - picture[coordinate];
-    }
-    return copy;
-}
-
 }  // namespace
 
 ChannelFitter::ChannelFitter(const ChannelSetup& setup, const FitPoints& points, const FitOptions& options,
                              const std::string& unit)
-    : m_setup(setup), m_points(points), m_options(options), m_unit(unit) {}
+    : m_setup(setup), m_points(points), m_options(options), m_unit(unit), m_search(setup, points, options) {}
 
 bool ChannelFitter::choose(ChannelFit& fit, PictureModel::Held& held) const {
     const SolvedGroups& has = m_setup.groups();
@@ -110,173 +61,99 @@ bool ChannelFitter::choose(ChannelFit& fit, PictureModel::Held& held) const {
         return false;
     }
     if (!isSubset(held.solved, has) || held.solved == SolvedGroups{}) {
-        refuse(fit, Kind::KIND_NOT_SOLVED, "the channel does not have the values that are to be solved",
-               std::string("solve ") + (has.area         ? "its area"
-                                        : has.distortion ? "position, orientation, frustum or distortion"
-                                        : has.position   ? "position, orientation or frustum"
-                                                         : "orientation or frustum"));
+        FitJudge::refuse(fit, Kind::KIND_NOT_SOLVED, "the channel does not have the values that are to be solved",
+                         std::string("solve ") + (has.area         ? "its area"
+                                                  : has.distortion ? "position, orientation, frustum or distortion"
+                                                  : has.position   ? "position, orientation or frustum"
+                                                                   : "orientation or frustum"));
         return false;
     }
     return true;
 }
 
-bool ChannelFitter::holdForPlane(ChannelFit& fit, PictureModel::Held& held) const {
+bool ChannelFitter::needsDepth(const PictureModel::Held& held) {
     const SolvedGroups& solved = held.solved;
-    if (!solved.position || !solved.orientation || !solved.frustum || (held.squarePixels && held.horizontalShift) ||
-        !PointShape::of(m_points.world).isFlat(typicalPointDeviation(m_points))) {
-        return true;
+    return solved.position && solved.orientation && solved.frustum && !(held.squarePixels && held.horizontalShift);
+}
+
+FitAttempt ChannelFitter::attempt(const PictureModel::Held& held) const {
+    FitAttempt made;
+    made.held = held;
+    made.model = m_setup.make(m_points, held);
+    made.solution = m_search.solve(*made.model);
+    made.lens = m_search.check(*made.model, made.solution);
+    made.deviation = m_points.hasDeviations() ? 1.0 : made.solution.deviation;
+    return made;
+}
+
+Determination ChannelFitter::determinationOf(const FitAttempt& made, const std::vector<bool>& stray) const {
+    // What a few points show alone may as well be their mistake.
+    const std::vector<bool>& isOutlier = made.solution.isOutlier;
+    std::size_t strays = 0;
+    std::vector<bool> leftOut = isOutlier;
+    for (std::size_t i = 0; i < isOutlier.size(); ++i) {
+        strays += static_cast<std::size_t>(stray[i] && !isOutlier[i]);
+        leftOut[i] = isOutlier[i] || stray[i];
     }
-    const std::string cause =
-        "all points lie in one plane, from which position, orientation and frustum cannot be "
-        "told apart";
-    if (m_options.onPlane == FitOptions::OnPlane::REFUSE) {
-        refuse(fit, Kind::POINTS_ON_PLANE, cause,
-               "add points at another depth, or hold two numbers: square pixels and the horizontal shift");
+    const bool areFew = made.solution.isSolved && strays > 0 && strays <= PointShape::few(stray.size());
+    return {made.model->unknowns(), areFew ? ChannelSolver::triangleOf(*made.model, leftOut) : made.solution.triangle,
+            made.deviation};
+}
+
+bool ChannelFitter::showsDepth(const FitAttempt& made, const std::vector<bool>& stray) const {
+    const Determination determination = determinationOf(made, stray);
+    if (!made.solution.isSolved || determination.isSingular()) {
         return false;
     }
-    held.squarePixels = held.horizontalShift = true;
+    const double visible = PictureDeviation::VISIBLE * std::max(m_setup.pixels()[0], m_setup.pixels()[1]);
+    return PictureDeviation::of(*made.model, determination.covariance(), made.solution.isOutlier).pixels <= visible;
+}
+
+bool ChannelFitter::explainsAsWell(const FitAttempt& one, const FitAttempt& other) const {
+    const Solution& a = one.solution;
+    const Solution& b = other.solution;
+    if (!a.isSolved || !b.isSolved) {
+        return a.isSolved;
+    }
+    const double variance = b.deviation * b.deviation;
+    const double raised = m_points.hasDeviations()
+                              ? RAISED * std::max(variance, 1.0) / (2 * static_cast<double>(a.inliers))
+                              : (LESSENED * LESSENED - 1) * variance;
+    return a.inliers + PointShape::few(m_points.size()) >= b.inliers && a.deviation * a.deviation <= variance + raised;
+}
+
+std::optional<FitAttempt> ChannelFitter::solve(ChannelFit& fit, const PictureModel::Held& held) const {
+    if (!needsDepth(held)) {
+        return attempt(held);
+    }
+    const double deviation = typicalPointDeviation(m_points);
+    const PointShape shape = PointShape::of(m_points.world);
+    PictureModel::Held both = held;
+    both.squarePixels = both.horizontalShift = true;
+    std::string cause = "all points lie in one plane";
+    std::optional<FitAttempt> made;
+    if (!shape.isFlat(deviation)) {
+        made = attempt(held);
+        if (!shape.isNearlyFlat() || showsDepth(*made, shape.besidePlane(deviation))) {
+            return made;
+        }
+        FitAttempt other = attempt(both);
+        if (!explainsAsWell(other, *made)) {
+            return made;
+        }
+        cause = "the points show too little depth beyond their noise";
+        made = std::move(other);
+    }
+    cause += ", from which position, orientation and frustum cannot be told apart";
+    if (m_options.onPlane == FitOptions::OnPlane::REFUSE) {
+        FitJudge::refuse(fit, Kind::POINTS_ON_PLANE, cause,
+                         "add points at another depth, or hold two numbers: square pixels and the horizontal shift");
+        return std::nullopt;
+    }
     fit.findings.push_back({Kind::CHANGED_FOR_PLANE, FitOutcome::GOOD,
                             cause + ": pixels were made square and the configured horizontal shift was held",
                             "add points at another depth where these are not known"});
-    return true;
-}
-
-bool ChannelFitter::fitsPicture(const ChannelModel& model, double share) const {
-    return medianMiss(model, m_setup.pixels()) < share;
-}
-
-Solution ChannelFitter::solve(ChannelModel& model) const {
-    Solution solution = solveFromHere(model);
-    // Where rounding alone is left there is no lower minimum.
-    if (solution.isSolved && m_setup.isPicture() && isRational(pictureOf(model)) &&
-        solution.deviation > model.leastDeviation()) {
-        solveElsewhere(pictureOf(model), solution);
-    }
-    return solution;
-}
-
-void ChannelFitter::solveElsewhere(PictureModel& model, Solution& best) const {
-    const ChannelSolver solver(m_options);
-    for (const PictureView& start : rationalStarts(model.view(), m_points)) {
-        PictureModel other(m_points, m_setup.view(), model.held());
-        other.setView(start);
-        Solution solution = solver.solve(other);
-        solution.steps += best.steps;
-        best.steps = solution.steps;
-        // By more than rounding, and not by leaving out more points.
-        if (solution.isSolved && solution.inliers >= best.inliers && solution.cost < best.cost * (1 - LOWER)) {
-            model.setView(other.view());
-            best = std::move(solution);
-        }
-    }
-}
-
-Solution ChannelFitter::solveFromHere(ChannelModel& model) const {
-    const ChannelSolver solver(m_options);
-    Solution solution = solver.solve(model);
-    if (!m_setup.isPicture() || (solution.isSolved && fitsPicture(model, CLOSE))) {
-        return solution;
-    }
-    PictureModel& picture = pictureOf(model);
-    const auto start = linearStart(m_points, m_setup.view(), picture.held());
-    if (!start || start->isMirrored) {
-        return solution;
-    }
-    PictureModel other(m_points, m_setup.view(), picture.held());
-    other.setView(start->view);
-    Solution second = solver.solve(other);
-    second.steps += solution.steps;
-    if (second.isSolved && !(solution.isSolved && solution.typicalSize <= second.typicalSize)) {
-        picture.setView(other.view());
-        return second;
-    }
-    return solution;
-}
-
-bool ChannelFitter::fitsReversed(std::size_t coordinate, const PictureModel::Held& held) const {
-    const FitPoints points = reversed(m_points, coordinate);
-    const auto start = linearStart(points, m_setup.view(), held);
-    if (!start || start->isMirrored) {
-        return false;
-    }
-    PictureModel model(points, m_setup.view(), held);
-    model.setView(start->view);
-    return ChannelSolver(m_options).solve(model).isSolved && fitsPicture(model, CLOSE);
-}
-
-void ChannelFitter::judgeDirections(ChannelFit& fit, const ChannelModel& model) const {
-    const Point<int, 2> isReversed = model.isReversed();
-    const bool fits = fit.isSolved && medianMiss(fit, m_setup.pixels()) < FAR;
-    bool isU = fits && isReversed[0] != 0;
-    bool isV = fits && isReversed[1] != 0;
-    // A lens that folds can bring the mirror image of a picture near to its points.
-    const bool isSuspect = m_setup.isPicture() && !isU && !isV && (!fits || pointsBeyondFold(fit, model) > 0);
-    if (isSuspect) {
-        const PictureModel::Held held{fit.solved, fit.holdsSquarePixels, fit.holdsHorizontalShift};
-        isU = fitsReversed(0, held);
-        isV = !isU && fitsReversed(1, held);
-    }
-    if (isU) {
-        refuse(fit, Kind::U_REVERSED, "left and right of the picture are exchanged: the points fit with u reversed",
-               "give u, or px, from the left edge of the picture");
-    }
-    if (isV) {
-        refuse(fit, Kind::V_REVERSED, "bottom and top of the picture are exchanged: the points fit with v reversed",
-               "give v, or py, from the bottom edge of the picture, or state that its origin is at the top left");
-    }
-    if (!isU && !isV && m_setup.isPicture() && fit.isSolved) {
-        const auto& before = fit.before.orientation;
-        const auto& after = fit.after.orientation;
-        const auto was = Veltrani::rotationZXY(before[0], before[1], before[2]);
-        const auto is = Veltrani::rotationZXY(after[0], after[1], after[2]);
-        const auto turned = transpose(was) * is;
-        if (std::abs(std::atan2(turned(0, 2), turned(2, 2))) > UPSIDE_DOWN) {
-            warn(fit, Kind::V_REVERSED, "the picture is upside down against the configuration",
-                 "check whether the projector hangs; else give u and v from the bottom left corner of its picture");
-        }
-    }
-}
-
-void ChannelFitter::judgePoints(ChannelFit& fit, const ChannelModel& model, const Solution& solution) const {
-    const bool fits =
-        solution.isSolved && 2 * solution.inliers > m_points.size() && medianMiss(fit, m_setup.pixels()) < FAR;
-    if (!fits && worstOf(fit) != FitOutcome::UNUSABLE) {
-        refuse(fit, Kind::NOT_FITTING,
-               solution.isSolved ? "no values explain the points: most of them lie far from where the best ones lead"
-                                 : "no values explain the points",
-               "check the channel, the picture coordinates and the frame of the points");
-    }
-    if (fits && fit.outliers > 0) {
-        warn(fit, Kind::OUTLIERS,
-             std::to_string(fit.outliers) + (fit.outliers == 1 ? " point deviates" : " points deviate") +
-                 " by more than " + std::to_string(std::lround(m_options.rejection)) +
-                 " standard deviations and took no part",
-             "measure again there, or check what was taken for the light of the point");
-    }
-    if (fits && fit.hasStatedDeviations && fit.residualFactor > EXPLAINED) {
-        warn(fit, Kind::DEVIATIONS_TOO_SMALL, "the residuals are larger than the stated deviations explain",
-             "check the deviations; the kind of the display or of the lens may not fit the projector either");
-    }
-    const std::size_t beyond = fits && m_setup.isPicture() ? pointsBeyondFold(fit, model) : 0;
-    if (beyond > 0) {
-        warn(fit, Kind::BEYOND_FOLD, std::to_string(beyond) + " points lie where the fitted lens folds",
-             "solve fewer coefficients, or add points towards the corners of the picture");
-    }
-}
-
-void ChannelFitter::judge(ChannelFit& fit, const ChannelModel& model, const Solution& solution,
-                          const Determination& determination) const {
-    judgeDirections(fit, model);
-    judgePoints(fit, model, solution);
-    if (!solution.isSolved || worstOf(fit) == FitOutcome::UNUSABLE) {
-        return;
-    }
-    const auto& worst = determination.worst();
-    if (determination.isSingular()) {
-        refuse(fit, Kind::NOT_DETERMINED, "the points do not determine " + worst.text, worst.remedy);
-    } else if (determination.isDoubtful()) {
-        warn(fit, Kind::ILL_DETERMINED, "the points hardly determine " + worst.text, worst.remedy);
-    }
+    return made ? std::move(*made) : attempt(both);
 }
 
 void ChannelFitter::listValues(ChannelFit& fit, const ChannelModel& model, const PictureModel::Held& held) const {
@@ -315,8 +192,10 @@ void ChannelFitter::listValues(ChannelFit& fit, const ChannelModel& model, const
     }
 }
 
-void ChannelFitter::noteSolution(ChannelFit& fit, ChannelModel& model, const Solution& solution,
-                                 double deviation) const {
+void ChannelFitter::noteSolution(ChannelFit& fit, const FitAttempt& made) const {
+    const ChannelModel& model = *made.model;
+    const Solution& solution = made.solution;
+    const double deviation = made.deviation;
     const std::vector<double> base(model.unknowns().size(), 0.0);
     model.write(base.data(), fit.after);
     for (std::size_t i = 0; i < m_points.size(); ++i) {
@@ -338,49 +217,63 @@ bool ChannelFitter::isWhereItWas(const ChannelFit& fit) const {
     });
 }
 
+bool ChannelFitter::isRefused(ChannelFit& fit, PictureModel::Held& held) const {
+    if (!choose(fit, held)) {
+        return true;
+    }
+    const std::unique_ptr<ChannelModel> model = m_setup.make(m_points, held);
+    noteBefore(*model, fit);
+    auto fault = faultOfPlaces(m_points, 0);
+    if (!fault) {
+        fault = faultOfUnit(*model, m_unit);
+    }
+    if (!fault) {
+        PictureModel::Held least = held;
+        if (needsDepth(held) && PointShape::of(m_points.world).isFlat(typicalPointDeviation(m_points))) {
+            least.squarePixels = least.horizontalShift = true;
+        }
+        fault = faultOfPlaces(m_points, m_setup.make(m_points, least)->unknowns().size());
+    }
+    if (fault) {
+        fit.findings.push_back(std::move(*fault));
+    }
+    return fault.has_value();
+}
+
 void ChannelFitter::fit(ChannelFit& fit) const {
     fit.before = fit.after = m_setup.values();
     fit.values = m_setup.list(fit.before);
     fit.hasStatedDeviations = m_points.hasDeviations();
     PictureModel::Held held;
-    if (!choose(fit, held)) {
+    if (isRefused(fit, held)) {
         return;
     }
-    std::unique_ptr<ChannelModel> model = m_setup.make(m_points, held);
-    noteBefore(*model, fit);
-    if (auto fault = faultOfPlaces(m_points, 0)) {
-        fit.findings.push_back(std::move(*fault));
+    const std::optional<FitAttempt> made = solve(fit, held);
+    if (!made) {
         return;
     }
-    if (auto fault = faultOfUnit(*model, m_unit)) {
-        fit.findings.push_back(std::move(*fault));
-        return;
-    }
-    if (!holdForPlane(fit, held)) {
-        return;
-    }
-    fit.holdsSquarePixels = held.squarePixels;
-    fit.holdsHorizontalShift = held.horizontalShift;
-    model = m_setup.make(m_points, held);
-    if (auto fault = faultOfPlaces(m_points, model->unknowns().size())) {
-        fit.findings.push_back(std::move(*fault));
-        return;
-    }
-    const Solution solution = solve(*model);
-    const double deviation = fit.hasStatedDeviations ? 1.0 : solution.deviation;
-    fit.isSolved = solution.isSolved;
-    fit.iterations = solution.steps;
-    if (solution.isSolved) {
-        noteSolution(fit, *model, solution, deviation);
+    fit.holdsSquarePixels = made->held.squarePixels;
+    fit.holdsHorizontalShift = made->held.horizontalShift;
+    fit.isSolved = made->solution.isSolved;
+    fit.iterations = made->solution.steps;
+    if (fit.isSolved) {
+        noteSolution(fit, *made);
         // What was fitted and saved stays to the bit when it is fitted again.
         fit.after = isWhereItWas(fit) ? fit.before : fit.after;
     }
-    const Determination determination(model->unknowns(), solution, deviation);
+    const std::vector<bool> all(m_points.size(), false);
+    const Determination determination = determinationOf(*made, all);
     fit.worst = determination.worst();
     fit.covariance = determination.covariance();
-    judge(fit, *model, solution, determination);
-    listValues(fit, *model, held);
-    fit.outcome = worstOf(fit);
+    const FitJudge judge(m_setup, m_points, m_options, m_search);
+    if (needsDepth(made->held)) {
+        const PointShape shape = PointShape::of(m_points.world);
+        judge.judge(fit, *made, determinationOf(*made, shape.besidePlane(typicalPointDeviation(m_points))));
+    } else {
+        judge.judge(fit, *made, determination);
+    }
+    listValues(fit, *made->model, made->held);
+    fit.outcome = FitJudge::worstOf(fit);
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -65,6 +65,15 @@ public:
     /// false where it does not.
     virtual bool landing(std::size_t point, Point<double, 3>& place) const = 0;
 
+    /// Calculates, at the base, how the place in the picture moves that shows what a place of the picture shows now, in
+    /// pixels: two rows of derivatives by the unknowns. False where the place shows nothing.
+    /// @param picture normalised
+    /// @param distance from the projector to what is shown, native units; not used by models without one
+    virtual bool rowsAt(const Point<double, 2>& picture, double distance, double* rows) const = 0;
+
+    /// Returns how far a measured point is from the projector, at the base; 1 for models to which it does not matter.
+    [[nodiscard]] virtual double distanceOf(std::size_t /*point*/) const { return 1; }
+
     /// Returns how large a residual is that counts as none: of rounding, in units of the residuals.
     [[nodiscard]] virtual double leastDeviation() const = 0;
 

@@ -2,6 +2,7 @@
 
 #include "DisplayFit/detail/FitLibrary.h"
 
+#include <Eigen/Cholesky>
 #include <Eigen/QR>
 
 #include <algorithm>
@@ -36,7 +37,69 @@ constexpr int MOST_POLISHING_STEPS = 8;
 /// A step that lessens the squares by less than this part of them is below what rounding does.
 constexpr double NEGLIGIBLE = 1e-22;
 
-using Jacobian = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+using Rows = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
+/// Where a diagonal number of the triangle of the scaled normal equations falls below this, they are solved by an
+/// orthogonal factorisation of the Jacobian: rounding is the square of the condition there.
+constexpr double WELL_CONDITIONED = 1e-3;
+
+/// Below this a combination has no effect but rounding.
+constexpr double SINGULAR = 1e-12;
+
+/// The triangle R^T R = J^T J of a problem, its columns scaled to the length 1, and the step of Gauss and Newton.
+class NormalFactors {
+public:
+    /// False where rounding would show.
+    bool fromNormal(const LeastSquares::Sums& sums) {
+        const auto columns = static_cast<Eigen::Index>(sums.gradient.size());
+        const Eigen::Map<const Rows> normal(sums.normal.data(), columns, columns);
+        m_norms = normal.diagonal().cwiseSqrt().cwiseMax(std::numeric_limits<double>::min());
+        const Eigen::VectorXd inverse = m_norms.cwiseInverse();
+        const Eigen::LLT<Eigen::MatrixXd> factors(inverse.asDiagonal() * normal * inverse.asDiagonal());
+        m_triangle = factors.matrixU();
+        if (factors.info() != Eigen::Success || !(m_triangle.diagonal().minCoeff() > WELL_CONDITIONED)) {
+            return false;
+        }
+        const Eigen::Map<const Eigen::VectorXd> gradient(sums.gradient.data(), columns);
+        m_along = factors.matrixL().solve(gradient.cwiseProduct(inverse));
+        return true;
+    }
+
+    /// False where the problem has no residuals.
+    bool fromResiduals(const LeastSquares& problem) {
+        const auto columns = static_cast<Eigen::Index>(problem.unknowns());
+        const auto rows = static_cast<Eigen::Index>(problem.residuals());
+        const std::vector<double> base(problem.unknowns(), 0.0);
+        Rows jacobian(rows, columns);
+        Eigen::VectorXd misses(rows);
+        if (!problem.evaluate(base.data(), misses.data(), jacobian.data())) {
+            return false;
+        }
+        m_norms = jacobian.colwise().norm().cwiseMax(std::numeric_limits<double>::min());
+        const Eigen::HouseholderQR<Eigen::MatrixXd> factors(jacobian * m_norms.cwiseInverse().asDiagonal());
+        m_triangle = factors.matrixQR().topRows(columns).triangularView<Eigen::Upper>();
+        m_along = (factors.householderQ().transpose() * misses).head(columns);
+        return true;
+    }
+
+    [[nodiscard]] bool isSingular() const { return !(m_triangle.diagonal().cwiseAbs().minCoeff() > SINGULAR); }
+    /// By which a step to where the linear residuals have their minimum lessens the squares.
+    [[nodiscard]] double gain() const { return m_along.squaredNorm(); }
+    [[nodiscard]] std::vector<double> step() const {
+        const Eigen::VectorXd step = -(m_triangle.triangularView<Eigen::Upper>().solve(m_along)).cwiseQuotient(m_norms);
+        return {step.begin(), step.end()};
+    }
+    /// Of columns as they are, row by row.
+    [[nodiscard]] std::vector<double> triangle() const {
+        const Rows unscaled = m_triangle * m_norms.asDiagonal();
+        return {unscaled.data(), unscaled.data() + unscaled.size()};
+    }
+
+private:
+    Eigen::VectorXd m_norms;
+    Eigen::MatrixXd m_triangle;
+    Eigen::VectorXd m_along;
+};
 
 /// The size of a pair of two normal numbers that is exceeded as rarely as one of them exceeds so many deviations.
 double sizeAsRareAs(double deviations) {
@@ -141,36 +204,24 @@ bool ChannelSolver::solvePlainly(ChannelModel& model, WeightedProblem& problem, 
 }
 
 void ChannelSolver::polish(ChannelModel& model, WeightedProblem& problem, Solution& solution) {
-    const auto rows = static_cast<Eigen::Index>(problem.residuals());
-    const auto columns = static_cast<Eigen::Index>(problem.unknowns());
-    std::vector<double> residuals;
+    const std::vector<double> base(problem.unknowns(), 0.0);
+    LeastSquares::Sums sums;
+    LeastSquares::Sums there;
     for (int polishing = 0; polishing <= MOST_POLISHING_STEPS; ++polishing) {
-        const std::vector<double> base(problem.unknowns(), 0.0);
-        Jacobian jacobian(rows, columns);
-        Eigen::VectorXd misses(rows);
-        if (!problem.evaluate(base.data(), misses.data(), jacobian.data())) {
+        NormalFactors factors;
+        if (!problem.sum(base.data(), sums, true)) {
             return;
         }
-        const Eigen::VectorXd norms = jacobian.colwise().norm().cwiseMax(std::numeric_limits<double>::min());
-        const Eigen::HouseholderQR<Eigen::MatrixXd> factors(jacobian * norms.cwiseInverse().asDiagonal());
-        Eigen::MatrixXd triangle = factors.matrixQR().topRows(columns).triangularView<Eigen::Upper>();
-        const Eigen::VectorXd along = (factors.householderQ().transpose() * misses).head(columns);
-        const Eigen::MatrixXd unscaled = triangle * norms.asDiagonal();
-        solution.triangle.resize(static_cast<std::size_t>(columns * columns));
-        for (Eigen::Index r = 0; r < columns; ++r) {
-            for (Eigen::Index c = 0; c < columns; ++c) {
-                solution.triangle[static_cast<std::size_t>(r * columns + c)] = unscaled(r, c);
-            }
-        }
-        const double cost = misses.squaredNorm();
-        const bool isSingular = !(triangle.diagonal().cwiseAbs().minCoeff() > 1e-12);
-        if (polishing == MOST_POLISHING_STEPS || isSingular || along.squaredNorm() <= NEGLIGIBLE * cost) {
+        if (!factors.fromNormal(sums) && !factors.fromResiduals(problem)) {
             return;
         }
-        const Eigen::VectorXd step = -(triangle.triangularView<Eigen::Upper>().solve(along)).cwiseQuotient(norms);
-        Eigen::VectorXd there(rows);
+        solution.triangle = factors.triangle();
+        if (polishing == MOST_POLISHING_STEPS || factors.isSingular() || factors.gain() <= NEGLIGIBLE * sums.squares) {
+            return;
+        }
+        const std::vector<double> step = factors.step();
         // Rounding may hide what the last step gains.
-        if (!problem.evaluate(step.data(), there.data(), nullptr) || there.squaredNorm() > cost * (1 + 1e-13)) {
+        if (!problem.sum(step.data(), there, false) || there.squares > sums.squares * (1 + 1e-13)) {
             return;
         }
         model.move(step.data());
@@ -193,6 +244,13 @@ void ChannelSolver::summarise(const WeightedProblem& problem, Solution& solution
     const std::size_t equations = 2 * solution.inliers;
     const std::size_t freedom = equations > problem.unknowns() ? equations - problem.unknowns() : 0;
     solution.deviation = freedom > 0 ? std::sqrt(solution.cost / static_cast<double>(freedom)) : 0.0;
+}
+
+std::vector<double> ChannelSolver::triangleOf(const ChannelModel& model, const std::vector<bool>& leftOut) {
+    WeightedProblem problem(model);
+    problem.setLeftOut(leftOut);
+    NormalFactors factors;
+    return factors.fromResiduals(problem) ? factors.triangle() : std::vector<double>{};
 }
 
 Solution ChannelSolver::solve(ChannelModel& model) const {

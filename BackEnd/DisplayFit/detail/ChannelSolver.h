@@ -32,6 +32,10 @@ public:
     /// The model's base is the solution afterwards; where nothing was solved, what it was.
     [[nodiscard]] Solution solve(ChannelModel& model) const;
 
+    /// Returns the triangle of the weighted Jacobian at the base of a model, as `Solution` has it, without the points
+    /// that are left out; empty where a point is not mapped.
+    [[nodiscard]] static std::vector<double> triangleOf(const ChannelModel& model, const std::vector<bool>& leftOut);
+
 private:
     /// Steps to the minimum, and moves the base there.
     /// @param costTolerance as of `SolverPlan`

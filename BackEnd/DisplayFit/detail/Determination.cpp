@@ -12,6 +12,7 @@ namespace Veltrani::DisplayFitDetail {
 
 namespace {
 
+using DisplayFit::WorstCombination;
 using Role = Unknown::Role;
 
 /// A value belongs to the worst combination when it has more than this part of what the first one has.
@@ -53,30 +54,30 @@ std::string listed(const std::vector<const Unknown*>& named) {
 
 }  // namespace
 
-Determination::Determination(const std::vector<Unknown>& unknowns, const Solution& solution, double deviation) {
+Determination::Determination(const std::vector<Unknown>& unknowns, const std::vector<double>& triangle,
+                             double deviation)
+    : m_unknowns(unknowns), m_deviation(deviation) {
     const auto count = static_cast<Eigen::Index>(unknowns.size());
     for (const Unknown& unknown : unknowns) {
         m_worst.solvedNames.push_back(unknown.words);
     }
-    if (count == 0 || solution.triangle.size() != unknowns.size() * unknowns.size()) {
+    if (count == 0 || triangle.size() != unknowns.size() * unknowns.size()) {
         return;
     }
     using Rows = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
-    const Eigen::Map<const Rows> triangle(solution.triangle.data(), count, count);
-    std::vector<double> lengths;
-    Eigen::MatrixXd scaled = triangle;
+    Eigen::MatrixXd scaled = Eigen::Map<const Rows>(triangle.data(), count, count);
     for (Eigen::Index c = 0; c < count; ++c) {
-        lengths.push_back(std::max(scaled.col(c).norm(), std::numeric_limits<double>::min()));
-        scaled.col(c) /= lengths.back();
+        m_lengths.push_back(std::max(scaled.col(c).norm(), std::numeric_limits<double>::min()));
+        scaled.col(c) /= m_lengths.back();
     }
     const Eigen::JacobiSVD<Eigen::MatrixXd> svd(scaled, Eigen::ComputeFullV);
-    const double smallest = svd.singularValues()(count - 1);
-    m_worst.scaledCondition = svd.singularValues()(0) / smallest;
-    std::vector<double> share;
-    for (Eigen::Index i = 0; i < count; ++i) {
-        share.push_back(svd.matrixV()(i, count - 1));
+    m_singular.assign(svd.singularValues().begin(), svd.singularValues().end());
+    for (Eigen::Index axis = 0; axis < count; ++axis) {
+        const Eigen::VectorXd column = svd.matrixV().col(axis);
+        m_axes.emplace_back(column.begin(), column.end());
     }
-    nameWorst(unknowns, share, lengths, smallest, deviation);
+    m_worst.scaledCondition = m_singular.front() / m_singular.back();
+    m_worst = combination(unknowns.size() - 1);
     if (isSingular()) {
         return;
     }
@@ -85,31 +86,49 @@ Determination::Determination(const std::vector<Unknown>& unknowns, const Solutio
     const Rows covariance = half * half.transpose();
     for (Eigen::Index r = 0; r < count; ++r) {
         for (Eigen::Index c = 0; c < count; ++c) {
-            m_covariance.push_back(covariance(r, c) / lengths[static_cast<std::size_t>(r)] /
-                                   lengths[static_cast<std::size_t>(c)]);
+            m_covariance.push_back(covariance(r, c) / m_lengths[static_cast<std::size_t>(r)] /
+                                   m_lengths[static_cast<std::size_t>(c)]);
         }
     }
 }
 
-void Determination::nameWorst(const std::vector<Unknown>& unknowns, const std::vector<double>& share,
-                              const std::vector<double>& lengths, double smallest, double deviation) {
-    std::vector<std::size_t> order(unknowns.size());
+WorstCombination Determination::worstFor(const std::vector<double>& slopes) const {
+    std::size_t worst = 0;
+    double most = -1;
+    for (std::size_t axis = 0; axis < m_axes.size(); ++axis) {
+        double along = 0;
+        for (std::size_t i = 0; i < slopes.size(); ++i) {
+            along += slopes[i] * m_axes[axis][i] / m_lengths[i];
+        }
+        if (const double part = std::abs(along) / m_singular[axis]; part > most) {
+            most = part;
+            worst = axis;
+        }
+    }
+    return m_axes.empty() ? m_worst : combination(worst);
+}
+
+WorstCombination Determination::combination(std::size_t axis) const {
+    const std::vector<double>& share = m_axes[axis];
+    std::vector<std::size_t> order(m_unknowns.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(),
                      [&](std::size_t a, std::size_t b) { return std::abs(share[a]) > std::abs(share[b]); });
     std::vector<const Unknown*> named;
     for (const std::size_t i : order) {
         if (named.size() < MOST_NAMED && std::abs(share[i]) > BELONGS * std::abs(share[order.front()])) {
-            named.push_back(&unknowns[i]);
+            named.push_back(&m_unknowns[i]);
         }
     }
     const std::size_t first = order.front();
-    m_worst.weights = share;
-    m_worst.text = listed(named);
-    m_worst.remedy = remedyOf(named);
-    m_worst.deviatingName = unknowns[first].words;
-    m_worst.quantity = unknowns[first].quantity;
-    m_worst.deviation = deviation * std::abs(share[first]) / (lengths[first] * smallest);
+    WorstCombination found = m_worst;
+    found.weights = share;
+    found.text = listed(named);
+    found.remedy = remedyOf(named);
+    found.deviatingName = m_unknowns[first].words;
+    found.quantity = m_unknowns[first].quantity;
+    found.deviation = m_deviation * std::abs(share[first]) / (m_lengths[first] * m_singular[axis]);
+    return found;
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -3,42 +3,88 @@
 
 #include <ceres/ceres.h>
 #include <glog/logging.h>
+#include <Eigen/Cholesky>
+#include <Eigen/Eigenvalues>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace Veltrani::DisplayFitDetail {
 
 namespace {
 
-/// All residuals of a problem as one function: nothing is allocated or looked up point by point.
-class AllResiduals : public ceres::CostFunction {
+/// A problem as one function of few residuals, of which squares, gradient and normal equations are those of all: with
+/// the triangle R^T R = J^T J these are R^-T J^T r, with the derivatives R, and a last one for what no step lessens.
+/// The solver's own work does not grow with the number of points.
+class Condensed : public ceres::CostFunction {
 public:
-    explicit AllResiduals(const LeastSquares& problem) : m_problem(problem) {
-        set_num_residuals(static_cast<int>(problem.residuals()));
-        mutable_parameter_block_sizes()->push_back(static_cast<int>(problem.unknowns()));
+    explicit Condensed(const LeastSquares& problem) : m_problem(problem) {
+        const auto columns = static_cast<int>(problem.unknowns());
+        set_num_residuals(columns + 1);
+        mutable_parameter_block_sizes()->push_back(columns);
     }
 
     bool Evaluate(double const* const* parameters, double* residuals, double** jacobians) const override {
         double* const jacobian = jacobians != nullptr ? jacobians[0] : nullptr;
-        const std::size_t rows = m_problem.residuals();
         // What is not finite must not reach the solver: it would log it.
-        return m_problem.evaluate(parameters[0], residuals, jacobian) && areFinite(residuals, rows) &&
-               (jacobian == nullptr || areFinite(jacobian, rows * m_problem.unknowns()));
+        if (!m_problem.sum(parameters[0], m_sums, jacobian != nullptr) || !areFinite(m_sums)) {
+            return false;
+        }
+        const auto columns = static_cast<Eigen::Index>(m_problem.unknowns());
+        Eigen::Map<Eigen::VectorXd> misses(residuals, columns + 1);
+        misses.setZero();
+        if (jacobian != nullptr) {
+            Eigen::Map<Rows> derivatives(jacobian, columns + 1, columns);
+            derivatives.setZero();
+            condense(misses, derivatives);
+        }
+        misses[columns] = std::sqrt(std::max(m_sums.squares - misses.head(columns).squaredNorm(), 0.0));
+        return misses.allFinite();
     }
 
 private:
-    static bool areFinite(const double* numbers, std::size_t count) {
-        double sum = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            sum += numbers[i] * 0.0;
+    using Rows = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
+    static bool areFinite(const LeastSquares::Sums& sums) {
+        const auto areAll = [](const std::vector<double>& numbers) {
+            return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
+        };
+        return std::isfinite(sums.squares) && areAll(sums.gradient) && areAll(sums.normal);
+    }
+
+    void condense(Eigen::Map<Eigen::VectorXd>& misses, Eigen::Map<Rows>& derivatives) const {
+        const auto columns = static_cast<Eigen::Index>(m_problem.unknowns());
+        const Eigen::Map<const Rows> normal(m_sums.normal.data(), columns, columns);
+        const Eigen::Map<const Eigen::VectorXd> gradient(m_sums.gradient.data(), columns);
+        // Columns of the length 1: lengths, angles and coefficients differ by orders.
+        const Eigen::VectorXd norms = normal.diagonal().cwiseSqrt().cwiseMax(std::numeric_limits<double>::min());
+        const Eigen::VectorXd inverse = norms.cwiseInverse();
+        const Eigen::MatrixXd scaled = inverse.asDiagonal() * normal * inverse.asDiagonal();
+        const Eigen::VectorXd along = gradient.cwiseProduct(inverse);
+        const Eigen::LLT<Eigen::MatrixXd> factors(scaled);
+        if (factors.info() == Eigen::Success) {
+            const Eigen::MatrixXd triangle = factors.matrixU();
+            derivatives.topRows(columns) = triangle * norms.asDiagonal();
+            misses.head(columns) = factors.matrixL().solve(along);
+            return;
         }
-        return sum == 0.0;
+        // A combination without any effect: its residual is zero.
+        const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> axes(scaled);
+        for (Eigen::Index i = 0; i < columns; ++i) {
+            const double square = axes.eigenvalues()[i];
+            if (square > std::numeric_limits<double>::epsilon()) {
+                const Eigen::VectorXd axis = axes.eigenvectors().col(i);
+                derivatives.row(i) = axis.cwiseProduct(norms).transpose() * std::sqrt(square);
+                misses[i] = axis.dot(along) / std::sqrt(square);
+            }
+        }
     }
 
     const LeastSquares& m_problem;
+    mutable LeastSquares::Sums m_sums;  ///< of the last call; the solver makes one at a time
 };
 
 ceres::Solver::Options optionsOf(const SolverPlan& plan) {
@@ -72,7 +118,7 @@ public:
         }
         std::vector<double> best = unknowns;
         ceres::Problem sum;
-        sum.AddResidualBlock(new AllResiduals(problem), nullptr, best.data());
+        sum.AddResidualBlock(new Condensed(problem), nullptr, best.data());
         ceres::Solver::Summary summary;
         ceres::Solve(optionsOf(plan), &sum, &summary);
         if (!summary.IsSolutionUsable()) {

@@ -18,6 +18,7 @@ struct FitPoints {
     std::vector<Matrix<double, 3>> covariance;       ///< of `world`; empty where not stated
     std::vector<Point<double, 2>> pictureDeviation;  ///< normalised; empty where exact
     std::vector<std::size_t> given;                  ///< index among the points that the caller gave
+    std::vector<std::size_t> rows;                   ///< lines of the file that they were read from; 0 for none
 
     [[nodiscard]] std::size_t size() const { return picture.size(); }
     [[nodiscard]] bool hasDeviations() const { return !covariance.empty() || !pictureDeviation.empty(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 namespace Veltrani::DisplayFitDetail {
 
@@ -19,6 +20,22 @@ public:
     /// Calculates every residual, and their derivatives where `jacobian` is not null: a row of `unknowns` for each
     /// residual. Returns false where there is none; what is written then is not used. Throws nothing.
     virtual bool evaluate(const double* unknowns, double* residuals, double* jacobian) const noexcept = 0;
+
+    /// What a step of Gauss and Newton needs of all residuals r and their derivatives J: few numbers, however many
+    /// residuals there are.
+    struct Sums {
+        double squares = 0;            ///< r^T r
+        std::vector<double> gradient;  ///< J^T r
+        std::vector<double> normal;    ///< J^T J, the lower triangle of `unknowns` x `unknowns`, row by row
+    };
+
+    /// Calculates these sums, the last two where `needsDerivatives`. Returns false as `evaluate` does. Only the first
+    /// call takes memory.
+    virtual bool sum(const double* unknowns, Sums& sums, bool needsDerivatives) const;
+
+private:
+    mutable std::vector<double> m_residuals;
+    mutable std::vector<double> m_jacobian;
 };
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -170,15 +170,11 @@ bool LensFormula::tangentsOf(const Point<double, 2>& wanted, Point<double, 2>& t
     return false;
 }
 
-bool LensFormula::isRightWayRound(const Vector& ray) const {
-    Place there;
-    if (!place(ray, there)) {
-        return false;
-    }
-    // The volume of the two gradients and the ray keeps its sign up to the fold.
-    const Vector byA{there.aByRay[0], there.aByRay[1], there.aByRay[2]};
-    const Vector byB{there.bByRay[0], there.bByRay[1], there.bByRay[2]};
-    return dot(cross(byB, byA), ray) > 0;
+LensFormula LensFormula::withCoefficients(std::size_t count) const {
+    LensFormula other = *this;
+    other.m_count = std::min(count, MOST_COEFFICIENTS);
+    std::fill(other.m_k.begin() + static_cast<std::ptrdiff_t>(other.m_count), other.m_k.end(), 0.0);
+    return other;
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -38,14 +38,13 @@ public:
     /// Finds the tangents (x / y, z / y) of the ray that meets a place; false where there is none ahead of the lens.
     bool tangentsOf(const Point<double, 2>& place, Point<double, 2>& tangents) const;
 
-    /// Returns true where the places around still lie as the rays do: short of the fold of the lens.
-    [[nodiscard]] bool isRightWayRound(const Point<double, 3>& ray) const;
-
     [[nodiscard]] Kind kind() const { return m_kind; }
     /// Returns how many coefficients are solved: the prism terms are not.
     [[nodiscard]] std::size_t coefficients() const { return m_count; }
     [[nodiscard]] double coefficient(std::size_t i) const { return m_k[i]; }
     void setCoefficient(std::size_t i, double value) { m_k[i] = value; }
+    /// Returns the lens with so many coefficients: further ones are zero.
+    [[nodiscard]] LensFormula withCoefficients(std::size_t count) const;
     /// True where a place grows as the tangents do, but for distortion.
     [[nodiscard]] bool isOfTangents() const { return m_kind == Kind::RECTILINEAR || m_kind == Kind::BROWN_CONRADY; }
 

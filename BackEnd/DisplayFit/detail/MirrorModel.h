@@ -29,6 +29,10 @@ public:
     bool missInPicture(std::size_t point, Point<double, 2>& pixels) const override;
     bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const override;
     bool landing(std::size_t point, Point<double, 3>& place) const override;
+    /// As of the picture before its rays are bent: what bends them depends on the ray alone.
+    bool rowsAt(const Point<double, 2>& picture, double distance, double* rows) const override {
+        return m_picture.rowsAt(picture, distance, rows);
+    }
     [[nodiscard]] double leastDeviation() const override { return m_leastDeviation; }
     [[nodiscard]] Point<int, 2> isReversed() const override { return m_picture.isReversed(); }
 

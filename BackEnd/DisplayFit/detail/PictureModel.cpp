@@ -29,11 +29,6 @@ Vector times(const Vector& v, const Matrix<double, 3>& m) {
             v[0] * m(0, 2) + v[1] * m(1, 2) + v[2] * m(2, 2)};
 }
 
-LensFormula formulaOf(const LensNumbers& lens) {
-    return {lens.kind == LensNumbers::Kind::FISHEYE ? LensFormula::Kind::FISHEYE : LensFormula::Kind::BROWN_CONRADY,
-            lens.distortion};
-}
-
 const char* nameOfCoefficient(LensFormula::Kind kind, std::size_t i) {
     static constexpr std::array BROWN{"k1", "k2", "p1", "p2", "k3", "k4", "k5", "k6"};
     static constexpr std::array FISHEYE{"k1", "k2", "k3", "k4"};
@@ -41,28 +36,6 @@ const char* nameOfCoefficient(LensFormula::Kind kind, std::size_t i) {
 }
 
 }  // namespace
-
-PictureView PictureView::of(const ChannelValues& values, LensFormula::Kind kind, const Point<int, 2>& pixels) {
-    PictureView view;
-    view.world_from_projector =
-        Veltrani::rotationZXY(values.orientation[0], values.orientation[1], values.orientation[2]);
-    view.position = values.position;
-    view.pixels = {std::max(pixels[0], 1), std::max(pixels[1], 1)};
-    if (values.lens) {
-        const LensNumbers& lens = *values.lens;
-        view.lens = formulaOf(lens);
-        view.factor = {lens.fx / lens.imageWidth, lens.fy / lens.imageHeight};
-        // Pixels of a calibration have their centres at whole numbers, the first one at the top left.
-        view.shift = {(lens.cx + 0.5) / lens.imageWidth, 1 - (lens.cy + 0.5) / lens.imageHeight};
-        return view;
-    }
-    view.lens = LensFormula(kind, {});
-    const auto edge = [kind](double angle) { return kind == LensFormula::Kind::EQUIDISTANT ? angle : std::tan(angle); };
-    const auto& frustum = values.frustum;
-    view.factor = {1 / (edge(frustum.right) - edge(frustum.left)), 1 / (edge(frustum.top) - edge(frustum.bottom))};
-    view.shift = {-edge(frustum.left) * view.factor[0], -edge(frustum.bottom) * view.factor[1]};
-    return view;
-}
 
 PictureModel::PictureModel(const FitPoints& points, const PictureView& view, const Held& held)
     : m_points(points),
@@ -366,6 +339,30 @@ bool PictureModel::landing(std::size_t point, Vector& place) const {
     return true;
 }
 
+bool PictureModel::rowsAt(const Point<double, 2>& picture, double distance, double* rows) const {
+    Point<double, 2> tangents;
+    LensFormula::Place place;
+    if (!m_view.lens.tangentsOf(
+            {(picture[0] - m_view.shift[0]) / m_view.factor[0], (picture[1] - m_view.shift[1]) / m_view.factor[1]},
+            tangents)) {
+        return false;
+    }
+    const Vector ahead{tangents[0], 1, tangents[1]};
+    const Vector ray = ahead * (distance / norm(ahead));
+    if (!m_view.lens.place(ray, place)) {
+        return false;
+    }
+    const Moved unmoved{
+        m_view, {}, rotationOf({}), turnBefore({}), m_held.squarePixels ? heightOfStep(m_view.pixels[1]) : 0.0};
+    fillRow(unmoved, ray, place, true, rows);
+    fillRow(unmoved, ray, place, false, rows + m_unknowns.size());
+    return true;
+}
+
+double PictureModel::distanceOf(std::size_t point) const {
+    return norm(m_points.world[point] - m_view.position);
+}
+
 double PictureModel::leastDeviation() const {
     return ROUNDING * std::max(m_view.pixels[0], m_view.pixels[1]);
 }
@@ -373,10 +370,6 @@ double PictureModel::leastDeviation() const {
 Point<int, 2> PictureModel::isReversed() const {
     return {static_cast<int>(m_view.factor[0] * m_givenFactor[0] < 0),
             static_cast<int>(m_view.factor[1] * m_givenFactor[1] < 0)};
-}
-
-bool PictureModel::isShortOfFold(std::size_t point) const {
-    return m_view.lens.isRightWayRound(m_fromProjector[point]);
 }
 
 }  // namespace Veltrani::DisplayFitDetail

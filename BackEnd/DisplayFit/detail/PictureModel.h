@@ -3,27 +3,12 @@
 #include "DisplayFit/FitOptions.h"
 #include "DisplayFit/detail/ChannelModel.h"
 #include "DisplayFit/detail/LensFormula.h"
+#include "DisplayFit/detail/PictureView.h"
 
 #include <array>
 #include <optional>
 
 namespace Veltrani::DisplayFitDetail {
-
-/// A projector, or the eye of a spherical display, with its picture: (u, v) = (widthFactor a + shift, ...) of the place
-/// (a, b) that the lens shows a ray at.
-struct PictureView {
-    Matrix<double, 3> world_from_projector;
-    Point<double, 3> position;
-    Point<double, 2> factor{1, 1};     ///< of a and b, in widths and heights of the picture
-    Point<double, 2> shift{0.5, 0.5};  ///< (u, v) of the axis
-    LensFormula lens;
-    Point<double, 2> pixels{1, 1};  ///< size of the picture, the unit of the residuals
-
-    /// Of a channel as its values state it.
-    /// @param kind of a lens without a calibration; not used where there is one
-    [[nodiscard]] static PictureView of(const DisplayFit::ChannelValues& values, LensFormula::Kind kind,
-                                        const Point<int, 2>& pixels);
-};
 
 /// Residuals in the picture, pixels: where the picture shows the measured point, minus the stated place. The analytic
 /// derivatives are those of the whole way from the unknowns to the picture. Once settled, the picture is linear between
@@ -49,6 +34,8 @@ public:
     bool missInPicture(std::size_t point, Point<double, 2>& pixels) const override;
     bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const override;
     bool landing(std::size_t point, Point<double, 3>& place) const override;
+    bool rowsAt(const Point<double, 2>& picture, double distance, double* rows) const override;
+    [[nodiscard]] double distanceOf(std::size_t point) const override;
     [[nodiscard]] double leastDeviation() const override;
     [[nodiscard]] Point<int, 2> isReversed() const override;
 
@@ -56,8 +43,6 @@ public:
     /// Makes other values the base.
     void setView(const PictureView& view);
     [[nodiscard]] const Held& held() const { return m_held; }
-    /// Returns true where the lens does not fold before the measured point.
-    [[nodiscard]] bool isShortOfFold(std::size_t point) const;
 
 private:
     /// Where the derivatives of each number stand in a row; -1 for one that is held.

@@ -4,11 +4,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <limits>
 
 namespace Veltrani::DisplayFitDetail {
 
 namespace {
+
+using Vector = Point<double, 3>;
 
 /// What measured surfaces deviate from a plane or a line that they are meant to be, as a part of their extent.
 constexpr double AS_BUILT = 1e-3;
@@ -16,19 +20,61 @@ constexpr double AS_BUILT = 1e-3;
 /// Points further from the plane than this many deviations show depth.
 constexpr double MOST_DEVIATIONS = 3;
 
-}  // namespace
+/// Half of the points of a screen that is hardly bent are nearer than this to a plane, as a part of their extent.
+constexpr double HARDLY_BENT = 0.05;
 
-PointShape PointShape::of(std::span<const Point<double, 3>> points) {
-    PointShape shape;
-    if (points.empty()) {
-        return shape;
+/// Of normal numbers, the deviation over the median size.
+constexpr double DEVIATION_OF_MEDIAN = 1.4826;
+
+/// A point that is so many times as far from the middle of the points as half of them are belongs to no screen.
+constexpr double ABSURD = 30;
+
+/// Planes and lines through some of the points that are tried: where a third of the points is wrong, one of three
+/// such planes has none of these.
+constexpr int TRIALS = 60;
+/// Points by which they are compared.
+constexpr std::size_t COMPARED = 200;
+
+/// Wrong points that are expected: this part of all, and a few in any case where there are enough.
+constexpr std::size_t ONE_WRONG_IN = 20;
+constexpr std::size_t FEW = 3;
+constexpr std::size_t ENOUGH_FOR_ONE = 10;
+
+double medianOf(std::vector<double> numbers) {
+    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+    std::nth_element(numbers.begin(), middle, numbers.end());
+    return *middle;
+}
+
+/// Which points are absurd.
+std::vector<std::size_t> absurdOf(std::span<const Vector> points) {
+    Vector middle;
+    std::vector<double> numbers(points.size());
+    for (std::size_t k = 0; k < 3; ++k) {
+        std::transform(points.begin(), points.end(), numbers.begin(), [k](const Vector& point) { return point[k]; });
+        middle[k] = medianOf(numbers);
     }
-    for (const auto& point : points) {
+    std::transform(points.begin(), points.end(), numbers.begin(),
+                   [&middle](const Vector& point) { return norm(point - middle); });
+    const double typical = medianOf(numbers);
+    std::vector<std::size_t> absurd;
+    for (std::size_t i = 0; i < numbers.size() && typical > 0; ++i) {
+        if (!(numbers[i] <= ABSURD * typical)) {
+            absurd.push_back(i);
+        }
+    }
+    return absurd;
+}
+
+/// The principal axes of some points.
+void findAxes(std::span<const Vector> points, PointShape& shape) {
+    shape.centre = {};
+    for (const Vector& point : points) {
         shape.centre += point * (1 / static_cast<double>(points.size()));
     }
     Eigen::Matrix3d moments = Eigen::Matrix3d::Zero();
-    for (const auto& point : points) {
-        const Point<double, 3> from = point - shape.centre;
+    for (const Vector& point : points) {
+        const Vector from = point - shape.centre;
         const Eigen::Vector3d column(from[0], from[1], from[2]);
         moments += column * column.transpose() / static_cast<double>(points.size());
     }
@@ -39,11 +85,132 @@ PointShape PointShape::of(std::span<const Point<double, 3>> points) {
         shape.axes[i] = {axis[0], axis[1], axis[2]};
         shape.extents[i] = std::sqrt(std::max(solver.eigenvalues()[column], 0.0));
     }
+}
+
+/// A plane or a line through a point: distances from it are those along its normals.
+struct Through {
+    Vector point;
+    std::array<Vector, 2> normals;  ///< across each other, of length 1; the second one zero for a plane
+
+    [[nodiscard]] double distance(const Vector& from) const {
+        return std::hypot(dot(from - point, normals[0]), dot(from - point, normals[1]));
+    }
+    [[nodiscard]] std::vector<double> distances(std::span<const Vector> points) const {
+        std::vector<double> all;
+        all.reserve(points.size());
+        std::transform(points.begin(), points.end(), std::back_inserter(all),
+                       [this](const Vector& from) { return distance(from); });
+        return all;
+    }
+};
+
+/// The plane through three points; that through a line and any direction across it where they lie on one.
+Through planeThrough(const Vector& a, const Vector& b, const Vector& c) {
+    const Vector normal = cross(b - a, c - a);
+    const double size = norm(normal);
+    return {a, {size > 0 ? normal * (1 / size) : Vector{1, 0, 0}, Vector{}}};
+}
+
+Through lineThrough(const Vector& a, const Vector& b) {
+    const double length = norm(b - a);
+    const Vector along = length > 0 ? (b - a) * (1 / length) : Vector{1, 0, 0};
+    Vector first = cross(along, std::abs(along[2]) < 0.5 ? Vector{0, 0, 1} : Vector{1, 0, 0});
+    first *= 1 / norm(first);
+    return {a, {first, cross(along, first)}};
+}
+
+/// The numbers 0 to count - 1 in an order that looks like none, always the same.
+class Picker {
+public:
+    explicit Picker(std::size_t count) : m_count(count) {}
+    std::size_t operator()() {
+        m_state = m_state * 6364136223846793005U + 1442695040888963407U;
+        return static_cast<std::size_t>((m_state >> 33U) % m_count);
+    }
+
+private:
+    std::size_t m_count;
+    std::uint64_t m_state = 1;
+};
+
+/// Of some planes or lines through the points, and the first one, that from which half of the points are the least far
+/// away: the distances of all points from it.
+template <class Make>
+std::vector<double> fromNearest(std::span<const Vector> points, const Through& first, Make&& make) {
+    std::vector<Vector> some;
+    const std::size_t count = std::min(points.size(), COMPARED);
+    for (std::size_t i = 0; i < count; ++i) {
+        some.push_back(points[i * points.size() / count]);
+    }
+    Picker pick(points.size());
+    Through best = first;
+    double least = medianOf(best.distances(some));
+    for (int trial = 0; trial < TRIALS && least > 0; ++trial) {
+        const Through other = make(points, pick);
+        const double typical = medianOf(other.distances(some));
+        if (typical < least) {
+            best = other;
+            least = typical;
+        }
+    }
+    return best.distances(points);
+}
+
+}  // namespace
+
+PointShape PointShape::of(std::span<const Vector> points) {
+    PointShape shape;
+    if (points.empty()) {
+        return shape;
+    }
+    shape.absurd = absurdOf(points);
+    std::vector<Vector> kept;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (!std::binary_search(shape.absurd.begin(), shape.absurd.end(), i)) {
+            kept.push_back(points[i]);
+        }
+    }
+    findAxes(kept, shape);
+    shape.m_fromPlane =
+        fromNearest(points, {shape.centre, {shape.axes[2], Vector{}}}, [](std::span<const Vector> of, Picker& pick) {
+            const Vector& a = of[pick()];
+            const Vector& b = of[pick()];
+            return planeThrough(a, b, of[pick()]);
+        });
+    shape.m_fromLine = fromNearest(points, {shape.centre, {shape.axes[1], shape.axes[2]}},
+                                   [](std::span<const Vector> of, Picker& pick) {
+                                       const Vector& a = of[pick()];
+                                       return lineThrough(a, of[pick()]);
+                                   });
     return shape;
+}
+
+std::vector<bool> PointShape::besidePlane(double deviation) const {
+    const double most =
+        m_fromPlane.empty()
+            ? 0
+            : std::max(allowed(deviation), 2 * MOST_DEVIATIONS * DEVIATION_OF_MEDIAN * medianOf(m_fromPlane));
+    std::vector<bool> beside;
+    std::transform(m_fromPlane.begin(), m_fromPlane.end(), std::back_inserter(beside),
+                   [most](double distance) { return !(distance <= most); });
+    return beside;
+}
+
+bool PointShape::isNearlyFlat() const {
+    return m_fromPlane.empty() || medianOf(m_fromPlane) <= HARDLY_BENT * extents[0];
+}
+
+std::size_t PointShape::few(std::size_t points) {
+    return std::max(points / ONE_WRONG_IN, std::min(FEW, points / ENOUGH_FOR_ONE));
 }
 
 double PointShape::allowed(double deviation) const {
     return std::max(AS_BUILT * extents[0], MOST_DEVIATIONS * deviation);
+}
+
+std::size_t PointShape::beside(const std::vector<double>& distances, double allowed) {
+    return static_cast<std::size_t>(
+        std::count_if(distances.begin(), distances.end(), [allowed](double from) { return !(from <= allowed); }));
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -7,6 +7,10 @@ BrownConradyLens::BrownConradyLens(const Viewport& viewport, const std::wstring&
       m_calibration(LensCalibration::read(LensName::of(name, file).file, LensFamily::BrownConrady)),
       m_distortion(m_calibration.distortion) {}
 
+BrownConradyLens::BrownConradyLens(const Viewport& viewport, const std::wstring& name,
+                                   const LensCalibration& calibration)
+    : LensModel(viewport, name, L""), m_calibration(calibration), m_distortion(m_calibration.distortion) {}
+
 bool BrownConradyLens::rayOf(const Point<double, 2>& normalised, Point<double, 3>& ray) const {
     Point<double, 2> plain;
     if (!m_distortion.undistort(m_calibration.lensFromPicture(normalised), plain)) {

@@ -13,6 +13,8 @@ public:
     /// Throws what `LensCalibration::read` throws.
     /// @param name,file see `LensName`
     BrownConradyLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file);
+    /// Of a calibration that was not read from a file.
+    BrownConradyLens(const Viewport& viewport, const std::wstring& name, const LensCalibration& calibration);
 
     [[nodiscard]] Point<int, 2> calibratedSize() const override {
         return {m_calibration.imageWidth, m_calibration.imageHeight};

@@ -23,6 +23,9 @@ FisheyeLens::FisheyeLens(const Viewport& viewport, const std::wstring& name, con
       m_calibration(LensCalibration::read(LensName::of(name, file).file, LensFamily::Fisheye)),
       m_distortion(fourOf(m_calibration.distortion)) {}
 
+FisheyeLens::FisheyeLens(const Viewport& viewport, const std::wstring& name, const LensCalibration& calibration)
+    : LensModel(viewport, name, L""), m_calibration(calibration), m_distortion(fourOf(m_calibration.distortion)) {}
+
 bool FisheyeLens::rayOf(const Point<double, 2>& normalised, Point<double, 3>& ray) const {
     Point<double, 3> found;
     if (!m_distortion.undistort(m_calibration.lensFromPicture(normalised), found) ||

@@ -16,6 +16,8 @@ public:
     /// Throws what `LensCalibration::read` throws.
     /// @param name,file see `LensName`
     FisheyeLens(const Viewport& viewport, const std::wstring& name, const std::wstring& file);
+    /// Of a calibration that was not read from a file.
+    FisheyeLens(const Viewport& viewport, const std::wstring& name, const LensCalibration& calibration);
 
     [[nodiscard]] Point<int, 2> calibratedSize() const override {
         return {m_calibration.imageWidth, m_calibration.imageHeight};

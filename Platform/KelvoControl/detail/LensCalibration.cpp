@@ -4,6 +4,8 @@
 #include "Common/FileFault.h"
 #include "Common/QuotedText.h"
 #include "Common/Utf8.h"
+#include "Common/VeltraniException.h"
+#include "KelvoControl/LensNumbers.h"
 #include "KelvoControl/detail/CalibrationContent.h"
 
 #include <algorithm>
@@ -170,6 +172,22 @@ Point<double, 2> LensCalibration::pictureFromLens(const Point<double, 2>& distor
 LensCalibration LensCalibration::read(const std::wstring& file, const LensFamily& family) {
     const std::string path = Veltrani::toUtf8(file);
     return parse(Veltrani::contentOf(path, LARGEST_BYTES), path, family);
+}
+
+LensCalibration LensCalibration::of(const LensNumbers& numbers, const LensFamily& family) {
+    const auto isUsable = [](double number) { return std::abs(number) <= LARGEST_COEFFICIENT; };
+    const bool areUsable = std::all_of(numbers.distortion.begin(), numbers.distortion.end(), isUsable) &&
+                           isUsable(numbers.fx) && isUsable(numbers.fy) && isUsable(numbers.cx) && isUsable(numbers.cy);
+    if (!areUsable || !(numbers.fx > 0 && numbers.fy > 0) || numbers.imageWidth < 1 || numbers.imageHeight < 1 ||
+        numbers.distortion.size() == family.tiltedCount || !family.takes(numbers.distortion.size())) {
+        throw VeltraniException(__FILE__, __LINE__,
+                                L"Lens: numbers of no calibration, expected a picture of 1 x 1 or more, focal lengths "
+                                L"above zero, " +
+                                    Veltrani::fromUtf8(family.describeCounts()) +
+                                    L" coefficients, and nothing above 1e12 in size");
+    }
+    return {numbers.imageWidth, numbers.imageHeight, numbers.fx,        numbers.fy,
+            numbers.cx,         numbers.cy,          numbers.distortion};
 }
 
 LensCalibration LensCalibration::parse(std::string_view text, const std::string& document, const LensFamily& family) {

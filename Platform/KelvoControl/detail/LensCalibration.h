@@ -8,6 +8,10 @@
 #include <string_view>
 #include <vector>
 
+namespace Veltrani {
+struct LensNumbers;
+}
+
 namespace Veltrani::KelvoControlDetail {
 
 /// How many numbers the distortion of a kind of lens has. A file of four coefficients does not state what they mean:
@@ -52,6 +56,9 @@ struct LensCalibration {
     /// Throws `VeltraniMissingFileException` when there is no such file and `VeltraniParseException`, which names file
     /// and line, when it is no such description or describes a lens that cannot be modelled: a skewed or tilted sensor.
     [[nodiscard]] static LensCalibration read(const std::wstring& file, const LensFamily& family);
+
+    /// From numbers. Throws `VeltraniException` for those that no file may have.
+    [[nodiscard]] static LensCalibration of(const Veltrani::LensNumbers& numbers, const LensFamily& family);
 
     /// As `read`, from a text.
     /// @param document named in messages, UTF-8

@@ -17,12 +17,15 @@ LensKind fromViewport(const std::wstring& kind) {
             [](const Viewport& viewport, const std::wstring& name, const std::wstring&) {
                 return std::make_shared<Lens>(viewport, name);
             },
+            {},
+            {},
             {}};
 }
 
 template <class Lens>
 LensKind fromFile(const std::wstring& kind, LensNumbers::Kind meaning, const LensFamily& family) {
-    return {kind, true,
+    return {kind,
+            true,
             [](const Viewport& viewport, const std::wstring& name, const std::wstring& file) {
                 return std::make_shared<Lens>(viewport, name, file);
             },
@@ -30,6 +33,10 @@ LensKind fromFile(const std::wstring& kind, LensNumbers::Kind meaning, const Len
                 const LensCalibration lens = LensCalibration::read(file, family);
                 return LensNumbers{meaning, lens.imageWidth, lens.imageHeight, lens.fx,
                                    lens.fy, lens.cx,         lens.cy,          lens.distortion};
+            },
+            meaning,
+            [kind, family](const Viewport& viewport, const LensNumbers& numbers) {
+                return std::make_shared<Lens>(viewport, kind, LensCalibration::of(numbers, family));
             }};
 }
 
