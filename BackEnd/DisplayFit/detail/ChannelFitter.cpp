@@ -60,6 +60,14 @@ void warn(ChannelFit& fit, FitFinding::Kind kind, std::string text, std::string 
     fit.findings.push_back({kind, FitOutcome::DOUBTFUL, std::move(text), std::move(remedy)});
 }
 
+/// Returns whether there is one.
+bool addFault(ChannelFit& fit, std::optional<FitFinding> fault) {
+    if (fault) {
+        fit.findings.push_back(std::move(*fault));
+    }
+    return fault.has_value();
+}
+
 FitOutcome worstOf(const ChannelFit& fit) {
     FitOutcome worst = FitOutcome::GOOD;
     for (const FitFinding& finding : fit.findings) {
@@ -105,8 +113,7 @@ bool ChannelFitter::choose(ChannelFit& fit, PictureModel::Held& held) const {
     const bool isShiftATurn = m_setup.shiftIsATurn() && held.solved.orientation;
     held.horizontalShift = (m_options.holdsHorizontalShift || isShiftATurn) && held.solved.frustum;
     fit.solved = held.solved;
-    if (m_setup.refusal()) {
-        fit.findings.push_back(*m_setup.refusal());
+    if (addFault(fit, m_setup.refusal())) {
         return false;
     }
     if (!isSubset(held.solved, has) || held.solved == SolvedGroups{}) {
@@ -115,6 +122,11 @@ bool ChannelFitter::choose(ChannelFit& fit, PictureModel::Held& held) const {
                                         : has.distortion ? "position, orientation, frustum or distortion"
                                         : has.position   ? "position, orientation or frustum"
                                                          : "orientation or frustum"));
+        return false;
+    }
+    if ((m_options.holdsSquarePixels || m_options.holdsHorizontalShift) && !held.solved.frustum) {
+        refuse(fit, Kind::KIND_NOT_SOLVED, "numbers of the frustum are to be held, and no frustum is solved",
+               "leave out what is to be held");
         return false;
     }
     return true;
@@ -195,6 +207,10 @@ Solution ChannelFitter::solveFromHere(ChannelModel& model) const {
 
 bool ChannelFitter::fitsReversed(std::size_t coordinate, const PictureModel::Held& held) const {
     const FitPoints points = reversed(m_points, coordinate);
+    if (!m_setup.isPicture()) {
+        const auto model = m_setup.make(points, held);
+        return ChannelSolver(m_options).solve(*model).isSolved && fitsPicture(*model, CLOSE);
+    }
     const auto start = linearStart(points, m_setup.view(), held);
     if (!start || start->isMirrored) {
         return false;
@@ -210,21 +226,23 @@ void ChannelFitter::judgeDirections(ChannelFit& fit, const ChannelModel& model) 
     bool isU = fits && isReversed[0] != 0;
     bool isV = fits && isReversed[1] != 0;
     // A lens that folds can bring the mirror image of a picture near to its points.
-    const bool isSuspect = m_setup.isPicture() && !isU && !isV && (!fits || pointsBeyondFold(fit, model) > 0);
+    const bool isFolded = fit.isSolved && m_setup.isPicture() && pointsBeyondFold(fit, model) > 0;
+    const bool isSuspect = m_setup.groups().orientation && !isU && !isV && (!fits || isFolded);
     if (isSuspect) {
         const PictureModel::Held held{fit.solved, fit.holdsSquarePixels, fit.holdsHorizontalShift};
         isU = fitsReversed(0, held);
         isV = !isU && fitsReversed(1, held);
     }
+    const std::string orAxis = "; where it is, look for an axis of x, y, z with the wrong sign";
     if (isU) {
         refuse(fit, Kind::U_REVERSED, "left and right of the picture are exchanged: the points fit with u reversed",
-               "give u, or px, from the left edge of the picture");
+               "give u, or px, from the left edge of the picture" + orAxis);
     }
     if (isV) {
         refuse(fit, Kind::V_REVERSED, "bottom and top of the picture are exchanged: the points fit with v reversed",
-               "give v, or py, from the bottom edge of the picture, or state that its origin is at the top left");
+               "give v, or py, from the bottom edge, or state that its origin is at the top left" + orAxis);
     }
-    if (!isU && !isV && m_setup.isPicture() && fit.isSolved) {
+    if (!isU && !isV && fit.solved.orientation && fit.isSolved) {
         const auto& before = fit.before.orientation;
         const auto& after = fit.after.orientation;
         const auto was = Veltrani::rotationZXY(before[0], before[1], before[2]);
@@ -255,7 +273,7 @@ void ChannelFitter::judgePoints(ChannelFit& fit, const ChannelModel& model, cons
     }
     if (fits && fit.hasStatedDeviations && fit.residualFactor > EXPLAINED) {
         warn(fit, Kind::DEVIATIONS_TOO_SMALL, "the residuals are larger than the stated deviations explain",
-             "check the deviations; the kind of the display or of the lens may not fit the projector either");
+             "check the deviations and their unit; the kind of display or of lens may not fit the projector either");
     }
     const std::size_t beyond = fits && m_setup.isPicture() ? pointsBeyondFold(fit, model) : 0;
     if (beyond > 0) {
@@ -267,6 +285,7 @@ void ChannelFitter::judgePoints(ChannelFit& fit, const ChannelModel& model, cons
 void ChannelFitter::judge(ChannelFit& fit, const ChannelModel& model, const Solution& solution,
                           const Determination& determination) const {
     judgeDirections(fit, model);
+    addFault(fit, solution.isSolved ? faultOfValues(fit, m_points) : std::nullopt);
     judgePoints(fit, model, solution);
     if (!solution.isSolved || worstOf(fit) == FitOutcome::UNUSABLE) {
         return;
@@ -348,22 +367,14 @@ void ChannelFitter::fit(ChannelFit& fit) const {
     }
     std::unique_ptr<ChannelModel> model = m_setup.make(m_points, held);
     noteBefore(*model, fit);
-    if (auto fault = faultOfPlaces(m_points, 0)) {
-        fit.findings.push_back(std::move(*fault));
-        return;
-    }
-    if (auto fault = faultOfUnit(*model, m_unit)) {
-        fit.findings.push_back(std::move(*fault));
-        return;
-    }
-    if (!holdForPlane(fit, held)) {
+    if (addFault(fit, faultOfPlaces(m_points, 0)) || addFault(fit, faultOfUnit(*model, m_unit)) ||
+        !holdForPlane(fit, held)) {
         return;
     }
     fit.holdsSquarePixels = held.squarePixels;
     fit.holdsHorizontalShift = held.horizontalShift;
     model = m_setup.make(m_points, held);
-    if (auto fault = faultOfPlaces(m_points, model->unknowns().size())) {
-        fit.findings.push_back(std::move(*fault));
+    if (addFault(fit, faultOfPlaces(m_points, model->unknowns().size()))) {
         return;
     }
     const Solution solution = solve(*model);
