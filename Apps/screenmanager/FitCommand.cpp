@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <utility>
@@ -119,18 +120,28 @@ bool isMisused(const XMLConfigFile& config, const Options& options) {
     return false;
 }
 
+/// True when something is to be held that no channel has; reported then.
+bool holdsNothing(const XMLConfigFile& config, const FitOptions& fit) {
+    const auto ids = config.getProjectorConfigIds();
+    if (ids.empty() || (!fit.holdsSquarePixels && !fit.holdsHorizontalShift)) {
+        return false;
+    }
+    const SolvedGroups groups =
+        fit.solved.value_or(DisplayFitter::defaultGroups(config, *config.getProjectorConfig(ids.front())));
+    if (groups.frustum) {
+        return false;
+    }
+    Console::error("--hold: its numbers belong to the frustum, and no frustum is solved" +
+                   std::string(fit.solved ? " with this --solve" : " on this type of display") + ": leave it out");
+    return true;
+}
+
 /// What somebody would expect to be done, and was not.
 void remarkOnFrames(const FitReport& report, const Options& options) {
-    if (options.registration || !options.isTalkative()) {
-        return;
-    }
     const auto& points = report.measured.points;
-    if (!report.measured.controls.empty()) {
-        Console::say(
-            "note: the control points are not used: state --register rigid if x, y, z are not in the frame of "
-            "the display");
-    } else if (std::any_of(points.begin(), points.end(),
-                           [&points](const auto& point) { return point.set != points.front().set; })) {
+    if (!options.registration && options.isTalkative() && report.measured.controls.empty() &&
+        std::any_of(points.begin(), points.end(),
+                    [&points](const auto& point) { return point.set != points.front().set; })) {
         Console::say("note: the measurements of all sets are taken as in the frame of the display");
     }
 }
@@ -160,6 +171,9 @@ bool fitPoints(const XMLConfigFile& config, const Options& options, FitOptions f
     try {
         ProgressMeter progress(options.isTalkative(), "fitting, channel");
         report.result = DisplayFitter(std::move(fit), progress.callback()).fit(config, report.combined.points);
+        if (!options.registration) {
+            FrameRegistration::checkUnused(report.measured.controls, report.result);
+        }
         return true;
     } catch (...) {
         reportFailure(options.file, std::current_exception());
@@ -173,6 +187,10 @@ bool write(XMLConfigFile& config, const Options& options, FitReport& report) {
         FittedDisplay fitted(config, options.output, options.file);
         for (const auto& channel : report.result.channels) {
             fitted.take(channel);
+        }
+        report.isUnchanged = !fitted.isChanged();
+        if (report.isUnchanged && options.isInPlace) {
+            return true;
         }
         fitted.save();
         report.written = fitted.path();
@@ -194,8 +212,18 @@ bool printReport(const FitReport& report, const Options& options) {
     });
 }
 
-/// False when the file has several names, which has been reported then: found before anything is computed in vain.
+/// False when a folder or a file with several names is to be written, which has been reported then: found before
+/// anything is computed in vain.
 bool isReplaceable(const Options& options) {
+    std::error_code unknown;
+    for (const auto& [output, example] :
+         {std::pair(options.output, "fitted.xml"), std::pair(options.report, "report.txt")}) {
+        if (!output.empty() && std::filesystem::is_directory(output, unknown)) {
+            Console::error(output + " is a folder: name a file in it, such as " +
+                           (std::filesystem::path(output) / example).string());
+            return false;
+        }
+    }
     try {
         XMLConfigFile::requireOneName(options.isInPlace ? options.file : options.output);
         return true;
@@ -211,7 +239,7 @@ int run(const Options& options) {
         return EXIT_INPUT;
     }
     FitOptions fit = options.fit;
-    if (isMisused(*config, options) || !chooseChannels(*config, options, fit)) {
+    if (isMisused(*config, options) || !chooseChannels(*config, options, fit) || holdsNothing(*config, fit)) {
         return EXIT_USAGE;
     }
     if (!isReplaceable(options)) {

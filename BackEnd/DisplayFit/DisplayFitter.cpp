@@ -10,7 +10,7 @@
 #include "DisplayFit/detail/ChannelSetup.h"
 #include "DisplayFit/detail/FitPoints.h"
 #include "DisplayFit/detail/PointFaults.h"
-#include "DisplayFit/detail/SwappedChannels.h"
+#include "DisplayFit/detail/PointMistakes.h"
 #include "ScreenManager/DisplayKinds.h"
 
 #include <algorithm>
@@ -97,7 +97,7 @@ DisplayFitResult DisplayFitter::fit(const XMLConfigManager& config, std::span<co
         DisplayFitDetail::ChannelFitter(setups.at(channel), own, m_options, result.unit).fit(fit);
         result.channels.push_back(std::move(fit));
     }
-    DisplayFitDetail::findSwapped(setups, sorted, result);
+    DisplayFitDetail::nameMistakes(setups, sorted, points, result);
     if (m_progress) {
         m_progress(sorted.size(), sorted.size());
     }

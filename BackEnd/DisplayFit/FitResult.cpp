@@ -28,10 +28,24 @@ std::string FitFinding::nameOf(Kind kind) {
             return "U_REVERSED";
         case Kind::V_REVERSED:
             return "V_REVERSED";
+        case Kind::UV_EXCHANGED:
+            return "UV_EXCHANGED";
+        case Kind::AXIS_MIRRORED:
+            return "AXIS_MIRRORED";
+        case Kind::AXES_EXCHANGED:
+            return "AXES_EXCHANGED";
         case Kind::CHANNELS_EXCHANGED:
             return "CHANNELS_EXCHANGED";
         case Kind::WRONG_UNIT:
             return "WRONG_UNIT";
+        case Kind::DEVIATIONS_TOO_LARGE:
+            return "DEVIATIONS_TOO_LARGE";
+        case Kind::FRAME_MOVED:
+            return "FRAME_MOVED";
+        case Kind::FRAME_NOT_REGISTERED:
+            return "FRAME_NOT_REGISTERED";
+        case Kind::IMPLAUSIBLE_VALUES:
+            return "IMPLAUSIBLE_VALUES";
         case Kind::NOT_FITTING:
             return "NOT_FITTING";
         case Kind::KIND_NOT_SOLVED:

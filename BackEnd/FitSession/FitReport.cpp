@@ -235,7 +235,9 @@ void FitReport::printText(std::ostream& out) const {
     for (const ChannelFit& fit : result.channels) {
         printChannel(*this, fit, out);
     }
-    out << '\n' << (written.empty() ? "Nothing was written." : "Written: " + onOneLine(written));
+    out << '\n'
+        << (isUnchanged ? "No number of the configuration changes.\n" : "")
+        << (written.empty() ? "Nothing was written." : "Written: " + onOneLine(written));
     for (const std::string& file : lensFiles) {
         out << ", " << onOneLine(file);
     }

@@ -20,6 +20,7 @@ struct FitReport {
     std::vector<Registration> frames;              ///< of the stations; empty without registration
     DisplayFit::DisplayFitResult result;           ///< what the fit returned
     std::string written;                           ///< the configuration that was written; empty for none
+    bool isUnchanged = false;                      ///< the fit changes no number of the configuration
     std::vector<std::string> lensFiles;            ///< those that were written with it
     std::vector<DisplayReport::SourceFile> files;  ///< that it was made from
 

@@ -57,7 +57,8 @@ void takeNumbers(const ChannelFit& fit, ProjectorConfig& projector) {
 FittedDisplay::FittedDisplay(XMLConfigFile& config, const std::string& utf8Path, const std::string& utf8Source)
     : m_moved(utf8Path.empty() ? nullptr : config.movedTo(utf8Path)),
       m_config(m_moved ? *m_moved : config),
-      m_path(utf8Path.empty() ? utf8Source : utf8Path) {}
+      m_path(utf8Path.empty() ? utf8Source : utf8Path),
+      m_before(m_config.text()) {}
 
 FittedDisplay::~FittedDisplay() = default;
 
@@ -67,12 +68,16 @@ void FittedDisplay::take(const ChannelFit& fit) {
         return;
     }
     takeNumbers(fit, *projector);
-    if (fit.after.lens && (fit.solved.frustum || fit.solved.distortion)) {
+    if (fit.after.lens && fit.after.lens != fit.before.lens) {
         m_lensFiles.emplace_back(stemFor(fit.projectorId), *fit.after.lens);
         const std::wstring model = projector->getProjectionModelName();
         projector->setProjectionModelName(model.substr(0, model.find(L':')) + L":" +
                                           fromUtf8OrBytes(m_lensFiles.back().name()));
     }
+}
+
+bool FittedDisplay::isChanged() const {
+    return m_config.text() != m_before;
 }
 
 void FittedDisplay::save() {

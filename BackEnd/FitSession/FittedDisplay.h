@@ -34,10 +34,13 @@ public:
     FittedDisplay(const FittedDisplay&) = delete;
     FittedDisplay& operator=(const FittedDisplay&) = delete;
 
-    /// Puts the values that were solved into the entry of the channel, and writes its lens file where its lens was
-    /// solved. Nothing for a channel that was not solved. Throws what the setters throw and `VeltraniException` when
+    /// Puts the values that were solved into the entry of the channel, and writes its lens file where its lens has
+    /// changed. Nothing for a channel that was not solved. Throws what the setters throw and `VeltraniException` when
     /// the lens file cannot be written.
     void take(const DisplayFit::ChannelFit& fit);
+
+    /// Returns whether a number, or the name of a lens file, is another one than before.
+    [[nodiscard]] bool isChanged() const;
 
     /// Throws what `XMLConfigFile::save` throws.
     void save();
@@ -55,6 +58,7 @@ private:
     std::unique_ptr<XMLConfigFile> m_moved;  ///< null when it is changed in place
     XMLConfigFile& m_config;
     std::string m_path;
+    std::string m_before;  ///< the text without what was fitted
     std::vector<LensFile> m_lensFiles;
 };
 

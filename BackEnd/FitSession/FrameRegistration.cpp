@@ -184,4 +184,27 @@ std::vector<Registration> FrameRegistration::apply(MeasuredPoints& points, Regis
     return result;
 }
 
+void FrameRegistration::checkUnused(const std::vector<ControlPoint>& controls, DisplayFit::DisplayFitResult& result) {
+    using DisplayFit::FitFinding;
+    using DisplayFit::FitOutcome;
+    if (controls.empty()) {
+        return;
+    }
+    const Places known = placesOf(controls, &ControlPoint::known);
+    const double rms = rmsOf(placesOf(controls, &ControlPoint::measured) - known);
+    const std::string off = significantText(rms) + (result.unit.empty() ? "" : " " + result.unit);
+    if (rms <= LARGEST_UNUSED_DEVIATION * spreadOf(known).norm()) {
+        result.findings.push_back({FitFinding::Kind::FRAME_NOT_REGISTERED, FitOutcome::GOOD,
+                                   "the control points were not used: they are where they should be to within " + off +
+                                       " (RMS), so that the measurement is in the frame of the display",
+                                   ""});
+        return;
+    }
+    result.findings.push_back({FitFinding::Kind::FRAME_NOT_REGISTERED, FitOutcome::DOUBTFUL,
+                               "the control points lie " + off +
+                                   " (RMS) from where they should be, and were not used: the measurement is not in "
+                                   "the frame of the display",
+                               "state --register rigid, which moves it there by its control points"});
+}
+
 }  // namespace Veltrani::FitSession

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DisplayFit/FitResult.h"
 #include "FitSession/MeasuredPoints.h"
 
 #include <cstddef>
@@ -43,6 +44,8 @@ public:
     static constexpr double THINNEST_SPREAD = 1e-3;
     /// Deviations above this part of the spread of the control points are none of measuring.
     static constexpr double LARGEST_RELATIVE_DEVIATION = 0.05;
+    /// Control points that are off by more than this part of their spread are not in the frame of the display.
+    static constexpr double LARGEST_UNUSED_DEVIATION = 0.01;
 
     FrameRegistration() = delete;
 
@@ -59,6 +62,10 @@ public:
     /// frame. Throws what `of` throws, also for a set without control points; nothing has been moved then.
     /// @return one for each set, in the order of their names
     static std::vector<Registration> apply(MeasuredPoints& points, RegistrationKind kind);
+
+    /// Adds a finding where there are control points that no registration used: they are where they should be, a note,
+    /// or they are not, and the points are in a frame of their own.
+    static void checkUnused(const std::vector<ControlPoint>& controls, DisplayFit::DisplayFitResult& result);
 };
 
 }  // namespace Veltrani::FitSession

@@ -30,6 +30,9 @@ constexpr const char* EXAMPLE =
     "write one measurement per line, such as left,0.5,0.25,1.5,4,-0.25 below "
     "channel,u,v,x,y,z";
 
+/// Nothing that can be measured is larger, and its square is far from the range of a double.
+constexpr double LARGEST = 1e12;
+
 /// Positive definite, by the signs of its leading minors.
 bool isCovariance(const Matrix<double, 3>& c) {
     const double two = c(0, 0) * c(1, 1) - c(0, 1) * c(0, 1);
@@ -217,6 +220,9 @@ double Reading::number(std::size_t place) const {
     if (!read) {
         refuseCell(place, "a finite number with a decimal point", "correct it, or remove the row");
     }
+    if (std::abs(*read) > LARGEST) {
+        refuseCell(place, "a number of at most 1e12 in size", "correct it, or remove the row");
+    }
     return *read;
 }
 
@@ -250,7 +256,8 @@ Point<double, 2> Reading::picture(const Channel& channel) const {
             refuseCell(places[axis],
                        isInPixels ? "a pixel of the picture, from 0 to " + std::to_string(channel.pixels[axis])
                                   : "a place in the picture, from 0 to 1",
-                       isInPixels ? "check the resolution of the channel" : "name columns of pixels px and py");
+                       isInPixels ? "check the resolution of the channel, and that px and py are not exchanged"
+                                  : "name columns of pixels px and py");
         }
         read[axis] = value / size;
         if (axis == 1 && m_options.isFromTop) {

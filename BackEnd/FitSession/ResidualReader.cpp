@@ -27,6 +27,9 @@ constexpr const char* SCHEMA = "screenmanager/fit";
 constexpr std::size_t VERSION = 1;
 /// Coordinates beyond this are none of a display, and cannot be squared.
 constexpr double LARGEST = 1e100;
+/// A place in a picture, from its middle: a program may know the light beside the picture, as far as the picture is
+/// wide.
+constexpr double FURTHEST = 1.5;
 constexpr const char* REMEDY = "name the report that fit --format json wrote, unchanged, or run fit again";
 
 /// A value as a message has it.
@@ -129,6 +132,14 @@ private:
     std::string m_path;
 };
 
+Point<double, 2> placeInPicture(const Element& picture) {
+    const Point<double, 2> place = picture.point<2>(false);
+    if (std::abs(place[0] - 0.5) > FURTHEST || std::abs(place[1] - 0.5) > FURTHEST) {
+        picture.refuse("a place in the picture, from 0 to 1 or up to the picture's size beside it");
+    }
+    return place;
+}
+
 SceneResidual residualOf(const Element& row) {
     SceneResidual residual;
     const Element lines = row.member("lines");
@@ -136,7 +147,7 @@ SceneResidual residualOf(const Element& row) {
         lines.refuse("a line of the table at least");
     }
     residual.line = lines.item(0).count();
-    residual.picture = row.member("picture").point<2>(false);
+    residual.picture = placeInPicture(row.member("picture"));
     residual.point = row.member("point").point<3>(false);
     residual.pixels = row.member("pixelsAfter").point<2>(true);
     residual.offset = row.member("screenAfter").point<3>(true);

@@ -30,13 +30,20 @@ struct FitFinding {
         TOO_FEW_POINTS,
         POINTS_ON_LINE,
         POINTS_ON_PLANE,
-        NOT_DETERMINED,      ///< a combination of values is not determined at all
-        U_REVERSED,          ///< left and right of the picture are exchanged
-        V_REVERSED,          ///< bottom and top of the picture are exchanged
-        CHANNELS_EXCHANGED,  ///< the points of two channels are exchanged
-        WRONG_UNIT,          ///< lengths of the points are in another unit
-        NOT_FITTING,         ///< no values explain the points
-        KIND_NOT_SOLVED,     ///< channels of this kind, or with these values, cannot be solved
+        NOT_DETERMINED,  ///< a combination of values is not determined at all
+        U_REVERSED,      ///< left and right of the picture are exchanged
+        V_REVERSED,      ///< bottom and top of the picture are exchanged
+        UV_EXCHANGED,
+        AXIS_MIRRORED,         ///< x, y or z of the points has the wrong sign
+        AXES_EXCHANGED,        ///< x, y, z of the points are in another order
+        CHANNELS_EXCHANGED,    ///< the points are those of another channel
+        WRONG_UNIT,            ///< lengths of the points are in another unit
+        DEVIATIONS_TOO_LARGE,  ///< the stated deviations are as large as what the points cover
+        FRAME_MOVED,           ///< all points are displaced by one movement
+        FRAME_NOT_REGISTERED,  ///< control points are not where they should be, and were not used
+        IMPLAUSIBLE_VALUES,    ///< what was solved can be no projector
+        NOT_FITTING,           ///< no values explain the points
+        KIND_NOT_SOLVED,       ///< channels of this kind, or with these values, cannot be solved
     };
 
     Kind kind = Kind::OUTLIERS;

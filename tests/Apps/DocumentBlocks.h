@@ -1,11 +1,11 @@
 #pragma once
 
 #include "ReadmeText.h"
+#include "support/TextLines.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,14 +14,7 @@ namespace documents {
 
 using Lines = std::vector<std::string>;
 
-inline Lines linesOf(const std::string& text) {
-    std::istringstream in(text);
-    Lines lines;
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
+using ::linesOf;
 
 /// What stands between two fences of a page.
 struct Block {

@@ -2,6 +2,7 @@
 #include "ProgramRun.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPaths.h"
+#include "support/TextLines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,15 +36,6 @@ std::string replaced(std::string text, const std::string& from, const std::strin
         throw std::runtime_error("no " + from);
     }
     return text.replace(place, from.size(), to);
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
 }
 
 /// The example with a calibrated lens, and a copy in which its first and third projector have moved.

@@ -2,6 +2,7 @@
 #include "ProjectorDisplays.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestPaths.h"
+#include "support/TextLines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <regex>
-#include <sstream>
 
 /// `--log FILE`.
 
@@ -23,15 +23,6 @@ using testing::StartsWith;
 
 const std::string EXAMPLES = sourceFolder() + "/examples/";
 const std::string WALL = EXAMPLES + "planar-wall/display.xml";
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 class LogOption : public testing::Test {
 protected:

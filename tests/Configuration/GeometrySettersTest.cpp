@@ -339,7 +339,7 @@ TEST(GeometrySetters, AValueThatRoundsToWhatIsThereChangesNoByte) {
     // Of the doubles between two numbers of millimetres that are read as neighbours, a display in cm holds some only.
     const auto config = XMLConfigFile::parse(
         "<Display version='1' lengthUnit='mm'><Units native='cm'/><Projectors><Projector id='a'>"
-        "<Layout xMin='1.50' xMax='2000.0' yMin='0' yMax='1'/></Projector></Projectors></Display>",
+        "<Layout xMin='1.50' xMax='1100.0' yMin='0' yMax='1'/></Projector></Projectors></Display>",
         "t");
     ProjectorConfig& entry = entryOf(*config);
     int rounded = 0;

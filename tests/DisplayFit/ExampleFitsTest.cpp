@@ -56,15 +56,7 @@ TEST_P(ExampleFits, ComeBackFromADisturbedCopy) {
     EXPECT_LT(scene.largestShift(*fitted), SHIFT);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ExampleFits,
-                         testing::Values("planar-wall", "curved-wall", "cylinder", "dome", "cockpit", "closed-cylinder",
-                                         "spherical-dome", "collimated", "lens-cylinder", "mesh-rays"),
-                         [](const auto& info) {
-                             std::string name = info.param;
-                             for (char& c : name) {
-                                 c = c == '-' ? '_' : c;
-                             }
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(All, ExampleFits, testing::ValuesIn(solvedExamples()),
+                         [](const auto& example) { return testNameOf(example.param); });
 
 }  // namespace

@@ -151,6 +151,16 @@ double FitScene::largestShift(XMLConfigFile& other) {
     return largest;
 }
 
+std::vector<std::string> solvedExamples() {
+    return {"planar-wall",     "curved-wall",    "cylinder",   "dome",          "cockpit",
+            "closed-cylinder", "spherical-dome", "collimated", "lens-cylinder", "mesh-rays"};
+}
+
+std::string testNameOf(std::string example) {
+    std::replace(example.begin(), example.end(), '-', '_');
+    return example;
+}
+
 ChannelValues valuesOf(const XMLConfigFile& config, std::size_t channel) {
     const ProjectorConfig& projector = *config.getProjectorConfig(config.getProjectorConfigIds()[channel]);
     ChannelValues values = ChannelValues::of(projector);

@@ -48,6 +48,11 @@ private:
     std::unique_ptr<TemporaryFolder> m_folder;
 };
 
+/// The examples that can be solved, for parameterised tests.
+[[nodiscard]] std::vector<std::string> solvedExamples();
+/// The name that such a test has for an example.
+[[nodiscard]] std::string testNameOf(std::string example);
+
 /// The values of a channel.
 [[nodiscard]] Veltrani::DisplayFit::ChannelValues valuesOf(const XMLConfigFile& config, std::size_t channel);
 

@@ -66,15 +66,7 @@ TEST_P(FitAgain, NothingMovesByMoreThanTheRoundingOfTheUnits) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, FitAgain,
-                         testing::Values("planar-wall", "curved-wall", "cylinder", "dome", "cockpit", "closed-cylinder",
-                                         "spherical-dome", "collimated", "lens-cylinder", "mesh-rays"),
-                         [](const auto& example) {
-                             std::string name = example.param;
-                             for (char& c : name) {
-                                 c = c == '-' ? '_' : c;
-                             }
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(All, FitAgain, testing::ValuesIn(solvedExamples()),
+                         [](const auto& example) { return testNameOf(example.param); });
 
 }  // namespace

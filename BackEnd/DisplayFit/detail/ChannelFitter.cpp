@@ -68,6 +68,11 @@ bool ChannelFitter::choose(ChannelFit& fit, PictureModel::Held& held) const {
                                                                    : "orientation or frustum"));
         return false;
     }
+    if ((m_options.holdsSquarePixels || m_options.holdsHorizontalShift) && !held.solved.frustum) {
+        FitJudge::refuse(fit, Kind::KIND_NOT_SOLVED, "numbers of the frustum are to be held, and no frustum is solved",
+                         "leave out what is to be held");
+        return false;
+    }
     return true;
 }
 

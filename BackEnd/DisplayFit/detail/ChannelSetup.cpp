@@ -56,8 +56,11 @@ ChannelSetup::ChannelSetup(const XMLConfigManager& config, const DisplayKind& ki
       m_groups(groupsOf(kind.source)),
       m_pixels{projector.getWidth(), projector.getHeight()} {
     if (kind.source == Source::MAP_FILE) {
-        refuse("a channel with a map file is not solved: the file holds a place of the screen for each of many nodes",
-               "make a new map file from the measured points");
+        refuse(
+            "a channel with a map file is not fitted yet: moving the many nodes of the file to measured points comes "
+            "in a "
+            "later version",
+            "until then make a new map file from the measured points");
         return;
     }
     if (kind.source == Source::MODEL_OR_FRUSTUM) {

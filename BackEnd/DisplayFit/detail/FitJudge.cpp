@@ -1,6 +1,7 @@
 #include "DisplayFit/detail/FitJudge.h"
 
 #include "DisplayFit/detail/PictureDeviation.h"
+#include "DisplayFit/detail/PointChecks.h"
 #include "DisplayFit/detail/ResidualLists.h"
 
 #include <algorithm>
@@ -77,20 +78,21 @@ void FitJudge::judgeDirections(ChannelFit& fit, const FitAttempt& attempt) const
     bool isU = fits && isReversed[0] != 0;
     bool isV = fits && isReversed[1] != 0;
     // A lens that folds can bring the mirror image of a picture near to its points.
-    const bool isSuspect = m_setup.isPicture() && !isU && !isV && (!fits || attempt.lens.unmapped > 0);
+    const bool isSuspect = m_setup.groups().orientation && !isU && !isV && (!fits || attempt.lens.unmapped > 0);
     if (isSuspect) {
         isU = m_search.fitsReversed(0, attempt.held);
         isV = !isU && m_search.fitsReversed(1, attempt.held);
     }
+    const std::string orAxis = "; where it is, look for an axis of x, y, z with the wrong sign";
     if (isU) {
         refuse(fit, Kind::U_REVERSED, "left and right of the picture are exchanged: the points fit with u reversed",
-               "give u, or px, from the left edge of the picture");
+               "give u, or px, from the left edge of the picture" + orAxis);
     }
     if (isV) {
         refuse(fit, Kind::V_REVERSED, "bottom and top of the picture are exchanged: the points fit with v reversed",
-               "give v, or py, from the bottom edge of the picture, or state that its origin is at the top left");
+               "give v, or py, from the bottom edge, or state that its origin is at the top left" + orAxis);
     }
-    if (!isU && !isV && m_setup.isPicture() && fit.isSolved) {
+    if (!isU && !isV && fit.solved.orientation && fit.isSolved) {
         const auto& before = fit.before.orientation;
         const auto& after = fit.after.orientation;
         const auto was = Veltrani::rotationZXY(before[0], before[1], before[2]);
@@ -122,7 +124,7 @@ void FitJudge::judgePoints(ChannelFit& fit, const FitAttempt& attempt) const {
     }
     if (fits && fit.hasStatedDeviations && fit.residualFactor > EXPLAINED) {
         warn(fit, Kind::DEVIATIONS_TOO_SMALL, "the residuals are larger than the stated deviations explain",
-             "check the deviations; the kind of the display or of the lens may not fit the projector either");
+             "check the deviations and their unit; the kind of display or of lens may not fit the projector either");
     }
 }
 
@@ -175,6 +177,9 @@ void FitJudge::judgeValues(ChannelFit& fit, const FitAttempt& attempt, const Det
 
 void FitJudge::judge(ChannelFit& fit, const FitAttempt& attempt, const Determination& determination) const {
     judgeDirections(fit, attempt);
+    if (auto fault = attempt.solution.isSolved ? faultOfValues(fit, m_points) : std::nullopt) {
+        fit.findings.push_back(std::move(*fault));
+    }
     judgePoints(fit, attempt);
     if (attempt.solution.isSolved && worstOf(fit) != FitOutcome::UNUSABLE) {
         judgeLens(fit, attempt);

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iomanip>
+#include <numbers>
+#include <sstream>
 #include <vector>
 
 namespace Veltrani::DisplayFitDetail {
@@ -21,27 +24,6 @@ constexpr double AS_CONFIGURED = 2;
 /// How near a ratio of sizes must come to that of two units, as a factor.
 constexpr double NEAR_RATIO = 1.35;
 
-double medianOf(std::vector<double> numbers) {
-    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
-    std::nth_element(numbers.begin(), middle, numbers.end());
-    return *middle;
-}
-
-/// The median distance from the median place: a few points that lie elsewhere change nothing.
-double sizeOf(const std::vector<Vector>& places) {
-    Vector middle;
-    for (std::size_t k = 0; k < 3; ++k) {
-        std::vector<double> coordinates;
-        std::transform(places.begin(), places.end(), std::back_inserter(coordinates),
-                       [k](const Vector& place) { return place[k]; });
-        middle[k] = medianOf(coordinates);
-    }
-    std::vector<double> distances;
-    std::transform(places.begin(), places.end(), std::back_inserter(distances),
-                   [&](const Vector& place) { return norm(place - middle); });
-    return medianOf(distances);
-}
-
 struct NamedRatio {
     double ratio;
     const char* words;
@@ -56,7 +38,55 @@ constexpr std::array RATIOS{NamedRatio{1000, "such as millimetres for metres"},
                             NamedRatio{12, "such as inches for feet or millimetres for centimetres"},
                             NamedRatio{3.281, "such as feet for metres or centimetres for inches"}};
 
+/// Measurements with deviations above this part of what they cover say nothing about a picture.
+constexpr double LARGEST_DEVIATION = 0.1;
+
+/// Pictures are wider, and higher, than this: radians.
+constexpr double NARROWEST = std::numbers::pi / 180;
+/// Where a narrow one is configured: it may become narrower by this factor.
+constexpr double NARROWER = 3;
+
+/// A projector stands no further from its points than this many times what they cover.
+constexpr double FURTHEST = 100;
+
+/// Width and height of a picture as angles, radians.
+Point<double, 2> anglesOf(const DisplayFit::ChannelValues& values) {
+    if (values.lens) {
+        const LensNumbers& lens = *values.lens;
+        return {2 * std::atan(std::abs(0.5 * lens.imageWidth / lens.fx)),
+                2 * std::atan(std::abs(0.5 * lens.imageHeight / lens.fy))};
+    }
+    const DisplayFit::FrustumAngles& frustum = values.frustum;
+    return {std::abs(frustum.right - frustum.left), std::abs(frustum.top - frustum.bottom)};
+}
+
+std::string roundedText(double number) {
+    std::ostringstream text;
+    text << std::setprecision(3) << number;
+    return text.str();
+}
+
 }  // namespace
+
+double medianOf(std::vector<double> numbers) {
+    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+    std::nth_element(numbers.begin(), middle, numbers.end());
+    return *middle;
+}
+
+double sizeOf(const std::vector<Vector>& places) {
+    Vector middle;
+    for (std::size_t k = 0; k < 3; ++k) {
+        std::vector<double> coordinates;
+        std::transform(places.begin(), places.end(), std::back_inserter(coordinates),
+                       [k](const Vector& place) { return place[k]; });
+        middle[k] = medianOf(coordinates);
+    }
+    std::vector<double> distances;
+    std::transform(places.begin(), places.end(), std::back_inserter(distances),
+                   [&](const Vector& place) { return norm(place - middle); });
+    return medianOf(distances);
+}
 
 double typicalPointDeviation(const FitPoints& points) {
     std::vector<double> squares;
@@ -75,7 +105,16 @@ std::optional<FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unk
                               " values: at least " + std::to_string(needed) + " are needed",
                           "measure more points, or hold some of the values"};
     }
-    if (PointShape::of(points.world).isStraight(typicalPointDeviation(points))) {
+    const PointShape shape = PointShape::of(points.world);
+    const double deviation = typicalPointDeviation(points);
+    if (!shape.isStraight(0) && (shape.isStraight(deviation) || deviation > LARGEST_DEVIATION * shape.extents[0])) {
+        return FitFinding{FitFinding::Kind::DEVIATIONS_TOO_LARGE, FitOutcome::UNUSABLE,
+                          "the stated deviations, about " + roundedText(deviation) +
+                              ", are too large beside what the points cover, about " +
+                              roundedText(2 * shape.extents[0]) + ", both in the native unit",
+                          "state deviations in the unit of x, y, z, and covariances in its square"};
+    }
+    if (shape.isStraight(deviation)) {
         return FitFinding{FitFinding::Kind::POINTS_ON_LINE, FitOutcome::UNUSABLE,
                           "the measured points lie on one line, or in one place",
                           "measure points all over the picture"};
@@ -88,6 +127,34 @@ std::optional<FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unk
         return FitFinding{FitFinding::Kind::POINTS_ON_LINE, FitOutcome::UNUSABLE,
                           "the points lie on one line of the picture, or in one place of it",
                           "measure points all over the picture"};
+    }
+    return std::nullopt;
+}
+
+std::optional<FitFinding> faultOfValues(const DisplayFit::ChannelFit& fit, const FitPoints& points) {
+    const auto refuse = [](const std::string& text) {
+        return FitFinding{FitFinding::Kind::IMPLAUSIBLE_VALUES, FitOutcome::UNUSABLE, text,
+                          "check that x, y, z are in the order, the unit and the frame of the display"};
+    };
+    if (fit.solved.frustum) {
+        const Point<double, 2> before = anglesOf(fit.before);
+        const Point<double, 2> after = anglesOf(fit.after);
+        for (std::size_t k = 0; k < 2; ++k) {
+            if (!(after[k] >= std::min(NARROWEST, before[k] / NARROWER))) {
+                return refuse(std::string("no projector: the picture came out ") +
+                              roundedText(after[k] * 180 / std::numbers::pi) + " degrees " +
+                              (k == 0 ? "wide" : "high"));
+            }
+        }
+    }
+    if (fit.solved.position) {
+        const PointShape shape = PointShape::of(points.world);
+        const double distance = norm(fit.after.position - shape.centre);
+        if (!(distance <= FURTHEST * shape.extents[0])) {
+            return refuse("no projector: it came out " + roundedText(distance) +
+                          " from its points in the native unit, which cover about " +
+                          roundedText(2 * shape.extents[0]));
+        }
     }
     return std::nullopt;
 }

@@ -7,15 +7,27 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Veltrani::DisplayFitDetail {
+
+/// Returns the median of at least one number.
+[[nodiscard]] double medianOf(std::vector<double> numbers);
+
+/// Returns the median distance of places from their median place: a few that lie elsewhere change nothing.
+[[nodiscard]] double sizeOf(const std::vector<Point<double, 3>>& places);
 
 /// Returns the deviation of a typical point, native units; 0 where it is not stated.
 [[nodiscard]] double typicalPointDeviation(const FitPoints& points);
 
 /// Returns why the points of a channel cannot determine so many values wherever they lie: too few of them, or on one
-/// line in space or in the picture.
+/// line in space or in the picture, or with deviations that leave their places open.
 [[nodiscard]] std::optional<DisplayFit::FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unknowns);
+
+/// Returns what no projector can be of the values that were solved: a picture narrower than a degree, a place far
+/// beyond all points.
+[[nodiscard]] std::optional<DisplayFit::FitFinding> faultOfValues(const DisplayFit::ChannelFit& fit,
+                                                                  const FitPoints& points);
 
 /// Returns which unit the lengths of the points are in, where the size of what they cover differs from what the model
 /// places on the screen by the ratio of two units.

@@ -18,6 +18,27 @@ using Unit = UnitConversionTable::UnitSubType;
 
 constexpr double DEGREES_OF_HALF_TURN = 180.0;
 
+/// Every unit is a whole number of tenths of a millimetre; 0 for one without a length.
+double tenthsOfMillimetresPer(Unit unit) {
+    constexpr double PER_METRE = 1e4;
+    return std::round(PER_METRE * UnitConversionTable::metresPer(unit));
+}
+
+/// `value` * `numerator` / `denominator`, rounded once: the product and the division would round one after the other,
+/// and neighbours come out up to four units in the last place apart, between which no number could be stated.
+double ratioOf(double value, double numerator, double denominator) {
+    if (value == 0 || !std::isfinite(value)) {
+        return value;
+    }
+    int exponent = 0;  // apart from it, nothing can leave the range of a double
+    const double part = std::frexp(value, &exponent);
+    const double product = part * numerator;
+    const double ofProduct = std::fma(part, numerator, -product);
+    const double quotient = product / denominator;
+    const double ofQuotient = std::fma(-quotient, denominator, product);
+    return std::ldexp(quotient + (ofQuotient + ofProduct) / denominator, exponent);
+}
+
 std::optional<double> finite(double value) {
     return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
 }
@@ -56,7 +77,15 @@ std::optional<double> ElementReader::length(const xmlNode* element, const char* 
 
 double ElementReader::lengthOf(double stated, Unit unit) const {
     // A value in the native unit is not converted, which could change its last bit.
-    return unit == m_native ? stated : UnitConverter<5, 0, 5>(m_native).getNativeFromTarget(stated, unit);
+    if (unit == m_native) {
+        return stated;
+    }
+    const double numerator = tenthsOfMillimetresPer(unit);
+    const double denominator = tenthsOfMillimetresPer(m_native);
+    // From and to metres one of the two factors is 1, and one rounding is left.
+    const bool isRoundedOnce = unit == Unit::UNIT_M || m_native == Unit::UNIT_M || numerator == 0 || denominator == 0;
+    return isRoundedOnce ? UnitConverter<5, 0, 5>(m_native).getNativeFromTarget(stated, unit)
+                         : ratioOf(stated, numerator, denominator);
 }
 
 std::optional<double> ElementReader::angle(const xmlNode* element, const char* attribute) const {
