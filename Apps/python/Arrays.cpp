@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <new>
 #include <utility>
@@ -20,11 +21,32 @@ std::string textOf(double number) {
     return {text.data(), end};
 }
 
+/// Looks into lists as deep as numpy has made axes of them, where it drops the masks.
+bool hasMasked(py::handle value, py::handle maskedArray, py::ssize_t depth) {
+    if (py::isinstance(value, maskedArray)) {
+        return py::module_::import("numpy.ma").attr("is_masked")(value).cast<bool>();
+    }
+    if (depth == 0 || !(py::isinstance<py::list>(value) || py::isinstance<py::tuple>(value))) {
+        return false;
+    }
+    return std::any_of(value.begin(), value.end(),
+                       [&](py::handle part) { return hasMasked(part, maskedArray, depth - 1); });
+}
+
+void refuseMasked(py::handle value, const py::array& array, const std::string& name) {
+    // Most are plain arrays.
+    if (py::type::handle_of(value).is(py::type::handle_of(array))) {
+        return;
+    }
+    if (hasMasked(value, py::module_::import("numpy.ma").attr("MaskedArray"), array.ndim())) {
+        throw ArgumentFault{name + ": expected numbers of which none is masked: leave out the rows that are"};
+    }
+}
+
 /// Any array of whole numbers or fractions.
 py::array numericArray(py::handle value, const std::string& name) {
     const py::array array = py::array::ensure(value);
     if (!array) {
-        PyErr_Clear();
         throw ArgumentFault{name + ": expected an array of numbers, in rows of equal length; found " +
                                 py::cast<std::string>(py::str(py::type::of(value).attr("__name__"))),
                             true};
@@ -33,16 +55,24 @@ py::array numericArray(py::handle value, const std::string& name) {
         throw ArgumentFault{
             name + ": expected numbers, found an array of " + py::cast<std::string>(py::str(array.dtype())), true};
     }
+    refuseMasked(value, array, name);
     return array;
 }
 
 DoubleArray doublesOf(py::handle value, const std::string& name) {
     const py::array array = numericArray(value, name);
-    auto doubles = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(array);
-    if (!doubles) {
-        throw py::error_already_set();
+    try {
+        // Not `ensure`, which would hide that memory has run out.
+        return py::reinterpret_borrow<DoubleArray>(
+            py::array_t<double, py::array::c_style | py::array::forcecast>(py::reinterpret_borrow<py::object>(array)));
+    } catch (const py::error_already_set& fault) {
+        // A warning that counts as an error, such as that a longer number does not fit.
+        if (!fault.matches(PyExc_Warning)) {
+            throw;
+        }
+        throw ArgumentFault{name + ": expected numbers that doubles hold, found an array of " +
+                            py::cast<std::string>(py::str(array.dtype()))};
     }
-    return py::reinterpret_borrow<DoubleArray>(doubles);
 }
 
 Shape shapeOf(const py::array& array) {
@@ -89,7 +119,13 @@ Rows::Rows(py::handle value, const char* name, py::ssize_t columns)
     m_numbers = m_array.data();
 }
 
-void Rows::refuse(std::size_t i) const {
+std::string Rows::expectedWithin(std::size_t i, double limit) const {
+    const double* const row = m_numbers + i * m_columns;
+    const bool isFinite = std::all_of(row, row + m_columns, [](double number) { return std::isfinite(number); });
+    return isFinite ? "numbers up to " + textOf(limit) : "finite numbers";
+}
+
+void Rows::refuse(std::size_t i, const std::string& expected) const {
     std::string numbers;
     for (std::size_t k = 0; k < m_columns; ++k) {
         numbers += (k > 0 ? ", " : "") + textOf(m_numbers[i * m_columns + k]);
@@ -100,7 +136,7 @@ void Rows::refuse(std::size_t i) const {
         place = std::to_string(i % length) + (place.empty() ? "" : ", ") + place;
         i /= length;
     }
-    throw ArgumentFault{m_name + (place.empty() ? "" : "[" + place + "]") + ": expected finite numbers, found (" +
+    throw ArgumentFault{m_name + (place.empty() ? "" : "[" + place + "]") + ": expected " + expected + ", found (" +
                         numbers + ")"};
 }
 
@@ -113,9 +149,21 @@ std::vector<double> numbersOf(py::handle value, const char* name, py::ssize_t le
     }
     std::vector<double> numbers(array.data(), array.data() + array.size());
     for (const double number : numbers) {
-        if (!(number * 0.0 == 0.0)) {
+        if (!std::isfinite(number)) {
             throw ArgumentFault{std::string(name) + ": expected finite numbers, found " + textOf(number)};
         }
     }
     return numbers;
+}
+
+double numberOf(py::handle value, const char* name) {
+    const DoubleArray array = doublesOf(value, name);
+    if (array.ndim() != 0) {
+        throw ArgumentFault{std::string(name) + ": expected a number, found an array of the shape " +
+                            textOf(shapeOf(array))};
+    }
+    if (!std::isfinite(*array.data())) {
+        throw ArgumentFault{std::string(name) + ": expected a finite number, found " + textOf(*array.data())};
+    }
+    return *array.data();
 }

@@ -5,6 +5,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <span>
@@ -29,25 +30,31 @@ public:
     [[nodiscard]] pybind11::ssize_t columns() const { return static_cast<pybind11::ssize_t>(m_columns); }
     [[nodiscard]] const std::string& name() const { return m_name; }
 
-    /// Row i; throws `ArgumentFault`, naming argument and row, when one of its numbers is not finite. Needs no Python.
+    /// The square of the square of a longer distance, which surfaces compute with, is hardly a number any more.
+    static constexpr double FARTHEST = 1e60;
+
+    /// Row i; throws `ArgumentFault`, naming argument and row, when one of its numbers is not finite or larger in size
+    /// than the limit. Needs no Python.
     template <std::size_t N>
-    [[nodiscard]] Point<double, N> at(std::size_t i) const {
+    [[nodiscard]] Point<double, N> at(std::size_t i, double limit = std::numeric_limits<double>::max()) const {
         Point<double, N> row;
         const double* const numbers = m_numbers + i * N;
-        double sum = 0;
+        bool isWithin = true;
         for (std::size_t k = 0; k < N; ++k) {
             row[k] = numbers[k];
-            // Zero for finite numbers alone.
-            sum += numbers[k] * 0.0;
+            isWithin = isWithin && std::abs(numbers[k]) <= limit;
         }
-        if (!(sum == 0.0)) {
-            refuse(i);
+        if (!isWithin) {
+            refuse(i, expectedWithin(i, limit));
         }
         return row;
     }
 
+    /// Throws `ArgumentFault`, naming argument and row: what was expected, and the numbers that were found.
+    [[noreturn]] void refuse(std::size_t i, const std::string& expected) const;
+
 private:
-    [[noreturn]] void refuse(std::size_t i) const;
+    [[nodiscard]] std::string expectedWithin(std::size_t i, double limit) const;
 
     std::string m_name;
     DoubleArray m_array;
@@ -102,6 +109,9 @@ template <class T, std::size_t N>
 
 /// A list of finite numbers: of this length, or of any when it is negative.
 [[nodiscard]] std::vector<double> numbersOf(pybind11::handle value, const char* name, pybind11::ssize_t length);
+
+/// A single finite number.
+[[nodiscard]] double numberOf(pybind11::handle value, const char* name);
 
 /// A row of nothing.
 template <std::size_t N>

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -24,7 +25,6 @@ struct Shared {
     std::mutex retiredGuard;
     std::vector<DisplayState*> retired;  ///< to be destroyed
     std::atomic<bool> isBroken = false;  ///< by a fork in the middle of an entry
-    std::atomic<bool> isEntered = false;
     std::atomic<bool> isEnding = false;
 };
 
@@ -34,6 +34,8 @@ Shared& shared() {
 }
 
 thread_local Entry* t_running = nullptr;
+/// Whether this thread, which is about to fork, keeps all others out.
+thread_local bool t_keepsOut = false;
 
 [[noreturn]] void stop() noexcept {
     for (;;) {
@@ -87,9 +89,7 @@ bool hasRetired() {
 /// One that is retired while an entry ends must not wait for the next entry.
 void destroyWhatIsLeft() noexcept {
     while (hasRetired() && shared().guard.try_lock()) {
-        shared().isEntered = true;
         destroyRetired();
-        shared().isEntered = false;
         shared().guard.unlock();
     }
 }
@@ -120,7 +120,6 @@ Entry::Entry(DisplayState* display) : m_python(nullptr) {
     try {
         begin(display);
     } catch (...) {
-        shared().isEntered = false;
         shared().guard.unlock();
         enterPython(m_python);
         throw;
@@ -131,7 +130,6 @@ Entry::Entry(DisplayState* display) : m_python(nullptr) {
 Entry::~Entry() {
     t_running = nullptr;
     destroyRetired();
-    shared().isEntered = false;
     shared().guard.unlock();
     destroyWhatIsLeft();
     enterPython(m_python);
@@ -145,7 +143,6 @@ void Entry::wait() {
         checkSignals();
     }
     m_checked = Clock::now();
-    shared().isEntered = true;
 }
 
 void Entry::begin(DisplayState* display) {
@@ -216,8 +213,28 @@ void Entry::end() noexcept {
     enterPython(python);
 }
 
-void Entry::afterFork() noexcept {
-    if (shared().isEntered) {
+void Entry::beforeFork() noexcept {
+    Shared& all = shared();
+    // No longer than a moment: a long entry needs the interpreter, which the forking thread holds, to look for signals.
+    // The thread of an entry, which gets here through a handler of a signal, goes on with it in both processes.
+    t_keepsOut = t_running == nullptr && !all.isBroken && !all.isEnding && all.guard.try_lock_for(BETWEEN_CHECKS);
+    // Behind the guard, as everywhere. Nobody waits for anything while holding it.
+    all.retiredGuard.lock();
+}
+
+void Entry::afterForkInParent() noexcept {
+    shared().retiredGuard.unlock();
+    if (std::exchange(t_keepsOut, false)) {
+        shared().guard.unlock();
+        destroyWhatIsLeft();
+    }
+}
+
+void Entry::afterForkInChild() noexcept {
+    shared().retiredGuard.unlock();
+    if (std::exchange(t_keepsOut, false)) {
+        shared().guard.unlock();
+    } else if (t_running == nullptr) {
         shared().isBroken = true;
     }
 }

@@ -38,8 +38,12 @@ public:
     /// seconds at most, and lets no other one begin. Threads that are inside of one do not return.
     static void end() noexcept;
 
-    /// Called in a child process: an entry of the parent that was under way when it split can never end here.
-    static void afterFork() noexcept;
+    /// Called around a fork, by the thread that splits the process: waits a moment until no other thread is inside of
+    /// an entry, and keeps them out meanwhile. An entry that goes on all the same can never end in the child, where
+    /// every further one is refused with a `BusyFault`.
+    static void beforeFork() noexcept;
+    static void afterForkInParent() noexcept;
+    static void afterForkInChild() noexcept;
 
 private:
     void wait();

@@ -8,6 +8,7 @@
 #include "KelvoScreen/ObjLoadException.h"
 #include "Refusals.h"
 
+#include <cerrno>
 #include <exception>
 #include <string>
 
@@ -45,6 +46,12 @@ PyObject* makeType(py::module_& module, const char* name, const char* text, PyOb
     return type;
 }
 
+/// The text alone, which names the file.
+py::object textOfMissing(const py::object& fault) {
+    py::object text = fault.attr("strerror");
+    return text.is_none() ? py::handle(PyExc_Exception).attr("__str__")(fault) : py::str(text);
+}
+
 void makeTypes(py::module_& module) {
     Types& all = types();
     all.error =
@@ -65,6 +72,8 @@ void makeTypes(py::module_& module) {
                                all.error, nullptr);
     all.missingFile = makeType(module, "MissingFileError", "A file is missing or not of the kind that is needed.",
                                all.error, PyExc_FileNotFoundError);
+    module.attr("MissingFileError").attr("__str__") =
+        py::cpp_function(&textOfMissing, py::is_method(py::handle(all.missingFile)), py::name("__str__"));
     all.parse =
         makeType(module, "ParseError", "A file cannot be understood; one fault per line.", all.error, PyExc_ValueError);
     all.mesh = makeType(module, "MeshError", "The text of a mesh is faulty.", all.parse, nullptr);
@@ -88,7 +97,9 @@ PyObject* typeOf(const std::exception_ptr& exception) {
 
 py::object instanceOf(const std::exception_ptr& exception) {
     PyObject* const type = Veltrani::isOutOfMemory(exception) ? PyExc_MemoryError : typeOf(exception);
-    py::object instance = py::handle(type)(Veltrani::toUtf8(Veltrani::messageOf(exception)));
+    const std::string text = Veltrani::toUtf8(Veltrani::messageOf(exception));
+    // As Python's own: with a number, and with the file where the call has it as an argument.
+    py::object instance = type == types().missingFile ? py::handle(type)(ENOENT, text) : py::handle(type)(text);
     if (const std::exception_ptr cause = Veltrani::nestedIn(exception)) {
         PyException_SetCause(instance.ptr(), instanceOf(cause).release().ptr());
     }

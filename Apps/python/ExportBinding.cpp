@@ -36,6 +36,9 @@ using Veltrani::DisplayReport::ReportHead;
 using P3 = Point<double, 3>;
 using Names = std::vector<std::string>;
 
+/// Of the numbers of a direction that is used as it is, as a power of two.
+constexpr int LARGEST_EXPONENT = 64;
+
 void pulse(std::size_t /*done*/, std::size_t /*total*/) {
     Entry::pulse();
 }
@@ -53,12 +56,31 @@ Value valueNamed(const char* argument, const std::string& name, const std::optio
     return *value;
 }
 
-std::optional<P3> somePoint(py::handle value, const char* name) {
+std::optional<P3> eyeOf(py::handle value) {
     if (value.is_none()) {
         return std::nullopt;
     }
-    const std::vector<double> numbers = numbersOf(value, name, 3);
+    const std::vector<double> numbers = numbersOf(value, "eye", 3);
+    for (const double number : numbers) {
+        if (std::abs(number) > Rows::FARTHEST) {
+            throw ArgumentFault{"eye: expected coordinates up to 1e60"};
+        }
+    }
     return P3{numbers[0], numbers[1], numbers[2]};
+}
+
+/// Of a size that can be squared, whatever it was.
+std::optional<P3> directionOf(py::handle value) {
+    if (value.is_none()) {
+        return std::nullopt;
+    }
+    const std::vector<double> numbers = numbersOf(value, "direction", 3);
+    const double size = std::max({std::abs(numbers[0]), std::abs(numbers[1]), std::abs(numbers[2])});
+    if (size == 0) {
+        throw ArgumentFault{"direction: expected a length above 0, found (0, 0, 0)"};
+    }
+    const int exponent = std::abs(std::ilogb(size)) > LARGEST_EXPONENT ? -std::ilogb(size) : 0;
+    return P3{std::ldexp(numbers[0], exponent), std::ldexp(numbers[1], exponent), std::ldexp(numbers[2], exponent)};
 }
 
 /// kind, direction, roll, aperture, margin, (width, height); None for what is usual.
@@ -66,7 +88,7 @@ InputChoice inputOf(const py::tuple& parts) {
     InputChoice input;
     const auto kind = parts[0].cast<std::string>();
     input.kind = valueNamed("kind", kind, inputKindOf(kind), inputKindNames());
-    input.direction = somePoint(parts[1], "direction");
+    input.direction = directionOf(parts[1]);
     input.roll = parts[2].cast<std::optional<double>>().value_or(input.roll);
     input.aperture = parts[3].cast<std::optional<double>>().value_or(input.aperture);
     input.margin = parts[4].cast<std::optional<double>>().value_or(input.margin);
@@ -140,7 +162,7 @@ py::tuple tupleOf(const ContentInput& input, bool isInMirror, const RenderConven
 
 py::tuple playerInput(DisplayState& display, const std::wstring& id, py::handle eye, const py::tuple& input,
                       const py::tuple& convention) {
-    const std::optional<P3> from = somePoint(eye, "eye");
+    const std::optional<P3> from = eyeOf(eye);
     const InputChoice choice = inputOf(input);
     const RenderConvention as = conventionOf(convention);
     bool isInMirror = false;
@@ -226,7 +248,7 @@ py::object errorOf(const WarpError& error) {
 
 py::tuple playerWarp(DisplayState& display, const std::wstring& id, py::handle eye, const py::tuple& input,
                      const py::tuple& convention, const py::tuple& request) {
-    const std::optional<P3> from = somePoint(eye, "eye");
+    const std::optional<P3> from = eyeOf(eye);
     const InputChoice choice = inputOf(input);
     const RenderConvention as = conventionOf(convention);
     const WarpRequest places = requestOf(request);
@@ -277,8 +299,11 @@ std::vector<P3> eyesOf(py::handle value) {
             throw ArgumentFault{"eyes: expected an array of the shape (n, 3), found " +
                                 textOf(extended(rows.shape(), 3))};
         }
+        if (rows.count() == 0) {
+            throw ArgumentFault{"eyes: expected one at least, found none; None stands for the eye of each channel"};
+        }
         for (std::size_t i = 0; i < rows.count(); ++i) {
-            eyes.push_back(rows.at<3>(i));
+            eyes.push_back(rows.at<3>(i, Rows::FARTHEST));
         }
     }
     return eyes;
@@ -367,5 +392,9 @@ py::bytes exportFolder(DisplayState& display, const py::dict& said) {
 }  // namespace
 
 void bindExports(DisplayClass& display) {
-    display.def("player_input", &playerInput).def("player_warp", &playerWarp).def("export", &exportFolder);
+    display.def_static("input_kinds", &inputKindNames)
+        .def_static("check_direction", [](py::handle value) { static_cast<void>(directionOf(value)); })
+        .def("player_input", &playerInput)
+        .def("player_warp", &playerWarp)
+        .def("export", &exportFolder);
 }

@@ -1,4 +1,3 @@
-#include "Arrays.h"
 #include "Bindings.h"
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
@@ -9,6 +8,7 @@
 #include "FitSession/FitReport.h"
 #include "FitSession/FittedDisplay.h"
 #include "FitSession/MeasuredPointReader.h"
+#include "MeasuredArrays.h"
 #include "Refusals.h"
 
 #include <pybind11/stl.h>
@@ -28,6 +28,7 @@ namespace {
 using namespace Veltrani::DisplayFit;
 using namespace Veltrani::FitSession;
 using Names = std::vector<std::string>;
+
 using Veltrani::DisplayReport::ChannelChoice;
 using Veltrani::DisplayReport::ReportHead;
 
@@ -104,140 +105,6 @@ FitPlan planOf(const py::tuple& parts) {
     return plan;
 }
 
-/// Measurements of one channel from one station, as arrays.
-class MeasuredArrays {
-public:
-    /// @param place the name of the argument
-    MeasuredArrays(const py::tuple& parts, const std::string& place)
-        : m_place(place),
-          m_channel(parts[0].cast<std::string>()),
-          m_picture(list(parts[1], "picture", 2)),
-          m_points(list(parts[2], "points", 3)),
-          m_deviations(some(parts[3], "deviations", 3)),
-          m_covariances(some(parts[4], "covariances", 3)),
-          m_pictureDeviations(some(parts[5], "picture_deviations", 2)),
-          m_set(parts[6].cast<std::string>()) {
-        const auto count = static_cast<py::ssize_t>(m_picture.count());
-        requireShape(m_points, {{count}});
-        if (m_deviations) {
-            requireShape(*m_deviations, {{}, {count}});
-        }
-        if (m_covariances) {
-            requireShape(*m_covariances, {{3}, {count, 3}});
-        }
-        if (m_pictureDeviations) {
-            requireShape(*m_pictureDeviations, {{}, {count}});
-        }
-    }
-
-    [[nodiscard]] std::size_t count() const { return m_picture.count(); }
-
-    /// Needs no Python.
-    void addTo(const XMLConfigFile& config, MeasuredPoints& measured) const {
-        MeasuredPoint point;
-        point.channel = ChannelChoice::of(config, m_channel).index;
-        point.set = m_set;
-        for (std::size_t i = 0; i < count(); ++i) {
-            point.picture = m_picture.at<2>(i);
-            point.world = m_points.at<3>(i);
-            point.covariance = covariance(i);
-            if (m_pictureDeviations) {
-                point.pictureDeviation = m_pictureDeviations->at<2>(rowFor(*m_pictureDeviations, i));
-            }
-            // Rows are known by their numbers from 1.
-            point.row = ++measured.rows;
-            measured.points.push_back(point);
-        }
-    }
-
-private:
-    [[nodiscard]] Rows rows(py::handle value, const char* name, py::ssize_t columns) const {
-        return {value, (m_place + '.' + name).c_str(), columns};
-    }
-    [[nodiscard]] Rows list(py::handle value, const char* name, py::ssize_t columns) const {
-        Rows found = rows(value, name, columns);
-        if (found.shape().size() != 1) {
-            throw ArgumentFault{found.name() + ": expected an array of the shape (n, " + std::to_string(columns) +
-                                "), found " + textOf(extended(found.shape(), columns))};
-        }
-        return found;
-    }
-    [[nodiscard]] std::optional<Rows> some(py::handle value, const char* name, py::ssize_t columns) const {
-        return value.is_none() ? std::nullopt : std::optional(rows(value, name, columns));
-    }
-    static void requireShape(const Rows& rows, const std::vector<Shape>& shapes) {
-        if (std::find(shapes.begin(), shapes.end(), rows.shape()) == shapes.end()) {
-            const py::ssize_t columns = rows.columns();
-            std::string expected;
-            for (const Shape& shape : shapes) {
-                expected += (expected.empty() ? "" : " or ") + textOf(extended(shape, columns));
-            }
-            throw ArgumentFault{rows.name() + ": expected an array of the shape " + expected + ", found " +
-                                textOf(extended(rows.shape(), columns))};
-        }
-    }
-    /// One row serves all points.
-    static std::size_t rowFor(const Rows& rows, std::size_t i) { return rows.shape().empty() ? 0 : i; }
-
-    [[nodiscard]] std::optional<Matrix<double, 3>> covariance(std::size_t i) const {
-        Matrix<double, 3> matrix;
-        if (m_deviations) {
-            const Point<double, 3> deviations = m_deviations->at<3>(rowFor(*m_deviations, i));
-            for (std::size_t axis = 0; axis < 3; ++axis) {
-                if (!(deviations[axis] > 0)) {
-                    const std::string place = m_deviations->shape().empty() ? "" : '[' + std::to_string(i) + ']';
-                    throw ArgumentFault{m_deviations->name() + place + ": expected numbers above 0"};
-                }
-                matrix(axis, axis) = deviations[axis] * deviations[axis];
-            }
-            return matrix;
-        }
-        if (!m_covariances) {
-            return std::nullopt;
-        }
-        for (std::size_t row = 0; row < 3; ++row) {
-            const auto numbers = m_covariances->at<3>(m_covariances->shape().size() == 1 ? row : 3 * i + row);
-            for (std::size_t column = 0; column < 3; ++column) {
-                matrix(row, column) = numbers[column];
-            }
-        }
-        return matrix;
-    }
-
-    std::string m_place;
-    std::string m_channel;
-    Rows m_picture;
-    Rows m_points;
-    std::optional<Rows> m_deviations;
-    std::optional<Rows> m_covariances;
-    std::optional<Rows> m_pictureDeviations;
-    std::string m_set;
-};
-
-/// Control points of one station, as arrays.
-struct ControlArrays {
-    ControlArrays(const py::tuple& parts, const std::string& place)
-        : measured(parts[0], (place + ".measured").c_str(), 3),
-          known(parts[1], (place + ".known").c_str(), 3),
-          set(parts[2].cast<std::string>()) {
-        if (measured.shape().size() != 1 || known.shape() != measured.shape()) {
-            throw ArgumentFault{place + ": expected two arrays of the same shape (n, 3), found " +
-                                textOf(extended(measured.shape(), 3)) + " and " + textOf(extended(known.shape(), 3))};
-        }
-    }
-
-    void addTo(MeasuredPoints& points) const {
-        for (std::size_t i = 0; i < measured.count(); ++i) {
-            const int number = static_cast<int>(points.controls.size()) + 1;
-            points.controls.push_back({set, measured.at<3>(i), known.at<3>(i), number});
-        }
-    }
-
-    Rows measured;
-    Rows known;
-    std::string set;
-};
-
 template <class Arrays>
 std::vector<Arrays> arraysOf(const py::list& parts, const std::string& argument) {
     std::vector<Arrays> arrays;
@@ -259,7 +126,7 @@ FitReport fit(DisplayState& display, const FitPlan& plan, MeasuredPoints measure
     if (report.measured.points.empty()) {
         throw VeltraniException(L"there are no measurements with a place in a picture: add some");
     }
-    report.combined = combineRepeated(report.measured.points);
+    report.combined = combineRepeated(report.measured.points, Entry::pulse);
     display.requireScreen();
     FitOptions options = plan.options;
     for (const std::string& channel : plan.channels) {

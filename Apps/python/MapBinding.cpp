@@ -56,7 +56,7 @@ py::tuple toSpace(DisplayState& display, const std::wstring& id, const std::stri
             const std::size_t end = std::min(first + POINTS_AT_ONCE, places.count());
             points.clear();
             for (std::size_t i = first; i < end; ++i) {
-                points.push_back(places.at<2>(i));
+                points.push_back(places.at<2>(i, Rows::FARTHEST));
             }
             mapped.resize(points.size());
             map.toLayout(points, mapped);
@@ -80,7 +80,7 @@ py::tuple toPicture(DisplayState& display, const std::wstring& id, const std::st
                 Entry::pulse();
             }
             P2 place;
-            *mapped.at(i) = map.toPicture(places.at<3>(i), place);
+            *mapped.at(i) = map.toPicture(places.at<3>(i, Rows::FARTHEST), place);
             picture.set(i, *mapped.at(i) ? place : missing<2>());
         }
     });

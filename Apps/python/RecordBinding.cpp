@@ -111,7 +111,7 @@ const typename Fields::value_type& fieldNamed(const Fields& fields, const std::s
 
 /// A single number comes alone.
 Numbers valuesOf(py::handle value, const std::string& name, py::ssize_t length) {
-    return length == 1 ? numbersOf(py::make_tuple(value), name.c_str(), 1) : numbersOf(value, name.c_str(), length);
+    return length == 1 ? Numbers{numberOf(value, name.c_str())} : numbersOf(value, name.c_str(), length);
 }
 
 Numbers screenNumbers(DisplayState& display, const std::string& name) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -77,22 +78,45 @@ struct Hits {
     ResultRows<bool> hit;
 };
 
+double largestOf(const P3& vector) {
+    return std::max({std::abs(vector[0]), std::abs(vector[1]), std::abs(vector[2])});
+}
+
+/// A ray is two points: a direction that is short beside the coordinates of its origin would lose its digits in the
+/// second one, and powers of a long one leave the range of numbers. Multiplied by a power of two, it keeps its digits.
+P3 workable(const P3& direction, const P3& origin) {
+    constexpr double SHORTEST = 0x1p-20;
+    constexpr double LONGEST = 0x1p64;
+    const double size = largestOf(direction);
+    const double beside = std::max(1.0, largestOf(origin));
+    if (size == 0 || (size >= SHORTEST * beside && size <= LONGEST)) {
+        return direction;
+    }
+    const int exponent = std::ilogb(beside) - std::ilogb(size);
+    return {std::ldexp(direction[0], exponent), std::ldexp(direction[1], exponent), std::ldexp(direction[2], exponent)};
+}
+
 void cast(const ScreenGeometry& surface, const Rows& origins, const Rows& directions, std::size_t count, Hits& hits) {
     const std::size_t atOnce = std::max(surface.raysAtOnce(), RAYS_AT_ONCE);
     std::vector<Ray> rays;
+    std::vector<double> lengths;
     std::vector<SurfaceHit> found(std::min(atOnce, count));
     rays.reserve(found.size());
+    lengths.reserve(found.size());
     for (std::size_t first = 0; first < count; first += atOnce) {
         Entry::pulse();
         const std::size_t end = std::min(first + atOnce, count);
         rays.clear();
+        lengths.clear();
         for (std::size_t i = first; i < end; ++i) {
-            const P3 from = origins.at<3>(isOneForAll(origins) ? 0 : i);
-            rays.emplace_back(from, from + directions.at<3>(isOneForAll(directions) ? 0 : i));
+            const P3 from = origins.at<3>(isOneForAll(origins) ? 0 : i, Rows::FARTHEST);
+            const P3 along = workable(directions.at<3>(isOneForAll(directions) ? 0 : i), from);
+            rays.emplace_back(from, from + along);
+            lengths.push_back(norm(along));
         }
         surface.intersectRays(rays, std::span(found).first(rays.size()));
         for (std::size_t i = first; i < end; ++i) {
-            hits.set(i, found[i - first], norm(directions.at<3>(isOneForAll(directions) ? 0 : i)));
+            hits.set(i, found[i - first], lengths[i - first]);
         }
     }
 }
@@ -119,7 +143,7 @@ py::tuple mapInto3D(DisplayState& display, const std::string& part, py::handle p
                 Entry::pulse();
             }
             P3 point;
-            *mapped.at(i) = surface->mapInto3D(st.at<2>(i), point, extrapolate);
+            *mapped.at(i) = surface->mapInto3D(st.at<2>(i, Rows::FARTHEST), point, extrapolate);
             points.set(i, *mapped.at(i) ? point : missing<3>());
         }
     });
@@ -135,7 +159,7 @@ py::array normals(DisplayState& display, const std::string& part, py::handle pla
             if (i % POINTS_AT_ONCE == 0) {
                 Entry::pulse();
             }
-            result.set(i, surface->getScreenNormal(points.at<3>(i)));
+            result.set(i, surface->getScreenNormal(points.at<3>(i, Rows::FARTHEST)));
         }
     });
     return result.array();

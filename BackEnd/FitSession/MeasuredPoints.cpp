@@ -90,16 +90,36 @@ std::optional<MeasuredPoint> meanOf(const Group& group) {
     return contradict(group, mean) ? std::nullopt : std::optional(mean);
 }
 
+/// Calls back once for so many steps.
+class Pulse {
+public:
+    explicit Pulse(const std::function<void()>& pulse) : m_pulse(pulse) {}
+
+    void count() {
+        constexpr std::size_t STEPS = 1024;
+        if (m_pulse && ++m_steps % STEPS == 0) {
+            m_pulse();
+        }
+    }
+
+private:
+    const std::function<void()>& m_pulse;
+    std::size_t m_steps = 0;
+};
+
 }  // namespace
 
-CombinedPoints combineRepeated(const std::vector<MeasuredPoint>& points) {
+CombinedPoints combineRepeated(const std::vector<MeasuredPoint>& points, const std::function<void()>& pulse) {
+    Pulse now(pulse);
     std::map<std::pair<std::size_t, Point<double, 2>>, Group> groups;
     for (const MeasuredPoint& point : points) {
+        now.count();
         groups[{point.channel, point.picture}].push_back(&point);
     }
     // By their first rows, of which no two are the same.
     std::map<std::size_t, std::pair<MeasuredPoint, std::vector<std::size_t>>> combined;
     for (const auto& [key, group] : groups) {
+        now.count();
         if (const auto mean = group.size() > 1 ? meanOf(group) : std::nullopt) {
             auto& [point, lines] = combined[mean->row];
             point = *mean;
@@ -114,6 +134,7 @@ CombinedPoints combineRepeated(const std::vector<MeasuredPoint>& points) {
     }
     CombinedPoints result;
     for (auto& [row, point] : combined) {
+        now.count();
         result.points.push_back(std::move(point.first));
         result.lines.push_back(std::move(point.second));
     }

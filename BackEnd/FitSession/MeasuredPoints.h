@@ -4,6 +4,7 @@
 #include "DisplayFit/MeasuredPoint.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,8 @@ struct CombinedPoints {
 ///
 /// Measurements that contradict each other by their own covariances, one of them by more than 4 standard deviations of
 /// its difference from the mean, stay apart: one of them is wrong, and the fit finds out which.
-[[nodiscard]] CombinedPoints combineRepeated(const std::vector<MeasuredPoint>& points);
+/// @param pulse called now and then, as it may take seconds for a million points; what it throws comes out
+[[nodiscard]] CombinedPoints combineRepeated(const std::vector<MeasuredPoint>& points,
+                                             const std::function<void()>& pulse = nullptr);
 
 }  // namespace Veltrani::FitSession

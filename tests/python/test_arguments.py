@@ -132,7 +132,27 @@ def test_every_call_refuses_what_is_no_point(call):
     (lambda display: display.channels[0].warp(nodes=5), "ArgumentTypeError", "^nodes: expected columns and rows"),
     (lambda display: display.channels[0].warp(nodes=(2.5, 3)), "ArgumentTypeError", "^nodes: expected a whole number"),
     (lambda display: display.channels[0].outline(2.5), "ArgumentTypeError", "^samples_per_edge: expected a whole"),
-    (lambda display: display.channels[0].outline(0), "ArgumentError", "^samples_per_edge: expected 1 at least"),
+    (lambda display: display.channels[0].outline(0), "ArgumentError", "^samples_per_edge: expected 1 to 1000000, found 0$"),
+    (lambda display: display.channels[0].outline(10**9), "ArgumentError", "^samples_per_edge: expected 1 to 1000000, "),
+    (lambda display: display.fit([], channels=[]), "ArgumentError", "^channels: expected one at least, found none"),
+    (lambda display: display.fit([], channels=np.array([])), "ArgumentError", "^channels: expected one at least"),
+    (lambda display: display.fit([], channels=np.zeros(3)), "ArgumentTypeError", "^channels: expected a text, found"),
+    (lambda display: display.fit([], channels=np.array("Left")), "ArgumentTypeError", "^channels: expected a list"),
+    (lambda display: display.export("nowhere", channels=()), "ArgumentError", "^channels: expected one at least"),
+    (lambda display: display.export("nowhere", eyes=np.zeros((0, 3))), "ArgumentError", "^eyes: expected one at least"),
+    (lambda display: display.export("nowhere", input="x"), "ArgumentError", "^input: expected one of .*, found x$"),
+    (lambda display: display.channels[0].player_input("x"), "ArgumentError", "^input: expected one of frustum, .* x$"),
+    (lambda display: screenmanager.Input("x"), "ArgumentError", "^kind: expected one of frustum, .*, found x$"),
+    (lambda display: screenmanager.Input(direction="abc"), "ArgumentTypeError", "^direction: expected numbers"),
+    (lambda display: screenmanager.Input(direction=(1, 2)), "ArgumentError", "^direction: expected 3 numbers"),
+    (lambda display: screenmanager.Input(direction=(0, 0, 0)), "ArgumentError", "^direction: expected a length above 0"),
+    (lambda display: display.channels[0].player_input(eye=(0, 0, 1e200)), "ArgumentError", "^eye: expected coordinates"),
+    (lambda display: display.fit("x.csv", origin=np.zeros(3)), "ArgumentTypeError", "^origin: expected a text, found"),
+    (lambda display: display.screen.map_into_3d((0, 0), np.zeros(3)), "ArgumentTypeError", "^extrapolate: expected True"),
+    (lambda display: display.check(quick="no"), "ArgumentTypeError", "^quick: expected True or False, found str$"),
+    (lambda display: display.coverage(pieces=None), "ArgumentTypeError", "^pieces: expected True or False"),
+    (lambda display: setattr(display.screen, "radius", (1, 2)), "ArgumentError",
+     r"^radius: expected a number, found an array of the shape \(2,\)$"),
     (lambda display: setattr(display.channels[0], "name", "\udc00"), "ArgumentError", "^name: expected a text of"),
     (lambda display: setattr(display.screen, "radius", "large"), "ArgumentTypeError", "^radius: expected numbers"),
     (lambda display: setattr(display.screen, "rails", 5), "ArgumentTypeError", "^rails: expected the lower and"),
@@ -155,3 +175,127 @@ def test_an_error_has_its_cause():
         "<ProjectionModel name='Fisheye' file='/nowhere/lens.yml'/></Projector></Projectors></Display>")
     with pytest.raises(screenmanager.Error, match="(?s)lens.yml"):
         display.channels[0].to_layout((0.5, 0.5))
+
+
+@pytest.mark.parametrize(("stated", "text"), [
+    ({"picture_deviations": (-1, 0.1)}, r"\.picture_deviations: expected numbers above 0, .*, found \(-1, 0.1\)$"),
+    ({"picture_deviations": (0, 0.1)}, r"\.picture_deviations: expected numbers above 0, as no other deviations"),
+    ({"picture_deviations": (-1, 0.1), "deviations": (1, 1, 1)}, r"\.picture_deviations: .* not below 0, found \(-1,"),
+    ({"picture_deviations": (1e300, 1)}, r"\.picture_deviations: expected numbers up to 1e\+12, found"),
+    ({"deviations": (0, 1, 1)}, r"\.deviations: expected numbers from 1e-100 to 1e6, found \(0, 1, 1\)$"),
+    ({"deviations": (1e200, 1, 1)}, r"\.deviations: expected numbers from 1e-100 to 1e6, found \(1e\+200,"),
+    ({"deviations": [(1, 1, 1), (1, 1e-200, 1)]}, r"\.deviations\[1\]: expected numbers from 1e-100 to 1e6"),
+    ({"covariances": np.eye(3) * 1e200}, r"\.covariances\[0\]: expected numbers up to 1e\+12"),
+    ({"points": [(0, 0, 1), (0, 1e200, 1)]}, r"\.points\[1\]: expected numbers up to 1e\+12, found \(0, 1e\+200, 1\)$"),
+    ({"picture": [(0.5, 1e13), (0, 0)]}, r"\.picture\[0\]: expected numbers up to 1e\+12"),
+])
+def test_measurements_that_no_fit_takes_are_refused_by_their_own_names(stated, text):
+    display = screenmanager.Display.load(example("dome"))
+    parts = {"channel": display.channels[0].id, "picture": [(0.5, 0.5), (0, 0)], "points": [(0, 0, 1), (0, 1, 1)]}
+    with pytest.raises(screenmanager.ArgumentError, match=r"^measured\[0\]" + text):
+        display.fit(screenmanager.MeasuredPoints(**{**parts, **stated}))
+
+
+def test_a_list_of_channels_may_be_an_array():
+    display = screenmanager.Display.load(example("spherical-dome"))
+    measured = [screenmanager.MeasuredPoints(light.id, light.picture[light.mask], light.points[light.mask])
+                for light in display.targets(6, 5, 1)]
+    for channels in (np.array(["Left", "Top"]), np.array(["Left", "Top"], dtype=object), ("Left", "Top")):
+        assert [channel.name for channel in display.fit(measured, channels=channels).channels] == ["Left", "Top"]
+
+
+MASKED = np.ma.masked_array([(0.25, 0.5), (0.5, 0.5), (0.75, 0.5)], mask=[(0, 0), (0, 1), (0, 0)])
+
+
+@pytest.mark.parametrize("masked", [MASKED, [MASKED[0], MASKED[1], MASKED[2]], [list(MASKED), list(MASKED)]])
+def test_numbers_that_are_masked_are_not_taken_for_numbers(masked):
+    channel = screenmanager.Display.load(example("spherical-dome")).channels[0]
+    with pytest.raises(screenmanager.Error, match="^picture: expected"):
+        channel.to_screen(masked)
+    with pytest.raises(screenmanager.Error, match=r"^measured\[0\]\.picture: expected"):
+        channel._display.fit(screenmanager.MeasuredPoints(channel.id, masked, np.zeros((3, 3))))
+
+
+def test_a_masked_array_is_refused_for_what_is_masked_alone():
+    channel = screenmanager.Display.load(example("spherical-dome")).channels[0]
+    with pytest.raises(screenmanager.ArgumentError, match="none is masked: leave out the rows that are$"):
+        channel.to_screen(MASKED)
+    with pytest.raises(screenmanager.ArgumentError, match="^position: .* none is masked"):
+        channel.position = np.ma.masked_array([0.0, 1.0, 2.0], mask=[0, 0, 1])
+    rest = MASKED[~MASKED.mask.any(axis=1)]
+    assert isinstance(rest, np.ma.MaskedArray)
+    assert_same_bits(channel.to_screen(rest).points, channel.to_screen([(0.25, 0.5), (0.75, 0.5)]).points)
+
+
+@pytest.mark.parametrize("name", ["spherical-dome", "cylinder", "planar-wall", "curved-wall", "mesh-rays"])
+@pytest.mark.parametrize("exponent", [-1074, -700, -40, -21, 70, 300, 532, 1000])
+def test_a_direction_may_be_of_any_length(name, exponent):
+    """Its length changes nothing but the distance that would be one."""
+    screen = screenmanager.Display.load(example(name)).screen
+    directions = np.array([(0, 1, 0), (0.3, 1, 0.1), (-0.55, 1, 0.123)])
+    expected = screen.intersect((0, 0, 1.5), directions)
+    assert expected.hit.any()
+    if exponent == -1074:  # the smallest number of all has no parts
+        directions = directions[:1]
+    hits = screen.intersect((0, 0, 1.5), np.ldexp(directions, exponent))
+    rows = len(directions)
+    assert np.array_equal(hits.hit, expected.hit[:rows]) and np.array_equal(hits.sides, expected.sides[:rows])
+    for ours, theirs in ((hits.points, expected.points), (hits.normals, expected.normals),
+                         (hits.distances, expected.distances)):
+        assert np.allclose(ours, theirs[:rows], rtol=0, atol=1e-12, equal_nan=True)
+
+
+@pytest.mark.parametrize(("call", "name"), [
+    (lambda display, far: display.screen.normals([(0, 0, 1), (far, 0, 1)]), r"points\[1\]"),
+    (lambda display, far: display.screen.intersect((0, far, 1), (0, 1, 0)), "origins"),
+    (lambda display, far: display.screen.map_into_3d((0, far), True), "st"),
+    (lambda display, far: display.channels[0].to_layout([(far, 0)]), r"picture\[0\]"),
+    (lambda display, far: display.channels[0].to_screen([(far, 0)]), r"picture\[0\]"),
+    (lambda display, far: display.channels[0].from_layout((0, far, 0)), "points"),
+    (lambda display, far: display.channels[0].from_screen((0, 0, far)), "points"),
+])
+@pytest.mark.parametrize("kind", ["cylinder", "spherical-dome", "mesh-rays"])
+def test_places_beyond_what_can_be_computed_are_refused_by_name(call, name, kind):
+    display = screenmanager.Display.load(example(kind))
+    for far in (1e61, -1e160, 1e300):
+        with pytest.raises(screenmanager.ArgumentError, match=f"^{name}: expected numbers up to 1e\\+60, found "):
+            call(display, far)
+    call(display, 1e59)
+
+
+@pytest.mark.parametrize("kind", ["cylinder", "spherical-dome", "mesh-rays", "planar-wall"])
+def test_normals_far_away_have_the_length_one(kind):
+    screen = screenmanager.Display.load(example(kind)).screen
+    normals = screen.normals([(1e59, 1, 1), (0, -1e59, 1), (3e40, 3e40, -1e40)])
+    assert np.allclose(np.linalg.norm(normals, axis=1), 1, rtol=0, atol=1e-12)
+
+
+@pytest.mark.parametrize(("owner", "name", "nearest"), [
+    (lambda display: display, "pth", "path"),
+    (lambda display: display.channels[0], "postion", "position"),
+    (lambda display: display.screen, "radious", "radius"),
+    (lambda display: display.screen.content, "hsh", "hash"),
+    (lambda display: display.target_data, "positon", "position"),
+])
+def test_a_misspelt_attribute_is_refused_with_the_nearest_one(owner, name, nearest):
+    thing = owner(screenmanager.Display.load(example("spherical-dome")))
+    with pytest.raises(AttributeError, match=f"^{type(thing).__name__} has no attribute {name}: {nearest} is the "):
+        setattr(thing, name, 5)
+    with pytest.raises(AttributeError):
+        getattr(thing, name)
+
+
+def test_a_class_of_a_script_may_have_attributes_of_its_own():
+    class Noted(screenmanager.Display):
+        pass
+
+    display = Noted.load(example("dome"))
+    display.note = "mine"
+    assert display.note == "mine" and display.channels
+
+
+def test_a_record_is_not_changed():
+    places = screenmanager.Display.load(example("dome")).channels[0].to_screen((0.5, 0.5))
+    for name in ("points", "pionts"):
+        with pytest.raises(AttributeError):
+            setattr(places, name, 5)

@@ -1,9 +1,14 @@
 """Displays: read, written, copied, pickled; what is faulty is refused with the texts of the library."""
 
 import copy
+import errno
 import gc
 import os
+import pathlib
 import pickle
+import pydoc
+import re
+import shutil
 import subprocess
 import sys
 
@@ -71,6 +76,28 @@ def test_a_missing_file_is_reported_as_python_reports_one():
         screenmanager.Display.load("nowhere.xml")
     assert isinstance(raised.value, screenmanager.MissingFileError)
     assert isinstance(raised.value, screenmanager.Error)
+    assert raised.value.errno == errno.ENOENT and raised.value.filename == "nowhere.xml"
+    assert str(raised.value) == "nowhere.xml: No such file or directory"
+    again = pickle.loads(pickle.dumps(raised.value))
+    assert (again.errno, again.filename, str(again)) == (errno.ENOENT, "nowhere.xml", str(raised.value))
+
+
+def test_a_path_that_is_no_file_has_the_number_of_its_fault(tmp_path):
+    with pytest.raises(screenmanager.MissingFileError, match="is a directory") as raised:
+        screenmanager.Display.load(tmp_path)
+    assert raised.value.errno == errno.EISDIR and raised.value.filename == str(tmp_path)
+
+
+@pytest.mark.parametrize(("call", "name"), [
+    (lambda display: display.fit("none.csv"), "none.csv"),
+    (lambda display: display.export("player", content="none.png"), "none.png"),
+])
+def test_another_file_that_is_missing_is_reported_so_too(call, name, tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    with pytest.raises(FileNotFoundError, match=name) as raised:
+        call(screenmanager.Display.load(example("dome")))
+    assert raised.value.errno == errno.ENOENT and raised.value.filename == name
+    assert list(tmp_path.iterdir()) == []
 
 
 def test_faults_have_the_texts_that_the_program_prints(tmp_path):
@@ -213,3 +240,107 @@ def test_the_unit_is_that_of_the_file():
     display = screenmanager.Display.parse(text)
     assert display.unit == "mm"
     assert display.screen.width == 1000 * screenmanager.Display.load(example("planar-wall")).screen.width
+
+
+def lit(display):
+    """What follows from its files."""
+    return display.screen.hash, display.screen.content.hash, display.channels[0].to_screen((0.5, 0.5)).mask.all()
+
+
+def test_a_relative_path_counts_from_the_folder_at_the_load(tmp_path, monkeypatch):
+    shutil.copytree(example("curved-wall").parent, tmp_path / "wall")
+    (tmp_path / "elsewhere").mkdir()
+    expected = lit(screenmanager.Display.load(tmp_path / "wall" / "display.xml"))
+    monkeypatch.chdir(tmp_path / "wall")
+    text = pathlib.Path("display.xml").read_bytes()
+    displays = [screenmanager.Display.load("display.xml"), screenmanager.Display.load(b"./display.xml"),
+                screenmanager.Display.load(pathlib.Path("display.xml")), screenmanager.Display.parse(text),
+                screenmanager.Display.parse(text, ""), screenmanager.Display.load("display.xml").moved_to("moved.xml")]
+    displays += [copy.copy(displays[0]), pickle.loads(pickle.dumps(displays[0]))]
+    monkeypatch.chdir(tmp_path / "elsewhere")
+    for display in displays:
+        assert lit(display) == expected
+        assert lit(copy.copy(display)) == expected and lit(pickle.loads(pickle.dumps(display))) == expected
+        assert os.path.isabs(display.path)
+    assert displays[1].path == os.fsencode(tmp_path / "wall") + b"/./display.xml"
+
+
+def test_a_save_goes_to_the_file_that_was_read_from_whatever_folder(tmp_path, monkeypatch):
+    for name in ("here", "there"):
+        (tmp_path / name).mkdir()
+        (tmp_path / name / "display.xml").write_bytes(example("dome").read_bytes())
+    monkeypatch.chdir(tmp_path / "here")
+    display = screenmanager.Display.load("display.xml")
+    moved = display.moved_to("moved.xml")
+    monkeypatch.chdir(tmp_path / "there")
+    display.channels[0].name = "mine"
+    display.save()
+    moved.save()
+    assert screenmanager.Display.load(tmp_path / "here" / "display.xml").channels[0].name == "mine"
+    assert (tmp_path / "here" / "moved.xml").is_file()
+    assert (tmp_path / "there" / "display.xml").read_bytes() == example("dome").read_bytes()
+    display.save("other.xml")
+    monkeypatch.chdir(tmp_path)
+    display.channels[0].name = "again"
+    display.save()
+    assert screenmanager.Display.load(tmp_path / "there" / "other.xml").channels[0].name == "again"
+    # A change elsewhere is noticed by whatever path.
+    (tmp_path / "there" / "other.xml").write_bytes(b"<!-- another -->")
+    with pytest.raises(screenmanager.ChangedFileError):
+        display.save("there/other.xml")
+
+
+def test_a_report_names_the_file_that_was_read(tmp_path, monkeypatch):
+    (tmp_path / "display.xml").write_bytes(example("dome").read_bytes())
+    (tmp_path / "elsewhere").mkdir()
+    monkeypatch.chdir(tmp_path)
+    display = screenmanager.Display.load("display.xml")
+    monkeypatch.chdir(tmp_path / "elsewhere")
+    manifest = display.export("player", formats=["mesh"], nodes=(3, 3), blend=None)
+    assert manifest["files"][0]["name"] == str(tmp_path / "display.xml")
+
+
+def test_a_working_folder_that_is_gone_is_a_fault_of_the_family(tmp_path, monkeypatch):
+    folder = tmp_path / "gone"
+    folder.mkdir()
+    monkeypatch.chdir(folder)
+    folder.rmdir()
+    for call in (lambda: screenmanager.Display.load("display.xml"), lambda: screenmanager.Display.parse("<Display/>")):
+        with pytest.raises(screenmanager.MissingFileError, match="the working folder is gone: state an absolute path$"):
+            call()
+    assert screenmanager.Display.load(example("dome")).channels
+
+
+@pytest.mark.parametrize("protocol", range(pickle.HIGHEST_PROTOCOL + 1))
+def test_everything_of_a_display_is_pickled_by_every_protocol(protocol):
+    display = screenmanager.Display.load(example("curved-wall"))
+    parts = display, display.channels[0], display.screen, display.screen.content, display.target_data
+    again = pickle.loads(pickle.dumps(parts, protocol))
+    assert [type(part) for part in again] == [type(part) for part in parts]
+    assert again[1].position == parts[1].position and again[3].hash == parts[3].hash
+    assert again[4].position == parts[4].position
+    # As one: they follow the same display.
+    again[1].name = "changed"
+    assert again[0].channels[0].name == "changed"
+    copies = copy.deepcopy(parts)
+    assert copies[2].hash == parts[2].hash
+
+
+SHAPE = re.compile(r"\((\.\.\.|[^()]*\d[^()]*|[nmk](, [nmk])*|rows, columns)\)")
+
+
+def arrays_of(kind):
+    return [name for name, what in kind.__dict__.get("__annotations__", {}).items() if "ndarray" in str(what)]
+
+
+def test_the_help_of_the_module_has_the_shape_of_every_array():
+    page = pydoc.plain(pydoc.render_doc(screenmanager))
+    words = " ".join(page.replace("|", " ").split())
+    kinds = [kind for kind in map(vars(screenmanager).get, screenmanager.__all__) if arrays_of(kind)]
+    assert len(kinds) >= 12
+    for kind in kinds:
+        text = " ".join(kind.__doc__.split())
+        assert text in words
+        for name in arrays_of(kind):
+            begin = re.search(rf"\b{name}\b", text)
+            assert begin and SHAPE.search(text[begin.end():]), (kind, name)

@@ -113,5 +113,5 @@ def test_what_is_installed_needs_neither_sources_nor_build(tmp_path):
     assert "good 1" in ended.stdout and (tmp_path / "player" / "manifest.json").is_file()
     package, = tmp_path.rglob("screenmanager/_native*.so")
     assert sorted(path.name for path in package.parent.iterdir() if path.suffix in (".py", ".pyi", ".typed", "")) == [
-        "__init__.py", "__init__.pyi", "__pycache__", "_arguments.py", "_channel.py", "_display.py", "_export.py", "_fit.py", "_native.pyi", "_records.py",
+        "__init__.py", "__init__.pyi", "__pycache__", "_arguments.py", "_channel.py", "_display.py", "_export.py", "_fit.py", "_named.py", "_native.pyi", "_records.py",
         "_screen.py", "py.typed"]

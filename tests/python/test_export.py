@@ -321,7 +321,7 @@ Input, Convention = screenmanager.Input, screenmanager.Convention
 
 
 @pytest.mark.parametrize(("call", "kind", "text"), [
-    (lambda d, c, f: c.player_warp("sphere"), "ArgumentError", "^kind: expected one of frustum, fisheye, .* found sphere$"),
+    (lambda d, c, f: c.player_warp("sphere"), "ArgumentError", "^input: expected one of frustum, fisheye, .* found sphere$"),
     (lambda d, c, f: c.player_warp(5), "ArgumentTypeError", "^input: expected an Input or the name of one, found int$"),
     (lambda d, c, f: Input(5), "ArgumentTypeError", "^kind: expected a text, found int$"),
     (lambda d, c, f: Input("fisheye", margin=0.1), "ArgumentError", "^margin: the input fisheye has none, only frustum$"),
@@ -393,7 +393,7 @@ def test_a_fault_in_a_texts_folder_is_no_manifest_of_another(tmp_path):
     display = screenmanager.Display.parse(text, "nowhere.xml")
     manifest = display.export(os.fsencode(tmp_path / "out"), nodes=(3, 3))
     import hashlib
-    assert manifest["files"][0] == {"name": "nowhere.xml",
+    assert manifest["files"][0] == {"name": os.path.abspath("nowhere.xml"),
                                     "sha256": hashlib.sha256(display.text.encode()).hexdigest()}
 
 

@@ -4,7 +4,7 @@ import os
 import subprocess
 import sys
 
-SOURCE_OF_PUBLIC_NAMES = r"screenmanager\._(arguments|channel|display|export|fit|native|records|screen)(\..*)?"
+SOURCE_OF_PUBLIC_NAMES = r"screenmanager\._(arguments|channel|display|export|fit|named|native|records|screen)(\..*)?"
 
 GOOD = """
 import numpy as np
@@ -25,6 +25,21 @@ fit = display.fit([screenmanager.MeasuredPoints("Left", np.zeros((9, 2)), np.zer
 rms: float = fit.channels[0].pixels_after.rms
 lens = fit.channels[0].after.lens
 files: tuple[str, ...] = display.apply(fit)
+channel.position = np.zeros(3)
+channel.position = [0, 1, 2]
+channel.frustum = np.array([-0.5, 0.5, -0.25, 0.25])
+channel.orientation = screenmanager.Orientation(0.1, 0.0, 0.0)
+channel.resolution = np.array([1920, 1200])
+height: int = channel.resolution[1]
+angle: float = channel.orientation.z
+display.screen.eye_point = np.zeros(3)
+display.screen.azimuth = np.array([-1.0, 1.0])
+display.screen.rails = np.zeros((2, 3)), [(0.0, 0.0, 1.0), (1.0, 0.0, 1.0)]
+lower = display.screen.rails[0].shape
+display.target_data.yaw_table = [(-0.5, -0.4), (0.5, 0.6)]
+display.target_data.position = np.zeros(3)
+rows: int = display.target_data.yaw_table.shape[0]
+chosen = display.fit("measured.csv", channels=np.array(["Left", "Right"]))
 warp = channel.player_warp(screenmanager.Input("fisheye", aperture=3.0), nodes=(9, 7), points=True)
 if warp.points is not None:
     places = warp.places[warp.lit]
@@ -42,6 +57,9 @@ display.fit("measured.csv", "mm")
 display.channels[0].player_warp(nodes=5)
 display.export("player", convention="opengl")
 screenmanager.Input(aperture="wide")
+display.channels[0].postion = (0, 0, 0)
+text: str = display.channels[0].position
+display.channels[0].position = display
 """
 
 
@@ -64,5 +82,5 @@ def test_a_checker_of_types_accepts_good_use_and_finds_every_bad_one(tmp_path):
     run = mypy("mypy", "--strict", "--cache-dir=cache", "good.py", cwd=tmp_path)
     assert run.returncode == 0, run.stdout + run.stderr
     run = mypy("mypy", "--strict", "--cache-dir=cache", "bad.py", cwd=tmp_path)
-    for line in range(5, 13):
+    for line in range(5, 16):
         assert f"bad.py:{line}: error" in run.stdout, run.stdout

@@ -12,6 +12,11 @@ radians. Places (u, v) in a picture reach from (0, 0) bottom left to (1, 1) top 
 its bottom row. Arrays that hold float64 in rows are used where they lie; results are arrays of their own.
 """
 
+from . import _native
+
+# Before anything is made: what the first interpreter of a process has imported, another one is handed as it is.
+_native.require_main_interpreter()
+
 from ._channel import Channel, Frustum, Layout, Orientation, ScreenArea
 from ._display import Display, TargetData
 from ._export import (Blend, Convention, Input, PlayerInput, PlayerWarp, RenderFrustum, View, WarpError,

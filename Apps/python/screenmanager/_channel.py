@@ -2,9 +2,14 @@
 
 from typing import NamedTuple
 
-from ._arguments import count_of, pair_of, text_of
+from ._arguments import count_of, flag_of, pair_of, text_of
+from ._named import Named
 from ._native import ArgumentError
 from ._records import Outline, PicturePlaces, Places
+
+
+# More than any picture has pixels along an edge.
+_MOST_SAMPLES = 1_000_000
 
 
 class Orientation(NamedTuple):
@@ -66,7 +71,7 @@ def _text(name, what, can_be_set=True):
     return property(get, put if can_be_set else None, doc=what)
 
 
-class Channel:
+class Channel(Named):
     """One channel of a display, that is one projector as the configuration describes it.
 
     It follows the display, and can no longer be used once its entry was removed or has another id. What is set takes
@@ -76,10 +81,14 @@ class Channel:
     """
 
     __module__ = "screenmanager"
+    __slots__ = ("_display", "_id")
 
     def __init__(self, display, id):
         self._display = display
         self._id = id
+
+    def __reduce__(self):
+        return type(self), (self._display, self._id)
 
     @property
     def _native(self):
@@ -144,7 +153,7 @@ class Channel:
 
         cache: remember the pixels of a collimated display, for 24 bytes each: faster for many points.
         """
-        return PicturePlaces(*self._native.to_picture(self._id, "layout", bool(cache), points))
+        return PicturePlaces(*self._native.to_picture(self._id, "layout", flag_of(cache, "cache"), points))
 
     def to_screen(self, picture):
         """Where the light of places (u, v) of the picture, (..., 2), arrives on the screen; returns Places, in the world
@@ -202,7 +211,8 @@ class Channel:
         from ._export import convention_of, cut_of, error_of, input_of, nodes_of, player_warp_of
 
         fed = input_of(input)
-        request = nodes_of(nodes, True), error_of(error), cut_of(wrap, fed[0]), bool(points), bool(triangles)
+        request = nodes_of(nodes, True), error_of(error), cut_of(wrap, fed[0]), flag_of(points, "points"), \
+            flag_of(triangles, "triangles")
         return player_warp_of(self._native.player_warp(self._id, eye, fed, convention_of(convention), request))
 
     def outline(self, samples_per_edge=16):
@@ -210,8 +220,8 @@ class Channel:
         import numpy as np
 
         samples = count_of(samples_per_edge, "samples_per_edge")
-        if samples < 1:
-            raise ArgumentError(f"samples_per_edge: expected 1 at least, found {samples}")
+        if not 1 <= samples <= _MOST_SAMPLES:
+            raise ArgumentError(f"samples_per_edge: expected 1 to {_MOST_SAMPLES}, found {samples}")
         step = np.arange(samples) / samples
         zero, one = np.zeros_like(step), np.ones_like(step)
         edges = [(step, one), (one, 1 - step), (1 - step, zero), (zero, step)]

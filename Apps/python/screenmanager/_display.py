@@ -4,10 +4,12 @@ import os
 import warnings
 
 from . import _native
-from ._arguments import count_of, names_of, path_of, text_of
+from ._arguments import (channels_of, count_of, flag_of, names_of, path_of, text_of, whole_path_of, with_file,
+                         working_folder)
 from ._channel import Channel
 from ._export import Blend, blend_of, convention_of, cut_of, error_of, input_of, nodes_of
 from ._fit import controls_of, fit_of, found_of, measured_of, plan_of, table_options_of
+from ._named import Named
 from ._records import (ChannelCoverage, ChannelFacts, ChannelTargets, Check, Coverage, Fault, Finding, Overlap)
 from ._screen import Screen
 
@@ -15,16 +17,20 @@ from ._screen import Screen
 _MOST_TARGETS = 4_000_000
 
 
-class TargetData:
+class TargetData(Named):
     """What the targets of all channels have in common. Lengths in native units, angles in radians.
 
     What is set takes effect with the next call; a value that a file could not hold is refused with Error.
     """
 
     __module__ = "screenmanager"
+    __slots__ = ("_display",)
 
     def __init__(self, display):
         self._display = display
+
+    def __reduce__(self):
+        return type(self), (self._display,)
 
     @property
     def _native(self):
@@ -94,7 +100,7 @@ class TargetData:
         self._native.set_heading_table(False, value)
 
 
-class Display:
+class Display(Named):
     """A display that is lit by many projectors: its channels, its screen, and what follows from them.
 
         display = Display.load("display.xml")
@@ -107,8 +113,10 @@ class Display:
 
     __module__ = "screenmanager"
 
+    __slots__ = ("_native", "_path", "_is_file")
+
     def __init__(self):
-        raise TypeError("use Display.load(path) or Display.parse(text)")
+        raise _native.ArgumentTypeError("a Display is made by Display.load(path) or Display.parse(text)")
 
     @classmethod
     def _of(cls, native, path, is_file):
@@ -121,15 +129,27 @@ class Display:
     @classmethod
     def load(cls, path):
         """Reads a configuration file. Raises MissingFileError where there is none, and ParseError with one fault per line
-        when its content is faulty."""
-        return cls._of(_native.Display.load(path_of(path)), os.fspath(path), True)
+        when its content is faulty. A path that is relative counts from the working folder as it is now."""
+        whole = whole_path_of(path)
+        try:
+            native = _native.Display.load(whole)
+        except _native.MissingFileError as fault:
+            raise with_file(_as_stated(_native.Display.load, path, fault), os.fspath(path)) from None
+        except _native.Error as fault:
+            raise _as_stated(_native.Display.load, path, fault) from None
+        return cls._of(native, _like(path, whole), True)
 
     @classmethod
     def parse(cls, text, name="display.xml"):
         """Reads the text of a configuration. name stands for the path in messages; the files that the text names are
-        looked for in the folder of it."""
+        looked for in the folder of it, which counts from the working folder as it is now."""
         content = text if isinstance(text, bytes) else text_of(text, "text")
-        return cls._of(_native.Display.parse(content, path_of(name, "name")), os.fspath(name), False)
+        whole = os.path.join(working_folder("name"), b"") if name == "" else whole_path_of(name, "name")
+        try:
+            native = _native.Display.parse(content, whole)
+        except _native.Error as fault:
+            raise _as_stated(lambda path: _native.Display.parse(content, path), name, fault) from None
+        return cls._of(native, _like(name, whole), False)
 
     def save(self, path=None):
         """Writes the configuration in one step; when no path is given, to the file that it was read from or saved to last.
@@ -138,13 +158,15 @@ class Display:
         if path is None and not self._is_file:
             raise _native.ArgumentError("path: expected one for a display that was neither read from a file nor saved")
         target = self._path if path is None else path
-        self._native.save(path_of(target))
-        self._path, self._is_file = os.fspath(target), True
+        whole = whole_path_of(target)
+        self._native.save(whole)
+        self._path, self._is_file = _like(target, whole), True
 
     def moved_to(self, path):
         """This display as it is to be saved at a path in another folder: relative names of files lead to the same files
         from there. Returns a Display of its own, whose save without a path goes to that path; nothing is written yet."""
-        return self._of(self._native.moved_to(path_of(path)), os.fspath(path), True)
+        whole = whole_path_of(path)
+        return self._of(self._native.moved_to(whole), _like(path, whole), True)
 
     @property
     def text(self):
@@ -153,7 +175,7 @@ class Display:
 
     @property
     def path(self):
-        """The path or name that it was read by."""
+        """The absolute path that it was read from or saved to last; of a text, that of its name."""
         return self._path
 
     @property
@@ -173,7 +195,7 @@ class Display:
         return display
 
     def __reduce__(self):
-        return _restored, (type(self), self.text, os.path.abspath(self._place()))
+        return _restored, (type(self), self.text, self._place())
 
     @property
     def channels(self):
@@ -226,7 +248,7 @@ class Display:
 
     def coverage(self, pieces=False):
         """Measures how the channels cover the screen; returns a Coverage. pieces: with the pieces of the surface, too."""
-        unit, fault, area, by_count, channels, overlaps, parts = self._native.coverage(bool(pieces))
+        unit, fault, area, by_count, channels, overlaps, parts = self._native.coverage(flag_of(pieces, "pieces"))
         corners, counts = parts or (None, None)
         return Coverage(unit, fault, area, tuple(by_count), tuple(ChannelCoverage(*channel) for channel in channels),
                         tuple(Overlap(*overlap) for overlap in overlaps), corners, counts)
@@ -234,7 +256,7 @@ class Display:
     def check(self, quick=False, allowed=()):
         """Loads everything that the configuration names and judges the display by rules; returns a Check. quick: without
         the rules that need light. allowed: names of rules to leave out."""
-        facts, channels, faults, findings, left_out = self._native.check(bool(quick), names_of(allowed, "allowed"))
+        facts, channels, faults, findings, left_out = self._native.check(flag_of(quick, "quick"), names_of(allowed, "allowed"))
         return Check(facts, tuple(ChannelFacts(*channel) for channel in channels),
                      tuple(Fault(*fault) for fault in faults), tuple(Finding(*finding) for finding in findings),
                      left_out)
@@ -256,7 +278,8 @@ class Display:
         register: "rigid" or "similarity", to move each station into the frame of the display by its control points.
         controls: a ControlPoints or a list of them, for points from arrays; a table has its own.
         channels: names or ids; None for all that have points.
-        solve: some of "position", "orientation", "frustum", "distortion", "area"; None for what is usual.
+        solve: some of "position", "orientation", "frustum", "distortion", "area"; None for what is usual, an
+            empty list for nothing, which measures the residuals alone.
         hold: some of "square-pixels", "horizontal-shift".
         robust: False for plain least squares of all points. rejection: points further off are outliers, deviations.
         json: with the report for programs.
@@ -266,9 +289,12 @@ class Display:
         marks = controls_of(controls)
         options = table_options_of(unit, origin, is_table)
         plan = (*plan_of(channels, solve, hold, robust, rejection, register, json, marks, is_table),
-                *(self._source() if json else (path_of(self._path), "")))
+                *(self._source() if flag_of(json, "json") else (path_of(self._path), "")))
         if is_table:
-            fit = fit_of(self._native.fit_table(source, *options, plan))
+            try:
+                fit = fit_of(self._native.fit_table(source, *options, plan))
+            except _native.MissingFileError as fault:
+                raise _of_argument(fault, measured) from None
         else:
             fit = fit_of(self._native.fit_arrays(source, marks, plan))
         if fit.measurement.controls and not fit.frames:
@@ -302,12 +328,16 @@ class Display:
         if cut and "mesh" in formats:
             raise _native.ArgumentError("wrap: a mesh has no cut cells: choose the format obj")
         path, digest = self._source()
-        manifest = self._native.export({
-            "folder": path_of(folder, "folder"), "force": bool(force), "input": fed,
+        said = {
+            "folder": path_of(folder, "folder"), "force": flag_of(force, "force"), "input": fed,
             "convention": convention_of(convention), "formats": formats, "cut": cut,
-            "channels": names_of(channels or (), "channels"), "eyes": eyes, "nodes": nodes_of(nodes, False),
-            "error": error_of(error), "test_pictures": bool(test_pictures), "blend": blend_of(blend),
-            "content": b"" if content is None else path_of(content, "content"), "path": path, "digest": digest})
+            "channels": channels_of(channels), "eyes": eyes, "nodes": nodes_of(nodes, False),
+            "error": error_of(error), "test_pictures": flag_of(test_pictures, "test_pictures"), "blend": blend_of(blend),
+            "content": b"" if content is None else path_of(content, "content"), "path": path, "digest": digest}
+        try:
+            manifest = self._native.export(said)
+        except _native.MissingFileError as fault:
+            raise _of_argument(fault, content) from None
         import json
 
         return json.loads(manifest.decode("utf-8", "replace"))
@@ -316,6 +346,27 @@ class Display:
         """Its path in the folder in which the files are looked for that it names: that of a save may be another one."""
         folder, name = os.fsencode(self._native.folder()), os.path.basename(path_of(self._path))
         return os.fsdecode(os.path.join(folder, name))
+
+
+def _like(path, whole):
+    """A whole path as the one that was stated: a text or bytes."""
+    return whole if isinstance(os.fspath(path), bytes) else os.fsdecode(whole)
+
+
+def _of_argument(fault, path):
+    """A MissingFileError that names its file where that is the one of an argument."""
+    if path is not None and str(fault).startswith(os.fsdecode(path)):
+        return with_file(fault, os.fspath(path))
+    return fault
+
+
+def _as_stated(read, path, fault):
+    """The fault of reading it again by the path as it was stated, by which its text names it."""
+    try:
+        read(path_of(path))
+    except _native.Error as again:
+        return again
+    return fault
 
 
 def _restored(kind, text, path):

@@ -3,7 +3,8 @@
 from collections.abc import Mapping
 from typing import TYPE_CHECKING, Optional, Union
 
-from ._arguments import count_of, number_of, pair_of, text_of
+from . import _native
+from ._arguments import count_of, flag_of, number_of, pair_of, text_of
 from ._channel import Frustum, Orientation
 from ._native import ArgumentError, ArgumentTypeError
 from ._records import record
@@ -40,13 +41,15 @@ class Input:
     size: "Optional[tuple[int, int]]" = None
 
     def __post_init__(self):
-        text_of(self.kind, "kind")
+        _require_kind(self.kind, "kind")
         for name, kinds in _HAVE.items():
             if getattr(self, name) is None:
                 continue
             if self.kind not in kinds:
                 raise ArgumentError(f"{name}: the input {self.kind} has none, only {', '.join(kinds)}")
-            if name != "direction":
+            if name == "direction":
+                _native.Display.check_direction(self.direction)
+            else:
                 number_of(getattr(self, name), name)
         if self.size is not None:
             for length in pair_of(self.size, "size", "width and height"):
@@ -98,6 +101,7 @@ class Blend:
         bits = _bits_of(self.bits)
         if not bits or len(set(bits)) < len(bits) or not set(bits) <= {16, 8}:
             raise ArgumentError(f"bits: expected 16, 8 or both, found {self.bits}")
+        flag_of(self.alpha, "alpha")
         for name, level in _levels_of(self.black_level):
             if not 0 <= level < 100:
                 whose = f" of {name}" if name else ""
@@ -207,9 +211,16 @@ class PlayerWarp:
     error: "Optional[WarpError]"
 
 
+def _require_kind(kind, name):
+    kinds = _native.Display.input_kinds()
+    if text_of(kind, name) not in kinds:
+        raise ArgumentError(f"{name}: expected one of {', '.join(kinds)}, found {kind}")
+
+
 def input_of(value):
     """An Input or the name of its kind, for the native part."""
     if isinstance(value, str):
+        _require_kind(value, "input")
         value = Input(value)
     if not isinstance(value, Input):
         raise ArgumentTypeError(f"input: expected an Input or the name of one, found {type(value).__name__}")
@@ -255,7 +266,7 @@ def blend_of(value):
         raise ArgumentTypeError(f"blend: expected a Blend or None, found {type(value).__name__}")
     curve = value.gamma if isinstance(value.gamma, str) else repr(number_of(value.gamma, "gamma"))
     levels = [(name, level * 0.01) for name, level in _levels_of(value.black_level)]
-    return curve, sorted(_bits_of(value.bits), reverse=True), bool(value.alpha), levels
+    return curve, sorted(_bits_of(value.bits), reverse=True), flag_of(value.alpha, "alpha"), levels
 
 
 def nodes_of(value, may_be_pixels):
@@ -283,9 +294,9 @@ def error_of(value):
 
 def cut_of(wrap, kind):
     """Whether cells are cut at a seam."""
-    if wrap and kind not in ("equirectangular", "cube"):
+    if flag_of(wrap, "wrap") and kind not in ("equirectangular", "cube"):
         raise ArgumentError(f"wrap: the input {kind} has no seam, only equirectangular, cube")
-    return bool(wrap)
+    return wrap
 
 
 def _view(parts):

@@ -2,7 +2,7 @@
 
 from typing import TYPE_CHECKING, Optional
 
-from ._arguments import is_path, names_of, number_of, path_of, text_of
+from ._arguments import channels_of, flag_of, is_path, names_of, number_of, path_of, text_of
 from ._channel import Frustum, Orientation, ScreenArea
 from ._native import ArgumentError, ArgumentTypeError
 from ._records import record
@@ -10,6 +10,10 @@ from ._records import record
 if TYPE_CHECKING:
     import numpy as np
     import numpy.typing as npt
+
+
+# As the native part takes covariances.
+_LARGEST = 1e12
 
 
 @record
@@ -260,15 +264,15 @@ def plan_of(channels, solve, hold, robust, rejection, register, json, controls, 
     rejection = number_of(rejection, "rejection")
     if not rejection > 0:
         raise ArgumentError(f"rejection: expected a number of standard deviations above 0, found {rejection}")
-    return (names_of(channels or (), "channels"), None if solve is None else names_of(solve, "solve"),
-            names_of(hold, "hold"), bool(robust), rejection, register or "", bool(json))
+    return (channels_of(channels), None if solve is None else names_of(solve, "solve"), names_of(hold, "hold"),
+            flag_of(robust, "robust"), rejection, register or "", flag_of(json, "json"))
 
 
 def table_options_of(unit, origin, is_table):
     """Unit and origin of a table, for the native part."""
     if not is_table and (unit is not None or origin is not None):
         raise ArgumentError("unit, origin: arrays are in native units, and count from the bottom left corner")
-    if origin not in (None, "bottom-left", "top-left"):
+    if origin is not None and text_of(origin, "origin") not in ("bottom-left", "top-left"):
         raise ArgumentError(f"origin: expected bottom-left or top-left, found {origin!r}")
     return "" if unit is None else text_of(unit, "unit"), origin == "top-left"
 
@@ -303,9 +307,9 @@ def _require_covariances(part, name):
 
     try:
         matrices = np.asarray(part.covariances, dtype=float)
-    except (TypeError, ValueError):
+    except Exception:  # noqa: BLE001: an object may raise anything, and a warning may count as an error
         return
-    if matrices.shape[-2:] != (3, 3) or not np.isfinite(matrices).all():
+    if matrices.shape[-2:] != (3, 3) or not (np.abs(matrices) <= _LARGEST).all():
         return
     if not (np.linalg.eigvalsh(matrices) > 0).all() or not np.allclose(matrices, np.swapaxes(matrices, -1, -2), atol=0):
         raise ArgumentError(f"{name}.covariances: expected covariances, which are symmetric and positive definite")
@@ -366,7 +370,7 @@ def found_of(fit, force):
     """What a fit has found, for the native part."""
     if not isinstance(fit, Fit):
         raise ArgumentTypeError(f"fit: expected a Fit, found {type(fit).__name__}")
-    if fit.outcome == "unusable" and not force:
+    if not flag_of(force, "force") and fit.outcome == "unusable":
         raise ArgumentError("fit: it is unusable, see its text: measure what it names, or state force=True")
 
     def lens_of(lens):

@@ -1,20 +1,25 @@
 """The screen of a display: its description, and questions about its surface."""
 
-from ._arguments import pair_of
+from ._arguments import flag_of, pair_of
+from ._named import Named
 from ._records import Hits, Mesh, Places
 
 
-class Surface:
+class Surface(Named):
     """One surface of a display: what rays hit. World frame: +x right, +y forward, +z up; lengths in native units.
 
     It follows the display: after a change of the screen, the next call looks at the new surface.
     """
 
     __module__ = "screenmanager"
+    __slots__ = ("_display", "_part")
 
     def __init__(self, display, part):
         self._display = display
         self._part = part
+
+    def __reduce__(self):
+        return type(self), (self._display, self._part)
 
     @property
     def _native(self):
@@ -27,7 +32,7 @@ class Surface:
         """Casts rays; returns Hits, the nearest hit of each.
 
         origins: (..., 3), or (3,) for one origin of all rays. directions: the same shape, or (3,) for one direction of
-        all; of any length above zero. A ray of length zero hits nothing. World frame, native units.
+        all; of any length above zero. A ray of length zero hits nothing. World frame, native units; coordinates up to 1e60.
         """
         return Hits(*self._native.intersect(self._part, origins, directions))
 
@@ -38,7 +43,7 @@ class Surface:
         outside there is none, unless extrapolate is set and the surface has a continuation there. Raises Error when the
         surface has no parameters.
         """
-        return Places(*self._native.map_into_3d(self._part, st, bool(extrapolate)))
+        return Places(*self._native.map_into_3d(self._part, st, flag_of(extrapolate, "extrapolate")))
 
     def normals(self, points):
         """The unit normals of the surface at the places nearest to points; both (..., 3), world frame, native units.
@@ -102,9 +107,13 @@ class Screen(Surface):
     """
 
     __module__ = "screenmanager"
+    __slots__ = ()
 
     def __init__(self, display):
         super().__init__(display, "preferred")
+
+    def __reduce__(self):
+        return type(self), (self._display,)
 
     @property
     def content(self):
