@@ -116,7 +116,8 @@ TEST_F(ExportBlends, BlackLevelsAreOfAllChannelsOrOfOne) {
 // Every kind of display, mirrors included, at the size of its own pictures.
 TEST_F(ExportBlends, EveryExampleHasThem) {
     std::filesystem::create_directories(m_output);
-    for (const char* name : {"collimated", "cockpit", "warped-wall", "lens-cylinder", "mesh-rays", "closed-cylinder"}) {
+    for (const char* name : {"collimated", "cockpit", "warped-wall", "lens-cylinder", "mesh-rays", "closed-cylinder",
+                             "curved-wall", "cylinder", "dome", "planar-wall", "spherical-dome"}) {
         const ProgramRun run =
             exported(EXAMPLES + name + "/display.xml", {"--force", "--input", "equirectangular", "--blend-bits", "8"});
         ASSERT_EQ(run.exitCode, 0) << name << run.errors;
