@@ -128,7 +128,14 @@ TEST_F(ExportFaults, AProcessThatIsKilledEndsItWithOneMessage) {
         RunningProgram program(programFile(), slow(m_output, "2"));
         const std::set<pid_t> workers = workersOf(program, 2);
         ASSERT_EQ(workers.size(), 2U) << "it was faster than the test, or failed";
+        // The other one comes to no end by itself.
+        ASSERT_EQ(::kill(*workers.rbegin(), SIGSTOP), 0);
         ASSERT_EQ(::kill(*workers.begin(), signal), 0);
+        constexpr int MOST_WAITS = 30'000;
+        for (int i = 0; i < MOST_WAITS && program.isRunning(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ASSERT_FALSE(program.isRunning()) << "it waits for the others";
         const ProgramRun run = program.finish();
         EXPECT_EQ(run.exitCode, 5);
         EXPECT_THAT(run.errors, StartsWith("error: channel "));
