@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -230,12 +232,14 @@ void WarpBuilder::unwrap(WarpGrid& grid) const {
         return;
     }
     std::vector<bool> isDone(grid.nodes.size());
-    std::vector<std::size_t> group;
+    // Half as much memory as with larger numbers: it may come to hold every node.
+    static_assert(ChannelWarp::MOST_NODES <= std::numeric_limits<std::uint32_t>::max());
+    std::vector<std::uint32_t> group;
     for (std::size_t start = 0; start < grid.nodes.size(); ++start) {
         if (isDone[start] || !grid.nodes[start].isUsable()) {
             continue;
         }
-        group.assign(1, start);
+        group.assign(1, static_cast<std::uint32_t>(start));
         isDone[start] = true;
         double sum = 0;
         for (std::size_t i = 0; i < group.size(); ++i) {
@@ -245,7 +249,7 @@ void WarpBuilder::unwrap(WarpGrid& grid) const {
                 if (exists && !isDone[next] && grid.nodes[next].isUsable()) {
                     isDone[next] = true;
                     grid.nodes[next].content[0] = beside(grid.nodes[next].content[0], grid.nodes[node].content[0]);
-                    group.push_back(next);
+                    group.push_back(static_cast<std::uint32_t>(next));
                 }
             };
             reach(node % grid.columns() > 0, node - 1);

@@ -113,17 +113,6 @@ TEST_F(ExportBlends, BlackLevelsAreOfAllChannelsOrOfOne) {
                                       testing::DoubleEq(0.1)));
 }
 
-// Every kind of display, mirrors included, at the size of its own pictures.
-TEST_F(ExportBlends, EveryExampleHasThem) {
-    std::filesystem::create_directories(m_output);
-    for (const char* name : {"collimated", "cockpit", "warped-wall", "lens-cylinder", "mesh-rays", "closed-cylinder"}) {
-        const ProgramRun run =
-            exported(EXAMPLES + name + "/display.xml", {"--force", "--input", "equirectangular", "--blend-bits", "8"});
-        ASSERT_EQ(run.exitCode, 0) << name << run.errors;
-        EXPECT_THAT(filesOfFirst().front(), HasSubstr(".blend8.png"));
-    }
-}
-
 TEST_F(ExportBlends, BadOptionsAreRefused) {
     const std::string expected = " is not PERCENT or NAME=PERCENT: expected the light of black in per cent";
     for (const auto& [options, message] : std::vector<std::pair<std::vector<std::string>, std::string>>{

@@ -271,6 +271,22 @@ TEST_P(ExportOfExample, IsWholeAndSaysTheSameInEveryFile) {
     }
 }
 
+// Every kind of display has blends, mirrors included, whatever feeds it.
+TEST_P(ExportOfExample, IsFedByAPanoramaToo) {
+    const ProgramRun run = runScreenManager({"export", display(), "--output", m_output, "--quiet", "--input",
+                                             "equirectangular", "--nodes", "9x7", "--blend-bits", "8"});
+    ASSERT_EQ(run.exitCode, 0) << run.errors;
+    const Json manifest = Json::parse(m_folder.read("player/manifest.json"));
+    expectValid();
+    expectDescribed(manifest);
+    for (const Json& view : manifest["views"]) {
+        EXPECT_EQ(view["input"]["kind"], "equirectangular");
+        EXPECT_EQ(view["files"].size(), 2U);
+        EXPECT_EQ(GreyPngImage::read(fileOf(view, "blend", 8)).width, view["channel"]["pixels"][0].get<std::size_t>());
+        EXPECT_THAT(fileOf(view, "mesh"), testing::StartsWith("2\n9 7\n"));
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Examples, ExportOfExample, testing::ValuesIn(NAMES), [](const auto& example) {
     std::string name = example.param;
     std::replace(name.begin(), name.end(), '-', '_');

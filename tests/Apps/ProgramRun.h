@@ -38,6 +38,7 @@ public:
     /// False once it has ended.
     [[nodiscard]] bool isRunning() const;
     void send(int signal) const;
+    [[nodiscard]] pid_t process() const { return m_process; }
     /// Waits for its end.
     ProgramRun finish();
 

@@ -6,9 +6,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -56,5 +57,8 @@ std::string TemporaryFolder::read(const std::string& name) const {
     if (!in) {
         fail("read", source);
     }
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    // As a whole: exports have files of many megabytes.
+    std::ostringstream content;
+    content << in.rdbuf();
+    return std::move(content).str();
 }
