@@ -23,8 +23,8 @@ using Places = WarpRequest::Places;
 
 /// Cells that are compared with what belongs there: of small grids all of them.
 constexpr std::size_t MOST_COMPARED = 40'000;
-/// The same of each grid that is tried.
-constexpr std::size_t MOST_TRIED = 10'000;
+/// The same at first of grids that may keep the error with fewer nodes: many do not.
+constexpr std::size_t MOST_AT_FIRST = 10'000;
 /// Cells of which no corner is lit are looked into where there are no more than so many: those of larger grids are
 /// hardly larger than pixels.
 constexpr std::size_t MOST_LOOKED_INTO = 200'000;
@@ -135,7 +135,14 @@ WarpGrid WarpBuilder::gridOfNodes(const Point<int, 2>& nodes, const DisplayRepor
 
 WarpBuilder::Trial WarpBuilder::trialOf(const Point<int, 2>& cells, double enough) const {
     Trial trial{cells, gridOfNodes(cells + Point<int, 2>{1, 1}, {}), {}};
-    trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_TRIED, enough);
+    const bool isToBeKept = enough < std::numeric_limits<double>::max();
+    if (isToBeKept && trial.grid.cells() > MOST_AT_FIRST) {
+        trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_AT_FIRST, enough);
+        if (!isKept(trial.measured)) {
+            return trial;
+        }
+    }
+    trial.measured = m_meter.measure(trial.grid, m_request.error, MOST_COMPARED, enough);
     return trial;
 }
 
@@ -151,9 +158,6 @@ WarpBuilder::Trial WarpBuilder::search() const {
     Trial best = searchUpwards();
     if (isKept(best.measured)) {
         searchDownwards(best);
-    }
-    if (best.grid.cells() > MOST_TRIED) {
-        best.measured = m_meter.measure(best.grid, m_request.error, MOST_COMPARED);
     }
     if (m_request.progress) {
         const auto rows = static_cast<std::size_t>(best.cells[1]) + 1;

@@ -122,6 +122,12 @@ TEST_F(ChannelWarpTest, GoesOnOverTheSeamOrIsCutThere) {
     };
     EXPECT_GT(beyond(whole), 0);
     EXPECT_EQ(whole.brokenAtSeams(), 0U);
+    double sum = 0;
+    for (const WarpNode& node : whole.nodes()) {
+        sum += node.isUsable() ? node.content[0] : 0;
+    }
+    const double mean = sum / static_cast<double>(whole.nodes().size() - whole.count(State::UNMAPPED));
+    EXPECT_TRUE(mean >= 0 && mean < 1) << "most of it lies between 0 and 1: " << mean;
     std::size_t broken = 7;
     EXPECT_EQ(whole.gridNodes(broken).size(), whole.nodes().size());
     EXPECT_EQ(broken, 0U);

@@ -111,6 +111,56 @@ TEST_F(ContentInputTest, RefusesAChannelOfWhichNothingIsLit) {
                 HasSubstr("nothing of its picture arrives"));
 }
 
+/// The edge of the circle belongs to it, whatever rounding makes of a direction there.
+TEST_F(ContentInputTest, AFisheyeHoldsItsOwnEdge) {
+    loadWall();
+    const ChannelSight sight(config(), channels()[0]);
+    const P3 axis = P3{0.3, 0.5, 0.8} * (1 / norm(P3{0.3, 0.5, 0.8}));
+    const P3 right = cross(axis, P3{0.0, 0.0, 1.0}) * (1 / norm(cross(axis, P3{0.0, 0.0, 1.0})));
+    const P3 up = cross(right, axis);
+    int rounded = 0;
+    for (const double aperture : {180.0, 150.0, 121.0, 300.0}) {
+        const InputChoice fisheye{.kind = InputKind::FISHEYE, .direction = axis, .aperture = aperture * DEGREE};
+        const ContentInput input(config(), sight, fisheye);
+        const double edge = fisheye.aperture / 2;
+        for (int i = 0; i < 360; ++i) {
+            const double azimuth = (i + 0.3) * DEGREE;
+            const auto at = [&](double angle) {
+                return 4.7 * (std::sin(angle) * (std::cos(azimuth) * right + std::sin(azimuth) * up) +
+                              std::cos(angle) * axis);
+            };
+            const P3 direction = at(edge);
+            rounded +=
+                std::atan2(std::hypot(dot(direction, right), dot(direction, up)), dot(direction, axis)) > edge ? 1 : 0;
+            const auto place = input.placeOf(direction);
+            ASSERT_TRUE(place) << aperture << ' ' << i;
+            EXPECT_NEAR(std::hypot(place->at[0] - 0.5, place->at[1] - 0.5), 0.5, 1e-12);
+            EXPECT_TRUE(input.placeOf(at(edge - 1e-7)));
+            EXPECT_FALSE(input.placeOf(at(edge + 1e-7)));
+        }
+    }
+    EXPECT_GT(rounded, 100) << "directions that lie beyond the edge by rounding";
+}
+
+/// Behind the axis, pixels count around the middle by the sine of the angle, as the rim is all one direction at last;
+/// outwards, and before that, they count as they are.
+TEST_F(ContentInputTest, APixelAtTheRimOfAFullFisheyeCountsByWhatItShows) {
+    loadWall();
+    const ChannelSight sight(config(), channels()[0]);
+    const ContentInput input(config(), sight,
+                             {.kind = InputKind::FISHEYE, .aperture = 360 * DEGREE, .pixels = {3600, 3600}});
+    // Ten pixels are a degree.
+    for (const auto& [degrees, part] : {std::pair<double, double>{30, 1}, {90, 1}, {150, 0.5}, {180, 0}}) {
+        for (const double azimuth : {0.0, 40.0, 200.0}) {
+            const P2 outwards{std::cos(azimuth * DEGREE), std::sin(azimuth * DEGREE)};
+            const P2 around{-outwards[1], outwards[0]};
+            const P2 from = P2{0.5, 0.5} + degrees / 360 * outwards;
+            EXPECT_NEAR(input.distance(from, from + 2.0 / 3600 * outwards), 2, 1e-9);
+            EXPECT_NEAR(input.distance(from, from + 2.0 / 3600 * around), 2 * part, 1e-9) << degrees;
+        }
+    }
+}
+
 TEST_F(ContentInputTest, RefusesNumbersOutOfRange) {
     loadWall();
     const ChannelSight sight(config(), channels()[0]);

@@ -1,5 +1,6 @@
 #include "DisplayExport/ChannelWarp.h"
 
+#include "BelongingContent.h"
 #include "DisplayExport/ChannelSight.h"
 #include "DisplayExport/ContentInput.h"
 #include "DisplayReport/maps/ScreenMapper.h"
@@ -16,6 +17,8 @@
 namespace {
 
 using namespace Veltrani::DisplayExport;
+using belonging::choiceOf;
+using belonging::errorOf;
 using Veltrani::DisplayReport::ChannelChoice;
 using Veltrani::DisplayReport::ScreenMapper;
 using P2 = Point<double, 2>;
@@ -77,75 +80,6 @@ private:
     std::vector<WarpPiece> m_pieces;
     std::vector<std::vector<std::size_t>> m_buckets;
 };
-
-double lengthOf(double x, double y, double z) {
-    return std::sqrt(x * x + y * y + z * z);
-}
-
-/// How far the content that is shown is from the one that belongs to a direction, in pixels; by the formulas of each
-/// input in the world's own axes, and for a frustum through the matrices of a file.
-double errorOf(const ContentInput& input, const InputPlace& shown, const P3& point, const P3& direction) {
-    const double width = input.pixels()[0];
-    const double height = input.pixels()[1];
-    const double x = direction[0];
-    const double y = direction[1];
-    const double z = direction[2];
-    switch (input.kind()) {
-        case InputKind::FRUSTUM: {
-            const Matrix<double, 4> view = input.frustum()->viewMatrix({});
-            const Matrix<double, 4> projection = input.frustum()->projectionMatrix({});
-            const Point<double, 4> clip = projection * (view * Point<double, 4>{point[0], point[1], point[2], 1.0});
-            return std::hypot(((clip[0] / clip[3] + 1) / 2 - shown.at[0]) * width,
-                              ((clip[1] / clip[3] + 1) / 2 - shown.at[1]) * height);
-        }
-        case InputKind::FISHEYE: {
-            // About +z or -z, with +y at the top; right is -x to a viewer who looks up, +x to one who looks down.
-            const double side = (*input.choice().direction)[2] > 0 ? -1 : 1;
-            const double aperture = input.choice().aperture;
-            const double angle = std::acos(std::clamp(-side * z / lengthOf(x, y, z), -1.0, 1.0));
-            if (angle <= PI / 2) {
-                const double part = angle / aperture / std::max(std::hypot(x, y), 1e-300);
-                return std::hypot((0.5 + side * part * x - shown.at[0]) * width,
-                                  (0.5 + part * y - shown.at[1]) * height);
-            }
-            // Behind it, by the angle between what belongs there and what is shown.
-            const P2 aside = shown.at - P2{0.5, 0.5};
-            const double away = aperture * norm(aside);
-            const double part = std::sin(away) / norm(aside);
-            const P3 seen{side * part * aside[0], part * aside[1], -side * std::cos(away)};
-            const P3 belongs = direction * (1 / lengthOf(x, y, z));
-            return 2 * std::asin(norm(seen - belongs) / 2) / aperture * width;
-        }
-        case InputKind::EQUIRECTANGULAR: {
-            const double elevation = std::asin(std::clamp(z / lengthOf(x, y, z), -1.0, 1.0));
-            const double across = std::remainder(std::atan2(x, y) / (2 * PI) + 0.5 - shown.at[0], 1.0);
-            return std::hypot(across * width * std::cos(elevation), (elevation / PI + 0.5 - shown.at[1]) * height);
-        }
-        case InputKind::CUBE: {
-            // A place a little beyond the edge of the face that is shown is one of that face.
-            const std::array<P3, 6> seen{P3{-y, x, z},  P3{y, -x, z}, P3{x, y, z},
-                                         P3{-x, -y, z}, P3{x, z, -y}, P3{x, -z, y}};
-            const P3& on = seen[shown.face];
-            return std::hypot((on[0] / on[1] / 2 + 0.5 - shown.at[0]) * width,
-                              (on[2] / on[1] / 2 + 0.5 - shown.at[1]) * height);
-        }
-        case InputKind::LAYOUT:
-        case InputKind::SCREEN:
-            break;
-    }
-    return 1e9;
-}
-
-InputChoice choiceOf(InputKind kind, double up = 1) {
-    InputChoice choice;
-    choice.kind = kind;
-    if (kind == InputKind::FISHEYE) {
-        choice.direction = P3{0.0, 0.0, up};
-        choice.aperture = 2 * PI;
-        choice.pixels = {4096, 4096};
-    }
-    return choice;
-}
 
 struct Case {
     std::string display;
