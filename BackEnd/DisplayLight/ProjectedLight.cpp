@@ -65,13 +65,57 @@ std::vector<std::uint16_t> readGrey(const ExportedDisplay& display, const Export
     return codes;
 }
 
-/// The light of every code value of 16 bits.
-std::vector<float> tableOf(const BlendCurve& curve, double residual) {
-    std::vector<float> table(WHITE + std::size_t{1});
-    for (std::size_t code = 0; code < table.size(); ++code) {
-        table[code] = static_cast<float>(residual + (1 - residual) * curve.lightOf(static_cast<double>(code) / WHITE));
+/// The mean of two by two pixels each.
+/// @param pixelAt light of a pixel by its number
+template <class PixelAt>
+std::vector<Light> halved(std::size_t width, std::size_t height, const PixelAt& pixelAt) {
+    // Where a side is odd, its last pixel counts twice: what is cut off is not seen, and sizes stay whole.
+    std::vector<Light> smaller;
+    smaller.reserve(((width + 1) / 2) * ((height + 1) / 2));
+    for (std::size_t row = 0; row < height; row += 2) {
+        const std::size_t above = row * width;
+        const std::size_t below = std::min(row + 1, height - 1) * width;
+        for (std::size_t left = 0; left < width; left += 2) {
+            const std::size_t right = std::min(left + 1, width - 1);
+            const Light aboveLeft = pixelAt(above + left);
+            const Light aboveRight = pixelAt(above + right);
+            const Light belowLeft = pixelAt(below + left);
+            const Light belowRight = pixelAt(below + right);
+            Light& mean = smaller.emplace_back();
+            for (std::size_t part = 0; part < mean.size(); ++part) {
+                mean[part] = 0.25F * ((aboveLeft[part] + aboveRight[part]) + (belowLeft[part] + belowRight[part]));
+            }
+        }
     }
-    return table;
+    return smaller;
+}
+
+/// Between the middles of the four nearest pixels.
+/// @param pixelAt light of a pixel by its number
+template <class PixelAt>
+Light between(const Point<double, 2>& picture, std::size_t width, std::size_t height, const PixelAt& pixelAt) {
+    constexpr double MIDDLE = 0.5;
+    const double right =
+        std::clamp(picture[0] * static_cast<double>(width) - MIDDLE, 0.0, static_cast<double>(width - 1));
+    const double down =
+        std::clamp((1 - picture[1]) * static_cast<double>(height) - MIDDLE, 0.0, static_cast<double>(height - 1));
+    const auto column = static_cast<std::size_t>(right);
+    const auto row = static_cast<std::size_t>(down);
+    const auto across = static_cast<float>(right - static_cast<double>(column));
+    const auto along = static_cast<float>(down - static_cast<double>(row));
+    const std::size_t next = std::min(column + 1, width - 1);
+    const std::size_t lower = std::min(row + 1, height - 1);
+    const Light aboveLeft = pixelAt(row * width + column);
+    const Light aboveRight = pixelAt(row * width + next);
+    const Light belowLeft = pixelAt(lower * width + column);
+    const Light belowRight = pixelAt(lower * width + next);
+    Light light;
+    for (std::size_t part = 0; part < light.size(); ++part) {
+        const float above = aboveLeft[part] + across * (aboveRight[part] - aboveLeft[part]);
+        const float below = belowLeft[part] + across * (belowRight[part] - belowLeft[part]);
+        light[part] = above + along * (below - above);
+    }
+    return light;
 }
 
 }  // namespace
@@ -104,77 +148,57 @@ PlayedPictures PlayedPictures::read(const ExportedDisplay& display, const Export
     return pictures;
 }
 
-ProjectedLight::ProjectedLight(const PlayedPictures& pictures, const BlendCurve& curve, double residual) {
-    const std::vector<float> lightOf = tableOf(curve, residual);
-    const std::vector<float> weightOf = tableOf(curve, 0);
-    Level sharp{pictures.width, pictures.height, std::vector<Light>(pictures.width * pictures.height)};
-    for (std::size_t i = 0; i < sharp.pixels.size(); ++i) {
-        const unsigned int factor = pictures.factor.empty() ? WHITE : pictures.factor[i];
-        const unsigned int lift = pictures.lift.empty() ? 0U : pictures.lift[i];
-        for (std::size_t part = 0; part < COLOURS; ++part) {
-            const unsigned int code = (pictures.content[COLOURS * i + part] * factor + WHITE_8 / 2) / WHITE_8 + lift;
-            sharp.pixels[i][part] = lightOf[std::min<unsigned int>(code, WHITE)];
-        }
-        sharp.pixels[i][COLOURS] = weightOf[factor];
+ProjectedLight::ProjectedLight(PlayedPictures pictures, const BlendCurve& curve, double residual)
+    : m_pictures(std::move(pictures)) {
+    for (std::size_t code = 0; code <= WHITE; ++code) {
+        const double light = curve.lightOf(static_cast<double>(code) / WHITE);
+        m_weightOf.push_back(static_cast<float>(light));
+        m_lightOf.push_back(static_cast<float>(residual + (1 - residual) * light));
     }
-    m_levels.push_back(std::move(sharp));
-    while (std::min(m_levels.back().width, m_levels.back().height) > 1) {
-        m_levels.push_back(m_levels.back().half());
+    std::size_t wide = width();
+    std::size_t high = height();
+    while (std::min(wide, high) > 1) {
+        std::vector<Light> means =
+            m_levels.empty()
+                ? halved(wide, high, [this](std::size_t pixel) { return lightOf(pixel); })
+                : halved(wide, high, [&finer = m_levels.back().pixels](std::size_t i) { return finer[i]; });
+        wide = (wide + 1) / 2;
+        high = (high + 1) / 2;
+        m_levels.push_back({wide, high, std::move(means)});
     }
 }
 
-ProjectedLight::Level ProjectedLight::Level::half() const {
-    // Where a side is odd, its last pixel counts twice: what is cut off is not seen, and sizes stay whole.
-    Level smaller{(width + 1) / 2, (height + 1) / 2, {}};
-    smaller.pixels.resize(smaller.width * smaller.height);
-    for (std::size_t row = 0; row < smaller.height; ++row) {
-        const Light* const above = &pixels[2 * row * width];
-        const Light* const below = &pixels[std::min(2 * row + 1, height - 1) * width];
-        for (std::size_t column = 0; column < smaller.width; ++column) {
-            const std::size_t left = 2 * column;
-            const std::size_t right = std::min(left + 1, width - 1);
-            Light& mean = smaller.pixels[row * smaller.width + column];
-            for (std::size_t part = 0; part < mean.size(); ++part) {
-                mean[part] =
-                    0.25F * ((above[left][part] + above[right][part]) + (below[left][part] + below[right][part]));
-            }
-        }
-    }
-    return smaller;
-}
-
-Light ProjectedLight::Level::at(const Point<double, 2>& picture) const {
-    constexpr double MIDDLE = 0.5;
-    const double right =
-        std::clamp(picture[0] * static_cast<double>(width) - MIDDLE, 0.0, static_cast<double>(width - 1));
-    const double down =
-        std::clamp((1 - picture[1]) * static_cast<double>(height) - MIDDLE, 0.0, static_cast<double>(height - 1));
-    const auto column = static_cast<std::size_t>(right);
-    const auto row = static_cast<std::size_t>(down);
-    const auto across = static_cast<float>(right - static_cast<double>(column));
-    const auto along = static_cast<float>(down - static_cast<double>(row));
-    const std::size_t next = std::min(column + 1, width - 1);
-    const Light* const upper = &pixels[row * width];
-    const Light* const lower = &pixels[std::min(row + 1, height - 1) * width];
+Light ProjectedLight::lightOf(std::size_t pixel) const {
+    const unsigned int factor = m_pictures.factor.empty() ? WHITE : m_pictures.factor[pixel];
+    const unsigned int lift = m_pictures.lift.empty() ? 0U : m_pictures.lift[pixel];
     Light light;
-    for (std::size_t part = 0; part < light.size(); ++part) {
-        const float above = upper[column][part] + across * (upper[next][part] - upper[column][part]);
-        const float below = lower[column][part] + across * (lower[next][part] - lower[column][part]);
-        light[part] = above + along * (below - above);
+    for (std::size_t part = 0; part < COLOURS; ++part) {
+        const unsigned int content = m_pictures.content[COLOURS * pixel + part];
+        const unsigned int code = (content * factor + WHITE_8 / 2) / WHITE_8 + lift;
+        light[part] = m_lightOf[std::min<unsigned int>(code, WHITE)];
     }
+    light[COLOURS] = m_weightOf[factor];
     return light;
+}
+
+Light ProjectedLight::atLevel(std::size_t level, const Point<double, 2>& picture) const {
+    if (level == 0) {
+        return between(picture, width(), height(), [this](std::size_t pixel) { return lightOf(pixel); });
+    }
+    const Level& means = m_levels[level - 1];
+    return between(picture, means.width, means.height, [&means](std::size_t i) { return means.pixels[i]; });
 }
 
 Light ProjectedLight::at(const Point<double, 2>& picture, double footprint) const {
     if (!(footprint > 1)) {
-        return m_levels.front().at(picture);
+        return atLevel(0, picture);
     }
-    const double level = std::min(std::log2(footprint), static_cast<double>(m_levels.size() - 1));
+    const double level = std::min(std::log2(footprint), static_cast<double>(m_levels.size()));
     const auto finer = static_cast<std::size_t>(level);
-    const std::size_t coarser = std::min(finer + 1, m_levels.size() - 1);
+    const std::size_t coarser = std::min(finer + 1, m_levels.size());
     const auto part = static_cast<float>(level - static_cast<double>(finer));
-    Light light = m_levels[finer].at(picture);
-    const Light other = m_levels[coarser].at(picture);
+    Light light = atLevel(finer, picture);
+    const Light other = atLevel(coarser, picture);
     for (std::size_t i = 0; i < light.size(); ++i) {
         light[i] += part * (other[i] - light[i]);
     }

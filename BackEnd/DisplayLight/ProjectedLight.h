@@ -27,16 +27,19 @@ struct PlayedPictures {
 };
 
 /// The light of each pixel of a projector, as a part of its white.
+///
+/// Pixels are kept as code values, and made light when they are looked at: as light a picture would take four times the
+/// memory, which costs more time than the few looks at a pixel. Only the means of many of them are kept as light.
 class ProjectedLight {
 public:
     /// Red, green, blue, and the weight of the channel: the light that white would have.
     using Light = std::array<float, 4>;
 
     /// @param residual light that it shows for black
-    ProjectedLight(const PlayedPictures& pictures, const DisplayBlend::BlendCurve& curve, double residual);
+    ProjectedLight(PlayedPictures pictures, const DisplayBlend::BlendCurve& curve, double residual);
 
-    [[nodiscard]] std::size_t width() const { return m_levels.front().width; }
-    [[nodiscard]] std::size_t height() const { return m_levels.front().height; }
+    [[nodiscard]] std::size_t width() const { return m_pictures.width; }
+    [[nodiscard]] std::size_t height() const { return m_pictures.height; }
 
     /// Between the middles of the four nearest pixels, linearly both ways; beyond the outermost middles as there.
     /// @param picture (0, 0) the bottom left corner and (1, 1) the top right one
@@ -44,17 +47,22 @@ public:
     [[nodiscard]] Light at(const Point<double, 2>& picture, double footprint = 0) const;
 
 private:
-    /// Row by row from the top.
+    /// Means of pixels, row by row from the top.
     struct Level {
         std::size_t width = 0;
         std::size_t height = 0;
         std::vector<Light> pixels;
-
-        [[nodiscard]] Light at(const Point<double, 2>& picture) const;
-        [[nodiscard]] Level half() const;
     };
 
-    std::vector<Level> m_levels;  ///< each of half the size of the one before
+    /// Of a pixel, row by row from the top.
+    [[nodiscard]] Light lightOf(std::size_t pixel) const;
+    /// @param level 0 for the pixels, else one of the means of twice as many each way
+    [[nodiscard]] Light atLevel(std::size_t level, const Point<double, 2>& picture) const;
+
+    PlayedPictures m_pictures;
+    std::vector<float> m_lightOf;   ///< of each code value of 16 bits, the residual light included
+    std::vector<float> m_weightOf;  ///< the same without it
+    std::vector<Level> m_levels;    ///< each of half the size of the one before; the first one of half the picture
 };
 
 }  // namespace Veltrani::DisplayLight

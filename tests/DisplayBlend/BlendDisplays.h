@@ -63,6 +63,16 @@ protected:
                                            " bottom=" + text(-halfHeight) + " top=" + text(halfHeight) + "/>");
     }
 
+    /// The same projectors with pictures of another size.
+    static std::string sized(std::string projectors, int width, int height) {
+        const std::string usual = "width='1920' height='1200'";
+        const std::string wanted = "width='" + std::to_string(width) + "' height='" + std::to_string(height) + '\'';
+        for (std::size_t at = 0; (at = projectors.find(usual, at)) != std::string::npos; at += wanted.size()) {
+            projectors.replace(at, usual.size(), wanted);
+        }
+        return projectors;
+    }
+
     [[nodiscard]] std::vector<BlendPicture> weights() const {
         const DisplayBlender blender(*m_config);
         std::vector<BlendPicture> all;
