@@ -126,8 +126,11 @@ py::tuple intersect(DisplayState& display, const std::string& part, py::handle o
     const Rows along(directions, "directions", 3);
     const Shape shape = shapeOfBoth(from, along);
     Hits hits(shape);
-    inEntry(&display,
-            [&] { cast(*surfaceOf(display, part), from, along, std::max(from.count(), along.count()), hits); });
+    inEntry(&display, [&] {
+        // None at all, too, where one of them serves all.
+        const std::size_t count = isOneForAll(from) ? along.count() : from.count();
+        cast(*surfaceOf(display, part), from, along, count, hits);
+    });
     return py::make_tuple(hits.points.array(), hits.normals.array(), hits.distances.array(), hits.sides.array(),
                           hits.hit.array());
 }

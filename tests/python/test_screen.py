@@ -191,3 +191,12 @@ def test_the_cloud_of_the_model_is_that_of_its_file():
 
 def test_a_display_without_a_cloud_has_none():
     assert screenmanager.Display.load(example("dome")).screen.cloud() is None
+
+
+@pytest.mark.parametrize(("origins", "directions", "shape"), [
+    ((0, 0, 1), np.zeros((0, 3)), (0,)), (np.zeros((0, 3)), (0, 1, 0), (0,)), (np.zeros((0, 3)), np.zeros((0, 3)), (0,)),
+    ((0, 0, 1), np.zeros((4, 0, 3)), (4, 0)), (np.zeros((0, 4, 3)), (0, 1, 0), (0, 4))])
+@pytest.mark.parametrize("name", ["dome", "mesh-rays", "planar-wall"])
+def test_no_rays_hit_nothing(name, origins, directions, shape):
+    hits = screenmanager.Display.load(example(name)).screen.intersect(origins, directions)
+    assert hits.points.shape == (*shape, 3) and hits.hit.shape == hits.distances.shape == shape

@@ -57,6 +57,15 @@ def flag_of(value, name):
     raise ArgumentTypeError(f"{name}: expected True or False, found {type(value).__name__}")
 
 
+def display_of(value):
+    """A Display."""
+    from ._display import Display
+
+    if not isinstance(value, Display):
+        raise ArgumentTypeError(f"display: expected a Display, found {type(value).__name__}")
+    return value
+
+
 def channels_of(value):
     """Names or ids; an empty list stands for all of them."""
     if value is None:

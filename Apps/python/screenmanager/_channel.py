@@ -2,7 +2,7 @@
 
 from typing import NamedTuple
 
-from ._arguments import count_of, flag_of, pair_of, text_of
+from ._arguments import count_of, display_of, flag_of, pair_of, text_of
 from ._named import Named
 from ._native import ArgumentError
 from ._records import Outline, PicturePlaces, Places
@@ -84,8 +84,8 @@ class Channel(Named):
     __slots__ = ("_display", "_id")
 
     def __init__(self, display, id):
-        self._display = display
-        self._id = id
+        self._display = display_of(display)
+        self._id = text_of(id, "id")
 
     def __reduce__(self):
         return type(self), (self._display, self._id)

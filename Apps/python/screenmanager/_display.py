@@ -4,7 +4,7 @@ import os
 import warnings
 
 from . import _native
-from ._arguments import (channels_of, count_of, flag_of, names_of, path_of, text_of, whole_path_of, with_file,
+from ._arguments import (channels_of, count_of, display_of, flag_of, names_of, path_of, text_of, whole_path_of, with_file,
                          working_folder)
 from ._channel import Channel
 from ._export import Blend, blend_of, convention_of, cut_of, error_of, input_of, nodes_of
@@ -27,7 +27,7 @@ class TargetData(Named):
     __slots__ = ("_display",)
 
     def __init__(self, display):
-        self._display = display
+        self._display = display_of(display)
 
     def __reduce__(self):
         return type(self), (self._display,)
@@ -144,7 +144,7 @@ class Display(Named):
         """Reads the text of a configuration. name stands for the path in messages; the files that the text names are
         looked for in the folder of it, which counts from the working folder as it is now."""
         content = text if isinstance(text, bytes) else text_of(text, "text")
-        whole = os.path.join(working_folder("name"), b"") if name == "" else whole_path_of(name, "name")
+        whole = whole_path_of(name, "name") or os.path.join(working_folder("name"), b"")
         try:
             native = _native.Display.parse(content, whole)
         except _native.Error as fault:

@@ -244,9 +244,13 @@ def convention_of(value):
 
 def _bits_of(value):
     """A tuple of whole numbers."""
-    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
+    try:
+        bits = None if isinstance(value, (str, bytes)) else tuple(value)
+    except TypeError:
+        bits = None
+    if bits is None:
         raise ArgumentTypeError(f"bits: expected a tuple of 16 and 8, found {type(value).__name__}")
-    return tuple(count_of(bits, "bits") for bits in value)
+    return tuple(count_of(one, "bits") for one in bits)
 
 
 def _levels_of(value):

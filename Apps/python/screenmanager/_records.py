@@ -3,6 +3,8 @@
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Optional
 
+from ._arguments import count_of
+
 if TYPE_CHECKING:
     import numpy as np
 
@@ -178,7 +180,7 @@ class Coverage:
         """The part of the screen, 0 to 1, that is lit by so many channels and more."""
         if self.screen_area <= 0:
             return 0.0
-        return sum(self.area_by_count[max(channels, 0):]) / self.screen_area
+        return sum(self.area_by_count[max(count_of(channels, "channels"), 0):]) / self.screen_area
 
 
 @record

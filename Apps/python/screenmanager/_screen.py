@@ -1,8 +1,13 @@
 """The screen of a display: its description, and questions about its surface."""
 
-from ._arguments import flag_of, pair_of
+from ._arguments import display_of, flag_of, pair_of, text_of
 from ._named import Named
+from ._native import ArgumentError
 from ._records import Hits, Mesh, Places
+
+
+# As the native part knows them.
+_PARTS = ("preferred", "content", "measured")
 
 
 class Surface(Named):
@@ -15,8 +20,10 @@ class Surface(Named):
     __slots__ = ("_display", "_part")
 
     def __init__(self, display, part):
-        self._display = display
-        self._part = part
+        self._display = display_of(display)
+        self._part = text_of(part, "part")
+        if part not in _PARTS:
+            raise ArgumentError(f"part: expected one of {', '.join(_PARTS)}, found {part}")
 
     def __reduce__(self):
         return type(self), (self._display, self._part)
