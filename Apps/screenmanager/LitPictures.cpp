@@ -8,6 +8,7 @@
 #include "DisplayFile.h"
 #include "DisplayLight/LightSum.h"
 #include "DisplayLight/LitReport.h"
+#include "DisplayReport/scene/DisplayScene.h"
 #include "FailureReport.h"
 #include "OutputFormats.h"
 #include "ProgressMeter.h"
@@ -15,6 +16,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -22,6 +24,7 @@ using Veltrani::DisplayLight::LightRequest;
 using Veltrani::DisplayLight::LightSum;
 using Veltrani::DisplayLight::LitPicture;
 using Veltrani::DisplayLight::LitReport;
+using Veltrani::DisplayReport::Progress;
 using Veltrani::DisplayReport::ReportHead;
 using Veltrani::DisplayReport::SourceFile;
 using Veltrani::ExportFiles::ExportedDisplay;
@@ -32,6 +35,9 @@ constexpr const char* LIT_ERROR = "--lit-error";
 std::string formatOfErrors(const std::string& file) {
     return OutputFormats{{"png", "text", "json"}}.chosen({}, file, LIT_ERROR);
 }
+
+/// Of each side of a page's surface: pictures that every browser takes, in a page of some megabytes.
+constexpr std::size_t MOST_PLACES = 1'000'000;
 
 /// The work of one run.
 struct LitWork {
@@ -87,23 +93,36 @@ std::unique_ptr<const ExportedDisplay> readExport(const std::string& folder) {
 }
 
 /// Null when the light cannot be added up; reported then.
-std::unique_ptr<const LitPicture> addUp(const LitWork& work, const ExportedDisplay& exported,
-                                        const ColumnsByRows& size) {
-    ProgressMeter meter(work.isTalkative(), "adding up the light, channel");
+/// @param sum receives what adds up, and what counts the channels
+template <class Sum>
+auto addUp(XMLConfigFile& config, const ExportedDisplay& exported, bool isTalkative, const Sum& sum) {
+    using Result = decltype(sum(std::declval<const LightSum&>(), Progress()));
+    ProgressMeter meter(isTalkative, "adding up the light, channel");
     // The library logs every ray that it bends by a table: a million lines.
-    const ConsoleLog::ErrorsOnly quieter(work.isTalkative());
+    const ConsoleLog::ErrorsOnly quieter(isTalkative);
     try {
+        return std::make_unique<const Result>(sum(LightSum(config, exported), meter.callback()));
+    } catch (const VeltraniExceptionBase&) {
+        meter.end();
+        reportFailure(LIT, std::current_exception());
+        return std::unique_ptr<const Result>();
+    }
+}
+
+std::unique_ptr<const LitPicture> addUpPicture(const LitWork& work, const ExportedDisplay& exported,
+                                               const ColumnsByRows& size) {
+    return addUp(work.config, exported, work.isTalkative(), [&](const LightSum& sum, const Progress& progress) {
         LightRequest request;
         request.width = static_cast<std::size_t>(size.columns);
         request.height = static_cast<std::size_t>(size.rows);
         request.hasErrors = !work.options.errors.empty();
-        request.progress = meter.callback();
-        return std::make_unique<const LitPicture>(LightSum(work.config, exported).picture(request));
-    } catch (const VeltraniExceptionBase&) {
-        meter.end();
-        reportFailure(LIT, std::current_exception());
-        return nullptr;
-    }
+        request.progress = progress;
+        return sum.picture(request);
+    });
+}
+
+std::string changedText(const std::string& file) {
+    return file + " has changed since the export: its geometry is the one of now";
 }
 
 /// Whether the configuration is another one than that which the export was made from.
@@ -135,10 +154,13 @@ bool writeErrors(const LitWork& work, const LitPicture& picture, const std::vect
 
 }  // namespace
 
+Option addLitOption(OptionList& line, LitOptions& options, const char* help) {
+    return line.add(LIT, options.folder, help).typeName("FOLDER");
+}
+
 Option addLitOptions(OptionList& line, LitOptions& options) {
     const Option lit =
-        line.add(LIT, options.folder, "Show the light of an export instead, from the eye point: its folder")
-            .typeName("FOLDER");
+        addLitOption(line, options, "Show the light of an export instead, from the eye point: its folder");
     line.add(LIT_ERROR, options.errors,
              "File for how far the light is off: a map (.png), figures (.txt, .json); may be given several times")
         .oneValueEach()
@@ -182,13 +204,13 @@ int writeLitPicture(XMLConfigFile& config, const std::string& file, const LitOpt
     if (!DisplayFile::buildScreen(config, file, verbosity)) {
         return EXIT_INPUT;
     }
-    const auto picture = addUp(work, *exported, size);
+    const auto picture = addUpPicture(work, *exported, size);
     if (!picture) {
         return EXIT_INPUT;
     }
     if (work.isTalkative()) {
         if (isOther) {
-            Console::say("note: " + file + " has changed since the export: its geometry is the one of now");
+            Console::say("note: " + changedText(file));
         }
         for (const std::string& note : picture->notes) {
             Console::say("note: " + note);
@@ -199,4 +221,34 @@ int writeLitPicture(XMLConfigFile& config, const std::string& file, const LitOpt
         return EXIT_OUTPUT;
     }
     return EXIT_ALL_RIGHT;
+}
+
+LitScene::LitScene(const LitOptions& options, const std::string& output, XMLConfigFile& config, std::string file,
+                   Verbosity verbosity)
+    : m_config(config), m_file(std::move(file)), m_verbosity(verbosity), m_exported(readExport(options.folder)) {
+    if (!m_exported) {
+        m_code = EXIT_INPUT;
+    } else if (isMisused({config, m_file, options, output, verbosity}, *m_exported)) {
+        m_code = EXIT_USAGE;
+    } else {
+        m_isChanged = isChanged(ReportHead::sourcesOf(m_file), *m_exported);
+    }
+}
+
+LitScene::~LitScene() = default;
+
+bool LitScene::addTo(Veltrani::DisplayReport::DisplayScene& scene) const {
+    const bool isTalkative = m_verbosity != Verbosity::QUIET;
+    const auto surface = addUp(m_config, *m_exported, isTalkative, [](const LightSum& sum, const Progress& progress) {
+        return sum.surface(MOST_PLACES, progress);
+    });
+    if (!surface) {
+        return false;
+    }
+    if (m_isChanged) {
+        scene.notes.push_back(changedText(m_file));
+    }
+    scene.notes.insert(scene.notes.end(), surface->notes.begin(), surface->notes.end());
+    scene.light = surface->scene(scene.unit);
+    return true;
 }

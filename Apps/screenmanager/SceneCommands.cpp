@@ -39,6 +39,7 @@ struct Options : CommandOptions {
     std::string report;            ///< of a fit, whose residuals are drawn; empty for none
     std::optional<double> factor;  ///< times which they are drawn; empty: chosen by their lengths
     TargetPlan plan;
+    LitOptions lit;
 };
 
 struct PictureOptions : Options {
@@ -47,7 +48,6 @@ struct PictureOptions : Options {
     ColumnsByRows size{1600, 1000};  ///< of the picture, pixels
     bool axes = false;               ///< whether what the numbers of the file are measured from is drawn
     std::string channel;             ///< name or id of the one whose axes or residuals are drawn; empty for all
-    LitOptions lit;
 };
 
 /// Null when the configuration cannot be read or the output would replace a file of it, which has been reported then;
@@ -108,11 +108,19 @@ void addLight(DisplayScene& scene, const XMLConfigFile& config, const Options& o
     SceneLighter(triangles, progress.callback()).addTo(scene, config);
 }
 
-/// Builds the screen, places the targets and collects everything, with progress on a terminal. What cannot be loaded is
-/// missing in the scene, whose notes state it; they are shown on standard error too, unless quiet.
+void sayNotes(const DisplayScene& scene, const Options& options) {
+    if (options.isTalkative()) {
+        for (const std::string& note : scene.notes) {
+            Console::say("note: " + note);
+        }
+    }
+}
+
+/// Places the targets and collects everything, with progress on a terminal.
+/// @param faults of the screen, which has been built
 DisplayScene collectScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits,
-                          std::size_t trianglesOfLight, const std::optional<DisplayResiduals>& residuals) {
-    const std::vector<Fault> faults = DisplayFile::loadScreen(config, options.verbosity);
+                          std::size_t trianglesOfLight, const std::optional<DisplayResiduals>& residuals,
+                          const std::vector<Fault>& faults) {
     ProgressMeter progress(options.isTalkative(), "placing targets, channel");
     const TargetSurvey survey = TargetPlacer(options.plan, progress.callback()).place(config);
     DisplayScene scene = SceneCollector(limits).collect(options.file, config, survey, faults);
@@ -121,11 +129,39 @@ DisplayScene collectScene(XMLConfigFile& config, const Options& options, const S
     if (residuals) {
         ResidualCollector(options.factor).addTo(scene, *residuals);
     }
-    if (options.isTalkative()) {
-        for (const std::string& note : scene.notes) {
-            Console::say("note: " + note);
-        }
+    return scene;
+}
+
+/// Builds the screen before that. What cannot be loaded is missing in the scene, whose notes state it; they are shown
+/// on standard error too, unless quiet.
+DisplayScene loadScene(XMLConfigFile& config, const Options& options, const SceneCollector::Limits& limits,
+                       std::size_t trianglesOfLight, const std::optional<DisplayResiduals>& residuals) {
+    const std::vector<Fault> faults = DisplayFile::loadScreen(config, options.verbosity);
+    DisplayScene scene = collectScene(config, options, limits, trianglesOfLight, residuals, faults);
+    sayNotes(scene, options);
+    return scene;
+}
+
+/// The scene with the light of an export. Empty when that cannot be shown, which has been reported then; `code` says
+/// why.
+std::optional<DisplayScene> loadLitScene(XMLConfigFile& config, const Options& options,
+                                         const SceneCollector::Limits& limits,
+                                         const std::optional<DisplayResiduals>& residuals, ExitCode& code) {
+    const LitScene lit(options.lit, options.output, config, options.file, options.verbosity);
+    code = lit.code();
+    if (code != EXIT_ALL_RIGHT) {
+        return std::nullopt;
     }
+    code = EXIT_INPUT;
+    if (!DisplayFile::buildScreen(config, options.file, options.verbosity)) {
+        return std::nullopt;
+    }
+    DisplayScene scene = collectScene(config, options, limits, limits.triangles, residuals, {});
+    if (!lit.addTo(scene)) {
+        return std::nullopt;
+    }
+    code = EXIT_ALL_RIGHT;
+    sayNotes(scene, options);
     return scene;
 }
 
@@ -145,11 +181,16 @@ int runView(const Options& options) {
     const SceneCollector::Limits limits;
     // Not more than of the screen: without a graphics processor a page that is turned draws each of them for each
     // frame.
-    const DisplayScene scene = collectScene(*config, options, limits, limits.triangles, residuals);
-    if (!ResultFile::write(options.output, [&](std::ostream& out) { ScenePage::write(scene, out); })) {
+    const std::optional<DisplayScene> scene = options.lit.isWanted()
+                                                  ? loadLitScene(*config, options, limits, residuals, fault)
+                                                  : loadScene(*config, options, limits, limits.triangles, residuals);
+    if (!scene) {
+        return fault;
+    }
+    if (!ResultFile::write(options.output, [&](std::ostream& out) { ScenePage::write(*scene, out); })) {
         return EXIT_OUTPUT;
     }
-    return scene.complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
+    return scene->complete ? EXIT_ALL_RIGHT : EXIT_INCOMPLETE;
 }
 
 Command::Run addView(OptionList& line) {
@@ -158,6 +199,7 @@ Command::Run addView(OptionList& line) {
     addOutput(line, options->output, "Page to write instead of standard output (HTML)");
     addResidualOptions(line, *options);
     addPlan(line, options->plan);
+    addLitOption(line, options->lit, "Show the light of an export on the screen, and how far it is off: its folder");
     line.whenComplete([&said = *options] { static_cast<void>(OutputFormats{{"html"}}.chosen({}, said.output)); });
     return Command::with(options, runView);
 }
@@ -206,7 +248,7 @@ int runPicture(const PictureOptions& options) {
     }
     const auto writer = DrawingWriter::ofFormat(options.format);
     const SceneCollector::Limits limits = writer->limits();
-    DisplayScene scene = collectScene(*config, options, limits, 2 * limits.triangles, residuals);
+    DisplayScene scene = loadScene(*config, options, limits, 2 * limits.triangles, residuals);
     if (options.axes) {
         MarkCollector(*config, channel ? channel->projector : nullptr).addTo(scene);
     }

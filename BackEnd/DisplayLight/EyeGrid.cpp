@@ -5,7 +5,10 @@
 namespace Veltrani::DisplayLight {
 
 EyeGrid EyeGrid::of(const EyeView& view, const EyePlaces& eye) {
-    EyeGrid grid{view, std::vector<EyePlace>(view.width() * view.height())};
+    EyeGrid grid;
+    grid.view = view;
+    grid.width = view.width();
+    grid.places.resize(view.width() * view.height());
     std::vector<Point<double, 3>> directions(view.width());
     for (std::size_t row = 0; row < view.height(); ++row) {
         for (std::size_t column = 0; column < view.width(); ++column) {

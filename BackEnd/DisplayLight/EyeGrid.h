@@ -2,16 +2,16 @@
 
 #include "DisplayLight/EyePlaces.h"
 #include "DisplayLight/EyeView.h"
+#include "DisplayLight/PlaceGrid.h"
 
 #include <cstddef>
-#include <vector>
 
 namespace Veltrani::DisplayLight {
 
 /// A picture of an eye with the places of the screen that the middles of its pixels show.
-struct EyeGrid {
+/// Its rows begin at the bottom: width x height of the view.
+struct EyeGrid : PlaceGrid {
     EyeView view;
-    std::vector<EyePlace> places;  ///< row by row from the bottom: width x height of the view
 
     /// Where the middle of a pixel lies in the picture of the eye.
     [[nodiscard]] static Point<double, 2> middleOf(std::size_t column, std::size_t row) {

@@ -93,7 +93,7 @@ public:
         found.assign(m_grid.places.size(), FoundPlace());
         refine();
         for (const Guess& guess : m_guesses) {
-            found[guess.number] = {guess.picture, true};
+            found[guess.number] = {guess.picture, 0, true};
         }
     }
 

@@ -22,6 +22,9 @@ using ExportFiles::ExportedDisplay;
 
 /// The coarse picture that shows which side is seen is that much smaller.
 constexpr std::size_t COARSER = 8;
+/// Of a picture of the eye, where none is to be drawn.
+constexpr std::size_t USUAL_WIDTH = 1600;
+constexpr std::size_t USUAL_HEIGHT = 1000;
 
 [[noreturn]] void refuseExport(const ExportedDisplay& exported, const std::string& what) {
     throw VeltraniException(fromUtf8OrBytes(exported.manifestPath() + ": " + what));
@@ -117,18 +120,30 @@ SeenSide sideOf(const std::vector<LitChannel>& channels, const EyePlaces& eye,
     return !isLitFrom(SeenSide::LIT) && isLitFrom(SeenSide::BEHIND) ? SeenSide::BEHIND : SeenSide::LIT;
 }
 
-void addNotes(const std::vector<LitChannel>& channels, SeenSide side, LitPicture& picture) {
+/// The places whose light arrives from that side; false when there are none.
+bool keepSide(const std::vector<FoundPlace>& found, int side, std::vector<FoundPlace>& kept) {
+    const auto isOf = [side](const FoundPlace& place) { return place.isLit && place.side == side; };
+    if (std::none_of(found.begin(), found.end(), isOf)) {
+        return false;
+    }
+    kept.resize(found.size());
+    std::transform(found.begin(), found.end(), kept.begin(),
+                   [&isOf](const FoundPlace& place) { return isOf(place) ? place : FoundPlace(); });
+    return true;
+}
+
+void addNotes(const std::vector<LitChannel>& channels, SeenSide side, LitDisplay& display) {
     const auto hasBlend = [](const LitChannel& channel) { return channel.view().blend.has_value(); };
     if (std::none_of(channels.begin(), channels.end(), hasBlend)) {
-        picture.notes.emplace_back("the export has no blends: where pictures overlap their light adds up as it is");
+        display.notes.emplace_back("the export has no blends: where pictures overlap their light adds up as it is");
     }
     if (side == SeenSide::BEHIND) {
-        picture.notes.emplace_back(
+        display.notes.emplace_back(
             "the eye sees the screen from behind, where no channel reaches: it counts as one for rear projection");
     }
     if (!channels.empty() && channels.front().view().input.kind == DisplayExport::InputKind::FRUSTUM &&
         channels.size() > 1) {
-        picture.notes.emplace_back(
+        display.notes.emplace_back(
             "the input is a frustum: each channel shows the whole content, and overlaps show two pictures; export "
             "with another --input for one picture");
     }
@@ -141,46 +156,91 @@ LightSum::LightSum(const XMLConfigManager& config, ExportedDisplay exported)
 
 LightSum::~LightSum() = default;
 
-LitPicture LightSum::picture(const LightRequest& request) const {
-    const Parts& parts = *m_parts;
-    std::vector<LitChannel> channels;
-    std::vector<Point<double, 3>> directions;
-    LitPicture picture;
-    for (std::size_t i = 0; i < parts.channels.size(); ++i) {
-        const LitChannel& channel =
-            channels.emplace_back(parts.config, parts.channels[i], *parts.views[i], parts.surface);
-        directions.insert(directions.end(), channel.directions().begin(), channel.directions().end());
-        if (channel.pixel() > picture.coarsestPixel) {
-            picture.coarsestPixel = channel.pixel();
-            picture.coarsest = parts.channels[i].describe();
+/// The channels of a display, lit.
+struct LightSum::Lamps {
+    /// @param display receives what is known of it
+    Lamps(const Parts& parts, LitDisplay& display) {
+        for (std::size_t i = 0; i < parts.channels.size(); ++i) {
+            const LitChannel& channel =
+                channels.emplace_back(parts.config, parts.channels[i], *parts.views[i], parts.surface);
+            directions.insert(directions.end(), channel.directions().begin(), channel.directions().end());
+            if (channel.pixel() > display.coarsestPixel) {
+                display.coarsestPixel = channel.pixel();
+                display.coarsest = parts.channels[i].describe();
+            }
         }
+        if (directions.empty()) {
+            refuseExport(parts.exported, "nothing of the display is lit: see screenmanager check");
+        }
+        display.curve = parts.views.front()->blend.value_or(ExportFiles::ExportedBlend()).curve;
     }
-    if (directions.empty()) {
-        refuseExport(parts.exported, "nothing of the display is lit: see screenmanager check");
+
+    [[nodiscard]] EyeView view(std::size_t width, std::size_t height) const {
+        return EyeView::around(channels.front().sight().eye(), directions, width, height);
     }
-    const auto& eyePoint = channels.front().sight().eye();
-    const EyePlaces eye(parts.config, parts.channels.front(), parts.surface, eyePoint);
-    picture.view = EyeView::around(eyePoint, directions, request.width, request.height);
-    picture.curve = parts.views.front()->blend.value_or(ExportFiles::ExportedBlend()).curve;
-    const SeenSide side = sideOf(channels, eye, directions, picture.view);
-    addNotes(channels, side, picture);
+    [[nodiscard]] EyePlaces eye(const Parts& parts) const {
+        return {parts.config, parts.channels.front(), parts.surface, channels.front().sight().eye()};
+    }
+
+    std::vector<LitChannel> channels;
+    std::vector<Point<double, 3>> directions;  ///< from the eye, of what they light
+};
+
+LitPicture LightSum::picture(const LightRequest& request) const {
+    LitPicture picture;
+    Lamps lamps(*m_parts, picture);
+    const EyePlaces eye = lamps.eye(*m_parts);
+    picture.view = lamps.view(request.width, request.height);
+    const SeenSide side = sideOf(lamps.channels, eye, lamps.directions, picture.view);
+    addNotes(lamps.channels, side, picture);
     const EyeGrid grid = EyeGrid::of(picture.view, eye);
     picture.places.resize(grid.places.size());
     for (std::size_t i = 0; i < grid.places.size(); ++i) {
         picture.places[i].isOnScreen = grid.places[i].isSeen;
     }
     std::vector<FoundPlace> found;
-    for (std::size_t i = 0; i < channels.size(); ++i) {
-        channels[i].finder().find(grid, side, found);
-        channels[i].addLight(parts.exported, grid, found, request.isSharp, picture.places);
+    for (std::size_t i = 0; i < lamps.channels.size(); ++i) {
+        LitChannel& channel = lamps.channels[i];
+        channel.finder().find(grid, side, found);
+        channel.addLight(m_parts->exported, grid, found, request.isSharp, picture.places);
         if (request.hasErrors) {
-            channels[i].compare(parts.exported, grid, found, picture.coarsestPixel, picture.places);
+            channel.compare(m_parts->exported, grid, found, picture.coarsestPixel, picture.places);
         }
         if (request.progress) {
-            request.progress(i + 1, channels.size());
+            request.progress(i + 1, lamps.channels.size());
         }
     }
     return picture;
+}
+
+LitSurface LightSum::surface(std::size_t mostPlaces, const DisplayReport::Progress& progress) const {
+    LitSurface surface;
+    Lamps lamps(*m_parts, surface);
+    const SeenSide side =
+        sideOf(lamps.channels, lamps.eye(*m_parts), lamps.directions, lamps.view(USUAL_WIDTH, USUAL_HEIGHT));
+    addNotes(lamps.channels, side, surface);
+    surface.chart = SurfaceChart::of(m_parts->surface, mostPlaces);
+    const PlaceGrid& grid = surface.chart.grid;
+    std::vector<FoundPlace> found;
+    std::vector<FoundPlace> ofSide;
+    for (std::size_t i = 0; i < lamps.channels.size(); ++i) {
+        LitChannel& channel = lamps.channels[i];
+        channel.finderForPlaces(!grid.parameters.empty())->findPlaces(grid, side, found);
+        for (const int arriving : {-1, 0, 1}) {
+            if (!keepSide(found, arriving, ofSide)) {
+                continue;
+            }
+            const int seen = side == SeenSide::LIT ? arriving : -arriving;
+            const std::span<LitPlace> places = surface.side(seen);
+            channel.addLight(m_parts->exported, grid, ofSide, false, places);
+            channel.compare(m_parts->exported, grid, ofSide, surface.coarsestPixel, places);
+        }
+        if (progress) {
+            progress(i + 1, lamps.channels.size());
+        }
+    }
+    surface.mergeSides();
+    return surface;
 }
 
 }  // namespace Veltrani::DisplayLight

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DisplayLight/LitPicture.h"
+#include "DisplayLight/LitSurface.h"
 #include "DisplayReport/basics/Progress.h"
 #include "ExportFiles/ExportedDisplay.h"
 
@@ -38,8 +39,15 @@ public:
     /// Throws what reading the files throws, and `VeltraniException` when the eye sees nothing of what is lit.
     [[nodiscard]] LitPicture picture(const LightRequest& request) const;
 
+    /// The light of the whole surface, wherever it is seen from; the eye determines only whether the screen is one for
+    /// rear projection. The light of a display with a mirror is that on the screen behind it. Errors are always
+    /// calculated. Throws as `picture`.
+    /// @param mostPlaces of each side of the surface
+    [[nodiscard]] LitSurface surface(std::size_t mostPlaces, const DisplayReport::Progress& progress = {}) const;
+
 private:
     struct Parts;
+    struct Lamps;
     std::unique_ptr<const Parts> m_parts;
 };
 

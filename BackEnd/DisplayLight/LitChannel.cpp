@@ -24,19 +24,21 @@ using P3 = Point<double, 3>;
 /// Of the lattice over a picture.
 constexpr std::size_t COLUMNS = 65;
 constexpr std::size_t ROWS = 41;
-/// Pixels from one pixel of the eye to the next: farther apart they belong to two parts of the screen.
+/// Pixels from one place to the next: farther apart they belong to two parts of the screen.
 constexpr double LONGEST_STEP = 64;
 /// Light that a channel has at least where its content is compared.
 constexpr float LEAST_WEIGHT = 0.01F;
 /// Of a face of a cube: what a player interpolates reaches that far over its edge.
 constexpr double BEYOND_FACE = 0.01;
 
-/// How many pixels of the projector a pixel of the eye covers, from one side to the other.
-double footprintOf(std::span<const FoundPlace> found, std::size_t i, std::size_t width, const Point<int, 2>& pixels) {
+/// How many pixels of the projector a place covers, from one side to the other.
+double footprintOf(std::span<const FoundPlace> found, std::size_t i, const PlaceGrid& grid,
+                   const Point<int, 2>& pixels) {
+    const std::size_t width = grid.width;
     const auto step = [&](std::size_t other) {
         const P2 way = found[other].picture - found[i].picture;
         const P2 inPixels{way[0] * pixels[0], way[1] * pixels[1]};
-        const bool isNear = found[other].isLit && norm(inPixels) <= LONGEST_STEP;
+        const bool isNear = found[other].isLit && grid.isOnePart(i, other) && norm(inPixels) <= LONGEST_STEP;
         return isNear ? std::optional(inPixels) : std::nullopt;
     };
     const std::size_t column = i % width;
@@ -85,6 +87,7 @@ LitChannel::LitChannel(const XMLConfigManager& config, const DisplayReport::Chan
                        const ExportedChannelView& view, const std::shared_ptr<const ScreenGeometry>& surface)
     : m_config(&config),
       m_view(&view),
+      m_surface(surface),
       m_sight(std::make_unique<DisplayExport::ChannelSight>(config, channel,
                                                             view.isInMirror ? std::nullopt : std::optional(view.eye))),
       m_finder(PictureFinder::of(config, *m_sight, surface)) {
@@ -118,7 +121,7 @@ void LitChannel::measure() {
     m_pixel = cells > 0 ? std::sqrt(area / static_cast<double>(cells) / pixelsOfCell) : 0;
 }
 
-void LitChannel::addLight(const ExportedDisplay& exported, const EyeGrid& grid, std::span<const FoundPlace> found,
+void LitChannel::addLight(const ExportedDisplay& exported, const PlaceGrid& grid, std::span<const FoundPlace> found,
                           bool isSharp, std::span<LitPlace> places) {
     const auto blend = m_view->blend.value_or(ExportFiles::ExportedBlend());
     const ProjectedLight light(PlayedPictures::read(exported, *m_view), blend.curve, blend.residual);
@@ -127,7 +130,7 @@ void LitChannel::addLight(const ExportedDisplay& exported, const EyeGrid& grid, 
         if (!found[i].isLit) {
             continue;
         }
-        const double footprint = isSharp ? 0 : footprintOf(found, i, grid.view.width(), m_view->pixels);
+        const double footprint = isSharp ? 0 : footprintOf(found, i, grid, m_view->pixels);
         const ProjectedLight::Light one = light.at(found[i].picture, footprint);
         for (std::size_t part = 0; part < places[i].light.size(); ++part) {
             places[i].light[part] += one[part];
@@ -138,7 +141,7 @@ void LitChannel::addLight(const ExportedDisplay& exported, const EyeGrid& grid, 
     }
 }
 
-void LitChannel::compare(const ExportedDisplay& exported, const EyeGrid& grid, std::span<const FoundPlace> found,
+void LitChannel::compare(const ExportedDisplay& exported, const PlaceGrid& grid, std::span<const FoundPlace> found,
                          double coarsest, std::span<LitPlace> places) const {
     const auto warp = PlayerWarp::read(exported, *m_view);
     if (!warp) {
@@ -146,17 +149,17 @@ void LitChannel::compare(const ExportedDisplay& exported, const EyeGrid& grid, s
     }
     const ContentInput input(*m_config, *m_sight, m_view->input, m_view->frustum);
     const double scale = coarsest > 0 ? m_pixel / coarsest : 1;
-    for (std::size_t first = 0; first < found.size(); first += grid.view.width()) {
+    for (std::size_t first = 0; first < found.size(); first += grid.width) {
         compareRow(*warp, input, grid, found, first, scale, places);
     }
 }
 
-void LitChannel::compareRow(const PlayerWarp& warp, const ContentInput& input, const EyeGrid& grid,
+void LitChannel::compareRow(const PlayerWarp& warp, const ContentInput& input, const PlaceGrid& grid,
                             std::span<const FoundPlace> found, std::size_t first, double scale,
                             std::span<LitPlace> places) const {
     std::vector<std::size_t> numbers;
     std::vector<P2> pictures;
-    for (std::size_t i = first; i < first + grid.view.width(); ++i) {
+    for (std::size_t i = first; i < first + grid.width; ++i) {
         if (found[i].isLit && m_weights[i] >= LEAST_WEIGHT) {
             numbers.push_back(i);
             pictures.push_back(found[i].picture);

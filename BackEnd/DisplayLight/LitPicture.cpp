@@ -7,8 +7,8 @@ namespace Veltrani::DisplayLight {
 
 namespace {
 
-using Colour = std::array<unsigned char, 3>;
 using DisplayReport::PngPicture;
+using LitColours::Colour;
 
 constexpr std::size_t PARTS = 3;
 constexpr double WHITE = 255;
@@ -36,23 +36,6 @@ Colour balance(double part) {
     return {codeOf(rest + std::max(part, 0.0)), codeOf(rest), codeOf(rest + std::max(-part, 0.0))};
 }
 
-Colour shiftColour(const LitPlace& place) {
-    if (!place.isOnScreen) {
-        return NO_SCREEN;
-    }
-    if (place.channels == 0) {
-        return NOT_LIT;
-    }
-    return place.lacksContent ? heat(1) : heat(std::max(place.shift, 0.0F));
-}
-
-Colour lightColour(const LitPlace& place) {
-    if (!place.isOnScreen) {
-        return NO_SCREEN;
-    }
-    return place.channels == 0 ? NOT_LIT : balance((place.weight - 1) / UNEVEN);
-}
-
 void paint(PngPicture& picture, std::size_t column, std::size_t down, const Colour& colour) {
     std::copy(colour.begin(), colour.end(),
               picture.colours.begin() + static_cast<std::ptrdiff_t>(PARTS * (down * picture.width + column)));
@@ -64,7 +47,32 @@ PngPicture emptyPicture(std::size_t width, std::size_t height) {
 
 }  // namespace
 
-LitFigures LitPicture::figures() const {
+Colour LitColours::shown(const LitPlace& place, const DisplayBlend::BlendCurve& curve) {
+    Colour colour = NO_SCREEN;
+    for (std::size_t part = 0; part < PARTS && place.isOnScreen; ++part) {
+        colour[part] = codeOf(curve.codeOf(place.light[part]));
+    }
+    return colour;
+}
+
+Colour LitColours::shift(const LitPlace& place) {
+    if (!place.isOnScreen) {
+        return NO_SCREEN;
+    }
+    if (place.channels == 0) {
+        return NOT_LIT;
+    }
+    return place.lacksContent ? heat(1) : heat(std::max(place.shift, 0.0F));
+}
+
+Colour LitColours::unevenness(const LitPlace& place) {
+    if (!place.isOnScreen) {
+        return NO_SCREEN;
+    }
+    return place.channels == 0 ? NOT_LIT : balance((place.weight - 1) / UNEVEN);
+}
+
+LitFigures LitFigures::of(std::span<const LitPlace> places) {
     LitFigures figures;
     for (const LitPlace& place : places) {
         if (place.channels == 0) {
@@ -95,11 +103,7 @@ PngPicture LitPicture::shown() const {
     for (std::size_t row = 0; row < picture.height; ++row) {
         for (std::size_t column = 0; column < picture.width; ++column) {
             const LitPlace& place = places[row * picture.width + column];
-            Colour colour = NO_SCREEN;
-            for (std::size_t part = 0; part < PARTS && place.isOnScreen; ++part) {
-                colour[part] = codeOf(curve.codeOf(place.light[part]));
-            }
-            paint(picture, column, picture.height - 1 - row, colour);
+            paint(picture, column, picture.height - 1 - row, LitColours::shown(place, curve));
         }
     }
     return picture;
@@ -111,8 +115,8 @@ PngPicture LitPicture::errors() const {
     for (std::size_t row = 0; row < picture.height; ++row) {
         for (std::size_t column = 0; column < width; ++column) {
             const LitPlace& place = places[row * width + column];
-            paint(picture, column, picture.height - 1 - row, shiftColour(place));
-            paint(picture, width + column, picture.height - 1 - row, lightColour(place));
+            paint(picture, column, picture.height - 1 - row, LitColours::shift(place));
+            paint(picture, width + column, picture.height - 1 - row, LitColours::unevenness(place));
         }
     }
     return picture;

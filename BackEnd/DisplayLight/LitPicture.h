@@ -8,12 +8,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace Veltrani::DisplayLight {
 
-/// What one place of a picture of an eye shows of the light of all channels.
+/// What one place shows of the light of all channels.
 struct LitPlace {
     std::array<float, 3> light{};  ///< red, green, blue; 1 is the white of one projector
     float weight = 0;              ///< sum of the weights of all channels
@@ -25,7 +26,7 @@ struct LitPlace {
     bool lacksContent = false;  ///< a channel lights it and its warp shows nothing there
 };
 
-/// Numbers of a whole picture.
+/// Numbers of many places.
 struct LitFigures {
     std::size_t lit = 0;       ///< places that a channel lights
     std::size_t unlit = 0;     ///< places on the screen that none does
@@ -38,18 +39,35 @@ struct LitFigures {
     double leastLight = 0;      ///< smallest sum of weights, minus one; 0 where all are above
     double meanUnevenness = 0;  ///< mean of the size of the sum minus one
     std::size_t tooBright = 0;  ///< places that show more than white
+
+    [[nodiscard]] static LitFigures of(std::span<const LitPlace> places);
 };
 
-/// What an eye sees of a display that shows an export.
-struct LitPicture {
-    EyeView view;
-    std::vector<LitPlace> places;  ///< row by row from the bottom
+/// The colours that places are drawn in.
+namespace LitColours {
+using Colour = std::array<unsigned char, 3>;
+/// In the tone of the screen; dark grey where none is.
+[[nodiscard]] Colour shown(const LitPlace& place, const DisplayBlend::BlendCurve& curve);
+/// How far the content is off.
+[[nodiscard]] Colour shift(const LitPlace& place);
+/// How uneven the light is.
+[[nodiscard]] Colour unevenness(const LitPlace& place);
+}  // namespace LitColours
+
+/// What is known of a display that shows an export, wherever its light is looked at.
+struct LitDisplay {
     DisplayBlend::BlendCurve curve = DisplayBlend::BlendCurve::ofGamma(DisplayBlend::BlendCurve::USUAL_GAMMA);
     std::string coarsest;            ///< the projector with the largest pixels, in words
     double coarsestPixel = 0;        ///< width of its pixel on the screen, native units
     std::vector<std::string> notes;  ///< UTF-8, for people
+};
 
-    [[nodiscard]] LitFigures figures() const;
+/// What an eye sees of a display that shows an export.
+struct LitPicture : LitDisplay {
+    EyeView view;
+    std::vector<LitPlace> places;  ///< row by row from the bottom
+
+    [[nodiscard]] LitFigures figures() const { return LitFigures::of(places); }
     /// In the tone of the screen; dark grey where none is.
     [[nodiscard]] DisplayReport::PngPicture shown() const;
     /// Two pictures beside each other: how far the content is off, and how uneven the light is.

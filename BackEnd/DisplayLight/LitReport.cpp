@@ -38,24 +38,28 @@ std::string jsonOfPlace(const Point<double, 3>& point) {
 LitReport::LitReport(const LitPicture& picture, std::string unit)
     : m_picture(picture), m_figures(picture.figures()), m_unit(std::move(unit)) {}
 
-void LitReport::writeText(std::ostream& out) const {
-    const LitFigures& all = m_figures;
+std::vector<std::string> LitReport::linesOf(const LitFigures& all, const LitDisplay& display, const std::string& unit) {
     const auto count = [](std::size_t number, const char* what) { return std::to_string(number) + ' ' + what; };
-    out << "places: " << count(all.lit, "lit, ") << count(all.unlit, "on the screen not lit\n");
-    if (all.compared > 0) {
-        out << "content: off by " << significantText(all.largestShift) << " pixels at most, "
-            << significantText(all.meanShift) << " in the mean, at " << count(all.compared, "places; ")
-            << count(all.shifted, "by more than one; ") << count(all.withoutContent, "without content\n");
-    } else {
-        out << "content: not compared\n";
-    }
+    std::vector<std::string> lines{"places: " + count(all.lit, "lit, ") + count(all.unlit, "on the screen not lit")};
+    lines.push_back(all.compared == 0
+                        ? "content: not compared"
+                        : "content: off by " + significantText(all.largestShift) + " pixels at most, " +
+                              significantText(all.meanShift) + " in the mean, at " + count(all.compared, "places; ") +
+                              count(all.shifted, "by more than one; ") + count(all.withoutContent, "without content"));
     constexpr double PER_CENT = 100;
-    out << "light: up to " << significantText(PER_CENT * all.mostLight) << " % too much and "
-        << significantText(PER_CENT * std::abs(all.leastLight)) << " % too little, "
-        << significantText(PER_CENT * all.meanUnevenness) << " % in the mean; "
-        << count(all.tooBright, "places beyond white\n");
-    out << "coarsest: " << onOneLine(m_picture.coarsest) << ", a pixel is " << significantText(m_picture.coarsestPixel)
-        << (m_unit.empty() ? "" : " ") << onOneLine(m_unit) << " wide\n";
+    lines.push_back("light: up to " + significantText(PER_CENT * all.mostLight) + " % too much and " +
+                    significantText(PER_CENT * std::abs(all.leastLight)) + " % too little, " +
+                    significantText(PER_CENT * all.meanUnevenness) + " % in the mean; " +
+                    count(all.tooBright, "places beyond white"));
+    lines.push_back("coarsest: " + onOneLine(display.coarsest) + ", a pixel is " +
+                    significantText(display.coarsestPixel) + (unit.empty() ? "" : " ") + onOneLine(unit) + " wide");
+    return lines;
+}
+
+void LitReport::writeText(std::ostream& out) const {
+    for (const std::string& line : linesOf(m_figures, m_picture, m_unit)) {
+        out << line << '\n';
+    }
     for (const std::string& note : m_picture.notes) {
         out << "note: " << onOneLine(note) << '\n';
     }

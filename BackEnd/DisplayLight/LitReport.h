@@ -15,6 +15,10 @@ public:
     /// @param unit name of the native unit; empty where it is not known
     LitReport(const LitPicture& picture, std::string unit);
 
+    /// The figures of places in words, a sentence each without a line end.
+    [[nodiscard]] static std::vector<std::string> linesOf(const LitFigures& all, const LitDisplay& display,
+                                                          const std::string& unit);
+
     /// For people.
     void writeText(std::ostream& out) const;
     /// For programs; the schema is docs/schemas/light.schema.json.

@@ -4,6 +4,7 @@
 #include "DisplayLight/EyeGrid.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -19,6 +20,7 @@ namespace Veltrani::DisplayLight {
 /// A place that one channel lights.
 struct FoundPlace {
     Point<double, 2> picture;  ///< in the picture of the channel, (0, 0) bottom left; zero without `isLit`
+    std::int8_t side = 0;      ///< that the light arrives from, as `SurfaceHit::side`; 0 where it is not known
     bool isLit = false;
 };
 

@@ -182,8 +182,75 @@ protected:
         expectSeenFrom({"coverage", file, "-o", same, "--ply", same});
         expectSeenFrom({"coverage", file, "-o", file});
     }
-    void view() { onEveryDisplay("view", {}, false); }
-    void picture() { onEveryDisplay("picture", {"--size", "200x200"}, false); }
+    void view() {
+        onEveryDisplay("view", {}, false);
+        lit("view", {});
+    }
+    void picture() {
+        onEveryDisplay("picture", {"--size", "200x200"}, false);
+        lit("picture", {"--size", "200x200", "--lit-error", m_folder.file(HOSTILE + "errors.txt")});
+    }
+    /// The folder of an export, under every name and with every manifest that is faulty or of another display.
+    void lit(const std::string& command, const std::vector<std::string>& options) {
+        const std::string file = write(display(projector(AREA)));
+        const std::string content = m_folder.file("content.png");
+        EXPECT_EQ(runScreenManager({"picture", file, "-q", "--size", "200x200", "-o", content}).exitCode, 0);
+        const std::string player = m_folder.file(HOSTILE_FILE + command + "player");
+        EXPECT_EQ(runScreenManager(
+                      {"export", file, "-q", "-o", player, "--input", "screen", "--nodes", "3x3", "--content", content})
+                      .exitCode,
+                  0);
+        const std::string manifest = player + "/manifest.json";
+        std::ifstream in(manifest);
+        const nlohmann::json good = nlohmann::json::parse(in);
+        const auto run = [&](const nlohmann::json& document, const std::string& display) {
+            std::ofstream(manifest) << document.dump();
+            for (const char* loudness : {"--verbose", "--quiet"}) {
+                std::vector<std::string> arguments{command,
+                                                   display,
+                                                   loudness,
+                                                   "--lit",
+                                                   player,
+                                                   "-o",
+                                                   m_folder.file(command == "view" ? "lit.html" : "lit.png")};
+                arguments.insert(arguments.end(), options.begin(), options.end());
+                const ProgramRun shown = expectSeenFrom(arguments);
+                if (document == good && display == file) {
+                    EXPECT_EQ(shown.exitCode, 0) << shown.errors;
+                }
+            }
+        };
+        run(good, file);
+        if (command == "view") {
+            // In a page names are text of its data, which spells everything out.
+            const std::string page = m_folder.read("lit.html");
+            const std::string data = page.substr(page.find("id=\"scene\">") + 11);
+            expectSeen(data.substr(0, data.find("</script>")), command);
+            EXPECT_EQ(data.find('<'), data.find("</script>"));
+        } else {
+            expectSeen(m_folder.read(HOSTILE + "errors.txt"), command);
+        }
+        run(good, write(display(projector(AREA, "Other"))));
+        const auto changed = [&](const std::function<void(nlohmann::json&)>& change) {
+            nlohmann::json document = good;
+            change(document);
+            run(document, file);
+        };
+        const std::string text = HOSTILE + "\x1b[2J<b>";
+        changed([&](auto& document) { document["schema"] = text; });
+        changed([&](auto& document) { document[text] = text; });
+        changed([&](auto& document) { document["views"][0]["channel"]["name"] = text; });
+        changed([&](auto& document) { document["views"][0]["channel"]["projector"] = text; });
+        changed([&](auto& document) { document["views"][0]["input"]["kind"] = text; });
+        for (std::size_t i = 0; i < good["views"][0]["files"].size(); ++i) {
+            changed([&](auto& document) { document["views"][0]["files"][i]["name"] = text; });
+            changed([&](auto& document) { document["views"][0]["files"][i]["kind"] = text; });
+            changed([&](auto& document) { document["views"][0]["files"][i]["sha256"] = text; });
+        }
+        std::vector<std::string> missing{command, file, "--lit", m_folder.file(HOSTILE_NAME + "none")};
+        missing.insert(missing.end(), {"-o", m_folder.file(command == "view" ? "lit.html" : "lit.png")});
+        expectSeenFrom(missing);
+    }
     /// A table for the channels of the displays, and tables that are faulty.
     void fit() {
         std::string rows;

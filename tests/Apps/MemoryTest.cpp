@@ -297,6 +297,24 @@ TEST_F(Memory, IsMissedInWordsWhicheverAllocationFails) {
     }
 }
 
+TEST_F(Memory, IsMissedInWordsWhileTheLightOfAnExportIsAddedUp) {
+    const std::string file = m_folder.write("display.xml", display("", projector("P0", "") + projector("P1", "")));
+    const std::string content = m_folder.file("content.png");
+    ASSERT_EQ(runScreenManager({"picture", file, "-q", "--size", "200x200", "-o", content}).exitCode, ALL_RIGHT);
+    const std::string player = m_folder.file("player");
+    ASSERT_EQ(runScreenManager(
+                  {"export", file, "-q", "-o", player, "--input", "screen", "--nodes", "5x5", "--content", content})
+                  .exitCode,
+              ALL_RIGHT);
+    const Way picture{{"picture", file, "--lit", player, "-o", m_folder.file("o.png")}, "o.png"};
+    const Way view{{"view", file, "--lit", player, "-o", m_folder.file("o.html")}, "o.html"};
+    constexpr long PLACES = 12;
+    for (const Way& way : {picture, view}) {
+        EXPECT_GT(expectDecency(way), 0) << way.arguments[0];
+        EXPECT_GE(expectDecencyWherever(way, "", PLACES), PLACES) << way.arguments[0];
+    }
+}
+
 TEST_F(Memory, IsNotTakenForADigestThatIsMissing) {
     const std::string file = m_folder.write("display.xml", display("", projector("P0", "") + projector("P1", "")));
     constexpr long PLACES = 5;

@@ -5,6 +5,7 @@
 #include "DisplayReport/basics/Extent.h"
 #include "DisplayReport/scene/ChannelFrustum.h"
 #include "DisplayReport/scene/PictureLattice.h"
+#include "DisplayReport/scene/SceneLight.h"
 #include "DisplayReport/scene/SceneMarks.h"
 #include "DisplayReport/scene/SceneResiduals.h"
 #include "DisplayReport/scene/SceneSurface.h"
@@ -82,6 +83,7 @@ struct DisplayScene {
     std::optional<SceneMirror> mirror;
     std::vector<SceneMark> marks;            ///< of the drawing of axes; empty where none is wanted
     std::optional<ResidualScale> residuals;  ///< how those of the channels are drawn; empty where none are
+    std::optional<SceneLight> light;         ///< added up on the last one of the surfaces; pages alone show it
     std::vector<std::string> notes;          ///< what is wrong, missing or left out, one sentence each
     bool complete = true;                    ///< false when something is wrong or missing
 

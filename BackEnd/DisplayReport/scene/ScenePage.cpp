@@ -15,8 +15,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <map>
 #include <ostream>
+#include <span>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Veltrani::DisplayReport {
@@ -160,6 +164,30 @@ Json jsonOf(const SceneShading& shading, const std::vector<std::string>& names, 
             {"byChannel", legendJson(shading, ShadeBy::CHANNEL, names)}};
 }
 
+/// The file of a picture, as a page can hold it.
+std::string fileText(const PngPicture& picture) {
+    std::ostringstream file;
+    picture.write(file);
+    return base64(std::as_bytes(std::span(file.view())));
+}
+
+Json jsonOf(const SceneLight& light, const Normal& normal) {
+    std::vector<float> coordinates;
+    for (const Point<double, 2>& place : light.coordinates) {
+        coordinates.insert(coordinates.end(), {static_cast<float>(place[0]), static_cast<float>(place[1])});
+    }
+    return {{"vertices", normal.text(light.vertices)},
+            {"coordinates", base64Of(coordinates)},
+            {"triangles", indexText(light.triangles)},
+            {"facts", light.facts},
+            {"sides", listOf(light.sides, [](const SceneLight::Side& side) {
+                 return Json{{"seen", side.seen},
+                             {"shown", fileText(side.shown)},
+                             {"shift", fileText(side.shift)},
+                             {"unevenness", fileText(side.unevenness)}};
+             })}};
+}
+
 std::vector<std::string> namesOf(const DisplayScene& scene) {
     std::vector<std::string> names;
     for (const SceneChannel& channel : scene.channels) {
@@ -289,6 +317,7 @@ Json jsonOf(const DisplayScene& scene) {
         {"residuals", scene.residuals
                           ? Json{{"onScreen", scene.residuals->onScreen}, {"inPicture", scene.residuals->inPicture}}
                           : Json()},
+        {"light", scene.light ? jsonOf(*scene.light, normal) : Json()},
         {"eyes", listOf(scene.eyes,
                         [](const ScenePlace& eye) {
                             return Json{{"name", eye.name}, {"point", coordinates(eye.point)}};
@@ -300,56 +329,28 @@ Json jsonOf(const DisplayScene& scene) {
     return document;
 }
 
+/// A text in which others stand for some of its characters.
+std::string written(const std::string& text, const std::map<char, std::string_view>& others) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        const auto other = others.find(c);
+        result += other == others.end() ? std::string_view(&c, 1) : other->second;
+    }
+    return result;
+}
+
 /// The text without any character that means something to a reader of HTML. In JSON these stand in strings alone.
 std::string dataText(const Json& document) {
     constexpr int NO_INDENT = -1;
     constexpr bool ASCII = true;
-    const std::string json = document.dump(NO_INDENT, ' ', ASCII, Json::error_handler_t::replace);
-    std::string text;
-    text.reserve(json.size());
-    for (const char c : json) {
-        switch (c) {
-            case '<':
-                text += "\\u003c";
-                break;
-            case '>':
-                text += "\\u003e";
-                break;
-            case '&':
-                text += "\\u0026";
-                break;
-            default:
-                text += c;
-        }
-    }
-    return text;
+    return written(document.dump(NO_INDENT, ' ', ASCII, Json::error_handler_t::replace),
+                   {{'<', "\\u003c"}, {'>', "\\u003e"}, {'&', "\\u0026"}});
 }
 
 /// A text as it is written between tags.
 std::string escaped(const std::string& text) {
-    std::string html;
-    for (const char c : text) {
-        switch (c) {
-            case '<':
-                html += "&lt;";
-                break;
-            case '>':
-                html += "&gt;";
-                break;
-            case '&':
-                html += "&amp;";
-                break;
-            case '"':
-                html += "&quot;";
-                break;
-            case '\'':
-                html += "&#39;";
-                break;
-            default:
-                html += c;
-        }
-    }
-    return html;
+    return written(text, {{'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}, {'"', "&quot;"}, {'\'', "&#39;"}});
 }
 
 /// What a policy names a script by.

@@ -99,6 +99,48 @@ void main() {
   result = vec4(colour * (0.6 + 0.4 * facing), opacity * (isBehind ? behind : 1.0));
 }`;
 
+const ADDED_VERTEX = `${PRECISION}${MATRICES}
+in vec2 uv;
+out vec3 seen;
+centroid out vec2 at;
+void main() {
+  vec4 place = modelViewMatrix * vec4(position, 1.0);
+  seen = place.xyz;
+  at = uv;
+  gl_Position = projectionMatrix * place;
+}`;
+
+// The light as it is, side by side: what looks along the normal sees the other side than what looks against it, and a side
+// without light of its own, like the one of a sheet that the eye does not see, is as good as clear. Opaque places are drawn
+// first, and hide one another by their depth; then those.
+const ADDED_FRAGMENT = `${PRECISION}
+uniform sampler2D along;
+uniform sampler2D against;
+uniform bool hasAlong;
+uniform bool hasAgainst;
+uniform bool isOneForBoth;
+uniform float opacity;
+uniform vec3 eye;
+uniform bool hasEye;
+uniform float behind;
+uniform bool drawsClear;
+uniform mat4 viewMatrix;
+in vec3 seen;
+centroid in vec2 at;
+out vec4 result;
+void main() {
+  vec3 normal = cross(dFdx(seen), dFdy(seen));
+  vec3 toEye = (viewMatrix * vec4(eye, 1.0)).xyz - seen;
+  bool isBehind = hasEye && dot(normal, -seen) * dot(normal, toEye) < 0.0;
+  bool isAlong = !gl_FrontFacing;
+  bool isClear = isOneForBoth ? isBehind : !(isAlong ? hasAlong : hasAgainst);
+  if (isClear != drawsClear) {
+    discard;
+  }
+  bool takesAlong = isClear ? hasAlong : isAlong;
+  result = vec4((takesAlong ? texture(along, at) : texture(against, at)).rgb, opacity * (isClear ? behind : 1.0));
+}`;
+
 // As it stands in the style: the shaders write it as it is.
 function shadeOf(colour) {
   return new Color().setStyle(colour, LinearSRGBColorSpace);
@@ -139,6 +181,37 @@ export function litMaterial(colour, { opacity, eye, behind }) {
   });
   setColours(material, [{ colour, round: 0 }]);
   return material;
+}
+
+// What added light is drawn with, its opaque places or those that are clear. `showPictures` sets its pictures.
+export function addedMaterial(drawsClear, { opacity, eye, behind }) {
+  return new RawShaderMaterial({
+    glslVersion: GLSL3,
+    vertexShader: ADDED_VERTEX,
+    fragmentShader: ADDED_FRAGMENT,
+    uniforms: {
+      along: { value: null }, against: { value: null }, hasAlong: { value: false }, hasAgainst: { value: false },
+      isOneForBoth: { value: false }, opacity, eye: { value: eye || new Vector3() }, hasEye: { value: Boolean(eye) },
+      behind: { value: behind }, drawsClear: { value: drawsClear },
+    },
+    transparent: true,
+    side: DoubleSide,
+    depthTest: true,
+    depthWrite: !drawsClear,
+    forceSinglePass: true,
+  });
+}
+
+// Of each side its texture: 1 seen along the normal, -1 against it, 0 both ways.
+export function showPictures(material, textures) {
+  const { uniforms } = material;
+  const both = textures.get(0) || null;
+  const any = both || textures.get(1) || textures.get(-1);
+  uniforms.along.value = textures.get(1) || any;
+  uniforms.against.value = textures.get(-1) || any;
+  uniforms.hasAlong.value = Boolean(both || textures.get(1));
+  uniforms.hasAgainst.value = Boolean(both || textures.get(-1));
+  uniforms.isOneForBoth.value = Boolean(both);
 }
 
 // Of each stripe its colour, and how often all colours were used before.

@@ -1,4 +1,5 @@
 // The panel beside the picture. Every text of the display is set as text, never as HTML.
+import { ADDED_KINDS } from './addedLight.js';
 import { decimalsOf, pixelSize, rounded } from './digits.js';
 import { KEYS } from './keyboard.js';
 import { residualPicture } from './residualPicture.js';
@@ -71,15 +72,34 @@ function screens(scene, view) {
     element('label', {}, element('span', { textContent: 'opacity' }), opacity), ...texts);
 }
 
+// What the colours of added light mean.
+const ADDED_LEGENDS = {
+  shown: [],
+  shift: [['#000000', 'where it belongs'], ['#ff0000', 'a third of a pixel off'], ['#ffff00', 'two thirds of a pixel off'],
+    ['#ffffff', 'a pixel off or more, or without content'], ['#0a3016', 'not lit']],
+  unevenness: [['#0000ff', 'a tenth too dark, or more'], ['#808080', 'even'], ['#ff0000', 'a tenth too bright, or more'],
+    ['#0a3016', 'not lit']],
+};
+
+function addedLegend(scene, kind) {
+  return [...ADDED_LEGENDS[kind].map(([colour, text]) => element('li', {}, swatch(colour), element('span', { textContent: text }))),
+    ...scene.light.facts.map((fact) => element('li', {}, element('small', { textContent: fact })))];
+}
+
 // What the colours of the screen mean, by how many channels light a place or by which.
 function light(scene, view) {
   const shaded = scene.surfaces.find((surface) => surface.shading);
-  if (!shaded) {
+  if (!shaded && !scene.light) {
     return [];
   }
   const legend = element('ul', { id: 'legend' });
   const shade = (kind) => {
-    const entries = { count: shaded.shading.byCount, channel: shaded.shading.byChannel, none: [] }[kind];
+    if (ADDED_LEGENDS[kind]) {
+      legend.replaceChildren(...addedLegend(scene, kind));
+      view.shadeBy(kind);
+      return;
+    }
+    const entries = kind === 'none' ? [] : { count: shaded.shading.byCount, channel: shaded.shading.byChannel }[kind];
     legend.replaceChildren(...entries.map(({ text, colours, channel }) => element('li', {},
       channel === null ? swatch(colours[0]) : swatchOf(scene.channels[channel]), element('span', { textContent: text }))));
     if (kind === 'channel' && shaded.shading.regions.some((region) => region.channels.length > 1)) {
@@ -91,7 +111,8 @@ function light(scene, view) {
     }
     view.shadeBy(kind);
   };
-  const kinds = [['count', 'by number'], ['channel', 'by channel'], ['none', 'plain']];
+  const kinds = [...(scene.light ? ADDED_KINDS : []), ...(shaded ? [['count', 'by number'], ['channel', 'by channel']] : []),
+    ['none', 'plain']];
   const radios = kinds.map(([kind, text]) => check(text, kind === view.shadeKind, () => shade(kind), 'radio', 'shading'));
   shade(view.shadeKind);
   return [section('Light on the screen', element('div', { className: 'wrap' }, ...radios), legend)];
@@ -109,11 +130,10 @@ function layers(scene, view) {
     ['residuals', 'residuals', scene.residuals],
     ['axes', 'axes', true],
   ];
-  // Targets would hide the points that were measured.
-  const isShown = (name) => !(name === 'targets' && scene.residuals);
-  if (!isShown('targets')) {
-    view.showLayer('targets', false);
-  }
+  // Targets would hide the points that were measured; of an export the audience sees nothing but its light.
+  const hidden = [...(scene.residuals || scene.light ? ['targets'] : []), ...(scene.light ? ['outlines', 'frusta', 'labels', 'cloud', 'mirror'] : [])];
+  const isShown = (name) => !hidden.includes(name);
+  hidden.forEach((name) => view.showLayer(name, false));
   const boxes = offered.filter(([, , isThere]) => isThere)
     .map(([name, text]) => check(text, isShown(name), (on) => view.showLayer(name, on)));
   return section('Show', element('div', { className: 'wrap' }, ...boxes));

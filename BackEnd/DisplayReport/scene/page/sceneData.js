@@ -54,6 +54,20 @@ function decodeResiduals(residuals) {
   };
 }
 
+// Pictures stay texts, which the browser reads by itself.
+function decodeLight(light) {
+  const picture = (text) => `data:image/png;base64,${text}`;
+  return light && {
+    ...light,
+    vertices: floats(light.vertices),
+    coordinates: floats(light.coordinates),
+    triangles: indices(light.triangles),
+    sides: light.sides.map((side) => ({
+      seen: side.seen, shown: picture(side.shown), shift: picture(side.shift), unevenness: picture(side.unevenness),
+    })),
+  };
+}
+
 // `colours` is the number of channels after which their colours begin again; each further round has a pattern.
 function decodeChannel(channel, number, colours) {
   return {
@@ -86,6 +100,7 @@ export function readScene(document) {
       border: indices(surface.border),
       shading: decodeShading(surface.shading),
     })),
+    light: decodeLight(scene.light),
     cloud: scene.cloud && { points: floats(scene.cloud.points) },
     channels: scene.channels.map((channel, i) => decodeChannel(channel, i, scene.channelColours)),
     // From a place in the world to a place in the picture, and back.

@@ -3,6 +3,7 @@ import {
   Color, Group, PerspectiveCamera, Scene, Vector3, WebGLRenderer,
 } from 'three';
 import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
+import { ADDED_KINDS, AddedLight } from './addedLight.js';
 import { AxisLabels, Label, projector } from './axisLabels.js';
 import { pressed } from './keyboard.js';
 import { placeUnder, readLight } from './lightReader.js';
@@ -28,9 +29,10 @@ const BEHIND_WITH_MIRROR = 0.7;
 const PIXELS = { fast: 8e6, slow: 1.5e6, moving: 3e5 };
 
 // Edges are smoothed by a graphics processor alone: software would take as long for them as for all the rest.
-function drawingSurface() {
+// Light that is added up is opaque: of that alone near places hide far ones.
+function drawingSurface(depth) {
   const canvas = document.createElement('canvas');
-  const wishes = { alpha: false, depth: false, stencil: false };
+  const wishes = { alpha: false, depth, stencil: false };
   const fast = canvas.getContext('webgl2', { ...wishes, antialias: true, failIfMajorPerformanceCaveat: true });
   const context = fast || canvas.getContext('webgl2', { ...wishes, antialias: false });
   return { isSlow: !fast, options: context ? { canvas, context } : {} };
@@ -55,10 +57,10 @@ export class View {
     this.stage = stage;
     this.readout = readout;
     this.light = light;
-    this.opacity = { value: 0.75 };
-    this.shadeKind = 'count';
+    this.opacity = { value: scene.light ? 1 : 0.75 };
+    this.shadeKind = scene.light ? ADDED_KINDS[0][0] : 'count';
     this.eye = scene.eyes.length ? new Vector3(...scene.normal(scene.eyes[0].point)) : null;
-    const { isSlow, options } = drawingSurface();
+    const { isSlow, options } = drawingSurface(Boolean(scene.light));
     this.isSlow = isSlow;
     this.renderer = new WebGLRenderer(options);
     const canvas = this.renderer.domElement;
@@ -83,6 +85,10 @@ export class View {
     const look = { opacity: this.opacity, eye: this.eye, behind: scene.mirror ? BEHIND_WITH_MIRROR : BEHIND };
     this.surfaces = scene.surfaces.map((surface) => makeSurface(surface, look));
     this.surfaces.forEach((surface) => this.world.add(surface.group));
+    this.added = scene.light && new AddedLight(scene.light, look, () => this.draw());
+    if (this.added) {
+      this.surfaces[this.surfaces.length - 1].group.add(this.added.group);
+    }
     this.items = scene.channels.map((channel) => makeChannel(scene, channel));
     this.items.forEach((item) => this.world.add(item.group));
     this.shade();
@@ -314,11 +320,15 @@ export class View {
     this.draw();
   }
 
-  // 'count', 'channel' or 'none'.
+  // 'count', 'channel', 'none', or a kind of added light.
   shadeBy(kind) {
     this.shadeKind = kind;
     this.shade();
     this.draw();
+    if (this.added) {
+      this.surfaces[this.surfaces.length - 1].mesh.visible = !ADDED_KINDS.some(([name]) => name === kind);
+      this.added.show(kind);
+    }
   }
 
   // By the channels that are shown.
