@@ -127,8 +127,8 @@ TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
     const auto index = static_cast<std::size_t>(GetParam());
     SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()], static_cast<unsigned>(40 + GetParam()));
     if (LENSES[index % LENSES.size()].size() == 8) {
-        // A wide view, which determines the rational terms. Those of a narrow one follow the noise, until the lens folds
-        // within its picture: such a minimum is no lens, and not taken.
+        // A wide view, which determines the rational terms. Those of a narrow one follow the noise, until the lens
+        // folds within its picture: such a minimum is no lens, and not taken.
         ChannelValues truth = channel.truth();
         truth.lens->fx = truth.lens->fy = 700;
         channel.setTruth(truth);
