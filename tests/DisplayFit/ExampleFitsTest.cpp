@@ -26,8 +26,12 @@ protected:
     LogTrap m_log;
 };
 
+/// Lengths, angles and parts of the screen have a size of their own, since they may be zero; coefficients are as large
+/// as they are.
 double sizeOf(const FittedValue& value) {
-    return std::max(std::abs(value.after), 1.0);
+    const bool isCoefficient =
+        value.quantity == FittedValue::Quantity::NUMBER && !value.name.starts_with("area") && value.after != 0;
+    return isCoefficient ? std::abs(value.after) : std::max(std::abs(value.after), 1.0);
 }
 
 TEST_P(ExampleFits, ComeBackFromADisturbedCopy) {

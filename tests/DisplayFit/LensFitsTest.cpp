@@ -21,7 +21,7 @@ namespace {
 using namespace Veltrani::DisplayFit;
 using testing::IsEmpty;
 
-/// Of a value's size, where the scaled condition is below 1e6.
+/// Of a value's own size, however small, where the scaled condition is below 1e6.
 constexpr double LENS_VALUE = 1e-9;
 
 struct Lens {
@@ -59,8 +59,7 @@ TEST_P(LensFits, ComeBackFromADisturbedStart) {
     ASSERT_EQ(right.channels[0].values.size(), fit.values.size());
     for (std::size_t i = 0; i < fit.values.size() && !isRational; ++i) {
         const double expected = right.channels[0].values[i].before;
-        EXPECT_NEAR(fit.values[i].after, expected, LENS_VALUE * std::max(1.0, std::abs(expected)))
-            << fit.values[i].name;
+        EXPECT_NEAR(fit.values[i].after, expected, LENS_VALUE * std::abs(expected)) << fit.values[i].name;
     }
     // The product's own model of the fitted channel leads to the measured points.
     const auto fitted = channel.config(fit.after, "fitted");

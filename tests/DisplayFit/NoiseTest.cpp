@@ -1,6 +1,7 @@
 // Measurements with noise: the stated deviations are those that fits have, and outliers are found.
 #include "DisplayFit/DisplayFitter.h"
 
+#include "ChiSquare.h"
 #include "FitScene.h"
 #include "ScreenManager/ScreenManager.h"
 #include "SyntheticChannel.h"
@@ -8,8 +9,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <Eigen/Cholesky>
 
+#include <array>
 #include <cmath>
 #include <random>
 #include <set>
@@ -28,47 +29,24 @@ protected:
     LogTrap m_log;
 };
 
-/// Bounds of chi-square that hold 99 % of it, by the approximation of Wilson and Hilferty.
-std::pair<double, double> chiSquareBand(double degrees) {
-    constexpr double HALF_PERCENT = 2.5758293035489004;
-    const auto bound = [&](double z) {
-        const double part = 2 / (9 * degrees);
-        return degrees * std::pow(1 - part + z * std::sqrt(part), 3);
-    };
-    return {bound(-HALF_PERCENT), bound(HALF_PERCENT)};
-}
-
 /// Orientation, position, width, height, shifts and coefficients of the truth, as steps from a fit.
-Eigen::VectorXd errorOf(const ChannelFit& fit, const ChannelValues& truth, std::size_t count) {
+std::vector<double> errorOf(const ChannelFit& fit, const ChannelValues& truth, std::size_t count) {
     const auto is = Veltrani::rotationZXY(fit.after.orientation[0], fit.after.orientation[1], fit.after.orientation[2]);
     const auto was = Veltrani::rotationZXY(truth.orientation[0], truth.orientation[1], truth.orientation[2]);
     const auto turned = transpose(is) * was;
     const auto moved = transpose(is) * (truth.position - fit.after.position);
-    Eigen::VectorXd error(static_cast<Eigen::Index>(count));
-    error.head(6) << turned(2, 1), turned(0, 2), turned(1, 0), moved[0], moved[1], moved[2];
+    std::vector<double> error{turned(2, 1), turned(0, 2), turned(1, 0), moved[0], moved[1], moved[2]};
     const auto numbers = [](const Veltrani::LensNumbers& lens) {
         return std::array{lens.fx / lens.imageWidth, lens.fy / lens.imageHeight, (lens.cx + 0.5) / lens.imageWidth,
                           1 - (lens.cy + 0.5) / lens.imageHeight};
     };
     for (std::size_t i = 0; i < 4; ++i) {
-        error[static_cast<Eigen::Index>(6 + i)] = numbers(*truth.lens)[i] - numbers(*fit.after.lens)[i];
+        error.push_back(numbers(*truth.lens)[i] - numbers(*fit.after.lens)[i]);
     }
     for (std::size_t i = 10; i < count; ++i) {
-        error[static_cast<Eigen::Index>(i)] = truth.lens->distortion[i - 10] - fit.after.lens->distortion[i - 10];
+        error.push_back(truth.lens->distortion[i - 10] - fit.after.lens->distortion[i - 10]);
     }
     return error;
-}
-
-double normalisedSquare(const ChannelFit& fit, const ChannelValues& truth) {
-    const std::size_t count = fit.worst.solvedNames.size();
-    const auto size = static_cast<Eigen::Index>(count);
-    const Eigen::Map<const Eigen::MatrixXd> covariance(fit.covariance.data(), size, size);
-    const Eigen::VectorXd error = errorOf(fit, truth, count);
-    // Scaled, since lengths, angles and coefficients differ by orders.
-    const Eigen::VectorXd scale = covariance.diagonal().cwiseSqrt();
-    const Eigen::MatrixXd unit = scale.cwiseInverse().asDiagonal() * covariance * scale.cwiseInverse().asDiagonal();
-    const Eigen::VectorXd scaled = error.cwiseQuotient(scale);
-    return scaled.dot(unit.ldlt().solve(scaled));
 }
 
 TEST_F(Noise, TheNormalisedErrorIsChiSquareOverTwoHundredSeeds) {
@@ -88,7 +66,7 @@ TEST_F(Noise, TheNormalisedErrorIsChiSquareOverTwoHundredSeeds) {
             options.isRobust = false;
             const ChannelFit fit = DisplayFitter(options).fit(*config, noisy).channels[0];
             ASSERT_TRUE(fit.isSolved);
-            squares += normalisedSquare(fit, channel.truth());
+            squares += normalisedSquare(errorOf(fit, channel.truth(), fit.worst.solvedNames.size()), fit.covariance);
             degrees += static_cast<double>(fit.worst.solvedNames.size());
             freedom += static_cast<double>(fit.degreesOfFreedom);
             residuals += fit.residualFactor * fit.residualFactor * static_cast<double>(fit.degreesOfFreedom);

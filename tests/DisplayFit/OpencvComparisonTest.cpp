@@ -125,8 +125,14 @@ protected:
 TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
     cv::setNumThreads(1);
     const auto index = static_cast<std::size_t>(GetParam());
-    const SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()],
-                                   static_cast<unsigned>(40 + GetParam()));
+    SyntheticChannel channel("BrownConrady", LENSES[index % LENSES.size()], static_cast<unsigned>(40 + GetParam()));
+    if (LENSES[index % LENSES.size()].size() == 8) {
+        // A wide view, which determines the rational terms. Those of a narrow one follow the noise, until the lens
+        // folds within its picture: such a minimum is no lens, and not taken.
+        ChannelValues truth = channel.truth();
+        truth.lens->fx = truth.lens->fy = 700;
+        channel.setTruth(truth);
+    }
     const double pixels = index < LENSES.size() ? 0.3 : 2;
     const auto points = rounded(SyntheticChannel::noisyInPicture(channel.measured(300), pixels, 5));
     const ChannelValues start = channel.disturbed();
@@ -134,10 +140,9 @@ TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
     options.isRobust = false;
     const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
     ASSERT_TRUE(fit.isSolved);
+    ASSERT_NE(fit.outcome, FitOutcome::UNUSABLE);
     const Correspondences list = correspondencesOf(points);
     const double ours = costOf(list, fit.after);
-    // Points of a narrow view hardly determine the rational terms of a lens (a fit says so): the cost has more than one
-    // minimum.
     EXPECT_LE(ours, calibratedCost(list, start) * (1 + WORSE));
     // Both count the same: our own figure is that of the other program.
     EXPECT_NEAR(fit.residualFactor * fit.residualFactor * static_cast<double>(fit.degreesOfFreedom), ours, 1e-6 * ours);

@@ -6,7 +6,9 @@
 #include "KelvoControl/Blend.h"
 #include "support/Displays.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -65,7 +67,9 @@ ChannelValues SyntheticChannel::disturbed() const {
         values.lens->fy *= 1.1;
         values.lens->cx += 40;
         values.lens->cy -= 25;
-        std::fill(values.lens->distortion.begin(), values.lens->distortion.begin() + 4, 0.0);
+        // All that are solved; the terms of thin prisms are held.
+        const auto solved = static_cast<std::ptrdiff_t>(std::min<std::size_t>(values.lens->distortion.size(), 8));
+        std::fill(values.lens->distortion.begin(), values.lens->distortion.begin() + solved, 0.0);
     }
     return values;
 }

@@ -4,6 +4,7 @@
 #include "DisplayFit/detail/PictureDeviation.h"
 #include "DisplayFit/detail/PointChecks.h"
 #include "DisplayFit/detail/PointShape.h"
+#include "DisplayFit/detail/RationalStarts.h"
 #include "DisplayFit/detail/ResidualLists.h"
 
 #include <algorithm>
@@ -30,6 +31,10 @@ constexpr double SAME = 1e-10;
 /// Chi-square of two degrees of freedom is larger once in a thousand times: by so much two numbers that are held may
 /// raise the squares, in variances, before they are known to be wrong.
 constexpr double RAISED = 13.8;
+
+/// A lens that is no quotient explains the points nearly as well where its residuals are larger by no more than this
+/// factor.
+constexpr double PLAIN_ENOUGH = 1.1;
 
 /// Where no deviations are stated, a position far away lessens the residuals although it is wrong: depth that is noise
 /// shows less from there. By up to this factor that is no reason to believe in it.
@@ -82,9 +87,28 @@ bool ChannelFitter::needsDepth(const PictureModel::Held& held) {
 }
 
 FitAttempt ChannelFitter::attempt(const PictureModel::Held& held) const {
+    FitAttempt made = attempt(held, m_setup.make(m_points, held));
+    if (!made.solution.isSolved || !m_setup.isPicture()) {
+        return made;
+    }
+    const auto& picture = static_cast<const PictureModel&>(*made.model);
+    if (isRational(picture) && !made.lens.isUsable(picture)) {
+        // Noise that is explained by a pole of the quotient is no property of the lens.
+        FitAttempt plain = attempt(held, m_search.plainModel(held));
+        if (plain.solution.isSolved && plain.lens.isUsable(static_cast<const PictureModel&>(*plain.model)) &&
+            plain.solution.inliers + PointShape::few(m_points.size()) >= made.solution.inliers &&
+            plain.solution.deviation <= PLAIN_ENOUGH * made.solution.deviation) {
+            plain.isPlainLens = true;
+            return plain;
+        }
+    }
+    return made;
+}
+
+FitAttempt ChannelFitter::attempt(const PictureModel::Held& held, std::unique_ptr<ChannelModel> model) const {
     FitAttempt made;
     made.held = held;
-    made.model = m_setup.make(m_points, held);
+    made.model = std::move(model);
     made.solution = m_search.solve(*made.model);
     made.lens = m_search.check(*made.model, made.solution);
     made.deviation = m_points.hasDeviations() ? 1.0 : made.solution.deviation;
@@ -191,7 +215,8 @@ void ChannelFitter::listValues(ChannelFit& fit, const ChannelModel& model, const
                 variance += byUnknown[i][a] * fit.covariance[a * count + b] * byUnknown[i][b];
             }
         }
-        if (solved[i] && !fit.covariance.empty()) {
+        // Coefficients that were set to zero depend on no unknown.
+        if (solved[i] && variance > 0) {
             fit.values[i].deviation = std::sqrt(std::max(variance, 0.0));
         }
     }

@@ -8,6 +8,7 @@
 #include "DisplayFit/detail/FitAttempt.h"
 #include "DisplayFit/detail/FitPoints.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,6 +38,8 @@ private:
     /// Nothing where that was refused.
     [[nodiscard]] std::optional<FitAttempt> solve(DisplayFit::ChannelFit& fit, const PictureModel::Held& held) const;
     [[nodiscard]] FitAttempt attempt(const PictureModel::Held& held) const;
+    /// Solves a model.
+    [[nodiscard]] FitAttempt attempt(const PictureModel::Held& held, std::unique_ptr<ChannelModel> model) const;
     /// @param stray points beside the plane that most lie near to: where only a few of them took part, they do not
     /// count
     [[nodiscard]] Determination determinationOf(const FitAttempt& made, const std::vector<bool>& stray) const;

@@ -41,6 +41,12 @@ bool ChannelSearch::fitsPicture(const ChannelModel& model) const {
     return medianMiss(model, m_setup.pixels()) < CLOSE;
 }
 
+std::unique_ptr<ChannelModel> ChannelSearch::plainModel(const PictureModel::Held& held) const {
+    PictureView view = m_setup.view();
+    view.lens = view.lens.withCoefficients(PLAIN_COEFFICIENTS);
+    return std::make_unique<PictureModel>(m_points, view, held);
+}
+
 LensCheck ChannelSearch::check(const ChannelModel& model, const Solution& solution) const {
     return m_setup.isPicture() && solution.isSolved
                ? LensCheck::of(static_cast<const PictureModel&>(model), m_setup.values(), solution.isOutlier)
@@ -90,12 +96,10 @@ void ChannelSearch::solveFrom(const std::vector<PictureView>& starts, PictureMod
 }
 
 PictureView ChannelSearch::plainView(const PictureModel& model) const {
-    PictureView start = m_setup.view();
-    start.lens = start.lens.withCoefficients(PLAIN_COEFFICIENTS);
-    PictureModel plain(m_points, start, model.held());
+    const std::unique_ptr<ChannelModel> plain = plainModel(model.held());
     PictureView found = model.view();
-    if (solveFromHere(plain).isSolved) {
-        found = plain.view();
+    if (solveFromHere(*plain).isSolved) {
+        found = pictureOf(*plain).view();
     }
     found.lens = found.lens.withCoefficients(PLAIN_COEFFICIENTS).withCoefficients(LensFormula::MOST_COEFFICIENTS);
     return found;

@@ -7,6 +7,7 @@
 #include "DisplayFit/detail/LensCheck.h"
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace Veltrani::DisplayFitDetail {
@@ -21,6 +22,8 @@ public:
     /// whose points may have several minima, from other lenses. Of these the least one is taken whose lens can be used;
     /// where there is none, one that cannot. The model's base is the solution afterwards.
     [[nodiscard]] Solution solve(ChannelModel& model) const;
+    /// The model of a lens that is a quotient, without its denominator.
+    [[nodiscard]] std::unique_ptr<ChannelModel> plainModel(const PictureModel::Held& held) const;
     /// What the display makes of the lens of a solution; without a fault where the channel has none.
     [[nodiscard]] LensCheck check(const ChannelModel& model, const Solution& solution) const;
     /// Whether the points fit a picture with u or v reversed.

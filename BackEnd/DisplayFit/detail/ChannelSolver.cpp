@@ -31,8 +31,13 @@ constexpr double ROUGHLY = 1e-4;
 /// Points change sides at most this often.
 constexpr int MOST_REJECTIONS = 12;
 
-/// Each step also settles the places of the points.
-constexpr int MOST_POLISHING_STEPS = 8;
+/// Each step also settles the places of the points. Further ones are made where the squares are halved by each.
+constexpr int USUAL_POLISHING_STEPS = 8;
+constexpr int MOST_POLISHING_STEPS = 40;
+constexpr int MOST_HALVINGS = 8;
+
+/// Where residuals are so few times what counts as none, what is left of them may be that of the minimisation.
+constexpr double NEARLY_NONE = 1e3;
 
 /// A step that lessens the squares by less than this part of them is below what rounding does.
 constexpr double NEGLIGIBLE = 1e-22;
@@ -194,6 +199,10 @@ bool ChannelSolver::solvePlainly(ChannelModel& model, WeightedProblem& problem, 
             return false;
         }
         summarise(problem, solution);
+        if (solution.deviation < NEARLY_NONE * model.leastDeviation()) {
+            polish(model, problem, solution);
+            summarise(problem, solution);
+        }
         deviation = std::max(solution.deviation, least);
     }
     model.settle();
@@ -219,9 +228,15 @@ void ChannelSolver::polish(ChannelModel& model, WeightedProblem& problem, Soluti
         if (polishing == MOST_POLISHING_STEPS || factors.isSingular() || factors.gain() <= NEGLIGIBLE * sums.squares) {
             return;
         }
-        const std::vector<double> step = factors.step();
-        // Rounding may hide what the last step gains.
-        if (!problem.sum(step.data(), there, false) || there.squares > sums.squares * (1 + 1e-13)) {
+        std::vector<double> step = factors.step();
+        // In a narrow valley the whole step leads across it. Rounding may hide what the last step gains.
+        int halving = 0;
+        while (halving < MOST_HALVINGS &&
+               (!problem.sum(step.data(), there, false) || there.squares > sums.squares * (1 + 1e-13))) {
+            std::transform(step.begin(), step.end(), step.begin(), [](double part) { return part / 2; });
+            ++halving;
+        }
+        if (halving == MOST_HALVINGS || (polishing >= USUAL_POLISHING_STEPS && there.squares > sums.squares / 2)) {
             return;
         }
         model.move(step.data());

@@ -12,6 +12,7 @@ namespace Veltrani::DisplayFitDetail {
 /// One way to solve a channel, and what came of it.
 struct FitAttempt {
     PictureModel::Held held;
+    bool isPlainLens = false;  ///< the lens is no quotient, although it has the coefficients of one: these are zero
     std::unique_ptr<ChannelModel> model;  ///< its base is the solution, where there is one
     Solution solution;
     LensCheck lens;

@@ -134,6 +134,13 @@ void FitJudge::judgeLens(ChannelFit& fit, const FitAttempt& attempt) const {
     }
     const auto& model = static_cast<const PictureModel&>(*attempt.model);
     const bool isSolved = attempt.held.solved.distortion;
+    if (attempt.isPlainLens) {
+        warn(
+            fit, Kind::ILL_DETERMINED,
+            "the points do not determine k4, k5 and k6: with them the lens would fold within the picture, so they were "
+            "set to zero",
+            "name a lens file of five coefficients, or add points all over the picture, up to its corners");
+    }
     if (attempt.lens.isUsable(model)) {
         if (attempt.lens.foldsInPicture) {
             warn(fit, Kind::BEYOND_FOLD, "the fitted lens ends within the picture, beyond the points",

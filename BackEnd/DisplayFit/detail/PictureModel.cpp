@@ -275,7 +275,9 @@ void PictureModel::write(const double* step, ChannelValues& values) const {
             lens.cx = view.shift[0] * lens.imageWidth - 0.5;
             lens.cy = (1 - view.shift[1]) * lens.imageHeight - 0.5;
         }
-        for (std::size_t i = 0; m_held.solved.distortion && i < view.lens.coefficients(); ++i) {
+        // Coefficients that the formula was made without are zero.
+        const std::size_t solved = std::min(lens.distortion.size(), LensFormula::MOST_COEFFICIENTS);
+        for (std::size_t i = 0; m_held.solved.distortion && i < solved; ++i) {
             lens.distortion[i] = view.lens.coefficient(i);
         }
     } else if (m_held.solved.frustum) {
