@@ -227,6 +227,16 @@ TEST_F(MeasuredPointReaderTest, AHeaderThatIsNoneIsRefusedWithWhatIsMissing) {
     }
 }
 
+TEST_F(MeasuredPointReaderTest, NumbersBeyondAllMeasuringAreRefusedAtTheirPlace) {
+    const std::string head = "channel,u,v,x,y,z,sx,sy,sz\nA,0.5,0.5,1,2,3,1,1,1\n";
+    EXPECT_EQ(refusalOf(head + "A,0.5,0.5,1e300,2,3,1,1,1\n"),
+              "points.csv:3: column 4, x: found \"1e300\", expected a number of at most 1e12 in size; correct it, or "
+              "remove the row");
+    EXPECT_THAT(refusalOf(head + "A,0.5,0.5,1,2,-1e13,1,1,1\n"), StartsWith("points.csv:3: column 6, z: found"));
+    EXPECT_THAT(refusalOf(head + "A,0.5,0.5,1,2,3,1,1e200,1\n"), StartsWith("points.csv:3: column 8, sy: found"));
+    EXPECT_EQ(read(head + "A,0.5,0.5,1e12,2,3,1,1,1\n").points.size(), 2U);
+}
+
 TEST_F(MeasuredPointReaderTest, ACovarianceIsPositiveDefinite) {
     const std::string header = "channel,u,v,x,y,z,cxx,cxy,cxz,cyy,cyz,czz\n";
     for (const char* const numbers : {"0,0,0,1,0,1", "1,2,0,1,0,1", "1,0,0,1,0,-1", "1,0.9,0.9,1,-0.9,1"}) {

@@ -207,10 +207,6 @@ Solution ChannelFitter::solveFromHere(ChannelModel& model) const {
 
 bool ChannelFitter::fitsReversed(std::size_t coordinate, const PictureModel::Held& held) const {
     const FitPoints points = reversed(m_points, coordinate);
-    if (!m_setup.isPicture()) {
-        const auto model = m_setup.make(points, held);
-        return ChannelSolver(m_options).solve(*model).isSolved && fitsPicture(*model, CLOSE);
-    }
     const auto start = linearStart(points, m_setup.view(), held);
     if (!start || start->isMirrored) {
         return false;
@@ -227,7 +223,7 @@ void ChannelFitter::judgeDirections(ChannelFit& fit, const ChannelModel& model) 
     bool isV = fits && isReversed[1] != 0;
     // A lens that folds can bring the mirror image of a picture near to its points.
     const bool isFolded = fit.isSolved && m_setup.isPicture() && pointsBeyondFold(fit, model) > 0;
-    const bool isSuspect = m_setup.groups().orientation && !isU && !isV && (!fits || isFolded);
+    const bool isSuspect = m_setup.isPicture() && !isU && !isV && (!fits || isFolded);
     if (isSuspect) {
         const PictureModel::Held held{fit.solved, fit.holdsSquarePixels, fit.holdsHorizontalShift};
         isU = fitsReversed(0, held);
