@@ -43,8 +43,8 @@ protected:
     /// Rays that are reflected take long to follow where no values lead to the points.
     [[nodiscard]] static bool isSlow() { return GetParam() == "collimated"; }
 
-    [[nodiscard]] DisplayFitResult fitOf(const Change& change) {
-        Points points = isSlow() ? m_scene.measured(4, 3) : m_scene.measured(8, 6);
+    [[nodiscard]] DisplayFitResult fitOf(const Change& change, bool isFast = !isSlow()) {
+        Points points = isFast ? m_scene.measured(8, 6) : m_scene.measured(4, 3);
         for (MeasuredPoint& point : points) {
             change(point);
         }
@@ -127,7 +127,7 @@ TEST_P(Mistakes, AFrameOfItsOwnIsNamedWithItsMovement) {
              p.world = {quarter * (p.world[0] - p.world[1]) + 1, quarter * (p.world[0] + p.world[1]) - 2, p.world[2]};
          }}};
     for (const auto& [text, change] : movements) {
-        const DisplayFitResult result = fitOf(change);
+        const DisplayFitResult result = fitOf(change, true);
         ASSERT_THAT(namesOf(result.findings), ElementsAre("FRAME_MOVED"));
         EXPECT_THAT(result.findings[0].text, AllOf(HasSubstr("all points lie"), HasSubstr(text)));
         EXPECT_THAT(result.findings[0].remedy, HasSubstr("--register rigid"));
@@ -136,6 +136,9 @@ TEST_P(Mistakes, AFrameOfItsOwnIsNamedWithItsMovement) {
         for (const ChannelFit& fit : result.channels) {
             EXPECT_THAT(namesOf(fit.findings), Not(Contains("U_REVERSED"))) << fit.name;
             EXPECT_THAT(namesOf(fit.findings), Not(Contains("CHANNELS_EXCHANGED"))) << fit.name;
+        }
+        if (isSlow()) {
+            break;
         }
     }
 }
