@@ -68,7 +68,8 @@ void FittedDisplay::take(const ChannelFit& fit) {
         return;
     }
     takeNumbers(fit, *projector);
-    if (fit.after.lens && fit.after.lens != fit.before.lens) {
+    const bool isSolved = fit.solved.frustum || fit.solved.distortion;
+    if (isSolved && fit.after.lens && fit.after.lens != fit.before.lens) {
         m_lensFiles.emplace_back(stemFor(fit.projectorId), *fit.after.lens);
         const std::wstring model = projector->getProjectionModelName();
         projector->setProjectionModelName(model.substr(0, model.find(L':')) + L":" +

@@ -78,6 +78,9 @@ MeasuredColumns::Places<N> MeasuredColumns::take(const TableReader& table, const
 
 void MeasuredColumns::requireWhatIsNeeded(const TableReader& table) const {
     constexpr const char* EXAMPLE = "name the columns in the first line, such as channel,u,v,x,y,z";
+    if (m_names.size() == 1 && table.text().find_first_of(";\t") != std::string::npos) {
+        refuseHeader(table, "columns apart by commas", "write commas between the columns, and decimal points");
+    }
     if (!point) {
         refuseHeader(table, "the columns x,y,z of the places measured",
                      known ? "write x,y,z small: X,Y,Z are the places of control points" : EXAMPLE);

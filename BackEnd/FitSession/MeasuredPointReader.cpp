@@ -63,6 +63,7 @@ private:
     void readHead();
     void readRow();
     void addPoint();
+    void requirePixels() const;
     void addControl();
     void requireAlike(std::size_t place, bool firstStates, bool thisStates) const;
 
@@ -73,7 +74,7 @@ private:
     [[nodiscard]] double number(std::size_t place) const;
     [[nodiscard]] double positive(std::size_t place) const;
     [[nodiscard]] Point<double, 3> lengths(const MeasuredColumns::Places<3>& places) const;
-    [[nodiscard]] Point<double, 2> picture(const Channel& channel) const;
+    [[nodiscard]] Point<double, 2> picture(const Channel& channel);
     [[nodiscard]] std::optional<Point<double, 2>> pictureDeviation(const Channel& channel) const;
     [[nodiscard]] std::optional<Matrix<double, 3>> covariance() const;
     [[nodiscard]] std::string set() const { return m_columns->set ? m_cells[m_columns->set->front()] : ""; }
@@ -90,6 +91,7 @@ private:
     std::optional<MeasuredColumns> m_columns;
     Cells m_cells;                              ///< of the current row
     std::map<std::string, Channel> m_channels;  ///< by the names that the rows have
+    double m_largestPixel = 0;                  ///< of all px and py
     MeasuredPoints m_points;
 };
 
@@ -106,14 +108,27 @@ MeasuredPoints Reading::run() {
         }
         auto cells = m_table.cells();
         if (!cells || cells->size() != m_columns->count()) {
+            const bool areMore = cells && cells->size() > m_columns->count();
             m_table.refuse(m_table.line(), inQuotes(m_table.text()),
-                           std::to_string(m_columns->count()) + " columns, as the header names them");
+                           std::to_string(m_columns->count()) + " columns, as the header names them",
+                           {"measurement", areMore ? "write decimal points: commas part the columns" : EXAMPLE});
         }
         m_cells = std::move(*cells);
         ++m_points.rows;
         readRow();
     }
+    requirePixels();
     return std::move(m_points);
+}
+
+/// Places from 0 to 1 are pixels, too, and all of them would lie in the first one.
+void Reading::requirePixels() const {
+    constexpr std::size_t FEWEST = 4;
+    if (m_columns->pixels && m_points.points.size() >= FEWEST && m_largestPixel <= 1) {
+        m_table.refuse(static_cast<int>(m_points.points.front().row), "px and py from 0 to 1 in all rows",
+                       "pixels of the picture",
+                       {m_columns->describe(m_columns->pixels->front()), "name these columns u and v"});
+    }
 }
 
 void Reading::readHead() {
@@ -245,7 +260,7 @@ Point<double, 3> Reading::lengths(const MeasuredColumns::Places<3>& places) cons
     return read;
 }
 
-Point<double, 2> Reading::picture(const Channel& channel) const {
+Point<double, 2> Reading::picture(const Channel& channel) {
     const bool isInPixels = states(m_columns->pixels);
     const auto& places = isInPixels ? *m_columns->pixels : *m_columns->normalised;
     Point<double, 2> read;
@@ -259,6 +274,7 @@ Point<double, 2> Reading::picture(const Channel& channel) const {
                        isInPixels ? "check the resolution of the channel, and that px and py are not exchanged"
                                   : "name columns of pixels px and py");
         }
+        m_largestPixel = std::max(m_largestPixel, value);
         read[axis] = value / size;
         if (axis == 1 && m_options.isFromTop) {
             read[axis] = (size - value) / size;

@@ -2,9 +2,11 @@
 
 #include <Eigen/Cholesky>
 #include <Eigen/Core>
+#include <Eigen/Geometry>
 #include <Eigen/LU>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <utility>
 
@@ -14,6 +16,10 @@ namespace {
 
 /// A difference larger than so many standard deviations is none of measuring.
 constexpr double CONTRADICTION_SIGMAS = 4.0;
+
+/// The same of measurements without deviations, as a part of what the points of the channel cover.
+constexpr double CONTRADICTION_PART = 0.1;
+constexpr std::size_t FEWEST_PLACES = 8;
 
 using Group = std::vector<const MeasuredPoint*>;
 
@@ -75,8 +81,30 @@ bool contradict(const Group& group, const MeasuredPoint& mean) {
     });
 }
 
+using Groups = std::map<std::pair<std::size_t, Point<double, 2>>, Group>;
+
+/// The diagonal of the box around the points of each channel; none for a channel with so few places that these say
+/// nothing about each other.
+std::map<std::size_t, double> extentsOf(const Groups& groups) {
+    std::map<std::size_t, Eigen::AlignedBox3d> boxes;
+    std::map<std::size_t, std::size_t> places;
+    for (const auto& [key, group] : groups) {
+        ++places[key.first];
+        for (const MeasuredPoint* const point : group) {
+            boxes[key.first].extend(vectorOf(point->world));
+        }
+    }
+    std::map<std::size_t, double> extents;
+    for (const auto& [channel, box] : boxes) {
+        extents[channel] =
+            places[channel] < FEWEST_PLACES ? std::numeric_limits<double>::infinity() : box.diagonal().norm();
+    }
+    return extents;
+}
+
 /// None when the measurements contradict each other.
-std::optional<MeasuredPoint> meanOf(const Group& group) {
+/// @param extent of the points of their channel
+std::optional<MeasuredPoint> meanOf(const Group& group, double extent) {
     MeasuredPoint mean = *group.front();
     for (const MeasuredPoint* const point : group) {
         mean.set = mean.set == point->set ? mean.set : "";
@@ -84,7 +112,10 @@ std::optional<MeasuredPoint> meanOf(const Group& group) {
     }
     if (!mean.covariance) {
         takePlainMean(group, mean);
-        return mean;
+        const bool isApart = std::any_of(group.begin(), group.end(), [&](const MeasuredPoint* point) {
+            return norm(point->world - mean.world) > CONTRADICTION_PART * extent;
+        });
+        return isApart ? std::nullopt : std::optional(mean);
     }
     takeWeightedMean(group, mean);
     return contradict(group, mean) ? std::nullopt : std::optional(mean);
@@ -111,16 +142,17 @@ private:
 
 CombinedPoints combineRepeated(const std::vector<MeasuredPoint>& points, const std::function<void()>& pulse) {
     Pulse now(pulse);
-    std::map<std::pair<std::size_t, Point<double, 2>>, Group> groups;
+    Groups groups;
     for (const MeasuredPoint& point : points) {
         now.count();
         groups[{point.channel, point.picture}].push_back(&point);
     }
+    const std::map<std::size_t, double> extents = extentsOf(groups);
     // By their first rows, of which no two are the same.
     std::map<std::size_t, std::pair<MeasuredPoint, std::vector<std::size_t>>> combined;
     for (const auto& [key, group] : groups) {
         now.count();
-        if (const auto mean = group.size() > 1 ? meanOf(group) : std::nullopt) {
+        if (const auto mean = group.size() > 1 ? meanOf(group, extents.at(key.first)) : std::nullopt) {
             auto& [point, lines] = combined[mean->row];
             point = *mean;
             for (const MeasuredPoint* const of : group) {

@@ -43,7 +43,8 @@ struct CombinedPoints {
 /// weighted by their inverse covariances if they state them. To be called when all of them are in one frame.
 ///
 /// Measurements that contradict each other by their own covariances, one of them by more than 4 standard deviations of
-/// its difference from the mean, stay apart: one of them is wrong, and the fit finds out which.
+/// its difference from the mean, stay apart: one of them is wrong, and the fit finds out which. So do those without
+/// covariances of which one is further from the mean than a tenth of what the points of the channel cover.
 /// @param pulse called now and then, as it may take seconds for a million points; what it throws comes out
 [[nodiscard]] CombinedPoints combineRepeated(const std::vector<MeasuredPoint>& points,
                                              const std::function<void()>& pulse = nullptr);

@@ -123,9 +123,44 @@ TEST_F(FitCommand, InPlaceTheConfigurationIsReplacedAndItsLensKept) {
     EXPECT_EQ(fit({"--in-place"}).exitCode, GOOD);
     EXPECT_LT(largestDeviation(m_planned), 1e-9);
     EXPECT_EQ(m_folder.read("show/lens.yml"), lens) << "other channels may use it";
-    EXPECT_EQ(fit({"--in-place"}).exitCode, GOOD) << "fitted again";
-    EXPECT_THAT(files(), ElementsAre("lens.yml", "planned-020000000703-2.yml", "planned-020000000703.yml",
-                                     "planned.xml", "true.xml"));
+    EXPECT_THAT(files(), ElementsAre("lens.yml", "planned-020000000703.yml", "planned.xml", "true.xml"));
+}
+
+TEST_F(FitCommand, InPlaceNothingIsWrittenWhereNoNumberChanges) {
+    EXPECT_EQ(fit({"--in-place"}).exitCode, GOOD);
+    const std::string before = m_folder.read("show/planned.xml");
+    const auto time = std::filesystem::last_write_time(m_planned);
+    const ProgramRun again = fit({"--in-place"});
+    EXPECT_EQ(again.exitCode, GOOD);
+    EXPECT_THAT(again.output, HasSubstr("\nNo number of the configuration changes.\nNothing was written.\n"));
+    EXPECT_EQ(m_folder.read("show/planned.xml"), before);
+    EXPECT_EQ(std::filesystem::last_write_time(m_planned), time);
+    EXPECT_THAT(files(), ElementsAre("lens.yml", "planned-020000000703.yml", "planned.xml", "true.xml"));
+    const ProgramRun copy = fit({"-o", m_folder.file("show/copy.xml")});
+    EXPECT_THAT(copy.output, HasSubstr("No number of the configuration changes.\nWritten: "));
+    EXPECT_THAT(files(), ElementsAre("copy.xml", "lens.yml", "planned-020000000703.yml", "planned.xml", "true.xml"))
+        << "it names the lens that is there";
+}
+
+// The report says what was done wrong, nothing is written, and the exit status says so.
+TEST_F(FitCommand, YAndZExchangedAreNamedAndNotWritten) {
+    auto lines = linesOf(m_folder.read("measured.csv"));
+    std::string table;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::size_t z = lines[i].rfind(',');
+        const std::size_t y = lines[i].rfind(',', z - 1);
+        const bool isRow = i > 3;
+        table += (isRow ? lines[i].substr(0, y) + lines[i].substr(z) + lines[i].substr(y, z - y) : lines[i]) + '\n';
+    }
+    m_folder.write("exchanged.csv", table);
+    const ProgramRun run = fit({"-o", m_folder.file("show/fitted.xml")}, "exchanged.csv");
+    EXPECT_EQ(run.exitCode, UNUSABLE);
+    EXPECT_THAT(run.output,
+                AllOf(HasSubstr("result       unusable"),
+                      HasSubstr("unusable: y and z are exchanged: space is mirrored; exchange the columns y "
+                                "and z\n"),
+                      HasSubstr("\nNothing was written.\n")));
+    EXPECT_THAT(files(), ElementsAre("lens.yml", "planned.xml", "true.xml"));
 }
 
 TEST_F(FitCommand, InAnotherFolderItsFilesAreFound) {
@@ -167,17 +202,39 @@ TEST_F(FitCommand, AFrameOfItsOwnIsRegisteredByControlPoints) {
 }
 
 TEST_F(FitCommand, WhatIsNotRegisteredIsRemarked) {
-    const auto said = [this](const std::string& rows) {
+    const auto run = [this](const std::string& rows) {
         m_folder.write("sets.csv", "# unit m\nset,channel,u,v,x,y,z,X,Y,Z\n" + rows);
         return runScreenManager(
-                   {"fit", m_planned, "--points", m_folder.file("sets.csv"), "-o", m_folder.file("show/fitted.xml")})
-            .errors;
+            {"fit", m_planned, "--points", m_folder.file("sets.csv"), "-o", m_folder.file("show/fitted.xml")});
     };
-    EXPECT_THAT(said("a,Left,0.5,0.5,1,2,3,1,2,3\n"),
-                HasSubstr("note: the control points are not used: state --register"));
-    EXPECT_THAT(said("a,Left,0.5,0.5,1,2,3,,,\nb,Left,0.1,0.5,1,2,3,,,\n"),
+    EXPECT_THAT(
+        run("a,Left,0.5,0.5,1,2,3,5,2,3\na,,,,4,1,3,4,5,3\n").output,
+        HasSubstr("doubtful: the control points lie 4 m (RMS) from where they should be, and were not used: the "
+                  "measurement is not in the frame of the display; state --register rigid"));
+    EXPECT_THAT(run("a,Left,0.5,0.5,1,2,3,1,2,3\na,,,,4,1,3,4,1,3\n").output,
+                HasSubstr("note: the control points were not used: they are where they should be"));
+    EXPECT_THAT(run("a,Left,0.5,0.5,1,2,3,,,\nb,Left,0.1,0.5,1,2,3,,,\n").errors,
                 HasSubstr("note: the measurements of all sets are taken as in the frame of the display"));
-    EXPECT_THAT(said("a,Left,0.5,0.5,1,2,3,,,\n"), testing::Not(HasSubstr("note:")));
+    EXPECT_THAT(run("a,Left,0.5,0.5,1,2,3,,,\n").errors, testing::Not(HasSubstr("note:")));
+}
+
+// The fit succeeds with a frame of its own: what it found is doubted nevertheless.
+TEST_F(FitCommand, ControlPointsThatAreNotUsedMakeAFitDoubtful) {
+    auto table = m_folder.read("measured.csv");
+    const auto lines = linesOf(table);
+    table = "# unit m\nchannel,u,v,x,y,z,X,Y,Z\n,,,0,0,0,10,0,0\n,,,3,0,0,13,0,0\n,,,0,4,0,10,4,0\n";
+    for (std::size_t i = 4; i < lines.size(); ++i) {
+        std::istringstream cells(lines[i]);
+        std::vector<std::string> cell(1);
+        while (std::getline(cells, cell.back(), ',')) {
+            cell.emplace_back();
+        }
+        table += cell[0] + ',' + cell[5] + ',' + cell[6] + ',' + cell[7] + ',' + cell[8] + ',' + cell[9] + ",,,\n";
+    }
+    m_folder.write("controls.csv", table);
+    const ProgramRun run = fit({"-o", m_folder.file("show/fitted.xml")}, "controls.csv");
+    EXPECT_EQ(run.exitCode, DOUBTFUL) << run.output;
+    EXPECT_THAT(run.output, HasSubstr("doubtful: the control points lie 10 m (RMS) from where they should be"));
 }
 
 TEST_F(FitCommand, AnOutlierIsNamedByItsLine) {
@@ -294,6 +351,8 @@ TEST_F(FitCommand, AWrongCommandLineIsRefusedBeforeAnythingIsComputed) {
     EXPECT_THAT(fit({"-o", fitted, "--solve", "everything"}).errors,
                 HasSubstr("\"everything\" is none of position, orientation, frustum, distortion, area"));
     EXPECT_THAT(fit({"-o", fitted, "--hold", "left"}).errors, HasSubstr("\"left\" is none of square-pixels"));
+    EXPECT_THAT(fit({"-o", fitted, "--solve", "position", "--hold", "square-pixels"}).errors,
+                HasSubstr("--hold: its numbers belong to the frustum, and no frustum is solved with this --solve"));
     for (const char* const input : {"measured.csv", "show/planned.xml", "show/lens.yml"}) {
         const std::string before = m_folder.read(input);
         EXPECT_EQ(fit({"-o", m_folder.file(input)}).exitCode, WRONG_LINE) << input;
@@ -303,6 +362,28 @@ TEST_F(FitCommand, AWrongCommandLineIsRefusedBeforeAnythingIsComputed) {
     }
     EXPECT_EQ(fit({"-o", fitted, "--report", fitted, "--format", "text"}).exitCode, WRONG_LINE);
     EXPECT_EQ(fit({"-o", fitted, "--channel", "Nobody"}).exitCode, WRONG_LINE);
+    EXPECT_THAT(files(), ElementsAre("lens.yml", "planned.xml", "true.xml"));
+}
+
+TEST_F(FitCommand, AnAreaHasNothingToHold) {
+    const std::string wall = sourceFolder() + "/examples/planar-wall/display.xml";
+    for (const char* held : {"square-pixels", "horizontal-shift"}) {
+        const ProgramRun run = runScreenManager({"fit", wall, "--points", m_folder.file("measured.csv"), "--hold", held,
+                                                 "-o", m_folder.file("show/fitted.xml")});
+        EXPECT_EQ(run.exitCode, WRONG_LINE);
+        EXPECT_EQ(run.errors,
+                  "error: --hold: its numbers belong to the frustum, and no frustum is solved on this type of display: "
+                  "leave it out\n");
+    }
+}
+
+TEST_F(FitCommand, AFolderIsNoFile) {
+    const std::string folder = m_folder.file("show");
+    const ProgramRun run = fit({"-o", folder});
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_EQ(run.errors, "error: " + folder + " is a folder: name a file in it, such as " + folder + "/fitted.xml\n");
+    EXPECT_THAT(fit({"-o", m_folder.file("show/fitted.xml"), "--report", folder, "--format", "text"}).errors,
+                HasSubstr(folder + " is a folder: name a file in it, such as " + folder + "/report.txt"));
     EXPECT_THAT(files(), ElementsAre("lens.yml", "planned.xml", "true.xml"));
 }
 

@@ -40,8 +40,11 @@ std::vector<std::string> namesOf(const std::vector<FitFinding>& findings) {
 /// A display that is not quite as it is configured, and mistakes in its measurement.
 class Mistakes : public testing::TestWithParam<std::string> {
 protected:
-    [[nodiscard]] DisplayFitResult fitOf(const Change& change, int columns = 8, int rows = 6) {
-        Points points = m_scene.measured(columns, rows);
+    /// Rays that are reflected take long to follow where no values lead to the points.
+    [[nodiscard]] static bool isSlow() { return GetParam() == "collimated"; }
+
+    [[nodiscard]] DisplayFitResult fitOf(const Change& change, bool isFast = !isSlow()) {
+        Points points = isFast ? m_scene.measured(8, 6) : m_scene.measured(4, 3);
         for (MeasuredPoint& point : points) {
             change(point);
         }
@@ -80,15 +83,18 @@ TEST_P(Mistakes, InThePictureAreNamedAndToldApart) {
 
 TEST_P(Mistakes, OfTheAxesAreNamedAndToldApart) {
     const std::vector<std::string> axes{"x", "y", "z"};
-    for (std::size_t axis = 0; axis < 3; ++axis) {
+    for (std::size_t axis = 0; axis < (isSlow() ? 1 : 3); ++axis) {
         expectNamed("AXIS_MIRRORED", axes[axis] + " has the wrong sign",
                     [axis](MeasuredPoint& p) { p.world[axis] *= -1; });
     }
     const auto exchange = [](std::size_t a, std::size_t b) {
         return [a, b](MeasuredPoint& p) { std::swap(p.world[a], p.world[b]); };
     };
-    expectNamed("AXES_EXCHANGED", "x and y are exchanged", exchange(0, 1));
     expectNamed("AXES_EXCHANGED", "y and z are exchanged", exchange(1, 2));
+    if (isSlow()) {
+        return;
+    }
+    expectNamed("AXES_EXCHANGED", "x and y are exchanged", exchange(0, 1));
     expectNamed("AXES_EXCHANGED", "x and z are exchanged", exchange(0, 2));
     expectNamed("AXES_EXCHANGED", "x, y, z are y, z, x of the display", [](MeasuredPoint& p) {
         p.world = {p.world[1], p.world[2], p.world[0]};
@@ -121,7 +127,7 @@ TEST_P(Mistakes, AFrameOfItsOwnIsNamedWithItsMovement) {
              p.world = {quarter * (p.world[0] - p.world[1]) + 1, quarter * (p.world[0] + p.world[1]) - 2, p.world[2]};
          }}};
     for (const auto& [text, change] : movements) {
-        const DisplayFitResult result = fitOf(change);
+        const DisplayFitResult result = fitOf(change, true);
         ASSERT_THAT(namesOf(result.findings), ElementsAre("FRAME_MOVED"));
         EXPECT_THAT(result.findings[0].text, AllOf(HasSubstr("all points lie"), HasSubstr(text)));
         EXPECT_THAT(result.findings[0].remedy, HasSubstr("--register rigid"));
@@ -130,6 +136,9 @@ TEST_P(Mistakes, AFrameOfItsOwnIsNamedWithItsMovement) {
         for (const ChannelFit& fit : result.channels) {
             EXPECT_THAT(namesOf(fit.findings), Not(Contains("U_REVERSED"))) << fit.name;
             EXPECT_THAT(namesOf(fit.findings), Not(Contains("CHANNELS_EXCHANGED"))) << fit.name;
+        }
+        if (isSlow()) {
+            break;
         }
     }
 }

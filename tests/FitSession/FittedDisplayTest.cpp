@@ -195,4 +195,48 @@ TEST_F(FittedDisplayTest, AChangeOfSomebodyElseIsNotLost) {
     EXPECT_EQ(m_folder.read("dome/display.xml"), std::string(DISPLAY) + "<!-- changed -->\n");
 }
 
+TEST_F(FittedDisplayTest, ALensThatStaysAsItWasGetsNoFile) {
+    const std::string before = m_config->text();
+    FittedDisplay fitted(*m_config, "", m_file);
+    ChannelFit fit = fitOf(*m_config, "a/b", {.frustum = true, .distortion = true});
+    fit.before.lens = fit.after.lens = lens();
+    fitted.take(fit);
+    EXPECT_FALSE(fitted.isChanged());
+    EXPECT_EQ(m_config->text(), before);
+    EXPECT_THAT(fitted.lensFiles(), IsEmpty());
+    fit.after.lens->cy += 1e-9;
+    fitted.take(fit);
+    EXPECT_TRUE(fitted.isChanged());
+    EXPECT_THAT(fitted.lensFiles(), ElementsAre(m_folder.file("dome/display-a_b.yml")));
+}
+
+TEST_F(FittedDisplayTest, ValuesThatRoundToWhatIsThereChangeNothing) {
+    FittedDisplay fitted(*m_config, "", m_file);
+    ChannelFit fit = fitOf(*m_config, "right", {.orientation = true, .frustum = true});
+    fit.after = fit.before;
+    fitted.take(fit);
+    EXPECT_FALSE(fitted.isChanged());
+    fit.after.frustum.top += 1e-9;
+    fitted.take(fit);
+    EXPECT_TRUE(fitted.isChanged());
+}
+
+// What stands before the first dot of a name, and dots of folders, are no ending.
+TEST_F(FittedDisplayTest, LensFilesAreNamedAfterTheConfigurationWithoutItsEnding) {
+    m_folder.makeFolder("a.b");
+    const auto lensOf = [this](const std::string& path) {
+        FittedDisplay fitted(*m_config, m_folder.file(path), m_file);
+        ChannelFit fit = fitOf(*m_config, "a/b", {.distortion = true});
+        fit.after.lens = lens();
+        fitted.take(fit);
+        return fitted.lensFiles().at(0).substr(m_folder.file("").size());
+    };
+    EXPECT_EQ(lensOf("a.b/c"), "a.b/c-a_b.yml");
+    EXPECT_EQ(lensOf("a.b/c.xml"), "a.b/c-a_b.yml");
+    EXPECT_EQ(lensOf("a.b/c.old.xml"), "a.b/c.old-a_b.yml");
+    EXPECT_EQ(lensOf("a.b/.xml"), "a.b/.xml-a_b.yml");
+    EXPECT_EQ(lensOf(".xml"), ".xml-a_b.yml");
+    EXPECT_EQ(lensOf("a.b/c."), "a.b/c-a_b.yml");
+}
+
 }  // namespace

@@ -231,4 +231,33 @@ TEST(FrameRegistration, ASetWithoutMarksIsRefusedAndNothingMoves) {
     EXPECT_EQ(points.points[0].world, (P3{1, 2, 3}));
 }
 
+TEST(FrameRegistration, MarksThatAreNotUsedAreCheckedNevertheless) {
+    using Veltrani::DisplayFit::FitFinding;
+    using Veltrani::DisplayFit::FitOutcome;
+    Veltrani::DisplayFit::DisplayFitResult result;
+    result.unit = "m";
+    FrameRegistration::checkUnused({}, result);
+    EXPECT_THAT(result.findings, IsEmpty());
+    FrameRegistration::checkUnused(Station().controls(MARKS), result);
+    ASSERT_EQ(result.findings.size(), 1U);
+    EXPECT_EQ(result.findings[0].kind, FitFinding::Kind::FRAME_NOT_REGISTERED);
+    EXPECT_EQ(result.findings[0].outcome, FitOutcome::DOUBTFUL);
+    EXPECT_THAT(result.findings[0].text,
+                AllOf(StartsWith("the control points lie 1"), HasSubstr(" m (RMS) from where")));
+    EXPECT_THAT(result.findings[0].remedy, HasSubstr("--register rigid"));
+    std::vector<ControlPoint> there;
+    for (const P3& mark : MARKS) {
+        there.push_back({"", mark + P3{0.01, 0, 0}, mark, 2});
+    }
+    FrameRegistration::checkUnused(there, result);
+    ASSERT_EQ(result.findings.size(), 2U);
+    EXPECT_EQ(result.findings[1].outcome, FitOutcome::GOOD) << "as a mark is measured";
+    EXPECT_THAT(result.findings[1].text, HasSubstr("to within 0.01 m"));
+    for (ControlPoint& control : there) {
+        control.measured += P3{0, 0.1, 0};
+    }
+    FrameRegistration::checkUnused(there, result);
+    EXPECT_EQ(result.findings[2].outcome, FitOutcome::DOUBTFUL);
+}
+
 }  // namespace

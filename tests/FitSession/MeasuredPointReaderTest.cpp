@@ -227,6 +227,38 @@ TEST_F(MeasuredPointReaderTest, AHeaderThatIsNoneIsRefusedWithWhatIsMissing) {
     }
 }
 
+TEST_F(MeasuredPointReaderTest, NumbersBeyondAllMeasuringAreRefusedAtTheirPlace) {
+    const std::string head = "channel,u,v,x,y,z,sx,sy,sz\nA,0.5,0.5,1,2,3,1,1,1\n";
+    EXPECT_EQ(refusalOf(head + "A,0.5,0.5,1e300,2,3,1,1,1\n"),
+              "points.csv:3: column 4, x: found \"1e300\", expected a number of at most 1e12 in size; correct it, or "
+              "remove the row");
+    EXPECT_THAT(refusalOf(head + "A,0.5,0.5,1,2,-1e13,1,1,1\n"), StartsWith("points.csv:3: column 6, z: found"));
+    EXPECT_THAT(refusalOf(head + "A,0.5,0.5,1,2,3,1,1e200,1\n"), StartsWith("points.csv:3: column 8, sy: found"));
+    EXPECT_EQ(read(head + "A,0.5,0.5,1e12,2,3,1,1,1\n").points.size(), 2U);
+}
+
+TEST_F(MeasuredPointReaderTest, OtherSeparatorsAndDecimalCommasAreNamed) {
+    for (const char* header : {"channel;u;v;x;y;z\n", "channel\tu\tv\tx\ty\tz\n"}) {
+        EXPECT_THAT(refusalOf(header),
+                    HasSubstr("expected columns apart by commas; write commas between the columns, and "
+                              "decimal points"));
+    }
+    EXPECT_THAT(
+        refusalOf("channel,u,v,x,y,z\nA,0,5,0,5,1,2,3\n"),
+        HasSubstr("expected 6 columns, as the header names them; write decimal points: commas part the columns"));
+    EXPECT_THAT(refusalOf("channel,u,v,x,y,z\nA,0.5,0.5,1,2\n"), HasSubstr("write one measurement per line"));
+}
+
+TEST_F(MeasuredPointReaderTest, PlacesFromZeroToOneAreNoPixels) {
+    const std::string table = "channel,px,py,x,y,z\nA,0,0,1,2,3\nA,1,0,2,2,3\nA,1,1,2,2,4\n";
+    EXPECT_EQ(
+        refusalOf(table + "A,0.5,0.5,2,2,4\n"),
+        "points.csv:2: column 2, px: found px and py from 0 to 1 in all rows, expected pixels of the picture; name "
+        "these columns u and v");
+    EXPECT_EQ(read(table + "A,0.5,1.5,2,2,4\n").points.size(), 4U);
+    EXPECT_EQ(read(table).points.size(), 3U) << "too few to be sure";
+}
+
 TEST_F(MeasuredPointReaderTest, ACovarianceIsPositiveDefinite) {
     const std::string header = "channel,u,v,x,y,z,cxx,cxy,cxz,cyy,cyz,czz\n";
     for (const char* const numbers : {"0,0,0,1,0,1", "1,2,0,1,0,1", "1,0,0,1,0,-1", "1,0.9,0.9,1,-0.9,1"}) {

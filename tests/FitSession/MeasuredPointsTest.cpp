@@ -43,6 +43,23 @@ TEST(MeasuredPoints, RepeatedOnesBecomeTheirMean) {
     EXPECT_THAT(combined.lines, ElementsAre(ElementsAre(2, 4), ElementsAre(3)));
 }
 
+// As where the points of several channels have one name: their mean would lie where no light is.
+TEST(MeasuredPoints, PlacesFarApartAreNoRepetition) {
+    std::vector<MeasuredPoint> points;
+    for (std::size_t i = 0; i < 10; ++i) {
+        const double part = 0.1 * static_cast<double>(i);
+        points.push_back(at({part, 4, 0}, 2 * i + 2, P2{part, 0.5}));
+        points.push_back(at({part + (i == 3 ? 2.0 : 0.01), 4, 0}, 2 * i + 3, P2{part, 0.5}));
+    }
+    const auto combined = combineRepeated(points);
+    EXPECT_EQ(combined.points.size(), 11U);
+    EXPECT_THAT(combined.lines, testing::Contains(ElementsAre(8)));
+    EXPECT_THAT(combined.lines, testing::Contains(ElementsAre(9)));
+    EXPECT_THAT(combined.lines, testing::Contains(ElementsAre(10, 11)));
+    points.resize(8);
+    EXPECT_EQ(combineRepeated(points).points.size(), 4U) << "too few places to say so";
+}
+
 TEST(MeasuredPoints, ThoseOfOtherChannelsStayApart) {
     MeasuredPoint other = at({3, 2, 1}, 4);
     other.channel = 1;

@@ -143,6 +143,20 @@ TEST(ResidualReader, EachElementIsCheckedAndNamed) {
     }
 }
 
+TEST(ResidualReader, APlaceFarBesideThePictureIsRefused) {
+    const auto with = [](const std::string& place) { return reportWith("[0.25,0.5]", place); };
+    for (const char* beside : {"[0,1]", "[-0.02,1.1]", "[2,-1]"}) {
+        EXPECT_EQ(read(with(beside)).channels.at(0).residuals.size(), 1U) << beside;
+    }
+    for (const std::string far : {"[55,-3]", "[2.01,0.5]", "[0.5,-1.01]", "[1e99,0]"}) {
+        EXPECT_THAT(refusalOf(with(far)), StartsWith("report.json: channels[0].residuals[0].picture: found [")) << far;
+    }
+    EXPECT_THAT(
+        refusalOf(with("[55,-3]")),
+        HasSubstr("found [55,-3]; expected a place in the picture, from 0 to 1 or up to the picture's size beside "
+                  "it; name the report"));
+}
+
 TEST(ResidualReader, WhatIsNoJsonIsNamedWithItsPlace) {
     EXPECT_THAT(refusalOf("{\n  \"schema\": oops}"),
                 StartsWith("report.json: line 2, column 13: found \"oops}\"; expected JSON; "));

@@ -130,10 +130,6 @@ Solution ChannelSearch::solveFromHere(ChannelModel& model) const {
 
 bool ChannelSearch::fitsReversed(std::size_t coordinate, const PictureModel::Held& held) const {
     const FitPoints points = reversed(m_points, coordinate);
-    if (!m_setup.isPicture()) {
-        const auto model = m_setup.make(points, held);
-        return ChannelSolver(m_options).solve(*model).isSolved && fitsPicture(*model);
-    }
     const auto start = linearStart(points, m_setup.view(), held);
     if (!start || start->isMirrored) {
         return false;

@@ -78,7 +78,7 @@ void FitJudge::judgeDirections(ChannelFit& fit, const FitAttempt& attempt) const
     bool isU = fits && isReversed[0] != 0;
     bool isV = fits && isReversed[1] != 0;
     // A lens that folds can bring the mirror image of a picture near to its points.
-    const bool isSuspect = m_setup.groups().orientation && !isU && !isV && (!fits || attempt.lens.unmapped > 0);
+    const bool isSuspect = m_setup.isPicture() && !isU && !isV && (!fits || attempt.lens.unmapped > 0);
     if (isSuspect) {
         isU = m_search.fitsReversed(0, attempt.held);
         isV = !isU && m_search.fitsReversed(1, attempt.held);

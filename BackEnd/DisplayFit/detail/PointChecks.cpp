@@ -97,12 +97,13 @@ double typicalPointDeviation(const FitPoints& points) {
 }
 
 std::optional<FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unknowns) {
-    // One equation more than values, so that there is a residual.
-    const std::size_t needed = unknowns / 2 + 1;
+    // One equation more than values, so that there is a residual; and no line.
+    const std::size_t needed = std::max<std::size_t>(unknowns / 2 + 1, 3);
     if (points.size() < needed) {
         return FitFinding{FitFinding::Kind::TOO_FEW_POINTS, FitOutcome::UNUSABLE,
-                          std::to_string(points.size()) + " points are too few for " + std::to_string(unknowns) +
-                              " values: at least " + std::to_string(needed) + " are needed",
+                          std::to_string(points.size()) + (points.size() == 1 ? " point is" : " points are") +
+                              " too few" + (unknowns > 0 ? " for " + std::to_string(unknowns) + " values" : "") +
+                              ": at least " + std::to_string(needed) + " are needed",
                           "measure more points, or hold some of the values"};
     }
     const PointShape shape = PointShape::of(points.world);
