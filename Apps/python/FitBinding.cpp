@@ -138,6 +138,9 @@ FitReport fit(DisplayState& display, const FitPlan& plan, MeasuredPoints measure
     options.pulse = Entry::pulse;
     const DisplayFitter fitter(options, [](std::size_t, std::size_t) { Entry::pulse(); });
     report.result = fitter.fit(display.config(), report.combined.points);
+    if (!plan.registration) {
+        FrameRegistration::checkUnused(report.measured.controls, report.result);
+    }
     return report;
 }
 
