@@ -25,7 +25,9 @@ P2 sizeOf(const WarpCell& cell) {
 std::array<P2, 9> latticeOf(const WarpCell& cell) {
     std::array<P2, 9> lattice;
     for (std::size_t i = 0; i < lattice.size(); ++i) {
-        lattice[i] = cell.at({static_cast<double>(i % 3) / 2, static_cast<double>(i / 3) / 2});
+        const std::size_t column = i % 3;
+        const std::size_t row = i / 3;
+        lattice[i] = cell.at({static_cast<double>(column) / 2, static_cast<double>(row) / 2});
     }
     return lattice;
 }

@@ -85,12 +85,18 @@ bool PoleZone::holds(const WarpCell& cell) const {
 }
 
 bool PoleZone::turnsIn(const WarpCell& cell) const {
-    const auto& [a, b, c, d] = cell.directions;
-    return std::any_of(m_poles.begin(), m_poles.end(), [&](const P3& pole) {
-        const bool isNear = std::any_of(cell.directions.begin(), cell.directions.end(),
-                                        [&](const P3& direction) { return norm(direction - pole) < WIDEST; });
-        return isNear && (areTurned(pole, a, b) || areTurned(pole, b, c) || areTurned(pole, c, d) ||
-                          areTurned(pole, d, a) || areTurned(pole, a, c) || areTurned(pole, b, d));
+    const auto& corners = cell.directions;
+    return std::any_of(m_poles.begin(), m_poles.end(), [&corners](const P3& pole) {
+        const bool isNear = std::any_of(corners.begin(), corners.end(),
+                                        [&pole](const P3& direction) { return norm(direction - pole) < WIDEST; });
+        for (std::size_t i = 0; isNear && i < corners.size(); ++i) {
+            for (std::size_t other = 0; other < i; ++other) {
+                if (areTurned(pole, corners[i], corners[other])) {
+                    return true;
+                }
+            }
+        }
+        return false;
     });
 }
 

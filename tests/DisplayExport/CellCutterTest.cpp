@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <random>
 
 namespace {
@@ -29,10 +30,10 @@ protected:
     /// Everything that a cutter refers to, on one channel.
     struct Bench {
         Bench(const XMLConfigFile& config, const Veltrani::DisplayReport::ChannelChoice& channel, InputKind kind)
-            : sight(config, channel),
-              input(config, sight, choiceOf(kind)),
-              sampler(sight, input),
-              meter(sight, input) {}
+            : Bench(config, channel, choiceOf(kind)) {}
+        Bench(const XMLConfigFile& config, const Veltrani::DisplayReport::ChannelChoice& channel,
+              const InputChoice& choice)
+            : sight(config, channel), input(config, sight, choice), sampler(sight, input), meter(sight, input) {}
 
         static InputChoice choiceOf(InputKind kind) {
             InputChoice choice;
@@ -212,6 +213,40 @@ TEST_F(CellCutterTest, DividesACellAtThePoleIntoWhatFillsIt) {
     ASSERT_EQ(errors.size(), 2U) << "one cell, cut twice";
     EXPECT_LT(errors[1], errors[0]) << "parts around the pole are divided too, as long as their error is too large";
     EXPECT_GT(pieces[1], 2 * pieces[0]);
+}
+
+/// Opposite to the axis of a fisheye no square keeps the error: there is an end to their number, and where the error is
+/// largest they are smallest.
+TEST_F(CellCutterTest, DividesNoMoreThanItMay) {
+    loadAny("planetarium");
+    const Bench bench(config(), channels()[0],
+                      InputChoice{.kind = InputKind::FISHEYE,
+                                  .direction = P3{0.0, 0.0, -1.0},
+                                  .aperture = 2 * std::numbers::pi,
+                                  .pixels = {4096, 4096}});
+    const WarpGrid grid = bench.grid(12, 12);
+    std::vector<WarpCell> cells;
+    double area = 0;
+    for (std::size_t number = 0; number < grid.cells(); ++number) {
+        const WarpCell cell = WarpCell::of(grid, number);
+        if (bench.cutter(Seam::CONTINUE).mustCut(cell, bench.cutter(Seam::CONTINUE).kindOf(cell))) {
+            cells.push_back(cell);
+            area += 1.0 / (11 * 11);
+        }
+    }
+    constexpr double FINE = 0.02;
+    std::size_t pieces = 0;
+    double sum = 0;
+    std::size_t beyond = 0;
+    for (const CellCutter::Cut& cut : bench.cutter(Seam::CONTINUE, FINE).cut(cells)) {
+        pieces += cut.pieces.size();
+        sum += sumOfAreas(cut.pieces) + cut.areaLeftOut;
+        beyond += cut.error.beyond;
+    }
+    EXPECT_GT(pieces, CellCutter::MOST_PARTS);
+    EXPECT_LE(pieces, 2 * (cells.size() + CellCutter::MOST_PARTS));
+    EXPECT_NEAR(sum, area, 1e-9);
+    EXPECT_GT(beyond, 0U) << "what is not divided is counted";
 }
 
 /// What a piece of a cube shows lies on its face: the direction between the corners has its largest part there.

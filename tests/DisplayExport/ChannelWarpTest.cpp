@@ -180,6 +180,16 @@ TEST_F(ChannelWarpTest, LeavesOutNothingButThePole) {
     EXPECT_GT(broken, warp.brokenAtSeams());
 }
 
+/// However much error is allowed: a picture is not left to division as a whole, so that readers of grids have a part of
+/// it.
+TEST_F(ChannelWarpTest, HasNodesAroundThePoleWhateverTheError) {
+    loadAny("planetarium");
+    const ChannelWarp warp = warpOf(0, {.kind = InputKind::EQUIRECTANGULAR}, {.error = 1000});
+    EXPECT_GE(warp.columns(), 4U);
+    EXPECT_GE(warp.rows(), 4U);
+    EXPECT_LE(warp.error().largest, 1000);
+}
+
 TEST_F(ChannelWarpTest, CutsCellsAtTheEdgesOfACube) {
     loadAny("planetarium");
     const ChannelWarp warp = warpOf(1, {.kind = InputKind::CUBE}, {});
