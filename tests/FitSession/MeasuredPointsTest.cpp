@@ -34,6 +34,28 @@ TEST(MeasuredPoints, NothingIsCombinedOfNothing) {
     EXPECT_THAT(combineRepeated({}).points, IsEmpty());
 }
 
+TEST(MeasuredPoints, ManyAreCombinedWithAPulseThatCanEndIt) {
+    struct Ended {};
+    std::vector<MeasuredPoint> points;
+    for (std::size_t i = 0; i < 10'000; ++i) {
+        points.push_back(at({1, 2, 3}, i, P2{static_cast<double>(i % 5000), 0}));
+    }
+    std::size_t pulses = 0;
+    EXPECT_EQ(combineRepeated(points, [&pulses] { ++pulses; }).points.size(), 5000U);
+    // Of the points, of the places that they share, and of what comes of them.
+    EXPECT_GE(pulses, 18U);
+    for (const std::size_t last : {1U, 12U, 18U}) {
+        std::size_t left = last;
+        EXPECT_THROW(static_cast<void>(combineRepeated(points,
+                                                       [&left] {
+                                                           if (--left == 0) {
+                                                               throw Ended();
+                                                           }
+                                                       })),
+                     Ended);
+    }
+}
+
 TEST(MeasuredPoints, RepeatedOnesBecomeTheirMean) {
     const auto combined = combineRepeated({at({1, 2, 3}, 2), at({5, 6, 7}, 3, P2{0, 0}), at({3, 2, 1}, 4)});
     ASSERT_EQ(combined.points.size(), 2U);

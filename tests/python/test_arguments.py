@@ -149,6 +149,8 @@ def test_every_call_refuses_what_is_no_point(call):
     (lambda display: display.channels[0].player_input(eye=(0, 0, 1e200)), "ArgumentError", "^eye: expected coordinates"),
     (lambda display: display.fit("x.csv", origin=np.zeros(3)), "ArgumentTypeError", "^origin: expected a text, found"),
     (lambda display: display.screen.map_into_3d((0, 0), np.zeros(3)), "ArgumentTypeError", "^extrapolate: expected True"),
+    (lambda display: screenmanager.Surface(display, "x"), "ArgumentError", "^part: expected one of preferred, .* x$"),
+    (lambda display: screenmanager.Channel(5, "x"), "ArgumentTypeError", "^display: expected a Display, found int$"),
     (lambda display: display.check(quick="no"), "ArgumentTypeError", "^quick: expected True or False, found str$"),
     (lambda display: display.coverage(pieces=None), "ArgumentTypeError", "^pieces: expected True or False"),
     (lambda display: setattr(display.screen, "radius", (1, 2)), "ArgumentError",
@@ -186,6 +188,7 @@ def test_an_error_has_its_cause():
     ({"deviations": (1e200, 1, 1)}, r"\.deviations: expected numbers from 1e-100 to 1e6, found \(1e\+200,"),
     ({"deviations": [(1, 1, 1), (1, 1e-200, 1)]}, r"\.deviations\[1\]: expected numbers from 1e-100 to 1e6"),
     ({"covariances": np.eye(3) * 1e200}, r"\.covariances\[0\]: expected numbers up to 1e\+12"),
+    ({"covariances": np.diag([1e6, -1e6, 1e6])}, r"\.covariances: .* symmetric and positive definite$"),
     ({"points": [(0, 0, 1), (0, 1e200, 1)]}, r"\.points\[1\]: expected numbers up to 1e\+12, found \(0, 1e\+200, 1\)$"),
     ({"picture": [(0.5, 1e13), (0, 0)]}, r"\.picture\[0\]: expected numbers up to 1e\+12"),
 ])

@@ -194,8 +194,8 @@ def test_a_display_without_a_cloud_has_none():
 
 
 @pytest.mark.parametrize(("origins", "directions", "shape"), [
-    ((0, 0, 1), np.zeros((0, 3)), (0,)), (np.zeros((0, 3)), (0, 1, 0), (0,)), (np.zeros((0, 3)), np.zeros((0, 3)), (0,)),
-    ((0, 0, 1), np.zeros((4, 0, 3)), (4, 0)), (np.zeros((0, 4, 3)), (0, 1, 0), (0, 4))])
+    ((0, 0, 1), np.full((4, 3), np.nan)[:0], (0,)), (np.zeros((0, 3)), (0, 1, 0), (0,)), (np.zeros((0, 3)), np.zeros((0, 3)), (0,)),
+    ((0, 0, 1), np.full((4, 1, 3), np.nan)[:, :0], (4, 0)), (np.zeros((0, 4, 3)), (0, 1, 0), (0, 4))])
 @pytest.mark.parametrize("name", ["dome", "mesh-rays", "planar-wall"])
 def test_no_rays_hit_nothing(name, origins, directions, shape):
     hits = screenmanager.Display.load(example(name)).screen.intersect(origins, directions)

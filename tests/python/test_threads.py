@@ -176,6 +176,33 @@ def test_ctrl_c_ends_a_long_call(call, tmp_path):
     assert list(tmp_path.iterdir()) == [], "an export that was interrupted leaves nothing"
 
 
+def test_what_a_handler_raises_ends_the_reading_of_measurements():
+    """Before anything is fitted: the last row, which is refused, is not reached."""
+    code = """
+import numpy as np, screenmanager, signal, sys
+display = screenmanager.Display.load(sys.argv[1])
+points = np.ones((1_000_000, 3))
+points[-1] = np.nan
+measured = screenmanager.MeasuredPoints(display.channels[0].id, np.full((1_000_000, 2), 0.5), points,
+                                        covariances=np.eye(3), picture_deviations=(0.1, 0.1))
+class Late(Exception): pass
+def handle(*_):
+    raise Late("ended")
+signal.signal(signal.SIGALRM, handle)
+signal.setitimer(signal.ITIMER_REAL, 0.1)
+try:
+    display.fit(measured)
+except Late as fault:
+    print(fault)
+except screenmanager.ArgumentError as fault:
+    signal.setitimer(signal.ITIMER_REAL, 0)
+    print("the last row was reached")
+"""
+    run = subprocess.run([sys.executable, "-c", code, str(EXAMPLES / "spherical-dome/display.xml")], timeout=120,
+                         capture_output=True, text=True, check=False)
+    assert run.returncode == 0 and run.stdout == "ended\n", (run.stdout, run.stderr)
+
+
 def test_a_handler_that_calls_back_gets_an_error_and_no_wrong_answer():
     code = """
 import screenmanager, signal, sys
