@@ -208,9 +208,10 @@ void layOut(const std::vector<Piece>& pieces, std::size_t number, const Packing&
                                             pixelOf(RIM, RIM + piece.steps)};
     for (std::size_t corner = 0; corner < pixels.size(); ++corner) {
         chart.vertices.push_back(piece.corners[corner].place);
-        chart.coordinates.emplace_back(
-            (static_cast<double>(pixels[corner] % packing.width()) + 0.5) / static_cast<double>(packing.width()),
-            (static_cast<double>(pixels[corner] / packing.width()) + 0.5) / static_cast<double>(packing.height()));
+        const std::size_t row = pixels[corner] / packing.width();
+        const std::size_t column = pixels[corner] % packing.width();
+        chart.coordinates.emplace_back((static_cast<double>(column) + 0.5) / static_cast<double>(packing.width()),
+                                       (static_cast<double>(row) + 0.5) / static_cast<double>(packing.height()));
     }
     chart.triangles.push_back({first, first + 1, first + 2});
 }

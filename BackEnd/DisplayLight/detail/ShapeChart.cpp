@@ -70,9 +70,10 @@ void addTriangle(const ScreenGeometry& surface, SurfaceChart::Triangle corners, 
 
 void addDrawn(const ScreenGeometry& surface, const std::vector<Node>& nodes, SurfaceChart& chart) {
     for (std::size_t i = 0; i < nodes.size(); ++i) {
+        const std::size_t row = i / (COLUMNS + 1);
+        const std::size_t column = i % (COLUMNS + 1);
         chart.vertices.push_back(nodes[i].point);
-        chart.coordinates.emplace_back(static_cast<double>(i % (COLUMNS + 1)) / COLUMNS,
-                                       static_cast<double>(i / (COLUMNS + 1)) / ROWS);
+        chart.coordinates.emplace_back(static_cast<double>(column) / COLUMNS, static_cast<double>(row) / ROWS);
     }
     for (std::size_t row = 0; row < ROWS; ++row) {
         for (std::size_t column = 0; column < COLUMNS; ++column) {
@@ -108,8 +109,10 @@ SurfaceChart shapeChart(const ScreenGeometry& surface, std::size_t mostPlaces) {
     chart.grid.parameters.resize(width * height);
     for (std::size_t i = 0; i < chart.grid.places.size(); ++i) {
         P2& at = chart.grid.parameters[i];
-        at = {(static_cast<double>(i % width) + MIDDLE) / static_cast<double>(width),
-              (static_cast<double>(i / width) + MIDDLE) / static_cast<double>(height)};
+        const std::size_t row = i / width;
+        const std::size_t column = i % width;
+        at = {(static_cast<double>(column) + MIDDLE) / static_cast<double>(width),
+              (static_cast<double>(row) + MIDDLE) / static_cast<double>(height)};
         DisplayLight::EyePlace& place = chart.grid.places[i];
         place.isSeen = surface.mapInto3D(at, place.point, false);
     }
