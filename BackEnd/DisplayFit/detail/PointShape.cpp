@@ -156,6 +156,21 @@ std::vector<double> fromNearest(std::span<const Vector> points, const Through& f
     return best.distances(points);
 }
 
+/// The principal axes of the points that are no further away than most are by chance: few points alone, with their
+/// noise, lead far away at the other end.
+PointShape axesOfNear(std::span<const Vector> points, const std::vector<double>& distances) {
+    const double most = MOST_DEVIATIONS * DEVIATION_OF_MEDIAN * medianOf(distances);
+    std::vector<Vector> near;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (distances[i] <= most) {
+            near.push_back(points[i]);
+        }
+    }
+    PointShape shape;
+    findAxes(near, shape);
+    return shape;
+}
+
 }  // namespace
 
 PointShape PointShape::of(std::span<const Vector> points) {
@@ -182,6 +197,10 @@ PointShape PointShape::of(std::span<const Vector> points) {
                                        const Vector& a = of[pick()];
                                        return lineThrough(a, of[pick()]);
                                    });
+    const PointShape ofPlane = axesOfNear(points, shape.m_fromPlane);
+    shape.m_fromPlane = Through{ofPlane.centre, {ofPlane.axes[2], Vector{}}}.distances(points);
+    const PointShape ofLine = axesOfNear(points, shape.m_fromLine);
+    shape.m_fromLine = Through{ofLine.centre, {ofLine.axes[1], ofLine.axes[2]}}.distances(points);
     return shape;
 }
 
