@@ -11,8 +11,8 @@ namespace Veltrani::DisplayFitDetail {
 namespace {
 
 /// Places of the picture that are examined, along its width and its height, edges included.
-constexpr int COLUMNS = 33;
-constexpr int ROWS = 21;
+constexpr int COLUMNS = 17;
+constexpr int ROWS = 11;
 
 /// How near a ray leads back to its place, as a part of the picture.
 constexpr double SAME_PLACE = 1e-8;

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdint>
 #include <iterator>
-#include <limits>
 
 namespace Veltrani::DisplayFitDetail {
 
@@ -31,9 +30,9 @@ constexpr double ABSURD = 30;
 
 /// Planes and lines through some of the points that are tried: where a third of the points is wrong, one of three
 /// such planes has none of these.
-constexpr int TRIALS = 60;
+constexpr int TRIALS = 24;
 /// Points by which they are compared.
-constexpr std::size_t COMPARED = 200;
+constexpr std::size_t COMPARED = 100;
 
 /// Wrong points that are expected: this part of all, and a few in any case where there are enough.
 constexpr std::size_t ONE_WRONG_IN = 20;
@@ -92,15 +91,25 @@ struct Through {
     Vector point;
     std::array<Vector, 2> normals;  ///< across each other, of length 1; the second one zero for a plane
 
-    [[nodiscard]] double distance(const Vector& from) const {
-        return std::hypot(dot(from - point, normals[0]), dot(from - point, normals[1]));
+    [[nodiscard]] double square(const Vector& to) const {
+        const Vector from = to - point;
+        const double first = dot(from, normals[0]);
+        const double second = dot(from, normals[1]);
+        return first * first + second * second;
     }
     [[nodiscard]] std::vector<double> distances(std::span<const Vector> points) const {
-        std::vector<double> all;
-        all.reserve(points.size());
-        std::transform(points.begin(), points.end(), std::back_inserter(all),
-                       [this](const Vector& from) { return distance(from); });
+        std::vector<double> all(points.size());
+        std::transform(points.begin(), points.end(), all.begin(),
+                       [this](const Vector& to) { return std::sqrt(square(to)); });
         return all;
+    }
+    /// The median square of the distances.
+    [[nodiscard]] double typical(std::span<const Vector> points, std::vector<double>& squares) const {
+        squares.resize(points.size());
+        std::transform(points.begin(), points.end(), squares.begin(), [this](const Vector& to) { return square(to); });
+        const auto middle = squares.begin() + static_cast<std::ptrdiff_t>(squares.size() / 2);
+        std::nth_element(squares.begin(), middle, squares.end());
+        return *middle;
     }
 };
 
@@ -144,10 +153,11 @@ std::vector<double> fromNearest(std::span<const Vector> points, const Through& f
     }
     Picker pick(points.size());
     Through best = first;
-    double least = medianOf(best.distances(some));
+    std::vector<double> squares;
+    double least = best.typical(some, squares);
     for (int trial = 0; trial < TRIALS && least > 0; ++trial) {
         const Through other = make(points, pick);
-        const double typical = medianOf(other.distances(some));
+        const double typical = other.typical(some, squares);
         if (typical < least) {
             best = other;
             least = typical;
