@@ -71,8 +71,10 @@ LensCheck LensCheck::of(const PictureModel& model, const DisplayFit::ChannelValu
         }
     }
     for (int i = 0; i < COLUMNS * ROWS && model.held().solved.distortion; ++i) {
-        const Point<double, 2> place{static_cast<double>(i % COLUMNS) / (COLUMNS - 1),
-                                     static_cast<double>(i / COLUMNS) / (ROWS - 1)};
+        const int column = i % COLUMNS;
+        const int row = i / COLUMNS;
+        const Point<double, 2> place{static_cast<double>(column) / (COLUMNS - 1),
+                                     static_cast<double>(row) / (ROWS - 1)};
         if (!isShown(*lens, place)) {
             check.foldsInPicture = true;
             check.foldsAmongPoints = check.foldsAmongPoints || fromAxis(model.view(), place) <= farthest;
