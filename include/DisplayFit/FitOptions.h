@@ -20,8 +20,8 @@ struct SolvedGroups {
 
 /// What is solved, and how.
 struct FitOptions {
-    /// What is done where all points of a channel lie in one plane, from which position, orientation and frustum cannot
-    /// be distinguished.
+    /// What is done where all points of a channel lie in one plane, to their noise and but for a few, from which
+    /// position, orientation and frustum cannot be distinguished.
     enum class OnPlane {
         HOLD_TWO,  ///< pixels are made square and the configured horizontal shift is held; a note states it
         REFUSE,    ///< such a channel is refused

@@ -22,11 +22,11 @@ enum class FitOutcome : int {
 /// Something that a reader must know about a fit.
 struct FitFinding {
     enum class Kind {
-        CHANGED_FOR_PLANE,     ///< two numbers are held, since the points lie in one plane
+        CHANGED_FOR_PLANE,     ///< two numbers are held, since the points show no depth, or no more than their noise
         OUTLIERS,              ///< points were rejected
-        ILL_DETERMINED,        ///< a combination of values is hardly determined
+        ILL_DETERMINED,        ///< a combination of values is hardly determined, or a part of the picture by it
         DEVIATIONS_TOO_SMALL,  ///< residuals are larger than the stated deviations explain
-        BEYOND_FOLD,           ///< points lie where the fitted lens folds
+        BEYOND_FOLD,           ///< the lens folds within its picture, or before a point that took part
         TOO_FEW_POINTS,
         POINTS_ON_LINE,
         POINTS_ON_PLANE,

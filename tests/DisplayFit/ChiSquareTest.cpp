@@ -89,7 +89,7 @@ void expectChiSquare(const SetUp& given) {
 
 /// The first channel of an example.
 void expectChiSquareOf(const std::string& example) {
-    const LogTrap log;
+    const LogTrap log(log4cxx::Level::getWarn());
     FitScene scene = FitScene::ofExample(example);
     SetUp given;
     given.truth = valuesOf(scene.truth(), 0);
@@ -116,7 +116,7 @@ TEST(ChiSquare, OfOrientationAndFrustumBehindAMirror) {
 }
 
 TEST(ChiSquare, OfPositionOrientationAndFrustum) {
-    const LogTrap log;
+    const LogTrap log(log4cxx::Level::getWarn());
     const SyntheticChannel channel("Rectilinear", {});
     expectChiSquare({channel.truth(), channel.config(channel.disturbed(), "start"), channel.measured(100)});
     ScreenManager::deleteInstance();

@@ -3,7 +3,6 @@
 #include "DisplayFit/detail/FitJudge.h"
 #include "DisplayFit/detail/PictureDeviation.h"
 #include "DisplayFit/detail/PointChecks.h"
-#include "DisplayFit/detail/PointShape.h"
 #include "DisplayFit/detail/RationalStarts.h"
 #include "DisplayFit/detail/ResidualLists.h"
 
@@ -51,7 +50,12 @@ bool isSubset(const SolvedGroups& groups, const SolvedGroups& of) {
 
 ChannelFitter::ChannelFitter(const ChannelSetup& setup, const FitPoints& points, const FitOptions& options,
                              const std::string& unit)
-    : m_setup(setup), m_points(points), m_options(options), m_unit(unit), m_search(setup, points, options) {}
+    : m_setup(setup),
+      m_points(points),
+      m_options(options),
+      m_unit(unit),
+      m_search(setup, points, options),
+      m_shape(PointShape::of(points.world)) {}
 
 bool ChannelFitter::choose(ChannelFit& fit, PictureModel::Held& held) const {
     const SolvedGroups& has = m_setup.groups();
@@ -156,14 +160,13 @@ std::optional<FitAttempt> ChannelFitter::solve(ChannelFit& fit, const PictureMod
         return attempt(held);
     }
     const double deviation = typicalPointDeviation(m_points);
-    const PointShape shape = PointShape::of(m_points.world);
     PictureModel::Held both = held;
     both.squarePixels = both.horizontalShift = true;
     std::string cause = "all points lie in one plane";
     std::optional<FitAttempt> made;
-    if (!shape.isFlat(deviation)) {
+    if (!m_shape.isFlat(deviation)) {
         made = attempt(held);
-        if (!shape.isNearlyFlat() || showsDepth(*made, shape.besidePlane(deviation))) {
+        if (!m_shape.isNearlyFlat() || showsDepth(*made, m_shape.besidePlane(deviation))) {
             return made;
         }
         FitAttempt other = attempt(both);
@@ -253,16 +256,13 @@ bool ChannelFitter::isRefused(ChannelFit& fit, PictureModel::Held& held) const {
     }
     const std::unique_ptr<ChannelModel> model = m_setup.make(m_points, held);
     noteBefore(*model, fit);
-    auto fault = faultOfPlaces(m_points, 0);
+    PictureModel::Held least = held;
+    if (needsDepth(held) && m_shape.isFlat(typicalPointDeviation(m_points))) {
+        least.squarePixels = least.horizontalShift = true;
+    }
+    auto fault = faultOfPlaces(m_points, m_setup.make(m_points, least)->unknowns().size());
     if (!fault) {
         fault = faultOfUnit(*model, m_unit);
-    }
-    if (!fault) {
-        PictureModel::Held least = held;
-        if (needsDepth(held) && PointShape::of(m_points.world).isFlat(typicalPointDeviation(m_points))) {
-            least.squarePixels = least.horizontalShift = true;
-        }
-        fault = faultOfPlaces(m_points, m_setup.make(m_points, least)->unknowns().size());
     }
     if (fault) {
         fit.findings.push_back(std::move(*fault));
@@ -297,8 +297,7 @@ void ChannelFitter::fit(ChannelFit& fit) const {
     fit.covariance = determination.covariance();
     const FitJudge judge(m_setup, m_points, m_options, m_search);
     if (needsDepth(made->held)) {
-        const PointShape shape = PointShape::of(m_points.world);
-        judge.judge(fit, *made, determinationOf(*made, shape.besidePlane(typicalPointDeviation(m_points))));
+        judge.judge(fit, *made, determinationOf(*made, m_shape.besidePlane(typicalPointDeviation(m_points))));
     } else {
         judge.judge(fit, *made, determination);
     }

@@ -7,6 +7,7 @@
 #include "DisplayFit/detail/Determination.h"
 #include "DisplayFit/detail/FitAttempt.h"
 #include "DisplayFit/detail/FitPoints.h"
+#include "DisplayFit/detail/PointShape.h"
 
 #include <memory>
 #include <optional>
@@ -57,6 +58,7 @@ private:
     const DisplayFit::FitOptions& m_options;
     const std::string& m_unit;
     ChannelSearch m_search;
+    PointShape m_shape;  ///< of the measured points
 };
 
 }  // namespace Veltrani::DisplayFitDetail

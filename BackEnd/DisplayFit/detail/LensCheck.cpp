@@ -11,8 +11,8 @@ namespace Veltrani::DisplayFitDetail {
 namespace {
 
 /// Places of the picture that are examined, along its width and its height, edges included.
-constexpr int COLUMNS = 33;
-constexpr int ROWS = 21;
+constexpr int COLUMNS = 17;
+constexpr int ROWS = 11;
 
 /// How near a ray leads back to its place, as a part of the picture.
 constexpr double SAME_PLACE = 1e-8;
@@ -71,8 +71,10 @@ LensCheck LensCheck::of(const PictureModel& model, const DisplayFit::ChannelValu
         }
     }
     for (int i = 0; i < COLUMNS * ROWS && model.held().solved.distortion; ++i) {
-        const Point<double, 2> place{static_cast<double>(i % COLUMNS) / (COLUMNS - 1),
-                                     static_cast<double>(i / COLUMNS) / (ROWS - 1)};
+        const int column = i % COLUMNS;
+        const int row = i / COLUMNS;
+        const Point<double, 2> place{static_cast<double>(column) / (COLUMNS - 1),
+                                     static_cast<double>(row) / (ROWS - 1)};
         if (!isShown(*lens, place)) {
             check.foldsInPicture = true;
             check.foldsAmongPoints = check.foldsAmongPoints || fromAxis(model.view(), place) <= farthest;

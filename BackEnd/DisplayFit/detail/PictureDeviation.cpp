@@ -63,8 +63,10 @@ PictureDeviation PictureDeviation::of(const ChannelModel& model, const std::vect
     Rows rows(2, count);
     for (const auto& [length, words] : distancesOf(model, isLeftOut)) {
         for (int i = 0; i < PLACES * PLACES; ++i) {
-            const Point<double, 2> place{static_cast<double>(i % PLACES) / (PLACES - 1),
-                                         static_cast<double>(i / PLACES) / (PLACES - 1)};
+            const int column = i % PLACES;
+            const int row = i / PLACES;
+            const Point<double, 2> place{static_cast<double>(column) / (PLACES - 1),
+                                         static_cast<double>(row) / (PLACES - 1)};
             if (!model.rowsAt(place, length, rows.data())) {
                 continue;
             }

@@ -290,11 +290,13 @@ void PictureModel::write(const double* step, ChannelValues& values) const {
 }
 
 bool PictureModel::missInPicture(std::size_t point, Point<double, 2>& pixels) const {
-    Point<double, 2> picture;
-    std::array<Vector, 2> byWorld;
-    if (!gradients(m_points.world[point], picture, byWorld)) {
+    const Vector ray = transpose(m_view.world_from_projector) * (m_points.world[point] - m_view.position);
+    LensFormula::Place place;
+    if (!m_view.lens.place(ray, place, false)) {
         return false;
     }
+    const Point<double, 2> picture{m_view.factor[0] * place.a + m_view.shift[0],
+                                   m_view.factor[1] * place.b + m_view.shift[1]};
     const Point<double, 2> miss = picture - m_points.picture[point];
     pixels = {miss[0] * m_view.pixels[0], miss[1] * m_view.pixels[1]};
     return true;

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdint>
 #include <iterator>
-#include <limits>
 
 namespace Veltrani::DisplayFitDetail {
 
@@ -31,9 +30,9 @@ constexpr double ABSURD = 30;
 
 /// Planes and lines through some of the points that are tried: where a third of the points is wrong, one of three
 /// such planes has none of these.
-constexpr int TRIALS = 60;
+constexpr int TRIALS = 24;
 /// Points by which they are compared.
-constexpr std::size_t COMPARED = 200;
+constexpr std::size_t COMPARED = 100;
 
 /// Wrong points that are expected: this part of all, and a few in any case where there are enough.
 constexpr std::size_t ONE_WRONG_IN = 20;
@@ -92,15 +91,25 @@ struct Through {
     Vector point;
     std::array<Vector, 2> normals;  ///< across each other, of length 1; the second one zero for a plane
 
-    [[nodiscard]] double distance(const Vector& from) const {
-        return std::hypot(dot(from - point, normals[0]), dot(from - point, normals[1]));
+    [[nodiscard]] double square(const Vector& to) const {
+        const Vector from = to - point;
+        const double first = dot(from, normals[0]);
+        const double second = dot(from, normals[1]);
+        return first * first + second * second;
     }
     [[nodiscard]] std::vector<double> distances(std::span<const Vector> points) const {
-        std::vector<double> all;
-        all.reserve(points.size());
-        std::transform(points.begin(), points.end(), std::back_inserter(all),
-                       [this](const Vector& from) { return distance(from); });
+        std::vector<double> all(points.size());
+        std::transform(points.begin(), points.end(), all.begin(),
+                       [this](const Vector& to) { return std::sqrt(square(to)); });
         return all;
+    }
+    /// The median square of the distances.
+    [[nodiscard]] double typical(std::span<const Vector> points, std::vector<double>& squares) const {
+        squares.resize(points.size());
+        std::transform(points.begin(), points.end(), squares.begin(), [this](const Vector& to) { return square(to); });
+        const auto middle = squares.begin() + static_cast<std::ptrdiff_t>(squares.size() / 2);
+        std::nth_element(squares.begin(), middle, squares.end());
+        return *middle;
     }
 };
 
@@ -144,16 +153,32 @@ std::vector<double> fromNearest(std::span<const Vector> points, const Through& f
     }
     Picker pick(points.size());
     Through best = first;
-    double least = medianOf(best.distances(some));
+    std::vector<double> squares;
+    double least = best.typical(some, squares);
     for (int trial = 0; trial < TRIALS && least > 0; ++trial) {
         const Through other = make(points, pick);
-        const double typical = medianOf(other.distances(some));
+        const double typical = other.typical(some, squares);
         if (typical < least) {
             best = other;
             least = typical;
         }
     }
     return best.distances(points);
+}
+
+/// The principal axes of the points that are no further away than most are by chance: few points alone, with their
+/// noise, lead far away at the other end.
+PointShape axesOfNear(std::span<const Vector> points, const std::vector<double>& distances) {
+    const double most = MOST_DEVIATIONS * DEVIATION_OF_MEDIAN * medianOf(distances);
+    std::vector<Vector> near;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (distances[i] <= most) {
+            near.push_back(points[i]);
+        }
+    }
+    PointShape shape;
+    findAxes(near, shape);
+    return shape;
 }
 
 }  // namespace
@@ -182,6 +207,10 @@ PointShape PointShape::of(std::span<const Vector> points) {
                                        const Vector& a = of[pick()];
                                        return lineThrough(a, of[pick()]);
                                    });
+    const PointShape ofPlane = axesOfNear(points, shape.m_fromPlane);
+    shape.m_fromPlane = Through{ofPlane.centre, {ofPlane.axes[2], Vector{}}}.distances(points);
+    const PointShape ofLine = axesOfNear(points, shape.m_fromLine);
+    shape.m_fromLine = Through{ofLine.centre, {ofLine.axes[1], ofLine.axes[2]}}.distances(points);
     return shape;
 }
 

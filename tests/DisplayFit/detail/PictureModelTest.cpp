@@ -99,6 +99,26 @@ TEST_P(PictureModelTest, TheDerivativesAreThoseOfTheResiduals) {
     }
 }
 
+/// What a place of the picture shows, at any distance, moves as the residual of such a point.
+TEST_P(PictureModelTest, RowsAtAPlaceAreThoseOfAPointThere) {
+    const PictureModel model(m_points, view(), {{true, true, true, true, false}, false, false});
+    const std::size_t count = model.unknowns().size();
+    const std::vector<double> none(count, 0.0);
+    std::vector<double> residuals(2 * m_points.size());
+    std::vector<double> jacobian(residuals.size() * count);
+    const auto isMapped = std::make_unique<bool[]>(m_points.size());
+    model.evaluate(none.data(), residuals.data(), jacobian.data(), isMapped.get());
+    for (std::size_t i = 0; i < m_points.size(); ++i) {
+        const Point<double, 2> place{m_points.picture[i][0] + residuals[2 * i] / 1920,
+                                     m_points.picture[i][1] + residuals[2 * i + 1] / 1200};
+        std::vector<double> rows(2 * count);
+        ASSERT_TRUE(model.rowsAt(place, model.distanceOf(i), rows.data()));
+        for (std::size_t k = 0; k < rows.size(); ++k) {
+            EXPECT_NEAR(rows[k], jacobian[2 * i * count + k], 1e-6 * (1 + std::abs(rows[k]))) << i << ", " << k;
+        }
+    }
+}
+
 /// A move of the base changes nothing but where steps start.
 TEST_P(PictureModelTest, AMoveTakesAStepIntoTheBase) {
     PictureModel model(m_points, view(), {{true, true, true, true, false}, false, false});
