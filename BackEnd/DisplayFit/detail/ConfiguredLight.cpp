@@ -1,5 +1,6 @@
 #include "DisplayFit/detail/ConfiguredLight.h"
 
+#include "DisplayFit/detail/Median.h"
 #include "DisplayFit/detail/PointChecks.h"
 #include "DisplayFit/detail/PointShape.h"
 

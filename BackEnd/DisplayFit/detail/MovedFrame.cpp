@@ -1,5 +1,6 @@
 #include "DisplayFit/detail/MovedFrame.h"
 
+#include "DisplayFit/detail/Median.h"
 #include "DisplayFit/detail/PointChecks.h"
 
 #include <Eigen/Core>

@@ -1,5 +1,6 @@
 #include "DisplayFit/detail/PointChecks.h"
 
+#include "DisplayFit/detail/Median.h"
 #include "DisplayFit/detail/PointShape.h"
 
 #include <algorithm>
@@ -67,12 +68,6 @@ std::string roundedText(double number) {
 }
 
 }  // namespace
-
-double medianOf(std::vector<double> numbers) {
-    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
-    std::nth_element(numbers.begin(), middle, numbers.end());
-    return *middle;
-}
 
 double sizeOf(const std::vector<Vector>& places) {
     Vector middle;

@@ -11,9 +11,6 @@
 
 namespace Veltrani::DisplayFitDetail {
 
-/// Returns the median of at least one number.
-[[nodiscard]] double medianOf(std::vector<double> numbers);
-
 /// Returns the median distance of places from their median place: a few that lie elsewhere change nothing.
 [[nodiscard]] double sizeOf(const std::vector<Point<double, 3>>& places);
 

@@ -1,5 +1,7 @@
 #include "DisplayFit/detail/PointShape.h"
 
+#include "DisplayFit/detail/Median.h"
+
 #include <Eigen/Eigenvalues>
 
 #include <algorithm>
@@ -38,12 +40,6 @@ constexpr std::size_t COMPARED = 100;
 constexpr std::size_t ONE_WRONG_IN = 20;
 constexpr std::size_t FEW = 3;
 constexpr std::size_t ENOUGH_FOR_ONE = 10;
-
-double medianOf(std::vector<double> numbers) {
-    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
-    std::nth_element(numbers.begin(), middle, numbers.end());
-    return *middle;
-}
 
 /// Which points are absurd.
 std::vector<std::size_t> absurdOf(std::span<const Vector> points) {

@@ -1,5 +1,7 @@
 #include "DisplayFit/detail/ResidualLists.h"
 
+#include "DisplayFit/detail/Median.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -56,16 +58,14 @@ Point<double, 3> lengthsOf(const ChannelModel& model, std::size_t point) {
 }
 
 /// As a part of the picture; those that are no number are infinite.
-double medianOf(std::vector<double> sizes, const Point<double, 2>& pixels) {
+double medianShareOf(std::vector<double> sizes, const Point<double, 2>& pixels) {
     if (sizes.empty()) {
         return std::numeric_limits<double>::infinity();
     }
     for (double& size : sizes) {
         size = std::isfinite(size) ? size : std::numeric_limits<double>::infinity();
     }
-    const auto middle = sizes.begin() + static_cast<std::ptrdiff_t>(sizes.size() / 2);
-    std::nth_element(sizes.begin(), middle, sizes.end());
-    return *middle / std::max(pixels[0], pixels[1]);
+    return medianOf(std::move(sizes)) / std::max(pixels[0], pixels[1]);
 }
 
 }  // namespace
@@ -97,7 +97,7 @@ double medianMiss(const ChannelModel& model, const Point<double, 2>& pixels) {
     for (std::size_t i = 0; i < model.points().size(); ++i) {
         sizes.push_back(norm(pixelsOf(model, i)));
     }
-    return medianOf(std::move(sizes), pixels);
+    return medianShareOf(std::move(sizes), pixels);
 }
 
 double medianMiss(const ChannelFit& fit, const Point<double, 2>& pixels) {
@@ -105,7 +105,7 @@ double medianMiss(const ChannelFit& fit, const Point<double, 2>& pixels) {
     for (const PointResidual& residual : fit.residuals) {
         sizes.push_back(norm(residual.pixelsAfter));
     }
-    return medianOf(std::move(sizes), pixels);
+    return medianShareOf(std::move(sizes), pixels);
 }
 
 }  // namespace Veltrani::DisplayFitDetail
