@@ -243,7 +243,7 @@ py::object errorOf(const WarpError& error) {
     if (error.places == 0) {
         return py::none();
     }
-    return py::make_tuple(error.largest, error.places, error.beyond, error.leftOut);
+    return py::make_tuple(error.largest, error.largestOfGrid, error.places, error.beyond, error.leftOut);
 }
 
 py::tuple playerWarp(DisplayState& display, const std::wstring& id, py::handle eye, const py::tuple& input,

@@ -10,7 +10,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <numbers>
 #include <optional>
 #include <random>
 
@@ -24,7 +23,6 @@ using Veltrani::DisplayReport::ScreenMapper;
 using P2 = Point<double, 2>;
 using P3 = Point<double, 3>;
 
-constexpr double PI = std::numbers::pi;
 constexpr int PLACES = repetitions(100'000);  // of a display
 // Pixels of the input. With less allowed a grid has more nodes, and the search for it takes longer.
 constexpr double ERROR = IS_SANITIZED ? 2.0 : 0.25;

@@ -144,8 +144,8 @@ def test_nodes_are_those_of_the_mesh(name, nodes, tmp_path):
     assert stated["size"] == [columns, rows] and (nodes is None or nodes == (columns, rows))
     assert stated["mapped"] == warp.lit.sum() > 0 and stated["continued"] == (warp.mask & ~warp.lit).sum()
     assert (stated["cellsAtSeams"], stated["leftOutAtPoles"]) == (warp.cells_at_seams, warp.left_out_at_poles)
-    assert stated["error"] == {"largest": warp.error.largest, "places": warp.error.places, "beyond": warp.error.beyond,
-                               "leftOut": warp.error.left_out}
+    assert stated["error"] == {"largest": warp.error.largest, "largestOfGrid": warp.error.largest_of_grid,
+                               "places": warp.error.places, "beyond": warp.error.beyond, "leftOut": warp.error.left_out}
     assert_same_bits(warp.picture[0, :, 0], np.arange(columns) / (columns - 1))
     assert_same_bits(warp.picture[:, 0, 1], np.arange(rows) / (rows - 1))
     mesh = mesh_of(next((tmp_path / "out").glob("*.mesh")))

@@ -285,7 +285,9 @@ def test_a_table_states_its_unit_and_its_corner(display, tmp_path, random):
     fit = display.fit(str(table), unit="mm", origin="top-left")
     direct = display.fit(screenmanager.MeasuredPoints(name, picture, points))
     assert np.allclose(fit.channels[0].after.position, direct.channels[0].after.position, atol=1e-9)
-    assert fit.outcome == direct.outcome == "good"
+    kinds = [finding.kind for finding in fit.channels[0].findings]
+    assert kinds == [finding.kind for finding in direct.channels[0].findings] and fit.outcome == direct.outcome
+    assert set(kinds) <= {"ILL_DETERMINED"}, "noise on one wall may leave the depth open"
     assert np.allclose(fit.channels[0].residuals.picture, picture, atol=1e-12)
     assert fit.channels[0].residuals.rows[0] == (2,), "lines of the table"
     reversed_ = display.fit(table, unit="mm", origin="bottom-left").channels[0]
@@ -312,7 +314,7 @@ def test_what_the_points_do_not_determine_is_a_finding_and_is_not_applied(displa
     fit = display.fit(screenmanager.MeasuredPoints(name, picture[:2], points[:2]))
     assert fit.outcome == "unusable" and not fit.channels[0].is_solved and fit.channels[0].worst is None
     assert fit.channels[0].covariance.shape == (0, 0)
-    assert [finding.kind for finding in fit.channels[0].findings] == ["POINTS_ON_LINE"]
+    assert [finding.kind for finding in fit.channels[0].findings] == ["TOO_FEW_POINTS"]
     before = display.text
     with pytest.raises(screenmanager.ArgumentError, match="^fit: it is unusable"):
         display.apply(fit)

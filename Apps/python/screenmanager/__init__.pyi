@@ -438,12 +438,13 @@ class WarpTriangles:
     def __init__(self, picture: _Doubles, places: _Doubles, faces: npt.NDArray[np.uint8]) -> None: ...
 
 class WarpError:
-    __match_args__ = ("largest", "places", "beyond", "left_out")
+    __match_args__ = ("largest", "largest_of_grid", "places", "beyond", "left_out")
     largest: Final[float]
+    largest_of_grid: Final[float]
     places: Final[int]
     beyond: Final[int]
     left_out: Final[int]
-    def __init__(self, largest: float, places: int, beyond: int, left_out: int) -> None: ...
+    def __init__(self, largest: float, largest_of_grid: float, places: int, beyond: int, left_out: int) -> None: ...
 
 class PlayerWarp:
     __match_args__ = ("input", "picture", "places", "mask", "lit", "faces", "points", "triangles", "cells_at_seams", "left_out_at_poles", "error")

@@ -173,10 +173,16 @@ class WarpTriangles:
 
 @record
 class WarpError:
-    """What remains of the error between nodes: the largest in pixels of the input, at how many places, how many of these
-    are beyond what was requested, and how many lit places lie in no usable cell."""
+    """What remains of the error between nodes, in pixels of the input.
+
+    largest: the largest one that was found.
+    largest_of_grid: that of the format "mesh", whose cells around a pole are not divided.
+    places: at how many places of the picture it was looked for.
+    beyond: how many of these are beyond what was requested.
+    left_out: how many lit places lie in no usable cell."""
 
     largest: float
+    largest_of_grid: float
     places: int
     beyond: int
     left_out: int
