@@ -183,6 +183,7 @@ private:
                                                       : WarpRequest::Places::NODES;
         request.nodes = nodesOf(m_sight.channel(), m_options);
         request.error = options.allowedError();
+        request.forGrids = warpFormatOf(m_options.format) == WarpFormat::MESH;
         request.seam = options.seam();
         request.withPoints = warpFormatOf(m_options.format) == WarpFormat::PFM_3D;
         request.progress = meter.callback();

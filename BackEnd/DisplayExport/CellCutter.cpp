@@ -68,7 +68,7 @@ std::vector<CellCutter::Cut> CellCutter::cut(std::span<const WarpCell> cells) co
         const std::vector<bool> divided = areDivided(parts, errors, room);
         for (std::size_t i = 0; i < parts.size(); ++i) {
             Cut& cut = cuts[parts[i].number];
-            cut.error.largestOfGrid = areWhole ? errors[i].largest : cut.error.largestOfGrid;
+            cut.error.largestOfGrid = areWhole && !divided[i] ? errors[i].largest : cut.error.largestOfGrid;
             cut.isDivided = cut.isDivided || divided[i];
             if (!divided[i]) {
                 settle(parts[i], errors[i], cut);

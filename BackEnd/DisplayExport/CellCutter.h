@@ -18,7 +18,7 @@ public:
         bool isDivided = false;
         std::size_t leftOut = 0;  ///< parts that hold a pole, or lie next to one
         double areaLeftOut = 0;   ///< of these, as a part of the picture
-        WarpError error;          ///< of the parts around a pole; `largestOfGrid` is that of the cell as it is
+        WarpError error;          ///< of the parts around a pole; `largestOfGrid` is that of a cell that is not divided
     };
     /// The work on one warp is bounded: of more parts those with the largest error are divided.
     static constexpr std::size_t MOST_PARTS = 100'000;

@@ -66,7 +66,6 @@ bool PoleBlock::take(const Range& more) {
     if (!isLit(more)) {
         return false;
     }
-    static_cast<void>(needsFan(more));
     m_range = {std::min(m_range.left, more.left), std::max(m_range.right, more.right),
                std::min(m_range.bottom, more.bottom), std::max(m_range.top, more.top)};
     return true;
@@ -84,15 +83,15 @@ bool PoleBlock::isLit(const Range& range) const {
     });
 }
 
-bool PoleBlock::needsFan(const Range& range) {
+bool PoleBlock::needsFan(const Range& range) const {
     const std::vector<WarpCell> cells = cellsIn(range);
     const std::vector<WarpError> errors = m_meter->errorsIn(cells, m_cutter->allowed());
-    bool isNeeded = false;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        m_largest = std::max(m_largest, errors[i].largest);
-        isNeeded = isNeeded || (errors[i].largest > m_cutter->error() && m_meter->zone().turnsIn(cells[i]));
+        if (errors[i].largest > m_cutter->error() && m_meter->zone().turnsIn(cells[i])) {
+            return true;
+        }
     }
-    return isNeeded;
+    return false;
 }
 
 std::vector<WarpCell> PoleBlock::cellsIn(const Range& range) const {

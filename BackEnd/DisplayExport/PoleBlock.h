@@ -22,8 +22,6 @@ public:
     [[nodiscard]] std::vector<std::size_t> cells() const;
     /// In the picture: bottom left, bottom right, top right, top left.
     [[nodiscard]] std::array<Point<double, 2>, 4> corners() const;
-    /// Pixels of the input; of its cells as they are, but for those that hold the pole.
-    [[nodiscard]] double largestOfGrid() const { return m_largest; }
 
 private:
     /// Columns and rows of cells, the last ones included.
@@ -40,7 +38,7 @@ private:
     /// Takes the cells of a range in, if they are lit; false when they are not, or lie beyond the grid.
     [[nodiscard]] bool take(const Range& more);
     [[nodiscard]] bool isLit(const Range& range) const;
-    [[nodiscard]] bool needsFan(const Range& range);
+    [[nodiscard]] bool needsFan(const Range& range) const;
     [[nodiscard]] std::vector<WarpCell> cellsIn(const Range& range) const;
     /// The line of cells beyond one of the four sides: left, right, bottom, top.
     [[nodiscard]] Range beyond(int side) const;
@@ -49,7 +47,6 @@ private:
     const CellCutter* m_cutter;
     const WarpErrorMeter* m_meter;
     Range m_range{};
-    double m_largest = 0;
 };
 
 }  // namespace Veltrani::DisplayExport

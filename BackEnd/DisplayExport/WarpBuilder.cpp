@@ -92,18 +92,33 @@ WarpBuilder::WarpBuilder(const ChannelSight& sight, const ContentInput& input, c
 }
 
 ChannelWarp WarpBuilder::build() const {
-    ChannelWarp warp;
-    WarpGrid grid;
     if (m_request.places == Places::PIXELS) {
-        grid = gridOfPixels();
-    } else if (m_request.places == Places::NODES) {
-        grid = gridOfNodes(m_request.nodes, m_request.progress);
-        warp.m_error = m_meter.measure(grid, m_request.error, MOST_COMPARED).error;
-    } else {
-        Trial found = search();
-        grid = std::move(found.grid);
-        warp.m_error = found.measured.error;
+        return builtFrom(gridOfPixels(), {});
     }
+    if (m_request.places == Places::NODES) {
+        WarpGrid grid = gridOfNodes(m_request.nodes, m_request.progress);
+        MeasuredError measured = m_meter.measure(grid, m_request.error, MOST_COMPARED);
+        measured.error.largest = m_meter.boundOf(grid, measured);
+        return builtFrom(std::move(grid), measured.error);
+    }
+    Trial found = search();
+    const Point<int, 2> cells = found.cells;
+    ChannelWarp warp = builtFrom(std::move(found.grid), found.measured.error);
+    std::size_t broken = 0;
+    if (m_request.forGrids && cells != mostCells()) {
+        static_cast<void>(warp.gridNodes(broken));
+    }
+    if (broken > 0) {
+        found = boundedTrialOf(mostCells());
+        warp = builtFrom(std::move(found.grid), found.measured.error);
+    }
+    return warp;
+}
+
+ChannelWarp WarpBuilder::builtFrom(WarpGrid grid, const WarpError& error) const {
+    ChannelWarp warp;
+    warp.m_error = error;
+    warp.m_error.largestOfGrid = error.largest;
     warp.m_pixels = m_pixels;
     warp.m_reachesCorners = m_request.places != Places::PIXELS;
     warp.m_columns = grid.columns();
@@ -146,18 +161,30 @@ WarpBuilder::Trial WarpBuilder::trialOf(const Point<int, 2>& cells, double enoug
     return trial;
 }
 
-double WarpBuilder::largestOf(const MeasuredError& measured) const {
-    return m_request.forGrids ? measured.error.largestOfGrid : measured.searched;
+bool WarpBuilder::isKept(const MeasuredError& measured) const {
+    return measured.tooCoarse == 0 && measured.searched <= AIM * m_request.error;
 }
 
-bool WarpBuilder::isKept(const MeasuredError& measured) const {
-    return measured.tooCoarse == 0 && largestOf(measured) <= AIM * m_request.error;
+WarpBuilder::Trial WarpBuilder::boundedTrialOf(const Point<int, 2>& cells) const {
+    Trial trial = trialOf(cells);
+    trial.measured.error.largest = m_meter.boundOf(trial.grid, trial.measured);
+    return trial;
 }
 
 WarpBuilder::Trial WarpBuilder::search() const {
     Trial best = searchUpwards();
-    if (isKept(best.measured)) {
+    const bool keepsIt = isKept(best.measured);
+    if (keepsIt) {
         searchDownwards(best);
+    }
+    best.measured.error.largest = m_meter.boundOf(best.grid, best.measured);
+    while (keepsIt && best.measured.error.largest > m_request.error && best.cells != mostCells()) {
+        constexpr double FINER = 1.05;
+        Point<int, 2> cells;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            cells[i] = std::min(static_cast<int>(std::ceil(FINER * best.cells[i])), mostCells()[i]);
+        }
+        best = boundedTrialOf(cells);
     }
     if (m_request.progress) {
         const auto rows = static_cast<std::size_t>(best.cells[1]) + 1;
@@ -166,8 +193,12 @@ WarpBuilder::Trial WarpBuilder::search() const {
     return best;
 }
 
+Point<int, 2> WarpBuilder::mostCells() const {
+    return {std::min(m_pixels[0], MOST_SEARCHED), std::min(m_pixels[1], MOST_SEARCHED)};
+}
+
 WarpBuilder::Trial WarpBuilder::searchUpwards() const {
-    const Point<int, 2> most{std::min(m_pixels[0], MOST_SEARCHED), std::min(m_pixels[1], MOST_SEARCHED)};
+    const Point<int, 2> most = mostCells();
     constexpr Point<int, 2> START{16, 10};
     Trial trial = trialOf({std::min(START[0], most[0]), std::min(START[1], most[1])});
     // The error of linear interpolation falls with the square of the cells along a side; half of it to each side takes
@@ -181,7 +212,7 @@ WarpBuilder::Trial WarpBuilder::searchUpwards() const {
         for (std::size_t i = 0; i < 2; ++i) {
             cells[i] = std::clamp(static_cast<int>(std::ceil(std::min<double>(wanted[i], most[i]))), 1, most[i]);
         }
-        const double before = largestOf(trial.measured);
+        const double before = trial.measured.searched;
         const Point<int, 2> cellsBefore = trial.cells;
         trial = trialOf(cells);
         if (isKept(trial.measured) || cells == most) {
@@ -189,12 +220,12 @@ WarpBuilder::Trial WarpBuilder::searchUpwards() const {
         }
         // Cells at a pole are to lie in its zone, whatever the error of the others.
         constexpr double FINER = 1.5;
-        const double factor = std::max(std::sqrt(largestOf(trial.measured) / (AIM * m_request.error)),
+        const double factor = std::max(std::sqrt(trial.measured.searched / (AIM * m_request.error)),
                                        trial.measured.tooCoarse > 0 ? FINER : 0);
         // Across a step of the surface, more nodes do not help.
         constexpr double HELPS = 0.8;
         const bool isMuchFiner = cells[0] >= 2 * cellsBefore[0] && cells[1] >= 2 * cellsBefore[1];
-        if (isMuchFiner && trial.measured.tooCoarse == 0 && largestOf(trial.measured) > HELPS * before) {
+        if (isMuchFiner && trial.measured.tooCoarse == 0 && trial.measured.searched > HELPS * before) {
             return trial;
         }
         constexpr double LEAST_STEP = 1.05;
@@ -283,10 +314,14 @@ std::vector<bool> WarpBuilder::fillAroundPoles(const WarpGrid& grid, const CellC
         if (!cut) {
             continue;
         }
-        cut->error.largestOfGrid = block->largestOfGrid();
         for (const std::size_t number : numbers) {
             areFilled[number] = true;
-            addCut(number, cutter.kindOf(WarpCell::of(grid, number)), *cut, warp);
+            const WarpCell cell = WarpCell::of(grid, number);
+            const WarpCell::Kind kind = cutter.kindOf(cell);
+            const double ofGrid = m_meter.errorsIn({&cell, 1}, cutter.allowed()).front().largest;
+            const bool isBroken = kind != WarpCell::Kind::WHOLE || ofGrid > cutter.error();
+            cut->error.largestOfGrid = isBroken ? 0 : ofGrid;
+            addCut(number, kind, isBroken, *cut, warp);
             // All of it belongs to the first cell.
             cut = CellCutter::Cut{.pieces = {}, .isDivided = true, .error = {}};
         }
@@ -294,7 +329,8 @@ std::vector<bool> WarpBuilder::fillAroundPoles(const WarpGrid& grid, const CellC
     return areFilled;
 }
 
-void WarpBuilder::addCut(std::size_t number, WarpCell::Kind kind, CellCutter::Cut& cut, ChannelWarp& warp) {
+void WarpBuilder::addCut(std::size_t number, WarpCell::Kind kind, bool isBroken, CellCutter::Cut& cut,
+                         ChannelWarp& warp) {
     warp.m_leftOutAtPoles += cut.leftOut;
     warp.m_areaLeftOutAtPoles += cut.areaLeftOut;
     warp.m_error.add(cut.error);
@@ -302,7 +338,7 @@ void WarpBuilder::addCut(std::size_t number, WarpCell::Kind kind, CellCutter::Cu
     const bool isAtSeam = kind == WarpCell::Kind::OVER_SEAM || kind == WarpCell::Kind::OVER_FACES;
     warp.m_brokenAtSeams += isAtSeam ? 1 : 0;
     if (kind != WarpCell::Kind::WHOLE || cut.isDivided) {
-        warp.m_cutCells.push_back({number, kind != WarpCell::Kind::WHOLE, std::move(cut.pieces)});
+        warp.m_cutCells.push_back({number, isBroken, std::move(cut.pieces)});
     }
 }
 
@@ -321,7 +357,8 @@ void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
     }
     std::vector<CellCutter::Cut> cuts = cutter.cut(cells);
     for (std::size_t i = 0; i < cuts.size(); ++i) {
-        addCut(numbers[i], cutter.kindOf(cells[i]), cuts[i], warp);
+        const WarpCell::Kind kind = cutter.kindOf(cells[i]);
+        addCut(numbers[i], kind, kind != WarpCell::Kind::WHOLE || cuts[i].isDivided, cuts[i], warp);
     }
     std::sort(warp.m_cutCells.begin(), warp.m_cutCells.end(),
               [](const auto& a, const auto& b) { return a.cell < b.cell; });

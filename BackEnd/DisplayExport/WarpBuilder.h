@@ -25,18 +25,22 @@ private:
         MeasuredError measured;
     };
 
+    /// From the nodes that were requested, or were searched for.
+    [[nodiscard]] ChannelWarp builtFrom(WarpGrid grid, const WarpError& error) const;
     [[nodiscard]] WarpGrid gridOfPixels() const;
     [[nodiscard]] WarpGrid gridOfNodes(const Point<int, 2>& nodes, const DisplayReport::Progress& progress) const;
     /// @param enough an error above which no more of it is measured
     [[nodiscard]] Trial trialOf(const Point<int, 2>& cells, double enough = std::numeric_limits<double>::max()) const;
+    /// The same, its error with a margin for places that were not compared.
+    [[nodiscard]] Trial boundedTrialOf(const Point<int, 2>& cells) const;
     /// The fewest nodes that keep the error.
     [[nodiscard]] Trial search() const;
+    /// On a side of a grid that is searched for.
+    [[nodiscard]] Point<int, 2> mostCells() const;
     /// More and more cells, until the error is kept or more do not help.
     [[nodiscard]] Trial searchUpwards() const;
     /// Fewer cells than those of a trial that keeps the error.
     void searchDownwards(Trial& best) const;
-    /// The error that is to be kept.
-    [[nodiscard]] double largestOf(const MeasuredError& measured) const;
     [[nodiscard]] bool isKept(const MeasuredError& measured) const;
 
     /// Puts the contents of neighbours beside each other where an input wraps around.
@@ -47,7 +51,8 @@ private:
     [[nodiscard]] std::vector<bool> fillAroundPoles(const WarpGrid& grid, const CellCutter& cutter,
                                                     ChannelWarp& warp) const;
     /// Takes the pieces out of the cut.
-    static void addCut(std::size_t number, WarpCell::Kind kind, CellCutter::Cut& cut, ChannelWarp& warp);
+    /// @param isBroken for readers of grids
+    static void addCut(std::size_t number, WarpCell::Kind kind, bool isBroken, CellCutter::Cut& cut, ChannelWarp& warp);
 
     const ChannelSight& m_sight;
     const ContentInput& m_input;

@@ -186,6 +186,7 @@ private:
         warp.places = m_request.nodes ? WarpRequest::Places::NODES : WarpRequest::Places::AUTO;
         warp.nodes = m_request.nodes.value_or(Point<int, 2>());
         warp.error = m_request.error;
+        warp.forGrids = contains(m_request.formats, WarpFormat::MESH);
         warp.seam = m_request.seam;
         return warp;
     }

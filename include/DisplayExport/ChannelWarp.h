@@ -62,8 +62,8 @@ struct WarpRequest {
     Places places = Places::AUTO;
     Point<int, 2> nodes{};  ///< two or more each
     double error = 0.25;    ///< pixels of the input
-    /// Whether `AUTO` keeps the error for readers of grids too, who have no subdivided cells around a pole: many more
-    /// nodes where a picture shows one.
+    /// Whether `AUTO` has as many nodes as it ever has, where readers of grids would lose cells: so that they lose little
+    /// of the picture.
     bool forGrids = false;
     Seam seam = Seam::CONTINUE;
     bool withPoints = false;             ///< whether the points on the screen are kept as well
@@ -73,7 +73,7 @@ struct WarpRequest {
 /// How near a player that interpolates comes to what belongs there, seen at places between the nodes.
 struct WarpError {
     double largest = 0;        ///< pixels of the input; of bilinear interpolation and of both ways to halve a cell
-    double largestOfGrid = 0;  ///< the same for readers of grids, which have no subdivided cells around a pole
+    double largestOfGrid = 0;  ///< the same for readers of grids, who have no cells where these are broken
     std::size_t places = 0;    ///< that were compared; 0: nothing was
     std::size_t beyond = 0;    ///< of these further off than the request allows
     std::size_t leftOut = 0;   ///< lit places that lie in a cell without usable corners
@@ -89,8 +89,8 @@ struct WarpError {
 ///
 /// A value: a grid of nodes, in rows from the bottom, and what has to be known of the cells between them. A cell is
 /// whole when it has four usable corners on one face whose contents lie beside each other; a cell that is not is cut or
-/// subdivided in `forEachPiece`, and is broken for readers of grids. Cells around a pole are whole, but subdivided
-/// until they keep the error. Neighbouring nodes of a panorama have contents beside each other wherever that is
+/// subdivided in `forEachPiece`, and is broken for readers of grids. So is one around a pole whose error is larger than
+/// that of the others. Neighbouring nodes of a panorama have contents beside each other wherever that is
 /// possible, beyond 0 and 1 where need be.
 class ChannelWarp {
 public:
@@ -129,7 +129,7 @@ public:
 
     /// The same nodes for a format that has a grid and no pieces: with nodes taken out such that no broken cell keeps
     /// four usable corners.
-    /// @param broken receives the number of cells with lit places that are lost by that
+    /// @param broken receives the number of cells with four usable corners that are lost by that
     [[nodiscard]] std::vector<WarpNode> gridNodes(std::size_t& broken) const;
 
     /// Parts of divided cells, at most a pixel wide and high, that hold a pole of the input, or lie so near to one that

@@ -123,4 +123,71 @@ inline double errorOnScreen(const ContentInput& input, const P2& shown, const P3
     return norm(there - point) / std::max(across, upwards);
 }
 
+/// The mirror and the screen of the example "collimated", both spheres around one middle, traced here from the eye.
+struct TracedMirror {
+    static constexpr double MIRROR = 3;
+    static constexpr double SCREEN = 1.6;
+    P3 middle{0.0, 0.0, 1.9};
+    P3 eye{0.0, -0.3, 1.4};
+
+    /// The end of a ray at a sphere that lies nearest to a place.
+    [[nodiscard]] P3 end(const P3& from, const P3& direction, double radius, const P3& near) const {
+        const P3 start = from - middle;
+        const P3 unit = direction * (1 / norm(direction));
+        const double half = dot(start, unit);
+        const double root = std::sqrt(half * half - dot(start, start) + radius * radius);
+        const P3 first = from + (-half - root) * unit;
+        const P3 second = from + (-half + root) * unit;
+        return norm(first - near) < norm(second - near) ? first : second;
+    }
+
+    /// Where what the eye sees in a direction stands on the screen.
+    [[nodiscard]] P3 seenIn(const P3& direction, const P3& near) const {
+        const P3 onMirror = end(eye, direction, MIRROR, eye + 100.0 * direction);
+        const P3 normal = (onMirror - middle) * (1 / MIRROR);
+        return end(onMirror, direction - 2 * dot(direction, normal) * normal, SCREEN, near);
+    }
+
+    /// The one of a few directions in which the eye sees what is nearest to a place of the screen.
+    [[nodiscard]] P3 roughDirectionOf(const P3& place) const {
+        P3 nearest;
+        double least = 1e9;
+        for (int azimuth = -70; azimuth <= 70; azimuth += 10) {
+            for (int elevation = -20; elevation <= 20; elevation += 10) {
+                const double a = azimuth * PI / 180;
+                const double e = elevation * PI / 180;
+                const P3 direction{std::sin(a) * std::cos(e), std::cos(a) * std::cos(e), std::sin(e)};
+                const double distance = norm(seenIn(direction, place) - place);
+                nearest = distance < least ? direction : nearest;
+                least = std::min(least, distance);
+            }
+        }
+        return nearest;
+    }
+
+    /// The direction in which the eye sees a place of the screen, found step by step.
+    [[nodiscard]] P3 directionOf(const P3& place) const {
+        P3 direction = roughDirectionOf(place);
+        constexpr int STEPS = 8;
+        constexpr double ASIDE = 1e-6;
+        for (int i = 0; i < STEPS; ++i) {
+            direction = direction * (1 / norm(direction));
+            const P3 right = cross(direction, P3{0.0, 0.0, 1.0}) * (1 / norm(cross(direction, P3{0.0, 0.0, 1.0})));
+            const P3 up = cross(right, direction);
+            const P3 there = seenIn(direction, place);
+            const P3 across = (seenIn(direction + ASIDE * right, place) - there) * (1 / ASIDE);
+            const P3 upwards = (seenIn(direction + ASIDE * up, place) - there) * (1 / ASIDE);
+            // Both lie on the screen: least squares have no rest but its bend.
+            const P3 rest = place - there;
+            const double aa = dot(across, across);
+            const double ab = dot(across, upwards);
+            const double bb = dot(upwards, upwards);
+            const double determinant = aa * bb - ab * ab;
+            direction += ((dot(rest, across) * bb - dot(rest, upwards) * ab) / determinant) * right +
+                         ((aa * dot(rest, upwards) - ab * dot(rest, across)) / determinant) * up;
+        }
+        return direction;
+    }
+};
+
 }  // namespace belonging

@@ -171,13 +171,32 @@ TEST_F(ChannelWarpTest, LeavesOutNothingButThePole) {
     EXPECT_LE(warp.leftOutAtPoles(), 4U);
     EXPECT_GT(warp.brokenAtSeams(), 0U);
     EXPECT_LE(warp.error().largest, 0.25);
-    EXPECT_GT(warp.error().largestOfGrid, warp.error().largest);
+    EXPECT_LE(warp.error().largestOfGrid, 0.25);
     const double area = sumOfAreas(warp);
     EXPECT_LT(area, 1);
     EXPECT_GT(area, 1 - 1e-5);
     std::size_t broken = 0;
     const auto nodes = warp.gridNodes(broken);
     EXPECT_GT(broken, warp.brokenAtSeams());
+}
+
+/// A grid cannot hold what is divided: it has as many nodes as it ever has, and loses little of the picture.
+TEST_F(ChannelWarpTest, LosesLittleInAGrid) {
+    loadAny("planetarium");
+    const auto lostOf = [this](bool forGrids) {
+        const ChannelWarp warp = warpOf(0, {.kind = InputKind::EQUIRECTANGULAR}, {.forGrids = forGrids});
+        std::size_t broken = 0;
+        static_cast<void>(warp.gridNodes(broken));
+        EXPECT_EQ(warp.columns() == 513 && warp.rows() == 513, forGrids);
+        EXPECT_LE(warp.error().largestOfGrid, 0.25);
+        EXPECT_GT(warp.error().largestOfGrid, 0);
+        return static_cast<double>(broken) / static_cast<double>((warp.columns() - 1) * (warp.rows() - 1));
+    };
+    EXPECT_LT(lostOf(true), 0.005);
+    EXPECT_GT(lostOf(false), 0.05);
+    // Nothing is lost of a wall, whoever reads it.
+    loadAny("stereo-wall");
+    EXPECT_EQ(warpOf(0, {}, {.forGrids = true}).nodes().size(), warpOf(0, {}, {}).nodes().size());
 }
 
 /// However much error is allowed: a picture is not left to division as a whole, so that readers of grids have a part of

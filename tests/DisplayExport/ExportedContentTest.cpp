@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <optional>
+#include <ostream>
 #include <random>
 
 namespace {
@@ -97,6 +98,10 @@ struct Case {
         return text;
     }
 };
+
+std::ostream& operator<<(std::ostream& out, const Case& tested) {
+    return out << tested.name();
+}
 
 class ExportedContent : public ExportDisplayTest, public testing::WithParamInterface<Case> {
 protected:
@@ -209,39 +214,13 @@ INSTANTIATE_TEST_SUITE_P(Pixels, ExportedPixels,
                                          Case{"round", InputKind::CUBE}, Case{"warped-wall", InputKind::FRUSTUM}),
                          [](const auto& tested) { return tested.param.name(); });
 
-/// A mirror and a screen behind it, both spheres around one middle, traced here from the eye.
-struct TracedMirror {
-    static constexpr double MIRROR = 3;
-    static constexpr double SCREEN = 1.6;
-    P3 middle{0.0, 0.0, 1.9};
-    P3 eye{0.0, -0.3, 1.4};
-
-    /// The end of a ray at a sphere that lies nearest to a place.
-    [[nodiscard]] P3 end(const P3& from, const P3& direction, double radius, const P3& near) const {
-        const P3 start = from - middle;
-        const P3 unit = direction * (1 / norm(direction));
-        const double half = dot(start, unit);
-        const double root = std::sqrt(half * half - dot(start, start) + radius * radius);
-        const P3 first = from + (-half - root) * unit;
-        const P3 second = from + (-half + root) * unit;
-        return norm(first - near) < norm(second - near) ? first : second;
-    }
-
-    /// Where what the eye sees in a direction stands on the screen.
-    [[nodiscard]] P3 seenIn(const P3& direction, const P3& near) const {
-        const P3 onMirror = end(eye, direction, MIRROR, eye + 100.0 * direction);
-        const P3 normal = (onMirror - middle) * (1 / MIRROR);
-        return end(onMirror, direction - 2 * dot(direction, normal) * normal, SCREEN, near);
-    }
-};
-
 class ExportedMirror : public ExportDisplayTest {};
 
 /// The content that a place requests is seen in the direction whose ray, reflected in the mirror, arrives where the
 /// light of that place does.
 TEST_F(ExportedMirror, RequestsWhatIsSeenInIt) {
     loadAny("collimated");
-    const TracedMirror mirror;
+    const belonging::TracedMirror mirror;
     std::mt19937 random(29);
     std::uniform_real_distribution<double> part(0, 1);
     int lit = 0;

@@ -176,7 +176,7 @@ class WarpError:
     """What remains of the error between nodes, in pixels of the input.
 
     largest: the largest one that was found.
-    largest_of_grid: that of the format "mesh", whose cells around a pole are not divided.
+    largest_of_grid: that of the cells that the format "mesh" has, which cannot hold a pole.
     places: at how many places of the picture it was looked for.
     beyond: how many of these are beyond what was requested.
     left_out: how many lit places lie in no usable cell."""
