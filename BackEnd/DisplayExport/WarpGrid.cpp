@@ -6,6 +6,7 @@
 #include "DisplayReport/basics/LargePages.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -31,6 +32,47 @@ P3 unit(const P3& direction) {
 
 WarpNode nodeOf(const std::optional<InputPlace>& place, WarpNode::State state) {
     return place ? WarpNode{place->at, place->face, state} : WarpNode{};
+}
+
+/// Places inside a cell, evenly.
+void addInside(const WarpGrid& grid, std::size_t cell, std::vector<P2>& picture) {
+    constexpr double STEPS = INSIDE + 1;
+    for (std::size_t i = 0; i < INSIDE * INSIDE; ++i) {
+        const std::size_t column = i % INSIDE + 1;
+        const std::size_t row = i / INSIDE + 1;
+        picture.push_back(
+            grid.pictureIn(cell, {static_cast<double>(column) / STEPS, static_cast<double>(row) / STEPS}));
+    }
+}
+
+/// Every pixel along the sides of a cell, without its corners. A corner of the screen that reaches into a cell from the
+/// cells beside it crosses two of its sides, however far it reaches.
+void addSides(const WarpGrid& grid, std::size_t cell, const Point<int, 2>& pixels, std::vector<P2>& picture) {
+    const P2 size = grid.pictureIn(cell, {1, 1}) - grid.pictureIn(cell, {0, 0});
+    for (const std::size_t axis : {std::size_t{0}, std::size_t{1}}) {
+        const double steps = std::max(1.0, std::ceil(size[axis] * pixels[axis]));
+        for (double step = 1; step < steps; ++step) {
+            for (const double side : {0.0, 1.0}) {
+                P2 part{side, side};
+                part[axis] = step / steps;
+                picture.push_back(grid.pictureIn(cell, part));
+            }
+        }
+    }
+}
+
+/// Whether a cell around this one has a lit corner.
+bool isBesideLight(const WarpGrid& grid, std::size_t cell) {
+    const std::size_t column = cell % grid.cellColumns();
+    const std::size_t row = cell / grid.cellColumns();
+    for (std::size_t y = row > 0 ? row - 1 : 0; y <= std::min(row + 2, grid.rows() - 1); ++y) {
+        for (std::size_t x = column > 0 ? column - 1 : 0; x <= std::min(column + 2, grid.columns() - 1); ++x) {
+            if (grid.nodes[y * grid.columns() + x].isUsable()) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -115,25 +157,22 @@ WarpGrid WarpSampler::sample(std::vector<double> across, std::vector<double> upw
     return grid;
 }
 
-std::vector<bool> WarpSampler::areLitInside(const WarpGrid& grid, const std::vector<std::size_t>& cells) const {
+std::vector<bool> WarpSampler::areLit(const WarpGrid& grid, const std::vector<std::size_t>& cells) const {
+    const Point<int, 2> pixels = m_sight.channel().pictureSize();
     std::vector<P2> picture;
-    picture.reserve(cells.size() * INSIDE * INSIDE);
-    for (const std::size_t cell : cells) {
-        for (std::size_t i = 0; i < INSIDE * INSIDE; ++i) {
-            constexpr double STEPS = INSIDE + 1;
-            const std::size_t column = i % INSIDE + 1;
-            const std::size_t row = i / INSIDE + 1;
-            picture.push_back(
-                grid.pictureIn(cell, {static_cast<double>(column) / STEPS, static_cast<double>(row) / STEPS}));
+    std::vector<std::size_t> owners;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        addInside(grid, cells[i], picture);
+        if (isBesideLight(grid, cells[i])) {
+            addSides(grid, cells[i], pixels, picture);
         }
+        owners.resize(picture.size(), i);
     }
     std::vector<SeenPlace> seen(picture.size());
     m_sight.see(picture, seen);
     std::vector<bool> lit(cells.size());
     for (std::size_t i = 0; i < picture.size(); ++i) {
-        if (m_input.place(picture[i], seen[i])) {
-            lit[i / (INSIDE * INSIDE)] = true;
-        }
+        lit[owners[i]] = lit[owners[i]] || m_input.place(picture[i], seen[i]);
     }
     return lit;
 }
@@ -156,7 +195,7 @@ std::vector<bool> WarpSampler::wantedNodes(const WarpGrid& grid, DarkCells dark)
             want(cell);
         }
     }
-    const std::vector<bool> lit = areLitInside(grid, darkCells);
+    const std::vector<bool> lit = areLit(grid, darkCells);
     for (std::size_t i = 0; i < darkCells.size(); ++i) {
         if (lit[i]) {
             want(darkCells[i]);

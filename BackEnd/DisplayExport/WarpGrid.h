@@ -79,8 +79,8 @@ private:
     class PartSampler;
 
     [[nodiscard]] std::vector<bool> wantedNodes(const WarpGrid& grid, DarkCells dark) const;
-    /// Which of some cells have a lit place inside.
-    [[nodiscard]] std::vector<bool> areLitInside(const WarpGrid& grid, const std::vector<std::size_t>& cells) const;
+    /// Which of some cells without a lit corner have a lit place.
+    [[nodiscard]] std::vector<bool> areLit(const WarpGrid& grid, const std::vector<std::size_t>& cells) const;
     void continueTo(WarpGrid& grid, std::size_t node) const;
 
     const ChannelSight& m_sight;

@@ -149,11 +149,9 @@ PlayedPictures PlayedPictures::read(const ExportedDisplay& display, const Export
 }
 
 ProjectedLight::ProjectedLight(PlayedPictures pictures, const BlendCurve& curve, double residual)
-    : m_pictures(std::move(pictures)) {
+    : m_pictures(std::move(pictures)), m_residual(static_cast<float>(residual)) {
     for (std::size_t code = 0; code <= WHITE; ++code) {
-        const double light = curve.lightOf(static_cast<double>(code) / WHITE);
-        m_weightOf.push_back(static_cast<float>(light));
-        m_lightOf.push_back(static_cast<float>(residual + (1 - residual) * light));
+        m_lightOf.push_back(static_cast<float>(curve.lightOf(static_cast<double>(code) / WHITE)));
     }
     std::size_t wide = width();
     std::size_t high = height();
@@ -170,14 +168,14 @@ ProjectedLight::ProjectedLight(PlayedPictures pictures, const BlendCurve& curve,
 
 Light ProjectedLight::lightOf(std::size_t pixel) const {
     const unsigned int factor = m_pictures.factor.empty() ? WHITE : m_pictures.factor[pixel];
-    const unsigned int lift = m_pictures.lift.empty() ? 0U : m_pictures.lift[pixel];
+    const float lift = m_pictures.lift.empty() ? 0.0F : m_lightOf[m_pictures.lift[pixel]];
     Light light;
     for (std::size_t part = 0; part < COLOURS; ++part) {
         const unsigned int content = m_pictures.content[COLOURS * pixel + part];
-        const unsigned int code = (content * factor + WHITE_8 / 2) / WHITE_8 + lift;
-        light[part] = m_lightOf[std::min<unsigned int>(code, WHITE)];
+        const float blended = m_lightOf[(content * factor + WHITE_8 / 2) / WHITE_8];
+        light[part] = m_residual + (1 - m_residual) * std::min(blended + lift, 1.0F);
     }
-    light[COLOURS] = m_weightOf[factor];
+    light[COLOURS] = m_lightOf[factor];
     return light;
 }
 

@@ -18,7 +18,7 @@ struct PlayedPictures {
     std::size_t height = 0;             ///< of each of them
     std::vector<std::uint8_t> content;  ///< red, green and blue of each pixel
     std::vector<std::uint16_t> factor;  ///< 65535 is full; empty without a blend
-    std::vector<std::uint16_t> lift;    ///< added; empty without one
+    std::vector<std::uint16_t> lift;    ///< its light is added; empty without one
 
     /// Reads what a folder has of a view. Throws `VeltraniException`, naming file and channel, without a content, for a
     /// picture of another size than the channel's, and what `ExportedDisplay::bytesOf` throws.
@@ -60,9 +60,9 @@ private:
     [[nodiscard]] Light atLevel(std::size_t level, const Point<double, 2>& picture) const;
 
     PlayedPictures m_pictures;
-    std::vector<float> m_lightOf;   ///< of each code value of 16 bits, the residual light included
-    std::vector<float> m_weightOf;  ///< the same without it
-    std::vector<Level> m_levels;    ///< each of half the size of the one before; the first one of half the picture
+    float m_residual;
+    std::vector<float> m_lightOf;  ///< of each code value of 16 bits, without the residual light
+    std::vector<Level> m_levels;   ///< each of half the size of the one before; the first one of half the picture
 };
 
 }  // namespace Veltrani::DisplayLight

@@ -37,6 +37,21 @@ protected:
         });
         return sum;
     }
+
+    /// Whether a player draws something there.
+    static bool isDrawn(const ChannelWarp& warp, const P2& picture) {
+        bool isIn = false;
+        warp.forEachPiece([&](const WarpPiece& piece) {
+            bool isInPiece = true;
+            for (std::size_t corner = 0; corner < piece.corners.size(); ++corner) {
+                WarpPiece part = piece;
+                part.corners[corner].picture = picture;
+                isInPiece = isInPiece && areaOf(part) >= 0;
+            }
+            isIn = isIn || isInPiece;
+        });
+        return isIn;
+    }
 };
 
 /// A wall that is seen squarely needs no node but its corners; from the side it needs more.
@@ -111,6 +126,22 @@ TEST_F(ChannelWarpTest, GoesOnBesideWhatIsLit) {
 }
 
 /// The channel of a round display that looks backwards lies over the seam.
+TEST_F(ChannelWarpTest, GoesOnOverATipOfTheScreen) {
+    // A square that stands on its tip in the picture, from 0.28 to 0.72 both ways. Two of its tips reach into cells
+    // without a lit corner, by a fifth of these.
+    load("<Screen shape='Flat'><Centre x='0' y='1' z='0'/><Size width='0.62225397' height='0.62225397'/></Screen>",
+         displays::projector("P",
+                             "<Position x='0' y='0' z='0'/><Orientation z='0' x='0' y='45'/><Frustum left='-45' "
+                             "right='45' bottom='-45' top='45'/>"),
+         "<TargetData type='ProjectorCentric'/>");
+    const ChannelWarp warp = warpOf(0, {}, {.places = WarpRequest::Places::NODES, .nodes = {12, 11}});
+    for (const double v : {0.2802, 0.29, 0.5, 0.71, 0.7198}) {
+        EXPECT_TRUE(isDrawn(warp, {0.5, v})) << v;
+    }
+    EXPECT_FALSE(isDrawn(warp, {0.5, 0.81})) << "no corner of a cell beside";
+    EXPECT_EQ(warp.error().leftOut, 0U);
+}
+
 TEST_F(ChannelWarpTest, GoesOnOverTheSeamOrIsCutThere) {
     loadAny("round");
     const InputChoice panorama{.kind = InputKind::EQUIRECTANGULAR};

@@ -161,8 +161,38 @@ TEST_F(LightSumTest, ALiftAndResidualLightRaiseTheBlack) {
     const LitPicture picture = lit(100, 60);
     const LitPlace& middle = picture.places[30 * 100 + 50];
     EXPECT_NEAR(middle.light[0], 0.03 + 0.97 * 0.1 * 0.1, 1e-4);
-    EXPECT_NEAR(middle.light[2], 0.03 + 0.97 * 0.6 * 0.6, 1e-4);
+    EXPECT_NEAR(middle.light[2], 0.03 + 0.97 * (0.5 * 0.5 + 0.1 * 0.1), 1e-4);
     EXPECT_NEAR(middle.weight, 0.25, 1e-4);
+}
+
+// What raises the black raises every other tone by as much light, so that no tone shows where a picture ends.
+TEST_F(LightSumTest, WithLiftsAGreyIsAsEvenAsTheBlack) {
+    loadTwo();
+    constexpr double RESIDUAL = 0.003;
+    const BlendCurve curve = BlendCurve::ofGamma(2.2);
+    const Veltrani::DisplayBlend::DisplayBlender blender(config());
+    for (const int code : {0, 128, 200}) {
+        exportAll(
+            requestOf(InputKind::SCREEN, std::make_shared<const ContentPicture>(
+                                             2, 2, std::vector<unsigned char>(12, static_cast<unsigned char>(code)))));
+        addBlendsOfTheDisplay(2.2);
+        for (std::size_t channel = 0; channel < 2; ++channel) {
+            addLift(channel, blender.lift(channel, {RESIDUAL, RESIDUAL}).codes16(curve), 100 * RESIDUAL);
+        }
+        const double even = 2 * RESIDUAL + (1 - RESIDUAL) * std::pow(code / 255.0, 2.2);
+        const LitPicture picture = lit(400, 250);
+        std::size_t measured = 0;
+        for (std::size_t i = 0; i < picture.places.size(); ++i) {
+            const double s = onWall(picture, i)[0];
+            // The lift ends over the outer eighths of the overlap.
+            const bool isEven = s < 0.399 || (s > 0.425 && s < 0.575) || s > 0.601;
+            if (picture.places[i].isOnScreen && isEven) {
+                ASSERT_NEAR(picture.places[i].light[0], even, 2e-4) << code << ' ' << s;
+                ++measured;
+            }
+        }
+        EXPECT_GT(measured, 40'000U);
+    }
 }
 
 TEST_F(LightSumTest, AShadowIsDark) {

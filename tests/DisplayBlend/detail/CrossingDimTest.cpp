@@ -10,7 +10,51 @@ namespace {
 
 using Veltrani::DisplayBlendDetail::dimCrossings;
 
-class CrossingDimTest : public BlendDisplayTest {};
+class CrossingDimTest : public BlendDisplayTest {
+protected:
+    /// What the light around the crossings of a display is off by.
+    struct Off {
+        double most = 0;   ///< sum minus one, within five pixels
+        double least = 0;  ///< the same, below zero
+        double far = 0;    ///< beyond five pixels: times the square of the pixels
+    };
+
+    /// @param pixel native units
+    [[nodiscard]] Off aroundCrossings(double pixel) const {
+        const DisplayBlender blender(*m_config);
+        const auto lights =
+            Veltrani::DisplayReport::DisplayLights::of(*m_config, ScreenManager::getInstance()->getScreenGeometry());
+        const auto pictures = weights();
+        std::mt19937 random(7);
+        std::uniform_real_distribution<double> beside(-12, 12);
+        Off off;
+        for (const P2& crossing : blender.channels().front().crossings) {
+            const P3 middle = lights.lights.front()->landingOf(crossing).on.place;
+            for (int i = 0; i < 40'000; ++i) {
+                const P2 pixels{beside(random), beside(random)};
+                double light = 0;
+                bool isLit = false;
+                for (std::size_t channel = 0; channel < pictures.size(); ++channel) {
+                    P2 place;
+                    const P3 point = middle + P3{pixel * pixels[0], 0, pixel * pixels[1]};
+                    if (lights.lights[channel]->findPicture({point, {}, false}, place) && place[0] >= 0 &&
+                        place[0] <= 1 && place[1] >= 0 && place[1] <= 1) {
+                        isLit = true;
+                        light += pictures[channel].between(place);
+                    }
+                }
+                const double r = norm(pixels);
+                if (isLit && r < 5) {
+                    off.most = std::max(off.most, light - 1);
+                    off.least = std::min(off.least, light - 1);
+                } else if (isLit) {
+                    off.far = std::max(off.far, std::abs(light - 1) * r * r);
+                }
+            }
+        }
+        return off;
+    }
+};
 
 TEST_F(CrossingDimTest, DimsAThirdAtACrossingAndNothingFromAPixelAndAHalfOn) {
     BlendPicture picture{8, 6, std::vector<float>(48, 1.0F)};
@@ -63,6 +107,42 @@ TEST_F(CrossingDimTest, TheLightAtACrossingIsOffByLittleMoreThanItHasToBe) {
         }
     }
     EXPECT_GT(worst, 1.0 / 3) << "no pictures can be nearer to one";
+}
+
+// One picture is turned about a corner of the other one: at one of their two crossings the overlap is a wedge that is
+// narrower than a right angle by the turn, and at the other one it is wider by as much. How the pixels of both lie to
+// the crossings counts, too: the pictures are moved by parts of a pixel.
+TEST_F(CrossingDimTest, TheNarrowerTheOverlapAtACrossingTheBrighterItIs) {
+    constexpr double PIXEL = 2 * 5 * 0.17632698070846498 / 960;  // 5 m away, 10 degrees to each side
+    const auto offAt = [&](const char* turn) {
+        Off worst;
+        for (int i = 0; i < 6; ++i) {
+            std::string turned = camera("B", {0.5 + 0.37 * i * PIXEL, 0, 1.3 + 0.21 * i * PIXEL}, 0, 0, 10, 6.3);
+            const std::string none = " y='0'/><Frustum";
+            turned.replace(turned.find(none), none.size(), " y='" + std::string(turn) + "'/><Frustum");
+            load(displays::FLAT, sized(camera("A", {-0.3, 0, 0.9}, 0, 0, 10, 6.3) + turned, 960, 600),
+                 "<TargetData type='ProjectorCentric'/>");
+            const Off off = aroundCrossings(PIXEL);
+            worst = {std::max(worst.most, off.most), std::min(worst.least, off.least), std::max(worst.far, off.far)};
+        }
+        return worst;
+    };
+    const auto expectBetween = [](double value, double least, double most) {
+        EXPECT_GE(value, least);
+        EXPECT_LE(value, most);
+    };
+    const Off right = offAt("0");
+    expectBetween(right.most, 0.3, 0.45);
+    expectBetween(-right.least, 0.3, 0.45);
+    EXPECT_LT(right.far, 0.3);
+    const Off narrow = offAt("30");
+    expectBetween(narrow.most, 0.4, 0.57);
+    expectBetween(-narrow.least, 0.4, 0.52);
+    EXPECT_LT(narrow.far, 0.7);
+    const Off narrowest = offAt("60");
+    expectBetween(narrowest.most, 0.5, 0.84);
+    expectBetween(-narrowest.least, 0.4, 0.58);
+    EXPECT_LT(narrowest.far, 2.5);
 }
 
 TEST_F(CrossingDimTest, CrossingsAreWhereOutlinesCrossAtTheRimOfAllLight) {
