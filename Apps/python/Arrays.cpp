@@ -43,24 +43,51 @@ void refuseMasked(py::handle value, const py::array& array, const std::string& n
     }
 }
 
+std::string typeOf(py::handle value) {
+    return py::cast<std::string>(py::str(py::type::of(value).attr("__name__")));
+}
+
+/// The first of some objects that is no number, with its place: "NoneType at [1, 0]".
+std::string firstOf(const py::array& objects) {
+    const py::object flat = objects.attr("flat");
+    for (py::ssize_t i = 0; i < objects.size(); ++i) {
+        const py::object place = flat.attr("coords");
+        const py::object one = flat.attr("__next__")();
+        if (!PyFloat_Check(one.ptr()) && !PyLong_Check(one.ptr())) {
+            return typeOf(one) + " at " + py::cast<std::string>(py::str(py::list(place)));
+        }
+    }
+    return "whole numbers beyond 64 bits";
+}
+
+/// What numpy has made no numbers of.
+std::string foundIn(py::handle value, const py::array& array) {
+    if (array.ndim() == 0 && !py::isinstance<py::array>(value)) {
+        return PyLong_CheckExact(value.ptr()) ? "a whole number beyond 64 bits" : typeOf(value);
+    }
+    if (array.dtype().kind() == 'O' && !py::isinstance<py::array>(value)) {
+        return firstOf(array);
+    }
+    return "an array of " + py::cast<std::string>(py::str(array.dtype()));
+}
+
 /// Any array of whole numbers or fractions.
-py::array numericArray(py::handle value, const std::string& name) {
+py::array numericArray(py::handle value, const std::string& name, const char* expected) {
+    openNumpy();
     const py::array array = py::array::ensure(value);
     if (!array) {
-        throw ArgumentFault{name + ": expected an array of numbers, in rows of equal length; found " +
-                                py::cast<std::string>(py::str(py::type::of(value).attr("__name__"))),
+        throw ArgumentFault{name + ": expected an array of numbers, in rows of equal length; found " + typeOf(value),
                             true};
     }
     if (const char kind = array.dtype().kind(); kind != 'f' && kind != 'i' && kind != 'u') {
-        throw ArgumentFault{
-            name + ": expected numbers, found an array of " + py::cast<std::string>(py::str(array.dtype())), true};
+        throw ArgumentFault{name + ": expected " + expected + ", found " + foundIn(value, array), true};
     }
     refuseMasked(value, array, name);
     return array;
 }
 
-DoubleArray doublesOf(py::handle value, const std::string& name) {
-    const py::array array = numericArray(value, name);
+DoubleArray doublesOf(py::handle value, const std::string& name, const char* expected = "numbers") {
+    const py::array array = numericArray(value, name, expected);
     try {
         // Not `ensure`, which would hide that memory has run out.
         return py::reinterpret_borrow<DoubleArray>(
@@ -81,6 +108,17 @@ Shape shapeOf(const py::array& array) {
 
 }  // namespace
 
+void openNumpy() {
+    // Behind the lock of the interpreter.
+    static bool isOpen = false;
+    if (!isOpen) {
+        // The lock is given up in here, by whichever threads get here first; behind it, all is there, and it is kept.
+        py::module_::import("numpy.core.multiarray");
+        static_cast<void>(py::detail::npy_api::get());
+        isOpen = true;
+    }
+}
+
 std::string textOf(const Shape& shape) {
     std::string text = "(";
     for (std::size_t i = 0; i < shape.size(); ++i) {
@@ -99,6 +137,14 @@ const Shape& requireAddressable(const Shape& shape, std::size_t bytesEach) {
         room /= times;
     }
     return shape;
+}
+
+std::string textOf(std::span<const double> numbers) {
+    std::string text;
+    for (const double number : numbers) {
+        text += (text.empty() ? "" : ", ") + textOf(number);
+    }
+    return '(' + text + ')';
 }
 
 Shape extended(Shape shape, py::ssize_t columns) {
@@ -126,21 +172,18 @@ std::string Rows::expectedWithin(std::size_t i, double limit) const {
 }
 
 void Rows::refuse(std::size_t i, const std::string& expected) const {
-    std::string numbers;
-    for (std::size_t k = 0; k < m_columns; ++k) {
-        numbers += (k > 0 ? ", " : "") + textOf(m_numbers[i * m_columns + k]);
-    }
+    const std::string numbers = textOf(std::span(m_numbers + i * m_columns, m_columns));
     std::string place;
     for (std::size_t axis = m_shape.size(); axis > 0; --axis) {
         const auto length = static_cast<std::size_t>(m_shape[axis - 1]);
         place = std::to_string(i % length) + (place.empty() ? "" : ", ") + place;
         i /= length;
     }
-    throw ArgumentFault{m_name + (place.empty() ? "" : "[" + place + "]") + ": expected " + expected + ", found (" +
-                        numbers + ")"};
+    throw ArgumentFault{m_name + (place.empty() ? "" : "[" + place + "]") + ": expected " + expected + ", found " +
+                        numbers};
 }
 
-std::vector<double> numbersOf(py::handle value, const char* name, py::ssize_t length) {
+std::vector<double> numbersOf(py::handle value, const char* name, py::ssize_t length, double limit) {
     const DoubleArray array = doublesOf(value, name);
     if (array.ndim() != 1 || (length >= 0 && array.size() != length)) {
         throw ArgumentFault{std::string(name) + ": expected " +
@@ -148,16 +191,18 @@ std::vector<double> numbersOf(py::handle value, const char* name, py::ssize_t le
                             ", found an array of the shape " + textOf(shapeOf(array))};
     }
     std::vector<double> numbers(array.data(), array.data() + array.size());
-    for (const double number : numbers) {
-        if (!std::isfinite(number)) {
-            throw ArgumentFault{std::string(name) + ": expected finite numbers, found " + textOf(number)};
-        }
+    const auto wrong =
+        std::find_if(numbers.begin(), numbers.end(), [limit](double number) { return !(std::abs(number) <= limit); });
+    if (wrong != numbers.end()) {
+        throw ArgumentFault{std::string(name) + '[' + std::to_string(wrong - numbers.begin()) + "]: expected a " +
+                            (std::isfinite(*wrong) ? "number up to " + textOf(limit) : "finite number") + ", found " +
+                            textOf(*wrong)};
     }
     return numbers;
 }
 
 double numberOf(py::handle value, const char* name) {
-    const DoubleArray array = doublesOf(value, name);
+    const DoubleArray array = doublesOf(value, name, "a number");
     if (array.ndim() != 0) {
         throw ArgumentFault{std::string(name) + ": expected a number, found an array of the shape " +
                             textOf(shapeOf(array))};

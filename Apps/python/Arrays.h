@@ -66,6 +66,8 @@ private:
 
 /// "(2, 3)", as Python writes it.
 [[nodiscard]] std::string textOf(const Shape& shape);
+/// "(0.5, nan)", each number as short as reads back as the same.
+[[nodiscard]] std::string textOf(std::span<const double> numbers);
 
 /// A shape with one more axis at its end.
 [[nodiscard]] Shape extended(Shape shape, pybind11::ssize_t columns);
@@ -73,13 +75,16 @@ private:
 /// Returns the shape; throws `std::bad_alloc` for more elements than can be addressed.
 [[nodiscard]] const Shape& requireAddressable(const Shape& shape, std::size_t bytesEach);
 
+/// Before pybind11 makes or looks at an array: its tables of numpy must be filled by one thread, which would keep the
+/// interpreter from the others while numpy is imported, and they it from that one.
+void openNumpy();
+
 /// A result that is filled row by row without Python.
 template <class T>
 class ResultRows {
 public:
     /// Throws `std::bad_alloc` for more than any memory has.
-    explicit ResultRows(const Shape& shape)
-        : m_array(requireAddressable(shape, sizeof(T))), m_numbers(m_array.mutable_data()) {}
+    explicit ResultRows(const Shape& shape) : m_array(made(shape)), m_numbers(m_array.mutable_data()) {}
 
     [[nodiscard]] T* at(std::size_t i) { return m_numbers + i; }
 
@@ -93,7 +98,14 @@ public:
     [[nodiscard]] pybind11::array array() const { return m_array; }
 
 private:
-    pybind11::array_t<T, pybind11::array::c_style> m_array;
+    using Array = pybind11::array_t<T, pybind11::array::c_style>;
+
+    static Array made(const Shape& shape) {
+        openNumpy();
+        return Array(requireAddressable(shape, sizeof(T)));
+    }
+
+    Array m_array;
     T* m_numbers;
 };
 
@@ -107,8 +119,9 @@ template <class T, std::size_t N>
     return rows.array();
 }
 
-/// A list of finite numbers: of this length, or of any when it is negative.
-[[nodiscard]] std::vector<double> numbersOf(pybind11::handle value, const char* name, pybind11::ssize_t length);
+/// A list of finite numbers: of this length, or of any when it is negative; none larger in size than the limit.
+[[nodiscard]] std::vector<double> numbersOf(pybind11::handle value, const char* name, pybind11::ssize_t length,
+                                            double limit = std::numeric_limits<double>::max());
 
 /// A single finite number.
 [[nodiscard]] double numberOf(pybind11::handle value, const char* name);

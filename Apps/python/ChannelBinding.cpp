@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -139,8 +140,10 @@ std::vector<int> resolution(DisplayState& display, const std::wstring& id) {
 void setResolution(DisplayState& display, const std::wstring& id, py::handle value) {
     const Numbers size = numbersOf(value, "resolution", 2);
     for (const double pixels : size) {
-        if (std::trunc(pixels) != pixels || !(pixels >= 1 && pixels <= std::numeric_limits<int>::max())) {
-            throw ArgumentFault{"resolution: expected two whole numbers of pixels above 0"};
+        constexpr int MOST = std::numeric_limits<int>::max();
+        if (std::trunc(pixels) != pixels || !(pixels >= 1 && pixels <= MOST)) {
+            throw ArgumentFault{"resolution: expected two whole numbers from 1 to " + std::to_string(MOST) +
+                                ", found " + textOf(std::span(size))};
         }
     }
     inEntry(nullptr, [&] {

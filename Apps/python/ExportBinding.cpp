@@ -39,7 +39,7 @@ using Names = std::vector<std::string>;
 /// Of the numbers of a direction that is used as it is, as a power of two.
 constexpr int LARGEST_EXPONENT = 64;
 
-void pulse(std::size_t /*done*/, std::size_t /*total*/) {
+void progressed(std::size_t /*done*/, std::size_t /*total*/) {
     Entry::pulse();
 }
 
@@ -60,12 +60,7 @@ std::optional<P3> eyeOf(py::handle value) {
     if (value.is_none()) {
         return std::nullopt;
     }
-    const std::vector<double> numbers = numbersOf(value, "eye", 3);
-    for (const double number : numbers) {
-        if (std::abs(number) > Rows::FARTHEST) {
-            throw ArgumentFault{"eye: expected coordinates up to 1e60"};
-        }
-    }
+    const std::vector<double> numbers = numbersOf(value, "eye", 3, Rows::FARTHEST);
     return P3{numbers[0], numbers[1], numbers[2]};
 }
 
@@ -189,7 +184,7 @@ WarpRequest requestOf(const py::tuple& parts) {
     request.error = parts[1].cast<double>();
     request.seam = parts[2].cast<bool>() ? Seam::CUT : Seam::CONTINUE;
     request.withPoints = parts[3].cast<bool>();
-    request.progress = pulse;
+    request.progress = progressed;
     return request;
 }
 
@@ -369,12 +364,12 @@ std::string exportAll(DisplayState& display, ExportPlan& plan) {
     ExportFolder folder(plan.folder, plan.isForced);
     display.requireScreen();
     if (plan.request.hasTestPictures) {
-        ExportViews::placeTargets(config, views, pulse);
+        ExportViews::placeTargets(config, views, progressed);
     }
     const ViewExport exporter(config, plan.request);
     std::vector<std::string> records;
     for (const ExportView& view : views) {
-        records.push_back(exporter.write(view, folder.file("."), pulse).json);
+        records.push_back(exporter.write(view, folder.file("."), progressed).json);
     }
     const std::string unit = Veltrani::toUtf8(config.getNativeUnitsConfig()->getUnitName());
     std::string manifest = manifestOf(plan.request, unit, sources, records);

@@ -47,6 +47,15 @@ void requireMainInterpreter() {
     }
 }
 
+/// The types are those of the process: a second module of another name, or from a copy of the file, would share them.
+void requireFirst() {
+    static bool isMade = false;
+    if (isMade) {
+        throw py::import_error("screenmanager is loaded already: import it by this name");
+    }
+    isMade = true;
+}
+
 void fill(py::module_& module) {
     // Faults are raised. Without an appender, log4cxx would print a notice of its own for the first record.
     log4cxx::Logger::getRootLogger()->setLevel(log4cxx::Level::getOff());
@@ -65,6 +74,7 @@ extern "C" PYBIND11_EXPORT PyObject* PyInit__native() {
     static py::module_::module_def definition;
     try {
         requireMainInterpreter();
+        requireFirst();
         py::module_ module = py::module_::create_extension_module("_native", nullptr, &definition);
         fill(module);
         return module.release().ptr();

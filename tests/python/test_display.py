@@ -86,6 +86,15 @@ def test_a_path_that_is_no_file_has_the_number_of_its_fault(tmp_path):
     with pytest.raises(screenmanager.MissingFileError, match="is a directory") as raised:
         screenmanager.Display.load(tmp_path)
     assert raised.value.errno == errno.EISDIR and raised.value.filename == str(tmp_path)
+    os.mkfifo(tmp_path / "pipe")
+    with pytest.raises(screenmanager.MissingFileError, match="is a pipe, not a file$") as raised:
+        screenmanager.Display.load(tmp_path / "pipe")
+    assert raised.value.errno == errno.EINVAL
+    name = os.fsencode(tmp_path) + b"/b\xfchne.xml"
+    pathlib.Path(os.fsdecode(name)).write_bytes(example("dome").read_bytes())
+    with pytest.raises(screenmanager.MissingFileError, match="is not UTF-8: rename it$") as raised:
+        screenmanager.Display.load(name)
+    assert raised.value.errno == errno.EILSEQ and raised.value.filename == name
 
 
 @pytest.mark.parametrize(("call", "name"), [

@@ -393,7 +393,8 @@ def points(**said):
 
 
 @pytest.mark.parametrize(("call", "kind", "text"), [
-    (lambda d: d.fit(5), "ArgumentTypeError", "^measured: expected MeasuredPoints or a list of them, found int$"),
+    (lambda d: d.fit(5), "ArgumentTypeError", 
+     "^measured: expected MeasuredPoints, a list of them or the path of a table, found int$"),
     (lambda d: d.fit([points(), 5]), "ArgumentTypeError", "^measured: .* found one of int$"),
     (lambda d: d.fit("/nowhere/measured.csv"), "MissingFileError", "measured.csv"),
     (lambda d: d.fit([]), "Error", "^there are no measurements"),
@@ -417,6 +418,8 @@ def points(**said):
     (lambda d: d.fit(points(covariances=np.ones((4, 3)))), "ArgumentError",
      r"^measured\[0\]\.covariances: expected an array of the shape \(3, 3\) or \(4, 3, 3\), found \(4, 3\)$"),
     (lambda d: d.fit(points(covariances=-np.eye(3))), "ArgumentError",
+     r"^measured\[0\]\.covariances: expected covariances, which are symmetric and positive definite$"),
+    (lambda d: d.fit(points(covariances=np.zeros((3, 3)))), "ArgumentError",
      r"^measured\[0\]\.covariances: expected covariances, which are symmetric and positive definite$"),
     (lambda d: d.fit(points(covariances=[(1, 0.5, 0), (0, 1, 0), (0, 0, 1)])), "ArgumentError",
      r"^measured\[0\]\.covariances: expected covariances"),
@@ -472,6 +475,9 @@ def test_records_of_fits_outlive_the_display_and_are_pickled(random):
     display = screenmanager.Display.load(example("mesh-rays"))
     fit = display.fit(measured)
     kept = fit.channels[0].residuals.pixels_after.copy()
+    each = [f"{channel.name!r} {channel.outcome}" for channel in fit.channels]
+    assert repr(fit) == f"<screenmanager.Fit {fit.outcome}: {', '.join(each)}>", "not pages of numbers"
+    assert repr(fit.channels[0]) == f"<screenmanager.ChannelFit {fit.channels[0].name!r}: {fit.channels[0].outcome}>"
     del display
     again = pickle.loads(pickle.dumps(fit))
     assert_same_bits(again.channels[0].residuals.pixels_after, kept)

@@ -59,6 +59,28 @@ def test_no_native_object_is_made_by_hand():
     assert run.returncode == 0 and run.stdout == "(0.3, -0.5, 1.2)\n", (run.returncode, run.stderr)
 
 
+AGAIN = """
+import importlib.util, screenmanager, sys
+place = importlib.util.spec_from_file_location("other._native", screenmanager._native.__file__)
+try:
+    place.loader.exec_module(importlib.util.module_from_spec(place))
+except ImportError as fault:
+    print(fault)
+for name in [name for name in sys.modules if name.startswith("screenmanager")]:
+    del sys.modules[name]
+import screenmanager as again
+assert again is not screenmanager and again.Error is screenmanager.Error
+print(again.Display.load(sys.argv[1]).channels[0].position)
+"""
+
+
+def test_the_native_part_is_made_once():
+    run = subprocess.run([sys.executable, "-c", AGAIN, str(example("spherical-dome"))], capture_output=True, text=True,
+                         check=False, timeout=100)
+    assert run.returncode == 0, (run.returncode, run.stderr)
+    assert run.stdout == "screenmanager is loaded already: import it by this name\n(0.3, -0.5, 1.2)\n"
+
+
 INTERPRETERS = """
 import _xxsubinterpreters as interpreters, sys
 FIRST

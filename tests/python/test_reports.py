@@ -22,6 +22,7 @@ def test_coverage_is_the_one_that_the_program_prints(name):
     assert [channel.name for channel in coverage.channels] == [channel["name"] for channel in printed["channels"]]
     assert sum(coverage.area_by_count) == pytest.approx(coverage.screen_area, rel=1e-9)
     assert coverage.part_lit_by_at_least(0) == pytest.approx(1, rel=1e-9)
+    assert coverage.part_lit_by_at_least(-1) == coverage.part_lit_by_at_least(0) and coverage.part_lit_by_at_least(99) == 0
     assert 0 < coverage.part_lit_by_at_least(1) <= 1 + 1e-9
     assert coverage.piece_corners is None and coverage.piece_counts is None
 

@@ -114,6 +114,14 @@ def path_of(path, name="path"):
     return path
 
 
+def required_path_of(path, name="path"):
+    """The bytes of a path that names something."""
+    path = path_of(path, name)
+    if not path:
+        raise ArgumentError(f"{name}: expected the name of a file, found an empty one")
+    return path
+
+
 def whole_path_of(path, name="path"):
     """The bytes of a path that leads to the same file from whatever folder the process works in later."""
     path = path_of(path, name)
@@ -135,7 +143,10 @@ def with_file(fault, path):
     if fault.filename is None:
         fault.filename = path
         try:
+            os.fsencode(path).decode("utf-8")
             mode = os.stat(path).st_mode
+        except UnicodeDecodeError:
+            fault.errno = errno.EILSEQ
         except (OSError, ValueError) as cause:
             fault.errno = getattr(cause, "errno", None) or errno.ENOENT
         else:

@@ -4,8 +4,8 @@ import os
 import warnings
 
 from . import _native
-from ._arguments import (channels_of, count_of, display_of, flag_of, names_of, path_of, text_of, whole_path_of, with_file,
-                         working_folder)
+from ._arguments import (channels_of, count_of, display_of, flag_of, names_of, path_of, required_path_of, text_of,
+                         whole_path_of, with_file, working_folder)
 from ._channel import Channel
 from ._export import Blend, blend_of, convention_of, cut_of, error_of, input_of, nodes_of
 from ._fit import controls_of, fit_of, found_of, measured_of, plan_of, table_options_of
@@ -158,14 +158,14 @@ class Display(Named):
         if path is None and not self._is_file:
             raise _native.ArgumentError("path: expected one for a display that was neither read from a file nor saved")
         target = self._path if path is None else path
-        whole = whole_path_of(target)
+        whole = whole_path_of(required_path_of(target))
         self._native.save(whole)
         self._path, self._is_file = _like(target, whole), True
 
     def moved_to(self, path):
         """This display as it is to be saved at a path in another folder: relative names of files lead to the same files
         from there. Returns a Display of its own, whose save without a path goes to that path; nothing is written yet."""
-        whole = whole_path_of(path)
+        whole = whole_path_of(required_path_of(path))
         return self._of(self._native.moved_to(whole), _like(path, whole), True)
 
     @property
@@ -333,7 +333,7 @@ class Display(Named):
             "convention": convention_of(convention), "formats": formats, "cut": cut,
             "channels": channels_of(channels), "eyes": eyes, "nodes": nodes_of(nodes, False),
             "error": error_of(error), "test_pictures": flag_of(test_pictures, "test_pictures"), "blend": blend_of(blend),
-            "content": b"" if content is None else path_of(content, "content"), "path": path, "digest": digest}
+            "content": b"" if content is None else required_path_of(content, "content"), "path": path, "digest": digest}
         try:
             manifest = self._native.export(said)
         except _native.MissingFileError as fault:

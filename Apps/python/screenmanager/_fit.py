@@ -231,6 +231,9 @@ class ChannelFit:
     before: ChannelValues
     after: ChannelValues
 
+    def __repr__(self):
+        return f"<screenmanager.ChannelFit {self.name!r}: {self.outcome}>"
+
 
 @record
 class Fit:
@@ -251,6 +254,10 @@ class Fit:
     findings: "tuple[FitFinding, ...]"
     text: str
     json: "Optional[str]"
+
+    def __repr__(self):
+        channels = ", ".join(f"{channel.name!r} {channel.outcome}" for channel in self.channels)
+        return f"<screenmanager.Fit {self.outcome}: {channels or 'no channels'}>"
 
 
 def plan_of(channels, solve, hold, robust, rejection, register, json, controls, is_table):
@@ -277,10 +284,10 @@ def table_options_of(unit, origin, is_table):
     return "" if unit is None else text_of(unit, "unit"), origin == "top-left"
 
 
-def _listed(value, kind, name):
+def _listed(value, kind, name, others=" or a list of them"):
     if isinstance(value, kind):
         return [value]
-    what = f"{name}: expected {kind.__name__} or a list of them"
+    what = f"{name}: expected {kind.__name__}{others}"
     try:
         parts = list(value)
     except TypeError:
@@ -319,7 +326,7 @@ def measured_of(measured):
     """The path of a table, or lists of arrays, for the native part."""
     if is_path(measured):
         return path_of(measured, "measured")
-    parts = _listed(measured, MeasuredPoints, "measured")
+    parts = _listed(measured, MeasuredPoints, "measured", ", a list of them or the path of a table")
     for number, part in enumerate(parts):
         if part.deviations is not None and part.covariances is not None:
             raise ArgumentError(f"measured[{number}]: it states deviations and covariances: leave one of them out")
