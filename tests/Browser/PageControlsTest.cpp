@@ -235,7 +235,7 @@ TEST_F(PageControlsTest, OnAPhoneTheLightIsSeenBetweenTheTargets) {
     };
     const double covered = lit();
     clickAll(browser, "['targets']");
-    EXPECT_GT(covered, 0.5 * lit());
+    EXPECT_GT(covered, 0.75 * lit());
 }
 
 TEST_F(PageControlsTest, TheWordsOfALabelCoverNoOther) {

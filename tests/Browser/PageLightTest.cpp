@@ -11,6 +11,9 @@ using testing::IsEmpty;
 class PageLightTest : public ViewPageTest {
 protected:
     static constexpr int GREY = 100;
+    /// Pixels of the content.
+    static constexpr unsigned int WIDE = 200;
+    static constexpr unsigned int HIGH = 100;
     /// Of the code values of a page; light in between is rounded twice.
     static constexpr int ROUNDING = 2;
 
@@ -34,18 +37,27 @@ protected:
         browser.waitFor("document.documentElement.dataset.addedLight === '" + kind + "'");
     }
 
-    /// Ten checks across the wall and five up, of which the first one at the bottom left is dark.
+    /// Ten checks across the wall and four up, of which the first one at the bottom left is dark. Even numbers, so that
+    /// neither side of the wall looks like the other one.
     static void writeChecks(const std::string& file) {
+        write(file, [](unsigned int column, unsigned int row) {
+            return (column / 20 + (HIGH - 1 - row) / 25) % 2 == 0 ? GREY / 2 : GREY;
+        });
+    }
+
+    /// Writes a grey picture.
+    /// @param codeAt the code value of a column, from the left, and a row, from the top
+    template <class CodeAt>
+    static void write(const std::string& file, CodeAt&& codeAt) {
         png_image image{};
         image.version = PNG_IMAGE_VERSION;
-        image.width = 200;
-        image.height = 100;
+        image.width = WIDE;
+        image.height = HIGH;
         image.format = PNG_FORMAT_RGB;
         std::vector<unsigned char> colours;
         for (unsigned int row = 0; row < image.height; ++row) {
             for (unsigned int column = 0; column < image.width; ++column) {
-                const bool isDark = (column / 20 + (image.height - 1 - row) / 20) % 2 == 0;
-                colours.insert(colours.end(), 3, static_cast<unsigned char>(isDark ? GREY / 2 : GREY));
+                colours.insert(colours.end(), 3, static_cast<unsigned char>(codeAt(column, row)));
             }
         }
         ASSERT_NE(png_image_write_to_file(&image, file.c_str(), 0, colours.data(), 0, nullptr), 0);
@@ -99,13 +111,13 @@ protected:
         const auto shown = [](int code, double times) {
             return 255 * std::pow(times * std::pow(code / 255.0, 2.2), 1 / 2.2);
         };
-        for (int row = 0; row < 5; ++row) {
+        for (int row = 0; row < 4; ++row) {
             for (int column = 0; column < 10; ++column) {
                 const int code = (row + column) % 2 == 0 ? GREY / 2 : GREY;
                 const double times = column == 4 || column == 5 ? inOverlap : 1;
                 for (const double beside : {-0.03, 0.0, 0.03}) {
                     const double s = (column + 0.5) / 10 + beside;
-                    EXPECT_NEAR(wall.at(s, (row + 0.5) / 5), shown(code, times), ROUNDING) << s << ' ' << row;
+                    EXPECT_NEAR(wall.at(s, (row + 0.5) / 4), shown(code, times), ROUNDING) << s << ' ' << row;
                 }
             }
         }
@@ -121,7 +133,7 @@ TEST_F(PageLightTest, BlendedLightIsEvenAllOver) {
         const double beside = std::abs(s * 10 - std::round(s * 10));
         const int code = static_cast<int>(s * 10) % 2 == 0 ? GREY / 2 : GREY;
         if (beside > 0.06) {
-            EXPECT_NEAR(wall.at(s, 0.5), code, ROUNDING) << s;
+            EXPECT_NEAR(wall.at(s, 0.625), code, ROUNDING) << s;
         }
     }
     EXPECT_THAT(browser.complaints(), IsEmpty());
@@ -175,12 +187,47 @@ TEST_F(PageLightTest, TheOtherSideOfASheetIsAsGoodAsClear) {
     const Wall behind = wallOf(browser);
     const PngImage::Colour page = behind.image.at(2, 2);
     // Right and left are exchanged: a dark check stands where a bright one does from before.
-    const PngImage::Colour seen =
-        behind.image.at(behind.left + (behind.right - behind.left) * 3 / 20, (behind.top + behind.bottom) / 2);
+    const PngImage::Colour seen = behind.image.at(behind.left + (behind.right - behind.left) * 3 / 20,
+                                                  behind.top + (behind.bottom - behind.top) * 3 / 8);
     for (std::size_t part = 0; part < page.size(); ++part) {
         EXPECT_NEAR(seen[part], page[part] + 0.14 * (GREY / 2 - page[part]), ROUNDING);
     }
-    EXPECT_NEAR(front.at(0.15, 0.5), GREY, ROUNDING);
+    EXPECT_NEAR(front.at(0.15, 0.625), GREY, ROUNDING);
+}
+
+// From the eye the light is as it is. From the front, which is from outside, the unlit half before it is as good as
+// clear and stands before the lit one.
+TEST_F(PageLightTest, OfASphereTheInsideIsSeenThroughTheOutside) {
+    const std::string display = m_folder.write(
+        "sphere.xml",
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'><EyePoint x='0' "
+        "y='0' z='0'/><Radius value='5'/><Azimuth min='-180' max='180'/><Elevation min='-90' max='90'/></Screen>"
+        "<TargetData type='Spherical'/><Projectors><Projector id='A'><Name>A</Name><Resolution width='400' "
+        "height='400'/>"
+        "<Orientation z='0' x='0' y='0'/><Frustum left='-20' right='20' bottom='-20' "
+        "top='20'/></Projector></Projectors>"
+        "</Display>");
+    const std::string content = m_folder.file("content.png");
+    write(content, [](unsigned int, unsigned int) { return GREY; });
+    const std::string player = m_folder.file("player");
+    ASSERT_EQ(runProgram("export '" + display + "' -o '" + player + "' --force --input equirectangular --content '" +
+                         content + "'"),
+              0);
+    HeadlessBrowser& browser = open(display, "--lit '" + player + "'");
+    waitForLight(browser, "shown");
+    clickAll(browser, "['axes', 'eye point']");
+    const auto middle = [&browser](const std::string& view) {
+        pressButton(browser, view);
+        const PngImage image = sceneOf(browser);
+        return image.at(image.width / 2, image.height / 2);
+    };
+    const PngImage::Colour inside = middle("eye");
+    const PngImage::Colour outside = middle("front");
+    for (std::size_t part = 0; part < inside.size(); ++part) {
+        EXPECT_NEAR(inside[part], GREY, ROUNDING);
+        EXPECT_NEAR(outside[part], (1 - 0.14) * GREY, ROUNDING);
+    }
+    EXPECT_THAT(browser.complaints(), IsEmpty());
 }
 
 }  // namespace

@@ -3,7 +3,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
+#include <iterator>
 #include <sstream>
+#include <vector>
 
 namespace {
 
@@ -32,7 +35,19 @@ protected:
         return open(display, "--residuals '" + m_report + "'");
     }
 
+    /// Of vectors that are long enough to have a direction in the drawing.
+    void expectSameWay(const json& drawn, const json& reported) {
+        if (drawn.is_null() || std::hypot(drawn[0].get<double>(), drawn[1].get<double>()) < 1) {
+            return;
+        }
+        ++m_compared;
+        const double turn = std::atan2(drawn[1].get<double>(), drawn[0].get<double>()) -
+                            std::atan2(reported[1].get<double>(), reported[0].get<double>());
+        EXPECT_NEAR(std::cos(turn), 1, 1e-3) << drawn << ' ' << reported;
+    }
+
     std::string m_report;
+    int m_compared = 0;
 };
 
 // Oracle: the report, and the picture's own coordinates: v upwards, the drawing downwards.
@@ -57,7 +72,16 @@ TEST_F(PageResidualsTest, ThePictureOfAChannelHasEveryPoint) {
         EXPECT_NEAR(first[0].get<double>(), residuals[0]["picture"][0].get<double>() * box[2].get<double>(), 1e-6);
         EXPECT_NEAR(first[1].get<double>(), (1 - residuals[0]["picture"][1].get<double>()) * box[3].get<double>(),
                     1e-6);
+        const json vectors = browser.evaluate(
+            "[...document.querySelectorAll('#residuals g')].map((one) => { const line = one.querySelector('line');"
+            " const at = (name) => Number(line.getAttribute(name));"
+            " return line && [at('x2') - at('x1'), at('y1') - at('y2')]; })");
+        ASSERT_EQ(vectors.size(), residuals.size());
+        for (std::size_t k = 0; k < residuals.size(); ++k) {
+            expectSameWay(vectors[k], residuals[k]["pixelsAfter"]);
+        }
     }
+    EXPECT_GT(m_compared, 0);
     EXPECT_EQ(browser.evaluate("document.querySelectorAll('#residuals').length"), 1);
     EXPECT_THAT(browser.complaints(), IsEmpty());
 }
@@ -75,6 +99,33 @@ TEST_F(PageResidualsTest, OnTheScreenTheyCanBeHidden) {
     clickAll(browser, "['residuals']");
     EXPECT_EQ(sceneOf(browser).count(outlier, SAME_COLOUR), 0U);
     EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+// Oracle: the wall of the example, six metres wide and two and a half high from 0.4 m above the floor.
+TEST_F(PageResidualsTest, OnTheScreenAnOutlierPointsToItsFittedPlace) {
+    HeadlessBrowser& browser = openFit();
+    clickAll(browser, "['outlines', 'frusta', 'names and up marks', 'axes', 'eye point', 'residuals']");
+    pressButton(browser, "front");
+    const Spread wall = spreadOf(sceneOf(browser), isDrawn);
+    clickAll(browser, "['residuals', 'none']");
+    const Spread drawn = spreadOf(
+        sceneOf(browser), [](const auto& colour) { return colour[0] > 180 && colour[1] < 130 && colour[2] < 130; });
+    ASSERT_GT(drawn.count, 20);
+    std::vector<json> outliers;
+    const json report = json::parse(m_folder.read("report.json"));
+    for (const json& channel : report["channels"]) {
+        std::copy_if(channel["residuals"].begin(), channel["residuals"].end(), std::back_inserter(outliers),
+                     [](const json& one) { return one["outlier"].get<bool>(); });
+    }
+    ASSERT_EQ(outliers.size(), 1U);
+    const json& outlier = outliers.front();
+    const double measured[2] = {
+        wall.least[0] + (outlier["point"][0].get<double>() + 3) / 6 * (wall.most[0] - wall.least[0]),
+        wall.most[1] - (outlier["point"][2].get<double>() - 0.4) / 2.5 * (wall.most[1] - wall.least[1])};
+    const double way[2] = {outlier["screenAfter"][0].get<double>(), -outlier["screenAfter"][2].get<double>()};
+    const double along =
+        ((drawn.right - measured[0]) * way[0] + (drawn.down - measured[1]) * way[1]) / std::hypot(way[0], way[1]);
+    EXPECT_GT(along, 3);
 }
 
 TEST_F(PageResidualsTest, APageWithoutAFitHasNone) {

@@ -141,6 +141,42 @@ protected:
     std::optional<HeadlessBrowser> m_browser;
 };
 
+/// True for what is not the page behind everything.
+inline bool isDrawn(const PngImage::Colour& colour) {
+    return colour != PngImage::Colour{32, 37, 43};
+}
+
+/// The pixels of a kind: their middle, and the least box around them. Right and down, from the top left corner.
+struct Spread {
+    double count = 0;
+    double right = 0;
+    double down = 0;
+    double least[2] = {1e9, 1e9};
+    double most[2] = {-1, -1};
+};
+
+template <class IsOne>
+[[nodiscard]] Spread spreadOf(const PngImage& image, IsOne&& isOne) {
+    Spread spread;
+    for (std::size_t y = 0; y < image.height; ++y) {
+        for (std::size_t x = 0; x < image.width; ++x) {
+            if (isOne(image.at(x, y))) {
+                const double place[2] = {static_cast<double>(x), static_cast<double>(y)};
+                ++spread.count;
+                spread.right += place[0];
+                spread.down += place[1];
+                for (std::size_t axis = 0; axis < 2; ++axis) {
+                    spread.least[axis] = std::min(spread.least[axis], place[axis]);
+                    spread.most[axis] = std::max(spread.most[axis], place[axis]);
+                }
+            }
+        }
+    }
+    spread.right /= spread.count;
+    spread.down /= spread.count;
+    return spread;
+}
+
 /// A wall of four by two metres at y = 5 with a channel on its left part and one on its right part; they share a fifth
 /// of it.
 inline std::string sharedWall() {

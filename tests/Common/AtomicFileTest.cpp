@@ -194,6 +194,14 @@ TEST(AtomicFile, AFullDiskLeavesTheOldFile) {
     ::_exit(refusal(path).find("Permission denied") == std::string::npos ? 2 : 0);
 }
 
+TEST(AtomicFile, ANameThatIsEmptyOrEndsEarlyIsAFault) {
+    const TemporaryFolder folder;
+    const std::string reason = "the file name is empty or contains a zero character";
+    EXPECT_THAT(refusal(""), HasSubstr(reason));
+    EXPECT_THAT(refusal(folder.file("a") + std::string("\0b", 2)), HasSubstr(reason));
+    EXPECT_EQ(entries(folder), 0);
+}
+
 TEST(AtomicFile, AWriteProtectedFileIsNotReplaced) {
     const TemporaryFolder folder;
     const std::string path = folder.write("file", "old");

@@ -57,6 +57,12 @@ TEST(HardenedXml, ReportsWhereATextBreaks) {
     EXPECT_EQ(firstFaultOf("<a/>"), "");
 }
 
+// A name that is not absolute is allowed, and warned of.
+TEST(HardenedXml, WarningsAreNoFindings) {
+    EXPECT_THAT(callsOf("<a xmlns='relative'/>"), IsEmpty());
+    EXPECT_EQ(firstFaultOf("<a xmlns='relative'/>"), "");
+}
+
 TEST(HardenedXml, EndsWhereADocumentTypeBegins) {
     const std::string text = "<?xml version='1.0'?>\n<!DOCTYPE a [<!ENTITY b SYSTEM '/etc/passwd'>]>\n<a>&b;</a>";
     EXPECT_THAT(callsOf(text), ElementsAre("2 DOCTYPE a"));

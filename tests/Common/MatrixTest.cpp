@@ -51,6 +51,19 @@ TEST(Rotation, TurnsToTheRightUpAndOver) {
     EXPECT_LT(norm(Veltrani::rotationZXY(0, 0, quarter) * right - P3{0.0, 0.0, -1.0}), ROUNDING);
 }
 
+TEST(Rotation, TurnsAboutAnyAxis) {
+    const Eigen::Vector3d axis(2.0 / 3, -1.0 / 3, 2.0 / 3);
+    for (const double angle : {-2.0, 0.3, 1.0, 3.0}) {
+        const Eigen::Matrix3d expected = Eigen::AngleAxisd(angle, axis).toRotationMatrix();
+        const Matrix<double, 3> turned = Veltrani::rotation(angle, {axis.x(), axis.y(), axis.z()});
+        for (std::size_t r = 0; r < 3; ++r) {
+            for (std::size_t c = 0; c < 3; ++c) {
+                EXPECT_NEAR(turned(r, c), expected(static_cast<int>(r), static_cast<int>(c)), ROUNDING) << angle;
+            }
+        }
+    }
+}
+
 // Independent route: Eigen's quaternions. Catches a wrong order of the three factors and a wrong sign of the first.
 TEST(Rotation, AgreesWithQuaternions) {
     std::mt19937 random(20240611);

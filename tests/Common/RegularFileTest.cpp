@@ -10,6 +10,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <fstream>
 
 namespace {
 
@@ -101,6 +102,20 @@ TEST(RegularFile, ReadsAPieceAndStopsAtTheEnd) {
     EXPECT_EQ(file.readAt(8, piece.data(), 4), 2U);
     EXPECT_EQ(piece, "8956");
     EXPECT_EQ(file.readAt(11, piece.data(), 4), 0U);
+}
+
+// The names of the kernel are handed out a few at a time, as a network file system may hand out any file.
+TEST(RegularFile, APieceThatIsHandedOutInPartsIsReadWhole) {
+    const std::string path = "/proc/kallsyms";
+    constexpr std::size_t COUNT = 50000;
+    std::string expected(COUNT, '\0');
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream.read(expected.data(), COUNT)) {
+        GTEST_SKIP() << "there is no such file here";
+    }
+    std::string piece(COUNT, '\0');
+    EXPECT_EQ(RegularFile(path).readAt(0, piece.data(), COUNT), COUNT);
+    EXPECT_EQ(piece, expected);
 }
 
 TEST(RegularFile, IsReopenedWhateverStandsUnderItsNameByThen) {

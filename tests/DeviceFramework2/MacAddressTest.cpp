@@ -63,6 +63,18 @@ TEST(MacAddress, PartsOfOtherThingsAreNotFound) {
     EXPECT_EQ(found(L""), L"none");
 }
 
+TEST(MacAddress, WhatContinuesAWordOrANameHidesAnAddressBesideIt) {
+    const std::wstring address = L"02:00:00:00:00:01";
+    for (const wchar_t beside : std::wstring(L"0189AGYZagyz:-._\u0080\u00E9\uFF11")) {
+        EXPECT_EQ(found(beside + address), L"none") << "before: " << static_cast<int>(beside);
+        EXPECT_EQ(found(address + beside), L"none") << "behind: " << static_cast<int>(beside);
+    }
+    for (const wchar_t beside : std::wstring(L" /;@[^`{~\x7f\n\"'<>(),=")) {
+        EXPECT_EQ(found(beside + address), L"020000000001") << "before: " << static_cast<int>(beside);
+        EXPECT_EQ(found(address + beside), L"020000000001") << "behind: " << static_cast<int>(beside);
+    }
+}
+
 TEST(MacAddress, OrderFollowsTheDigits) {
     const auto first = MacAddress::parse(L"020000000001");
     const auto second = MacAddress::parse(L"020000000002");

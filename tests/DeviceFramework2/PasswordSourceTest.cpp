@@ -6,8 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <initializer_list>
+#include <string_view>
 
 namespace {
 
@@ -128,6 +130,33 @@ TEST_F(PasswordSourceTest, AFileThatOthersCanReadIsRefused) {
     }
     ::chmod(path.c_str(), 0400);
     EXPECT_THAT(source.find(uid), Optional(std::string("secret")));
+}
+
+/// Ends the process with 0 when the file gives what it should to a common user, who need not be the one that runs the
+/// tests.
+[[noreturn]] void findAs(uid_t user, const PasswordSource& source, std::string_view expected) {
+    if (::geteuid() == 0 && ::setuid(user) != 0) {
+        ::_exit(3);
+    }
+    std::string found;
+    const std::string message = faultOf([&] { found = source.find(L"020000000001").value_or("none"); });
+    ::_exit((message == "no fault" ? found : message).find(expected) == std::string::npos ? 2 : 0);
+}
+
+// Only a privileged process can give files away.
+TEST_F(PasswordSourceTest, TheFileIsOnesOwnOrThatOfTheAdministrator) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "files cannot be given to another user";
+    }
+    constexpr uid_t SOMEBODY = 65534;
+    constexpr uid_t ANOTHER = 65533;
+    const std::string path = privateFile("* secret\n");
+    const Environment file("SM_TEST_PASSWORD_FILE", path);
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+    ASSERT_EQ(::chown(path.c_str(), SOMEBODY, static_cast<gid_t>(-1)), 0);
+    EXPECT_EXIT(findAs(SOMEBODY, source, "secret"), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(findAs(ANOTHER, source, "Permission denied"), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(findAs(0, source, "others have rights to it"), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(PasswordSourceTest, WhatIsNoPlainFileIsRefused) {

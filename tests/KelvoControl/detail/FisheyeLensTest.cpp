@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -72,6 +73,30 @@ TEST_F(FisheyeLensTest, AWideLensReachesBehindTheProjectorAsFarAsItsPicture) {
     P3 direction{-7.0, -7.0, -7.0};
     EXPECT_FALSE(wide.unproject({1.2, 0.5}, direction)) << "behind and outside of the picture";
     EXPECT_EQ(direction, P3(-7.0, -7.0, -7.0));
+}
+
+TEST_F(FisheyeLensTest, WhatLiesBesideThePictureIsRefusedBehindTheProjectorOnly) {
+    const P3 eye{2.0, -1.0, 0.5};
+    for (int step = 0; step < 8; ++step) {
+        // A thousand pixels from the axis, which is outside of the picture in every direction.
+        const double turn = step * 0.25 * std::numbers::pi;
+        const double right = 1000 * std::cos(turn);
+        const double up = 1000 * std::sin(turn);
+        const P2 beside{(960.5 + right) / 1920, 1 - (600.5 - up) / 1200};
+        const auto ray = [turn](double angle) {
+            return P3{std::sin(angle) * std::cos(turn), std::cos(angle), std::sin(angle) * std::sin(turn)};
+        };
+        const FisheyeLens narrow = lens({"0.", "0.", "0.", "0."}, "900.");  // 1000 / 900 radians: before the projector
+        P3 direction;
+        ASSERT_TRUE(narrow.unproject(beside, direction)) << step;
+        EXPECT_LE(norm(direction - ray(1000.0 / 900)), 1e-12) << step;
+        P2 found;
+        ASSERT_TRUE(narrow.projectNormalised(eye + ray(1000.0 / 900), found)) << step;
+        EXPECT_LE(norm(found - beside), 1e-12) << step;
+        const FisheyeLens wide = lens({"0.", "0.", "0.", "0."}, "500.");  // two radians: behind it
+        EXPECT_FALSE(wide.unproject(beside, direction)) << step;
+        EXPECT_FALSE(wide.projectNormalised(eye + ray(2.0), found)) << step;
+    }
 }
 
 TEST_F(FisheyeLensTest, ALensThatFoldsWithinThePictureIsRefusedThereAndExactBefore) {
