@@ -59,6 +59,10 @@ struct Refused {
     const wchar_t* from;
     const wchar_t* to;
     const char* message;
+
+    friend void PrintTo(const Refused& refused, std::ostream* out) {
+        *out << Veltrani::toUtf8(refused.from) << " -> " << Veltrani::toUtf8(refused.to);
+    }
 };
 
 class RefusedSnippetTest : public testing::TestWithParam<Refused> {};

@@ -121,6 +121,11 @@ struct Change {
     const char* from;
     const char* to;
     const char* refusal;
+
+    friend void PrintTo(const Change& change, std::ostream* out) {
+        *out << testing::PrintToString(std::string(change.from)) << " -> "
+             << testing::PrintToString(std::string(change.to));
+    }
 };
 
 class ChangedPcdHeader : public testing::TestWithParam<Change> {};
