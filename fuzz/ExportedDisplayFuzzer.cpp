@@ -71,5 +71,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     readManifest(bytes);
     readWarp(bytes, "pfm", {4, 2});
     readWarp(bytes, "obj", {4, 2});
+    readWarp(bytes, "mesh", {4, 2});
     return 0;
 }

@@ -27,8 +27,8 @@ using P2 = Point<double, 2>;
 /// A grid of nodes with bilinear cells.
 class MeshWarp : public PlayerWarp {
 public:
-    MeshWarp(const std::string& path, const ExportedChannelView& view)
-        : m_map(fromUtf8OrBytes(path), nullptr), m_size(m_map.pictureSize()) {
+    MeshWarp(std::string_view bytes, const std::string& path, const ExportedChannelView& view)
+        : m_map(CustomPlanarScreenToChannelMap::parse(bytes, path, nullptr)), m_size(m_map.pictureSize()) {
         const P2 expected{static_cast<double>(view.pixels[0]), static_cast<double>(view.pixels[1])};
         if (!(m_size == expected)) {
             refuseWarp(path, "is of another picture than the channel's");
@@ -90,9 +90,7 @@ std::unique_ptr<const PlayerWarp> PlayerWarp::read(const ExportedDisplay& displa
     for (const char* const format : FORMATS) {
         const ExportedFile* const file = view.fileOf(format);
         if (file != nullptr) {
-            const std::string bytes = display.bytesOf(*file);
-            return file->kind == "mesh" ? std::make_unique<MeshWarp>(display.pathOf(*file), view)
-                                        : parse(bytes, display.pathOf(*file), format, view);
+            return parse(display.bytesOf(*file), display.pathOf(*file), format, view);
         }
     }
     return nullptr;
@@ -102,6 +100,9 @@ std::unique_ptr<const PlayerWarp> PlayerWarp::parse(std::string_view bytes, cons
                                                     const std::string& format, const ExportedChannelView& view) {
     if (format == "obj") {
         return parseObj(bytes, path, view);
+    }
+    if (format == "mesh") {
+        return std::make_unique<MeshWarp>(bytes, path, view);
     }
     auto warp = format == "pfm" ? PixelWarp::ofPfm(bytes, path, view.wrapsAround)
                                 : PixelWarp::ofPng(bytes, path, view.wrapsAround);

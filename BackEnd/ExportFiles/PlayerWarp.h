@@ -32,7 +32,7 @@ public:
     /// `ExportedDisplay::bytesOf` throws.
     [[nodiscard]] static std::unique_ptr<const PlayerWarp> read(const ExportedDisplay& display,
                                                                 const ExportedChannelView& view);
-    /// A file of one of the formats "obj", "pfm" and "png16".
+    /// A file of one of the formats "obj", "mesh", "pfm" and "png16".
     /// @param bytes of the file
     /// @param path of the file, for messages
     [[nodiscard]] static std::unique_ptr<const PlayerWarp> parse(std::string_view bytes, const std::string& path,

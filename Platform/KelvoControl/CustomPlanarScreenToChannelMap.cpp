@@ -9,6 +9,13 @@ CustomPlanarScreenToChannelMap::CustomPlanarScreenToChannelMap(const std::wstrin
     : m_mesh(filename.empty() ? nullptr : Veltrani::KelvoControlDetail::WarpMeshFile::read(filename)),
       m_screen(std::move(screen)) {}
 
+CustomPlanarScreenToChannelMap CustomPlanarScreenToChannelMap::parse(std::string_view text, const std::string& document,
+                                                                     std::shared_ptr<IScreenGeometry> screen) {
+    CustomPlanarScreenToChannelMap map(std::wstring(), std::move(screen));
+    map.m_mesh = Veltrani::KelvoControlDetail::WarpMeshFile::parse(text, document);
+    return map;
+}
+
 bool CustomPlanarScreenToChannelMap::mapChannel2DToScreen2D(const Point<double, 2>& channel,
                                                             Point<double, 2>& out) const {
     return m_mesh != nullptr && m_mesh->toScreen(channel, out);

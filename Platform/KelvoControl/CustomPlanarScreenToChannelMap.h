@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Veltrani::KelvoControlDetail {
 
@@ -35,6 +36,13 @@ public:
     /// when it cannot be understood.
     /// @param screen the screen that the coordinates belong to, kept alive by the map; may be empty
     CustomPlanarScreenToChannelMap(const std::wstring& filename, std::shared_ptr<IScreenGeometry> screen);
+
+    /// As the constructor, from the text of such a file.
+    ///
+    /// Throws `VeltraniParseException`, naming the document and the line, when it cannot be understood.
+    /// @param document names the text in messages; any bytes
+    [[nodiscard]] static CustomPlanarScreenToChannelMap parse(std::string_view text, const std::string& document,
+                                                              std::shared_ptr<IScreenGeometry> screen);
 
     /// Maps a pixel position to screen coordinates.
     bool mapChannel2DToScreen2D(const Point<double, 2>& channel, Point<double, 2>& out) const;

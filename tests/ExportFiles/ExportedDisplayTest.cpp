@@ -29,14 +29,18 @@ using Veltrani::DisplayExport::InputKind;
 class ExportedDisplayTest : public testing::Test {
 protected:
     /// An export of the wall, in the folder.
-    void exportWall(const std::vector<WarpFormat>& formats, InputKind input = InputKind::SCREEN) {
+    /// @param subfolder of it, to be made; any bytes
+    void exportWall(const std::vector<WarpFormat>& formats, InputKind input = InputKind::SCREEN,
+                    const std::string& subfolder = ".") {
         const ExportedChannel display(WALL);
         ExportRequest request;
         request.input.kind = input;
         request.formats = formats;
         const ViewExport exporter(display.config(), request);
-        const std::string view = exporter.write({display.choice(), std::nullopt}, m_folder.path(), {}).json;
-        m_folder.write("manifest.json", manifestOf(request, "m", {{"wall.xml", std::string(64, 'a')}}, {view}));
+        const std::string folder = m_folder.makeFolder(subfolder);
+        const std::string view = exporter.write({display.choice(), std::nullopt}, folder, {}).json;
+        m_folder.write(subfolder + "/manifest.json",
+                       manifestOf(request, "m", {{"wall.xml", std::string(64, 'a')}}, {view}));
     }
 
     [[nodiscard]] Json manifest() const { return Json::parse(m_folder.read("manifest.json")); }
@@ -105,6 +109,20 @@ TEST_F(ExportedDisplayTest, EveryFormatOfAWarpShowsTheSame) {
     exportWall({WarpFormat::PFM_3D});
     const ExportedDisplay display = ExportedDisplay::read(m_folder.path());
     EXPECT_FALSE(PlayerWarp::read(display, display.views().front()));
+}
+
+/// Names of folders are bytes: "caf\xE9" is one of an older encoding.
+TEST_F(ExportedDisplayTest, LiesInAFolderOfAnyName) {
+    for (const WarpFormat format : {WarpFormat::MESH, WarpFormat::OBJ, WarpFormat::PFM, WarpFormat::PNG_16}) {
+        const std::string folder = "caf\xE9 " + nameOf(format);
+        exportWall({format}, InputKind::SCREEN, folder);
+        const ExportedDisplay display = ExportedDisplay::read(m_folder.file(folder));
+        const auto warp = PlayerWarp::read(display, display.views().front());
+        ASSERT_TRUE(warp) << nameOf(format);
+        const auto shown = warp->shownAt({0.5, 0.5});
+        ASSERT_TRUE(shown) << nameOf(format);
+        EXPECT_NEAR(shown->content[0], 0.375, 1e-4) << nameOf(format);
+    }
 }
 
 TEST_F(ExportedDisplayTest, OfSeveralFilesOfAKindTheDeepestIsTaken) {
@@ -217,6 +235,9 @@ TEST_F(ExportedDisplayTest, WarpsThatAreNoneAreRefused) {
     EXPECT_THAT(faultOfWarp("PF\n1 1\n1.0\n" + std::string(12, '\0'), "pfm"), HasSubstr("line 3, expected -1.0"));
     EXPECT_THAT(faultOfWarp("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", "obj"), HasSubstr("without a place in the input"));
     EXPECT_THAT(faultOfWarp("v 0 0\n", "obj"), HasSubstr("x.pfm: line 1"));
+    EXPECT_THAT(faultOfWarp("2\n2 2\n", "mesh"), HasSubstr("x.pfm:2: node counts: found"));
+    EXPECT_THAT(faultOfWarp("2\n2 2\n-1 -1 0 0 1\n1 -1 1 0 1\n-1 1 0 1 1\n1 1 1 1 1\npixels 5 5\n", "mesh"),
+                HasSubstr("x.pfm: is of another picture than the channel's"));
     EXPECT_THAT(faultOfWarp("no picture", "png16"), HasSubstr("x.pfm: is no picture"));
 }
 

@@ -57,6 +57,19 @@ double distance(const P2& a, const P2& b, const P2& unit) {
     return std::max(std::abs(a[0] - b[0]) / unit[0], std::abs(a[1] - b[1]) / unit[1]);
 }
 
+TEST_F(CustomPlanarMap, ATextIsReadAsItsFileIs) {
+    const WarpMeshText mesh;
+    const auto ofText = CustomPlanarScreenToChannelMap::parse(mesh.text(), "some text", nullptr);
+    EXPECT_EQ(ofText.pictureSize(), load(mesh).pictureSize());
+    P2 screen;
+    P2 expected;
+    ASSERT_TRUE(ofText.mapChannel2DToScreen2D({0.3 * mesh.width, 0.6 * mesh.height}, screen));
+    ASSERT_TRUE(load(mesh).mapChannel2DToScreen2D({0.3 * mesh.width, 0.6 * mesh.height}, expected));
+    EXPECT_EQ(screen, expected);
+    EXPECT_THROW((void)CustomPlanarScreenToChannelMap::parse("2\n2", "some text", nullptr), VeltraniParseException);
+    EXPECT_THROW((void)CustomPlanarScreenToChannelMap::parse("", "some text", nullptr), VeltraniParseException);
+}
+
 TEST_F(CustomPlanarMap, AnEmptyNameIsAnEmptyMap) {
     const CustomPlanarScreenToChannelMap map(L"", nullptr);
     P2 out = UNTOUCHED;
