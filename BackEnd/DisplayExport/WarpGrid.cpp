@@ -50,11 +50,11 @@ void addInside(const WarpGrid& grid, std::size_t cell, std::vector<P2>& picture)
 void addSides(const WarpGrid& grid, std::size_t cell, const Point<int, 2>& pixels, std::vector<P2>& picture) {
     const P2 size = grid.pictureIn(cell, {1, 1}) - grid.pictureIn(cell, {0, 0});
     for (const std::size_t axis : {std::size_t{0}, std::size_t{1}}) {
-        const double steps = std::max(1.0, std::ceil(size[axis] * pixels[axis]));
-        for (double step = 1; step < steps; ++step) {
+        const int steps = std::max(1, static_cast<int>(std::ceil(size[axis] * pixels[axis])));
+        for (int step = 1; step < steps; ++step) {
             for (const double side : {0.0, 1.0}) {
                 P2 part{side, side};
-                part[axis] = step / steps;
+                part[axis] = static_cast<double>(step) / steps;
                 picture.push_back(grid.pictureIn(cell, part));
             }
         }

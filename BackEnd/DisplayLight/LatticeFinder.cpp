@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 #include <utility>
 
@@ -28,6 +27,9 @@ constexpr double NEAR = 2;
 /// Of a triangle: a place on the edge between two of them belongs to both. The grid ends at the edge of the picture,
 /// whose rounding must not lose places.
 constexpr double ON_EDGE = -1e-6;
+/// The same for places that no triangle holds: at a rim that is bent, and between a cell and those that its neighbour
+/// is divided into, lie some beside all of them.
+constexpr double BESIDE = -0.06;
 /// Pixels: what is left of a place that was found, and when it is not worth a further step.
 constexpr double MOST_REST = 0.25;
 constexpr double ENOUGH = 1e-4;
@@ -72,6 +74,7 @@ struct Guess {
     P3 alongU;  ///< how the place on the screen moves with u, per unit
     P3 alongV;
     std::size_t number = 0;  ///< among the places of the eye
+    bool isBeside = false;   ///< beside the triangle that it was found by
 };
 
 double crossOf(const P2& a, const P2& b) {
@@ -83,13 +86,16 @@ class LatticePainter {
 public:
     LatticePainter(const ChannelSight& sight, const EyeGrid& grid)
         : m_sight(sight), m_grid(grid), m_pixels(sight.channel().pictureSize()) {
-        m_numbers.assign(grid.places.size(), NONE);
+        m_isTaken.assign(grid.places.size(), false);
     }
 
     void find(std::vector<FoundPlace>& found) {
         const auto width = static_cast<std::size_t>(m_pixels[0]);
         const auto height = static_cast<std::size_t>(m_pixels[1]);
         drawBlock(0, 0, width, height, CELL);
+        for (const Guess& guess : m_beside) {
+            take(guess);
+        }
         found.assign(m_grid.places.size(), FoundPlace());
         refine();
         for (const Guess& guess : m_guesses) {
@@ -98,8 +104,6 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t NONE = 0xFFFFFFFFU;
-
     /// A part of the picture, from one pixel to another, in cells of so many pixels.
     void drawBlock(std::size_t left, std::size_t bottom, std::size_t right, std::size_t top, std::size_t step) {
         const auto cells = [step](std::size_t from, std::size_t to) { return (to - from + step - 1) / step; };
@@ -215,14 +219,16 @@ private:
         }
         const auto [left, right] = std::minmax({corners[0].inView[0], corners[1].inView[0], corners[2].inView[0]});
         const auto [bottom, top] = std::minmax({corners[0].inView[1], corners[1].inView[1], corners[2].inView[1]});
-        const std::size_t lastRow = behind(top, m_grid.view.height());
-        const std::size_t lastColumn = behind(right, m_grid.view.width());
-        for (std::size_t row = firstOf(bottom); row < lastRow; ++row) {
-            for (std::size_t column = firstOf(left); column < lastColumn; ++column) {
+        const double wider = -2 * BESIDE * (right - left);
+        const double higher = -2 * BESIDE * (top - bottom);
+        const std::size_t lastRow = behind(top + higher, m_grid.view.height());
+        const std::size_t lastColumn = behind(right + wider, m_grid.view.width());
+        for (std::size_t row = firstOf(bottom - higher); row < lastRow; ++row) {
+            for (std::size_t column = firstOf(left - wider); column < lastColumn; ++column) {
                 const P2 way = EyeGrid::middleOf(column, row) - corners[0].inView;
                 const double ofB = crossOf(way, toC) / area;
                 const double ofC = crossOf(toB, way) / area;
-                if (ofB >= ON_EDGE && ofC >= ON_EDGE && 1 - ofB - ofC >= ON_EDGE) {
+                if (std::min({ofB, ofC, 1 - ofB - ofC}) >= BESIDE) {
                     add(row * m_grid.view.width() + column, corners, ofB, ofC, diagonal);
                 }
             }
@@ -240,16 +246,29 @@ private:
         const P3 toB = corners[1].point - corners[0].point;
         const P3 toC = corners[2].point - corners[0].point;
         const EyePlace& place = m_grid.places[number];
-        if (m_numbers[number] != NONE || !place.isSeen ||
+        if (m_isTaken[number] || !place.isSeen ||
             !(norm(corners[0].point + ofB * toB + ofC * toC - place.point) <= NEAR * diagonal)) {
             return;
         }
         const P2 b = corners[1].picture - corners[0].picture;
         const P2 c = corners[2].picture - corners[0].picture;
         const double area = crossOf(b, c);
-        m_numbers[number] = static_cast<std::uint32_t>(m_guesses.size());
-        m_guesses.push_back({corners[0].picture + ofB * b + ofC * c, (c[1] * toB - b[1] * toC) * (1 / area),
-                             (b[0] * toC - c[0] * toB) * (1 / area), number});
+        const Guess guess{corners[0].picture + ofB * b + ofC * c, (c[1] * toB - b[1] * toC) * (1 / area),
+                          (b[0] * toC - c[0] * toB) * (1 / area), number,
+                          std::min({ofB, ofC, 1 - ofB - ofC}) < ON_EDGE};
+        if (guess.isBeside) {
+            m_beside.push_back(guess);
+        } else {
+            take(guess);
+        }
+    }
+
+    /// The first one of a place counts.
+    void take(const Guess& guess) {
+        if (!m_isTaken[guess.number]) {
+            m_isTaken[guess.number] = true;
+            m_guesses.push_back(guess);
+        }
     }
 
     /// Leaves those places that were found.
@@ -287,7 +306,7 @@ private:
                  std::vector<Guess>& next) const {
         if (!seen.isSeen) {
             // At the edge of the screen, or of a map, the guess is as near as it gets.
-            if (isLast && PictureFinder::isInPicture(guess.picture)) {
+            if (isLast && !guess.isBeside && PictureFinder::isInPicture(guess.picture)) {
                 kept.push_back(guess);
             } else if (!isLast) {
                 next.push_back(guess);
@@ -310,7 +329,7 @@ private:
         better.picture = picture + way;
         if (pixels <= ENOUGH || isLast) {
             const double pixel = std::max(std::sqrt(uu) / m_pixels[0], std::sqrt(vv) / m_pixels[1]);
-            if (pixels <= MOST_REST && norm(rest) <= MOST_REST * pixel && PictureFinder::isInPicture(better.picture)) {
+            if (pixels <= MOST_REST && norm(rest) <= MOST_REST * pixel && moveOntoRim(better.picture)) {
                 kept.push_back(better);
             }
             return;
@@ -318,11 +337,21 @@ private:
         next.push_back(better);
     }
 
+    /// What lies beyond the rim of the picture by less than is known of it lies on it.
+    /// @return false for what lies further beyond
+    [[nodiscard]] bool moveOntoRim(P2& picture) const {
+        const P2 nearest{std::clamp(picture[0], 0.0, 1.0), std::clamp(picture[1], 0.0, 1.0)};
+        const P2 way = nearest - picture;
+        picture = nearest;
+        return std::hypot(way[0] * m_pixels[0], way[1] * m_pixels[1]) <= ENOUGH;
+    }
+
     const ChannelSight& m_sight;
     const EyeGrid& m_grid;
     Point<int, 2> m_pixels;
-    std::vector<std::uint32_t> m_numbers;  ///< by place of the eye: its guess
+    std::vector<bool> m_isTaken;  ///< by place of the eye: whether there is a guess of it
     std::vector<Guess> m_guesses;
+    std::vector<Guess> m_beside;
 };
 
 }  // namespace

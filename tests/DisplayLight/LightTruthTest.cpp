@@ -2,6 +2,8 @@
 #include "AddedLight.h"
 #include "DisplayLight/EyeGrid.h"
 #include "DisplayReport/coverage/DisplayLights.h"
+#include "DisplayReport/coverage/ParameterLight.h"
+#include "ScreenCoordinates.h"
 #include "support/Sanitizers.h"
 
 #include <algorithm>
@@ -10,6 +12,7 @@
 #include <cstdlib>
 #include <limits>
 #include <numbers>
+#include <optional>
 
 namespace {
 
@@ -207,6 +210,7 @@ struct Shown {
     /// Of the panorama. With the pixels of the projector that of a narrow display would take half a minute to be
     /// warped; with larger ones its checks are larger, and as much is read off it.
     int mostColumns = 16000;
+    bool hasPole = false;  ///< whether light falls on a pole of the panorama
 };
 
 constexpr int COARSE = 6400;
@@ -231,7 +235,7 @@ TEST_P(LightTruthOfDisplayTest, WhatIsReadOffTheScreenBelongsThere) {
     const auto figures = picture.figures();
     EXPECT_LE(found.worst, MOST_OFF) << found.largest << " pixels of the input, stated " << found.stated;
     EXPECT_GE(found.read, VALUES);
-    EXPECT_LE(figures.withoutContent, figures.lit / 1000) << "around a pole alone";
+    EXPECT_LE(figures.withoutContent, GetParam().hasPole ? figures.lit / 1000 : 0) << "around a pole alone";
     // What is measured from the warps is what is read off the screen.
     EXPECT_LE(figures.largestShift, 2 * found.stated / found.pixel + MOST_OFF);
     std::size_t uneven = 0;
@@ -255,15 +259,18 @@ std::string wordOf(std::string name) {
     return name;
 }
 
+// Under the sanitizers those with few channels: most of the time goes into their exports.
 INSTANTIATE_TEST_SUITE_P(Displays, LightTruthOfDisplayTest,
-                         testing::Values(Shown{"planetarium", "obj"}, Shown{"round", "obj"}, Shown{"cave", "mesh"},
-                                         Shown{"stereo-wall", "mesh"}, Shown{"inset", "mesh"},
-                                         Shown{"curved-wall", "mesh"}),
+                         testing::Values(Shown{"cave", "mesh"}, Shown{"inset", "mesh"}),
                          [](const auto& tested) { return wordOf(tested.param.display); });
 
 INSTANTIATE_TEST_SUITE_P(MoreDisplays, LightTruthOfDisplayTest,
                          testing::ValuesIn(IS_SANITIZED ? std::vector<Shown>{}
-                                                        : std::vector<Shown>{{"closed-cylinder", "obj", COARSE},
+                                                        : std::vector<Shown>{{"planetarium", "obj"},
+                                                                             {"round", "obj"},
+                                                                             {"stereo-wall", "mesh"},
+                                                                             {"curved-wall", "mesh"},
+                                                                             {"closed-cylinder", "obj", COARSE},
                                                                              {"cockpit", "mesh", COARSE},
                                                                              {"collimated", "mesh", COARSE},
                                                                              {"cylinder", "mesh", COARSE},
@@ -275,9 +282,38 @@ INSTANTIATE_TEST_SUITE_P(MoreDisplays, LightTruthOfDisplayTest,
                                                                              {"warped-wall", "mesh", COARSE}}),
                          [](const auto& tested) { return wordOf(tested.param.display); });
 
-/// Of displays whose light goes along rays: areas of a screen are told apart by its coordinates, which an eye does not
-/// see. Nothing is dark that the measurement of the coverage finds lit, and nothing lit that it finds dark.
-class LitLikeCoverageTest : public LightTruthTest, public testing::WithParamInterface<const char*> {};
+// Every pixel has a value of its own: what is off is so by the addition of the light alone.
+INSTANTIATE_TEST_SUITE_P(PixelByPixel, LightTruthOfDisplayTest,
+                         testing::ValuesIn(IS_SANITIZED ? std::vector<Shown>{}
+                                                        : std::vector<Shown>{{"curved-wall", "pfm", COARSE}}),
+                         [](const auto& tested) { return wordOf(tested.param.display); });
+
+/// Nothing is dark that the measurement of the coverage finds lit, and nothing lit that it finds dark.
+class LitLikeCoverageTest : public LightTruthTest, public testing::WithParamInterface<const char*> {
+protected:
+    using ChannelLights = Veltrani::DisplayReport::ChannelLights;
+    using SurfacePoint = Veltrani::DisplayReport::SurfacePoint;
+
+    static std::ptrdiff_t countAt(const ChannelLights& lights, const SurfacePoint& point) {
+        return std::count_if(lights.begin(), lights.end(),
+                             [&point](const auto& light) { return light->lights(point); });
+    }
+
+    /// Whether a channel begins or ends as near to it as rounding goes: the coordinates of a place are known to a
+    /// billionth of the screen, and its place in a picture to a ten-thousandth of a pixel.
+    static bool isOnAnOutline(const ChannelLights& lights, const ScreenGeometry& surface, const SurfacePoint& point) {
+        constexpr double NEAR = 1e-7;
+        for (const P2& way : {P2{-NEAR, 0.0}, P2{NEAR, 0.0}, P2{0.0, -NEAR}, P2{0.0, NEAR}}) {
+            SurfacePoint beside = point;
+            beside.parameters = point.parameters + way;
+            if (surface.mapInto3D(beside.parameters, beside.place, false) &&
+                countAt(lights, beside) != countAt(lights, point)) {
+                return true;
+            }
+        }
+        return false;
+    }
+};
 
 TEST_P(LitLikeCoverageTest, HasNoGap) {
     loadAny(GetParam());
@@ -286,35 +322,55 @@ TEST_P(LitLikeCoverageTest, HasNoGap) {
     any.content = white();
     any.nodes = Point<int, 2>{9, 9};
     exportAll(any);
-    choosePlaces(VALUES);
+    choosePlaces(1.05 * VALUES);
     const LitPicture picture = lit(m_width, m_height);
     const auto surface = ScreenManager::getInstance()->getScreenGeometry();
     const auto lights = Veltrani::DisplayReport::DisplayLights::of(config(), surface).lights;
     const Veltrani::DisplayLight::EyePlaces eye(config(), channels().front(), surface, picture.view.frame().eye);
     const auto grid = Veltrani::DisplayLight::EyeGrid::of(picture.view, eye);
+    // An eye does not see the coordinates of the screen, by which its areas are told apart.
+    const bool isLaidOut =
+        dynamic_cast<const Veltrani::DisplayReport::ParameterLight*>(lights.front().get()) != nullptr;
+    auto coordinates = isLaidOut ? std::optional<ScreenCoordinates>(surface) : std::nullopt;
     std::size_t lit = 0;
+    std::size_t unknown = 0;
+    std::size_t onOutlines = 0;
     for (std::size_t i = 0; i < picture.places.size(); ++i) {
         if (!grid.places[i].isSeen) {
             continue;
         }
-        const Veltrani::DisplayReport::SurfacePoint point{grid.places[i].point, {}, false};
-        const auto count =
-            std::count_if(lights.begin(), lights.end(), [&point](const auto& light) { return light->lights(point); });
-        EXPECT_EQ(picture.places[i].channels, count) << grid.places[i].point;
+        const auto st = coordinates ? coordinates->of(grid.places[i].point) : std::nullopt;
+        if (coordinates && !st) {
+            ++unknown;
+            continue;
+        }
+        const SurfacePoint point{grid.places[i].point, st.value_or(P2()), st.has_value()};
+        const auto count = countAt(lights, point);
+        if (picture.places[i].channels != count && st && isOnAnOutline(lights, *surface, point)) {
+            ++onOutlines;
+            continue;
+        }
+        EXPECT_EQ(picture.places[i].channels, count) << grid.places[i].point << ' ' << point.parameters;
         lit += count > 0 ? 1 : 0;
     }
-    EXPECT_GT(static_cast<double>(lit), 0.95 * VALUES);
+    EXPECT_GE(lit, VALUES);
+    EXPECT_LE(unknown, lit / 10'000);
+    EXPECT_LE(onOutlines, lit / 1000);
+    if (std::getenv("SM_LIGHT_FIGURES") != nullptr) {
+        std::printf("%zu lit, %zu unknown, %zu on outlines\n", lit, unknown, onOutlines);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Displays, LitLikeCoverageTest,
-                         testing::Values("collimated", "planetarium", "inset", "lens-cylinder"),
+INSTANTIATE_TEST_SUITE_P(Displays, LitLikeCoverageTest, testing::Values("collimated", "inset", "curved-wall"),
                          [](const auto& tested) { return wordOf(tested.param); });
 
-INSTANTIATE_TEST_SUITE_P(MoreDisplays, LitLikeCoverageTest,
-                         testing::ValuesIn(IS_SANITIZED
-                                               ? std::vector<const char*>{}
-                                               : std::vector<const char*>{"round", "stereo-wall", "closed-cylinder",
-                                                                          "mesh-rays", "spherical-dome"}),
-                         [](const auto& tested) { return wordOf(tested.param); });
+INSTANTIATE_TEST_SUITE_P(
+    MoreDisplays, LitLikeCoverageTest,
+    testing::ValuesIn(IS_SANITIZED
+                          ? std::vector<const char*>{}
+                          : std::vector<const char*>{"planetarium", "round", "cave", "stereo-wall", "closed-cylinder",
+                                                     "cockpit", "cylinder", "dome", "lens-cylinder", "mesh-rays",
+                                                     "planar-wall", "spherical-dome", "warped-wall"}),
+    [](const auto& tested) { return wordOf(tested.param); });
 
 }  // namespace
