@@ -107,6 +107,13 @@ TEST(PJLinkProjector, AClass1ProjectorIsAskedInClass1) {
     EXPECT_THAT(pair->lines(), ElementsAre("%1INST ?", "%1INPT ?", "%1INST ?", "%1INPT 11"));
 }
 
+TEST(PJLinkProjector, AClass2ProjectorThatKnowsInputsInClass1AloneIsAskedSoFromThenOn) {
+    const auto pair = Pair::contacted({"--answer", "2INST=ERR1", "--answer", "2INPT=ERR1"});
+    EXPECT_EQ(pair->send<GetActiveInputSignalIndex>()->getResult(), 2);
+    pair->send<SetActiveInputSignalIndex>(0);
+    EXPECT_THAT(pair->lines(), ElementsAre("%2INST ?", "%1INST ?", "%1INPT ?", "%1INST ?", "%1INPT 11"));
+}
+
 TEST(PJLinkProjector, AnInputOutsideTheListIsAFaultAndNothingIsSet) {
     const auto pair = Pair::contacted();
     for (const int index : {-1, 5}) {

@@ -104,6 +104,12 @@ TEST(WarpMeshFile, WhatIsNoNodeIsRefusedByItsPlace) {
     }
 }
 
+TEST(WarpMeshFile, TheLargestNumbersAreStillRead) {
+    std::string text = SMALL + "pixels 20 10\n";
+    text.replace(text.find("1 -1 1 0 1"), 10, "10000 -10000 10000 -10000 1");
+    EXPECT_EQ(refusal(text), L"");
+}
+
 TEST(WarpMeshFile, ThePictureSizeIsNeeded) {
     expectRefused(SMALL, L"mesh:6: picture size: found the end of the file, expected pixels W H");
     for (const char* line : {"pixels", "pixels 20", "pixels 0 10", "pixels 20 -1", "pixels 20 10 1", "pixels 20.5 10",

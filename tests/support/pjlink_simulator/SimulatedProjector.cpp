@@ -36,8 +36,9 @@ SimulatedProjector::Answer SimulatedProjector::answer(std::string line, bool fir
     return {line.substr(0, 6) + '=' + valueFor(line[1], body, line.substr(7)), false};
 }
 
-std::optional<std::string> SimulatedProjector::scripted(const std::string& body, const std::string& parameter) const {
-    for (const std::string& key : {body + ' ' + parameter, body}) {
+std::optional<std::string> SimulatedProjector::scripted(char commandClass, const std::string& body,
+                                                        const std::string& parameter) const {
+    for (const std::string& key : {body + ' ' + parameter, body, commandClass + body}) {
         const auto found = m_options.answers.find(key);
         if (found != m_options.answers.end()) {
             return found->second;
@@ -47,7 +48,7 @@ std::optional<std::string> SimulatedProjector::scripted(const std::string& body,
 }
 
 std::string SimulatedProjector::valueFor(char commandClass, const std::string& body, const std::string& parameter) {
-    if (auto value = scripted(body, parameter)) {
+    if (auto value = scripted(commandClass, body, parameter)) {
         return *value;
     }
     const bool needsClass2 = CLASS_2_ONLY.count(body) != 0;

@@ -22,7 +22,8 @@ public:
 
 private:
     [[nodiscard]] std::string valueFor(char commandClass, const std::string& body, const std::string& parameter);
-    [[nodiscard]] std::optional<std::string> scripted(const std::string& body, const std::string& parameter) const;
+    [[nodiscard]] std::optional<std::string> scripted(char commandClass, const std::string& body,
+                                                      const std::string& parameter) const;
     [[nodiscard]] std::string setMute(const std::string& parameter);
     [[nodiscard]] std::string setInput(const std::string& parameter);
 

@@ -36,5 +36,5 @@ struct SimulatorOptions {
     bool searchNoise = false;  ///< duplicates and junk among them
     bool spread = false;       ///< each projector has an address of its own, one port, and replies to each search
     std::string journal;       ///< file that receives one line per event
-    std::map<std::string, std::string> answers;  ///< "AVMT 11" or "AVMT" to what follows the "=" of the reply
+    std::map<std::string, std::string> answers;  ///< "AVMT 11", "AVMT" or "2AVMT" to what follows the "=" of the reply
 };
