@@ -94,8 +94,8 @@ TEST_P(BlendTruthOfExampleTest, TheLightSumsToOne) {
 INSTANTIATE_TEST_SUITE_P(Examples, BlendTruthOfExampleTest,
                          testing::Values("closed-cylinder", "cockpit", "collimated", "curved-wall", "cylinder", "dome",
                                          "lens-cylinder", "mesh-rays", "planar-wall", "spherical-dome", "warped-wall"),
-                         [](const auto& info) {
-                             std::string name = info.param;
+                         [](const auto& tested) {
+                             std::string name = tested.param;
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });

@@ -50,14 +50,25 @@ struct SoftChecks {
     static double slopeAt(double along) { return std::fmod(along, 2.0 * HALF) <= HALF ? STEP : -STEP; }
 
     [[nodiscard]] std::vector<unsigned char> colours() const {
-        std::vector<unsigned char> all;
+        // A panorama has up to a hundred million pixels, all made of the codes of one row and one column.
+        const auto codes = [](int count) {
+            std::vector<unsigned char> all;
+            for (int i = 0; i < count; ++i) {
+                all.push_back(static_cast<unsigned char>(std::lround(codeAt(i + 0.5))));
+            }
+            return all;
+        };
+        const std::vector<unsigned char> rightwards = codes(width);
+        const std::vector<unsigned char> upwards = codes(height);
+        std::vector<unsigned char> all(std::size_t{3} * rightwards.size() * upwards.size());
+        unsigned char* next = all.data();
         for (int row = 0; row < height; ++row) {
+            const unsigned char up = upwards[static_cast<std::size_t>(height - 1 - row)];
+            const unsigned char* right = rightwards.data();
             for (int column = 0; column < width; ++column) {
-                const double up = height - 1 - row + 0.5;
-                const double right = column + 0.5;
-                all.push_back(static_cast<unsigned char>(std::lround(codeAt(right))));
-                all.push_back(static_cast<unsigned char>(std::lround(codeAt(up))));
-                all.push_back((column / HALF + row / HALF) % 2 == 0 ? 255 : 0);
+                *next++ = *right++;
+                *next++ = up;
+                *next++ = (column / HALF + row / HALF) % 2 == 0 ? 255 : 0;
             }
         }
         return all;
@@ -211,6 +222,10 @@ struct Shown {
     /// warped; with larger ones its checks are larger, and as much is read off it.
     int mostColumns = 16000;
     bool hasPole = false;  ///< whether light falls on a pole of the panorama
+
+    friend void PrintTo(const Shown& shown, std::ostream* out) {
+        *out << shown.display << " as " << shown.format << ", " << shown.mostColumns;
+    }
 };
 
 constexpr int COARSE = 6400;

@@ -5,7 +5,7 @@
 
 namespace Veltrani::DisplayReport {
 
-/// What a PNG file has of each pixel, for pictures of numbers rather than of colours for people.
+/// What a PNG file has of each pixel.
 struct PngForm {
     enum class Parts {
         GREY = 1,
@@ -17,6 +17,8 @@ struct PngForm {
     std::size_t height = 0;  ///< pixels
     Parts parts = Parts::GREY;
     int bits = 8;  ///< of each part: 8 or 16
+    /// Colours for people, which the file states to be sRGB; otherwise numbers.
+    bool isSrgb = false;
 
     /// Of one pixel in memory.
     [[nodiscard]] std::size_t bytes() const {
@@ -24,7 +26,7 @@ struct PngForm {
     }
 };
 
-/// Writes a PNG file that states no gamma and no colour space, so that no reader has a reason to bend the numbers.
+/// Writes a PNG file. One of numbers states no gamma and no colour space, so that no reader has a reason to bend them.
 ///
 /// Throws `VeltraniException` when the picture cannot be encoded, as without a pixel, `std::bad_alloc` when memory runs
 /// out. A stream that takes no more goes bad.

@@ -12,6 +12,7 @@ namespace {
 
 using namespace Veltrani::DisplayReport;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 void expectRefused(const PngPicture& picture) {
@@ -38,6 +39,13 @@ TEST(PngPicture, APictureComesBackAsItWasWritten) {
     EXPECT_EQ(image.height, 2U);
     EXPECT_EQ(image.bytes, picture.colours);
     EXPECT_EQ(image.at(1, 1), (PngImage::Colour{168, 182, 196})) << "row by row from the top";
+}
+
+TEST(PngPicture, StatesThatItsColoursAreSrgb) {
+    std::ostringstream out;
+    PngPicture{1, 1, {10, 20, 30}}.write(out);
+    EXPECT_THAT(out.str(), HasSubstr(std::string("\0\0\0\1sRGB\0", 9)));
+    EXPECT_THAT(out.str(), Not(HasSubstr("gAMA")));
 }
 
 TEST(PngPicture, OnePixelIsAPicture) {
