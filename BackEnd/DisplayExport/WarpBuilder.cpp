@@ -74,6 +74,13 @@ void requirePossible(const ChannelSight& sight, const WarpRequest& request, cons
     }
 }
 
+/// Whether readers of grids lose cells.
+bool losesCells(const ChannelWarp& warp) {
+    std::size_t broken = 0;
+    static_cast<void>(warp.gridNodes(broken));
+    return broken > 0;
+}
+
 /// Content next to other content, by whole widths of the input.
 double beside(double content, double other) {
     return content - std::round(content - other);
@@ -102,14 +109,13 @@ ChannelWarp WarpBuilder::build() const {
         return builtFrom(std::move(grid), measured.error);
     }
     Trial found = search();
-    const Point<int, 2> cells = found.cells;
+    Point<int, 2> cells = found.cells;
     ChannelWarp warp = builtFrom(std::move(found.grid), found.measured.error);
-    std::size_t broken = 0;
-    if (m_request.forGrids && cells != mostCells()) {
-        static_cast<void>(warp.gridNodes(broken));
-    }
-    if (broken > 0) {
-        found = boundedTrialOf(mostCells());
+    while (m_request.forGrids && cells != mostCells() && losesCells(warp)) {
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            cells[i] = std::min(2 * cells[i], mostCells()[i]);
+        }
+        found = boundedTrialOf(cells);
         warp = builtFrom(std::move(found.grid), found.measured.error);
     }
     return warp;

@@ -62,8 +62,8 @@ struct WarpRequest {
     Places places = Places::AUTO;
     Point<int, 2> nodes{};  ///< two or more each
     double error = 0.25;    ///< pixels of the input
-    /// Whether `AUTO` has as many nodes as it ever has, where readers of grids would lose cells: so that they lose
-    /// little of the picture.
+    /// Whether `AUTO` has more nodes where readers of grids would lose cells, up to as many as it ever has: so that
+    /// they lose little of the picture.
     bool forGrids = false;
     Seam seam = Seam::CONTINUE;
     bool withPoints = false;             ///< whether the points on the screen are kept as well
