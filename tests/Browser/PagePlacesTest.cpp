@@ -208,4 +208,26 @@ TEST_F(PagePlacesTest, WhatIsPickedIsMarkedUntilItIsNot) {
     EXPECT_EQ(spreadOf(sceneOf(browser), isWhite).count, 0);
 }
 
+// Two routes: the panel against the table that the program writes of the same display.
+TEST_F(PagePlacesTest, ThePanelCountsTheTargetsOfEachChannel) {
+    const std::string display = EXAMPLES + "lens-cylinder/display.xml";
+    HeadlessBrowser& browser = open(display);
+    const auto texts = browser.evaluate(
+        "[...document.querySelectorAll('#channels li')].map((one) => one.querySelector('small').textContent)");
+    const std::string table = m_folder.file("targets.json");
+    ASSERT_EQ(runProgram("targets '" + display + "' --format json -o '" + table + "'"), 0);
+    const auto channels = nlohmann::json::parse(m_folder.read("targets.json")).at("channels");
+    ASSERT_EQ(texts.size(), channels.size());
+    std::size_t allMissed = 0;
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const std::size_t placed = channels.at(i).at("grid").size();
+        const std::size_t missed = channels.at(i).at("missed").at("grid");
+        allMissed += missed;
+        EXPECT_THAT(
+            texts.at(i).get<std::string>(),
+            testing::StartsWith(std::to_string(placed) + " of " + std::to_string(placed + missed) + " targets; "));
+    }
+    EXPECT_GT(allMissed, 0U);
+}
+
 }  // namespace
