@@ -36,8 +36,8 @@ const ProjectorConfig& channelOf(const XMLConfigManager& config, const std::vect
     return *projector;
 }
 
-std::map<std::size_t, FitPoints> byChannel(std::span<const MeasuredPoint> points,
-                                           const std::vector<std::size_t>& channels) {
+std::map<std::size_t, FitPoints> byChannel(std::span<const MeasuredPoint> points, const FitOptions& options) {
+    const std::vector<std::size_t>& channels = options.channels;
     std::map<std::size_t, FitPoints> sorted;
     for (std::size_t i = 0; i < points.size(); ++i) {
         const MeasuredPoint& point = points[i];
@@ -45,6 +45,10 @@ std::map<std::size_t, FitPoints> byChannel(std::span<const MeasuredPoint> points
             continue;
         }
         FitPoints& own = sorted[point.channel];
+        if (own.size() == 0) {
+            own.pulse = options.pulse;
+        }
+        own.pulseAt(i);
         own.picture.push_back(point.picture);
         own.world.push_back(point.world);
         if (point.covariance) {
@@ -76,8 +80,8 @@ DisplayFitResult DisplayFitter::fit(const XMLConfigManager& config, std::span<co
         throw VeltraniException(__FILE__, __LINE__, L"Fit: the display has no target data of a known type");
     }
     const std::vector<std::wstring> ids = config.getProjectorConfigIds();
-    DisplayFitDetail::requireSound(points, ids.size());
-    const auto sorted = byChannel(points, m_options.channels);
+    DisplayFitDetail::requireSound(points, ids.size(), m_options.pulse);
+    const auto sorted = byChannel(points, m_options);
     DisplayFitResult result;
     if (const IUnitsConfig* const units = config.getNativeUnitsConfig()) {
         result.unit = Veltrani::toUtf8(units->getUnitName());
@@ -86,6 +90,7 @@ DisplayFitResult DisplayFitter::fit(const XMLConfigManager& config, std::span<co
     for (const auto& [channel, own] : sorted) {
         setups.try_emplace(channel, config, *kind, channelOf(config, ids, channel));
     }
+    result.channels.reserve(sorted.size());
     for (const auto& [channel, own] : sorted) {
         if (m_progress) {
             m_progress(result.channels.size(), sorted.size());

@@ -42,6 +42,8 @@ std::string FitFinding::nameOf(Kind kind) {
             return "DEVIATIONS_TOO_LARGE";
         case Kind::FRAME_MOVED:
             return "FRAME_MOVED";
+        case Kind::FRAMES_MIXED:
+            return "FRAMES_MIXED";
         case Kind::FRAME_NOT_REGISTERED:
             return "FRAME_NOT_REGISTERED";
         case Kind::IMPLAUSIBLE_VALUES:

@@ -40,6 +40,7 @@ struct FitFinding {
         WRONG_UNIT,            ///< lengths of the points are in another unit
         DEVIATIONS_TOO_LARGE,  ///< the stated deviations are as large as what the points cover
         FRAME_MOVED,           ///< all points are displaced by one movement
+        FRAMES_MIXED,          ///< some points of a channel are displaced by one movement, the others are not
         FRAME_NOT_REGISTERED,  ///< control points are not where they should be, and were not used
         IMPLAUSIBLE_VALUES,    ///< what was solved can be no projector
         NOT_FITTING,           ///< no values explain the points

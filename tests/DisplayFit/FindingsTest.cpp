@@ -303,6 +303,30 @@ TEST_F(Findings, AFitEndsWithWhatItsPulseThrows) {
     EXPECT_THROW(fitOf(channel, points, options), std::runtime_error);
 }
 
+/// The longest stretch without a pulse, in points of one pass over them, is a part of one pass: all long loops have it.
+TEST_F(Findings, APulseComesManyTimesInEachPassOverThePoints) {
+    constexpr std::size_t COUNT = 20000;
+    const SyntheticChannel channel("BrownConrady", {-0.14, 0.08, 4e-4, -3e-4, -0.02});
+    const Points points = SyntheticChannel::noisy(channel.measured(COUNT), 0.002, 1);
+    FitOptions options;
+    std::size_t pulses = 0;
+    options.pulse = [&pulses] { ++pulses; };
+    const ChannelFit fit = fitOf(channel, points, options);
+    ASSERT_TRUE(fit.isSolved);
+    EXPECT_GE(pulses, static_cast<std::size_t>(fit.iterations) * (COUNT / 1024)) << "in each step";
+    // Wherever it is given up: before the solver, in it, and behind it.
+    for (const std::size_t last : {std::size_t{5}, std::size_t{30}, pulses / 2, pulses - 1}) {
+        std::size_t seen = 0;
+        options.pulse = [&seen, last] {
+            if (++seen > last) {
+                throw std::runtime_error("enough");
+            }
+        };
+        EXPECT_THROW(fitOf(channel, points, options), std::runtime_error);
+        EXPECT_EQ(seen, last + 1) << "nothing goes on";
+    }
+}
+
 /// Nothing that a caller can hand over ends the program or comes back with a number that is none.
 TEST_F(Findings, OddPointsAreSurvived) {
     const SyntheticChannel channel("BrownConrady", {-0.14, 0.08, 4e-4, -3e-4, -0.02});

@@ -124,6 +124,18 @@ INSTANTIATE_TEST_SUITE_P(
         Lens{"fisheye", "Fisheye", {0.03, -0.01, 4e-3, -1e-3}}),
     [](const auto& info) { return info.param.name; });
 
+/// Without any noise the deviation is zero: the value was solved nevertheless.
+TEST(NoNoise, WhatIsSolvedIsNotHeld) {
+    const LogTrap log;
+    FitScene scene = FitScene::ofExample("planar-wall");
+    for (const ChannelFit& fit : DisplayFitter().fit(scene.truth(), scene.measured()).channels) {
+        for (const FittedValue& value : fit.values) {
+            ASSERT_TRUE(value.deviation.has_value()) << value.name;
+            EXPECT_LT(*value.deviation, 1e-12) << value.name;
+        }
+    }
+}
+
 /// A projector that looks straight up: its angles are in gimbal lock.
 TEST(GimbalLock, AProjectorThatLooksUpComesBack) {
     const LogTrap log;

@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -175,6 +176,50 @@ TEST_F(OneMistake, OfOneStationIsNamedWithItsSet) {
     const DisplayFitResult result = DisplayFitter().fit(*scene.disturbed(), points);
     ASSERT_THAT(namesOf(result.findings), ElementsAre("FRAME_MOVED"));
     EXPECT_THAT(result.findings[0].text, HasSubstr("all points of the set \"gallery\""));
+}
+
+TEST_F(OneMistake, OfTwoFramesWithoutSetsIsNamedWithItsRows) {
+    for (const char* example : {"spherical-dome", "curved-wall", "lens-cylinder"}) {
+        FitScene scene = FitScene::ofExample(example);
+        const Points exact = scene.measured(8, 6);
+        for (const double part : {0.25, 0.5}) {
+            SCOPED_TRACE(std::string(example) + ", " + std::to_string(part));
+            Points points = SyntheticChannel::noisy(exact, 0.001, 3);
+            std::mt19937 random(5);
+            std::uniform_real_distribution<double> any;
+            for (std::size_t i = 0; i < points.size(); ++i) {
+                points[i].covariance.reset();
+                points[i].row = i + 2;
+                points[i].world += any(random) < part ? Point<double, 3>{0.6, -0.9, 0.5} : Point<double, 3>{};
+            }
+            // A disturbed area is a quarter wider than it is: that is no movement any more.
+            const auto disturbed = scene.disturbed();
+            const bool isArea = std::string(example) == "curved-wall";
+            const DisplayFitResult result = DisplayFitter().fit(isArea ? scene.truth() : *disturbed, points);
+            EXPECT_NE(result.outcome(), FitOutcome::GOOD);
+            EXPECT_THAT(namesOf(result.findings), IsEmpty());
+            for (const ChannelFit& fit : result.channels) {
+                SCOPED_TRACE(fit.name);
+                ASSERT_THAT(namesOf(fit.findings), Contains("FRAMES_MIXED"));
+                EXPECT_THAT(fit.findings.back().text, HasSubstr("such as lines "));
+                EXPECT_THAT(fit.findings.back().remedy, HasSubstr("in a column set"));
+            }
+        }
+    }
+}
+
+TEST_F(OneMistake, OutliersHereAndThereAreNoFrameOfTheirOwn) {
+    FitScene scene = FitScene::ofExample("curved-wall");
+    Points points = scene.measured(8, 6);
+    std::mt19937 random(5);
+    std::normal_distribution<double> far(0, 1);
+    for (std::size_t i = 0; i < points.size(); i += 4) {
+        points[i].world += Point<double, 3>{far(random), far(random), far(random)};
+    }
+    const DisplayFitResult result = DisplayFitter().fit(*scene.disturbed(), points);
+    for (const ChannelFit& fit : result.channels) {
+        EXPECT_THAT(namesOf(fit.findings), ElementsAre("OUTLIERS")) << fit.name;
+    }
 }
 
 TEST_F(OneMistake, DeviationsInAnotherUnitAreNamed) {

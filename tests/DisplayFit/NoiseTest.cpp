@@ -49,15 +49,24 @@ std::vector<double> errorOf(const ChannelFit& fit, const ChannelValues& truth, s
     return error;
 }
 
-TEST_F(Noise, TheNormalisedErrorIsChiSquareOverTwoHundredSeeds) {
+/// A lens with as many coefficients as a file of it has.
+struct NoisyLens {
+    std::string name;
+    std::string model;
+    std::vector<double> coefficients;
+};
+
+class NoiseOfLens : public Noise, public testing::WithParamInterface<NoisyLens> {};
+
+TEST_P(NoiseOfLens, TheNormalisedErrorIsChiSquareOverTwoHundredSeeds) {
     constexpr unsigned SEEDS = 200;
-    const SyntheticChannel channel("BrownConrady", FIVE);
+    const SyntheticChannel channel(GetParam().model, GetParam().coefficients);
+    const std::size_t values = 10 + GetParam().coefficients.size();
     const auto points = channel.measured(150);
     const auto config = channel.config(channel.disturbed(), "start");
     for (const bool isStated : {true, false}) {
         double squares = 0;
         double residuals = 0;
-        double degrees = 0;
         double freedom = 0;
         for (unsigned seed = 1; seed <= SEEDS; ++seed) {
             const auto noisy = isStated ? SyntheticChannel::noisy(points, 0.002, seed)
@@ -66,12 +75,13 @@ TEST_F(Noise, TheNormalisedErrorIsChiSquareOverTwoHundredSeeds) {
             options.isRobust = false;
             const ChannelFit fit = DisplayFitter(options).fit(*config, noisy).channels[0];
             ASSERT_TRUE(fit.isSolved);
-            squares += normalisedSquare(errorOf(fit, channel.truth(), fit.worst.solvedNames.size()), fit.covariance);
-            degrees += static_cast<double>(fit.worst.solvedNames.size());
+            ASSERT_EQ(fit.worst.solvedNames.size(), values);
+            ASSERT_EQ(fit.degreesOfFreedom, 2 * points.size() - values);
+            squares += normalisedSquare(errorOf(fit, channel.truth(), values), fit.covariance);
             freedom += static_cast<double>(fit.degreesOfFreedom);
             residuals += fit.residualFactor * fit.residualFactor * static_cast<double>(fit.degreesOfFreedom);
-            EXPECT_EQ(fit.degreesOfFreedom, 2 * points.size() - 15);
         }
+        const double degrees = static_cast<double>(SEEDS * values);
         if (isStated) {
             const auto [low, high] = chiSquareBand(degrees);
             EXPECT_GT(squares, low);
@@ -86,6 +96,12 @@ TEST_F(Noise, TheNormalisedErrorIsChiSquareOverTwoHundredSeeds) {
         }
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(All, NoiseOfLens,
+                         testing::Values(NoisyLens{"four", "BrownConrady", {-0.14, 0.08, 4e-4, -3e-4}},
+                                         NoisyLens{"five", "BrownConrady", FIVE},
+                                         NoisyLens{"fisheye", "Fisheye", {0.03, -0.01, 4e-3, -1e-3}}),
+                         [](const auto& info) { return info.param.name; });
 
 TEST_F(Noise, TheDeviationsOfValuesAreThoseOfManyFits) {
     constexpr unsigned SEEDS = 100;

@@ -14,9 +14,6 @@ namespace {
 
 using Vector = Point<double, 3>;
 
-/// What rounding leaves of a residual, as a part of the extent of the points.
-constexpr double ROUNDING = 1e-10;
-
 /// A parameter that moves along the surface by less than this part of what the other one does has no meaning there.
 constexpr double POLE = 1e-6;
 
@@ -27,7 +24,7 @@ AreaModel::AreaModel(const FitPoints& points, const DisplayFit::AreaBounds& area
       m_bounds{area.left, area.right, area.bottom, area.top},
       m_given(m_bounds),
       m_pixels{std::max(pixels[0], 1), std::max(pixels[1], 1)},
-      m_leastDeviation(ROUNDING * PointShape::of(points.world).extents[0]) {
+      m_extent(PointShape::of(points.world).extents[0]) {
     for (const char* name : {"area left", "area right", "area bottom", "area top"}) {
         m_unknowns.push_back({Unknown::Role::AREA, name, DisplayFit::FittedValue::Quantity::NUMBER});
     }
@@ -38,6 +35,7 @@ AreaModel::AreaModel(const FitPoints& points, const DisplayFit::AreaBounds& area
     }
     const SurfaceSearch search(*screen);
     for (std::size_t i = 0; i < points.size(); ++i) {
+        points.pulseAt(i);
         const Point<double, 2>& picture = points.picture[i];
         const Point<double, 2> expected{m_bounds[0] + (m_bounds[1] - m_bounds[0]) * picture[0],
                                         m_bounds[2] + (m_bounds[3] - m_bounds[2]) * picture[1]};
@@ -76,13 +74,14 @@ AreaModel::Bounds AreaModel::boundsAt(const double* step) const {
     return bounds;
 }
 
-void AreaModel::evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const {
+void AreaModel::evaluate(const double* step, std::size_t first, std::size_t count, double* residuals, double* jacobian,
+                         bool* isMapped) const {
     constexpr std::size_t COLUMNS = 4;
     const Bounds bounds = boundsAt(step);
-    for (std::size_t i = 0; i < m_points.size(); ++i) {
-        const Patch patch = m_patches[i].value_or(Patch{});
-        const Point<double, 2>& picture = m_points.picture[i];
-        isMapped[i] = m_patches[i].has_value();
+    for (std::size_t i = 0; i < count; ++i) {
+        const Patch patch = m_patches[first + i].value_or(Patch{});
+        const Point<double, 2>& picture = m_points.picture[first + i];
+        isMapped[i] = m_patches[first + i].has_value();
         const double s = bounds[0] + (bounds[1] - bounds[0]) * picture[0] - patch.parameters[0];
         const double t = bounds[2] + (bounds[3] - bounds[2]) * picture[1] - patch.parameters[1];
         residuals[2 * i] = patch.ss * s + patch.st * t;

@@ -21,7 +21,8 @@ public:
 
     [[nodiscard]] const std::vector<Unknown>& unknowns() const override { return m_unknowns; }
     [[nodiscard]] const FitPoints& points() const override { return m_points; }
-    void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const override;
+    void evaluate(const double* step, std::size_t first, std::size_t count, double* residuals, double* jacobian,
+                  bool* isMapped) const override;
     bool spreadOf(std::size_t point, Spread& spread) const override;
     void move(const double* step) override;
     void write(const double* step, DisplayFit::ChannelValues& values) const override;
@@ -29,7 +30,7 @@ public:
     bool missOnScreen(std::size_t point, Point<double, 3>& lengths) const override;
     bool landing(std::size_t point, Point<double, 3>& place) const override;
     bool rowsAt(const Point<double, 2>& picture, double distance, double* rows) const override;
-    [[nodiscard]] double leastDeviation() const override { return m_leastDeviation; }
+    [[nodiscard]] double extent() const override { return m_extent; }
     [[nodiscard]] Point<int, 2> isReversed() const override;
 
     /// Start and end of the area along s, then along t.
@@ -55,7 +56,7 @@ private:
     Point<double, 2> m_pixels;
     std::vector<Unknown> m_unknowns;
     std::vector<std::optional<Patch>> m_patches;
-    double m_leastDeviation = 0;
+    double m_extent = 0;  ///< of the points, native units
 };
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -219,7 +219,8 @@ void ChannelFitter::listValues(ChannelFit& fit, const ChannelModel& model, const
             }
         }
         // Coefficients that were set to zero depend on no unknown.
-        if (solved[i] && variance > 0) {
+        const bool isOpen = std::any_of(byUnknown[i].begin(), byUnknown[i].end(), [](double by) { return by != 0; });
+        if (solved[i] && isOpen) {
             fit.values[i].deviation = std::sqrt(std::max(variance, 0.0));
         }
     }

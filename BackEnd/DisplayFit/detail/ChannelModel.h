@@ -31,11 +31,13 @@ public:
     [[nodiscard]] virtual const std::vector<Unknown>& unknowns() const = 0;
     [[nodiscard]] virtual const FitPoints& points() const = 0;
 
-    /// Calculates two residuals for each point, and a row of derivatives by the unknowns for each of them unless
-    /// `jacobian` is null. A point that the values do not lead to has zeros and false in `isMapped`.
+    /// Calculates two residuals for each of some points, and a row of derivatives by the unknowns for each of them
+    /// unless `jacobian` is null. A point that the values do not lead to has zeros and false in `isMapped`.
     /// @param step from the base, one number for each unknown
-    /// @param isMapped one for each point
-    virtual void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const = 0;
+    /// @param first the first one of the points, of which there are `count`
+    /// @param isMapped one for each of these points
+    virtual void evaluate(const double* step, std::size_t first, std::size_t count, double* residuals, double* jacobian,
+                          bool* isMapped) const = 0;
 
     /// Returns how the stated deviations of a point spread its residuals, at the base. False where the point is not
     /// mapped.
@@ -74,8 +76,10 @@ public:
     /// Returns how far a measured point is from the projector, at the base; 1 for models to which it does not matter.
     [[nodiscard]] virtual double distanceOf(std::size_t /*point*/) const { return 1; }
 
-    /// Returns how large a residual is that counts as none: of rounding, in units of the residuals.
-    [[nodiscard]] virtual double leastDeviation() const = 0;
+    /// Returns how large the picture is, or what the points cover, in units of the residuals.
+    [[nodiscard]] virtual double extent() const = 0;
+    /// Returns how large a residual is that counts as none, in units of the residuals: what rounding leaves.
+    [[nodiscard]] double leastDeviation() const { return 1e-10 * extent(); }
 
     /// Returns true where a picture of the base is the mirror image of what it was made from: (left to right, bottom
     /// to top).

@@ -1,14 +1,12 @@
 #include "DisplayFit/detail/ChannelSolver.h"
 
 #include "DisplayFit/detail/FitLibrary.h"
-
-#include <Eigen/Cholesky>
-#include <Eigen/QR>
+#include "DisplayFit/detail/NormalFactors.h"
+#include "DisplayFit/detail/Rejection.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 namespace Veltrani::DisplayFitDetail {
 
@@ -16,6 +14,9 @@ namespace {
 
 /// Half of the pairs of two normal numbers of deviation 1 are shorter than this.
 constexpr double MEDIAN_OF_PAIRS = 1.1774100225154747;
+
+/// A deviation from the median is as uncertain as one from the squares of this part of the numbers.
+constexpr double MEDIAN_EFFICIENCY = 0.37;
 
 /// Width of the loss, in deviations: 95 % of the efficiency of plain least squares where there are no outliers.
 constexpr double LOSS_WIDTH = 2.385;
@@ -25,8 +26,14 @@ constexpr int MOST_NARROWINGS = 12;
 /// It is narrow enough when the next one would lessen it by less than this part.
 constexpr double ENOUGH = 0.9;
 
-/// What is only the start of the next minimisation is found to this part of its cost.
+/// What is only the start of the next minimisation is found to this part of its cost, or in so many steps.
 constexpr double ROUGHLY = 1e-4;
+constexpr int MOST_ROUGH_STEPS = 50;
+
+/// Where a typical point is further off than this part of the picture no values explain the points, and a minimum that
+/// is flat and far away is worth no more steps than these.
+constexpr double HOPELESS = 0.05;
+constexpr int MOST_HOPELESS_STEPS = 20;
 
 /// Points change sides at most this often.
 constexpr int MOST_REJECTIONS = 12;
@@ -42,83 +49,16 @@ constexpr double NEARLY_NONE = 1e3;
 /// A step that lessens the squares by less than this part of them is below what rounding does.
 constexpr double NEGLIGIBLE = 1e-22;
 
-using Rows = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
-
-/// Where a diagonal number of the triangle of the scaled normal equations falls below this, they are solved by an
-/// orthogonal factorisation of the Jacobian: rounding is the square of the condition there.
-constexpr double WELL_CONDITIONED = 1e-3;
-
-/// Below this a combination has no effect but rounding.
-constexpr double SINGULAR = 1e-12;
-
-/// The triangle R^T R = J^T J of a problem, its columns scaled to the length 1, and the step of Gauss and Newton.
-class NormalFactors {
-public:
-    /// False where rounding would show.
-    bool fromNormal(const LeastSquares::Sums& sums) {
-        const auto columns = static_cast<Eigen::Index>(sums.gradient.size());
-        const Eigen::Map<const Rows> normal(sums.normal.data(), columns, columns);
-        m_norms = normal.diagonal().cwiseSqrt().cwiseMax(std::numeric_limits<double>::min());
-        const Eigen::VectorXd inverse = m_norms.cwiseInverse();
-        const Eigen::LLT<Eigen::MatrixXd> factors(inverse.asDiagonal() * normal * inverse.asDiagonal());
-        m_triangle = factors.matrixU();
-        if (factors.info() != Eigen::Success || !(m_triangle.diagonal().minCoeff() > WELL_CONDITIONED)) {
-            return false;
-        }
-        const Eigen::Map<const Eigen::VectorXd> gradient(sums.gradient.data(), columns);
-        m_along = factors.matrixL().solve(gradient.cwiseProduct(inverse));
-        return true;
-    }
-
-    /// False where the problem has no residuals.
-    bool fromResiduals(const LeastSquares& problem) {
-        const auto columns = static_cast<Eigen::Index>(problem.unknowns());
-        const auto rows = static_cast<Eigen::Index>(problem.residuals());
-        const std::vector<double> base(problem.unknowns(), 0.0);
-        Rows jacobian(rows, columns);
-        Eigen::VectorXd misses(rows);
-        if (!problem.evaluate(base.data(), misses.data(), jacobian.data())) {
-            return false;
-        }
-        m_norms = jacobian.colwise().norm().cwiseMax(std::numeric_limits<double>::min());
-        const Eigen::HouseholderQR<Eigen::MatrixXd> factors(jacobian * m_norms.cwiseInverse().asDiagonal());
-        m_triangle = factors.matrixQR().topRows(columns).triangularView<Eigen::Upper>();
-        m_along = (factors.householderQ().transpose() * misses).head(columns);
-        return true;
-    }
-
-    [[nodiscard]] bool isSingular() const { return !(m_triangle.diagonal().cwiseAbs().minCoeff() > SINGULAR); }
-    /// By which a step to where the linear residuals have their minimum lessens the squares.
-    [[nodiscard]] double gain() const { return m_along.squaredNorm(); }
-    [[nodiscard]] std::vector<double> step() const {
-        const Eigen::VectorXd step = -(m_triangle.triangularView<Eigen::Upper>().solve(m_along)).cwiseQuotient(m_norms);
-        return {step.begin(), step.end()};
-    }
-    /// Of columns as they are, row by row.
-    [[nodiscard]] std::vector<double> triangle() const {
-        const Rows unscaled = m_triangle * m_norms.asDiagonal();
-        return {unscaled.data(), unscaled.data() + unscaled.size()};
-    }
-
-private:
-    Eigen::VectorXd m_norms;
-    Eigen::MatrixXd m_triangle;
-    Eigen::VectorXd m_along;
-};
-
-/// The size of a pair of two normal numbers that is exceeded as rarely as one of them exceeds so many deviations.
-double sizeAsRareAs(double deviations) {
-    const double probability = std::erfc(deviations / std::sqrt(2.0));
-    return probability > 0 ? std::sqrt(-2 * std::log(probability)) : deviations;
+/// The cost of a state of a model; infinite where it has none.
+double costOf(const WeightedProblem& problem) {
+    const std::vector<double> base(problem.unknowns(), 0.0);
+    LeastSquares::Sums sums;
+    return problem.sum(base.data(), sums, false) ? sums.squares : std::numeric_limits<double>::infinity();
 }
 
-/// The cost of a state of a model; infinite where it has none.
-double costOf(const WeightedProblem& problem, std::vector<double>& residuals) {
-    const std::vector<double> base(problem.unknowns(), 0.0);
-    residuals.resize(problem.residuals());
-    return problem.evaluate(base.data(), residuals.data(), nullptr)
-               ? std::inner_product(residuals.begin(), residuals.end(), residuals.begin(), 0.0)
-               : std::numeric_limits<double>::infinity();
+/// Numbers that are left to estimate a deviation from.
+double freedomOf(const WeightedProblem& problem, std::size_t points) {
+    return 2 * static_cast<double>(points) - static_cast<double>(problem.unknowns());
 }
 
 }  // namespace
@@ -135,13 +75,8 @@ double typicalDeviation(std::vector<double> sizes) {
 ChannelSolver::ChannelSolver(const DisplayFit::FitOptions& options) : m_options(options) {}
 
 bool ChannelSolver::minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution,
-                             double costTolerance) const {
-    if (m_options.pulse) {
-        m_options.pulse();
-    }
+                             const SolverPlan& plan) {
     std::vector<double> step(problem.unknowns(), 0.0);
-    SolverPlan plan;
-    plan.costTolerance = costTolerance;
     const SolverEnd end = FitLibrary::get().minimise(problem, step, plan);
     solution.steps += end.steps;
     if (!end.isUsable) {
@@ -152,7 +87,7 @@ bool ChannelSolver::minimise(ChannelModel& model, WeightedProblem& problem, Solu
     return true;
 }
 
-bool ChannelSolver::solveRobustly(ChannelModel& model, WeightedProblem& problem, Solution& solution) const {
+bool ChannelSolver::solveRobustly(ChannelModel& model, WeightedProblem& problem, Solution& solution) {
     const double least = model.points().hasDeviations() ? 1.0 : model.leastDeviation();
     double deviation = typicalDeviation(problem.sizes());
     for (int narrowing = 0; narrowing < MOST_NARROWINGS; ++narrowing) {
@@ -160,7 +95,7 @@ bool ChannelSolver::solveRobustly(ChannelModel& model, WeightedProblem& problem,
             return false;
         }
         problem.setLoss(LOSS_WIDTH * std::max(deviation, least));
-        if (!minimise(model, problem, solution, ROUGHLY)) {
+        if (!minimise(model, problem, solution, {MOST_ROUGH_STEPS, ROUGHLY})) {
             return false;
         }
         const double narrower = typicalDeviation(problem.sizes());
@@ -171,31 +106,35 @@ bool ChannelSolver::solveRobustly(ChannelModel& model, WeightedProblem& problem,
         }
     }
     problem.setLoss(0);
+    solution.isHopeless = typicalDeviation(WeightedProblem(model, false).sizes()) > HOPELESS * model.extent();
     return std::isfinite(deviation);
 }
 
 bool ChannelSolver::solvePlainly(ChannelModel& model, WeightedProblem& problem, Solution& solution) const {
     const double least = model.points().hasDeviations() ? 1.0 : model.leastDeviation();
     const std::size_t count = model.points().size();
-    double deviation = std::max(typicalDeviation(problem.sizes()), least);
-    const double largest = sizeAsRareAs(m_options.rejection);
+    const Rejection rejection(m_options.isRobust ? m_options.rejection : std::numeric_limits<double>::infinity(),
+                              model.points().hasDeviations());
+    const SolverPlan plan = solution.isHopeless ? SolverPlan{MOST_HOPELESS_STEPS, ROUGHLY} : SolverPlan{};
+    const double all = freedomOf(problem, count);
+    // Residuals of few points that were fitted are smaller than those of others, and their median says less.
+    const bool areEnough = rejection.isKnown(all);
+    const double fitted = !areEnough && all > 0 ? std::sqrt(2 * static_cast<double>(count) / all) : 1.0;
+    double freedom = areEnough ? all : MEDIAN_EFFICIENCY * all;
+    double deviation = std::max(typicalDeviation(problem.sizes()) * fitted, least);
     std::vector<bool> leftOut(count, false);
-    for (int rejection = 0; rejection < MOST_REJECTIONS; ++rejection) {
-        const std::vector<double> sizes = problem.sizes();
-        std::vector<bool> next(count, false);
-        std::transform(sizes.begin(), sizes.end(), next.begin(), [&](double size) {
-            return !std::isfinite(size) || (m_options.isRobust && size > largest * deviation);
-        });
-        if (rejection > 0 && next == leftOut) {
+    for (int pass = 0; pass < MOST_REJECTIONS; ++pass) {
+        std::vector<bool> next = rejection.leftOut(problem, deviation, freedom);
+        if (pass > 0 && next == leftOut) {
             break;
         }
-        leftOut = next;
+        leftOut = std::move(next);
         const auto rejected = static_cast<std::size_t>(std::count(leftOut.begin(), leftOut.end(), true));
         if (2 * (count - rejected) < problem.unknowns()) {
             return false;
         }
         problem.setLeftOut(leftOut);
-        if (!minimise(model, problem, solution, SolverPlan().costTolerance)) {
+        if (!minimise(model, problem, solution, plan)) {
             return false;
         }
         summarise(problem, solution);
@@ -204,6 +143,7 @@ bool ChannelSolver::solvePlainly(ChannelModel& model, WeightedProblem& problem, 
             summarise(problem, solution);
         }
         deviation = std::max(solution.deviation, least);
+        freedom = freedomOf(problem, solution.inliers);
     }
     model.settle();
     problem.weigh();
@@ -246,8 +186,7 @@ void ChannelSolver::polish(ChannelModel& model, WeightedProblem& problem, Soluti
 }
 
 void ChannelSolver::summarise(const WeightedProblem& problem, Solution& solution) {
-    std::vector<double> residuals;
-    solution.cost = costOf(problem, residuals);
+    solution.cost = costOf(problem);
     solution.sizes = problem.sizes();
     solution.typicalSize = typicalDeviation(solution.sizes);
     solution.isOutlier.clear();

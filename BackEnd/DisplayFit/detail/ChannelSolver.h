@@ -2,6 +2,7 @@
 
 #include "DisplayFit/FitOptions.h"
 #include "DisplayFit/detail/ChannelModel.h"
+#include "DisplayFit/detail/FitLibrary.h"
 #include "DisplayFit/detail/WeightedProblem.h"
 
 #include <cstddef>
@@ -12,6 +13,7 @@ namespace Veltrani::DisplayFitDetail {
 /// What a solver found; the values are the base of the model.
 struct Solution {
     bool isSolved = false;
+    bool isHopeless = false;    ///< no values lead near to most points
     std::vector<double> sizes;  ///< of the residuals of all points, in standard deviations; infinite where unmapped
     std::vector<bool> isOutlier;
     std::size_t inliers = 0;
@@ -38,9 +40,8 @@ public:
 
 private:
     /// Steps to the minimum, and moves the base there.
-    /// @param costTolerance as of `SolverPlan`
-    bool minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution, double costTolerance) const;
-    bool solveRobustly(ChannelModel& model, WeightedProblem& problem, Solution& solution) const;
+    static bool minimise(ChannelModel& model, WeightedProblem& problem, Solution& solution, const SolverPlan& plan);
+    static bool solveRobustly(ChannelModel& model, WeightedProblem& problem, Solution& solution);
     bool solvePlainly(ChannelModel& model, WeightedProblem& problem, Solution& solution) const;
     /// Steps of Gauss and Newton by an orthogonal factorisation: what is left of the normal equations' rounding.
     static void polish(ChannelModel& model, WeightedProblem& problem, Solution& solution);

@@ -32,6 +32,7 @@ FitPoints someOf(const FitPoints& points) {
         some.picture.push_back(points.picture[from]);
         some.world.push_back(points.world[from]);
         some.given.push_back(points.given[from]);
+        some.rows.push_back(points.rows[from]);
     }
     return some;
 }

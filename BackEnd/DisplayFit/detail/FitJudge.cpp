@@ -110,10 +110,14 @@ void FitJudge::judgePoints(ChannelFit& fit, const FitAttempt& attempt) const {
     const bool fits =
         solution.isSolved && 2 * solution.inliers > m_points.size() && medianMiss(fit, m_setup.pixels()) < FAR;
     if (!fits && worstOf(fit) != FitOutcome::UNUSABLE) {
+        const bool areFew = m_points.size() < attempt.model->unknowns().size();
         refuse(fit, Kind::NOT_FITTING,
                solution.isSolved ? "no values explain the points: most of them lie far from where the best ones lead"
                                  : "no values explain the points",
-               "check the channel, the picture coordinates and the frame of the points");
+               std::string(areFew ? "measure more points, all over the picture, or solve fewer values: so few points "
+                                    "hardly lead to any; else "
+                                  : "") +
+                   "check the channel, the picture coordinates and the frame of the points");
     }
     if (fits && fit.outliers > 0) {
         warn(fit, Kind::OUTLIERS,

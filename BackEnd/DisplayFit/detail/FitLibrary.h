@@ -33,6 +33,7 @@ public:
     [[nodiscard]] static const FitLibrary& get();
 
     /// Steps from `unknowns` to where the sum of squares has a minimum, by the method of Levenberg and Marquardt.
+    /// Throws what the problem's sums throw.
     /// @param unknowns as many as the problem has; the best ones found, or as they were when the end is not usable
     [[nodiscard]] virtual SolverEnd minimise(const LeastSquares& problem, std::vector<double>& unknowns,
                                              const SolverPlan& plan) const = 0;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <exception>
 #include <limits>
 #include <vector>
 
@@ -30,7 +31,7 @@ public:
     bool Evaluate(double const* const* parameters, double* residuals, double** jacobians) const override {
         double* const jacobian = jacobians != nullptr ? jacobians[0] : nullptr;
         // What is not finite must not reach the solver: it would log it.
-        if (!m_problem.sum(parameters[0], m_sums, jacobian != nullptr) || !areFinite(m_sums)) {
+        if (m_thrown || !isSummed(parameters[0], jacobian != nullptr) || !areFinite(m_sums)) {
             return false;
         }
         const auto columns = static_cast<Eigen::Index>(m_problem.unknowns());
@@ -45,8 +46,24 @@ public:
         return misses.allFinite();
     }
 
+    /// Throws what the problem threw: the solver is not made for it.
+    void rethrow() const {
+        if (m_thrown) {
+            std::rethrow_exception(m_thrown);
+        }
+    }
+
 private:
     using Rows = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
+    bool isSummed(const double* unknowns, bool needsDerivatives) const noexcept {
+        try {
+            return m_problem.sum(unknowns, m_sums, needsDerivatives);
+        } catch (...) {
+            m_thrown = std::current_exception();
+            return false;
+        }
+    }
 
     static bool areFinite(const LeastSquares::Sums& sums) {
         const auto areAll = [](const std::vector<double>& numbers) {
@@ -85,6 +102,7 @@ private:
 
     const LeastSquares& m_problem;
     mutable LeastSquares::Sums m_sums;  ///< of the last call; the solver makes one at a time
+    mutable std::exception_ptr m_thrown;
 };
 
 ceres::Solver::Options optionsOf(const SolverPlan& plan) {
@@ -117,10 +135,14 @@ public:
             return {};
         }
         std::vector<double> best = unknowns;
-        ceres::Problem sum;
-        sum.AddResidualBlock(new Condensed(problem), nullptr, best.data());
+        Condensed condensed(problem);
+        ceres::Problem::Options kept;
+        kept.cost_function_ownership = ceres::DO_NOT_TAKE_OWNERSHIP;
+        ceres::Problem sum(kept);
+        sum.AddResidualBlock(&condensed, nullptr, best.data());
         ceres::Solver::Summary summary;
         ceres::Solve(optionsOf(plan), &sum, &summary);
+        condensed.rethrow();
         if (!summary.IsSolutionUsable()) {
             return {};
         }

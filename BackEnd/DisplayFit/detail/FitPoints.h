@@ -4,6 +4,7 @@
 #include "Common/Point.h"
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace Veltrani::DisplayFitDetail {
@@ -19,9 +20,18 @@ struct FitPoints {
     std::vector<Point<double, 2>> pictureDeviation;  ///< normalised; empty where exact
     std::vector<std::size_t> given;                  ///< index among the points that the caller gave
     std::vector<std::size_t> rows;                   ///< lines of the file that they were read from; 0 for none
+    std::function<void()> pulse;                     ///< called now and then; what it throws ends the fit; may be empty
 
     [[nodiscard]] std::size_t size() const { return picture.size(); }
     [[nodiscard]] bool hasDeviations() const { return !covariance.empty() || !pictureDeviation.empty(); }
+
+    /// Loops over the points call it for each: every so many of them it calls `pulse`.
+    void pulseAt(std::size_t point) const {
+        constexpr std::size_t POINTS = 1024;
+        if (point % POINTS == 0 && pulse) {
+            pulse();
+        }
+    }
 };
 
 }  // namespace Veltrani::DisplayFitDetail

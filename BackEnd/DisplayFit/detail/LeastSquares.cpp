@@ -2,27 +2,35 @@
 
 #include <Eigen/Core>
 
+#include <algorithm>
+
 namespace Veltrani::DisplayFitDetail {
 
 bool LeastSquares::sum(const double* unknowns, Sums& sums, bool needsDerivatives) const {
-    const auto rows = static_cast<Eigen::Index>(residuals());
-    const auto columns = static_cast<Eigen::Index>(this->unknowns());
-    m_residuals.resize(residuals());
-    m_jacobian.resize(residuals() * this->unknowns());
-    sums.gradient.resize(this->unknowns());
-    sums.normal.resize(this->unknowns() * this->unknowns());
-    if (!evaluate(unknowns, m_residuals.data(), needsDerivatives ? m_jacobian.data() : nullptr)) {
-        return false;
-    }
     using Rows = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
-    const Eigen::Map<const Eigen::VectorXd> misses(m_residuals.data(), rows);
-    sums.squares = misses.squaredNorm();
-    if (needsDerivatives) {
-        const Eigen::Map<const Rows> jacobian(m_jacobian.data(), rows, columns);
-        Eigen::Map<Eigen::VectorXd>(sums.gradient.data(), columns).noalias() = jacobian.transpose() * misses;
-        Eigen::Map<Rows> normal(sums.normal.data(), columns, columns);
-        normal.setZero();
-        normal.selfadjointView<Eigen::Lower>().rankUpdate(jacobian.transpose());
+    const std::size_t all = residuals();
+    const auto columns = static_cast<Eigen::Index>(this->unknowns());
+    m_residuals.resize(std::min(all, BLOCK));
+    m_jacobian.resize(m_residuals.size() * this->unknowns());
+    sums.squares = 0;
+    sums.gradient.assign(this->unknowns(), 0.0);
+    sums.normal.assign(this->unknowns() * this->unknowns(), 0.0);
+    Eigen::Map<Eigen::VectorXd> gradient(sums.gradient.data(), columns);
+    Eigen::Map<Rows> normal(sums.normal.data(), columns, columns);
+    for (std::size_t first = 0; first < all; first += BLOCK) {
+        pulse();
+        const std::size_t count = std::min(all - first, BLOCK);
+        if (!evaluate(unknowns, first, count, m_residuals.data(), needsDerivatives ? m_jacobian.data() : nullptr)) {
+            return false;
+        }
+        const auto rows = static_cast<Eigen::Index>(count);
+        const Eigen::Map<const Eigen::VectorXd> misses(m_residuals.data(), rows);
+        sums.squares += misses.squaredNorm();
+        if (needsDerivatives) {
+            const Eigen::Map<const Rows> jacobian(m_jacobian.data(), rows, columns);
+            gradient.noalias() += jacobian.transpose() * misses;
+            normal.selfadjointView<Eigen::Lower>().rankUpdate(jacobian.transpose());
+        }
     }
     return true;
 }

@@ -64,6 +64,7 @@ LensCheck LensCheck::of(const PictureModel& model, const DisplayFit::ChannelValu
     }
     double farthest = 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
+        points.pulseAt(i);
         Point<double, 2> place;
         if (!isLeftOut[i]) {
             check.unmapped += static_cast<std::size_t>(!lens->projectNormalised(points.world[i], place));

@@ -21,6 +21,9 @@ using Vector = Point<double, 3>;
 using Eigen::Matrix3d;
 using Eigen::Vector3d;
 
+/// A start needs no more points than these, spread over all of them.
+constexpr std::size_t MOST_POINTS = 4000;
+
 /// Points are left out in this many steps, down to this part of them.
 constexpr int TRIMMINGS = 8;
 constexpr double KEPT = 0.6;
@@ -243,6 +246,16 @@ std::optional<LinearView> fromDirections(const std::vector<std::optional<Point<d
     return viewOf(directions, given, held);
 }
 
+FitPoints someOf(const FitPoints& points) {
+    FitPoints some;
+    const std::size_t count = std::min(points.size(), MOST_POINTS);
+    for (std::size_t i = 0; i < count; ++i) {
+        some.picture.push_back(points.picture[i * points.size() / count]);
+        some.world.push_back(points.world[i * points.size() / count]);
+    }
+    return some;
+}
+
 bool isFinite(const PictureView& view) {
     double sum = view.position[0] + view.position[1] + view.position[2] + view.factor[0] + view.factor[1] +
                  view.shift[0] + view.shift[1];
@@ -254,8 +267,8 @@ bool isFinite(const PictureView& view) {
 
 }  // namespace
 
-std::optional<LinearView> linearStart(const FitPoints& points, const PictureView& given,
-                                      const PictureModel::Held& held) {
+std::optional<LinearView> linearStart(const FitPoints& all, const PictureView& given, const PictureModel::Held& held) {
+    const FitPoints points = someOf(all);
     const PointShape shape = PointShape::of(points.world);
     if (!held.solved.orientation || !(shape.extents[1] > 0)) {
         return std::nullopt;

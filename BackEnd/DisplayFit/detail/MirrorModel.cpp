@@ -16,9 +16,6 @@ using Vector = Point<double, 3>;
 /// Half the difference that derivatives are taken over: radians and parts of the picture.
 constexpr double DIFFERENCE = 1e-5;
 
-/// What rounding leaves of a residual, as a part of the extent of the points.
-constexpr double ROUNDING = 1e-10;
-
 constexpr int MOST_NEWTON_STEPS = 20;
 
 }  // namespace
@@ -28,13 +25,13 @@ MirrorModel::MirrorModel(const FitPoints& points, const PictureView& view, const
     : m_points(points),
       m_picture(points, view, held),
       m_camera(camera),
-      m_leastDeviation(ROUNDING * PointShape::of(points.world).extents[0]) {
+      m_extent(PointShape::of(points.world).extents[0]) {
     m_values.orientation = {camera.rotationZ, camera.rotationX, camera.rotationY};
     m_values.frustum = {camera.angleLeft, camera.angleRight, camera.angleBottom, camera.angleTop};
     layPlanes();
 }
 
-CollimatedTargetLocator MirrorModel::locatorAt(const double* step) const {
+CollimatedTargetLocatorParams MirrorModel::cameraAt(const double* step) const {
     DisplayFit::ChannelValues values = m_values;
     m_picture.write(step, values);
     CollimatedTargetLocatorParams camera = m_camera;
@@ -45,7 +42,7 @@ CollimatedTargetLocator MirrorModel::locatorAt(const double* step) const {
     camera.angleRight = values.frustum.right;
     camera.angleBottom = values.frustum.bottom;
     camera.angleTop = values.frustum.top;
-    return CollimatedTargetLocator(camera);
+    return camera;
 }
 
 bool MirrorModel::rayOf(const CollimatedTargetLocator& locator, const Point<double, 2>& picture, Ray& ray) {
@@ -61,36 +58,39 @@ bool MirrorModel::missOf(const CollimatedTargetLocator& locator, std::size_t poi
 
 void MirrorModel::layPlanes() {
     const std::vector<double> base(unknowns().size(), 0.0);
-    const CollimatedTargetLocator locator = locatorAt(base.data());
+    m_base = std::make_unique<const CollimatedTargetLocator>(cameraAt(base.data()));
     m_planes.clear();
     for (std::size_t i = 0; i < m_points.size(); ++i) {
+        m_points.pulseAt(i);
         Ray ray;
-        m_planes.push_back(rayOf(locator, m_points.picture[i], ray)
+        m_planes.push_back(rayOf(*m_base, m_points.picture[i], ray)
                                ? std::optional(ScreenPlane::across(m_points.world[i], ray.second - ray.first))
                                : std::nullopt);
     }
 }
 
-void MirrorModel::evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const {
+void MirrorModel::evaluate(const double* step, std::size_t first, std::size_t count, double* residuals,
+                           double* jacobian, bool* isMapped) const {
     const std::size_t columns = unknowns().size();
-    const CollimatedTargetLocator middle = locatorAt(step);
-    for (std::size_t i = 0; i < m_points.size(); ++i) {
+    const CollimatedTargetLocator middle(cameraAt(step));
+    for (std::size_t i = 0; i < count; ++i) {
         Point<double, 2> miss;
-        isMapped[i] = missOf(middle, i, m_points.picture[i], miss);
+        isMapped[i] = missOf(middle, first + i, m_points.picture[first + i], miss);
         residuals[2 * i] = isMapped[i] ? miss[0] : 0;
         residuals[2 * i + 1] = isMapped[i] ? miss[1] : 0;
     }
     for (std::size_t k = 0; jacobian != nullptr && k < columns; ++k) {
         std::vector<double> moved(step, step + columns);
         moved[k] = step[k] + DIFFERENCE;
-        const CollimatedTargetLocator ahead = locatorAt(moved.data());
+        const CollimatedTargetLocator ahead(cameraAt(moved.data()));
         moved[k] = step[k] - DIFFERENCE;
-        const CollimatedTargetLocator behind = locatorAt(moved.data());
-        for (std::size_t i = 0; i < m_points.size(); ++i) {
+        const CollimatedTargetLocator behind(cameraAt(moved.data()));
+        for (std::size_t i = 0; i < count; ++i) {
+            const Point<double, 2>& picture = m_points.picture[first + i];
             Point<double, 2> one;
             Point<double, 2> other;
-            const bool isKnown = isMapped[i] && missOf(ahead, i, m_points.picture[i], one) &&
-                                 missOf(behind, i, m_points.picture[i], other);
+            const bool isKnown =
+                isMapped[i] && missOf(ahead, first + i, picture, one) && missOf(behind, first + i, picture, other);
             for (std::size_t r = 0; r < 2; ++r) {
                 jacobian[(2 * i + r) * columns + k] = isKnown ? (one[r] - other[r]) / (2 * DIFFERENCE) : 0.0;
             }
@@ -110,15 +110,13 @@ bool MirrorModel::spreadOf(std::size_t point, Spread& spread) const {
         spread = {dot(u, covariance * u), dot(u, covariance * v), dot(v, covariance * v)};
     }
     if (!m_points.pictureDeviation.empty()) {
-        const std::vector<double> base(unknowns().size(), 0.0);
-        const CollimatedTargetLocator locator = locatorAt(base.data());
         for (std::size_t k = 0; k < 2; ++k) {
             Point<double, 2> along;
             along[k] = DIFFERENCE;
             Point<double, 2> one;
             Point<double, 2> other;
-            if (!missOf(locator, point, m_points.picture[point] + along, one) ||
-                !missOf(locator, point, m_points.picture[point] - along, other)) {
+            if (!missOf(*m_base, point, m_points.picture[point] + along, one) ||
+                !missOf(*m_base, point, m_points.picture[point] - along, other)) {
                 return false;
             }
             const Point<double, 2> moved = (one - other) * (m_points.pictureDeviation[point][k] / (2 * DIFFERENCE));
@@ -135,20 +133,18 @@ void MirrorModel::move(const double* step) {
 }
 
 bool MirrorModel::missInPicture(std::size_t point, Point<double, 2>& pixels) const {
-    const std::vector<double> base(unknowns().size(), 0.0);
-    const CollimatedTargetLocator locator = locatorAt(base.data());
     Point<double, 2> place = m_points.picture[point];
     for (int step = 0; step < MOST_NEWTON_STEPS; ++step) {
         Point<double, 2> miss;
         std::array<Point<double, 2>, 4> around;
-        if (!missOf(locator, point, place, miss) ||
-            !missOf(locator, point, place + Point<double, 2>{DIFFERENCE, 0}, around[0]) ||
-            !missOf(locator, point, place - Point<double, 2>{DIFFERENCE, 0}, around[1]) ||
-            !missOf(locator, point, place + Point<double, 2>{0, DIFFERENCE}, around[2]) ||
-            !missOf(locator, point, place - Point<double, 2>{0, DIFFERENCE}, around[3])) {
+        if (!missOf(*m_base, point, place, miss) ||
+            !missOf(*m_base, point, place + Point<double, 2>{DIFFERENCE, 0}, around[0]) ||
+            !missOf(*m_base, point, place - Point<double, 2>{DIFFERENCE, 0}, around[1]) ||
+            !missOf(*m_base, point, place + Point<double, 2>{0, DIFFERENCE}, around[2]) ||
+            !missOf(*m_base, point, place - Point<double, 2>{0, DIFFERENCE}, around[3])) {
             return false;
         }
-        if (norm(miss) <= m_leastDeviation) {
+        if (norm(miss) <= leastDeviation()) {
             const Point<double, 2> from = place - m_points.picture[point];
             pixels = {from[0] * m_picture.view().pixels[0], from[1] * m_picture.view().pixels[1]};
             return true;
@@ -163,9 +159,8 @@ bool MirrorModel::missInPicture(std::size_t point, Point<double, 2>& pixels) con
 }
 
 bool MirrorModel::missOnScreen(std::size_t point, Vector& lengths) const {
-    const std::vector<double> base(unknowns().size(), 0.0);
     Ray ray;
-    if (!rayOf(locatorAt(base.data()), m_points.picture[point], ray)) {
+    if (!rayOf(*m_base, m_points.picture[point], ray)) {
         return false;
     }
     const ScreenPlane plane = ScreenPlane::at(m_points.world[point], ray.first);
@@ -178,10 +173,8 @@ bool MirrorModel::missOnScreen(std::size_t point, Vector& lengths) const {
 }
 
 bool MirrorModel::landing(std::size_t point, Vector& place) const {
-    const std::vector<double> base(unknowns().size(), 0.0);
-    const CollimatedTargetLocator locator = locatorAt(base.data());
-    const Ray ray = locator.rayOf(m_points.picture[point]);
-    return locator.intersectWithTargetLocationSurface(ray.first, ray.second, place).first;
+    const Ray ray = m_base->rayOf(m_points.picture[point]);
+    return m_base->intersectWithTargetLocationSurface(ray.first, ray.second, place).first;
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -5,6 +5,7 @@
 #include "DisplayFit/detail/ScreenPlane.h"
 #include "ScreenManager/CollimatedTargetLocator.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -22,7 +23,8 @@ public:
 
     [[nodiscard]] const std::vector<Unknown>& unknowns() const override { return m_picture.unknowns(); }
     [[nodiscard]] const FitPoints& points() const override { return m_points; }
-    void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const override;
+    void evaluate(const double* step, std::size_t first, std::size_t count, double* residuals, double* jacobian,
+                  bool* isMapped) const override;
     bool spreadOf(std::size_t point, Spread& spread) const override;
     void move(const double* step) override;
     void write(const double* step, DisplayFit::ChannelValues& values) const override { m_picture.write(step, values); }
@@ -33,24 +35,25 @@ public:
     bool rowsAt(const Point<double, 2>& picture, double distance, double* rows) const override {
         return m_picture.rowsAt(picture, distance, rows);
     }
-    [[nodiscard]] double leastDeviation() const override { return m_leastDeviation; }
+    [[nodiscard]] double extent() const override { return m_extent; }
     [[nodiscard]] Point<int, 2> isReversed() const override { return m_picture.isReversed(); }
 
 private:
-    [[nodiscard]] CollimatedTargetLocator locatorAt(const double* step) const;
+    [[nodiscard]] CollimatedTargetLocatorParams cameraAt(const double* step) const;
     /// The ray that reaches the screen from a place of the picture.
     static bool rayOf(const CollimatedTargetLocator& locator, const Point<double, 2>& picture, Ray& ray);
     bool missOf(const CollimatedTargetLocator& locator, std::size_t point, const Point<double, 2>& picture,
                 Point<double, 2>& miss) const;
-    /// Lays a plane across the ray of each point.
+    /// Makes the locator of the base, and lays a plane across the ray of each point.
     void layPlanes();
 
     const FitPoints& m_points;
     PictureModel m_picture;  ///< turns steps into views; its residuals are not used
     CollimatedTargetLocatorParams m_camera;
     DisplayFit::ChannelValues m_values;  ///< the angles that views are written as
+    std::unique_ptr<const CollimatedTargetLocator> m_base;
     std::vector<std::optional<ScreenPlane>> m_planes;
-    double m_leastDeviation = 0;
+    double m_extent = 0;  ///< of the points, native units
 };
 
 }  // namespace Veltrani::DisplayFitDetail

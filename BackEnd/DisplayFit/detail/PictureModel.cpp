@@ -20,9 +20,6 @@ using Vector = Point<double, 3>;
 using Role = Unknown::Role;
 using Quantity = FittedValue::Quantity;
 
-/// What rounding leaves of a residual, as a part of the picture.
-constexpr double ROUNDING = 1e-10;
-
 /// v^T m.
 Vector times(const Vector& v, const Matrix<double, 3>& m) {
     return {v[0] * m(0, 0) + v[1] * m(1, 0) + v[2] * m(2, 0), v[0] * m(0, 1) + v[1] * m(1, 1) + v[2] * m(2, 1),
@@ -163,7 +160,8 @@ void PictureModel::fillRow(const Moved& moved, const Vector& ray, const LensForm
     }
 }
 
-void PictureModel::evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const {
+void PictureModel::evaluate(const double* step, std::size_t first, std::size_t count, double* residuals,
+                            double* jacobian, bool* isMapped) const {
     const Vector turn{stepOf(step, TURN), stepOf(step, TURN + 1), stepOf(step, TURN + 2)};
     const Vector shift{stepOf(step, SHIFT), stepOf(step, SHIFT + 1), stepOf(step, SHIFT + 2)};
     const Moved moved{viewAt(step), shift, rotationOf(-turn), turnBefore(-turn),
@@ -171,15 +169,16 @@ void PictureModel::evaluate(const double* step, double* residuals, double* jacob
     const PictureView& view = moved.view;
     const std::size_t columns = m_unknowns.size();
     LensFormula::Place place;
-    for (std::size_t i = 0; i < m_points.size(); ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         double* const residual = residuals + 2 * i;
         double* const rows = jacobian != nullptr ? jacobian + 2 * i * columns : nullptr;
-        const Vector ray = moved.back * (m_fromProjector[i] - shift);
+        const Vector ray = moved.back * (m_fromProjector[first + i] - shift);
         isMapped[i] = view.lens.place(ray, place, rows != nullptr);
         if (isMapped[i]) {
-            const Point<double, 2>& stated = m_points.picture[i];
-            residual[0] = view.pixels[0] * (view.factor[0] * place.a + view.shift[0] - stated[0]) + m_offsets[i][0];
-            residual[1] = view.pixels[1] * (view.factor[1] * place.b + view.shift[1] - stated[1]) + m_offsets[i][1];
+            const Point<double, 2>& stated = m_points.picture[first + i];
+            const Point<double, 2>& offset = m_offsets[first + i];
+            residual[0] = view.pixels[0] * (view.factor[0] * place.a + view.shift[0] - stated[0]) + offset[0];
+            residual[1] = view.pixels[1] * (view.factor[1] * place.b + view.shift[1] - stated[1]) + offset[1];
             if (rows != nullptr) {
                 fillRow(moved, ray, place, true, rows);
                 fillRow(moved, ray, place, false, rows + columns);
@@ -237,6 +236,7 @@ void PictureModel::settle() {
         return;
     }
     for (std::size_t i = 0; i < m_points.size(); ++i) {
+        m_points.pulseAt(i);
         Point<double, 2> picture;
         std::array<Vector, 2> byWorld;
         Spread spread;
@@ -365,10 +365,6 @@ bool PictureModel::rowsAt(const Point<double, 2>& picture, double distance, doub
 
 double PictureModel::distanceOf(std::size_t point) const {
     return norm(m_points.world[point] - m_view.position);
-}
-
-double PictureModel::leastDeviation() const {
-    return ROUNDING * std::max(m_view.pixels[0], m_view.pixels[1]);
 }
 
 Point<int, 2> PictureModel::isReversed() const {

@@ -5,6 +5,7 @@
 #include "DisplayFit/detail/LensFormula.h"
 #include "DisplayFit/detail/PictureView.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -26,7 +27,8 @@ public:
 
     [[nodiscard]] const std::vector<Unknown>& unknowns() const override { return m_unknowns; }
     [[nodiscard]] const FitPoints& points() const override { return m_points; }
-    void evaluate(const double* step, double* residuals, double* jacobian, bool* isMapped) const override;
+    void evaluate(const double* step, std::size_t first, std::size_t count, double* residuals, double* jacobian,
+                  bool* isMapped) const override;
     bool spreadOf(std::size_t point, Spread& spread) const override;
     void move(const double* step) override;
     void settle() override;
@@ -36,7 +38,7 @@ public:
     bool landing(std::size_t point, Point<double, 3>& place) const override;
     bool rowsAt(const Point<double, 2>& picture, double distance, double* rows) const override;
     [[nodiscard]] double distanceOf(std::size_t point) const override;
-    [[nodiscard]] double leastDeviation() const override;
+    [[nodiscard]] double extent() const override { return std::max(m_view.pixels[0], m_view.pixels[1]); }
     [[nodiscard]] Point<int, 2> isReversed() const override;
 
     [[nodiscard]] const PictureView& view() const { return m_view; }

@@ -18,6 +18,8 @@ using DisplayFit::MeasuredPoint;
 /// No length, and no place in a picture, is larger: their squares must not leave the range of a double.
 constexpr double LARGEST = 1e12;
 
+constexpr std::size_t POINTS_OF_A_PULSE = 1024;
+
 /// What rounding may take from a covariance, as a part of it.
 constexpr double ROUNDING = 1e-9;
 
@@ -81,8 +83,11 @@ void requireDeviations(const MeasuredPoint& point, std::size_t index) {
 
 }  // namespace
 
-void requireSound(std::span<const MeasuredPoint> points, std::size_t channels) {
+void requireSound(std::span<const MeasuredPoint> points, std::size_t channels, const std::function<void()>& pulse) {
     for (std::size_t i = 0; i < points.size(); ++i) {
+        if (pulse && i % POINTS_OF_A_PULSE == 0) {
+            pulse();
+        }
         const MeasuredPoint& point = points[i];
         if (point.channel >= channels) {
             refusePoint(point, i,

@@ -1,6 +1,7 @@
 #include "DisplayFit/detail/PointMistakes.h"
 
 #include "DisplayFit/detail/ConfiguredLight.h"
+#include "DisplayFit/detail/MixedFrames.h"
 #include "DisplayFit/detail/MovedFrame.h"
 
 #include <algorithm>
@@ -38,6 +39,11 @@ constexpr double ALIKE = 0.02;
 
 /// A movement of the frame leaves less than one part in this of what an exchange of the channels leaves, or it is none.
 constexpr double LESS = 2;
+
+/// More outliers than this part of the points are not wrong one by one.
+constexpr double MANY = 0.1;
+/// Residuals above this part of the picture are no noise.
+constexpr double ROUGH = 0.005;
 
 /// This part of the channels at least have the mistake of a whole table.
 constexpr double MOST = 0.66;
@@ -164,6 +170,7 @@ bool isVague(const FitFinding& finding) {
         case Kind::WRONG_UNIT:
         case Kind::DEVIATIONS_TOO_LARGE:
         case Kind::FRAME_MOVED:
+        case Kind::FRAMES_MIXED:
         case Kind::FRAME_NOT_REGISTERED:
         case Kind::KIND_NOT_SOLVED:
             return false;
@@ -292,6 +299,33 @@ bool nameMistake(const std::vector<Suspect>& suspects, const Explanation& exchan
     return true;
 }
 
+/// Names the channels whose points are of two frames; returns false where there are none.
+bool nameMixtures(const Lights& lights, const std::map<std::size_t, ChannelSetup>& setups,
+                  std::span<const DisplayFit::MeasuredPoint> given, DisplayFitResult& result) {
+    bool isAny = false;
+    for (ChannelFit& fit : result.channels) {
+        const bool isUnexplained = std::any_of(fit.findings.begin(), fit.findings.end(),
+                                               [](const FitFinding& of) { return of.kind == Kind::NOT_FITTING; });
+        const bool areMany = static_cast<double>(fit.outliers) > MANY * static_cast<double>(fit.residuals.size());
+        const Point<double, 2> pixels = setups.at(fit.channel).pixels();
+        const bool isRough = fit.isSolved && fit.pixelsAfter.rms > ROUGH * std::max(pixels[0], pixels[1]);
+        const auto light = lights.find(fit.channel);
+        if (light == lights.end() || !(isUnexplained || areMany || isRough)) {
+            continue;
+        }
+        if (const auto mixed = mixedFrames(light->second, given, result.unit)) {
+            isAny = true;
+            if (fit.outcome == FitOutcome::UNUSABLE) {
+                name(fit, mixed->kind, mixed->text, mixed->remedy);
+            } else {
+                fit.findings.push_back(*mixed);
+                fit.outcome = std::max(fit.outcome, mixed->outcome);
+            }
+        }
+    }
+    return isAny;
+}
+
 /// Returns whether channels are exchanged rather than the frame moved. A ring of channels can be exchanged by a turn of
 /// the frame, too; then the mistake that is made more often is meant.
 bool isExchange(const std::map<std::size_t, std::size_t>& owners, const Explanation& exchange, std::size_t suspects,
@@ -316,7 +350,7 @@ void nameMistakes(const std::map<std::size_t, ChannelSetup>& setups, const std::
     const std::vector<Suspect> suspects = suspectsOf(lights, result);
     Explanation exchange;
     const auto owners = ownersOf(suspects, lights, exchange);
-    if (nameMistake(suspects, exchange)) {
+    if (nameMistake(suspects, exchange) || nameMixtures(lights, setups, given, result)) {
         return;
     }
     MovedFrames moved = MovedFrames::of(lights, given, result.unit);

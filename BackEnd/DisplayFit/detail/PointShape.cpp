@@ -1,12 +1,12 @@
 #include "DisplayFit/detail/PointShape.h"
 
 #include "DisplayFit/detail/Median.h"
+#include "DisplayFit/detail/Picker.h"
 
 #include <Eigen/Eigenvalues>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <iterator>
 
 namespace Veltrani::DisplayFitDetail {
@@ -123,20 +123,6 @@ Through lineThrough(const Vector& a, const Vector& b) {
     first *= 1 / norm(first);
     return {a, {first, cross(along, first)}};
 }
-
-/// The numbers 0 to count - 1 in an order that looks like none, always the same.
-class Picker {
-public:
-    explicit Picker(std::size_t count) : m_count(count) {}
-    std::size_t operator()() {
-        m_state = m_state * 6364136223846793005U + 1442695040888963407U;
-        return static_cast<std::size_t>((m_state >> 33U) % m_count);
-    }
-
-private:
-    std::size_t m_count;
-    std::uint64_t m_state = 1;
-};
 
 /// Of some planes or lines through the points, and the first one, that from which half of the points are the least far
 /// away: the distances of all points from it.

@@ -73,6 +73,7 @@ double medianShareOf(std::vector<double> sizes, const Point<double, 2>& pixels) 
 void noteBefore(const ChannelModel& model, ChannelFit& fit) {
     fit.residuals.clear();
     for (std::size_t i = 0; i < model.points().size(); ++i) {
+        model.points().pulseAt(i);
         PointResidual residual;
         residual.point = model.points().given[i];
         residual.pixelsBefore = residual.pixelsAfter = pixelsOf(model, i);
@@ -85,6 +86,7 @@ void noteBefore(const ChannelModel& model, ChannelFit& fit) {
 
 void noteAfter(const ChannelModel& model, ChannelFit& fit) {
     for (std::size_t i = 0; i < model.points().size(); ++i) {
+        model.points().pulseAt(i);
         fit.residuals[i].pixelsAfter = pixelsOf(model, i);
         fit.residuals[i].screenAfter = lengthsOf(model, i);
     }
@@ -95,6 +97,7 @@ void noteAfter(const ChannelModel& model, ChannelFit& fit) {
 double medianMiss(const ChannelModel& model, const Point<double, 2>& pixels) {
     std::vector<double> sizes;
     for (std::size_t i = 0; i < model.points().size(); ++i) {
+        model.points().pulseAt(i);
         sizes.push_back(norm(pixelsOf(model, i)));
     }
     return medianShareOf(std::move(sizes), pixels);

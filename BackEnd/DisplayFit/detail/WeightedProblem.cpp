@@ -31,19 +31,21 @@ LossFactor lossFactor(double s) {
 
 }  // namespace
 
-WeightedProblem::WeightedProblem(const ChannelModel& model)
+WeightedProblem::WeightedProblem(const ChannelModel& model, bool isWeighted)
     : m_model(model),
+      m_isWeighted(isWeighted && model.points().hasDeviations()),
       m_leftOut(model.points().size(), false),
-      m_isMapped(std::make_unique<bool[]>(model.points().size())) {
+      m_isMapped(std::make_unique<bool[]>(BLOCK / 2)) {
     weigh();
 }
 
 void WeightedProblem::weigh() {
     m_factors.clear();
-    if (!m_model.points().hasDeviations()) {
+    if (!m_isWeighted) {
         return;
     }
     for (std::size_t i = 0; i < m_model.points().size(); ++i) {
+        m_model.points().pulseAt(i);
         Spread spread;
         std::array<double, 3> factor{};
         if (m_model.spreadOf(i, spread)) {
@@ -88,19 +90,21 @@ void WeightedProblem::applyLoss(double* pair, double* rows) const {
     pair[1] *= value;
 }
 
-bool WeightedProblem::evaluate(const double* unknowns, double* residuals, double* jacobian) const noexcept {
-    m_model.evaluate(unknowns, residuals, jacobian, m_isMapped.get());
+bool WeightedProblem::evaluate(const double* unknowns, std::size_t first, std::size_t count, double* residuals,
+                               double* jacobian) const noexcept {
+    m_model.evaluate(unknowns, first / 2, count / 2, residuals, jacobian, m_isMapped.get());
     const std::size_t columns = m_model.unknowns().size();
-    for (std::size_t i = 0; i < m_leftOut.size(); ++i) {
+    for (std::size_t i = 0; i < count / 2; ++i) {
+        const std::size_t point = first / 2 + i;
         double* const pair = residuals + 2 * i;
         double* const rows = jacobian != nullptr ? jacobian + 2 * i * columns : nullptr;
-        if (m_leftOut[i]) {
+        if (m_leftOut[point]) {
             std::fill(pair, pair + 2, 0.0);
             if (rows != nullptr) {
                 std::fill(rows, rows + 2 * columns, 0.0);
             }
         } else if (m_isMapped[i]) {
-            whiten(i, pair, rows);
+            whiten(point, pair, rows);
             if (m_loss > 0) {
                 applyLoss(pair, rows);
             }
@@ -115,16 +119,29 @@ bool WeightedProblem::evaluate(const double* unknowns, double* residuals, double
 
 std::vector<double> WeightedProblem::sizes() const {
     const std::vector<double> base(unknowns(), 0.0);
-    std::vector<double> all(residuals());
-    m_model.evaluate(base.data(), all.data(), nullptr, m_isMapped.get());
+    std::vector<double> pairs(BLOCK);
     std::vector<double> sizes;
-    for (std::size_t i = 0; i < m_leftOut.size(); ++i) {
-        whiten(i, &all[2 * i], nullptr);
-        const bool hasWeight = m_factors.empty() || m_factors[i][0] > 0;
-        sizes.push_back(m_isMapped[i] && hasWeight ? std::hypot(all[2 * i], all[2 * i + 1])
-                                                   : std::numeric_limits<double>::infinity());
+    sizes.reserve(m_leftOut.size());
+    while (sizes.size() < m_leftOut.size()) {
+        pulse();
+        const std::size_t first = sizes.size();
+        const std::size_t count = std::min(m_leftOut.size() - first, BLOCK / 2);
+        m_model.evaluate(base.data(), first, count, pairs.data(), nullptr, m_isMapped.get());
+        for (std::size_t i = 0; i < count; ++i) {
+            whiten(first + i, &pairs[2 * i], nullptr);
+            const bool hasWeight = m_factors.empty() || m_factors[first + i][0] > 0;
+            sizes.push_back(m_isMapped[i] && hasWeight ? std::hypot(pairs[2 * i], pairs[2 * i + 1])
+                                                       : std::numeric_limits<double>::infinity());
+        }
     }
     return sizes;
+}
+
+bool WeightedProblem::rowsOf(std::size_t point, double* pair, double* rows) const {
+    const std::vector<double> base(unknowns(), 0.0);
+    m_model.evaluate(base.data(), point, 1, pair, rows, m_isMapped.get());
+    whiten(point, pair, rows);
+    return m_isMapped[0];
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -17,7 +17,8 @@ namespace Veltrani::DisplayFitDetail {
 class WeightedProblem : public LeastSquares {
 public:
     /// @param model must outlive the problem
-    explicit WeightedProblem(const ChannelModel& model);
+    /// @param isWeighted false for residuals as they are, whatever deviations are stated
+    explicit WeightedProblem(const ChannelModel& model, bool isWeighted = true);
 
     /// Takes the weights from the stated deviations at the model's base. Points whose residuals these do not spread
     /// weigh as if they were not mapped.
@@ -30,22 +31,28 @@ public:
 
     [[nodiscard]] std::size_t unknowns() const override { return m_model.unknowns().size(); }
     [[nodiscard]] std::size_t residuals() const override { return 2 * m_model.points().size(); }
-    bool evaluate(const double* unknowns, double* residuals, double* jacobian) const noexcept override;
+    bool evaluate(const double* unknowns, std::size_t first, std::size_t count, double* residuals,
+                  double* jacobian) const noexcept override;
+    void pulse() const override { m_model.points().pulseAt(0); }
 
     /// Returns the size of each pair at the base, without loss, of points that are left out, too; infinite where a
     /// point is not mapped.
     [[nodiscard]] std::vector<double> sizes() const;
+    /// Calculates the pair of a point at the base and its two rows of derivatives, without loss, whether it is left out
+    /// or not; false where it is not mapped.
+    bool rowsOf(std::size_t point, double* pair, double* rows) const;
 
 private:
     void whiten(std::size_t point, double* residuals, double* jacobian) const;
     void applyLoss(double* pair, double* rows) const;
 
     const ChannelModel& m_model;
+    bool m_isWeighted;
     double m_loss = 0;
     std::vector<bool> m_leftOut;
     /// Lower triangles (xx, yx, yy) by which the pairs are multiplied; empty where no deviations are stated.
     std::vector<std::array<double, 3>> m_factors;
-    std::unique_ptr<bool[]> m_isMapped;  ///< written by each evaluation
+    std::unique_ptr<bool[]> m_isMapped;  ///< of one block, written by each evaluation
 };
 
 }  // namespace Veltrani::DisplayFitDetail

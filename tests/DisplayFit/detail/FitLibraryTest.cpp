@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -22,7 +23,8 @@ public:
 
     [[nodiscard]] std::size_t unknowns() const override { return m_unknowns; }
     [[nodiscard]] std::size_t residuals() const override { return m_residuals; }
-    bool evaluate(const double* unknowns, double* residuals, double* jacobian) const noexcept override {
+    bool evaluate(const double* unknowns, std::size_t /*first*/, std::size_t /*count*/, double* residuals,
+                  double* jacobian) const noexcept override {
         return m_function(unknowns, residuals, jacobian);
     }
 
@@ -30,6 +32,21 @@ private:
     std::size_t m_unknowns;
     std::size_t m_residuals;
     Function m_function;
+};
+
+/// One that is given up after some calls.
+class GivenUp : public Given {
+public:
+    using Given::Given;
+    void pulse() const override {
+        if (++m_pulses > 3) {
+            throw std::runtime_error("enough");
+        }
+    }
+    [[nodiscard]] int pulses() const { return m_pulses; }
+
+private:
+    mutable int m_pulses = 0;
 };
 
 /// The valley of Rosenbrock: (10 (y - x^2), 1 - x).
@@ -48,6 +65,14 @@ bool valley(const double* p, double* residuals, double* jacobian) {
 std::ptrdiff_t threads() {
     using Folder = std::filesystem::directory_iterator;
     return std::distance(Folder("/proc/self/task"), Folder());
+}
+
+TEST(FitLibrary, WhatAProblemThrowsComesOutOfTheSolverAndEndsIt) {
+    const GivenUp problem(2, 2, valley);
+    std::vector<double> place{-1.2, 1};
+    EXPECT_THROW(static_cast<void>(FitLibrary::get().minimise(problem, place, {})), std::runtime_error);
+    EXPECT_EQ(problem.pulses(), 4) << "nothing is computed afterwards";
+    EXPECT_EQ(place, (std::vector<double>{-1.2, 1}));
 }
 
 TEST(FitLibrary, StepsToTheMinimumWithoutAThreadAndWithoutAWord) {

@@ -64,7 +64,7 @@ protected:
 std::vector<double> residualsAt(const ChannelModel& model, const std::vector<double>& step) {
     std::vector<double> residuals(2 * model.points().size());
     const auto isMapped = std::make_unique<bool[]>(model.points().size());
-    model.evaluate(step.data(), residuals.data(), nullptr, isMapped.get());
+    model.evaluate(step.data(), 0, model.points().size(), residuals.data(), nullptr, isMapped.get());
     return residuals;
 }
 
@@ -80,7 +80,7 @@ TEST_P(PictureModelTest, TheDerivativesAreThoseOfTheResiduals) {
         std::vector<double> residuals(2 * m_points.size());
         std::vector<double> jacobian(residuals.size() * count);
         const auto isMapped = std::make_unique<bool[]>(m_points.size());
-        model.evaluate(step.data(), residuals.data(), jacobian.data(), isMapped.get());
+        model.evaluate(step.data(), 0, m_points.size(), residuals.data(), jacobian.data(), isMapped.get());
         EXPECT_EQ(residuals, residualsAt(model, step));
         for (std::size_t k = 0; k < count; ++k) {
             constexpr double WIDTH = 1e-5;
@@ -99,6 +99,19 @@ TEST_P(PictureModelTest, TheDerivativesAreThoseOfTheResiduals) {
     }
 }
 
+/// Residuals of some points are those of the same points among all.
+TEST_P(PictureModelTest, SomePointsHaveTheResidualsOfAll) {
+    const PictureModel model(m_points, view(), {{true, true, true, true, false}, false, false});
+    const std::size_t count = model.unknowns().size();
+    const std::vector<double> step(count, 0.01);
+    const std::vector<double> all = residualsAt(model, step);
+    std::vector<double> some(6);
+    std::vector<double> jacobian(some.size() * count);
+    const auto isMapped = std::make_unique<bool[]>(3);
+    model.evaluate(step.data(), 4, 3, some.data(), jacobian.data(), isMapped.get());
+    EXPECT_EQ(some, std::vector<double>(all.begin() + 8, all.begin() + 14));
+}
+
 /// What a place of the picture shows, at any distance, moves as the residual of such a point.
 TEST_P(PictureModelTest, RowsAtAPlaceAreThoseOfAPointThere) {
     const PictureModel model(m_points, view(), {{true, true, true, true, false}, false, false});
@@ -107,7 +120,7 @@ TEST_P(PictureModelTest, RowsAtAPlaceAreThoseOfAPointThere) {
     std::vector<double> residuals(2 * m_points.size());
     std::vector<double> jacobian(residuals.size() * count);
     const auto isMapped = std::make_unique<bool[]>(m_points.size());
-    model.evaluate(none.data(), residuals.data(), jacobian.data(), isMapped.get());
+    model.evaluate(none.data(), 0, m_points.size(), residuals.data(), jacobian.data(), isMapped.get());
     for (std::size_t i = 0; i < m_points.size(); ++i) {
         const Point<double, 2> place{m_points.picture[i][0] + residuals[2 * i] / 1920,
                                      m_points.picture[i][1] + residuals[2 * i + 1] / 1200};
