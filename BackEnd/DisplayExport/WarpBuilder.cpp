@@ -74,13 +74,6 @@ void requirePossible(const ChannelSight& sight, const WarpRequest& request, cons
     }
 }
 
-/// Whether readers of grids lose cells.
-bool losesCells(const ChannelWarp& warp) {
-    std::size_t broken = 0;
-    static_cast<void>(warp.gridNodes(broken));
-    return broken > 0;
-}
-
 /// Content next to other content, by whole widths of the input.
 double beside(double content, double other) {
     return content - std::round(content - other);
@@ -109,16 +102,38 @@ ChannelWarp WarpBuilder::build() const {
         return builtFrom(std::move(grid), measured.error);
     }
     Trial found = search();
-    Point<int, 2> cells = found.cells;
-    ChannelWarp warp = builtFrom(std::move(found.grid), found.measured.error);
-    while (m_request.forGrids && cells != mostCells() && losesCells(warp)) {
+    while (m_request.forGrids && found.cells != mostCells() && losesCells(found)) {
+        Point<int, 2> cells;
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            cells[i] = std::min(2 * cells[i], mostCells()[i]);
+            cells[i] = std::min(2 * found.cells[i], mostCells()[i]);
         }
         found = boundedTrialOf(cells);
-        warp = builtFrom(std::move(found.grid), found.measured.error);
     }
-    return warp;
+    return builtFrom(std::move(found.grid), found.measured.error);
+}
+
+double WarpBuilder::errorToKeep(const WarpError& error) const {
+    return std::max(AIM * m_request.error, error.largest);
+}
+
+bool WarpBuilder::losesCells(Trial& trial) const {
+    unwrap(trial.grid);
+    const double allowed = errorToKeep(trial.measured.error);
+    const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed, m_request.error);
+    std::vector<WarpCell> turning;
+    for (std::size_t number = 0; number < trial.grid.cells(); ++number) {
+        const WarpCell cell = WarpCell::of(trial.grid, number);
+        const WarpCell::Kind kind = cutter.kindOf(cell);
+        if (kind != WarpCell::Kind::WHOLE && kind != WarpCell::Kind::UNUSABLE) {
+            return true;
+        }
+        if (cutter.mustCut(cell, kind)) {
+            turning.push_back(cell);
+        }
+    }
+    const std::vector<WarpError> errors = m_meter.errorsIn(turning, m_request.error);
+    return std::any_of(errors.begin(), errors.end(),
+                       [allowed](const WarpError& error) { return error.largest > allowed; });
 }
 
 ChannelWarp WarpBuilder::builtFrom(WarpGrid grid, const WarpError& error) const {
@@ -349,7 +364,7 @@ void WarpBuilder::addCut(std::size_t number, WarpCell::Kind kind, bool isBroken,
 }
 
 void WarpBuilder::cutCells(const WarpGrid& grid, ChannelWarp& warp) const {
-    const double allowed = std::max(AIM * m_request.error, warp.m_error.largest);
+    const double allowed = errorToKeep(warp.m_error);
     const CellCutter cutter(m_sampler, m_input, m_meter, m_request.seam, allowed, m_request.error);
     const std::vector<bool> areFilled = fillAroundPoles(grid, cutter, warp);
     std::vector<std::size_t> numbers;

@@ -42,6 +42,11 @@ private:
     /// Fewer cells than those of a trial that keeps the error.
     void searchDownwards(Trial& best) const;
     [[nodiscard]] bool isKept(const MeasuredError& measured) const;
+    /// Of cells around poles, given that of the others.
+    [[nodiscard]] double errorToKeep(const WarpError& error) const;
+    /// Whether readers of grids lose some of its cells.
+    /// @param trial its contents are moved beside each other
+    [[nodiscard]] bool losesCells(Trial& trial) const;
 
     /// Puts the contents of neighbours beside each other where an input wraps around.
     void unwrap(WarpGrid& grid) const;
