@@ -163,7 +163,7 @@ py::tuple playerInput(DisplayState& display, const std::wstring& id, py::handle 
     bool isInMirror = false;
     const ContentInput made = inEntry(&display, [&] {
         display.requireScreen();
-        const ChannelSight sight(display.config(), display.choice(id), from);
+        const ChannelSight sight(display.config(), display.choice(id), from, Entry::pulse);
         isInMirror = sight.isInMirror();
         return ContentInput(display.config(), sight, choice);
     });
@@ -251,7 +251,7 @@ py::tuple playerWarp(DisplayState& display, const std::wstring& id, py::handle e
     std::optional<ContentInput> made;
     const ChannelWarp warp = inEntry(&display, [&] {
         display.requireScreen();
-        const ChannelSight sight(display.config(), display.choice(id), from);
+        const ChannelSight sight(display.config(), display.choice(id), from, Entry::pulse);
         isInMirror = sight.isInMirror();
         made.emplace(display.config(), sight, choice);
         return ChannelWarp::of(sight, *made, places);
@@ -341,6 +341,7 @@ ExportPlan planOf(const py::dict& said) {
     }
     request.error = said["error"].cast<double>();
     request.seam = said["cut"].cast<bool>() ? Seam::CUT : Seam::CONTINUE;
+    request.pulse = Entry::pulse;
     request.hasTestPictures = said["test_pictures"].cast<bool>();
     request.blend = blendOf(said["blend"], plan.blackLevels);
     return plan;

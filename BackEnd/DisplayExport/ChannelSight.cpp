@@ -10,7 +10,9 @@
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocator.h"
 
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Veltrani::DisplayExport {
@@ -22,6 +24,8 @@ using P3 = Point<double, 3>;
 
 /// A part of the distance of the eye from the origin: what rounding makes of one eye that is stated twice.
 constexpr double SAME_EYE = 1e-9;
+/// Between two pulses: enough for rays to be cast together.
+constexpr std::size_t PLACES_AT_ONCE = 8192;
 
 std::unique_ptr<const PictureWay> wayOf(const XMLConfigManager& config, const DisplayReport::ChannelChoice& channel) {
     const std::shared_ptr<const ScreenGeometry> surface = ScreenManager::getInstance()->getScreenGeometry();
@@ -68,8 +72,9 @@ P3 eyeOf(const XMLConfigManager& config, const DisplayReport::ChannelChoice& cha
 }  // namespace
 
 ChannelSight::ChannelSight(const XMLConfigManager& config, const DisplayReport::ChannelChoice& channel,
-                           const std::optional<P3>& eye)
+                           const std::optional<P3>& eye, std::function<void()> pulse)
     : m_channel(channel),
+      m_pulse(std::move(pulse)),
       m_way(wayOf(config, channel)),
       m_eye(eyeOf(config, channel, *m_way, eye)),
       m_isInMirror(m_way->eyeOfMirror().has_value()),
@@ -94,15 +99,24 @@ void ChannelSight::seeAs(const Arrival& arrival, SeenPlace& seen) const {
 }
 
 void ChannelSight::see(std::span<const P2> picture, std::span<SeenPlace> seen) const {
-    // Every arrival is written anew.
-    m_arrivals.resize(picture.size());
-    m_way->follow(picture, m_arrivals);
-    for (std::size_t i = 0; i < picture.size(); ++i) {
-        seeAs(m_arrivals[i], seen[i]);
+    for (std::size_t first = 0; first < picture.size(); first += PLACES_AT_ONCE) {
+        if (m_pulse) {
+            m_pulse();
+        }
+        const auto some = picture.subspan(first, std::min(PLACES_AT_ONCE, picture.size() - first));
+        // Every arrival is written anew.
+        m_arrivals.resize(some.size());
+        m_way->follow(some, m_arrivals);
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            seeAs(m_arrivals[i], seen[first + i]);
+        }
     }
 }
 
 SeenPlace ChannelSight::continued(const P2& picture) const {
+    if (m_pulse) {
+        m_pulse();
+    }
     SeenPlace seen;
     seeAs(m_way->continued(picture), seen);
     return seen;

@@ -140,7 +140,7 @@ public:
         : m_request(request),
           m_blender(blender),
           m_view(view),
-          m_sight(config, view.channel, view.eye),
+          m_sight(config, view.channel, view.eye, request.pulse),
           m_input(config, m_sight, request.input),
           m_strip{m_input.faces(), m_input.wrapsAround()},
           m_files(folder, view.stem()) {}

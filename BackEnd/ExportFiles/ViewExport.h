@@ -11,6 +11,7 @@
 #include "ExportFiles/WarpFile.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,6 +32,7 @@ struct ExportRequest {
     bool hasTestPictures = false;
     std::shared_ptr<const ContentPicture> content;  ///< null: none
     std::optional<BlendRequest> blend;              ///< none: neither blends nor lifts, and full brightness
+    std::function<void()> pulse{};                  ///< called now and then; what it throws ends the work; may be empty
 };
 
 /// One channel, as it is seen by one eye.

@@ -3,6 +3,7 @@
 #include "Common/Point.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -42,8 +43,9 @@ public:
     /// @param config not owned, must outlive the sight
     /// @param eye world frame, native units; none: the eye point of the screen, on a display with a mirror the eye of
     /// the channel
+    /// @param pulse called now and then by every query, whatever asks; what it throws ends the query; may be empty
     ChannelSight(const XMLConfigManager& config, const DisplayReport::ChannelChoice& channel,
-                 const std::optional<Point<double, 3>>& eye = std::nullopt);
+                 const std::optional<Point<double, 3>>& eye = std::nullopt, std::function<void()> pulse = {});
     ~ChannelSight();
     ChannelSight(ChannelSight&&) noexcept;
 
@@ -71,6 +73,7 @@ private:
     void seeAs(const Arrival& arrival, SeenPlace& seen) const;
 
     DisplayReport::ChannelChoice m_channel;
+    std::function<void()> m_pulse;
     std::unique_ptr<const PictureWay> m_way;
     Point<double, 3> m_eye;
     bool m_isInMirror;

@@ -8,7 +8,9 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
+#include <optional>
 
 namespace {
 
@@ -83,6 +85,29 @@ TEST_F(ChannelWarpTest, HasNodesFromCornerToCornerAndPixelsInTheirMiddles) {
     EXPECT_EQ(pixels.pictureOf(0, 0), (P2{0.5 / 1920, 0.5 / 1200}));
     EXPECT_EQ(pixels.error().places, 0U);
     EXPECT_TRUE(pixels.points().empty());
+}
+
+/// All ways to make one: nodes that are searched for take hundreds of grids.
+TEST_F(ChannelWarpTest, IsEndedByWhatThePulseThrows) {
+    struct Ended {};
+    loadAny("round");
+    for (const auto places : {WarpRequest::Places::AUTO, WarpRequest::Places::NODES, WarpRequest::Places::PIXELS}) {
+        int left = std::numeric_limits<int>::max();
+        const ChannelSight sight(config(), channels()[0], std::nullopt, [&left] {
+            if (left-- == 0) {
+                throw Ended();
+            }
+        });
+        const ContentInput input(config(), sight, {InputKind::EQUIRECTANGULAR});
+        const WarpRequest request{.places = places, .nodes = {200, 100}, .error = 0.05};
+        const ChannelWarp warp = ChannelWarp::of(sight, input, request);
+        const int pulses = std::numeric_limits<int>::max() - left;
+        EXPECT_GE(pulses, static_cast<int>(warp.nodes().size() / 8192));
+        for (const int before : {0, pulses / 2, pulses - 1}) {
+            left = before;
+            EXPECT_THROW(ChannelWarp::of(sight, input, request), Ended) << before << " of " << pulses;
+        }
+    }
 }
 
 /// The middle of every node is where the light of its place arrives on the wall, two metres wide at y = 3.
