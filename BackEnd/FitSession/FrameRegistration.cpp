@@ -42,11 +42,14 @@ Places placesOf(const std::vector<ControlPoint>& controls, P3 ControlPoint::*pla
     return places;
 }
 
-/// The root mean squared extents along the three main axes, the largest first.
+/// The root mean squared extents along the three main axes, the largest first; 0 along those for which there are too
+/// few places.
 Eigen::Vector3d spreadOf(const Places& places) {
     const Places centred = places.colwise() - places.rowwise().mean();
-    return Eigen::JacobiSVD<Eigen::MatrixXd>(centred.transpose()).singularValues() /
-           std::sqrt(static_cast<double>(places.cols()));
+    const Eigen::VectorXd extents = Eigen::JacobiSVD<Eigen::MatrixXd>(centred.transpose()).singularValues();
+    Eigen::Vector3d spread = Eigen::Vector3d::Zero();
+    spread.head(extents.size()) = extents / std::sqrt(static_cast<double>(places.cols()));
+    return spread;
 }
 
 double rmsOf(const Places& deviations) {

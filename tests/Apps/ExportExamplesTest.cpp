@@ -109,9 +109,10 @@ protected:
         if (!IS_SANITIZED) {
             return own + "/display.xml";
         }
-        fs::copy(own, m_folder.file("small"), fs::copy_options::recursive);
+        // With its neighbours, whose files it may name.
+        fs::copy(EXAMPLES, m_folder.file("examples"), fs::copy_options::recursive);
         const std::string text = readme::text(std::string("examples/") + GetParam() + "/display.xml");
-        return m_folder.write("small/display.xml",
+        return m_folder.write(std::string("examples/") + GetParam() + "/display.xml",
                               readme::replaced(readme::replaced(text, "width=\"1920\"", "width=\"96\""),
                                                "height=\"1200\"", "height=\"60\""));
     }

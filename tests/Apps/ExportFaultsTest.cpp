@@ -124,7 +124,7 @@ TEST_F(ExportFaults, AProcessThatIsKilledEndsItWithOneMessage) {
     for (const auto& [signal, message] :
          {std::pair{SIGKILL,
                     "SIGKILL, as the system does where memory runs out: allow it more, or state fewer --jobs\n"},
-          std::pair{SIGSEGV, "SIGSEGV\n"}}) {
+          std::pair{SIGALRM, "SIGALRM\n"}}) {
         RunningProgram program(programFile(), slow(m_output, "2"));
         const std::set<pid_t> workers = workersOf(program, 2);
         ASSERT_EQ(workers.size(), 2U) << "it was faster than the test, or failed";

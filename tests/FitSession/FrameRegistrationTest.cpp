@@ -258,6 +258,13 @@ TEST(FrameRegistration, MarksThatAreNotUsedAreCheckedNevertheless) {
     }
     FrameRegistration::checkUnused(there, result);
     EXPECT_EQ(result.findings[2].outcome, FitOutcome::DOUBTFUL);
+    const std::vector<ControlPoint> two{{"", {1.01, 2, 3}, {1, 2, 3}, 2}, {"", {4.01, 2, 3}, {4, 2, 3}, 3}};
+    FrameRegistration::checkUnused(two, result);
+    EXPECT_EQ(result.findings[3].outcome, FitOutcome::GOOD);
+    FrameRegistration::checkUnused({{"", {1, 2, 3}, {1, 2, 3}, 2}}, result);
+    EXPECT_EQ(result.findings[4].outcome, FitOutcome::GOOD);
+    FrameRegistration::checkUnused({{"", {1, 2, 4}, {1, 2, 3}, 2}}, result);
+    EXPECT_EQ(result.findings[5].outcome, FitOutcome::DOUBTFUL);
 }
 
 }  // namespace
