@@ -1,10 +1,14 @@
 #include "HeadlessBrowser.h"
 
+#include "support/TemporaryFolder.h"
+
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <stdexcept>
 
@@ -50,19 +54,65 @@ bool HeadlessBrowser::isInstalled() {
     return ::access(BROWSER, X_OK) == 0;
 }
 
+/// The browser itself. Messages are the texts of JSON.
+class HeadlessBrowser::Process {
+public:
+    Process();
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    [[nodiscard]] int nextNumber() { return ++m_lastNumber; }
+    void write(const std::string& message) const;
+    [[nodiscard]] std::string read();
+
+private:
+    TemporaryFolder m_profiles;
+    pid_t m_id = -1;
+    int m_toBrowser = -1;
+    int m_fromBrowser = -1;
+    int m_lastNumber = 0;
+    std::string m_received;
+};
+
+std::unique_ptr<HeadlessBrowser::Process>& HeadlessBrowser::process() {
+    static std::unique_ptr<Process> only;
+    return only;
+}
+
 HeadlessBrowser::HeadlessBrowser(int width, int height) {
-    start(width, height);
+    if (!process()) {
+        process() = std::make_unique<Process>();
+    }
     try {
+        m_profile = call("Target.createBrowserContext", Json::object()).at("browserContextId");
         openWindow(width, height);
     } catch (...) {
-        stop();
+        process().reset();
         throw;
+    }
+}
+
+HeadlessBrowser::~HeadlessBrowser() {
+    closeAll();
+}
+
+void HeadlessBrowser::closeAll() noexcept {
+    m_session.clear();
+    try {
+        call("Target.disposeBrowserContext", {{"browserContextId", m_profile}});
+    } catch (const std::exception&) {
+        process().reset();
     }
 }
 
 std::size_t HeadlessBrowser::openWindow(int width, int height) {
     m_session.clear();
-    const Json target = call("Target.createTarget", {{"url", "about:blank"}, {"newWindow", true}});
+    const Json target = call("Target.createTarget", {{"url", "about:blank"},
+                                                     {"newWindow", true},
+                                                     {"width", width},
+                                                     {"height", height},
+                                                     {"browserContextId", m_profile}});
     const Json attached = call("Target.attachToTarget", {{"targetId", target.at("targetId")}, {"flatten", true}});
     m_session = attached.at("sessionId");
     m_sessions.push_back(m_session);
@@ -78,31 +128,18 @@ void HeadlessBrowser::resize(int width, int height) {
          {{"width", width}, {"height", height}, {"deviceScaleFactor", 1}, {"mobile", false}});
 }
 
-HeadlessBrowser::~HeadlessBrowser() {
-    stop();
-}
-
-void HeadlessBrowser::stop() {
-    ::close(m_toBrowser);
-    ::close(m_fromBrowser);
-    // Its helpers belong to its process group.
-    ::kill(-m_process, SIGKILL);
-    ::waitpid(m_process, nullptr, 0);
-}
-
-void HeadlessBrowser::start(int width, int height) {
+HeadlessBrowser::Process::Process() {
     int commands[2];
     int answers[2];
     if (::pipe2(commands, O_CLOEXEC) != 0 || ::pipe2(answers, O_CLOEXEC) != 0) {
         fail("no pipes");
     }
-    const std::string profile = "--user-data-dir=" + m_profile.path();
-    const std::string window = "--window-size=" + std::to_string(width) + "," + std::to_string(height);
-    m_process = ::fork();
-    if (m_process < 0) {
+    const std::string profiles = "--user-data-dir=" + m_profiles.path();
+    m_id = ::fork();
+    if (m_id < 0) {
         fail("no process");
     }
-    if (m_process == 0) {
+    if (m_id == 0) {
         ::setpgid(0, 0);
         // Out of the way of the two fixed numbers first.
         const int in = ::fcntl(commands[0], F_DUPFD, 10);
@@ -115,7 +152,7 @@ void HeadlessBrowser::start(int width, int height) {
         ::execl(BROWSER, BROWSER, "--headless", "--no-sandbox", "--use-angle=swiftshader",
                 "--enable-unsafe-swiftshader", "--disable-quic", "--no-first-run", "--disable-background-networking",
                 "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage", "--remote-debugging-pipe",
-                profile.c_str(), window.c_str(), static_cast<char*>(nullptr));
+                profiles.c_str(), static_cast<char*>(nullptr));
         ::_exit(127);
     }
     ::close(commands[0]);
@@ -124,10 +161,29 @@ void HeadlessBrowser::start(int width, int height) {
     m_fromBrowser = answers[0];
 }
 
-Json HeadlessBrowser::nextMessage() {
+HeadlessBrowser::Process::~Process() {
+    ::close(m_toBrowser);
+    ::close(m_fromBrowser);
+    // Its helpers belong to its process group.
+    ::kill(-m_id, SIGKILL);
+    ::waitpid(m_id, nullptr, 0);
+}
+
+void HeadlessBrowser::Process::write(const std::string& message) const {
+    const std::string text = message + '\0';
+    for (std::size_t sent = 0; sent < text.size();) {
+        const ssize_t count = ::write(m_toBrowser, text.data() + sent, text.size() - sent);
+        if (count <= 0) {
+            fail("it does not listen");
+        }
+        sent += static_cast<std::size_t>(count);
+    }
+}
+
+std::string HeadlessBrowser::Process::read() {
     for (;;) {
         if (const auto end = m_received.find('\0'); end != std::string::npos) {
-            const Json message = Json::parse(m_received.substr(0, end));
+            std::string message = m_received.substr(0, end);
             m_received.erase(0, end + 1);
             return message;
         }
@@ -144,7 +200,18 @@ Json HeadlessBrowser::nextMessage() {
     }
 }
 
+Json HeadlessBrowser::nextMessage() {
+    if (!process()) {
+        fail("it has failed before");
+    }
+    return Json::parse(process()->read());
+}
+
 void HeadlessBrowser::note(const Json& message) {
+    // What is left of pages that are closed.
+    if (std::find(m_sessions.begin(), m_sessions.end(), message.value("sessionId", "")) == m_sessions.end()) {
+        return;
+    }
     const std::string method = message.value("method", "");
     if (method == "Page.loadEventFired") {
         m_isLoaded = true;
@@ -171,19 +238,15 @@ void HeadlessBrowser::note(const Json& message) {
 }
 
 int HeadlessBrowser::send(const std::string& method, const Json& parameters) {
-    const int id = ++m_lastCall;
+    if (!process()) {
+        fail("it has failed before");
+    }
+    const int id = process()->nextNumber();
     Json command = {{"id", id}, {"method", method}, {"params", parameters}};
     if (!m_session.empty()) {
         command["sessionId"] = m_session;
     }
-    const std::string text = command.dump() + '\0';
-    for (std::size_t sent = 0; sent < text.size();) {
-        const ssize_t count = ::write(m_toBrowser, text.data() + sent, text.size() - sent);
-        if (count <= 0) {
-            fail("it does not listen");
-        }
-        sent += static_cast<std::size_t>(count);
-    }
+    process()->write(command.dump());
     return id;
 }
 

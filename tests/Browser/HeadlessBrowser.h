@@ -1,15 +1,17 @@
 #pragma once
 
 #include "support/PngImage.h"
-#include "support/TemporaryFolder.h"
 
-#include <sys/types.h>
 #include <nlohmann/json.hpp>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 /// A real browser without a window, driven as a developer's tools drive it: over two pipes, no network, no port.
+///
+/// Its process, which takes longer to start than most pages take, serves all objects of a program, one after another;
+/// each has a profile of its own. One that failed is replaced by a new one.
 ///
 /// Every operation throws `std::runtime_error` when the browser does not answer in time or refuses.
 class HeadlessBrowser {
@@ -17,8 +19,9 @@ public:
     /// False where the browser is not installed.
     static bool isInstalled();
 
-    /// Starts it with one empty page.
+    /// Starts it, where there is none, and opens one empty page.
     HeadlessBrowser(int width, int height);
+    /// Closes all its pages.
     ~HeadlessBrowser();
     HeadlessBrowser(const HeadlessBrowser&) = delete;
     HeadlessBrowser& operator=(const HeadlessBrowser&) = delete;
@@ -53,8 +56,10 @@ public:
     [[nodiscard]] const std::vector<std::string>& complaints() const { return m_complaints; }
 
 private:
-    void start(int width, int height);
-    void stop();
+    class Process;
+
+    static std::unique_ptr<Process>& process();
+    void closeAll() noexcept;
     /// Without waiting for the answer; the number that it will carry.
     int send(const std::string& method, const nlohmann::json& parameters);
     nlohmann::json call(const std::string& method, const nlohmann::json& parameters);
@@ -62,14 +67,9 @@ private:
     void note(const nlohmann::json& message);
     void mouse(const std::string& type, double right, double down, int buttons);
 
-    TemporaryFolder m_profile;
-    pid_t m_process = -1;
-    int m_toBrowser = -1;
-    int m_fromBrowser = -1;
-    int m_lastCall = 0;
+    std::string m_profile;
     std::vector<std::string> m_sessions;
     std::string m_session;  ///< of the page that is chosen
-    std::string m_received;
     bool m_isLoaded = false;
     std::vector<std::string> m_complaints;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "HeadlessBrowser.h"
+#include "support/TemporaryFolder.h"
 #include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
