@@ -228,6 +228,7 @@ struct Shown {
 };
 
 constexpr int COARSE = 6400;
+constexpr int FINER = 10'240;
 
 class LightTruthOfDisplayTest : public LightTruthTest, public testing::WithParamInterface<Shown> {};
 
@@ -294,6 +295,14 @@ INSTANTIATE_TEST_SUITE_P(MoreDisplays, LightTruthOfDisplayTest,
                                                                              {"planar-wall", "mesh", COARSE},
                                                                              {"spherical-dome", "obj", COARSE},
                                                                              {"warped-wall", "mesh", COARSE}}),
+                         [](const auto& tested) { return wordOf(tested.param.display); });
+
+// Every pixel has a value of its own: what is off is so by the addition of the light alone, and by the 8 bits of the
+// content. These hold a place to a fortieth of a pixel of the panorama, which is to be no larger than two of the
+// projector's for that.
+INSTANTIATE_TEST_SUITE_P(PixelByPixel, LightTruthOfDisplayTest,
+                         testing::ValuesIn(IS_SANITIZED ? std::vector<Shown>{}
+                                                        : std::vector<Shown>{{"curved-wall", "pfm", FINER}}),
                          [](const auto& tested) { return wordOf(tested.param.display); });
 
 /// Nothing is dark that the measurement of the coverage finds lit, and nothing lit that it finds dark.
