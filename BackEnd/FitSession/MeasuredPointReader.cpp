@@ -141,6 +141,12 @@ void Reading::readHead() {
     }
     const ReportHead& head = m_table.head();
     const bool isOurs = !head.report.empty();
+    if (isOurs && head.frame.empty()) {
+        m_table.refuse(m_table.line(),
+                       "a table of screenmanager/" + head.report + " without its line \"# x, y, z: ...\"",
+                       "the frame and the unit of its places",
+                       {"header", "keep the lines that begin with #, or remove all of them and state --unit"});
+    }
     if (isOurs && head.frame != ReportHead::WORLD && head.frame != ReportHead::ON_SCREEN) {
         m_table.refuse(m_table.line(), "x, y, z that are " + inQuotes(head.frame), "places on the screen",
                        {"header", "write them with \"screenmanager targets\", or with \"map --xyz screen\""});

@@ -139,6 +139,12 @@ TEST_F(MeasuredPointReaderTest, LayoutPointsAreNoPlacesOnTheScreen) {
     EXPECT_THAT(read(head.comment() + "channel,u,v,x,y,z\n", "").points, IsEmpty());
 }
 
+TEST_F(MeasuredPointReaderTest, AReportWithoutItsLineOfTheFrameIsNamed) {
+    EXPECT_THAT(refusalOf("# screenmanager/targets version 1\nchannel,u,v,x,y,z,mapped\n", ""),
+                AllOf(HasSubstr("found a table of screenmanager/targets without its line \"# x, y, z: ...\""),
+                      HasSubstr("or remove all of them and state --unit")));
+}
+
 TEST_F(MeasuredPointReaderTest, ControlPointsHaveTheirPlaceInCapitals) {
     const MeasuredPoints points = read(
         "set,channel,u,v,x,y,z,X,Y,Z\n"
