@@ -16,26 +16,13 @@ namespace {
 using Vector = Point<double, 3>;
 
 /// So many points stand for all.
-constexpr std::size_t MOST_POINTS = 48;
+constexpr std::size_t MOST_COMPARED = 48;
 
 /// The width of an evenly filled picture of 16 by 10, in median distances of its points from the middle.
 constexpr double WIDTHS = 2.6;
 
 /// A channel whose middle lies further than this many widths from the points is not theirs.
 constexpr double ELSEWHERE = 1;
-
-FitPoints someOf(const FitPoints& points) {
-    FitPoints some;
-    const std::size_t count = std::min(points.size(), MOST_POINTS);
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t from = i * points.size() / count;
-        some.picture.push_back(points.picture[from]);
-        some.world.push_back(points.world[from]);
-        some.given.push_back(points.given[from]);
-        some.rows.push_back(points.rows[from]);
-    }
-    return some;
-}
 
 std::vector<Vector> metOf(const ConfiguredLight::Places& landings) {
     std::vector<Vector> met;
@@ -50,7 +37,7 @@ std::vector<Vector> metOf(const ConfiguredLight::Places& landings) {
 }  // namespace
 
 ConfiguredLight::ConfiguredLight(const ChannelSetup& setup, const FitPoints& points)
-    : m_setup(setup), m_points(someOf(points)), m_landings(landingsOf(setup, m_points)) {
+    : m_setup(setup), m_points(points.someOf(MOST_COMPARED)), m_landings(landingsOf(setup, m_points)) {
     const std::vector<Vector> met = metOf(m_landings);
     if (2 * met.size() > m_points.size()) {
         m_width = WIDTHS * sizeOf(met);

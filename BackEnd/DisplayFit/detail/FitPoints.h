@@ -3,6 +3,7 @@
 #include "Common/Matrix.h"
 #include "Common/Point.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <vector>
@@ -31,6 +32,24 @@ struct FitPoints {
         if (point % POINTS == 0 && pulse) {
             pulse();
         }
+    }
+
+    /// At most so many of them, spread over all: their places, and where they are from if that is known.
+    [[nodiscard]] FitPoints someOf(std::size_t most) const {
+        FitPoints some;
+        const std::size_t count = std::min(size(), most);
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t from = i * size() / count;
+            some.picture.push_back(picture[from]);
+            some.world.push_back(world[from]);
+            if (!given.empty()) {
+                some.given.push_back(given[from]);
+            }
+            if (!rows.empty()) {
+                some.rows.push_back(rows[from]);
+            }
+        }
+        return some;
     }
 };
 

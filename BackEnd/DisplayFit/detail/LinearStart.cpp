@@ -246,16 +246,6 @@ std::optional<LinearView> fromDirections(const std::vector<std::optional<Point<d
     return viewOf(directions, given, held);
 }
 
-FitPoints someOf(const FitPoints& points) {
-    FitPoints some;
-    const std::size_t count = std::min(points.size(), MOST_POINTS);
-    for (std::size_t i = 0; i < count; ++i) {
-        some.picture.push_back(points.picture[i * points.size() / count]);
-        some.world.push_back(points.world[i * points.size() / count]);
-    }
-    return some;
-}
-
 bool isFinite(const PictureView& view) {
     double sum = view.position[0] + view.position[1] + view.position[2] + view.factor[0] + view.factor[1] +
                  view.shift[0] + view.shift[1];
@@ -268,7 +258,7 @@ bool isFinite(const PictureView& view) {
 }  // namespace
 
 std::optional<LinearView> linearStart(const FitPoints& all, const PictureView& given, const PictureModel::Held& held) {
-    const FitPoints points = someOf(all);
+    const FitPoints points = all.someOf(MOST_POINTS);
     const PointShape shape = PointShape::of(points.world);
     if (!held.solved.orientation || !(shape.extents[1] > 0)) {
         return std::nullopt;
