@@ -105,7 +105,8 @@ TEST_F(ChannelWarpTest, IsEndedByWhatThePulseThrows) {
         EXPECT_GE(pulses, static_cast<int>(warp.nodes().size() / 8192));
         for (const int before : {0, pulses / 2, pulses - 1}) {
             left = before;
-            EXPECT_THROW(ChannelWarp::of(sight, input, request), Ended) << before << " of " << pulses;
+            EXPECT_THROW(static_cast<void>(ChannelWarp::of(sight, input, request)), Ended)
+                << before << " of " << pulses;
         }
     }
 }
