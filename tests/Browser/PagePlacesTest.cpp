@@ -120,8 +120,8 @@ TEST_F(PagePlacesTest, OfTwoTargetsTheNearerIsPickedAndTheLightIsThatOnTheInside
     EXPECT_NEAR(std::stod(light.at("y")), 5, 0.05);
 }
 
-// Two routes: the page's answer against the table that the program writes of the same display. Of so many samples the
-// page shows every second one only.
+// Two routes: what the page returns against the table that the program writes of the same display. Of so many samples
+// the page shows every second one only.
 TEST_F(PagePlacesTest, APickedSampleOfAnOutlineIsTheOneOfTheTable) {
     const std::string display = m_folder.write("display.xml", sharedWall());
     HeadlessBrowser& browser = open(display, "--boundary 8000");

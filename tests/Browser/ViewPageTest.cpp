@@ -44,7 +44,7 @@ TEST_F(ViewPageTest, HidingAChannelTakesItsTargetsAway) {
     EXPECT_THAT(browser.complaints(), IsEmpty());
 }
 
-// Two routes: the page's answer against the table that the program writes of the same display.
+// Two routes: what the page returns against the table that the program writes of the same display.
 TEST_F(ViewPageTest, APickedTargetIsOneOfTheTableAndLiesThere) {
     HeadlessBrowser& browser = open(EXAMPLES + "dome/display.xml");
     showTargetsAlone(browser);

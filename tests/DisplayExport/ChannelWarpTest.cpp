@@ -251,7 +251,7 @@ TEST_F(ChannelWarpTest, LosesLittleInAGrid) {
     };
     EXPECT_LT(lostOf(true), 0.005);
     EXPECT_GT(lostOf(false), 0.05);
-    // Nothing is lost of a wall, whoever reads it.
+    // Of a wall nothing is lost: readers of grids get the same nodes.
     loadAny("stereo-wall");
     EXPECT_EQ(warpOf(0, {}, {.forGrids = true}).nodes().size(), warpOf(0, {}, {}).nodes().size());
 }
