@@ -78,7 +78,8 @@ double costOf(const Correspondences& list, const ChannelValues& values) {
 }
 
 /// Calibrates from a start, until nothing is gained any more.
-double calibratedCost(const Correspondences& list, const ChannelValues& start) {
+double calibratedCost(const Correspondences& list, const ChannelValues& start,
+                      std::vector<double>* coefficients = nullptr) {
     std::vector<std::vector<cv::Point3f>> world(1);
     std::vector<std::vector<cv::Point2f>> pixels(1);
     for (std::size_t i = 0; i < list.world.size(); ++i) {
@@ -94,6 +95,9 @@ double calibratedCost(const Correspondences& list, const ChannelValues& start) {
                       (count == 8 ? cv::CALIB_RATIONAL_MODEL : 0);
     cv::calibrateCamera(world, pixels, {1920, 1200}, camera, distortion, turns, shifts, flags,
                         {cv::TermCriteria::COUNT | cv::TermCriteria::EPS, 500, 1e-15});
+    if (coefficients != nullptr) {
+        distortion.reshape(1, 1).copyTo(*coefficients);
+    }
     return costOf(list, turns[0], shifts[0], camera, distortion);
 }
 
@@ -146,6 +150,115 @@ TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
     EXPECT_LE(ours, calibratedCost(list, start) * (1 + WORSE));
     // Both count the same: our own figure is that of the other program.
     EXPECT_NEAR(fit.residualFactor * fit.residualFactor * static_cast<double>(fit.degreesOfFreedom), ours, 1e-6 * ours);
+}
+
+/// Oracle: whether the distorted radius of a quotient falls, or has a pole, before the corner of its picture.
+bool foldsInPicture(const std::vector<double>& k, double corner) {
+    double last = 0;
+    for (double r = 1e-6; r <= corner; r += 1e-6) {
+        const double r2 = r * r;
+        const double below = 1 + r2 * (k[5] + r2 * (k[6] + r2 * k[7]));
+        const double radius = r * (1 + r2 * (k[0] + r2 * (k[1] + r2 * k[4]))) / below;
+        if (!(below > 0) || !(radius > last)) {
+            return true;
+        }
+        last = radius;
+    }
+    return false;
+}
+
+// The rational terms of a narrow view follow the noise. Ours is a lens; where the other program's cost is lower, its
+// own is none, and the cost of five coefficients is a bound for both.
+TEST_P(OpencvComparison, ANarrowRationalLensIsNoWorseThanOneThatDoesNotFold) {
+    cv::setNumThreads(1);
+    constexpr double CORNER = 0.54;
+    const SyntheticChannel channel("BrownConrady", LENSES[4], static_cast<unsigned>(40 + GetParam()));
+    const auto points = rounded(SyntheticChannel::noisyInPicture(channel.measured(300), 0.3, 5));
+    const ChannelValues start = channel.disturbed();
+    FitOptions options;
+    options.isRobust = false;
+    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    ASSERT_TRUE(fit.isSolved);
+    const Correspondences list = correspondencesOf(points);
+    const double ours = costOf(list, fit.after);
+    std::vector<double> theirs;
+    const double reference = calibratedCost(list, start, &theirs);
+    EXPECT_TRUE(ours <= reference * (1 + WORSE) || foldsInPicture(theirs, CORNER)) << ours << ", " << reference;
+    if (fit.outcome != FitOutcome::UNUSABLE) {
+        EXPECT_FALSE(foldsInPicture(fit.after.lens->distortion, CORNER));
+    }
+    ChannelValues five = start;
+    five.lens->distortion.resize(5);
+    EXPECT_LE(ours, calibratedCost(list, five) * (1 + WORSE));
+}
+
+/// The other program's fisheye in its own solver: its calibration takes points to be on a plane.
+class FisheyeProblem : public cv::LMSolver::Callback {
+public:
+    explicit FisheyeProblem(const Correspondences& list) : m_list(list) {}
+
+    /// Of fx, fy, cx, cy, four coefficients, turn and shift.
+    bool compute(cv::InputArray parameters, cv::OutputArray errors, cv::OutputArray jacobian) const override {
+        const cv::Mat p = parameters.getMat().reshape(1, 14);
+        const auto at = [&p](int i) { return p.at<double>(i); };
+        const cv::Mat camera = (cv::Mat_<double>(3, 3) << at(0), 0, at(2), 0, at(1), at(3), 0, 0, 1);
+        std::vector<cv::Point2d> projected;
+        cv::Mat all;
+        cv::fisheye::projectPoints(m_list.world, projected, p.rowRange(8, 11), p.rowRange(11, 14), camera,
+                                   p.rowRange(4, 8), 0, all);
+        const auto rows = static_cast<int>(projected.size());
+        cv::Mat misses(2 * rows, 1, CV_64F);
+        for (int i = 0; i < rows; ++i) {
+            const auto point = static_cast<std::size_t>(i);
+            misses.at<double>(2 * i) = projected[point].x - m_list.pixels[point].x;
+            misses.at<double>(2 * i + 1) = projected[point].y - m_list.pixels[point].y;
+        }
+        misses.copyTo(errors);
+        if (jacobian.needed()) {
+            all.colRange(0, 14).copyTo(jacobian);
+        }
+        return true;
+    }
+
+    [[nodiscard]] cv::Mat parametersOf(const ChannelValues& values) const {
+        cv::Mat turn;
+        cv::Mat shift;
+        poseOf(values, turn, shift);
+        const Veltrani::LensNumbers& lens = *values.lens;
+        cv::Mat parameters = (cv::Mat_<double>(8, 1) << lens.fx, lens.fy, lens.cx, lens.cy, lens.distortion[0],
+                              lens.distortion[1], lens.distortion[2], lens.distortion[3]);
+        parameters.push_back(turn);
+        parameters.push_back(shift);
+        return parameters;
+    }
+
+    [[nodiscard]] double costOf(const cv::Mat& parameters) const {
+        cv::Mat misses;
+        compute(parameters, misses, cv::noArray());
+        return misses.dot(misses);
+    }
+
+private:
+    const Correspondences& m_list;
+};
+
+TEST_P(OpencvComparison, OurFisheyeIsNoWorse) {
+    const SyntheticChannel channel("Fisheye", {0.03, -0.01, 4e-3, -1e-3}, static_cast<unsigned>(80 + GetParam()));
+    const double pixels = GetParam() % 2 == 0 ? 0.3 : 2;
+    const auto points = SyntheticChannel::noisyInPicture(channel.measured(300), pixels, 7);
+    const ChannelValues start = channel.disturbed();
+    FitOptions options;
+    options.isRobust = false;
+    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    ASSERT_TRUE(fit.isSolved);
+    const Correspondences list = correspondencesOf(points);
+    const auto problem = cv::makePtr<FisheyeProblem>(list);
+    // From near the minimum, where its solver ends for certain.
+    cv::Mat theirs = problem->parametersOf(channel.truth());
+    const double before = problem->costOf(theirs);
+    cv::LMSolver::create(problem, 500)->run(theirs);
+    EXPECT_LT(problem->costOf(theirs), before);
+    EXPECT_LE(problem->costOf(problem->parametersOf(fit.after)), problem->costOf(theirs) * (1 + WORSE));
 }
 
 TEST_P(OpencvComparison, OurPoseIsNoWorseThanOneOfALensThatIsKnown) {
