@@ -109,6 +109,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(SavedLens{"four", "BrownConrady", {-0.14, 0.08, 4e-4, -3e-4}},
                     SavedLens{"five", "BrownConrady", {-0.14, 0.08, 4e-4, -3e-4, -0.02}},
                     SavedLens{"eight", "BrownConrady", {0.3, -0.12, 4e-4, -3e-4, 0.05, 0.45, -0.08, 0.03}, 700},
+                    SavedLens{"eightOfANarrowView", "BrownConrady", {0.3, -0.12, 4e-4, -3e-4, 0.05, 0.45, -0.08, 0.03}},
                     SavedLens{"fisheye", "Fisheye", {0.03, -0.01, 4e-3, -1e-3}}),
     [](const auto& lens) { return lens.param.name; });
 
