@@ -10,8 +10,8 @@ namespace Veltrani::KelvoControlDetail {
 namespace {
 
 /// Where the distorted radius (or area) grows less than this per unit, the lens counts as folding: on the way back the
-/// rounding of the formula is divided by its growth. Relative to the sum of the terms without their signs, in whose
-/// units the formula is rounded: strong terms may cancel each other.
+/// rounding of the formula is divided by its growth. Relative to its size, times the factor by which the terms of the
+/// formula cancel each other, in whose units it is rounded.
 constexpr double LEAST_SLOPE = 1e-4;
 
 /// Where the denominator falls below this part of its terms without their signs, a pole is near: the picture is
@@ -75,7 +75,8 @@ double BrownConradyDistortion::findFold() const {
     const Polynomial d = onePlus(m_denominator);
     const Polynomial twist = sum(product(derivative(n), d), product({-1.0}, product(n, derivative(d))));
     const Polynomial growth = sum(product(n, d), product({0.0, 2.0}, twist));
-    const Polynomial terms = product(withoutSigns(n), withoutSigns(d));
+    // c is rounded by the part |n| / n of n, and |d| / d of d, where |.| sums the terms without their signs.
+    const Polynomial terms = product({0.5}, sum(product(withoutSigns(n), d), product(n, withoutSigns(d))));
     const Polynomial above = sum(growth, product({-LEAST_SLOPE}, terms));
     const Polynomial abovePole = sum(d, product({-LEAST_DENOMINATOR}, withoutSigns(d)));
     const double nearPole = positiveUpTo(abovePole, FARTHEST * FARTHEST);

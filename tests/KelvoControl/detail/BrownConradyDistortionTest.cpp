@@ -94,6 +94,17 @@ TEST(BrownConradyDistortion, WhereverThePoleIsTheRestOfThePictureComesBack) {
     }
 }
 
+// Calibrations of narrow views: terms of the size of 1 cancel in both lines of the quotient, near the same radius.
+TEST(BrownConradyDistortion, TermsThatCancelInBothLinesAreNoFold) {
+    const BrownConradyDistortion lens({-9.8658, 24.12, 3.9e-4, -4.1e-4, 1.6289, -9.7145, 22.618, 5.3744});
+    for (double radius = 0.01; radius < 0.6; radius += 0.001) {
+        for (const double angle : {0.3, 2.0, -1.2}) {
+            const P2 plain{radius * std::cos(angle), radius * std::sin(angle)};
+            expectNear(undistorted(lens, distorted(lens, plain)), plain, 1e-10);
+        }
+    }
+}
+
 TEST(BrownConradyDistortion, ThePlaceOfTheFoldIsFoundBehindASecondRiseToo) {
     // The growth 1 - 4.5 r^2 + 4.5 r^4 vanishes at r^2 = 1 / 3 and 2 / 3: the second rise counts for nothing.
     const BrownConradyDistortion wavy({-1.5, 0.9, 0, 0});
