@@ -209,6 +209,32 @@ TEST(BrownConradyDistortion, NoOtherPlaceComesBackHoweverStrongTheTangentialAndP
     EXPECT_FALSE(folded.distort({-1.1658, -1.1951}, out));
 }
 
+// Weak terms of that kind, and places up to just short of the fold of the radial part, where a weak one is enough.
+TEST(BrownConradyDistortion, NoOtherPlaceComesBackNearTheFoldHoweverWeakTheTangentialTerms) {
+    std::mt19937 random(31);
+    std::uniform_real_distribution<double> part(-1.0, 1.0);
+    int mapped = 0;
+    int refused = 0;
+    for (int i = 0; i < 300; ++i) {
+        const double size = std::pow(10.0, -2 + part(random));
+        const BrownConradyDistortion lens({-0.3 + 0.2 * part(random), 0, size * part(random), size * part(random), 0, 0,
+                                           0, 0, size * part(random), 0, size * part(random), 0});
+        for (int j = 1; j <= 60; ++j) {
+            const double turn = 4 * part(random);
+            const P2 plain = P2{std::cos(turn), std::sin(turn)} * (lens.foldRadius() * j / 60.5);
+            P2 there;
+            if (lens.distort(plain, there)) {
+                expectNear(undistorted(lens, there), plain, 1e-8);
+                ++mapped;
+            } else {
+                ++refused;
+            }
+        }
+    }
+    EXPECT_GT(mapped, 12000);
+    EXPECT_GT(refused, 100);
+}
+
 TEST(BrownConradyDistortion, WhatIsNoNumberIsRefused) {
     const BrownConradyDistortion lens(STRONG);
     const double nan = std::numeric_limits<double>::quiet_NaN();
