@@ -261,7 +261,7 @@ bool ChannelFitter::isRefused(ChannelFit& fit, PictureModel::Held& held) const {
     if (needsDepth(held) && m_shape.isFlat(typicalPointDeviation(m_points))) {
         least.squarePixels = least.horizontalShift = true;
     }
-    auto fault = faultOfPlaces(m_points, m_setup.make(m_points, least)->unknowns().size());
+    auto fault = faultOfPlaces(m_points, m_shape, m_setup.make(m_points, least)->unknowns().size());
     if (!fault) {
         fault = faultOfUnit(*model, m_unit);
     }
@@ -296,7 +296,7 @@ void ChannelFitter::fit(ChannelFit& fit) const {
     const Determination determination = determinationOf(*made, all);
     fit.worst = determination.worst();
     fit.covariance = determination.covariance();
-    const FitJudge judge(m_setup, m_points, m_options, m_search);
+    const FitJudge judge(m_setup, m_points, m_shape, m_options, m_search);
     if (needsDepth(made->held)) {
         judge.judge(fit, *made, determinationOf(*made, m_shape.besidePlane(typicalPointDeviation(m_points))));
     } else {

@@ -37,9 +37,9 @@ void warn(ChannelFit& fit, FitFinding::Kind kind, std::string text, std::string 
 
 }  // namespace
 
-FitJudge::FitJudge(const ChannelSetup& setup, const FitPoints& points, const FitOptions& options,
-                   const ChannelSearch& search)
-    : m_setup(setup), m_points(points), m_options(options), m_search(search) {}
+FitJudge::FitJudge(const ChannelSetup& setup, const FitPoints& points, const PointShape& shape,
+                   const FitOptions& options, const ChannelSearch& search)
+    : m_setup(setup), m_points(points), m_shape(shape), m_options(options), m_search(search) {}
 
 void FitJudge::refuse(ChannelFit& fit, FitFinding::Kind kind, std::string text, std::string remedy) {
     fit.findings.push_back({kind, FitOutcome::UNUSABLE, std::move(text), std::move(remedy)});
@@ -193,7 +193,7 @@ void FitJudge::judgeValues(ChannelFit& fit, const FitAttempt& attempt, const Det
 
 void FitJudge::judge(ChannelFit& fit, const FitAttempt& attempt, const Determination& determination) const {
     judgeDirections(fit, attempt);
-    if (auto fault = attempt.solution.isSolved ? faultOfValues(fit, m_points) : std::nullopt) {
+    if (auto fault = attempt.solution.isSolved ? faultOfValues(fit, m_shape) : std::nullopt) {
         fit.findings.push_back(std::move(*fault));
     }
     judgePoints(fit, attempt);
