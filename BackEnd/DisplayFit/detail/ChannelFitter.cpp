@@ -27,6 +27,10 @@ using DisplayFit::SolvedGroups;
 /// where a solver ends, moves them further.
 constexpr double SAME = 1e-10;
 
+/// So are values that show every point within this part of the residuals of where others do: some lenses have
+/// combinations that no point determines, and there a solver ends where it comes from.
+constexpr double SAME_BESIDE_NOISE = 1e-4;
+
 /// Chi-square of two degrees of freedom is larger once in a thousand times: by so much two numbers that are held may
 /// raise the squares, in variances, before they are known to be wrong.
 constexpr double RAISED = 13.8;
@@ -245,7 +249,8 @@ void ChannelFitter::noteSolution(ChannelFit& fit, const FitAttempt& made) const 
 }
 
 bool ChannelFitter::isWhereItWas(const ChannelFit& fit) const {
-    const double most = SAME * std::max(m_setup.pixels()[0], m_setup.pixels()[1]);
+    const double most =
+        std::max(SAME * std::max(m_setup.pixels()[0], m_setup.pixels()[1]), SAME_BESIDE_NOISE * fit.pixelsAfter.rms);
     return std::all_of(fit.residuals.begin(), fit.residuals.end(), [most](const auto& residual) {
         return residual.isOutlier || norm(residual.pixelsAfter - residual.pixelsBefore) <= most;
     });
