@@ -27,6 +27,10 @@ using DisplayFit::SolvedGroups;
 /// where a solver ends, moves them further.
 constexpr double SAME = 1e-10;
 
+/// So are values that show every point within this part of the residuals of where others do: some lenses have
+/// combinations that no point determines, and there a solver ends where it comes from.
+constexpr double SAME_BESIDE_NOISE = 1e-4;
+
 /// Chi-square of two degrees of freedom is larger once in a thousand times: by so much two numbers that are held may
 /// raise the squares, in variances, before they are known to be wrong.
 constexpr double RAISED = 13.8;
@@ -245,7 +249,8 @@ void ChannelFitter::noteSolution(ChannelFit& fit, const FitAttempt& made) const 
 }
 
 bool ChannelFitter::isWhereItWas(const ChannelFit& fit) const {
-    const double most = SAME * std::max(m_setup.pixels()[0], m_setup.pixels()[1]);
+    const double most =
+        std::max(SAME * std::max(m_setup.pixels()[0], m_setup.pixels()[1]), SAME_BESIDE_NOISE * fit.pixelsAfter.rms);
     return std::all_of(fit.residuals.begin(), fit.residuals.end(), [most](const auto& residual) {
         return residual.isOutlier || norm(residual.pixelsAfter - residual.pixelsBefore) <= most;
     });
@@ -261,7 +266,7 @@ bool ChannelFitter::isRefused(ChannelFit& fit, PictureModel::Held& held) const {
     if (needsDepth(held) && m_shape.isFlat(typicalPointDeviation(m_points))) {
         least.squarePixels = least.horizontalShift = true;
     }
-    auto fault = faultOfPlaces(m_points, m_setup.make(m_points, least)->unknowns().size());
+    auto fault = faultOfPlaces(m_points, m_shape, m_setup.make(m_points, least)->unknowns().size());
     if (!fault) {
         fault = faultOfUnit(*model, m_unit);
     }
@@ -296,7 +301,7 @@ void ChannelFitter::fit(ChannelFit& fit) const {
     const Determination determination = determinationOf(*made, all);
     fit.worst = determination.worst();
     fit.covariance = determination.covariance();
-    const FitJudge judge(m_setup, m_points, m_options, m_search);
+    const FitJudge judge(m_setup, m_points, m_shape, m_options, m_search);
     if (needsDepth(made->held)) {
         judge.judge(fit, *made, determinationOf(*made, m_shape.besidePlane(typicalPointDeviation(m_points))));
     } else {

@@ -37,9 +37,9 @@ void warn(ChannelFit& fit, FitFinding::Kind kind, std::string text, std::string 
 
 }  // namespace
 
-FitJudge::FitJudge(const ChannelSetup& setup, const FitPoints& points, const FitOptions& options,
-                   const ChannelSearch& search)
-    : m_setup(setup), m_points(points), m_options(options), m_search(search) {}
+FitJudge::FitJudge(const ChannelSetup& setup, const FitPoints& points, const PointShape& shape,
+                   const FitOptions& options, const ChannelSearch& search)
+    : m_setup(setup), m_points(points), m_shape(shape), m_options(options), m_search(search) {}
 
 void FitJudge::refuse(ChannelFit& fit, FitFinding::Kind kind, std::string text, std::string remedy) {
     fit.findings.push_back({kind, FitOutcome::UNUSABLE, std::move(text), std::move(remedy)});
@@ -139,17 +139,22 @@ void FitJudge::judgeLens(ChannelFit& fit, const FitAttempt& attempt) const {
     const auto& model = static_cast<const PictureModel&>(*attempt.model);
     const bool isSolved = attempt.held.solved.distortion;
     if (attempt.isPlainLens) {
-        warn(
-            fit, Kind::ILL_DETERMINED,
-            "the points do not determine k4, k5 and k6: with them the lens would fold within the picture, so they were "
-            "set to zero",
-            "name a lens file of five coefficients, or add points all over the picture, up to its corners");
+        warn(fit, Kind::ILL_DETERMINED,
+             "the points do not determine k4, k5 and k6: with them the lens would fold within the picture or change "
+             "between the axis and the points, so they were set to zero",
+             "name a lens file of five coefficients, or add points all over the picture, up to its corners");
     }
     if (attempt.lens.isUsable(model)) {
         if (attempt.lens.foldsInPicture) {
             warn(fit, Kind::BEYOND_FOLD, "the fitted lens ends within the picture, beyond the points",
                  "add points towards the edges of what it shows");
         }
+        return;
+    }
+    if (attempt.lens.isOpenOnAxis) {
+        refuse(fit, Kind::NOT_DETERMINED,
+               "the fitted lens changes between its axis and the points, which do not determine its focal length",
+               "solve fewer coefficients (a lens file with five), or add points around the axis");
         return;
     }
     const std::string where = attempt.lens.unmapped > 0
@@ -188,7 +193,7 @@ void FitJudge::judgeValues(ChannelFit& fit, const FitAttempt& attempt, const Det
 
 void FitJudge::judge(ChannelFit& fit, const FitAttempt& attempt, const Determination& determination) const {
     judgeDirections(fit, attempt);
-    if (auto fault = attempt.solution.isSolved ? faultOfValues(fit, m_points) : std::nullopt) {
+    if (auto fault = attempt.solution.isSolved ? faultOfValues(fit, m_shape) : std::nullopt) {
         fit.findings.push_back(std::move(*fault));
     }
     judgePoints(fit, attempt);

@@ -7,6 +7,7 @@
 #include "DisplayFit/detail/Determination.h"
 #include "DisplayFit/detail/FitAttempt.h"
 #include "DisplayFit/detail/FitPoints.h"
+#include "DisplayFit/detail/PointShape.h"
 
 #include <string>
 
@@ -16,8 +17,9 @@ namespace Veltrani::DisplayFitDetail {
 class FitJudge {
 public:
     /// All must outlive this object.
-    FitJudge(const ChannelSetup& setup, const FitPoints& points, const DisplayFit::FitOptions& options,
-             const ChannelSearch& search);
+    /// @param shape of the points in space
+    FitJudge(const ChannelSetup& setup, const FitPoints& points, const PointShape& shape,
+             const DisplayFit::FitOptions& options, const ChannelSearch& search);
 
     /// @param fit with its values and residuals noted
     /// @param determination by the points that may count
@@ -39,6 +41,7 @@ private:
 
     const ChannelSetup& m_setup;
     const FitPoints& m_points;
+    const PointShape& m_shape;
     const DisplayFit::FitOptions& m_options;
     const ChannelSearch& m_search;
 };

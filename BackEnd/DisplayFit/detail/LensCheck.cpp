@@ -1,9 +1,12 @@
 #include "DisplayFit/detail/LensCheck.h"
 
 #include "Common/VeltraniException.h"
+#include "DisplayFit/detail/RationalStarts.h"
 #include "KelvoControl/ProjectionModel.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <memory>
 
 namespace Veltrani::DisplayFitDetail {
@@ -16,6 +19,9 @@ constexpr int ROWS = 11;
 
 /// How near a ray leads back to its place, as a part of the picture.
 constexpr double SAME_PLACE = 1e-8;
+
+/// Points that show a quotient where it is near to 1, without which nothing determines its focal length.
+constexpr std::size_t FEWEST_ON_AXIS = 3;
 
 /// The model of the values; empty where there is none of such numbers.
 std::shared_ptr<ProjectionModel> modelOf(const DisplayFit::ChannelValues& values) {
@@ -42,11 +48,33 @@ bool isShown(const ProjectionModel& lens, const Point<double, 2>& place) {
            norm(back - place) <= SAME_PLACE;
 }
 
+/// The larger sum of the terms beside 1, without their signs, above and below the line of a quotient.
+double termsOf(const LensFormula& lens, double square) {
+    const auto sum = [&lens, square](std::size_t first, std::size_t second, std::size_t third) {
+        const auto size = [&lens](std::size_t i) { return std::abs(lens.coefficient(i)); };
+        return square * (size(first) + square * (size(second) + square * size(third)));
+    };
+    return std::max(sum(0, 1, 4), sum(5, 6, 7));
+}
+
+/// Tests whether too few of the points lie where the terms of the quotient add up to less than the 1 beside them.
+bool isOpenOnAxis(const PictureModel& model, const std::vector<bool>& isLeftOut) {
+    const FitPoints& points = model.points();
+    std::size_t near = 0;
+    for (std::size_t i = 0; i < points.size() && near < FEWEST_ON_AXIS; ++i) {
+        points.pulseAt(i);
+        const double square = squareOfTangent(model.view(), points.world[i]);
+        near += static_cast<std::size_t>(!isLeftOut[i] && termsOf(model.view().lens, square) < 1);
+    }
+    return near < FEWEST_ON_AXIS;
+}
+
 }  // namespace
 
 bool LensCheck::isUsable(const PictureModel& model) const {
     const bool mayEnd = model.view().lens.kind() == LensFormula::Kind::FISHEYE;
-    return unmapped == 0 && !(model.held().solved.distortion && (mayEnd ? foldsAmongPoints : foldsInPicture));
+    return unmapped == 0 && !isOpenOnAxis &&
+           !(model.held().solved.distortion && (mayEnd ? foldsAmongPoints : foldsInPicture));
 }
 
 LensCheck LensCheck::of(const PictureModel& model, const DisplayFit::ChannelValues& given,
@@ -60,8 +88,9 @@ LensCheck LensCheck::of(const PictureModel& model, const DisplayFit::ChannelValu
     const FitPoints& points = model.points();
     const std::shared_ptr<ProjectionModel> lens = modelOf(values);
     if (!lens) {
-        return {points.size(), true, true};
+        return {points.size(), true, true, false};
     }
+    check.isOpenOnAxis = isRational(model) && DisplayFitDetail::isOpenOnAxis(model, isLeftOut);
     double farthest = 0;
     for (std::size_t i = 0; i < points.size(); ++i) {
         points.pulseAt(i);

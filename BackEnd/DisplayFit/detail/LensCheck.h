@@ -16,6 +16,9 @@ struct LensCheck {
     /// The fold lies no further from the axis than the points reach. Only a fisheye may have a picture that is larger
     /// than what it shows.
     bool foldsAmongPoints = false;
+    /// A quotient changes so much close to the axis that it has left what it is there before it reaches any point: the
+    /// points show a lens of another focal length, and which one the numbers state is chance.
+    bool isOpenOnAxis = false;
 
     /// True where the lens shows all points that took part, and, if its distortion was solved, all that its picture
     /// needs.

@@ -1,7 +1,6 @@
 #include "DisplayFit/detail/PointChecks.h"
 
 #include "DisplayFit/detail/Median.h"
-#include "DisplayFit/detail/PointShape.h"
 
 #include <algorithm>
 #include <array>
@@ -91,7 +90,7 @@ double typicalPointDeviation(const FitPoints& points) {
     return squares.empty() ? 0.0 : std::sqrt(medianOf(squares));
 }
 
-std::optional<FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unknowns) {
+std::optional<FitFinding> faultOfPlaces(const FitPoints& points, const PointShape& shape, std::size_t unknowns) {
     // One equation more than values, so that there is a residual; and no line.
     const std::size_t needed = std::max<std::size_t>(unknowns / 2 + 1, 3);
     if (points.size() < needed) {
@@ -101,7 +100,6 @@ std::optional<FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unk
                               ": at least " + std::to_string(needed) + " are needed",
                           "measure more points, or hold some of the values"};
     }
-    const PointShape shape = PointShape::of(points.world);
     const double deviation = typicalPointDeviation(points);
     if (!shape.isStraight(0) && (shape.isStraight(deviation) || deviation > LARGEST_DEVIATION * shape.extents[0])) {
         return FitFinding{FitFinding::Kind::DEVIATIONS_TOO_LARGE, FitOutcome::UNUSABLE,
@@ -127,7 +125,7 @@ std::optional<FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unk
     return std::nullopt;
 }
 
-std::optional<FitFinding> faultOfValues(const DisplayFit::ChannelFit& fit, const FitPoints& points) {
+std::optional<FitFinding> faultOfValues(const DisplayFit::ChannelFit& fit, const PointShape& shape) {
     const auto refuse = [](const std::string& text) {
         return FitFinding{FitFinding::Kind::IMPLAUSIBLE_VALUES, FitOutcome::UNUSABLE, text,
                           "check that x, y, z are in the order, the unit and the frame of the display"};
@@ -144,7 +142,6 @@ std::optional<FitFinding> faultOfValues(const DisplayFit::ChannelFit& fit, const
         }
     }
     if (fit.solved.position) {
-        const PointShape shape = PointShape::of(points.world);
         const double distance = norm(fit.after.position - shape.centre);
         if (!(distance <= FURTHEST * shape.extents[0])) {
             return refuse("no projector: it came out " + roundedText(distance) +

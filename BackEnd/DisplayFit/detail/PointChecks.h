@@ -3,6 +3,7 @@
 #include "DisplayFit/FitResult.h"
 #include "DisplayFit/detail/ChannelModel.h"
 #include "DisplayFit/detail/FitPoints.h"
+#include "DisplayFit/detail/PointShape.h"
 
 #include <cstddef>
 #include <optional>
@@ -19,12 +20,15 @@ namespace Veltrani::DisplayFitDetail {
 
 /// Returns why the points of a channel cannot determine so many values wherever they lie: too few of them, or on one
 /// line in space or in the picture, or with deviations that leave their places open.
-[[nodiscard]] std::optional<DisplayFit::FitFinding> faultOfPlaces(const FitPoints& points, std::size_t unknowns);
+/// @param shape of the points in space
+[[nodiscard]] std::optional<DisplayFit::FitFinding> faultOfPlaces(const FitPoints& points, const PointShape& shape,
+                                                                  std::size_t unknowns);
 
 /// Returns what no projector can be of the values that were solved: a picture narrower than a degree, a place far
 /// beyond all points.
+/// @param shape of the points in space
 [[nodiscard]] std::optional<DisplayFit::FitFinding> faultOfValues(const DisplayFit::ChannelFit& fit,
-                                                                  const FitPoints& points);
+                                                                  const PointShape& shape);
 
 /// Returns which unit the lengths of the points are in, where the size of what they cover differs from what the model
 /// places on the screen by the ratio of two units.

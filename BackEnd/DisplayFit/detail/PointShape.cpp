@@ -65,15 +65,17 @@ std::vector<std::size_t> absurdOf(std::span<const Vector> points) {
 void findAxes(std::span<const Vector> points, PointShape& shape) {
     shape.centre = {};
     for (const Vector& point : points) {
-        shape.centre += point * (1 / static_cast<double>(points.size()));
+        shape.centre += point;
     }
+    const double part = 1 / static_cast<double>(points.size());
+    shape.centre *= part;
     Eigen::Matrix3d moments = Eigen::Matrix3d::Zero();
     for (const Vector& point : points) {
         const Vector from = point - shape.centre;
         const Eigen::Vector3d column(from[0], from[1], from[2]);
-        moments += column * column.transpose() / static_cast<double>(points.size());
+        moments += column * column.transpose();
     }
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(moments);
+    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(moments * part);
     for (std::size_t i = 0; i < shape.axes.size(); ++i) {
         const auto column = static_cast<Eigen::Index>(shape.axes.size() - 1 - i);
         const Eigen::Vector3d axis = solver.eigenvectors().col(column);

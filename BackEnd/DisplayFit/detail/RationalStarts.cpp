@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace Veltrani::DisplayFitDetail {
 
@@ -30,12 +31,11 @@ double valueOf(const Cubic& cubic, double x) {
 
 /// Square of the largest tangent of a ray to a point.
 double largestSquare(const PictureView& view, const FitPoints& points) {
-    const Matrix<double, 3> projector_from_world = transpose(view.world_from_projector);
     double largest = 0;
     for (const Point<double, 3>& world : points.world) {
-        const Point<double, 3> ray = projector_from_world * (world - view.position);
-        if (ray[1] > 0) {
-            largest = std::max(largest, (ray[0] * ray[0] + ray[2] * ray[2]) / (ray[1] * ray[1]));
+        const double square = squareOfTangent(view, world);
+        if (std::isfinite(square)) {
+            largest = std::max(largest, square);
         }
     }
     return largest;
@@ -60,6 +60,12 @@ Cubic nearestTo(Function&& function, double square) {
 bool isRational(const PictureModel& model) {
     return model.view().lens.kind() == LensFormula::Kind::BROWN_CONRADY && model.held().solved.distortion &&
            model.view().lens.coefficients() == LensFormula::MOST_COEFFICIENTS;
+}
+
+double squareOfTangent(const PictureView& view, const Point<double, 3>& world) {
+    const Point<double, 3> ray = transpose(view.world_from_projector) * (world - view.position);
+    return ray[1] > 0 ? (ray[0] * ray[0] + ray[2] * ray[2]) / (ray[1] * ray[1])
+                      : std::numeric_limits<double>::infinity();
 }
 
 std::vector<PictureView> rationalStarts(const PictureView& view, const FitPoints& points) {

@@ -10,8 +10,8 @@ namespace Veltrani::KelvoControlDetail {
 namespace {
 
 /// Where the distorted radius (or area) grows less than this per unit, the lens counts as folding: on the way back the
-/// rounding of the formula is divided by its growth. Relative to the sum of the terms without their signs, in whose
-/// units the formula is rounded: strong terms may cancel each other.
+/// rounding of the formula is divided by its growth. Relative to its size, times the factor by which the terms of the
+/// formula cancel each other, in whose units it is rounded.
 constexpr double LEAST_SLOPE = 1e-4;
 
 /// Where the denominator falls below this part of its terms without their signs, a pole is near: the picture is
@@ -33,6 +33,16 @@ constexpr double INVERSE_TOLERANCE = 1e-10;
 constexpr int MOST_STEPS = 50;
 constexpr int MOST_HALVINGS = 20;
 
+/// How much the radial part grows at least in every direction, and the other terms take from that at most, within the
+/// regular radius: the derivative in every direction leads forwards there by their difference, so that a move of the
+/// point moves its place by no more than the quotient.
+constexpr double REGULAR_GROWTH = 0.5;
+constexpr double REGULAR_DISTURBANCE = 0.1;
+
+/// The part of the regular radius within which the way back never leaves it: there the other terms move a point by no
+/// more than 0.375 x 0.1 of its radius, so that the search begins, and stays, nearer than a fifth of the radius.
+constexpr double REGULAR_RETURN = 0.7;
+
 /// The number of places between the axis and a point at which the other terms are tested for turning the picture over.
 constexpr int PLACES_ON_THE_WAY = 16;
 
@@ -45,6 +55,13 @@ Polynomial withoutSigns(Polynomial polynomial) {
         coefficient = std::abs(coefficient);
     }
     return polynomial;
+}
+
+/// With s = r^2 and c = n / d, the radius r c grows by (n d + 2 s (n' d - n d')) / d^2 per unit of r; without the
+/// division.
+Polynomial growthOf(const Polynomial& n, const Polynomial& d) {
+    const Polynomial twist = sum(product(derivative(n), d), product({-1.0}, product(n, derivative(d))));
+    return sum(product(n, d), product({0.0, 2.0}, twist));
 }
 
 bool allZero(const Point<double, 2>& a) {
@@ -67,19 +84,32 @@ BrownConradyDistortion::BrownConradyDistortion(const std::vector<double>& coeffi
     m_foldRadius = findFold();
     double slope = 0;
     m_distortedFoldRadius = m_foldRadius * radial(m_foldRadius * m_foldRadius, slope);
+    m_regularRadius = findRegular();
 }
 
 double BrownConradyDistortion::findFold() const {
-    // With s = r^2 and c = n / d, the radius r c grows by (n d + 2 s (n' d - n d')) / d^2 per unit of r.
     const Polynomial n = onePlus(m_numerator);
     const Polynomial d = onePlus(m_denominator);
-    const Polynomial twist = sum(product(derivative(n), d), product({-1.0}, product(n, derivative(d))));
-    const Polynomial growth = sum(product(n, d), product({0.0, 2.0}, twist));
-    const Polynomial terms = product(withoutSigns(n), withoutSigns(d));
+    const Polynomial growth = growthOf(n, d);
+    // c is rounded by the part |n| / n of n, and |d| / d of d, where |.| sums the terms without their signs.
+    const Polynomial terms = product({0.5}, sum(product(withoutSigns(n), d), product(n, withoutSigns(d))));
     const Polynomial above = sum(growth, product({-LEAST_SLOPE}, terms));
     const Polynomial abovePole = sum(d, product({-LEAST_DENOMINATOR}, withoutSigns(d)));
     const double nearPole = positiveUpTo(abovePole, FARTHEST * FARTHEST);
     return std::sqrt(positiveUpTo(above, nearPole));
+}
+
+double BrownConradyDistortion::findRegular() const {
+    const Polynomial n = onePlus(m_numerator);
+    const Polynomial d = onePlus(m_denominator);
+    const Polynomial along = sum(growthOf(n, d), product({-REGULAR_GROWTH}, product(d, d)));
+    const Polynomial across = sum(n, product({-REGULAR_GROWTH}, d));
+    const double radial = std::sqrt(positiveUpTo(across, positiveUpTo(along, m_foldRadius * m_foldRadius)));
+    // A derivative of the other terms is at most r (8 |p| + 2 |s| + 4 |s| r^2), and the matrix of them twice that.
+    const double tangential = std::abs(m_tangential[0]) + std::abs(m_tangential[1]);
+    const double low = std::abs(m_prism[0]) + std::abs(m_prism[2]);
+    const double high = std::abs(m_prism[1]) + std::abs(m_prism[3]);
+    return positiveUpTo({REGULAR_DISTURBANCE, -16 * tangential - 4 * low, 0.0, -8 * high}, radial);
 }
 
 double BrownConradyDistortion::radial(double r2, double& slope) const {
@@ -114,7 +144,10 @@ Point<double, 2> BrownConradyDistortion::formula(const Point<double, 2>& plain, 
 }
 
 bool BrownConradyDistortion::isRightWayRoundUpTo(const Point<double, 2>& plain) const {
-    for (int place = 1; !m_radialOnly && place <= PLACES_ON_THE_WAY; ++place) {
+    if (m_radialOnly || norm(plain) <= m_regularRadius) {
+        return true;
+    }
+    for (int place = 1; place <= PLACES_ON_THE_WAY; ++place) {
         Jacobian jacobian;
         static_cast<void>(formula(plain * (static_cast<double>(place) / PLACES_ON_THE_WAY), jacobian));
         if (!(jacobian.determinant() > LEAST_SLOPE)) {
@@ -131,7 +164,8 @@ bool BrownConradyDistortion::distort(const Point<double, 2>& plain, Point<double
     Jacobian jacobian;
     const Point<double, 2> there = formula(plain, jacobian);
     // Tangential and prism terms can bring two places to one point: it belongs to the one that the way back finds.
-    if (!m_radialOnly && !(norm(inverse(there) - plain) <= RETURN_TOLERANCE * (1 + norm(plain)))) {
+    const bool isRegular = m_radialOnly || norm(plain) <= REGULAR_RETURN * m_regularRadius;
+    if (!isRegular && !(norm(inverse(there) - plain) <= RETURN_TOLERANCE * (1 + norm(plain)))) {
         return false;
     }
     distorted = there;

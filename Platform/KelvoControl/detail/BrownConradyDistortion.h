@@ -45,6 +45,7 @@ private:
     };
 
     [[nodiscard]] double findFold() const;
+    [[nodiscard]] double findRegular() const;
     [[nodiscard]] double radial(double r2, double& slope) const;
     [[nodiscard]] Point<double, 2> formula(const Point<double, 2>& plain, Jacobian& jacobian) const;
     /// Returns true when the other terms leave the picture the right way round all the way from the axis to the point.
@@ -62,6 +63,7 @@ private:
     bool m_radialOnly = true;
     double m_foldRadius = 0;
     double m_distortedFoldRadius = 0;  ///< where the radial part brings it
+    double m_regularRadius = 0;        ///< within it no two places come to one point, whatever the other terms are
 };
 
 }  // namespace Veltrani::KelvoControlDetail

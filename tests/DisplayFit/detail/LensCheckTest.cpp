@@ -67,10 +67,33 @@ TEST(LensCheck, NothingIsMappedBeyondAPole) {
     // r / (1 - 4 r^2) grows up to r = 0.5, and comes back from the other side there.
     const auto pole = valuesOf({0, 0, 0, 0, 0, -4, 0, 0});
     bool isUsable = false;
-    EXPECT_EQ(checkOf(pole, pointAt(0.3), true, isUsable).unmapped, 0U);
+    FitPoints near = pointAt(0.3);
+    near.world.resize(3, near.world[0]);
+    near.picture.resize(3, near.picture[0]);
+    EXPECT_EQ(checkOf(pole, near, true, isUsable).unmapped, 0U);
     EXPECT_TRUE(isUsable) << "the whole picture comes from before the pole";
     EXPECT_EQ(checkOf(pole, pointAt(0.6), true, isUsable).unmapped, 1U);
     EXPECT_FALSE(isUsable);
+}
+
+// (1 + 1.1 a r^2) / (1 + a r^2) is 1.1 but for a needle at the axis: a lens of another focal length to all points.
+TEST(LensCheck, AQuotientThatChangesBetweenTheAxisAndThePointsIsOpen) {
+    constexpr double STRONG = 1e4;  // sums to 1 at the radius 0.01
+    const auto needle = valuesOf({1.1 * STRONG, 0, 0, 0, 0, STRONG, 0, 0});
+    FitPoints points;
+    for (const double tangent : {0.009, 0.05, 0.1, 0.2, 0.3, 0.009}) {
+        points.world.push_back({0, 1, tangent});
+        points.picture.push_back({0.5, 0.5 + tangent});
+    }
+    bool isUsable = true;
+    EXPECT_TRUE(checkOf(needle, points, true, isUsable).isOpenOnAxis);
+    EXPECT_FALSE(isUsable);
+    EXPECT_FALSE(checkOf(needle, points, false, isUsable).isOpenOnAxis) << "as it is configured";
+    EXPECT_TRUE(isUsable);
+    points.world.push_back({0.008, 1, 0});
+    points.picture.push_back({0.508, 0.5});
+    EXPECT_FALSE(checkOf(needle, points, true, isUsable).isOpenOnAxis) << "three points show the needle";
+    EXPECT_TRUE(isUsable);
 }
 
 TEST(LensCheck, AFisheyeMayEndBeyondItsPoints) {

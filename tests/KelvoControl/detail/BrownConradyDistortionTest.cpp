@@ -94,6 +94,17 @@ TEST(BrownConradyDistortion, WhereverThePoleIsTheRestOfThePictureComesBack) {
     }
 }
 
+// Calibrations of narrow views: terms of the size of 1 cancel in both lines of the quotient, near the same radius.
+TEST(BrownConradyDistortion, TermsThatCancelInBothLinesAreNoFold) {
+    const BrownConradyDistortion lens({-9.8658, 24.12, 3.9e-4, -4.1e-4, 1.6289, -9.7145, 22.618, 5.3744});
+    for (double radius = 0.01; radius < 0.6; radius += 0.001) {
+        for (const double angle : {0.3, 2.0, -1.2}) {
+            const P2 plain{radius * std::cos(angle), radius * std::sin(angle)};
+            expectNear(undistorted(lens, distorted(lens, plain)), plain, 1e-10);
+        }
+    }
+}
+
 TEST(BrownConradyDistortion, ThePlaceOfTheFoldIsFoundBehindASecondRiseToo) {
     // The growth 1 - 4.5 r^2 + 4.5 r^4 vanishes at r^2 = 1 / 3 and 2 / 3: the second rise counts for nothing.
     const BrownConradyDistortion wavy({-1.5, 0.9, 0, 0});
@@ -196,6 +207,32 @@ TEST(BrownConradyDistortion, NoOtherPlaceComesBackHoweverStrongTheTangentialAndP
                                          -0.0937567, -0.127947, -0.0919528, 0.0247231});
     P2 out;
     EXPECT_FALSE(folded.distort({-1.1658, -1.1951}, out));
+}
+
+// Weak terms of that kind, and places up to just short of the fold of the radial part, where a weak one is enough.
+TEST(BrownConradyDistortion, NoOtherPlaceComesBackNearTheFoldHoweverWeakTheTangentialTerms) {
+    std::mt19937 random(31);
+    std::uniform_real_distribution<double> part(-1.0, 1.0);
+    int mapped = 0;
+    int refused = 0;
+    for (int i = 0; i < 300; ++i) {
+        const double size = std::pow(10.0, -2 + part(random));
+        const BrownConradyDistortion lens({-0.3 + 0.2 * part(random), 0, size * part(random), size * part(random), 0, 0,
+                                           0, 0, size * part(random), 0, size * part(random), 0});
+        for (int j = 1; j <= 60; ++j) {
+            const double turn = 4 * part(random);
+            const P2 plain = P2{std::cos(turn), std::sin(turn)} * (lens.foldRadius() * j / 60.5);
+            P2 there;
+            if (lens.distort(plain, there)) {
+                expectNear(undistorted(lens, there), plain, 1e-8);
+                ++mapped;
+            } else {
+                ++refused;
+            }
+        }
+    }
+    EXPECT_GT(mapped, 12000);
+    EXPECT_GT(refused, 100);
 }
 
 TEST(BrownConradyDistortion, WhatIsNoNumberIsRefused) {
