@@ -362,7 +362,7 @@ PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlac
     const double bendU = dot(right, right);
     const double bendV = dot(up, up);
     const double mixed = dot(right, up) + twistWeight * dot(away, m_twist);
-    // A parameter that its end of the range holds back takes no part.
+    // A parameter that its end of the range holds back takes no part; alone it may point past that end.
     const bool fixedU = (at.u <= range.uMin && slopeU > 0) || (at.u >= range.uMax && slopeU < 0);
     const bool fixedV = (at.v <= range.vMin && slopeV > 0) || (at.v >= range.vMax && slopeV < 0);
     const double determinant = bendU * bendV - mixed * mixed;
@@ -370,8 +370,7 @@ PatchPlace RuledPatch::newtonStep(const Point<double, 3>& point, const PatchPlac
         return {at.u - (slopeU * bendV - slopeV * mixed) / determinant,
                 at.v - (slopeV * bendU - slopeU * mixed) / determinant};
     }
-    return {fixedU || !(bendU > 0) ? at.u : at.u - slopeU / bendU,
-            fixedV || !(bendV > 0) ? at.v : at.v - slopeV / bendV};
+    return {bendU > 0 ? at.u - slopeU / bendU : at.u, bendV > 0 ? at.v - slopeV / bendV : at.v};
 }
 
 }  // namespace Veltrani::KelvoScreenDetail

@@ -118,6 +118,7 @@ private:
     [[nodiscard]] double turnOfSlope(const Point<double, 3>& point, double falling, double rising,
                                      const PatchRange& range) const;
     [[nodiscard]] double closestOnRow(const Point<double, 3>& point, double v, const PatchRange& range) const;
+    /// Returns the next place in search of the nearest one; it may lie outside of the range.
     /// @param twistWeight 1 for Newton's step, 0 for one that leaves the twist out
     [[nodiscard]] PatchPlace newtonStep(const Point<double, 3>& point, const PatchPlace& at, const PatchRange& range,
                                         double twistWeight) const;

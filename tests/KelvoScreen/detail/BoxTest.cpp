@@ -73,6 +73,19 @@ TEST(Box, ABoxWithoutThicknessIsMet) {
     EXPECT_TRUE(result.clip({-1.0, 0.0, 0.5}, {1.0, 0.0, 0.0}, 0, first, second)) << "along it";
 }
 
+TEST(Box, ARayThatMovesTooLittleToDivideByIsAlongTheBox) {
+    const Box result = box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+    double first = -1;
+    double second = -1;
+    for (const double least : {1e-310, -1e-310}) {
+        ASSERT_TRUE(result.clip({-1.0, 0.25, 0.75}, {1.0, least, -least}, 0, first, second)) << least;
+        EXPECT_EQ(first, 1);
+        EXPECT_EQ(second, 2);
+        EXPECT_FALSE(result.clip({-1.0, 1.25, 0.75}, {1.0, least, least}, 0, first, second)) << least;
+        EXPECT_FALSE(result.clip({-1.0, 0.25, -0.75}, {1.0, least, least}, 0, first, second)) << least;
+    }
+}
+
 TEST(Box, RaysPastItAndAwayFromItMiss) {
     const Box result = box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
     double first = -1;

@@ -88,6 +88,27 @@ TEST(MeshBorder, OfSeveralPlanesTheHitNearestItsTriangleCounts) {
     EXPECT_NEAR(hit.point[2], 1.75, 1e-14);
 }
 
+TEST(MeshBorder, OfTwoCurvedFacesEachGoesOnAsItBegan) {
+    // Two cylinders of radius 5 side by side, around x = -2 and x = 2, with a ridge between them at x = 0.
+    const auto trough = [](double x) { return 5 - std::sqrt(25 - (std::abs(x) - 2) * (std::abs(x) - 2)); };
+    const TriangleMesh mesh = meshes::surface(80, 20, [&](double s, double t) {
+        const double x = 8 * s - 4;
+        return Vector{x, trough(x), 3 * t};
+    });
+    const MeshBorder border(mesh);
+    int met = 0;
+    for (int i = -39; i <= 39; i += 2) {
+        const double x = i / 10.0;
+        for (const double z : {-0.2, 3.05, 3.4}) {
+            const auto hit = border.continuedHit({x, -5.0, z}, {x, -4.0, z}, 1);
+            ASSERT_TRUE(hit) << x << ' ' << z;
+            EXPECT_NEAR(hit->point[1], trough(x), 1e-6) << x << ' ' << z;
+            ++met;
+        }
+    }
+    EXPECT_EQ(met, 120);
+}
+
 TEST(MeshBorder, RaysThatAreNotARayMiss) {
     const MeshBorder border(meshes::wall(1, 1, 1, 1));
     const Vector broken{std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0};

@@ -135,6 +135,18 @@ TEST(RuledPatch, TheClosestPlaceIsNotFurtherThanAnyOther) {
     }
 }
 
+TEST(RuledPatch, OppositeARimOrACornerThatIsNearest) {
+    // Exactly there the distance neither falls nor rises towards the rim.
+    const RuledPatch square({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {1.0, 1.0, 0.0});
+    for (const double x : {0.0, 0.25, 0.5, 1.0}) {
+        for (const double y : {0.0, 0.3, 1.0}) {
+            const PatchPlace place = square.closest({x, y, 2.0}, TOLERANCE);
+            EXPECT_NEAR(place.u, x, 1e-12) << x << ' ' << y;
+            EXPECT_NEAR(place.v, y, 1e-12) << x << ' ' << y;
+        }
+    }
+}
+
 TEST(RuledPatch, ThePlaceOfAPointOnThePatchIsFoundToRounding) {
     oracle::Random random(63);
     for (int i = 0; i < 20000; ++i) {
