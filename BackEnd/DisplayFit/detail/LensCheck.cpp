@@ -20,7 +20,10 @@ constexpr int ROWS = 11;
 /// How near a ray leads back to its place, as a part of the picture.
 constexpr double SAME_PLACE = 1e-8;
 
-/// Points that show a quotient where it is near to 1, without which nothing determines its focal length.
+/// Where the terms of a line of a quotient are more than this beside its 1, they alone are what the points show,
+/// and could be scaled against the focal length.
+constexpr double BESIDE_ONE = 4;
+/// Points that show the 1, at least.
 constexpr std::size_t FEWEST_ON_AXIS = 3;
 
 /// The model of the values; empty where there is none of such numbers.
@@ -57,14 +60,14 @@ double termsOf(const LensFormula& lens, double square) {
     return std::max(sum(0, 1, 4), sum(5, 6, 7));
 }
 
-/// Tests whether too few of the points lie where the terms of the quotient add up to less than the 1 beside them.
+/// Tests whether too few of the points show the 1 beside the terms of the quotient.
 bool isOpenOnAxis(const PictureModel& model, const std::vector<bool>& isLeftOut) {
     const FitPoints& points = model.points();
     std::size_t near = 0;
     for (std::size_t i = 0; i < points.size() && near < FEWEST_ON_AXIS; ++i) {
         points.pulseAt(i);
         const double square = squareOfTangent(model.view(), points.world[i]);
-        near += static_cast<std::size_t>(!isLeftOut[i] && termsOf(model.view().lens, square) < 1);
+        near += static_cast<std::size_t>(!isLeftOut[i] && termsOf(model.view().lens, square) < BESIDE_ONE);
     }
     return near < FEWEST_ON_AXIS;
 }
