@@ -185,6 +185,19 @@ TEST_F(Findings, ReversedPicturesAreNamed) {
     }
 }
 
+TEST_F(Findings, APictureIsUpsideDownOnlyAgainstTheConfiguration) {
+    SyntheticChannel channel("Rectilinear", {});
+    ChannelValues hanging = channel.truth();
+    hanging.orientation = {0.4, -0.15, 3.0};
+    channel.setTruth(hanging);
+    const auto points = channel.measured(60);
+    EXPECT_THAT(names(fitOf(channel, points)), IsEmpty()) << "it hangs, and is configured so";
+    ChannelValues standing = hanging;
+    standing.orientation[2] = 0;
+    const DisplayFitResult found = DisplayFitter().fit(*channel.config(standing, "start"), points);
+    EXPECT_THAT(names(found.channels.at(0)), Contains("V_REVERSED"));
+}
+
 TEST_F(Findings, ExchangedChannelsAreNamed) {
     for (const char* example : {"spherical-dome", "planar-wall", "lens-cylinder"}) {
         FitScene scene = FitScene::ofExample(example);

@@ -74,6 +74,29 @@ TEST_P(LensFits, ComeBackFromADisturbedStart) {
     }
 }
 
+TEST_P(LensFits, NameTheirNumbersAsCalibrationsDo) {
+    const SyntheticChannel channel(GetParam().model, GetParam().coefficients);
+    const auto config = channel.config(channel.truth(), "start");
+    const ChannelFit fit = DisplayFitter().fit(*config, channel.measured(200)).channels.at(0);
+    std::vector<std::string> expected;
+    if (!GetParam().coefficients.empty()) {
+        expected = {"fx", "fy", "cx", "cy"};
+    }
+    const std::vector<std::string> all =
+        GetParam().model == "Fisheye"
+            ? std::vector<std::string>{"k1", "k2", "k3", "k4"}
+            : std::vector<std::string>{"k1", "k2", "p1", "p2", "k3", "k4", "k5", "k6", "s1", "s2", "s3", "s4"};
+    expected.insert(expected.end(), all.begin(),
+                    all.begin() + static_cast<std::ptrdiff_t>(GetParam().coefficients.size()));
+    std::vector<std::string> found;
+    for (const FittedValue& value : fit.values) {
+        if (value.name.find(' ') == std::string::npos) {
+            found.push_back(value.name);
+        }
+    }
+    EXPECT_EQ(found, expected);
+}
+
 TEST_P(LensFits, ReportTheResidualsOfTheProductsModelBefore) {
     const SyntheticChannel channel(GetParam().model, GetParam().coefficients);
     const auto points = channel.measured(60);

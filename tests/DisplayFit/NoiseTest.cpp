@@ -2,7 +2,9 @@
 #include "DisplayFit/DisplayFitter.h"
 
 #include "ChiSquare.h"
+#include "Configuration/ProjectorConfig.h"
 #include "FitScene.h"
+#include "KelvoControl/Blend.h"
 #include "ScreenManager/ScreenManager.h"
 #include "SyntheticChannel.h"
 #include "support/LogTrap.h"
@@ -10,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <random>
@@ -124,6 +127,101 @@ TEST_F(Noise, TheDeviationsOfValuesAreThoseOfManyFits) {
         pooled += squares[i];
     }
     EXPECT_NEAR(pooled / static_cast<double>(SEEDS * squares.size()), 1, 0.2);
+}
+
+// Oracle: the covariance of each point by differences of the product's own model, and the square that follows from it.
+TEST_F(Noise, DeviationsInAnyDirectionCountAsThePictureShowsThem) {
+    constexpr double DEVIATION = 0.001;
+    constexpr double STRETCHED = 6;
+    constexpr double WIDTH = 1e-5;
+    const SyntheticChannel channel("Rectilinear", {});
+    auto points = channel.measured(120);
+    std::mt19937 random(3);
+    std::normal_distribution<double> normal;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        // Along a diagonal of the picture, another one for every other point.
+        Point<double, 3> along{1, 0.3, i % 2 == 0 ? 1.0 : -1.0};
+        along *= 1 / norm(along);
+        const double stretch = normal(random) * std::sqrt(STRETCHED * STRETCHED - 1);
+        points[i].world +=
+            (along * stretch + Point<double, 3>{normal(random), normal(random), normal(random)}) * DEVIATION;
+        Matrix<double, 3> covariance;
+        for (std::size_t r = 0; r < 3; ++r) {
+            for (std::size_t c = 0; c < 3; ++c) {
+                covariance(r, c) =
+                    DEVIATION * DEVIATION * ((r == c ? 1 : 0) + (STRETCHED * STRETCHED - 1) * along[r] * along[c]);
+            }
+        }
+        points[i].covariance = covariance;
+    }
+    const ChannelFit fit = DisplayFitter().fit(*channel.config(channel.disturbed(), "start"), points).channels[0];
+    ASSERT_TRUE(fit.isSolved);
+    const auto fitted = channel.config(fit.after, "fitted");
+    const auto model = Blend::createProjectionModel(Viewport::of(*fitted->getProjectorConfig(L"A"), L"Rectilinear"),
+                                                    L"Rectilinear", L"");
+    const auto pixelsOf = [&](const Point<double, 3>& world) {
+        Point<double, 2> place;
+        EXPECT_TRUE(model->projectNormalised(world, place));
+        return Point<double, 2>{1920 * place[0], 1200 * place[1]};
+    };
+    double squares = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        std::array<Point<double, 2>, 3> by;
+        for (std::size_t k = 0; k < 3; ++k) {
+            Point<double, 3> step;
+            step[k] = WIDTH;
+            by[k] = (pixelsOf(points[i].world + step) - pixelsOf(points[i].world - step)) * (0.5 / WIDTH);
+        }
+        double uu = 0;
+        double uv = 0;
+        double vv = 0;
+        for (std::size_t r = 0; r < 3; ++r) {
+            for (std::size_t c = 0; c < 3; ++c) {
+                const double of = (*points[i].covariance)(r, c);
+                uu += by[r][0] * of * by[c][0];
+                uv += by[r][0] * of * by[c][1];
+                vv += by[r][1] * of * by[c][1];
+            }
+        }
+        const Point<double, 2> miss = fit.residuals[i].pixelsAfter;
+        const double square =
+            (vv * miss[0] * miss[0] - 2 * uv * miss[0] * miss[1] + uu * miss[1] * miss[1]) / (uu * vv - uv * uv);
+        EXPECT_NEAR(fit.residuals[i].size, std::sqrt(square), 0.01 * (1 + std::sqrt(square))) << i;
+        squares += square;
+    }
+    const auto [low, high] = chiSquareBand(static_cast<double>(fit.degreesOfFreedom));
+    EXPECT_GT(squares, low);
+    EXPECT_LT(squares, high);
+}
+
+TEST_F(Noise, SummariesAreOfAllPointsBeforeAndOfTheInliersAfter) {
+    const SyntheticChannel channel("Rectilinear", {});
+    auto points = SyntheticChannel::noisyInPicture(channel.measured(200), 0.5, 8);
+    for (const std::size_t wrong : {20, 90, 150}) {
+        points[wrong].picture[0] += 0.05;
+    }
+    const ChannelFit fit = DisplayFitter().fit(*channel.config(channel.disturbed(), "start"), points).channels[0];
+    ASSERT_EQ(fit.outliers, 3U);
+    const auto expectSummary = [&](const ResidualSummary& summary, auto member, bool ofAll) {
+        double squares = 0;
+        double largest = 0;
+        double count = 0;
+        for (const PointResidual& residual : fit.residuals) {
+            if (ofAll || !residual.isOutlier) {
+                const double size = norm(residual.*member);
+                squares += size * size;
+                largest = std::max(largest, size);
+                ++count;
+            }
+        }
+        EXPECT_NEAR(summary.rms, std::sqrt(squares / count), 1e-12 * summary.rms);
+        EXPECT_EQ(summary.largest, largest);
+    };
+    expectSummary(fit.pixelsBefore, &PointResidual::pixelsBefore, true);
+    expectSummary(fit.pixelsAfter, &PointResidual::pixelsAfter, false);
+    expectSummary(fit.screenBefore, &PointResidual::screenBefore, true);
+    expectSummary(fit.screenAfter, &PointResidual::screenAfter, false);
+    EXPECT_LT(fit.screenAfter.largest, 0.05 * fit.screenBefore.largest);
 }
 
 /// As of residuals: a pair of numbers is as rarely so long as one is beyond four deviations.

@@ -72,6 +72,18 @@ TEST(PointShape, AFewPointsBesideAPlaneAreNoDepth) {
     EXPECT_EQ(PointShape::few(400), 20U);
 }
 
+TEST(PointShape, OfAThirdThatLiesElsewhereEachIsFoundBesideThePlane) {
+    std::vector<Vector> points = leaningGrid();
+    for (std::size_t i = 0; i < points.size(); i += 3) {
+        // More to one side the further right: the principal plane leans towards them.
+        points[i] += Vector{0, 0.4 + 1.5 * points[i][0] * points[i][2], 0};
+    }
+    const std::vector<bool> beside = PointShape::of(points).besidePlane(0);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        EXPECT_EQ(beside[i], i % 3 == 0) << i;
+    }
+}
+
 TEST(PointShape, NoiseOfAPlaneIsNearlyFlat) {
     const PointShape noisy = PointShape::of(leaningGrid(0.02));
     EXPECT_FALSE(noisy.isFlat(0));
