@@ -150,7 +150,8 @@ void CellIndex::divideFor(const std::vector<QuadCell>& cells, const Point<double
         bins[axis] = std::max(std::floor(bins[axis] / std::sqrt(excess)), 1.0);
     }
     divide({static_cast<std::size_t>(bins[0]), static_cast<std::size_t>(bins[1])});
-    while ((m_bins[0] > 1 || m_bins[1] > 1) && entries(cells) > MOST_ENTRIES_PER_CELL * cells.size()) {
+    // A single bin has one entry for each cell.
+    while (entries(cells) > MOST_ENTRIES_PER_CELL * cells.size()) {
         divide({(m_bins[0] + 1) / 2, (m_bins[1] + 1) / 2});
     }
 }

@@ -152,6 +152,16 @@ TEST(XmlDocument, ADocumentBeyondTheLimitIsAFault) {
               "configuration");
 }
 
+TEST(XmlDocument, ADocumentOfTheLargestSizeIsRead) {
+    std::string text = "<a>";
+    for (int i = 0; i < 3; ++i) {
+        text += "<b>" + std::string(9'000'000, ' ') + "</b>";
+    }
+    text += std::string(XmlDocument::LARGEST_BYTES - text.size() - 4, ' ') + "</a>";
+    ASSERT_EQ(text.size(), XmlDocument::LARGEST_BYTES);
+    EXPECT_EQ(faultOf(text), "");
+}
+
 TEST(XmlDocument, LinesBeyond65535AreRight) {
     const std::string text = "<a>" + std::string(70000, '\n') + "<b/>x</a>";
     FaultList faults("t");

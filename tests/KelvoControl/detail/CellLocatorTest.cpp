@@ -52,6 +52,25 @@ TEST(CellLocator, FindsTheMiddleOfEveryMappedCell) {
     }
 }
 
+TEST(CellLocator, ALatticeHasAxesWhenItsRowsAndColumnsAreStraightAndParallelToThem) {
+    const auto hasAxes = [](const CellLattice& cells) { return CellLocator(cells, cells.screen, TOLERANCE).hasAxes(); };
+    EXPECT_TRUE(hasAxes(lattice(0.0)));
+    EXPECT_FALSE(hasAxes(lattice(0.15)));
+    for (std::size_t node = 0; node < 20; ++node) {
+        for (const std::size_t axis : {0U, 1U}) {
+            CellLattice cells = lattice(0.0);
+            cells.screen[node][axis] += 1e-12;
+            EXPECT_FALSE(hasAxes(cells)) << node << ' ' << axis;
+        }
+    }
+    CellLattice single;
+    single.columns = single.rows = 2;
+    single.screen = {{3.0, 9.0}, {1.0, 9.0}, {3.0, 5.0}, {1.0, 5.0}};
+    single.picture = single.screen;
+    single.unused.assign(4, false);
+    EXPECT_TRUE(hasAxes(single));
+}
+
 // Near edges the guessed cell is often the one beside, also where that one is unused.
 TEST(CellLocator, FindsPlacesNearTheEdgesOfEveryMappedCell) {
     CellLattice cells = lattice(0.15);

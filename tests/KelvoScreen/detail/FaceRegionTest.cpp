@@ -53,6 +53,23 @@ TEST(FaceRegion, VerticesAtOnePlaceCountOnce) {
     EXPECT_EQ(region.points().size(), expected.points().size());
 }
 
+TEST(FaceRegion, IsTheSameWhicheverCornerOfATriangleComesFirst) {
+    TriangleMesh mesh = meshes::wall(10, 10, 40, 40);
+    std::set<Vector> first;
+    for (int turn = 0; turn < 3; ++turn) {
+        const Ground ground(mesh);
+        FaceRegion region(ground.mesh, ground.topology, ground.faces);
+        region.grow(2 * 20, {5.1, 0.0, 0.0}, 2);
+        const std::set<Vector> points(region.points().begin(), region.points().end());
+        EXPECT_GT(points.size(), 100U);
+        EXPECT_TRUE(turn == 0 || points == first) << turn << ": " << points.size() << ", not " << first.size();
+        first = turn == 0 ? points : first;
+        for (TriangleMesh::Triangle& corners : mesh.triangles) {
+            std::rotate(corners.begin(), corners.begin() + 1, corners.end());
+        }
+    }
+}
+
 TEST(FaceRegion, EndsAtACreaseAndWhereTheSurfaceHasTurned) {
     const Ground room(meshes::room(6));
     FaceRegion region(room.mesh, room.topology, room.faces);
