@@ -35,9 +35,13 @@ std::string_view view(const xmlChar* text) {
     return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
 }
 
+void noteMemory(Run& run, const xmlError& error) {
+    run.isOutOfMemory = run.isOutOfMemory || (!run.hasFault && error.code == XML_ERR_NO_MEMORY);
+}
+
 void onError(void* context, xmlErrorPtr error) {
     Run& run = runOf(context);
-    run.isOutOfMemory = run.isOutOfMemory || (!run.hasFault && error->code == XML_ERR_NO_MEMORY);
+    noteMemory(run, *error);
     if (run.isOutOfMemory || error->level < XML_ERR_ERROR) {
         return;
     }
@@ -46,6 +50,21 @@ void onError(void* context, xmlErrorPtr error) {
                                 error->level == XML_ERR_FATAL, error->domain == XML_FROM_NAMESPACE}) ||
         run.hasFault;
 }
+
+/// While it lives, errors that know no parser, such as those of its buffers, are noted and not printed.
+class StrayErrors {
+public:
+    explicit StrayErrors(Run& run) { xmlSetStructuredErrorFunc(&run, &note); }
+    ~StrayErrors() { xmlSetStructuredErrorFunc(m_previousContext, m_previous); }
+    StrayErrors(const StrayErrors&) = delete;
+    StrayErrors& operator=(const StrayErrors&) = delete;
+
+private:
+    static void note(void* run, xmlErrorPtr error) { noteMemory(*static_cast<Run*>(run), *error); }
+
+    xmlStructuredErrorFunc m_previous = xmlStructuredError;
+    void* m_previousContext = xmlStructuredErrorContext;
+};
 
 /// Called where a document type begins, before any of its declarations is read.
 void refuseDocumentType(void* context, const xmlChar* name, const xmlChar*, const xmlChar*) {
@@ -88,11 +107,12 @@ void HardenedXml::FirstFault::onDocumentType(int line, std::string_view /*name*/
 }
 
 HardenedXml::Tree HardenedXml::read(std::string_view text, const Options& options, Observer& observer) {
+    Run run{observer};
+    const StrayErrors strayErrors(run);
     const std::unique_ptr<xmlParserCtxt, FreeParser> parser(xmlNewParserCtxt());
     if (parser == nullptr) {
         throw std::bad_alloc();
     }
-    Run run{observer};
     parser->_private = &run;
     parser->sax->serror = &onError;
     parser->sax->internalSubset = &refuseDocumentType;
@@ -104,7 +124,8 @@ HardenedXml::Tree HardenedXml::read(std::string_view text, const Options& option
                       (options.isChanged ? XML_PARSE_NODICT : 0);
     Tree tree(xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr,
                                 options.isUtf8 ? "UTF-8" : nullptr, flags));
-    if (run.isOutOfMemory) {
+    // What it has no memory for, the parser leaves out; some of that it does not report.
+    if (run.isOutOfMemory || (tree == nullptr && !run.hasFault)) {
         throw std::bad_alloc();
     }
     return tree;

@@ -67,8 +67,8 @@ public:
 
     HardenedXml() = delete;
 
-    /// Returns the tree of a text of at most 2^31 - 1 bytes. Null, or incomplete, when there was a fault; null without
-    /// one is possible only where memory ran out. Throws `std::bad_alloc` where the parser reports that itself.
+    /// Returns the tree of a text of at most 2^31 - 1 bytes, with its root. Null, or incomplete, when there was a
+    /// fault. Throws `std::bad_alloc` where memory ran out before one was known.
     [[nodiscard]] static Tree read(std::string_view text, const Options& options, Observer& observer);
 };
 

@@ -2,6 +2,7 @@
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
+#include "SystemLock.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>
@@ -10,7 +11,6 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,21 +19,6 @@
 #include <filesystem>
 #include <functional>
 #include <utility>
-
-namespace {
-
-/// Called once, before the next lock is taken.
-std::function<void()> beforeLock;
-
-}  // namespace
-
-/// The library calls this one in place of that of the system.
-extern "C" int flock(int descriptor, int operation) noexcept {
-    if (beforeLock) {
-        std::exchange(beforeLock, nullptr)();
-    }
-    return static_cast<int>(::syscall(SYS_flock, descriptor, operation));
-}
 
 namespace {
 
@@ -346,15 +331,16 @@ TEST(AtomicFile, ManyWritersAtOnceAllSucceed) {
 TEST(AtomicFile, ATemporaryFileThatIsRemovedBeforeItIsLockedIsMadeAnew) {
     for (const bool hasAnotherName : {false, true}) {
         const TemporaryFolder folder;
-        beforeLock = [&] {
+        systemLock::beforeNext = [&] {
             const std::string temporary = folder.file(temporaryFiles(folder).at(0));
             if (hasAnotherName) {
                 std::filesystem::create_hard_link(temporary, folder.file("link"));
             }
             std::filesystem::remove(temporary);
+            return 0;
         };
         EXPECT_EQ(refusal(folder.file("file")), "written") << hasAnotherName;
-        EXPECT_FALSE(beforeLock) << "it was removed";
+        EXPECT_FALSE(systemLock::beforeNext) << "it was removed";
         EXPECT_EQ(folder.read("file"), "x");
         EXPECT_THAT(temporaryFiles(folder), testing::IsEmpty());
     }
@@ -363,10 +349,11 @@ TEST(AtomicFile, ATemporaryFileThatIsRemovedBeforeItIsLockedIsMadeAnew) {
 TEST(AtomicFile, ATemporaryFileInWhosePlaceAnotherStandsIsMadeAnew) {
     const TemporaryFolder folder;
     std::string name;
-    beforeLock = [&] {
+    systemLock::beforeNext = [&] {
         name = temporaryFiles(folder).at(0);
         std::filesystem::rename(folder.file(name), folder.file("moved"));
         folder.write(name, "of somebody else");
+        return 0;
     };
     EXPECT_EQ(refusal(folder.file("file")), "written");
     EXPECT_EQ(folder.read("file"), "x");

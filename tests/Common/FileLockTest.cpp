@@ -2,6 +2,7 @@
 
 #include "Common/Utf8.h"
 #include "Common/VeltraniException.h"
+#include "SystemLock.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>
@@ -74,6 +75,43 @@ TEST(FileLock, RefusalsNameTheFileAndTheReason) {
     EXPECT_EQ(refusal(path, 20ms),
               "Unable to lock " + path + ": another program holds its lock; let that program finish, then try again");
     EXPECT_EQ(refusal(folder.path(), 20ms), "Unable to lock " + folder.path() + ": Is a directory");
+}
+
+TEST(FileLock, OnAFileSystemWithoutLocksNobodyIsRefused) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "");
+    for (const int reply : {ENOLCK, ENOSYS, EINVAL}) {
+        systemLock::beforeNext = [reply] { return reply; };
+        EXPECT_EQ(refusal(path, 0ms), "locked") << reply;
+        EXPECT_FALSE(systemLock::beforeNext);
+    }
+}
+
+TEST(FileLock, AnAttemptThatASignalInterruptsIsRepeated) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "");
+    systemLock::beforeNext = [] { return EINTR; };
+    const FileLock lock(path, 0ms);
+    EXPECT_FALSE(ForeignLock(path).isHeld());
+}
+
+// A service without standard input has its first files at 0.
+TEST(FileLock, HoldsWithoutStandardInput) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "");
+    const int input = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    ::close(STDIN_FILENO);
+    {
+        errno = ENOENT;
+        const FileLock lock(path, 0ms);
+        EXPECT_TRUE(lock.isHeld());
+        EXPECT_FALSE(ForeignLock(path).isHeld());
+    }
+    EXPECT_TRUE(ForeignLock(path).isHeld()) << "it is released as well";
+    if (input >= 0) {
+        ::dup2(input, STDIN_FILENO);
+        ::close(input);
+    }
 }
 
 /// True once the process has the file open.

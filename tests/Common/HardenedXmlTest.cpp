@@ -3,8 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <libxml/tree.h>
+#include <libxml/xmlmemory.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -110,6 +114,55 @@ TEST(HardenedXml, TheLimitsOfTheParserHold) {
         deep += "<a>";
     }
     EXPECT_THAT(firstFaultOf(deep), HasSubstr("1: Excessive depth in document: 256"));
+}
+
+/// Lets one allocation of the parser fail; the first is number 0.
+class ParserFault {
+public:
+    explicit ParserFault(int number) {
+        s_countdown = number;
+        xmlMemGet(&m_free, &m_allocate, &m_reallocate, &m_copy);
+        xmlMemSetup(
+            m_free, [](std::size_t size) { return fails() ? nullptr : std::malloc(size); },
+            [](void* memory, std::size_t size) { return fails() ? nullptr : std::realloc(memory, size); },
+            [](const char* text) { return fails() ? nullptr : ::strdup(text); });
+    }
+    ~ParserFault() { xmlMemSetup(m_free, m_allocate, m_reallocate, m_copy); }
+    ParserFault(const ParserFault&) = delete;
+    ParserFault& operator=(const ParserFault&) = delete;
+
+    [[nodiscard]] static bool happened() { return s_countdown < 0; }
+
+private:
+    static bool fails() { return s_countdown-- == 0; }
+
+    inline static int s_countdown = 0;
+    xmlFreeFunc m_free = nullptr;
+    xmlMallocFunc m_allocate = nullptr;
+    xmlReallocFunc m_reallocate = nullptr;
+    xmlStrdupFunc m_copy = nullptr;
+};
+
+// Nothing is wrong with the text, and nothing of it may be missing.
+TEST(HardenedXml, MemoryThatRunsOutIsNoFaultOfTheText) {
+    const std::string value(20000, 'x');
+    const std::string text = "<a b='" + value + "&lt;'>" + value + "&amp;" + value + "</a>";
+    testing::internal::CaptureStderr();
+    int refused = 0;
+    for (bool isWhole = false; !isWhole; ++refused) {
+        Record record;
+        const ParserFault fault(refused);
+        try {
+            const HardenedXml::Tree tree = HardenedXml::read(text, {}, record);
+            isWhole = !ParserFault::happened();
+            EXPECT_TRUE(isWhole) << "allocation " << refused << " failed unnoticed";
+        } catch (const std::bad_alloc&) {
+            EXPECT_TRUE(ParserFault::happened());
+        }
+        EXPECT_THAT(record.calls, IsEmpty()) << refused;
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_GT(refused, 20);
 }
 
 TEST(HardenedXml, PrintsNothing) {

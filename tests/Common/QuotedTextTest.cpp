@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <string_view>
+
 namespace {
 
 using Veltrani::inQuotes;
@@ -32,6 +35,14 @@ TEST(QuotedText, BytesThatAreNoTextAreSpelledOut) {
         << "a control of terminals with eight bits";
     EXPECT_EQ(onOneLine("\xed\xa0\x80\xc0\x8a"), "\\xed\\xa0\\x80\\xc0\\x8a")
         << "a surrogate, a line feed of two bytes";
+}
+
+TEST(QuotedText, NothingBehindThePieceOfATextIsShown) {
+    const std::string_view text = "a\u00fc\u20ac\U0001f600b";
+    EXPECT_EQ(onOneLine(text.substr(0, 2)), "a\\xc3");
+    EXPECT_EQ(onOneLine(text.substr(3, 2)), "\\xe2\\x82");
+    EXPECT_EQ(onOneLine(text.substr(6, 3)), "\\xf0\\x9f\\x98");
+    EXPECT_EQ(onOneLine(text.substr(6, 4)), "\U0001f600");
 }
 
 TEST(QuotedText, WhatIsShownTwiceIsShownTheSame) {

@@ -111,6 +111,21 @@ TEST_F(ContentInputTest, RefusesAChannelOfWhichNothingIsLit) {
                 HasSubstr("nothing of its picture arrives"));
 }
 
+/// A picture that ends next to the screen lights nothing, whatever lies beyond its edges.
+TEST_F(ContentInputTest, NamesThePictureAsTheCauseWhereItEndsBesideTheScreen) {
+    InputChoice behind{.kind = InputKind::FISHEYE, .direction = P3{0.0, -1.0, 0.0}};
+    for (const char* const area :
+         {"left='0' right='1' bottom='-1.002' top='-0.002'", "left='0' right='1' bottom='1.002' top='2.002'",
+          "left='-1.002' right='-0.002' bottom='0' top='1'", "left='1.002' right='2.002' bottom='0' top='1'"}) {
+        loadWall(std::string("<ScreenArea ") + area + "/>");
+        const ChannelSight sight(config(), channels()[0]);
+        EXPECT_EQ(ContentInput(config(), sight, behind).remedyForNothing(sight), ContentInput::REMEDY_UNLIT) << area;
+    }
+    loadWall("<ScreenArea left='0' right='1' bottom='-0.9' top='0.1'/>");
+    const ChannelSight sight(config(), channels()[0]);
+    EXPECT_THAT(ContentInput(config(), sight, behind).remedyForNothing(sight), HasSubstr("the circle of the fisheye"));
+}
+
 /// The edge of the circle belongs to it, whatever rounding makes of a direction there.
 TEST_F(ContentInputTest, AFisheyeHoldsItsOwnEdge) {
     loadWall();

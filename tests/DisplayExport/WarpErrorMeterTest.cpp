@@ -1,5 +1,7 @@
 #include "DisplayExport/WarpErrorMeter.h"
 
+#include "BelongingContent.h"
+#include "DisplayExport/CellCutter.h"
 #include "DisplayExport/ContentInput.h"
 #include "DisplayExport/WarpGrid.h"
 #include "ExportDisplays.h"
@@ -9,6 +11,9 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <string>
+#include <tuple>
+#include <vector>
 
 namespace {
 
@@ -176,6 +181,105 @@ TEST_F(WarpErrorMeterTest, CountsWhatLiesInACellWithoutACorner) {
     EXPECT_EQ(error.largest, 0);
     EXPECT_EQ(error.places, 0U);
     EXPECT_EQ(error.leftOut, 21U);
+}
+
+/// A wall of 4 by 2 ahead of an eye at the origin, by the place of its middle.
+struct WallAhead {
+    Point<double, 3> middle;
+
+    [[nodiscard]] Point<double, 3> at(const Point<double, 2>& picture) const {
+        return middle + Point<double, 3>{4 * picture[0] - 2, 0.0, 2 * picture[1] - 1};
+    }
+
+    /// The largest error that a triangle shows anywhere.
+    [[nodiscard]] double errorOf(const ContentInput& input, const WarpPiece& piece) const {
+        const auto& [a, b, c] = piece.corners;
+        double largest = 0;
+        for (int i = 0; i <= STEPS; ++i) {
+            for (int k = 0; i + k <= STEPS; ++k) {
+                const double ofB = static_cast<double>(i) / STEPS;
+                const double ofC = static_cast<double>(k) / STEPS;
+                const auto content = a.content + ofB * (b.content - a.content) + ofC * (c.content - a.content);
+                const auto seen = at(a.picture + ofB * (b.picture - a.picture) + ofC * (c.picture - a.picture));
+                largest = std::max(largest, belonging::errorOf(input, {content, piece.face}, seen, seen));
+            }
+        }
+        return largest;
+    }
+
+    /// The largest error anywhere where directions of length 1 are interpolated between the four corners of the
+    /// picture, on the face to which each place belongs.
+    [[nodiscard]] double errorOfDirections(const ContentInput& input) const {
+        const auto corner = [this](double u, double v) { return at({u, v}) * (1 / norm(at({u, v}))); };
+        const auto a = corner(0, 0);
+        const auto b = corner(1, 0);
+        const auto c = corner(1, 1);
+        const auto d = corner(0, 1);
+        double largest = 0;
+        for (int row = 0; row <= STEPS; ++row) {
+            for (int column = 0; column <= STEPS; ++column) {
+                const double x = static_cast<double>(column) / STEPS;
+                const double y = static_cast<double>(row) / STEPS;
+                const auto seen = at({x, y});
+                for (const auto& shown :
+                     {(1 - y) * ((1 - x) * a + x * b) + y * ((1 - x) * d + x * c),
+                      x >= y ? (1 - x) * a + (x - y) * b + y * c : (1 - y) * a + (y - x) * d + x * c,
+                      x + y <= 1 ? (1 - x - y) * a + x * b + y * d : (x + y - 1) * c + (1 - y) * b + (1 - x) * d}) {
+                    largest = std::max(largest, belonging::errorOf(input, placeOnCube(shown, seen), seen, seen));
+                }
+            }
+        }
+        return largest;
+    }
+
+private:
+    static constexpr int STEPS = 40;
+
+    /// The place of a direction on the right, left, front, top or bottom face to which another one points.
+    static InputPlace placeOnCube(const Point<double, 3>& shown, const Point<double, 3>& seen) {
+        const auto& [x, y, z] = std::tuple(shown[0], shown[1], shown[2]);
+        if (seen[1] >= std::max(std::abs(seen[0]), std::abs(seen[2]))) {
+            return {{x / y / 2 + 0.5, z / y / 2 + 0.5}, 2};
+        }
+        if (std::abs(seen[0]) >= std::abs(seen[2])) {
+            return seen[0] > 0 ? InputPlace{{-y / x / 2 + 0.5, z / x / 2 + 0.5}, 0}
+                               : InputPlace{{-y / x / 2 + 0.5, -z / x / 2 + 0.5}, 1};
+        }
+        return seen[2] > 0 ? InputPlace{{x / z / 2 + 0.5, -y / z / 2 + 0.5}, 4}
+                           : InputPlace{{-x / z / 2 + 0.5, -y / z / 2 + 0.5}, 5};
+    }
+};
+
+/// Where a cell is cut at the edges of a cube, each triangle counts where it lies and nowhere else. Walls across one
+/// edge and across a corner.
+TEST_F(WarpErrorMeterTest, MeasuresACutCellByItsTriangles) {
+    for (const WallAhead& wall : {WallAhead{{3.0, 3.0, 0.0}}, WallAhead{{2.6, 3.0, 0.3}}, WallAhead{{-3.7, 3.0, 2.5}},
+                                  WallAhead{{0.4, 3.0, 3.2}}}) {
+        load("<Screen shape='Flat'><EyePoint x='0' y='0' z='0'/><Centre x='" + std::to_string(wall.middle[0]) +
+                 "' y='3' z='" + std::to_string(wall.middle[2]) + "'/><Size width='4' height='2'/></Screen>",
+             displays::projector("P1", displays::WHOLE_AREA + "<Layout xMin='0' xMax='4' yMin='0' yMax='2'/>"),
+             "<TargetData type='PlanarBasic'/>");
+        const ChannelSight sight(config(), channels()[0]);
+        InputChoice cube;
+        cube.kind = InputKind::CUBE;
+        const ContentInput input(config(), sight, cube);
+        const WarpSampler sampler(sight, input);
+        const WarpErrorMeter meter(sight, input);
+        const WarpGrid nodes = sampler.sample({0, 1}, {0, 1}, {.directions = true}, {});
+        const WarpCell cell = WarpCell::of(nodes, 0);
+        const CellCutter cutter(sampler, input, meter, Seam::CONTINUE, 0.25, 0.25);
+        ASSERT_EQ(cutter.kindOf(cell), WarpCell::Kind::OVER_FACES) << wall.middle;
+        const std::vector<CellCutter::Cut> cut = cutter.cut({&cell, 1});
+        double ofPieces = 0;
+        for (const WarpPiece& piece : cut.front().pieces) {
+            ofPieces = std::max(ofPieces, wall.errorOf(input, piece));
+        }
+        const double largest = std::max(ofPieces, wall.errorOfDirections(input));
+        const WarpError error = meter.errorsIn({&cell, 1}, 1).front();
+        EXPECT_GT(largest, 1) << wall.middle;
+        EXPECT_LE(error.largest, largest * (1 + 1e-9)) << wall.middle;
+        EXPECT_GE(error.largest, 0.75 * largest) << wall.middle;
+    }
 }
 
 /// Of a large grid some cells all over it, and no more of one that is bad already.

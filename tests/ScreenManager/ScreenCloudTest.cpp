@@ -167,7 +167,7 @@ TEST_F(ScreenCloudTest, FilesThatCannotBeReadAreRefusedWithTheReasonAndChangeNot
               "found no FIELDS line, expected FIELDS with x, y and z; add the line, or export the cloud again");
     EXPECT_THAT(causeOfRefusal(write("a.pcd", pcd::header(1, "ascii") + "1,5 2 3\n")), HasSubstr("line 12"));
     EXPECT_EQ(causeOfRefusal(write("a.pcd", pcd::header(10'000'000, "ascii"))),
-              "found 0 bytes of data, expected 10000000 points; " + CUT_OFF);
+              "found 0 points, expected 10000000; " + CUT_OFF);
     EXPECT_THAT(causeOfRefusal(write("a.pcd", pcd::header(10'000'000, "binary"))), HasSubstr("found a file of "));
 
     EXPECT_EQ(screen.getModelPCD(), cloud);

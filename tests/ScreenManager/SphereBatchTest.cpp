@@ -74,6 +74,17 @@ TEST_F(SphereBatchTest, LongColumnsToo) {
     }
 }
 
+TEST_F(SphereBatchTest, NoColumnsOrRowsAreNoTargets) {
+    const SphereTargetLocator locator({{0.1, -0.2, 0.3}, -0.3, 0.3, -0.5, 0.4, 0.1, 0.1, 0.2, {}, {}});
+    for (const auto& [name, screen] : screenKinds::all()) {
+        ScreenManager::getInstance()->setScreenGeometry(screen);
+        for (const auto& [columns, rows] : {std::pair(0, 3), {3, 0}, {0, 0}, {-1, 3}, {3, -1}}) {
+            EXPECT_THAT(project(locator, columns, rows), testing::IsEmpty()) << name;
+        }
+        EXPECT_FALSE(project(locator, 3, 3).empty()) << name;
+    }
+}
+
 TEST_F(SphereBatchTest, HeadingsAreBentAndLoggedInReadingOrderOnEveryKind) {
     SphereTargetLocatorParams p{{0.1, -0.2, 0.3}, -0.3, 0.3, -0.2, 0.2, 0.0, 0.0, 0.0, {}, {}};
     // A tenth to the right, as the orientation would turn them.

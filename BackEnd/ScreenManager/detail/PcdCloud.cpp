@@ -148,11 +148,6 @@ void checkAsciiLine(std::string_view line, std::size_t number, const std::vector
 }
 
 void checkAscii(const RegularFile& file, const PcdHeader& header) {
-    // A digit and a separator per value, but for the very last separator.
-    if (header.points() * header.elementsPerPoint() * 2 > file.size() - header.bodyOffset() + 1) {
-        PcdText::fail(std::to_string(file.size() - header.bodyOffset()) + " bytes of data",
-                      std::to_string(header.points()) + " points", PcdText::EXPORT_AGAIN);
-    }
     const std::string text = file.readAll();
     const std::vector<bool> isCoordinate = coordinateElements(header);
     std::size_t line = header.bodyLine();

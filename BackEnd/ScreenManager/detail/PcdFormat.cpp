@@ -155,14 +155,6 @@ std::uint64_t PcdHeader::bytesPerPoint() const {
     return bytes;
 }
 
-std::uint64_t PcdHeader::elementsPerPoint() const {
-    std::uint64_t elements = 0;
-    for (const Field& field : m_fields) {
-        elements += field.count;
-    }
-    return elements;
-}
-
 bool PcdHeader::startsLikeKeyword(std::string_view word) {
     return word.starts_with(OLD_NAME_OF_FIELDS) ||
            std::any_of(NAMES.begin(), NAMES.end(), [=](std::string_view name) { return word.starts_with(name); });

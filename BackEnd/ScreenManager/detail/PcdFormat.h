@@ -82,9 +82,8 @@ public:
     [[nodiscard]] std::size_t bodyOffset() const { return m_bodyOffset; }
     [[nodiscard]] std::size_t bodyLine() const { return m_line + 1; }
 
-    /// Bytes and elements of one point, all fields together.
+    /// Bytes of one point, all fields together.
     [[nodiscard]] std::uint64_t bytesPerPoint() const;
-    [[nodiscard]] std::uint64_t elementsPerPoint() const;
 
     /// Returns true when a reader that looks for header lines takes a line that begins with this word for one.
     [[nodiscard]] static bool startsLikeKeyword(std::string_view word);

@@ -36,7 +36,7 @@ XmlSnippet::XmlSnippet(const std::wstring& text) : m_name(nameOf(text)) {
     }
     HardenedXml::FirstFault fault(true);
     m_document = HardenedXml::read(bytes, {.isUtf8 = true}, fault);
-    if (!m_document || root() == nullptr || !fault.text().empty()) {
+    if (!fault.text().empty()) {
         fail(faultText(fault));
     }
 }

@@ -13,6 +13,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -101,6 +105,40 @@ TEST(ResidualPainter, TheScaleBarIsAsLongAsItSays) {
     ASSERT_NE(bar, drawing.boxes.end());
     EXPECT_NEAR(bar->width, stated * 20 * camera.magnification(), 1e-6);
     EXPECT_GT(bar->width, 20);
+}
+
+// The boxes of a line of the key from left to right, as their ends.
+std::vector<std::pair<double, double>> symbolsOf(const Drawing& drawing, const Drawing::Text& text) {
+    std::vector<std::pair<double, double>> ends;
+    for (const Drawing::Box& box : drawing.boxes) {
+        const double middle = box.top + box.height / 2;
+        if (middle < text.down && middle > text.down - text.size && box.left < text.right && box.width < 100) {
+            ends.emplace_back(box.left, box.left + box.width);
+        }
+    }
+    std::sort(ends.begin(), ends.end());
+    return ends;
+}
+
+// An outlier is known by its dashes: they stand apart, are equally long, and no symbol reaches its words.
+TEST(ResidualPainter, TheSymbolsOfTheKeyStandBesideTheirWords) {
+    const Drawing drawing = ScenePainter("front", WIDTH, HEIGHT).paint(measuredWall(20));
+    std::map<std::string, std::vector<std::pair<double, double>>> symbols;
+    for (const Drawing::Text& text : drawing.texts) {
+        if (text.text == "from measured to fitted place" || text.text == "cut: it is longer" ||
+            text.text == "outlier, with its line of the table") {
+            symbols[text.text] = symbolsOf(drawing, text);
+            ASSERT_FALSE(symbols[text.text].empty()) << text.text;
+            for (const auto& [left, right] : symbols[text.text]) {
+                EXPECT_LT(right, text.right) << text.text;
+            }
+        }
+    }
+    ASSERT_EQ(symbols.size(), 3U);
+    const auto& dashes = symbols["outlier, with its line of the table"];
+    ASSERT_EQ(dashes.size(), 2U);
+    EXPECT_LT(dashes[0].second, dashes[1].first);
+    EXPECT_NEAR(dashes[0].second - dashes[0].first, dashes[1].second - dashes[1].first, 1e-9);
 }
 
 TEST(ResidualPainter, ASceneWithoutResidualsStaysAsItIs) {

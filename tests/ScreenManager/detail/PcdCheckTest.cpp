@@ -103,10 +103,9 @@ TEST_F(PcdCheckTest, CoordinatesMustBeThereOnceAsFloatingPointNumbers) {
 }
 
 TEST_F(PcdCheckTest, AnnouncedPointsMustFitIntoTheFile) {
-    EXPECT_EQ(
-        fault(pcd::header(10'000'000, "ascii")),
-        "found 0 bytes of data, expected 10000000 points; export the cloud again: the file is cut off, or its header "
-        "is wrong");
+    EXPECT_EQ(fault(pcd::header(10'000'000, "ascii")),
+              "found 0 points, expected 10000000; export the cloud again: the file is cut off, or its header "
+              "is wrong");
     const std::string binary = pcd::header(10'000'000, "binary");
     EXPECT_EQ(fault(binary), sizeFault(binary.size(), binary.size() + 120'000'000));
     EXPECT_THAT(fault(pcd::header(2147483647, "binary")), HasSubstr("found a file of "));

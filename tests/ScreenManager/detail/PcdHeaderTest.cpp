@@ -37,14 +37,12 @@ TEST(PcdHeader, ReadsTheUsualHeader) {
     EXPECT_EQ(header.bodyOffset(), VALID.size());
     EXPECT_EQ(header.bodyLine(), 12U);
     EXPECT_EQ(header.bytesPerPoint(), 12U);
-    EXPECT_EQ(header.elementsPerPoint(), 3U);
 }
 
 TEST(PcdHeader, ReadsFieldsOfAllKinds) {
     const PcdHeader header(
         "FIELDS x _ label stamp flag\nSIZE 4 1 2 8 1\nTYPE F U I F B\nCOUNT 1 5 3 2 1\nPOINTS 7\nDATA binary\n");
     EXPECT_EQ(header.bytesPerPoint(), 4U + 5U + 6U + 16U + 1U);
-    EXPECT_EQ(header.elementsPerPoint(), 12U);
     EXPECT_EQ(header.data(), PcdHeader::Data::BINARY);
 }
 
