@@ -197,7 +197,7 @@ TEST_F(Noise, DeviationsInAnyDirectionCountAsThePictureShowsThem) {
 TEST_F(Noise, SummariesAreOfAllPointsBeforeAndOfTheInliersAfter) {
     const SyntheticChannel channel("Rectilinear", {});
     auto points = SyntheticChannel::noisyInPicture(channel.measured(200), 0.5, 8);
-    for (const std::size_t wrong : {20, 90, 150}) {
+    for (const std::size_t wrong : {20U, 90U, 150U}) {
         points[wrong].picture[0] += 0.05;
     }
     const ChannelFit fit = DisplayFitter().fit(*channel.config(channel.disturbed(), "start"), points).channels[0];

@@ -102,6 +102,9 @@ TEST(LensCheck, AFisheyeMayEndBeyondItsPoints) {
     const LensCheck check = checkOf(ending, pointAt(0.3), true, isUsable);
     EXPECT_TRUE(check.foldsInPicture);
     EXPECT_TRUE(isUsable);
+    FitPoints above = pointAt(0.3);
+    above.picture[0] = {0.5, 0.8};
+    EXPECT_FALSE(checkOf(ending, above, true, isUsable).foldsAmongPoints) << "as far up as to the right";
     FitPoints corner = pointAt(0.3);
     corner.picture[0] = {1, 1};
     EXPECT_TRUE(checkOf(ending, corner, true, isUsable).foldsAmongPoints);
