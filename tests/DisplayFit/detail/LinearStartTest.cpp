@@ -19,7 +19,7 @@ protected:
         ChannelValues values;
         values.position = {0.5, -1, 2};
         values.orientation = {0.4, -0.2, 0.1};
-        values.frustum = {-0.5, 0.5, -0.33, 0.33};
+        values.frustum = {-0.5, 0.4, -0.3, 0.35};
         m_truth = PictureView::of(values, LensFormula::Kind::RECTILINEAR, {1920, 1200});
         std::uniform_real_distribution<double> part(0, 1);
         for (std::size_t i = 0; i < 100; ++i) {
@@ -38,6 +38,9 @@ protected:
             values.position = {3, 1, -1};
             m_held.solved.position = true;
             m_held.solved.frustum = GetParam() == Where::IN_SPACE;
+        }
+        if (m_held.solved.frustum) {
+            values.frustum = {-0.6, 0.6, -0.4, 0.4};
         }
         m_given = PictureView::of(values, LensFormula::Kind::RECTILINEAR, {1920, 1200});
     }
