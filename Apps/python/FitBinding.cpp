@@ -5,6 +5,7 @@
 #include "DisplayFit/DisplayFitter.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "FitResults.h"
+#include "FitSession/ControlCheck.h"
 #include "FitSession/FitReport.h"
 #include "FitSession/FittedDisplay.h"
 #include "FitSession/MeasuredPointReader.h"
@@ -138,9 +139,7 @@ FitReport fit(DisplayState& display, const FitPlan& plan, MeasuredPoints measure
     options.pulse = Entry::pulse;
     const DisplayFitter fitter(options, [](std::size_t, std::size_t) { Entry::pulse(); });
     report.result = fitter.fit(display.config(), report.combined.points);
-    if (!plan.registration) {
-        FrameRegistration::checkUnused(report.measured.controls, report.result);
-    }
+    ControlCheck::judge(report.measured, report.frames, report.result);
     return report;
 }
 

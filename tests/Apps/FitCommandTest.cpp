@@ -209,8 +209,9 @@ TEST_F(FitCommand, WhatIsNotRegisteredIsRemarked) {
     };
     EXPECT_THAT(
         run("a,Left,0.5,0.5,1,2,3,5,2,3\na,,,,4,1,3,4,5,3\n").output,
-        HasSubstr("doubtful: the control points lie 4 m (RMS) from where they should be, and were not used: the "
-                  "measurement is not in the frame of the display; state --register rigid"));
+        HasSubstr(
+            "doubtful: 2 of 2 control points of set \"a\" are not where they should be, one of them (line 2) lies "
+            "4 m from there, and they were not used: the measurement is not in the frame of the display; "));
     EXPECT_THAT(run("a,Left,0.5,0.5,1,2,3,1,2,3\na,,,,4,1,3,4,1,3\n").output,
                 HasSubstr("note: the control points were not used: they are where they should be"));
     EXPECT_THAT(run("a,Left,0.5,0.5,1,2,3,,,\nb,Left,0.1,0.5,1,2,3,,,\n").errors,
@@ -234,7 +235,9 @@ TEST_F(FitCommand, ControlPointsThatAreNotUsedMakeAFitDoubtful) {
     m_folder.write("controls.csv", table);
     const ProgramRun run = fit({"-o", m_folder.file("show/fitted.xml")}, "controls.csv");
     EXPECT_EQ(run.exitCode, DOUBTFUL) << run.output;
-    EXPECT_THAT(run.output, HasSubstr("doubtful: the control points lie 10 m (RMS) from where they should be"));
+    EXPECT_THAT(run.output,
+                HasSubstr("doubtful: 3 of 3 control points are not where they should be, one of them (line 3) lies "
+                          "10 m from there"));
 }
 
 TEST_F(FitCommand, AnOutlierIsNamedByItsLine) {
