@@ -84,27 +84,26 @@ struct Unused {
 };
 
 void judgeUnused(const std::string& set, const Unused& unused, DisplayFitResult& result) {
-    const std::string where = "lies " + lengthText(unused.worst, result) + " from where it should be";
+    const std::string way = lengthText(unused.worst, result) + " ";
     const std::string line = "(line " + std::to_string(unused.worstLine) + ") ";
     if (unused.off == 1 && unused.count > 2) {
         result.findings.push_back({Kind::CONTROL_POINT_OFF, FitOutcome::DOUBTFUL,
-                                   "one control point" + ofSet(set) + " " + line + where + ", the other " +
-                                       std::to_string(unused.count - 1) + " no farther than " +
-                                       lengthText(unused.second, result),
+                                   "one control point" + ofSet(set) + " lies " + way + line +
+                                       "from where it should be, the other " + std::to_string(unused.count - 1) +
+                                       " no farther than " + lengthText(unused.second, result),
                                    "measure it again, correct its X, Y, Z, or remove the row"});
         return;
     }
-    const bool isOne = unused.count == 1;
-    result.findings.push_back(
-        {Kind::FRAME_NOT_REGISTERED, FitOutcome::DOUBTFUL,
-         (isOne ? "the control point" + ofSet(set) + " " + line + where + ", and was not used: it is wrong, or "
-                : std::to_string(unused.off) + " of " + std::to_string(unused.count) + " control points" + ofSet(set) +
-                      " are not where they should be, one of them " + line + "lies " +
-                      lengthText(unused.worst, result) + " from there, and they were not used: ") +
-             "the measurement is not in the frame of the display",
-         unused.count < FEWEST_FOR_FRAME
-             ? "correct X, Y, Z, or measure at least 3 control points and state --register rigid"
-             : "state --register rigid, which moves it there by its control points"});
+    const std::string what = unused.count == 1 ? "the control point" + ofSet(set) + " lies " + way + line +
+                                                     "from where it should be, and was not used: it is wrong, or "
+                                               : "control points" + ofSet(set) + " lie up to " + way + line +
+                                                     "from where they should be, " + std::to_string(unused.off) +
+                                                     " of " + std::to_string(unused.count) + ", and were not used: ";
+    result.findings.push_back({Kind::FRAME_NOT_REGISTERED, FitOutcome::DOUBTFUL,
+                               what + "the measurement is not in the frame of the display",
+                               unused.count < FEWEST_FOR_FRAME
+                                   ? "correct X, Y, Z, or measure at least 3 control points and state --register rigid"
+                                   : "state --register rigid, which moves it there by its control points"});
 }
 
 void checkUnused(const MeasuredPoints& measured, DisplayFitResult& result) {

@@ -108,6 +108,20 @@ Matrix<double, 3> moved(const Matrix<double, 3>& covariance, const Registration&
     return result;
 }
 
+/// A set whose name was written in two ways has no control points, while others have.
+void requireControls(const std::map<std::string, std::vector<ControlPoint>>& controls) {
+    std::string others;
+    for (const auto& [set, ofSet] : controls) {
+        others += ofSet.empty() ? "" : (others.empty() ? "" : ", ") + inQuotes(set);
+    }
+    for (const auto& [set, ofSet] : controls) {
+        if (ofSet.empty() && !others.empty()) {
+            refuse(set, "found 0, expected at least 3 rows with X, Y, Z of this set; there are such rows of " + others +
+                            ": write the same name, or measure marks from this station, too");
+        }
+    }
+}
+
 }  // namespace
 
 P3 Registration::displayFromStation(const P3& point) const {
@@ -155,6 +169,7 @@ std::vector<Registration> FrameRegistration::apply(MeasuredPoints& points, Regis
     for (const ControlPoint& control : points.controls) {
         controls[control.set].push_back(control);
     }
+    requireControls(controls);
     std::map<std::string, Registration> frames;
     for (const auto& [set, ofSet] : controls) {
         frames.emplace(set, of(set, ofSet, kind));

@@ -83,10 +83,11 @@ TEST(ControlCheck, UnusedOnesThatAreAllOffMeanAnotherFrame) {
         }
     }
     EXPECT_EQ(findingsOf(withMarks(1, {0, 1, 0}, "east"))[0].text,
-              "the control point of set \"east\" (line 2) lies 1 m from where it should be, and was not used: it is "
+              "the control point of set \"east\" lies 1 m (line 2) from where it should be, and was not used: it is "
               "wrong, or the measurement is not in the frame of the display");
     EXPECT_THAT(findingsOf(withMarks(4, {0, 1, 0}))[0].text,
-                StartsWith("4 of 4 control points are not where they should be, one of them (line "));
+                AllOf(StartsWith("control points lie up to 1 m (line "),
+                      HasSubstr(" from where they should be, 4 of 4, and were not used: ")));
 }
 
 TEST(ControlCheck, OneUnusedOneThatIsOffIsNamedAndNotTheFrame) {
@@ -97,8 +98,9 @@ TEST(ControlCheck, OneUnusedOneThatIsOffIsNamedAndNotTheFrame) {
         ASSERT_EQ(findings.size(), 1U);
         EXPECT_EQ(findings[0].kind, FitFinding::Kind::CONTROL_POINT_OFF);
         EXPECT_EQ(findings[0].outcome, FitOutcome::DOUBTFUL);
-        EXPECT_THAT(findings[0].text, AllOf(StartsWith("one control point (line 5) lies "),
-                                            HasSubstr(", the other 4 no farther than 0.001 m")));
+        EXPECT_THAT(findings[0].text,
+                    AllOf(StartsWith("one control point lies "), HasSubstr(" m (line 5) from where it should be"),
+                          HasSubstr(", the other 4 no farther than 0.001 m")));
     }
 }
 
@@ -109,7 +111,7 @@ TEST(ControlCheck, EachStationThatIsNotRegisteredIsJudgedByItself) {
     }
     const auto findings = findingsOf(measured);
     ASSERT_EQ(findings.size(), 1U);
-    EXPECT_THAT(findings[0].text, HasSubstr("of set \"west\" are not where they should be"));
+    EXPECT_THAT(findings[0].text, StartsWith("control points of set \"west\" lie up to 4 m (line "));
 }
 
 TEST(ControlCheck, AnAbsurdPointDoesNotHideTheFrame) {

@@ -159,6 +159,13 @@ TEST(FitReport, ItsJsonHasEveryNumberAndNullWhereThereIsNone) {
     EXPECT_TRUE(channel["worst"]["scaledCondition"].is_null()) << "infinite";
 }
 
+TEST(FitReport, OutliersOfAnUnusableFitAreNotListed) {
+    FitReport unusable = report();
+    EXPECT_THAT(textOf(unusable), HasSubstr("  outlier: line 3"));
+    unusable.result.channels[0].outcome = FitOutcome::UNUSABLE;
+    EXPECT_THAT(textOf(unusable), Not(HasSubstr("  outlier: ")));
+}
+
 TEST(FitReport, ItsJsonEndsWithWhatItsPulseThrows) {
     struct Ended {};
     FitReport many = report();

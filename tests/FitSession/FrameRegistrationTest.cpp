@@ -230,7 +230,11 @@ TEST(FrameRegistration, ASetWithoutMarksIsRefusedAndNothingMoves) {
         FrameRegistration::apply(points, RegistrationKind::RIGID);
         ADD_FAILURE() << "nothing was refused";
     } catch (const VeltraniException& fault) {
-        EXPECT_THAT(Veltrani::toUtf8(fault.message), StartsWith("control points of set \"west\": found 0"));
+        EXPECT_THAT(
+            Veltrani::toUtf8(fault.message),
+            StartsWith(
+                "control points of set \"west\": found 0, expected at least 3 rows with X, Y, Z of this set; there "
+                "are such rows of \"east\": write the same name"));
     }
     EXPECT_EQ(points.points[0].world, (P3{1, 2, 3}));
 }
