@@ -5,6 +5,7 @@
 #include "DisplayFit/DisplayFitter.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "FitResults.h"
+#include "FitSession/ControlCheck.h"
 #include "FitSession/FitReport.h"
 #include "FitSession/FittedDisplay.h"
 #include "FitSession/MeasuredPointReader.h"
@@ -138,37 +139,50 @@ FitReport fit(DisplayState& display, const FitPlan& plan, MeasuredPoints measure
     options.pulse = Entry::pulse;
     const DisplayFitter fitter(options, [](std::size_t, std::size_t) { Entry::pulse(); });
     report.result = fitter.fit(display.config(), report.combined.points);
-    if (!plan.registration) {
-        FrameRegistration::checkUnused(report.measured.controls, report.result);
-    }
+    ControlCheck::judge(report.measured, report.frames, report.result);
     return report;
 }
 
-/// The records of the script, the report for people, and the one for programs if that is wanted.
-py::tuple resultOf(const FitReport& report, const FitPlan& plan, std::size_t firstRow) {
+/// A fit with its reports as text.
+struct PrintedFit {
+    FitReport report;
+    std::string text;
+    std::string json;  ///< empty unless it is wanted
+};
+
+/// Needs no Python.
+PrintedFit printed(FitReport report, const FitPlan& plan) {
+    PrintedFit made{std::move(report), {}, {}};
     std::ostringstream text;
-    report.printText(text);
-    std::ostringstream json;
+    made.report.printText(text);
+    made.text = std::move(text).str();
     if (plan.hasJson) {
-        report.printJson(json);
+        std::ostringstream json;
+        made.report.printJson(json, Entry::pulse);
+        made.json = std::move(json).str();
     }
+    return made;
+}
+
+/// The records of the script, the report for people, and the one for programs if that is wanted.
+py::tuple resultOf(const PrintedFit& made, const FitPlan& plan, std::size_t firstRow) {
     // Paths may hold what is no character.
-    return py::make_tuple(tupleOf(report, firstRow), py::bytes(text.str()),
-                          plan.hasJson ? py::object(py::bytes(json.str())) : py::none());
+    return py::make_tuple(tupleOf(made.report, firstRow), py::bytes(made.text),
+                          plan.hasJson ? py::object(py::bytes(made.json)) : py::none());
 }
 
 py::tuple fitTable(DisplayState& display, const std::string& table, const std::string& unit, bool isFromTop,
                    const py::tuple& settings) {
     const FitPlan plan = planOf(settings);
-    const FitReport report = inEntry(&display, [&] {
-        const MeasuredPointReader reader(display.config(), {unit, isFromTop});
-        FitReport made = fit(display, plan, reader.readFile(table), table);
+    const PrintedFit made = inEntry(&display, [&] {
+        const MeasuredPointReader reader(display.config(), {unit, isFromTop, Entry::pulse});
+        FitReport report = fit(display, plan, reader.readFile(table), table);
         if (plan.hasJson) {
-            made.files.push_back(ReportHead::source(table));
+            report.files.push_back(ReportHead::source(table));
         }
-        return made;
+        return printed(std::move(report), plan);
     });
-    return resultOf(report, plan, 0);
+    return resultOf(made, plan, 0);
 }
 
 py::tuple fitArrays(DisplayState& display, const py::list& measured, const py::list& controls,
@@ -184,7 +198,7 @@ py::tuple fitArrays(DisplayState& display, const py::list& measured, const py::l
         throw ArgumentFault{"measured: expected " + std::to_string(MeasuredPointReader::MOST_POINTS) +
                             " points at most, found " + std::to_string(count)};
     }
-    const FitReport report = inEntry(&display, [&] {
+    const PrintedFit made = inEntry(&display, [&] {
         MeasuredPoints points;
         for (const MeasuredArrays& part : arrays) {
             part.addTo(display.config(), points);
@@ -192,9 +206,9 @@ py::tuple fitArrays(DisplayState& display, const py::list& measured, const py::l
         for (const ControlArrays& part : marks) {
             part.addTo(points);
         }
-        return fit(display, plan, std::move(points), "arrays");
+        return printed(fit(display, plan, std::move(points), "arrays"), plan);
     });
-    return resultOf(report, plan, 1);
+    return resultOf(made, plan, 1);
 }
 
 /// What a fit has found, as it is put into a display.

@@ -19,6 +19,9 @@ using namespace Veltrani::DisplayFit;
 using namespace Veltrani::FitSession;
 using Veltrani::LensNumbers;
 
+/// Between two looks for signals, whose handlers may end the call.
+constexpr std::size_t RESIDUALS_PER_CHECK = 4096;
+
 template <class T, std::size_t N>
 py::tuple coordinates(const Point<T, N>& point) {
     py::tuple numbers(N);
@@ -129,6 +132,9 @@ py::tuple residualsOf(const FitReport& report, const ChannelFit& fit, std::size_
     py::tuple rows(fit.residuals.size());
     py::tuple sets(fit.residuals.size());
     for (std::size_t i = 0; i < fit.residuals.size(); ++i) {
+        if (i % RESIDUALS_PER_CHECK == 0 && PyErr_CheckSignals() != 0) {
+            throw py::error_already_set();
+        }
         const PointResidual& residual = fit.residuals[i];
         const MeasuredPoint& point = report.combined.points.at(residual.point);
         rows[i] = rowsOf(report.combined.lines.at(residual.point), firstRow);

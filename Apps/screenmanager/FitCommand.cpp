@@ -6,6 +6,7 @@
 #include "DisplayFit/DisplayFitter.h"
 #include "DisplayReport/channels/ChannelChoice.h"
 #include "FailureReport.h"
+#include "FitSession/ControlCheck.h"
 #include "FitSession/FitReport.h"
 #include "FitSession/FittedDisplay.h"
 #include "FitSession/MeasuredPointReader.h"
@@ -171,9 +172,7 @@ bool fitPoints(const XMLConfigFile& config, const Options& options, FitOptions f
     try {
         ProgressMeter progress(options.isTalkative(), "fitting, channel");
         report.result = DisplayFitter(std::move(fit), progress.callback()).fit(config, report.combined.points);
-        if (!options.registration) {
-            FrameRegistration::checkUnused(report.measured.controls, report.result);
-        }
+        ControlCheck::judge(report.measured, report.frames, report.result);
         return true;
     } catch (...) {
         reportFailure(options.file, std::current_exception());

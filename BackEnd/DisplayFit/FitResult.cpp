@@ -46,6 +46,8 @@ std::string FitFinding::nameOf(Kind kind) {
             return "FRAMES_MIXED";
         case Kind::FRAME_NOT_REGISTERED:
             return "FRAME_NOT_REGISTERED";
+        case Kind::CONTROL_POINT_OFF:
+            return "CONTROL_POINT_OFF";
         case Kind::IMPLAUSIBLE_VALUES:
             return "IMPLAUSIBLE_VALUES";
         case Kind::NOT_FITTING:

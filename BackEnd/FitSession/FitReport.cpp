@@ -122,7 +122,8 @@ void printValues(const ChannelFit& fit, const std::string& lengths, std::ostream
 void printOutliers(const FitReport& report, const ChannelFit& fit, std::ostream& out) {
     std::size_t count = 0;
     for (const PointResidual& residual : fit.residuals) {
-        if (!residual.isOutlier) {
+        // Which points are wrong is not known where nothing explains the others.
+        if (!residual.isOutlier || fit.outcome == FitOutcome::UNUSABLE) {
             continue;
         }
         if (++count > MOST_OUTLIERS_SHOWN) {

@@ -5,6 +5,7 @@
 #include "FitSession/FrameRegistration.h"
 #include "FitSession/MeasuredPoints.h"
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -27,7 +28,8 @@ struct FitReport {
     /// For people: each channel in a row, then what must be known of it.
     void printText(std::ostream& out) const;
     /// For programs, as `docs/schemas/fit.schema.json` has it.
-    void printJson(std::ostream& out) const;
+    /// @param pulse called now and then, as it may take seconds for a million points; what it throws comes out
+    void printJson(std::ostream& out, const std::function<void()>& pulse = nullptr) const;
 
     /// "good", "doubtful", "unusable".
     [[nodiscard]] static std::string nameOf(DisplayFit::FitOutcome outcome);

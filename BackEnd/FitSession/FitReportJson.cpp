@@ -114,7 +114,8 @@ std::string jsonOfResidual(const FitReport& report, const PointResidual& residua
         .text();
 }
 
-std::string jsonOfChannel(const FitReport& report, const ChannelFit& fit) {
+/// All members but the residuals.
+std::string membersOf(const ChannelFit& fit) {
     return JsonObject()
         .add("name", fit.name)
         .add("projector", fit.projectorId)
@@ -134,10 +135,21 @@ std::string jsonOfChannel(const FitReport& report, const ChannelFit& fit) {
         .addJson("covariance", jsonList(fit.covariance, jsonOfNumber<double>))
         .addJson("worst", fit.isSolved ? jsonOfWorst(fit.worst) : "null")
         .addJson("findings", jsonList(fit.findings, jsonOfFinding))
-        .addJson("residuals",
-                 jsonList(fit.residuals,
-                          [&report](const PointResidual& residual) { return jsonOfResidual(report, residual); }))
-        .text();
+        .members();
+}
+
+/// Residual by residual: a million of them are too long a text to be copied.
+void printChannel(const FitReport& report, const ChannelFit& fit, const std::function<void()>& pulse,
+                  std::ostream& out) {
+    constexpr std::size_t POINTS = 1024;
+    out << '{' << membersOf(fit) << ",\"residuals\":[";
+    for (std::size_t i = 0; i < fit.residuals.size(); ++i) {
+        if (pulse && i % POINTS == 0) {
+            pulse();
+        }
+        out << (i == 0 ? "" : ",") << jsonOfResidual(report, fit.residuals[i]);
+    }
+    out << "]}";
 }
 
 std::string jsonOfMeasurement(const FitReport& report) {
@@ -164,18 +176,21 @@ std::string jsonOfWritten(const FitReport& report) {
 
 }  // namespace
 
-void FitReport::printJson(std::ostream& out) const {
+void FitReport::printJson(std::ostream& out, const std::function<void()>& pulse) const {
     DisplayReport::ReportHead head{"fit", result.unit};
     head.files = files;
-    out << JsonObject(head.members())
+    out << '{'
+        << JsonObject(head.members())
                .add("outcome", nameOf(result.outcome()))
                .addJson("measurement", jsonOfMeasurement(*this))
                .addJson("findings", jsonList(result.findings, jsonOfFinding))
-               .addJson("channels",
-                        jsonList(result.channels, [this](const ChannelFit& fit) { return jsonOfChannel(*this, fit); }))
-               .addJson("written", jsonOfWritten(*this))
-               .text()
-        << '\n';
+               .members()
+        << ",\"channels\":[";
+    for (const ChannelFit& fit : result.channels) {
+        out << (&fit == &result.channels.front() ? "" : ",");
+        printChannel(*this, fit, pulse, out);
+    }
+    out << "],\"written\":" << jsonOfWritten(*this) << "}\n";
 }
 
 }  // namespace Veltrani::FitSession

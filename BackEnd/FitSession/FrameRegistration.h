@@ -1,9 +1,10 @@
 #pragma once
 
-#include "DisplayFit/FitResult.h"
+#include "Common/Matrix.h"
+#include "Common/Point.h"
 #include "FitSession/MeasuredPoints.h"
 
-#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,13 +24,23 @@ struct Registration {
         int line = 0;  ///< of the table
     };
 
+    /// A control point that contradicts the others.
+    struct Contradiction {
+        int line = 0;            ///< of the table
+        double distance = 0;     ///< from where the others place it, native units
+        double rmsOfOthers = 0;  ///< what these deviate without it, native units
+    };
+
     std::string set;                    ///< the station
     double scale = 1;                   ///< of its lengths
     Matrix<double, 3> rotation;         ///< display from station, right-handed
     Point<double, 3> translation;       ///< in native units
     double rms = 0;                     ///< of the deviations
+    double span = 0;                    ///< root mean square distance of the known places from their middle
     std::vector<Deviation> deviations;  ///< one for each control point
     std::vector<std::string> remarks;   ///< what the control points do not show, one sentence each, UTF-8
+    /// The one that is wrong, where one is: the fit is doubtful then.
+    std::optional<Contradiction> contradiction;
 
     /// scale * rotation * point + translation.
     [[nodiscard]] Point<double, 3> displayFromStation(const Point<double, 3>& point) const;
@@ -44,16 +55,14 @@ public:
     static constexpr double THINNEST_SPREAD = 1e-3;
     /// Deviations above this part of the spread of the control points are none of measuring.
     static constexpr double LARGEST_RELATIVE_DEVIATION = 0.05;
-    /// Control points that are off by more than this part of their spread are not in the frame of the display.
-    static constexpr double LARGEST_UNUSED_DEVIATION = 0.01;
 
     FrameRegistration() = delete;
 
     /// The frame of one station.
     ///
     /// Throws `VeltraniException`, with what is wrong and the remedy, for fewer than 3 control points, for such that
-    /// lie at one place or on a line, and where they contradict the kind: lengths in another unit, a mirrored frame,
-    /// points that were mixed up.
+    /// lie at one place or on a line, and where they contradict the kind or each other by far: lengths in another unit,
+    /// a mirrored frame, marks that were exchanged, two stations, some that are wrong, with their lines.
     /// @param set its name, for messages
     [[nodiscard]] static Registration of(const std::string& set, const std::vector<ControlPoint>& controls,
                                          RegistrationKind kind);
@@ -62,10 +71,6 @@ public:
     /// frame. Throws what `of` throws, also for a set without control points; nothing has been moved then.
     /// @return one for each set, in the order of their names
     static std::vector<Registration> apply(MeasuredPoints& points, RegistrationKind kind);
-
-    /// Adds a finding where there are control points that no registration used: they are where they should be, a note,
-    /// or they are not, and the points are in a frame of their own.
-    static void checkUnused(const std::vector<ControlPoint>& controls, DisplayFit::DisplayFitResult& result);
 };
 
 }  // namespace Veltrani::FitSession

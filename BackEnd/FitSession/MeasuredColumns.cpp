@@ -11,6 +11,12 @@ namespace {
 
 using DisplayReport::TableReader;
 
+constexpr const char* WITH_COMMAS = "write commas between the columns, and decimal points";
+
+bool hasOtherSeparators(const TableReader& table) {
+    return table.text().find_first_of(";\t") != std::string::npos;
+}
+
 /// X, Y, Z are not x, y, z: the one are known, the other measured.
 std::string columnName(const std::string& cell) {
     return cell == "X" || cell == "Y" || cell == "Z" ? cell : DisplayReport::inLowerCase(cell);
@@ -71,22 +77,29 @@ MeasuredColumns::Places<N> MeasuredColumns::take(const TableReader& table, const
         return std::nullopt;
     }
     if (found < N) {
-        refuseHeader(table, "all of the columns " + listOf(names) + " or none of them", "add the missing ones");
+        std::string missing;
+        for (const char* const name : names) {
+            if (std::find(m_names.begin(), m_names.end(), name) == m_names.end()) {
+                missing += (missing.empty() ? "" : ", ") + std::string(name);
+            }
+        }
+        refuseHeader(table, "all of the columns " + listOf(names) + " or none of them",
+                     "add " + missing + ", or name that column so");
     }
     return places;
 }
 
 void MeasuredColumns::requireWhatIsNeeded(const TableReader& table) const {
-    constexpr const char* EXAMPLE = "name the columns in the first line, such as channel,u,v,x,y,z";
-    if (m_names.size() == 1 && table.text().find_first_of(";\t") != std::string::npos) {
-        refuseHeader(table, "columns apart by commas", "write commas between the columns, and decimal points");
+    constexpr const char* NAMES = "name the columns in the first line, such as channel,u,v,x,y,z";
+    if (m_names.size() == 1 && hasOtherSeparators(table)) {
+        refuseHeader(table, "columns apart by commas", WITH_COMMAS);
     }
     if (!point) {
         refuseHeader(table, "the columns x,y,z of the places measured",
-                     known ? "write x,y,z small: X,Y,Z are the places of control points" : EXAMPLE);
+                     known ? "write x,y,z small: X,Y,Z are the places of control points" : NAMES);
     }
     if (!normalised && !pixels && !known) {
-        refuseHeader(table, "the columns u,v or px,py of the places in the picture", EXAMPLE);
+        refuseHeader(table, "the columns u,v or px,py of the places in the picture", NAMES);
     }
     if (normalised && pixels) {
         refuseHeader(table, "u,v or px,py, not both", "remove the one pair");
@@ -97,6 +110,20 @@ void MeasuredColumns::requireWhatIsNeeded(const TableReader& table) const {
     if (pictureDeviation && !normalised && !pixels) {
         refuseHeader(table, "u,v or px,py beside suv", "add the places in the picture, or remove suv");
     }
+}
+
+void MeasuredColumns::refuseRow(const TableReader& table) const {
+    const auto cells = table.cells();
+    std::string remedy = EXAMPLE;
+    if (table.text().find_first_not_of(" \t") == table.text().find('#')) {
+        remedy = "remove the line: remarks stand above the header";
+    } else if (cells && cells->size() == 1 && hasOtherSeparators(table)) {
+        remedy = WITH_COMMAS;
+    } else if (cells && cells->size() > count()) {
+        remedy = "write decimal points: commas part the columns";
+    }
+    table.refuse(table.line(), inQuotes(table.text()), std::to_string(count()) + " columns, as the header names them",
+                 {"measurement", remedy});
 }
 
 std::string MeasuredColumns::describe(std::size_t place) const {

@@ -18,8 +18,15 @@ public:
     template <std::size_t N>
     using Places = std::optional<std::array<std::size_t, N>>;
 
+    /// What to do about a line that is no measurement.
+    static constexpr const char* EXAMPLE =
+        "write one measurement per line, such as left,0.5,0.25,1.5,4,-0.25 below channel,u,v,x,y,z";
+
     /// Reads the current line of the table, which is the header. Throws `VeltraniParseException` for what is none.
     explicit MeasuredColumns(const DisplayReport::TableReader& table);
+
+    /// Refuses the current line of the table, which has not as many cells as the header.
+    [[noreturn]] void refuseRow(const DisplayReport::TableReader& table) const;
 
     /// "column 4, sx" for messages.
     [[nodiscard]] std::string describe(std::size_t place) const;

@@ -26,12 +26,10 @@ using DisplayReport::ChannelChoice;
 using DisplayReport::ReportHead;
 using DisplayReport::TableReader;
 
-constexpr const char* EXAMPLE =
-    "write one measurement per line, such as left,0.5,0.25,1.5,4,-0.25 below "
-    "channel,u,v,x,y,z";
-
 /// Nothing that can be measured is larger, and its square is far from the range of a double.
 constexpr double LARGEST = 1e12;
+
+constexpr std::size_t ROWS_PER_PULSE = 1024;
 
 /// Positive definite, by the signs of its leading minors.
 bool isCovariance(const Matrix<double, 3>& c) {
@@ -53,7 +51,7 @@ class Reading {
 public:
     Reading(std::istream& in, const std::string& document, const XMLConfigManager& config,
             const MeasuredPointReader::Options& options)
-        : m_table(in, document, {"measurement", EXAMPLE}), m_config(config), m_options(options) {}
+        : m_table(in, document, {"measurement", MeasuredColumns::EXAMPLE}), m_config(config), m_options(options) {}
 
     MeasuredPoints run();
 
@@ -87,6 +85,7 @@ private:
     const XMLConfigManager& m_config;
     const MeasuredPointReader::Options& m_options;
     std::string m_unit;  ///< that the table states; empty when it states none
+    int m_unitLine = 0;  ///< where it does so in a line of its own; 0 where it does not
     double m_nativePerUnit = 1;
     std::optional<MeasuredColumns> m_columns;
     Cells m_cells;                              ///< of the current row
@@ -108,12 +107,12 @@ MeasuredPoints Reading::run() {
         }
         auto cells = m_table.cells();
         if (!cells || cells->size() != m_columns->count()) {
-            const bool areMore = cells && cells->size() > m_columns->count();
-            m_table.refuse(m_table.line(), inQuotes(m_table.text()),
-                           std::to_string(m_columns->count()) + " columns, as the header names them",
-                           {"measurement", areMore ? "write decimal points: commas part the columns" : EXAMPLE});
+            m_columns->refuseRow(m_table);
         }
         m_cells = std::move(*cells);
+        if (m_options.pulse && m_points.rows % ROWS_PER_PULSE == 0) {
+            m_options.pulse();
+        }
         ++m_points.rows;
         readRow();
     }
@@ -135,6 +134,7 @@ void Reading::readHead() {
     const bool hasHeader = m_table.readHead([this](std::string_view line) {
         const std::string unit = MeasuredUnit::ofComment(line);
         m_unit = unit.empty() ? m_unit : unit;
+        m_unitLine = unit.empty() ? m_unitLine : m_table.line();
     });
     if (!hasHeader) {
         m_table.refuse(m_table.line() + 1, "the end of the table", "a header and measurements");
@@ -154,7 +154,7 @@ void Reading::readHead() {
     m_unit = m_unit.empty() ? head.unit : m_unit;
     m_columns.emplace(m_table);
     m_points.ignored = m_columns->ignored();
-    m_nativePerUnit = MeasuredUnit::nativePerUnit(m_table, m_unit, m_options.unit, m_config);
+    m_nativePerUnit = MeasuredUnit::nativePerUnit(m_table, {m_unit, m_unitLine}, m_options.unit, m_config);
     m_table.holdsQuotes();
 }
 
@@ -239,7 +239,9 @@ bool Reading::states(const MeasuredColumns::Places<N>& places) const {
 double Reading::number(std::size_t place) const {
     const std::optional<double> read = parseFinite(m_cells[place]);
     if (!read) {
-        refuseCell(place, "a finite number with a decimal point", "correct it, or remove the row");
+        const bool hasComma = m_cells[place].find(',') != std::string::npos;
+        refuseCell(place, "a finite number with a decimal point",
+                   hasComma ? "write a point for the comma" : "correct it, or remove the row");
     }
     if (std::abs(*read) > LARGEST) {
         refuseCell(place, "a number of at most 1e12 in size", "correct it, or remove the row");

@@ -3,6 +3,7 @@
 #include "FitSession/MeasuredPoints.h"
 
 #include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -34,6 +35,7 @@ public:
     struct Options {
         std::string unit;        ///< of lengths: "mm", "cm", "m", "in", "ft"; empty: the table states it
         bool isFromTop = false;  ///< v and py count from the top left corner downwards, as cameras give them
+        std::function<void()> pulse = nullptr;  ///< called now and then while reading; what it throws comes out
     };
 
     /// @param config the display, which must outlive the reader

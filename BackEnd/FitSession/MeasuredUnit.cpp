@@ -19,9 +19,9 @@ double metresPer(const std::string& unit) {
     return UnitConversionTable::metresPer(UnitConversionTable::getUnitSubTypeFromName(fromUtf8(unit)));
 }
 
-[[noreturn]] void refuse(const DisplayReport::TableReader& table, const std::string& found, const std::string& expected,
-                         const std::string& remedy) {
-    table.refuse(table.line(), found, expected, {"unit of lengths", remedy});
+[[noreturn]] void refuse(const DisplayReport::TableReader& table, int line, const std::string& found,
+                         const std::string& expected, const std::string& remedy) {
+    table.refuse(line > 0 ? line : table.line(), found, expected, {"unit of lengths", remedy});
 }
 
 }  // namespace
@@ -44,24 +44,27 @@ std::string ofComment(std::string_view line) {
     return std::string(line.substr(0, line.find_last_not_of(" \t") + 1));
 }
 
-double nativePerUnit(const DisplayReport::TableReader& table, const std::string& ofTable, const std::string& ofCaller,
+double nativePerUnit(const DisplayReport::TableReader& table, const Stated& ofTable, const std::string& ofCaller,
                      const XMLConfigManager& config) {
-    const std::string& stated = ofCaller.empty() ? ofTable : ofCaller;
+    const std::string& stated = ofCaller.empty() ? ofTable.name : ofCaller;
     if (stated.empty()) {
-        refuse(table, "none", UNITS, "state --unit, or begin the table with a line such as \"# unit mm\"");
+        refuse(table, ofTable.line, "none", UNITS,
+               "state --unit, or begin the table with a line such as \"# unit mm\"");
     }
     const IUnitsConfig* const units = config.getNativeUnitsConfig();
     const std::string native = units == nullptr ? "" : toUtf8(units->getUnitName());
     const bool isNative = stated == native;
     if (!isNative && metresPer(stated) <= 0) {
-        refuse(table, inQuotes(stated), UNITS, "convert the lengths to one of these");
+        refuse(table, ofTable.line, inQuotes(stated), UNITS, "write one of these, or convert the lengths to it");
     }
     if (!isNative && metresPer(native) <= 0) {
-        refuse(table, inQuotes(stated), "the unit of the display, " + inQuotes(native),
+        refuse(table, ofTable.line, inQuotes(stated), "the unit of the display, " + inQuotes(native),
                "convert the lengths, since that unit has no length of its own");
     }
-    if (!ofTable.empty() && ofTable != stated && metresPer(ofTable) != metresPer(stated)) {
-        refuse(table, inQuotes(ofTable) + " in the table", "--unit " + stated, "leave --unit out, or mend the table");
+    const std::string& inTable = ofTable.name;
+    if (!inTable.empty() && inTable != stated && metresPer(inTable) != metresPer(stated)) {
+        refuse(table, ofTable.line, inQuotes(inTable) + " in the table", "--unit " + stated,
+               "leave --unit out, or mend the table");
     }
     return isNative ? 1 : metresPer(stated) / metresPer(native);
 }

@@ -16,11 +16,16 @@ namespace Veltrani::FitSession::MeasuredUnit {
 /// line.
 [[nodiscard]] std::string ofComment(std::string_view line);
 
-/// Native units per unit of the table. Throws `VeltraniParseException` at the current line of the table when no unit is
-/// stated, or one without a length, or two that differ.
-/// @param ofTable that the table states; empty when it states none
+/// A unit that a table states.
+struct Stated {
+    std::string name;  ///< empty when it states none
+    int line = 0;      ///< 0: the current one
+};
+
+/// Native units per unit of the table. Throws `VeltraniParseException` when no unit is stated, or one without a length,
+/// or two that differ.
 /// @param ofCaller the same of the caller, who need not repeat it
-[[nodiscard]] double nativePerUnit(const DisplayReport::TableReader& table, const std::string& ofTable,
+[[nodiscard]] double nativePerUnit(const DisplayReport::TableReader& table, const Stated& ofTable,
                                    const std::string& ofCaller, const XMLConfigManager& config);
 
 }  // namespace Veltrani::FitSession::MeasuredUnit

@@ -42,6 +42,7 @@ struct FitFinding {
         FRAME_MOVED,           ///< all points are displaced by one movement
         FRAMES_MIXED,          ///< some points of a channel are displaced by one movement, the others are not
         FRAME_NOT_REGISTERED,  ///< control points are not where they should be, and were not used
+        CONTROL_POINT_OFF,     ///< control points contradict each other, or one is not where it should be
         IMPLAUSIBLE_VALUES,    ///< what was solved can be no projector
         NOT_FITTING,           ///< no values explain the points
         KIND_NOT_SOLVED,       ///< channels of this kind, or with these values, cannot be solved

@@ -209,8 +209,9 @@ TEST_F(FitCommand, WhatIsNotRegisteredIsRemarked) {
     };
     EXPECT_THAT(
         run("a,Left,0.5,0.5,1,2,3,5,2,3\na,,,,4,1,3,4,5,3\n").output,
-        HasSubstr("doubtful: the control points lie 4 m (RMS) from where they should be, and were not used: the "
-                  "measurement is not in the frame of the display; state --register rigid"));
+        AllOf(HasSubstr("doubtful: control points of set \"a\" lie up to 4 m (line "),
+              HasSubstr(") from where they should be, 2 of 2, and were not used: the measurement is not in the frame "
+                        "of the display; correct X, Y, Z, or measure at least 3 control points and state --register")));
     EXPECT_THAT(run("a,Left,0.5,0.5,1,2,3,1,2,3\na,,,,4,1,3,4,1,3\n").output,
                 HasSubstr("note: the control points were not used: they are where they should be"));
     EXPECT_THAT(run("a,Left,0.5,0.5,1,2,3,,,\nb,Left,0.1,0.5,1,2,3,,,\n").errors,
@@ -234,7 +235,36 @@ TEST_F(FitCommand, ControlPointsThatAreNotUsedMakeAFitDoubtful) {
     m_folder.write("controls.csv", table);
     const ProgramRun run = fit({"-o", m_folder.file("show/fitted.xml")}, "controls.csv");
     EXPECT_EQ(run.exitCode, DOUBTFUL) << run.output;
-    EXPECT_THAT(run.output, HasSubstr("doubtful: the control points lie 10 m (RMS) from where they should be"));
+    EXPECT_THAT(run.output, HasSubstr("doubtful: control points lie up to 10 m (line 3) from where they should be"));
+}
+
+// The frame of the display itself, with five control points of which one is off.
+TEST_F(FitCommand, AControlPointThatIsWrongIsNamedByItsLine) {
+    const auto lines = linesOf(m_folder.read("measured.csv"));
+    const auto run = [&](double off) {
+        std::string table = "# unit m\nchannel,u,v,x,y,z,X,Y,Z\n,,,0,0,0,0,0,0\n,,,3,0,0,3,0,0\n,,,0,4,0," +
+                            std::to_string(off) + ",4,0\n,,,0,0,2,0,0,2\n,,,-2,1,1,-2,1,1\n";
+        for (std::size_t i = 4; i < lines.size(); ++i) {
+            std::istringstream cells(lines[i]);
+            std::vector<std::string> cell(1);
+            while (std::getline(cells, cell.back(), ',')) {
+                cell.emplace_back();
+            }
+            table += cell[0] + ',' + cell[5] + ',' + cell[6] + ',' + cell[7] + ',' + cell[8] + ',' + cell[9] + ",,,\n";
+        }
+        m_folder.write("controls.csv", table);
+        return fit({"--register", "rigid", "-o", m_folder.file("show/fitted.xml")}, "controls.csv");
+    };
+    const ProgramRun far = run(1);
+    EXPECT_EQ(far.exitCode, UNUSABLE);
+    EXPECT_THAT(far.errors, HasSubstr("/controls.csv: control points: they deviate by"));
+    EXPECT_THAT(far.errors, HasSubstr("without line 5 the others agree to"));
+    EXPECT_THAT(files(), ElementsAre("lens.yml", "planned.xml", "true.xml"));
+    EXPECT_EQ(run(0.001).exitCode, GOOD);
+    const ProgramRun near = run(0.05);
+    EXPECT_EQ(near.exitCode, DOUBTFUL);
+    EXPECT_THAT(near.output,
+                HasSubstr("doubtful: the control point of line 5 lies 0.05 m from where the others place it"));
 }
 
 TEST_F(FitCommand, AnOutlierIsNamedByItsLine) {

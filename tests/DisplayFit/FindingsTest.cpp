@@ -229,6 +229,44 @@ TEST_F(Findings, LengthsInAnotherUnitAreNamed) {
     }
 }
 
+TEST_F(Findings, AUnitThatWasTakenForAnotherIsNamedEitherWay) {
+    FitScene scene = FitScene::ofExample("planar-wall");
+    for (const auto& [factor, text] :
+         {std::pair(1000.0,
+                    "times as wide as the channel does on the screen, in m: they are in a smaller unit than the "
+                    "one that was stated, such as millimetres for metres"),
+          std::pair(0.001,
+                    "times as narrow as the channel does on the screen, in m: they are in a larger unit than the "
+                    "one that was stated, such as metres for millimetres"),
+          std::pair(1 / 12.0, "such as feet for inches or centimetres for millimetres")}) {
+        Points points = scene.measured(6, 5);
+        for (MeasuredPoint& point : points) {
+            point.world *= factor;
+        }
+        const DisplayFitResult result = DisplayFitter().fit(*scene.disturbed(), points);
+        EXPECT_THAT(result.channels.at(0).findings.at(0).text, HasSubstr(text));
+        EXPECT_THAT(result.channels.at(0).findings.at(0).remedy, HasSubstr("--unit"));
+    }
+}
+
+TEST_F(Findings, OneRowOfMarksIsALineDespiteItsNoise) {
+    for (const char* example : {"planar-wall", "spherical-dome", "collimated", "lens-cylinder"}) {
+        FitScene scene = FitScene::ofExample(example);
+        for (const double between : {0.0, 0.03}) {
+            Points points;
+            for (const MeasuredPoint& point : SyntheticChannel::noisyInPicture(scene.measured(8, 31), 0.5, 1)) {
+                const double row = std::round(point.picture[1] * 30);
+                if (point.channel == 0 && (row == 14 || (row == 15 && between > 0))) {
+                    points.push_back(point);
+                }
+            }
+            const DisplayFitResult result = DisplayFitter().fit(*scene.disturbed(), points);
+            const auto found = names(result.channels.at(0));
+            EXPECT_EQ(found == std::vector<std::string>{"POINTS_ON_LINE"}, between == 0) << example;
+        }
+    }
+}
+
 TEST_F(Findings, PointsOfNoPictureFitNothing) {
     const SyntheticChannel channel("Rectilinear", {});
     Points points = channel.measured(60);

@@ -178,6 +178,24 @@ TEST_F(OneMistake, OfOneStationIsNamedWithItsSet) {
     EXPECT_THAT(result.findings[0].text, HasSubstr("all points of the set \"gallery\""));
 }
 
+TEST_F(OneMistake, AFrameInWhichNothingCanBeFittedIsTheOnlyFinding) {
+    FitScene scene = FitScene::ofExample("spherical-dome");
+    Points points = scene.measured(8, 6);
+    for (MeasuredPoint& point : points) {
+        point.world = {point.world[1] + 20, -point.world[0] - 6, point.world[2] + 1};
+    }
+    const DisplayFitResult result = DisplayFitter().fit(*scene.disturbed(), points);
+    ASSERT_THAT(namesOf(result.findings), ElementsAre("FRAME_MOVED"));
+    int unusable = 0;
+    for (const ChannelFit& fit : result.channels) {
+        if (fit.outcome == FitOutcome::UNUSABLE) {
+            EXPECT_THAT(namesOf(fit.findings), ElementsAre("FRAME_MOVED")) << fit.name;
+            ++unusable;
+        }
+    }
+    EXPECT_GT(unusable, 0);
+}
+
 TEST_F(OneMistake, OfTwoFramesWithoutSetsIsNamedWithItsRows) {
     for (const char* example : {"spherical-dome", "curved-wall", "lens-cylinder"}) {
         FitScene scene = FitScene::ofExample(example);

@@ -159,6 +159,31 @@ TEST(FitReport, ItsJsonHasEveryNumberAndNullWhereThereIsNone) {
     EXPECT_TRUE(channel["worst"]["scaledCondition"].is_null()) << "infinite";
 }
 
+TEST(FitReport, OutliersOfAnUnusableFitAreNotListed) {
+    FitReport unusable = report();
+    EXPECT_THAT(textOf(unusable), HasSubstr("  outlier: line 3"));
+    unusable.result.channels[0].outcome = FitOutcome::UNUSABLE;
+    EXPECT_THAT(textOf(unusable), Not(HasSubstr("  outlier: ")));
+}
+
+TEST(FitReport, ItsJsonEndsWithWhatItsPulseThrows) {
+    struct Ended {};
+    FitReport many = report();
+    many.result.channels[0].residuals.resize(5000);
+    int pulses = 0;
+    std::ostringstream out;
+    many.printJson(out, [&pulses] { ++pulses; });
+    EXPECT_GE(pulses, 4);
+    EXPECT_EQ(Json::parse(out.str())["channels"][0]["residuals"].size(), 5000U);
+    EXPECT_THROW(many.printJson(out,
+                                [&pulses] {
+                                    if (--pulses == 0) {
+                                        throw Ended();
+                                    }
+                                }),
+                 Ended);
+}
+
 TEST(FitReport, NamesOfTheDisplayDoNotSteerATerminal) {
     FitReport hostile = report();
     hostile.configuration = "a\x1b[2Jb";

@@ -15,7 +15,6 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::StartsWith;
 using Veltrani::FitSession::ControlPoint;
 using Veltrani::FitSession::FrameRegistration;
@@ -175,6 +174,11 @@ TEST(FrameRegistration, AWrongUnitAMirroredFrameAndMixedUpMarksAreNamed) {
     EXPECT_THAT(refusalOf(mirrored), HasSubstr("one frame is the mirror image of the other; reverse one axis"));
     auto mixed = Station().controls(MARKS);
     std::swap(mixed[0].known, mixed[1].known);
+    EXPECT_THAT(refusalOf(mixed), HasSubstr("the marks of lines 2 and 3 are exchanged; exchange their X, Y, Z"));
+    mixed = Station().controls(MARKS);
+    for (std::size_t i = 1; i < mixed.size(); ++i) {
+        std::swap(mixed[i].known, mixed[i - 1].known);
+    }
     EXPECT_THAT(refusalOf(mixed), HasSubstr("check which mark is which"));
 }
 
@@ -226,45 +230,91 @@ TEST(FrameRegistration, ASetWithoutMarksIsRefusedAndNothingMoves) {
         FrameRegistration::apply(points, RegistrationKind::RIGID);
         ADD_FAILURE() << "nothing was refused";
     } catch (const VeltraniException& fault) {
-        EXPECT_THAT(Veltrani::toUtf8(fault.message), StartsWith("control points of set \"west\": found 0"));
+        EXPECT_THAT(
+            Veltrani::toUtf8(fault.message),
+            StartsWith(
+                "control points of set \"west\": found 0, expected at least 3 rows with X, Y, Z of this set; there "
+                "are such rows of \"east\": write the same name"));
     }
     EXPECT_EQ(points.points[0].world, (P3{1, 2, 3}));
 }
 
-TEST(FrameRegistration, MarksThatAreNotUsedAreCheckedNevertheless) {
-    using Veltrani::DisplayFit::FitFinding;
-    using Veltrani::DisplayFit::FitOutcome;
-    Veltrani::DisplayFit::DisplayFitResult result;
-    result.unit = "m";
-    FrameRegistration::checkUnused({}, result);
-    EXPECT_THAT(result.findings, IsEmpty());
-    FrameRegistration::checkUnused(Station().controls(MARKS), result);
-    ASSERT_EQ(result.findings.size(), 1U);
-    EXPECT_EQ(result.findings[0].kind, FitFinding::Kind::FRAME_NOT_REGISTERED);
-    EXPECT_EQ(result.findings[0].outcome, FitOutcome::DOUBTFUL);
-    EXPECT_THAT(result.findings[0].text,
-                AllOf(StartsWith("the control points lie 1"), HasSubstr(" m (RMS) from where")));
-    EXPECT_THAT(result.findings[0].remedy, HasSubstr("--register rigid"));
-    std::vector<ControlPoint> there;
-    for (const P3& mark : MARKS) {
-        there.push_back({"", mark + P3{0.01, 0, 0}, mark, 2});
+/// Eight marks that lie all over a room, with noise of a total station.
+std::vector<ControlPoint> noisyMarks(const Station& station, unsigned seed) {
+    std::mt19937_64 random(seed);
+    std::normal_distribution<double> noise(0, 1e-3);
+    std::uniform_real_distribution<double> place(-3, 3);
+    std::vector<P3> known;
+    for (int i = 0; i < 8; ++i) {
+        known.push_back({place(random), place(random), place(random)});
     }
-    FrameRegistration::checkUnused(there, result);
-    ASSERT_EQ(result.findings.size(), 2U);
-    EXPECT_EQ(result.findings[1].outcome, FitOutcome::GOOD) << "as a mark is measured";
-    EXPECT_THAT(result.findings[1].text, HasSubstr("to within 0.01 m"));
-    for (ControlPoint& control : there) {
-        control.measured += P3{0, 0.1, 0};
+    auto controls = station.controls(known);
+    for (ControlPoint& control : controls) {
+        control.measured += P3{noise(random), noise(random), noise(random)};
     }
-    FrameRegistration::checkUnused(there, result);
-    EXPECT_EQ(result.findings[2].outcome, FitOutcome::DOUBTFUL);
-    const std::vector<ControlPoint> two{{"", {1.01, 2, 3}, {1, 2, 3}, 2}, {"", {4.01, 2, 3}, {4, 2, 3}, 3}};
-    FrameRegistration::checkUnused(two, result);
-    EXPECT_EQ(result.findings[3].outcome, FitOutcome::GOOD);
-    FrameRegistration::checkUnused({{"", {1, 2, 3}, {1, 2, 3}, 2}}, result);
-    EXPECT_EQ(result.findings[4].outcome, FitOutcome::GOOD);
-    FrameRegistration::checkUnused({{"", {1, 2, 4}, {1, 2, 3}, 2}}, result);
-    EXPECT_EQ(result.findings[5].outcome, FitOutcome::DOUBTFUL);
+    return controls;
+}
+
+// At one part in a thousand, for the worst of eight marks.
+TEST(FrameRegistration, NoiseIsNoContradiction) {
+    int accused = 0;
+    for (unsigned seed = 0; seed < 400; ++seed) {
+        const auto controls = noisyMarks(Station(), seed);
+        accused +=
+            static_cast<int>(FrameRegistration::of("", controls, RegistrationKind::RIGID).contradiction.has_value());
+    }
+    EXPECT_LE(accused, 12);
+}
+
+TEST(FrameRegistration, AMarkThatContradictsTheOthersIsNamed) {
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        auto controls = noisyMarks(Station(), seed);
+        controls[seed % 8].known += P3{0.012, 0.016, 0};
+        for (const RegistrationKind kind : {RegistrationKind::RIGID, RegistrationKind::SIMILARITY}) {
+            const Registration found = FrameRegistration::of("", controls, kind);
+            ASSERT_TRUE(found.contradiction) << "seed " << seed;
+            EXPECT_EQ(found.contradiction->line, controls[seed % 8].line) << "seed " << seed;
+            EXPECT_NEAR(found.contradiction->distance, 0.02, 0.01);
+            EXPECT_LT(found.contradiction->rmsOfOthers, 3e-3);
+        }
+    }
+}
+
+TEST(FrameRegistration, AMarkThatIsOffByLittleIsOfNoImportance) {
+    auto controls = Station().controls(MARKS);
+    controls[2].known += P3{0.002, 0, 0};
+    EXPECT_FALSE(FrameRegistration::of("", controls, RegistrationKind::RIGID).contradiction)
+        << "the others agree to rounding";
+    controls[2].known += P3{0.01, 0, 0};
+    EXPECT_TRUE(FrameRegistration::of("", controls, RegistrationKind::RIGID).contradiction);
+    const auto three = Station().controls({MARKS[0], MARKS[1], MARKS[2]});
+    EXPECT_FALSE(FrameRegistration::of("", three, RegistrationKind::RIGID).contradiction);
+}
+
+TEST(FrameRegistration, MarksThatAreFarOffAreRefusedWithTheirLines) {
+    auto controls = Station().controls(MARKS);
+    controls[3].known[0] += 1;
+    EXPECT_THAT(refusalOf(controls), AllOf(HasSubstr(": without line 5 the others agree to "),
+                                           HasSubstr("; measure again there, correct X, Y, Z, or name the station")));
+    controls = noisyMarks(Station(), 1);
+    controls[0].measured[1] += 2;
+    controls[5].measured[2] -= 3;
+    EXPECT_THAT(refusalOf(controls), HasSubstr(": without lines 2 and 7 the others agree to 0.00"));
+}
+
+TEST(FrameRegistration, MarksOfTwoStationsInOneSetAreToldApart) {
+    Station other;
+    other.rotation = Veltrani::rotationZXY(-0.7, 0.1, 0);
+    other.translation = {-20, 8, 1};
+    auto controls = Station().controls(MARKS);
+    for (ControlPoint control : other.controls(MARKS)) {
+        control.line += 5;
+        controls.push_back(control);
+    }
+    EXPECT_THAT(refusalOf(controls),
+                AllOf(HasSubstr("those of lines 2, 3, 4, 5 and 6 agree with each other, and so do those of lines 7, 8, "
+                                "9, 10 and 11, as if measured from two stations"),
+                      HasSubstr("; name the station of each row in a column set")));
 }
 
 }  // namespace

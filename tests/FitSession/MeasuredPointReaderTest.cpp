@@ -253,6 +253,59 @@ TEST_F(MeasuredPointReaderTest, OtherSeparatorsAndDecimalCommasAreNamed) {
         refusalOf("channel,u,v,x,y,z\nA,0,5,0,5,1,2,3\n"),
         HasSubstr("expected 6 columns, as the header names them; write decimal points: commas part the columns"));
     EXPECT_THAT(refusalOf("channel,u,v,x,y,z\nA,0.5,0.5,1,2\n"), HasSubstr("write one measurement per line"));
+    EXPECT_THAT(refusalOf("channel,u,v,x,y,z\nA;0.5;0.5;1;2;3\n"),
+                HasSubstr("expected 6 columns, as the header names them; write commas between the columns"));
+    EXPECT_THAT(refusalOf("channel,u,v,x,y,z\nA,\"0,5\",0.5,1,2,3\n"),
+                HasSubstr("found \"0,5\", expected a finite number with a decimal point; write a point for the comma"));
+}
+
+TEST_F(MeasuredPointReaderTest, ATableThatASpreadsheetHasSavedIsRead) {
+    const std::string table = "\xEF\xBB\xBF# unit mm,,,,,\r\n# remark,,,,,\r\nchannel,u,v,x,y,z\r\nA,0,0,1,2,3\r\n";
+    EXPECT_EQ(read(table, "").points.at(0).world, (P3{0.001, 0.002, 0.003}));
+    const std::string targets = std::string("# screenmanager/targets, version 1,,\n# x, y, z: ") +
+                                Veltrani::DisplayReport::ReportHead::WORLD + "; unit m,,\nchannel,u,v,x,y,z\n";
+    EXPECT_EQ(read(targets + "A,0,0,1,2,3\n", "").points.size(), 1U);
+}
+
+TEST_F(MeasuredPointReaderTest, RemarksBelowTheHeaderAreNamed) {
+    EXPECT_EQ(refusalOf("channel,u,v,x,y,z\nA,0,0,1,2,3\n# moved\n"),
+              "points.csv:3: measurement: found \"# moved\", expected 6 columns, as the header names them; remove the "
+              "line: remarks stand above the header");
+}
+
+TEST_F(MeasuredPointReaderTest, AMissingColumnOfAGroupIsNamed) {
+    EXPECT_THAT(refusalOf("channel,u,v,xx,y,z\n"), HasSubstr("; add x, or name that column so"));
+    EXPECT_THAT(refusalOf("channel,u,v,x,y,z,cxx,cyy,czz\n"), HasSubstr("; add cxy, cxz, cyz, or name"));
+}
+
+TEST_F(MeasuredPointReaderTest, AUnitThatIsNoneIsRefusedAtItsLine) {
+    EXPECT_EQ(refusalOf("# unit metre\n# remark\nchannel,u,v,x,y,z\n", ""),
+              "points.csv:1: unit of lengths: found \"metre\", expected mm, cm, m, in or ft; write one of these, or "
+              "convert the lengths to it");
+    EXPECT_THAT(refusalOf("# unit mm\nchannel,u,v,x,y,z\n", "m"), StartsWith("points.csv:1: unit of lengths: "));
+    EXPECT_THAT(refusalOf("# remark\nchannel,u,v,x,y,z\n", ""),
+                StartsWith("points.csv:2: unit of lengths: found none"));
+}
+
+TEST_F(MeasuredPointReaderTest, ReadingEndsWithWhatItsPulseThrows) {
+    struct Ended {};
+    std::string table = "channel,u,v,x,y,z\n";
+    for (int i = 0; i < 3000; ++i) {
+        table += "A,0,0,1,2,3\n";
+    }
+    const auto pulsesOf = [&](int last) {
+        int pulses = 0;
+        std::istringstream in(table);
+        const MeasuredPointReader reader(*m_config, {"m", false, [&pulses, last] {
+                                                         if (++pulses == last) {
+                                                             throw Ended();
+                                                         }
+                                                     }});
+        EXPECT_EQ(reader.read(in, "points.csv").points.size(), 3000U);
+        return pulses;
+    };
+    EXPECT_GE(pulsesOf(0), 2);
+    EXPECT_THROW(pulsesOf(2), Ended);
 }
 
 TEST_F(MeasuredPointReaderTest, PlacesFromZeroToOneAreNoPixels) {

@@ -17,6 +17,10 @@ using Vector = Point<double, 3>;
 /// A parameter that moves along the surface by less than this part of what the other one does has no meaning there.
 constexpr double POLE = 1e-6;
 
+/// Where it moves by less than this part of what it does elsewhere, a pole is so near that s says little of where a
+/// point is: one that is beside the pole by noise lies in any direction from it.
+constexpr double NEAR_POLE = 0.05;
+
 }  // namespace
 
 AreaModel::AreaModel(const FitPoints& points, const DisplayFit::AreaBounds& area, const Point<int, 2>& pixels)
@@ -43,12 +47,26 @@ AreaModel::AreaModel(const FitPoints& points, const DisplayFit::AreaBounds& area
             m_patches[i] = patchOf(*place);
         }
     }
+    findPoles();
+}
+
+void AreaModel::findPoles() {
+    double widest = 0;
+    for (const std::optional<Patch>& patch : m_patches) {
+        widest = patch ? std::max(widest, patch->ss) : widest;
+    }
+    for (std::optional<Patch>& patch : m_patches) {
+        if (patch) {
+            patch->isAtPole = patch->ss < NEAR_POLE * widest;
+        }
+    }
 }
 
 AreaModel::Patch AreaModel::patchOf(const SurfacePlace& place) {
     const auto& [bySide, byHeight] = place.tangents;
     Patch patch;
     patch.parameters = place.parameters;
+    patch.point = place.point;
     patch.ss = norm(bySide);
     const double height = norm(byHeight);
     if (patch.ss > POLE * height) {
@@ -74,28 +92,41 @@ AreaModel::Bounds AreaModel::boundsAt(const double* step) const {
     return bounds;
 }
 
+AreaModel::Deviation AreaModel::deviationAt(const Point<double, 2>& parameters, const Patch& patch,
+                                            const ScreenGeometry* screen) {
+    SurfacePlace there;
+    if (patch.isAtPole && screen != nullptr && SurfacePlace::at(*screen, parameters, there)) {
+        // From one place to the other: a small circle around the pole is no measure of how far they are apart.
+        const auto along = [&patch](const Vector& way) {
+            return Point<double, 2>{dot(patch.first, way), dot(patch.second, way)};
+        };
+        return {along(there.point - patch.point), along(there.tangents[0]), along(there.tangents[1])};
+    }
+    const double s = parameters[0] - patch.parameters[0];
+    const double t = parameters[1] - patch.parameters[1];
+    return {{patch.ss * s + patch.st * t, patch.tt * t}, {patch.ss, 0}, {patch.st, patch.tt}};
+}
+
 void AreaModel::evaluate(const double* step, std::size_t first, std::size_t count, double* residuals, double* jacobian,
                          bool* isMapped) const {
     constexpr std::size_t COLUMNS = 4;
     const Bounds bounds = boundsAt(step);
+    const auto screen = ScreenManager::getInstance()->getScreenGeometry();
     for (std::size_t i = 0; i < count; ++i) {
         const Patch patch = m_patches[first + i].value_or(Patch{});
         const Point<double, 2>& picture = m_points.picture[first + i];
         isMapped[i] = m_patches[first + i].has_value();
-        const double s = bounds[0] + (bounds[1] - bounds[0]) * picture[0] - patch.parameters[0];
-        const double t = bounds[2] + (bounds[3] - bounds[2]) * picture[1] - patch.parameters[1];
-        residuals[2 * i] = patch.ss * s + patch.st * t;
-        residuals[2 * i + 1] = patch.tt * t;
-        if (jacobian != nullptr) {
-            const std::array<double, 2 * COLUMNS> rows{patch.ss * (1 - picture[0]),
-                                                       patch.ss * picture[0],
-                                                       patch.st * (1 - picture[1]),
-                                                       patch.st * picture[1],
-                                                       0,
-                                                       0,
-                                                       patch.tt * (1 - picture[1]),
-                                                       patch.tt * picture[1]};
-            std::copy(rows.begin(), rows.end(), jacobian + 2 * i * COLUMNS);
+        const Deviation deviation = deviationAt(
+            {bounds[0] + (bounds[1] - bounds[0]) * picture[0], bounds[2] + (bounds[3] - bounds[2]) * picture[1]}, patch,
+            screen.get());
+        for (std::size_t r = 0; r < 2; ++r) {
+            residuals[2 * i + r] = deviation.size[r];
+            if (jacobian != nullptr) {
+                const std::array<double, COLUMNS> row{
+                    deviation.byS[r] * (1 - picture[0]), deviation.byS[r] * picture[0],
+                    deviation.byT[r] * (1 - picture[1]), deviation.byT[r] * picture[1]};
+                std::copy(row.begin(), row.end(), jacobian + (2 * i + r) * COLUMNS);
+            }
         }
     }
 }
@@ -138,7 +169,7 @@ bool AreaModel::missInPicture(std::size_t point, Point<double, 2>& pixels) const
             (m_patches[point]->parameters[k] - m_bounds[2 * k]) / (m_bounds[2 * k + 1] - m_bounds[2 * k]);
         pixels[k] = m_pixels[k] * (part - m_points.picture[point][k]);
     }
-    if (m_patches[point]->ss == 0) {
+    if (m_patches[point]->isAtPole) {
         pixels[0] = 0;
     }
     return true;

@@ -40,14 +40,25 @@ private:
     /// The surface around the place of a point: unit vectors along it, and how the parameters move along these.
     struct Patch {
         Point<double, 2> parameters;
+        Point<double, 3> point;
         Point<double, 3> first;
         Point<double, 3> second;
         double ss = 0;  ///< along `first`, by s
         double st = 0;  ///< along `first`, by t
         double tt = 0;  ///< along `second`, by t
+        bool isAtPole = false;
+    };
+    /// What a point deviates along the directions of its patch, and how these move by s and t.
+    struct Deviation {
+        Point<double, 2> size;
+        Point<double, 2> byS;
+        Point<double, 2> byT;
     };
 
     [[nodiscard]] static Patch patchOf(const SurfacePlace& place);
+    void findPoles();
+    [[nodiscard]] static Deviation deviationAt(const Point<double, 2>& parameters, const Patch& patch,
+                                               const ScreenGeometry* screen);
     [[nodiscard]] Bounds boundsAt(const double* step) const;
 
     const FitPoints& m_points;

@@ -133,6 +133,7 @@ MovedFrames MovedFrames::of(const std::map<std::size_t, ConfiguredLight>& lights
             continue;
         }
         moved.miss = std::max(moved.miss, after);
+        moved.sets.insert(name);
         moved.findings.push_back({FitFinding::Kind::FRAME_MOVED, FitOutcome::DOUBTFUL,
                                   (name.empty() ? "all points" : "all points of the set \"" + name + "\"") +
                                       std::string(" lie where the configured light lands once they are ") +

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -16,6 +17,7 @@ namespace Veltrani::DisplayFitDetail {
 /// and translation that is too large for projectors that were displaced.
 struct MovedFrames {
     std::vector<DisplayFit::FitFinding> findings;  ///< one for each station
+    std::set<std::string> sets;                    ///< their names
     double miss = 0;  ///< the largest median distance that a movement leaves, in widths of the picture
 
     /// @param unit name of the native unit, UTF-8

@@ -24,19 +24,30 @@ constexpr double AS_CONFIGURED = 2;
 /// How near a ratio of sizes must come to that of two units, as a factor.
 constexpr double NEAR_RATIO = 1.35;
 
+/// Two units that are taken for one another.
+struct UnitPair {
+    const char* smaller = nullptr;
+    const char* larger = nullptr;
+};
+
 struct NamedRatio {
     double ratio;
-    const char* words;
+    UnitPair units;
+    UnitPair others;  ///< whose ratio is hardly different; may be empty
 };
 
 /// Ratios of the units that lengths are measured in: more than twice, so that no other cause is as likely.
-constexpr std::array RATIOS{NamedRatio{1000, "such as millimetres for metres"},
-                            NamedRatio{304.8, "such as millimetres for feet"},
-                            NamedRatio{100, "such as centimetres for metres"},
-                            NamedRatio{39.37, "such as inches for metres"},
-                            NamedRatio{25.4, "such as millimetres for inches"},
-                            NamedRatio{12, "such as inches for feet or millimetres for centimetres"},
-                            NamedRatio{3.281, "such as feet for metres or centimetres for inches"}};
+constexpr std::array RATIOS{NamedRatio{1000, {"millimetres", "metres"}, {}},
+                            NamedRatio{304.8, {"millimetres", "feet"}, {}},
+                            NamedRatio{100, {"centimetres", "metres"}, {}},
+                            NamedRatio{39.37, {"inches", "metres"}, {}},
+                            NamedRatio{25.4, {"millimetres", "inches"}, {}},
+                            NamedRatio{12, {"inches", "feet"}, {"millimetres", "centimetres"}},
+                            NamedRatio{3.281, {"feet", "metres"}, {"centimetres", "inches"}}};
+
+/// A place in the picture is read to a pixel or so. Places that are no further from a line than three times this part
+/// of the picture were meant to lie on it.
+constexpr double READING = 1e-3;
 
 /// Measurements with deviations above this part of what they cover say nothing about a picture.
 constexpr double LARGEST_DEVIATION = 0.1;
@@ -58,6 +69,21 @@ Point<double, 2> anglesOf(const DisplayFit::ChannelValues& values) {
     }
     const DisplayFit::FrustumAngles& frustum = values.frustum;
     return {std::abs(frustum.right - frustum.left), std::abs(frustum.top - frustum.bottom)};
+}
+
+/// "millimetres for metres": which unit the lengths may have, and which one they were taken for.
+std::string takenText(const UnitPair& units, bool isSmaller) {
+    return std::string(isSmaller ? units.smaller : units.larger) + " for " + (isSmaller ? units.larger : units.smaller);
+}
+
+FitFinding wrongUnit(const NamedRatio& named, double times, bool isWide, const std::string& unit) {
+    return {FitFinding::Kind::WRONG_UNIT, FitOutcome::UNUSABLE,
+            "the measured points cover an area about " + std::to_string(std::lround(times)) + " times as " +
+                (isWide ? "wide" : "narrow") + " as the channel does on the screen, in " + unit + ": they are in a " +
+                (isWide ? "smaller" : "larger") + " unit than the one that was stated, such as " +
+                takenText(named.units, isWide) +
+                (named.others.larger != nullptr ? " or " + takenText(named.others, isWide) : ""),
+            "state the unit of the points: --unit, or the line \"# unit\" of their table"};
 }
 
 std::string roundedText(double number) {
@@ -117,9 +143,9 @@ std::optional<FitFinding> faultOfPlaces(const FitPoints& points, const PointShap
     for (const Point<double, 2>& picture : points.picture) {
         places.push_back({picture[0], picture[1], 0});
     }
-    if (PointShape::of(places).isStraight(0)) {
+    if (PointShape::of(places).isStraight(READING)) {
         return FitFinding{FitFinding::Kind::POINTS_ON_LINE, FitOutcome::UNUSABLE,
-                          "the points lie on one line of the picture, or in one place of it",
+                          "the points lie on one line of the picture, or in one place of it, to a few pixels",
                           "measure points all over the picture"};
     }
     return std::nullopt;
@@ -173,14 +199,7 @@ std::optional<FitFinding> faultOfUnit(const ChannelModel& model, const std::stri
     }
     for (const NamedRatio& named : RATIOS) {
         if (std::max(larger / named.ratio, named.ratio / larger) < NEAR_RATIO) {
-            const bool isLarger = ratio > 1;
-            return FitFinding{FitFinding::Kind::WRONG_UNIT, FitOutcome::UNUSABLE,
-                              std::string("the measured points cover an area about ") +
-                                  std::to_string(std::lround(larger)) + " times as " + (isLarger ? "wide" : "narrow") +
-                                  " as the channel does on the screen, in " + unit +
-                                  (isLarger ? ": their unit is a smaller one, " : ": their unit is a larger one, ") +
-                                  (isLarger ? named.words : "the other way round"),
-                              "state the unit of the points"};
+            return wrongUnit(named, larger, ratio > 1, unit);
         }
     }
     return std::nullopt;

@@ -172,6 +172,7 @@ bool isVague(const FitFinding& finding) {
         case Kind::FRAME_MOVED:
         case Kind::FRAMES_MIXED:
         case Kind::FRAME_NOT_REGISTERED:
+        case Kind::CONTROL_POINT_OFF:
         case Kind::KIND_NOT_SOLVED:
             return false;
     }
@@ -326,6 +327,23 @@ bool nameMixtures(const Lights& lights, const std::map<std::size_t, ChannelSetup
     return isAny;
 }
 
+/// What a fit of points in another frame says about its channel follows from that alone.
+void nameMoved(const MovedFrames& moved, const std::map<std::size_t, FitPoints>& points,
+               std::span<const DisplayFit::MeasuredPoint> given, DisplayFitResult& result) {
+    for (ChannelFit& fit : result.channels) {
+        const std::vector<std::size_t>& own = points.at(fit.channel).given;
+        const bool areVague = std::all_of(fit.findings.begin(), fit.findings.end(), [](const FitFinding& finding) {
+            return finding.outcome != FitOutcome::UNUSABLE || isVague(finding);
+        });
+        const bool areMoved =
+            std::all_of(own.begin(), own.end(), [&](std::size_t i) { return moved.sets.count(given[i].set) > 0; });
+        if (fit.outcome == FitOutcome::UNUSABLE && areVague && areMoved) {
+            name(fit, Kind::FRAME_MOVED, "no values explain the points where they lie: they are in another frame",
+                 "see what is found about the frame of all points");
+        }
+    }
+}
+
 /// Returns whether channels are exchanged rather than the frame moved. A ring of channels can be exchanged by a turn of
 /// the frame, too; then the mistake that is made more often is meant.
 bool isExchange(const std::map<std::size_t, std::size_t>& owners, const Explanation& exchange, std::size_t suspects,
@@ -355,6 +373,7 @@ void nameMistakes(const std::map<std::size_t, ChannelSetup>& setups, const std::
     }
     MovedFrames moved = MovedFrames::of(lights, given, result.unit);
     if (!moved.findings.empty() && !isExchange(owners, exchange, suspects.size(), lights.size(), moved.miss)) {
+        nameMoved(moved, points, given, result);
         std::move(moved.findings.begin(), moved.findings.end(), std::back_inserter(result.findings));
         return;
     }

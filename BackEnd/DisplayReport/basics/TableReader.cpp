@@ -16,6 +16,8 @@ constexpr std::string_view CELL_BLANKS = " \t";
 /// Of the tables that can be read.
 constexpr int NEWEST_TABLE = 1;
 constexpr std::string_view MARK_OF_BYTE_ORDER = "\xEF\xBB\xBF";
+/// How a text begins in UTF-16, of either order of bytes.
+constexpr std::string_view MARKS_OF_UTF16[] = {"\xFF\xFE", "\xFE\xFF"};
 
 std::string_view withoutBlanks(std::string_view text) {
     const std::size_t first = text.find_first_not_of(CELL_BLANKS);
@@ -46,9 +48,12 @@ TableReader::TableReader(std::istream& in, std::string document, Wording wording
 
 bool TableReader::readHead(const std::function<void(std::string_view)>& comment) {
     while (next()) {
+        requireText();
         if (!withoutBlanks(m_text).starts_with('#')) {
             return true;
         }
+        // A spreadsheet fills up every line to as many cells.
+        m_text.erase(m_text.find_last_not_of(", \t") + 1);
         m_head.read(m_text);
         if (m_head.version > NEWEST_TABLE) {
             refuse(m_line, inQuotes(m_text), "a table of version " + std::to_string(NEWEST_TABLE));
@@ -60,12 +65,22 @@ bool TableReader::readHead(const std::function<void(std::string_view)>& comment)
     return false;
 }
 
+void TableReader::requireText() const {
+    const bool isUtf16 = m_line == 1 && std::any_of(std::begin(MARKS_OF_UTF16), std::end(MARKS_OF_UTF16),
+                                                    [this](auto mark) { return m_text.starts_with(mark); });
+    if (isUtf16 || m_text.find('\0') != std::string::npos) {
+        refuse(m_line, isUtf16 ? "a text in UTF-16" : "a zero byte", "a table as text in UTF-8",
+               {m_wording.element, "save it as comma-separated values in the encoding UTF-8"});
+    }
+}
+
 bool TableReader::next() {
     using Traits = std::istream::traits_type;
     m_text.clear();
     std::streambuf& buffer = *m_in.rdbuf();
     bool isAny = false;
     bool isQuoted = false;
+    bool isEnded = false;  // by a carriage return, behind which nothing but a line feed may stand
     for (auto next = buffer.sbumpc(); !Traits::eq_int_type(next, Traits::eof()); next = buffer.sbumpc()) {
         ++m_bytes;
         if (!isAny) {
@@ -77,6 +92,11 @@ bool TableReader::next() {
         if (isLineFeed && !isQuoted) {
             break;
         }
+        if (isEnded && !isLineFeed) {
+            refuse(m_line, "a carriage return alone", "lines that end with a line feed",
+                   {m_wording.element, "save the table with line ends of Unix or Windows"});
+        }
+        isEnded = Traits::to_char_type(next) == '\r' && !isQuoted;
         m_line += isLineFeed ? 1 : 0;
         m_text += Traits::to_char_type(next);
         if (m_text.size() > LONGEST_LINE_BYTES) {

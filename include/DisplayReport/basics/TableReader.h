@@ -15,7 +15,8 @@ namespace Veltrani::DisplayReport {
 /// Reads comma-separated values line by line, the same in every locale: what every reader of points has in common.
 ///
 /// Lines end with a line feed with or without a carriage return; a byte-order mark before the first one does not
-/// matter. Lines that begin with "#" may come first and say what the table is. Cells stand between commas, without the
+/// matter. Lines that begin with "#" may come first and say what the table is; commas at their end, as spreadsheets
+/// write them, do not matter. Cells stand between commas, without the
 /// blanks around them; one that holds commas, quotes or line feeds stands in quotes, in which a quote is doubled.
 ///
 ///     TableReader table(in, "points.csv", {"point", "write one point per line, such as 0.5,0.25"});
@@ -36,15 +37,16 @@ public:
     TableReader(std::istream& in, std::string document, Wording wording);
 
     /// Reads the lines that begin with "#"; the first line behind them is the current one then. To be called before any
-    /// `next`. Throws `VeltraniParseException` for a table of a later version, and what `next` throws.
+    /// `next`. Throws `VeltraniParseException` for a table of a later version, one that is no text or in UTF-16, and
+    /// what `next` throws.
     /// @param comment is given those lines, without their ends
     /// @return false at the end of the input
     [[nodiscard]] bool readHead(const std::function<void(std::string_view)>& comment = {});
     /// What those lines state; without such lines the report, the frame and the unit are empty.
     [[nodiscard]] const ReportHead& head() const { return m_head; }
 
-    /// Makes the next line the current one. Throws `VeltraniParseException` when it is too long; reading cannot go on
-    /// then.
+    /// Makes the next line the current one. Throws `VeltraniParseException` when it is too long, or holds a carriage
+    /// return that no line feed follows; reading cannot go on then.
     /// @return false at the end of the input
     [[nodiscard]] bool next();
 
@@ -71,6 +73,8 @@ public:
                              const Wording& wording) const;
 
 private:
+    void requireText() const;
+
     std::istream& m_in;
     std::string m_document;
     Wording m_wording;

@@ -51,6 +51,45 @@ TEST(TableReader, LinesEndWithOrWithoutACarriageReturnAndTheLastMayLackItsEnd) {
     EXPECT_FALSE(table.reader.next()) << "the end stays the end";
 }
 
+TEST(TableReader, ACarriageReturnAloneEndsNoLine) {
+    for (const char* const text : {"a\rb\r", "a\nb\rc\n", "a\r\r\n"}) {
+        EXPECT_THAT(refusalOf([text] {
+                        Table table(text);
+                        while (table.reader.next()) {
+                        }
+                    }),
+                    testing::HasSubstr("row: found a carriage return alone, expected lines that end with a line feed; "
+                                       "save the table with line ends of Unix or Windows"))
+            << text;
+    }
+    Table quoted("a\n\"b\rc\"\n");
+    EXPECT_TRUE(quoted.reader.next());
+    quoted.reader.holdsQuotes();
+    EXPECT_TRUE(quoted.reader.next());
+    EXPECT_EQ(quoted.reader.text(), "\"b\rc\"");
+}
+
+TEST(TableReader, WhatIsNoTextInUtf8IsNamed) {
+    using namespace std::string_literals;
+    for (const auto& [text, found] :
+         {std::pair("\xFF\xFE#\0a\0"s, "a text in UTF-16"), std::pair("\xFE\xFF\0a"s, "a text in UTF-16"),
+          std::pair("a\0b"s, "a zero byte")}) {
+        Table table(text);
+        EXPECT_EQ(refusalOf([&table] { static_cast<void>(table.reader.readHead()); }),
+                  "table.csv:1: row: found " + std::string(found) +
+                      ", expected a table as text in UTF-8; save it as comma-separated values in the encoding UTF-8");
+    }
+}
+
+TEST(TableReader, CommasBehindALineOfItsHeadDoNotMatter) {
+    Table table("# x, y, z: here; unit m,, ,\n#,,\na,b\n");
+    std::vector<std::string> comments;
+    EXPECT_TRUE(table.reader.readHead([&comments](std::string_view line) { comments.emplace_back(line); }));
+    EXPECT_THAT(comments, ElementsAre("# x, y, z: here; unit m", "#"));
+    EXPECT_EQ(table.reader.head().unit, "m");
+    EXPECT_EQ(table.reader.text(), "a,b");
+}
+
 TEST(TableReader, CellsStandBetweenCommasInQuotesOrWithout) {
     EXPECT_THAT(TableReader::cellsOf(" a ,, \"b, \"\"c\"\"\" ,"), Optional(ElementsAre("a", "", "b, \"c\"", "")));
     EXPECT_THAT(TableReader::cellsOf(""), Optional(ElementsAre("")));

@@ -167,10 +167,12 @@ TEST(PointReader, WhatIsNoPointIsRefusedWithItsPlace) {
 }
 
 TEST(PointReader, BinaryDataIsRefusedOnOneLine) {
-    const std::string bytes("\x89PNG\x1a\0\xff\xfe,1\n", 11);
-    const Reading reading = read(bytes);
-    EXPECT_THAT(reading.fault, StartsWith("points.csv:1: point: found \""));
-    EXPECT_EQ(reading.fault.find_first_of(std::string("\n\0\x1a", 3)), std::string::npos);
+    for (const auto& [bytes, found] : {std::pair(std::string("\x89PNG\x1a\xff\xfe,1\n", 10), "\""),
+                                       std::pair(std::string("\x89PNG\x1a\0\xff\xfe,1\n", 11), "a zero byte")}) {
+        const Reading reading = read(bytes);
+        EXPECT_THAT(reading.fault, StartsWith("points.csv:1: point: found " + std::string(found)));
+        EXPECT_EQ(reading.fault.find_first_of(std::string("\n\0\x1a", 3)), std::string::npos);
+    }
 }
 
 TEST(PointReader, ALineHasALimit) {
