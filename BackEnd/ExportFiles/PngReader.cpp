@@ -14,7 +14,6 @@ namespace {
 /// How the library names what is wanted, and what the head of a file states.
 struct PngLayout {
     png_uint_32 format;
-    std::size_t parts;
     int bits;    ///< 0: whatever the file has
     int colour;  ///< PNG_COLOR_TYPE_...
     const char* words;
@@ -25,19 +24,19 @@ struct PngLayout {
 PngLayout layoutOf(PngParts parts) {
     switch (parts) {
         case PngParts::GREY_8:
-            return {PNG_FORMAT_GRAY, 1, 8, PNG_COLOR_TYPE_GRAY, "8 bits of grey"};
+            return {PNG_FORMAT_GRAY, 8, PNG_COLOR_TYPE_GRAY, "8 bits of grey"};
         case PngParts::GREY_ALPHA_8:
-            return {PNG_FORMAT_GA, 2, 8, PNG_COLOR_TYPE_GRAY_ALPHA, "8 bits of grey and of alpha"};
+            return {PNG_FORMAT_GA, 8, PNG_COLOR_TYPE_GRAY_ALPHA, "8 bits of grey and of alpha"};
         case PngParts::GREY_16:
-            return {PNG_FORMAT_LINEAR_Y, 1, 16, PNG_COLOR_TYPE_GRAY, "16 bits of grey"};
+            return {PNG_FORMAT_LINEAR_Y, 16, PNG_COLOR_TYPE_GRAY, "16 bits of grey"};
         case PngParts::GREY_ALPHA_16:
-            return {PNG_FORMAT_LINEAR_Y_ALPHA, 2, 16, PNG_COLOR_TYPE_GRAY_ALPHA, "16 bits of grey and of alpha"};
+            return {PNG_FORMAT_LINEAR_Y_ALPHA, 16, PNG_COLOR_TYPE_GRAY_ALPHA, "16 bits of grey and of alpha"};
         case PngParts::RGB_16:
-            return {PNG_FORMAT_LINEAR_RGB, 3, 16, PNG_COLOR_TYPE_RGB, "16 bits of each colour"};
+            return {PNG_FORMAT_LINEAR_RGB, 16, PNG_COLOR_TYPE_RGB, "16 bits of each colour"};
         case PngParts::ANY_AS_RGB_8:
             break;
     }
-    return {PNG_FORMAT_RGB, 3, 0, 0, ""};
+    return {PNG_FORMAT_RGB, 0, 0, ""};
 }
 
 [[noreturn]] void refusePng(const std::string& name, const std::string& what) {
@@ -99,16 +98,17 @@ PngPixels pngPixels(std::string_view bytes, const std::string& name, PngParts pa
     requireLayout(bytes, name, layout);
     PngPixels pixels{image.width(), image.height(), {}, {}};
     const std::size_t count = pixels.width * pixels.height;
+    const std::size_t numbers = count * PNG_IMAGE_SAMPLE_CHANNELS(layout.format);
     if (count > mostPixels) {
         refusePng(name, "has " + std::to_string(pixels.width) + " x " + std::to_string(pixels.height) +
                             " pixels: at most " + std::to_string(mostPixels) + " can be shown");
     }
     constexpr int DEEP = 16;
     if (layout.bits == DEEP) {
-        pixels.codes16.resize(layout.parts * count);
+        pixels.codes16.resize(numbers);
         image.read(name, layout.format, pixels.codes16.data());
     } else {
-        pixels.codes8.resize(layout.parts * count);
+        pixels.codes8.resize(numbers);
         image.read(name, layout.format, pixels.codes8.data());
     }
     return pixels;

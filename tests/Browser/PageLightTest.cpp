@@ -2,6 +2,8 @@
 #include "ViewPage.h"
 
 #include <cmath>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -228,6 +230,50 @@ TEST_F(PageLightTest, OfASphereTheInsideIsSeenThroughTheOutside) {
         EXPECT_NEAR(outside[part], (1 - 0.14) * GREY, ROUNDING);
     }
     EXPECT_THAT(browser.complaints(), IsEmpty());
+}
+
+// Of two boards one behind the other the nearer one alone is seen, whichever is larger. Both show the same content, but
+// two projectors light the farther one, past the nearer one.
+TEST_F(PageLightTest, WhatStandsBeforeAnotherLitPlaceHidesIt) {
+    const auto board = [](double y, double halfWidth, double halfHeight) {
+        std::string text;
+        for (const auto& [x, z] : {std::pair(-1, -1), {1, -1}, {1, 1}, {-1, 1}}) {
+            text += "v " + std::to_string(x * halfWidth) + ' ' + std::to_string(y) + ' ' +
+                    std::to_string(z * halfHeight) + '\n';
+        }
+        return text + "f -4 -3 -2\nf -4 -2 -1\n";
+    };
+    const auto projector = [](const std::string& id, const std::string& x, const std::string& turn, int half) {
+        const std::string number = std::to_string(half);
+        return "<Projector id='" + id + "'><Name>" + id + "</Name><Resolution width='200' height='200'/><Position x='" +
+               x + "' y='0' z='0'/><Orientation z='" + turn + "' x='0' y='0'/><Frustum left='-" + number + "' right='" +
+               number + "' bottom='-" + number + "' top='" + number + "'/></Projector>";
+    };
+    const std::string display = m_folder.write(
+        "board.xml",
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Mesh' fileUnit='m'>"
+        "<EyePoint x='0' y='0' z='0'/><ContentMesh file='board.obj'/><ImportOrientation up='Z' forward='Y'/></Screen>"
+        "<TargetData type='ProjectorCentric'/><Projectors>" +
+            projector("Near", "0", "0", 8) + projector("Left", "-5", "45", 8) + projector("Right", "5", "-45", 8) +
+            "</Projectors></Display>");
+    const std::string content = m_folder.file("content.png");
+    write(content, [](unsigned int, unsigned int) { return GREY; });
+    const std::string player = m_folder.file("player");
+    for (const std::string& mesh : {board(3, 0.5, 0.5) + board(5, 2, 2), board(3, 1.2, 2) + board(5, 0.5, 0.5)}) {
+        m_folder.write("board.obj", mesh);
+        ASSERT_EQ(runProgram("export '" + display + "' -o '" + player +
+                             "' --force --no-blend --input equirectangular --content '" + content + "'"),
+                  0);
+        HeadlessBrowser& browser = open(display, "--lit '" + player + "'");
+        waitForLight(browser, "shown");
+        clickAll(browser, "['axes', 'eye point']");
+        pressButton(browser, "eye");
+        const PngImage image = sceneOf(browser);
+        const PngImage::Colour middle = image.at(image.width / 2, image.height / 2);
+        for (const int part : middle) {
+            EXPECT_NEAR(part, GREY, ROUNDING);
+        }
+    }
 }
 
 }  // namespace

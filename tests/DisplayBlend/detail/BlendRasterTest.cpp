@@ -4,6 +4,8 @@
 #include "support/LightSums.h"
 #include "support/Sanitizers.h"
 
+#include <utility>
+
 namespace {
 
 using namespace Veltrani::DisplayBlendDetail;
@@ -29,11 +31,37 @@ protected:
         return share / sum;
     }
 
-    /// Random pixels of every channel are what each would be by itself.
-    void expectExact(const Point<int, 2>& size = {1920, 1200}) {
+    using Pixels = std::vector<std::pair<std::size_t, std::size_t>>;  // column and row
+
+    static Pixels randomPixels(std::mt19937& random, const Point<int, 2>& size) {
+        Pixels pixels;
+        for (std::size_t i = 0; i < PIXELS; ++i) {
+            const std::size_t column = random() % static_cast<std::size_t>(size[0]);
+            pixels.emplace_back(column, random() % static_cast<std::size_t>(size[1]));
+        }
+        return pixels;
+    }
+
+    /// Some that lie next to the sides of the picture.
+    static Pixels pixelsAtSides(std::mt19937& random, const Point<int, 2>& size) {
+        Pixels pixels = randomPixels(random, size);
+        for (std::size_t i = 0; i < PIXELS; ++i) {
+            constexpr std::size_t BESIDE = 4;
+            auto& [column, row] = pixels[i];
+            std::size_t& across = i % 2 == 0 ? column : row;
+            const std::size_t end = static_cast<std::size_t>(size[i % 2]) - 1;
+            across = i % 4 < 2 ? across % BESIDE : end - across % BESIDE;
+        }
+        return pixels;
+    }
+
+    /// Pixels of every channel are what each would be by itself.
+    void expectExact(const Point<int, 2>& size = {1920, 1200},
+                     Pixels (*choose)(std::mt19937&, const Point<int, 2>&) = &randomPixels) {
         auto display =
             Veltrani::DisplayReport::DisplayLights::of(*m_config, ScreenManager::getInstance()->getScreenGeometry());
         m_lights = std::move(display.lights);
+        m_pictures.clear();
         const ChannelFields fields(m_lights, std::vector<Point<int, 2>>(m_lights.size(), size));
         std::mt19937 random(7);
         std::size_t partly = 0;
@@ -44,9 +72,7 @@ protected:
                              1.0F, {}));
             std::vector<P2> pictures;
             std::vector<float> found;
-            for (std::size_t i = 0; i < PIXELS; ++i) {
-                const std::size_t column = random() % static_cast<std::size_t>(size[0]);
-                const std::size_t row = random() % static_cast<std::size_t>(size[1]);
+            for (const auto& [column, row] : choose(random, size)) {
                 pictures.push_back(
                     {(static_cast<double>(column) + 0.5) / size[0], (static_cast<double>(row) + 0.5) / size[1]});
                 found.push_back(weights.at(column, row));
@@ -71,6 +97,18 @@ protected:
 TEST_F(BlendRasterTest, PixelsOfAWallAreWhatEachWouldBeAlone) {
     load(displays::FLAT, area("A", 0, 0.6, 0, 0.61) + area("B", 0.43, 1, 0, 1) + area("Inset", 0.3, 0.5, 0.3, 0.7));
     expectExact();
+}
+
+// Pictures that share hardly more than a pixel: a wall of four, one in each corner.
+TEST_F(BlendRasterTest, SeamsOfAPixelAreBlended) {
+    for (const double shared : {0.6, 1.4, 1.9, 3.0}) {
+        const double across = 0.25 * shared / 1920;
+        const double upwards = 0.25 * shared / 1200;
+        load(displays::FLAT,
+             area("A", 0, 0.5 + across, 0, 0.5 + upwards) + area("B", 0.5 - across, 1, 0, 0.5 + upwards) +
+                 area("C", 0, 0.5 + across, 0.5 - upwards, 1) + area("D", 0.5 - across, 1, 0.5 - upwards, 1));
+        expectExact({1920, 1200}, &pixelsAtSides);
+    }
 }
 
 TEST_F(BlendRasterTest, PixelsOfADomeAreWhatEachWouldBeAlone) {
