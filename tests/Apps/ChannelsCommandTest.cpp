@@ -234,6 +234,11 @@ TEST_F(ChannelsCommandTest, AFileWithoutProjectorsSaysHowToAddOne) {
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.errors,
                 ContainsRegex("has no projectors; add one with: screenmanager add .*display.xml ADDRESS\n"));
+    EXPECT_EQ(run.output, "");
+    const ProgramRun json = channels(display(""), {"--format", "json"});
+    EXPECT_EQ(json.exitCode, 1);
+    EXPECT_EQ(json.errors, run.errors);
+    EXPECT_THAT(json.output, ContainsRegex("\"channels\": *\\[\\]")) << "a program finds a listing of none";
 }
 
 TEST_F(ChannelsCommandTest, AConfigurationThatCannotBeUsedExitsWithThree) {

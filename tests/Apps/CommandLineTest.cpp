@@ -150,6 +150,8 @@ TEST(CommandLine, FishCompletesCommandsAndTheirOptions) {
     EXPECT_THAT(offered, HasSubstr("--points\t"));
     EXPECT_EQ(completedInFish("screenmanager check --po"), "") << "an option of another command";
     EXPECT_THAT(completedInFish("screenmanager check --format j"), StartsWith("json\t"));
+    EXPECT_THAT(completedInFish("screenmanager --verbose cov"), StartsWith("coverage\t")) << "behind a flag";
+    EXPECT_THAT(completedInFish("screenmanager --log cov"), Not(HasSubstr("coverage\t"))) << "the value of an option";
     EXPECT_THAT(completedInFish("screenmanager targets --format "),
                 testing::ContainsRegex("^csv\t.*\njson\t.*\nply\t"));
     EXPECT_THAT(completedInFish("screenmanager --completion z"), StartsWith("zsh\t"));

@@ -198,6 +198,18 @@ TEST_F(EndingSignals, ALimitOnTheSizeOfFilesLeavesNothing) {
     EXPECT_EQ(folder.read("result"), "old");
 }
 
+TEST_F(EndingSignals, AResultThatDoesNotFitWhereTheSignalIsIgnoredIsReportedAndTheFormerOneStays) {
+    folder.write("result", "old");
+    const ProgramRun run = runProgram("/bin/sh", {"-c",
+                                                  "trap '' XFSZ; ulimit -f 100; "
+                                                  "exec \"$0\" targets \"$1\" --grid 100x100 -o \"$2\"",
+                                                  programFile(), DOME, result});
+    EXPECT_EQ(run.exitCode, 4) << run.errors;
+    EXPECT_THAT(run.errors, testing::HasSubstr("result: "));
+    EXPECT_THAT(leftovers(), IsEmpty());
+    EXPECT_EQ(folder.read("result"), "old");
+}
+
 TEST_F(EndingSignals, AReaderThatWentAwayEndsTheProgramAsBefore) {
     const ProgramRun run = runProgram("/bin/sh", {"-c",
                                                   "mkfifo \"$2/pipe\"; exec 3<>\"$2/pipe\"; "

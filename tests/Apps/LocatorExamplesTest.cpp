@@ -1,6 +1,7 @@
 // The example displays whose targets are not placed by screen areas. Every expectation is worked out here from the
 // numbers in the files.
 #include "ProgramRun.h"
+#include "support/TemporaryFolder.h"
 #include "support/TestPaths.h"
 
 #include <gmock/gmock.h>
@@ -13,10 +14,12 @@
 #include <numbers>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using Json = nlohmann::json;
 using Vector = std::array<double, 3>;
 
@@ -262,6 +265,58 @@ TEST(LocatorExamples, TargetsOnTheMeshLieWhereRaysFromTheProjectorsMeetTheMeasur
         farthest = std::max(farthest, std::abs(offset));
     }
     EXPECT_GT(farthest, 0.01) << "the measured wall, not the designed one";
+}
+
+/// A small picture whose rays are bent by a table of headings and reflected in a mirror.
+constexpr const char* BENT_DISPLAY = R"(<?xml version="1.0" encoding="UTF-8"?>
+<Display version="1" lengthUnit="m" angleUnit="deg">
+  <Units native="m"/>
+  <Screen shape="Sphere">
+    <EyePoint x="0" y="-0.3" z="-0.5"/>
+    <Centre x="0" y="0" z="1.9"/>
+    <Radius value="1.6"/>
+    <Azimuth min="-120" max="120"/>
+    <Elevation min="-60" max="60"/>
+  </Screen>
+  <TargetData type="SphericalCollimated">
+    <Mirror radius="3">
+      <Position x="0" y="0" z="1.9"/>
+    </Mirror>
+    <YawTable>
+      <Pair measured="-90" corrected="-89.5"/>
+      <Pair measured="90" corrected="89.5"/>
+    </YawTable>
+  </TargetData>
+  <Projectors>
+    <Projector id="020000000601" section="P1">
+      <Name>Centre</Name>
+      <Device><Device type="PJLink" mac="02:00:00:00:06:01" host="192.0.2.11" port="4352"/></Device>
+      <Resolution width="64" height="40"/>
+      <Orientation z="0" x="0" y="0"/>
+      <Frustum left="-26" right="26" bottom="-18" top="18"/>
+      <Position x="0" y="-0.3" z="-0.5"/>
+    </Projector>
+  </Projectors>
+</Display>
+)";
+
+// A record for each ray shows how a few targets came about; where a command bends a million, it hides everything else.
+TEST(LocatorExamples, BentRaysAreRecordedOneByOneOnlyWhereTheyAreFew) {
+    const TemporaryFolder folder;
+    const std::string display = folder.write("display.xml", BENT_DISPLAY);
+    const auto records = [&](const std::string& command, const std::vector<std::string>& options) {
+        std::vector<std::string> arguments{"--verbose", command, display};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const ProgramRun run = runScreenManager(arguments);
+        EXPECT_EQ(run.exitCode, 0) << command << ": " << run.errors;
+        EXPECT_THAT(run.errors, HasSubstr("info: ")) << command;
+        return run.errors;
+    };
+    EXPECT_THAT(records("targets", {"--grid", "2x2"}), HasSubstr(" mapped to "));
+    EXPECT_THAT(records("check", {}), Not(HasSubstr(" mapped to ")));
+    EXPECT_THAT(records("view", {"-o", folder.file("view.html")}), Not(HasSubstr(" mapped to ")));
+    EXPECT_THAT(records("picture", {"-o", folder.file("picture.png"), "--size", "200x200"}),
+                Not(HasSubstr(" mapped to ")));
 }
 
 }  // namespace

@@ -218,6 +218,26 @@ TEST_F(ViewLit, APageReplacesNoFileOfTheExport) {
     EXPECT_EQ(manifest(), good);
 }
 
+TEST_F(ViewLit, AResultReplacesNoFileOfTheDisplay) {
+    // Names that end like a picture and like errors.
+    const std::string content = m_folder.read("wall.xml");
+    for (const std::string name : {"wall.png", "wall.json"}) {
+        const std::string display = m_folder.write(name, content);
+        const bool isPicture = name == "wall.png";
+        std::vector<std::string> arguments{
+            "picture", display,   "--lit", m_player,
+            "--size",  "200x200", "-o",    isPicture ? display : m_folder.file("lit.png")};
+        if (!isPicture) {
+            arguments.insert(arguments.end(), {"--lit-error", display});
+        }
+        const ProgramRun run = runScreenManager(arguments);
+        EXPECT_EQ(run.exitCode, 2) << name << ": " << run.errors;
+        EXPECT_THAT(run.errors, HasSubstr(name)) << name;
+        EXPECT_EQ(m_folder.read(name), content);
+        EXPECT_FALSE(std::filesystem::exists(m_folder.file("lit.png")));
+    }
+}
+
 TEST_F(ViewLit, ErrorsAreFilesOfAPictureAlone) {
     EXPECT_EQ(view({"--lit-error", m_folder.file("e.txt")}).exitCode, 2);
 }

@@ -38,6 +38,11 @@ TEST(DeviceSnippet, HostAndPortMayBeAbsent) {
     EXPECT_EQ(snippet.port, 4352);
 }
 
+TEST(DeviceSnippet, TheFirstAndTheLastPortAreRead) {
+    EXPECT_EQ(DeviceSnippet::parse(replaced(L"4353", L"1")).port, 1);
+    EXPECT_EQ(DeviceSnippet::parse(replaced(L"4353", L"65535")).port, 65535);
+}
+
 TEST(DeviceSnippet, BlanksCommentsAndNotesOfOtherProgramsAreAllowed) {
     const DeviceSnippet snippet = DeviceSnippet::parse(
         L"\n  <!-- left --><Device type='PJLink' mac='02:00:00:00:00:01' xmlns:x='urn:x' x:note='&lt;3'>"

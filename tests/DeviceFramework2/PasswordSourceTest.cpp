@@ -175,6 +175,14 @@ TEST_F(PasswordSourceTest, WhatIsNoPlainFileIsRefused) {
                 EndsWith("it is larger than 65536 bytes; name a file with one line per projector in " + variable));
 }
 
+TEST_F(PasswordSourceTest, AFileOfTheLargestSizeIsRead) {
+    const std::string line = "* secret\n#";
+    const Environment file("SM_TEST_PASSWORD_FILE", privateFile(line + std::string(65536 - line.size(), 'x')));
+    EXPECT_THAT(source.find(uid), Optional(std::string("secret")));
+    const Environment larger("SM_TEST_PASSWORD_FILE", privateFile(line + std::string(65537 - line.size(), 'x')));
+    EXPECT_THAT(faultOf([&] { static_cast<void>(source.find(uid)); }), HasSubstr("it is larger than 65536 bytes"));
+}
+
 TEST_F(PasswordSourceTest, TheRemedyNamesTheVariables) {
     EXPECT_EQ(source.remedy(),
               L"set the environment variable SM_TEST_PASSWORD, or name a password file in SM_TEST_PASSWORD_FILE");

@@ -9,6 +9,7 @@ using Veltrani::DeviceFramework2::ProjectorAddress;
 TEST(ProjectorAddress, TheStandardPortNeedNotBeWritten) {
     EXPECT_EQ(ProjectorAddress::parse("192.0.2.10"), (ProjectorAddress{"192.0.2.10", 4352}));
     EXPECT_EQ(ProjectorAddress::parse("192.0.2.10:14351"), (ProjectorAddress{"192.0.2.10", 14351}));
+    EXPECT_EQ(ProjectorAddress::parse("192.0.2.10:1"), (ProjectorAddress{"192.0.2.10", 1}));
     EXPECT_EQ(ProjectorAddress::parse("192.0.2.10:65535"), (ProjectorAddress{"192.0.2.10", 65535}));
 }
 
