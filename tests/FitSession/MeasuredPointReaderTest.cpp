@@ -93,6 +93,19 @@ TEST_F(MeasuredPointReaderTest, LengthsAndCovariancesBecomeNative) {
     }
 }
 
+TEST_F(MeasuredPointReaderTest, OfADisplayInAUnitOfItsOwnPointsAreInThatUnit) {
+    std::string text = displays::text(displays::FLAT, displays::projector("A", ""));
+    for (const std::string& unit : {std::string("lengthUnit='m'"), std::string("native='m'")}) {
+        text.replace(text.find(unit), unit.size(), unit.substr(0, unit.find('=')) + "='custom'");
+    }
+    m_config = XMLConfigFile::parse(text, "display.xml");
+    const std::string rows = "channel,u,v,x,y,z\nA,0,0,1000,0,0\n";
+    EXPECT_EQ(read(rows, "custom").points.at(0).world[0], 1000);
+    EXPECT_EQ(refusalOf(rows, "mm"),
+              "points.csv:1: unit of lengths: found \"mm\", expected the unit of the display, \"custom\"; convert the "
+              "lengths, since that unit has no length of its own");
+}
+
 TEST_F(MeasuredPointReaderTest, TheUnitIsStatedByTheTableOrByTheCallerAndNeverGuessed) {
     const std::string rows = "channel,u,v,x,y,z\nA,0,0,1000,0,0\n";
     for (const char* const line : {"# unit mm\n", "# Unit: mm \n", "#unit=mm\n", "# measured in May\n# unit\tmm\n",
