@@ -42,15 +42,20 @@ def test_a_ray_meets_a_sphere_where_geometry_has_it():
 @pytest.mark.parametrize("axis", range(3))
 @pytest.mark.parametrize("length", [1e-300, 1e-12, 1e12, 1e300])
 def test_the_length_of_a_direction_does_not_matter(axis, length):
-    screen = screenmanager.Display.load(example("spherical-dome")).screen
-    origin = np.array(screen.centre) + (0.3, -0.2, 0.1)
+    screen = screenmanager.Display.parse(
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'><Radius "
+        "value='3'/><Azimuth min='-180' max='180'/><Elevation min='-90' max='90'/></Screen><TargetData type='3D'/>"
+        "<Projectors><Projector id='A'/></Projectors></Display>",
+        "sphere.xml",
+    ).screen
+    origin = (0.3, -0.2, 0.1)
     ray = np.zeros(3)
     ray[axis] = 1
     plain = screen.intersect(origin, [ray, -ray])
     scaled = screen.intersect(origin, [length * ray, -length * ray])
-    assert plain.hit.any()
+    assert plain.hit.all()
     assert np.array_equal(scaled.hit, plain.hit)
-    assert np.allclose(scaled.points, plain.points, rtol=0, atol=1e-12, equal_nan=True)
+    assert np.allclose(scaled.points, plain.points, rtol=0, atol=1e-12)
 
 
 def test_one_origin_serves_all_directions_and_one_direction_all_origins(random):
