@@ -121,7 +121,7 @@ void checkUnused(const MeasuredPoints& measured, DisplayFitResult& result) {
             judgeUnused(set, unused, result);
         }
     }
-    if (all.count > 0 && all.off == 0) {
+    if (all.off == 0) {
         result.findings.push_back({Kind::FRAME_NOT_REGISTERED, FitOutcome::GOOD,
                                    "the control points were not used: they are where they should be to within " +
                                        lengthText(all.worst, result) + " (line " + std::to_string(all.worstLine) +
@@ -151,6 +151,9 @@ void checkFrame(const Registration& frame, DisplayFitResult& result) {
 
 void ControlCheck::judge(const MeasuredPoints& measured, const std::vector<Registration>& frames,
                          DisplayFitResult& result) {
+    if (measured.controls.empty()) {
+        return;
+    }
     if (frames.empty()) {
         checkUnused(measured, result);
         return;

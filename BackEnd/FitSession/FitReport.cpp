@@ -215,8 +215,9 @@ std::vector<std::string> FitReport::namesOf(const DisplayFit::SolvedGroups& grou
 
 void FitReport::printText(std::ostream& out) const {
     out << "display      " << onOneLine(configuration) << '\n'
-        << "measured     " << onOneLine(table) << ": " << combined.points.size() << " points of " << measured.rows
-        << " rows";
+        << "measured     " << onOneLine(table) << ": " << combined.points.size()
+        << (combined.points.size() == 1 ? " point of " : " points of ") << measured.rows
+        << (measured.rows == 1 ? " row" : " rows");
     const auto count = [&out](std::size_t rows, const char* what) {
         if (rows > 0) {
             out << ", " << rows << what;

@@ -125,12 +125,12 @@ TEST(ControlCheck, WhatRegisteredOnesContradictIsDoubtful) {
     frame.set = "east";
     frame.span = 3;
     frame.rms = 0.01;
-    EXPECT_THAT(findingsOf(wall(), {frame}), IsEmpty());
+    EXPECT_THAT(findingsOf(withMarks(5, {}), {frame}), IsEmpty());
     frame.rms = 0.04;
-    EXPECT_THAT(findingsOf(wall(), {frame})[0].text,
+    EXPECT_THAT(findingsOf(withMarks(5, {}), {frame})[0].text,
                 "the control points of set \"east\" contradict each other by 0.04 m (RMS)");
     frame.contradiction = {7, 0.1, 0.001};
-    const auto findings = findingsOf(wall(), {frame});
+    const auto findings = findingsOf(withMarks(5, {}), {frame});
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].kind, FitFinding::Kind::CONTROL_POINT_OFF);
     EXPECT_EQ(findings[0].outcome, FitOutcome::DOUBTFUL);
@@ -143,10 +143,10 @@ TEST(ControlCheck, APointSetThatLiesElsewhereAlthoughItWasRegisteredPointsToItsM
     DisplayFitResult result;
     result.findings.push_back({FitFinding::Kind::FRAME_MOVED, FitOutcome::DOUBTFUL, "moved", "--register rigid"});
     Registration frame;
-    ControlCheck::judge(wall(), {frame}, result);
+    ControlCheck::judge(withMarks(5, {}), {frame}, result);
     EXPECT_THAT(result.findings[0].remedy, StartsWith("check that the control points of this set were measured by"));
     result.findings[0].remedy = "--register rigid";
-    ControlCheck::judge(wall(), {}, result);
+    ControlCheck::judge(withMarks(5, {}), {}, result);
     EXPECT_EQ(result.findings[0].remedy, "--register rigid");
 }
 

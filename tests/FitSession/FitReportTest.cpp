@@ -81,6 +81,14 @@ TEST(FitReport, ItsTextHasEachChannelBeforeAndAfter) {
     EXPECT_THAT(text, HasSubstr("\nNothing was written.\n"));
 }
 
+TEST(FitReport, OneIsNoPlural) {
+    FitReport one = report();
+    one.measured.rows = 1;
+    one.combined.points.resize(1);
+    one.result.channels.clear();
+    EXPECT_THAT(textOf(one), HasSubstr("points.csv: 1 point of 1 row, "));
+}
+
 TEST(FitReport, WhereThereIsNoUnitNoBlankStandsForIt) {
     FitReport bare = report();
     bare.result.unit = "";

@@ -15,6 +15,7 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::StartsWith;
 using Veltrani::FitSession::ControlPoint;
 using Veltrani::FitSession::FrameRegistration;

@@ -31,7 +31,7 @@ struct UnitPair {
 };
 
 struct NamedRatio {
-    double ratio;
+    double ratio = 1;
     UnitPair units;
     UnitPair others;  ///< whose ratio is hardly different; may be empty
 };
