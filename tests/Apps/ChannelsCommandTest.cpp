@@ -241,6 +241,19 @@ TEST_F(ChannelsCommandTest, AFileWithoutProjectorsSaysHowToAddOne) {
     EXPECT_THAT(json.output, ContainsRegex("\"channels\": *\\[\\]")) << "a program finds a listing of none";
 }
 
+TEST_F(ChannelsCommandTest, AFileOfAnyNameIsOneWordInTheCommandThatIsSuggested) {
+    for (const std::string name : {"plain.xml", "two words.xml", "it's $HOME's.xml"}) {
+        const std::string file = folder.write(name, display(""));
+        const std::string errors = runScreenManager({"channels", file}).errors;
+        const std::string begin = "add one with: screenmanager add ";
+        const std::size_t at = errors.find(begin);
+        ASSERT_NE(at, std::string::npos) << errors;
+        // The shell itself takes the rest apart.
+        EXPECT_EQ(runProgram("/bin/sh", {"-c", "printf '%s|' " + errors.substr(at + begin.size())}).output,
+                  file + "|ADDRESS|");
+    }
+}
+
 TEST_F(ChannelsCommandTest, AConfigurationThatCannotBeUsedExitsWithThree) {
     EXPECT_EQ(channels("<Display").exitCode, 3);
     EXPECT_EQ(runScreenManager({"channels", folder.file("gone.xml")}).exitCode, 3);

@@ -175,6 +175,19 @@ TEST(CommandLine, EveryShellIsGivenEveryCommandAndOption) {
     EXPECT_EQ(runScreenManager({"--completion", "tcsh"}).exitCode, 2);
 }
 
+TEST(CommandLine, OnlyTheHelpOfCommandsWithAnOutputSaysThatItsNameStatesTheFormat) {
+    std::vector<std::string> named;
+    for (const std::string& command : commandsOfTheProgram()) {
+        const std::string help =
+            std::regex_replace(runScreenManager({command, "--help"}).output, std::regex("\\s+"), " ");
+        if (help.find("(default: as FILE is named") != std::string::npos) {
+            EXPECT_THAT(help, HasSubstr("--output FILE")) << command;
+            named.push_back(command);
+        }
+    }
+    EXPECT_THAT(named, testing::UnorderedElementsAre("coverage", "map", "picture", "targets"));
+}
+
 // As a reader takes it over, where there is no display of that name; the search goes to nobody and is short.
 TEST(CommandLine, TheHelpOfEachCommandHasAnExampleThatIsAccepted) {
     for (const std::string& command : commandsOfTheProgram()) {

@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+#include <tuple>
+#include <vector>
 
 namespace {
 
@@ -91,6 +94,37 @@ TEST_F(ExportOptions, OfNodesAreForFormatsThatHaveThem) {
     expectTaken({"--nodes", "auto", "--error", "1"});
     expectTaken({"--format", "obj", "--error", "1"});
     expectTaken({"--format", "obj", "--input", "equirectangular", "--wrap", "--nodes", "9x7"});
+}
+
+TEST_F(ExportOptions, OfNumbersEndAtTheirBounds) {
+    const std::vector<std::string> frustum{"--input", "frustum", "--nodes", "3x3"};
+    const std::vector<std::string> fisheye{"--input", "fisheye", "--nodes", "3x3"};
+    const std::vector<std::string> chosen{"--nodes", "auto"};
+    const auto with = [](std::vector<std::string> others, const char* name, const char* value) {
+        others.insert(others.end(), {name, value});
+        return others;
+    };
+    for (const auto& [others, name, value, bounds] :
+         std::vector<std::tuple<std::vector<std::string>, const char*, const char*, const char*>>{
+             {frustum, "--roll", "-360.001", "--roll: is not from -360 to 360"},
+             {frustum, "--roll", "360.001", "--roll: is not from -360 to 360"},
+             {frustum, "--margin", "-0.001", "--margin: is not from 0 to 100"},
+             {frustum, "--margin", "100.001", "--margin: is not from 0 to 100"},
+             {fisheye, "--aperture", "0", "--aperture: is not above 0 to 360"},
+             {fisheye, "--aperture", "360.001", "--aperture: is not above 0 to 360"},
+             {chosen, "--error", "0", "--error: is not above 0 to 1000000"},
+             {chosen, "--error", "1000001", "--error: is not above 0 to 1000000"},
+             {frustum, "--near", "0", "--near: is not above 0 to 1000000000000"},
+             {frustum, "--far", "1000000000001", "--far: is not above 0 to 1000000000000"}}) {
+        expectRefused(with(others, name, value), bounds);
+    }
+    expectTaken(with(frustum, "--roll", "-360"));
+    expectTaken(with(frustum, "--roll", "360"));
+    expectTaken(with(frustum, "--margin", "0"));
+    expectTaken(with(frustum, "--margin", "100"));
+    expectTaken(with(fisheye, "--aperture", "360"));
+    expectTaken(with(chosen, "--error", "1000000"));
+    expectTaken(with(frustum, "--far", "1000000000000"));
 }
 
 }  // namespace

@@ -305,15 +305,18 @@ TEST(LocatorExamples, BentRaysAreRecordedOneByOneOnlyWhereTheyAreFew) {
     const TemporaryFolder folder;
     const std::string display = folder.write("display.xml", BENT_DISPLAY);
     const auto records = [&](const std::string& command, const std::vector<std::string>& options) {
-        std::vector<std::string> arguments{"--verbose", command, display};
+        std::vector<std::string> arguments{"--verbose", "--log", folder.file(command + ".log"), command, display};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const ProgramRun run = runScreenManager(arguments);
         EXPECT_EQ(run.exitCode, 0) << command << ": " << run.errors;
-        EXPECT_THAT(run.errors, HasSubstr("info: ")) << command;
-        return run.errors;
+        const std::string log = folder.read(command + ".log");
+        EXPECT_THAT(log, HasSubstr("\tINFO\t")) << command;
+        return log;
     };
     EXPECT_THAT(records("targets", {"--grid", "2x2"}), HasSubstr(" mapped to "));
     EXPECT_THAT(records("check", {}), Not(HasSubstr(" mapped to ")));
+    EXPECT_THAT(records("coverage", {}), Not(HasSubstr(" mapped to ")));
+    EXPECT_THAT(records("export", {"-o", folder.file("export")}), Not(HasSubstr(" mapped to ")));
     EXPECT_THAT(records("view", {"-o", folder.file("view.html")}), Not(HasSubstr(" mapped to ")));
     EXPECT_THAT(records("picture", {"-o", folder.file("picture.png"), "--size", "200x200"}),
                 Not(HasSubstr(" mapped to ")));
