@@ -22,7 +22,8 @@ constexpr double UNEVEN = 1.25;
 constexpr int HALVINGS = 10;
 /// Pixels on the screen: what so short a step leaves further apart are two parts of the screen.
 constexpr double APART = 0.5;
-/// Pixels of another channel: the ring in its picture by which it is seen that the screen goes on around a place.
+/// Of the ring in the picture of another channel by which it is seen that the screen goes on around a place: in the
+/// parts of that picture that are pixels of this channel's.
 constexpr double RING = 1.5;
 constexpr std::size_t RING_POINTS = 12;
 /// Where the screen goes on, the farthest point of the ring is not farther than so many times the nearest but one, as
