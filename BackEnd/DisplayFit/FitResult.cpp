@@ -1,61 +1,48 @@
 #include "DisplayFit/FitResult.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Veltrani::DisplayFit {
 
+namespace {
+
+struct NamedKind {
+    FitFinding::Kind kind;
+    const char* name;
+};
+
+constexpr std::array KINDS{NamedKind{FitFinding::Kind::CHANGED_FOR_PLANE, "CHANGED_FOR_PLANE"},
+                           NamedKind{FitFinding::Kind::OUTLIERS, "OUTLIERS"},
+                           NamedKind{FitFinding::Kind::ILL_DETERMINED, "ILL_DETERMINED"},
+                           NamedKind{FitFinding::Kind::DEVIATIONS_TOO_SMALL, "DEVIATIONS_TOO_SMALL"},
+                           NamedKind{FitFinding::Kind::BEYOND_FOLD, "BEYOND_FOLD"},
+                           NamedKind{FitFinding::Kind::TOO_FEW_POINTS, "TOO_FEW_POINTS"},
+                           NamedKind{FitFinding::Kind::POINTS_ON_LINE, "POINTS_ON_LINE"},
+                           NamedKind{FitFinding::Kind::POINTS_ON_PLANE, "POINTS_ON_PLANE"},
+                           NamedKind{FitFinding::Kind::NOT_DETERMINED, "NOT_DETERMINED"},
+                           NamedKind{FitFinding::Kind::U_REVERSED, "U_REVERSED"},
+                           NamedKind{FitFinding::Kind::V_REVERSED, "V_REVERSED"},
+                           NamedKind{FitFinding::Kind::UV_EXCHANGED, "UV_EXCHANGED"},
+                           NamedKind{FitFinding::Kind::AXIS_MIRRORED, "AXIS_MIRRORED"},
+                           NamedKind{FitFinding::Kind::AXES_EXCHANGED, "AXES_EXCHANGED"},
+                           NamedKind{FitFinding::Kind::CHANNELS_EXCHANGED, "CHANNELS_EXCHANGED"},
+                           NamedKind{FitFinding::Kind::WRONG_UNIT, "WRONG_UNIT"},
+                           NamedKind{FitFinding::Kind::DEVIATIONS_TOO_LARGE, "DEVIATIONS_TOO_LARGE"},
+                           NamedKind{FitFinding::Kind::FRAME_MOVED, "FRAME_MOVED"},
+                           NamedKind{FitFinding::Kind::FRAMES_MIXED, "FRAMES_MIXED"},
+                           NamedKind{FitFinding::Kind::FRAME_NOT_REGISTERED, "FRAME_NOT_REGISTERED"},
+                           NamedKind{FitFinding::Kind::CONTROL_POINT_OFF, "CONTROL_POINT_OFF"},
+                           NamedKind{FitFinding::Kind::IMPLAUSIBLE_VALUES, "IMPLAUSIBLE_VALUES"},
+                           NamedKind{FitFinding::Kind::NOT_FITTING, "NOT_FITTING"},
+                           NamedKind{FitFinding::Kind::KIND_NOT_SOLVED, "KIND_NOT_SOLVED"}};
+
+}  // namespace
+
 std::string FitFinding::nameOf(Kind kind) {
-    switch (kind) {
-        case Kind::CHANGED_FOR_PLANE:
-            return "CHANGED_FOR_PLANE";
-        case Kind::OUTLIERS:
-            return "OUTLIERS";
-        case Kind::ILL_DETERMINED:
-            return "ILL_DETERMINED";
-        case Kind::DEVIATIONS_TOO_SMALL:
-            return "DEVIATIONS_TOO_SMALL";
-        case Kind::BEYOND_FOLD:
-            return "BEYOND_FOLD";
-        case Kind::TOO_FEW_POINTS:
-            return "TOO_FEW_POINTS";
-        case Kind::POINTS_ON_LINE:
-            return "POINTS_ON_LINE";
-        case Kind::POINTS_ON_PLANE:
-            return "POINTS_ON_PLANE";
-        case Kind::NOT_DETERMINED:
-            return "NOT_DETERMINED";
-        case Kind::U_REVERSED:
-            return "U_REVERSED";
-        case Kind::V_REVERSED:
-            return "V_REVERSED";
-        case Kind::UV_EXCHANGED:
-            return "UV_EXCHANGED";
-        case Kind::AXIS_MIRRORED:
-            return "AXIS_MIRRORED";
-        case Kind::AXES_EXCHANGED:
-            return "AXES_EXCHANGED";
-        case Kind::CHANNELS_EXCHANGED:
-            return "CHANNELS_EXCHANGED";
-        case Kind::WRONG_UNIT:
-            return "WRONG_UNIT";
-        case Kind::DEVIATIONS_TOO_LARGE:
-            return "DEVIATIONS_TOO_LARGE";
-        case Kind::FRAME_MOVED:
-            return "FRAME_MOVED";
-        case Kind::FRAMES_MIXED:
-            return "FRAMES_MIXED";
-        case Kind::FRAME_NOT_REGISTERED:
-            return "FRAME_NOT_REGISTERED";
-        case Kind::CONTROL_POINT_OFF:
-            return "CONTROL_POINT_OFF";
-        case Kind::IMPLAUSIBLE_VALUES:
-            return "IMPLAUSIBLE_VALUES";
-        case Kind::NOT_FITTING:
-            return "NOT_FITTING";
-        case Kind::KIND_NOT_SOLVED:
-            return "KIND_NOT_SOLVED";
-    }
-    return {};
+    const auto* const found =
+        std::find_if(KINDS.begin(), KINDS.end(), [kind](const NamedKind& named) { return named.kind == kind; });
+    return found == KINDS.end() ? "" : found->name;
 }
 
 std::string FittedValue::nameOf(Quantity quantity) {
