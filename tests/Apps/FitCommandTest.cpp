@@ -100,6 +100,21 @@ protected:
         return largest;
     }
 
+    /// The measured points as rows of channel,u,v,x,y,z,X,Y,Z.
+    [[nodiscard]] std::string rowsBesideControls() const {
+        const auto lines = linesOf(m_folder.read("measured.csv"));
+        std::string rows;
+        for (std::size_t i = 4; i < lines.size(); ++i) {
+            std::istringstream cells(lines[i]);
+            std::vector<std::string> cell(1);
+            while (std::getline(cells, cell.back(), ',')) {
+                cell.emplace_back();
+            }
+            rows += cell[0] + ',' + cell[5] + ',' + cell[6] + ',' + cell[7] + ',' + cell[8] + ',' + cell[9] + ",,,\n";
+        }
+        return rows;
+    }
+
     TemporaryFolder m_folder;
     std::string m_planned;
 };
@@ -221,17 +236,8 @@ TEST_F(FitCommand, WhatIsNotRegisteredIsRemarked) {
 
 // The fit succeeds with a frame of its own: what it found is doubted nevertheless.
 TEST_F(FitCommand, ControlPointsThatAreNotUsedMakeAFitDoubtful) {
-    auto table = m_folder.read("measured.csv");
-    const auto lines = linesOf(table);
-    table = "# unit m\nchannel,u,v,x,y,z,X,Y,Z\n,,,0,0,0,10,0,0\n,,,3,0,0,13,0,0\n,,,0,4,0,10,4,0\n";
-    for (std::size_t i = 4; i < lines.size(); ++i) {
-        std::istringstream cells(lines[i]);
-        std::vector<std::string> cell(1);
-        while (std::getline(cells, cell.back(), ',')) {
-            cell.emplace_back();
-        }
-        table += cell[0] + ',' + cell[5] + ',' + cell[6] + ',' + cell[7] + ',' + cell[8] + ',' + cell[9] + ",,,\n";
-    }
+    std::string table = "# unit m\nchannel,u,v,x,y,z,X,Y,Z\n,,,0,0,0,10,0,0\n,,,3,0,0,13,0,0\n,,,0,4,0,10,4,0\n";
+    table += rowsBesideControls();
     m_folder.write("controls.csv", table);
     const ProgramRun run = fit({"-o", m_folder.file("show/fitted.xml")}, "controls.csv");
     EXPECT_EQ(run.exitCode, DOUBTFUL) << run.output;
@@ -240,18 +246,10 @@ TEST_F(FitCommand, ControlPointsThatAreNotUsedMakeAFitDoubtful) {
 
 // The frame of the display itself, with five control points of which one is off.
 TEST_F(FitCommand, AControlPointThatIsWrongIsNamedByItsLine) {
-    const auto lines = linesOf(m_folder.read("measured.csv"));
     const auto run = [&](double off) {
         std::string table = "# unit m\nchannel,u,v,x,y,z,X,Y,Z\n,,,0,0,0,0,0,0\n,,,3,0,0,3,0,0\n,,,0,4,0," +
                             std::to_string(off) + ",4,0\n,,,0,0,2,0,0,2\n,,,-2,1,1,-2,1,1\n";
-        for (std::size_t i = 4; i < lines.size(); ++i) {
-            std::istringstream cells(lines[i]);
-            std::vector<std::string> cell(1);
-            while (std::getline(cells, cell.back(), ',')) {
-                cell.emplace_back();
-            }
-            table += cell[0] + ',' + cell[5] + ',' + cell[6] + ',' + cell[7] + ',' + cell[8] + ',' + cell[9] + ",,,\n";
-        }
+        table += rowsBesideControls();
         m_folder.write("controls.csv", table);
         return fit({"--register", "rigid", "-o", m_folder.file("show/fitted.xml")}, "controls.csv");
     };

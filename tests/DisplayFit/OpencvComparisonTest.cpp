@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -121,6 +122,15 @@ std::vector<MeasuredPoint> rounded(std::vector<MeasuredPoint> points) {
     return points;
 }
 
+/// Ours, without the robust loss.
+ChannelFit plainFit(const SyntheticChannel& channel, const ChannelValues& start,
+                    const std::vector<MeasuredPoint>& points, std::optional<SolvedGroups> solved = std::nullopt) {
+    FitOptions options;
+    options.isRobust = false;
+    options.solved = solved;
+    return DisplayFitter(options).fit(*channel.config(start, "start"), points).channels.at(0);
+}
+
 const std::vector<std::vector<double>> LENSES{{-0.14, 0.08, 4e-4, -3e-4},
                                               {-0.14, 0.08, 4e-4, -3e-4, -0.02},
                                               {-0.3, 0.12, -1e-3, 2e-3, 0.01},
@@ -147,9 +157,7 @@ TEST_P(OpencvComparison, OurCostIsNoLargerThanThatOfACalibration) {
     const double pixels = index < LENSES.size() ? 0.3 : 2;
     const auto points = rounded(SyntheticChannel::noisyInPicture(channel.measured(300), pixels, 5));
     const ChannelValues start = channel.disturbed();
-    FitOptions options;
-    options.isRobust = false;
-    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    const ChannelFit fit = plainFit(channel, start, points);
     ASSERT_TRUE(fit.isSolved);
     ASSERT_NE(fit.outcome, FitOutcome::UNUSABLE);
     const Correspondences list = correspondencesOf(points);
@@ -207,9 +215,7 @@ TEST_P(OpencvComparison, ANarrowRationalLensIsNoWorseThanAMinimumThatIsALens) {
     const SyntheticChannel channel("BrownConrady", LENSES[4], static_cast<unsigned>(40 + GetParam()));
     const auto points = rounded(SyntheticChannel::noisyInPicture(channel.measured(300), 0.3, 5));
     const ChannelValues start = channel.disturbed();
-    FitOptions options;
-    options.isRobust = false;
-    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    const ChannelFit fit = plainFit(channel, start, points);
     ASSERT_TRUE(fit.isSolved);
     const Correspondences list = correspondencesOf(points);
     const double ours = costOf(list, fit.after);
@@ -281,9 +287,7 @@ TEST_P(OpencvComparison, OurFisheyeIsNoWorse) {
     const double pixels = GetParam() % 2 == 0 ? 0.3 : 2;
     const auto points = SyntheticChannel::noisyInPicture(channel.measured(300), pixels, 7);
     const ChannelValues start = channel.disturbed();
-    FitOptions options;
-    options.isRobust = false;
-    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    const ChannelFit fit = plainFit(channel, start, points);
     ASSERT_TRUE(fit.isSolved);
     const Correspondences list = correspondencesOf(points);
     const auto problem = cv::makePtr<FisheyeProblem>(list);
@@ -302,10 +306,7 @@ TEST_P(OpencvComparison, OurPoseIsNoWorseThanOneOfALensThatIsKnown) {
     const auto points = SyntheticChannel::noisyInPicture(channel.measured(50), 1, 6);
     ChannelValues start = channel.disturbed();
     start.lens = channel.truth().lens;
-    FitOptions options;
-    options.isRobust = false;
-    options.solved = SolvedGroups{true, true, false, false, false};
-    const ChannelFit fit = DisplayFitter(options).fit(*channel.config(start, "start"), points).channels[0];
+    const ChannelFit fit = plainFit(channel, start, points, SolvedGroups{true, true, false, false, false});
     ASSERT_TRUE(fit.isSolved);
     const Correspondences list = correspondencesOf(points);
     cv::Mat turn;
