@@ -20,6 +20,10 @@ std::string failingAllocations() {
     return SM_FAILING_ALLOCATIONS;
 }
 
+std::string failingClose() {
+    return SM_FAILING_CLOSE;
+}
+
 std::string simulatorFile() {
     return SM_PJLINK_SIMULATOR;
 }

@@ -21,5 +21,8 @@ std::string exampleGenerator();
 /// The library that lets allocations of a program fail into which it is preloaded.
 std::string failingAllocations();
 
+/// The library that lets the closing of files fail in a program into which it is preloaded.
+std::string failingClose();
+
 /// The program that plays projectors.
 std::string simulatorFile();
