@@ -1,5 +1,6 @@
 // Every limit of a rule, from both sides: the number beside it that is still sound, and the one that is not.
 #include "CheckedDisplays.h"
+#include "DisplayParts.h"
 #include "DisplayReport/check/Rule.h"
 #include "support/Displays.h"
 
@@ -209,6 +210,24 @@ TEST(Borders, PositionsBesideAMirrorMayLieAnywhere) {
     const DisplayDescription description = folder.checked(display);
     EXPECT_EQ(description.count(Severity::WARNING), 0U) << testing::PrintToString(reported(description));
     EXPECT_EQ(rulesOf(description).count("without-effect"), 1U);
+}
+
+/// A facade of 170 x 10 m, 13 m from the origin, whose picture has a layout of 10 m by this height around zero.
+std::set<std::string> rulesOfTallLayout(const std::string& half) {
+    return rulesOf(DisplayFolder().checked(
+        {"tall",
+         sound::display(
+             "<Screen shape='Flat'><EyePoint x='0' y='0' z='1.7'/><Centre x='0' y='12' z='5'/><Size "
+             "width='170' height='10'/></Screen>",
+             sound::of("PlanarBasic"),
+             sound::projector(1, "All", sound::area("0", "1", "0", "1") + sound::layout("0", "10", "-" + half, half))),
+         {}}));
+}
+
+// A tenth of the screen is 17 m.
+TEST(Borders, OtherLengthsBesideAFacadeAreLayoutsBothWays) {
+    EXPECT_EQ(rulesOfTallLayout("8.6").count("screen-size"), 0U);
+    EXPECT_EQ(rulesOfTallLayout("8.4").count("screen-size"), 1U);
 }
 
 }  // namespace

@@ -40,6 +40,14 @@ TEST_F(MapFileLightTest, LightsWhatTheFileCovers) {
     EXPECT_FALSE(part.lights(at(0.26, 0.51)));
 }
 
+TEST_F(MapFileLightTest, LightsItsPictureWithTheEdges) {
+    const MapFileLight part = light(PART);
+    for (const double s : {0.25, 0.5, 0.75}) {
+        EXPECT_TRUE(part.lights(at(s, 0)) && part.lights(at(s, 0.5))) << s;
+    }
+    EXPECT_TRUE(part.lights(at(0.25, 0.25)) && part.lights(at(0.75, 0.25)));
+}
+
 TEST_F(MapFileLightTest, APictureSmallerThanTheFileShowsAsMuchLess) {
     const MapFileLight half = light(PART, 100, 100);
     EXPECT_TRUE(half.lights(at(0.49, 0.25)));

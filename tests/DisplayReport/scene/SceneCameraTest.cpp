@@ -71,6 +71,29 @@ TEST(SceneCamera, APointIsWhereTheIntersectionOfItsRayWithThePictureIs) {
     }
 }
 
+// From the front the camera looks along y: where the line comes to the least distance ahead is read off its y.
+TEST(SceneCamera, ALineThatRunsBehindTheCameraEndsBeforeIt) {
+    const SceneCamera camera(wall(), "front", WIDTH, HEIGHT);
+    const P3 position = camera.position();
+    const P3 ahead{1.5, 4, 0.75};
+    const P3 behind = position + P3{-0.5, -3, 0.25};
+    const double share = (position[1] + camera.nearest() - ahead[1]) / (behind[1] - ahead[1]);
+    const P3 cut = ahead + (behind - ahead) * share;
+    const double focus = HEIGHT / 2 / std::tan(16 * std::numbers::pi / 180);
+    const P3 end{WIDTH / 2 + focus * (cut[0] - position[0]) / camera.nearest(),
+                 HEIGHT / 2 - focus * (cut[2] - position[2]) / camera.nearest(), 1 / camera.nearest()};
+    const auto forwards = camera.placeLine(ahead, behind);
+    const auto backwards = camera.placeLine(behind, ahead);
+    ASSERT_TRUE(forwards.has_value() && backwards.has_value());
+    EXPECT_EQ(forwards->first, *camera.place(ahead));
+    EXPECT_EQ(backwards->second, *camera.place(ahead));
+    EXPECT_LE(norm(forwards->second - end), 1e-9 * norm(end));
+    EXPECT_LE(norm(backwards->first - end), 1e-9 * norm(end));
+    EXPECT_FALSE(camera.placeLine(behind, behind - P3{1, 1, 1}).has_value());
+    const P3 other{-2, 5, 1};
+    EXPECT_EQ(camera.placeLine(ahead, other), std::pair(*camera.place(ahead), *camera.place(other)));
+}
+
 TEST(SceneCamera, TheSceneFillsThePictureUpToItsMargin) {
     const DisplayScene scene = wall();
     const SceneCamera camera(scene, "front", WIDTH, HEIGHT);

@@ -135,6 +135,15 @@ TEST(ResidualPainter, TheSymbolsOfTheKeyStandBesideTheirWords) {
         }
     }
     ASSERT_EQ(symbols.size(), 3U);
+    const auto cross = std::find_if(drawing.texts.begin(), drawing.texts.end(),
+                                    [](const auto& one) { return one.text == "\xc3\x97"; });
+    ASSERT_NE(cross, drawing.texts.end());
+    const auto words = std::find_if(drawing.texts.begin(), drawing.texts.end(), [&](const auto& one) {
+        return one.text == "outlier, with its line of the table" && one.down == cross->down;
+    });
+    ASSERT_NE(words, drawing.texts.end()) << "the cross stands on their line";
+    EXPECT_GT(cross->size, words->size);
+    EXPECT_LT(cross->size, 2 * words->size);
     const auto& dashes = symbols["outlier, with its line of the table"];
     ASSERT_EQ(dashes.size(), 2U);
     EXPECT_LT(dashes[0].second, dashes[1].first);
@@ -178,6 +187,52 @@ TEST(ChannelPicturePainter, VectorsStandAtTheirPlacesInThePicture) {
     EXPECT_THAT(marks.texts, Contains("pixels of its picture, from the bottom left corner"));
     EXPECT_THAT(marks.texts, Contains("3 measured points, 1 outlier"));
     EXPECT_EQ(stills::imageOf(drawing).width, static_cast<std::size_t>(WIDTH));
+}
+
+// Every number of the scales stands outside of the picture of 1920 x 1200 beside a line that crosses it at so many
+// pixels.
+TEST(ChannelPicturePainter, TheScalesHaveALineAtEachOfTheirNumbers) {
+    const Drawing drawing = ChannelPicturePainter(WIDTH, HEIGHT).paint(measuredWall(20), 0);
+    const double left = drawing.triangles[0].corners[0][0];
+    const double bottom = drawing.triangles[0].corners[0][1];
+    const double right = drawing.triangles[0].corners[1][0];
+    const double top = drawing.triangles[1].corners[2][1];
+    const double scale = (right - left) / 1920;
+    const auto hasLine = [&](double x0, double y0, double x1, double y1) {
+        return std::any_of(drawing.lines.begin(), drawing.lines.end(), [&](const Drawing::Line& line) {
+            return std::hypot(line.from[0] - x0, line.from[1] - y0) < 1e-6 &&
+                   std::hypot(line.to[0] - x1, line.to[1] - y1) < 1e-6;
+        });
+    };
+    int below = 0;
+    int beside = 0;
+    for (const Drawing::Text& text : drawing.texts) {
+        // The legend has numbers above the picture, and the outlier has that of its line in it.
+        const bool isNumber = text.text.find_first_not_of("0123456789") == std::string::npos;
+        if (!isNumber || text.down < top - text.size || text.text == "17") {
+            continue;
+        }
+        const double pixels = std::stod(text.text);
+        if (text.anchor == Drawing::Anchor::MIDDLE) {
+            EXPECT_NEAR(text.right, left + scale * pixels, 1e-6);
+            EXPECT_GT(text.down - text.size, bottom) << text.text;
+            EXPECT_TRUE(hasLine(text.right, bottom, text.right, top)) << text.text;
+            ++below;
+        } else {
+            const double down = bottom - scale * pixels;
+            EXPECT_EQ(text.anchor, Drawing::Anchor::RIGHT);
+            EXPECT_LT(text.right, left) << text.text;
+            EXPECT_GT(text.right, left - 2 * text.size) << text.text;
+            EXPECT_NEAR(text.down - text.size / 2, down, 1e-6) << text.text;
+            EXPECT_TRUE(hasLine(left, down, right, down)) << text.text;
+            ++beside;
+        }
+    }
+    EXPECT_GE(below, 5);
+    EXPECT_GE(beside, 3);
+    EXPECT_TRUE(hasLine(left, bottom, right, bottom) && hasLine(right, bottom, right, top) &&
+                hasLine(right, top, left, top) && hasLine(left, top, left, bottom))
+        << "a frame around it";
 }
 
 TEST(ChannelPicturePainter, AChannelWithoutPointsSaysSo) {
