@@ -122,6 +122,24 @@ TEST_F(LogOption, BentRaysAreLoggedWhenVerboseOnly) {
     EXPECT_THAT(log(), HasSubstr("INFO\tDravix.ScreenManager.SphereTargetLocator\t"));
 }
 
+TEST_F(LogOption, CommandsThatBendMillionsOfRaysLogNone) {
+    const std::string display = EXAMPLES + "collimated/display.xml";
+    const std::string result = folder.file("result");
+    const std::vector<std::vector<std::string>> commands{
+        {"check", display},
+        {"coverage", display, "-o", result},
+        {"export", display, "--no-blend", "--nodes", "3x3", "-o", folder.file("export")},
+        {"picture", display, "--size", "200x200", "-o", result + ".png"},
+        {"view", display, "-o", result + ".html"}};
+    for (std::vector<std::string> command : commands) {
+        command.insert(command.end(), {"--verbose", "--log", path()});
+        const ProgramRun run = runScreenManager(command);
+        EXPECT_LE(run.exitCode, 1) << command.front() << ": " << run.errors.substr(0, 1000);
+        EXPECT_THAT(log(), HasSubstr("INFO\t")) << command.front();
+        EXPECT_THAT(log(), Not(HasSubstr("Pitch,Yaw"))) << command.front();
+    }
+}
+
 TEST_F(LogOption, ALaterRunGoesOnBehindTheEarlierOne) {
     EXPECT_EQ(runScreenManager({"check", WALL, "--log", path()}).exitCode, 0);
     const std::string first = log();
