@@ -142,6 +142,24 @@ TEST(SceneLegend, ARemarkOnTheTargetsStandsBelowTheirCountsInWholeWords) {
     EXPECT_EQ(read, remark);
 }
 
+TEST(SceneLegend, LongRemarksOfManyChannelsStayInThePicture) {
+    for (std::size_t count = 1; count <= 40; ++count) {
+        DisplayScene scene = manyChannels(count);
+        for (SceneChannel& channel : scene.channels) {
+            channel.targets.remark =
+                "its projection model offers no grid: its targets were placed through its layout map";
+        }
+        Drawing drawing;
+        const SceneLegend legend(1600, 1000, scene);
+        legend.addTo(drawing);
+        for (const Drawing::Text& text : drawing.texts) {
+            if (text.right > legend.sceneWidth()) {
+                EXPECT_LT(text.down, 1000) << count << ": " << text.text;
+            }
+        }
+    }
+}
+
 TEST(SceneLegend, ChannelsThatHaveNoRoomAtAllAreCounted) {
     const DisplayScene scene = manyChannels(2000);
     const auto texts = textsOf(scene, 800, 500);
