@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <clocale>
 #include <cstdio>
@@ -36,6 +37,21 @@ TEST(RegularFile, ReadsEveryByte) {
     EXPECT_EQ(file.size(), content.size());
     EXPECT_EQ(file.readAll(), content);
     EXPECT_EQ(file.readAll(), content) << "a second read starts over";
+}
+
+// The first free number, which is 0 in a process without a standard input, is a file like any other.
+TEST(RegularFile, IsReadWithoutAStandardInput) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("bytes", "content");
+    const int input = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);
+    std::string content;
+    EXPECT_NO_THROW(content = RegularFile(path).readAll());
+    EXPECT_EQ(content, "content");
+    if (input >= 0) {
+        ::dup2(input, STDIN_FILENO);
+        ::close(input);
+    }
 }
 
 TEST(RegularFile, AnEmptyFileIsRead) {
