@@ -38,6 +38,13 @@ TEST(PjlinkReply, WhatOnlyBeginsLikeAStandardAnswerIsAValue) {
     EXPECT_EQ(PjlinkReply::parse("%1NAME= OK")->outcome, Outcome::VALUE);
 }
 
+TEST(PjlinkReply, ABodyIsOfLettersAndDigitsUpToTheirEnds) {
+    EXPECT_EQ(PjlinkReply::parse("%1A0Z9=1")->body, "A0Z9");
+    for (const char* line : {"%1PO@R=1", "%1PO[R=1", "%1PO/R=1", "%1PO:R=1"}) {
+        EXPECT_FALSE(PjlinkReply::parse(line).has_value()) << line;
+    }
+}
+
 TEST(PjlinkReply, AnythingElseIsNone) {
     for (const char* line :
          {"", "%", "%1", "%1POWR", "%1POWR 1", "%1POW=1", "%3POWR=1", "%0POWR=1", "1POWR=1", " %1POWR=1", "%1PO R=1",
