@@ -87,6 +87,23 @@ TEST_F(DisplayBlenderTest, AChannelAloneKeepsAllItsLight) {
     EXPECT_EQ(pictures.at(0).light.size(), 1920U * 1200U);
 }
 
+// Around the screen on all sides: what lands beside it has the light of what lands next to it.
+TEST_F(DisplayBlenderTest, APictureKeepsItsLightBeyondTheScreen) {
+    load(displays::FLAT, sized(camera("A", {0, 0, 1}, 7, 3, 35, 25), 331, 203),
+         "<TargetData type='ProjectorCentric'/>");
+    EXPECT_THAT(weights().at(0).light, testing::Each(1.0F));
+    // Two halves beside each other, the screen cut off at the top and at the bottom.
+    load(displays::FLAT, sized(area("L", 0, 0.6, -0.5, 1.5) + area("R", 0.4, 1, -0.5, 1.5), 331, 203));
+    const auto pictures = weights();
+    for (std::size_t column = 0; column < 331; ++column) {
+        // Of 203 rows those from 51 to 151 land.
+        for (const auto& [beyond, rim] : {std::pair<std::size_t, std::size_t>{0, 51}, {30, 51}, {202, 151}}) {
+            EXPECT_NEAR(pictures[0].at(column, beyond), pictures[0].at(column, rim), 2e-3) << column << ' ' << beyond;
+        }
+    }
+    EXPECT_LT(pictures[0].at(330, 0), 1e-3F);
+}
+
 TEST_F(DisplayBlenderTest, PicturesThatOnlyTouchKeepAllTheirLight) {
     load(displays::FLAT, area("A", 0, 0.5, 0, 1) + area("B", 0.5, 1, 0, 1));
     for (const BlendPicture& picture : weights()) {
@@ -231,6 +248,23 @@ TEST_F(DisplayBlenderTest, TheLiftRaisesWhatOneLightsToTheBlackOfTwo) {
     for (std::size_t column = 1; column < 1920; ++column) {
         EXPECT_LT(std::abs(lift.at(column, 600) - lift.at(column - 1, 600)), 0.002F / 16) << column;
     }
+}
+
+// No projector adds more than all the light that it has, and none less than nothing.
+TEST_F(DisplayBlenderTest, TheLiftIsNoMoreThanAProjectorHas) {
+    load(displays::FLAT, sized(area("A", 0, 0.6, 0, 1) + area("B", 0.4, 1, 0, 1), 320, 200));
+    const DisplayBlender blender(*m_config);
+    EXPECT_NEAR(blender.liftedBlack({0.9, 0.8}), 1.7, 1e-12);
+    const BlendPicture weights = blender.weights(0);
+    const BlendPicture lift = blender.lift(0, {0.9, 0.8});
+    double most = 0;
+    for (std::size_t i = 0; i < lift.light.size(); ++i) {
+        EXPECT_GE(lift.light[i], 0.0F);
+        EXPECT_LE(lift.light[i], weights.light[i] + 1e-4F);
+        most = std::max(most, static_cast<double>(lift.light[i]));
+    }
+    EXPECT_EQ(most, 1);
+    EXPECT_EQ(lift.at(10, 100), 1.0F) << "alone: eight tenths more of the one tenth that it has";
 }
 
 TEST_F(DisplayBlenderTest, WithoutADifferenceThereIsNoLift) {

@@ -151,7 +151,6 @@ TEST_F(ChannelWarpTest, GoesOnBesideWhatIsLit) {
     EXPECT_GT(pixels.count(State::CONTINUED), 1000U);
 }
 
-/// The channel of a round display that looks backwards lies over the seam.
 TEST_F(ChannelWarpTest, GoesOnOverATipOfTheScreen) {
     // A square that stands on its tip in the picture, from 0.28 to 0.72 both ways. Two of its tips reach into cells
     // without a lit corner, by a fifth of these.
@@ -160,14 +159,24 @@ TEST_F(ChannelWarpTest, GoesOnOverATipOfTheScreen) {
                              "<Position x='0' y='0' z='0'/><Orientation z='0' x='0' y='45'/><Frustum left='-45' "
                              "right='45' bottom='-45' top='45'/>"),
          "<TargetData type='ProjectorCentric'/>");
-    const ChannelWarp warp = warpOf(0, {}, {.places = WarpRequest::Places::NODES, .nodes = {12, 11}});
-    for (const double v : {0.2802, 0.29, 0.5, 0.71, 0.7198}) {
-        EXPECT_TRUE(isDrawn(warp, {0.5, v})) << v;
+    // Across the lower and the upper sides of these cells, then across their left and right ones.
+    for (const std::size_t along : {std::size_t{1}, std::size_t{0}}) {
+        const Point<int, 2> nodes = along == 1 ? Point<int, 2>{12, 11} : Point<int, 2>{11, 12};
+        const ChannelWarp warp = warpOf(0, {}, {.places = WarpRequest::Places::NODES, .nodes = nodes});
+        const auto at = [along](double place) {
+            P2 picture{0.5, 0.5};
+            picture[along] = place;
+            return picture;
+        };
+        for (const double place : {0.2802, 0.29, 0.5, 0.71, 0.7198}) {
+            EXPECT_TRUE(isDrawn(warp, at(place))) << at(place);
+        }
+        EXPECT_FALSE(isDrawn(warp, at(0.81))) << "no corner of a cell beside";
+        EXPECT_EQ(warp.error().leftOut, 0U);
     }
-    EXPECT_FALSE(isDrawn(warp, {0.5, 0.81})) << "no corner of a cell beside";
-    EXPECT_EQ(warp.error().leftOut, 0U);
 }
 
+/// The channel of a round display that looks backwards lies over the seam.
 TEST_F(ChannelWarpTest, GoesOnOverTheSeamOrIsCutThere) {
     loadAny("round");
     const InputChoice panorama{.kind = InputKind::EQUIRECTANGULAR};

@@ -3,6 +3,7 @@
 #include "Configuration/IScreenConfig.h"
 #include "Configuration/XMLConfigFile.h"
 #include "DisplayReport/channels/ChannelChoice.h"
+#include "DisplayReport/channels/ChannelLocator.h"
 #include "DisplayReport/channels/ScreenLoader.h"
 #include "ScreenManager/ScreenManager.h"
 #include "ScreenManager/TargetLocatorManager.h"
@@ -37,6 +38,11 @@ protected:
         build(XMLConfigFile::load(sourceFolder() + "/examples/" + name + "/display.xml"));
     }
 
+    /// A file beside that of the display, which may name it.
+    void write(const std::string& name, const std::string& text) const {
+        static_cast<void>(m_folder.write(name, text));
+    }
+
     /// One of those below, by its name, or an example.
     void loadAny(const std::string& name);
 
@@ -48,6 +54,11 @@ protected:
             all.push_back({all.size(), m_config->getProjectorConfig(id)});
         }
         return all;
+    }
+
+    /// Of a channel, by its number.
+    [[nodiscard]] std::shared_ptr<const TargetLocator> locator(std::size_t channel) const {
+        return Veltrani::DisplayReport::ChannelLocator::of(*m_config, *channels().at(channel).projector).locator;
     }
 
     [[nodiscard]] P3 eyePoint() const { return m_config->getScreenConfig()->getEyePoint(); }

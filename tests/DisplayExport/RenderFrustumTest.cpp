@@ -139,19 +139,4 @@ TEST(RenderFrustum, HasNoPlaceForWhatLiesBehind) {
     EXPECT_EQ(place, (P2{7.0, 7.0}));
 }
 
-TEST(RenderConvention, HasANameForEachOfItsParts) {
-    EXPECT_FALSE(RenderConvention::depthOf("OpenGL"));
-    EXPECT_FALSE(RenderConvention::worldOf("up"));
-    EXPECT_FALSE(RenderConvention::handedOf(""));
-    for (const std::string& name : RenderConvention::depthNames()) {
-        EXPECT_EQ(RenderConvention::nameOf(*RenderConvention::depthOf(name)), name);
-    }
-    for (const std::string& name : RenderConvention::worldNames()) {
-        EXPECT_EQ(RenderConvention::nameOf(*RenderConvention::worldOf(name)), name);
-    }
-    for (const std::string& name : RenderConvention::handedNames()) {
-        EXPECT_EQ(RenderConvention::nameOf(*RenderConvention::handedOf(name)), name);
-    }
-}
-
 }  // namespace

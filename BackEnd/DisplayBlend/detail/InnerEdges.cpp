@@ -12,8 +12,9 @@ constexpr int STEP = 8;  // pixels
 constexpr int HALVINGS = 24;
 /// A part of the side: its very ends lie on two sides, and rounding may put them beside the screen.
 constexpr double END = 1e-6;
-/// A part of the side: what ends nearer to its end than that ends at the corner, where no outline goes on beside it.
-constexpr double AT_A_CORNER = 1e-5;
+/// A part of the side, more than edges that count as the same lie apart: an outline that does not go on as far beside a
+/// border ends with it, at the corner of the picture or where the screen ends.
+constexpr double BESIDE = 1e-5;
 
 P2 placeOn(EdgeField::Side side, double along) {
     switch (side) {
@@ -97,8 +98,8 @@ std::vector<P2> addInnerSides(const PlaceSampler& sampler, std::size_t channel, 
             if (inner[i - 1]) {
                 field.addSide(side, start, border);
             }
-            const bool isAtACorner = std::min(border, 1 - border) < AT_A_CORNER;
-            if (!isAtACorner && own.lands(inner[i] ? border - END : border + END)) {
+            const bool isAtACorner = std::min(border, 1 - border) < BESIDE;
+            if (!isAtACorner && own.lands(inner[i] ? border - BESIDE : border + BESIDE)) {
                 crossings.push_back(placeOn(side, border));
             }
             start = border;

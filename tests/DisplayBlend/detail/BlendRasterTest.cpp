@@ -99,6 +99,50 @@ TEST_F(BlendRasterTest, PixelsOfAWallAreWhatEachWouldBeAlone) {
     expectExact();
 }
 
+// Of one pixel, of less than a square, and of squares with a rest each way.
+TEST_F(BlendRasterTest, PixelsOfSmallPicturesAreWhatEachWouldBeAlone) {
+    load(displays::FLAT, area("A", 0, 0.7, 0, 0.9) + area("B", 0.2, 1, 0.1, 1));
+    for (const Point<int, 2>& size : {Point<int, 2>{1, 1}, Point<int, 2>{7, 3}, Point<int, 2>{8, 17},
+                                      Point<int, 2>{16, 32}, Point<int, 2>{25, 9}, Point<int, 2>{41, 50}}) {
+        expectExact(size);
+    }
+}
+
+/// A value is made of the channels that light a pixel, its own first; where there is no other one it is that of one
+/// alone.
+TEST_F(BlendRasterTest, AValueIsMadeOfAllThatLightAPixel) {
+    load(displays::FLAT, area("A", 0, 0.6, 0, 1) + area("B", 0.4, 1, 0, 1) + area("C", 0.45, 0.55, 0.4, 0.6));
+    const auto lights =
+        Veltrani::DisplayReport::DisplayLights::of(*m_config, ScreenManager::getInstance()->getScreenGeometry()).lights;
+    const ChannelFields fields(lights, std::vector<Point<int, 2>>(3, {200, 120}));
+    std::size_t mostParts = 0;
+    std::size_t shades = 0;
+    std::vector<std::size_t> rows;
+    const BlendPicture picture = BlendRaster(fields, 1).picture(
+        [&](const PixelLight& light) {
+            ++shades;
+            EXPECT_EQ(light.parts.front().channel, 1U);
+            double sum = 0;
+            for (const PixelLight::Part& part : light.parts) {
+                sum += part.weight;
+            }
+            EXPECT_NEAR(sum, 1, 1e-12);
+            mostParts = std::max(mostParts, light.parts.size());
+            return static_cast<float>(light.parts.front().weight);
+        },
+        0.25F,
+        [&](std::size_t done, std::size_t all) {
+            EXPECT_EQ(all, 120U);
+            rows.push_back(done);
+        });
+    EXPECT_EQ(mostParts, 3U);
+    EXPECT_GT(shades, 0U);
+    EXPECT_LT(shades, 200 * 120U) << "not pixel by pixel";
+    EXPECT_EQ(picture.at(150, 60), 0.25F);
+    EXPECT_EQ(picture.at(199, 119), 0.25F);
+    EXPECT_THAT(rows, testing::ElementsAre(0, 16, 32, 48, 64, 80, 96, 112, 120));
+}
+
 // Pictures that share hardly more than a pixel: a wall of four, one in each corner.
 TEST_F(BlendRasterTest, SeamsOfAPixelAreBlended) {
     for (const double shared : {0.6, 1.4, 1.9, 3.0}) {

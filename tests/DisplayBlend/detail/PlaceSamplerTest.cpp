@@ -2,10 +2,54 @@
 
 #include "BlendDisplays.h"
 
+#include <tuple>
+#include <utility>
+
 namespace {
 
 using Veltrani::DisplayBlendDetail::PlaceSampler;
 using Veltrani::DisplayBlendDetail::PlaceSamples;
+
+/// One landing, and how another channel stands to it.
+PlaceSamples sampled(int side, const Veltrani::DisplayReport::ChannelLight::Reach& reach) {
+    PlaceSamples samples;
+    samples.landings.push_back({{}, true, side});
+    samples.reaches = {{}, {reach}};
+    return samples;
+}
+
+TEST(PlaceSamplesTest, LightComesFromTheSideThatIsLit) {
+    for (const int side : {-1, 0, 1}) {
+        for (const int other : {-1, 0, 1}) {
+            const bool isOne = side == other || side == 0 || other == 0;
+            EXPECT_EQ(sampled(side, {{0.5, 0.5}, true, true, other}).inSight(1, 0), isOne) << side << ' ' << other;
+            EXPECT_EQ(sampled(side, {{0.5, 0.5}, true, true, other}).isLit(1, 0), isOne);
+            EXPECT_EQ(sampled(side, {{0.5, 0.5}, true, true, other}).isInside(1, 0), isOne);
+            EXPECT_FALSE(sampled(side, {{0.5, 0.5}, true, false, other}).inSight(1, 0)) << "something stands between";
+        }
+    }
+}
+
+/// The edge is lit, what lies next to it by a millionth of the picture is the same edge.
+TEST(PlaceSamplesTest, TheEdgeIsLitAndNotInside) {
+    const auto standsAt = [](double u, double v) {
+        const PlaceSamples samples = sampled(1, {{u, v}, true, true, 1});
+        return std::pair(samples.isLit(1, 0), samples.isInside(1, 0));
+    };
+    for (const double along : {0.3, 0.7}) {
+        for (const auto& [place, isLit, isInside] : {std::tuple(-1e-9, false, false),
+                                                     {0.0, true, false},
+                                                     {0.9e-6, true, false},
+                                                     {1.1e-6, true, true},
+                                                     {1 - 1.1e-6, true, true},
+                                                     {1 - 0.9e-6, true, false},
+                                                     {1.0, true, false},
+                                                     {1 + 1e-9, false, false}}) {
+            EXPECT_EQ(standsAt(place, along), std::pair(isLit, isInside)) << place;
+            EXPECT_EQ(standsAt(along, place), std::pair(isLit, isInside)) << place;
+        }
+    }
+}
 
 class PlaceSamplerTest : public BlendDisplayTest {
 protected:
