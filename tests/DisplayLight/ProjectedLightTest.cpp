@@ -81,6 +81,12 @@ TEST(ProjectedLight, BetweenTheMiddlesOfPixelsItIsLinearBothWays) {
     EXPECT_NEAR(codeAt(light, {0.0, 0.0}), 80, 1e-4);
     EXPECT_NEAR(codeAt(light, {1.0, 0.0}), 180, 1e-4);
     EXPECT_NEAR(codeAt(light, {1.0, 0.5}), 190, 1e-4);
+    const ProjectedLight column(greys(1, 4, {0, 100, 200, 40}), LINEAR, 0);
+    EXPECT_NEAR(codeAt(column, {0.5, 0.75}), 50, 1e-4);
+    EXPECT_NEAR(codeAt(column, {0.5, 0.5}), 150, 1e-4);
+    const ProjectedLight row(greys(4, 1, {0, 100, 200, 40}), LINEAR, 0);
+    EXPECT_NEAR(codeAt(row, {0.25, 0.5}), 50, 1e-4);
+    EXPECT_NEAR(codeAt(row, {0.5, 0.5}), 150, 1e-4);
 }
 
 /// A footprint of two pixels sees a picture of half the size, one of four that of a quarter: here averaged by hand.

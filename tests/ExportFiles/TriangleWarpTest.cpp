@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <random>
 
 namespace {
@@ -82,8 +84,13 @@ TEST(TriangleWarp, EachOfManyTrianglesIsFoundWhereItLies) {
             addCorner(mesh, at, content(at));
             if (row < ROWS && column < COLUMNS) {
                 const std::uint32_t a = row * (COLUMNS + 1) + column;
-                addTriangle(mesh, a, a + 1, a + COLUMNS + 2);
-                addTriangle(mesh, a, a + COLUMNS + 2, a + COLUMNS + 1);
+                // Each of their corners comes first, and each comes last.
+                std::array<std::uint32_t, 3> lower{a, a + 1, a + COLUMNS + 2};
+                std::array<std::uint32_t, 3> upper{a, a + COLUMNS + 2, a + COLUMNS + 1};
+                for (auto* const corners : {&lower, &upper}) {
+                    std::rotate(corners->begin(), corners->begin() + a % 3, corners->end());
+                    addTriangle(mesh, (*corners)[0], (*corners)[1], (*corners)[2]);
+                }
             }
         }
     }
