@@ -165,6 +165,10 @@ TEST_F(LitFootprintTest, IsTheOnlyWayThereIs) {
         found[dark].isLit = false;
     }
     expectFootprints(sixPlaces(), found, 6, std::vector<double>(6, 0));
+    found = sixPictures();
+    found[4].isLit = false;
+    const double both = std::sqrt(3 * 2.5 + 1 * 2);
+    expectFootprints(sixPlaces(), found, 6, {both, across, both, along, 0, along});
 }
 
 TEST_F(LitFootprintTest, WhatLiesFarApartInThePictureIsNotBesideEachOther) {
