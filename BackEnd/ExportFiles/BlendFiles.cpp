@@ -57,7 +57,7 @@ std::vector<double> residualOf(const XMLConfigManager& config, const std::vector
         if (!level.channel.empty()) {
             const auto channel = DisplayReport::ChannelChoice::of(config, level.channel);
             id = toUtf8(channel.projector->getIdentity());
-            of = "channel " + channel.describe();
+            of = channel.describe();
         }
         if (!lights.emplace(id, level.light).second) {
             throw VeltraniException(fromUtf8OrBytes(of + ": two black levels are stated: state one"));

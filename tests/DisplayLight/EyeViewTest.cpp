@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -89,6 +92,76 @@ TEST(EyeView, APanoramaStandsUprightAndBeginsAgainAfterItsTurn) {
     EXPECT_NEAR(middle[0], 500, 1e-9);
     EXPECT_FALSE(view.directionOf({500, middle[1] + 251}));
     EXPECT_TRUE(view.directionOf({500, middle[1] + 249}));
+}
+
+/// The edges of what a picture shows of directions: left, right, bottom and top.
+std::array<double, 4> edgesOf(const EyeView& view, const std::vector<P3>& directions) {
+    std::array<double, 4> edges{1e9, -1e9, 1e9, -1e9};
+    for (const P3& direction : directions) {
+        const P2 place = view.placeOf(direction).value();
+        edges = {std::min(edges[0], place[0]), std::max(edges[1], place[0]), std::min(edges[2], place[1]),
+                 std::max(edges[3], place[1])};
+    }
+    return edges;
+}
+
+// Directions that lie lopsided around their mean, in pictures that are too wide for them and too high.
+TEST(EyeView, WhatItShowsFillsThePictureAndStandsInItsMiddle) {
+    for (const double sides : {20.0, 100.0}) {
+        std::vector<P3> directions = fan(25, sides);
+        directions.push_back({std::sin((30 + sides) * DEGREE), std::cos((30 + sides) * DEGREE), 0.25});
+        for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{300, 900}, {900, 200}}) {
+            const EyeView view = EyeView::around({}, directions, width, height);
+            EXPECT_EQ(view.kind(), sides < 60 ? EyeView::Kind::FLAT : EyeView::Kind::FISHEYE);
+            const auto [left, right, bottom, top] = edgesOf(view, directions);
+            EXPECT_NEAR(left + right, static_cast<double>(width), 1e-9);
+            EXPECT_NEAR(bottom + top, static_cast<double>(height), 1e-9);
+            if (width < height) {
+                EXPECT_NEAR(right - left, 0.96 * 300, 1e-9);
+            } else {
+                EXPECT_NEAR(top - bottom, 0.96 * 200, 1e-9);
+            }
+            expectShown(view, directions);
+        }
+    }
+}
+
+// All around, from 60 degrees below the horizon to 40 above it: too much for a fisheye that looks down.
+TEST(EyeView, APanoramaIsAsHighAsItsDirections) {
+    std::vector<P3> directions;
+    for (int i = -180; i < 180; i += 10) {
+        for (const int k : {-60, 40}) {
+            directions.push_back({std::sin(i * DEGREE) * std::cos(k * DEGREE),
+                                  std::cos(i * DEGREE) * std::cos(k * DEGREE), std::sin(k * DEGREE)});
+        }
+    }
+    const EyeView view = EyeView::around({}, directions, 1000, 100);
+    ASSERT_EQ(view.kind(), EyeView::Kind::PANORAMA);
+    EXPECT_NEAR(view.scale(), 96 / (100 * DEGREE), 1e-9);
+    EXPECT_NEAR(view.turn(), 3.6 * 96, 1e-9);
+    const P2 level = *view.placeOf({0.0, 1.0, 0.0});
+    EXPECT_NEAR(level[0], 500, 1e-9);
+    EXPECT_NEAR(level[1], 2 + 96 * 0.6, 1e-9);
+    EXPECT_NEAR((*view.placeOf({1.0, 0.0, 0.0}))[0], 500 + view.turn() / 4, 1e-9);
+    EXPECT_FALSE(view.directionOf({500 + 0.51 * view.turn(), 50}));
+    EXPECT_TRUE(view.directionOf({500 - 0.49 * view.turn(), 50}));
+    expectShown(view, directions);
+}
+
+// Of one direction, and of directions that cancel out.
+TEST(EyeView, WhatHasNoExtentOrNoMeanIsShownAllTheSame) {
+    const std::vector<P3> one{{0.0, 0.0, 0.0}, {2.0, 0.0, 0.0}};
+    const EyeView view = EyeView::around({}, one, 100, 50);
+    EXPECT_LT(norm(view.frame().forward - P3{1.0, 0.0, 0.0}), 1e-12);
+    EXPECT_LT(norm(*view.placeOf({1.0, 0.0, 0.0}) - P2{50.0, 25.0}), 1e-9);
+    const std::vector<P3> opposite{{1.0, 0.0, 0.0}, {-3.0, 0.0, 0.0}};
+    EXPECT_EQ(EyeView::around({}, opposite, 100, 50).frame().forward, (P3{0.0, 1.0, 0.0}));
+    // All of them up and down: a panorama stands upright.
+    const std::vector<P3> steep{{0.0, 0.0, 1.0}, {0.0, 0.1, -0.3}, {0.1, 0.0, 1.0}, {-0.1, 0.0, 1.0}};
+    const EyeView upright = EyeView::around({}, steep, 100, 50);
+    ASSERT_EQ(upright.kind(), EyeView::Kind::PANORAMA);
+    EXPECT_EQ(upright.frame().up, (P3{0.0, 0.0, 1.0}));
+    EXPECT_LT(norm(upright.frame().forward - P3{0.0, 1.0, 0.0}), 1e-12);
 }
 
 TEST(EyeView, WithoutADirectionItLooksForward) {

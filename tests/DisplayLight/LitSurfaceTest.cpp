@@ -130,11 +130,63 @@ TEST_F(LitSurfaceTest, LightOfBothKindsOfSideIsMerged) {
     lit.side(1)[0].weight = 0.5F;
     lit.side(0)[0].channels = 1;
     lit.side(1)[0].channels = 2;
+    lit.side(0)[0].light = {0.125F, 0.25F, 0.5F};
+    lit.side(1)[0].light = {0.5F, 0.25F, 0.0F};
+    lit.side(0)[0].shift = 0.75F;
+    lit.side(1)[0].shift = 0.5F;
+    lit.side(0)[0].lacksContent = true;
     lit.mergeSides();
     ASSERT_THAT(sidesOf(lit), ElementsAre(-1, 1));
     EXPECT_FLOAT_EQ(lit.sides.at(-1)[0].weight, 0.25F);
-    EXPECT_FLOAT_EQ(lit.sides.at(1)[0].weight, 0.75F);
-    EXPECT_EQ(lit.sides.at(1)[0].channels, 3);
+    EXPECT_FLOAT_EQ(lit.sides.at(-1)[0].shift, 0.75F);
+    EXPECT_THAT(lit.sides.at(-1)[0].light, ElementsAre(0.125F, 0.25F, 0.5F));
+    EXPECT_TRUE(lit.sides.at(-1)[0].isOnScreen);
+    const LitPlace& place = lit.sides.at(1)[0];
+    EXPECT_FLOAT_EQ(place.weight, 0.75F);
+    EXPECT_EQ(place.channels, 3);
+    EXPECT_THAT(place.light, ElementsAre(0.625F, 0.5F, 0.5F));
+    EXPECT_FLOAT_EQ(place.shift, 0.75F) << "the worse one";
+    EXPECT_TRUE(place.lacksContent);
+}
+
+TEST_F(LitSurfaceTest, WhatIsAlikeOnBothSidesOrOnOneAloneStaysApart) {
+    LitSurface dark;
+    dark.chart.grid.width = 1;
+    dark.chart.grid.places.resize(2);
+    dark.mergeSides();
+    ASSERT_THAT(sidesOf(dark), ElementsAre(0)) << "of a surface without light both sides are dark";
+    EXPECT_EQ(dark.sides.at(0).size(), 2U);
+    LitSurface front = dark;
+    front.sides.clear();
+    front.side(1)[0].weight = 0.5F;
+    front.mergeSides();
+    EXPECT_THAT(sidesOf(front), ElementsAre(1));
+    front.side(-1)[1].weight = 0.25F;
+    front.mergeSides();
+    ASSERT_THAT(sidesOf(front), ElementsAre(-1, 1));
+    EXPECT_EQ(front.sides.at(1)[1].weight, 0);
+}
+
+/// Codes of the curve with gamma 1.
+TEST_F(LitSurfaceTest, APixelBesideATriangleIsTheMeanOfTwoWithinIt) {
+    LitSurface lit;
+    lit.curve = BlendCurve::ofGamma(1);
+    lit.chart.grid.width = 2;
+    lit.chart.grid.places.resize(4);
+    lit.chart.grid.places[0].isSeen = true;
+    lit.chart.grid.places[1].isSeen = true;
+    lit.chart.seams.push_back({2, 0, 1});
+    lit.chart.step = 0.25;
+    lit.side(1)[0].light = {10 / 255.0F, 100 / 255.0F, 0.0F};
+    lit.side(1)[1].light = {21 / 255.0F, 40 / 255.0F, 1.0F};
+    lit.side(1)[0].channels = 1;
+    lit.side(1)[3].light = {1, 1, 1};
+    const auto scene = lit.scene("");
+    EXPECT_THAT(scene.sides.at(0).shown.colours, ElementsAre(10, 100, 0, 21, 40, 255, 16, 70, 128, 0, 0, 0));
+    EXPECT_EQ(scene.sides.at(0).shown.width, 2U);
+    EXPECT_EQ(scene.sides.at(0).shown.height, 2U);
+    EXPECT_EQ(scene.facts[0], "2 x 2 places, one every 0.25: what is smaller is shown as its mean");
+    EXPECT_EQ(scene.facts[1], "places: 1 lit, 1 on the screen not lit");
 }
 
 TEST_F(LitSurfaceTest, APageHasPicturesOfOneSizeAndStatesHowFineTheyAre) {

@@ -260,6 +260,29 @@ TEST_F(BlendFilesOfDisplay, AChannelWithoutABlendIsRefusedWithTheReasonAndTheRem
     }
 }
 
+std::string faultOfLevels(const std::vector<BlackLevel>& levels) {
+    try {
+        static_cast<void>(residualOf(*XMLConfigFile::parse(PAIR, "display.xml"), levels));
+    } catch (const VeltraniException& fault) {
+        return Veltrani::toUtf8(fault.message);
+    }
+    return "";
+}
+
+TEST(BlackLevels, AreThoseOfTheChannelOrOfTheRest) {
+    const auto config = XMLConfigFile::parse(PAIR, "display.xml");
+    EXPECT_THAT(residualOf(*config, {{"Left", 0.002}, {"P2", 0.004}}), ElementsAre(0.002, 0.004));
+    EXPECT_THAT(residualOf(*config, {{"", 0.004}}), ElementsAre(0.004, 0.004));
+    EXPECT_THAT(residualOf(*config, {{"", 0.004}, {"Right", 0.002}}), ElementsAre(0.004, 0.002));
+    EXPECT_THAT(faultOfLevels({{"Left", 0.002}}),
+                testing::StartsWith("channel Right (P2) has no black level: state one for every channel"));
+    EXPECT_EQ(faultOfLevels({{"Left", 0.002}, {"P1", 0.002}}),
+              "channel Left (P1): two black levels are stated: state one");
+    EXPECT_EQ(faultOfLevels({{"", 0.002}, {"", 0.002}}),
+              "the rest of the channels: two black levels are stated: state one");
+    EXPECT_THAT(faultOfLevels({{"Middle", 0.002}}), HasSubstr("Middle"));
+}
+
 const BlendPicture STEPS{3, 2, {0.0F, 0.25F, 1.0F, 0.5F, 0.75F, 0.125F}};
 
 std::string written(BlendUse use, int bits) {

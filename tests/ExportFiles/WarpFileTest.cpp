@@ -1,6 +1,7 @@
 #include "ExportFiles/WarpFile.h"
 
 #include "Common/VeltraniException.h"
+#include "DisplayReport/basics/NumberText.h"
 #include "ExportedDisplays.h"
 
 #include <gmock/gmock.h>
@@ -139,6 +140,25 @@ TEST(WarpFile, ItsSummaryCountsWhatIsLeftOut) {
                 HasSubstr(", 1 cell left out of the mesh"));
     const ExportedChannel behind(BEHIND);
     EXPECT_EQ(summaryOf(behind.warp(InputKind::FISHEYE, pixels(false)), 0, false), "40 x 20 pixels, 800 not mapped");
+}
+
+/// A sphere whose channel looks straight up: its picture shows a pole, and a reader of grids has no cell around it.
+const std::string ABOVE =
+    "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'>"
+    "<Centre x='0' y='0' z='0'/><Radius value='4'/></Screen><TargetData type='Spherical'/><Projectors>"
+    "<Projector id='P1'><Name>Top</Name><Resolution width='40' height='20'/><Orientation z='7' x='85' y='0'/>"
+    "<Frustum left='-50' right='50' bottom='-40' top='40'/></Projector></Projectors></Display>";
+
+TEST(WarpFile, ItsSummaryStatesTheLargestErrorOfAnyReader) {
+    const ExportedChannel above(ABOVE);
+    const auto warp = above.warp(InputKind::EQUIRECTANGULAR, nodes(3, 3));
+    ASSERT_LT(warp.error().largestOfGrid, warp.error().largest);
+    const std::string within =
+        ", within " + Veltrani::DisplayReport::significantText(warp.error().largest) + " pixels of the input";
+    EXPECT_THAT(summaryOf(warp, 0, true), HasSubstr(within));
+    EXPECT_THAT(summaryOf(warp, 0, false), HasSubstr(within));
+    ASSERT_EQ(warp.leftOutAtPoles(), 1U);
+    EXPECT_THAT(summaryOf(warp, 0, false), HasSubstr(", 1 left out at a pole"));
 }
 
 TEST(WarpFile, WhatAFormatCannotTakeIsRefused) {
