@@ -48,6 +48,18 @@ public:
           reversed(other.reversed),
           rowsOfPlace(other.rowsOfPlace) {}
 
+    StatedModel& operator=(const StatedModel& other) {
+        stated = other.stated;
+        all = other.all;
+        given = other.given;
+        base = other.base;
+        width = other.width;
+        reversed = other.reversed;
+        rowsOfPlace = other.rowsOfPlace;
+        return *this;
+    }
+    ~StatedModel() override = default;
+
     std::vector<Stated> stated;
     std::vector<Unknown> all;
     Veltrani::DisplayFitDetail::FitPoints given;
