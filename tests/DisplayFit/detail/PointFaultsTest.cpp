@@ -106,6 +106,17 @@ TEST(PointFaults, APointThatIsExactWouldOutweighAllOthers) {
     }
     EXPECT_EQ(withDeviations(0.001, 0.002), "");
     EXPECT_THAT(withDeviations(0, 0.002), HasSubstr(EXACT));
+    // Below zero by no more than rounding, beside what the covariance has elsewhere.
+    for (const double size : {1e6, 1e-6}) {
+        for (const double part : {1e-10, 1e-6}) {
+            for (MeasuredPoint& point : points) {
+                (*point.covariance)(0, 0) = size;
+                (*point.covariance)(1, 1) = 0.5 * size;
+                (*point.covariance)(2, 2) = -part * size;
+            }
+            EXPECT_EQ(withDeviations(0.001, 0.002).empty(), part < 1e-9) << size << ", " << part;
+        }
+    }
 }
 
 TEST(PointFaults, DeviationsAreStatedByAllOrByNone) {
