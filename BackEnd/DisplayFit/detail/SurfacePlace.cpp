@@ -31,6 +31,13 @@ constexpr int MOST_HALVINGS = 12;
 constexpr int STARTS = 17;
 constexpr double BEYOND = 0.25;
 
+/// Where s moves along the surface by less than this part of what t does, no step leads away in another direction.
+constexpr double POLE = 1e-6;
+
+bool isAtPole(const SurfacePlace& place) {
+    return !(norm(place.tangents[0]) > POLE * norm(place.tangents[1]));
+}
+
 /// Steps to the nearest point around a place; the distance is then that of `place`.
 void approach(const ScreenGeometry& screen, const Vector& point, SurfacePlace& place) {
     double distance = norm(point - place.point);
@@ -106,10 +113,11 @@ std::optional<SurfacePlace> SurfaceSearch::nearest(const Vector& point, const Po
         return norm(a.point - point) < norm(b.point - point);
     });
     SurfacePlace other;
-    if (best != m_samples.end() && (!isFound || norm(best->point - point) < norm(found.point - point)) &&
+    if (best != m_samples.end() &&
+        (!isFound || isAtPole(found) || norm(best->point - point) < norm(found.point - point)) &&
         SurfacePlace::at(m_screen, best->parameters, other)) {
         approach(m_screen, point, other);
-        found = other;
+        found = isFound && norm(found.point - point) <= norm(other.point - point) ? found : other;
         isFound = true;
     }
     for (std::size_t k = 0; isFound && k < 2; ++k) {

@@ -48,6 +48,28 @@ TEST(SurfaceSearch, FindsTheNearestPlaceOfAPointBesideTheSurface) {
     EXPECT_NEAR(place->parameters[1], 0.4, 1e-9);
 }
 
+// Oracle: the nearest place of a sphere lies on the line from its middle.
+TEST(SurfaceSearch, FindsThePlaceOfAPointBesideThePoleWhereThePoleWasExpected) {
+    const SphericalScreen screen = dome();
+    const SurfaceSearch search(screen);
+    const Vector middle{1, 2, 3};
+    for (const double turn : {-1.2, 0.0, 0.4, 1.5}) {
+        for (const double off : {1e-3, 0.05, 0.2}) {
+            const Vector point = middle + Vector{off * std::sin(turn), off * std::cos(turn), 5};
+            for (const double s : {0.0, 0.5, 1.0}) {
+                const auto place = search.nearest(point, {s, 1});
+                ASSERT_TRUE(place);
+                const Vector expected = middle + (point - middle) * (5 / norm(point - middle));
+                EXPECT_LT(norm(place->point - expected), 1e-7) << turn << ", " << off << ", " << s;
+            }
+        }
+    }
+    // At the pole itself nothing is nearer.
+    const auto pole = search.nearest(middle + Vector{0, 0, 5.01}, {0.3, 1});
+    ASSERT_TRUE(pole);
+    EXPECT_LT(norm(pole->point - middle - Vector{0, 0, 5}), 1e-7);
+}
+
 TEST(SurfaceSearch, TangentsAreThoseOfTheSurface) {
     const SphericalScreen screen = dome();
     SurfacePlace place;
