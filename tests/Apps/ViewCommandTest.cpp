@@ -238,6 +238,16 @@ TEST_F(ViewLit, AResultReplacesNoFileOfTheDisplay) {
     }
 }
 
+TEST_F(ViewLit, ErrorsThatCannotBeWrittenAreAFaultOfTheOutput) {
+    for (const std::string name : {"e.png", "e.txt", "e.json"}) {
+        const std::string nowhere = m_folder.file("no-folder/" + name);
+        const ProgramRun run = runScreenManager({"picture", m_wall, "--lit", m_player, "--size", "200x200", "-o",
+                                                 m_folder.file("lit.png"), "--lit-error", nowhere});
+        EXPECT_EQ(run.exitCode, 4) << name;
+        EXPECT_THAT(run.errors, HasSubstr(nowhere)) << name;
+    }
+}
+
 TEST_F(ViewLit, ErrorsAreFilesOfAPictureAlone) {
     EXPECT_EQ(view({"--lit-error", m_folder.file("e.txt")}).exitCode, 2);
 }
