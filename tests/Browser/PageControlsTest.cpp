@@ -318,7 +318,7 @@ TEST_F(PageControlsTest, PastTheEdgeOfTheScreenARimIsDrawnAsTheSceneHasIt) {
         const auto ends = [&browser] {
             browser.drag(700, 400, 706, 400);
             pressButton(browser, "home");
-            // Of one drawing: all that was asked for before is over.
+            // One drawing is counted: those that were due before are over.
             countDrawings(browser);
             drawingsAfter(browser, 5);
             countDrawings(browser);
