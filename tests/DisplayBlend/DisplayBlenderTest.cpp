@@ -289,7 +289,10 @@ TEST_F(DisplayBlenderTest, BadResidualsAreRefused) {
     EXPECT_EQ(messageFor({0.1, 1.0}),
               L"The residual light of channel B is 100.000000 per cent of its white: expected 0 or more and less than "
               L"100");
-    EXPECT_NE(messageFor({-0.1, 0.1}), L"");
+    EXPECT_EQ(messageFor({-0.1, 0.1}),
+              L"The residual light of channel A is -10.000000 per cent of its white: expected 0 or more and less than "
+              L"100");
+    EXPECT_EQ(messageFor({0, 0.999}), L"") << "both ends of the range";
     EXPECT_NE(messageFor({std::nan(""), 0.1}), L"");
 }
 
