@@ -314,12 +314,16 @@ TEST_F(DisplayBlenderTest, AChannelWithoutPixelsStillTakesPartInTheOthers) {
 
 // The first of three has no map: the others are those of a display of two.
 TEST_F(DisplayBlenderTest, AChannelWithoutLightHasNoPartInTheOthers) {
-    const auto writeMap = [this](const std::string& name, const std::string& left, const std::string& right) {
-        m_folder.write(name, "2\n2 2\n-1.6 -1 " + left + " 0 1\n1.6 -1 " + right + " 0 1\n-1.6 1 " + left +
-                                 " 1 1\n1.6 1 " + right + " 1 1\npixels 320 200\n");
+    const auto writeMap = [this](const std::string& name, double left, double right, double bottom, double top) {
+        const auto node = [](double x, double y, double s, double t) {
+            return std::to_string(x) + ' ' + std::to_string(y) + ' ' + std::to_string(s) + ' ' + std::to_string(t) +
+                   " 1\n";
+        };
+        m_folder.write(name, "2\n2 2\n" + node(-1.6, -1, left, bottom) + node(1.6, -1, right, bottom) +
+                                 node(-1.6, 1, left, top) + node(1.6, 1, right, top) + "pixels 320 200\n");
     };
-    writeMap("l.map", "0", "0.6");
-    writeMap("r.map", "0.4", "1");
+    writeMap("l.map", 0, 0.6, 0, 0.8);
+    writeMap("r.map", 0.4, 1, 0.2, 1);
     load(displays::FLAT,
          sized(displays::projector("None", "") + displays::projector("L", "<CustomPlanarMap file='l.map'/>") +
                    displays::projector("R", "<CustomPlanarMap file='r.map'/>"),
@@ -331,15 +335,18 @@ TEST_F(DisplayBlenderTest, AChannelWithoutLightHasNoPartInTheOthers) {
     EXPECT_FALSE(blender.channels()[0].lights);
     EXPECT_TRUE(blender.channels()[1].lights);
     EXPECT_THROW(static_cast<void>(blender.weights(0)), VeltraniException);
+    EXPECT_THAT(blender.channels()[0].crossings, testing::IsEmpty());
+    EXPECT_THAT(blender.channels()[1].crossings, testing::SizeIs(2));
+    EXPECT_THAT(blender.channels()[2].crossings, testing::SizeIs(2));
     const BlendPicture left = blender.weights(1);
     const BlendPicture right = blender.weights(2);
     EXPECT_EQ(left.at(0, 100), 1.0F);
     EXPECT_LT(left.at(319, 100), 1e-3F);
     for (std::size_t column = 0; column < 320; ++column) {
-        EXPECT_NEAR(left.at(column, 50), right.at(319 - column, 50), 1e-5) << column;
+        EXPECT_NEAR(left.at(column, 50), right.at(319 - column, 149), 1e-5) << column;
     }
     EXPECT_NEAR(blender.liftedBlack({0.5, 0.02, 0.01}), 0.03, 1e-12);
-    EXPECT_NEAR(blender.lift(2, {0.5, 0.02, 0.01}).at(300, 100), 0.02 / 0.99, 1e-6);
+    EXPECT_NEAR(blender.lift(2, {0.5, 0.02, 0.01}).at(300, 180), 0.02 / 0.99, 1e-6);
 }
 
 TEST_F(DisplayBlenderTest, WithoutAScreenThereIsNoBlend) {

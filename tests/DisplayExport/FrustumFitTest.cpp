@@ -83,7 +83,7 @@ TEST_F(FrustumFitTest, EndsWhereTheLightDoes) {
 TEST_F(FrustumFitTest, HoldsTheBulgesOfCurvedEdges) {
     load(
         "<Screen shape='Sphere'><EyePoint x='0' y='0' z='0'/><Centre x='0' y='0' z='0'/><Radius value='4'/>"
-        "<Azimuth min='-50' max='50'/><Elevation min='-17' max='23'/></Screen>",
+        "<Azimuth min='-50' max='50'/><Elevation min='-17.3' max='22.7'/></Screen>",
         displays::projector("P1", displays::WHOLE_AREA + "<Layout xMin='0' xMax='4' yMin='0' yMax='2'/>"),
         "<TargetData type='PlanarBasic'/>");
     for (const P3& eye : {P3{0.3, -2.0, 0.0}, P3{0.3, -2.0, 2.5}, P3{-0.2, -2.0, -2.5}}) {
@@ -101,10 +101,10 @@ TEST_F(FrustumFitTest, HoldsTheBulgesOfCurvedEdges) {
             }
         };
         for (int i = 0; i <= 10'000; ++i) {
-            add(-50, -17 + 0.004 * i);
-            add(50, -17 + 0.004 * i);
-            add(-50 + 0.01 * i, -17);
-            add(-50 + 0.01 * i, 23);
+            add(-50, -17.3 + 0.004 * i);
+            add(50, -17.3 + 0.004 * i);
+            add(-50 + 0.01 * i, -17.3);
+            add(-50 + 0.01 * i, 22.7);
         }
         const ChannelSight sight(config(), channels()[0], eye);
         expectFrustum(fittedFrustum(sight, view, 0, WIDE), lower[0], upper[0], lower[1], upper[1], 3e-7);

@@ -101,7 +101,7 @@ TEST_F(WarpBuilderTest, RefusesWhatHasNoRoom) {
 TEST_F(WarpBuilderTest, FindsAGridThatHasNoCellTooMany) {
     loadSmall<exportDisplays::Inset>("480", "300");
     const InputChoice choice{.direction = P3{0.3, 1.0, 0.1}, .pixels = {1920, 1200}};
-    for (const double error : {0.7, 2.0, 12.0}) {
+    for (const double error : {1.3, 2.0, 3.0, 4.5, 7.0, 12.0, 20.0}) {
         const ChannelWarp warp = built({.error = error}, choice);
         EXPECT_LE(warp.error().largest, error);
         EXPECT_EQ(warp.error().beyond, 0U);
