@@ -289,7 +289,10 @@ TEST_F(DisplayBlenderTest, BadResidualsAreRefused) {
     EXPECT_EQ(messageFor({0.1, 1.0}),
               L"The residual light of channel B is 100.000000 per cent of its white: expected 0 or more and less than "
               L"100");
-    EXPECT_NE(messageFor({-0.1, 0.1}), L"");
+    EXPECT_EQ(messageFor({-0.1, 0.1}),
+              L"The residual light of channel A is -10.000000 per cent of its white: expected 0 or more and less than "
+              L"100");
+    EXPECT_EQ(messageFor({0, 0.999}), L"") << "both ends of the range";
     EXPECT_NE(messageFor({std::nan(""), 0.1}), L"");
 }
 
@@ -307,6 +310,43 @@ TEST_F(DisplayBlenderTest, AChannelWithoutPixelsStillTakesPartInTheOthers) {
         EXPECT_EQ(fault.message, L"channel B (B) has no blend: its resolution is not known: give it a Resolution");
     }
     EXPECT_THROW(static_cast<void>(blender.weights(2)), std::out_of_range);
+}
+
+// The first of three has no map: the others are those of a display of two.
+TEST_F(DisplayBlenderTest, AChannelWithoutLightHasNoPartInTheOthers) {
+    const auto writeMap = [this](const std::string& name, double left, double right, double bottom, double top) {
+        const auto node = [](double x, double y, double s, double t) {
+            return std::to_string(x) + ' ' + std::to_string(y) + ' ' + std::to_string(s) + ' ' + std::to_string(t) +
+                   " 1\n";
+        };
+        m_folder.write(name, "2\n2 2\n" + node(-1.6, -1, left, bottom) + node(1.6, -1, right, bottom) +
+                                 node(-1.6, 1, left, top) + node(1.6, 1, right, top) + "pixels 320 200\n");
+    };
+    writeMap("l.map", 0, 0.6, 0, 0.8);
+    writeMap("r.map", 0.4, 1, 0.2, 1);
+    load(displays::FLAT,
+         sized(displays::projector("None", "") + displays::projector("L", "<CustomPlanarMap file='l.map'/>") +
+                   displays::projector("R", "<CustomPlanarMap file='r.map'/>"),
+               320, 200),
+         "<TargetData type='CustomPlanar'/>");
+    const DisplayBlender blender(*m_config);
+    ASSERT_EQ(blender.channels().size(), 3U);
+    EXPECT_NE(blender.channels()[0].fault, "");
+    EXPECT_FALSE(blender.channels()[0].lights);
+    EXPECT_TRUE(blender.channels()[1].lights);
+    EXPECT_THROW(static_cast<void>(blender.weights(0)), VeltraniException);
+    EXPECT_THAT(blender.channels()[0].crossings, testing::IsEmpty());
+    EXPECT_THAT(blender.channels()[1].crossings, testing::SizeIs(2));
+    EXPECT_THAT(blender.channels()[2].crossings, testing::SizeIs(2));
+    const BlendPicture left = blender.weights(1);
+    const BlendPicture right = blender.weights(2);
+    EXPECT_EQ(left.at(0, 100), 1.0F);
+    EXPECT_LT(left.at(319, 100), 1e-3F);
+    for (std::size_t column = 0; column < 320; ++column) {
+        EXPECT_NEAR(left.at(column, 50), right.at(319 - column, 149), 1e-5) << column;
+    }
+    EXPECT_NEAR(blender.liftedBlack({0.5, 0.02, 0.01}), 0.03, 1e-12);
+    EXPECT_NEAR(blender.lift(2, {0.5, 0.02, 0.01}).at(300, 180), 0.02 / 0.99, 1e-6);
 }
 
 TEST_F(DisplayBlenderTest, WithoutAScreenThereIsNoBlend) {

@@ -215,6 +215,27 @@ TEST_F(CellCutterTest, DividesACellAtThePoleIntoWhatFillsIt) {
     EXPECT_GT(pieces[1], 2 * pieces[0]);
 }
 
+/// What holds a pole and is as small as it may be is left out; it counts where something is lit in it.
+TEST_F(CellCutterTest, LeavesOutAPoleThatIsLitAlone) {
+    loadAny("inset");
+    const Bench bench(config(), channels()[0], InputKind::EQUIRECTANGULAR);
+    for (const auto& [place, leftOut] : {std::pair(P2{0.5, 0.4}, 1U), {P2{0.5, 0.99}, 0U}}) {
+        SeenPlace seen;
+        bench.sight.see({&place, 1}, {&seen, 1});
+        ASSERT_EQ(seen.isSeen, leftOut == 1) << place;
+        WarpCell cell = cellWith(contentsOf({0.1, 0.35, 0.6, 0.85}));
+        const P2 size = 0.9 * bench.meter.zone().least();
+        cell.picture = {place, place + P2{size[0], 0.0}, place + size, place + P2{0.0, size[1]}};
+        cell.directions = {P3{-1.0, -1.0, 100.0}, P3{1.0, -1.0, 100.0}, P3{1.0, 1.0, 100.0}, P3{-1.0, 1.0, 100.0}};
+        ASSERT_EQ(bench.cutter(Seam::CUT).kindOf(cell), Kind::OVER_POLE);
+        const CellCutter::Cut cut = bench.cutter(Seam::CUT).cut({&cell, 1}).front();
+        EXPECT_EQ(cut.leftOut, leftOut) << place;
+        EXPECT_NEAR(cut.areaLeftOut, leftOut * size[0] * size[1], 1e-9 * size[0] * size[1]);
+        EXPECT_TRUE(cut.pieces.empty());
+        EXPECT_FALSE(cut.isDivided);
+    }
+}
+
 /// Opposite to the axis of a fisheye no square keeps the error: there is an end to their number, and where the error is
 /// largest they are smallest.
 TEST_F(CellCutterTest, DividesNoMoreThanItMay) {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <limits>
 #include <numbers>
+#include <tuple>
 
 namespace {
 
@@ -187,6 +188,12 @@ TEST_F(ContentInputTest, RefusesNumbersOutOfRange) {
     EXPECT_THAT(refused({.margin = -0.1}), HasSubstr("margin"));
     EXPECT_THAT(refused({.margin = std::numeric_limits<double>::quiet_NaN()}), HasSubstr("margin"));
     EXPECT_THAT(refused({.pixels = {0, 7}}), HasSubstr("0 x 7"));
+    EXPECT_THAT(refused({.pixels = {7, 0}}), HasSubstr("7 x 0"));
+    EXPECT_THAT(refused({.pixels = {1, 1'000'001}}), HasSubstr("1 x 1000001"));
+    EXPECT_EQ(refused({.pixels = {1'000'000, 1}}), "nothing was thrown");
+    EXPECT_THAT(refused({.margin = 1.01}), HasSubstr("margin"));
+    EXPECT_EQ(refused({.margin = 1}), "nothing was thrown");
+    EXPECT_EQ(refused({.kind = InputKind::FISHEYE, .aperture = 360 * DEGREE}), "nothing was thrown");
     EXPECT_THAT(refused({.direction = P3()}), HasSubstr("direction"));
 }
 
@@ -233,6 +240,11 @@ TEST_F(ContentInputTest, PlacesDirectionsOnTheFacesOfACube) {
     expectAt({0.5, -0.25, 1.0}, CubeFace::TOP, {0.75, 0.625});
     expectAt({0.5, 0.25, -1.0}, CubeFace::BOTTOM, {0.75, 0.625});
     EXPECT_FALSE(cube.placeOnFace({0.0, -1.0, 0.0}, static_cast<std::uint8_t>(CubeFace::FRONT)));
+    // On edges and corners the front and the back come first, the top and the bottom last.
+    expectAt({1.0, 1.0, 1.0}, CubeFace::FRONT, {1.0, 1.0});
+    expectAt({0.5, 1.0, 1.0}, CubeFace::FRONT, {0.75, 1.0});
+    expectAt({1.0, 0.0, 1.0}, CubeFace::RIGHT, {0.5, 1.0});
+    EXPECT_FALSE(cube.placeOf({}));
 }
 
 TEST_F(ContentInputTest, HasTheLayoutAndTheScreenOfPlanarDisplays) {
@@ -243,6 +255,82 @@ TEST_F(ContentInputTest, HasTheLayoutAndTheScreenOfPlanarDisplays) {
     EXPECT_EQ(layout.pixels(), (Point<int, 2>{4096, 1365}));
     const ContentInput screen(config(), sight, {.kind = InputKind::SCREEN});
     EXPECT_LT(norm(placeAt(screen, sight, {0.25, 0.5}).at - P2{0.3, 0.25}), 1e-12);
+}
+
+/// The layout begins and ends with its rectangles, wherever they lie; a channel without one has no part in it.
+TEST_F(ContentInputTest, HasTheLayoutOfAllRectangles) {
+    const auto loadLayouts = [this](const std::string& first, const std::string& second) {
+        load(displays::FLAT,
+             displays::projector("P1", displays::WHOLE_AREA + "<Layout " + first + "/>") +
+                 displays::projector("P2", displays::WHOLE_AREA + "<Layout " + second + "/>") +
+                 displays::projector("P3", displays::WHOLE_AREA),
+             "<TargetData type='PlanarBasic'/>");
+    };
+    const auto layoutOf = [this](std::size_t channel) {
+        const ChannelSight sight(config(), channels()[channel]);
+        return ContentInput(config(), sight, {.kind = InputKind::LAYOUT});
+    };
+    loadLayouts("xMin='2' xMax='3' yMin='10' yMax='14'", "xMin='3' xMax='4' yMin='11' yMax='18'");
+    const SeenPlace seen{{}, {0.0, 1.0, 0.0}, {}, false, true};
+    for (const auto& [channel, picture, place] : {std::tuple(0U, P2{0.0, 0.0}, P2{0.0, 0.0}),
+                                                  {0U, P2{1.0, 1.0}, P2{0.5, 0.5}},
+                                                  {1U, P2{0.0, 0.0}, P2{0.5, 0.125}},
+                                                  {1U, P2{1.0, 1.0}, P2{1.0, 1.0}},
+                                                  {1U, P2{1.5, 0.5}, P2{1.25, 0.5625}}}) {
+        EXPECT_LT(norm(layoutOf(channel).place(picture, seen)->at - place), 1e-12) << channel << ' ' << picture;
+        EXPECT_LT(norm(layoutOf(channel).placeBeyond(picture, seen)->at - place), 1e-12) << channel << ' ' << picture;
+        EXPECT_FALSE(layoutOf(channel).place(picture, SeenPlace()));
+    }
+    EXPECT_EQ(layoutOf(0).pixels(), (Point<int, 2>{1024, 4096})) << "along the longer side";
+    EXPECT_FALSE(layoutOf(0).placeOf({0.0, 1.0, 0.0}));
+    EXPECT_FALSE(layoutOf(0).frustum());
+    EXPECT_TRUE(layoutOf(0).poles().empty());
+    EXPECT_THAT(messageOf([&] { (void)layoutOf(2); }), HasSubstr("its layout rectangle has no extent"));
+    loadLayouts("xMin='0' xMax='10000' yMin='0' yMax='1'", "xMin='0' xMax='1' yMin='2' yMax='2'");
+    EXPECT_EQ(layoutOf(0).pixels(), (Point<int, 2>{4096, 1}));
+    EXPECT_THAT(messageOf([&] { (void)layoutOf(1); }), HasSubstr("has no extent"));
+    loadLayouts("xMin='0' xMax='1' yMin='0' yMax='1'", "xMin='2' xMax='2' yMin='0' yMax='1'");
+    EXPECT_THAT(messageOf([&] { (void)layoutOf(1); }), HasSubstr("has no extent"));
+}
+
+/// As an export stated it, whatever the display gives now.
+TEST_F(ContentInputTest, IsMadeOfWhatAnExportStated) {
+    loadWall();
+    const ChannelSight sight(config(), channels()[0]);
+    const RenderFrustum stated{ViewFrame::looking({1.0, 2.0, 3.0}, {1.0, 1.0, 0.0}), -0.5, 0.25, -0.125, 0.75};
+    const auto input = [&](InputKind kind) {
+        return ContentInput(config(), sight, {.kind = kind, .pixels = {100, 50}}, stated);
+    };
+    const ContentInput frustum = input(InputKind::FRUSTUM);
+    EXPECT_EQ(frustum.frustum()->left, -0.5);
+    EXPECT_EQ(frustum.frustum()->top, 0.75);
+    EXPECT_EQ(frustum.view().eye, (P3{1.0, 2.0, 3.0}));
+    EXPECT_FALSE(frustum.frustumOf(CubeFace::FRONT));
+    const ContentInput cube = input(InputKind::CUBE);
+    EXPECT_EQ(cube.faces(), 6U);
+    EXPECT_FALSE(cube.frustum());
+    EXPECT_LT(norm(cube.frustumOf(CubeFace::FRONT)->view.forward - stated.view.forward), 1e-15);
+    EXPECT_LT(norm(cube.frustumOf(CubeFace::BACK)->view.forward + stated.view.forward), 1e-15);
+    EXPECT_EQ(cube.frustumOf(CubeFace::TOP)->left, -1);
+    EXPECT_FALSE(cube.placeOnFace({1.0, 1.0, 0.0}, 6));
+    EXPECT_FALSE(frustum.placeOnFace({1.0, 1.0, 0.0}, 0));
+    EXPECT_EQ(input(InputKind::LAYOUT).place({0.5, 0.5}, {{}, {}, {}, false, true})->at, (P2{0.25, 0.5}));
+    EXPECT_THAT(frustum.remedyForNothing(sight), HasSubstr("behind the direction of the frustum"));
+}
+
+/// Across the seam of a panorama, and less where its rows are shorter on the sphere.
+TEST_F(ContentInputTest, PixelsOfAPanoramaCountByWhatTheyShow) {
+    loadWall();
+    const ChannelSight sight(config(), channels()[0]);
+    const ContentInput round(config(), sight, {.kind = InputKind::EQUIRECTANGULAR, .pixels = {1000, 500}});
+    EXPECT_NEAR(round.distance({0.95, 0.5}, {0.05, 0.5}), 100, 1e-9);
+    EXPECT_NEAR(round.distance({0.05, 0.5}, {0.95, 0.5}), 100, 1e-9);
+    EXPECT_NEAR(round.distance({0.25, 0.5}, {0.5, 0.75}), std::hypot(250, 125), 1e-9);
+    EXPECT_NEAR(round.distance({0.25, 0.75}, {0.5, 0.75}), 250 * std::sqrt(0.5), 1e-9) << "up by 45 degrees";
+    EXPECT_NEAR(round.distance({0.25, 5.0 / 6}, {0.26, 5.0 / 6}), 5, 1e-9) << "up by 60 degrees";
+    EXPECT_NEAR(round.distance({0.25, 1.0 / 6}, {0.26, 1.0 / 6}), 5, 1e-9);
+    const ContentInput cube(config(), sight, {.kind = InputKind::CUBE, .pixels = {1000, 500}});
+    EXPECT_NEAR(cube.distance({0.95, 0.5}, {0.05, 0.7}), std::hypot(900, 100), 1e-9);
 }
 
 TEST_F(ContentInputTest, RefusesInputsThatTheDisplayDoesNotHave) {

@@ -7,6 +7,8 @@
 #include <Eigen/Dense>
 
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -70,11 +72,20 @@ TEST_F(PlaceFitTest, GoesOnAsItIsSeen) {
 
 /// The plane of least squares, solved another way: nearer places count for more.
 TEST_F(PlaceFitTest, IsThePlaneOfLeastSquares) {
-    loadAny("inset");
-    const ChannelSight sight(config(), channels()[0]);
-    const ContentInput input(config(), sight, {});
     int fitted = 0;
-    for (const P2& place : {P2{0.5, 0.5}, P2{0.02, 0.6}, P2{0.97, 0.4}, P2{0.5, 0.13}, P2{0.3, 0.95}}) {
+    // The picture of the second one is lit, and goes on being lit beyond each of its edges.
+    for (const auto& [display, place] : {std::pair("inset", P2{0.5, 0.5}),
+                                         {"inset", P2{0.02, 0.6}},
+                                         {"inset", P2{0.97, 0.4}},
+                                         {"inset", P2{0.5, 0.13}},
+                                         {"inset", P2{0.3, 0.95}},
+                                         {"planetarium", P2{0.02, 0.5}},
+                                         {"planetarium", P2{0.98, 0.5}},
+                                         {"planetarium", P2{0.5, 0.02}},
+                                         {"planetarium", P2{0.5, 0.98}}}) {
+        loadAny(display);
+        const ChannelSight sight(config(), channels()[0]);
+        const ContentInput input(config(), sight, {});
         std::vector<P2> lit;
         std::vector<SeenPlace> places;
         for (int row = -8; row <= 8; ++row) {
@@ -109,7 +120,23 @@ TEST_F(PlaceFitTest, IsThePlaneOfLeastSquares) {
         const Eigen::MatrixXd plane = terms.colPivHouseholderQr().solve(values);
         EXPECT_LT(norm(fit.direction - P3{plane(0, 0), plane(0, 1), plane(0, 2)}), 1e-4) << place;
     }
-    EXPECT_GE(fitted, 3);
+    EXPECT_GE(fitted, 7);
+}
+
+/// In a mirror the point lies on the screen, not where the direction leads.
+TEST_F(PlaceFitTest, HasThePointOfTheScreenInAMirror) {
+    loadAny("collimated");
+    const ChannelSight sight(config(), channels()[0]);
+    const ContentInput input(config(), sight, {});
+    const P2 middle{0.5, 0.5};
+    SeenPlace seen;
+    sight.see({&middle, 1}, {&seen, 1});
+    ASSERT_TRUE(seen.isSeen);
+    WarpNode node;
+    const SeenPlace fit = PlaceFit(sight, input).at(middle, STEP, node);
+    EXPECT_EQ(node.state, WarpNode::State::CONTINUED);
+    EXPECT_LT(norm(fit.point - seen.point), 0.02);
+    EXPECT_LT(norm(fit.direction * (1 / norm(fit.direction)) - seen.direction * (1 / norm(seen.direction))), 0.01);
 }
 
 /// A picture of which nothing is lit around a place.

@@ -112,6 +112,7 @@ TEST_F(PoleFanTest, FillsTheBlockAroundThePoleWithinTheError) {
         const auto cut = bench.fan.fill(corners, UP);
         ASSERT_TRUE(cut);
         EXPECT_EQ(cut->leftOut, 1U);
+        EXPECT_TRUE(cut->isDivided);
         // An eighth of a pixel across at most.
         EXPECT_LE(cut->areaLeftOut, 1.0 / (64 * 1920 * 1200));
         EXPECT_GT(cut->areaLeftOut, 0);

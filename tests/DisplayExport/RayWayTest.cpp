@@ -207,8 +207,7 @@ TEST_F(RayWayTest, NothingArrivesWithoutAModel) {
 
 /// A locator of which nothing else is known is followed ray by ray.
 TEST_F(RayWayTest, AFollowedRayArrivesWhereItsLocatorStates) {
-    load(displays::FLAT, exportDisplays::standing("P1", "x='0.5' y='1' z='0.75'", "z='0' x='0'", 30, 20),
-         "<TargetData type='Spherical'/>");
+    load(displays::FLAT, exportDisplays::standing("P1", "x='0.5' y='1' z='0.75'", "z='0' x='0'", 30, 20), RAYS);
     const auto camera = std::dynamic_pointer_cast<const SphereTargetLocator>(locator(0));
     ASSERT_TRUE(camera);
     const std::vector<P2> picture = places();

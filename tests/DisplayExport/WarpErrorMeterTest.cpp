@@ -163,6 +163,9 @@ TEST_F(WarpErrorMeterTest, CountsThePlacesThatItCompares) {
     EXPECT_LT(beyond, places);
     EXPECT_EQ(measured.error.leftOut, 0U);
     EXPECT_NEAR(measured.error.largest, largest, 1e-7);
+    EXPECT_NEAR(measured.searched, largest, 1e-7);
+    EXPECT_EQ(measured.tooCoarse, 0U);
+    EXPECT_EQ(measured.step, 1U);
     EXPECT_NEAR(measured.along[0], along[0], 1e-7);
     EXPECT_NEAR(measured.along[1], along[1], 1e-7);
     EXPECT_NE(along[0], along[1]);

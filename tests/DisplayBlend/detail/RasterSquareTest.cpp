@@ -41,8 +41,9 @@ protected:
         return {m_lights, std::vector<Point<int, 2>>(m_lights.size(), {1920, 1200})};
     }
 
-    /// Sixteen pixels wide and high around a place, linear both ways, as the other one lies a third aside.
-    void placeSquare(const P2& middle) {
+    /// Sixteen pixels wide and high around a place of a picture, linear both ways, as the other one lies aside.
+    void placeSquare(const P2& middle, std::size_t own = 0, const P2& aside = {-2.0 / 3, 0.0}) {
+        m_own = own;
         for (std::size_t i = 0; i < 3; ++i) {
             m_square.x[i] = middle[0] * 1920 + 8 * static_cast<double>(i) - 8;
             m_square.y[i] = middle[1] * 1200 + 8 * static_cast<double>(i) - 8;
@@ -51,10 +52,10 @@ protected:
         m_samples.reaches.assign(2, std::vector<ChannelLight::Reach>(CORNERS));
         for (std::size_t i = 0; i < CORNERS; ++i) {
             m_square.corners[i] = {&m_samples, i};
-            const P2 own = pictureOf(i);
+            const P2 picture = pictureOf(i);
             m_samples.landings[i].hits = true;
-            m_samples.landings[i].on.place = {3 * own[0], 5.0, 2 * own[1]};
-            m_samples.reaches[1][i] = {own - P2{2.0 / 3, 0.0}, true, true, 0};
+            m_samples.landings[i].on.place = {3 * picture[0], 5.0, 2 * picture[1]};
+            m_samples.reaches[1 - m_own][i] = {picture + aside, true, true, 0};
         }
     }
     [[nodiscard]] P2 pictureOf(std::size_t i) const { return {m_square.x[i % 3] / 1920, m_square.y[i / 3] / 1200}; }
@@ -64,11 +65,11 @@ protected:
         double most = 0;
         for (std::size_t i = 0; i < CORNERS; ++i) {
             const P3& place = m_samples.landings[i].on.place;
-            const P2& there = m_samples.reaches[1][i].picture;
-            const double p = fields.potential(0, pictureOf(i), place);
-            const double q = fields.potential(1, there, place);
-            const double own = fields.shareOf(0, p);
-            const double other = isInPicture(there) ? fields.shareOf(1, q) : 0;
+            const P2& there = m_samples.reaches[1 - m_own][i].picture;
+            const double p = fields.potential(m_own, pictureOf(i), place);
+            const double q = fields.potential(1 - m_own, there, place);
+            const double own = fields.shareOf(m_own, p);
+            const double other = isInPicture(there) ? fields.shareOf(1 - m_own, q) : 0;
             const double weight = own / (own + other);
             most = std::max(most, weight * (1 - weight) * 8 * (ownOff * std::sqrt(p) + otherOff * std::sqrt(q)));
         }
@@ -76,13 +77,14 @@ protected:
     }
 
     [[nodiscard]] double weightOff(const ChannelFields& fields) const {
-        const std::array<std::size_t, 1> lighting{1};
-        return m_square.weightOff(fields, 0, lighting);
+        const std::array<std::size_t, 1> lighting{1 - m_own};
+        return m_square.weightOff(fields, m_own, lighting);
     }
 
     Veltrani::DisplayReport::ChannelLights m_lights;
     RasterSquare m_square;
     PlaceSamples m_samples;
+    std::size_t m_own = 0;
 };
 
 TEST_F(RasterSquareTest, IsExactWhereTheOtherPictureIsLinear) {
@@ -128,21 +130,26 @@ TEST_F(RasterSquareTest, CountsTheOtherOneWhereItsPictureReaches) {
     EXPECT_EQ(weightOff(two), 0) << "nowhere in the square";
 }
 
-/// The edges of shadows are measured on the screen: of the channel that has one, where the places bend.
+/// The edges of shadows are measured on the screen: of either channel, where the places bend.
 TEST_F(RasterSquareTest, IsOffByItsPlacesBesideAShadow) {
     loadShadow();
     const ChannelFields both = fields();
     ASSERT_TRUE(both.hasShadows(0));
-    for (const std::size_t i : {1, 4, 7}) {
-        placeSquare({0.5, 0.7});
-        for (ChannelLight::Reach& reach : m_samples.reaches[1]) {
-            reach.picture += P2{0.667, 0.0};
+    ASSERT_FALSE(both.hasShadows(1));
+    for (const std::size_t own : {0, 1}) {
+        for (const std::size_t i : {1, 4, 7}) {
+            placeSquare({0.5, 0.7}, own, {0.01, 0.0});
+            EXPECT_LT(weightOff(both), 1e-12);
+            m_samples.landings[i].on.place += P3{0.0, 3e-4, 4e-4};
+            const double off = expected(both, own == 0 ? 5e-4 : 0, own == 0 ? 0 : 5e-4);
+            EXPECT_GT(off, 1e-6);
+            EXPECT_NEAR(weightOff(both), off, 1e-9 * off) << own << ' ' << i;
+            // And the other one by its picture.
+            m_samples.reaches[1 - own][i].picture += P2{1e-4, 0.0};
+            const double aside = 1e-4 * both.pictureSize(1 - own)[0];
+            const double together = expected(both, own == 0 ? 5e-4 : 0, own == 0 ? aside : aside + 5e-4);
+            EXPECT_NEAR(weightOff(both), together, 1e-9 * together) << own << ' ' << i;
         }
-        EXPECT_LT(weightOff(both), 1e-12);
-        m_samples.landings[i].on.place += P3{0.0, 3e-4, 4e-4};
-        const double off = expected(both, 5e-4, both.hasShadows(1) ? 5e-4 : 0);
-        EXPECT_GT(off, 1e-6);
-        EXPECT_NEAR(weightOff(both), off, 1e-9 * off) << i;
     }
 }
 
