@@ -203,6 +203,13 @@ TEST(TestPicture, HasItsLinesItsArrowAndRoomForItsWords) {
     ASSERT_GT(widest, 160);
     EXPECT_EQ(boxesOf(drawing.boxes, {0, 0, 0}),
               (Boxes{{0, 0, 1280, 1280}, {std::floor(640 - widest / 2 - 40), 320, std::floor(widest + 80), 580}}));
+    TestPicture named = pictureOf(1280, 1280);
+    named.name = "Upper left one of six";
+    const double ofName = library.width(named.name, 60);
+    ASSERT_GT(ofName, widest);
+    ASSERT_LT(ofName, 0.8 * 1280) << "it is not cut";
+    EXPECT_EQ(boxesOf(named.draw().boxes, {0, 0, 0})[1],
+              (std::array<double, 4>{std::floor(640 - ofName / 2 - 40), 320, std::floor(ofName + 80), 580}));
     // The arrow is 180 pixels high: a head of 120 rows, and a shaft.
     const Boxes arrow = boxesOf(drawing.boxes, {0, 100, 200});
     ASSERT_EQ(arrow.size(), 121U);
