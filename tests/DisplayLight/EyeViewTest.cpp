@@ -156,6 +156,13 @@ TEST(EyeView, WhatHasNoExtentOrNoMeanIsShownAllTheSame) {
     EXPECT_LT(norm(*view.placeOf({1.0, 0.0, 0.0}) - P2{50.0, 25.0}), 1e-9);
     const std::vector<P3> opposite{{1.0, 0.0, 0.0}, {-3.0, 0.0, 0.0}};
     EXPECT_EQ(EyeView::around({}, opposite, 100, 50).frame().forward, (P3{0.0, 1.0, 0.0}));
+    // The same but for a little, however many they are.
+    std::vector<P3> nearly;
+    for (int i = 0; i < 10; ++i) {
+        nearly.push_back({1.0, 0.0, 0.0005});
+        nearly.push_back({-1.0, 0.0, 0.0005});
+    }
+    EXPECT_EQ(EyeView::around({}, nearly, 100, 50).frame().forward, (P3{0.0, 1.0, 0.0}));
     // All of them up and down: a panorama stands upright.
     const std::vector<P3> steep{{0.0, 0.0, 1.0}, {0.0, 0.1, -0.3}, {0.1, 0.0, 1.0}, {-0.1, 0.0, 1.0}};
     const EyeView upright = EyeView::around({}, steep, 100, 50);

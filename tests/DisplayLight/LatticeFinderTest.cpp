@@ -5,6 +5,10 @@
 #include "DisplayLight/EyeGrid.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -23,14 +27,51 @@ protected:
     static constexpr double PIXEL = 0.01;  ///< metres on the wall
 
     /// A picture of 200 x 100 pixels on the left half of a wall of 4 x 1 m, five metres ahead of the eye.
-    LatticeFinderTest() {
-        load(
-            "<Screen shape='Flat'><EyePoint x='0' y='0' z='0'/><Centre x='0' y='5' z='0'/><Size width='4' height='1'/>"
-            "</Screen>",
-            "<Projector id='P'><Name>P</Name><Resolution width='200' height='100'/><ScreenArea left='0' right='0.5' "
-            "bottom='0' top='1'/></Projector>",
-            "<TargetData type='PlanarBasic'/>");
+    LatticeFinderTest() { loadArea(WALL, "left='0' right='0.5' bottom='0' top='1'"); }
+
+    void loadArea(const std::string& screen, const std::string& area) {
+        load("<Screen " + screen + "</Screen>",
+             "<Projector id='P'><Name>P</Name><Resolution width='200' height='100'/><ScreenArea " + area +
+                 "/></Projector>",
+             "<TargetData type='PlanarBasic'/>");
     }
+
+    /// What is found of the places that the eye sees around some directions.
+    void findAround(const P3& eye, const std::vector<P3>& directions, std::size_t width, std::size_t height) {
+        const EyePlaces places(config(), channels().front(), ScreenManager::getInstance()->getScreenGeometry(), eye);
+        m_grid = EyeGrid::of(EyeView::around(eye, directions, width, height), places);
+        const ChannelSight sight(config(), channels().front());
+        LatticeFinder(sight).find(m_grid, SeenSide::LIT, m_found);
+    }
+
+    /// Each place is lit where its coordinates lie within the area, and by the picture point that stands there.
+    /// @param coordinatesOf (s, t) of a place
+    /// @return how many are
+    template <class CoordinatesOf>
+    std::size_t expectFound(const P2& lower, const P2& upper, const CoordinatesOf& coordinatesOf) const {
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < m_found.size(); ++i) {
+            if (!m_grid.places[i].isSeen) {
+                EXPECT_FALSE(m_found[i].isLit);
+                continue;
+            }
+            const P2 st = coordinatesOf(m_grid.places[i].point);
+            const P2 picture{(st[0] - lower[0]) / (upper[0] - lower[0]), (st[1] - lower[1]) / (upper[1] - lower[1])};
+            const double beside = std::max(std::abs(picture[0] - 0.5), std::abs(picture[1] - 0.5)) - 0.5;
+            if (std::abs(beside) < 1e-6) {
+                continue;
+            }
+            EXPECT_EQ(m_found[i].isLit, beside < 0) << st;
+            if (m_found[i].isLit) {
+                EXPECT_LT(norm(m_found[i].picture - picture), 1e-5) << st;
+                ++count;
+            }
+        }
+        return count;
+    }
+
+    static inline const std::string WALL =
+        "shape='Flat'><EyePoint x='0' y='0' z='0'/><Centre x='0' y='5' z='0'/><Size width='4' height='1'/>";
 
     /// What is found of the places that the eye sees, after they were moved.
     void find(const P3& move) {
@@ -64,6 +105,39 @@ TEST_F(LatticeFinderTest, FindsEachPlaceWhereThePictureShowsIt) {
         }
     }
     EXPECT_GT(lit(), 1000U);
+}
+
+// The picture reaches beyond the wall to the left and upwards: its cells there are seen in part.
+TEST_F(LatticeFinderTest, APictureThatReachesBeyondTheScreenIsFoundToItsEdge) {
+    loadArea(WALL, "left='-0.13' right='0.4' bottom='0.2' top='1.27'");
+    findAround({}, {{-2.2, 5.0, -0.7}, {2.2, 5.0, 0.7}}, 211, 97);
+    const std::size_t count = expectFound({-0.13, 0.2}, {0.4, 1.27}, [](const P3& place) {
+        return P2{place[0] / 4 + 0.5, place[2] + 0.5};
+    });
+    EXPECT_GT(count, 2000U);
+}
+
+// In a panorama around an eye beside the axis: pictures before it, beside it, and on either side of the seam behind it.
+TEST_F(LatticeFinderTest, OnACylinderEachPictureIsFoundUpToTheSeamOfThePanorama) {
+    std::vector<P3> around;
+    for (int i = 0; i < 36; ++i) {
+        for (const double z : {-0.7, 0.9}) {
+            around.push_back({std::sin(i * std::numbers::pi / 18), std::cos(i * std::numbers::pi / 18), z});
+        }
+    }
+    around.push_back({0.1, -1.0, -3.0});
+    for (const auto& [left, right] : {std::pair{0.0, 0.21}, {0.4, 0.73}, {0.83, 1.0}}) {
+        loadArea(
+            "shape='Cylinder'><EyePoint x='0.3' y='0.2' z='0.1'/><Centre x='0' y='0' z='0'/><Radius value='3'/><Size "
+            "height='4'/><Azimuth min='-180' max='180'/>",
+            "left='" + std::to_string(left) + "' right='" + std::to_string(right) + "' bottom='0.1' top='0.8'");
+        findAround({0.3, 0.2, 0.1}, around, 180, 90);
+        ASSERT_EQ(m_grid.view.kind(), EyeView::Kind::PANORAMA);
+        const std::size_t count = expectFound({left, 0.1}, {right, 0.8}, [](const P3& place) {
+            return P2{std::atan2(place[0], place[1]) / (2 * std::numbers::pi) + 0.5, place[2] / 4 + 0.5};
+        });
+        EXPECT_GT(count, 500U);
+    }
 }
 
 // What lies before the surface that the picture lands on, by no more than rounding and interpolation explain, is that

@@ -300,6 +300,42 @@ TEST_F(LightSumTest, LitPlacesWithoutContentAreCounted) {
     EXPECT_NEAR(static_cast<double>(figures.withoutContent), expected, 0.1 * expected);
 }
 
+// The second one has a picture on more of the wall.
+TEST_F(LightSumTest, TheCoarsestProjectorIsNamedAndEachOneIsCounted) {
+    load(WALL, area("A", 0, 0.3) + area("B", 0.3, 1), BASIC);
+    exportAll(requestOf(InputKind::FRUSTUM, white()));
+    LightRequest request;
+    request.width = 20;
+    request.height = 12;
+    std::vector<std::pair<std::size_t, std::size_t>> calls;
+    request.progress = [&calls](std::size_t done, std::size_t total) { calls.emplace_back(done, total); };
+    const std::vector<std::pair<std::size_t, std::size_t>> expected{{1, 2}, {2, 2}};
+    const LightSum sum(config(), ExportedDisplay::read(m_player));
+    const LitPicture picture = sum.picture(request);
+    EXPECT_EQ(picture.coarsest, "channel B (B)");
+    EXPECT_NEAR(picture.coarsestPixel, std::sqrt(4 * 0.7 / 400 * 2 / 250), 1e-6);
+    EXPECT_EQ(calls, expected);
+    EXPECT_THAT(picture.notes, testing::Contains(HasSubstr("the input is a frustum: each channel shows the whole")));
+    calls.clear();
+    EXPECT_EQ(sum.surface(1000, request.progress).coarsest, "channel B (B)");
+    EXPECT_EQ(calls, expected);
+    load(WALL, area("A", 0, 1), BASIC);
+    exportAll(requestOf(InputKind::FRUSTUM, white()));
+    EXPECT_THAT(lit(20, 12).notes, testing::Each(testing::Not(HasSubstr("frustum")))) << "of one channel alone";
+}
+
+TEST_F(LightSumTest, TheViewOfTheFirstEyeIsTaken) {
+    loadTwo();
+    exportAll(requestOf(InputKind::SCREEN, white()));
+    Json document = manifest();
+    Json other = document["views"][0];
+    other["eyeNumber"] = 2;
+    other["channel"]["pixels"] = {7, 5};
+    document["views"].insert(document["views"].begin(), other);
+    writeManifest(document);
+    EXPECT_EQ(faultOfSum(), "");
+}
+
 TEST_F(LightSumTest, MeansAreShownOfWhatIsSmallerThanAPixelOfTheEye) {
     load(WALL, area("A", 0, 1), BASIC);
     // Every second line is white.

@@ -64,6 +64,45 @@ TEST(LitColours, WhatIsNotLitIsDarkGreenAndWhatIsNoScreenGrey) {
     EXPECT_EQ(LitColours::shown(litPlace(), curve), (Colour{255, 255, 255}));
 }
 
+/// A picture of three by two pixels, places row by row from the bottom.
+TEST(LitPicture, HasItsUpperRowFirstAndItsErrorsBesideEachOther) {
+    LitPicture picture;
+    picture.view = EyeView::around({}, {}, 3, 2);
+    picture.curve = Veltrani::DisplayBlend::BlendCurve::ofGamma(1);
+    picture.places = {litPlace(1, 0), litPlace(0.95F, 1.0F / 3), unlitPlace(), litPlace(0, 1), LitPlace(),
+                      litPlace(2, 0)};
+    const Colour black{0, 0, 0};
+    const Colour white{255, 255, 255};
+    const Colour grey{26, 27, 30};
+    const Colour green{10, 48, 22};
+    const auto picturesOf = [](const std::vector<Colour>& colours) {
+        std::vector<unsigned char> all;
+        for (const Colour& colour : colours) {
+            all.insert(all.end(), colour.begin(), colour.end());
+        }
+        return all;
+    };
+    const auto shown = picture.shown();
+    EXPECT_EQ(shown.width, 3U);
+    EXPECT_EQ(shown.height, 2U);
+    EXPECT_EQ(shown.colours, picturesOf({black, grey, white, white, {242, 242, 242}, black}));
+    const auto errors = picture.errors();
+    EXPECT_EQ(errors.width, 6U);
+    EXPECT_EQ(errors.height, 2U);
+    EXPECT_EQ(errors.colours, picturesOf({white,
+                                          grey,
+                                          black,
+                                          {0, 0, 255},
+                                          grey,
+                                          {255, 0, 0},  //
+                                          black,
+                                          {255, 0, 0},
+                                          green,
+                                          {128, 128, 128},
+                                          {64, 64, 191},
+                                          green}));
+}
+
 // Worked out by hand.
 TEST(LitFigures, CountEachPlaceForWhatIsKnownOfIt) {
     LitPlace lacking = litPlace(1, -1);

@@ -121,6 +121,19 @@ TEST_F(LitSurfaceTest, EachSideOfASheetShowsItsOwnLight) {
     EXPECT_THAT(lit.notes, testing::Contains(HasSubstr("rear projection")));
 }
 
+// What the middle of the view shows is dark.
+TEST_F(LitSurfaceTest, AScreenThatIsLitFromBehindIsKnownByAnyPartOfIt) {
+    const auto back = [](const std::string& id, const std::string& x) {
+        return small(id, "<Position x='" + x +
+                             "' y='10' z='0'/><Orientation z='180' x='0' y='0'/><Frustum left='-5' "
+                             "right='5' bottom='-5' top='5'/>");
+    };
+    load(WALL, back("Left", "-1.4") + back("Right", "1.4"), PROJECTORS);
+    const LitSurface lit = litAllOver(InputKind::EQUIRECTANGULAR, 255);
+    EXPECT_THAT(sidesOf(lit), ElementsAre(1));
+    EXPECT_THAT(lit.notes, testing::Contains(HasSubstr("rear projection")));
+}
+
 TEST_F(LitSurfaceTest, LightOfBothKindsOfSideIsMerged) {
     LitSurface lit;
     lit.chart.grid.width = 1;

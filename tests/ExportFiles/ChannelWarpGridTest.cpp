@@ -45,4 +45,21 @@ TEST(ChannelWarpGrid, HasTheNodesThatItIsGiven) {
     EXPECT_EQ(grid.at(2, 1).input, (P2{1.0, 1.0}));
 }
 
+/// Nodes keep content that goes on over an edge, and have the brightness of their place; pixels have neither.
+TEST(ChannelWarpGrid, NodesGoOnBeyondTheEdgesAndPixelsStayBetweenThem) {
+    const ExportedChannel behind(BEHIND);
+    const ContentStrip panorama{1, true};
+    const auto brightness = [](const P2& picture) { return 0.25 + 0.5 * picture[0] + 0.125 * picture[1]; };
+    for (const bool isOfNodes : {true, false}) {
+        const auto warp = behind.warp(InputKind::EQUIRECTANGULAR, isOfNodes ? nodes(3, 2) : pixels(false));
+        std::vector<WarpNode> given = warp.nodes();
+        given[warp.columns() + 1].content = {1.25, 0.5};
+        const ChannelWarpGrid grid(warp, given, panorama, brightness);
+        EXPECT_EQ(grid.at(1, 1).input, (P2{isOfNodes ? 1.25 : 0.25, 0.5}));
+        EXPECT_EQ(grid.at(1, 1).brightness, isOfNodes ? 0.625 : 1);
+        EXPECT_EQ(grid.at(2, 0).brightness, isOfNodes ? 0.75 : 1);
+        EXPECT_EQ(ChannelWarpGrid(warp, given, panorama).at(1, 1).brightness, 1);
+    }
+}
+
 }  // namespace

@@ -95,6 +95,14 @@ TEST(ContentPicture, MorePixelsThanAllowedAreRefusedBeforeTheyAreRead) {
     expectRefused(pngOf(40, 30, Bytes(3600)), L"has 40 x 30 pixels: at most 1199 can be shown", 1199);
 }
 
+TEST(ContentPicture, HasThreePartsForEachOfItsPixels) {
+    EXPECT_NO_THROW(ContentPicture(2, 1, Bytes(6)));
+    EXPECT_THROW(ContentPicture(2, 1, Bytes(5)), VeltraniException);
+    EXPECT_THROW(ContentPicture(2, 1, Bytes(7)), VeltraniException);
+    EXPECT_THROW(ContentPicture(0, 1, {}), VeltraniException);
+    EXPECT_THROW(ContentPicture(1, 0, {}), VeltraniException);
+}
+
 TEST(ContentPicture, AFileThatIsNotThereIsNamed) {
     const TemporaryFolder folder;
     EXPECT_THROW(static_cast<void>(ContentPicture::read(folder.file("gone.png"))), VeltraniMissingFileException);

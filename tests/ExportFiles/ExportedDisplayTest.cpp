@@ -87,6 +87,39 @@ TEST_F(ExportedDisplayTest, TakesTheNumbersOfItsInput) {
     EXPECT_EQ(frustum.view.eye[2], input["frustum"]["position"][2].get<double>());
 }
 
+TEST_F(ExportedDisplayTest, ReadsHowEachKindOfInputStands) {
+    for (const InputKind kind : {InputKind::FISHEYE, InputKind::EQUIRECTANGULAR, InputKind::CUBE, InputKind::LAYOUT}) {
+        exportWall({WarpFormat::PFM}, kind);
+        Json document = manifest();
+        Json& written = document["views"][0];
+        written["eyeNumber"] = 2;
+        written["seenInMirror"] = true;
+        written["channel"]["number"] = 3;
+        written["eye"] = {0.25, 0.5, 0.75};
+        if (kind != InputKind::LAYOUT) {
+            written["input"]["view"]["position"] = {1.5, 2.5, 3.5};
+        }
+        if (kind == InputKind::FISHEYE) {
+            written["input"]["aperture"] = 6.25;
+        }
+        const ExportedDisplay display = ExportedDisplay::parse(document.dump(), "manifest.json", ".");
+        const ExportedChannelView& view = display.views().front();
+        EXPECT_EQ(view.input.kind, kind);
+        EXPECT_EQ(view.input.pixels[0], written["input"]["pixels"][0].get<int>());
+        EXPECT_EQ(view.input.pixels[1], written["input"]["pixels"][1].get<int>());
+        EXPECT_EQ(view.wrapsAround, kind == InputKind::EQUIRECTANGULAR);
+        EXPECT_EQ(view.number, 3U);
+        EXPECT_EQ(view.eyeNumber, 2U);
+        EXPECT_TRUE(view.isInMirror);
+        EXPECT_EQ(view.eye, (Point<double, 3>{0.25, 0.5, 0.75}));
+        if (kind != InputKind::LAYOUT) {
+            EXPECT_EQ(view.frustum.view.eye, (Point<double, 3>{1.5, 2.5, 3.5}));
+            EXPECT_EQ(view.frustum.view.forward, (Point<double, 3>{0.0, 1.0, 0.0}));
+        }
+        EXPECT_EQ(view.input.aperture == 6.25, kind == InputKind::FISHEYE);
+    }
+}
+
 TEST_F(ExportedDisplayTest, EveryFormatOfAWarpShowsTheSame) {
     for (const WarpFormat format : {WarpFormat::MESH, WarpFormat::OBJ, WarpFormat::PFM, WarpFormat::PNG_16}) {
         exportWall({format});
@@ -186,9 +219,20 @@ TEST_F(ExportedDisplayTest, AWrongValueIsRefusedWithItsPlace) {
              {"/views/0/seenInMirror", "no", "views[0].seenInMirror: found \"no\", expected true or false"},
              {"/views/0/input/kind", "mirror", "views[0].input.kind: found \"mirror\", expected the kind of an input"},
              {"/views/0/input/frustum/up", Json::array({0, 0, 2}), "frustum: found an object, expected axes of length"},
+             {"/views/0/input/frustum/right", Json::array({2, 0, 0}), "frustum: found an object, expected axes of"},
+             {"/views/0/input/frustum/forward", Json::array({0, 0.5, 0}), "frustum: found an object, expected axes of"},
+             {"/views/0/input/frustum/up", Json::array({0, 0, -1}), "expected axes of length 1 at right angles, up"},
+             {"/views/0/input/frustum/tangents/bottom", 9, "tangents: found an object, expected left below right"},
              {"/views/0/input/frustum/tangents/left", 9, "tangents: found an object, expected left below right"},
              {"/views/0/files/0/name", "../x", "views[0].files[0].name: found \"../x\", expected the name of a file"},
              {"/views/0/files/0/name", ".x", "views[0].files[0].name: found \".x\""},
+             {"/views/0/files/0/name", "", "views[0].files[0].name: found \"\", expected the name of a file"},
+             {"/views/0/files/0/name", "a/b", "views[0].files[0].name: found \"a/b\", expected the name of a file"},
+             {"/views/0/files/0/name", std::string("a\0b", 3), "expected the name of a file in the same folder"},
+             {"/views/0/files/0/sha256", std::string(64, 'g'), "expected 64 hexadecimal digits"},
+             {"/views/0/files/0/sha256", std::string(65, 'a'), "expected 64 hexadecimal digits"},
+             {"/views/0/eyeNumber", 0, "views[0].eyeNumber: found 0, expected a whole number from 1 to"},
+             {"/views/0/channel/number", 0, "views[0].channel.number: found 0, expected a whole number from 1 to"},
              {"/views/0/files/0/sha256", "12", "views[0].files[0].sha256: found \"12\", expected 64 hexadecimal"},
              {"/views/0/files/0/kind", "blend",
               "views[0].files[0]: found an object, expected an object with the member "
@@ -207,6 +251,17 @@ TEST_F(ExportedDisplayTest, AWrongValueIsRefusedWithItsPlace) {
         EXPECT_THAT(fault, HasSubstr(": export the display again"));
         EXPECT_EQ(fault.find('\n'), std::string::npos);
     }
+    Json document = good;
+    document["views"][0]["files"][0]["kind"] = "lift";
+    for (const int bits : {7, 12, 17}) {
+        document["views"][0]["files"][0]["bits"] = bits;
+        EXPECT_THAT(faultOf(document.dump()), HasSubstr("bits: found " + std::to_string(bits))) << bits;
+    }
+    document["views"][0]["files"][0]["bits"] = 8;
+    EXPECT_EQ(faultOf(document.dump()), "");
+    document = good;
+    document["files"][0]["sha256"] = nullptr;
+    EXPECT_EQ(ExportedDisplay::parse(document.dump(), "manifest.json", ".").sources().front().sha256, "");
     EXPECT_THAT(faultOf("[1e309]"), HasSubstr("manifest.json: is no manifest: found a number beyond the range"));
     EXPECT_THAT(faultOf("{\"schema\":"), HasSubstr("manifest.json: is no manifest: found something else than JSON at "
                                                    "byte"));

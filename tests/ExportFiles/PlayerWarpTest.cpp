@@ -78,6 +78,31 @@ TEST(PlayerWarp, OfAnInputThatEndsItCrossesTheMiddle) {
     EXPECT_NEAR(warp->shownAt({0.25, 0.5})->content[0], 0.125, ROUNDING);
 }
 
+/// A mesh of three by three nodes over a picture of 8 x 2 pixels, whose content is twice as steep in the right half and
+/// four times as steep in the upper one. The bottom right node has none.
+TEST(PlayerWarp, OfNodesItStatesTheSlopeOverAQuarterOfAPixel) {
+    ExportedChannelView view;
+    view.pixels = {8, 2};
+    const auto warp = PlayerWarp::parse(
+        "2\n3 3\n-4 -1 0 0 1\n0 -1 0.25 0 1\n4 -1 0.75 0 -1\n-4 0 0 0.125 1\n0 0 0.25 0.125 1\n4 0 0.75 0.125 1\n"
+        "-4 1 0 0.625 1\n0 1 0.25 0.625 1\n4 1 0.75 0.625 1\npixels 8 2\n",
+        "warp.mesh", "mesh", view);
+    const auto at = [&warp](double u, double v) { return warp->shownAt({u, v}).value(); };
+    EXPECT_LT(norm(at(0.25, 0.25).content - P2{0.125, 0.0625}), 1e-12);
+    EXPECT_LT(norm(at(0.25, 0.25).alongU - P2{0.5, 0.0}), 1e-12);
+    EXPECT_LT(norm(at(0.25, 0.25).alongV - P2{0.0, 0.25}), 1e-12);
+    EXPECT_LT(norm(at(0.75, 0.75).alongU - P2{1.0, 0.0}), 1e-12);
+    EXPECT_LT(norm(at(0.75, 0.75).alongV - P2{0.0, 1.0}), 1e-12);
+    // A step is a 32nd of the width, and an eighth of the height: half of it reaches into the next cell.
+    EXPECT_LT(norm(at(0.5 - 1 / 64.0, 0.75).alongU - P2{0.75, 0.0}), 1e-12);
+    EXPECT_LT(norm(at(0.25, 0.5 - 1 / 16.0).alongV - P2{0.0, 0.625}), 1e-12);
+    // At the far edges it is that before them.
+    EXPECT_LT(norm(at(1.0, 1.0).alongU - P2{1.0, 0.0}), 1e-12);
+    EXPECT_LT(norm(at(1.0, 1.0).alongV - P2{0.0, 1.0}), 1e-12);
+    EXPECT_FALSE(warp->shownAt({0.75, 0.25}));
+    EXPECT_FALSE(warp->shownAt({1.01, 0.75}));
+}
+
 TEST(PlayerWarp, ShowsNothingNextToAPixelWithoutContent) {
     const P2 hole{4.5 / COLUMNS, 2.5 / ROWS};
     const auto warp = pixelWarp(true, [&hole](const P2& place) {

@@ -1,14 +1,22 @@
 #include "ExportFiles/TestPicture.h"
 
+#include "DisplayReport/still/Drawing.h"
+#include "DisplayReport/still/StillLibrary.h"
 #include "support/PngImage.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <sstream>
 
 namespace {
 
+using Veltrani::DisplayReport::Colour;
+using Veltrani::DisplayReport::Drawing;
 using Veltrani::ExportFiles::TestPicture;
+using P2 = Point<double, 2>;
 
 constexpr PngImage::Colour WHITE{255, 255, 255};
 constexpr PngImage::Colour BLACK{0, 0, 0};
@@ -130,6 +138,104 @@ TEST(TestPicture, SaysWhoseItIs) {
     other = picture;
     other.projectorId = "020000000002";
     EXPECT_NE(shown(other).bytes, shown(picture).bytes);
+}
+
+/// Boxes with left, top, width and height.
+std::vector<std::array<double, 4>> boxesOf(const std::vector<Drawing::Box>& boxes, const Colour& colour) {
+    std::vector<std::array<double, 4>> found;
+    for (const Drawing::Box& box : boxes) {
+        if (box.colour == colour) {
+            found.push_back({box.left, box.top, box.width, box.height});
+        }
+    }
+    return found;
+}
+
+/// The only text of its kind.
+Drawing::Text textOf(const Drawing& drawing, const std::string& text) {
+    const auto found = std::find_if(drawing.texts.begin(), drawing.texts.end(),
+                                    [&text](const Drawing::Text& one) { return one.text == text; });
+    return found == drawing.texts.end() ? Drawing::Text() : *found;
+}
+
+void expectText(const Drawing& drawing, const std::string& text, const P2& place, double size, Drawing::Anchor anchor,
+                const Colour& colour) {
+    const Drawing::Text found = textOf(drawing, text);
+    EXPECT_EQ((P2{found.right, found.down}), place) << text;
+    EXPECT_EQ(found.size, size) << text;
+    EXPECT_EQ(found.anchor, anchor) << text;
+    EXPECT_EQ(found.colour, colour) << text;
+}
+
+// In a picture of 1280 pixels a line is two pixels wide and a letter 20 pixels high; lengths by hand from there.
+TEST(TestPicture, HasItsWordsBesideTheLinesAndAroundTheMiddle) {
+    const Drawing drawing = pictureOf(1280, 1280).draw();
+    EXPECT_EQ(drawing.title, "Upper left");
+    using Anchor = Drawing::Anchor;
+    const Colour white{255, 255, 255};
+    const Colour own{0, 100, 200};
+    expectText(drawing, "u 0.3", {384.0 + 2 + 10, 1280.0 - 20}, 20, Anchor::LEFT, white);
+    expectText(drawing, "v 0.3", {20.0, 1280.0 - 1 - 384 - 10}, 20, Anchor::LEFT, white);
+    expectText(drawing, "0, 0", {20.0, 1260.0}, 20, Anchor::LEFT, white);
+    expectText(drawing, "1, 1", {1260.0, 40.0}, 20, Anchor::RIGHT, white);
+    expectText(drawing, "7", {640.0, 720.0}, 160, Anchor::MIDDLE, own);
+    expectText(drawing, "Upper left", {640.0, 820.0}, 60, Anchor::MIDDLE, own);
+    expectText(drawing, "020000000001, 1280 x 1280", {640.0, 880.0}, 30, Anchor::MIDDLE, white);
+    EXPECT_EQ(drawing.texts.size(), 2U * 9 + 2 + 3);
+}
+
+TEST(TestPicture, HasItsLinesItsArrowAndRoomForItsWords) {
+    using Boxes = std::vector<std::array<double, 4>>;
+    const Drawing drawing = pictureOf(1280, 1280).draw();
+    EXPECT_EQ(boxesOf(drawing.boxes, {255, 255, 255}), (Boxes{{640, 0, 2, 1280},
+                                                              {0, 639, 1280, 2},
+                                                              {0, 0, 1280, 1},
+                                                              {0, 1279, 1280, 1},
+                                                              {0, 0, 1, 1280},
+                                                              {1279, 0, 1, 1280}}));
+    const Boxes tenths = boxesOf(drawing.boxes, {110, 110, 110});
+    ASSERT_EQ(tenths.size(), 16U);
+    EXPECT_EQ(tenths[0], (std::array<double, 4>{128, 0, 2, 1280}));
+    EXPECT_EQ(tenths[1], (std::array<double, 4>{0, 1279 - 128, 1280, 2}));
+    EXPECT_EQ(tenths[15], (std::array<double, 4>{0, 1279 - 1152, 1280, 2}));
+    const auto& library = Veltrani::DisplayReport::StillLibrary::get();
+    const double widest = std::max(library.width("Upper left", 60), library.width("020000000001, 1280 x 1280", 30));
+    ASSERT_GT(widest, 160);
+    EXPECT_EQ(boxesOf(drawing.boxes, {0, 0, 0}),
+              (Boxes{{0, 0, 1280, 1280}, {std::floor(640 - widest / 2 - 40), 320, std::floor(widest + 80), 580}}));
+    TestPicture named = pictureOf(1280, 1280);
+    named.name = "Upper left one of six";
+    const double ofName = library.width(named.name, 60);
+    ASSERT_GT(ofName, widest);
+    ASSERT_LT(ofName, 0.8 * 1280) << "it is not cut";
+    EXPECT_EQ(boxesOf(named.draw().boxes, {0, 0, 0})[1],
+              (std::array<double, 4>{std::floor(640 - ofName / 2 - 40), 320, std::floor(ofName + 80), 580}));
+    // The arrow is 180 pixels high: a head of 120 rows, and a shaft.
+    const Boxes arrow = boxesOf(drawing.boxes, {0, 100, 200});
+    ASSERT_EQ(arrow.size(), 121U);
+    EXPECT_EQ(arrow[0], (std::array<double, 4>{640, 340, 1, 1}));
+    EXPECT_EQ(arrow[1], (std::array<double, 4>{640, 341, 1, 1}));
+    EXPECT_EQ(arrow[119], (std::array<double, 4>{640 - 59, 459, 119, 1}));
+    EXPECT_EQ(arrow[120], (std::array<double, 4>{640 - 18, 460, 37, 60}));
+}
+
+TEST(TestPicture, ACrossHasItsArmsOutsideTheRoomAroundItsMiddle) {
+    using Boxes = std::vector<std::array<double, 4>>;
+    TestPicture picture = pictureOf(1280, 1280);
+    picture.targets = {{0.25, 0.75}, {0.0, 0.0}, {1.0, 1.0}};
+    const auto marks = picture.draw().boxesOverTexts;
+    Boxes arms = boxesOf(marks, {255, 255, 0});
+    ASSERT_EQ(arms.size(), 12U);
+    arms.resize(4);
+    EXPECT_EQ(arms, (Boxes{{306, 319, 10, 1}, {325, 319, 10, 1}, {320, 305, 1, 10}, {320, 324, 1, 10}}));
+    // The frame stays.
+    EXPECT_EQ(boxesOf(marks, {0, 0, 0}), (Boxes{{316, 315, 9, 9}, {1, 1275, 4, 4}, {1275, 1, 4, 4}}));
+    EXPECT_EQ(boxesOf(marks, {255, 255, 255}), (Boxes{{320, 319, 1, 1}, {0, 1279, 1, 1}, {1279, 0, 1, 1}}));
+    picture.pixels = {2, 2};
+    EXPECT_TRUE(boxesOf(picture.draw().boxesOverTexts, {0, 0, 0}).empty()) << "a frame alone";
+    picture.pixels = {3, 3};
+    picture.targets = {{0.5, 0.5}};
+    EXPECT_EQ(boxesOf(picture.draw().boxesOverTexts, {0, 0, 0}), (Boxes{{1, 1, 1, 1}}));
 }
 
 TEST(TestPicture, AnySizeAndAnyNameWillDo) {

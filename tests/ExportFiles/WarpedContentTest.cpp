@@ -73,6 +73,29 @@ TEST(WarpedContent, GoesOnOverTheSeamOfAPanorama) {
     }
 }
 
+// A channel that looks askance at the corner of a cube: its cells are cut along the edges of three faces into triangles
+// of all shapes. None leaves out a pixel, and each shows what the pixel itself does but beside an edge.
+TEST(WarpedContent, TrianglesOfEveryShapeLeaveNoPixelOut) {
+    const ExportedChannel corner(
+        "<Display version='1' lengthUnit='m' angleUnit='deg'><Units native='m'/><Screen shape='Sphere'>"
+        "<Centre x='0' y='0' z='0'/><Radius value='4'/></Screen><TargetData type='Spherical'/><Projectors>"
+        "<Projector id='P1'><Resolution width='40' height='24'/><Orientation z='41' x='37' y='23'/>"
+        "<Frustum left='-40' right='40' bottom='-30' top='30'/></Projector></Projectors></Display>");
+    const ContentStrip strip{6, false};
+    const PngPicture byNodes = warpedContent(corner.warp(InputKind::CUBE, nodes(6, 5)), strip, gradient());
+    const PngPicture byPixels = warpedContent(corner.warp(InputKind::CUBE, pixels(false)), strip, gradient());
+    int apart = 0;
+    for (std::size_t row = 0; row < byNodes.height; ++row) {
+        for (std::size_t column = 0; column < byNodes.width; ++column) {
+            const auto [red, green, blue] = colourOf(byNodes, column, row);
+            EXPECT_EQ(blue, 200) << column << ' ' << row;
+            const auto [redOfPixel, greenOfPixel, blueOfPixel] = colourOf(byPixels, column, row);
+            apart += std::abs(red - redOfPixel) > 2 || std::abs(green - greenOfPixel) > 12 ? 1 : 0;
+        }
+    }
+    EXPECT_LT(apart, 40 * 24 / 20);
+}
+
 TEST(WarpedContent, IsBlackWhereTheContentEnds) {
     const ExportedChannel wall(WALL);
     // A frustum has a margin of 2 % on each side: the outermost content is not shown, and nothing is black.

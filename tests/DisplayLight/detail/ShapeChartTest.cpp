@@ -104,6 +104,16 @@ TEST(ShapeChart, AtATipASideIsAPoint) {
     EXPECT_NEAR(chart.step, std::sqrt(4 * std::sqrt(5.0) / 4000), 1e-9);
 }
 
+// Rows are sqrt(4 (1 + t)^2 + t^2) long, columns sqrt(4 s^2 + (1 + s)^2): the last ones are the longest.
+TEST(ShapeChart, TheLastRowAndTheLastColumnCountAsTheOthers) {
+    Surface surface;
+    surface.mapping = [](const P2& st, P3& out, bool /*extrapolate*/) {
+        out = {2 * st[0] * (1 + st[1]), 0.0, st[1] * (1 + st[0])};
+        return true;
+    };
+    EXPECT_NEAR(shapeChart(surface, 4000).step, std::sqrt(std::sqrt(17.0) * std::sqrt(8.0) / 4000), 1e-9);
+}
+
 TEST(ShapeChart, OfAPointIsOnePlace) {
     const SurfaceChart chart = wall(0, 0, 1000);
     EXPECT_TRUE(chart.triangles.empty());
