@@ -167,6 +167,52 @@ TEST(FitReport, ItsJsonHasEveryNumberAndNullWhereThereIsNone) {
     EXPECT_TRUE(channel["worst"]["scaledCondition"].is_null()) << "infinite";
 }
 
+TEST(FitReport, ItsJsonHasFramesAndChannelsWhole) {
+    FitReport whole = report();
+    whole.frames.resize(1);
+    whole.frames[0].set = "east";
+    whole.frames[0].scale = 1.25;
+    whole.frames[0].rotation = Veltrani::rotationZXY(0.1, 0.2, 0.3);
+    whole.frames[0].translation = {7, -8, 9};
+    whole.frames[0].remarks = {"first", "second"};
+    ChannelFit other = whole.result.channels[0];
+    other.name = "Right";
+    other.isSolved = false;
+    other.solved.frustum = true;
+    other.holdsSquarePixels = true;
+    whole.result.channels.push_back(other);
+    ChannelFit& fit = whole.result.channels[0];
+    fit.worst.solvedNames = {"heading", "shift"};
+    fit.worst.weights = {0.6, -0.8};
+    fit.worst.scaledCondition = 12.5;
+    fit.covariance = {4, 1, 1, 9};
+    fit.residuals[0].screenBefore = {1, 2, 3};
+    const Json json = jsonOf(whole);
+    const Json& frame = json["measurement"]["frames"][0];
+    ASSERT_EQ(frame["rotation"].size(), 9U);
+    for (std::size_t i = 0; i < 9; ++i) {
+        EXPECT_EQ(frame["rotation"][i], whole.frames[0].rotation(i / 3, i % 3));
+    }
+    EXPECT_EQ(frame["translation"], Json::parse("[7.0,-8.0,9.0]"));
+    EXPECT_EQ(frame["scale"], 1.25);
+    EXPECT_EQ(frame["remarks"], Json::parse(R"(["first","second"])"));
+    ASSERT_EQ(json["channels"].size(), 2U);
+    const Json& worst = json["channels"][0]["worst"];
+    EXPECT_EQ(worst["names"], Json::parse(R"(["heading","shift"])"));
+    EXPECT_EQ(worst["weights"], Json::parse("[0.6,-0.8]"));
+    EXPECT_EQ(worst["scaledCondition"], 12.5);
+    EXPECT_EQ(json["channels"][0]["covariance"], Json::parse("[4.0,1.0,1.0,9.0]"));
+    EXPECT_EQ(json["channels"][0]["solved"], Json::parse(R"(["orientation"])"));
+    EXPECT_EQ(json["channels"][0]["residuals"][0]["screenBefore"], Json::parse("[1.0,2.0,3.0]"));
+    EXPECT_EQ(json["channels"][0]["residuals"][0]["outlier"], false);
+    EXPECT_EQ(json["channels"][0]["residuals"][1]["outlier"], true);
+    EXPECT_EQ(json["channels"][1]["name"], "Right");
+    EXPECT_TRUE(json["channels"][1]["worst"].is_null()) << "nothing was solved";
+    EXPECT_EQ(json["channels"][1]["solved"], Json::parse(R"(["orientation","frustum"])"));
+    EXPECT_EQ(json["channels"][1]["holdsSquarePixels"], true);
+    EXPECT_EQ(json["channels"][1]["holdsHorizontalShift"], false);
+}
+
 TEST(FitReport, OutliersOfAnUnusableFitAreNotListed) {
     FitReport unusable = report();
     EXPECT_THAT(textOf(unusable), HasSubstr("  outlier: line 3"));

@@ -83,6 +83,34 @@ TEST(MeasuredPoints, PlacesFarApartAreNoRepetition) {
     EXPECT_EQ(combineRepeated(points).points.size(), 4U) << "too few places to say so";
 }
 
+TEST(MeasuredPoints, OfEightPlacesOnAWrongOneIsTold) {
+    for (const std::size_t places : {std::size_t{7}, std::size_t{8}}) {
+        std::vector<MeasuredPoint> points;
+        for (std::size_t i = 0; i < places; ++i) {
+            const double part = 0.1 * static_cast<double>(i);
+            points.push_back(at({part, 4, 0}, i + 2, P2{part, 0.5}));
+        }
+        points.push_back(at({2, 4, 0}, 20, P2{0, 0.5}));
+        EXPECT_EQ(combineRepeated(points).points.size(), places == 8 ? 9U : 7U) << places;
+    }
+}
+
+TEST(MeasuredPoints, AMeanHasTheLargestDeviationInThePictureAndTheSetOfAll) {
+    std::vector<MeasuredPoint> points{at({1, 2, 3}, 2), at({1, 2, 3}, 3), at({1, 2, 3}, 4)};
+    for (MeasuredPoint& point : points) {
+        point.set = "east";
+    }
+    points[0].pictureDeviation = P2{0.1, 0.2};
+    points[1].pictureDeviation = P2{0.3, 0.1};
+    points[2].pictureDeviation = P2{0.2, 0.9};
+    const auto same = combineRepeated(points).points;
+    ASSERT_EQ(same.size(), 1U);
+    EXPECT_EQ(same[0].set, "east");
+    EXPECT_EQ(same[0].pictureDeviation, (P2{0.3, 0.1}));
+    points[1].set = "west";
+    EXPECT_EQ(combineRepeated(points).points.at(0).set, "");
+}
+
 TEST(MeasuredPoints, ThoseOfOtherChannelsStayApart) {
     MeasuredPoint other = at({3, 2, 1}, 4);
     other.channel = 1;

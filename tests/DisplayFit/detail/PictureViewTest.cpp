@@ -44,4 +44,20 @@ TEST(PictureView, ALensShowsItsAxisAtTheCentreOfItsPixel) {
     EXPECT_EQ(last.position, values.position);
 }
 
+TEST(PictureView, ALensBendsRaysByItsOwnFormulaAndLooksWhereItIsTurned) {
+    ChannelValues values;
+    values.orientation = {0.4, -0.2, 0.1};
+    values.lens = LensNumbers{LensNumbers::Kind::BROWN_CONRADY, 1000, 500, 800, 700, 500, 250, {0.1, 0, 0, 0}};
+    const PictureView brown = PictureView::of(values, LensFormula::Kind::EQUIDISTANT, {1920, 1200});
+    EXPECT_EQ(brown.world_from_projector, Veltrani::rotationZXY(0.4, -0.2, 0.1));
+    LensFormula::Place place;
+    // At 45 degrees to the right: r (1 + k1 r^2), and theta (1 + k1 theta^2).
+    ASSERT_TRUE(brown.lens.place({1, 1, 0}, place));
+    EXPECT_NEAR(place.a, 1.1, 1e-12);
+    values.lens->kind = LensNumbers::Kind::FISHEYE;
+    ASSERT_TRUE(PictureView::of(values, LensFormula::Kind::RECTILINEAR, {1920, 1200}).lens.place({1, 1, 0}, place));
+    const double angle = std::atan(1.0);
+    EXPECT_NEAR(place.a, angle * (1 + 0.1 * angle * angle), 1e-12);
+}
+
 }  // namespace
