@@ -93,7 +93,7 @@ TEST_F(PoleBlockTest, EndsWhereTheLightDoes) {
         dark.nodes[one.dark].state = State::CONTINUED;
         expectCells(smallest(dark), one.numbers);
     }
-    for (const std::size_t corner : {27, 28, 35, 36}) {
+    for (const std::size_t corner : {27U, 28U, 35U, 36U}) {
         WarpGrid dark = whole;
         dark.nodes[corner].state = State::CONTINUED;
         EXPECT_FALSE(smallest(dark)) << corner;
@@ -106,7 +106,7 @@ TEST_F(PoleBlockTest, EndsWhereTheLightDoes) {
 TEST_F(PoleBlockTest, IsNoneWhereThePoleIsSeenTwice) {
     const WarpGrid once = grid(9, 9);
     ASSERT_TRUE(smallest(once));
-    for (const std::size_t beside : {2, 20}) {
+    for (const std::size_t beside : {2U, 20U}) {
         WarpGrid twice = once;
         for (const std::size_t corner : once.cornersOf(40)) {
             twice.directions[corner + beside] = once.directions[corner];

@@ -136,8 +136,8 @@ TEST_F(RasterSquareTest, IsOffByItsPlacesBesideAShadow) {
     const ChannelFields both = fields();
     ASSERT_TRUE(both.hasShadows(0));
     ASSERT_FALSE(both.hasShadows(1));
-    for (const std::size_t own : {0, 1}) {
-        for (const std::size_t i : {1, 4, 7}) {
+    for (const std::size_t own : {0U, 1U}) {
+        for (const std::size_t i : {1U, 4U, 7U}) {
             placeSquare({0.5, 0.7}, own, {0.01, 0.0});
             EXPECT_LT(weightOff(both), 1e-12);
             m_samples.landings[i].on.place += P3{0.0, 3e-4, 4e-4};
