@@ -143,14 +143,19 @@ TEST_F(LatticeFinderTest, OnACylinderEachPictureIsFoundUpToTheSeamOfThePanorama)
 // What lies before the surface that the picture lands on, by no more than rounding and interpolation explain, is that
 // surface; what lies further before it is another part of the screen.
 TEST_F(LatticeFinderTest, AQuarterOfAPixelBesideTheSurfaceIsAnotherPartOfTheScreen) {
-    find({});
-    const std::size_t all = lit();
-    find({0, -0.2 * PIXEL, 0});
-    EXPECT_EQ(lit(), all);
-    find({0, -0.3 * PIXEL, 0});
-    EXPECT_EQ(lit(), 0U);
-    find({0, 0.3 * PIXEL, 0});
-    EXPECT_EQ(lit(), 0U) << "behind it, too";
+    // Of a pixel that is not square, its longer side counts.
+    for (const std::string& top : std::vector<std::string>{"1", "0.3"}) {
+        loadArea(WALL, "left='0' right='0.5' bottom='0' top='" + top + "'");
+        find({});
+        const std::size_t all = lit();
+        EXPECT_GT(all, 0U);
+        find({0, -0.2 * PIXEL, 0});
+        EXPECT_EQ(lit(), all);
+        find({0, -0.3 * PIXEL, 0});
+        EXPECT_EQ(lit(), 0U);
+        find({0, 0.3 * PIXEL, 0});
+        EXPECT_EQ(lit(), 0U) << "behind it, too";
+    }
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -45,6 +46,17 @@ TEST(ContentPicture, BetweenTheMiddlesOfPixelsItMixesThem) {
     EXPECT_THAT(picture.at({0.25, 0.5}, false), ElementsAre(0, 128, 0));
     EXPECT_THAT(picture.at({0.375, 0.75}, false), ElementsAre(64, 0, 0));
     EXPECT_THAT(picture.at({0.5, 0.5}, false), ElementsAre(128, 128, 64));
+}
+
+TEST(ContentPicture, OfFourInALineTwoAreMixed) {
+    const Bytes line{0, 0, 0, 40, 0, 0, 120, 0, 0, 240, 0, 0};
+    const ContentPicture row(4, 1, line);
+    const ContentPicture column(1, 4, line);
+    for (const auto& [along, red] :
+         {std::pair{0.125, 0}, {0.25, 20}, {0.375, 40}, {0.5, 80}, {0.75, 180}, {1.0, 240}}) {
+        EXPECT_THAT(row.at({along, 0.5}, false), ElementsAre(red, 0, 0)) << along;
+        EXPECT_THAT(column.at({0.5, 1 - along}, false), ElementsAre(red, 0, 0)) << along;
+    }
 }
 
 TEST(ContentPicture, OutsideItIsBlackAndItsEdgesAreAsTheirPixels) {

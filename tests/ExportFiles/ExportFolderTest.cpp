@@ -142,6 +142,16 @@ TEST_F(ExportFolders, WhatIsNoExportIsNeverReplaced) {
     EXPECT_EQ(m_folder.read("player/display.xml"), "<Display/>");
 }
 
+TEST_F(ExportFolders, WhatIsNoNameInAManifestNamesNoFile) {
+    m_folder.write("player/manifest.json",
+                   R"({"schema":"screenmanager/export","views":[{"files":[{"name":5},{},7]},3,{"files":4},{}]})");
+    m_folder.write("player/01.mesh", "old");
+    expectRefused(true, L"holds 01.mesh, which the export in it does not name");
+    fs::remove(m_target + "/01.mesh");
+    makeExport("new");
+    EXPECT_EQ(m_folder.read("player/01.mesh"), "new");
+}
+
 TEST_F(ExportFolders, AFolderInAnExportIsNotOfTheExport) {
     makeExport("old");
     fs::create_directory(m_target + "/01.obj");

@@ -231,8 +231,10 @@ TEST(TestPicture, ACrossHasItsArmsOutsideTheRoomAroundItsMiddle) {
     // The frame stays.
     EXPECT_EQ(boxesOf(marks, {0, 0, 0}), (Boxes{{316, 315, 9, 9}, {1, 1275, 4, 4}, {1275, 1, 4, 4}}));
     EXPECT_EQ(boxesOf(marks, {255, 255, 255}), (Boxes{{320, 319, 1, 1}, {0, 1279, 1, 1}, {1279, 0, 1, 1}}));
-    picture.pixels = {2, 2};
-    EXPECT_TRUE(boxesOf(picture.draw().boxesOverTexts, {0, 0, 0}).empty()) << "a frame alone";
+    for (const Point<int, 2>& pixels : {Point<int, 2>{2, 2}, {2, 90}, {90, 2}, {1, 90}}) {
+        picture.pixels = pixels;
+        EXPECT_TRUE(boxesOf(picture.draw().boxesOverTexts, {0, 0, 0}).empty()) << pixels << " has a frame alone";
+    }
     picture.pixels = {3, 3};
     picture.targets = {{0.5, 0.5}};
     EXPECT_EQ(boxesOf(picture.draw().boxesOverTexts, {0, 0, 0}), (Boxes{{1, 1, 1, 1}}));
