@@ -104,6 +104,19 @@ TEST(ControlCheck, OneUnusedOneThatIsOffIsNamedAndNotTheFrame) {
     }
 }
 
+TEST(ControlCheck, OfTwoUnusedOnesItIsNotKnownWhichIsOff) {
+    for (const std::size_t count : {std::size_t{2}, std::size_t{3}}) {
+        MeasuredPoints measured = withMarks(count, {0.001, 0, 0});
+        measured.controls[1].measured[2] += 1;
+        const auto findings = findingsOf(measured);
+        ASSERT_EQ(findings.size(), 1U);
+        EXPECT_EQ(findings[0].kind,
+                  count == 3 ? FitFinding::Kind::CONTROL_POINT_OFF : FitFinding::Kind::FRAME_NOT_REGISTERED);
+        EXPECT_THAT(findings[0].text,
+                    HasSubstr(count == 3 ? ", the other 2 no farther than 0.001 m" : ", 1 of 2, and were not used"));
+    }
+}
+
 TEST(ControlCheck, EachStationThatIsNotRegisteredIsJudgedByItself) {
     MeasuredPoints measured = withMarks(5, {0.002, 0, 0}, "east");
     for (const ControlPoint& control : withMarks(5, {0, 4, 0}, "west").controls) {

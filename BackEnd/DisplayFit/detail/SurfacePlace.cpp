@@ -32,10 +32,10 @@ constexpr int STARTS = 17;
 constexpr double BEYOND = 0.25;
 
 /// Where s moves along the surface by less than this part of what t does, no step leads away in another direction.
-constexpr double POLE = 1e-6;
+constexpr double DIRECTIONLESS = 1e-6;
 
 bool isAtPole(const SurfacePlace& place) {
-    return !(norm(place.tangents[0]) > POLE * norm(place.tangents[1]));
+    return !(norm(place.tangents[0]) > DIRECTIONLESS * norm(place.tangents[1]));
 }
 
 /// Steps to the nearest point around a place; the distance is then that of `place`.

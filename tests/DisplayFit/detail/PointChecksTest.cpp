@@ -18,7 +18,6 @@ using testing::Not;
 using testing::StartsWith;
 using Veltrani::DisplayFit::ChannelFit;
 using Veltrani::DisplayFit::FitFinding;
-using Kind = FitFinding::Kind;
 using Place = Point<double, 3>;
 
 /// On a wall of 4 by 3, six by four of them.
@@ -63,7 +62,7 @@ TEST(PointChecks, SoManyPointsAreNeededThatAResidualIsLeft) {
     const auto textOf = [](std::size_t points, std::size_t unknowns) {
         const FitPoints some = onAWall().someOf(points);
         const auto fault = faultOfPlaces(some, PointShape::of(some.world), unknowns);
-        return fault && fault->kind == Kind::TOO_FEW_POINTS ? fault->text : "";
+        return fault && fault->kind == FitFinding::Kind::TOO_FEW_POINTS ? fault->text : "";
     };
     EXPECT_EQ(textOf(2, 4), "2 points are too few for 4 values: at least 3 are needed");
     EXPECT_EQ(textOf(3, 4), "");
@@ -113,7 +112,7 @@ TEST(PointChecks, PointsOnALineAreNoPicture) {
         const auto fault = faultOfPlaces(points, PointShape::of(points.world), 4);
         EXPECT_EQ(fault.has_value(), beside < 0.01) << beside;
         if (fault) {
-            EXPECT_EQ(fault->kind, Kind::POINTS_ON_LINE);
+            EXPECT_EQ(fault->kind, FitFinding::Kind::POINTS_ON_LINE);
             EXPECT_THAT(fault->text, HasSubstr("of the picture"));
         }
     }
@@ -207,7 +206,7 @@ TEST(PointChecks, UnitsAreNamedByTheirRatio) {
           Ratio{1000 * 1.3, "such as millimetres for metres"}, Ratio{1000 / 1.3, "such as millimetres for metres"}}) {
         const auto fault = unitOf(ratio.times);
         ASSERT_TRUE(fault) << ratio.times;
-        EXPECT_EQ(fault->kind, Kind::WRONG_UNIT);
+        EXPECT_EQ(fault->kind, FitFinding::Kind::WRONG_UNIT);
         EXPECT_TRUE(fault->text.ends_with(ratio.units)) << fault->text;
         EXPECT_THAT(fault->text, HasSubstr(ratio.times > 1 ? " times as wide as" : " times as narrow as"));
         EXPECT_THAT(fault->text, HasSubstr(ratio.times > 1 ? "in a smaller unit" : "in a larger unit"));
