@@ -226,6 +226,38 @@ TEST(MeshContinuation, BeginsAtTheBorderWithoutAStep) {
     }
 }
 
+TEST(MeshContinuation, AStepFadesAlikeAllAlongAnEdge) {
+    // Columns of 0.1 m beside columns of 1.5 m: the border near the seam belongs to a wide triangle, though the middle
+    // of the narrow ones is nearer. The step is that from the straight edge to the true cylinder.
+    constexpr int NARROW = 60;
+    constexpr int WIDE = 4;
+    constexpr double WIDTH = 1.5;
+    constexpr double CURVED = 20;  // metres, the radius
+    const auto at = [](double x, double z) {
+        return Vector{CURVED * std::sin(x / CURVED), CURVED * std::cos(x / CURVED), z};
+    };
+    const auto stepAt = [](const Vector& point) { return CURVED - std::hypot(point[0], point[1]); };
+    const MeshScreen screen(meshes::surface(NARROW + WIDE, 12, [&](double s, double t) {
+        const double column = (NARROW + WIDE) * s - NARROW;
+        return at(column * (column < 0 ? 0.1 : WIDTH), 3 * t);
+    }));
+    const Vector along = (at(WIDTH, 0) - at(0, 0)) * (1 / norm(at(WIDTH, 0) - at(0, 0)));
+    // The distance over which a step fades, from its part that is left below the edge: 1 / (1 + (below / distance)^2).
+    const auto fadingAt = [&](double x) {
+        const IntersectionSet hits = screen.intersectExtrapolatedWithSpecifiedNormal({0.0, 0.0, -0.2}, at(x, -0.2), 1);
+        EXPECT_FALSE(hits.empty());
+        const Vector point = hits.empty() ? Vector{} : hits.first().point;
+        const Vector border = at(0, 0) + dot(point - at(0, 0), along) * along;
+        return norm(point - border) / std::sqrt(stepAt(border) / stepAt(point) - 1);
+    };
+    const double expected = fadingAt(WIDTH / 2);
+    EXPECT_GT(expected, 0.1);
+    EXPECT_LT(expected, WIDTH);
+    for (int i = 1; i < 30; ++i) {
+        EXPECT_NEAR(fadingAt(i * WIDTH / 30), expected, 1e-3) << i;
+    }
+}
+
 TEST(MeshContinuation, ChangesSmoothlyAlongTheBorder) {
     const MeshScreen screen(noisy(domeMesh(0.1), 0.001));
     for (const double below : {0.02, 0.1}) {
