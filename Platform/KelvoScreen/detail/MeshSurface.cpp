@@ -146,7 +146,9 @@ public:
 
 private:
     [[nodiscard]] bool isNearer(std::uint32_t triangle, double t) const {
-        return m_ray.skipped + t >= m_earliest && (t < m_reach || (t == m_reach && triangle < m_best->triangle));
+        // At an infinite distance there is none before it.
+        return m_ray.skipped + t >= m_earliest &&
+               (t < m_reach || (t == m_reach && m_best && triangle < m_best->triangle));
     }
 
     /// Leaves out triangles that the ray sees edge-on or from the side that is not wanted.
