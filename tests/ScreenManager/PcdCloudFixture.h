@@ -38,7 +38,12 @@ protected:
         const std::string path = folder.write("b.pcd", content);
         const auto level = pcl::console::getVerbosityLevel();
         pcl::console::setVerbosityLevel(pcl::console::L_ALWAYS);
-        const int fault = pcl::PCDReader().read(path, cloud);
+        pcl::PCLPointCloud2 points;
+        const int fault = pcl::PCDReader().read(path, points);
+        // Of no points at all its conversion takes the address of the first one.
+        if (fault == 0 && points.width > 0 && points.height > 0) {
+            pcl::fromPCLPointCloud2(points, cloud);
+        }
         pcl::console::setVerbosityLevel(level);
         return fault == 0 ? std::optional(cloud) : std::nullopt;
     }

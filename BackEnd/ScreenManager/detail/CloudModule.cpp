@@ -51,6 +51,15 @@ public:
 
     void convert(const pcl::PCLPointCloud2& points, Cloud& cloud) const override {
         const Quiet quiet;
+        if (points.width == 0 || points.height == 0) {
+            // The library takes the address of the first point.
+            cloud.header = points.header;
+            cloud.width = points.width;
+            cloud.height = points.height;
+            cloud.is_dense = points.is_dense == 1;
+            cloud.points.clear();
+            return;
+        }
         pcl::fromPCLPointCloud2(points, cloud);
     }
 
