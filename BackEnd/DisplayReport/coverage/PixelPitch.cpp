@@ -45,8 +45,7 @@ using Footprint = std::array<ChannelLight::Landing, SIDE * SIDE>;
 
 /// Pixels spread over a row or a column between two normalised coordinates, the first and the last there among them.
 std::vector<int> spread(int pixels, int most, double from, double to) {
-    return pixels > 0 && from <= to ? PeakSearch::spread(pixelAt(from, pixels), pixelAt(to, pixels), most)
-                                    : std::vector<int>();
+    return from <= to ? PeakSearch::spread(pixelAt(from, pixels), pixelAt(to, pixels), most) : std::vector<int>();
 }
 
 Footprint footprintOf(const ChannelLight& light, int column, int row, int width, int height) {
@@ -173,6 +172,9 @@ double extreme(Pixels& pixels, int sign, const std::vector<int>& columns, const 
 
 PixelPitch measuredPitch(const ChannelLight& light, int width, int height, const PictureBox& part,
                          const PitchHints& hints) {
+    if (width <= 0 || height <= 0) {
+        return {};
+    }
     const std::vector<int> columns = spread(width, MOST_COLUMNS, part.minimum[0], part.maximum[0]);
     const std::vector<int> rows = spread(height, MOST_ROWS, part.minimum[1], part.maximum[1]);
     for (const Shape worst : {Shape::PLAIN, Shape::FOLDED}) {
