@@ -137,6 +137,34 @@ TEST_F(ChannelFrustumTest, GoesByWayOfTheMirrorAndIsReflectedThere) {
     EXPECT_EQ(frustum->mirrorTriangles.size(), 2U * 12 * 12);
 }
 
+// From twice its radius a mirror is seen under 30 degrees to all sides: past the corners of this picture.
+TEST_F(ChannelFrustumTest, OfAMirrorOnlyTheCellsThatAreMetWholeAreDrawn) {
+    const auto frustum = trace(displays::SPHERE, "<Frustum left='-28' right='28' bottom='-20' top='20'/>",
+                               "<TargetData type='SphericalCollimated'><TargetPosition x='0' y='-2' z='0'/>"
+                               "<Mirror radius='1'><Position x='0' y='0' z='1.5'/></Mirror></TargetData>");
+    ASSERT_TRUE(frustum.has_value());
+    const double degree = std::numbers::pi / 180;
+    const auto isMet = [&](int column, int row) {
+        return std::hypot(std::tan(28 * degree) * (column / 6.0 - 1), std::tan(20 * degree) * (row / 6.0 - 1)) <
+               std::tan(30 * degree);
+    };
+    std::size_t cells = 0;
+    for (int row = 0; row < 12; ++row) {
+        for (int column = 0; column < 12; ++column) {
+            const bool isWhole =
+                isMet(column, row) && isMet(column + 1, row) && isMet(column, row + 1) && isMet(column + 1, row + 1);
+            cells += isWhole ? 1 : 0;
+        }
+    }
+    ASSERT_LT(cells, 12U * 12);
+    EXPECT_EQ(frustum->mirrorTriangles.size(), 2 * cells);
+    for (const auto& triangle : frustum->mirrorTriangles) {
+        for (const std::uint32_t corner : triangle) {
+            EXPECT_NEAR(norm(frustum->mirrorVertices.at(corner) - P3{0, 0, 1.5}), 1, 1e-12);
+        }
+    }
+}
+
 TEST_F(ChannelFrustumTest, APlanarChannelHasTheFrustumOfItsConfiguration) {
     const auto frustum = trace(
         displays::FLAT,
