@@ -1,5 +1,7 @@
 #include "DisplayLight/LitPicture.h"
 
+#include "LitPlaces.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -8,17 +10,6 @@ namespace {
 
 using namespace Veltrani::DisplayLight;
 using LitColours::Colour;
-
-/// A place that one channel lights, with its own white and its own content.
-LitPlace litPlace(float weight = 1, float shift = 0) {
-    LitPlace place;
-    place.light = {weight, weight, weight};
-    place.weight = weight;
-    place.shift = shift;
-    place.channels = 1;
-    place.isOnScreen = true;
-    return place;
-}
 
 LitPlace unlitPlace() {
     LitPlace place;

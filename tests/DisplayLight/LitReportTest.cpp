@@ -1,5 +1,7 @@
 #include "DisplayLight/LitReport.h"
 
+#include "LitPlaces.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -13,20 +15,10 @@ using testing::ElementsAre;
 using Json = nlohmann::json;
 using P3 = Point<double, 3>;
 
-LitPlace placeOf(float weight, float shift) {
-    LitPlace place;
-    place.light = {weight, weight, weight};
-    place.weight = weight;
-    place.shift = shift;
-    place.channels = 1;
-    place.isOnScreen = true;
-    return place;
-}
-
 /// Four places that are lit, three of them compared, and two that are not.
 LitPicture picture() {
     LitPicture picture;
-    picture.places = {placeOf(1.25F, 1.5F), placeOf(0.5F, 0.25F), placeOf(1, 0.5F), placeOf(1, -1), {}, {}, {}};
+    picture.places = {litPlace(1.25F, 1.5F), litPlace(0.5F, 0.25F), litPlace(1, 0.5F), litPlace(1, -1), {}, {}, {}};
     picture.places[3].lacksContent = true;
     picture.places[4].isOnScreen = true;
     picture.places[5].isOnScreen = true;
@@ -99,7 +91,7 @@ TEST(LitReport, AProgramReadsTheSameFigures) {
 
 TEST(LitReport, AProgramReadsTheKindOfTheViewAndThatNothingWasCompared) {
     LitPicture lit = picture();
-    lit.places = {placeOf(1, -1)};
+    lit.places = {litPlace(1, -1)};
     const std::vector<P3> wide{{1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}};
     lit.view = EyeView::around({}, wide, 40, 30);
     Json json = jsonOf(lit, "");
@@ -111,7 +103,7 @@ TEST(LitReport, AProgramReadsTheKindOfTheViewAndThatNothingWasCompared) {
     json = jsonOf(lit, "");
     EXPECT_EQ(json["view"]["kind"], "panorama");
     // One place is enough to have been compared.
-    lit.places = {placeOf(1, 0)};
+    lit.places = {litPlace(1, 0)};
     EXPECT_EQ(jsonOf(lit, "")["content"]["places"], 1);
 }
 
