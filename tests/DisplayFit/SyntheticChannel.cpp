@@ -99,9 +99,9 @@ std::vector<MeasuredPoint> SyntheticChannel::measured(std::size_t count) const {
 
 std::vector<MeasuredPoint> SyntheticChannel::noisy(std::vector<MeasuredPoint> points, double deviation, unsigned seed) {
     std::mt19937 random(seed);
-    std::normal_distribution<double> noise(0.0, deviation);
+    std::normal_distribution<double> normal;
     for (MeasuredPoint& point : points) {
-        point.world += Point<double, 3>{noise(random), noise(random), noise(random)};
+        point.world += deviation * Point<double, 3>{normal(random), normal(random), normal(random)};
         Matrix<double, 3> covariance;
         for (std::size_t i = 0; i < 3; ++i) {
             covariance(i, i) = deviation * deviation;
@@ -114,9 +114,9 @@ std::vector<MeasuredPoint> SyntheticChannel::noisy(std::vector<MeasuredPoint> po
 std::vector<MeasuredPoint> SyntheticChannel::noisyInPicture(std::vector<MeasuredPoint> points, double pixels,
                                                             unsigned seed) {
     std::mt19937 random(seed);
-    std::normal_distribution<double> noise(0.0, pixels);
+    std::normal_distribution<double> normal;
     for (MeasuredPoint& point : points) {
-        point.picture += Point<double, 2>{noise(random) / 1920, noise(random) / 1200};
+        point.picture += Point<double, 2>{pixels * normal(random) / 1920, pixels * normal(random) / 1200};
     }
     return points;
 }

@@ -36,9 +36,9 @@ Marks corners(std::size_t count = 8, const Mark& station = {5, -7, 1}) {
 Marks noisyCorners(double noise, unsigned seed, std::size_t count = 8) {
     Marks marks = corners(count);
     std::mt19937 random(seed);
-    std::normal_distribution<double> of(0, noise);
+    std::normal_distribution<double> normal;
     for (ControlPoint& mark : marks) {
-        mark.measured += Mark{of(random), of(random), of(random)};
+        mark.measured += noise * Mark{normal(random), normal(random), normal(random)};
     }
     return marks;
 }
