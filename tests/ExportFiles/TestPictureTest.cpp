@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -182,6 +183,23 @@ TEST(TestPicture, HasItsWordsBesideTheLinesAndAroundTheMiddle) {
     expectText(drawing, "Upper left", {640.0, 820.0}, 60, Anchor::MIDDLE, own);
     expectText(drawing, "020000000001, 1280 x 1280", {640.0, 880.0}, 30, Anchor::MIDDLE, white);
     EXPECT_EQ(drawing.texts.size(), 2U * 9 + 2 + 3);
+}
+
+// A tall picture of a rotated projector has no larger words than a wide one; on a small picture they stay legible.
+TEST(TestPicture, ItsShorterSideDecidesHowLargeWordsAndLinesAre) {
+    for (const auto& [shorter, letter, line] :
+         {std::tuple{1280, 20.0, 2.0}, {1199, 1199 / 64.0, 1.0}, {256, 5.0, 1.0}}) {
+        for (const TestPicture& picture : {pictureOf(shorter, 2560), pictureOf(2560, shorter)}) {
+            const Drawing drawing = picture.draw();
+            EXPECT_EQ(textOf(drawing, "0, 0").size, letter) << picture.pixels;
+            EXPECT_EQ(textOf(drawing, "u 0.3").size, letter) << picture.pixels;
+            EXPECT_EQ(textOf(drawing, "7").size, 8 * letter) << picture.pixels;
+            const auto tenths = boxesOf(drawing.boxes, {110, 110, 110});
+            ASSERT_EQ(tenths.size(), 16U);
+            EXPECT_EQ(tenths[0][2], line) << picture.pixels;
+            EXPECT_EQ(tenths[1][3], line) << picture.pixels;
+        }
+    }
 }
 
 TEST(TestPicture, HasItsLinesItsArrowAndRoomForItsWords) {

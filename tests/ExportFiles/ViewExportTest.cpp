@@ -1,6 +1,7 @@
 #include "ExportFiles/ViewExport.h"
 
 #include "DisplayReport/basics/ReportHead.h"
+#include "ExportFiles/TestPicture.h"
 #include "ExportedDisplays.h"
 #include "support/Displays.h"
 #include "support/TemporaryFolder.h"
@@ -11,6 +12,7 @@
 
 #include <optional>
 #include <set>
+#include <sstream>
 
 namespace {
 
@@ -138,6 +140,20 @@ TEST_F(ViewExports, HaveTheirContentOnceAndTestPicturesForTheFirstEye) {
     m_request.hasTestPictures = false;
     m_request.content = nullptr;
     EXPECT_THAT(filesOf(write()), ElementsAre("pfm3d 02-Right.points.pfm"));
+}
+
+TEST_F(ViewExports, HaveATestPictureWithNumberNameAndColourOfTheirChannel) {
+    m_request.hasTestPictures = true;
+    write();
+    std::ostringstream expected;
+    const TestPicture right{2, "Right", "P1", {24, 16}, Veltrani::DisplayReport::channelColour(1), {}};
+    right.write(expected);
+    EXPECT_TRUE(m_folder.read("02-Right.test.png") == expected.str());
+    TestPicture other = right;
+    other.number = 1;
+    std::ostringstream differs;
+    other.write(differs);
+    EXPECT_FALSE(differs.str() == expected.str()) << "a picture of this size shows the number";
 }
 
 TEST_F(ViewExports, CountTheirWorkFromTheBeginningToTheEnd) {
