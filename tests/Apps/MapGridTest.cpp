@@ -192,6 +192,17 @@ TEST_F(MapGrid, SaysWhatAnEngineRenders) {
     // The right half of the wall, 3 m ahead, from 1.2 m above its lower edge.
     EXPECT_THAT(run.errors, HasSubstr("its frustum: from 0,0,1.2, orientation z 0, x 0, y 0, left 0, right 33.69, "
                                       "bottom -21.801, top 14.931 degrees"));
+    // From an eye a metre further back and half a metre aside: arc tangents of 0.5, 1.5, 1.2 and 0.8 over 4 m.
+    const auto around = [](const std::string& axis, const std::string& roll) {
+        return std::vector<std::string>{"--input", "frustum", "--eye", "0.5,-1,1.2", "--margin",
+                                        "0",       "--axis",  axis,    "--roll",     roll};
+    };
+    EXPECT_THAT(map(m_wall, "Right", around("0,1,0", "0")).errors,
+                HasSubstr("its frustum: from 0.5,-1,1.2, orientation z 0, x 0, y 0, left -7.125, right 20.556, "
+                          "bottom -16.699, top 11.31 degrees"));
+    // To the right by the arc tangent of 1 over 2, up by that of 1.2 over the length of both.
+    EXPECT_THAT(map(m_wall, "Right", around("1,2,1.2", "20")).errors,
+                HasSubstr("its frustum: from 0.5,-1,1.2, orientation z 26.565, x 28.221, y 20, left "));
     EXPECT_THAT(map(m_wall, "Right", {"--input", "layout"}).errors, Not(HasSubstr("frustum")));
     EXPECT_EQ(map(m_wall, "Right", {"--input", "frustum", "-q"}).errors, "");
 }
