@@ -22,8 +22,8 @@ TEST(PjlinkGreeting, TheThreeGreetingsAreRead) {
 }
 
 TEST(PjlinkGreeting, CaseMattersOnlyInTheSeed) {
-    EXPECT_EQ(PjlinkGreeting::parse("pjlink 1 498E4a67")->seed, "498E4a67");
-    EXPECT_EQ(PjlinkGreeting::parse("PJLink erra")->kind, Kind::REFUSED);
+    EXPECT_EQ(PjlinkGreeting::parse("pjlink 1 498E4a67").value().seed, "498E4a67");
+    EXPECT_EQ(PjlinkGreeting::parse("PJLink erra").value().kind, Kind::REFUSED);
 }
 
 TEST(PjlinkGreeting, AnythingElseIsNone) {

@@ -17,29 +17,29 @@ TEST(PjlinkReply, AValueIsKeptAsSent) {
     EXPECT_EQ(reply->outcome, Outcome::VALUE);
     EXPECT_EQ(reply->body, "NAME");
     EXPECT_EQ(reply->value, "Left wall = \xc3\xbc");
-    EXPECT_EQ(PjlinkReply::parse("%2SNUM=")->value, "");
+    EXPECT_EQ(PjlinkReply::parse("%2SNUM=").value().value, "");
 }
 
 TEST(PjlinkReply, EveryStandardAnswerIsKnownInAnyCase) {
-    EXPECT_EQ(PjlinkReply::parse("%1POWR=OK")->outcome, Outcome::DONE);
-    EXPECT_EQ(PjlinkReply::parse("%1powr=ok")->outcome, Outcome::DONE);
-    EXPECT_EQ(PjlinkReply::parse("%1powr=ok")->body, "POWR");
-    EXPECT_EQ(PjlinkReply::parse("%1POWR=ERR1")->outcome, Outcome::UNKNOWN_COMMAND);
-    EXPECT_EQ(PjlinkReply::parse("%1POWR=Err2")->outcome, Outcome::BAD_PARAMETER);
-    EXPECT_EQ(PjlinkReply::parse("%2POWR=ERR3")->outcome, Outcome::NOT_NOW);
-    EXPECT_EQ(PjlinkReply::parse("%1POWR=err4")->outcome, Outcome::FAILURE);
-    EXPECT_EQ(PjlinkReply::parse("PJLINK ERRA")->outcome, Outcome::LOGIN_REFUSED);
-    EXPECT_EQ(PjlinkReply::parse("PJLink erra")->outcome, Outcome::LOGIN_REFUSED);
+    EXPECT_EQ(PjlinkReply::parse("%1POWR=OK").value().outcome, Outcome::DONE);
+    EXPECT_EQ(PjlinkReply::parse("%1powr=ok").value().outcome, Outcome::DONE);
+    EXPECT_EQ(PjlinkReply::parse("%1powr=ok").value().body, "POWR");
+    EXPECT_EQ(PjlinkReply::parse("%1POWR=ERR1").value().outcome, Outcome::UNKNOWN_COMMAND);
+    EXPECT_EQ(PjlinkReply::parse("%1POWR=Err2").value().outcome, Outcome::BAD_PARAMETER);
+    EXPECT_EQ(PjlinkReply::parse("%2POWR=ERR3").value().outcome, Outcome::NOT_NOW);
+    EXPECT_EQ(PjlinkReply::parse("%1POWR=err4").value().outcome, Outcome::FAILURE);
+    EXPECT_EQ(PjlinkReply::parse("PJLINK ERRA").value().outcome, Outcome::LOGIN_REFUSED);
+    EXPECT_EQ(PjlinkReply::parse("PJLink erra").value().outcome, Outcome::LOGIN_REFUSED);
 }
 
 TEST(PjlinkReply, WhatOnlyBeginsLikeAStandardAnswerIsAValue) {
-    EXPECT_EQ(PjlinkReply::parse("%1NAME=OKAY")->outcome, Outcome::VALUE);
-    EXPECT_EQ(PjlinkReply::parse("%1NAME=ERR5")->outcome, Outcome::VALUE);
-    EXPECT_EQ(PjlinkReply::parse("%1NAME= OK")->outcome, Outcome::VALUE);
+    EXPECT_EQ(PjlinkReply::parse("%1NAME=OKAY").value().outcome, Outcome::VALUE);
+    EXPECT_EQ(PjlinkReply::parse("%1NAME=ERR5").value().outcome, Outcome::VALUE);
+    EXPECT_EQ(PjlinkReply::parse("%1NAME= OK").value().outcome, Outcome::VALUE);
 }
 
 TEST(PjlinkReply, ABodyIsOfLettersAndDigitsUpToTheirEnds) {
-    EXPECT_EQ(PjlinkReply::parse("%1A0Z9=1")->body, "A0Z9");
+    EXPECT_EQ(PjlinkReply::parse("%1A0Z9=1").value().body, "A0Z9");
     for (const char* line : {"%1PO@R=1", "%1PO[R=1", "%1PO/R=1", "%1PO:R=1"}) {
         EXPECT_FALSE(PjlinkReply::parse(line).has_value()) << line;
     }
