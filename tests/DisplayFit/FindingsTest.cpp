@@ -185,6 +185,27 @@ TEST_F(Findings, ReversedPicturesAreNamed) {
     }
 }
 
+// By lenses that fold where the points are reversed, and from starts that lead nowhere.
+TEST_F(Findings, AReversedPictureStandsUpAsConfigured) {
+    for (const std::vector<double>& lens :
+         {std::vector<double>{}, {-0.35, 0.12, 0, 0, 0}, {0.3, -0.12, 4e-3, -3e-3, 0.05}, {0.3, -0.2, 0, 0, 0.3}}) {
+        const SyntheticChannel channel(lens.empty() ? "Rectilinear" : "BrownConrady", lens);
+        for (const std::size_t coordinate : {std::size_t{0}, std::size_t{1}}) {
+            Points points = channel.measured(100);
+            for (MeasuredPoint& point : points) {
+                point.picture[coordinate] = 1 - point.picture[coordinate];
+            }
+            for (const double turned : {0.0, 0.6, 1.2}) {
+                ChannelValues start = channel.disturbed();
+                start.orientation[0] += turned;
+                const ChannelFit fit = DisplayFitter().fit(*channel.config(start, "start"), points).channels.at(0);
+                EXPECT_THAT(names(fit), ElementsAre(coordinate == 0 ? "U_REVERSED" : "V_REVERSED"))
+                    << lens.size() << " coefficients, turned by " << turned;
+            }
+        }
+    }
+}
+
 TEST_F(Findings, APictureIsUpsideDownOnlyAgainstTheConfiguration) {
     SyntheticChannel channel("Rectilinear", {});
     ChannelValues hanging = channel.truth();

@@ -3,7 +3,10 @@
 #include "DisplayFit/detail/LinearStart.h"
 #include "DisplayFit/detail/RationalStarts.h"
 #include "DisplayFit/detail/ResidualLists.h"
+#include "DisplayFit/detail/Rotations.h"
 
+#include <cmath>
+#include <numbers>
 #include <utility>
 
 namespace Veltrani::DisplayFitDetail {
@@ -136,7 +139,12 @@ bool ChannelSearch::fitsReversed(std::size_t coordinate, const PictureModel::Hel
     }
     PictureModel model(points, m_setup.view(), held);
     model.setView(start->view);
-    return ChannelSolver(m_options).solve(model).isSolved && fitsPicture(model);
+    if (!ChannelSolver(m_options).solve(model).isSolved || !fitsPicture(model)) {
+        return false;
+    }
+    // Upside down the other coordinate is reversed.
+    const Matrix<double, 3> turn = transpose(m_setup.view().world_from_projector) * model.view().world_from_projector;
+    return std::abs(rollOf(turn)) <= std::numbers::pi / 2;
 }
 
 }  // namespace Veltrani::DisplayFitDetail

@@ -26,7 +26,8 @@ public:
     [[nodiscard]] std::unique_ptr<ChannelModel> plainModel(const PictureModel::Held& held) const;
     /// What the display makes of the lens of a solution; without a fault where the channel has none.
     [[nodiscard]] LensCheck check(const ChannelModel& model, const Solution& solution) const;
-    /// Whether the points fit a picture with u or v reversed.
+    /// Whether the points fit a picture with u or v reversed that stands up as the configured one does: upside down, it
+    /// fits with the other one reversed.
     [[nodiscard]] bool fitsReversed(std::size_t coordinate, const PictureModel::Held& held) const;
 
 private:

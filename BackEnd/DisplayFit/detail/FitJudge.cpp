@@ -3,6 +3,7 @@
 #include "DisplayFit/detail/PictureDeviation.h"
 #include "DisplayFit/detail/PointChecks.h"
 #include "DisplayFit/detail/ResidualLists.h"
+#include "DisplayFit/detail/Rotations.h"
 
 #include <algorithm>
 #include <cmath>
@@ -97,8 +98,7 @@ void FitJudge::judgeDirections(ChannelFit& fit, const FitAttempt& attempt) const
         const auto& after = fit.after.orientation;
         const auto was = Veltrani::rotationZXY(before[0], before[1], before[2]);
         const auto is = Veltrani::rotationZXY(after[0], after[1], after[2]);
-        const auto turned = transpose(was) * is;
-        if (std::abs(std::atan2(turned(0, 2), turned(2, 2))) > UPSIDE_DOWN) {
+        if (std::abs(rollOf(transpose(was) * is)) > UPSIDE_DOWN) {
             warn(fit, Kind::V_REVERSED, "the picture is upside down against the configuration",
                  "check whether the projector hangs; else give u and v from the bottom left corner of its picture");
         }

@@ -80,4 +80,8 @@ Vector anglesOf(const Matrix<double, 3>& rotation, const Vector& near) {
     return norm(first - near) <= norm(second - near) ? first : second;
 }
 
+double rollOf(const Matrix<double, 3>& turn) {
+    return std::atan2(turn(0, 2), turn(2, 2));
+}
+
 }  // namespace Veltrani::DisplayFitDetail

@@ -16,4 +16,7 @@ namespace Veltrani::DisplayFitDetail {
 /// `near`. Straight up and down, where Z and Y turn about one axis, Y stays as it is in `near`.
 [[nodiscard]] Point<double, 3> anglesOf(const Matrix<double, 3>& rotation, const Point<double, 3>& near);
 
+/// Returns how far a turn of a projector rolls its picture: the angle about its axis, y, of what was up, radians.
+[[nodiscard]] double rollOf(const Matrix<double, 3>& turn);
+
 }  // namespace Veltrani::DisplayFitDetail

@@ -6,6 +6,7 @@
 #include <Eigen/Cholesky>
 #include <Eigen/Core>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -176,6 +177,32 @@ TEST(ChannelSolver, PointsThatAreNotMappedTakeNoPartWhereOthersAreMany) {
     EXPECT_TRUE(exact.isSolved);
     EXPECT_EQ(exact.inliers, 1U);
     EXPECT_EQ(exact.deviation, 0) << "two numbers for two unknowns leave nothing to estimate it from";
+}
+
+/// Its residuals are numbers, but how they change with the unknowns is not.
+class WithoutSlopes : public StatedModel {
+public:
+    using StatedModel::StatedModel;
+    explicit WithoutSlopes(const StatedModel& other) : StatedModel(other) {}
+    void evaluate(const double* step, std::size_t first, std::size_t count, double* residuals, double* jacobian,
+                  bool* isMapped) const override {
+        StatedModel::evaluate(step, first, count, residuals, jacobian, isMapped);
+        if (jacobian != nullptr) {
+            std::fill(jacobian, jacobian + 2 * count * all.size(), std::numeric_limits<double>::quiet_NaN());
+        }
+    }
+};
+
+TEST(ChannelSolver, WhatCannotBeMinimisedIsNotSolved) {
+    for (const bool isRobust : {true, false}) {
+        WithoutSlopes model(noisyModel());
+        FitOptions options;
+        options.isRobust = isRobust;
+        const Solution solution = ChannelSolver(options).solve(model);
+        EXPECT_FALSE(solution.isSolved);
+        EXPECT_EQ(solution.typicalSize, std::numeric_limits<double>::infinity());
+        EXPECT_EQ(model.base, (std::vector<double>{0, 0})) << "the base stays";
+    }
 }
 
 TEST(ChannelSolver, WhatLiesFarOffIsHopeless) {

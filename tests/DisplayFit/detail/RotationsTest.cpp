@@ -75,4 +75,11 @@ TEST(Rotations, StraightUpAndDownAnglesStillGiveTheRotation) {
     }
 }
 
+TEST(Rotations, ARollIsAboutTheAxisAlone) {
+    EXPECT_NEAR(rollOf(rotationOf({0, 0.7, 0})), 0.7, 1e-15);
+    EXPECT_NEAR(rollOf(rotationOf({0, -2.9, 0})), -2.9, 1e-15);
+    EXPECT_NEAR(rollOf(rotationOf({0.4, 0, 0})), 0, 1e-15);
+    EXPECT_NEAR(rollOf(rotationOf({0, 0, -1.3})), 0, 1e-15);
+}
+
 }  // namespace
