@@ -60,6 +60,20 @@ TEST_F(PrepareCommandTest, BlackAndClearReachEveryProjectorInARow) {
     EXPECT_EQ(left.mostConnections(), 1) << "one session at a time";
 }
 
+// Work is shown from its second second on: the first order takes longer.
+TEST_F(PrepareCommandTest, SlowProjectorsAreCountedOnATerminal) {
+    const PjlinkSimulator left({"--delay", "1050"});
+    const PjlinkSimulator right;
+    PseudoTerminal terminal;
+    RunConditions conditions;
+    conditions.errors = terminal.device();
+    const std::string file = folder.write("display.xml", twoProjectors(left.port(), right.port()));
+    const ProgramRun run = terminal.run(conditions, programFile(), {"prepare", file, "clear", "--timeout", PATIENT});
+    EXPECT_EQ(run.exitCode, 0) << terminal.shown();
+    EXPECT_THAT(terminal.shown(), HasSubstr("sending to projectors: 1 of 2"));
+    EXPECT_TRUE(terminal.shown().ends_with("\r\x1b[K")) << "erased at the end";
+}
+
 TEST_F(PrepareCommandTest, QuietShowsTheResultAlone) {
     const PjlinkSimulator left;
     const PjlinkSimulator right;
